@@ -1,0 +1,20 @@
+# What an installed Ravolt consists of: the library, its headers, a CMake package and ravolt.pc.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS ravolt EXPORT RavoltTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(EXPORT RavoltTargets NAMESPACE Ravolt::
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
+
+configure_package_config_file(cmake/RavoltConfig.cmake.in
+    ${PROJECT_BINARY_DIR}/RavoltConfig.cmake
+    INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/RavoltConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/RavoltConfig.cmake ${PROJECT_BINARY_DIR}/RavoltConfigVersion.cmake
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
+
+configure_file(cmake/ravolt.pc.in ${PROJECT_BINARY_DIR}/ravolt.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/ravolt.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

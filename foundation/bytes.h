@@ -1,0 +1,103 @@
+#pragma once
+
+// Binary files: the whole file in memory, and a cursor over it that never leaves it.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+namespace ravolt {
+
+// Reads little-endian values from a block of memory. A read past the end gives zeros and marks the
+// reader as failed for good, so a run of reads needs one test at its end. The block must outlive
+// the reader.
+class ByteReader {
+  public:
+    ByteReader(const void *data, std::size_t size, std::size_t position = 0)
+        : start(static_cast<const unsigned char *>(data)), end(size), cursor(position) {
+        if (cursor > end)
+            fail();
+    }
+
+    bool ok() const { return !failed; }
+    std::size_t position() const { return cursor; }
+    std::size_t left() const { return end - cursor; }
+
+    // The next `count` bytes, in place; NULL when fewer are left.
+    const unsigned char *take(std::size_t count) {
+        if (failed || count > left()) {
+            fail();
+            return nullptr;
+        }
+        const unsigned char *bytes = start + cursor;
+        cursor += count;
+        return bytes;
+    }
+
+    void skip(std::size_t count) { take(count); }
+
+    // A number, or a packed structure of floats such as a vector.
+    template <class T> T read() {
+        static_assert(std::is_trivially_copyable_v<T> || std::is_standard_layout_v<T>);
+        T value{};
+        if (const unsigned char *bytes = take(sizeof(T)))
+            std::memcpy(static_cast<void *>(&value), bytes, sizeof(T));
+        return value;
+    }
+
+    // A zero-terminated text of at most `longest` characters, in place and without its zero, so
+    // that data() is a C string. A longer or unterminated one is a failure and reads as empty.
+    std::string_view readText(std::size_t longest = 255) {
+        const std::size_t window = failed ? 0 : (left() < longest + 1 ? left() : longest + 1);
+        const void *zero = window ? std::memchr(start + cursor, 0, window) : nullptr;
+        if (!zero) {
+            fail();
+            return std::string_view("", 0);
+        }
+        const char *text = reinterpret_cast<const char *>(start + cursor);
+        const std::size_t length =
+            static_cast<std::size_t>(static_cast<const char *>(zero) - text);
+        cursor += length + 1;
+        return {text, length};
+    }
+
+    // Gives the reader up: what was read makes no sense.
+    void fail() {
+        failed = true;
+        cursor = end;
+    }
+
+  private:
+    const unsigned char *start;
+    std::size_t end;
+    std::size_t cursor;
+    bool failed = false;
+};
+
+// A file read whole into one block from zlfMalloc. Each loader reports a failure in its own words.
+class FileBytes {
+  public:
+    enum class Result { ok, notOpened, outOfMemory, shortRead };
+
+    FileBytes() = default;
+    FileBytes(const FileBytes &) = delete;
+    FileBytes &operator=(const FileBytes &) = delete;
+    ~FileBytes();
+
+    Result read(const char *path);
+
+    // The file's bytes and, behind them, one zero.
+    const unsigned char *data() const { return block; }
+    std::size_t size() const { return length; }
+
+    // Hands the block to the caller, who releases it with zlfFree.
+    unsigned char *release();
+
+  private:
+    unsigned char *block = nullptr;
+    std::size_t length = 0;
+};
+
+} // namespace ravolt

@@ -1,0 +1,35 @@
+#pragma once
+
+// Bounded text: every name and path in the engine is an array of 256 bytes, and every copy or
+// formatting into one goes through here. What is too long is cut, and the result is terminated.
+
+#include <cstdarg>
+#include <cstddef>
+#include <string>
+
+namespace ravolt {
+
+constexpr std::size_t textSize = 256;
+
+// Copies `source` into `target` of `size` bytes; NULL counts as an empty text.
+void copyText(char *target, std::size_t size, const char *source);
+
+// printf into `target` of `size` bytes.
+[[gnu::format(printf, 3, 4)]] void formatText(char *target, std::size_t size, const char *format,
+                                              ...);
+
+// What printf would write for a stored text used as a format without arguments: `%%` gives one
+// percent sign, and any other conversion, which would need an argument, stands as it is.
+std::string applyFormat(const char *stored);
+
+// The same two for an array.
+template <std::size_t N> void copyText(char (&target)[N], const char *source) {
+    copyText(target, N, source);
+}
+
+template <std::size_t N, class... Arguments>
+void formatText(char (&target)[N], const char *format, Arguments... arguments) {
+    formatText(target, N, format, arguments...);
+}
+
+} // namespace ravolt
