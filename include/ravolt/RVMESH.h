@@ -1,0 +1,167 @@
+#pragma once
+
+#include "ravolt/RVNODE.h"
+#include "ravolt/Z3MMATRIX.h"
+#include "ravolt/Z3MVECTOR2D.h"
+#include "ravolt/Z3MVECTOR3D.h"
+#include "ravolt/api.h"
+
+class RVELEMENT;
+class RVMATERIAL;
+
+// One triangle: three vertex indices.
+struct RV_API RVFACE {
+    unsigned short vertex[3];
+};
+
+// One bone of a mesh: the node that moves it, found by name, and the pose it was bound in.
+struct RV_API RVBONE {
+    char name[256];
+    RVNODE *node = nullptr; // not owned; NULL when the tree has no node of that name
+    Z3MMATRIX matrix;       // inverse of the bone's matrix in the bind pose
+};
+
+// One entry of the skeleton cache: where the bones of one mesh stand in this frame, relative to
+// the parent of the mesh.
+struct RV_API RVSKELETON {
+    Z3MMATRIX matrix[100];
+    RVNODE *mesh = nullptr; // not owned
+};
+
+// A mesh of triangles that draws itself in each kind of pass, from vertex buffers where the driver
+// has them. A skinned mesh is moved by bones, which are meshes of the same tree: each pass notes
+// their places in the skeleton cache, and drawing bends the vertices after them. A mesh owns its
+// arrays and buffers and counts as one user of its material. Meshes with geometry come from
+// RAVOLT::load alone; one made with `new` draws nothing. Needs the live OpenGL context.
+class RV_API RVMESH : public RVNODE {
+  public:
+    RVMESH();
+    ~RVMESH() override;
+
+    // Copies are memberwise and shallow, as those of every node: they are neither registered nor
+    // counted, and must never be destroyed by `delete` beside their original.
+    RVMESH(const RVMESH &) = default;
+    RVMESH &operator=(const RVMESH &) = default;
+
+    // The skeleton cache of 256 entries; for RAVOLT::init and RAVOLT::free. Both return true.
+    static bool init();
+    static bool free();
+
+    // Starts a frame: an empty skeleton cache, all client arrays off, no element buffer.
+    static void reset();
+
+    // Reads a mesh body at `buffer + *cursor` and moves the cursor behind it; `obsolete` means
+    // format 1.5a. The size of the buffer is unknown here: the caller answers for its contents,
+    // also for indices within their tables. Returns NULL, with a log line, when memory runs out
+    // or when the body holds a text or a bone table larger than the engine's.
+    static RVNODE *load(char *buffer, long *cursor, bool obsolete);
+
+    // Finds the bones by name under `root` and notes their bind pose, relative to the ancestor
+    // named "HumanoidRoot" or else to the tree's root. False, with a log line, for NULL.
+    bool resetBones(RVNODE *root);
+
+    // Computes the vertices and normals of a skinned mesh from entry `skeleton` of the cache.
+    // False, with a log line, for an entry that the cache does not have (the full cache's 256).
+    bool animate(unsigned int skeleton);
+
+    // Draws the mesh; `element` is its RVELEMENT. False for NULL, with a log line, and when the
+    // mesh can not be animated.
+    bool render(void *element) override;
+
+    // Draws the normals of every mesh as lines of one unit, from green to dark green.
+    static void showNormals();
+    static void hideNormals();
+
+    // A hidden mesh is not drawn; its children are.
+    void setDisplayStatus(bool visible);
+    bool isHidden() const;
+
+    // Never set by the engine.
+    bool isClosed() const;
+
+    bool getShadowCaster() const;
+    void setShadowCaster(bool caster);
+
+    // True when the mesh has weights.
+    bool isSkinned() const;
+
+    // Bounding radius, -1 when there is none, and bounding box.
+    float getRadius() const;
+    Z3MVECTOR3D getMinimum() const;
+    Z3MVECTOR3D getMaximum() const;
+
+    // Lowers the count of the old material and raises that of the new one; NULL for none.
+    void setMaterial(RVMATERIAL *material);
+    RVMATERIAL *getMaterial() const;
+
+    int getNumberOfBones() const;
+    unsigned int getNumberOfVertices() const;
+    unsigned int getNumberOfUVs() const;
+    unsigned int getNumberOfFaces() const;
+
+    // The mesh's own arrays, valid as long as it lives; NULL where their count is 0. Positions and
+    // normals have one entry a vertex, face normals one a face.
+    const Z3MVECTOR3D *getVertexPtr() const;
+    const Z3MVECTOR3D *getVertexNormalPtr() const;
+    const Z3MVECTOR2D *getUVPtr() const;
+    const RVFACE *getFacePtr() const;
+    const Z3MVECTOR3D *getFaceNormalPtr() const;
+
+  private:
+    friend class RVELEMENT;
+
+    void animateVertices();
+    void shade(RVELEMENT &entry, bool &transparent);
+    void shadeFlat(const RVELEMENT &entry) const;
+    void drawSurfaces(const RVELEMENT &entry, bool transparent) const;
+    void drawSurface() const;
+    void bindVertices(bool fromBuffers) const;
+    void bindNormals(bool fromBuffers) const;
+    void bindTextureCoordinates(bool fromBuffers) const;
+    void drawFaces() const;
+    void drawNormals() const;
+
+    float radius = -1.0f;
+    Z3MVECTOR3D minimum;
+    Z3MVECTOR3D maximum;
+    RVMATERIAL *material = nullptr;
+    bool shadowCaster = false;
+    bool closed = false;
+    bool hidden = false;
+
+    unsigned short numberOfVertices = 0;
+    unsigned short numberOfUVs = 0;
+    unsigned short numberOfFaces = 0;
+    unsigned short numberOfWeights = 0; // a vertex; 0 for a rigid mesh
+    unsigned short numberOfBones = 0;
+
+    unsigned char *geometry = nullptr; // one block that holds the next five arrays
+    Z3MVECTOR3D *vertex = nullptr;
+    Z3MVECTOR3D *vertexNormal = nullptr;
+    Z3MVECTOR3D *faceNormal = nullptr;
+    Z3MVECTOR2D *uv = nullptr;
+    RVFACE *face = nullptr;
+
+    // Numbers of bones and their weights, numberOfWeights for each vertex.
+    unsigned char *boneIndex = nullptr;
+    float *boneWeight = nullptr;
+    float *boneIndexFloat = nullptr; // the same numbers, for a vertex attribute
+    RVBONE *bone = nullptr;
+
+    // The bent vertices and normals of the last animate.
+    Z3MVECTOR3D *skinnedVertex = nullptr;
+    Z3MVECTOR3D *skinnedNormal = nullptr;
+
+    // OpenGL's names of the buffers; 0 for none.
+    unsigned int vertexBuffer = 0;
+    unsigned int normalBuffer = 0;
+    unsigned int uvBuffer = 0;
+    unsigned int faceBuffer = 0;
+    unsigned int boneIndexBuffer = 0;
+    unsigned int boneWeightBuffer = 0;
+
+    static RVSKELETON *skeletonElement;  // 256 entries; NULL while the engine is down
+    static unsigned int currentSkeleton; // entries used in this frame
+    static bool displayNormals;
+    static Z3MMATRIX boneMatrix[100]; // from the bind pose to this frame; scratch of animate
+};

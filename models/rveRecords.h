@@ -1,0 +1,68 @@
+#pragma once
+
+// Records of a scene file as plain views over its bytes: texts and arrays stay where they are, so
+// the file's block must outlive the record. Arrays are not aligned; copy them out with memcpy.
+// Records of plain nodes and lights stand with those nodes, in scene/nodeRecords.h.
+
+#include "ravolt/Z3MVECTOR3D.h"
+#include "ravolt/Z3MVECTOR4D.h"
+
+#include <cstdint>
+
+namespace ravolt {
+
+class ByteReader;
+
+// Bones a mesh can have: what the skeleton cache and the skinning programs hold.
+constexpr unsigned int RV_MESH_BONES = 100;
+
+struct MaterialRecord {
+    const char *name = "";
+    const char *textureName = "";
+    const char *shaderName = "";
+    Z3MVECTOR4D ambient;
+    Z3MVECTOR4D diffuse;
+    Z3MVECTOR4D specular;
+    Z3MVECTOR4D selfIllumination;
+    float transparency = 0;
+    float shininess = 0;
+};
+
+// An array that the file leaves out is NULL.
+struct MeshRecord {
+    const char *name = "";
+    Z3MVECTOR3D position;
+    Z3MVECTOR3D rotation;
+    Z3MVECTOR3D origin;
+    const char *materialName = "";
+    float radius = 0;
+    Z3MVECTOR3D minimum;
+    Z3MVECTOR3D maximum;
+    bool hidden = false;
+    std::uint16_t numberOfVertices = 0;
+    std::uint16_t numberOfUVs = 0;
+    std::uint16_t numberOfFaces = 0;
+    std::uint16_t numberOfChildren = 0;
+    std::uint16_t numberOfWeights = 0;
+    const unsigned char *vertices = nullptr;
+    const unsigned char *vertexNormals = nullptr;
+    const unsigned char *uvs = nullptr;
+    const unsigned char *faces = nullptr;
+    const unsigned char *faceNormals = nullptr;
+    const unsigned char *boneIndices = nullptr;
+    const unsigned char *boneWeights = nullptr;
+    std::uint16_t numberOfBones = 0;
+    const char *boneName[RV_MESH_BONES] = {};
+};
+
+// Each reads one record and returns whether it stands whole in the bytes, with texts of at most
+// 255 characters and tables within their limits; the reader has failed otherwise. `obsolete`
+// means format 1.5a.
+bool readMaterialRecord(ByteReader &reader, MaterialRecord &record);
+bool readMeshRecord(ByteReader &reader, bool obsolete, MeshRecord &record);
+
+// Whether all indices of a mesh lie within their tables: vertices of faces below the number of
+// vertices (and of texture coordinates where there are some), bones below the number of bones.
+bool indicesInRange(const MeshRecord &record);
+
+} // namespace ravolt
