@@ -1,0 +1,152 @@
+#pragma once
+
+// The engine's front door: static members only, never instantiated. It brings the engine up and
+// down, opens and closes each frame, keeps the frame clock and stamp and the video-memory ledger,
+// and holds the wishes for effects that the frame reads.
+//
+// All of it runs on the one thread that called `init` and so owns the OpenGL context. A frame is
+// `clear`, `begin3D`, `pass` on the 3D roots, `end3D`, `begin2D`, `pass` on the 2D nodes, `end2D`,
+// `swap`; the order is the application's duty, nothing checks it. Events stay with the application.
+
+#include "ravolt/api.h"
+
+class RVCAMERA;
+class RVNODE;
+class RVSETTINGS;
+
+class RV_API RAVOLT {
+  public:
+    // Opens the window and starts every class; `settings` is read during the call and not kept, and
+    // NULL stands for a default RVSETTINGS. False with a `[!]` line when the engine is up already
+    // or a step failed; what was started is then undone. The effect switches and the stamp stay as
+    // a former run left them.
+    static bool init(RVSETTINGS *settings);
+
+    // Destroys every node, material and texture that still lives, whoever made it, and closes the
+    // window. False, without a word, when the engine is not up.
+    static bool free();
+
+    static bool isActive();
+
+    // First call of a frame: clears the chosen buffers of what the frame draws into. Always true.
+    static bool clear(bool color, bool depth, bool stencil);
+
+    // Starts the 3D block: advances clock and stamp, empties the render list and loads the
+    // camera's view. NULL stands for a default camera. Always true.
+    static bool begin3D(RVCAMERA *camera);
+
+    // Sorts and draws what was passed since `begin3D`. `blit` brings a picture drawn into a render
+    // target to the window; it has no effect on one drawn into the window. Always true.
+    static bool end3D(bool blit);
+
+    // The same for the 2D block, whose coordinates are pixels of the current viewport with the
+    // origin at the top left. Always true.
+    static bool begin2D();
+    static bool end2D();
+
+    // Ends the frame: waits for the card and shows the picture. Always true.
+    static bool swap();
+
+    // Advances the frame clock, once in a frame; `begin3D` and `begin2D` do so too.
+    static void updateTimer();
+
+    // Frames a second, and the length of a frame in seconds, both of the last full frame; -1 and a
+    // log line when the engine was never started.
+    static float getFPS();
+    static float getFPSfactor();
+
+    // Number of the 3D frame. It starts at 65536 and rises by 1 in each `begin3D`.
+    static long getTimeStamp();
+
+    // Id of the mesh or custom node under the pixel (x, y) of the window, counted from its top
+    // left; 0 for none. Draws the last 3D block again, so call it between `end3D` and `begin2D`.
+    // The depth of the pixel is lost.
+    static unsigned int select(int x, int y);
+
+    // Loads a scene file (RVE), found under the RVE path, and returns its root, or NULL with a
+    // log line. The node registry owns the tree.
+    static RVNODE *load(const char *fileName);
+
+    // Video memory in bytes: what there is, what is charged, and the difference, which wraps
+    // below zero.
+    static unsigned int getVideoMemory();
+    static unsigned int getUsedVideoMemory();
+    static unsigned int getFreeVideoMemory();
+
+    // Charge and discharge `bytes`; both return the new charge. Nothing is checked: the sum wraps.
+    static unsigned int pushVideoMemory(unsigned int bytes);
+    static unsigned int popVideoMemory(unsigned int bytes);
+
+    // Polygons as lines, without culling, from the next `end3D` to the next `begin2D`.
+    static void wireframeOn();
+    static void wireframeOff();
+    static bool isWireframed();
+
+    // Shadows of spot lights. `shadowingOn` is ignored where the shadow programs are missing.
+    static void shadowingOn();
+    static void shadowingOff();
+    static bool isShadowed();
+
+    // The next frame keeps the last shadow map.
+    static void skipShadowsGeneration();
+
+    // Bloom, and the alpha of its overlay (1 at first). A wish: it may be on where the display
+    // cannot do it.
+    static void bloomingOn();
+    static void bloomingOff();
+    static bool isBlooming();
+    static void setBloomingIntensity(float intensity);
+    static float getBloomingIntensity();
+
+    // Tone mapping, which acts only together with bloom, and its exposure (1 at first).
+    static void HDROn();
+    static void HDROff();
+    static bool isHDR();
+    static void setHDRExposure(float exposure);
+    static float getHDRExposure();
+
+    // Depth of field, the depth in focus (1 at first) and the range around it (2 at first).
+    static void DOFOn();
+    static void DOFOff();
+    static void setDOFFocus(float focus);
+    static void setDOFRange(float range);
+    static float getDOFFocus();
+    static float getDOFRange();
+
+    // Does nothing; the application advances its videos itself.
+    static void updateVideo();
+
+    // Text put in front of the names of scene files; NULL empties it, the 256th byte and what
+    // follows are cut off. The getter hands out the engine's own buffer.
+    static void setRVEPath(const char *path);
+    static char *getRVEPath();
+
+    // Node whose first child is drawn as the sky: it turns with the camera and never moves. NULL
+    // for none. The engine does not own it.
+    static void setSkybox(RVNODE *node);
+    static RVNODE *getSkybox();
+
+  private:
+    static RVNODE *recursiveLoad(char *buffer, long *cursor, RVNODE *parent);
+    static bool recursiveInitBones(RVNODE *root, RVNODE *node);
+
+    static bool active;
+    static bool wireframe;
+    static bool shadowing;
+    static bool blooming;
+    static unsigned int videoMemoryTotal;
+    static unsigned int videoMemoryUsed;
+    static bool HDR;
+    static bool DOF;
+    static bool skipShadows;
+    static bool renderingOnFbo; // this frame draws into render target 0, not into the window
+    static char rvePath[256];
+    static RVNODE *skybox;
+    static int timer; // slot of the foundation's timers; keeps its value after `free`
+    static int timeStamp;
+    static float bloomingIntensity;
+    static float HDRExposure;
+    static float HDRCurrentLuminance; // adapted from frame to frame
+    static float DOFFocus;
+    static float DOFRange;
+};
