@@ -1,0 +1,51 @@
+#pragma once
+
+// Reads the log that the library writes into the folder where the program runs. Needs no context.
+//
+//     markLog();
+//     EXPECT_FALSE(settings.load(nullptr));
+//     EXPECT_LOGGED("   [!] Invalid params @ RVSETTINGS::load");
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace ravolt::test {
+
+// A place in the log: its length in bytes when it was taken.
+using LogMark = std::size_t;
+
+LogMark logMark();
+// Everything since `mark`. A log that has been opened anew since is read from its start.
+std::string logTextSince(LogMark mark);
+std::string logText();
+// The lines without their line ends; what stands behind the last line end is a line too, if not
+// empty.
+std::vector<std::string> linesSince(LogMark mark);
+// Those of them that report a problem: they contain "[!]".
+std::vector<std::string> problemsSince(LogMark mark);
+
+// The mark from which the expectations below read: set by the engine's fixtures before each test
+// body, and by this call.
+LogMark markLog();
+
+// The line (without its line end) stands in the log since the mark; exactly `times`.
+testing::AssertionResult logged(const std::string &line);
+testing::AssertionResult loggedTimes(const std::string &line, std::size_t times);
+// What was logged since the mark is this, byte for byte, line ends included.
+testing::AssertionResult loggedExactly(const std::string &text);
+
+// Closes the log, reads "Final memory ratio: N" in it, and opens it anew and empty under its name.
+// To be called with no object of the engine alive: the identifiers are forgotten. -9999 if the line
+// is not there.
+int finalMemoryRatio();
+
+} // namespace ravolt::test
+
+#define EXPECT_LOGGED(line) EXPECT_TRUE(ravolt::test::logged(line))
+#define ASSERT_LOGGED(line) ASSERT_TRUE(ravolt::test::logged(line))
+#define EXPECT_LOGGED_TIMES(times, line) EXPECT_TRUE(ravolt::test::loggedTimes(line, times))
+#define EXPECT_NOT_LOGGED(line) EXPECT_TRUE(ravolt::test::loggedTimes(line, 0))
+#define EXPECT_LOGGED_EXACTLY(text) EXPECT_TRUE(ravolt::test::loggedExactly(text))
+#define EXPECT_NOTHING_LOGGED() EXPECT_TRUE(ravolt::test::loggedExactly(""))
