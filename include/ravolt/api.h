@@ -7,3 +7,7 @@ namespace ravolt {
 // Keeper of a class's chain of live objects; see foundation/registry.h.
 template <class T> struct Registry;
 } // namespace ravolt
+
+// Texture units that the engine drives. A unit's number is also the number of a material's slot and
+// of a program's sampler.
+constexpr unsigned int RV_TEXTURE_UNITS = 16;

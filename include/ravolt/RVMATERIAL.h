@@ -1,0 +1,122 @@
+#pragma once
+
+#include "ravolt/Z3MVECTOR4D.h"
+#include "ravolt/api.h"
+
+class RVSHADER;
+class RVTEXTURE;
+
+// The surface of what is lit: four colours, shininess, transparency, a texture for each unit, and
+// whether it is skinned. Its render turns all this into OpenGL state, once for a run of objects
+// that share it. Materials stand in a registry, which owns them: make them with `new`; RAVOLT::free
+// or cleanUp deletes those that the application has not deleted. The count of references is kept
+// for the application and never deletes one.
+class RV_API RVMATERIAL {
+  public:
+    // Registers the material under a fresh identifier and the name "[material ID]"; grey, opaque,
+    // without textures.
+    RVMATERIAL();
+    // Gives the identifier back and leaves the registry. The textures' references stay as they are.
+    ~RVMATERIAL();
+    RVMATERIAL(const RVMATERIAL &) = delete;
+    RVMATERIAL &operator=(const RVMATERIAL &) = delete;
+
+    // Applies the material, unless it was the last one applied since reset. `data` is NULL or
+    // points to the type of the light that will shine, an int of RV_LIGHT_TYPE. Overwrites the
+    // alpha of all four colours by the transparency. Units beyond the material's own textures stay
+    // as an earlier material left them. Always true.
+    bool render(void *data);
+
+    // Makes the next render apply everything: for code that changed OpenGL's state by itself.
+    static void reset();
+
+    // Puts a texture (NULL for none) into a slot from 0 to 15, which is also its unit, and moves
+    // the reference counts along. False, with a line in the log, for another slot.
+    bool setTexture(unsigned int slot, RVTEXTURE *texture);
+    // NULL for an empty or bad slot.
+    RVTEXTURE *getTexture(unsigned int slot) const;
+
+    // Copies colours, transparency, shininess, textures and shader, and takes the other's name with
+    // the own identifier behind it. The textures' references are not raised. NULL changes nothing.
+    void clone(const RVMATERIAL *source);
+
+    // NULL, or 256 characters and more, changes nothing.
+    void setName(const char *name);
+    char *getName();
+
+    // Red, green, blue and alpha, from 0 to 1.
+    void setAmbient(const Z3MVECTOR4D &color);
+    void setAmbient(float red, float green, float blue, float alpha);
+    Z3MVECTOR4D getAmbient() const;
+    void setDiffuse(const Z3MVECTOR4D &color);
+    void setDiffuse(float red, float green, float blue, float alpha);
+    Z3MVECTOR4D getDiffuse() const;
+    void setSpecular(const Z3MVECTOR4D &color);
+    void setSpecular(float red, float green, float blue, float alpha);
+    Z3MVECTOR4D getSpecular() const;
+    void setEmission(const Z3MVECTOR4D &color);
+    void setEmission(float red, float green, float blue, float alpha);
+    Z3MVECTOR4D getEmission() const;
+
+    // An opacity: 1 is opaque, and anything else is drawn blended.
+    void setTransparency(float transparency);
+    float getTransparency() const;
+    // OpenGL's exponent, from 0 to 128.
+    void setShininess(float shininess);
+    float getShininess() const;
+    // An explicit program, which the material does not own; NULL for none.
+    void setShader(RVSHADER *shader);
+    RVSHADER *getShader() const;
+    void setSkinning(bool skinned);
+
+    // Whether the transparency is not exactly 1.
+    bool isTransparent() const;
+    // Whether slot 0 is filled; the other slots do not count.
+    bool isTextured() const;
+    bool isSkinned() const;
+
+    // Deletes all materials. False when there are none.
+    static bool cleanUp();
+
+    static unsigned int getNumberOfMaterials();
+    // The first match in order of creation, or NULL. Letters count as they stand.
+    static RVMATERIAL *findById(unsigned int id);
+    static RVMATERIAL *findByName(const char *name);
+    static RVMATERIAL *getFirst();
+    RVMATERIAL *getNext() const;
+    RVMATERIAL *getPrevious() const;
+
+    unsigned int getId() const;
+    // RAVOLT::getTimeStamp() at the last render, 0 at first.
+    int getTimeStamp() const;
+
+    // Users of the material.
+    int getReferences() const;
+    void incReferences();
+    void decReferences();
+
+  private:
+    void applyColors();
+    void applyBlending() const;
+    void applyTextures() const;
+
+    unsigned int id;
+    char name[256];
+    int timeStamp;
+    int references;
+    Z3MVECTOR4D ambient;
+    Z3MVECTOR4D diffuse;
+    Z3MVECTOR4D specular;
+    Z3MVECTOR4D emission;
+    float transparency;
+    float shininess;
+    RVTEXTURE *texture[RV_TEXTURE_UNITS];
+    RVSHADER *shader;
+    bool skinned;
+    RVMATERIAL *previous, *next;
+
+    static RVMATERIAL *firstMaterial, *lastMaterial;
+    static RVMATERIAL *currentMaterial; // the last one applied; compared, never followed
+
+    friend struct ravolt::Registry<RVMATERIAL>;
+};
