@@ -1,0 +1,118 @@
+#pragma once
+
+#include "ravolt/Z3MMATRIX.h"
+#include "ravolt/Z3MVECTOR3D.h"
+#include "ravolt/api.h"
+
+class RAVOLT;
+class RVMESH;
+class RVNODE;
+
+// One entry of the render list: a node and the eye-space matrix that it had when it was passed.
+// The static members are the list. RAVOLT's begin functions empty it, RVNODE::pass fills it, its
+// end functions sort it and call each node's `render` with the entry; it stays as it is until the
+// next begin. The storage is made once by `init`, and no frame allocates anything.
+class RV_API RVELEMENT {
+  public:
+    RVELEMENT();
+
+    // Makes room for `count` entries; 0 or above 4096 stands for 4096. False with a log line when
+    // the list is there already or memory runs out.
+    static bool init(unsigned int count);
+
+    // Releases the storage; false, without a word, when there is none.
+    static bool free();
+
+    static bool isActive() { return active; }
+
+    // Empties the list.
+    static void reset();
+
+    // Distance clipping: meshes and helpers farther from the eye than the radius (128 at first)
+    // and twice their own radius take no entry, and each says so in the log.
+    static void clippingOn() { clipping = true; }
+    static void clippingOff() { clipping = false; }
+    static void setClippingRadius(float radius) { clippingRadius = radius; }
+    static float getClippingRadius() { return clippingRadius; }
+
+    // Capacity; entries in use; lights among them.
+    static unsigned int getNumberOfElements() { return numberOfElements; }
+    static unsigned int getNumberOfPassedElements() { return numberOfPassedElements; }
+    static unsigned int getNumberOfLights() { return numberOfLights; }
+
+    // The entry of a light, in the present order; NULL when `index` is out of range. Valid after
+    // sort3D, which puts the lights first.
+    static RVELEMENT *getLight(unsigned int index);
+
+    // Records `node` and all below it, with transforms on OpenGL's modelview stack. False with a
+    // log line for NULL and when the list is full; what stands below the node is then left out.
+    // Plain nodes and hidden or clipped meshes take no entry. The flag has no effect.
+    static bool pass(RVNODE *node, bool flag);
+
+    // Walks the tree under `node` from the present modelview matrix and notes where the bones of
+    // `mesh` stand, in the entry of the skeleton cache in the making. False with a log line for
+    // NULL.
+    static bool passSkeleton(RVNODE *node, RVMESH *mesh);
+
+    // Orders of drawing; false when there is nothing to sort. sort2D keeps the order of the pass
+    // among nodes that were never raised. sort3D puts lights first, then what is opaque, then what
+    // is transparent, from back to front; without lights and transparent entries the order of the
+    // pass stands.
+    static bool sort2D();
+    static bool sort3D();
+
+    // Orders the lights alone: exclusive ones first, then by distance from `point` in eye space.
+    static bool sortLights(const Z3MVECTOR3D &point);
+
+    RVNODE *getNode() const { return node; }
+    Z3MMATRIX *getMatrix() { return &matrix; }
+    const Z3MMATRIX *getMatrix() const { return &matrix; }
+
+    // Distance of a light from the point of the last sortLights.
+    float getDistance() const { return distance; }
+
+    // The node's auxiliary id at the time of the pass.
+    unsigned int getAuxId() const { return auxId; }
+
+    // For a skinned mesh: its place in the skeleton cache, 256 when that was full. For a light: the
+    // number of its OpenGL light. Otherwise what an earlier frame left.
+    unsigned int getParam1() const { return param1; }
+    void setParam1(unsigned int value) { param1 = value; }
+
+    // Lights picked for this entry by RVLIGHT::activateNearest; `index` is 0 to 3 and not checked.
+    // What it did not pick stays from earlier frames.
+    void setNearestLight(unsigned int index, RVELEMENT *light) { nearestLight[index] = light; }
+    RVELEMENT *getNearestLight(unsigned int index) const { return nearestLight[index]; }
+
+  private:
+    friend class RAVOLT;
+    friend class RVMESH;
+
+    static bool enter(RVNODE &node);
+    static bool isClipped(RVNODE &node, const Z3MMATRIX &eye);
+    static unsigned int enterSkeleton(RVMESH &mesh);
+    static void count(RVNODE &node);
+
+    // Whether `entry` is in use in this frame; false for NULL. Answers for a pointer of an earlier
+    // frame, too.
+    static bool isInList(const RVELEMENT *entry) {
+        return entry && element && entry >= element && entry < element + numberOfPassedElements;
+    }
+
+    RVNODE *node; // not owned
+    Z3MMATRIX matrix;
+    unsigned int auxId;
+    float distance;
+    RVELEMENT *nearestLight[4];
+    unsigned int param1;
+
+    static bool active;
+    static bool clipping;
+    static float clippingRadius;
+    static unsigned int numberOfElements;
+    static unsigned int numberOfPassedElements;
+    static unsigned int numberOfLights;
+    static unsigned int numberOfTransparencies;
+    static RVELEMENT *element;         // the storage, in the order of the pass
+    static RVELEMENT **elementPointer; // the order of drawing
+};

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "ravolt/RVNODE.h"
+#include "ravolt/Z3MVECTOR3D.h"
+#include "ravolt/Z3MVECTOR4D.h"
+#include "ravolt/api.h"
+
+class RVELEMENT;
+
+// How a light shines.
+enum RV_LIGHT_TYPE : int {
+    RV_LIGHT_TYPE_OMNI = 0,
+    RV_LIGHT_TYPE_DIRECTIONAL = 1,
+    RV_LIGHT_TYPE_SPOT = 2
+};
+
+// A source of light. A scene may have any number: when an object is drawn, activateNearest sets
+// OpenGL's lights 0 to 3 to the four nearest to it. A light shines along `direction` in its own
+// frame, or at its target; see RVNODE. Each set-up also draws a small pyramid where the light
+// stands. Needs the live OpenGL context to be rendered.
+class RV_API RVLIGHT : public RVNODE {
+  public:
+    RVLIGHT();
+    ~RVLIGHT() override;
+
+    // Programs the OpenGL light whose number is in the entry's param1. False with a log line for
+    // NULL.
+    bool render(void *element) override;
+
+    RVLIGHT(const RVLIGHT &) = default;
+    RVLIGHT &operator=(const RVLIGHT &) = default;
+
+    // Sorts the lights of the render list for `element` and renders the first four, which it notes
+    // in the element. OpenGL lights beyond stay as they are. False with lighting off, and with a
+    // log line for NULL or a list without its lights in front.
+    static bool activateNearest(RVELEMENT *element);
+
+    // Reads a light of a scene file at `buffer + *cursor` and moves the cursor behind it; the
+    // children it announces are empty places. The size of the buffer is unknown here: the caller
+    // answers for its contents. NULL with a log line when there is no memory or no valid name.
+    static RVNODE *load(const char *buffer, long *cursor);
+
+    // OpenGL's lighting as a cached switch: one call for a change, none for a repeat.
+    static void lightingOn();
+    static void lightingOff();
+    static bool getLighting() { return lighting; }
+
+    void setLightType(RV_LIGHT_TYPE value) { lightType = value; }
+    RV_LIGHT_TYPE getLightType() const { return lightType; }
+
+    // Colours, each component 0 to 1.
+    void setAmbient(const Z3MVECTOR4D &color) { ambient = color; }
+    void setAmbient(float r, float g, float b, float a) { ambient = Z3MVECTOR4D(r, g, b, a); }
+    Z3MVECTOR4D getAmbient() const { return ambient; }
+    void setDiffuse(const Z3MVECTOR4D &color) { diffuse = color; }
+    void setDiffuse(float r, float g, float b, float a) { diffuse = Z3MVECTOR4D(r, g, b, a); }
+    Z3MVECTOR4D getDiffuse() const { return diffuse; }
+    void setSpecular(const Z3MVECTOR4D &color) { specular = color; }
+    void setSpecular(float r, float g, float b, float a) { specular = Z3MVECTOR4D(r, g, b, a); }
+    Z3MVECTOR4D getSpecular() const { return specular; }
+
+    // Constant, linear and quadratic attenuation.
+    void setAttenuation(float constant, float linear, float quadratic) {
+        attenuation = Z3MVECTOR3D(constant, linear, quadratic);
+    }
+    Z3MVECTOR3D getAttenuation() const { return attenuation; }
+
+    // Half of a spot's cone in degrees, 0 to 90, or 180 for all around; and its exponent, 0 to 128.
+    void setCutOff(float degrees) { cutOff = degrees; }
+    float getCutOff() const { return cutOff; }
+    void setExponent(float value) { exponent = value; }
+    float getExponent() const { return exponent; }
+
+    // An exclusive light goes ahead of all others, however far it is.
+    void setExclusive(bool value) { exclusive = value; }
+    bool isExclusive() const { return exclusive; }
+
+    // Shadows of a spot light, and the planes between which they fall.
+    void castShadows(bool value) { shadowCaster = value; }
+    bool isShadowCaster() const { return shadowCaster; }
+    void setShadowNearPlane(float distance) { shadowNearPlane = distance; }
+    float getShadowNearPlane() const { return shadowNearPlane; }
+    void setShadowFarPlane(float distance) { shadowFarPlane = distance; }
+    float getShadowFarPlane() const { return shadowFarPlane; }
+
+  private:
+    struct Aim;
+
+    void takeAim();
+    Aim aimByType() const;
+    void setUp(const RVELEMENT &entry, const Aim &aim) const;
+    void drawShape(const RVELEMENT &entry) const;
+
+    RV_LIGHT_TYPE lightType;
+    Z3MVECTOR4D ambient;
+    Z3MVECTOR4D diffuse;
+    Z3MVECTOR4D specular;
+    Z3MVECTOR3D attenuation;
+    float cutOff;
+    float exponent;
+    bool exclusive;
+    bool shadowCaster;
+    float shadowNearPlane;
+    float shadowFarPlane;
+
+    static bool lighting;
+};

@@ -1,0 +1,265 @@
+#pragma once
+
+#include "ravolt/Z3MMATRIX.h"
+#include "ravolt/Z3MVECTOR3D.h"
+#include "ravolt/api.h"
+
+namespace ravolt {
+struct NodeTree;
+} // namespace ravolt
+
+// Kind of a node; RVNODE::typeName holds the names.
+enum RV_NODE_TYPE : int {
+    RV_NODE_TYPE_NODE = 0,
+    RV_NODE_TYPE_ROOT = 1,
+    RV_NODE_TYPE_LIGHT = 2,
+    RV_NODE_TYPE_MESH = 3,
+    RV_NODE_TYPE_CAMERA = 4,
+    RV_NODE_TYPE_EMITTER = 5,
+    RV_NODE_TYPE_SKYDOME = 6,
+    RV_NODE_TYPE_WATER = 7,
+    RV_NODE_TYPE_TERRAIN = 8,
+    RV_NODE_TYPE_HELPER = 9,
+    RV_NODE_TYPE_SOUND = 10,
+    RV_NODE_TYPE_BOX = 11,
+    RV_NODE_TYPE_LABEL = 12,
+    RV_NODE_TYPE_BUTTON = 13,
+    RV_NODE_TYPE_WINDOW = 14,
+    RV_NODE_TYPE_TEXTFIELD = 15,
+    RV_NODE_TYPE_HSCROLLBAR = 16,
+    RV_NODE_TYPE_VSCROLLBAR = 17,
+    RV_NODE_TYPE_CUSTOM = 18
+};
+
+// Where a node's local transform comes from; any other value stands for no transform at all.
+enum RV_NODE_POSITIONING : int {
+    RV_NODE_POSITIONING_VECTORS = 0, // position, origin and rotation
+    RV_NODE_POSITIONING_MATRIX = 1   // matrix
+};
+
+// Base of everything that stands in a scene: an identity, a local transform, a place in a tree and
+// a place in the registry of all live nodes. The registry owns its nodes: create them with `new`,
+// while the log is open; cleanUp, which RAVOLT::free calls, deletes those that are left. The tree
+// owns nothing: unlink a node before you delete it. `pass` records a tree in the render list, from
+// which each node's `render` is called. Subclasses of an application set `type` to
+// RV_NODE_TYPE_CUSTOM in their constructor and override `render`. Use from the rendering thread.
+class RV_API RVNODE {
+  public:
+    RVNODE();
+
+    // The same, but for the shared status, which stays unset; the argument is ignored.
+    explicit RVNODE(bool);
+
+    virtual ~RVNODE();
+
+    // Draws the node; `element` is its RVELEMENT. A plain node draws nothing and returns false.
+    virtual bool render(void *element);
+
+    // A copy has the values of every field, id, name, links and children included, but is not
+    // registered: it owns nothing and gives nothing back when it goes.
+    RVNODE(const RVNODE &) = default;
+
+    // Copies every field into a node that is not registered. A registered one keeps its own place
+    // in the registry and in the tree (links, parent, children) and still gives back the id that
+    // it was created with.
+    RVNODE &operator=(const RVNODE &other);
+
+    // The registry, in order of creation.
+    static RVNODE *getFirstNode() { return firstNode; }
+    RVNODE *getNextNode() const { return next; }
+    RVNODE *getPreviousNode() const { return previous; }
+    static unsigned int getNumberOfNodes();
+
+    // The oldest node of that name (case counts) or id; NULL for none, or for a NULL name.
+    static RVNODE *findByName(const char *name);
+    static RVNODE *findById(unsigned int id);
+
+    // Deletes all nodes and logs how many; false when there are none.
+    static bool cleanUp();
+
+    // Engine-wide number, 1 to 65535.
+    unsigned int getId() const { return id; }
+
+    // Number of the application's own; when not 0 it takes the place of the id in picking.
+    unsigned int getAuxId() const { return auxId; }
+    void setAuxId(unsigned int value) { auxId = value; }
+
+    // Names need not be unique. NULL or 256 characters and more change nothing.
+    char *getName() { return name; }
+    const char *getName() const { return name; }
+    void setName(const char *text);
+
+    RV_NODE_TYPE getType() const { return type; }
+    char *getTypeName() const;
+
+    // Stamp of the frame in which the node was last passed, hidden or clipped as it may have been.
+    int getTimeStamp() const { return timeStamp; }
+
+    // The application's pointer and flag; the engine stores them and no more.
+    void *getData() const { return data; }
+    void setData(void *value) { data = value; }
+    bool isShared() const { return shared; }
+    void setSharedStatus(bool value) { shared = value; }
+
+    // The local transform by vectors: translation by position plus origin, then rotation about X,
+    // Y and Z in this order, in degrees. Two numbers leave z as it is.
+    void setPosition(float x, float y) { assign(position, x, y); }
+    void setPosition(float x, float y, float z) { assign(position, x, y, z); }
+    void setPosition(const Z3MVECTOR3D &value) { position = value; }
+    Z3MVECTOR3D getPosition() const { return position; }
+    void setRotation(float x, float y) { assign(rotation, x, y); }
+    void setRotation(float x, float y, float z) { assign(rotation, x, y, z); }
+    void setRotation(const Z3MVECTOR3D &value) { rotation = value; }
+    Z3MVECTOR3D getRotation() const { return rotation; }
+    void setOrigin(float x, float y) { assign(origin, x, y); }
+    void setOrigin(float x, float y, float z) { assign(origin, x, y, z); }
+    void setOrigin(const Z3MVECTOR3D &value) { origin = value; }
+    Z3MVECTOR3D getOrigin() const { return origin; }
+
+    // Add to position and rotation. Neither changes the positioning.
+    void move(float x, float y) { move(x, y, 0); }
+    void move(float x, float y, float z) { add(position, x, y, z); }
+    void move(const Z3MVECTOR3D &value) { move(value.x, value.y, value.z); }
+    void rotate(float x, float y) { rotate(x, y, 0); }
+    void rotate(float x, float y, float z) { add(rotation, x, y, z); }
+    void rotate(const Z3MVECTOR3D &value) { rotate(value.x, value.y, value.z); }
+
+    // Where a light shines; also the last step of RVCAMERA::moveDoom.
+    void setDirection(float x, float y) { assign(direction, x, y); }
+    void setDirection(float x, float y, float z) { assign(direction, x, y, z); }
+    void setDirection(const Z3MVECTOR3D &value) { direction = value; }
+    Z3MVECTOR3D getDirection() const { return direction; }
+
+    // Aim of cameras and lights. Target node NULL: no aim; the node itself: the point `target`;
+    // another node, not owned: that node.
+    void setTarget(float x, float y) { assign(target, x, y); }
+    void setTarget(float x, float y, float z) { assign(target, x, y, z); }
+    void setTarget(const Z3MVECTOR3D &value) { target = value; }
+    Z3MVECTOR3D getTarget() const { return target; }
+    RVNODE *getTargetNode() const { return targetNode; }
+    void setTargetNode(RVNODE *node) { targetNode = node; }
+
+    RV_NODE_POSITIONING getPositioning() const { return positioning; }
+    void setPositioning(RV_NODE_POSITIONING value) { positioning = value; }
+
+    // The local transform by matrix, in force with RV_NODE_POSITIONING_MATRIX alone; setting it
+    // does not change the positioning.
+    void setMatrix(const Z3MMATRIX &value) { matrix = value; }
+    Z3MMATRIX getMatrix() const { return matrix; }
+
+    // The node's own eye-space matrix of the last pass in which it entered the render list; stale
+    // when it was hidden or clipped since.
+    Z3MMATRIX *getCachedMatrix() { return &cachedMatrix; }
+
+    // The transform from the node to the world, or to the space around the ancestor of that name
+    // (which takes part). Needs the live OpenGL context in modelview mode. At most 63 ancestors;
+    // beyond that an identity and a log line.
+    Z3MMATRIX getFinalMatrix(const char *stopName);
+
+    RVNODE *getParent() const { return parent; }
+    unsigned int getNumberOfChildren() const { return numberOfChildren; }
+    bool isRoot() const { return !parent; }
+
+    // NULL and a log line when out of range.
+    RVNODE *getChild(unsigned int index) const;
+
+    // Becomes the last child of the node given. False with a log line for NULL, for the node itself
+    // and when there is a parent already. Cycles are not looked for, and walks never end in one.
+    bool link(RVNODE *newParent);
+
+    // Leaves the parent and keeps its own children. False with a log line without a parent.
+    bool unlink();
+
+    // Leaves the tree alone: its children become the last ones of its parent. Nothing is deleted.
+    // False with a log line for a root.
+    bool remove();
+
+    // Depth first, this node included; NULL for none.
+    RVNODE *findByNameInHierarchy(const char *wanted);
+    RVNODE *findByIdInHierarchy(unsigned int wanted);
+
+    // Logs the tree under `node`. False with a log line for NULL.
+    static bool displayTree(RVNODE *node);
+
+    // Logs a line for each node, `depth` blanks deep and two more a level. Returns NULL.
+    static RVNODE *displayTreeRecursive(RVNODE *node, int depth);
+
+    // Stamps the node and records it and all below it in the render list, between the begin and
+    // the end of a block. Always true; the flag has no effect.
+    bool pass(bool flag = true);
+
+    // Reads a plain node of a scene file at `buffer + *cursor` and moves the cursor behind it; the
+    // children it announces are empty places. The size of the buffer is unknown here: the caller
+    // answers for its contents. NULL with a log line when there is no memory or no valid name.
+    static RVNODE *load(const char *buffer, long *cursor);
+
+    // Names of the types, as "mesh".
+    static char typeName[19][256];
+
+  protected:
+    // Sets the type and writes its default name, as "[mesh 12]"; for constructors.
+    void become(RV_NODE_TYPE newType);
+
+    // False for a copy, which must give nothing back.
+    bool isRegistered() const { return registration.done; }
+
+    static RVNODE *firstNode;
+
+  private:
+    friend struct ravolt::Registry<RVNODE>;
+    friend struct ravolt::NodeTree;
+
+    // What belongs to the object that the registry knows: copies start without it, and assignment
+    // leaves it alone.
+    struct Registration {
+        Registration() : id(0), done(false) {}
+        Registration(const Registration &) : id(0), done(false) {}
+        Registration &operator=(const Registration &) { return *this; }
+
+        unsigned int id; // to be given back
+        bool done;
+    };
+
+    static void assign(Z3MVECTOR3D &vector, float x, float y) {
+        vector.x = x;
+        vector.y = y;
+    }
+    static void assign(Z3MVECTOR3D &vector, float x, float y, float z) {
+        assign(vector, x, y);
+        vector.z = z;
+    }
+    static void add(Z3MVECTOR3D &vector, float x, float y, float z) {
+        assign(vector, vector.x + x, vector.y + y, vector.z + z);
+    }
+
+    void enterRegistry();
+
+    unsigned int id;
+    unsigned int auxId;
+    char name[256];
+
+  protected:
+    RV_NODE_TYPE type;
+
+  private:
+    int timeStamp;
+    bool shared;
+    void *data;
+    RV_NODE_POSITIONING positioning;
+    Z3MVECTOR3D position;
+    Z3MVECTOR3D rotation;
+    Z3MVECTOR3D origin;
+    Z3MVECTOR3D direction;
+    Z3MVECTOR3D target;
+    RVNODE *targetNode;
+    Z3MMATRIX matrix;
+    Z3MMATRIX cachedMatrix;
+    RVNODE *previous;
+    RVNODE *next;
+    unsigned int numberOfChildren;
+    RVNODE *parent;
+    RVNODE **children; // exactly numberOfChildren entries, owned; NULL without children
+    Registration registration;
+
+    static RVNODE *lastNode;
+};

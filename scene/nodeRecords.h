@@ -1,0 +1,55 @@
+#pragma once
+
+// Plain nodes and lights of a scene file. Reading and building are apart, so that a loader can
+// check a whole file before it makes anything; and the doors through which a tree is built without
+// growing its arrays one by one.
+
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/Z3MVECTOR3D.h"
+
+#include <cstdint>
+
+class RVNODE;
+
+namespace ravolt {
+
+class ByteReader;
+
+// The names point into the bytes that were read.
+struct PlainNodeRecord {
+    std::uint32_t auxId = 0;
+    const char *name = "";
+    Z3MVECTOR3D position;
+    Z3MVECTOR3D origin;
+    std::uint16_t numberOfChildren = 0;
+};
+
+struct LightRecord {
+    std::uint8_t lightType = 0;
+    const char *name = "";
+    Z3MVECTOR3D position;
+    Z3MVECTOR3D direction;
+    float cutOff = 0;
+    Z3MVECTOR3D color;
+    std::uint16_t numberOfChildren = 0;
+};
+
+// Each reads one body and returns whether it stands whole in the bytes.
+bool readPlainNodeRecord(ByteReader &reader, PlainNodeRecord &record);
+bool readLightRecord(ByteReader &reader, LightRecord &record);
+
+// New nodes with the record's values and as many empty places for children as it announces. NULL
+// when memory runs out.
+RVNODE *makePlainNode(const PlainNodeRecord &record);
+RVNODE *makeLight(const LightRecord &record);
+
+struct NodeTree {
+    // Gives a node without children `count` empty places (NULL). False when memory runs out.
+    // Every walk skips empty places.
+    static bool reserveChildren(RVNODE &parent, unsigned int count);
+
+    // Puts `child` into an empty place and sets its parent.
+    static void place(RVNODE &parent, unsigned int index, RVNODE &child);
+};
+
+} // namespace ravolt
