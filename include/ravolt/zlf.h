@@ -1,0 +1,130 @@
+#pragma once
+
+// The foundation: one process-wide log, a counting allocator, timers, identifiers, a reader for
+// key and value text files, and file helpers. The library opens its log as it is loaded and closes
+// it as it is unloaded; timers and identifiers work between the two. Every function reports a
+// failure by its result and, where stated, by one line in the log. Nothing here is safe to call
+// from two threads at once.
+
+#include "ravolt/api.h"
+
+#include <cstddef>
+#include <cstdio>
+
+// One timer. Timers are named by their index, 0 to 7; -1 means none.
+struct zlfTIMER {
+    float fps;           // rate / factor, at the last adjourn
+    float factor;        // elapsed time in units of 1 / rate seconds, at the last adjourn
+    float rate;          // given at creation; 0 marks a free timer
+    long long frequency; // counter ticks per second
+    long long current;   // counter at the last adjourn
+    long long last;      // counter at the adjourn before
+};
+
+// A text file in memory. The record is the caller's; its data belong to the parser.
+struct zlfPARSER {
+    char *data = nullptr; // the whole file, from zlfMalloc
+    int size = 0;         // bytes
+    int position = 0;     // offset of the line that is read next
+};
+
+// --- Log
+
+// Opens the log, replacing an old file, and creates the tables of identifiers and timers. A name
+// that holds ".html" anywhere makes an HTML log, and so will be every later log of the process.
+// False when a log is open already or the file cannot be written. NULL creates the tables alone and
+// is true; the log then stays closed.
+RV_API bool zlfOpenLog(const char *filename);
+
+// Writes the closing statistics, closes the log and releases the identifiers. Always true.
+RV_API bool zlfCloseLog();
+
+// printf into the log, at most 1023 bytes at a time; what is longer is cut. The file is complete up
+// to this text when the call returns. False when no log is open.
+__attribute__((format(printf, 1, 2))) RV_API bool zlfLog(const char *format, ...);
+
+// Logs an error in three lines: the time, `from` with `detail` (which may be NULL or empty), and
+// the text, cut at 255 bytes. Always false, so that a caller can return its result.
+__attribute__((format(printf, 3, 4))) RV_API bool zlfLogError(const char *from, const char *detail,
+                                                              const char *format, ...);
+
+// Whether log texts are also printed to standard output; on at the start. There, "%%" in a finished
+// text is printed as one percent sign.
+RV_API void zlfSetConsoleEcho(bool on);
+
+// --- Memory
+
+// malloc and free with counters, which the closing log reports. NULL when there is no memory,
+// without a log line. zlfFree counts NULL as any other pointer.
+RV_API void *zlfMalloc(std::size_t bytes);
+RV_API void zlfFree(void *block);
+
+// --- Timers
+
+// A timer whose factor counts units of 1 / rate seconds; its index, or -1 and a log line when all
+// eight are taken. A rate of 0 leaves the timer free.
+RV_API int zlfNewTimer(float rate);
+RV_API void zlfFreeTimer(int timer);
+
+// Measures the time since the last adjourn, or since the creation. False and a log line for a free
+// timer or an index outside 0 to 7.
+RV_API bool zlfAdjournTimer(int timer);
+
+// The figures of the last adjourn; -1.0 and a log line for a free timer or a bad index. The factor
+// is 1.0 when no time had passed.
+RV_API float zlfGetTimerFactor(int timer);
+RV_API float zlfGetTimerFps(int timer);
+
+// --- Identifiers
+
+// The lowest free identifier, 1 to 65535; 0 and a log line when there is none, or no table.
+RV_API unsigned int zlfNewId();
+RV_API void releaseId(unsigned int id);
+
+// --- Key and value files
+
+// Reads the file into memory; false and a log line when it cannot be read or is empty. What is
+// opened must be closed.
+RV_API bool zlfOpenParser(zlfPARSER *parser, const char *filename);
+RV_API bool zlfCloseParser(zlfPARSER *parser);
+
+// Blanks out everything from each `marker` to the end of its line, in quotes too. True when there
+// was at least one.
+RV_API bool zlfRemoveComments(zlfPARSER *parser, char marker);
+
+// The next line without its line feed, or the next line without blanks and tabs. `line` has room
+// for 256 bytes; what is longer is cut. False at the end of the file.
+// On purpose: a carriage return before a line feed stays in the line; and when no line feed is left
+// in the file, a line that a carriage return ends loses its last character.
+RV_API bool zlfReadLine(zlfPARSER *parser, char *line);
+RV_API bool zlfReadToken(zlfPARSER *parser, char *line);
+
+// The value of the first line that contains `key` anywhere, blanks and tabs not counted. The
+// character behind the key is skipped, whatever it is. False, with `value` as it was, when no line
+// has the key. A missing number is 0. These do not move the position of the parser.
+RV_API bool zlfGetInt(zlfPARSER *parser, const char *key, int *value);
+RV_API bool zlfGetFloat(zlfPARSER *parser, const char *key, float *value);
+
+// The text between the first and the last double quote of the value, without its blanks and tabs.
+// `value` has room for 256 bytes. Without a pair of quotes the result is false and `value` holds
+// the raw value.
+RV_API bool zlfGetString(zlfPARSER *parser, const char *key, char *value);
+
+// --- Files and time
+
+// Bytes, or -1 when the name is NULL, the file cannot be opened or its size does not fit.
+RV_API int zlfGetFileSize(const char *filename);
+
+// Whether the file opens for reading; NULL gives false.
+RV_API bool zlfFileExists(const char *filename);
+
+// fopen; NULL when it fails.
+RV_API FILE *zlfOpenFile(const char *filename, const char *mode);
+
+// File dialogs of the system: true when the user confirmed, and `file`, with room for 260 bytes,
+// then holds the path. On this system there are none, and both are false.
+RV_API bool zlfOpenFileDialog(char *file, const char *filter);
+RV_API bool zlfSaveFileDialog(char *file, const char *extension, const char *filter);
+
+// The low 32 bits of the time in units of 100 nanoseconds since the year 1601.
+RV_API unsigned int zlfGetSystemTime();
