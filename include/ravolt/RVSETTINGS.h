@@ -146,9 +146,14 @@ class RV_API RVSETTINGS {
     bool init();
     static bool free();
 
+    // The steps of init, in their order.
     void logRequest();
+    void handOutPaths();
+    void askForContext() const;
+    bool openWindow();
+    void takeInForce();
+
     void storeOverFlags(int flag, unsigned int value);
-    void takeInForce(const int (&channels)[4], int zetaBits, int stencilBits);
 
     // The order is part of the settings file's format: see storeOverFlags.
     char title[256];

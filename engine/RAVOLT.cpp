@@ -1,0 +1,141 @@
+// The engine's state: switches, frame clock and stamp, video-memory ledger. Nothing here starts or
+// stops anything, and only `init` and `free` (engine/lifecycle.cpp) write `active`: what a run
+// leaves in the other members, the next one finds.
+
+#include "ravolt/RAVOLT.h"
+
+#include "foundation/text.h"
+#include "ravolt/zlf.h"
+
+#include <GL/gl.h>
+#include <SDL/SDL.h>
+
+bool RAVOLT::active = false;
+bool RAVOLT::wireframe = false;
+bool RAVOLT::shadowing = false;
+bool RAVOLT::blooming = false;
+unsigned int RAVOLT::videoMemoryTotal = 0;
+unsigned int RAVOLT::videoMemoryUsed = 0;
+bool RAVOLT::HDR = false;
+bool RAVOLT::DOF = false;
+bool RAVOLT::skipShadows = false;
+bool RAVOLT::renderingOnFbo = false;
+char RAVOLT::rvePath[256] = "";
+RVNODE *RAVOLT::skybox = nullptr;
+int RAVOLT::timer = -1;
+int RAVOLT::timeStamp = 65536; // On purpose: not 0.
+float RAVOLT::bloomingIntensity = 1.0f;
+float RAVOLT::HDRExposure = 1.0f;
+float RAVOLT::HDRCurrentLuminance = 1.0f;
+float RAVOLT::DOFFocus = 1.0f;
+float RAVOLT::DOFRange = 2.0f;
+
+namespace {
+
+bool timerAdjourned = false; // the clock has advanced in this frame
+
+} // namespace
+
+bool RAVOLT::isActive() { return active; }
+
+bool RAVOLT::clear(bool color, bool depth, bool stencil) {
+    renderingOnFbo = false; // there is no target but the one that is bound
+    const GLbitfield mask = (color ? GL_COLOR_BUFFER_BIT : 0u) |
+                            (depth ? GL_DEPTH_BUFFER_BIT : 0u) |
+                            (stencil ? GL_STENCIL_BUFFER_BIT : 0u);
+    if (mask)
+        glClear(mask);
+    return true;
+}
+
+void RAVOLT::updateTimer() {
+    if (timerAdjourned)
+        return;
+    zlfAdjournTimer(timer);
+    timerAdjourned = true;
+}
+
+float RAVOLT::getFPS() { return zlfGetTimerFps(timer); }
+
+// The timer's rate is 1, so its factor is a time in seconds.
+float RAVOLT::getFPSfactor() { return zlfGetTimerFactor(timer); }
+
+long RAVOLT::getTimeStamp() { return timeStamp; }
+
+bool RAVOLT::swap() {
+    timerAdjourned = false;
+    glFlush();
+    glFinish(); // the clock is read after this call, so that it measures the card's work too
+    SDL_GL_SwapBuffers();
+    return true;
+}
+
+unsigned int RAVOLT::getVideoMemory() { return videoMemoryTotal; }
+
+unsigned int RAVOLT::getUsedVideoMemory() { return videoMemoryUsed; }
+
+// On purpose: wraps when more is charged than there is.
+unsigned int RAVOLT::getFreeVideoMemory() { return videoMemoryTotal - videoMemoryUsed; }
+
+unsigned int RAVOLT::pushVideoMemory(unsigned int bytes) { return videoMemoryUsed += bytes; }
+
+// On purpose: wraps below zero.
+unsigned int RAVOLT::popVideoMemory(unsigned int bytes) { return videoMemoryUsed -= bytes; }
+
+void RAVOLT::wireframeOn() { wireframe = true; }
+
+void RAVOLT::wireframeOff() { wireframe = false; }
+
+bool RAVOLT::isWireframed() { return wireframe; }
+
+// Without the shadow programs the wish is ignored, and this library holds none.
+void RAVOLT::shadowingOn() {}
+
+void RAVOLT::shadowingOff() { shadowing = false; }
+
+bool RAVOLT::isShadowed() { return shadowing; }
+
+void RAVOLT::skipShadowsGeneration() { skipShadows = true; }
+
+void RAVOLT::bloomingOn() { blooming = true; }
+
+void RAVOLT::bloomingOff() { blooming = false; }
+
+bool RAVOLT::isBlooming() { return blooming; }
+
+void RAVOLT::setBloomingIntensity(float intensity) { bloomingIntensity = intensity; }
+
+float RAVOLT::getBloomingIntensity() { return bloomingIntensity; }
+
+void RAVOLT::HDROn() { HDR = true; }
+
+void RAVOLT::HDROff() { HDR = false; }
+
+bool RAVOLT::isHDR() { return HDR; }
+
+void RAVOLT::setHDRExposure(float exposure) { HDRExposure = exposure; }
+
+float RAVOLT::getHDRExposure() { return HDRExposure; }
+
+void RAVOLT::DOFOn() { DOF = true; }
+
+void RAVOLT::DOFOff() { DOF = false; }
+
+void RAVOLT::setDOFFocus(float focus) { DOFFocus = focus; }
+
+void RAVOLT::setDOFRange(float range) { DOFRange = range; }
+
+float RAVOLT::getDOFFocus() { return DOFFocus; }
+
+float RAVOLT::getDOFRange() { return DOFRange; }
+
+// On purpose: empty. Videos are advanced by the application.
+void RAVOLT::updateVideo() {}
+
+void RAVOLT::setRVEPath(const char *path) { ravolt::copyText(rvePath, path); }
+
+char *RAVOLT::getRVEPath() { return rvePath; }
+
+void RAVOLT::setSkybox(RVNODE *node) { skybox = node; }
+
+RVNODE *RAVOLT::getSkybox() { return skybox; }

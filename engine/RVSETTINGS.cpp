@@ -1,0 +1,290 @@
+// The record, its file, and the view in force. Only RVSETTINGS::init (engine/window.cpp) fills the
+// view; this source hands it out.
+
+#include "ravolt/RVSETTINGS.h"
+
+#include "engine/banner.h"
+#include "foundation/text.h"
+#include "ravolt/zlf.h"
+
+#include <cstring>
+
+RVSETTINGS::InForce RVSETTINGS::inForce = {};
+
+namespace {
+
+void replaceText(char (&target)[256], const char *text) {
+    if (text && std::strlen(text) < sizeof target)
+        ravolt::copyText(target, text);
+}
+
+// The parser that `load` reads through, closed on the way out.
+class SettingsFile {
+  public:
+    explicit SettingsFile(const char *filename) : opened(zlfOpenParser(&parser, filename)) {
+        if (opened)
+            zlfRemoveComments(&parser, '#');
+    }
+    SettingsFile(const SettingsFile &) = delete;
+    SettingsFile &operator=(const SettingsFile &) = delete;
+    ~SettingsFile() {
+        if (opened)
+            zlfCloseParser(&parser);
+    }
+
+    bool read(const char *key, int *value) { return opened && zlfGetInt(&parser, key, value); }
+    void read(const char *key, char *text) {
+        if (opened)
+            zlfGetString(&parser, key, text);
+    }
+
+  private:
+    zlfPARSER parser = {};
+    bool opened;
+};
+
+} // namespace
+
+RVSETTINGS::RVSETTINGS()
+    : title(), windowX(640), windowY(480), colorDepth(16), zetaDepth(16), stencilDepth(0),
+      fullScreen(false), resizable(false), landscape(false), CAVESplashScreen(false),
+      audioChannels(16), audioBuffers(32), audioElements(128), renderingElements(0),
+      useShaders(false), shadowMapSize(1024), FBOSizeX(1024), FBOSizeY(768), waterSize(256),
+      forceFBO(false), rvePath(), rvaPath(), mpgPath(), texturePath(), shaderPath(), fontPath() {
+    ravolt::copyText(title, ravolt::banner);
+}
+
+// On purpose: a flag's number in the file is stored with all its four bytes over the fields from
+// `flag` on, as they stand in memory: fullScreen 0, resizable 1, landscape 2, CAVESplashScreen 3,
+// then the bytes of audioChannels, lowest first. A flag is on when its byte is not zero.
+void RVSETTINGS::storeOverFlags(int flag, unsigned int value) {
+    bool *const flags[] = {&fullScreen, &resizable, &landscape, &CAVESplashScreen};
+    constexpr int numberOfFlags = 4;
+    for (int cell = flag; cell < flag + 4; ++cell, value >>= 8) {
+        const unsigned int byte = value & 0xFFu;
+        if (cell < numberOfFlags) {
+            *flags[cell] = byte != 0;
+            continue;
+        }
+        const int shift = 8 * (cell - numberOfFlags);
+        const unsigned int kept = static_cast<unsigned int>(audioChannels) & ~(0xFFu << shift);
+        audioChannels = static_cast<int>(kept | byte << shift);
+    }
+}
+
+// The rows stand in the order in which the file is asked; it is part of the format, since a flag's
+// store reaches over the fields behind it and later rows repair them.
+bool RVSETTINGS::load(const char *filename) {
+    constexpr int plain = -1; // a number
+    constexpr int alone = -2; // a flag with nothing but padding behind it
+    struct NumberRow {
+        const char *key;
+        int RVSETTINGS::*field;
+        int flag;
+    };
+    static constexpr NumberRow numbers[] = {
+        {"RAVOLT_windowX", &RVSETTINGS::windowX, plain},
+        {"RAVOLT_windowY", &RVSETTINGS::windowY, plain},
+        {"RAVOLT_colorDepth", &RVSETTINGS::colorDepth, plain},
+        {"RAVOLT_zetaDepth", &RVSETTINGS::zetaDepth, plain},
+        {"RAVOLT_stencilDepth", &RVSETTINGS::stencilDepth, plain},
+        {"RAVOLT_fullScreen", nullptr, 0},
+        {"RAVOLT_resizable", nullptr, 1},
+        {"RAVOLT_landscape", nullptr, 2},
+        {"RAVOLT_CAVESplashScreen", nullptr, 3},
+        {"RAVOLT_renderingElements", &RVSETTINGS::renderingElements, plain},
+        {"RAVOLT_useShaders", nullptr, alone},
+        {"RAVOLT_shadowMapSize", &RVSETTINGS::shadowMapSize, plain},
+        {"RAVOLT_FBOSizeX", &RVSETTINGS::FBOSizeX, plain},
+        {"RAVOLT_FBOSizeY", &RVSETTINGS::FBOSizeY, plain},
+        {"RAVOLT_waterSize", &RVSETTINGS::waterSize, plain},
+        {"RAVOLT_audioChannels", &RVSETTINGS::audioChannels, plain},
+        {"RAVOLT_audioBuffers", &RVSETTINGS::audioBuffers, plain},
+        {"RAVOLT_audioElements", &RVSETTINGS::audioElements, plain},
+    };
+    struct TextRow {
+        const char *key;
+        char (RVSETTINGS::*field)[256];
+    };
+    static constexpr TextRow texts[] = {
+        {"RAVOLT_title", &RVSETTINGS::title},
+        {"RAVOLT_rvePath", &RVSETTINGS::rvePath},
+        {"RAVOLT_rvaPath", &RVSETTINGS::rvaPath},
+        {"RAVOLT_mpgPath", &RVSETTINGS::mpgPath},
+        {"RAVOLT_texturePath", &RVSETTINGS::texturePath},
+        {"RAVOLT_shaderPath", &RVSETTINGS::shaderPath},
+        {"RAVOLT_fontPath", &RVSETTINGS::fontPath},
+    };
+
+    if (!filename) {
+        zlfLog("   [!] Invalid params @ RVSETTINGS::load\n");
+        return false;
+    }
+    if (!zlfFileExists(filename)) {
+        zlfLog("   [!] File not found (%s) @ RVSETTINGS::load\n", filename);
+        return false;
+    }
+    SettingsFile file(filename);
+    for (const NumberRow &row : numbers) {
+        int value = 0;
+        if (!file.read(row.key, &value))
+            continue;
+        if (row.field)
+            this->*row.field = value;
+        else if (row.flag == alone)
+            useShaders = (value & 0xFF) != 0;
+        else
+            storeOverFlags(row.flag, static_cast<unsigned int>(value));
+    }
+    for (const TextRow &row : texts)
+        file.read(row.key, this->*row.field);
+    return true; // On purpose: also when the file could not be read, which the parser has logged.
+}
+
+void RVSETTINGS::setTitle(const char *text) { replaceText(title, text); }
+
+char *RVSETTINGS::getTitle() { return title; }
+
+void RVSETTINGS::setWindowX(int pixels) { windowX = pixels; }
+
+int RVSETTINGS::getWindowX() const { return windowX; }
+
+void RVSETTINGS::setWindowY(int pixels) { windowY = pixels; }
+
+int RVSETTINGS::getWindowY() const { return windowY; }
+
+void RVSETTINGS::setColorDepth(int bits) { colorDepth = bits; }
+
+int RVSETTINGS::getColorDepth() const { return colorDepth; }
+
+void RVSETTINGS::setZetaDepth(int bits) { zetaDepth = bits; }
+
+int RVSETTINGS::getZetaDepth() const { return zetaDepth; }
+
+void RVSETTINGS::setStencilDepth(int bits) { stencilDepth = bits; }
+
+int RVSETTINGS::getStencilDepth() const { return stencilDepth; }
+
+void RVSETTINGS::setFullScreen(bool on) { fullScreen = on; }
+
+bool RVSETTINGS::isFullScreen() const { return fullScreen; }
+
+void RVSETTINGS::setResizable(bool on) { resizable = on; }
+
+bool RVSETTINGS::isResizable() const { return resizable; }
+
+void RVSETTINGS::setLandscape(bool on) { landscape = on; }
+
+bool RVSETTINGS::isLandscape() const { return landscape; }
+
+void RVSETTINGS::setCAVESplashScreen(bool on) { CAVESplashScreen = on; }
+
+bool RVSETTINGS::isCAVESplashScreen() const { return CAVESplashScreen; }
+
+void RVSETTINGS::setAudioChannels(int number) { audioChannels = number; }
+
+int RVSETTINGS::getAudioChannels() const { return audioChannels; }
+
+void RVSETTINGS::setAudioBuffers(int number) { audioBuffers = number; }
+
+int RVSETTINGS::getAudioBuffers() const { return audioBuffers; }
+
+void RVSETTINGS::setAudioElements(int number) { audioElements = number; }
+
+int RVSETTINGS::getAudioElements() const { return audioElements; }
+
+void RVSETTINGS::setRenderingElements(int number) { renderingElements = number; }
+
+int RVSETTINGS::getRenderingElements() const { return renderingElements; }
+
+void RVSETTINGS::setShaders(bool on) { useShaders = on; }
+
+bool RVSETTINGS::getShaders() const { return useShaders; }
+
+void RVSETTINGS::setShadowMapSize(int pixels) { shadowMapSize = pixels; }
+
+int RVSETTINGS::getShadowMapSize() const { return shadowMapSize; }
+
+void RVSETTINGS::setFBOSizeX(int pixels) { FBOSizeX = pixels; }
+
+int RVSETTINGS::getFBOSizeX() const { return FBOSizeX; }
+
+void RVSETTINGS::setFBOSizeY(int pixels) { FBOSizeY = pixels; }
+
+int RVSETTINGS::getFBOSizeY() const { return FBOSizeY; }
+
+void RVSETTINGS::setWaterSize(int pixels) { waterSize = pixels; }
+
+int RVSETTINGS::getWaterSize() const { return waterSize; }
+
+void RVSETTINGS::setForceFBO(bool on) { forceFBO = on; }
+
+bool RVSETTINGS::getForceFBO() const { return forceFBO; }
+
+void RVSETTINGS::setRVEPath(const char *path) { replaceText(rvePath, path); }
+
+char *RVSETTINGS::getRVEPath() { return rvePath; }
+
+void RVSETTINGS::setRVAPath(const char *path) { replaceText(rvaPath, path); }
+
+char *RVSETTINGS::getRVAPath() { return rvaPath; }
+
+void RVSETTINGS::setMPGPath(const char *path) { replaceText(mpgPath, path); }
+
+char *RVSETTINGS::getMPGPath() { return mpgPath; }
+
+void RVSETTINGS::setTexturePath(const char *path) { replaceText(texturePath, path); }
+
+char *RVSETTINGS::getTexturePath() { return texturePath; }
+
+void RVSETTINGS::setShaderPath(const char *path) { replaceText(shaderPath, path); }
+
+char *RVSETTINGS::getShaderPath() { return shaderPath; }
+
+void RVSETTINGS::setFontPath(const char *path) { replaceText(fontPath, path); }
+
+char *RVSETTINGS::getFontPath() { return fontPath; }
+
+bool RVSETTINGS::isActive() { return inForce.active; }
+
+void RVSETTINGS::forceShadersOff() { inForce.useShaders = false; }
+
+void RVSETTINGS::forceShadersOn() { inForce.useShaders = true; }
+
+char *RVSETTINGS::getSDLTitle() { return inForce.title; }
+
+int RVSETTINGS::getSDLWindowX() { return inForce.windowX; }
+
+int RVSETTINGS::getSDLWindowY() { return inForce.windowY; }
+
+int RVSETTINGS::getSDLColorDepth() { return inForce.colorDepth; }
+
+int RVSETTINGS::getSDLZetaDepth() { return inForce.zetaDepth; }
+
+int RVSETTINGS::getSDLStencilDepth() { return inForce.stencilDepth; }
+
+bool RVSETTINGS::isSDLFullScreen() { return inForce.fullScreen; }
+
+bool RVSETTINGS::isSDLResizable() { return inForce.resizable; }
+
+bool RVSETTINGS::isSDLLandscape() { return inForce.landscape; }
+
+bool RVSETTINGS::getSDLShaders() { return inForce.useShaders; }
+
+int RVSETTINGS::getSDLShadowMapSize() { return inForce.shadowMapSize; }
+
+int RVSETTINGS::getSDLFBOSizeX() { return inForce.FBOSizeX; }
+
+int RVSETTINGS::getSDLFBOSizeY() { return inForce.FBOSizeY; }
+
+int RVSETTINGS::getSDLWaterSize() { return inForce.waterSize; }
+
+bool RVSETTINGS::getSDLForceFBO() { return inForce.forceFBO; }
+
+void *RVSETTINGS::getSDLWindow() { return inForce.window; }
+
+int RVSETTINGS::getZLAAudioChannels() { return inForce.audioChannels; }
+
+int RVSETTINGS::getZLAAudioBuffers() { return inForce.audioBuffers; }
+
+int RVSETTINGS::getZLAAudioElements() { return inForce.audioElements; }

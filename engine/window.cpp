@@ -1,0 +1,184 @@
+// The window and its context, from the settings asked for to the view in force. SDL is asked in
+// exactly this order: what must be known before the window stands (library, attributes, flags,
+// caption), the window, what was obtained.
+
+#include "engine/splash.h"
+#include "engine/windowSystem.h"
+#include "foundation/text.h"
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+
+#include <SDL/SDL.h>
+
+namespace {
+
+// What the running window was opened with. A window resized with these, and not with what was
+// obtained, keeps its context.
+struct {
+    int bits = 0;
+    Uint32 flags = 0;
+} firstAsked;
+
+Uint32 modeFlags(bool fullScreen, bool resizable) {
+    return static_cast<Uint32>(SDL_OPENGL) | static_cast<Uint32>(fullScreen  ? SDL_FULLSCREEN
+                                                                 : resizable ? SDL_RESIZABLE
+                                                                             : 0);
+}
+
+int obtained(SDL_GLattr attribute) {
+    int value = 0;
+    SDL_GL_GetAttribute(attribute, &value);
+    return value;
+}
+
+} // namespace
+
+bool RVSETTINGS::isOk() {
+    return SDL_VideoModeOK(windowX, windowY, colorDepth, modeFlags(fullScreen, resizable)) != 0;
+}
+
+bool RVSETTINGS::init() {
+    if (inForce.active) {
+        zlfLog("   [!] Settings already active\n");
+        return false;
+    }
+    logRequest();
+    if (!isOk()) {
+        zlfLog("   [!] Incompatible config @ RVSETTINGS::init\n");
+        return false;
+    }
+    handOutPaths();
+    askForContext();
+    if (!openWindow()) {
+        zlfLog("   [!] Unsupported video config (%s) @ RVSETTINGS::init\n", SDL_GetError());
+        return false;
+    }
+    const ravolt::SystemWindow window;
+    inForce.window = window.handle();
+    window.setOuterSize(windowX, windowY); // On purpose: the frame has the size of the content.
+    ravolt::drawSplash(windowX, windowY, CAVESplashScreen, window);
+    takeInForce();
+    inForce.active = true;
+    return true;
+}
+
+void RVSETTINGS::logRequest() {
+    zlfLog("   Init settings...\n");
+    zlfLog("      Configuration to set:\n");
+    zlfLog("          X: %u, Y: %u\n", windowX, windowY);
+    zlfLog("          depth: %u, zeta: %u, stencil: %u\n", colorDepth, zetaDepth, stencilDepth);
+    zlfLog("          title: '%s'\n", title);
+    zlfLog("          fullscreen: %d\n", fullScreen);
+    zlfLog("          resizable : %d\n", resizable);
+    zlfLog("          landscape : %d\n", landscape);
+    zlfLog("          shaders: %d\n", useShaders);
+    zlfLog("          max elems: %d\n", renderingElements);
+    zlfLog("          audio: c: %d, b: %d, e: %d\n", audioChannels, audioBuffers, audioElements);
+    zlfLog("          shadow map size: %d\n", shadowMapSize);
+    zlfLog("          FBO map sizes  : %d, %d\n", FBOSizeX, FBOSizeY);
+    zlfLog("          Water map size : %d\n", waterSize);
+}
+
+// On purpose: the video path is not handed on; applications do so themselves.
+void RVSETTINGS::handOutPaths() {
+    RAVOLT::setRVEPath(rvePath);
+    zlfLog("          RVE path    : '%s'\n", rvePath);
+    zlfLog("          RVA path    : '%s'\n", rvaPath);
+    RVTEXTURE::setPath(texturePath);
+    zlfLog("          Texture path: '%s'\n", texturePath);
+    zlfLog("          Shader path : '%s'\n", shaderPath);
+    zlfLog("          Font path   : '%s'\n", fontPath);
+}
+
+void RVSETTINGS::askForContext() const {
+    const int channel = colorDepth == 16 ? 5 : 8;
+    const struct {
+        SDL_GLattr attribute;
+        int value;
+    } rows[] = {
+        {SDL_GL_RED_SIZE, channel},     {SDL_GL_GREEN_SIZE, channel},
+        {SDL_GL_BLUE_SIZE, channel},    {SDL_GL_ACCUM_RED_SIZE, 0},
+        {SDL_GL_ACCUM_GREEN_SIZE, 0},   {SDL_GL_ACCUM_BLUE_SIZE, 0},
+        {SDL_GL_ACCUM_ALPHA_SIZE, 0},   {SDL_GL_ALPHA_SIZE, colorDepth == 32 ? 8 : 0},
+        {SDL_GL_DEPTH_SIZE, zetaDepth}, {SDL_GL_STENCIL_SIZE, stencilDepth},
+        {SDL_GL_DOUBLEBUFFER, 1},
+    };
+    SDL_GL_LoadLibrary(nullptr);
+    for (const auto &row : rows)
+        SDL_GL_SetAttribute(row.attribute, row.value);
+}
+
+bool RVSETTINGS::openWindow() {
+    const bool titled = title[0] != '\0';
+    firstAsked.bits = colorDepth;
+    firstAsked.flags = modeFlags(fullScreen, resizable) | static_cast<Uint32>(SDL_HWSURFACE) |
+                       static_cast<Uint32>(titled ? 0 : SDL_NOFRAME);
+    if (!fullScreen && titled)
+        SDL_WM_SetCaption(title, nullptr);
+    return SDL_SetVideoMode(windowX, windowY, firstAsked.bits, firstAsked.flags) != nullptr;
+}
+
+// The view takes the depths as obtained, the rest as asked for.
+// On purpose: it never takes the audio figures and the render list's capacity, which stay 0.
+void RVSETTINGS::takeInForce() {
+    const int red = obtained(SDL_GL_RED_SIZE), green = obtained(SDL_GL_GREEN_SIZE),
+              blue = obtained(SDL_GL_BLUE_SIZE), alpha = obtained(SDL_GL_ALPHA_SIZE);
+    inForce.zetaDepth = obtained(SDL_GL_DEPTH_SIZE);
+    inForce.stencilDepth = obtained(SDL_GL_STENCIL_SIZE);
+    obtained(SDL_GL_DOUBLEBUFFER);
+
+    ravolt::copyText(inForce.title, title);
+    inForce.windowX = windowX;
+    inForce.windowY = windowY;
+    inForce.colorDepth = red + green + blue + alpha;
+    inForce.fullScreen = fullScreen;
+    inForce.resizable = resizable;
+    inForce.landscape = landscape;
+    inForce.useShaders = useShaders;
+    inForce.forceFBO = forceFBO;
+    inForce.shadowMapSize = shadowMapSize;
+    inForce.FBOSizeX = FBOSizeX;
+    inForce.FBOSizeY = FBOSizeY;
+    inForce.waterSize = waterSize;
+
+    zlfLog("      Color bits (RGBA): %d, %d, %d, %d\n", red, green, blue, alpha);
+    zlfLog("      Shadow map size: %d\n", inForce.shadowMapSize);
+    zlfLog("      FBO map sizes  : %d, %d\n", inForce.FBOSizeX, inForce.FBOSizeY);
+    zlfLog("      Configuration used:\n");
+    zlfLog("          SizeX: %u, SizeY: %u\n", inForce.windowX, inForce.windowY);
+    zlfLog("          depth: %u, zeta: %u, stencil: %u\n", inForce.colorDepth, inForce.zetaDepth,
+           inForce.stencilDepth);
+    zlfLog("          title: '%s'\n", inForce.title);
+    zlfLog("          fullscreen: %d\n", inForce.fullScreen);
+    zlfLog("          landscape : %d\n", inForce.landscape);
+    zlfLog("          shaders: %d\n", inForce.useShaders);
+    zlfLog("          audio: c: %d, b: %d, e: %d\n", inForce.audioChannels, inForce.audioBuffers,
+           inForce.audioElements);
+    zlfLog("   Settings initialized\n");
+}
+
+bool RVSETTINGS::free() {
+    if (!inForce.active)
+        return false;
+    zlfLog("   Release settings...\n");
+    zlfLog("   Settings released\n");
+    inForce.active = false;
+    return true;
+}
+
+bool RVSETTINGS::resize(int x, int y, int sizeX, int sizeY) {
+    const int oldX = inForce.windowX, oldY = inForce.windowY;
+    inForce.windowX = sizeX; // RVOPENGL::resize reads the new size
+    inForce.windowY = sizeY;
+    if (!RVOPENGL::resize(x, y, sizeX, sizeY)) {
+        inForce.windowX = oldX;
+        inForce.windowY = oldY;
+        return false;
+    }
+    if (inForce.active && sizeX > 0 && sizeY > 0) // a size of 0 would stand for the whole screen
+        SDL_SetVideoMode(sizeX, sizeY, firstAsked.bits, firstAsked.flags);
+    return true;
+}
