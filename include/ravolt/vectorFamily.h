@@ -6,6 +6,7 @@
 // arithmetic type are converted to float first. Nothing here allocates or logs.
 
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <type_traits>
 
@@ -161,10 +162,11 @@ template <class Vector, int N> class VectorFamily {
     float *data() { return reinterpret_cast<float *>(&self()); }
     const float *data() const { return reinterpret_cast<const float *>(&self()); }
 
-    template <class Integer> static Integer checked(Integer index) {
-        if (index < Integer(0) || index > Integer(N - 1))
+    // A negative index becomes a large number.
+    template <class Integer> static std::size_t checked(Integer index) {
+        if (static_cast<std::size_t>(index) >= N)
             std::exit(1);
-        return index;
+        return static_cast<std::size_t>(index);
     }
 
     template <class Function> Vector map(Function function) const {
