@@ -1,0 +1,39 @@
+#pragma once
+
+// A mirror of OpenGL's modelview and projection stacks, so that a matrix can be read without a
+// round trip to the driver. Each call changes the mirror and then makes the OpenGL call of the same
+// name; who uses it does all matrix work through it, since what goes to OpenGL directly is not
+// seen. The engine itself does not. Both stacks start as identity; each has 32 slots. A context
+// must be current, except for glWrapperGetFloatv.
+
+#include "ravolt/api.h"
+
+// Chooses the stack: GL_MODELVIEW or GL_PROJECTION. Any other mode goes to OpenGL alone and leaves
+// the mirror where it was.
+RV_API void glWrapperMatrixMode(unsigned int mode);
+
+RV_API void glWrapperLoadIdentity();
+
+// Sixteen floats in OpenGL's order, translation in elements 12 to 14.
+RV_API void glWrapperLoadMatrixf(const float *matrix);
+RV_API void glWrapperMultMatrixf(const float *matrix);
+
+// Angle in degrees.
+RV_API void glWrapperRotatef(float angle, float x, float y, float z);
+RV_API void glWrapperTranslatef(float x, float y, float z);
+
+// A push onto a full stack and a pop from an empty one log a line and do nothing else, in OpenGL
+// neither.
+RV_API void glWrapperPushMatrix();
+RV_API void glWrapperPopMatrix();
+
+// The mirrored matrix differs from OpenGL's on purpose: it lacks the factor of the near plane in
+// elements 0 and 5, and its last column and last row are exchanged.
+RV_API void glWrapperFrustum(double left, double right, double bottom, double top, double zNear,
+                             double zFar);
+RV_API void glWrapperOrtho(double left, double right, double bottom, double top, double zNear,
+                           double zFar);
+
+// Copies the top of a stack, sixteen floats, for GL_MODELVIEW_MATRIX or GL_PROJECTION_MATRIX; any
+// other name does nothing.
+RV_API void glWrapperGetFloatv(unsigned int name, float *matrix);
