@@ -127,6 +127,8 @@ class RV_API RAVOLT {
     static RVNODE *getSkybox();
 
   private:
+    static bool startClasses(RVSETTINGS &settings);
+    static void findVideoMemory();
     static RVNODE *recursiveLoad(char *buffer, long *cursor, RVNODE *parent);
     static bool recursiveInitBones(RVNODE *root, RVNODE *node);
 

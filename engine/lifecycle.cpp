@@ -1,0 +1,121 @@
+// Start and stop of the whole engine. A start that fails half-way undoes what it has started, the
+// last first, and leaves SDL shut down; `active` is the last thing that either of them writes.
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVNODE.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+
+#include <SDL/SDL.h>
+
+#include <iterator>
+
+namespace {
+
+constexpr unsigned int leastVideoMemory = 16 << 20; // bytes, where none is reported
+
+unsigned int reportedVideoMemory() {
+    const SDL_VideoInfo *info = SDL_GetVideoInfo();
+    return info ? info->video_mem << 10 : 0;
+}
+
+} // namespace
+
+bool RAVOLT::init(RVSETTINGS *settings) {
+    if (active) {
+        zlfLog("   [!] RAVOLT already active\n");
+        return false;
+    }
+    if (SDL_Init(SDL_INIT_VIDEO) == -1) {
+        zlfLog("   [!] Unable to init SDL_INIT_VIDEO (%s) @ RAVOLT::init\n", SDL_GetError());
+        return false;
+    }
+    zlfLog("   SDL initialized\n");
+    zlfLog("   Initialize Ravolt\n\n");
+
+    RVSETTINGS standard;
+    if (!settings) {
+        zlfLog("   [!] Standard configuration used\n");
+        settings = &standard;
+    }
+    if (!startClasses(*settings)) {
+        SDL_Quit();
+        return false;
+    }
+    timer = zlfNewTimer(1.0f);
+    findVideoMemory();
+    zlfLog("   Initialization complete\n\n");
+    active = true;
+    return true;
+}
+
+// The classes in their order. When one fails, those before it are freed, the last first.
+bool RAVOLT::startClasses(RVSETTINGS &settings) {
+    struct Row {
+        bool (*start)(RVSETTINGS &settings);
+        const char *failure;
+        bool (*stop)();
+    };
+    static constexpr Row rows[] = {
+        {[](RVSETTINGS &asked) { return asked.init(); },
+         "   [!] Unable to init settings @ RAVOLT::init\n", [] { return RVSETTINGS::free(); }},
+        {[](RVSETTINGS &) { return RVOPENGL::init(); },
+         "   [!] Unable to init OpenGL @ RAVOLT::init\n", [] { return RVOPENGL::free(); }},
+        {[](RVSETTINGS &asked) {
+             RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
+             return RVELEMENT::init(static_cast<unsigned int>(asked.getRenderingElements()));
+         },
+         "   [!] Rendering elements failed to initialize @ RAVOLT::init\n",
+         [] { return RVELEMENT::free(); }},
+        {[](RVSETTINGS &) { return RVMESH::init(); },
+         "   [!] Unable to initialize mesh class @ RAVOLT::init\n", [] { return RVMESH::free(); }},
+    };
+    for (const Row *row = rows; row != std::end(rows); ++row) {
+        if (row->start(settings))
+            continue;
+        zlfLog("%s", row->failure);
+        while (row != rows)
+            (--row)->stop();
+        return false;
+    }
+    return true;
+}
+
+void RAVOLT::findVideoMemory() {
+    videoMemoryTotal = reportedVideoMemory();
+    if (!videoMemoryTotal) {
+        zlfLog("   [!] No VRam detected: software mode supposed (16 MB allocated by default)\n");
+        videoMemoryTotal = leastVideoMemory;
+    }
+    char driver[64] = "";
+    SDL_VideoDriverName(driver, sizeof driver);
+    zlfLog("   Driver name: %s\n", driver);
+    zlfLog("   VRam detected: %d KB\n", videoMemoryTotal >> 10);
+}
+
+bool RAVOLT::free() {
+    if (!active)
+        return false;
+    zlfLog("   Ravolt is shutting down...\n");
+    zlfFreeTimer(timer);
+
+    RVNODE::cleanUp();
+    RVMATERIAL::cleanUp();
+    RVTEXTURE::cleanUp();
+
+    RVMESH::free();
+    RVELEMENT::free();
+    RVOPENGL::free();
+    RVSETTINGS::free();
+
+    SDL_Quit();
+    zlfLog("   SDL released\n");
+    zlfLog("   Shutdown complete\n\n");
+    active = false;
+    return true;
+}

@@ -1,0 +1,147 @@
+// The splash picture, drawn from distances: every shape is a function that tells how far a point
+// lies outside its edge, so that edges come out smooth. Coordinates are pixels from the top left.
+
+#include "engine/splash.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace {
+
+struct Point {
+    float x, y;
+};
+
+Point operator-(Point a, Point b) { return {a.x - b.x, a.y - b.y}; }
+
+float dot(Point a, Point b) { return a.x * b.x + a.y * b.y; }
+
+struct Color {
+    float red, green, blue; // 0 to 1
+};
+
+Color mix(Color a, Color b, float share) {
+    const auto between = [share](float from, float to) { return from + (to - from) * share; };
+    return {between(a.red, b.red), between(a.green, b.green), between(a.blue, b.blue)};
+}
+
+constexpr Color white = {1.0f, 1.0f, 1.0f};
+constexpr Color night = {0.11f, 0.10f, 0.32f};
+constexpr Color dusk = {0.45f, 0.27f, 0.78f};
+constexpr Color gold = {1.0f, 0.76f, 0.26f};
+constexpr Color shade = {0.87f, 0.87f, 0.92f};
+
+constexpr Point center = {128.0f, 98.0f};
+constexpr float radius = 78.0f;
+
+// A stroke of the lettering, from a to b.
+struct Stroke {
+    Point a, b;
+};
+
+float toStroke(Point p, const Stroke &stroke) {
+    const Point along = stroke.b - stroke.a, from = p - stroke.a;
+    const float share = std::clamp(dot(from, along) / dot(along, along), 0.0f, 1.0f);
+    const Point away = {from.x - along.x * share, from.y - along.y * share};
+    return std::sqrt(dot(away, away));
+}
+
+// Strokes along an arc of a circle; degrees clockwise from the right.
+void addArc(std::vector<Stroke> &strokes, Point middle, float size, float from, float to) {
+    constexpr int parts = 24;
+    const auto at = [&](int part) {
+        const float angle = (from + (to - from) * static_cast<float>(part) / parts) * 0.01745329f;
+        return Point{middle.x + size * std::cos(angle), middle.y + size * std::sin(angle)};
+    };
+    for (int part = 0; part < parts; ++part)
+        strokes.push_back({at(part), at(part + 1)});
+}
+
+// The name, 30 pixels high between the lines 202 and 232.
+std::vector<Stroke> lettering() {
+    constexpr float top = 202.0f, bottom = 232.0f, waist = 218.0f;
+    std::vector<Stroke> strokes = {
+        {{22, bottom}, {22, top}},   {{22, top}, {32, top}},         // R
+        {{22, waist}, {32, waist}},  {{31, waist}, {41, bottom}},    //
+        {{54, bottom}, {66, top}},   {{66, top}, {78, bottom}},      // A
+        {{59, 223}, {73, 223}},                                      //
+        {{88, top}, {100, bottom}},  {{100, bottom}, {112, top}},    // V
+        {{175, top}, {175, bottom}}, {{175, bottom}, {192, bottom}}, // L
+        {{204, top}, {230, top}},    {{217, top}, {217, bottom}},    // T
+    };
+    addArc(strokes, {32, (top + waist) / 2}, (waist - top) / 2, -90, 90);
+    addArc(strokes, {143, (top + bottom) / 2}, (bottom - top) / 2, 0, 360); // O
+    return strokes;
+}
+
+constexpr std::array<Point, 7> bolt = {{
+    {150, 38},
+    {94, 106},
+    {122, 106},
+    {108, 152},
+    {164, 84},
+    {135, 84},
+    {150, 38},
+}};
+
+// Distance to the bolt's edge, negative inside it.
+float toBolt(Point p) {
+    float nearest = 1.0e9f;
+    bool inside = false;
+    for (std::size_t corner = 0; corner + 1 < bolt.size(); ++corner) {
+        const Point a = bolt[corner], b = bolt[corner + 1];
+        nearest = std::min(nearest, toStroke(p, {a, b}));
+        if ((a.y > p.y) != (b.y > p.y) && p.x < a.x + (b.x - a.x) * (p.y - a.y) / (b.y - a.y))
+            inside = !inside;
+    }
+    return inside ? -nearest : nearest;
+}
+
+// How much of a pixel lies within `reach` of a shape; `softness` is the width of its edge.
+float cover(float distance, float softness = 1.0f) {
+    return std::clamp(0.5f - distance / softness, 0.0f, 1.0f);
+}
+
+Color emblem(Point p) {
+    const Point out = p - center;
+    const float toRim = std::sqrt(dot(out, out)) - radius;
+    const Point below = {out.x, out.y - 5};
+    Color color = mix(white, shade, cover(std::sqrt(dot(below, below)) - radius + 1, 14.0f));
+
+    const float height = (out.y + radius) / (2 * radius);
+    color = mix(color, mix(dusk, night, std::clamp(height, 0.0f, 1.0f)), cover(toRim));
+    color = mix(color, white, 0.55f * cover(std::fabs(toRim + 7) - 1)); // a thin ring
+    const float distance = toBolt(p);
+    color = mix(color, gold, 0.35f * cover(distance - 5, 22.0f) * cover(toRim + 8)); // its glow
+    return mix(color, mix(white, gold, std::clamp(height * 1.3f - 0.15f, 0.0f, 1.0f)),
+               cover(distance - 1.5f));
+}
+
+} // namespace
+
+namespace ravolt {
+
+std::vector<unsigned char> splashPicture() {
+    constexpr float halfStroke = 2.6f, nameStarts = 195.0f;
+    const std::vector<Stroke> name = lettering();
+    std::vector<unsigned char> picture;
+    picture.reserve(splashSize * splashSize * 3);
+    for (int row = splashSize - 1; row >= 0; --row) {
+        for (int column = 0; column < splashSize; ++column) {
+            const Point p = {static_cast<float>(column) + 0.5f, static_cast<float>(row) + 0.5f};
+            Color color = emblem(p);
+            if (p.y > nameStarts) {
+                float distance = 1.0e9f;
+                for (const Stroke &stroke : name)
+                    distance = std::min(distance, toStroke(p, stroke));
+                color = mix(color, night, cover(distance - halfStroke));
+            }
+            for (const float part : {color.blue, color.green, color.red})
+                picture.push_back(static_cast<unsigned char>(part * 255.0f + 0.5f));
+        }
+    }
+    return picture;
+}
+
+} // namespace ravolt
