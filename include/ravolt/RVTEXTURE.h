@@ -114,17 +114,18 @@ class RV_API RVTEXTURE {
     bool isMipmapped() const;
     bool isClamped() const;
 
-    // A number for the application's own use.
+    // Kept for the application; nothing in the engine reads it.
     void setCubeType(unsigned int cubeType);
 
   private:
-    void allocateName();
-    void releaseName();
+    void forgetBindings();
+    void releaseUpload();
     void releasePixels();
+    void makeRoom();
+    void bindForUpload() const;
     void uploadParameters() const;
-    void uploadPixels(unsigned char *pixels) const;
+    void uploadImage(unsigned char *pixels) const;
     void countUpload();
-    void bindBehindTheCache() const;
 
     unsigned int id;
     char filename[256];

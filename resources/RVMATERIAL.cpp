@@ -1,0 +1,188 @@
+#include "ravolt/RVMATERIAL.h"
+
+#include "foundation/registry.h"
+#include "foundation/text.h"
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+// Materials: the registry, and what a surface is to OpenGL.
+//
+// Invariant: while currentMaterial names a material, OpenGL holds its colours, its blending and its
+// textures, unless somebody has changed them without a call of reset.
+
+using MaterialRegistry = ravolt::Registry<RVMATERIAL>;
+
+RVMATERIAL *RVMATERIAL::firstMaterial = nullptr;
+RVMATERIAL *RVMATERIAL::lastMaterial = nullptr;
+RVMATERIAL *RVMATERIAL::currentMaterial = nullptr;
+
+RVMATERIAL::RVMATERIAL()
+    : id(zlfNewId()), timeStamp(0), references(0), ambient(0.2f, 0.2f, 0.2f, 1.0f),
+      diffuse(0.6f, 0.6f, 0.6f, 1.0f), specular(0.2f, 0.2f, 0.2f, 1.0f),
+      emission(0.0f, 0.0f, 0.0f, 1.0f), transparency(1.0f), shininess(0.0f), texture(),
+      shader(nullptr), skinned(false) {
+    ravolt::formatText(name, "[material %d]", id);
+    MaterialRegistry::append(firstMaterial, lastMaterial, this);
+}
+
+RVMATERIAL::~RVMATERIAL() {
+    // A new material at this address must not pass for applied.
+    if (currentMaterial == this)
+        reset();
+    releaseId(id);
+    MaterialRegistry::unlink(firstMaterial, lastMaterial, this);
+}
+
+bool RVMATERIAL::render(void *) {
+    timeStamp = static_cast<int>(RAVOLT::getTimeStamp());
+    if (currentMaterial == this)
+        return true;
+    applyColors();
+    applyBlending();
+    applyTextures();
+    currentMaterial = this;
+    return true;
+}
+
+// On purpose: the alpha that was set in a colour is lost.
+void RVMATERIAL::applyColors() {
+    emission.w = specular.w = diffuse.w = ambient.w = transparency;
+    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, &emission.x);
+    glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, &ambient.x);
+    glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, &diffuse.x);
+    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, &specular.x);
+    glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, shininess);
+}
+
+void RVMATERIAL::applyBlending() const {
+    if (!isTransparent()) {
+        RVOPENGL::blendingOff();
+        return;
+    }
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    RVOPENGL::blendingOn();
+}
+
+// On purpose: units that an earlier material left on stay on, unless this one has no texture.
+void RVMATERIAL::applyTextures() const {
+    bool none = true;
+    for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot)
+        if (texture[slot]) {
+            texture[slot]->render(&slot);
+            none = false;
+        }
+    if (none)
+        RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+}
+
+void RVMATERIAL::reset() { currentMaterial = nullptr; }
+
+bool RVMATERIAL::setTexture(unsigned int slot, RVTEXTURE *newTexture) {
+    if (slot >= RV_TEXTURE_UNITS) {
+        zlfLog("   [!] Invalid params @ RVMATERIAL::setTexture\n");
+        return false;
+    }
+    if (texture[slot])
+        texture[slot]->decReferences();
+    texture[slot] = newTexture;
+    if (newTexture)
+        newTexture->incReferences();
+    return true;
+}
+
+RVTEXTURE *RVMATERIAL::getTexture(unsigned int slot) const {
+    return slot < RV_TEXTURE_UNITS ? texture[slot] : nullptr;
+}
+
+// On purpose: the slots are no counted references, and skinned stays as it is.
+void RVMATERIAL::clone(const RVMATERIAL *source) {
+    if (!source)
+        return;
+    const std::string base = source->name; // the source may be this material
+    ravolt::formatText(name, "%s%d", base.c_str(), id);
+    ambient = source->ambient;
+    diffuse = source->diffuse;
+    specular = source->specular;
+    emission = source->emission;
+    transparency = source->transparency;
+    shininess = source->shininess;
+    std::copy(std::begin(source->texture), std::end(source->texture), texture);
+    shader = source->shader;
+}
+
+void RVMATERIAL::setName(const char *newName) {
+    if (newName && std::strlen(newName) < sizeof(name))
+        std::memmove(name, newName, std::strlen(newName) + 1);
+}
+
+char *RVMATERIAL::getName() { return name; }
+
+void RVMATERIAL::setAmbient(const Z3MVECTOR4D &color) { ambient = color; }
+void RVMATERIAL::setAmbient(float red, float green, float blue, float alpha) {
+    ambient = Z3MVECTOR4D(red, green, blue, alpha);
+}
+Z3MVECTOR4D RVMATERIAL::getAmbient() const { return ambient; }
+
+void RVMATERIAL::setDiffuse(const Z3MVECTOR4D &color) { diffuse = color; }
+void RVMATERIAL::setDiffuse(float red, float green, float blue, float alpha) {
+    diffuse = Z3MVECTOR4D(red, green, blue, alpha);
+}
+Z3MVECTOR4D RVMATERIAL::getDiffuse() const { return diffuse; }
+
+void RVMATERIAL::setSpecular(const Z3MVECTOR4D &color) { specular = color; }
+void RVMATERIAL::setSpecular(float red, float green, float blue, float alpha) {
+    specular = Z3MVECTOR4D(red, green, blue, alpha);
+}
+Z3MVECTOR4D RVMATERIAL::getSpecular() const { return specular; }
+
+void RVMATERIAL::setEmission(const Z3MVECTOR4D &color) { emission = color; }
+void RVMATERIAL::setEmission(float red, float green, float blue, float alpha) {
+    emission = Z3MVECTOR4D(red, green, blue, alpha);
+}
+Z3MVECTOR4D RVMATERIAL::getEmission() const { return emission; }
+
+void RVMATERIAL::setTransparency(float newTransparency) { transparency = newTransparency; }
+float RVMATERIAL::getTransparency() const { return transparency; }
+void RVMATERIAL::setShininess(float newShininess) { shininess = newShininess; }
+float RVMATERIAL::getShininess() const { return shininess; }
+void RVMATERIAL::setShader(RVSHADER *newShader) { shader = newShader; }
+RVSHADER *RVMATERIAL::getShader() const { return shader; }
+void RVMATERIAL::setSkinning(bool newSkinned) { skinned = newSkinned; }
+
+bool RVMATERIAL::isTransparent() const { return transparency != 1.0f; }
+bool RVMATERIAL::isTextured() const { return texture[0] != nullptr; }
+bool RVMATERIAL::isSkinned() const { return skinned; }
+
+bool RVMATERIAL::cleanUp() {
+    if (!firstMaterial)
+        return false;
+    const unsigned int number = MaterialRegistry::cleanUp(firstMaterial);
+    zlfLog("   %d material(s) released\n", number);
+    return true;
+}
+
+unsigned int RVMATERIAL::getNumberOfMaterials() { return MaterialRegistry::count(firstMaterial); }
+
+RVMATERIAL *RVMATERIAL::findById(unsigned int id) {
+    return MaterialRegistry::findById(firstMaterial, id);
+}
+
+RVMATERIAL *RVMATERIAL::findByName(const char *name) {
+    return MaterialRegistry::findByText(firstMaterial, &RVMATERIAL::name, name);
+}
+
+RVMATERIAL *RVMATERIAL::getFirst() { return firstMaterial; }
+RVMATERIAL *RVMATERIAL::getNext() const { return next; }
+RVMATERIAL *RVMATERIAL::getPrevious() const { return previous; }
+
+unsigned int RVMATERIAL::getId() const { return id; }
+int RVMATERIAL::getTimeStamp() const { return timeStamp; }
+int RVMATERIAL::getReferences() const { return references; }
+void RVMATERIAL::incReferences() { ++references; }
+void RVMATERIAL::decReferences() { --references; }

@@ -1,0 +1,131 @@
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+
+#include <algorithm>
+#include <memory>
+
+// The budget: what a texture counts for, and the collector that keeps the sum in bounds. The counts
+// are estimates by fixed rules and not checked against each other.
+//
+// Invariant: while the collector runs for an upload, the texture that is being uploaded lives on,
+// and so do the pixels that it had, even if the collector takes them from it.
+
+namespace {
+
+// The texture that has made the collector run; NULL when nothing has.
+const RVTEXTURE *underUpload = nullptr;
+
+struct FreeBlock {
+    void operator()(void *block) const { zlfFree(block); }
+};
+
+using TextureArray = std::unique_ptr<RVTEXTURE *[], FreeBlock>;
+
+bool isRenderedLater(const RVTEXTURE *a, const RVTEXTURE *b) {
+    return a->getTimeStamp() > b->getTimeStamp();
+}
+
+void logCandidates(const TextureArray &textures, unsigned int number, unsigned long keep) {
+    zlfLog("[BEGIN GARBAGE COLLECTOR]\n\n");
+    zlfLog("   Memory used before : %d\n", static_cast<int>(RAVOLT::getUsedVideoMemory()));
+    zlfLog("   Memory max. to keep: %d\n", static_cast<int>(keep));
+    zlfLog("   Candidates:\n");
+    for (unsigned int index = 0; index < number; ++index)
+        zlfLog("      %d. %s (%d)\n", static_cast<int>(index), textures[index]->getFilename(),
+               textures[index]->getTimeStamp());
+}
+
+unsigned int deleteUnreferenced(const TextureArray &textures, unsigned int number) {
+    unsigned int dead = 0;
+    for (unsigned int index = 0; index < number; ++index) {
+        if (textures[index]->getReferences() >= 1 || textures[index] == underUpload)
+            continue;
+        delete textures[index];
+        ++dead;
+    }
+    return dead;
+}
+
+} // namespace
+
+bool RVTEXTURE::unload(bool releaseBitmap) {
+    bool freed = false;
+    if (bitmap && releaseBitmap) {
+        releasePixels();
+        // On purpose: by then update has doubled what a mipmapped texture counts for.
+        usedMemory -= memorySize;
+        freed = true;
+    }
+    if (glId) {
+        releaseUpload();
+        if (mipmapped)
+            RAVOLT::popVideoMemory(memorySize);
+        freed = true;
+    }
+    if (freed)
+        zlfLog("   %s unloaded\n", filename);
+    return freed;
+}
+
+// On purpose: the newest go first, and those not used for the longest time survive.
+bool RVTEXTURE::garbageCollect(unsigned long keep) {
+    const unsigned int number = getNumberOfTextures();
+    if (number == 0)
+        return false;
+    const TextureArray textures(static_cast<RVTEXTURE **>(zlfMalloc(number * sizeof(RVTEXTURE *))));
+    if (!textures) {
+        zlfLog("   [!] Out of memory @ RVTEXTURE::garbageCollect()\n");
+        return false;
+    }
+    unsigned int index = 0;
+    for (RVTEXTURE *texture = firstTexture; texture; texture = texture->next)
+        textures[index++] = texture;
+    std::sort(&textures[0], &textures[0] + number, isRenderedLater);
+    logCandidates(textures, number, keep);
+
+    for (index = 0; index < number; ++index)
+        if (RAVOLT::getUsedVideoMemory() >= keep)
+            textures[index]->unload(true);
+    const unsigned int dead = deleteUnreferenced(textures, number);
+
+    zlfLog("   Memory used after : %d\n", static_cast<int>(RAVOLT::getUsedVideoMemory()));
+    zlfLog("   Dead textures     : %d\n", static_cast<int>(dead));
+    zlfLog("\n[END GARBAGE COLLECTOR]\n");
+    return true;
+}
+
+// On purpose: a mipmapped texture was counted for twice of what this takes back.
+void RVTEXTURE::releaseUpload() {
+    if (!glId)
+        return;
+    glDeleteTextures(1, &glId);
+    RAVOLT::popVideoMemory(memorySize);
+    glId = 0;
+    forgetBindings();
+}
+
+void RVTEXTURE::releasePixels() {
+    if (bitmap && this != underUpload)
+        zlfFree(bitmap);
+    bitmap = nullptr;
+}
+
+// On purpose: what is missing for the levels of a mipmap chain does not start the collector.
+void RVTEXTURE::makeRoom() {
+    const unsigned int needed = memorySize;
+    if (mipmap)
+        memorySize *= 2;
+    if (RAVOLT::getFreeVideoMemory() >= needed)
+        return;
+    zlfLog("   Garbage collector at %d\n", static_cast<int>(RAVOLT::getTimeStamp()));
+    underUpload = this;
+    garbageCollect(RAVOLT::getVideoMemory() - needed);
+    underUpload = nullptr;
+}
+
+void RVTEXTURE::countUpload() {
+    RAVOLT::pushVideoMemory(mipmap ? memorySize * 2 : memorySize);
+    mipmapped = mipmap;
+}

@@ -1,0 +1,162 @@
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+
+#include <algorithm>
+#include <cstring>
+
+// From the pixel copy to OpenGL. Uploads go through unit 0, behind the back of the cache, which
+// therefore forgets what was bound there.
+
+namespace {
+
+struct TextureFormat {
+    GLint internal;
+    GLenum format;
+    GLenum type;
+    bool pixels; // is filled from the pixel copy
+};
+
+constexpr TextureFormat formats[] = {
+    {GL_RGB, GL_RGB, GL_UNSIGNED_BYTE, true},
+    {GL_RGBA, GL_RGBA, GL_UNSIGNED_BYTE, true},
+    {GL_DEPTH_COMPONENT, GL_DEPTH_COMPONENT, GL_UNSIGNED_BYTE, false},
+    {GL_RGBA16F_ARB, GL_RGBA, GL_HALF_FLOAT_ARB, false},
+};
+
+constexpr unsigned int rgbDepth = 3, shadowMapDepth = 5, floatDepth = 6;
+
+// A texture that was neither created nor loaded has the depth 0 and no pixels, whatever the format.
+const TextureFormat &formatOf(unsigned int depth) {
+    return formats[std::clamp(depth, rgbDepth, floatDepth) - rgbDepth];
+}
+
+GLint magnification(bool linear) { return linear ? GL_LINEAR : GL_NEAREST; }
+
+GLint minification(bool linear, bool mipmap) {
+    if (!mipmap)
+        return magnification(linear);
+    return linear ? GL_LINEAR_MIPMAP_LINEAR : GL_NEAREST_MIPMAP_NEAREST;
+}
+
+unsigned int halved(unsigned int size) { return size > 1 ? size / 2 : size; }
+
+// The mean of four pixels for each pixel of a level, in place: a level never outgrows what is
+// already read.
+// On purpose: the rows of the level above count as twice the new width, so that only the levels of
+// a square image of a power of two are true. What would lie behind the image is its last pixel.
+void halvePixels(unsigned char *pixels, unsigned int width, unsigned int height,
+                 unsigned int channels, std::size_t lastPixel) {
+    const std::size_t stride = std::size_t(width) * 2;
+    unsigned char *target = pixels;
+    for (std::size_t y = 0; y < height; ++y)
+        for (std::size_t x = 0; x < width; ++x) {
+            const std::size_t corner = 2 * y * stride + 2 * x;
+            const auto source = [=](std::size_t pixel) {
+                return pixels + std::min(pixel, lastPixel) * channels;
+            };
+            const unsigned char *const a = source(corner), *const b = source(corner + 1);
+            const unsigned char *const c = source(corner + stride);
+            const unsigned char *const d = source(corner + stride + 1);
+            for (unsigned int channel = 0; channel < channels; ++channel)
+                *target++ = static_cast<unsigned char>(
+                    (a[channel] + b[channel] + c[channel] + d[channel]) >> 2);
+        }
+}
+
+// Uploads the levels above the base one. Uses the pixels up.
+void uploadMipmapChain(unsigned int width, unsigned int height, unsigned char *pixels,
+                       GLenum format) {
+    if (width == 0 || height == 0)
+        return;
+    const unsigned int channels = format == GL_RGB ? 3 : 4;
+    const std::size_t lastPixel = std::size_t(width) * height - 1;
+    for (GLint level = 1; width > 1 || height > 1; ++level) {
+        width = halved(width);
+        height = halved(height);
+        halvePixels(pixels, width, height, channels, lastPixel);
+        glTexImage2D(GL_TEXTURE_2D, level, static_cast<GLint>(format), static_cast<GLsizei>(width),
+                     static_cast<GLsizei>(height), 0, format, GL_UNSIGNED_BYTE, pixels);
+    }
+}
+
+} // namespace
+
+bool RVTEXTURE::update() {
+    if (depth != shadowMapDepth && depth != floatDepth && !bitmap) {
+        zlfLog("   [!] Invalid params @ RVTEXTURE::update\n");
+        return false;
+    }
+    releaseUpload();
+    unsigned char *const pixels = bitmap;
+    makeRoom();
+
+    const GLclampf priority = 1.0f;
+    glGenTextures(1, &glId);
+    glPrioritizeTextures(1, &glId, &priority);
+    bindForUpload();
+    uploadParameters();
+    uploadImage(pixels);
+    countUpload();
+    if (pixels != bitmap) // the collector took them
+        zlfFree(pixels);
+    return true;
+}
+
+bool RVTEXTURE::modify(const char *newBitmap, bool keep) {
+    if (!newBitmap) {
+        zlfLog("   [!] Invalid params @ RVTEXTURE::modify\n");
+        return false;
+    }
+    const std::size_t pixels = std::size_t(sizeX) * sizeY;
+    // On purpose: the call that makes the room does not fill it.
+    if (keep && !bitmap) {
+        bitmap = static_cast<unsigned char *>(zlfMalloc(std::max<std::size_t>(pixels * depth, 1)));
+        if (!bitmap)
+            zlfLog("   [!] Out of memory @ RVTEXTURE::modify\n");
+        else
+            std::memset(bitmap, 0, pixels * depth);
+        return false;
+    }
+    const bool rgb = depth == rgbDepth;
+    if (keep)
+        std::memmove(bitmap, newBitmap, pixels * (rgb ? 3 : 4));
+    bindForUpload();
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, static_cast<GLsizei>(sizeX),
+                    static_cast<GLsizei>(sizeY), rgb ? GL_RGB : GL_RGBA, GL_UNSIGNED_BYTE,
+                    newBitmap);
+    return true;
+}
+
+void RVTEXTURE::bindForUpload() const {
+    if (RVOPENGL::glActiveTextureARB)
+        RVOPENGL::glActiveTextureARB(GL_TEXTURE0);
+    channelCache[0] = nullptr;
+    glBindTexture(GL_TEXTURE_2D, glId);
+}
+
+void RVTEXTURE::uploadParameters() const {
+    const GLint wrap = clamp ? GL_CLAMP_TO_EDGE : GL_REPEAT;
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, magnification(linear));
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, minification(linear, mipmap));
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, wrap);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, wrap);
+    if (formatOf(depth).pixels && RVOPENGL::useAnisotropic())
+        glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT,
+                        RVOPENGL::getAnisotropicLevel());
+    if (depth == shadowMapDepth) {
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_MODE, GL_COMPARE_R_TO_TEXTURE);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_FUNC, GL_LEQUAL);
+    }
+}
+
+void RVTEXTURE::uploadImage(unsigned char *pixels) const {
+    const TextureFormat &format = formatOf(depth);
+    glTexImage2D(GL_TEXTURE_2D, 0, format.internal, static_cast<GLsizei>(sizeX),
+                 static_cast<GLsizei>(sizeY), 0, format.format, format.type,
+                 format.pixels ? pixels : nullptr);
+    if (mipmap && format.pixels)
+        uploadMipmapChain(sizeX, sizeY, pixels, format.format);
+}

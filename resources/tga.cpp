@@ -1,0 +1,143 @@
+#include "resources/tga.h"
+
+#include "foundation/bytes.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+// Invariants: a file is looked through once before anything is made of it, so that a bad one costs
+// nothing; decoding then needs no test of either end.
+
+namespace ravolt {
+
+namespace {
+
+constexpr std::size_t kindSize = 12;
+constexpr unsigned char uncompressedKind[kindSize] = {0, 0, 2};
+constexpr unsigned char runLengthKind[kindSize] = {0, 0, 10};
+constexpr unsigned int repeatFlag = 128;
+// On purpose: any of the upper four bits of the descriptor counts as an origin at the top.
+constexpr unsigned int smallestTopDescriptor = 16;
+
+TgaKind kindOf(const unsigned char *header) {
+    if (std::memcmp(header, uncompressedKind, kindSize) == 0)
+        return TgaKind::uncompressed;
+    if (std::memcmp(header, runLengthKind, kindSize) == 0)
+        return TgaKind::runLength;
+    return TgaKind::unsupported;
+}
+
+bool isSupportedSize(unsigned int size) { return size >= 1 && size <= tgaLargestSize; }
+
+// The pixels that a packet stands for; its byte below 128 announces that many and one literal ones.
+std::size_t packetPixels(unsigned int packet) {
+    return packet < repeatFlag ? packet + 1 : packet - (repeatFlag - 1);
+}
+
+// Whether the packets end exactly with the image, and the file not before them.
+bool packetsFit(ByteReader body, const TgaImage &image) {
+    for (std::size_t left = image.pixels(); left > 0;) {
+        const unsigned int packet = body.read<std::uint8_t>();
+        const std::size_t count = packetPixels(packet);
+        body.skip((packet < repeatFlag ? count : 1) * image.depth);
+        if (!body.ok() || count > left)
+            return false;
+        left -= count;
+    }
+    return true;
+}
+
+bool bodyFits(const ByteReader &body, const TgaImage &image) {
+    switch (image.kind) {
+    case TgaKind::uncompressed:
+        return body.left() >= image.bytes();
+    case TgaKind::runLength:
+        return packetsFit(body, image);
+    case TgaKind::unsupported:
+        break;
+    }
+    return true;
+}
+
+// Files hold blue before red.
+template <unsigned int depth> void decodePixel(const unsigned char *from, unsigned char *to) {
+    to[0] = from[2];
+    to[1] = from[1];
+    to[2] = from[0];
+    if constexpr (depth == 4)
+        to[3] = from[3];
+}
+
+template <unsigned int depth>
+const unsigned char *decodeLiterals(const unsigned char *from, unsigned char *to,
+                                    std::size_t count) {
+    for (; count > 0; --count, from += depth, to += depth)
+        decodePixel<depth>(from, to);
+    return from;
+}
+
+template <unsigned int depth>
+const unsigned char *decodePacket(const unsigned char *from, unsigned char *to) {
+    const unsigned int packet = *from++;
+    std::size_t count = packetPixels(packet);
+    if (packet < repeatFlag)
+        return decodeLiterals<depth>(from, to, count);
+    for (; count > 0; --count, to += depth)
+        decodePixel<depth>(from, to);
+    return from + depth;
+}
+
+template <unsigned int depth> void decodeBody(const TgaImage &image, unsigned char *to) {
+    if (image.kind == TgaKind::uncompressed) {
+        decodeLiterals<depth>(image.body, to, image.pixels());
+        return;
+    }
+    const unsigned char *end = to + image.bytes();
+    for (const unsigned char *from = image.body; to < end;) {
+        const std::size_t written = packetPixels(*from) * depth;
+        from = decodePacket<depth>(from, to);
+        to += written;
+    }
+}
+
+void reverseRows(const TgaImage &image, unsigned char *pixels) {
+    const std::size_t row = std::size_t(image.width) * image.depth;
+    for (unsigned int low = 0; low < image.height / 2; ++low) {
+        unsigned char *first = pixels + low * row;
+        std::swap_ranges(first, first + row, pixels + (image.height - 1 - low) * row);
+    }
+}
+
+} // namespace
+
+TgaResult inspectTga(const void *file, std::size_t size, TgaImage &image) {
+    ByteReader reader(file, size);
+    const unsigned char *kind = reader.take(kindSize);
+    image.width = reader.read<std::uint16_t>();
+    image.height = reader.read<std::uint16_t>();
+    const unsigned int bits = reader.read<std::uint8_t>();
+    const unsigned int descriptor = reader.read<std::uint8_t>();
+    if (!reader.ok())
+        return TgaResult::corrupted;
+
+    if ((bits != 24 && bits != 32) || !isSupportedSize(image.width) ||
+        !isSupportedSize(image.height))
+        return TgaResult::unsupportedDepthOrSizes;
+    image.depth = bits / 8;
+    image.reverseRows = descriptor >= smallestTopDescriptor;
+    image.kind = kindOf(kind);
+    image.body = kind + reader.position();
+    return bodyFits(reader, image) ? TgaResult::ok : TgaResult::corrupted;
+}
+
+void decodeTga(const TgaImage &image, unsigned char *pixels) {
+    if (image.depth == 3)
+        decodeBody<3>(image, pixels);
+    else
+        decodeBody<4>(image, pixels);
+    if (image.reverseRows)
+        reverseRows(image, pixels);
+}
+
+} // namespace ravolt
