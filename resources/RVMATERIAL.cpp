@@ -53,10 +53,10 @@ bool RVMATERIAL::render(void *) {
 // On purpose: the alpha that was set in a colour is lost.
 void RVMATERIAL::applyColors() {
     emission.w = specular.w = diffuse.w = ambient.w = transparency;
-    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, &emission.x);
-    glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, &ambient.x);
-    glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, &diffuse.x);
-    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, &specular.x);
+    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, emission);
+    glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, ambient);
+    glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, diffuse);
+    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, specular);
     glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, shininess);
 }
 

@@ -1,0 +1,116 @@
+#include "tools/writers/tgaWriter.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+// Packets of run-length files end with the row, as the format asks for.
+
+namespace ravolt {
+
+namespace {
+
+constexpr unsigned int uncompressedType = 2, runLengthType = 10;
+constexpr unsigned int topLeftOrigin = 32, alphaBits = 8;
+constexpr unsigned int longestPacket = 128, repeatFlag = 128;
+
+using Bytes = std::vector<unsigned char>;
+
+void putNumber(Bytes &file, unsigned int number, unsigned int bytes) {
+    for (; bytes > 0; --bytes, number >>= 8)
+        file.push_back(static_cast<unsigned char>(number));
+}
+
+void putHeader(Bytes &file, const TgaPicture &picture, TgaEncoding encoding) {
+    putNumber(file, 0, 2);
+    putNumber(file, encoding == TgaEncoding::runLength ? runLengthType : uncompressedType, 1);
+    file.resize(file.size() + 9);
+    putNumber(file, picture.width, 2);
+    putNumber(file, picture.height, 2);
+    putNumber(file, picture.channels * 8, 1);
+    putNumber(file,
+              (picture.topRowFirst ? topLeftOrigin : 0) + (picture.channels == 4 ? alphaBits : 0),
+              1);
+}
+
+// A row of pixels, and what the packets ask of it.
+struct Row {
+    const unsigned char *pixels;
+    unsigned int width;
+    unsigned int channels;
+
+    const unsigned char *at(unsigned int x) const {
+        return pixels + static_cast<std::size_t>(x) * channels;
+    }
+
+    // How many pixels from x on equal the one at x, that one included, in one packet.
+    unsigned int equalFrom(unsigned int x) const {
+        unsigned int count = 1;
+        while (x + count < width && count < longestPacket &&
+               std::memcmp(at(x), at(x + count), channels) == 0)
+            ++count;
+        return count;
+    }
+
+    // How many pixels from x on go by before two neighbours are equal, at least one.
+    unsigned int literalFrom(unsigned int x) const {
+        unsigned int count = 1;
+        while (x + count < width && count < longestPacket && equalFrom(x + count) == 1)
+            ++count;
+        return count;
+    }
+
+    void putPixel(Bytes &file, unsigned int x) const {
+        const unsigned char *pixel = at(x);
+        file.insert(file.end(), {pixel[2], pixel[1], pixel[0]});
+        if (channels == 4)
+            file.push_back(pixel[3]);
+    }
+
+    void putPixels(Bytes &file, unsigned int x, unsigned int count) const {
+        for (; count > 0; --count, ++x)
+            putPixel(file, x);
+    }
+
+    void putPackets(Bytes &file) const {
+        for (unsigned int x = 0; x < width;) {
+            const unsigned int equal = equalFrom(x);
+            const unsigned int count = equal > 1 ? equal : literalFrom(x);
+            putNumber(file, count - 1 + (equal > 1 ? repeatFlag : 0), 1);
+            putPixels(file, x, equal > 1 ? 1 : count);
+            x += count;
+        }
+    }
+};
+
+} // namespace
+
+Bytes encodeTga(const TgaPicture &picture, TgaEncoding encoding) {
+    Bytes file;
+    putHeader(file, picture, encoding);
+    const std::size_t rowSize = static_cast<std::size_t>(picture.width) * picture.channels;
+    for (unsigned int y = 0; y < picture.height; ++y) {
+        const Row row{picture.pixels + y * rowSize, picture.width, picture.channels};
+        if (encoding == TgaEncoding::runLength)
+            row.putPackets(file);
+        else
+            row.putPixels(file, 0, picture.width);
+    }
+    return file;
+}
+
+bool writeTga(const std::string &path, const TgaPicture &picture, TgaEncoding encoding) {
+    const Bytes bytes = encodeTga(picture, encoding);
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char *>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (file)
+        return true;
+    std::remove(path.c_str());
+    return false;
+}
+
+} // namespace ravolt
