@@ -4,6 +4,7 @@
 // the file's block must outlive the record. Arrays are not aligned; copy them out with memcpy.
 // Records of plain nodes and lights stand with those nodes, in scene/nodeRecords.h.
 
+#include "ravolt/RVMESH.h"
 #include "ravolt/Z3MVECTOR3D.h"
 #include "ravolt/Z3MVECTOR4D.h"
 
@@ -12,9 +13,6 @@
 namespace ravolt {
 
 class ByteReader;
-
-// Bones a mesh can have: what the skeleton cache and the skinning programs hold.
-constexpr unsigned int RV_MESH_BONES = 100;
 
 struct MaterialRecord {
     const char *name = "";
@@ -52,7 +50,7 @@ struct MeshRecord {
     const unsigned char *boneIndices = nullptr;
     const unsigned char *boneWeights = nullptr;
     std::uint16_t numberOfBones = 0;
-    const char *boneName[RV_MESH_BONES] = {};
+    const char *boneName[RV_BONES] = {};
 };
 
 // Each reads one record and returns whether it stands whole in the bytes, with texts of at most

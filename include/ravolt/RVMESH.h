@@ -9,6 +9,14 @@
 class RVELEMENT;
 class RVMATERIAL;
 
+namespace ravolt {
+struct MeshRecord;
+} // namespace ravolt
+
+// Bones of a mesh, and skinned meshes in a frame: what the skeleton cache holds.
+constexpr unsigned int RV_BONES = 100;
+constexpr unsigned int RV_SKELETONS = 256;
+
 // One triangle: three vertex indices.
 struct RV_API RVFACE {
     unsigned short vertex[3];
@@ -24,7 +32,7 @@ struct RV_API RVBONE {
 // One entry of the skeleton cache: where the bones of one mesh stand in this frame, relative to
 // the parent of the mesh.
 struct RV_API RVSKELETON {
-    Z3MMATRIX matrix[100];
+    Z3MMATRIX matrix[RV_BONES];
     RVNODE *mesh = nullptr; // not owned
 };
 
@@ -38,12 +46,13 @@ class RV_API RVMESH : public RVNODE {
     RVMESH();
     ~RVMESH() override;
 
-    // Copies are memberwise and shallow, as those of every node: they are neither registered nor
-    // counted, and must never be destroyed by `delete` beside their original.
+    // A copy has the values of every field and shares the original's arrays and buffers, which it
+    // does not own: it must not be used once the original is gone.
     RVMESH(const RVMESH &) = default;
     RVMESH &operator=(const RVMESH &) = default;
 
-    // The skeleton cache of 256 entries; for RAVOLT::init and RAVOLT::free. Both return true.
+    // The skeleton cache of RV_SKELETONS entries; for RAVOLT::init and RAVOLT::free. Both return
+    // true.
     static bool init();
     static bool free();
 
@@ -54,7 +63,7 @@ class RV_API RVMESH : public RVNODE {
     // format 1.5a. The size of the buffer is unknown here: the caller answers for its contents,
     // also for indices within their tables. Returns NULL, with a log line, when memory runs out
     // or when the body holds a text or a bone table larger than the engine's.
-    static RVNODE *load(char *buffer, long *cursor, bool obsolete);
+    static RVNODE *load(const char *buffer, long *cursor, bool obsolete);
 
     // Finds the bones by name under `root` and notes their bind pose, relative to the ancestor
     // named "HumanoidRoot" or else to the tree's root. False, with a log line, for NULL.
@@ -110,14 +119,27 @@ class RV_API RVMESH : public RVNODE {
   private:
     friend class RVELEMENT;
 
+    // What this very object must release: copies start without it, and assignment leaves it alone.
+    struct Holdings {
+        Holdings() : block(), buffer() {}
+        Holdings(const Holdings &) : block(), buffer() {}
+        Holdings &operator=(const Holdings &) { return *this; }
+
+        void *block[7];
+        unsigned int buffer[6];
+    };
+
+    template <class T> bool allocate(T *&array, unsigned int holding, unsigned long bytes);
+    void describe(const ravolt::MeshRecord &record);
+    void assignMaterial(const char *materialName);
+    bool copyGeometry(const ravolt::MeshRecord &record);
+    bool copySkin(const ravolt::MeshRecord &record);
+    void createBuffers();
     void animateVertices();
-    void shade(RVELEMENT &entry, bool &transparent);
+    bool shade(RVELEMENT &entry) const;
     void shadeFlat(const RVELEMENT &entry) const;
     void drawSurfaces(const RVELEMENT &entry, bool transparent) const;
-    void drawSurface() const;
-    void bindVertices(bool fromBuffers) const;
-    void bindNormals(bool fromBuffers) const;
-    void bindTextureCoordinates(bool fromBuffers) const;
+    void bindArrays() const;
     void drawFaces() const;
     void drawNormals() const;
 
@@ -160,8 +182,10 @@ class RV_API RVMESH : public RVNODE {
     unsigned int boneIndexBuffer = 0;
     unsigned int boneWeightBuffer = 0;
 
-    static RVSKELETON *skeletonElement;  // 256 entries; NULL while the engine is down
+    Holdings holdings;
+
+    static RVSKELETON *skeletonElement;  // RV_SKELETONS entries; NULL while the engine is down
     static unsigned int currentSkeleton; // entries used in this frame
     static bool displayNormals;
-    static Z3MMATRIX boneMatrix[100]; // from the bind pose to this frame; scratch of animate
+    static Z3MMATRIX boneMatrix[RV_BONES]; // from the bind pose to this frame; scratch of animate
 };

@@ -1,0 +1,233 @@
+#include "ravolt/RVMESH.h"
+
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+
+#include <new>
+
+// Drawing. Between two meshes nothing is assumed of OpenGL but what the cached switches of RVOPENGL
+// know; buffers are bound anew for each array. Front faces are culled in the first half of a
+// transparent mesh alone: everywhere else GL_BACK stands.
+
+namespace {
+
+// Where OpenGL finds an array: at the start of its buffer, now bound, or in our own memory.
+const void *arraySource(GLenum target, unsigned int buffer, const void *array) {
+    if (!RVOPENGL::useVBO() || !RVOPENGL::glBindBufferARB)
+        return array;
+    RVOPENGL::glBindBufferARB(target, buffer);
+    return buffer ? nullptr : array;
+}
+
+// The identity as a colour, so that RAVOLT::select can read it back from a pixel.
+void setPickingColor(unsigned int id) {
+    if (RVSETTINGS::getSDLColorDepth() == 16) {
+        glColor4f((id >> 11 & 31) / 31.0f, (id >> 5 & 63) / 63.0f, (id & 31) / 31.0f, 0.0f);
+        return;
+    }
+    glColor4f((id & 255) / 255.0f, (id >> 8 & 255) / 255.0f, (id >> 16 & 255) / 255.0f,
+              (id >> 24) / 255.0f);
+}
+
+} // namespace
+
+RVSKELETON *RVMESH::skeletonElement = nullptr;
+unsigned int RVMESH::currentSkeleton = 0;
+bool RVMESH::displayNormals = false;
+Z3MMATRIX RVMESH::boneMatrix[RV_BONES];
+
+RVMESH::RVMESH() { become(RV_NODE_TYPE_MESH); }
+
+bool RVMESH::init() {
+    if (!skeletonElement)
+        skeletonElement = new (std::nothrow) RVSKELETON[RV_SKELETONS];
+    return true;
+}
+
+bool RVMESH::free() {
+    delete[] skeletonElement;
+    skeletonElement = nullptr;
+    return true;
+}
+
+void RVMESH::reset() {
+    currentSkeleton = 0;
+    RVOPENGL::vertexArrayOff();
+    RVOPENGL::normalArrayOff();
+    RVOPENGL::colorArrayOff();
+    RVOPENGL::textureArrayOff();
+    if (RVOPENGL::glClientActiveTextureARB) {
+        RVOPENGL::glClientActiveTextureARB(GL_TEXTURE1);
+        glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+        RVOPENGL::glClientActiveTextureARB(GL_TEXTURE0);
+    }
+    glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+    if (RVOPENGL::useVBO() && RVOPENGL::glBindBufferARB)
+        RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
+}
+
+bool RVMESH::render(void *element) {
+    if (!element) {
+        zlfLog("   [!] Invalid params @ RVMESH::render\n");
+        return false;
+    }
+    if (hidden)
+        return true;
+
+    RVELEMENT &entry = *static_cast<RVELEMENT *>(element);
+    bool transparent = false;
+    if (RVOPENGL::getProfile() < RV_OPENGL_PROFILE_FLAT)
+        transparent = shade(entry);
+    else
+        shadeFlat(entry);
+    if (isSkinned() && !animate(entry.getParam1()))
+        return false;
+    drawSurfaces(entry, transparent);
+    if (displayNormals)
+        drawNormals();
+    return true;
+}
+
+// Lights and material of the normal pass. Returns whether the mesh is drawn as a transparent one.
+bool RVMESH::shade(RVELEMENT &entry) const {
+    RVLIGHT::activateNearest(&entry);
+    if (!material)
+        return false;
+    // On purpose: without lighting a transparent mesh is drawn as an opaque one, in one go.
+    if (!RVLIGHT::getLighting()) {
+        material->render(nullptr);
+        return false;
+    }
+    // An entry that no light was picked for keeps a pointer of an earlier frame.
+    const RVELEMENT *nearest = entry.getNearestLight(0);
+    const RVNODE *node = RVELEMENT::isInList(nearest) ? nearest->getNode() : nullptr;
+    if (node && node->getType() == RV_NODE_TYPE_LIGHT) {
+        int lightType = static_cast<const RVLIGHT *>(node)->getLightType();
+        material->render(&lightType);
+    } else {
+        material->render(nullptr);
+    }
+    return material->isTransparent();
+}
+
+void RVMESH::shadeFlat(const RVELEMENT &entry) const {
+    RVLIGHT::lightingOff();
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVOPENGL::blendingOff();
+    setPickingColor(entry.getAuxId() ? entry.getAuxId() : getId());
+}
+
+void RVMESH::drawSurfaces(const RVELEMENT &entry, bool transparent) const {
+    glLoadMatrixf(entry.getMatrix()->e);
+    if (!transparent) {
+        RVOPENGL::twoSideOff();
+        bindArrays();
+        drawFaces();
+        return;
+    }
+    // Inner faces first, since they lie behind the outer ones.
+    const bool culled = RVOPENGL::isCulled();
+    RVOPENGL::twoSideOn();
+    RVOPENGL::cullingOn();
+    glCullFace(GL_FRONT);
+    bindArrays();
+    drawFaces();
+    glCullFace(GL_BACK);
+    drawFaces();
+    if (!culled)
+        RVOPENGL::cullingOff();
+}
+
+// The arrays are those of the file, in their buffers, or for a skinned mesh its bent ones.
+void RVMESH::bindArrays() const {
+    const auto source = [this](unsigned int buffer, const void *array) {
+        return arraySource(GL_ARRAY_BUFFER_ARB, skinnedVertex ? 0 : buffer, array);
+    };
+    if (vertex) {
+        RVOPENGL::vertexArrayOn();
+        glVertexPointer(3, GL_FLOAT, 0,
+                        source(vertexBuffer, skinnedVertex ? skinnedVertex : vertex));
+    } else {
+        RVOPENGL::vertexArrayOff();
+    }
+    if (vertexNormal) {
+        RVOPENGL::normalArrayOn();
+        glNormalPointer(GL_FLOAT, 0,
+                        source(normalBuffer, skinnedNormal ? skinnedNormal : vertexNormal));
+    } else {
+        RVOPENGL::normalArrayOff();
+    }
+    if (uv && RVOPENGL::getProfile() != RV_OPENGL_PROFILE_FLAT) {
+        RVOPENGL::textureArrayOn();
+        glTexCoordPointer(2, GL_FLOAT, 0, source(uvBuffer, uv));
+    } else {
+        RVOPENGL::textureArrayOff();
+    }
+}
+
+void RVMESH::drawFaces() const {
+    const void *indices = arraySource(GL_ELEMENT_ARRAY_BUFFER_ARB, faceBuffer, face);
+    if (face)
+        glDrawElements(GL_TRIANGLES, 3 * numberOfFaces, GL_UNSIGNED_SHORT, indices);
+}
+
+void RVMESH::drawNormals() const {
+    const Z3MVECTOR3D *from = skinnedVertex ? skinnedVertex : vertex;
+    const Z3MVECTOR3D *normal = skinnedNormal ? skinnedNormal : vertexNormal;
+    RVMATERIAL::reset();
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVLIGHT::lightingOff();
+    if (!from || !normal)
+        return;
+    glBegin(GL_LINES);
+    for (unsigned int i = 0; i < numberOfVertices; ++i) {
+        const Z3MVECTOR3D to = from[i] + normal[i];
+        glColor4f(0.0f, 1.0f, 0.0f, 1.0f);
+        glVertex3f(from[i].x, from[i].y, from[i].z);
+        glColor4f(0.0f, 0.1f, 0.0f, 1.0f);
+        glVertex3f(to.x, to.y, to.z);
+    }
+    glEnd();
+}
+
+void RVMESH::showNormals() { displayNormals = true; }
+void RVMESH::hideNormals() { displayNormals = false; }
+
+void RVMESH::setDisplayStatus(bool visible) { hidden = !visible; }
+bool RVMESH::isHidden() const { return hidden; }
+bool RVMESH::isClosed() const { return closed; }
+
+bool RVMESH::getShadowCaster() const { return shadowCaster; }
+void RVMESH::setShadowCaster(bool caster) { shadowCaster = caster; }
+
+bool RVMESH::isSkinned() const { return numberOfWeights != 0; }
+
+float RVMESH::getRadius() const { return radius; }
+Z3MVECTOR3D RVMESH::getMinimum() const { return minimum; }
+Z3MVECTOR3D RVMESH::getMaximum() const { return maximum; }
+
+void RVMESH::setMaterial(RVMATERIAL *newMaterial) {
+    if (material)
+        material->decReferences();
+    material = newMaterial;
+    if (material)
+        material->incReferences();
+}
+
+RVMATERIAL *RVMESH::getMaterial() const { return material; }
+
+int RVMESH::getNumberOfBones() const { return numberOfBones; }
+unsigned int RVMESH::getNumberOfVertices() const { return numberOfVertices; }
+unsigned int RVMESH::getNumberOfUVs() const { return numberOfUVs; }
+unsigned int RVMESH::getNumberOfFaces() const { return numberOfFaces; }
+
+const Z3MVECTOR3D *RVMESH::getVertexPtr() const { return vertex; }
+const Z3MVECTOR3D *RVMESH::getVertexNormalPtr() const { return vertexNormal; }
+const Z3MVECTOR2D *RVMESH::getUVPtr() const { return uv; }
+const RVFACE *RVMESH::getFacePtr() const { return face; }
+const Z3MVECTOR3D *RVMESH::getFaceNormalPtr() const { return faceNormal; }

@@ -1,0 +1,221 @@
+#include "ravolt/RVMESH.h"
+
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/zlf.h"
+
+#include "foundation/bytes.h"
+#include "foundation/text.h"
+#include "models/rveRecords.h"
+#include "scene/nodeRecords.h"
+
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+
+// The mesh body of a scene file becomes a mesh: its arrays are copied out of the file with one
+// memcpy each, then uploaded. What is allocated is entered in `holdings` at once, so that a mesh
+// given up half-way releases it. Indices are taken as checked by the caller.
+
+using ravolt::MeshRecord;
+
+namespace {
+
+// Places in RVMESH::Holdings::block.
+enum Block : unsigned int {
+    blockGeometry,
+    blockBoneIndex,
+    blockBoneWeight,
+    blockBoneIndexFloat,
+    blockBone,
+    blockSkinnedVertex,
+    blockSkinnedNormal
+};
+
+// Places in RVMESH::Holdings::buffer.
+enum Buffer : unsigned int {
+    bufferVertex,
+    bufferNormal,
+    bufferUV,
+    bufferFace,
+    bufferBoneIndex,
+    bufferBoneWeight
+};
+
+constexpr std::size_t alignUp(std::size_t offset, std::size_t alignment) {
+    return (offset + alignment - 1) / alignment * alignment;
+}
+
+// The array that starts at `offset` of the block, filled; NULL when the file has none.
+template <class T>
+T *copyArray(unsigned char *block, std::size_t offset, const unsigned char *source,
+             std::size_t count) {
+    if (!source)
+        return nullptr;
+    std::memcpy(block + offset, source, count * sizeof(T));
+    return reinterpret_cast<T *>(block + offset);
+}
+
+// OpenGL's name of a new buffer with these contents; 0 without buffers.
+unsigned int createBuffer(GLenum target, const void *data, std::size_t bytes) {
+    if (!RVOPENGL::glGenBuffersARB || !RVOPENGL::glBindBufferARB || !RVOPENGL::glBufferDataARB)
+        return 0;
+    GLuint buffer = 0;
+    RVOPENGL::glGenBuffersARB(1, &buffer);
+    RVOPENGL::glBindBufferARB(target, buffer);
+    RVOPENGL::glBufferDataARB(target, static_cast<GLsizeiptrARB>(bytes), data, GL_STATIC_DRAW_ARB);
+    return buffer;
+}
+
+} // namespace
+
+RVMESH::~RVMESH() {
+    for (unsigned int buffer : holdings.buffer)
+        if (buffer && RVOPENGL::glDeleteBuffersARB)
+            RVOPENGL::glDeleteBuffersARB(1, &buffer);
+    for (void *block : holdings.block)
+        if (block)
+            zlfFree(block);
+    if (material && isRegistered())
+        material->decReferences();
+}
+
+RVNODE *RVMESH::load(const char *buffer, long *cursor, bool obsolete) {
+    ravolt::ByteReader reader(buffer, std::numeric_limits<std::ptrdiff_t>::max(),
+                              static_cast<std::size_t>(*cursor));
+    MeshRecord record;
+    if (!ravolt::readMeshRecord(reader, obsolete, record)) {
+        zlfLog("   [!] Corrupted mesh @ RVMESH::load\n");
+        return nullptr;
+    }
+    *cursor = static_cast<long>(reader.position());
+
+    std::unique_ptr<RVMESH> mesh(new (std::nothrow) RVMESH);
+    if (!mesh) {
+        zlfLog("   [!] Consistency error: mesh == NULL @ RVMESH::load\n");
+        return nullptr;
+    }
+    mesh->describe(record);
+    mesh->assignMaterial(record.materialName);
+    if (!mesh->copyGeometry(record) || !mesh->copySkin(record) ||
+        !ravolt::NodeTree::reserveChildren(*mesh, record.numberOfChildren)) {
+        zlfLog("   [!] Out of memory @ RVMESH::recursiveLoadZVE\n");
+        return nullptr;
+    }
+    mesh->createBuffers();
+    return mesh.release();
+}
+
+void RVMESH::describe(const MeshRecord &record) {
+    setName(record.name);
+    setPosition(record.position);
+    setRotation(record.rotation);
+    setOrigin(record.origin);
+    radius = record.radius;
+    minimum = record.minimum;
+    maximum = record.maximum;
+    hidden = record.hidden;
+}
+
+void RVMESH::assignMaterial(const char *materialName) {
+    const bool isRootMesh = std::strcmp(getName(), "[root]") == 0;
+    RVMATERIAL *found = RVMATERIAL::findByName(materialName);
+    if (std::strcmp(materialName, "[none]") == 0 && !isRootMesh)
+        zlfLog("   [!] no material assigned to mesh '%s'\n", getName());
+    else if (!found && !isRootMesh && *materialName)
+        zlfLog("   [!] material '%s' not found for mesh '%s'\n", materialName, getName());
+    setMaterial(found);
+}
+
+template <class T> bool RVMESH::allocate(T *&array, unsigned int holding, unsigned long bytes) {
+    array = static_cast<T *>(holdings.block[holding] = zlfMalloc(bytes));
+    return array != nullptr;
+}
+
+bool RVMESH::copyGeometry(const MeshRecord &record) {
+    numberOfVertices = record.numberOfVertices;
+    numberOfUVs = record.numberOfUVs;
+    numberOfFaces = record.numberOfFaces;
+
+    const std::size_t normals = numberOfVertices * sizeof(Z3MVECTOR3D);
+    const std::size_t uvs = 2 * normals;
+    const std::size_t faces = uvs + numberOfUVs * sizeof(Z3MVECTOR2D);
+    // Six bytes a face more than the arrays hold: an odd number of faces leaves the face normals
+    // behind them unaligned, and takes two of the spare bytes.
+    const std::size_t faceNormals =
+        alignUp(faces + numberOfFaces * sizeof(RVFACE), alignof(Z3MVECTOR3D));
+    if (!allocate(geometry, blockGeometry,
+                  numberOfVertices * 24ul + numberOfUVs * 8ul + numberOfFaces * (18ul + 6ul)))
+        return false;
+
+    vertex = copyArray<Z3MVECTOR3D>(geometry, 0, record.vertices, numberOfVertices);
+    vertexNormal =
+        copyArray<Z3MVECTOR3D>(geometry, normals, record.vertexNormals, numberOfVertices);
+    uv = copyArray<Z3MVECTOR2D>(geometry, uvs, record.uvs, numberOfUVs);
+    face = copyArray<RVFACE>(geometry, faces, record.faces, numberOfFaces);
+    faceNormal = copyArray<Z3MVECTOR3D>(geometry, faceNormals, record.faceNormals, numberOfFaces);
+    return true;
+}
+
+bool RVMESH::copySkin(const MeshRecord &record) {
+    if (!record.numberOfWeights)
+        return true;
+    numberOfWeights = record.numberOfWeights;
+    const std::size_t weights = std::size_t{numberOfVertices} * numberOfWeights;
+    const std::size_t vectors = numberOfVertices * sizeof(Z3MVECTOR3D);
+    if (!allocate(boneIndex, blockBoneIndex, weights) ||
+        !allocate(boneWeight, blockBoneWeight, weights * sizeof(float)) ||
+        !allocate(boneIndexFloat, blockBoneIndexFloat, weights * sizeof(float)) ||
+        !allocate(bone, blockBone, record.numberOfBones * sizeof(RVBONE)) ||
+        !allocate(skinnedVertex, blockSkinnedVertex, vectors) ||
+        !allocate(skinnedNormal, blockSkinnedNormal, vectors))
+        return false;
+
+    if (weights) {
+        std::memcpy(boneIndex, record.boneIndices, weights);
+        std::memcpy(boneWeight, record.boneWeights, weights * sizeof(float));
+        std::memcpy(static_cast<void *>(skinnedVertex), record.vertices, vectors);
+        std::memcpy(static_cast<void *>(skinnedNormal), record.vertexNormals, vectors);
+    }
+    for (std::size_t i = 0; i < weights; ++i)
+        boneIndexFloat[i] = boneIndex[i];
+
+    numberOfBones = record.numberOfBones;
+    for (unsigned int i = 0; i < numberOfBones; ++i)
+        ravolt::copyText((new (&bone[i]) RVBONE)->name, record.boneName[i]);
+    if (material)
+        material->setSkinning(true);
+    return true;
+}
+
+void RVMESH::createBuffers() {
+    const std::size_t vectors = numberOfVertices * sizeof(Z3MVECTOR3D);
+    const std::size_t weights = std::size_t{numberOfVertices} * numberOfWeights * sizeof(float);
+    unsigned int *const buffer = holdings.buffer;
+    if (vertex) {
+        buffer[bufferVertex] = createBuffer(GL_ARRAY_BUFFER_ARB, vertex, vectors);
+        buffer[bufferNormal] = createBuffer(GL_ARRAY_BUFFER_ARB, vertexNormal, vectors);
+    }
+    if (uv)
+        buffer[bufferUV] = createBuffer(GL_ARRAY_BUFFER_ARB, uv, numberOfUVs * sizeof(*uv));
+    if (face)
+        buffer[bufferFace] =
+            createBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, face, numberOfFaces * sizeof(*face));
+    if (isSkinned()) {
+        buffer[bufferBoneIndex] = createBuffer(GL_ARRAY_BUFFER_ARB, boneIndexFloat, weights);
+        buffer[bufferBoneWeight] = createBuffer(GL_ARRAY_BUFFER_ARB, boneWeight, weights);
+    }
+    vertexBuffer = buffer[bufferVertex];
+    normalBuffer = buffer[bufferNormal];
+    uvBuffer = buffer[bufferUV];
+    faceBuffer = buffer[bufferFace];
+    boneIndexBuffer = buffer[bufferBoneIndex];
+    boneWeightBuffer = buffer[bufferBoneWeight];
+
+    if (RVOPENGL::useVBO() && RVOPENGL::glBindBufferARB) {
+        RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
+        RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
+    }
+}

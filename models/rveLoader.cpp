@@ -1,0 +1,337 @@
+#include "ravolt/RAVOLT.h"
+
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVNODE.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+
+#include "foundation/bytes.h"
+#include "foundation/text.h"
+#include "models/rveRecords.h"
+#include "scene/nodeRecords.h"
+
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// A scene file is walked twice. The first walk builds nothing and checks everything: bounds, kinds,
+// texts, tables, depth. Only a file that it passed is built, so that the readers of the second walk
+// may trust their bytes, and a bad file leaves nothing behind. Memory can still run out while a
+// file is built; then everything made so far goes again.
+
+using ravolt::ByteReader;
+using ravolt::MaterialRecord;
+using ravolt::MeshRecord;
+using ravolt::NodeTree;
+
+namespace {
+
+constexpr std::string_view magic = "RVE file v1.6a";
+constexpr std::string_view obsoleteMagic = "RVE file v1.5a";
+// The magic and its terminator, which nobody reads.
+constexpr std::size_t headerBytes = 15;
+// Deeper trees would overflow the stack of whoever walks them.
+constexpr std::size_t deepestTree = 1024;
+
+constexpr char noName[] = "[none]";
+
+enum NodeKind : unsigned char { kindPlain = 0, kindLight = 1, kindMesh = 2 };
+
+enum class Verdict { good, corrupted, unknownKind };
+
+// What belongs to one load, for the functions that have no parameter for it.
+struct LoadState {
+    bool obsolete = false;
+    unsigned int nodes = 0;
+} state;
+
+bool isNone(const char *text) { return std::strcmp(text, noName) == 0; }
+
+// --- The first walk
+
+// Checks the body behind a kind byte, and adds its number of children to `open`.
+Verdict checkBody(ByteReader &reader, unsigned char kind, std::vector<unsigned int> &open) {
+    switch (kind) {
+    case kindPlain: {
+        ravolt::PlainNodeRecord record;
+        if (!ravolt::readPlainNodeRecord(reader, record))
+            return Verdict::corrupted;
+        open.push_back(record.numberOfChildren);
+        return Verdict::good;
+    }
+    case kindLight: {
+        ravolt::LightRecord record;
+        if (!ravolt::readLightRecord(reader, record))
+            return Verdict::corrupted;
+        open.push_back(record.numberOfChildren);
+        return Verdict::good;
+    }
+    case kindMesh: {
+        MeshRecord record;
+        if (!ravolt::readMeshRecord(reader, state.obsolete, record) ||
+            !ravolt::indicesInRange(record))
+            return Verdict::corrupted;
+        open.push_back(record.numberOfChildren);
+        return Verdict::good;
+    }
+    default:
+        return Verdict::unknownKind;
+    }
+}
+
+// `open` holds, for each node on the way down from the root, how many children are still to come.
+Verdict checkTree(ByteReader &reader) {
+    std::vector<unsigned int> open;
+    open.reserve(deepestTree);
+    do {
+        const unsigned char kind = reader.read<unsigned char>();
+        if (!reader.ok() || open.size() == deepestTree)
+            return Verdict::corrupted;
+        const Verdict verdict = checkBody(reader, kind, open);
+        if (verdict != Verdict::good)
+            return verdict;
+        while (!open.empty() && open.back() == 0)
+            open.pop_back();
+        if (!open.empty())
+            --open.back();
+    } while (!open.empty());
+    return Verdict::good;
+}
+
+Verdict checkFile(ByteReader reader) {
+    MaterialRecord material;
+    for (unsigned int left = reader.read<std::uint16_t>(); left; --left)
+        if (!ravolt::readMaterialRecord(reader, material))
+            return Verdict::corrupted;
+    return checkTree(reader);
+}
+
+// --- Materials
+
+// What a load has added to the registries of materials and textures; taken back if it fails. Room
+// is made beforehand, so that noting a new object cannot fail.
+class Additions {
+  public:
+    Additions() = default;
+    Additions(const Additions &) = delete;
+    Additions &operator=(const Additions &) = delete;
+    ~Additions() {
+        for (RVMATERIAL *material : materials) {
+            for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot)
+                material->setTexture(slot, nullptr);
+            delete material;
+        }
+        for (RVTEXTURE *texture : textures)
+            delete texture;
+    }
+
+    void keep() {
+        materials.clear();
+        textures.clear();
+    }
+
+    std::vector<RVMATERIAL *> materials;
+    std::vector<RVTEXTURE *> textures;
+};
+
+// A texture whose file cannot be read is used all the same.
+RVTEXTURE *findOrLoadTexture(const char *fileName, Additions &additions) {
+    if (RVTEXTURE *texture = RVTEXTURE::findByFilename(fileName))
+        return texture;
+    RVTEXTURE *texture = new RVTEXTURE;
+    additions.textures.push_back(texture);
+    texture->load(fileName);
+    return texture;
+}
+
+// The normal map stands beside the diffuse texture: its name has "_n.tga" for the last six
+// characters, whatever these are. NULL when there is none.
+RVTEXTURE *findOrLoadNormalMap(const char *textureName, Additions &additions) {
+    std::string name = textureName;
+    name.resize(name.size() - std::min<std::size_t>(name.size(), 6));
+    name += "_n.tga";
+    // On purpose: the bare name is looked for, without the path of the textures.
+    if (!zlfFileExists(name.c_str())) {
+        zlfLog("   [!] normal map not found for %s\n", textureName);
+        return nullptr;
+    }
+    zlfLog("   normal map: %s\n", name.c_str());
+    return findOrLoadTexture(name.c_str(), additions);
+}
+
+// A material of that name that is there already stays as it is; the textures of the record are
+// loaded all the same.
+void buildMaterial(const MaterialRecord &record, Additions &additions) {
+    RVTEXTURE *diffuse = nullptr;
+    RVTEXTURE *normalMap = nullptr;
+    if (!isNone(record.textureName)) {
+        diffuse = findOrLoadTexture(record.textureName, additions);
+        normalMap = findOrLoadNormalMap(record.textureName, additions);
+    }
+    if (RVMATERIAL::findByName(record.name))
+        return;
+
+    RVMATERIAL *material = new RVMATERIAL;
+    additions.materials.push_back(material);
+    material->setAmbient(record.ambient);
+    material->setDiffuse(record.diffuse);
+    material->setSpecular(record.specular);
+    material->setEmission(record.selfIllumination);
+    material->setName(record.name);
+    material->setTexture(0, diffuse);
+    material->setTexture(1, normalMap);
+    material->setTransparency(record.transparency);
+    material->setShininess(record.shininess);
+}
+
+void buildMaterials(ByteReader &reader, const char *fileName, Additions &additions) {
+    const unsigned int number = reader.read<std::uint16_t>();
+    additions.materials.reserve(number);
+    additions.textures.reserve(2 * number);
+    if (!number)
+        zlfLog("   [!] Warning: no material found in file %s\n", fileName);
+    MaterialRecord record;
+    for (unsigned int i = 0; i < number; ++i) {
+        ravolt::readMaterialRecord(reader, record);
+        buildMaterial(record, additions);
+    }
+}
+
+// --- Files
+
+void destroyTree(RVNODE *node) {
+    for (unsigned int i = 0; i < node->getNumberOfChildren(); ++i)
+        if (RVNODE *child = node->getChild(i))
+            destroyTree(child);
+    delete node;
+}
+
+bool namesXml(const char *path) { return std::strstr(path, ".xml") || std::strstr(path, ".XML"); }
+
+// Whether the whole file is in `file`; a log line otherwise.
+bool readWhole(const char *path, ravolt::FileBytes &file) {
+    switch (file.read(path)) {
+    case ravolt::FileBytes::Result::ok:
+        return true;
+    case ravolt::FileBytes::Result::notOpened:
+        zlfLog("   [!] Unable to open file %s @ RAVOLT::load\n", path);
+        return false;
+    case ravolt::FileBytes::Result::outOfMemory:
+        zlfLog("   [!] Out of memory for file %s @ RAVOLT::load\n", path);
+        return false;
+    case ravolt::FileBytes::Result::shortRead:
+        zlfLog("   [!] Corrupted file %s @ RAVOLT::load\n", path);
+        return false;
+    }
+    return false;
+}
+
+// Whether the file opens with a magic of ours, which also says how old its format is.
+bool readHeader(const char *path, const ravolt::FileBytes &file) {
+    const std::string header(reinterpret_cast<const char *>(file.data()),
+                             std::min(file.size(), magic.size()));
+    state.obsolete = header == obsoleteMagic;
+    if (state.obsolete) {
+        zlfLog("   [!] Obsolete RVE file format detected: re-export your model with 1.6a\n");
+    } else if (header != magic) {
+        zlfLog("   [!] Invalid header in file %s @ RAVOLT::load\n", path);
+        return false;
+    }
+    zlfLog("   Header: %s\n", header.c_str());
+    return true;
+}
+
+bool checkWhole(const char *path, const ravolt::FileBytes &file) {
+    switch (checkFile(ByteReader(file.data(), file.size(), headerBytes))) {
+    case Verdict::good:
+        return true;
+    case Verdict::corrupted:
+        zlfLog("   [!] Corrupted file %s @ RAVOLT::load\n", path);
+        return false;
+    case Verdict::unknownKind:
+        zlfLog("   [!] Unknow type @ RAVOLT::recursiveLoad\n");
+        return false;
+    }
+    return false;
+}
+
+} // namespace
+
+RVNODE *RAVOLT::load(const char *fileName) try {
+    const std::string name = std::string(rvePath) + (fileName ? fileName : "");
+    const char *path = name.c_str();
+    if (!fileName || !zlfFileExists(path)) {
+        zlfLog("   [!] Invalid params or file not found @ RAVOLT::load\n");
+        return nullptr;
+    }
+    if (namesXml(path)) {
+        zlfLog("   [!] No reader for XML scenes @ RAVOLT::load\n");
+        return nullptr;
+    }
+    zlfLog("\n   Loading RVE file '%s'...\n", path);
+    ravolt::FileBytes file;
+    if (!readWhole(path, file) || !readHeader(path, file) || !checkWhole(path, file))
+        return nullptr;
+
+    Additions additions;
+    ByteReader reader(file.data(), file.size(), headerBytes);
+    buildMaterials(reader, path, additions);
+    state.nodes = 0;
+    char *bytes = reinterpret_cast<char *>(const_cast<unsigned char *>(file.data()));
+    long cursor = static_cast<long>(reader.position());
+    RVNODE *root = recursiveLoad(bytes, &cursor, nullptr);
+    if (!root)
+        return nullptr;
+    additions.keep();
+    recursiveInitBones(root, root);
+    zlfFree(file.release());
+    zlfLog("   File .RVE loaded (%u nodes)\n", state.nodes);
+    RVNODE::displayTree(root);
+    return root;
+} catch (const std::bad_alloc &) {
+    zlfLog("   [!] Out of memory for file %s @ RAVOLT::load\n", fileName);
+    return nullptr;
+}
+
+// NULL when memory runs out or the kind is unknown; nothing of the subtree is left then.
+// The caller knows the place among the parent's children, and puts the node there.
+RVNODE *RAVOLT::recursiveLoad(char *buffer, long *cursor, RVNODE * /*parent*/) {
+    RVNODE *node = nullptr;
+    switch (static_cast<unsigned char>(buffer[(*cursor)++])) {
+    case kindPlain:
+        node = RVNODE::load(buffer, cursor);
+        break;
+    case kindLight:
+        node = RVLIGHT::load(buffer, cursor);
+        break;
+    case kindMesh:
+        node = RVMESH::load(buffer, cursor, state.obsolete);
+        break;
+    default:
+        zlfLog("   [!] Unknow type @ RAVOLT::recursiveLoad\n");
+    }
+    if (!node)
+        return nullptr;
+    for (unsigned int i = 0; i < node->getNumberOfChildren(); ++i) {
+        RVNODE *child = recursiveLoad(buffer, cursor, node);
+        if (!child) {
+            destroyTree(node);
+            return nullptr;
+        }
+        NodeTree::place(*node, i, *child);
+    }
+    ++state.nodes;
+    return node;
+}
+
+bool RAVOLT::recursiveInitBones(RVNODE *root, RVNODE *node) {
+    if (node->getType() == RV_NODE_TYPE_MESH)
+        static_cast<RVMESH *>(node)->resetBones(root);
+    for (unsigned int i = 0; i < node->getNumberOfChildren(); ++i)
+        recursiveInitBones(root, node->getChild(i));
+    return true;
+}

@@ -1,0 +1,76 @@
+#include "ravolt/RVMESH.h"
+
+#include "ravolt/zlf.h"
+
+// Bones and the bending of a mesh by the processor. A bone's matrix for drawing leads from the bind
+// pose, through the place of the bone in this frame, back into the space of the mesh; all of it is
+// taken relative to the ancestor "HumanoidRoot", so that moving the whole figure bends nothing.
+// Tables: at most RV_BONES bones, and bone numbers of vertices lie below the number of bones.
+
+namespace {
+
+constexpr char skeletonRoot[] = "HumanoidRoot";
+
+} // namespace
+
+bool RVMESH::resetBones(RVNODE *root) {
+    if (!root) {
+        zlfLog("   [!] Invalid params @ RVMESH::resetBones\n");
+        return false;
+    }
+    if (!isSkinned())
+        return true;
+
+    zlfLog("   Building bones for %s... ", getName());
+    for (unsigned int i = 0; i < numberOfBones; ++i) {
+        bone[i].node = root->findByNameInHierarchy(bone[i].name);
+        if (bone[i].node) {
+            bone[i].matrix = bone[i].node->getFinalMatrix(skeletonRoot).inverse();
+        } else {
+            zlfLog("   [!] Bone %s not found @ RVMESH::recursiveLoadZVE\n", bone[i].name);
+            bone[i].matrix.setIdentity();
+        }
+    }
+    zlfLog("done\n");
+    return true;
+}
+
+bool RVMESH::animate(unsigned int skeleton) {
+    if (!isSkinned())
+        return true;
+    if (skeleton >= RV_SKELETONS || !skeletonElement) {
+        zlfLog("   [!] Animation not computed (cache full) @ RVMESH::animate\n");
+        return false;
+    }
+
+    const Z3MMATRIX inverseMesh = getFinalMatrix(skeletonRoot).inverse();
+    for (unsigned int i = 0; i < numberOfBones; ++i) {
+        boneMatrix[i] = skeletonElement[skeleton].matrix[i] * inverseMesh;
+        boneMatrix[i] = bone[i].matrix * boneMatrix[i];
+    }
+    animateVertices();
+    return true;
+}
+
+void RVMESH::animateVertices() {
+    const unsigned char *index = boneIndex;
+    const float *weight = boneWeight;
+    for (unsigned int i = 0; i < numberOfVertices; ++i) {
+        const Z3MVECTOR3D v = vertex[i];
+        const Z3MVECTOR3D n = vertexNormal[i];
+        Z3MVECTOR3D bent, normal;
+        for (unsigned int k = 0; k < numberOfWeights; ++k) {
+            const float w = *weight++;
+            const float *m = boneMatrix[*index++].e;
+            bent.x += w * (v.x * m[0] + v.y * m[4] + v.z * m[8] + m[12]);
+            bent.y += w * (v.x * m[1] + v.y * m[5] + v.z * m[9] + m[13]);
+            bent.z += w * (v.x * m[2] + v.y * m[6] + v.z * m[10] + m[14]);
+            normal.x += w * (n.x * m[0] + n.y * m[4] + n.z * m[8]);
+            normal.y += w * (n.x * m[1] + n.y * m[5] + n.z * m[9]);
+            normal.z += w * (n.x * m[2] + n.y * m[6] + n.z * m[10]);
+        }
+        skinnedVertex[i] = bent;
+        // On purpose: blended normals keep the length that the weights gave them.
+        skinnedNormal[i] = normal;
+    }
+}
