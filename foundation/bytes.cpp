@@ -1,20 +1,12 @@
 #include "foundation/bytes.h"
 
+#include "foundation/platform.h"
 #include "ravolt/zlf.h"
 
 #include <cstdio>
-#include <memory>
 #include <utility>
 
 namespace ravolt {
-
-namespace {
-
-struct CloseFile {
-    void operator()(std::FILE *file) const { std::fclose(file); }
-};
-
-} // namespace
 
 FileBytes::~FileBytes() {
     if (block)
@@ -22,7 +14,7 @@ FileBytes::~FileBytes() {
 }
 
 FileBytes::Result FileBytes::read(const char *path) {
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path, "rb"));
+    const File file = platform::openForReading(path);
     if (!file || std::fseek(file.get(), 0, SEEK_END) != 0)
         return Result::notOpened;
     const long end = std::ftell(file.get());

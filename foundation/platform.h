@@ -4,8 +4,16 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 
-namespace ravolt::platform {
+namespace ravolt {
+
+struct CloseFile {
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+namespace platform {
 
 // Bytes of physical memory in use on the whole machine. More than a signed 32-bit number holds
 // counts as the largest such number.
@@ -23,7 +31,10 @@ std::uint32_t systemTime();
 std::int64_t counter();
 std::int64_t counterFrequency();
 
-// Opens a file for reading, in binary; NULL when that fails. A folder is no file.
-std::FILE *openForReading(const char *filename);
+// Opens a file for reading, in binary; NULL when that fails or the name is NULL. A folder is no
+// file.
+File openForReading(const char *filename);
 
-} // namespace ravolt::platform
+} // namespace platform
+
+} // namespace ravolt

@@ -1,0 +1,200 @@
+#include "foundation/platform.h"
+#include "foundation/tables.h"
+#include "foundation/text.h"
+#include "ravolt/zlf.h"
+
+#include <cstdarg>
+#include <cstring>
+#include <string_view>
+
+// Every text goes through write(), and the file is flushed behind each, so that the log is complete
+// up to its last text if the process dies. The state is constant at the start, since the log opens
+// while the library is being loaded.
+
+namespace {
+
+constexpr char libraryName[] = "Zenlor foundation 0.4";
+constexpr std::size_t lineSize = 1024;
+
+struct State {
+    std::FILE *file = nullptr; // NULL: logging is off
+    bool html = false;         // set by a name with ".html", never cleared
+    bool consoleEcho = true;
+};
+constinit State state;
+
+using Line = char[lineSize];
+
+// Appends to a line, whole pieces only: what does not fit ends the line for good.
+class LineWriter {
+  public:
+    explicit LineWriter(Line &target) : line(target) { line[0] = '\0'; }
+
+    bool append(std::string_view piece) {
+        if (length + piece.size() >= lineSize)
+            return false;
+        std::memcpy(line + length, piece.data(), piece.size());
+        length += piece.size();
+        line[length] = '\0';
+        return true;
+    }
+
+  private:
+    Line &line;
+    std::size_t length = 0;
+};
+
+void translateToHtml(const Line &text, Line &html) {
+    LineWriter writer(html);
+    for (const char *c = text; *c; ++c) {
+        std::string_view piece(c, 1);
+        if (*c == '\n')
+            piece = "<BR>\n";
+        else if (c[0] == ' ' && c[1] == ' ')
+            piece = "&nbsp"; // On purpose: no semicolon.
+        if (!writer.append(piece))
+            return;
+    }
+}
+
+// On purpose: the console reads the finished text a second time as a format.
+void echo(const char *text) { std::fputs(ravolt::applyFormat(text).c_str(), stdout); }
+
+void write(const Line &text) {
+    if (state.consoleEcho)
+        echo(text);
+    Line html;
+    if (state.html)
+        translateToHtml(text, html);
+    std::fputs(state.html ? html : text, state.file);
+    std::fflush(state.file);
+}
+
+struct TimeText {
+    char text[64];
+};
+
+// Day, month, year, hour, minute, second and millisecond, without leading zeros.
+TimeText dateAndTime() {
+    const ravolt::platform::LocalTime t = ravolt::platform::localTime();
+    TimeText result;
+    ravolt::formatText(result.text, "%u/%u/%u %u:%u:%u.%u", t.day, t.month, t.year, t.hour,
+                       t.minute, t.second, t.millisecond);
+    return result;
+}
+
+TimeText timeOfDay() {
+    const ravolt::platform::LocalTime t = ravolt::platform::localTime();
+    TimeText result;
+    ravolt::formatText(result.text, "%u:%u:%u.%u", t.hour, t.minute, t.second, t.millisecond);
+    return result;
+}
+
+bool openFile(const char *filename) {
+    if (state.file)
+        return false;
+    state.file = std::fopen(filename, "wt");
+    if (!state.file)
+        return false;
+    if (std::strstr(filename, ".html")) {
+        state.html = true;
+        zlfLog("<HTML><BODY>");
+    }
+    return true;
+}
+
+void logHeader(const char *time) {
+    if (state.html)
+        zlfLog("<H4>[%s started at %s]\n<HR ALIGN=CENTER WIDTH=\"100%%\" SIZE=\"2\">\n\n</H4>",
+               libraryName, time);
+    else
+        zlfLog("[%s started at %s]\n"
+               "-------------------------------------------------------\n\n",
+               libraryName, time);
+}
+
+double megabytes(std::uint32_t bytes) { return bytes / 1024.0 / 1024.0; }
+
+void logStatistics() {
+    const ravolt::MemoryFigures figures = ravolt::memoryFigures();
+    zlfLog("Final memory ratio: %d (%u/%u)\n",
+           static_cast<int>(figures.allocations - figures.releases), figures.allocations,
+           figures.releases);
+    zlfLog("Max. physical memory usage: %.2f mb (%d bytes)\n", megabytes(figures.peakPhysical),
+           static_cast<int>(figures.peakPhysical));
+    zlfLog("Total allocated memory (zlfMalloc): %.2f mb (%u bytes)\n",
+           megabytes(figures.bytesRequested), figures.bytesRequested);
+}
+
+// The name of an error's place, in the 80 bytes that it has.
+void makeTitle(char (&title)[80], const char *from, const char *detail) {
+    from = from ? from : "";
+    if (detail && *detail)
+        ravolt::formatText(title, "%s - Error (%s)", from, detail);
+    else
+        ravolt::formatText(title, "%s - Error", from);
+}
+
+} // namespace
+
+bool zlfOpenLog(const char *filename) {
+    if (filename && !openFile(filename))
+        return false;
+    ravolt::restartPeak();
+    const TimeText time = dateAndTime();
+    ravolt::createIdTable();
+    ravolt::markAllTimersFree();
+    logHeader(time.text);
+    return true;
+}
+
+bool zlfCloseLog() {
+    ravolt::releaseIdTable(); // first, so that its own block counts in the figures below
+    if (!state.file)
+        return true;
+    const TimeText time = dateAndTime();
+    if (state.html)
+        zlfLog("<H4>\n<HR ALIGN=CENTER WIDTH=\"100%%\" SIZE=\"2\">");
+    else
+        zlfLog("\n-------------------------------------------------------\n");
+    logStatistics();
+    zlfLog("[%s terminated at %s]\n", libraryName, time.text);
+    if (state.html)
+        zlfLog("</H4></BODY></HTML>");
+    std::fclose(state.file);
+    state.file = nullptr;
+    return true;
+}
+
+bool zlfLog(const char *format, ...) {
+    if (!state.file || !format)
+        return false;
+    Line text = "";
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    write(text);
+    return true;
+}
+
+bool zlfLogError(const char *from, const char *detail, const char *format, ...) {
+    char text[ravolt::textSize] = "";
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format ? format : "", arguments);
+    va_end(arguments);
+
+    char title[80];
+    makeTitle(title, from, detail);
+    if (state.consoleEcho)
+        std::printf("ERROR\n   from: %s\n   text: %s\n", title, text);
+
+    const TimeText time = timeOfDay();
+    zlfLog(state.html ? "Time:  <B>%s</B>\n" : "Time:  %s\n", time.text);
+    zlfLog(state.html ? "From:  <B>%s</B>\n" : "From:  %s\n", title);
+    zlfLog(state.html ? "Error: <B>%s</B>\n\n" : "Error: %s\n\n", text);
+    return false;
+}
+
+void zlfSetConsoleEcho(bool on) { state.consoleEcho = on; }
