@@ -88,10 +88,15 @@ class RV_API RVELEMENT {
     friend class RAVOLT;
     friend class RVMESH;
 
-    static bool enter(RVNODE &node);
-    static bool isClipped(RVNODE &node, const Z3MMATRIX &eye);
+    static bool drawsItself(const RVNODE &node);
+    static bool isClipped(const RVNODE &node, const Z3MMATRIX &eye);
+    static bool isTransparent(const RVNODE &node);
+    static float radiusOf(const RVNODE &node);
+    static void enter(RVNODE &node);
     static unsigned int enterSkeleton(RVMESH &mesh);
-    static void count(RVNODE &node);
+    static void noteBone(const RVNODE &node, const RVMESH &mesh);
+    static void sortByGroup();
+    static void sortByDepth();
 
     // Whether `entry` is in use in this frame; false for NULL. Answers for a pointer of an earlier
     // frame, too.

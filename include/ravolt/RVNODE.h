@@ -117,10 +117,10 @@ class RV_API RVNODE {
     Z3MVECTOR3D getOrigin() const { return origin; }
 
     // Add to position and rotation. Neither changes the positioning.
-    void move(float x, float y) { move(x, y, 0); }
+    void move(float x, float y) { assign(position, position.x + x, position.y + y); }
     void move(float x, float y, float z) { add(position, x, y, z); }
     void move(const Z3MVECTOR3D &value) { move(value.x, value.y, value.z); }
-    void rotate(float x, float y) { rotate(x, y, 0); }
+    void rotate(float x, float y) { assign(rotation, rotation.x + x, rotation.y + y); }
     void rotate(float x, float y, float z) { add(rotation, x, y, z); }
     void rotate(const Z3MVECTOR3D &value) { rotate(value.x, value.y, value.z); }
 
@@ -232,7 +232,7 @@ class RV_API RVNODE {
         assign(vector, vector.x + x, vector.y + y, vector.z + z);
     }
 
-    void enterRegistry();
+    template <class Test> RVNODE *findInHierarchy(const Test &matches);
 
     unsigned int id;
     unsigned int auxId;

@@ -1,0 +1,85 @@
+// Invariant: the statics hold the view of the last render, and `thisPassCamera` a living camera or
+// NULL.
+
+#include "ravolt/RVCAMERA.h"
+
+#include "ravolt/RVOPENGL.h"
+
+RVCAMERA *RVCAMERA::thisPassCamera = nullptr;
+Z3MVECTOR3D RVCAMERA::cameraPosition;
+Z3MMATRIX RVCAMERA::cameraMatrix;
+
+RVCAMERA::RVCAMERA() : upDirection(0, 1, 0) { become(RV_NODE_TYPE_CAMERA); }
+
+// The view outlives its camera, which may have been a temporary one; the pointer does not.
+RVCAMERA::~RVCAMERA() {
+    if (thisPassCamera == this)
+        thisPassCamera = nullptr;
+}
+
+bool RVCAMERA::render(void *) {
+    glLoadIdentity();
+    glRotatef(preRotation.x, 1, 0, 0);
+    glRotatef(preRotation.y, 0, 1, 0);
+    glRotatef(preRotation.z, 0, 0, 1);
+
+    RVNODE *const aim = getTargetNode();
+    if (!aim) {
+        applyOwnView();
+    } else if (aim == this) {
+        lookAt(getTarget());
+    } else {
+        const Z3MVECTOR3D centre = aim->getFinalMatrix(nullptr).getTranslation();
+        glLoadIdentity();
+        lookAt(centre);
+    }
+
+    cameraPosition = eye();
+    glGetFloatv(GL_MODELVIEW_MATRIX, cameraMatrix.e);
+    thisCameraMatrix = cameraMatrix;
+    thisPassCamera = this;
+    return true;
+}
+
+Z3MVECTOR3D RVCAMERA::eye() const {
+    return getPositioning() == RV_NODE_POSITIONING_MATRIX ? getMatrix().getTranslation()
+                                                          : getPosition();
+}
+
+// On purpose: a matrix is the view itself and not inverted, the vectors are undone in an order of
+// their own, and the origin plays no part.
+void RVCAMERA::applyOwnView() const {
+    if (getPositioning() == RV_NODE_POSITIONING_MATRIX) {
+        glMultMatrixf(getMatrix().e);
+        return;
+    }
+    const Z3MVECTOR3D degrees = getRotation();
+    const Z3MVECTOR3D place = getPosition();
+    glRotatef(-degrees.z, 0, 0, 1);
+    glRotatef(-degrees.x, 1, 0, 0);
+    glRotatef(-degrees.y, 0, 1, 0);
+    glTranslatef(-place.x, -place.y, -place.z);
+}
+
+// On purpose: the whole matrix is replaced, so the pre-rotation has no effect on an aimed camera.
+void RVCAMERA::lookAt(const Z3MVECTOR3D &centre) const {
+    const Z3MVECTOR3D from = eye();
+    Z3MVECTOR3D z = from - centre;
+    z.normalize();
+    Z3MVECTOR3D x = upDirection ^ z;
+    Z3MVECTOR3D y = z ^ x;
+    x.normalize();
+    y.normalize();
+    const Z3MMATRIX turn(x.x, y.x, z.x, 0, x.y, y.y, z.y, 0, x.z, y.z, z.z, 0, 0, 0, 0, 1);
+    glLoadMatrixf(turn.e);
+    glTranslatef(-from.x, -from.y, -from.z);
+}
+
+void RVCAMERA::moveDoom(float x, float y, float z) {
+    const float *m = cameraMatrix.e;
+    const Z3MVECTOR3D right(m[0], m[4], m[8]);
+    const Z3MVECTOR3D up(m[1], m[5], m[9]);
+    const Z3MVECTOR3D back(m[2], m[6], m[10]);
+    setDirection(right * x + up * y + back * z);
+    move(getDirection());
+}

@@ -1,0 +1,87 @@
+// The entry, the storage and the lights of the list; scene/pass.cpp fills it and scene/sort.cpp
+// orders it.
+//
+// Invariants: the storage exists exactly while the list is active. The first
+// `numberOfPassedElements` pointers are a permutation of as many first entries.
+
+#include "ravolt/RVELEMENT.h"
+
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/zlf.h"
+#include "scene/entryOrder.h"
+
+#include <new>
+
+bool RVELEMENT::active = false;
+bool RVELEMENT::clipping = false;
+float RVELEMENT::clippingRadius = 128.0f;
+unsigned int RVELEMENT::numberOfElements = 0;
+unsigned int RVELEMENT::numberOfPassedElements = 0;
+unsigned int RVELEMENT::numberOfLights = 0;
+unsigned int RVELEMENT::numberOfTransparencies = 0;
+RVELEMENT *RVELEMENT::element = nullptr;
+RVELEMENT **RVELEMENT::elementPointer = nullptr;
+
+RVELEMENT::RVELEMENT() : node(nullptr), auxId(0), distance(0), nearestLight{}, param1(0) {}
+
+bool RVELEMENT::init(unsigned int count) {
+    if (active) {
+        zlfLog("   [!] Already active @ RVELEMENT::init\n");
+        return false;
+    }
+    if (count == 0 || count > ravolt::largestRenderList)
+        count = ravolt::largestRenderList;
+
+    element = new (std::nothrow) RVELEMENT[count];
+    if (!element) {
+        zlfLog("   [!] Out of memory @ RVELEMENT::init\n");
+        return false;
+    }
+    elementPointer = static_cast<RVELEMENT **>(zlfMalloc(count * sizeof(RVELEMENT *)));
+    if (!elementPointer) {
+        zlfLog("   [!] Out of memory @ RVELEMENT::init\n");
+        delete[] element;
+        element = nullptr;
+        return false;
+    }
+    numberOfElements = count;
+    active = true;
+    zlfLog("   %d elements allocated\n", static_cast<int>(count));
+    return true;
+}
+
+bool RVELEMENT::free() {
+    if (!active)
+        return false;
+    delete[] element;
+    element = nullptr;
+    zlfFree(elementPointer);
+    elementPointer = nullptr;
+    numberOfElements = 0;
+    reset(); // nothing is left for the counters to count
+    active = false;
+    return true;
+}
+
+void RVELEMENT::reset() {
+    numberOfPassedElements = 0;
+    numberOfLights = 0;
+    numberOfTransparencies = 0;
+}
+
+RVELEMENT *RVELEMENT::getLight(unsigned int index) {
+    return index < numberOfLights ? elementPointer[index] : nullptr;
+}
+
+bool RVELEMENT::sortLights(const Z3MVECTOR3D &point) {
+    if (numberOfPassedElements == 0 || numberOfLights == 0)
+        return false;
+    ravolt::orderEntries(elementPointer, numberOfLights, [&point](RVELEMENT &entry) {
+        entry.distance = point.distance(entry.matrix.getTranslation());
+        const bool isLight = entry.node->getType() == RV_NODE_TYPE_LIGHT;
+        const bool ahead = isLight && static_cast<const RVLIGHT *>(entry.node)->isExclusive();
+        const std::uint64_t group = ahead ? 0 : 1;
+        return group << 32 | ravolt::orderedBits(entry.distance);
+    });
+    return true;
+}

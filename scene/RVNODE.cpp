@@ -1,0 +1,304 @@
+// Invariants: a node is in the registry from its constructor to its destructor, unless it is a
+// copy. `children` has exactly `numberOfChildren` entries and is NULL for none; an entry is NULL
+// only between reserveChildren and place. A child's parent has it in its array, as long as nobody
+// deletes a linked node.
+
+#include "ravolt/RVNODE.h"
+
+#include "foundation/registry.h"
+#include "foundation/text.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/zlf.h"
+#include "scene/localTransform.h"
+#include "scene/nodeRecords.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <new>
+
+using Nodes = ravolt::Registry<RVNODE>;
+
+namespace {
+
+// On purpose: the vertical scroll bar has the horizontal one's name, and a terrain the plain one.
+constexpr const char *defaultName[] = {
+    "[node %d]",      "[node %d]",       "[light %d]",      "[mesh %d]",   "[camera %d]",
+    "[emitter %d]",   "[skydome %d]",    "[water %d]",      "[node %d]",   "[helper %d]",
+    "[node %d]",      "[box %d]",        "[label %d]",      "[button %d]", "[window %d]",
+    "[textfield %d]", "[hscrollbar %d]", "[hscrollbar %d]", "[node %d]"};
+
+// Row of a type in the tables; a client's own numbers count as custom.
+unsigned int rowOf(RV_NODE_TYPE type) {
+    return std::min<unsigned int>(static_cast<unsigned int>(type), RV_NODE_TYPE_CUSTOM);
+}
+
+constexpr unsigned int deepestAncestry = 64;
+
+// The ancestors of a node from its parent upward.
+struct Ancestry {
+    RVNODE *node[deepestAncestry];
+    unsigned int depth = 0;
+
+    // Walks up to the root, or to the first ancestor called `stopName`, which is taken in. False
+    // when the table is full.
+    bool collect(RVNODE *parent, const char *stopName) {
+        for (depth = 0; parent; parent = parent->getParent()) {
+            node[depth++] = parent;
+            if (depth == deepestAncestry)
+                return false;
+            if (stopName && std::strcmp(parent->getName(), stopName) == 0)
+                break;
+        }
+        return true;
+    }
+};
+
+void logTreeLine(const RVNODE &node, int depth) {
+    char line[1024];
+    const int indent = std::clamp(depth, 0, static_cast<int>(sizeof line) - 1);
+    std::memset(line, ' ', static_cast<std::size_t>(indent));
+    ravolt::formatText(line + indent, sizeof line - static_cast<std::size_t>(indent),
+                       "+ %s [id: %d]", node.getName(), static_cast<int>(node.getId()));
+    zlfLog("%s\n", line);
+}
+
+} // namespace
+
+RVNODE *RVNODE::firstNode = nullptr;
+RVNODE *RVNODE::lastNode = nullptr;
+
+char RVNODE::typeName[19][256] = {"node",      "root",       "light",      "mesh",    "camera",
+                                  "emitter",   "skydome",    "water",      "terrain", "helper",
+                                  "sound",     "box",        "label",      "button",  "window",
+                                  "textfield", "hscrollbar", "vscrollbar", "custom"};
+
+// --- Identity and registry
+
+RVNODE::RVNODE() : RVNODE(false) { shared = false; }
+
+// On purpose: `shared` stays unset here.
+RVNODE::RVNODE(bool)
+    : id(zlfNewId()), auxId(0), timeStamp(0), data(nullptr),
+      positioning(RV_NODE_POSITIONING_VECTORS), targetNode(nullptr), previous(nullptr),
+      next(nullptr), numberOfChildren(0), parent(nullptr), children(nullptr) {
+    become(RV_NODE_TYPE_NODE);
+    registration.id = id;
+    registration.done = true;
+    Nodes::append(firstNode, lastNode, this);
+}
+
+RVNODE::~RVNODE() {
+    if (!isRegistered())
+        return;
+    releaseId(registration.id);
+    delete[] children;
+    Nodes::unlink(firstNode, lastNode, this);
+}
+
+RVNODE &RVNODE::operator=(const RVNODE &other) {
+    if (this == &other)
+        return *this;
+    id = other.id;
+    auxId = other.auxId;
+    std::memcpy(name, other.name, sizeof name);
+    type = other.type;
+    timeStamp = other.timeStamp;
+    shared = other.shared;
+    data = other.data;
+    positioning = other.positioning;
+    position = other.position;
+    rotation = other.rotation;
+    origin = other.origin;
+    direction = other.direction;
+    target = other.target;
+    targetNode = other.targetNode;
+    matrix = other.matrix;
+    cachedMatrix = other.cachedMatrix;
+    if (isRegistered())
+        return *this;
+    previous = other.previous;
+    next = other.next;
+    numberOfChildren = other.numberOfChildren;
+    parent = other.parent;
+    children = other.children;
+    return *this;
+}
+
+void RVNODE::become(RV_NODE_TYPE newType) {
+    type = newType;
+    ravolt::formatText(name, defaultName[rowOf(newType)], static_cast<int>(id));
+}
+
+bool RVNODE::render(void *) { return false; }
+
+unsigned int RVNODE::getNumberOfNodes() { return Nodes::count(firstNode); }
+
+RVNODE *RVNODE::findByName(const char *name) {
+    return Nodes::findByText(firstNode, &RVNODE::name, name);
+}
+
+RVNODE *RVNODE::findById(unsigned int id) { return Nodes::findById(firstNode, id); }
+
+bool RVNODE::cleanUp() {
+    if (!firstNode)
+        return false;
+    const unsigned int released = Nodes::cleanUp(firstNode);
+    zlfLog("   %d node(s) released @ RVNODE::cleanUp\n", static_cast<int>(released));
+    return true;
+}
+
+void RVNODE::setName(const char *text) {
+    if (text && strnlen(text, sizeof name) < sizeof name)
+        ravolt::copyText(name, text);
+}
+
+char *RVNODE::getTypeName() const { return typeName[rowOf(type)]; }
+
+// --- Transform
+
+Z3MMATRIX RVNODE::getFinalMatrix(const char *stopName) {
+    static Ancestry ancestry;
+    Z3MMATRIX result;
+    if (!ancestry.collect(parent, stopName)) {
+        zlfLog("   [!] Depth overflow @ RVNODE::getFinalMatrix()\n");
+        return result;
+    }
+    const ravolt::ModelviewScope scope;
+    glLoadIdentity();
+    for (unsigned int level = ancestry.depth; level-- > 0;)
+        ravolt::applyLocalTransform(*ancestry.node[level]);
+    ravolt::applyLocalTransform(*this);
+    glGetFloatv(GL_MODELVIEW_MATRIX, result.e);
+    return result;
+}
+
+// --- Tree
+
+RVNODE *RVNODE::getChild(unsigned int index) const {
+    if (index < numberOfChildren)
+        return children[index];
+    zlfLog("   [!] Invalid params @ RVNODE::getChild\n");
+    return nullptr;
+}
+
+bool RVNODE::link(RVNODE *newParent) {
+    if (!newParent || newParent == this) {
+        zlfLog("   [!] Invalid param @ RVNODE::link\n");
+        return false;
+    }
+    if (parent) {
+        zlfLog("   [!] Node %s has already a parent @ RVNODE::link\n", name);
+        return false;
+    }
+    // The array grows by exactly one: its length is the number of children, nothing else is kept.
+    RVNODE **grown = new RVNODE *[newParent->numberOfChildren + 1];
+    std::copy_n(newParent->children, newParent->numberOfChildren, grown);
+    grown[newParent->numberOfChildren++] = this;
+    delete[] newParent->children;
+    newParent->children = grown;
+    parent = newParent;
+    return true;
+}
+
+bool RVNODE::unlink() {
+    if (!parent) {
+        zlfLog("   [!] Node %s is already unlinked @ RVNODE::unlink\n", name);
+        return false;
+    }
+    RVNODE **const begin = parent->children;
+    RVNODE **const end = begin + parent->numberOfChildren;
+    RVNODE **shrunk = nullptr;
+    // On purpose: an only child is not compared with this node.
+    if (parent->numberOfChildren != 1) {
+        RVNODE **const own = std::find(begin, end, this);
+        if (own == end) {
+            zlfLog("   [!] Consistency problem with %s @ RVNODE::unlink\n", name);
+            return false;
+        }
+        shrunk = new RVNODE *[parent->numberOfChildren - 1];
+        std::copy(own + 1, end, std::copy(begin, own, shrunk));
+    }
+    delete[] begin;
+    parent->children = shrunk;
+    --parent->numberOfChildren;
+    parent = nullptr;
+    return true;
+}
+
+bool RVNODE::remove() {
+    if (!parent) {
+        zlfLog("   [!] Node %s already unlinked @ RVNODE::remove\n", name);
+        return false;
+    }
+    const unsigned int number = numberOfChildren;
+    const std::unique_ptr<RVNODE *[]> orphans(new RVNODE *[number]);
+    std::copy_n(children, number, orphans.get());
+    for (unsigned int index = 0; index < number; ++index) {
+        if (RVNODE *orphan = orphans[index]) {
+            orphan->unlink();
+            orphan->link(parent);
+        }
+    }
+    return unlink();
+}
+
+RVNODE *RVNODE::findByNameInHierarchy(const char *wanted) {
+    return findInHierarchy(
+        [wanted](const RVNODE &node) { return wanted && !std::strcmp(node.name, wanted); });
+}
+
+RVNODE *RVNODE::findByIdInHierarchy(unsigned int wanted) {
+    return findInHierarchy([wanted](const RVNODE &node) { return node.id == wanted; });
+}
+
+template <class Test> RVNODE *RVNODE::findInHierarchy(const Test &matches) {
+    if (matches(*this))
+        return this;
+    for (unsigned int index = 0; index < numberOfChildren; ++index)
+        if (RVNODE *child = children[index])
+            if (RVNODE *found = child->findInHierarchy(matches))
+                return found;
+    return nullptr;
+}
+
+bool RVNODE::displayTree(RVNODE *node) {
+    if (!node) {
+        zlfLog("   [!] Invalid params @ RVNODE::displayTree\n");
+        return false;
+    }
+    zlfLog("   Tree for %s:\n", node->name);
+    if (node->numberOfChildren == 0)
+        zlfLog("   empty\n");
+    else
+        displayTreeRecursive(node, 3);
+    zlfLog("\n");
+    return true;
+}
+
+RVNODE *RVNODE::displayTreeRecursive(RVNODE *node, int depth) {
+    if (!node)
+        return nullptr;
+    logTreeLine(*node, depth);
+    for (unsigned int index = 0; index < node->numberOfChildren; ++index)
+        displayTreeRecursive(node->children[index], depth + 2);
+    return nullptr;
+}
+
+// --- Trees from files
+
+bool ravolt::NodeTree::reserveChildren(RVNODE &parent, unsigned int count) {
+    if (count == 0)
+        return true;
+    parent.children = new (std::nothrow) RVNODE *[count]();
+    if (!parent.children)
+        return false;
+    parent.numberOfChildren = count;
+    return true;
+}
+
+void ravolt::NodeTree::place(RVNODE &parent, unsigned int index, RVNODE &child) {
+    parent.children[index] = &child;
+    child.parent = &parent;
+}

@@ -1,0 +1,110 @@
+// Invariant: reading makes nothing and building cannot fail but for memory, so a file that is
+// refused leaves nothing behind.
+
+#include "scene/nodeRecords.h"
+
+#include "foundation/bytes.h"
+#include "ravolt/RVNODE.h"
+#include "ravolt/zlf.h"
+
+#include <limits>
+#include <new>
+
+namespace ravolt {
+
+bool readPlainNodeRecord(ByteReader &reader, PlainNodeRecord &record) {
+    record.auxId = reader.read<std::uint32_t>();
+    record.name = reader.readText().data();
+    record.position = reader.read<Z3MVECTOR3D>();
+    record.origin = reader.read<Z3MVECTOR3D>();
+    record.numberOfChildren = reader.read<std::uint16_t>();
+    return reader.ok();
+}
+
+bool readLightRecord(ByteReader &reader, LightRecord &record) {
+    reader.skip(4); // reserved
+    record.lightType = reader.read<std::uint8_t>();
+    record.name = reader.readText().data();
+    record.position = reader.read<Z3MVECTOR3D>();
+    record.direction = reader.read<Z3MVECTOR3D>();
+    record.cutOff = reader.read<float>();
+    record.color = reader.read<Z3MVECTOR3D>();
+    record.numberOfChildren = reader.read<std::uint16_t>();
+    return reader.ok();
+}
+
+namespace {
+
+// A node that cannot have its places goes again.
+RVNODE *withPlaces(RVNODE *node, unsigned int count) {
+    if (NodeTree::reserveChildren(*node, count))
+        return node;
+    delete node;
+    return nullptr;
+}
+
+Z3MVECTOR4D opaque(const Z3MVECTOR3D &color) { return Z3MVECTOR4D(color.x, color.y, color.z, 1); }
+
+} // namespace
+
+RVNODE *makePlainNode(const PlainNodeRecord &record) {
+    RVNODE *node = new (std::nothrow) RVNODE;
+    if (!node)
+        return nullptr;
+    node->setAuxId(record.auxId);
+    node->setName(record.name);
+    node->setPosition(record.position);
+    node->setOrigin(record.origin);
+    return withPlaces(node, record.numberOfChildren);
+}
+
+RVNODE *makeLight(const LightRecord &record) {
+    RVLIGHT *light = new (std::nothrow) RVLIGHT;
+    if (!light)
+        return nullptr;
+    light->setLightType(static_cast<RV_LIGHT_TYPE>(record.lightType));
+    light->setName(record.name);
+    light->setPosition(record.position);
+    light->setDirection(record.direction);
+    light->setTarget(record.direction + record.position);
+    light->setCutOff(record.cutOff);
+    light->setAmbient(opaque(record.color / 5.0f));
+    light->setDiffuse(opaque(record.color));
+    light->setSpecular(opaque(record.color / 10.0f));
+    return withPlaces(light, record.numberOfChildren);
+}
+
+namespace {
+
+// One body at `buffer + *cursor`, of which nobody knows where it ends.
+template <class Record>
+RVNODE *loadBody(const char *buffer, long *cursor, bool (*read)(ByteReader &, Record &),
+                 RVNODE *(*make)(const Record &)) {
+    ByteReader reader(buffer, std::numeric_limits<std::ptrdiff_t>::max(),
+                      static_cast<std::size_t>(*cursor));
+    Record record;
+    RVNODE *node = read(reader, record) ? make(record) : nullptr;
+    if (node)
+        *cursor = static_cast<long>(reader.position());
+    return node;
+}
+
+} // namespace
+
+} // namespace ravolt
+
+RVNODE *RVNODE::load(const char *buffer, long *cursor) {
+    RVNODE *node = ravolt::loadBody<ravolt::PlainNodeRecord>(
+        buffer, cursor, ravolt::readPlainNodeRecord, ravolt::makePlainNode);
+    if (!node)
+        zlfLog("   [!] Consistency error: node == NULL @ RVNODE::load\n");
+    return node;
+}
+
+RVNODE *RVLIGHT::load(const char *buffer, long *cursor) {
+    RVNODE *light = ravolt::loadBody<ravolt::LightRecord>(buffer, cursor, ravolt::readLightRecord,
+                                                          ravolt::makeLight);
+    if (!light)
+        zlfLog("   [!] Consistency error: light == NULL @ RVLIGHT::load\n");
+    return light;
+}

@@ -1,0 +1,149 @@
+// Filling the render list: the tree is walked with OpenGL's modelview stack as calculator, and each
+// node that draws leaves an entry with the matrix found there. Nothing is drawn.
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVHELPER.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVNODE.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/zlf.h"
+#include "scene/localTransform.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+// Skeletons in the cache of RVMESH; also what param1 says of a mesh that found it full.
+constexpr unsigned int skeletonCacheSize = 256;
+
+bool isMesh(const RVNODE &node) { return node.getType() == RV_NODE_TYPE_MESH; }
+
+const RVMESH &asMesh(const RVNODE &node) { return static_cast<const RVMESH &>(node); }
+
+} // namespace
+
+bool RVNODE::pass(bool flag) {
+    timeStamp = static_cast<int>(RAVOLT::getTimeStamp());
+    RVELEMENT::pass(this, flag);
+    return true;
+}
+
+bool RVELEMENT::pass(RVNODE *node, bool) {
+    if (!node) {
+        zlfLog("   [!] Invalid params @ RVELEMENT::pass\n");
+        return false;
+    }
+    if (numberOfPassedElements >= numberOfElements) {
+        zlfLog("   [!] Scene too complex @ RVELEMENT::pass\n");
+        return false;
+    }
+    const ravolt::ModelviewScope scope;
+    ravolt::applyLocalTransform(*node);
+    if (drawsItself(*node))
+        enter(*node);
+    for (unsigned int index = 0; index < node->getNumberOfChildren(); ++index)
+        if (RVNODE *child = node->getChild(index))
+            child->pass(false);
+    return true;
+}
+
+// A plain node is a pure transform.
+bool RVELEMENT::drawsItself(const RVNODE &node) {
+    if (node.getType() == RV_NODE_TYPE_NODE)
+        return false;
+    return !isMesh(node) || !asMesh(node).isHidden();
+}
+
+// The limit is the eye's distance from the node's own origin, which stands at the end of the
+// modelview matrix. The clipped node says so in every frame, on purpose.
+bool RVELEMENT::isClipped(const RVNODE &node, const Z3MMATRIX &eye) {
+    const RV_NODE_TYPE type = node.getType();
+    if (type != RV_NODE_TYPE_MESH && type != RV_NODE_TYPE_HELPER)
+        return false;
+    const float distance = eye.getTranslation().length();
+    if (!(clippingRadius + 2.0f * radiusOf(node) < distance))
+        return false;
+    zlfLog(" (clipped) %s at distance %.2f\n", node.getName(), static_cast<double>(distance));
+    return true;
+}
+
+float RVELEMENT::radiusOf(const RVNODE &node) {
+    switch (node.getType()) {
+    case RV_NODE_TYPE_MESH:
+        return asMesh(node).getRadius();
+    case RV_NODE_TYPE_HELPER:
+        return static_cast<const RVHELPER &>(node).getRadius();
+    default:
+        return 0.0f;
+    }
+}
+
+bool RVELEMENT::isTransparent(const RVNODE &node) {
+    if (!isMesh(node))
+        return node.getType() == RV_NODE_TYPE_HELPER;
+    const RVMATERIAL *material = asMesh(node).getMaterial();
+    return material && material->isTransparent();
+}
+
+void RVELEMENT::enter(RVNODE &node) {
+    Z3MMATRIX &eye = element[numberOfPassedElements].matrix;
+    glGetFloatv(GL_MODELVIEW_MATRIX, eye.e);
+    if (clipping && isClipped(node, eye))
+        return;
+
+    RVELEMENT &entry = element[numberOfPassedElements];
+    entry.node = &node;
+    entry.auxId = node.getAuxId();
+    *node.getCachedMatrix() = eye;
+    elementPointer[numberOfPassedElements] = &entry;
+    if (isMesh(node) && asMesh(node).isSkinned())
+        entry.param1 = enterSkeleton(static_cast<RVMESH &>(node));
+
+    ++numberOfPassedElements;
+    numberOfLights += node.getType() == RV_NODE_TYPE_LIGHT;
+    numberOfTransparencies += isTransparent(node);
+}
+
+unsigned int RVELEMENT::enterSkeleton(RVMESH &mesh) {
+    if (!RVMESH::skeletonElement || RVMESH::currentSkeleton >= skeletonCacheSize) {
+        zlfLog("   [!] Skeleton cache full @ RVELEMENT::pass\n");
+        return skeletonCacheSize;
+    }
+    const ravolt::ModelviewScope scope;
+    glLoadIdentity();
+    passSkeleton(mesh.getParent(), &mesh);
+    RVMESH::skeletonElement[RVMESH::currentSkeleton].mesh = &mesh;
+    return RVMESH::currentSkeleton++;
+}
+
+bool RVELEMENT::passSkeleton(RVNODE *node, RVMESH *mesh) {
+    if (!node || !mesh) {
+        zlfLog("   [!] Invalid params @ RVELEMENT::skeletonPass\n");
+        return false;
+    }
+    const ravolt::ModelviewScope scope;
+    ravolt::applyLocalTransform(*node);
+    if (isMesh(*node))
+        noteBone(*node, *mesh);
+    for (unsigned int index = 0; index < node->getNumberOfChildren(); ++index)
+        if (RVNODE *child = node->getChild(index))
+            passSkeleton(child, mesh);
+    return true;
+}
+
+// The first bone that `node` moves; the cache is left alone when it is full or missing.
+void RVELEMENT::noteBone(const RVNODE &node, const RVMESH &mesh) {
+    if (!RVMESH::skeletonElement || RVMESH::currentSkeleton >= skeletonCacheSize)
+        return;
+    RVSKELETON &skeleton = RVMESH::skeletonElement[RVMESH::currentSkeleton];
+    const std::size_t bones = std::min<std::size_t>(mesh.numberOfBones, std::size(skeleton.matrix));
+    for (std::size_t index = 0; index < bones; ++index) {
+        if (mesh.bone[index].node == &node) {
+            glGetFloatv(GL_MODELVIEW_MATRIX, skeleton.matrix[index].e);
+            return;
+        }
+    }
+}

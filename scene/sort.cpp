@@ -1,0 +1,58 @@
+// Ordering the render list. Only pointers move, never entries, and nothing is allocated.
+
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVNODE.h"
+#include "ravolt/RVTEXTURE.h"
+#include "scene/entryOrder.h"
+
+namespace {
+
+// Identifiers have 16 bits.
+std::uint64_t surfaceKey(const RVNODE &node) {
+    if (node.getType() != RV_NODE_TYPE_MESH)
+        return 0;
+    const RVMATERIAL *material = static_cast<const RVMESH &>(node).getMaterial();
+    if (!material)
+        return 0;
+    const RVTEXTURE *texture = material->getTexture(0);
+    const std::uint64_t textureId = texture ? texture->getId() & 0xffffu : 0;
+    return textureId << 16 | (material->getId() & 0xffffu);
+}
+
+} // namespace
+
+// No node counts as raised over another yet, so the order of the pass stands.
+bool RVELEMENT::sort2D() { return numberOfPassedElements != 0; }
+
+bool RVELEMENT::sort3D() {
+    if (numberOfPassedElements == 0)
+        return false;
+    if (numberOfLights != 0 || numberOfTransparencies != 0)
+        sortByGroup();
+    if (numberOfTransparencies > 1)
+        sortByDepth();
+    return true;
+}
+
+// Lights, opaque entries, transparent entries. What is opaque may stand in any order, so it goes by
+// texture and then by material: a change of the bound texture is what costs a driver most.
+void RVELEMENT::sortByGroup() {
+    ravolt::orderEntries(elementPointer, numberOfPassedElements,
+                         [](const RVELEMENT &entry) -> std::uint64_t {
+                             if (entry.node->getType() == RV_NODE_TYPE_LIGHT)
+                                 return 0;
+                             if (isTransparent(*entry.node))
+                                 return std::uint64_t(2) << 32;
+                             return std::uint64_t(1) << 32 | surfaceKey(*entry.node);
+                         });
+}
+
+// By the far end of each entry along the view, farthest first: the eye looks down -z.
+void RVELEMENT::sortByDepth() {
+    RVELEMENT **const first = elementPointer + (numberOfPassedElements - numberOfTransparencies);
+    ravolt::orderEntries(first, numberOfTransparencies, [](const RVELEMENT &entry) {
+        return ravolt::orderedBits(entry.matrix.e[14] - radiusOf(*entry.node));
+    });
+}
