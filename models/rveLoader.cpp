@@ -293,7 +293,7 @@ RVNODE *RAVOLT::load(const char *fileName) try {
     RVNODE::displayTree(root);
     return root;
 } catch (const std::bad_alloc &) {
-    zlfLog("   [!] Out of memory for file %s @ RAVOLT::load\n", fileName);
+    zlfLog("   [!] Out of memory for file %s%s @ RAVOLT::load\n", rvePath, fileName);
     return nullptr;
 }
 

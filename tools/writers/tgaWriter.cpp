@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 
@@ -107,10 +106,7 @@ bool writeTga(const std::string &path, const TgaPicture &picture, TgaEncoding en
     file.write(reinterpret_cast<const char *>(bytes.data()),
                static_cast<std::streamsize>(bytes.size()));
     file.close();
-    if (file)
-        return true;
-    std::remove(path.c_str());
-    return false;
+    return !file.fail();
 }
 
 } // namespace ravolt

@@ -21,7 +21,7 @@ struct TgaPicture {
 std::vector<unsigned char> encodeTga(const TgaPicture &picture,
                                      TgaEncoding encoding = TgaEncoding::uncompressed);
 
-// False when the file cannot be written whole; it is then removed.
+// False when the file cannot be written whole.
 bool writeTga(const std::string &path, const TgaPicture &picture,
               TgaEncoding encoding = TgaEncoding::uncompressed);
 

@@ -1,0 +1,258 @@
+#include "tools/writers/rveWriter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+
+// Everything is little-endian and packed. The scene is checked while it is written; the first
+// error ends the work, since every putter does nothing behind one.
+
+namespace ravolt {
+
+namespace {
+
+constexpr char magic[] = "RVE file v1.6a";
+constexpr char obsoleteMagic[] = "RVE file v1.5a";
+// What the obsolete format holds for each vertex and each face; its readers skip it.
+constexpr std::size_t obsoleteVertexBytes = 12;
+constexpr std::size_t obsoleteFaceBytes = 16;
+
+RveVector difference(const RveVector &a, const RveVector &b) {
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+
+RveVector cross(const RveVector &a, const RveVector &b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
+class Writer {
+  public:
+    explicit Writer(RveVersion formatVersion) : version(formatVersion) {}
+
+    RveResult write(const RveScene &scene) {
+        put(version == RveVersion::v16a ? magic : obsoleteMagic, sizeof(magic));
+        putCount("the scene", scene.materials.size(), rveMaterials, "materials");
+        for (const RveMaterial &material : scene.materials)
+            putMaterial(material);
+        putNode(scene.root, 1);
+        if (!result.ok())
+            result.bytes.clear();
+        return std::move(result);
+    }
+
+  private:
+    void fail(const std::string &where, const std::string &reason) {
+        if (result.ok())
+            result.error = where + ": " + reason;
+    }
+
+    void put(const void *data, std::size_t size) {
+        const unsigned char *bytes = static_cast<const unsigned char *>(data);
+        if (result.ok() && size)
+            result.bytes.insert(result.bytes.end(), bytes, bytes + size);
+    }
+
+    void putZeros(std::size_t size) {
+        if (result.ok())
+            result.bytes.resize(result.bytes.size() + size);
+    }
+
+    void putByte(std::uint8_t number) { put(&number, 1); }
+    void putFloat(float number) { put(&number, sizeof(number)); }
+
+    template <class Item> void putArray(const std::vector<Item> &items) {
+        put(items.data(), items.size() * sizeof(Item));
+    }
+
+    template <std::size_t N> void putFloats(const std::array<float, N> &numbers) {
+        put(numbers.data(), sizeof(numbers));
+    }
+
+    void putCount(const std::string &where, std::size_t count, std::size_t most, const char *what) {
+        if (count > most)
+            fail(where, std::to_string(count) + " " + what + ", at most " + std::to_string(most));
+        const std::uint16_t number = static_cast<std::uint16_t>(count);
+        put(&number, sizeof(number));
+    }
+
+    void putText(const std::string &where, const std::string &text) {
+        if (text.size() > rveTextLength)
+            fail(where, "a text of " + std::to_string(text.size()) + " characters, at most " +
+                            std::to_string(rveTextLength));
+        if (text.find('\0') != std::string::npos)
+            fail(where, "a text with a zero byte in it");
+        put(text.c_str(), text.size() + 1);
+    }
+
+    void putMaterial(const RveMaterial &material) {
+        const std::string where = "material '" + material.name + "'";
+        putText(where, material.name);
+        putText(where, material.texture);
+        putText(where, material.shader);
+        for (const RveColor *color :
+             {&material.ambient, &material.diffuse, &material.specular, &material.selfIllumination})
+            putFloats(*color);
+        putFloat(material.transparency);
+        putFloat(material.shininess);
+    }
+
+    void putNode(const RveNode &node, std::size_t depth) {
+        const std::string where = "node '" + node.name + "'";
+        if (depth > rveDepth) {
+            fail(where, "a tree deeper than " + std::to_string(rveDepth) + " nodes");
+            return;
+        }
+        putByte(static_cast<std::uint8_t>(node.kind));
+        switch (node.kind) {
+        case RveKind::node:
+            putPlainNode(where, node);
+            break;
+        case RveKind::light:
+            putLight(where, node);
+            break;
+        case RveKind::mesh:
+            putMesh(where, node);
+            break;
+        default:
+            fail(where, "an unknown kind");
+        }
+        for (const RveNode &child : node.children)
+            if (result.ok())
+                putNode(child, depth + 1);
+    }
+
+    void putChildren(const std::string &where, const RveNode &node) {
+        putCount(where, node.children.size(), rveChildren, "children");
+    }
+
+    void putPlainNode(const std::string &where, const RveNode &node) {
+        put(&node.auxId, sizeof(node.auxId));
+        putText(where, node.name);
+        putFloats(node.position);
+        putFloats(node.origin);
+        putChildren(where, node);
+    }
+
+    void putLight(const std::string &where, const RveNode &node) {
+        putZeros(4);
+        putByte(static_cast<std::uint8_t>(node.light.type));
+        putText(where, node.name);
+        putFloats(node.position);
+        putFloats(node.light.direction);
+        putFloat(node.light.cutOff);
+        putFloats(node.light.color);
+        putChildren(where, node);
+    }
+
+    void putMesh(const std::string &where, const RveNode &node) {
+        const RveMesh &mesh = node.mesh;
+        checkMesh(where, mesh);
+        putZeros(4);
+        putText(where, node.name);
+        putFloats(node.position);
+        putFloats(node.rotation);
+        putFloats(node.origin);
+        putText(where, mesh.material);
+        putFloat(mesh.radius);
+        putFloats(mesh.minimum);
+        putFloats(mesh.maximum);
+        putByte(mesh.hidden);
+        putCount(where, mesh.vertices.size(), rveVertices, "vertices");
+        putCount(where, mesh.uvs.size(), rveVertices, "texture coordinates");
+        putCount(where, mesh.faces.size(), rveVertices, "faces");
+        putChildren(where, node);
+        putCount(where, mesh.skin.weightsPerVertex, rveWeights, "weights of a vertex");
+        if (!result.ok())
+            return;
+        putGeometry(mesh);
+        if (mesh.skin.weightsPerVertex)
+            putSkin(where, mesh.skin);
+    }
+
+    void putGeometry(const RveMesh &mesh) {
+        const bool obsolete = version == RveVersion::v15a;
+        putArray(mesh.vertices);
+        putArray(mesh.normals);
+        if (obsolete)
+            putZeros(mesh.vertices.size() * obsoleteVertexBytes);
+        putArray(mesh.uvs);
+        putArray(mesh.faces);
+        if (mesh.faceNormals.empty())
+            putComputedFaceNormals(mesh);
+        else
+            putArray(mesh.faceNormals);
+        if (obsolete)
+            putZeros(mesh.faces.size() * obsoleteFaceBytes);
+    }
+
+    void putComputedFaceNormals(const RveMesh &mesh) {
+        for (const auto &face : mesh.faces) {
+            const RveVector &corner = mesh.vertices[face[0]];
+            RveVector normal = cross(difference(mesh.vertices[face[1]], corner),
+                                     difference(mesh.vertices[face[2]], corner));
+            const float length = std::hypot(normal[0], normal[1], normal[2]);
+            for (float &component : normal)
+                component /= length > 0.0f ? length : 1.0f;
+            putFloats(normal);
+        }
+    }
+
+    void putSkin(const std::string &where, const RveSkin &skin) {
+        putArray(skin.boneIndices);
+        putArray(skin.boneWeights);
+        putCount(where, skin.bones.size(), rveBones, "bones");
+        for (const std::string &bone : skin.bones)
+            putText(where, bone);
+    }
+
+    // What must agree within a mesh.
+    void checkMesh(const std::string &where, const RveMesh &mesh) {
+        const std::size_t vertices = mesh.vertices.size();
+        if (mesh.normals.size() != vertices)
+            fail(where, "normals must be as many as vertices");
+        if (!mesh.faceNormals.empty() && mesh.faceNormals.size() != mesh.faces.size())
+            fail(where, "face normals must be as many as faces, or none");
+        const std::size_t corners =
+            mesh.uvs.empty() ? vertices : std::min(vertices, mesh.uvs.size());
+        for (const auto &face : mesh.faces)
+            if (*std::max_element(face.begin(), face.end()) >= corners)
+                fail(where, "a face names a vertex that has no position or texture coordinate");
+        if (mesh.skin.weightsPerVertex)
+            checkSkin(where, mesh.skin, vertices);
+    }
+
+    void checkSkin(const std::string &where, const RveSkin &skin, std::size_t vertices) {
+        const std::size_t weights = vertices * skin.weightsPerVertex;
+        if (skin.boneIndices.size() != weights || skin.boneWeights.size() != weights)
+            fail(where, "bone numbers and weights must be as many as vertices times weights");
+        for (std::uint8_t index : skin.boneIndices)
+            if (index >= skin.bones.size())
+                fail(where, "a vertex names a bone that the mesh does not have");
+    }
+
+    RveVersion version;
+    RveResult result;
+};
+
+} // namespace
+
+RveResult encodeRve(const RveScene &scene, RveVersion version) {
+    return Writer(version).write(scene);
+}
+
+std::string writeRve(const std::string &path, const RveScene &scene, RveVersion version) {
+    const RveResult result = encodeRve(scene, version);
+    if (!result.ok())
+        return result.error;
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char *>(result.bytes.data()),
+               static_cast<std::streamsize>(result.bytes.size()));
+    file.close();
+    if (file)
+        return "";
+    std::remove(path.c_str());
+    return path + ": cannot be written";
+}
+
+} // namespace ravolt
