@@ -129,6 +129,8 @@ class RV_API RAVOLT {
   private:
     static bool startClasses(RVSETTINGS &settings);
     static void findVideoMemory();
+    static void drawList(bool (*isDrawn)(const RVNODE &node));
+    static void drawSkybox();
     static RVNODE *recursiveLoad(char *buffer, long *cursor, RVNODE *parent);
     static bool recursiveInitBones(RVNODE *root, RVNODE *node);
 

@@ -1,0 +1,168 @@
+// The frame between its marks. The application's passes fill the render list between a begin and
+// an end, and the end functions draw it, each entry through its node's `render`; the current
+// profile and target decide what that produces. A projection pushed by begin2D is popped by end2D;
+// everything else leaves the stacks as it found them.
+
+#include "engine/screenQuad.h"
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVCAMERA.h"
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVTEXTURE.h"
+#include "scene/localTransform.h"
+
+namespace {
+
+bool isAny(const RVNODE &) { return true; }
+
+bool isFlat(const RVNODE &node) {
+    return node.getType() != RV_NODE_TYPE_LIGHT && node.getType() != RV_NODE_TYPE_MESH;
+}
+
+void forgetLastPass() {
+    RVELEMENT::reset();
+    RVMATERIAL::reset();
+    RVMESH::reset();
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVOPENGL::blendingOff();
+    RVOPENGL::twoSideOff();
+}
+
+void loadView(RVCAMERA *camera) {
+    if (camera) {
+        camera->render(nullptr);
+        return;
+    }
+    RVCAMERA standard;
+    standard.render(nullptr);
+}
+
+// On purpose: nothing ends the lines but the next begin2D.
+void startWireframe() {
+    glDisable(GL_CULL_FACE); // not through the switch, so that end2D still knows what to restore
+    glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+}
+
+// The state in which everything flat is drawn.
+void startFlatDrawing() {
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    RVLIGHT::lightingOff();
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVELEMENT::reset();
+    RVOPENGL::blendingOff();
+    glDisable(GL_CULL_FACE); // not through the switch, so that end2D still knows what to restore
+    glDisable(GL_DEPTH_TEST);
+    RVOPENGL::twoSideOff();
+}
+
+// Vertices, colours and texture coordinates, from the application's memory.
+void setFlatArrays() {
+    if (RVOPENGL::useVBO()) {
+        RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
+        RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
+    }
+    RVOPENGL::vertexArrayOn();
+    RVOPENGL::normalArrayOff();
+    RVOPENGL::colorArrayOn();
+    if (RVOPENGL::useMultitexturing())
+        RVOPENGL::glClientActiveTextureARB(GL_TEXTURE0);
+    RVOPENGL::textureArrayOn();
+}
+
+// Pixels of the current viewport, which need not be the window's.
+void pushPixelProjection() {
+    GLint viewport[4] = {};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    const GLint width = viewport[2], height = viewport[3];
+    ravolt::pushProjection();
+    if (RVSETTINGS::isSDLLandscape()) {
+        glRotatef(90, 0, 0, 1);
+        ravolt::screenOrtho(height, width);
+    } else {
+        ravolt::screenOrtho(width, height);
+    }
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+}
+
+// The view's rotation and the sky's own: the sky turns with the camera and never moves.
+Z3MMATRIX skyMatrix(const RVNODE &sky) {
+    glLoadIdentity();
+    glMultMatrixf(RVCAMERA::getCameraMatrix()->e);
+    ravolt::applyRotation(sky.getRotation());
+    Z3MMATRIX matrix;
+    glGetFloatv(GL_MODELVIEW_MATRIX, matrix.e);
+    matrix.setTranslation(0, 0, 0);
+    return matrix;
+}
+
+} // namespace
+
+bool RAVOLT::begin3D(RVCAMERA *camera) {
+    updateTimer();
+    ++timeStamp;
+    forgetLastPass();
+    loadView(camera);
+    return true;
+}
+
+// The picture is drawn where it is seen, so that `blit` has nothing to bring there.
+bool RAVOLT::end3D(bool) {
+    RVELEMENT::sort3D();
+    if (wireframe)
+        startWireframe();
+    if (skybox)
+        drawSkybox();
+    drawList(isAny);
+    return true;
+}
+
+bool RAVOLT::begin2D() {
+    updateTimer();
+    startFlatDrawing();
+    setFlatArrays();
+    pushPixelProjection();
+    return true;
+}
+
+bool RAVOLT::end2D() {
+    RVELEMENT::sort2D();
+    drawList(isFlat);
+    ravolt::popProjection();
+    if (RVOPENGL::isCulled())
+        glEnable(GL_CULL_FACE);
+    glEnable(GL_DEPTH_TEST);
+    return true;
+}
+
+// The entries in their order, as far as their nodes are wanted.
+void RAVOLT::drawList(bool (*isDrawn)(const RVNODE &node)) {
+    for (unsigned int index = 0; index < RVELEMENT::numberOfPassedElements; ++index) {
+        RVELEMENT *element = RVELEMENT::elementPointer[index];
+        RVNODE *node = element->getNode();
+        if (isDrawn(*node))
+            node->render(element);
+    }
+}
+
+// Only the first child; the skybox itself holds it and its rotation.
+void RAVOLT::drawSkybox() {
+    RVMATERIAL::reset();
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVLIGHT::lightingOff();
+    glColor4f(1, 1, 1, 1);
+
+    RVELEMENT element;
+    element.node = skybox;
+    element.matrix = skyMatrix(*skybox);
+    element.auxId = 0;
+    element.param1 = RV_SKELETONS; // never in the skeleton cache
+    for (RVELEMENT *&light : element.nearestLight)
+        light = nullptr;
+    if (RVNODE *sky = skybox->getChild(0))
+        sky->render(&element);
+}

@@ -1,0 +1,132 @@
+// What lies under a pixel: the last 3D block is drawn once more into that pixel alone, with
+// identities for colours, and the pixel is read and put back. Its depth is lost.
+
+#include "engine/screenQuad.h"
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVNODE.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSETTINGS.h"
+
+#include <array>
+
+namespace {
+
+using PixelBytes = std::array<GLubyte, 4>; // red, green, blue, alpha
+
+struct WindowPixel {
+    int x, y; // from the top left
+
+    // On purpose: one row above the pixel's own in OpenGL's count, where row 0 is the lowest.
+    int row() const { return RVSETTINGS::getSDLWindowY() - y; }
+};
+
+WindowPixel turnForDisplay(int x, int y) {
+    if (RVSETTINGS::isSDLLandscape())
+        return {RVSETTINGS::getSDLWindowY() - y, x};
+    return {x, y};
+}
+
+// All zeros outside of what is drawn into.
+PixelBytes readPixel(const WindowPixel &pixel) {
+    PixelBytes bytes = {};
+    glReadPixels(pixel.x, pixel.row(), 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
+    return bytes;
+}
+
+bool isSelectable(const RVNODE &node) {
+    return node.getType() == RV_NODE_TYPE_MESH || node.getType() == RV_NODE_TYPE_CUSTOM;
+}
+
+// Limits drawing to the pixel; directly, so that the scissor switch stays as the application set
+// it.
+void limitTo(const WindowPixel &pixel) {
+    glScissor(pixel.x, pixel.row(), 1, 1);
+    glEnable(GL_SCISSOR_TEST);
+}
+
+// The reverse of how an identity becomes a colour: the lowest byte is red, at 16 bits in fields of
+// 5, 6 and 5 with red the highest.
+unsigned int decodeIdentity(const PixelBytes &bytes, int colorDepth) {
+    const unsigned int red = bytes[0], green = bytes[1], blue = bytes[2], alpha = bytes[3];
+    if (colorDepth == 16)
+        return red >> 3 << 11 | green >> 2 << 5 | blue >> 3;
+    const unsigned int color = red | green << 8 | blue << 16;
+    return colorDepth == 24 ? color : color | alpha << 24;
+}
+
+// Texturing stays as it is, on purpose: the point takes part in what is still enabled.
+void putBack(const WindowPixel &pixel, const PixelBytes &color) {
+    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+    glDisable(GL_DEPTH_TEST);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glViewport(0, 0, width, height);
+    ravolt::screenOrtho(width, height);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    RVLIGHT::lightingOff();
+    RVOPENGL::blendingOff();
+    glBegin(GL_POINTS);
+    glColor4ubv(color.data());
+    glVertex2i(pixel.x, pixel.y);
+    glEnd();
+}
+
+using Viewport = std::array<GLint, 4>;
+
+Viewport readViewport() {
+    Viewport viewport = {};
+    glGetIntegerv(GL_VIEWPORT, viewport.data());
+    return viewport;
+}
+
+// Keeps both matrices, brings the viewport back, and ends with the state of the frame.
+class SelectionScope {
+  public:
+    explicit SelectionScope(const Viewport &toRestore) : viewport(toRestore) {
+        glMatrixMode(GL_PROJECTION);
+        glPushMatrix();
+        glMatrixMode(GL_MODELVIEW);
+        glPushMatrix();
+    }
+    ~SelectionScope() {
+        glMatrixMode(GL_PROJECTION);
+        glPopMatrix();
+        glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
+        glMatrixMode(GL_MODELVIEW);
+        glPopMatrix();
+        glDisable(GL_SCISSOR_TEST);
+        glEnable(GL_DEPTH_TEST);
+        glDepthFunc(GL_LESS);
+    }
+    SelectionScope(const SelectionScope &) = delete;
+    SelectionScope &operator=(const SelectionScope &) = delete;
+
+  private:
+    Viewport viewport;
+};
+
+} // namespace
+
+unsigned int RAVOLT::select(int x, int y) {
+    const WindowPixel pixel = turnForDisplay(x, y);
+    const Viewport viewport = readViewport();
+    const PixelBytes before = readPixel(pixel);
+    const SelectionScope scope(viewport);
+
+    const Z3MVECTOR4D background = RVOPENGL::getBackgroundColor();
+    RVOPENGL::setBackgroundColor(0, 0, 0, 0); // nothing has the identity 0
+    limitTo(pixel);
+    clear(true, true, false);
+    glDepthFunc(GL_LEQUAL);
+    RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
+    drawList(isSelectable);
+    RVOPENGL::setBackgroundColor(background);
+    RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
+
+    const PixelBytes after = readPixel(pixel);
+    putBack(pixel, before);
+    return decodeIdentity(after, RVSETTINGS::getSDLColorDepth());
+}

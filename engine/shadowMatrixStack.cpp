@@ -1,0 +1,128 @@
+// The mirror of OpenGL's matrix stacks. What a matrix call multiplies goes in front: `m` times top,
+// as Z3MMATRIX reads a product. Both tops are always valid slots.
+
+#include "ravolt/shadowMatrixStack.h"
+
+#include "ravolt/Z3MMATRIX.h"
+#include "ravolt/zlf.h"
+
+#include <GL/gl.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+struct MatrixStack {
+    Z3MMATRIX slot[32];
+    unsigned int index = 0; // of the top
+
+    Z3MMATRIX &top() { return slot[index]; }
+    bool isFull() const { return index + 1 >= std::size(slot); }
+    bool isEmpty() const { return index == 0; }
+};
+
+MatrixStack modelview, projection;
+MatrixStack *current = &modelview;
+
+void multiply(const Z3MMATRIX &matrix) { current->top() = matrix * current->top(); }
+
+MatrixStack *stackOf(GLenum name, GLenum modelviewName, GLenum projectionName) {
+    if (name == modelviewName)
+        return &modelview;
+    return name == projectionName ? &projection : nullptr;
+}
+
+} // namespace
+
+void glWrapperMatrixMode(unsigned int mode) {
+    if (MatrixStack *chosen = stackOf(mode, GL_MODELVIEW, GL_PROJECTION))
+        current = chosen;
+    glMatrixMode(mode);
+}
+
+void glWrapperLoadIdentity() {
+    current->top().setIdentity();
+    glLoadIdentity();
+}
+
+void glWrapperLoadMatrixf(const float *matrix) {
+    current->top() = Z3MMATRIX(matrix);
+    glLoadMatrixf(matrix);
+}
+
+void glWrapperMultMatrixf(const float *matrix) {
+    multiply(Z3MMATRIX(matrix));
+    glMultMatrixf(matrix);
+}
+
+void glWrapperRotatef(float angle, float x, float y, float z) {
+    Z3MMATRIX rotation;
+    rotation.setRotation(angle, x, y, z);
+    multiply(rotation);
+    glRotatef(angle, x, y, z);
+}
+
+void glWrapperTranslatef(float x, float y, float z) {
+    Z3MMATRIX translation;
+    translation.setTranslation(x, y, z);
+    multiply(translation);
+    glTranslatef(x, y, z);
+}
+
+void glWrapperPushMatrix() {
+    if (current->isFull()) {
+        zlfLog("   [!] Stack overflow in glWrapper\n");
+        return;
+    }
+    const Z3MMATRIX copy = current->top();
+    ++current->index;
+    current->top() = copy;
+    glPushMatrix();
+}
+
+void glWrapperPopMatrix() {
+    if (current->isEmpty()) {
+        zlfLog("   [!] Stack underflow in glWrapper\n");
+        return;
+    }
+    current->top().setIdentity();
+    --current->index;
+    glPopMatrix();
+}
+
+void glWrapperFrustum(double left, double right, double bottom, double top, double zNear,
+                      double zFar) {
+    const double width = right - left, height = top - bottom, depth = zFar - zNear;
+    Z3MMATRIX frustum;
+    // On purpose: no factor of the near plane, and the last column and row exchanged.
+    frustum.e[0] = static_cast<float>(2 / width);
+    frustum.e[5] = static_cast<float>(2 / height);
+    frustum.e[2] = static_cast<float>((right + left) / width);
+    frustum.e[6] = static_cast<float>((top + bottom) / height);
+    frustum.e[10] = static_cast<float>(-(zFar + zNear) / depth);
+    frustum.e[11] = static_cast<float>(-(2 * zFar * zNear) / depth);
+    frustum.e[14] = -1;
+    frustum.e[15] = 0;
+    multiply(frustum);
+    glFrustum(left, right, bottom, top, zNear, zFar);
+}
+
+void glWrapperOrtho(double left, double right, double bottom, double top, double zNear,
+                    double zFar) {
+    const double width = right - left, height = top - bottom, depth = zFar - zNear;
+    Z3MMATRIX ortho;
+    ortho.e[0] = static_cast<float>(2 / width);
+    ortho.e[5] = static_cast<float>(2 / height);
+    ortho.e[10] = static_cast<float>(-2 / depth);
+    ortho.e[12] = static_cast<float>(-(right + left) / width);
+    ortho.e[13] = static_cast<float>(-(top + bottom) / height);
+    ortho.e[14] = static_cast<float>(-(zFar + zNear) / depth);
+    multiply(ortho);
+    glOrtho(left, right, bottom, top, zNear, zFar);
+}
+
+void glWrapperGetFloatv(unsigned int name, float *matrix) {
+    if (MatrixStack *asked = stackOf(name, GL_MODELVIEW_MATRIX, GL_PROJECTION_MATRIX))
+        std::copy(std::begin(asked->top().e), std::end(asked->top().e), matrix);
+}
