@@ -1,0 +1,100 @@
+#include "common.h"
+
+#include <ravolt.h>
+
+#include <SDL/SDL.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+#include <stb_image_write.h>
+#pragma GCC diagnostic pop
+
+namespace {
+
+void writePicture(const char *path) {
+    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+    std::vector<unsigned char> rows(static_cast<std::size_t>(width) * height * 3);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
+    stbi_flip_vertically_on_write(1);
+    if (!stbi_write_png(path, width, height, 3, rows.data(), width * 3))
+        std::fprintf(stderr, "cannot write %s\n", path);
+}
+
+// SDL 1.2 falls back to a text-mode driver when it finds no X server, which garbles the terminal.
+void requireDisplay() {
+    if (std::getenv("DISPLAY") || std::getenv("SDL_VIDEODRIVER"))
+        return;
+    std::fprintf(stderr,
+                 "There is no display. Set DISPLAY, or draw without one by means of SDL 1.2's\n"
+                 "interface on SDL 2 (Debian: libsdl1.2-compat): put its folder sdl12-compat into\n"
+                 "LD_LIBRARY_PATH and set SDL_VIDEODRIVER=offscreen.\n");
+    std::exit(2);
+}
+
+} // namespace
+
+Example::Example(int argc, char **argv) {
+    for (int i = 1; i < argc; ++i) {
+        if (!std::strcmp(argv[i], "--frames") && i + 1 < argc) {
+            frames = std::atoi(argv[++i]);
+        } else if (!std::strcmp(argv[i], "--picture") && i + 1 < argc) {
+            picture = argv[++i];
+        } else if (argv[i][0] != '-' && !scene) {
+            scene = argv[i];
+        } else {
+            std::fprintf(stderr, "usage: %s [--frames N] [--picture FILE.png] [SCENE.rve]\n",
+                         argv[0]);
+            std::exit(2);
+        }
+    }
+    requireDisplay();
+}
+
+void Example::takeEvents() {
+    mouseX = mouseY = -1;
+    wheel = 0;
+    for (SDL_Event event; SDL_PollEvent(&event);) {
+        if (event.type == SDL_QUIT)
+            closed = true;
+        if (event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_ESCAPE)
+            closed = true;
+        if (event.type != SDL_MOUSEBUTTONDOWN)
+            continue;
+        if (event.button.button == SDL_BUTTON_WHEELUP) {
+            ++wheel;
+        } else if (event.button.button == SDL_BUTTON_WHEELDOWN) {
+            --wheel;
+        } else {
+            mouseX = event.button.x;
+            mouseY = event.button.y;
+        }
+    }
+}
+
+bool Example::next() {
+    takeEvents();
+    ++frame;
+    const bool last = closed || (frames > 0 && frame >= frames);
+    if (picture && std::strchr(picture, '%')) {
+        // Only the number's place is taken from the name, so no other conversion can get in.
+        const char *place = std::strchr(picture, '%');
+        const std::size_t tail = std::strspn(place + 1, "0123456789") + 1;
+        char number[16];
+        std::snprintf(number, sizeof number, "%03d", frame - 1);
+        std::vector<char> path(picture, place);
+        path.insert(path.end(), number, number + std::strlen(number));
+        const char *rest = place[tail] == 'd' ? place + tail + 1 : place + tail;
+        path.insert(path.end(), rest, rest + std::strlen(rest) + 1);
+        writePicture(path.data());
+    } else if (picture && last) {
+        writePicture(picture);
+    }
+    return !last;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+// What the examples share and what is not about the engine: the command line, the window's events,
+// and pictures of the frame.
+//
+//   EXAMPLE [--frames N] [--picture FILE.png] [SCENE.rve]
+//
+// With --frames the program ends by itself after N frames. With --picture it writes the last one;
+// a "%03d" in the name makes it write them all.
+
+class RVSETTINGS;
+
+struct Example {
+    int frames = 0;                // 0: until the window is closed
+    const char *picture = nullptr; // NULL: none
+    const char *scene = nullptr;   // the first free argument
+
+    int mouseX = -1, mouseY = -1; // last click in window pixels, -1 for none since the last frame
+    int wheel = 0;                // wheel steps since the last frame
+
+    // Reads the command line. Ends the program with a usage line when it makes no sense, and with
+    // advice when there is no display to open a window on.
+    Example(int argc, char **argv);
+
+    // To be called once after each RAVOLT::swap: takes the window's events and writes the picture
+    // that is due. False when it is time to stop.
+    bool next();
+
+  private:
+    int frame = 0;
+
+    void takeEvents();
+    bool closed = false;
+};
