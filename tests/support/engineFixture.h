@@ -2,7 +2,9 @@
 
 // Fixtures that start the engine in a small window with small render targets and free it after each
 // test. After the test they expect that every registry is empty, that the memory ratio is what it
-// was and that no OpenGL error was left. Without a display such a test fails and says what to do.
+// was and that no OpenGL error was left. A node, material or texture that is a member of a fixture
+// outlives that end: make it with new instead, as the engine deletes what is registered. Without a
+// display such a test fails and says what to do.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVSETTINGS.h"
@@ -21,9 +23,9 @@ namespace ravolt::test {
 // shadow map and a water map of 64, no shaders.
 RVSETTINGS smallSettings();
 
-// Reads away the errors that the engine is known to leave: enabling 2D texturing on units that the
-// fixed-function pipeline does not have. Any other error fails the test. Called by the fixture
-// after the start and before the end; call it where a test asks glGetError itself.
+// Any OpenGL error that is waiting fails the test. Those that the engine is known to leave do not
+// get here: the fixtures let the recorder swallow them (see Recorder::forgiveUnits). Called by the
+// fixture after the start and before the end.
 void drainKnownErrors();
 
 // The drawing surface, as it stands before the swap: the window's size, or a part of it.

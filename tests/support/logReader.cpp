@@ -1,0 +1,91 @@
+#include "tests/support/logReader.h"
+
+#include "ravolt/zlf.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+namespace ravolt::test {
+namespace {
+
+constexpr const char *logName = "ravolt_log.txt";
+
+LogMark currentMark = 0;
+
+std::string quoted(const std::string &text) { return testing::PrintToString(text); }
+
+} // namespace
+
+std::string logText() {
+    std::ifstream file(logName, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+LogMark logMark() { return logText().size(); }
+
+LogMark markLog() { return currentMark = logMark(); }
+
+std::string logTextSince(LogMark mark) {
+    const std::string text = logText();
+    return mark <= text.size() ? text.substr(mark) : text;
+}
+
+std::vector<std::string> linesSince(LogMark mark) {
+    std::istringstream text(logTextSince(mark));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+std::vector<std::string> problemsSince(LogMark mark) {
+    std::vector<std::string> lines = linesSince(mark);
+    std::erase_if(lines, [](const auto &line) { return line.find("[!]") == std::string::npos; });
+    return lines;
+}
+
+testing::AssertionResult logged(const std::string &line) {
+    const auto lines = linesSince(currentMark);
+    if (std::find(lines.begin(), lines.end(), line) != lines.end())
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << quoted(line) << " is not in the log; there stands\n"
+                                       << logTextSince(currentMark);
+}
+
+testing::AssertionResult loggedTimes(const std::string &line, std::size_t times) {
+    const auto lines = linesSince(currentMark);
+    const auto number = static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
+    if (number == times)
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << quoted(line) << " stands in the log " << number
+                                       << " times, not " << times << "; there stands\n"
+                                       << logTextSince(currentMark);
+}
+
+testing::AssertionResult loggedExactly(const std::string &text) {
+    const std::string found = logTextSince(currentMark);
+    if (found == text)
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure()
+           << "logged " << quoted(found) << "\nand not " << quoted(text);
+}
+
+int finalMemoryRatio() {
+    static const char before[] = "Final memory ratio: ";
+    zlfCloseLog();
+    const std::string text = logText();
+    const auto at = text.rfind(before);
+    int ratio = -9999;
+    if (at != std::string::npos)
+        std::sscanf(text.c_str() + at + std::strlen(before), "%d", &ratio);
+    zlfOpenLog(logName);
+    currentMark = 0;
+    return ratio;
+}
+
+} // namespace ravolt::test

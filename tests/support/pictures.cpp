@@ -1,0 +1,165 @@
+#include "tests/support/pictures.h"
+
+#define STB_IMAGE_STATIC
+#define STB_IMAGE_WRITE_STATIC
+#define STB_IMAGE_IMPLEMENTATION
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#define STBI_ONLY_PNG
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wunused-function"
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+#pragma GCC diagnostic ignored "-Wsign-compare"
+#pragma GCC diagnostic ignored "-Wshadow"
+#pragma GCC diagnostic ignored "-Wpedantic"
+#include <stb/stb_image.h>
+#include <stb/stb_image_write.h>
+#pragma GCC diagnostic pop
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <ostream>
+
+namespace ravolt::test {
+namespace {
+
+std::string goldenPath(const std::string &name) { return RAVOLT_GOLDEN "/" + name + ".png"; }
+
+bool renewing() {
+    const char *value = std::getenv("RAVOLT_RENEW_PICTURES");
+    return value && *value && std::string(value) != "0";
+}
+
+int channelDifference(const Picture &a, const Picture &b, std::size_t index) {
+    return std::abs(int(a.bytes[index]) - int(b.bytes[index]));
+}
+
+// What a PNG viewer shows is to be what was compared.
+Picture opaque(Picture picture) {
+    for (std::size_t index = 3; index < picture.bytes.size(); index += 4)
+        picture.bytes[index] = 255;
+    return picture;
+}
+
+// The differences eight times as strong, so that they can be seen.
+Picture differencePicture(const Picture &a, const Picture &b) {
+    Picture shown(a.width, a.height);
+    for (std::size_t index = 0; index < shown.bytes.size(); ++index)
+        shown.bytes[index] =
+            index % 4 == 3
+                ? 255
+                : static_cast<unsigned char>(std::min(255, 8 * channelDifference(a, b, index)));
+    return shown;
+}
+
+testing::AssertionResult failed(const Picture &actual, const Picture &expected,
+                                const std::string &name) {
+    savePicture(opaque(actual), name + ".actual.png");
+    if (expected.empty())
+        return testing::AssertionFailure()
+               << "no picture " << goldenPath(name) << "; RAVOLT_RENEW_PICTURES=1 makes it from "
+               << name << ".actual.png: ";
+    savePicture(expected, name + ".expected.png");
+    if (differenceOf(actual, expected).sameSize)
+        savePicture(differencePicture(actual, expected), name + ".difference.png");
+    return testing::AssertionFailure() << name << " looks different (see " << name
+                                       << ".actual.png, .expected.png, .difference.png): ";
+}
+
+} // namespace
+
+void PrintTo(const Pixel &pixel, std::ostream *out) {
+    *out << "(" << int(pixel.red) << ", " << int(pixel.green) << ", " << int(pixel.blue) << ", "
+         << int(pixel.alpha) << ")";
+}
+
+Picture::Picture(int sizeX, int sizeY)
+    : width(sizeX), height(sizeY),
+      bytes(static_cast<std::size_t>(sizeX) * static_cast<std::size_t>(sizeY) * 4) {}
+
+Pixel Picture::at(int x, int y) const {
+    if (x < 0 || y < 0 || x >= width || y >= height) {
+        ADD_FAILURE() << "pixel " << x << ", " << y << " is outside of a picture of " << width
+                      << " by " << height;
+        return {};
+    }
+    const unsigned char *pixel = &bytes[static_cast<std::size_t>((y * width + x) * 4)];
+    return {pixel[0], pixel[1], pixel[2], pixel[3]};
+}
+
+void Picture::set(int x, int y, Pixel pixel) {
+    const unsigned char channels[4] = {pixel.red, pixel.green, pixel.blue, pixel.alpha};
+    std::copy_n(channels, 4, bytes.begin() + (y * width + x) * 4);
+}
+
+std::size_t Picture::pixelsUnlike(Pixel background, int tolerance) const {
+    std::size_t number = 0;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            number += !pixelNear(at(x, y), background, tolerance);
+    return number;
+}
+
+Picture loadPicture(const std::string &path) {
+    Picture picture;
+    const std::unique_ptr<stbi_uc, void (*)(void *)> data(
+        stbi_load(path.c_str(), &picture.width, &picture.height, nullptr, 4), stbi_image_free);
+    if (!data)
+        return {};
+    picture.bytes.assign(data.get(), data.get() + 4 * picture.width * picture.height);
+    return picture;
+}
+
+bool savePicture(const Picture &picture, const std::string &path) {
+    return !picture.empty() && stbi_write_png(path.c_str(), picture.width, picture.height, 4,
+                                              picture.bytes.data(), 4 * picture.width) != 0;
+}
+
+Difference differenceOf(const Picture &a, const Picture &b) {
+    Difference difference;
+    difference.sameSize = a.width == b.width && a.height == b.height && !a.empty();
+    if (!difference.sameSize)
+        return difference;
+    double sum = 0;
+    for (std::size_t index = 0; index < a.bytes.size(); ++index) {
+        const int channel = index % 4 == 3 ? 0 : channelDifference(a, b, index);
+        difference.maximum = std::max(difference.maximum, channel);
+        sum += channel;
+    }
+    difference.mean = sum / (3.0 * static_cast<double>(a.bytes.size()) / 4.0);
+    return difference;
+}
+
+testing::AssertionResult looksLike(const Picture &actual, const std::string &name,
+                                   const Tolerance &tolerance) {
+    if ((tolerance.maximum > 0 || tolerance.mean > 0) && !*tolerance.reason)
+        return testing::AssertionFailure() << name << ": a tolerance needs its reason";
+    if (renewing())
+        return savePicture(opaque(actual), goldenPath(name))
+                   ? testing::AssertionSuccess()
+                   : testing::AssertionFailure() << "can not write " << goldenPath(name);
+    const Picture expected = loadPicture(goldenPath(name));
+    const Difference difference = differenceOf(actual, expected);
+    if (!difference.sameSize)
+        return failed(actual, expected, name)
+               << "drawn is " << actual.width << " by " << actual.height << ", expected "
+               << expected.width << " by " << expected.height;
+    if (difference.maximum > tolerance.maximum || difference.mean > tolerance.mean)
+        return failed(actual, expected, name)
+               << "largest difference " << difference.maximum << " of " << tolerance.maximum
+               << ", mean " << difference.mean << " of " << tolerance.mean;
+    return testing::AssertionSuccess();
+}
+
+testing::AssertionResult pixelNear(Pixel actual, Pixel expected, int tolerance) {
+    const auto apart = [=](unsigned char a, unsigned char b) {
+        return std::abs(a - b) > tolerance;
+    };
+    if (!apart(actual.red, expected.red) && !apart(actual.green, expected.green) &&
+        !apart(actual.blue, expected.blue))
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << testing::PrintToString(actual) << " is not within "
+                                       << tolerance << " of " << testing::PrintToString(expected);
+}
+
+} // namespace ravolt::test

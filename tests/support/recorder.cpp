@@ -1,0 +1,189 @@
+// The recorder's own members, and the heap's lies. The heap's functions are wrapped by the linker
+// (--wrap), so that only the program's own code meets them. They run before main and before any
+// static object is built: what they use is initialised at compile time.
+
+#include "tests/support/recorderState.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+#include <SDL/SDL.h>
+#include <dlfcn.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+namespace ravolt::test {
+namespace {
+
+struct Heap {
+    std::size_t failFrom = 0; // 0: no failures
+    Refusal refusal;
+    std::atomic<unsigned long> allocations{0};
+
+    bool refuses(std::size_t bytes) {
+        allocations.fetch_add(1, std::memory_order_relaxed);
+        return failFrom && bytes >= failFrom && !Inside::isTrue() && refusal.takes();
+    }
+};
+constinit Heap heap;
+
+} // namespace
+
+thread_local int Inside::depth = 0;
+
+// The libraries as they are known to every program, should the linker have left them out.
+void *realFunction(const char *name) {
+    void *found = dlsym(RTLD_NEXT, name);
+    for (const char *library : {"libGL.so.1", "libSDL-1.2.so.0"})
+        if (void *handle = found ? nullptr : dlopen(library, RTLD_LAZY))
+            found = dlsym(handle, name);
+    if (!found) {
+        std::fprintf(stderr, "test support: no library has %s\n", name);
+        std::abort();
+    }
+    return found;
+}
+
+Call *Recorder::State::record(Call call) {
+    Inside ownWork;
+    calls.list.push_back(std::move(call));
+    return &calls.list.back();
+}
+
+bool Recorder::State::refuses(const char *name) {
+    if (refusals.empty())
+        return false;
+    const auto found = refusals.find(name);
+    return found != refusals.end() && found->second.takes();
+}
+
+Recorder::Recorder() : hidden(new State) {}
+
+// Lives as long as the process, since calls come until its end.
+Recorder &Recorder::instance() {
+    static Recorder *const recorder = new Recorder;
+    return *recorder;
+}
+
+void Recorder::start() {
+    hidden->calls = {};
+    hidden->recording = true;
+}
+
+Calls Recorder::stop() {
+    hidden->recording = false;
+    return std::exchange(hidden->calls, {});
+}
+
+const Calls &Recorder::calls() const { return hidden->calls; }
+bool Recorder::isRecording() const { return hidden->recording; }
+
+void Recorder::mark(const std::string &name) {
+    if (hidden->recording)
+        hidden->record(Call(markName + name, {}));
+}
+
+void Recorder::reset() {
+    const bool forgiven = hidden->unitsForgiven;
+    *hidden = State();
+    hidden->unitsForgiven = forgiven;
+    allocationsWork();
+}
+
+void Recorder::silent() { hidden->silent = true; }
+bool Recorder::isSilent() const { return hidden->silent; }
+
+void Recorder::hideExtension(const std::string &name) { hidden->hiddenExtensions.insert(name); }
+void Recorder::setExtensions(const std::string &all) { hidden->strings[GL_EXTENSIONS] = all; }
+void Recorder::setVendor(const std::string &text) { hidden->strings[GL_VENDOR] = text; }
+void Recorder::setRenderer(const std::string &text) { hidden->strings[GL_RENDERER] = text; }
+void Recorder::setVersion(const std::string &text) { hidden->strings[GL_VERSION] = text; }
+
+void Recorder::setTextureUnits(int number) { setInteger(GL_MAX_TEXTURE_IMAGE_UNITS_ARB, number); }
+void Recorder::setInteger(unsigned int name, int value) { hidden->integers[name] = value; }
+void Recorder::setFloat(unsigned int name, float value) { hidden->floats[name] = value; }
+void Recorder::nullEntryPoint(const std::string &name) { hidden->nullEntryPoints.insert(name); }
+
+void Recorder::answerReadPixels(std::vector<unsigned char> bytes) {
+    hidden->pixelAnswers.push_back(std::move(bytes));
+}
+
+void Recorder::forgiveUnits() { hidden->unitsForgiven = true; }
+
+void Recorder::refuse(const std::string &name, unsigned int after, unsigned int times) {
+    hidden->refusals[name] = {after, times};
+}
+
+void Recorder::failSdlInit(const std::string &error) { hidden->initFailure = error; }
+void Recorder::refuseVideoMode() { hidden->modesRefused = true; }
+void Recorder::failSetVideoMode(const std::string &error) { hidden->modeFailure = error; }
+void Recorder::videoMemory(unsigned int kilobytes) { hidden->videoMemory = kilobytes; }
+void Recorder::setAttribute(int attribute, int value) { hidden->attributes[attribute] = value; }
+
+void Recorder::channelSizes(int red, int green, int blue, int alpha) {
+    setAttribute(SDL_GL_RED_SIZE, red);
+    setAttribute(SDL_GL_GREEN_SIZE, green);
+    setAttribute(SDL_GL_BLUE_SIZE, blue);
+    setAttribute(SDL_GL_ALPHA_SIZE, alpha);
+}
+
+void Recorder::driverName(const std::string &name) { hidden->driverName = name; }
+
+void Recorder::failAllocation(std::size_t bytes, unsigned int after, unsigned int times) {
+    heap.failFrom = bytes ? bytes : 1;
+    heap.refusal = {after, times};
+}
+
+void Recorder::allocationsWork() { heap.failFrom = 0; }
+
+unsigned long Recorder::allocations() const {
+    return heap.allocations.load(std::memory_order_relaxed);
+}
+
+} // namespace ravolt::test
+
+extern "C" {
+
+void *__real_malloc(std::size_t bytes);
+void *__real_calloc(std::size_t number, std::size_t bytes);
+void *__real_realloc(void *block, std::size_t bytes);
+void *__real__Znwm(std::size_t bytes);
+void *__real__Znam(std::size_t bytes);
+void *__real__ZnwmRKSt9nothrow_t(std::size_t bytes, const std::nothrow_t &);
+void *__real__ZnamRKSt9nothrow_t(std::size_t bytes, const std::nothrow_t &);
+
+void *__wrap_malloc(std::size_t bytes) {
+    return ravolt::test::heap.refuses(bytes) ? nullptr : __real_malloc(bytes);
+}
+
+void *__wrap_calloc(std::size_t number, std::size_t bytes) {
+    return ravolt::test::heap.refuses(number * bytes) ? nullptr : __real_calloc(number, bytes);
+}
+
+void *__wrap_realloc(void *block, std::size_t bytes) {
+    return ravolt::test::heap.refuses(bytes) ? nullptr : __real_realloc(block, bytes);
+}
+
+void *__wrap__Znwm(std::size_t bytes) {
+    if (ravolt::test::heap.refuses(bytes))
+        throw std::bad_alloc();
+    return __real__Znwm(bytes);
+}
+
+void *__wrap__Znam(std::size_t bytes) {
+    if (ravolt::test::heap.refuses(bytes))
+        throw std::bad_alloc();
+    return __real__Znam(bytes);
+}
+
+void *__wrap__ZnwmRKSt9nothrow_t(std::size_t bytes, const std::nothrow_t &tag) {
+    return ravolt::test::heap.refuses(bytes) ? nullptr : __real__ZnwmRKSt9nothrow_t(bytes, tag);
+}
+
+void *__wrap__ZnamRKSt9nothrow_t(std::size_t bytes, const std::nothrow_t &tag) {
+    return ravolt::test::heap.refuses(bytes) ? nullptr : __real__ZnamRKSt9nothrow_t(bytes, tag);
+}
+}
