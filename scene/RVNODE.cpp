@@ -55,8 +55,9 @@ struct Ancestry {
     }
 };
 
+// A line keeps room for its end: the log takes 1023 bytes at a time.
 void logTreeLine(const RVNODE &node, int depth) {
-    char line[1024];
+    char line[1023];
     const int indent = std::clamp(depth, 0, static_cast<int>(sizeof line) - 1);
     std::memset(line, ' ', static_cast<std::size_t>(indent));
     ravolt::formatText(line + indent, sizeof line - static_cast<std::size_t>(indent),
