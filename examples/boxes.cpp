@@ -60,7 +60,7 @@ int main(int argc, char **argv) {
         ring->pass(true);
         RAVOLT::end3D(true);
         RAVOLT::swap();
-        ring->rotate(0.0f, 40.0f * RAVOLT::getFPSfactor(), 0.0f);
+        ring->rotate(0.0f, 40.0f * example.seconds(), 0.0f);
     } while (example.next());
 
     RAVOLT::free();

@@ -78,6 +78,8 @@ void Example::takeEvents() {
     }
 }
 
+float Example::seconds() const { return frames ? 1.0f / 30.0f : RAVOLT::getFPSfactor(); }
+
 bool Example::next() {
     takeEvents();
     ++frame;

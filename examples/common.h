@@ -26,6 +26,10 @@ struct Example {
     // that is due. False when it is time to stop.
     bool next();
 
+    // Seconds that the last frame took. A run with --frames counts a thirtieth for each, so that
+    // its pictures are the same every time.
+    float seconds() const;
+
   private:
     int frame = 0;
 

@@ -107,10 +107,9 @@ int main(int argc, char **argv) {
         table->pass(true);
         RAVOLT::end3D(true);
         RAVOLT::swap();
-        // A run for pictures turns once in all; a window turns by the clock.
-        const float step =
-            example.frames ? 360.0f / example.frames : 30.0f * RAVOLT::getFPSfactor();
-        table->rotate(0.0f, step, 0.0f);
+        // A run of N frames turns once in all.
+        const float turn = example.frames ? 360.0f / example.frames : 30.0f * example.seconds();
+        table->rotate(0.0f, turn, 0.0f);
     } while (example.next());
 
     RAVOLT::free();
