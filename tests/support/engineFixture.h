@@ -46,7 +46,8 @@ class EngineTest : public RecorderTest {
     static constexpr int width = 128;
     static constexpr int height = 96;
 
-    // To change what the engine starts with: in the constructor of the derived fixture.
+    // To change what the engine starts with, or to tell lies about it (the engine's capability
+    // flags once set stay set over a restart): in the constructor of the derived fixture.
     RVSETTINGS settings = smallSettings();
 
     void SetUp() override;

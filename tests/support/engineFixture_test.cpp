@@ -1,0 +1,100 @@
+#include "tests/support/engineFixture.h"
+
+#include "ravolt/RVOPENGL.h"
+
+#include <GL/gl.h>
+
+using namespace ravolt::test;
+
+namespace {
+
+struct EngineFixture : EngineTest {};
+struct SilentEngineFixture : SilentEngineTest {};
+
+TEST_F(EngineFixture, StartsTheEngineInASmallWindow) {
+    EXPECT_TRUE(RAVOLT::isActive());
+    EXPECT_EQ(RVSETTINGS::getSDLWindowX(), width);
+    EXPECT_EQ(RVSETTINGS::getSDLWindowY(), height);
+    EXPECT_NE(logTextSince(startMark).find("   Initialization complete"), std::string::npos);
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(EngineFixture, PixelsAreReadFromTheTopLeft) {
+    RVOPENGL::setBackgroundColor(0, 0, 1, 1);
+    drawFrame(nullptr, nullptr);
+    RVOPENGL::scissorOn();
+    glScissor(0, height - 10, 20, 10); // the upper left corner, as OpenGL counts from below
+    RVOPENGL::setBackgroundColor(1, 0, 0, 1);
+    RAVOLT::clear(true, false, false);
+    RVOPENGL::scissorOff();
+
+    EXPECT_PIXEL(pixelAt(0, 0), (Pixel{255, 0, 0}), 0);
+    EXPECT_PIXEL(pixelAt(19, 9), (Pixel{255, 0, 0}), 0);
+    EXPECT_PIXEL(pixelAt(20, 9), (Pixel{0, 0, 255}), 0);
+    EXPECT_PIXEL(pixelAt(19, 10), (Pixel{0, 0, 255}), 0);
+    const Picture frame = readFrame();
+    EXPECT_EQ(frame.width, width);
+    EXPECT_EQ(frame.at(19, 9), pixelAt(19, 9));
+    EXPECT_EQ(frame.at(20, 9), pixelAt(20, 9));
+    EXPECT_EQ(frame.pixelsUnlike({0, 0, 255}), 200u);
+}
+
+TEST_F(EngineFixture, ReadingIsNotRecorded) {
+    recorder.start();
+    readFrame();
+    EXPECT_EQ(recorder.stop(), Calls());
+}
+
+TEST_F(EngineFixture, RecordsInFrontOfTheRealDriver) {
+    RVOPENGL::blendingOff();
+    recorder.start();
+    RVOPENGL::blendingOn();
+    EXPECT_EQ(recorder.stop(), (Calls{{"glEnable", GL_BLEND}}));
+    EXPECT_TRUE(glIsEnabled(GL_BLEND));
+    RVOPENGL::blendingOff();
+}
+
+// A flag once set stays set over a restart, so the lie stands before the first start.
+struct LiedToEngine : EngineTest {
+    LiedToEngine() { recorder.hideExtension("GL_ARB_vertex_buffer_object"); }
+};
+
+TEST_F(LiedToEngine, StartsWithTheLies) {
+    const std::string start = logTextSince(startMark);
+    EXPECT_NE(start.find("   [!] GL_ARB_vertex_buffer_object not found @ RVOPENGL::init\n"),
+              std::string::npos);
+    EXPECT_FALSE(RVOPENGL::useVBO());
+}
+
+TEST_F(EngineFixture, RestartsWithLies) {
+    recorder.hideExtension("GL_ARB_vertex_buffer_object");
+    ASSERT_TRUE(restart());
+    EXPECT_LOGGED("   [!] GL_ARB_vertex_buffer_object not found @ RVOPENGL::init");
+}
+
+TEST_F(EngineFixture, UnitsBeyondTheFixedFunctionOnesLeaveNoError) {
+    ASSERT_TRUE(RVOPENGL::glActiveTextureARB);
+    RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + 15);
+    glEnable(GL_TEXTURE_2D);
+    glDisable(GL_TEXTURE_2D);
+    RVOPENGL::glActiveTextureARB(GL_TEXTURE0);
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+    glEnable(0xdead);
+    RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + 15);
+    glEnable(GL_TEXTURE_2D);
+    RVOPENGL::glActiveTextureARB(GL_TEXTURE0);
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_INVALID_ENUM));
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+TEST_F(SilentEngineFixture, StartsTheEngineWithNothingBehind) {
+    EXPECT_TRUE(RAVOLT::isActive());
+    recorder.start();
+    drawFrame(nullptr, nullptr);
+    RAVOLT::swap();
+    EXPECT_TRUE(recorder.stop().haveInOrder(
+        {{"glClear", GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT}, {"SDL_GL_SwapBuffers"}}));
+    EXPECT_EQ(readFrame().width, width);
+}
+
+} // namespace
