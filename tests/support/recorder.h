@@ -79,7 +79,9 @@ class Calls {
 
     std::size_t count(const std::string &name) const;
     std::size_t count(const Call &call) const;
+    std::size_t count(const char *name) const { return count(std::string(name)); }
     bool contains(const std::string &name) const { return count(name) != 0; }
+    bool contains(const char *name) const { return count(name) != 0; }
     bool contains(const Call &call) const { return count(call) != 0; }
     std::vector<std::string> names() const;
 
