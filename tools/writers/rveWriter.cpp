@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 
 // Everything is little-endian and packed. The scene is checked while it is written; the first
@@ -48,9 +49,11 @@ class Writer {
     }
 
     void put(const void *data, std::size_t size) {
-        const unsigned char *bytes = static_cast<const unsigned char *>(data);
-        if (result.ok() && size)
-            result.bytes.insert(result.bytes.end(), bytes, bytes + size);
+        if (!result.ok() || !size)
+            return;
+        const std::size_t end = result.bytes.size();
+        result.bytes.resize(end + size);
+        std::memcpy(result.bytes.data() + end, data, size);
     }
 
     void putZeros(std::size_t size) {
