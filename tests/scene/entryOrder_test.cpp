@@ -1,0 +1,66 @@
+#include "scene/entryOrder.h"
+
+#include "ravolt/RVELEMENT.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+#include <random>
+#include <vector>
+
+using ravolt::orderedBits;
+
+namespace {
+
+using Limits = std::numeric_limits<float>;
+
+TEST(EntryOrder, OrderedBitsGrowWithTheNumber) {
+    const float rising[] = {-Limits::infinity(), -Limits::max(), -1.5f,         -1.0f,
+                            -Limits::min(),      -1e-40f,        0.0f,          1e-40f,
+                            Limits::min(),       1.0f,           Limits::max(), Limits::infinity(),
+                            Limits::quiet_NaN()};
+    for (std::size_t index = 1; index < std::size(rising); ++index)
+        EXPECT_LT(orderedBits(rising[index - 1]), orderedBits(rising[index])) << rising[index];
+}
+
+TEST(EntryOrder, EqualFloatsHaveEqualBits) {
+    EXPECT_EQ(orderedBits(0.0f), orderedBits(-0.0f));
+    EXPECT_EQ(orderedBits(Limits::quiet_NaN()), orderedBits(-Limits::quiet_NaN()));
+    EXPECT_EQ(orderedBits(Limits::quiet_NaN()),
+              orderedBits(std::bit_cast<float>(std::uint32_t{0xffc12345})));
+}
+
+TEST(EntryOrder, SortsByKeyAndKeepsTheOrderOfTies) {
+    std::mt19937 random(1);
+    std::vector<RVELEMENT> storage(ravolt::largestRenderList);
+    std::vector<RVELEMENT *> entries;
+    for (RVELEMENT &entry : storage) {
+        entry.setParam1(static_cast<unsigned int>(random() % 50));
+        entries.push_back(&entry);
+    }
+    std::vector<RVELEMENT *> expected = entries;
+    std::stable_sort(expected.begin(), expected.end(),
+                     [](RVELEMENT *a, RVELEMENT *b) { return a->getParam1() < b->getParam1(); });
+    ravolt::orderEntries(entries.data(), ravolt::largestRenderList,
+                         [](const RVELEMENT &entry) { return entry.getParam1(); });
+    EXPECT_EQ(entries, expected);
+}
+
+TEST(EntryOrder, SortsTheFirstOnesAlone) {
+    RVELEMENT storage[3];
+    storage[0].setParam1(2);
+    storage[1].setParam1(1);
+    storage[2].setParam1(0);
+    RVELEMENT *entries[] = {&storage[0], &storage[1], &storage[2]};
+    const auto key = [](const RVELEMENT &entry) { return entry.getParam1(); };
+    ravolt::orderEntries(entries, 2, key);
+    EXPECT_EQ(entries[0], &storage[1]);
+    EXPECT_EQ(entries[1], &storage[0]);
+    EXPECT_EQ(entries[2], &storage[2]);
+    ravolt::orderEntries(entries, 0, key);
+    EXPECT_EQ(entries[0], &storage[1]);
+}
+
+} // namespace
