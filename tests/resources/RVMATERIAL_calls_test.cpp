@@ -1,0 +1,164 @@
+// What materials ask of OpenGL, and in which order.
+
+#include "ravolt/RVMATERIAL.h"
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVTEXTURE.h"
+#include "tests/support/engineFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+namespace ravolt::test {
+
+namespace {
+
+class MaterialCalls : public SilentEngineTest {
+  protected:
+    void SetUp() override {
+        SilentEngineTest::SetUp();
+        RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+        RVOPENGL::blendingOff();
+        RVMATERIAL::reset();
+        material = new RVMATERIAL;
+    }
+
+    RVTEXTURE *makeTexture() {
+        RVTEXTURE *texture = new RVTEXTURE;
+        EXPECT_TRUE(texture->create(1, 1, 3));
+        return texture;
+    }
+
+    Calls renderCalls(RVMATERIAL *rendered, void *data = nullptr) {
+        recorder.start();
+        EXPECT_TRUE(rendered->render(data));
+        return recorder.stop();
+    }
+
+    static Call color(GLenum name, double red, double green, double blue, double alpha) {
+        return {"glMaterialfv", GL_FRONT_AND_BACK, name, red, green, blue, alpha};
+    }
+
+    RVMATERIAL *material = nullptr;
+};
+
+TEST_F(MaterialCalls, NewMaterialAppliesItsColoursAndNothingElse) {
+    EXPECT_EQ(renderCalls(material), (Calls{color(GL_EMISSION, 0, 0, 0, 1),
+                                            color(GL_AMBIENT, 0.2f, 0.2f, 0.2f, 1),
+                                            color(GL_DIFFUSE, 0.6f, 0.6f, 0.6f, 1),
+                                            color(GL_SPECULAR, 0.2f, 0.2f, 0.2f, 1),
+                                            {"glMaterialf", GL_FRONT_AND_BACK, GL_SHININESS, 0}}));
+    EXPECT_EQ(RAVOLT::getTimeStamp(), material->getTimeStamp());
+}
+
+TEST_F(MaterialCalls, TransparentMaterialOverwritesAlphaBlendsAndThenBinds) {
+    material->setTransparency(0.5f);
+    material->setAmbient(0.1f, 0.2f, 0.3f, 0.9f);
+    material->setDiffuse(0.4f, 0.5f, 0.6f, 0.8f);
+    material->setSpecular(0.7f, 0.8f, 0.9f, 0.7f);
+    material->setEmission(0.2f, 0.1f, 0.0f, 0.6f);
+    material->setShininess(12);
+    RVTEXTURE *texture = makeTexture();
+    material->setTexture(0, texture);
+    EXPECT_EQ(renderCalls(material), (Calls{color(GL_EMISSION, 0.2f, 0.1f, 0.0f, 0.5),
+                                            color(GL_AMBIENT, 0.1f, 0.2f, 0.3f, 0.5),
+                                            color(GL_DIFFUSE, 0.4f, 0.5f, 0.6f, 0.5),
+                                            color(GL_SPECULAR, 0.7f, 0.8f, 0.9f, 0.5),
+                                            {"glMaterialf", GL_FRONT_AND_BACK, GL_SHININESS, 12},
+                                            {"glBlendFunc", GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA},
+                                            {"glEnable", GL_BLEND},
+                                            {"glActiveTextureARB", GL_TEXTURE0},
+                                            {"glEnable", GL_TEXTURE_2D},
+                                            {"glActiveTextureARB", GL_TEXTURE0},
+                                            {"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}}));
+    EXPECT_EQ(0.5f, material->getAmbient().w);
+    EXPECT_EQ(0.5f, material->getDiffuse().w);
+    EXPECT_EQ(0.5f, material->getSpecular().w);
+    EXPECT_EQ(0.5f, material->getEmission().w);
+}
+
+TEST_F(MaterialCalls, OpaqueMaterialSwitchesBlendingOff) {
+    RVOPENGL::blendingOn();
+    const Calls calls = renderCalls(material);
+    EXPECT_TRUE(calls.contains(Call{"glDisable", GL_BLEND}));
+    EXPECT_FALSE(calls.contains("glBlendFunc"));
+}
+
+TEST_F(MaterialCalls, BlendFunctionIsSetAgainWhenBlendingIsOn) {
+    RVOPENGL::blendingOn();
+    material->setTransparency(0.999f);
+    const Calls calls = renderCalls(material);
+    EXPECT_TRUE(calls.contains(Call{"glBlendFunc", GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA}));
+    EXPECT_FALSE(calls.contains("glEnable"));
+}
+
+TEST_F(MaterialCalls, SlotsAreUnits) {
+    material->setTexture(3, makeTexture());
+    material->setTexture(15, makeTexture());
+    EXPECT_FALSE(material->isTextured());
+    const Calls calls = renderCalls(material);
+    EXPECT_EQ(calls.named({"glBindTexture", "glEnable"}),
+              (Calls{{"glEnable", GL_TEXTURE_2D},
+                     {"glBindTexture", GL_TEXTURE_2D, material->getTexture(3)->getGLId()},
+                     {"glEnable", GL_TEXTURE_2D},
+                     {"glBindTexture", GL_TEXTURE_2D, material->getTexture(15)->getGLId()}}));
+    EXPECT_EQ(calls.named("glActiveTextureARB"), (Calls{{"glActiveTextureARB", GL_TEXTURE3},
+                                                        {"glActiveTextureARB", GL_TEXTURE3},
+                                                        {"glActiveTextureARB", GL_TEXTURE15},
+                                                        {"glActiveTextureARB", GL_TEXTURE15}}));
+}
+
+TEST_F(MaterialCalls, UntexturedMaterialSwitchesAllUnitsOff) {
+    RVTEXTURE::texturingOn(0);
+    RVTEXTURE::texturingOn(9);
+    const Calls calls = renderCalls(material);
+    EXPECT_EQ(2u, calls.count(Call{"glDisable", GL_TEXTURE_2D}));
+}
+
+TEST_F(MaterialCalls, TexturedMaterialLeavesOtherUnitsOn) {
+    RVTEXTURE::texturingOn(9);
+    material->setTexture(0, makeTexture());
+    EXPECT_FALSE(renderCalls(material).contains("glDisable"));
+}
+
+TEST_F(MaterialCalls, AppliesOnceUntilResetWhateverTheLight) {
+    renderCalls(material);
+    int light = 2;
+    RAVOLT::shadowingOn();
+    EXPECT_TRUE(renderCalls(material, &light).empty());
+    material->setDiffuse(1, 0, 0, 1);
+    EXPECT_TRUE(renderCalls(material).empty());
+    RVMATERIAL::reset();
+    EXPECT_TRUE(renderCalls(material).contains(color(GL_DIFFUSE, 1, 0, 0, 1)));
+}
+
+TEST_F(MaterialCalls, AnotherMaterialBetweenAppliesAgain) {
+    RVMATERIAL *other = new RVMATERIAL;
+    renderCalls(material);
+    EXPECT_FALSE(renderCalls(other).empty());
+    EXPECT_FALSE(renderCalls(material).empty());
+}
+
+TEST_F(MaterialCalls, CachedRenderRefreshesTheStampOnly) {
+    renderCalls(material);
+    RAVOLT::begin3D(nullptr); // resets
+    renderCalls(material);
+    EXPECT_EQ(RAVOLT::getTimeStamp(), material->getTimeStamp());
+    EXPECT_TRUE(renderCalls(material).empty());
+}
+
+TEST_F(MaterialCalls, NewMaterialAtAnOldAddressIsApplied) {
+    alignas(RVMATERIAL) unsigned char place[sizeof(RVMATERIAL)];
+    RVMATERIAL *former = new (place) RVMATERIAL;
+    renderCalls(former);
+    former->~RVMATERIAL();
+    RVMATERIAL *later = new (place) RVMATERIAL;
+    EXPECT_FALSE(renderCalls(later).empty());
+    later->~RVMATERIAL();
+}
+
+} // namespace
+
+} // namespace ravolt::test

@@ -1,0 +1,426 @@
+// RVTEXTURE as a reader of files and as a registry: all that needs no OpenGL.
+
+#include "ravolt/RVTEXTURE.h"
+
+#include "ravolt/zlf.h"
+#include "tests/resources/tgaFiles.h"
+#include "tests/support/logReader.h"
+#include "tests/support/recorder.h"
+#include "tools/writers/tgaWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace ravolt::test {
+
+namespace {
+
+unsigned int nextId() {
+    const unsigned int id = zlfNewId();
+    releaseId(id);
+    return id;
+}
+
+Bytes bitmapOf(const RVTEXTURE &texture, unsigned int depth) {
+    const unsigned char *start = texture.getBitmap();
+    return Bytes(start, start + std::size_t(texture.getSizeX()) * texture.getSizeY() * depth);
+}
+
+class TextureFile : public RecorderTest {
+  protected:
+    TextureFile() : texture(*new RVTEXTURE) {}
+
+    void SetUp() override {
+        RVTEXTURE::setPath(nullptr);
+        usedBefore = RVTEXTURE::getUsedMemory();
+        markLog();
+    }
+    void TearDown() override {
+        recorder.reset();
+        RVTEXTURE::cleanUp();
+        zlfSetConsoleEcho(true);
+    }
+
+    int used() const { return RVTEXTURE::getUsedMemory() - usedBefore; }
+
+    RVTEXTURE &texture; // the registry's
+    int usedBefore = 0;
+};
+
+TEST_F(TextureFile, NewTextureHasItsDefaults) {
+    EXPECT_EQ("[texture " + std::to_string(texture.getId()) + "]", texture.getFilename());
+    EXPECT_NE(0u, texture.getId());
+    EXPECT_EQ(0, texture.getTimeStamp());
+    EXPECT_EQ(0, texture.getReferences());
+    EXPECT_EQ(nullptr, texture.getBitmap());
+    EXPECT_EQ(0u, texture.getSizeX());
+    EXPECT_EQ(0u, texture.getSizeY());
+    EXPECT_EQ(0u, texture.getGLId());
+    EXPECT_FALSE(texture.isLoaded());
+    EXPECT_TRUE(texture.isTrilinear());
+    EXPECT_TRUE(texture.isMipmapped());
+    EXPECT_FALSE(texture.isClamped());
+    EXPECT_EQ(nullptr, texture.getNext());
+    EXPECT_EQ(nullptr, texture.getPrevious());
+}
+
+TEST_F(TextureFile, SettersKeepWhatTheyAreGiven) {
+    EXPECT_TRUE(texture.setFilter(false, false, true));
+    EXPECT_FALSE(texture.isTrilinear());
+    EXPECT_FALSE(texture.isMipmapped());
+    EXPECT_TRUE(texture.isClamped());
+    texture.setCubeType(7);
+    texture.decReferences();
+    EXPECT_EQ(-1, texture.getReferences());
+    texture.incReferences();
+    texture.incReferences();
+    EXPECT_EQ(1, texture.getReferences());
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(TextureFile, LoadKeepsPixelsSizesAndName) {
+    writeFile("two.tga", tgaHeader(plainType, 1, 2, 24) + Bytes{3, 2, 1, 6, 5, 4});
+    EXPECT_TRUE(texture.load("two.tga"));
+    EXPECT_STREQ("two.tga", texture.getFilename());
+    EXPECT_EQ(1u, texture.getSizeX());
+    EXPECT_EQ(2u, texture.getSizeY());
+    EXPECT_EQ((Bytes{1, 2, 3, 4, 5, 6}), bitmapOf(texture, 3));
+    EXPECT_FALSE(texture.isLoaded());
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(TextureFile, FilesOfBothKindsAndBothOriginsLoad) {
+    const Bytes pixels = pattern(5 * 4 * 4);
+    for (const TgaEncoding encoding : {TgaEncoding::uncompressed, TgaEncoding::runLength})
+        for (const unsigned int channels : {3u, 4u})
+            for (const bool top : {false, true}) {
+                ASSERT_TRUE(writeTga("any.tga", {5, 4, channels, top, pixels.data()}, encoding));
+                ASSERT_TRUE(texture.load("any.tga"));
+                const Bytes loaded = bitmapOf(texture, channels);
+                const std::size_t row = 5 * channels;
+                for (std::size_t y = 0; y < 4; ++y)
+                    EXPECT_TRUE(
+                        std::equal(loaded.begin() + static_cast<long>(y * row),
+                                   loaded.begin() + static_cast<long>((y + 1) * row),
+                                   pixels.begin() + static_cast<long>((top ? 3 - y : y) * row)))
+                        << channels << top << y;
+            }
+}
+
+TEST_F(TextureFile, PathStandsBeforeTheNameAndNotInIt) {
+    mkdir("path", 0777);
+    writeFile("path/x1.tga", plainTga(1, 1));
+    RVTEXTURE::setPath("path/x");
+    EXPECT_STREQ("path/x", RVTEXTURE::getPath());
+    EXPECT_TRUE(texture.load("1.tga"));
+    EXPECT_STREQ("1.tga", texture.getFilename());
+    RVTEXTURE::setPath(nullptr);
+    EXPECT_STREQ("", RVTEXTURE::getPath());
+}
+
+TEST_F(TextureFile, OverlongPathIsCut) {
+    RVTEXTURE::setPath(std::string(300, 'p').c_str());
+    EXPECT_EQ(std::string(255, 'p'), RVTEXTURE::getPath());
+}
+
+TEST_F(TextureFile, OverlongNameIsCut) {
+    const std::string name = std::string(150, '.') + "/" + std::string(150, 'n');
+    mkdir(std::string(150, '.').c_str(), 0777);
+    writeFile(name, plainTga(1, 1));
+    EXPECT_TRUE(texture.load(name.c_str()));
+    EXPECT_EQ(name.substr(0, 255), texture.getFilename());
+    EXPECT_EQ(texture.getId(), RVTEXTURE::findById(texture.getId())->getId());
+}
+
+TEST_F(TextureFile, LoadOfNoNameIsRefused) {
+    EXPECT_FALSE(texture.load(nullptr));
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVTEXTURE@loadTGA\n");
+}
+
+TEST_F(TextureFile, LoadOfADynamicTextureChangesNothing) {
+    writeFile("[dynamic]", plainTga(1, 1));
+    const std::string name = texture.getFilename();
+    EXPECT_TRUE(texture.load("[dynamic]"));
+    EXPECT_EQ(name, texture.getFilename());
+    EXPECT_EQ(nullptr, texture.getBitmap());
+    EXPECT_EQ(0, used());
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(TextureFile, MissingFileIsReported) {
+    RVTEXTURE::setPath("no/");
+    EXPECT_FALSE(texture.load("where.tga"));
+    EXPECT_LOGGED_EXACTLY("   [!] Unable to open file no/where.tga @ RVTEXTURE::loadTGA\n");
+}
+
+TEST_F(TextureFile, FailedLoadKeepsNameAndPixels) {
+    writeFile("good.tga", plainTga(2, 2));
+    writeFile("cut.tga", Bytes(17));
+    ASSERT_TRUE(texture.load("good.tga"));
+    EXPECT_FALSE(texture.load("none.tga"));
+    EXPECT_FALSE(texture.load("cut.tga"));
+    EXPECT_STREQ("good.tga", texture.getFilename());
+    EXPECT_EQ(repeated(4, {10, 20, 30}), bitmapOf(texture, 3));
+    EXPECT_EQ(16, used());
+}
+
+struct BadFile {
+    const char *name;
+    Bytes bytes;
+    const char *line;
+};
+
+class BadTextureFile : public TextureFile, public testing::WithParamInterface<BadFile> {};
+
+TEST_P(BadTextureFile, IsRefusedWithOneLineAndNothingChanges) {
+    writeFile("bad.tga", GetParam().bytes);
+    const std::string name = texture.getFilename();
+    const unsigned int id = nextId();
+    EXPECT_FALSE(texture.load("bad.tga"));
+    EXPECT_LOGGED_EXACTLY(GetParam().line);
+    EXPECT_EQ(name, texture.getFilename());
+    EXPECT_EQ(nullptr, texture.getBitmap());
+    EXPECT_EQ(0u, texture.getSizeX());
+    EXPECT_EQ(0, used());
+    EXPECT_EQ(id, nextId());
+    EXPECT_EQ(1u, RVTEXTURE::getNumberOfTextures());
+}
+
+constexpr char unsupportedSizes[] =
+    "   [!] Unsupported depth or sizes for bad.tga @ RVTEXTURE::loadTGA\n";
+constexpr char corrupted[] = "   [!] File corrupted bad.tga @ RVTEXTURE::loadTGA\n";
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, BadTextureFile,
+    testing::Values(
+        BadFile{"width4097", tgaHeader(plainType, 4097, 1, 24) + Bytes(4097 * 3), unsupportedSizes},
+        BadFile{"height4097", tgaHeader(plainType, 1, 4097, 24) + Bytes(4097 * 3),
+                unsupportedSizes},
+        BadFile{"width0", tgaHeader(plainType, 0, 1, 24) + Bytes(64), unsupportedSizes},
+        BadFile{"height0", tgaHeader(plainType, 1, 0, 24) + Bytes(64), unsupportedSizes},
+        BadFile{"bits16", tgaHeader(plainType, 4, 4, 16) + Bytes(32), unsupportedSizes},
+        BadFile{"bits8", tgaHeader(plainType, 4, 4, 8) + Bytes(16), unsupportedSizes},
+        BadFile{"empty", {}, corrupted}, BadFile{"halfAHeader", Bytes(9), corrupted},
+        BadFile{"noPixels", tgaHeader(plainType, 4, 4, 24), corrupted},
+        BadFile{"noPackets", tgaHeader(packedType, 4, 4, 24), corrupted},
+        BadFile{"cutPixels", tgaHeader(plainType, 2, 2, 32) + Bytes(15), corrupted},
+        BadFile{"packetPastImage", tgaHeader(packedType, 2, 2, 24) + Bytes{0x84, 1, 2, 3},
+                corrupted},
+        BadFile{"packetPastFile", tgaHeader(packedType, 2, 2, 24) + Bytes{3, 1, 2, 3}, corrupted}),
+    [](const testing::TestParamInfo<BadFile> &instance) { return instance.param.name; });
+
+TEST_F(TextureFile, LargestSizePasses) {
+    writeFile("large.tga",
+              tgaHeader(packedType, 4096, 4096, 24) + repeated(4096 * 32, {255, 3, 2, 1}));
+    EXPECT_TRUE(texture.load("large.tga"));
+    EXPECT_EQ(4096u, texture.getSizeX());
+    EXPECT_EQ(4096u, texture.getSizeY());
+    const unsigned char *last = texture.getBitmap() + (std::size_t(4096) * 4096 - 1) * 3;
+    EXPECT_EQ((Bytes{1, 2, 3}), Bytes(last, last + 3));
+    EXPECT_EQ(4096 * 4096 * 4, used());
+}
+
+TEST_F(TextureFile, NoMemoryForTheFileIsReported) {
+    writeFile("file.tga", plainTga(32, 32));
+    writeFile("good.tga", plainTga(1, 1));
+    ASSERT_TRUE(texture.load("good.tga"));
+    recorder.failAllocation(32 * 32 * 3);
+    EXPECT_FALSE(texture.load("file.tga"));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for file.tga @ RVTEXTURE::loadTGA\n");
+    EXPECT_EQ((Bytes{10, 20, 30}), bitmapOf(texture, 3));
+}
+
+TEST_F(TextureFile, NoMemoryForThePixelsIsReportedAndTheFormerOnesAreGone) {
+    writeFile("good.tga", plainTga(1, 1));
+    writeFile("packed.tga", tgaHeader(packedType, 64, 64, 24) + repeated(32, {255, 1, 2, 3}));
+    ASSERT_TRUE(texture.load("good.tga"));
+    ASSERT_EQ(4, used());
+    recorder.failAllocation(64 * 64 * 3);
+    EXPECT_FALSE(texture.load("packed.tga"));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for packed.tga @ RVTEXTURE::loadTGA\n");
+    EXPECT_STREQ("good.tga", texture.getFilename());
+    EXPECT_EQ(nullptr, texture.getBitmap());
+    EXPECT_EQ(0, used());
+}
+
+TEST_F(TextureFile, OtherHeaderIsReportedAndCountsAsLoadedWithoutPixels) {
+    writeFile("other.tga", tgaHeader(3, 30, 20, 24) + Bytes(30 * 20 * 3));
+    EXPECT_TRUE(texture.load("other.tga"));
+    EXPECT_LOGGED_EXACTLY("   [!] Unsupported file header for other.tga @ RVTEXTURE::loadTGA\n");
+    EXPECT_STREQ("other.tga", texture.getFilename());
+    EXPECT_EQ(30u, texture.getSizeX());
+    EXPECT_EQ(20u, texture.getSizeY());
+    EXPECT_EQ(30 * 20 * 4, used());
+    EXPECT_EQ(nullptr, texture.getBitmap());
+
+    markLog();
+    EXPECT_FALSE(texture.update());
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVTEXTURE::update\n");
+    markLog();
+    EXPECT_FALSE(texture.unload(true));
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(TextureFile, OtherHeaderOverEarlierPixelsFreesThem) {
+    writeFile("good.tga", plainTga(4, 4));
+    Bytes identifier = tgaHeader(plainType, 2, 2, 24);
+    identifier[0] = 5;
+    writeFile("identifier.tga", identifier);
+    ASSERT_TRUE(texture.load("good.tga"));
+    ASSERT_EQ(64, used());
+    EXPECT_TRUE(texture.load("identifier.tga")); // an image identifier field
+    EXPECT_EQ(16, used());
+    EXPECT_EQ(nullptr, texture.getBitmap());
+    EXPECT_TRUE(texture.load("good.tga"));
+    EXPECT_EQ(repeated(16, {10, 20, 30}), bitmapOf(texture, 3));
+}
+
+TEST_F(TextureFile, EveryPixelCountsFourBytes) {
+    const Bytes pixels = pattern(6 * 5 * 4);
+    for (const unsigned int channels : {3u, 4u}) {
+        ASSERT_TRUE(writeTga("count.tga", {6, 5, channels, false, pixels.data()}));
+        ASSERT_TRUE(texture.load("count.tga"));
+        EXPECT_EQ(6 * 5 * 4, used());
+    }
+    EXPECT_TRUE(texture.unload(true));
+    EXPECT_EQ(0, used());
+    EXPECT_EQ(nullptr, texture.getBitmap());
+}
+
+TEST_F(TextureFile, UnloadSaysWhetherItFreedSomething) {
+    writeFile("some.tga", plainTga(1, 1));
+    ASSERT_TRUE(texture.load("some.tga"));
+    EXPECT_FALSE(texture.unload(false));
+    EXPECT_NE(nullptr, texture.getBitmap());
+    EXPECT_NOTHING_LOGGED();
+    EXPECT_TRUE(texture.unload(true));
+    EXPECT_LOGGED_EXACTLY("   some.tga unloaded\n");
+    EXPECT_FALSE(texture.unload(true));
+    EXPECT_LOGGED_EXACTLY("   some.tga unloaded\n");
+}
+
+class TextureBadInput : public TextureFile {
+  protected:
+    // Loads the bytes into a texture that already has pixels.
+    void load(const Bytes &bytes, std::size_t position) {
+        writeFile("bad.tga", bytes);
+        const LogMark mark = logMark();
+        const bool loaded = texture.load("bad.tga");
+        const std::size_t problems = problemsSince(mark).size();
+        const bool otherKind = loaded && !texture.getBitmap();
+        EXPECT_EQ(loaded && !otherKind ? 0u : 1u, problems) << position;
+        EXPECT_EQ(1u, RVTEXTURE::getNumberOfTextures());
+        EXPECT_EQ(id, nextId()) << position;
+    }
+
+    void SetUp() override {
+        TextureFile::SetUp();
+        zlfSetConsoleEcho(false);
+        id = nextId();
+    }
+
+    const unsigned int sizeX = 40, sizeY = 30;
+    unsigned int id = 0;
+};
+
+TEST_F(TextureBadInput, FileCutAtAnyByteIsRefused) {
+    const Bytes pixels = pattern(sizeX * sizeY * 4);
+    for (const TgaEncoding encoding : {TgaEncoding::uncompressed, TgaEncoding::runLength}) {
+        const Bytes whole = encodeTga({sizeX, sizeY, 4, true, pixels.data()}, encoding);
+        for (std::size_t size = 0; size < whole.size(); ++size) {
+            load(Bytes(whole.begin(), whole.begin() + static_cast<long>(size)), size);
+            ASSERT_EQ(nullptr, texture.getBitmap()) << size;
+        }
+    }
+}
+
+TEST_F(TextureBadInput, AnyByteChangedLoadsOrIsRefused) {
+    Bytes pixels = pattern(sizeX * sizeY * 3);
+    std::fill(pixels.begin() + 300, pixels.begin() + 1800, static_cast<unsigned char>(77));
+    for (const TgaEncoding encoding : {TgaEncoding::uncompressed, TgaEncoding::runLength}) {
+        const Bytes whole = encodeTga({sizeX, sizeY, 3, false, pixels.data()}, encoding);
+        for (std::size_t position = 0; position < whole.size() && position < 4096; ++position)
+            for (const unsigned char value : {0, 1, 127, 128, 255}) {
+                Bytes changed = whole;
+                changed[position] = value;
+                load(changed, position);
+            }
+    }
+}
+
+class TextureRegistry : public TextureFile {};
+
+TEST_F(TextureRegistry, KeepsTheOrderOfCreation) {
+    RVTEXTURE *second = new RVTEXTURE;
+    RVTEXTURE *third = new RVTEXTURE;
+    EXPECT_EQ(&texture, RVTEXTURE::getFirst());
+    EXPECT_EQ(second, texture.getNext());
+    EXPECT_EQ(third, second->getNext());
+    EXPECT_EQ(nullptr, third->getNext());
+    EXPECT_EQ(second, third->getPrevious());
+    EXPECT_EQ(3u, RVTEXTURE::getNumberOfTextures());
+
+    delete second;
+    EXPECT_EQ(third, texture.getNext());
+    EXPECT_EQ(&texture, third->getPrevious());
+    delete third;
+    EXPECT_EQ(nullptr, texture.getNext());
+    RVTEXTURE *fourth = new RVTEXTURE;
+    EXPECT_EQ(fourth, texture.getNext());
+    EXPECT_EQ(2u, RVTEXTURE::getNumberOfTextures());
+}
+
+TEST_F(TextureRegistry, DeletedHeadHandsOver) {
+    RVTEXTURE *first = RVTEXTURE::getFirst();
+    RVTEXTURE *second = new RVTEXTURE;
+    const unsigned int id = first->getId();
+    delete first;
+    EXPECT_EQ(second, RVTEXTURE::getFirst());
+    EXPECT_EQ(nullptr, second->getPrevious());
+    EXPECT_EQ(id, nextId());
+}
+
+TEST_F(TextureRegistry, FindsTheFirstMatch) {
+    writeFile("same.tga", plainTga(1, 1));
+    RVTEXTURE *second = new RVTEXTURE;
+    RVTEXTURE *third = new RVTEXTURE;
+    ASSERT_TRUE(second->load("same.tga"));
+    ASSERT_TRUE(third->load("same.tga"));
+    EXPECT_EQ(second, RVTEXTURE::findByFilename("same.tga"));
+    EXPECT_EQ(nullptr, RVTEXTURE::findByFilename("SAME.tga"));
+    EXPECT_EQ(nullptr, RVTEXTURE::findByFilename(nullptr));
+    EXPECT_EQ(third, RVTEXTURE::findById(third->getId()));
+    EXPECT_EQ(nullptr, RVTEXTURE::findById(60000));
+    EXPECT_EQ(&texture, RVTEXTURE::findByFilename(texture.getFilename()));
+}
+
+TEST_F(TextureRegistry, CleanUpDeletesAllAndCounts) {
+    new RVTEXTURE;
+    const unsigned int id = texture.getId();
+    EXPECT_TRUE(RVTEXTURE::cleanUp());
+    EXPECT_LOGGED_EXACTLY("   2 texture(s) released\n");
+    EXPECT_EQ(0u, RVTEXTURE::getNumberOfTextures());
+    EXPECT_EQ(nullptr, RVTEXTURE::getFirst());
+    EXPECT_EQ(nullptr, RVTEXTURE::findByFilename("x"));
+    EXPECT_EQ(nullptr, RVTEXTURE::findById(id));
+    EXPECT_EQ(id, nextId());
+
+    markLog();
+    EXPECT_FALSE(RVTEXTURE::cleanUp());
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(TextureRegistry, CleanUpUnloadsPixelsWithALine) {
+    writeFile("pixels.tga", plainTga(2, 1));
+    ASSERT_TRUE(texture.load("pixels.tga"));
+    EXPECT_TRUE(RVTEXTURE::cleanUp());
+    EXPECT_LOGGED_EXACTLY("   pixels.tga unloaded\n   1 texture(s) released\n");
+    EXPECT_EQ(0, used());
+}
+
+} // namespace
+
+} // namespace ravolt::test
