@@ -36,6 +36,10 @@ thread_local int Inside::depth = 0;
 
 // The libraries as they are known to every program, should the linker have left them out.
 void *realFunction(const char *name) {
+    // An application is linked with OpenGL; here it must be held, or SDL unloads it with its window
+    // and the addresses of its functions go stale.
+    static void *const held = dlopen("libGL.so.1", RTLD_LAZY);
+    static_cast<void>(held);
     void *found = dlsym(RTLD_NEXT, name);
     for (const char *library : {"libGL.so.1", "libSDL-1.2.so.0"})
         if (void *handle = found ? nullptr : dlopen(library, RTLD_LAZY))
