@@ -1,0 +1,481 @@
+// The OpenGL layer before a real driver: what its members set, as OpenGL reports it, and the calls
+// that the switches make.
+
+#include "ravolt/RVOPENGL.h"
+#include "tests/engine/openGLAccess.h"
+#include "tests/support/engineFixture.h"
+
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+#include <numbers>
+
+namespace ravolt::test {
+namespace {
+
+using Numbers = std::array<float, 16>;
+
+const Numbers identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+Numbers matrixOf(GLenum name) {
+    Numbers numbers{};
+    glGetFloatv(name, numbers.data());
+    return numbers;
+}
+
+std::array<float, 4> colorOf(GLenum name) {
+    std::array<float, 4> color{};
+    glGetFloatv(name, color.data());
+    return color;
+}
+
+std::array<int, 4> viewport() {
+    std::array<int, 4> numbers{};
+    glGetIntegerv(GL_VIEWPORT, numbers.data());
+    return numbers;
+}
+
+int integerOf(GLenum name) {
+    int value = 0;
+    glGetIntegerv(name, &value);
+    return value;
+}
+
+float lightNumber(GLenum light, GLenum name) {
+    float value = -1;
+    glGetLightfv(light, name, &value);
+    return value;
+}
+
+void expectNear(const Numbers &actual, const Numbers &wanted) {
+    for (std::size_t index = 0; index < wanted.size(); ++index)
+        EXPECT_NEAR(actual[index], wanted[index], 1e-5f * (1 + std::abs(wanted[index])))
+            << "element " << index;
+}
+
+Numbers frustum(double left, double right, double bottom, double top, double zNear, double zFar) {
+    const auto number = [](double value) { return static_cast<float>(value); };
+    return {number(2 * zNear / (right - left)),
+            0,
+            0,
+            0,
+            0,
+            number(2 * zNear / (top - bottom)),
+            0,
+            0,
+            number((right + left) / (right - left)),
+            number((top + bottom) / (top - bottom)),
+            number(-(zFar + zNear) / (zFar - zNear)),
+            -1,
+            0,
+            0,
+            number(-2 * zFar * zNear / (zFar - zNear)),
+            0};
+}
+
+Numbers perspective(double degrees, double aspect, double zNear, double zFar) {
+    const double top = std::tan(degrees * std::numbers::pi / 360) * zNear;
+    return frustum(-top * aspect, top * aspect, -top, top, zNear, zFar);
+}
+
+class OpenGL : public EngineTest {
+  protected:
+    OpenGL() {
+        settings.setShaders(true);
+        settings.setResizable(true);
+    }
+
+    void TearDown() override {
+        RVOPENGL::setAngleOfView(45);
+        RVOPENGL::setNearPlane(1);
+        RVOPENGL::setFarPlane(1024);
+        RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
+        RVOPENGL::setGlobalAmbientLight(0.2f, 0.2f, 0.2f, 1);
+        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
+        EngineTest::TearDown();
+    }
+
+    Calls callsOf(void (*step)()) {
+        recorder.start();
+        step();
+        return recorder.stop();
+    }
+};
+
+class LandscapeOpenGL : public OpenGL {
+  protected:
+    LandscapeOpenGL() { settings.setLandscape(true); }
+};
+
+TEST_F(OpenGL, StartsWithTheStatedValues) {
+    EXPECT_EQ(RVOPENGL::getNearPlane(), 1);
+    EXPECT_EQ(RVOPENGL::getFarPlane(), 1024);
+    EXPECT_EQ(RVOPENGL::getAngleOfView(), 45);
+    EXPECT_EQ(RVOPENGL::getProfile(), RV_OPENGL_PROFILE_FULL);
+    EXPECT_TRUE(RVOPENGL::getBackgroundColor() == Z3MVECTOR4D(0.2f, 0.2f, 0.6f, 1));
+    EXPECT_TRUE(RVOPENGL::getGlobalAmbientLight() == Z3MVECTOR4D(0.2f, 0.2f, 0.2f, 1));
+    EXPECT_TRUE(RVOPENGL::isCulled());
+    EXPECT_FALSE(RVOPENGL::isBlended());
+    EXPECT_FALSE(RVOPENGL::isTwoSide());
+}
+
+TEST_F(OpenGL, FindsAllThatThisDriverOffers) {
+    EXPECT_TRUE(RVOPENGL::useVBO());
+    EXPECT_TRUE(RVOPENGL::useAnisotropic());
+    EXPECT_TRUE(RVOPENGL::useFBO());
+    EXPECT_TRUE(RVOPENGL::useMultitexturing());
+    EXPECT_TRUE(RVOPENGL::useShaders());
+    EXPECT_TRUE(RVOPENGL::useOcclusionQuery());
+    float level = 0;
+    glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &level);
+    EXPECT_EQ(RVOPENGL::getAnisotropicLevel(), level);
+}
+
+TEST_F(OpenGL, LoadsEveryEntryPointOfTheList) {
+#define RV_GL_ENTRY_POINT(group, name) EXPECT_NE(RVOPENGL::name, nullptr) << #name;
+#include "engine/glEntryPoints.inc"
+}
+
+TEST_F(OpenGL, HasNoTargetsForAnyIndex) {
+    for (int index :
+         {std::numeric_limits<int>::min(), -1, 0, 13, 14, 15, std::numeric_limits<int>::max()})
+        EXPECT_EQ(RVOPENGL::getFbo(index), nullptr) << index;
+}
+
+TEST_F(OpenGL, ProfilesAreOrderedNumbers) {
+    EXPECT_EQ(static_cast<int>(RV_OPENGL_PROFILE_FULL), 1);
+    EXPECT_EQ(static_cast<int>(RV_OPENGL_PROFILE_FLAT), 2);
+    EXPECT_EQ(static_cast<int>(RV_OPENGL_PROFILE_ZPASS), 3);
+    RVOPENGL::setProfile(RV_OPENGL_PROFILE_ZPASS);
+    EXPECT_EQ(RVOPENGL::getProfile(), RV_OPENGL_PROFILE_ZPASS);
+}
+
+struct Switch {
+    const char *name;
+    void (*on)();
+    void (*off)();
+    Call whenOn;
+    Call whenOff;
+    bool (*isOn)(); // NULL: nobody may ask
+};
+
+const Switch switches[] = {
+    {"culling",
+     RVOPENGL::cullingOn,
+     RVOPENGL::cullingOff,
+     {"glEnable", GL_CULL_FACE},
+     {"glDisable", GL_CULL_FACE},
+     RVOPENGL::isCulled},
+    {"blending",
+     RVOPENGL::blendingOn,
+     RVOPENGL::blendingOff,
+     {"glEnable", GL_BLEND},
+     {"glDisable", GL_BLEND},
+     RVOPENGL::isBlended},
+    {"scissor",
+     RVOPENGL::scissorOn,
+     RVOPENGL::scissorOff,
+     {"glEnable", GL_SCISSOR_TEST},
+     {"glDisable", GL_SCISSOR_TEST},
+     nullptr},
+    {"two sides",
+     RVOPENGL::twoSideOn,
+     RVOPENGL::twoSideOff,
+     {"glLightModelf", GL_LIGHT_MODEL_TWO_SIDE, 1},
+     {"glLightModelf", GL_LIGHT_MODEL_TWO_SIDE, 0},
+     RVOPENGL::isTwoSide},
+    {"vertex array",
+     RVOPENGL::vertexArrayOn,
+     RVOPENGL::vertexArrayOff,
+     {"glEnableClientState", GL_VERTEX_ARRAY},
+     {"glDisableClientState", GL_VERTEX_ARRAY},
+     nullptr},
+    {"index array",
+     RVOPENGL::indexArrayOn,
+     RVOPENGL::indexArrayOff,
+     {"glEnableClientState", GL_INDEX_ARRAY},
+     {"glDisableClientState", GL_INDEX_ARRAY},
+     nullptr},
+    {"normal array",
+     RVOPENGL::normalArrayOn,
+     RVOPENGL::normalArrayOff,
+     {"glEnableClientState", GL_NORMAL_ARRAY},
+     {"glDisableClientState", GL_NORMAL_ARRAY},
+     nullptr},
+    {"color array",
+     RVOPENGL::colorArrayOn,
+     RVOPENGL::colorArrayOff,
+     {"glEnableClientState", GL_COLOR_ARRAY},
+     {"glDisableClientState", GL_COLOR_ARRAY},
+     nullptr},
+};
+
+TEST_F(OpenGL, ASwitchMakesOneCallForAChangeAndNoneForARepeat) {
+    for (const Switch &each : switches) {
+        SCOPED_TRACE(each.name);
+        each.off();
+        EXPECT_EQ(callsOf(each.on), Calls{each.whenOn});
+        EXPECT_TRUE(callsOf(each.on).empty());
+        if (each.isOn) {
+            EXPECT_TRUE(each.isOn());
+        }
+        EXPECT_EQ(callsOf(each.off), Calls{each.whenOff});
+        EXPECT_TRUE(callsOf(each.off).empty());
+        if (each.isOn) {
+            EXPECT_FALSE(each.isOn());
+        }
+    }
+    RVOPENGL::cullingOn();
+}
+
+TEST_F(OpenGL, TheTextureArrayIsAlwaysThatOfUnitZero) {
+    RVOPENGL::textureArrayOff();
+    EXPECT_EQ(callsOf(RVOPENGL::textureArrayOn),
+              (Calls{{"glClientActiveTextureARB", GL_TEXTURE0},
+                     {"glEnableClientState", GL_TEXTURE_COORD_ARRAY}}));
+    EXPECT_TRUE(callsOf(RVOPENGL::textureArrayOn).empty());
+    EXPECT_EQ(callsOf(RVOPENGL::textureArrayOff),
+              (Calls{{"glClientActiveTextureARB", GL_TEXTURE0},
+                     {"glDisableClientState", GL_TEXTURE_COORD_ARRAY}}));
+    EXPECT_TRUE(callsOf(RVOPENGL::textureArrayOff).empty());
+}
+
+TEST_F(OpenGL, WithoutTheUnitFunctionTheTextureArrayIsSwitchedAlone) {
+    const auto function = RVOPENGL::glClientActiveTextureARB;
+    RVOPENGL::glClientActiveTextureARB = nullptr;
+    RVOPENGL::textureArrayOff();
+    EXPECT_EQ(callsOf(RVOPENGL::textureArrayOn),
+              (Calls{{"glEnableClientState", GL_TEXTURE_COORD_ARRAY}}));
+    EXPECT_EQ(callsOf(RVOPENGL::textureArrayOff),
+              (Calls{{"glDisableClientState", GL_TEXTURE_COORD_ARRAY}}));
+    RVOPENGL::glClientActiveTextureARB = function;
+}
+
+TEST_F(OpenGL, TheBackgroundIsTheClearColorAtOnce) {
+    RVOPENGL::setBackgroundColor(0.1f, 0.2f, 0.3f, 0.4f);
+    EXPECT_EQ(colorOf(GL_COLOR_CLEAR_VALUE), (std::array{0.1f, 0.2f, 0.3f, 0.4f}));
+    RVOPENGL::setBackgroundColor(Z3MVECTOR4D(0.5f, 0.6f, 0.7f, 0.8f));
+    EXPECT_EQ(colorOf(GL_COLOR_CLEAR_VALUE), (std::array{0.5f, 0.6f, 0.7f, 0.8f}));
+    EXPECT_TRUE(RVOPENGL::getBackgroundColor() == Z3MVECTOR4D(0.5f, 0.6f, 0.7f, 0.8f));
+}
+
+TEST_F(OpenGL, TheAmbientLightIsOpenGLsAtOnce) {
+    RVOPENGL::setGlobalAmbientLight(0.1f, 0.2f, 0.3f, 0.4f);
+    EXPECT_EQ(colorOf(GL_LIGHT_MODEL_AMBIENT), (std::array{0.1f, 0.2f, 0.3f, 0.4f}));
+    RVOPENGL::setGlobalAmbientLight(Z3MVECTOR4D(0.5f, 0.6f, 0.7f, 0.8f));
+    EXPECT_EQ(colorOf(GL_LIGHT_MODEL_AMBIENT), (std::array{0.5f, 0.6f, 0.7f, 0.8f}));
+    EXPECT_TRUE(RVOPENGL::getGlobalAmbientLight() == Z3MVECTOR4D(0.5f, 0.6f, 0.7f, 0.8f));
+}
+
+TEST_F(OpenGL, TheStartLeavesTheBaseState) {
+    EXPECT_TRUE(glIsEnabled(GL_DEPTH_TEST));
+    EXPECT_TRUE(glIsEnabled(GL_CULL_FACE));
+    EXPECT_FALSE(glIsEnabled(GL_DITHER));
+    EXPECT_EQ(integerOf(GL_DEPTH_FUNC), GL_LESS);
+    EXPECT_EQ(integerOf(GL_SHADE_MODEL), GL_SMOOTH);
+    EXPECT_EQ(integerOf(GL_PERSPECTIVE_CORRECTION_HINT), GL_NICEST);
+    EXPECT_EQ(integerOf(GL_BLEND_SRC), GL_SRC_ALPHA);
+    EXPECT_EQ(integerOf(GL_BLEND_DST), GL_ONE_MINUS_SRC_ALPHA);
+    EXPECT_EQ(integerOf(GL_ALPHA_TEST_FUNC), GL_GREATER);
+    EXPECT_EQ(colorOf(GL_ALPHA_TEST_REF)[0], 0.5f);
+    EXPECT_EQ(integerOf(GL_STENCIL_CLEAR_VALUE), 0);
+    EXPECT_EQ(colorOf(GL_DEPTH_CLEAR_VALUE)[0], 1);
+    EXPECT_EQ(colorOf(GL_COLOR_CLEAR_VALUE), (std::array{0.2f, 0.2f, 0.6f, 1.0f}));
+    EXPECT_EQ(colorOf(GL_LIGHT_MODEL_AMBIENT), (std::array{0.2f, 0.2f, 0.2f, 1.0f}));
+}
+
+TEST_F(OpenGL, ResetTouchesTheFirstFourLightsAlone) {
+    constexpr GLenum names[] = {GL_SPOT_EXPONENT, GL_SPOT_CUTOFF, GL_CONSTANT_ATTENUATION,
+                                GL_LINEAR_ATTENUATION, GL_QUADRATIC_ATTENUATION};
+    constexpr float base[] = {0, 180, 1, 0, 0};
+    constexpr float other[] = {3, 20, 0.5f, 0.25f, 0.125f};
+    for (GLenum light = GL_LIGHT0; light <= GL_LIGHT7; ++light)
+        for (int index = 0; index < 5; ++index)
+            glLightf(light, names[index], other[index]);
+    EXPECT_TRUE(resetOpenGL());
+    for (GLenum light = GL_LIGHT0; light <= GL_LIGHT7; ++light)
+        for (int index = 0; index < 5; ++index)
+            EXPECT_EQ(lightNumber(light, names[index]),
+                      light <= GL_LIGHT3 ? base[index] : other[index])
+                << "light " << light - GL_LIGHT0 << ", number " << index;
+}
+
+TEST_F(OpenGL, LightsAboveTheFourthKeepOpenGLsDefaults) {
+    for (GLenum light = GL_LIGHT4; light <= GL_LIGHT7; ++light) {
+        EXPECT_EQ(lightNumber(light, GL_SPOT_EXPONENT), 0);
+        EXPECT_EQ(lightNumber(light, GL_SPOT_CUTOFF), 180);
+        EXPECT_EQ(lightNumber(light, GL_CONSTANT_ATTENUATION), 1);
+        EXPECT_FALSE(glIsEnabled(light));
+    }
+}
+
+TEST_F(OpenGL, TheStartShowsTheWholeWindowInPerspective) {
+    EXPECT_EQ(viewport(), (std::array{0, 0, width, height}));
+    expectNear(matrixOf(GL_PROJECTION_MATRIX), perspective(45, double(width) / height, 1, 1024));
+    EXPECT_EQ(matrixOf(GL_MODELVIEW_MATRIX), identity);
+    EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);
+}
+
+TEST_F(OpenGL, ResizeCountsFromTheTopAndTakesTheParametersInForce) {
+    RVOPENGL::setAngleOfView(60);
+    RVOPENGL::setNearPlane(0.5f);
+    RVOPENGL::setFarPlane(200);
+    glTranslatef(1, 2, 3);
+    EXPECT_TRUE(RVOPENGL::resize(10, 20, 60, 30));
+    EXPECT_EQ(viewport(), (std::array{10, height - 20 - 30, 60, 30}));
+    expectNear(matrixOf(GL_PROJECTION_MATRIX), perspective(60, 2, 0.5, 200));
+    EXPECT_EQ(matrixOf(GL_MODELVIEW_MATRIX), identity);
+    EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(OpenGL, ParametersOfTheProjectionWaitForAResize) {
+    const Numbers before = matrixOf(GL_PROJECTION_MATRIX);
+    recorder.start();
+    RVOPENGL::setAngleOfView(90);
+    RVOPENGL::setNearPlane(2);
+    RVOPENGL::setFarPlane(64);
+    EXPECT_TRUE(recorder.stop().empty());
+    EXPECT_EQ(RVOPENGL::getAngleOfView(), 90);
+    EXPECT_EQ(RVOPENGL::getNearPlane(), 2);
+    EXPECT_EQ(RVOPENGL::getFarPlane(), 64);
+    EXPECT_EQ(matrixOf(GL_PROJECTION_MATRIX), before);
+    RVOPENGL::resize(0, 0, width, height);
+    expectNear(matrixOf(GL_PROJECTION_MATRIX), perspective(90, double(width) / height, 2, 64));
+}
+
+TEST_F(LandscapeOpenGL, ResizeTurnsTheDisplayFirst) {
+    recorder.start();
+    EXPECT_TRUE(RVOPENGL::resize(0, 0, width, height));
+    EXPECT_TRUE(recorder.stop().haveInOrder({{"glMatrixMode", GL_PROJECTION},
+                                             {"glLoadIdentity"},
+                                             {"glViewport", 0, 0, width, height},
+                                             {"glRotatef", 90, 0, 0, 1},
+                                             {"glMatrixMode", GL_MODELVIEW},
+                                             {"glLoadIdentity"}}));
+    const Numbers upright = perspective(45, double(height) / width, 1, 1024);
+    Numbers turned = upright; // x of the result is minus y of the upright one, and y is x
+    turned[0] = 0;
+    turned[1] = upright[0];
+    turned[4] = -upright[5];
+    turned[5] = 0;
+    expectNear(matrixOf(GL_PROJECTION_MATRIX), turned);
+}
+
+TEST_F(OpenGL, ASizeBelowOneIsLoggedAndCarriedThrough) {
+    struct {
+        int sizeX, sizeY;
+    } const sizes[] = {{64, 0}, {0, 48}, {0, 0}};
+    for (const auto &size : sizes) {
+        markLog();
+        glLoadIdentity();
+        recorder.start();
+        EXPECT_TRUE(RVOPENGL::resize(0, 0, size.sizeX, size.sizeY));
+        const Calls calls = recorder.stop();
+        EXPECT_LOGGED_EXACTLY("   [!] invalid params @ RVOPENGL::resize\n");
+        EXPECT_EQ(calls.count("glFrustum"), 1u);
+        EXPECT_TRUE(calls.contains({"glViewport", 0, height - size.sizeY, size.sizeX, size.sizeY}));
+        EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);
+    }
+    while (glGetError() != GL_NO_ERROR) { // no frustum without a width
+    }
+    RVOPENGL::resize(0, 0, width, height);
+}
+
+TEST_F(OpenGL, ANegativeSizeIsLoggedAndCarriedThrough) {
+    EXPECT_TRUE(RVOPENGL::resize(0, 0, -4, 48));
+    EXPECT_LOGGED_EXACTLY("   [!] invalid params @ RVOPENGL::resize\n");
+    while (glGetError() != GL_NO_ERROR) { // no viewport of that size
+    }
+    RVOPENGL::resize(0, 0, width, height);
+}
+
+TEST_F(OpenGL, AZeroHeightDividesByZero) {
+    recorder.start();
+    RVOPENGL::resize(0, 0, 64, 0);
+    const Calls frustums = recorder.stop().named("glFrustum");
+    ASSERT_EQ(frustums.size(), 1u);
+    EXPECT_TRUE(std::isinf(frustums[0].arguments[0]));
+    EXPECT_TRUE(std::isinf(frustums[0].arguments[1]));
+    while (glGetError() != GL_NO_ERROR) {
+    }
+    RVOPENGL::resize(0, 0, width, height);
+}
+
+TEST_F(OpenGL, SetPerspectiveMultipliesOntoTheCurrentMatrix) {
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glScalef(2, 3, 4);
+    RVOPENGL::setPerspective(70, 1.5f, 0.25f, 50);
+    Numbers wanted = perspective(70, 1.5, 0.25, 50);
+    for (std::size_t column = 0; column < 16; column += 4) {
+        wanted[column] *= 2;
+        wanted[column + 1] *= 3;
+        wanted[column + 2] *= 4;
+    }
+    expectNear(matrixOf(GL_PROJECTION_MATRIX), wanted);
+    EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_PROJECTION);
+    glMatrixMode(GL_MODELVIEW);
+}
+
+TEST_F(OpenGL, SetPerspectiveReckonsInSinglePrecision) {
+    recorder.start();
+    RVOPENGL::setPerspective(45, 1.25f, 0.1f, 100);
+    const float top = std::tan(45 * 0.008726646192371845f) * 0.1f;
+    EXPECT_EQ(recorder.stop(),
+              (Calls{{"glFrustum", -top * 1.25f, top * 1.25f, -top, top, 0.1f, 100}}));
+    RVOPENGL::resize(0, 0, width, height);
+}
+
+TEST_F(OpenGL, SetFrustumReplacesTheProjectionWhateverItsLastArgument) {
+    for (bool last : {false, true}) {
+        glTranslatef(1, 2, 3);
+        RVOPENGL::resize(0, 0, width, height);
+        EXPECT_TRUE(RVOPENGL::setFrustum(-1, 2, -3, 4, 1, 100, last));
+        expectNear(matrixOf(GL_PROJECTION_MATRIX), frustum(-1, 2, -3, 4, 1, 100));
+        EXPECT_EQ(matrixOf(GL_MODELVIEW_MATRIX), identity);
+        EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);
+    }
+}
+
+TEST_F(OpenGL, ANewContextHasTheSwitchesThatTheFlagsSay) {
+    RVOPENGL::cullingOn();
+    RVOPENGL::vertexArrayOn();
+    RVOPENGL::blendingOff();
+    ASSERT_TRUE(restart());
+    EXPECT_TRUE(RVOPENGL::isCulled());
+    EXPECT_TRUE(glIsEnabled(GL_CULL_FACE));
+    EXPECT_TRUE(glIsEnabled(GL_VERTEX_ARRAY));
+    EXPECT_FALSE(glIsEnabled(GL_BLEND));
+    RVOPENGL::vertexArrayOff();
+}
+
+TEST_F(OpenGL, ADriverThatLosesAnExtensionLosesWhatStandsOnIt) {
+    if (!std::getenv("RAVOLT_TEST_POOR_DRIVER")) {
+        // The driver reads its variable once in a process.
+        const std::string program = std::filesystem::read_symlink("/proc/self/exe");
+        std::filesystem::create_directory("poorDriver"); // with a log of its own
+        const std::string command =
+            "cd poorDriver && RAVOLT_TEST_POOR_DRIVER=1 "
+            "MESA_EXTENSION_OVERRIDE=-GL_ARB_texture_float '" +
+            program + "' --gtest_filter='" +
+            testing::UnitTest::GetInstance()->current_test_suite()->name() + "." +
+            testing::UnitTest::GetInstance()->current_test_info()->name() + "'";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        return;
+    }
+    EXPECT_FALSE(RVOPENGL::useFBO());
+    EXPECT_EQ(RVOPENGL::getFbo(0), nullptr);
+    EXPECT_TRUE(RVOPENGL::useOcclusionQuery());
+    const std::string log = logTextSince(startMark);
+    EXPECT_NE(log.find("      GL_ARB_texture_non_power_of_two\n"
+                       "   [!] GL_ARB_texture_float not found @ RVOPENGL::init\n"
+                       "      GL_ARB_occlusion_query\n"),
+              std::string::npos)
+        << log;
+}
+
+} // namespace
+} // namespace ravolt::test

@@ -1,0 +1,377 @@
+// Start and stop: the whole chain, each failure with what it undoes, the second start. No display:
+// a silent driver stands behind.
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVNODE.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+#include "tests/support/logReader.h"
+#include "tests/support/recorder.h"
+
+#include <SDL/SDL.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using namespace ravolt::test;
+
+namespace {
+
+class LifecycleTest : public SilentTest {
+  protected:
+    void SetUp() override {
+        SilentTest::SetUp();
+        mark = markLog();
+    }
+    void TearDown() override {
+        RAVOLT::free();
+        SilentTest::TearDown();
+    }
+
+    // The calls of a start that must fail, without the reading of the error's text.
+    Calls failingStart() {
+        recorder.start();
+        EXPECT_FALSE(RAVOLT::init(nullptr));
+        const Calls calls = recorder.stop().without({"SDL_GetError"});
+        EXPECT_FALSE(RAVOLT::isActive());
+        EXPECT_FALSE(RVSETTINGS::isActive());
+        EXPECT_FALSE(RVELEMENT::isActive());
+        return calls;
+    }
+
+    // What the log says behind the (last) line given.
+    std::string logBehind(const std::string &line) const {
+        const std::string log = logTextSince(mark);
+        const std::size_t place = log.rfind(line);
+        return place == std::string::npos ? "not there: " + line : log.substr(place + line.size());
+    }
+
+    // A start that works tells that nothing of the failed one is left.
+    void expectCleanStart() {
+        recorder.reset();
+        recorder.silent();
+        markLog();
+        EXPECT_TRUE(RAVOLT::init(nullptr));
+        EXPECT_NOT_LOGGED("   [!] Settings already active");
+        EXPECT_NOT_LOGGED("   [!] OpenGL already active @ RVOPENGL::init");
+        EXPECT_NOT_LOGGED("   [!] Already active @ RVELEMENT::init");
+        EXPECT_TRUE(RAVOLT::free());
+    }
+
+    LogMark mark = 0;
+};
+
+const std::vector<std::string> logOfStop = {
+    "   Ravolt is shutting down...",
+    "   Release OpenGL...",
+    "   OpenGL released",
+    "   Release settings...",
+    "   Settings released",
+    "   SDL released",
+    "   Shutdown complete",
+    "",
+};
+
+const std::string logOfFailedList =
+    "   [!] Out of memory @ RVELEMENT::init\n"
+    "   [!] Rendering elements failed to initialize @ RAVOLT::init\n"
+    "   Release OpenGL...\n"
+    "   OpenGL released\n"
+    "   Release settings...\n"
+    "   Settings released\n";
+
+} // namespace
+
+// --- The chain
+
+TEST_F(LifecycleTest, StartFollowsItsChain) {
+    recorder.start();
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    const Calls calls = recorder.stop();
+    EXPECT_TRUE(RAVOLT::isActive());
+    EXPECT_TRUE(RVSETTINGS::isActive());
+    EXPECT_TRUE(RVELEMENT::isActive());
+    EXPECT_EQ(calls[0], Call("SDL_Init", SDL_INIT_VIDEO));
+    EXPECT_FALSE(calls.contains("SDL_Quit"));
+    EXPECT_TRUE(calls.haveInOrder({
+        {"SDL_SetVideoMode", 640, 480, 16, SDL_HWSURFACE | SDL_OPENGL},
+        {"SDL_GL_SwapBuffers"},         // the splash
+        {"glGetString", GL_EXTENSIONS}, // RVOPENGL::init
+        {"glViewport", 0, 0, 640, 480}, // the first resize
+        {"SDL_GetVideoInfo"},
+        {"SDL_VideoDriverName"},
+    }));
+
+    std::vector<std::string> lines = linesSince(mark);
+    const std::vector<std::string> opening = {"   SDL initialized", "   Initialize Ravolt", "",
+                                              "   [!] Standard configuration used",
+                                              "   Init settings..."};
+    ASSERT_GT(lines.size(), opening.size());
+    EXPECT_EQ(std::vector<std::string>(lines.begin(), lines.begin() + 5), opening);
+    EXPECT_EQ(logBehind("   OpenGL initialized\n"),
+              "   4096 elements allocated\n"
+              "   [!] No VRam detected: software mode supposed (16 MB allocated by default)\n"
+              "   Driver name: silent\n"
+              "   VRam detected: 16384 KB\n"
+              "   Initialization complete\n\n");
+}
+
+TEST_F(LifecycleTest, GivenSettingsAreUsedWithoutAWord) {
+    RVSETTINGS settings;
+    settings.setWindowX(320);
+    settings.setWindowY(240);
+    settings.setRenderingElements(12);
+    ASSERT_TRUE(RAVOLT::init(&settings));
+    EXPECT_NOT_LOGGED("   [!] Standard configuration used");
+    EXPECT_LOGGED("   12 elements allocated");
+    EXPECT_EQ(RVSETTINGS::getSDLWindowX(), 320);
+    EXPECT_EQ(RVELEMENT::getNumberOfElements(), 12u);
+}
+
+TEST_F(LifecycleTest, ListCapacityBelowOneOrTooLargeMeans4096) {
+    for (const int asked : {0, -1, 4097}) {
+        RVSETTINGS settings;
+        settings.setRenderingElements(asked);
+        ASSERT_TRUE(RAVOLT::init(&settings));
+        EXPECT_EQ(RVELEMENT::getNumberOfElements(), 4096u) << asked;
+        RAVOLT::free();
+    }
+}
+
+TEST_F(LifecycleTest, StopFollowsItsChain) {
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    mark = markLog();
+    recorder.start();
+    EXPECT_TRUE(RAVOLT::free());
+    const Calls calls = recorder.stop();
+    EXPECT_EQ(linesSince(mark), logOfStop);
+    EXPECT_EQ(calls.back(), Call("SDL_Quit"));
+    EXPECT_EQ(calls.count("SDL_Quit"), 1u);
+    EXPECT_FALSE(RAVOLT::isActive());
+    EXPECT_FALSE(RVSETTINGS::isActive());
+    EXPECT_FALSE(RVELEMENT::isActive());
+}
+
+TEST_F(LifecycleTest, StopDestroysWhatLivesNodesFirst) {
+    new RVNODE; // objects may be made before the start
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    new RVNODE;
+    new RVMATERIAL;
+    new RVTEXTURE;
+    mark = markLog();
+    EXPECT_TRUE(RAVOLT::free());
+    std::vector<std::string> wanted = logOfStop;
+    const std::vector<std::string> cleaned = {"   2 node(s) released @ RVNODE::cleanUp",
+                                              "   1 material(s) released",
+                                              "   1 texture(s) released"};
+    wanted.insert(wanted.begin() + 1, cleaned.begin(), cleaned.end());
+    EXPECT_EQ(linesSince(mark), wanted);
+    EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
+    EXPECT_EQ(zlfNewId(), 1u); // every identifier is back
+    releaseId(1);
+}
+
+TEST_F(LifecycleTest, StopOfAStoppedEngineSaysNothing) {
+    recorder.start();
+    EXPECT_FALSE(RAVOLT::free());
+    EXPECT_TRUE(recorder.stop().empty());
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(LifecycleTest, StopFreesTheTimer) {
+    std::vector<int> others;
+    for (int timer = zlfNewTimer(1); timer != -1; timer = zlfNewTimer(1))
+        others.push_back(timer);
+    zlfFreeTimer(others.front());
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    EXPECT_EQ(zlfNewTimer(1), -1); // the engine has the last one
+    ASSERT_TRUE(RAVOLT::free());
+    EXPECT_EQ(zlfNewTimer(1), others.front());
+    for (const int timer : others)
+        zlfFreeTimer(timer);
+}
+
+TEST_F(LifecycleTest, StartDoesNotMindThatAllTimersAreTaken) {
+    std::vector<int> others;
+    for (int timer = zlfNewTimer(1); timer != -1; timer = zlfNewTimer(1))
+        others.push_back(timer);
+    markLog();
+    EXPECT_TRUE(RAVOLT::init(nullptr));
+    EXPECT_LOGGED_TIMES(1, "zlfNewTimer: no more timers");
+    EXPECT_TRUE(RAVOLT::free());
+    EXPECT_LOGGED_TIMES(1, "zlfFreeTimer: wrong params");
+    for (const int timer : others)
+        zlfFreeTimer(timer);
+}
+
+// --- Start again
+
+TEST_F(LifecycleTest, SecondStartLeavesTheRunningEngineUntouched) {
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    RVSETTINGS other;
+    other.setWindowX(99);
+    markLog();
+    recorder.start();
+    EXPECT_FALSE(RAVOLT::init(&other));
+    EXPECT_TRUE(recorder.stop().empty());
+    EXPECT_LOGGED_EXACTLY("   [!] RAVOLT already active\n");
+    EXPECT_TRUE(RAVOLT::isActive());
+    EXPECT_EQ(RVSETTINGS::getSDLWindowX(), 640);
+}
+
+TEST_F(LifecycleTest, StartAfterStopRunsTheSameChain) {
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    RAVOLT::free();
+    const LogMark second = markLog();
+    recorder.start();
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    const Calls again = recorder.stop();
+    const std::string secondLog = logTextSince(second);
+    RAVOLT::free();
+    const LogMark third = markLog();
+    recorder.start();
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    EXPECT_EQ(recorder.stop().names(), again.names());
+    EXPECT_EQ(logTextSince(third), secondLog);
+}
+
+TEST_F(LifecycleTest, StopKeepsSwitchesAndStamp) {
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    RAVOLT::wireframeOn();
+    RAVOLT::bloomingOn();
+    RAVOLT::setDOFRange(7);
+    RAVOLT::begin3D(nullptr);
+    RAVOLT::end3D(true);
+    const long stamp = RAVOLT::getTimeStamp();
+    RAVOLT::pushVideoMemory(5);
+    RAVOLT::free();
+    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), 5u);
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    EXPECT_TRUE(RAVOLT::isWireframed());
+    EXPECT_TRUE(RAVOLT::isBlooming());
+    EXPECT_EQ(RAVOLT::getDOFRange(), 7.0f);
+    EXPECT_EQ(RAVOLT::getTimeStamp(), stamp);
+    RAVOLT::wireframeOff();
+    RAVOLT::bloomingOff();
+    RAVOLT::setDOFRange(2);
+    RAVOLT::popVideoMemory(5);
+}
+
+// --- Failures
+
+TEST_F(LifecycleTest, FailedSdlInitUndoesNothing) {
+    recorder.failSdlInit("the screen is gone");
+    EXPECT_EQ(failingStart(), (Calls{{"SDL_Init", SDL_INIT_VIDEO}}));
+    EXPECT_LOGGED_EXACTLY(
+        "   [!] Unable to init SDL_INIT_VIDEO (the screen is gone) @ RAVOLT::init\n");
+    expectCleanStart();
+}
+
+TEST_F(LifecycleTest, IncompatibleModeQuitsSdl) {
+    recorder.refuseVideoMode();
+    EXPECT_EQ(failingStart(), (Calls{{"SDL_Init", SDL_INIT_VIDEO},
+                                     {"SDL_VideoModeOK", 640, 480, 16, SDL_OPENGL},
+                                     {"SDL_Quit"}}));
+    EXPECT_EQ(logBehind("          Water map size : 256\n"),
+              "   [!] Incompatible config @ RVSETTINGS::init\n"
+              "   [!] Unable to init settings @ RAVOLT::init\n");
+    expectCleanStart();
+}
+
+TEST_F(LifecycleTest, FailedModeQuitsSdl) {
+    recorder.failSetVideoMode("no visual");
+    const Calls calls = failingStart();
+    ASSERT_GE(calls.size(), 2u);
+    EXPECT_EQ(calls[calls.size() - 2].name, "SDL_SetVideoMode");
+    EXPECT_EQ(calls.back(), Call("SDL_Quit"));
+    EXPECT_EQ(logBehind("          Font path   : ''\n"),
+              "   [!] Unsupported video config (no visual) @ RVSETTINGS::init\n"
+              "   [!] Unable to init settings @ RAVOLT::init\n");
+    expectCleanStart();
+}
+
+TEST_F(LifecycleTest, FailedListUndoesOpenGLSettingsAndSdl) {
+    recorder.failAllocation(4096 * sizeof(RVELEMENT));
+    const Calls calls = failingStart();
+    EXPECT_EQ(calls.back(), Call("SDL_Quit"));
+    EXPECT_FALSE(calls.contains("SDL_GetVideoInfo"));
+    EXPECT_EQ(logBehind("   OpenGL initialized\n"), logOfFailedList);
+    expectCleanStart();
+}
+
+TEST_F(LifecycleTest, FailedOrderOfTheListUndoesTheSame) {
+    // The splash picture and the list's entries come first. Nothing is recorded meanwhile, since a
+    // recording allocates too.
+    recorder.failAllocation(4096 * sizeof(RVELEMENT *), 2, 1);
+    EXPECT_FALSE(RAVOLT::init(nullptr));
+    EXPECT_FALSE(RVELEMENT::isActive());
+    EXPECT_EQ(logBehind("   OpenGL initialized\n"), logOfFailedList);
+    expectCleanStart();
+}
+
+TEST_F(LifecycleTest, ListThatIsThereAlreadyUndoesTheRest) {
+    ASSERT_TRUE(RVELEMENT::init(1));
+    EXPECT_FALSE(RAVOLT::init(nullptr));
+    EXPECT_EQ(logBehind("   OpenGL initialized\n"),
+              "   [!] Already active @ RVELEMENT::init\n"
+              "   [!] Rendering elements failed to initialize @ RAVOLT::init\n"
+              "   Release OpenGL...\n"
+              "   OpenGL released\n"
+              "   Release settings...\n"
+              "   Settings released\n");
+    EXPECT_TRUE(RVELEMENT::isActive()); // the start did not make it
+    RVELEMENT::free();
+    expectCleanStart();
+}
+
+// --- Video memory
+
+TEST_F(LifecycleTest, VideoMemoryIsWhatSdlReports) {
+    recorder.videoMemory(262144);
+    recorder.driverName("x11");
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    EXPECT_EQ(RAVOLT::getVideoMemory(), 268435456u);
+    EXPECT_EQ(logBehind("   4096 elements allocated\n"), "   Driver name: x11\n"
+                                                         "   VRam detected: 262144 KB\n"
+                                                         "   Initialization complete\n\n");
+}
+
+TEST_F(LifecycleTest, NoVideoMemoryMeans16Megabytes) {
+    for (const unsigned int kilobytes : {0u, 4194304u}) { // 4 GB wrap to nothing
+        recorder.videoMemory(kilobytes);
+        markLog();
+        ASSERT_TRUE(RAVOLT::init(nullptr));
+        EXPECT_EQ(RAVOLT::getVideoMemory(), 16777216u);
+        EXPECT_LOGGED_TIMES(
+            1, "   [!] No VRam detected: software mode supposed (16 MB allocated by default)");
+        EXPECT_LOGGED("   VRam detected: 16384 KB");
+        RAVOLT::free();
+    }
+}
+
+TEST_F(LifecycleTest, LongDriverNamesAreCut) {
+    recorder.driverName(std::string(100, 'd'));
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    EXPECT_LOGGED("   Driver name: " + std::string(63, 'd'));
+}
+
+// --- Leaks
+
+TEST_F(LifecycleTest, RunsEndWithAMemoryRatioOfZero) {
+    const int before = finalMemoryRatio();
+    for (int run = 0; run < 3; ++run) {
+        ASSERT_TRUE(RAVOLT::init(nullptr));
+        new RVNODE;
+        RAVOLT::begin3D(nullptr);
+        RAVOLT::end3D(true);
+        RAVOLT::swap();
+        ASSERT_TRUE(RAVOLT::free());
+    }
+    EXPECT_EQ(finalMemoryRatio(), before);
+}

@@ -1,0 +1,256 @@
+// The window with a real context: what a resize leaves alive, the handle and the placement, what
+// the two SDL libraries report.
+
+#include "engine/windowSystem.h"
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVSETTINGS.h"
+#include "tests/support/engineFixture.h"
+
+#include <GL/gl.h>
+#include <SDL/SDL.h>
+#include <X11/Xlib.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+using namespace ravolt::test;
+
+namespace {
+
+// Whether the window is an X11 one; the other library draws without a window system.
+bool onX11() { return RVSETTINGS::getSDLWindow() != nullptr; }
+
+std::string driver() {
+    char name[64] = "";
+    SDL_VideoDriverName(name, sizeof name);
+    return name;
+}
+
+using Pixels = std::array<unsigned char, 2 * 2 * 4>;
+constexpr Pixels checkers = {255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 9, 8, 7, 6};
+
+GLuint makeTexture() {
+    GLuint texture = 0;
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 2, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE, checkers.data());
+    return texture;
+}
+
+void expectAlive(GLuint texture) {
+    EXPECT_TRUE(glIsTexture(texture));
+    glBindTexture(GL_TEXTURE_2D, texture);
+    Pixels read = {};
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, read.data());
+    EXPECT_EQ(read, checkers);
+}
+
+// A window as another client of the X server sees it.
+class OtherClient {
+  public:
+    OtherClient() : display(XOpenDisplay(nullptr)) {}
+    OtherClient(const OtherClient &) = delete;
+    OtherClient &operator=(const OtherClient &) = delete;
+    ~OtherClient() {
+        if (display)
+            XCloseDisplay(display);
+    }
+
+    struct Place {
+        int x = 0, y = 0, width = 0, height = 0;
+    };
+    Place placeOf(Window window) const {
+        XWindowAttributes attributes = {};
+        XGetWindowAttributes(display, window, &attributes);
+        return {attributes.x, attributes.y, attributes.width, attributes.height};
+    }
+
+    // The topmost of the root's windows.
+    Window topmost() const {
+        Window root, parent, *children = nullptr;
+        unsigned int number = 0;
+        XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &number);
+        const Window top = number ? children[number - 1] : 0;
+        if (children)
+            XFree(children);
+        return top;
+    }
+
+    Display *display;
+};
+
+Window engineWindow() {
+    return static_cast<Window>(reinterpret_cast<std::uintptr_t>(RVSETTINGS::getSDLWindow()));
+}
+
+class WindowContextTest : public EngineTest {};
+
+class ResizableWindowTest : public EngineTest {
+  protected:
+    ResizableWindowTest() { settings.setResizable(true); }
+};
+
+class CaveWindowTest : public EngineTest {
+  protected:
+    CaveWindowTest() { settings.setCAVESplashScreen(true); }
+};
+
+void expectResizeKeepsContextAndObjects() {
+    const GLuint texture = makeTexture();
+    glClearColor(0.25f, 0.5f, 0.75f, 1.0f);
+    for (const auto &[width, height] : {std::pair(200, 150), {64, 32}, {333, 97}, {128, 96}}) {
+        SCOPED_TRACE(testing::Message() << width << " by " << height);
+        ASSERT_TRUE(RVSETTINGS::resize(0, 0, width, height));
+        expectAlive(texture);
+        EXPECT_EQ(RVSETTINGS::getSDLWindowX(), width);
+        EXPECT_EQ(RVSETTINGS::getSDLWindowY(), height);
+        EXPECT_EQ(SDL_GetVideoSurface()->w, width);
+        EXPECT_EQ(SDL_GetVideoSurface()->h, height);
+
+        GLint viewport[4] = {};
+        glGetIntegerv(GL_VIEWPORT, viewport);
+        EXPECT_EQ(viewport[2], width);
+        EXPECT_EQ(viewport[3], height);
+        GLfloat clearColor[4] = {};
+        glGetFloatv(GL_COLOR_CLEAR_VALUE, clearColor); // the context is the same one
+        EXPECT_EQ(clearColor[2], 0.75f);
+
+        RAVOLT::swap(); // the driver takes the new size over with the picture
+        RAVOLT::clear(true, true, false);
+        EXPECT_PIXEL(pixelAt(width - 1, 0), Pixel{64, 128, 191}, 1);
+        EXPECT_PIXEL(pixelAt(width - 1, height - 1), Pixel{64, 128, 191}, 1);
+        if (onX11()) {
+            const OtherClient other;
+            const OtherClient::Place place = other.placeOf(engineWindow());
+            EXPECT_EQ(place.width, width);
+            EXPECT_EQ(place.height, height);
+        }
+    }
+    glDeleteTextures(1, &texture);
+}
+
+} // namespace
+
+TEST_F(WindowContextTest, ResizeKeepsContextAndObjects) { expectResizeKeepsContextAndObjects(); }
+
+TEST_F(ResizableWindowTest, ResizeKeepsContextAndObjects) { expectResizeKeepsContextAndObjects(); }
+
+TEST_F(WindowContextTest, ColorDepthIsWhatWasObtained) {
+    GLint red, green, blue, alpha;
+    glGetIntegerv(GL_RED_BITS, &red);
+    glGetIntegerv(GL_GREEN_BITS, &green);
+    glGetIntegerv(GL_BLUE_BITS, &blue);
+    glGetIntegerv(GL_ALPHA_BITS, &alpha);
+    EXPECT_GE(RVSETTINGS::getSDLColorDepth(), red + green + blue);
+    EXPECT_LE(RVSETTINGS::getSDLColorDepth(), red + green + blue + alpha);
+    EXPECT_GE(RVSETTINGS::getSDLZetaDepth(), 16);
+}
+
+TEST_F(WindowContextTest, VideoMemoryIsReportedOrSupposed) {
+    const unsigned int reported = SDL_GetVideoInfo()->video_mem;
+    if (driver() == "x11") {
+        EXPECT_EQ(reported, 0u);
+        EXPECT_EQ(RAVOLT::getVideoMemory(), 16777216u);
+    } else {
+        EXPECT_EQ(RAVOLT::getVideoMemory(), 268435456u);
+    }
+    markLog();
+}
+
+TEST_F(WindowContextTest, HandleIsTheWindowOfTheWindowSystem) {
+    if (driver() != "x11") {
+        EXPECT_EQ(RVSETTINGS::getSDLWindow(), nullptr);
+        return;
+    }
+    ASSERT_NE(RVSETTINGS::getSDLWindow(), nullptr);
+    const OtherClient other;
+    const OtherClient::Place place = other.placeOf(engineWindow());
+    EXPECT_EQ(place.width, width);
+    EXPECT_EQ(place.height, height);
+}
+
+TEST_F(WindowContextTest, PlacementWithoutAWindowSystemDoesNothing) {
+    if (onX11())
+        GTEST_SKIP() << "there is a window system";
+    const ravolt::SystemWindow window;
+    EXPECT_EQ(window.handle(), nullptr);
+    window.setOuterSize(1, 1);
+    window.keepOnTop();
+    EXPECT_EQ(SDL_GetVideoSurface()->w, width);
+}
+
+// The test does what a window manager does: it puts a frame around the window.
+TEST_F(WindowContextTest, TheFrameGetsTheSizeAskedForTheContent) {
+    if (!onX11())
+        GTEST_SKIP() << "there is no window system";
+    const OtherClient manager;
+    const Window window = engineWindow();
+    const Window frame = XCreateSimpleWindow(manager.display, DefaultRootWindow(manager.display),
+                                             40, 30, width + 10, height + 24, 1, 0, 0);
+    XReparentWindow(manager.display, window, frame, 5, 19);
+    XMapWindow(manager.display, frame);
+    XSync(manager.display, False);
+
+    ravolt::SystemWindow().setOuterSize(width, height);
+    OtherClient::Place place = manager.placeOf(window);
+    EXPECT_EQ(place.width, width - 12); // 5 pixels and a border on each side
+    EXPECT_EQ(place.height, height - 26);
+    EXPECT_EQ(place.x, 5);
+    EXPECT_EQ(place.y, 19);
+
+    XResizeWindow(manager.display, frame, width - 2, height - 2); // the manager follows
+    XSync(manager.display, False);
+    ravolt::SystemWindow().setOuterSize(width, height); // nothing more to do
+    place = manager.placeOf(window);
+    EXPECT_EQ(place.width, width - 12);
+    EXPECT_EQ(manager.placeOf(frame).width + 2, width);
+
+    XReparentWindow(manager.display, window, DefaultRootWindow(manager.display), 0, 0);
+    XSync(manager.display, False);
+}
+
+TEST_F(WindowContextTest, AnUnframedWindowKeepsItsSizeAndPosition) {
+    if (!onX11())
+        GTEST_SKIP() << "there is no window system";
+    const OtherClient other;
+    XMoveWindow(other.display, engineWindow(), 33, 44);
+    XSync(other.display, False);
+    ravolt::SystemWindow().setOuterSize(width, height);
+    const OtherClient::Place place = other.placeOf(engineWindow());
+    EXPECT_EQ(place.x, 33);
+    EXPECT_EQ(place.y, 44);
+    EXPECT_EQ(place.width, width);
+    EXPECT_EQ(place.height, height);
+}
+
+TEST_F(CaveWindowTest, IsOnTopWithItsSize) {
+    if (!onX11())
+        GTEST_SKIP() << "there is no window system";
+    const OtherClient other;
+    const OtherClient::Place place = other.placeOf(engineWindow());
+    EXPECT_EQ(place.x, 0);
+    EXPECT_EQ(place.y, 0);
+    EXPECT_EQ(place.width, width);
+    EXPECT_EQ(place.height, height);
+
+    const Window cover =
+        XCreateSimpleWindow(other.display, DefaultRootWindow(other.display), 0, 0, 50, 50, 0, 0, 0);
+    XMapRaised(other.display, cover);
+    XSync(other.display, False);
+    ASSERT_EQ(other.topmost(), cover);
+    ravolt::SystemWindow().keepOnTop();
+    EXPECT_EQ(other.topmost(), engineWindow());
+    XDestroyWindow(other.display, cover);
+}
+
+TEST_F(WindowContextTest, RunsEndWithAMemoryRatioOfZero) {
+    drawFrame(nullptr, nullptr);
+    RAVOLT::swap();
+    ASSERT_TRUE(RAVOLT::free());
+    EXPECT_EQ(finalMemoryRatio(), 0);
+    ASSERT_TRUE(restart());
+}

@@ -1,0 +1,457 @@
+// RVSETTINGS as it opens the window: what SDL is asked and in which order, the splash, the log, the
+// view in force. No display: a silent driver stands behind.
+
+#include "engine/splash.h"
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVTEXTURE.h"
+#include "tests/support/logReader.h"
+#include "tests/support/recorder.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+#include <SDL/SDL.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace ravolt::test;
+
+namespace {
+
+const std::string banner = "Ravolt 3D Graphics Engine for PC v1.6.6a (debug)";
+
+class WindowTest : public SilentTest {
+  protected:
+    void SetUp() override {
+        SilentTest::SetUp();
+        recorder.channelSizes(8, 8, 8, 0);
+        markLog();
+    }
+    void TearDown() override {
+        RAVOLT::free();
+        SilentTest::TearDown();
+    }
+
+    // The calls of a start, and its result.
+    Calls start() {
+        recorder.start();
+        started = RAVOLT::init(&settings);
+        return recorder.stop();
+    }
+
+    RVSETTINGS settings;
+    bool started = false;
+};
+
+Calls sdlCalls(const Calls &calls) {
+    return calls.where([](const Call &call) { return call.name.rfind("SDL_", 0) == 0; });
+}
+
+// The first call of this name; the test fails when there is none.
+Call firstOf(const Calls &calls, const std::string &name) {
+    const Calls found = calls.named(name);
+    if (found.empty()) {
+        ADD_FAILURE() << name << " was not called";
+        return Call("");
+    }
+    return found[0];
+}
+
+// What stands in the log from the first line to the last one, both included.
+std::string logPart(const std::string &log, const std::string &first, const std::string &last) {
+    const std::size_t from = log.find(first), to = log.find(last);
+    if (from == std::string::npos || to == std::string::npos)
+        return "not there: " + log;
+    return log.substr(from, to + last.size() - from);
+}
+
+} // namespace
+
+// --- Can it work?
+
+TEST_F(WindowTest, IsOkAsksForTheModeAndOpensNothing) {
+    const struct {
+        bool fullScreen, resizable;
+        Uint32 flags;
+    } rows[] = {
+        {false, false, SDL_OPENGL},
+        {false, true, SDL_OPENGL | SDL_RESIZABLE},
+        {true, false, SDL_OPENGL | SDL_FULLSCREEN},
+        {true, true, SDL_OPENGL | SDL_FULLSCREEN},
+    };
+    for (const auto &row : rows) {
+        settings.setFullScreen(row.fullScreen);
+        settings.setResizable(row.resizable);
+        recorder.start();
+        EXPECT_TRUE(settings.isOk());
+        EXPECT_EQ(recorder.stop(), (Calls{{"SDL_VideoModeOK", 640, 480, 16, row.flags}}));
+    }
+    recorder.refuseVideoMode();
+    EXPECT_FALSE(settings.isOk());
+    EXPECT_NOTHING_LOGGED();
+}
+
+// --- The order of a start
+
+TEST_F(WindowTest, AsksSdlInItsOrder) {
+    const Calls all = start();
+    ASSERT_TRUE(started);
+    const Calls calls = sdlCalls(all);
+    const Calls wanted{
+        {"SDL_Init", SDL_INIT_VIDEO},
+        {"SDL_VideoModeOK", 640, 480, 16, SDL_OPENGL},
+        {"SDL_GL_LoadLibrary"},
+        {"SDL_GL_SetAttribute", SDL_GL_RED_SIZE, 5},
+        {"SDL_GL_SetAttribute", SDL_GL_GREEN_SIZE, 5},
+        {"SDL_GL_SetAttribute", SDL_GL_BLUE_SIZE, 5},
+        {"SDL_GL_SetAttribute", SDL_GL_ACCUM_RED_SIZE, 0},
+        {"SDL_GL_SetAttribute", SDL_GL_ACCUM_GREEN_SIZE, 0},
+        {"SDL_GL_SetAttribute", SDL_GL_ACCUM_BLUE_SIZE, 0},
+        {"SDL_GL_SetAttribute", SDL_GL_ACCUM_ALPHA_SIZE, 0},
+        {"SDL_GL_SetAttribute", SDL_GL_ALPHA_SIZE, 0},
+        {"SDL_GL_SetAttribute", SDL_GL_DEPTH_SIZE, 16},
+        {"SDL_GL_SetAttribute", SDL_GL_STENCIL_SIZE, 0},
+        {"SDL_GL_SetAttribute", SDL_GL_DOUBLEBUFFER, 1},
+        {"SDL_WM_SetCaption"},
+        {"SDL_SetVideoMode", 640, 480, 16, SDL_HWSURFACE | SDL_OPENGL},
+        {"SDL_GetWMInfo"},
+        {"SDL_GL_SwapBuffers"},
+        {"SDL_GL_GetAttribute", SDL_GL_RED_SIZE},
+        {"SDL_GL_GetAttribute", SDL_GL_GREEN_SIZE},
+        {"SDL_GL_GetAttribute", SDL_GL_BLUE_SIZE},
+        {"SDL_GL_GetAttribute", SDL_GL_ALPHA_SIZE},
+        {"SDL_GL_GetAttribute", SDL_GL_DEPTH_SIZE},
+        {"SDL_GL_GetAttribute", SDL_GL_STENCIL_SIZE},
+        {"SDL_GL_GetAttribute", SDL_GL_DOUBLEBUFFER},
+    };
+    const Calls answered = calls.without({"SDL_GL_GetProcAddress"});
+    ASSERT_GE(answered.size(), wanted.size());
+    for (std::size_t index = 0; index < wanted.size(); ++index)
+        EXPECT_EQ(answered[index], wanted[index]) << "call " << index;
+    EXPECT_EQ(firstOf(calls, "SDL_WM_SetCaption").text, banner);
+}
+
+TEST_F(WindowTest, TheColorDepthChoosesTheChannels) {
+    const struct {
+        int depth, channel, alpha;
+    } rows[] = {{16, 5, 0}, {15, 8, 0}, {24, 8, 0}, {32, 8, 8}};
+    for (const auto &row : rows) {
+        settings.setColorDepth(row.depth);
+        settings.setZetaDepth(24);
+        settings.setStencilDepth(8);
+        const Calls calls = start();
+        for (int attribute : {SDL_GL_RED_SIZE, SDL_GL_GREEN_SIZE, SDL_GL_BLUE_SIZE})
+            EXPECT_TRUE(calls.contains(Call("SDL_GL_SetAttribute", attribute, row.channel)));
+        EXPECT_TRUE(calls.contains(Call("SDL_GL_SetAttribute", SDL_GL_ALPHA_SIZE, row.alpha)));
+        EXPECT_TRUE(calls.contains(Call("SDL_GL_SetAttribute", SDL_GL_DEPTH_SIZE, 24)));
+        EXPECT_TRUE(calls.contains(Call("SDL_GL_SetAttribute", SDL_GL_STENCIL_SIZE, 8)));
+        EXPECT_EQ(firstOf(calls, "SDL_SetVideoMode"),
+                  Call("SDL_SetVideoMode", 640, 480, row.depth, SDL_HWSURFACE | SDL_OPENGL));
+        RAVOLT::free();
+    }
+}
+
+TEST_F(WindowTest, FlagsAndCaptionFollowTheRequest) {
+    const struct {
+        const char *title;
+        bool fullScreen, resizable;
+        Uint32 flags;
+        unsigned int captions;
+    } rows[] = {
+        {"Storm", false, false, 0, 1},
+        {"Storm", false, true, SDL_RESIZABLE, 1},
+        {"Storm", true, false, SDL_FULLSCREEN, 0},
+        {"Storm", true, true, SDL_FULLSCREEN, 0},
+        {"", false, false, SDL_NOFRAME, 0},
+        {"", false, true, SDL_NOFRAME | SDL_RESIZABLE, 0},
+        {"", true, true, SDL_NOFRAME | SDL_FULLSCREEN, 0},
+    };
+    for (const auto &row : rows) {
+        settings.setTitle(row.title);
+        settings.setFullScreen(row.fullScreen);
+        settings.setResizable(row.resizable);
+        const Calls calls = start();
+        EXPECT_EQ(firstOf(calls, "SDL_SetVideoMode"),
+                  Call("SDL_SetVideoMode", 640, 480, 16, SDL_HWSURFACE | SDL_OPENGL | row.flags));
+        EXPECT_EQ(calls.count("SDL_WM_SetCaption"), row.captions);
+        for (const Call &caption : calls.named("SDL_WM_SetCaption"))
+            EXPECT_EQ(caption.text, row.title);
+        RAVOLT::free();
+    }
+}
+
+TEST_F(WindowTest, PathsAreHandedOut) {
+    settings.setRVEPath("scenes/");
+    settings.setTexturePath("textures/");
+    start();
+    EXPECT_STREQ(RAVOLT::getRVEPath(), "scenes/");
+    EXPECT_STREQ(RVTEXTURE::getPath(), "textures/");
+}
+
+// --- The splash
+
+TEST_F(WindowTest, SplashIsOneTexturedQuadOnWhite) {
+    const Calls calls = start();
+    const Calls made = calls.named("glGenTextures");
+    ASSERT_FALSE(made.empty());
+    const double texture = made[0].arguments.at(1);
+    EXPECT_TRUE(calls.haveInOrder({
+        {"SDL_SetVideoMode", 640, 480, 16, SDL_HWSURFACE | SDL_OPENGL},
+        {"glClearColor", 1, 1, 1, 1},
+        {"glClear", GL_COLOR_BUFFER_BIT},
+        {"glMatrixMode", GL_PROJECTION},
+        {"glLoadIdentity"},
+        {"glViewport", 0, 0, 640, 480},
+        {"glOrtho", 0, 640, 480, 0, -1, 1},
+        {"glMatrixMode", GL_MODELVIEW},
+        {"glLoadIdentity"},
+        {"glEnable", GL_TEXTURE_2D},
+        {"glGenTextures", 1, texture},
+        {"glBindTexture", GL_TEXTURE_2D, texture},
+        {"glPixelStorei", GL_UNPACK_ALIGNMENT, 4},
+        {"glTexParameteri", GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR},
+        {"glTexParameteri", GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR},
+        {"glTexImage2D", GL_TEXTURE_2D, 0, 3, 256, 256, 0, GL_BGR_EXT, GL_UNSIGNED_BYTE,
+         anyAddress},
+        {"glColor4f", 1, 1, 1, 1},
+        {"glBegin", GL_QUADS},
+        {"glTexCoord2f", 0, 1},
+        {"glVertex2i", 192, 112},
+        {"glTexCoord2f", 0, 0},
+        {"glVertex2i", 192, 368},
+        {"glTexCoord2f", 1, 0},
+        {"glVertex2i", 448, 368},
+        {"glTexCoord2f", 1, 1},
+        {"glVertex2i", 448, 112},
+        {"glEnd"},
+        {"glDisable", GL_TEXTURE_2D},
+        {"glFlush"},
+        {"glFinish"},
+        {"SDL_GL_SwapBuffers"},
+        {"glDeleteTextures", 1, texture},
+        {"SDL_GL_GetAttribute", SDL_GL_RED_SIZE},
+    }));
+}
+
+TEST_F(WindowTest, CaveSplashStandsOnTheLeftHalf) {
+    settings.setCAVESplashScreen(true);
+    settings.setWindowX(1281);
+    settings.setWindowY(511);
+    const Calls calls = start();
+    EXPECT_TRUE(calls.haveInOrder({
+        {"glViewport", 0, 0, 1281, 511},
+        {"glOrtho", 0, 1281, 511, 0, -1, 1},
+        {"glVertex2i", 192, 127}, // 1281 / 2 / 2 - 128, 511 / 2 - 128
+        {"glVertex2i", 192, 383},
+        {"glVertex2i", 448, 383},
+        {"glVertex2i", 448, 127},
+    }));
+    EXPECT_EQ(settings.getWindowX(), 1281);
+    EXPECT_EQ(RVSETTINGS::getSDLWindowX(), 1281);
+}
+
+TEST(SplashPictureTest, StandsOnWhiteFromTheBottomUp) {
+    const std::vector<unsigned char> picture = ravolt::splashPicture();
+    constexpr std::size_t side = 256;
+    ASSERT_EQ(picture.size(), side * side * 3);
+    for (std::size_t step = 0; step < side; ++step)
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            EXPECT_EQ(picture[step * 3 + channel], 255);                       // bottom
+            EXPECT_EQ(picture[((side - 1) * side + step) * 3 + channel], 255); // top
+            EXPECT_EQ(picture[step * side * 3 + channel], 255);                // left
+            EXPECT_EQ(picture[(step * side + side - 1) * 3 + channel], 255);   // right
+        }
+    // The name stands in the lowest quarter, dark on white; the emblem's middle is golden.
+    std::size_t dark = 0;
+    for (std::size_t pixel = 0; pixel < side * side / 4; ++pixel)
+        dark += picture[pixel * 3] < 128 && picture[pixel * 3 + 1] < 128;
+    EXPECT_GT(dark, 800u);
+    const unsigned char *middle = &picture[((side - 1 - 98) * side + 128) * 3];
+    EXPECT_GT(middle[2], 240); // red
+    EXPECT_LT(middle[0], 200); // blue
+}
+
+// --- The log and the view
+
+TEST_F(WindowTest, LogsRequestPathsAndResultByteForByte) {
+    settings.setWindowX(800);
+    settings.setWindowY(600);
+    settings.setColorDepth(32);
+    settings.setZetaDepth(24);
+    settings.setStencilDepth(8);
+    settings.setTitle("100% Storm");
+    settings.setResizable(true);
+    settings.setLandscape(true);
+    settings.setShaders(true);
+    settings.setRenderingElements(77);
+    settings.setAudioChannels(1);
+    settings.setAudioBuffers(2);
+    settings.setAudioElements(3);
+    settings.setShadowMapSize(64);
+    settings.setFBOSizeX(320);
+    settings.setFBOSizeY(200);
+    settings.setWaterSize(32);
+    settings.setRVEPath("a/");
+    settings.setRVAPath("b/");
+    settings.setMPGPath("c/");
+    settings.setTexturePath("d/");
+    settings.setShaderPath("e/");
+    settings.setFontPath("f/");
+    recorder.channelSizes(8, 8, 8, 8);
+    recorder.setAttribute(SDL_GL_DEPTH_SIZE, 32);
+    recorder.setAttribute(SDL_GL_STENCIL_SIZE, 0);
+    const LogMark before = markLog();
+    start();
+    ASSERT_TRUE(started);
+    EXPECT_EQ(logPart(logTextSince(before), "   Init settings...\n", "   Settings initialized\n"),
+              "   Init settings...\n"
+              "      Configuration to set:\n"
+              "          X: 800, Y: 600\n"
+              "          depth: 32, zeta: 24, stencil: 8\n"
+              "          title: '100% Storm'\n"
+              "          fullscreen: 0\n"
+              "          resizable : 1\n"
+              "          landscape : 1\n"
+              "          shaders: 1\n"
+              "          max elems: 77\n"
+              "          audio: c: 1, b: 2, e: 3\n"
+              "          shadow map size: 64\n"
+              "          FBO map sizes  : 320, 200\n"
+              "          Water map size : 32\n"
+              "          RVE path    : 'a/'\n"
+              "          RVA path    : 'b/'\n"
+              "          Texture path: 'd/'\n"
+              "          Shader path : 'e/'\n"
+              "          Font path   : 'f/'\n"
+              "      Color bits (RGBA): 8, 8, 8, 8\n"
+              "      Shadow map size: 64\n"
+              "      FBO map sizes  : 320, 200\n"
+              "      Configuration used:\n"
+              "          SizeX: 800, SizeY: 600\n"
+              "          depth: 32, zeta: 32, stencil: 0\n"
+              "          title: '100% Storm'\n"
+              "          fullscreen: 0\n"
+              "          landscape : 1\n"
+              "          shaders: 1\n"
+              "          audio: c: 0, b: 0, e: 0\n"
+              "   Settings initialized\n");
+}
+
+TEST_F(WindowTest, ViewTakesTheDepthsObtainedAndTheRestAsAskedFor) {
+    settings.setTitle("Storm");
+    settings.setWindowX(800);
+    settings.setWindowY(600);
+    settings.setZetaDepth(16);
+    settings.setFullScreen(true);
+    settings.setResizable(true);
+    settings.setLandscape(true);
+    settings.setShaders(true);
+    settings.setForceFBO(true);
+    settings.setShadowMapSize(64);
+    settings.setFBOSizeX(320);
+    settings.setFBOSizeY(200);
+    settings.setWaterSize(32);
+    recorder.setAttribute(SDL_GL_DEPTH_SIZE, 24);
+    recorder.setAttribute(SDL_GL_STENCIL_SIZE, 8);
+    start();
+    EXPECT_TRUE(RVSETTINGS::isActive());
+    EXPECT_STREQ(RVSETTINGS::getSDLTitle(), "Storm");
+    EXPECT_EQ(RVSETTINGS::getSDLWindowX(), 800);
+    EXPECT_EQ(RVSETTINGS::getSDLWindowY(), 600);
+    EXPECT_EQ(RVSETTINGS::getSDLZetaDepth(), 24);
+    EXPECT_EQ(RVSETTINGS::getSDLStencilDepth(), 8);
+    EXPECT_TRUE(RVSETTINGS::isSDLFullScreen());
+    EXPECT_TRUE(RVSETTINGS::isSDLResizable());
+    EXPECT_TRUE(RVSETTINGS::isSDLLandscape());
+    EXPECT_TRUE(RVSETTINGS::getSDLShaders());
+    EXPECT_TRUE(RVSETTINGS::getSDLForceFBO());
+    EXPECT_EQ(RVSETTINGS::getSDLShadowMapSize(), 64);
+    EXPECT_EQ(RVSETTINGS::getSDLFBOSizeX(), 320);
+    EXPECT_EQ(RVSETTINGS::getSDLFBOSizeY(), 200);
+    EXPECT_EQ(RVSETTINGS::getSDLWaterSize(), 32);
+    EXPECT_EQ(RVSETTINGS::getSDLWindow(), nullptr); // the silent display has no window
+    EXPECT_EQ(settings.getZetaDepth(), 16);         // the record stays
+}
+
+TEST_F(WindowTest, ColorDepthIsTheSumOfTheChannels) {
+    const struct {
+        int red, green, blue, alpha, sum;
+    } rows[] = {{8, 8, 8, 0, 24}, {5, 6, 5, 0, 16}, {5, 5, 5, 0, 15}, {8, 8, 8, 8, 32}};
+    for (const auto &row : rows) {
+        recorder.channelSizes(row.red, row.green, row.blue, row.alpha);
+        start();
+        EXPECT_EQ(RVSETTINGS::getSDLColorDepth(), row.sum);
+        RAVOLT::free();
+    }
+}
+
+TEST_F(WindowTest, AudioFiguresInForceAreZeroWhateverWasAskedFor) {
+    settings.setAudioChannels(5);
+    settings.setAudioBuffers(6);
+    settings.setAudioElements(7);
+    start();
+    EXPECT_EQ(RVSETTINGS::getZLAAudioChannels(), 0);
+    EXPECT_EQ(RVSETTINGS::getZLAAudioBuffers(), 0);
+    EXPECT_EQ(RVSETTINGS::getZLAAudioElements(), 0);
+}
+
+TEST_F(WindowTest, ViewKeepsItsValuesAfterFree) {
+    start();
+    RAVOLT::free();
+    EXPECT_FALSE(RVSETTINGS::isActive());
+    EXPECT_EQ(RVSETTINGS::getSDLTitle(), banner);
+    EXPECT_EQ(RVSETTINGS::getSDLWindowX(), 640);
+    EXPECT_EQ(RVSETTINGS::getSDLColorDepth(), 24);
+}
+
+TEST_F(WindowTest, FailedModeLeavesViewAndRecord) {
+    settings.setWindowX(720);
+    start();
+    RAVOLT::free();
+    settings.setWindowX(333);
+    recorder.failSetVideoMode();
+    start();
+    EXPECT_FALSE(started);
+    EXPECT_FALSE(RVSETTINGS::isActive());
+    EXPECT_EQ(RVSETTINGS::getSDLWindowX(), 720);
+    EXPECT_EQ(settings.getWindowX(), 333);
+}
+
+// --- Resize
+
+TEST_F(WindowTest, ResizeAsksForWhatWasFirstAskedForAndNotForWhatWasObtained) {
+    settings.setResizable(true);
+    start();
+    recorder.start();
+    EXPECT_TRUE(RVSETTINGS::resize(10, 20, 300, 200));
+    const Calls calls = recorder.stop();
+    EXPECT_TRUE(calls.haveInOrder({
+        {"glViewport", 10, -20, 300, 200}, // the new height is in force: 200 - 20 - 200
+        {"SDL_SetVideoMode", 300, 200, 16, SDL_HWSURFACE | SDL_OPENGL | SDL_RESIZABLE},
+    }));
+    EXPECT_EQ(calls.count("SDL_SetVideoMode"), 1u);
+    EXPECT_EQ(RVSETTINGS::getSDLWindowX(), 300);
+    EXPECT_EQ(RVSETTINGS::getSDLWindowY(), 200);
+    EXPECT_EQ(settings.getWindowX(), 640);
+}
+
+TEST_F(WindowTest, ResizeToNothingIsLoggedAndOpensNoOtherWindow) {
+    start();
+    markLog();
+    recorder.start();
+    EXPECT_TRUE(RVSETTINGS::resize(0, 0, 0, 200));
+    EXPECT_FALSE(recorder.stop().contains("SDL_SetVideoMode"));
+    EXPECT_LOGGED_EXACTLY("   [!] invalid params @ RVOPENGL::resize\n");
+    EXPECT_EQ(RVSETTINGS::getSDLWindowX(), 0);
+}
+
+TEST_F(WindowTest, ResizeOfAStoppedEngineOpensNoWindow) {
+    start();
+    RAVOLT::free();
+    recorder.start();
+    EXPECT_TRUE(RVSETTINGS::resize(0, 0, 300, 200));
+    EXPECT_FALSE(recorder.stop().contains("SDL_SetVideoMode"));
+}
