@@ -2,6 +2,7 @@
 // rung ends as log lines and a flag, and none of them stops the start. An extension is found when
 // its name stands anywhere in the driver's list. A flag that a former start has set stays set.
 
+#include "ravolt/RVLIGHT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/zlf.h"
@@ -234,6 +235,10 @@ void GlStart::repeatSwitches() {
             continue;
         *each.flag = false;
         each.on();
+    }
+    if (RVLIGHT::getLighting()) {
+        RVLIGHT::lightingOff();
+        RVLIGHT::lightingOn();
     }
 }
 
