@@ -1,0 +1,37 @@
+#pragma once
+
+// Conversion of a model, in any format that assimp reads, to a scene file with its textures.
+
+#include "tools/progress.h"
+#include "tools/report.h"
+
+#include <filesystem>
+#include <string>
+
+namespace ravolt::tool {
+
+struct ConvertOptions {
+    std::filesystem::path model;
+    std::filesystem::path scene; // the file to write; textures go beside it
+    bool normalMaps = false;     // also write NAME_n.tga
+    unsigned int largestTexture = 4096;
+    double scale = 1;   // of all lengths
+    std::string prefix; // put in front of the names of materials and textures
+};
+
+// Figures of a scene, for a closing line.
+struct ConvertResult {
+    std::size_t nodes = 0;
+    std::size_t meshes = 0; // with triangles
+    std::size_t triangles = 0;
+    std::size_t vertices = 0;
+    std::size_t lights = 0;
+    std::size_t materials = 0;
+    std::size_t textures = 0;
+};
+
+// Throws Failure, with one line, when there is no scene to be made or it cannot be written; nothing
+// is left behind then.
+ConvertResult convertModel(const ConvertOptions &options, Report &report, Progress &progress);
+
+} // namespace ravolt::tool

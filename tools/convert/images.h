@@ -1,0 +1,44 @@
+#pragma once
+
+// Pictures of a model: decoded from files or memory, and brought to a shape that the engine's
+// textures can have.
+
+#include <assimp/texture.h>
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace ravolt::tool {
+
+// The engine reads pictures up to this size each way.
+constexpr unsigned int largestTexture = 4096;
+
+// Rows from the top down, R G B A.
+struct Image {
+    unsigned int width = 0;
+    unsigned int height = 0;
+    std::vector<unsigned char> pixels;
+
+    bool empty() const { return pixels.empty(); }
+};
+
+// An empty image when it cannot be read; `reason` then says why.
+Image decodeFile(const std::filesystem::path &file, std::string &reason);
+Image decodeMemory(const unsigned char *bytes, std::size_t size, std::string &reason);
+Image decodeEmbedded(const aiTexture &texture, std::string &reason);
+
+// The sides of the texture made of a picture: a square of a power of two, which the engine's chain
+// of smaller copies needs, not below the longer side and at most `limit`.
+unsigned int textureSide(unsigned int width, unsigned int height, unsigned int limit);
+
+// `sRgb` for colours, false for numbers such as normals.
+Image resized(const Image &image, unsigned int width, unsigned int height, bool sRgb);
+
+// Puts the opacity that `map` states (its alpha when it has any, else its brightness) into the
+// alpha of `image`.
+void applyOpacity(Image &image, const Image &map);
+
+bool isSeeThrough(const Image &image);
+
+} // namespace ravolt::tool

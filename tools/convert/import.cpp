@@ -1,0 +1,195 @@
+// Invariants after the import: the scene has a root node; every face index is below its mesh's
+// number of vertices, every vertex position is finite, every bone weight belongs to a vertex, every
+// material index exists; meshes consist of one kind of primitive.
+
+#include "tools/convert/import.h"
+
+#include "tools/failure.h"
+
+#include <algorithm>
+#include <assimp/ProgressHandler.hpp>
+#include <assimp/config.h>
+#include <assimp/importerdesc.h>
+#include <assimp/postprocess.h>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+
+namespace ravolt::tool {
+
+namespace {
+
+// Creases sharper than this stay sharp where the model brings no normals.
+constexpr float creaseAngle = 60;
+
+constexpr unsigned int steps = aiProcess_Triangulate | aiProcess_SortByPType |
+                               aiProcess_GenSmoothNormals | aiProcess_GenUVCoords |
+                               aiProcess_TransformUVCoords | aiProcess_JoinIdenticalVertices;
+
+// Hands assimp's steps to our progress bar.
+class Handler : public Assimp::ProgressHandler {
+  public:
+    explicit Handler(Progress &target) : progress(target) {}
+
+    bool Update(float) override { return true; }
+    void UpdateFileRead(int done, int all) override { forward(done, all); }
+    void UpdatePostProcess(int done, int all) override { forward(done, all); }
+
+  private:
+    void forward(int done, int all) {
+        if (all > 0)
+            progress.update(static_cast<double>(done) / all);
+    }
+
+    Progress &progress;
+};
+
+// One line, without the line ends that some importers put into their reasons.
+std::string oneLine(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    std::replace(text.begin(), text.end(), '\r', ' ');
+    while (!text.empty() && (text.back() == ' ' || text.back() == '.'))
+        text.pop_back();
+    return text.empty() ? "the reader gave no reason" : text;
+}
+
+bool isFinite(const aiVector3D &v) {
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+bool isDrawable(const aiMesh &mesh, const aiFace &face) {
+    return std::all_of(face.mIndices, face.mIndices + face.mNumIndices, [&](unsigned int index) {
+        return index < mesh.mNumVertices && isFinite(mesh.mVertices[index]);
+    });
+}
+
+// Returns how many faces went. Faces swap their index arrays, so nothing is lost or freed twice.
+std::size_t dropBadFaces(aiMesh &mesh) {
+    if (!mesh.mVertices)
+        mesh.mNumVertices = 0;
+    unsigned int kept = 0;
+    for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
+        if (isDrawable(mesh, mesh.mFaces[i])) {
+            std::swap(mesh.mFaces[kept].mIndices, mesh.mFaces[i].mIndices);
+            std::swap(mesh.mFaces[kept].mNumIndices, mesh.mFaces[i].mNumIndices);
+            ++kept;
+        }
+    const std::size_t dropped = mesh.mNumFaces - kept;
+    mesh.mNumFaces = kept;
+    return dropped;
+}
+
+std::size_t dropBadWeights(aiMesh &mesh) {
+    std::size_t dropped = 0;
+    for (unsigned int b = 0; b < mesh.mNumBones; ++b) {
+        aiBone &bone = *mesh.mBones[b];
+        const auto end = std::remove_if(
+            bone.mWeights, bone.mWeights + bone.mNumWeights, [&](const aiVertexWeight &weight) {
+                return weight.mVertexId >= mesh.mNumVertices || !std::isfinite(weight.mWeight);
+            });
+        dropped += static_cast<std::size_t>(bone.mWeights + bone.mNumWeights - end);
+        bone.mNumWeights = static_cast<unsigned int>(end - bone.mWeights);
+    }
+    return dropped;
+}
+
+// Vertices that no face uses any more must not poison what assimp computes over all of them.
+void zeroBadVertices(aiMesh &mesh) {
+    for (unsigned int i = 0; i < mesh.mNumVertices; ++i)
+        if (!isFinite(mesh.mVertices[i]))
+            mesh.mVertices[i] = aiVector3D();
+}
+
+std::size_t zeroBadTexturePlaces(aiMesh &mesh) {
+    std::size_t zeroed = 0;
+    for (aiVector3D *channel : mesh.mTextureCoords)
+        for (unsigned int i = 0; channel && i < mesh.mNumVertices; ++i)
+            if (!isFinite(channel[i])) {
+                channel[i] = aiVector3D();
+                ++zeroed;
+            }
+    return zeroed;
+}
+
+// Nodes that name a mesh which does not exist lose it.
+void dropBadReferences(aiNode &node, unsigned int numberOfMeshes) {
+    const auto end = std::remove_if(node.mMeshes, node.mMeshes + node.mNumMeshes,
+                                    [=](unsigned int index) { return index >= numberOfMeshes; });
+    node.mNumMeshes = static_cast<unsigned int>(end - node.mMeshes);
+    for (unsigned int i = 0; i < node.mNumChildren; ++i)
+        dropBadReferences(*node.mChildren[i], numberOfMeshes);
+}
+
+// What is in the file but is no surface, counted before the meshes are looked at one by one.
+bool hasFaces(const aiScene &scene) {
+    return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes,
+                       [](const aiMesh *mesh) { return mesh->mNumFaces > 0; });
+}
+
+} // namespace
+
+void cleanScene(aiScene &scene, Report &report) {
+    std::size_t faces = 0, weights = 0, places = 0;
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i) {
+        aiMesh &mesh = *scene.mMeshes[i];
+        faces += dropBadFaces(mesh);
+        weights += dropBadWeights(mesh);
+        places += zeroBadTexturePlaces(mesh);
+        zeroBadVertices(mesh);
+        if (mesh.mMaterialIndex >= scene.mNumMaterials)
+            mesh.mMaterialIndex = 0;
+    }
+    dropBadReferences(*scene.mRootNode, scene.mNumMeshes);
+    if (faces)
+        report.warn(counted(faces, "face", "faces") +
+                    " dropped: vertices that do not exist or have no finite position");
+    if (weights)
+        report.warn(counted(weights, "bone weight", "bone weights") + " of no vertex dropped");
+    if (places)
+        report.warn(counted(places, "texture coordinate", "texture coordinates") +
+                    " without a finite value set to zero");
+}
+
+Model::Model(const std::string &path, Report &report, Progress &progress) {
+    std::error_code error;
+    if (!std::filesystem::exists(path, error))
+        throw Failure(path, "no such file");
+    if (std::filesystem::is_directory(path, error))
+        throw Failure(path, "is a folder, not a model");
+
+    Handler handler(progress);
+    importer.SetProgressHandler(&handler);
+    // The importer deletes its handler unless it is taken away again.
+    struct Release {
+        Assimp::Importer &importer;
+        ~Release() { importer.SetProgressHandler(nullptr); }
+    } release{importer};
+
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
+    importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, creaseAngle);
+
+    progress.step("reading " + std::filesystem::path(path).filename().string(), 0, 0.35);
+    if (!importer.ReadFile(path, 0))
+        throw Failure(path, oneLine(importer.GetErrorString()));
+    // The scene belongs to the importer, which hands it out as constant; before the steps run
+    // nobody else looks at it.
+    aiScene &read = const_cast<aiScene &>(*importer.GetScene());
+    if (!read.mRootNode)
+        throw Failure(path, "has no nodes");
+    cleanScene(read, report);
+    if (!hasFaces(read))
+        throw Failure(path, "has no triangles to draw");
+
+    progress.step("preparing", 0.35, 0.5);
+    current = importer.ApplyPostProcessing(steps);
+    if (!current)
+        throw Failure(path, oneLine(importer.GetErrorString()));
+
+    const int index = importer.GetPropertyInteger("importerIndex", -1);
+    const aiImporterDesc *importerUsed =
+        index < 0 ? nullptr : importer.GetImporterInfo(static_cast<std::size_t>(index));
+    linearColors = importerUsed && std::strstr(importerUsed->mName, "glTF2");
+}
+
+} // namespace ravolt::tool

@@ -1,0 +1,37 @@
+#pragma once
+
+// Reads a model file by assimp and cleans what it gives, so that the rest of the conversion can
+// trust every index and every number: triangles with vertices that do not exist or that lie
+// nowhere are dropped, and so are weights of such vertices. Everything dropped is reported.
+
+#include "tools/progress.h"
+#include "tools/report.h"
+
+#include <assimp/Importer.hpp>
+#include <assimp/scene.h>
+#include <string>
+
+namespace ravolt::tool {
+
+class Model {
+  public:
+    // Throws Failure, with one line, when the file cannot be read or holds nothing to draw.
+    Model(const std::string &path, Report &report, Progress &progress);
+
+    const aiScene &scene() const { return *current; }
+
+    // glTF 2 states its colours in linear light; all other formats as they are shown.
+    bool hasLinearColors() const { return linearColors; }
+    // Whether the cones of spot lights are stated as half angles.
+    bool hasHalfCones() const { return linearColors; }
+
+  private:
+    Assimp::Importer importer;
+    const aiScene *current = nullptr;
+    bool linearColors = false;
+};
+
+// Drops what cannot be drawn; see above. For the import, and for its tests.
+void cleanScene(aiScene &scene, Report &report);
+
+} // namespace ravolt::tool

@@ -1,0 +1,13 @@
+#pragma once
+
+// What a model has that a scene file cannot hold: one line for each kind of thing.
+
+#include "tools/report.h"
+
+#include <assimp/scene.h>
+
+namespace ravolt::tool {
+
+void reportUnheld(const aiScene &scene, Report &report);
+
+} // namespace ravolt::tool

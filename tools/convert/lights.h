@@ -1,0 +1,33 @@
+#pragma once
+
+// Lights of a model as those of a scene file.
+
+#include "tools/convert/algebra.h"
+#include "tools/convert/import.h"
+#include "tools/report.h"
+#include "tools/writers/rveWriter.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ravolt::tool {
+
+// The lights that a scene can hold, by the name of the node they belong to. The others are
+// reported.
+class Lights {
+  public:
+    Lights(const Model &model, Report &report);
+
+    // Those of one node, if any.
+    std::vector<const aiLight *> of(const std::string &node) const;
+
+    // `light` in a frame that `frame` carries its node's frame into.
+    ravolt::RveNode convert(const aiLight &light, const Affine &frame) const;
+
+  private:
+    std::multimap<std::string, const aiLight *> byNode;
+    bool halfCones;
+};
+
+} // namespace ravolt::tool

@@ -1,0 +1,289 @@
+// Colours come from models in many conventions. What reaches the scene are colours for OpenGL's
+// fixed-function light: ambient and diffuse reflection as shown on the screen, a highlight only
+// where the model asks for one, and an opacity in `transparency`.
+
+#include "tools/convert/materials.h"
+
+#include <algorithm>
+#include <assimp/GltfMaterial.h>
+#include <assimp/material.h>
+#include <cmath>
+#include <cstring>
+#include <set>
+
+namespace ravolt::tool {
+
+namespace {
+
+// The engine blends what is not exactly opaque. A surface whose texture alone has holes is as good
+// as opaque itself.
+constexpr float nearlyOpaque = 0.999f;
+constexpr float strongestHighlight = 128; // OpenGL's largest exponent
+
+using Color = ravolt::RveColor;
+
+float limited(float value, float low, float high, float otherwise) {
+    return std::isfinite(value) ? std::clamp(value, low, high) : otherwise;
+}
+
+// A colour of the material; false when it has none of that kind.
+bool colorOf(const aiMaterial &material, const char *key, Color &color) {
+    aiColor4D read;
+    if (material.Get(key, 0, 0, read) != aiReturn_SUCCESS)
+        return false;
+    color = {limited(read.r, 0, 1, 0), limited(read.g, 0, 1, 0), limited(read.b, 0, 1, 0), 1};
+    return true;
+}
+
+float numberOf(const aiMaterial &material, const char *key, float otherwise) {
+    float value = otherwise;
+    material.Get(key, 0, 0, value);
+    return std::isfinite(value) ? value : otherwise;
+}
+
+bool flagOf(const aiMaterial &material, const char *key) {
+    int value = 0;
+    return material.Get(key, 0, 0, value) == aiReturn_SUCCESS && value != 0;
+}
+
+bool isBlack(const Color &color) { return color[0] + color[1] + color[2] < 0.001f; }
+
+Color scaled(const Color &color, float factor) {
+    return {color[0] * factor, color[1] * factor, color[2] * factor, 1};
+}
+
+Color asShown(const Color &linear) {
+    Color result = linear;
+    for (int i = 0; i < 3; ++i) {
+        const float c = linear[static_cast<std::size_t>(i)];
+        result[static_cast<std::size_t>(i)] =
+            c <= 0.0031308f ? 12.92f * c : 1.055f * std::pow(c, 1 / 2.4f) - 0.055f;
+    }
+    return result;
+}
+
+std::string pathOf(const aiMaterial &material, aiTextureType type) {
+    aiString path;
+    return material.GetTexture(type, 0, &path) == aiReturn_SUCCESS ? path.C_Str() : "";
+}
+
+std::string firstPath(const aiMaterial &material, std::initializer_list<aiTextureType> types,
+                      aiTextureType *found = nullptr) {
+    for (aiTextureType type : types)
+        if (const std::string path = pathOf(material, type); !path.empty()) {
+            if (found)
+                *found = type;
+            return path;
+        }
+    return "";
+}
+
+// Whether the alpha of the material's own picture is meant as opacity.
+bool usesAlpha(const aiMaterial &material) {
+    aiString mode;
+    if (material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == aiReturn_SUCCESS)
+        return std::strcmp(mode.C_Str(), "OPAQUE") != 0;
+    int flags = 0;
+    material.Get(AI_MATKEY_TEXFLAGS(aiTextureType_DIFFUSE, 0), flags);
+    return (flags & aiTextureFlags_UseAlpha) != 0;
+}
+
+// Where a surface without a colour of its own glows with a picture, that picture is its texture:
+// a texture covers the glow as well.
+bool glowsWithPicture(const aiMaterial &material) {
+    Color diffuse;
+    return !pathOf(material, aiTextureType_EMISSIVE).empty() &&
+           colorOf(material, "$clr.diffuse", diffuse) && isBlack(diffuse);
+}
+
+struct Source {
+    Cover cover;
+    aiTextureType type = aiTextureType_NONE; // of the cover's colour
+};
+
+Source coverOf(const aiMaterial &material, const std::string &name, bool normalMaps,
+               Report &report) {
+    Source source;
+    source.cover.color =
+        firstPath(material, {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR}, &source.type);
+    if (source.cover.color.empty() && glowsWithPicture(material))
+        source.cover.color = firstPath(material, {aiTextureType_EMISSIVE}, &source.type);
+
+    source.cover.opacity = pathOf(material, aiTextureType_OPACITY);
+    if (source.cover.opacity.empty() && usesAlpha(material))
+        source.cover.opacity = source.cover.color;
+    if (normalMaps)
+        source.cover.normals =
+            firstPath(material, {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA});
+    if (source.cover.color.empty() && !source.cover.opacity.empty())
+        report.warn("material '" + name + "': opacity map without a colour texture left out");
+    if (source.cover.color.empty() && !source.cover.normals.empty())
+        report.warn("material '" + name + "': normal map without a colour texture left out");
+    return source;
+}
+
+// What the cover's texture mapping asks for and the engine does otherwise.
+void reportMapping(const aiMaterial &material, aiTextureType type, const std::string &name,
+                   Report &report) {
+    for (const char *key : {_AI_MATKEY_MAPPINGMODE_U_BASE, _AI_MATKEY_MAPPINGMODE_V_BASE}) {
+        int mode = aiTextureMapMode_Wrap;
+        if (material.Get(key, type, 0, mode) == aiReturn_SUCCESS && mode != aiTextureMapMode_Wrap)
+            report.warn("material '" + name +
+                        "': its texture is clamped or mirrored, the scene repeats it");
+    }
+}
+
+Color diffuseOf(const aiMaterial &material, bool linear) {
+    Color diffuse = {0.6f, 0.6f, 0.6f, 1};
+    const bool stated =
+        colorOf(material, "$clr.diffuse", diffuse) || colorOf(material, "$clr.base", diffuse);
+    return stated && linear ? asShown(diffuse) : diffuse;
+}
+
+// Metal and roughness as the nearest highlight of the fixed-function light.
+Color highlightOfMetal(const aiMaterial &material, const Color &diffuse) {
+    const float metal = limited(numberOf(material, "$mat.metallicFactor", 1), 0, 1, 1);
+    const float rough = limited(numberOf(material, "$mat.roughnessFactor", 1), 0, 1, 1);
+    Color result = {0, 0, 0, 1};
+    for (std::size_t i = 0; i < 3; ++i)
+        result[i] = (0.22f * (1 - metal) + diffuse[i] * metal) * (1 - rough);
+    return result;
+}
+
+void setHighlight(const aiMaterial &material, bool linear, ravolt::RveMaterial &out) {
+    Color specular = {0, 0, 0, 1};
+    if (!colorOf(material, "$clr.specular", specular) && linear)
+        specular = highlightOfMetal(material, out.diffuse);
+    const float strength = limited(numberOf(material, "$mat.shinpercent", 1), 0, 1, 1);
+    const float exponent = numberOf(material, "$mat.shininess", 0);
+    // An exponent near 0 is no highlight: OpenGL would add the colour all over the surface.
+    out.specular = exponent < 1 ? Color{0, 0, 0, 1} : scaled(specular, strength);
+    out.shininess = exponent < 1 ? 0 : std::min(exponent, strongestHighlight);
+}
+
+void setOpacity(const aiMaterial &material, bool seeThrough, Report &report,
+                ravolt::RveMaterial &out) {
+    float opacity = limited(numberOf(material, "$mat.opacity", 1), 0, 1, 1);
+    if (opacity <= 0) {
+        // Some exporters state a transparency here; nothing invisible is worth a material.
+        report.warn("material '" + out.name + "': opacity 0 taken as opaque");
+        opacity = 1;
+    }
+    out.transparency = seeThrough ? std::min(opacity, nearlyOpaque) : opacity;
+}
+
+// The maps that a scene has no place for.
+constexpr struct {
+    aiTextureType type;
+    const char *name;
+} unheldMaps[] = {
+    {aiTextureType_SPECULAR, "specular"},
+    {aiTextureType_AMBIENT, "ambient"},
+    {aiTextureType_HEIGHT, "height"},
+    {aiTextureType_SHININESS, "shininess"},
+    {aiTextureType_DISPLACEMENT, "displacement"},
+    {aiTextureType_LIGHTMAP, "light"},
+    {aiTextureType_REFLECTION, "reflection"},
+    {aiTextureType_METALNESS, "metalness"},
+    {aiTextureType_DIFFUSE_ROUGHNESS, "roughness"},
+    {aiTextureType_AMBIENT_OCCLUSION, "occlusion"},
+    {aiTextureType_CLEARCOAT, "clear coat"},
+    {aiTextureType_SHEEN, "sheen"},
+    {aiTextureType_TRANSMISSION, "transmission"},
+};
+
+void reportUnheldMaps(const aiMaterial &material, const Source &source, Report &report) {
+    for (const auto &map : unheldMaps)
+        if (!pathOf(material, map.type).empty())
+            report.warn(std::string(map.name) + " maps left out: the scene format has none");
+    for (aiTextureType type : {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR})
+        if (!pathOf(material, type).empty() && source.type != type)
+            report.warn("emission maps left out: the scene format has none");
+    if (material.GetTextureCount(aiTextureType_DIFFUSE) > 1)
+        report.warn("second diffuse textures left out: a material has one");
+}
+
+class Converter {
+  public:
+    Converter(const Model &source, const MaterialOptions &settings, Textures &store, Report &lines)
+        : model(source), options(settings), textures(store), report(lines) {}
+
+    ravolt::RveMaterial convert(const aiMaterial &material, Surface &surface);
+
+  private:
+    std::string freeName(const aiMaterial &material);
+
+    const Model &model;
+    const MaterialOptions &options;
+    Textures &textures;
+    Report &report;
+    std::set<std::string> names;
+};
+
+// The engine knows materials by name, so every one needs its own.
+std::string Converter::freeName(const aiMaterial &material) {
+    aiString stated;
+    material.Get(AI_MATKEY_NAME, stated);
+    std::string base = options.prefix + (stated.length ? stated.C_Str() : "material");
+    if (base == "[none]")
+        base = "none"; // the format's word for no material at all
+    constexpr std::size_t roomForNumber = 12;
+    base = base.substr(0, ravolt::rveTextLength - roomForNumber);
+    std::string name = base;
+    for (int number = 2; !names.insert(name).second; ++number)
+        name = base + "_" + std::to_string(number);
+    return name;
+}
+
+ravolt::RveMaterial Converter::convert(const aiMaterial &material, Surface &surface) {
+    const bool linear = model.hasLinearColors();
+    ravolt::RveMaterial out;
+    out.name = surface.name = freeName(material);
+
+    const Source source = coverOf(material, out.name, options.normalMaps, report);
+    const CoverFile file = textures.file(source.cover);
+    if (!file.name.empty()) {
+        out.texture = file.name;
+        reportMapping(material, source.type, out.name, report);
+        int channel = 0;
+        if (material.Get(AI_MATKEY_UVWSRC(source.type, 0), channel) == aiReturn_SUCCESS &&
+            channel >= 0 && channel < AI_MAX_NUMBER_OF_TEXTURECOORDS)
+            surface.channel = static_cast<unsigned int>(channel);
+    }
+
+    out.diffuse = diffuseOf(material, linear);
+    if (!file.name.empty() && source.type == aiTextureType_DIFFUSE && isBlack(out.diffuse))
+        out.diffuse = {1, 1, 1, 1}; // exporters that let the texture stand for the colour
+    if (!colorOf(material, "$clr.ambient", out.ambient) || isBlack(out.ambient))
+        out.ambient = out.diffuse; // left out, or unused by the program that wrote it
+    if (colorOf(material, "$clr.emissive", out.selfIllumination) && linear)
+        out.selfIllumination = asShown(out.selfIllumination);
+    setHighlight(material, linear, out);
+    setOpacity(material, file.seeThrough, report, out);
+    surface.bothSides = flagOf(material, "$mat.twosided") && out.transparency == 1;
+    reportUnheldMaps(material, source, report);
+    return out;
+}
+
+} // namespace
+
+std::vector<Surface> convertMaterials(const Model &model, const MaterialOptions &options,
+                                      Textures &textures, Report &report, Progress &progress,
+                                      std::vector<ravolt::RveMaterial> &out) {
+    const aiScene &scene = model.scene();
+    std::vector<Surface> surfaces(scene.mNumMaterials);
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+        if (scene.mMeshes[i]->mMaterialIndex < surfaces.size() &&
+            (scene.mMeshes[i]->mPrimitiveTypes & aiPrimitiveType_TRIANGLE))
+            surfaces[scene.mMeshes[i]->mMaterialIndex].used = true;
+
+    Converter converter(model, options, textures, report);
+    for (unsigned int i = 0; i < scene.mNumMaterials; ++i) {
+        progress.update(static_cast<double>(i) / scene.mNumMaterials);
+        if (surfaces[i].used)
+            out.push_back(converter.convert(*scene.mMaterials[i], surfaces[i]));
+    }
+    return surfaces;
+}
+
+} // namespace ravolt::tool

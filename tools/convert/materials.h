@@ -1,0 +1,36 @@
+#pragma once
+
+// Materials of a model as those of a scene file.
+
+#include "tools/convert/import.h"
+#include "tools/convert/textures.h"
+#include "tools/progress.h"
+#include "tools/report.h"
+#include "tools/writers/rveWriter.h"
+
+#include <string>
+#include <vector>
+
+namespace ravolt::tool {
+
+// What the meshes of a material have to know of it.
+struct Surface {
+    bool used = false;
+    std::string name;         // unique in the scene
+    unsigned int channel = 0; // set of texture coordinates
+    bool bothSides = false;   // to be seen from behind, and opaque: the engine itself shows both
+                              // sides of what is transparent
+};
+
+struct MaterialOptions {
+    bool normalMaps = false;
+    std::string prefix;
+};
+
+// Converts the materials that some mesh uses into `out`; one Surface for each material of the
+// model, in its order.
+std::vector<Surface> convertMaterials(const Model &model, const MaterialOptions &options,
+                                      Textures &textures, Report &report, Progress &progress,
+                                      std::vector<ravolt::RveMaterial> &out);
+
+} // namespace ravolt::tool

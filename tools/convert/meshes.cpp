@@ -1,0 +1,244 @@
+// Invariants of a Geometry: as many normals as positions; texture places as many when it is
+// placed, else none; every index of a face is below that number.
+
+#include "tools/convert/meshes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace ravolt::tool {
+
+namespace {
+
+constexpr std::uint32_t unused = std::numeric_limits<std::uint32_t>::max();
+
+Point pointFrom(const Vector &v) {
+    return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
+}
+
+Vector vectorFrom(const Point &p) { return {p.x, p.y, p.z}; }
+
+bool isTriangle(const aiFace &face) { return face.mNumIndices == 3; }
+
+Vector crossOf(const Vector &a, const Vector &b, const Vector &c) { return cross(b - a, c - a); }
+
+const Affine &carrierOf(const Carrying &carrying, const Affine &rigid, std::uint32_t vertex) {
+    return carrying.posed.empty() ? rigid : carrying.posed[vertex];
+}
+
+Vector normalOf(const aiMesh &mesh, std::uint32_t vertex) {
+    return mesh.mNormals ? ravolt::tool::vectorFrom(mesh.mNormals[vertex]) : Vector{};
+}
+
+// Whether the triangles face away from the side that the normals call the outside, by nearly all
+// of the surface.
+bool isInsideOut(const aiMesh &mesh) {
+    double with = 0, against = 0;
+    for (unsigned int i = 0; i < mesh.mNumFaces && mesh.mNormals; ++i) {
+        const aiFace &face = mesh.mFaces[i];
+        if (!isTriangle(face))
+            continue;
+        const unsigned int *index = face.mIndices;
+        const Vector across = crossOf(ravolt::tool::vectorFrom(mesh.mVertices[index[0]]),
+                                      ravolt::tool::vectorFrom(mesh.mVertices[index[1]]),
+                                      ravolt::tool::vectorFrom(mesh.mVertices[index[2]]));
+        const Vector normal =
+            normalOf(mesh, index[0]) + normalOf(mesh, index[1]) + normalOf(mesh, index[2]);
+        const double agreement = dot(across, normal);
+        if (std::isfinite(agreement))
+            (agreement < 0 ? against : with) += length(across);
+    }
+    return against > 9 * with;
+}
+
+// Fills in, from the triangles around it, each normal from `first` on that has no direction.
+void mendNormals(Geometry &geometry, std::size_t first) {
+    std::vector<Vector> sums(geometry.positions.size() - first);
+    for (const auto &face : geometry.faces) {
+        if (face[0] < first)
+            continue;
+        const Vector across = crossOf(vectorFrom(geometry.positions[face[0]]),
+                                      vectorFrom(geometry.positions[face[1]]),
+                                      vectorFrom(geometry.positions[face[2]]));
+        for (std::uint32_t index : face)
+            sums[index - first] = sums[index - first] + across;
+    }
+    for (std::size_t i = first; i < geometry.normals.size(); ++i)
+        if (length(vectorFrom(geometry.normals[i])) < 0.5)
+            geometry.normals[i] = pointFrom(unit(sums[i - first], {0, 0, 1}));
+}
+
+// Copies one vertex and returns its new index.
+std::uint32_t addVertex(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying,
+                        const Affine &rigid, std::uint32_t vertex) {
+    const Affine &carrier = carrierOf(carrying, rigid, vertex);
+    const Vector normal = normalMatrix(carrier.linear) * unit(normalOf(mesh, vertex));
+    geometry.positions.push_back(
+        pointFrom(carrier(ravolt::tool::vectorFrom(mesh.mVertices[vertex]))));
+    geometry.normals.push_back(pointFrom(unit(normal)));
+    if (geometry.placed) {
+        const aiVector3D *channel = mesh.mTextureCoords[carrying.channel];
+        geometry.texturePlaces.push_back(
+            channel ? TexturePlace{channel[vertex].x, channel[vertex].y} : TexturePlace{});
+    }
+    return static_cast<std::uint32_t>(geometry.positions.size() - 1);
+}
+
+bool hasFinitePlace(const Geometry &geometry, const std::array<std::uint32_t, 3> &face) {
+    return std::all_of(face.begin(), face.end(), [&](std::uint32_t index) {
+        return isFinite(vectorFrom(geometry.positions[index]));
+    });
+}
+
+// Vertices beyond what a float holds, which no triangle uses, go where another one is.
+void pullIn(Geometry &geometry, std::size_t first) {
+    const Point home = geometry.faces.empty() ? Point() : geometry.positions[geometry.faces[0][0]];
+    for (std::size_t i = first; i < geometry.positions.size(); ++i)
+        if (!isFinite(vectorFrom(geometry.positions[i])))
+            geometry.positions[i] = home;
+}
+
+// The triangles from `firstFace` on a second time, with the vertices from `firstVertex` on a second
+// time, facing the other way.
+void addBacks(Geometry &geometry, std::size_t firstVertex, std::size_t firstFace) {
+    const std::size_t vertices = geometry.positions.size(), faces = geometry.faces.size();
+    const auto shift = static_cast<std::uint32_t>(vertices - firstVertex);
+    for (std::size_t i = firstVertex; i < vertices; ++i) {
+        const Point normal = geometry.normals[i], position = geometry.positions[i];
+        geometry.positions.push_back(position);
+        geometry.normals.push_back({-normal.x, -normal.y, -normal.z});
+        if (geometry.placed) {
+            const TexturePlace place = geometry.texturePlaces[i];
+            geometry.texturePlaces.push_back(place);
+        }
+    }
+    for (std::size_t i = firstFace; i < faces; ++i) {
+        const auto [a, b, c] = geometry.faces[i];
+        geometry.faces.push_back({a + shift, c + shift, b + shift});
+    }
+}
+
+// Grows one piece of a split: knows where each vertex of the whole stands in it.
+class Piece {
+  public:
+    Piece(const Geometry &whole, std::vector<std::uint32_t> &places) : from(whole), place(places) {}
+
+    // How many vertices the face would add.
+    std::size_t cost(const std::array<std::uint32_t, 3> &face) const {
+        return static_cast<std::size_t>(
+            std::count_if(face.begin(), face.end(),
+                          [this](std::uint32_t index) { return place[index] == unused; }));
+    }
+
+    void add(const std::array<std::uint32_t, 3> &face) {
+        result.faces.push_back({moved(face[0]), moved(face[1]), moved(face[2])});
+    }
+
+    // Hands out the piece and begins the next one.
+    Geometry finish() {
+        result.placed = from.placed;
+        for (std::uint32_t index : taken)
+            place[index] = unused;
+        taken.clear();
+        return std::exchange(result, {});
+    }
+
+    std::size_t vertices() const { return result.positions.size(); }
+    std::size_t faces() const { return result.faces.size(); }
+
+  private:
+    std::uint32_t moved(std::uint32_t index) {
+        if (place[index] == unused) {
+            place[index] = static_cast<std::uint32_t>(result.positions.size());
+            taken.push_back(index);
+            result.positions.push_back(from.positions[index]);
+            result.normals.push_back(from.normals[index]);
+            if (from.placed)
+                result.texturePlaces.push_back(from.texturePlaces[index]);
+        }
+        return place[index];
+    }
+
+    const Geometry &from;
+    std::vector<std::uint32_t> &place;
+    std::vector<std::uint32_t> taken;
+    Geometry result;
+};
+
+} // namespace
+
+std::size_t append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying) {
+    const std::size_t firstVertex = geometry.positions.size(), firstFace = geometry.faces.size();
+    if (mesh.mTextureCoords[carrying.channel] && !geometry.placed) {
+        geometry.placed = true;
+        geometry.texturePlaces.resize(firstVertex);
+    }
+
+    const Affine rigid{carrying.rest, {}};
+    const bool insideOut = isInsideOut(mesh);
+    std::vector<std::uint32_t> place(mesh.mNumVertices, unused);
+    std::size_t dropped = 0;
+    for (unsigned int i = 0; i < mesh.mNumFaces; ++i) {
+        if (!isTriangle(mesh.mFaces[i]))
+            continue;
+        const unsigned int *index = mesh.mFaces[i].mIndices;
+        std::array<std::uint32_t, 3> face;
+        for (int corner = 0; corner < 3; ++corner) {
+            std::uint32_t &here = place[index[corner]];
+            if (here == unused)
+                here = addVertex(geometry, mesh, carrying, rigid, index[corner]);
+            face[static_cast<std::size_t>(corner)] = here;
+        }
+        const bool mirrored = determinantOf(carrierOf(carrying, rigid, index[0]).linear) < 0;
+        if (mirrored != insideOut)
+            std::swap(face[1], face[2]);
+        if (hasFinitePlace(geometry, face))
+            geometry.faces.push_back(face);
+        else
+            ++dropped;
+    }
+    if (dropped)
+        pullIn(geometry, firstVertex);
+    mendNormals(geometry, firstVertex);
+    if (carrying.bothSides)
+        addBacks(geometry, firstVertex, firstFace);
+    return dropped;
+}
+
+std::vector<Geometry> split(Geometry geometry, std::size_t limit) {
+    std::vector<Geometry> pieces;
+    if (geometry.positions.size() <= limit && geometry.faces.size() <= limit) {
+        pieces.push_back(std::move(geometry));
+        return pieces;
+    }
+    std::vector<std::uint32_t> places(geometry.positions.size(), unused);
+    Piece piece(geometry, places);
+    for (const auto &face : geometry.faces) {
+        if (piece.faces() == limit || piece.vertices() + piece.cost(face) > limit)
+            pieces.push_back(piece.finish());
+        piece.add(face);
+    }
+    pieces.push_back(piece.finish());
+    return pieces;
+}
+
+Bounds boundsOf(const Geometry &geometry) {
+    Bounds bounds;
+    if (geometry.positions.empty())
+        return bounds;
+    bounds.minimum = bounds.maximum = geometry.positions.front();
+    double radius = 0;
+    for (const Point &p : geometry.positions) {
+        bounds.minimum = {std::min(bounds.minimum.x, p.x), std::min(bounds.minimum.y, p.y),
+                          std::min(bounds.minimum.z, p.z)};
+        bounds.maximum = {std::max(bounds.maximum.x, p.x), std::max(bounds.maximum.y, p.y),
+                          std::max(bounds.maximum.z, p.z)};
+        radius = std::max(radius, length(vectorFrom(p)));
+    }
+    bounds.radius = static_cast<float>(radius);
+    return bounds;
+}
+
+} // namespace ravolt::tool

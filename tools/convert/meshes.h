@@ -1,0 +1,61 @@
+#pragma once
+
+// Geometry: meshes of a model, carried into the space of their node and put together by material,
+// then cut into pieces that the scene format can hold.
+
+#include "tools/convert/algebra.h"
+
+#include <array>
+#include <assimp/mesh.h>
+#include <cstdint>
+#include <vector>
+
+namespace ravolt::tool {
+
+// What one mesh of a scene file may hold at most, of vertices and of faces.
+constexpr std::size_t meshLimit = 65535;
+
+struct Point {
+    float x = 0, y = 0, z = 0;
+};
+
+struct TexturePlace {
+    float u = 0, v = 0;
+};
+
+// Triangles over shared vertices.
+struct Geometry {
+    std::vector<Point> positions;
+    std::vector<Point> normals;
+    bool placed = false;                     // whether it has texture places
+    std::vector<TexturePlace> texturePlaces; // one a vertex when placed, else none
+    std::vector<std::array<std::uint32_t, 3>> faces;
+
+    bool empty() const { return faces.empty(); }
+};
+
+// How the vertices of one mesh go into the space of the node that will hold them.
+struct Carrying {
+    Matrix rest;               // for all vertices of a rigid mesh
+    std::vector<Affine> posed; // for each vertex, when bones hold the mesh in a pose; else empty
+    unsigned int channel = 0;  // which set of texture coordinates
+    bool bothSides = false;    // each triangle a second time, seen from behind
+};
+
+// Adds the triangles of `mesh`. Mirroring turns the triangles round, so that their front stays the
+// front; a mesh whose triangles contradict its normals nearly everywhere is turned round as well.
+// Normals that are missing or broken follow from the triangles. Vertices without a triangle are
+// left out, and so are triangles that end up beyond what a float holds: their number is returned.
+std::size_t append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying);
+
+// Cuts into pieces of at most `limit` vertices and `limit` faces each, in the order of the faces.
+std::vector<Geometry> split(Geometry geometry, std::size_t limit = meshLimit);
+
+// The box around the vertices, and the distance of the farthest from the node's own place.
+struct Bounds {
+    Point minimum, maximum;
+    float radius = 0;
+};
+Bounds boundsOf(const Geometry &geometry);
+
+} // namespace ravolt::tool

@@ -1,0 +1,143 @@
+// The engine takes row 0 of an upload for the bottom of the picture, as OpenGL does, and keeps the
+// rows of a TGA file whose origin is at the bottom left as stored. Texture coordinates of the scene
+// have their origin at the bottom left too. So the rows are written bottom first.
+
+#include "tools/convert/textures.h"
+
+#include "tools/failure.h"
+#include "tools/writers/tgaWriter.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace ravolt::tool {
+
+namespace {
+
+// Pixels as the writer wants them: bottom row first, with alpha only where it is used.
+std::vector<unsigned char> bottomUp(const Image &image, unsigned int channels) {
+    std::vector<unsigned char> result;
+    result.reserve(std::size_t(channels) * image.width * image.height);
+    for (unsigned int row = image.height; row-- > 0;)
+        for (unsigned int column = 0; column < image.width; ++column) {
+            const unsigned char *pixel =
+                &image.pixels[4 * (std::size_t(row) * image.width + column)];
+            result.insert(result.end(), pixel, pixel + channels);
+        }
+    return result;
+}
+
+std::string sizeText(unsigned int width, unsigned int height) {
+    return std::to_string(width) + "x" + std::to_string(height);
+}
+
+// How a line calls a texture: embedded ones have no more than a number.
+std::string called(const std::string &path) {
+    return path[0] == '*' ? "embedded texture " + path.substr(1) : "texture '" + path + "'";
+}
+
+// The last part of a path of any system, without its ending.
+std::string stemOf(const std::string &path) {
+    const std::size_t slash = path.find_last_of("/\\");
+    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    const std::size_t dot = name.rfind('.');
+    return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
+}
+
+std::string nameOf(const aiTexture *embedded, const std::string &path) {
+    if (path[0] != '*')
+        return stemOf(path);
+    const std::string own = embedded ? stemOf(embedded->mFilename.C_Str()) : "";
+    return own.empty() || own[0] == '*' ? "texture" + path.substr(1) : own;
+}
+
+} // namespace
+
+Image Textures::read(const std::string &path) {
+    std::string reason;
+    Image image;
+    if (const aiTexture *embedded = scene.GetEmbeddedTexture(path.c_str())) {
+        image = decodeEmbedded(*embedded, reason);
+    } else {
+        const std::filesystem::path file = findBeside(options.modelFolder, path);
+        if (file.empty())
+            reason = "not found";
+        else
+            image = decodeFile(file, reason);
+    }
+    if (image.empty())
+        report.warn(called(path) + " " + reason + ": the material's colours are used");
+    return image;
+}
+
+Image Textures::fitted(Image image, const std::string &path, bool sRgb) {
+    const unsigned int side = textureSide(image.width, image.height, options.largest);
+    if (image.width == side && image.height == side)
+        return image;
+    const std::string line = called(path) + " resized from " + sizeText(image.width, image.height) +
+                             " to " + sizeText(side, side);
+    if (side < std::max(image.width, image.height))
+        report.warn(line + ": larger textures are not allowed");
+    else
+        report.note(line);
+    return resized(image, side, side, sRgb);
+}
+
+// Names that differ by letter case alone would be one file on some systems.
+std::string Textures::freeName(const std::string &path) {
+    const std::string base =
+        plainName(options.prefix + nameOf(scene.GetEmbeddedTexture(path.c_str()), path));
+    std::string name = base;
+    const auto isTaken = [this](std::string wanted) {
+        std::transform(wanted.begin(), wanted.end(), wanted.begin(), [](char c) {
+            return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        });
+        return !names.insert(wanted).second;
+    };
+    for (int number = 2; isTaken(name); ++number)
+        name = base + "_" + std::to_string(number);
+    return name;
+}
+
+void Textures::write(const std::string &name, const Image &image, bool withAlpha) {
+    const unsigned int channels = withAlpha ? 4 : 3;
+    const std::vector<unsigned char> pixels = bottomUp(image, channels);
+    const std::filesystem::path file = options.outputFolder / name;
+    ravolt::TgaPicture picture;
+    picture.width = image.width;
+    picture.height = image.height;
+    picture.channels = channels;
+    picture.pixels = pixels.data();
+    if (!ravolt::writeTga(file.string(), picture, ravolt::TgaEncoding::runLength))
+        throw Failure(file.string(), "cannot be written");
+    written.add(file);
+}
+
+CoverFile Textures::make(const Cover &cover) {
+    Image image = read(cover.color);
+    if (image.empty())
+        return {};
+    image = fitted(std::move(image), cover.color, true);
+    if (!cover.opacity.empty() && cover.opacity != cover.color)
+        if (const Image map = read(cover.opacity); !map.empty())
+            applyOpacity(image, map);
+
+    const bool seeThrough = !cover.opacity.empty() && isSeeThrough(image);
+    const std::string name = freeName(cover.color);
+    write(name + "_d.tga", image, seeThrough);
+    if (!cover.normals.empty())
+        if (Image normals = read(cover.normals); !normals.empty())
+            write(name + "_n.tga", fitted(std::move(normals), cover.normals, false), false);
+    return {name + "_d.tga", seeThrough};
+}
+
+CoverFile Textures::file(const Cover &cover) {
+    if (cover.color.empty())
+        return {};
+    const auto known = made.find(cover);
+    if (known != made.end())
+        return known->second;
+    return made[cover] = make(cover);
+}
+
+} // namespace ravolt::tool

@@ -1,0 +1,65 @@
+#pragma once
+
+// The textures of a model as TGA files beside the scene: NAME_d.tga for what covers a surface and,
+// on request, NAME_n.tga for its normal map, which the engine finds by that suffix.
+
+#include "tools/convert/files.h"
+#include "tools/convert/images.h"
+#include "tools/report.h"
+
+#include <assimp/scene.h>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <tuple>
+
+namespace ravolt::tool {
+
+// What covers one surface, by the model's own paths; empty for none.
+struct Cover {
+    std::string color;
+    std::string opacity; // a map of its own, or `color` again when that picture's alpha counts
+    std::string normals;
+
+    auto operator<=>(const Cover &) const = default;
+};
+
+// The file made of a cover.
+struct CoverFile {
+    std::string name; // empty when there is none: not stated, not found or broken
+    bool seeThrough = false;
+};
+
+class Textures {
+  public:
+    struct Options {
+        std::filesystem::path modelFolder;
+        std::filesystem::path outputFolder;
+        std::string prefix;
+        unsigned int largest = largestTexture;
+    };
+
+    Textures(const aiScene &model, const Options &settings, Report &lines, WrittenFiles &files)
+        : scene(model), options(settings), report(lines), written(files) {}
+
+    // Each cover is written once. Pictures that are missing or broken are reported and left out;
+    // throws Failure only when a file cannot be written.
+    CoverFile file(const Cover &cover);
+
+  private:
+    Image read(const std::string &path);
+    Image fitted(Image image, const std::string &path, bool sRgb);
+    std::string freeName(const std::string &path);
+    void write(const std::string &name, const Image &image, bool withAlpha);
+    CoverFile make(const Cover &cover);
+
+    const aiScene &scene;
+    Options options;
+    Report &report;
+    WrittenFiles &written;
+    std::map<Cover, CoverFile> made;
+    std::set<std::string> names;
+};
+
+} // namespace ravolt::tool

@@ -1,0 +1,117 @@
+// Invariant: for every node, the product of the rigid transforms from the root down to it, times
+// its rest, is the product of the model's own matrices.
+
+#include "tools/convert/transforms.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace ravolt::tool {
+
+namespace {
+
+constexpr double degree = std::numbers::pi / 180;
+
+// The orthogonal factor of a matrix that is far from singular, by Newton's iteration towards the
+// nearest orthogonal matrix.
+Matrix orthogonalFactor(Matrix m) {
+    for (int turn = 0; turn < 100; ++turn) {
+        const Matrix inverseTranspose = cofactors(m) * (1 / determinantOf(m));
+        double change = 0;
+        for (int i = 0; i < 3; ++i)
+            for (int j = 0; j < 3; ++j) {
+                const double next = (m.row[i][j] + inverseTranspose.row[i][j]) / 2;
+                change = std::max(change, std::abs(next - m.row[i][j]));
+                m.row[i][j] = next;
+            }
+        if (change < 1e-15)
+            break;
+    }
+    return m;
+}
+
+// A rotation that goes with a flattened matrix: its columns give the axes that still have a
+// direction, the rest is made up.
+Matrix rotationOfFlat(const Matrix &m) {
+    int longest = 0;
+    for (int i = 1; i < 3; ++i)
+        if (length(m.column(i)) > length(m.column(longest)))
+            longest = i;
+    const int second = (longest + 1) % 3, third = (longest + 2) % 3;
+    const Vector first = unit(m.column(longest), {1, 0, 0});
+    const auto beside = [&](const Vector &v) { return v - first * dot(first, v); };
+    const Vector a = beside(m.column(second)), b = beside(m.column(third));
+    const Vector made = std::abs(first.x) < 0.6 ? Vector{1, 0, 0} : Vector{0, 1, 0};
+    // The second axis comes from its own column, or from the third one's when that says more.
+    const Vector next =
+        length(a) >= length(b) ? unit(a, unit(cross(first, made))) : cross(unit(b), first);
+    Vector axes[3];
+    axes[longest] = first;
+    axes[second] = next;
+    axes[third] = cross(first, next);
+    return matrixOfColumns(axes[0], axes[1], axes[2]);
+}
+
+// The rotation nearest to a matrix. Of a mirroring one it is the rotation that leaves a mirroring
+// along X behind.
+Matrix rotationOf(const Matrix &m) {
+    const double size = largestEntry(m);
+    if (size == 0)
+        return Matrix();
+    const Matrix normed = m * (1 / size);
+    if (std::abs(determinantOf(normed)) < 1e-9)
+        return rotationOfFlat(normed);
+    Matrix rotation = orthogonalFactor(normed);
+    if (determinantOf(rotation) < 0)
+        for (auto &row : rotation.row)
+            row[0] = -row[0];
+    return rotation;
+}
+
+double asFloat(double value) { return static_cast<double>(static_cast<float>(value)); }
+
+Vector asFloat(const Vector &v) { return {asFloat(v.x), asFloat(v.y), asFloat(v.z)}; }
+
+// An angle that differs from a round figure by no more than the model's own precision is that
+// figure.
+double tidy(double degrees) {
+    const double rounded = std::round(degrees * 1000) / 1000;
+    const double result = std::abs(degrees - rounded) < 2e-5 ? rounded : degrees;
+    return result == 0 ? 0.0 : result; // no negative zero
+}
+
+} // namespace
+
+Matrix rotationFromDegrees(const Vector &degrees) {
+    const double sx = std::sin(degrees.x * degree), cx = std::cos(degrees.x * degree);
+    const double sy = std::sin(degrees.y * degree), cy = std::cos(degrees.y * degree);
+    const double sz = std::sin(degrees.z * degree), cz = std::cos(degrees.z * degree);
+    const Matrix x{{{{1, 0, 0}, {0, cx, -sx}, {0, sx, cx}}}};
+    const Matrix y{{{{cy, 0, sy}, {0, 1, 0}, {-sy, 0, cy}}}};
+    const Matrix z{{{{cz, -sz, 0}, {sz, cz, 0}, {0, 0, 1}}}};
+    return x * y * z;
+}
+
+Vector degreesFromRotation(const Matrix &r) {
+    const double cosineOfY = std::hypot(r.row[0][0], r.row[0][1]);
+    // Straight up or down only the sum or the difference of the other two angles counts.
+    const bool locked = cosineOfY < 1e-9;
+    const double x =
+        locked ? std::atan2(r.row[2][1], r.row[1][1]) : std::atan2(-r.row[1][2], r.row[2][2]);
+    const double y = std::atan2(r.row[0][2], cosineOfY);
+    const double z = locked ? 0 : std::atan2(-r.row[0][1], r.row[0][0]);
+    return Vector{x, y, z} * (1 / degree);
+}
+
+Placement place(const Affine &local, const Matrix &parentRest) {
+    const Matrix whole = parentRest * local.linear;
+    const Vector exact = degreesFromRotation(rotationOf(whole));
+    Placement result;
+    result.position = asFloat(parentRest * local.offset);
+    result.degrees = asFloat(Vector{tidy(exact.x), tidy(exact.y), tidy(exact.z)});
+    result.rest = transposed(rotationFromDegrees(result.degrees)) * whole;
+    return result;
+}
+
+} // namespace ravolt::tool

@@ -1,0 +1,29 @@
+#pragma once
+
+// Transforms of nodes. A model places its nodes by any affine matrix; the scene format by a
+// position and a rotation alone. Each matrix is taken apart into those two and a rest (scale, shear
+// and mirroring) that goes into the vertices of the node and into the places of its children. All
+// of it in double precision.
+
+#include "tools/convert/algebra.h"
+
+namespace ravolt::tool {
+
+// Angles in degrees and the rotation that the engine makes of them: about X, then Y, then Z, each
+// by glRotatef, so that the matrix is X * Y * Z.
+Matrix rotationFromDegrees(const Vector &degrees);
+Vector degreesFromRotation(const Matrix &rotation);
+
+// Where a node stands relative to its parent, and what is left for its vertices and its children:
+//   parentRest * local = translation(position) * rotation(degrees) * rest
+// `position` and `degrees` are rounded to what a float holds, and `rest` makes up for the rounding
+// of the angles, so errors do not add up along a branch.
+struct Placement {
+    Vector position;
+    Vector degrees;
+    Matrix rest;
+};
+
+Placement place(const Affine &local, const Matrix &parentRest);
+
+} // namespace ravolt::tool

@@ -1,0 +1,152 @@
+// The command line of the content tool. Exit codes: 0 done, 1 the job failed, 2 the command line
+// makes no sense.
+
+#include "tools/commands.h"
+#include "tools/display.h"
+#include "tools/failure.h"
+#include "tools/quietStart.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <new>
+
+namespace {
+
+using namespace ravolt::tool;
+
+struct Options {
+    ConvertOptions convert;
+    ShotOptions shot;
+    ViewOptions view;
+    Talk talk;
+    std::string size = "960x640";
+    std::string sdlFolder;
+};
+
+WindowSize sizeFrom(const std::string &text) {
+    WindowSize size;
+    char rest = 0;
+    if (std::sscanf(text.c_str(), "%dx%d%c", &size.width, &size.height, &rest) != 2 ||
+        size.width < 1 || size.height < 1 || size.width > 8192 || size.height > 8192)
+        throw Failure("--size " + text + ": expected WIDTHxHEIGHT, each from 1 to 8192");
+    return size;
+}
+
+void addTalk(CLI::App &command, Options &options) {
+    CLI::Option *quiet =
+        command.add_flag("-q,--quiet", options.talk.quiet, "Say nothing but errors");
+    command.add_flag("-v,--verbose", options.talk.verbose, "Say everything, the engine's log too")
+        ->excludes(quiet);
+}
+
+CLI::App *addConvert(CLI::App &app, Options &options) {
+    CLI::App *command = app.add_subcommand(
+        "convert", "Make a scene file (RVE), with its textures (TGA), of a model");
+    ConvertOptions &to = options.convert;
+    command->add_option("MODEL", to.model, "Any model that assimp reads: glTF, FBX, OBJ, ...")
+        ->required();
+    command->add_option("-o,--output", to.scene, "The scene file; textures go beside it")
+        ->required();
+    command->add_flag("--normal-maps", to.normalMaps, "Write normal maps too, as NAME_n.tga");
+    command->add_option("--max-texture", to.largestTexture, "Longest side of a texture in pixels")
+        ->check(CLI::Range(1u, 4096u))
+        ->capture_default_str();
+    command->add_option("--scale", to.scale, "Factor for all lengths")->capture_default_str();
+    command->add_option("--prefix", to.prefix,
+                        "Put in front of the names of materials and textures; the engine shares "
+                        "materials of the same name between scenes");
+    addTalk(*command, options);
+    return command;
+}
+
+void addShow(CLI::App &command, Options &options, ShowOptions &to) {
+    command.add_option("SCENE", to.input, "A scene file, or a model, which is converted first")
+        ->required();
+    command.add_option("--size", options.size, "Size of the picture in pixels, WIDTHxHEIGHT")
+        ->capture_default_str();
+    std::string rigs = "Lights:";
+    for (int i = 0; i < 5; ++i)
+        rigs += (i ? ", " : " ") + std::to_string(i) + " " + Stage::rigName(i);
+    command.add_option("--rig", to.rig, rigs)->capture_default_str();
+    command.add_option("--yaw", to.yaw, "Degrees round the scene")->capture_default_str();
+    command.add_option("--pitch", to.pitch, "Degrees above it, -89 to 89")->capture_default_str();
+    command.add_option("--zoom", to.zoom, "1 shows the whole scene, 2 half of it")
+        ->capture_default_str();
+    command.add_flag("--wireframe", to.wireframe, "Show lines only");
+    command.add_flag("--normals", to.normals, "Show normals, one unit long");
+    command.add_flag("--boxes", to.boxes, "Show bounding boxes");
+    addTalk(command, options);
+}
+
+CLI::App *addView(CLI::App &app, Options &options) {
+    CLI::App *command = app.add_subcommand("view", "Show a scene or a model in a window");
+    addShow(*command, options, options.view);
+    command->add_flag("--spin", options.view.spin, "Turn by itself");
+    command->add_option("--seconds", options.view.seconds, "End by itself after that time");
+    command->footer(viewKeys());
+    return command;
+}
+
+CLI::App *addShot(CLI::App &app, Options &options) {
+    CLI::App *command =
+        app.add_subcommand("shot", "Draw pictures of a scene or a model, without a display too");
+    addShow(*command, options, options.shot);
+    command->add_option("-o,--output", options.shot.output, "The picture to write, a PNG file")
+        ->required();
+    command
+        ->add_option("--frames", options.shot.frames,
+                     "Go once round the scene in that many pictures, OUT_000.png and so on")
+        ->check(CLI::Range(1, 10000))
+        ->capture_default_str();
+    command->add_option("--sdl", options.sdlFolder,
+                        "Folder of SDL 1.2's interface over SDL 2, which draws without a display "
+                        "(looked for in /usr/lib)");
+    return command;
+}
+
+int run(int argc, char **argv) {
+    CLI::App app("Makes and shows scenes of the Ravolt engine.", "ravolt");
+    Options options;
+    app.require_subcommand(1);
+    app.footer("ravolt COMMAND --help tells the options of a command.\n"
+               "Exit codes: 0 done, 1 the job failed, 2 wrong options.");
+    CLI::App *convert = addConvert(app, options);
+    CLI::App *view = addView(app, options);
+    CLI::App *shot = addShot(app, options);
+    if (argc < 2) {
+        std::fputs(app.help().c_str(), stdout);
+        return 2;
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? 0 : 2;
+    }
+
+    if (convert->parsed()) {
+        runConvert(options.convert, options.talk);
+    } else if (view->parsed()) {
+        options.view.size = sizeFrom(options.size);
+        requireDisplay();
+        runView(options.view, options.talk);
+    } else if (shot->parsed()) {
+        options.shot.size = sizeFrom(options.size);
+        requireDisplayOrOffscreen(argv, options.sdlFolder, options.talk.verbose);
+        runShot(options.shot, options.talk);
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    const QuietStart quiet;
+    try {
+        return run(argc, argv);
+    } catch (const std::bad_alloc &) {
+        std::fputs("ravolt: out of memory\n", stderr);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "ravolt: %s\n", error.what());
+    }
+    return 1;
+}

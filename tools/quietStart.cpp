@@ -1,0 +1,66 @@
+#include "tools/quietStart.h"
+
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <ravolt/zlf.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+namespace ravolt::tool {
+
+namespace {
+
+// Set before any constructor runs, so they are plain data.
+int userFolder = -1;
+int userOutput = -1;
+char logFolder[] = "/tmp/ravolt-log-XXXXXX";
+bool aside = false;
+
+// Of all code in the process this runs first: no library's constructor has run yet.
+void stepAside() {
+    userFolder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    userOutput = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (userOutput >= 0 && nowhere >= 0)
+        dup2(nowhere, STDOUT_FILENO);
+    if (nowhere >= 0)
+        close(nowhere);
+    // Without a way back the log stays where it always is.
+    aside = userFolder >= 0 && mkdtemp(logFolder) && chdir(logFolder) == 0;
+}
+
+[[gnu::section(".preinit_array"), gnu::used]] void (*const first)() = stepAside;
+
+} // namespace
+
+QuietStart::QuietStart() {
+    zlfSetConsoleEcho(false);
+    std::fflush(stdout);
+    if (userOutput >= 0) {
+        dup2(userOutput, STDOUT_FILENO);
+        close(userOutput);
+    }
+    if (userFolder >= 0) {
+        if (fchdir(userFolder) != 0)
+            std::perror("ravolt: cannot return to the working folder");
+        close(userFolder);
+    }
+}
+
+QuietStart::~QuietStart() { clear(); }
+
+std::filesystem::path QuietStart::log() {
+    return (aside ? std::filesystem::path(logFolder) : std::filesystem::path(".")) /
+           "ravolt_log.txt";
+}
+
+void QuietStart::clear() {
+    if (!aside)
+        return;
+    // The library still writes its closing lines, into a file that has no name any more.
+    std::error_code error;
+    std::filesystem::remove_all(logFolder, error);
+}
+
+} // namespace ravolt::tool

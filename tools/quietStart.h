@@ -1,0 +1,27 @@
+#pragma once
+
+// The engine's library opens its log in the working folder, and greets on standard output, as soon
+// as it is loaded: before main. The tool leaves no log in its user's folders and keeps its output
+// for itself, so it sends both aside before the library wakes up.
+
+#include <filesystem>
+
+namespace ravolt::tool {
+
+class QuietStart {
+  public:
+    // First thing in main: back to the user's folder and output, and no more echo of the log.
+    QuietStart();
+    // Removes the log.
+    ~QuietStart();
+    QuietStart(const QuietStart &) = delete;
+    QuietStart &operator=(const QuietStart &) = delete;
+
+    // The engine's log of this run.
+    static std::filesystem::path log();
+
+    // Removes the log now; for a process that is about to become another program.
+    static void clear();
+};
+
+} // namespace ravolt::tool

@@ -1,0 +1,35 @@
+#include "tools/scene.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace ravolt::tool {
+
+void say(const Report &report, const Talk &talk) {
+    if (talk.quiet)
+        return;
+    for (const std::string &line : report.warnings())
+        std::fprintf(stderr, "ravolt: warning: %s\n", line.c_str());
+    for (const std::string &line : report.notes())
+        if (talk.verbose)
+            std::fprintf(stderr, "ravolt: note: %s\n", line.c_str());
+}
+
+SceneToShow::SceneToShow(const std::filesystem::path &input, const Talk &talk) {
+    if (isScene(input)) {
+        scene = input;
+        return;
+    }
+    folder.emplace();
+    ConvertOptions options;
+    options.model = input;
+    options.scene = scene = folder->path() / "scene.rve";
+    Report report;
+    {
+        Progress progress(!talk.quiet);
+        convertModel(options, report, progress);
+    }
+    say(report, talk);
+}
+
+} // namespace ravolt::tool

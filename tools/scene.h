@@ -1,0 +1,29 @@
+#pragma once
+
+// The scene file that is to be shown: the one given, or one made of a model, in a temporary folder
+// that goes away with this object.
+
+#include "tools/commands.h"
+#include "tools/convert/files.h"
+
+#include <filesystem>
+#include <optional>
+
+namespace ravolt::tool {
+
+// Says a report on standard error, line by line.
+void say(const Report &report, const Talk &talk);
+
+class SceneToShow {
+  public:
+    // Throws Failure when there is no such file or the model cannot be converted.
+    SceneToShow(const std::filesystem::path &input, const Talk &talk);
+
+    const std::filesystem::path &file() const { return scene; }
+
+  private:
+    std::optional<TemporaryFolder> folder;
+    std::filesystem::path scene;
+};
+
+} // namespace ravolt::tool

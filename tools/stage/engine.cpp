@@ -1,0 +1,76 @@
+#include "tools/stage/engine.h"
+
+#include "tools/failure.h"
+
+#include <fstream>
+#include <ravolt/RAVOLT.h>
+#include <ravolt/RVSETTINGS.h>
+
+namespace ravolt::tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// "   [!] Invalid header in file a.rve @ RAVOLT::load" as "invalid header in file a.rve".
+std::string plainComplaint(const std::string &line) {
+    constexpr const char *mark = "[!] ";
+    std::string text = line.substr(line.find(mark) + 4);
+    const std::size_t place = text.rfind(" @ ");
+    if (place != std::string::npos)
+        text.erase(place);
+    return text;
+}
+
+} // namespace
+
+std::string Engine::complaint() const {
+    std::ifstream log(logFile);
+    std::string line, last = "the engine gave no reason";
+    while (std::getline(log, line))
+        if (line.find("[!] ") != std::string::npos)
+            last = plainComplaint(line);
+    return last;
+}
+
+Engine::Engine(WindowSize size, const std::string &title, bool resizable, const fs::path &log)
+    : logFile(fs::absolute(log)) {
+    RVSETTINGS settings;
+    settings.setTitle(title.c_str());
+    settings.setWindowX(size.width);
+    settings.setWindowY(size.height);
+    settings.setResizable(resizable);
+    settings.setColorDepth(24);
+    settings.setZetaDepth(24);
+    if (!RAVOLT::init(&settings))
+        throw Failure("cannot open a window: " + complaint());
+}
+
+Engine::~Engine() { RAVOLT::free(); }
+
+RVNODE *Engine::load(const fs::path &scene) {
+    std::error_code error;
+    const fs::path file = fs::absolute(scene);
+    fs::current_path(file.parent_path(), error);
+    RVNODE *root = error ? nullptr : RAVOLT::load(file.filename().c_str());
+    if (!root)
+        throw Failure(scene.string(), error ? error.message() : complaint());
+    return root;
+}
+
+bool isScene(const fs::path &file) {
+    std::error_code error;
+    if (!fs::exists(file, error))
+        throw Failure(file.string(), "no such file");
+    if (fs::is_directory(file, error))
+        throw Failure(file.string(), "is a folder, not a scene or a model");
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream)
+        throw Failure(file.string(), "cannot be read");
+    constexpr const char *magic = "RVE file v";
+    std::string start(10, '\0');
+    stream.read(start.data(), static_cast<std::streamsize>(start.size()));
+    return start == magic;
+}
+
+} // namespace ravolt::tool

@@ -1,0 +1,41 @@
+#pragma once
+
+// The engine in the tool's hands: started, fed with a scene, stopped, and its complaints made
+// into the tool's own.
+
+#include <filesystem>
+#include <string>
+
+class RVNODE;
+
+namespace ravolt::tool {
+
+struct WindowSize {
+    int width = 960;
+    int height = 640;
+};
+
+class Engine {
+  public:
+    // Opens the window; throws Failure with the engine's reason. `log` is the file that the engine
+    // writes its log to.
+    Engine(WindowSize size, const std::string &title, bool resizable,
+           const std::filesystem::path &log);
+    ~Engine();
+    Engine(const Engine &) = delete;
+    Engine &operator=(const Engine &) = delete;
+
+    // Loads a scene file and returns its root, which the engine owns. Throws Failure. Goes to the
+    // scene's folder, so that textures are found beside it by their bare names.
+    RVNODE *load(const std::filesystem::path &scene);
+
+  private:
+    std::string complaint() const;
+
+    std::filesystem::path logFile;
+};
+
+// Whether a file is a scene file rather than a model. Throws Failure when it cannot be read.
+bool isScene(const std::filesystem::path &file);
+
+} // namespace ravolt::tool
