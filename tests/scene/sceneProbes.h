@@ -100,8 +100,8 @@ template <class Node> class Probe : public Node {
   public:
     explicit Probe(Drawings &drawings) : drawn(drawings) {}
 
-    bool render(void *data) override {
-        RVELEMENT *element = static_cast<RVELEMENT *>(data);
+    bool render(void *entry) override {
+        RVELEMENT *element = static_cast<RVELEMENT *>(entry);
         drawn.push_back(
             {element->getNode(), *element->getMatrix(), element->getAuxId(), element->getParam1()});
         return true;

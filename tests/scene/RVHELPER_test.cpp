@@ -1,0 +1,181 @@
+#include "ravolt/RVHELPER.h"
+
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVOPENGL.h"
+#include "tests/support/engineFixture.h"
+
+#include <cmath>
+#include <string>
+
+using namespace ravolt::test;
+
+namespace {
+
+class HelperTest : public EngineTest {
+  protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        helper = new RVHELPER;
+        element.getMatrix()->setTranslation(0, 0, -6);
+    }
+
+    Calls recordRender() {
+        recorder.start();
+        EXPECT_TRUE(helper->render(&element));
+        return recorder.stop();
+    }
+
+    RVHELPER *helper = nullptr;
+    RVELEMENT element;
+};
+
+TEST_F(HelperTest, NewHelperHasItsDefaults) {
+    EXPECT_EQ(helper->getType(), RV_NODE_TYPE_HELPER);
+    EXPECT_EQ(helper->getName(), "[helper " + std::to_string(helper->getId()) + "]");
+    EXPECT_EQ(helper->getRadius(), 1);
+    EXPECT_EQ(helper->getThickness(), 1);
+    EXPECT_TRUE(helper->getColor() == Z3MVECTOR4D(1.0, 0.8, 0.2, 0.5));
+}
+
+TEST_F(HelperTest, AccessorsKeepWhatTheyAreGiven) {
+    helper->setRadius(7);
+    helper->setThickness(3);
+    helper->setColor(Z3MVECTOR4D(1, 2, 3, 4));
+    EXPECT_EQ(helper->getRadius(), 7);
+    EXPECT_EQ(helper->getThickness(), 3);
+    EXPECT_TRUE(helper->getColor() == Z3MVECTOR4D(1, 2, 3, 4));
+    helper->setColor(4, 3, 2, 1);
+    EXPECT_TRUE(helper->getColor() == Z3MVECTOR4D(4, 3, 2, 1));
+}
+
+TEST_F(HelperTest, SetsItsMaterialMatrixAndColorInOrder) {
+    helper->setThickness(2);
+    helper->setColor(0.5, 0.25, 0.125, 0.75);
+    const Calls calls = recordRender();
+    EXPECT_TRUE(calls.haveInOrder(
+        {{"glLoadMatrixf", 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, -6, 1},
+         {"glMaterialfv", GL_FRONT_AND_BACK, GL_EMISSION, 0.25, 0.125, 0.0625, 0.75},
+         {"glMaterialfv", GL_FRONT_AND_BACK, GL_AMBIENT, 0, 0, 0, 0},
+         {"glMaterialfv", GL_FRONT_AND_BACK, GL_DIFFUSE, 0.5, 0.25, 0.125, 0.75},
+         {"glMaterialfv", GL_FRONT_AND_BACK, GL_SPECULAR, 0, 0, 0, 0},
+         {"glMaterialf", GL_FRONT_AND_BACK, GL_SHININESS, 30},
+         {"glScalef", 1.01f, 1.01f, 1.01f},
+         {"glLineWidth", 2},
+         {"glColor4fv", 0.5, 0.25, 0.125, 0.75},
+         {"glBegin", GL_LINE_STRIP},
+         {"glEnable", GL_LIGHTING},
+         {"glEnable", GL_BLEND},
+         {"glBlendFunc", GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA},
+         {"glDisable", GL_BLEND}}));
+    EXPECT_EQ(calls.count("glScalef"), 1u);
+}
+
+TEST_F(HelperTest, DrawsTheEdgesAndFourSpaceDiagonals) {
+    helper->setMin(Z3MVECTOR3D(-1, -2, -3));
+    helper->setMax(Z3MVECTOR3D(4, 5, 6));
+    const Calls calls = recordRender().named({"glBegin", "glVertex3f", "glEnd"});
+    constexpr double x = -1, y = -2, z = -3, X = 4, Y = 5, Z = 6;
+    EXPECT_EQ(calls, (Calls{{"glBegin", GL_LINE_STRIP}, {"glVertex3f", X, y, z},
+                            {"glVertex3f", x, Y, z},    {"glVertex3f", X, Y, z},
+                            {"glVertex3f", X, Y, Z},    {"glVertex3f", x, Y, Z},
+                            {"glVertex3f", x, Y, z},    {"glEnd"},
+                            {"glBegin", GL_LINE_STRIP}, {"glVertex3f", X, Y, Z},
+                            {"glVertex3f", x, y, z},    {"glVertex3f", X, y, z},
+                            {"glVertex3f", X, y, Z},    {"glVertex3f", x, y, Z},
+                            {"glVertex3f", x, y, z},    {"glEnd"},
+                            {"glBegin", GL_LINES},      {"glVertex3f", X, y, z},
+                            {"glVertex3f", x, Y, Z},    {"glVertex3f", x, y, Z},
+                            {"glVertex3f", X, Y, z},    {"glVertex3f", x, y, z},
+                            {"glVertex3f", x, Y, z},    {"glVertex3f", X, y, z},
+                            {"glVertex3f", X, Y, z},    {"glVertex3f", x, y, Z},
+                            {"glVertex3f", x, Y, Z},    {"glVertex3f", X, y, Z},
+                            {"glVertex3f", X, Y, Z},    {"glEnd"}}));
+}
+
+TEST_F(HelperTest, DrawsTheFarSideOfTheSolidFirst) {
+    RVOPENGL::cullingOff();
+    const Calls calls = recordRender().where([](const Call &call) {
+        const bool culling =
+            call == Call("glEnable", GL_CULL_FACE) || call == Call("glDisable", GL_CULL_FACE);
+        return culling || call.name == "glCullFace" || call.name == "glDrawArrays";
+    });
+    EXPECT_EQ(calls, (Calls{{"glEnable", GL_CULL_FACE},
+                            {"glCullFace", GL_FRONT},
+                            {"glDrawArrays", GL_TRIANGLES, 0, 36},
+                            {"glCullFace", GL_BACK},
+                            {"glDrawArrays", GL_TRIANGLES, 0, 36},
+                            {"glDisable", GL_CULL_FACE}}));
+}
+
+TEST_F(HelperTest, RestoresCulling) {
+    RVOPENGL::cullingOn();
+    helper->render(&element);
+    EXPECT_TRUE(RVOPENGL::isCulled());
+    EXPECT_TRUE(glIsEnabled(GL_CULL_FACE));
+    RVOPENGL::cullingOff();
+    helper->render(&element);
+    EXPECT_FALSE(RVOPENGL::isCulled());
+    EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
+}
+
+TEST_F(HelperTest, LeavesBlendingOffAndLightingOn) {
+    RVOPENGL::blendingOn();
+    RVLIGHT::lightingOff();
+    helper->render(&element);
+    EXPECT_FALSE(RVOPENGL::isBlended());
+    EXPECT_FALSE(glIsEnabled(GL_BLEND));
+    EXPECT_TRUE(RVLIGHT::getLighting());
+    EXPECT_TRUE(glIsEnabled(GL_LIGHTING));
+    EXPECT_TRUE(glIsEnabled(GL_VERTEX_ARRAY));
+    EXPECT_TRUE(glIsEnabled(GL_NORMAL_ARRAY));
+    EXPECT_FALSE(glIsEnabled(GL_COLOR_ARRAY));
+    EXPECT_FALSE(glIsEnabled(GL_TEXTURE_COORD_ARRAY));
+}
+
+TEST_F(HelperTest, BindsNoBufferWhereThereAreBuffers) {
+    const std::size_t expected = RVOPENGL::useVBO() ? 2 : 0;
+    EXPECT_EQ(recordRender().count(Call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0)), expected);
+}
+
+// The material cache forgets what the helper has overwritten.
+TEST_F(HelperTest, NextMaterialIsAppliedAnew) {
+    RVMATERIAL *material = new RVMATERIAL;
+    material->render(nullptr);
+    helper->render(&element);
+    recorder.start();
+    material->render(nullptr);
+    EXPECT_TRUE(recorder.stop().contains("glMaterialfv"));
+}
+
+TEST_F(HelperTest, RadiusDoesNotChangeTheDrawing) {
+    helper->render(&element);
+    const Calls before = recordRender();
+    helper->setRadius(100);
+    EXPECT_EQ(recordRender(), before);
+}
+
+TEST_F(HelperTest, BoxOfOnePointIsNoFailure) {
+    helper->setMin(Z3MVECTOR3D(1, 1, 1));
+    helper->setMax(Z3MVECTOR3D(1, 1, 1));
+    helper->setPosition(0, 0, -5);
+    drawFrame(nullptr, helper);
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    EXPECT_NOTHING_LOGGED();
+}
+
+// Both sides of a box that is half as opaque show: the near face over the far one.
+TEST_F(HelperTest, SolidIsSeenThrough) {
+    RVOPENGL::setBackgroundColor(0, 0, 0, 1);
+    helper->setColor(0, 1, 0, 0.5);
+    helper->setMin(Z3MVECTOR3D(-2, -3, -1));
+    helper->setMax(Z3MVECTOR3D(2, 3, 1));
+    helper->setPosition(0, 0, -8);
+    drawFrame(nullptr, helper);
+    // Emission alone, 0.5 in green, blended by half twice: 0.25, then 0.375. Off the diagonals.
+    EXPECT_PIXEL(pixelAt(width / 2 + 6, height / 2 + 1), (Pixel{0, 96, 0}), 2);
+    EXPECT_PIXEL(pixelAt(2, 2), (Pixel{0, 0, 0}), 0);
+}
+
+} // namespace

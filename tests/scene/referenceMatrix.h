@@ -1,0 +1,83 @@
+#pragma once
+
+// The modelview stack's arithmetic once more, in double precision and in plain sight.
+
+#include "ravolt/Z3MMATRIX.h"
+#include "ravolt/Z3MVECTOR3D.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace ravolt::test {
+
+// Columns of four, as OpenGL keeps them. Each step is multiplied on the right.
+struct ReferenceMatrix {
+    double e[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+    ReferenceMatrix &multiply(const double *other) {
+        double product[16];
+        for (int column = 0; column < 4; ++column)
+            for (int row = 0; row < 4; ++row) {
+                double sum = 0;
+                for (int k = 0; k < 4; ++k)
+                    sum += e[4 * k + row] * other[4 * column + k];
+                product[4 * column + row] = sum;
+            }
+        std::copy(product, product + 16, e);
+        return *this;
+    }
+    ReferenceMatrix &multiply(const Z3MMATRIX &other) {
+        double wide[16];
+        std::copy(other.e, other.e + 16, wide);
+        return multiply(wide);
+    }
+    ReferenceMatrix &translate(double x, double y, double z) {
+        const double step[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, y, z, 1};
+        return multiply(step);
+    }
+    ReferenceMatrix &turnX(double degrees) {
+        const double c = cosine(degrees), s = sine(degrees);
+        const double step[16] = {1, 0, 0, 0, 0, c, s, 0, 0, -s, c, 0, 0, 0, 0, 1};
+        return multiply(step);
+    }
+    ReferenceMatrix &turnY(double degrees) {
+        const double c = cosine(degrees), s = sine(degrees);
+        const double step[16] = {c, 0, -s, 0, 0, 1, 0, 0, s, 0, c, 0, 0, 0, 0, 1};
+        return multiply(step);
+    }
+    ReferenceMatrix &turnZ(double degrees) {
+        const double c = cosine(degrees), s = sine(degrees);
+        const double step[16] = {c, s, 0, 0, -s, c, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+        return multiply(step);
+    }
+    // Position plus origin, then the turns.
+    ReferenceMatrix &node(const Z3MVECTOR3D &place, const Z3MVECTOR3D &rotation) {
+        translate(place.x, place.y, place.z);
+        return turnX(rotation.x).turnY(rotation.y).turnZ(rotation.z);
+    }
+
+  private:
+    static double cosine(double degrees) { return std::cos(degrees * std::numbers::pi / 180); }
+    static double sine(double degrees) { return std::sin(degrees * std::numbers::pi / 180); }
+};
+
+// Each element within `tolerance`, relative to numbers above one.
+inline testing::AssertionResult isNear(const float *actual, const ReferenceMatrix &expected,
+                                       double tolerance = 1e-5) {
+    for (int index = 0; index < 16; ++index) {
+        const double allowed = tolerance * std::max(1.0, std::abs(expected.e[index]));
+        if (!(std::abs(actual[index] - expected.e[index]) <= allowed))
+            return testing::AssertionFailure() << "element " << index << " is " << actual[index]
+                                               << " and not " << expected.e[index];
+    }
+    return testing::AssertionSuccess();
+}
+inline testing::AssertionResult isNear(const Z3MMATRIX &actual, const ReferenceMatrix &expected,
+                                       double tolerance = 1e-5) {
+    return isNear(actual.e, expected, tolerance);
+}
+
+} // namespace ravolt::test
