@@ -1,9 +1,16 @@
-// Objects with ids that exist before main and go after it, without any start of the engine.
+// Objects that exist before main and go after it, without any start of the engine: they have their
+// ids and reach the log from their first line to their last.
 
 #include "ravolt.h"
 
 namespace {
 
+struct Witness {
+    Witness() { zlfLog("   Static objects are built\n"); }
+    ~Witness() { zlfLog("   Static objects are gone\n"); }
+};
+
+Witness witness;
 RVNODE first;
 RVMATERIAL second;
 

@@ -94,6 +94,15 @@ class ResizableWindowTest : public EngineTest {
     ResizableWindowTest() { settings.setResizable(true); }
 };
 
+// Large enough for the whole splash.
+class SplashTest : public EngineTest {
+  protected:
+    SplashTest() {
+        settings.setWindowX(300);
+        settings.setWindowY(280);
+    }
+};
+
 class CaveWindowTest : public EngineTest {
   protected:
     CaveWindowTest() { settings.setCAVESplashScreen(true); }
@@ -245,6 +254,12 @@ TEST_F(CaveWindowTest, IsOnTopWithItsSize) {
     ravolt::SystemWindow().keepOnTop();
     EXPECT_EQ(other.topmost(), engineWindow());
     XDestroyWindow(other.display, cover);
+}
+
+// The software drivers keep what they have shown in the buffer that is read here.
+TEST_F(SplashTest, StandsUprightInTheMiddleOfAWhiteWindow) {
+    EXPECT_PICTURE(readFrame(), "RVSETTINGS_splash",
+                   Tolerance{.maximum = 2, .mean = 0.1, .reason = "filtering between drivers"});
 }
 
 TEST_F(WindowContextTest, RunsEndWithAMemoryRatioOfZero) {
