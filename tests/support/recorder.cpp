@@ -1,7 +1,4 @@
-// The recorder's own members, and the heap's lies. The heap's functions are wrapped by the linker
-// (--wrap), so that only the program's own code meets them. They run before main and before any
-// static object is built: what they use is initialised at compile time.
-
+#include "tests/support/heap.h"
 #include "tests/support/recorderState.h"
 
 #include <GL/gl.h>
@@ -9,29 +6,11 @@
 #include <SDL/SDL.h>
 #include <dlfcn.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <new>
 #include <utility>
 
 namespace ravolt::test {
-namespace {
-
-struct Heap {
-    std::size_t failFrom = 0; // 0: no failures
-    Refusal refusal;
-    std::atomic<unsigned long> allocations{0};
-
-    bool refuses(std::size_t bytes) {
-        allocations.fetch_add(1, std::memory_order_relaxed);
-        return failFrom && bytes >= failFrom && !Inside::isTrue() && refusal.takes();
-    }
-};
-constinit Heap heap;
-
-} // namespace
-
 thread_local int Inside::depth = 0;
 
 // The libraries as they are known to every program, should the linker have left them out.
@@ -148,46 +127,3 @@ unsigned long Recorder::allocations() const {
 }
 
 } // namespace ravolt::test
-
-extern "C" {
-
-void *__real_malloc(std::size_t bytes);
-void *__real_calloc(std::size_t number, std::size_t bytes);
-void *__real_realloc(void *block, std::size_t bytes);
-void *__real__Znwm(std::size_t bytes);
-void *__real__Znam(std::size_t bytes);
-void *__real__ZnwmRKSt9nothrow_t(std::size_t bytes, const std::nothrow_t &);
-void *__real__ZnamRKSt9nothrow_t(std::size_t bytes, const std::nothrow_t &);
-
-void *__wrap_malloc(std::size_t bytes) {
-    return ravolt::test::heap.refuses(bytes) ? nullptr : __real_malloc(bytes);
-}
-
-void *__wrap_calloc(std::size_t number, std::size_t bytes) {
-    return ravolt::test::heap.refuses(number * bytes) ? nullptr : __real_calloc(number, bytes);
-}
-
-void *__wrap_realloc(void *block, std::size_t bytes) {
-    return ravolt::test::heap.refuses(bytes) ? nullptr : __real_realloc(block, bytes);
-}
-
-void *__wrap__Znwm(std::size_t bytes) {
-    if (ravolt::test::heap.refuses(bytes))
-        throw std::bad_alloc();
-    return __real__Znwm(bytes);
-}
-
-void *__wrap__Znam(std::size_t bytes) {
-    if (ravolt::test::heap.refuses(bytes))
-        throw std::bad_alloc();
-    return __real__Znam(bytes);
-}
-
-void *__wrap__ZnwmRKSt9nothrow_t(std::size_t bytes, const std::nothrow_t &tag) {
-    return ravolt::test::heap.refuses(bytes) ? nullptr : __real__ZnwmRKSt9nothrow_t(bytes, tag);
-}
-
-void *__wrap__ZnamRKSt9nothrow_t(std::size_t bytes, const std::nothrow_t &tag) {
-    return ravolt::test::heap.refuses(bytes) ? nullptr : __real__ZnamRKSt9nothrow_t(bytes, tag);
-}
-}

@@ -1,0 +1,72 @@
+# Shared by ./demo.sh and ./test.sh: packages and the virtual screen. Sourced, not run.
+
+# What a fresh Debian machine lacks. The building needs the first lines, the tests the rest.
+packages=(
+    cmake ninja-build g++ pkg-config ccache
+    libsdl1.2-dev libsdl1.2-compat libgl-dev libgl1-mesa-dri libglx-mesa0 libegl1 libegl-mesa0
+    libx11-dev
+    libassimp-dev libstb-dev libcli11-dev assimp-testmodels
+    xvfb
+    libgtest-dev libbenchmark-dev python3 clang-format
+)
+
+# Says what went wrong and what to do about it, and ends the script.
+fail() {
+    printf '\n%s: %s\n' "$(basename "$0")" "$*" >&2
+    exit 1
+}
+
+# Installs the packages that are not there yet.
+install_packages() {
+    local missing=() package administrator=()
+    for package in "${packages[@]}"; do
+        [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    command -v apt-get >/dev/null ||
+        fail "needs these Debian packages, and this is no Debian system: ${missing[*]}"
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null ||
+            fail "needs packages; as root run: apt-get install ${missing[*]}"
+        administrator=(sudo)
+    fi
+    echo "Installing ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    "${administrator[@]}" apt-get update -qq || fail "apt-get update failed; is there a network?"
+    "${administrator[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" ||
+        fail "could not install the packages; run: apt-get install ${missing[*]}"
+}
+
+# Starts a virtual screen on a free display, sets DISPLAY, and stops it when the script ends.
+start_display() {
+    local place
+    place=$(mktemp) || fail "no place for temporary files"
+    # Without -noreset the server begins anew, and refuses connections, each time that its last
+    # window has gone.
+    Xvfb -displayfd 3 -screen 0 1280x1024x24 -noreset -nolisten tcp 3>"$place" 2>"$place.log" &
+    display_server=$!
+    trap 'kill "$display_server" 2>/dev/null; wait "$display_server" 2>/dev/null' EXIT
+    local waited
+    for waited in $(seq 100); do
+        [ -s "$place" ] && break
+        kill -0 "$display_server" 2>/dev/null || break
+        sleep 0.1
+    done
+    [ -s "$place" ] || fail "the virtual screen did not start: $(cat "$place.log")"
+    DISPLAY=":$(tr -d '[:space:]' <"$place")"
+    export DISPLAY
+    rm -f "$place" "$place.log"
+}
+
+# configure_and_build PRESET [option of cmake ...]
+configure_and_build() {
+    local preset=$1 log
+    shift
+    log="build/$preset/configure.log"
+    mkdir -p "build/$preset"
+    cmake --preset "$preset" "$@" >"$log" 2>&1 ||
+        { cat "$log"; fail "cmake failed; delete build/$preset and try again"; }
+    cmake --build --preset "$preset" --parallel "$(nproc)" ||
+        fail "building '$preset' failed; the first error stands above"
+}

@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# Installs what is needed, builds, and runs every test: those of the `dev` build in both settings
+# (classic SDL 1.2 on a virtual screen, SDL 1.2 over SDL 2 without one), then those of the build
+# with the address and undefined-behaviour sanitizers.
+#
+#   ./test.sh          everything but the tests of label `exhaustive`
+#   ./test.sh --all    those too
+#   ./test.sh --help
+set -uo pipefail
+cd "$(dirname "$0")" || exit 1
+source scripts/common.sh
+
+left_out=(-LE exhaustive)
+case "${1:-}" in
+"") ;;
+--all) left_out=() ;;
+--help | -h)
+    sed -n '2,8s/^# \{0,1\}//p' "$0"
+    exit 0
+    ;;
+*) fail "unknown option $1; see ./test.sh --help" ;;
+esac
+
+# The pictures are those of the software driver, also where there is a graphics card.
+export LIBGL_ALWAYS_SOFTWARE=1
+# Leaks and errors of the libraries behind ours, each with its reason.
+export LSAN_OPTIONS="suppressions=$PWD/tests/support/leaks.supp:print_suppressions=0"
+export ASAN_OPTIONS="detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1"
+export UBSAN_OPTIONS="print_stacktrace=1"
+
+summary=()
+failures=0
+
+# run_tests PRESET [option of ctest ...]
+run_tests() {
+    local preset=$1 log="build/$1/ctest.log"
+    shift
+    echo
+    echo "Tests of build/$preset"
+    if ! ctest --test-dir "build/$preset" --output-on-failure --no-tests=error -j "$(nproc)" \
+        "${left_out[@]}" "$@" 2>&1 | tee "$log"; then
+        failures=$((failures + 1))
+    fi
+    summary+=("$preset: $(grep -E 'tests passed' "$log" || echo 'no summary: the runner failed')")
+    summary+=("$preset: $(grep -E '^Total Test time' "$log")")
+}
+
+install_packages
+start_display
+configure_and_build dev
+run_tests dev
+configure_and_build asan -DRAVOLT_TOOLS=OFF -DRAVOLT_EXAMPLES=OFF
+run_tests asan -L 'unit|trace|offscreen'
+
+echo
+printf '%s\n' "${summary[@]}"
+if [ "$failures" -ne 0 ]; then
+    fail "tests failed: they are named above with their output. Again, alone:
+  ctest --test-dir build/dev --rerun-failed --output-on-failure   (needs DISPLAY)
+A picture that looks different lies, with the expected one and the difference, in the folder that
+the test's output names."
+fi

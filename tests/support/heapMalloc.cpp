@@ -1,0 +1,12 @@
+// Apart from the other functions of the heap, so that a test program may bring its own malloc.
+
+#include "tests/support/heap.h"
+
+extern "C" {
+
+void *__real_malloc(std::size_t bytes);
+
+void *__wrap_malloc(std::size_t bytes) {
+    return ravolt::test::heap.refuses(bytes) ? nullptr : __real_malloc(bytes);
+}
+}
