@@ -1,0 +1,595 @@
+#include "ravolt/RVELEMENT.h"
+
+#include "ravolt/RVCAMERA.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+#include "tests/scene/referenceMatrix.h"
+#include "tests/scene/sceneProbes.h"
+#include "tests/support/engineFixture.h"
+
+#include <algorithm>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace ravolt::test;
+
+namespace {
+
+using Nodes = std::vector<const RVNODE *>;
+
+class ElementTest : public EngineTest {
+  protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        root = new RVNODE;
+    }
+    void TearDown() override {
+        RVELEMENT::clippingOff();
+        RVELEMENT::setClippingRadius(128);
+        EngineTest::TearDown();
+    }
+
+    template <class Node> Node *place(Node *node, float x, float y, float z) {
+        node->setPosition(x, y, z);
+        node->link(root);
+        return node;
+    }
+    CustomProbe *custom(float z = 0) { return place(new CustomProbe(drawn), 0, 0, z); }
+    LightProbe *light(float z = 0) { return place(new LightProbe(drawn), 0, 0, z); }
+    HelperProbe *helper(float z, float radius = 0) {
+        HelperProbe *node = place(new HelperProbe(drawn), 0, 0, z);
+        node->setRadius(radius);
+        return node;
+    }
+    MeshProbe *mesh(RVMATERIAL *material = nullptr, float z = 0) {
+        MeshProbe *node = place(new MeshProbe(drawn), 0, 0, z);
+        node->setMaterial(material);
+        return node;
+    }
+    static RVMATERIAL *material(float opacity = 1, RVTEXTURE *texture = nullptr) {
+        RVMATERIAL *result = new RVMATERIAL;
+        result->setTransparency(opacity);
+        result->setTexture(0, texture);
+        return result;
+    }
+
+    // A frame's list, without drawing it.
+    void passAll() {
+        RVELEMENT::reset();
+        glLoadIdentity();
+        root->pass();
+    }
+
+    // The nodes in the order in which a frame draws them.
+    Nodes drawingOrder() {
+        drawn.clear();
+        drawFrame(nullptr, root);
+        Nodes nodes;
+        for (const Drawn &drawing : drawn)
+            nodes.push_back(drawing.node);
+        return nodes;
+    }
+
+    RVNODE *root = nullptr;
+    Drawings drawn;
+};
+
+// --- Storage
+
+TEST_F(ElementTest, CapacityOf0AndOf5000Is4096) {
+    for (const unsigned int count : {0u, 5000u, 4097u, 4294967295u}) {
+        ASSERT_TRUE(RVELEMENT::free());
+        markLog();
+        EXPECT_TRUE(RVELEMENT::init(count));
+        EXPECT_EQ(RVELEMENT::getNumberOfElements(), 4096u);
+        EXPECT_LOGGED_EXACTLY("   4096 elements allocated\n");
+    }
+}
+
+TEST_F(ElementTest, CapacityIsWhatWasAskedFor) {
+    for (const unsigned int count : {1u, 4096u}) {
+        ASSERT_TRUE(RVELEMENT::free());
+        EXPECT_TRUE(RVELEMENT::init(count));
+        EXPECT_EQ(RVELEMENT::getNumberOfElements(), count);
+    }
+}
+
+TEST_F(ElementTest, SecondInitIsRefused) {
+    EXPECT_TRUE(RVELEMENT::isActive());
+    EXPECT_FALSE(RVELEMENT::init(7));
+    EXPECT_LOGGED_EXACTLY("   [!] Already active @ RVELEMENT::init\n");
+    EXPECT_NE(RVELEMENT::getNumberOfElements(), 7u);
+}
+
+TEST_F(ElementTest, FreeEmptiesAndIsFalseWhenThereIsNothing) {
+    light();
+    passAll();
+    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 1u);
+    EXPECT_TRUE(RVELEMENT::free());
+    EXPECT_FALSE(RVELEMENT::isActive());
+    EXPECT_EQ(RVELEMENT::getNumberOfElements(), 0u);
+    EXPECT_EQ(RVELEMENT::getLight(0), nullptr);
+    EXPECT_FALSE(RVELEMENT::sort3D());
+    EXPECT_FALSE(RVELEMENT::sort2D());
+    EXPECT_FALSE(RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0)));
+    markLog();
+    EXPECT_FALSE(RVELEMENT::free());
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(ElementTest, NothingIsKeptWhenTheStorageCannotBeMade) {
+    constexpr unsigned int count = 1000;
+    ASSERT_TRUE(RVELEMENT::free());
+    markLog();
+    recorder.failAllocation(count * sizeof(RVELEMENT));
+    EXPECT_FALSE(RVELEMENT::init(count));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVELEMENT::init\n");
+    EXPECT_FALSE(RVELEMENT::isActive());
+    EXPECT_EQ(RVELEMENT::getNumberOfElements(), 0u);
+    EXPECT_TRUE(RVELEMENT::init(count));
+}
+
+TEST_F(ElementTest, NothingIsKeptWhenTheOrderCannotBeMade) {
+    constexpr unsigned int count = 1000;
+    ASSERT_TRUE(RVELEMENT::free());
+    markLog();
+    recorder.failAllocation(count * sizeof(RVELEMENT *), 1);
+    EXPECT_FALSE(RVELEMENT::init(count));
+    recorder.allocationsWork();
+    zlfFree(nullptr); // the allocator counts its failures as blocks
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVELEMENT::init\n");
+    EXPECT_FALSE(RVELEMENT::isActive());
+    EXPECT_EQ(RVELEMENT::getNumberOfElements(), 0u);
+    EXPECT_TRUE(RVELEMENT::init(count));
+}
+
+TEST_F(ElementTest, ResetEmptiesTheList) {
+    light();
+    custom();
+    passAll();
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 2u);
+    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 1u);
+    RVELEMENT::reset();
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
+    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 0u);
+    EXPECT_EQ(RVELEMENT::getLight(0), nullptr);
+}
+
+TEST_F(ElementTest, NewEntryIsEmpty) {
+    RVELEMENT entry;
+    EXPECT_EQ(entry.getNode(), nullptr);
+    EXPECT_TRUE(isNear(*entry.getMatrix(), ReferenceMatrix(), 0));
+    entry.setParam1(9);
+    EXPECT_EQ(entry.getParam1(), 9u);
+    RVELEMENT other;
+    entry.setNearestLight(3, &other);
+    EXPECT_EQ(entry.getNearestLight(3), &other);
+    EXPECT_EQ(entry.getNearestLight(0), nullptr);
+}
+
+// --- Pass
+
+TEST_F(ElementTest, PassOfNullIsRefused) {
+    EXPECT_FALSE(RVELEMENT::pass(nullptr, true));
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVELEMENT::pass\n");
+}
+
+TEST_F(ElementTest, PlainNodesTakeNoEntry) {
+    RVNODE *plain = place(new RVNODE, 1, 2, 3);
+    CustomProbe *below = new CustomProbe(drawn);
+    below->setPosition(10, 0, 0);
+    below->setAuxId(42);
+    below->link(plain);
+    EXPECT_EQ(drawingOrder(), (Nodes{below}));
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    EXPECT_TRUE(isNear(drawn[0].matrix, ReferenceMatrix().translate(11, 2, 3)));
+    EXPECT_EQ(drawn[0].auxId, 42u);
+}
+
+TEST_F(ElementTest, ListHoldsTheNodesInTheOrderOfThePass) {
+    CustomProbe *a = custom();
+    MeshProbe *b = mesh();
+    CustomProbe *c = custom();
+    CustomProbe *below = new CustomProbe(drawn);
+    below->link(a);
+    EXPECT_EQ(drawingOrder(), (Nodes{a, below, b, c}));
+}
+
+TEST_F(ElementTest, HiddenMeshTakesNoEntryAndItsChildrenDo) {
+    MeshProbe *hidden = mesh();
+    hidden->setDisplayStatus(false);
+    CustomProbe *below = new CustomProbe(drawn);
+    below->link(hidden);
+    EXPECT_EQ(drawingOrder(), (Nodes{below}));
+    hidden->setDisplayStatus(true);
+    EXPECT_EQ(drawingOrder(), (Nodes{hidden, below}));
+}
+
+TEST_F(ElementTest, EachPassedNodeHasTheFramesStamp) {
+    MeshProbe *hidden = mesh();
+    hidden->setDisplayStatus(false);
+    CustomProbe *below = new CustomProbe(drawn);
+    below->link(hidden);
+    CustomProbe *elsewhere = new CustomProbe(drawn);
+    drawingOrder();
+    const int stamp = static_cast<int>(RAVOLT::getTimeStamp());
+    EXPECT_EQ(root->getTimeStamp(), stamp);
+    EXPECT_EQ(hidden->getTimeStamp(), stamp);
+    EXPECT_EQ(below->getTimeStamp(), stamp);
+    EXPECT_EQ(elsewhere->getTimeStamp(), 0);
+}
+
+TEST_F(ElementTest, CachedMatrixOfAHiddenMeshIsStale) {
+    MeshProbe *node = mesh(nullptr, -3);
+    drawingOrder();
+    node->setPosition(0, 0, -9);
+    node->setDisplayStatus(false);
+    drawingOrder();
+    EXPECT_EQ(node->getCachedMatrix()->e[14], -3);
+}
+
+TEST_F(ElementTest, EmptyPlacesAmongTheChildrenAreSkipped) {
+    const Bytes body = plainNodeBody("holder", 2);
+    const auto bytes = body.exact();
+    long cursor = 0;
+    RVNODE *holder = RVNODE::load(bytes.get(), &cursor);
+    holder->link(root);
+    CustomProbe *after = custom();
+    markLog();
+    EXPECT_EQ(drawingOrder(), (Nodes{after}));
+    EXPECT_NOTHING_LOGGED();
+}
+
+// --- Capacity
+
+TEST_F(ElementTest, SceneTooComplexDropsWhatDoesNotFit) {
+    ASSERT_TRUE(RVELEMENT::free());
+    ASSERT_TRUE(RVELEMENT::init(2));
+    CustomProbe *a = custom(), *b = custom(), *dropped = custom();
+    CustomProbe *below = new CustomProbe(drawn);
+    below->link(dropped);
+    markLog();
+    EXPECT_EQ(drawingOrder(), (Nodes{a, b}));
+    EXPECT_LOGGED_EXACTLY("   [!] Scene too complex @ RVELEMENT::pass\n");
+    markLog();
+    EXPECT_FALSE(RVELEMENT::pass(dropped, true));
+    EXPECT_LOGGED("   [!] Scene too complex @ RVELEMENT::pass");
+    EXPECT_TRUE(dropped->pass(true));
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 2u);
+}
+
+TEST_F(ElementTest, InactiveListIsFull) {
+    ASSERT_TRUE(RVELEMENT::free());
+    EXPECT_FALSE(RVELEMENT::pass(custom(), true));
+    EXPECT_LOGGED("   [!] Scene too complex @ RVELEMENT::pass");
+}
+
+// --- Clipping
+
+TEST_F(ElementTest, ClippingIsOffAtFirstWithARadiusOf128) {
+    EXPECT_EQ(RVELEMENT::getClippingRadius(), 128);
+    helper(-1e6f);
+    passAll();
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+}
+
+TEST_F(ElementTest, ClipsHelpersBeyondTheRadiusAndTwiceTheirOwn) {
+    HelperProbe *node = helper(-200, 36);
+    node->setName("far %d");
+    RVELEMENT::clippingOn();
+    EXPECT_EQ(drawingOrder(), (Nodes{node})); // 128 + 72 is not less than 200
+    EXPECT_NOTHING_LOGGED();
+    node->setRadius(35.5f);
+    EXPECT_EQ(drawingOrder(), Nodes());
+    EXPECT_LOGGED_EXACTLY(" (clipped) far %d at distance 200.00\n");
+    node->setPosition(3, 0, -4);
+    RVELEMENT::setClippingRadius(-67);
+    markLog();
+    EXPECT_EQ(drawingOrder(), Nodes());
+    EXPECT_LOGGED_EXACTLY(" (clipped) far %d at distance 5.00\n");
+    RVELEMENT::clippingOff();
+    EXPECT_EQ(drawingOrder(), (Nodes{node}));
+}
+
+TEST_F(ElementTest, ClipsMeshesByTheirRadius) {
+    RVMESH *node = loadMesh(meshBody("rock", 10));
+    node->setPosition(0, -149, 0);
+    node->link(root);
+    RVELEMENT::clippingOn();
+    markLog();
+    passAll();
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
+    EXPECT_LOGGED_EXACTLY(" (clipped) rock at distance 149.00\n");
+    node->setPosition(0, -147, 0);
+    passAll();
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+}
+
+TEST_F(ElementTest, ClipsByTheDistanceFromTheEye) {
+    RVCAMERA camera;
+    camera.setPosition(0, 0, -1000);
+    HelperProbe *node = helper(-1010);
+    RVELEMENT::clippingOn();
+    RAVOLT::begin3D(&camera);
+    root->pass();
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    RAVOLT::end3D(true);
+    EXPECT_EQ(node->getCachedMatrix()->e[14], -10);
+}
+
+TEST_F(ElementTest, ClippedMeshStillTestsItsChildren) {
+    MeshProbe *far = mesh(nullptr, -500);
+    HelperProbe *near = new HelperProbe(drawn);
+    near->setPosition(0, 0, 490);
+    near->link(far);
+    RVELEMENT::clippingOn();
+    EXPECT_EQ(drawingOrder(), (Nodes{near}));
+    EXPECT_EQ(far->getTimeStamp(), static_cast<int>(RAVOLT::getTimeStamp()));
+}
+
+TEST_F(ElementTest, LightsCamerasAndCustomNodesAreNeverClipped) {
+    LightProbe *farLight = light(-5000);
+    Probe<RVCAMERA> *farCamera = place(new Probe<RVCAMERA>(drawn), 0, 0, -5000);
+    CustomProbe *farNode = custom(-5000);
+    RVELEMENT::clippingOn();
+    EXPECT_EQ(drawingOrder(), (Nodes{farLight, farCamera, farNode}));
+    EXPECT_NOTHING_LOGGED();
+}
+
+// --- Skeletons
+
+TEST_F(ElementTest, PassSkeletonRefusesNull) {
+    RVMESH *skinned = new RVMESH;
+    EXPECT_FALSE(RVELEMENT::passSkeleton(nullptr, skinned));
+    EXPECT_FALSE(RVELEMENT::passSkeleton(skinned, nullptr));
+    EXPECT_LOGGED_TIMES(2, "   [!] Invalid params @ RVELEMENT::skeletonPass");
+}
+
+TEST_F(ElementTest, The257thSkinnedMeshFindsTheCacheFull) {
+    std::vector<RVMESH *> skinned;
+    for (int number = 0; number < 257; ++number) {
+        skinned.push_back(loadMesh(meshBody("skin", 1, {"bone"})));
+        skinned.back()->setAuxId(static_cast<unsigned int>(1000 + number));
+        skinned.back()->link(root);
+    }
+    RAVOLT::begin3D(nullptr);
+    markLog();
+    root->pass();
+    EXPECT_LOGGED_EXACTLY("   [!] Skeleton cache full @ RVELEMENT::pass\n");
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 257u);
+    RVELEMENT::reset();
+}
+
+TEST_F(ElementTest, SkinnedRootHasNoSkeletonSpace) {
+    RVMESH *skinned = loadMesh(meshBody("skin", 1, {"bone"}));
+    RAVOLT::begin3D(nullptr);
+    markLog();
+    skinned->pass();
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVELEMENT::skeletonPass\n");
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    RVELEMENT::reset();
+}
+
+// From an identity through the parent's own transform down to each bone, which is read where it
+// stands; other nodes are walked through. A bone that no node moves is not read.
+TEST_F(ElementTest, SkeletonPassReadsEachBoneInTheSpaceOfTheParent) {
+    root->setPosition(1, 0, 0);
+    RVNODE *joint = place(new RVNODE, 0, 4, 0);
+    RVMESH *bone = loadMesh(meshBody("bone", 1)), *other = loadMesh(meshBody("other", 1));
+    bone->setPosition(0, 0, 5);
+    bone->link(joint);
+    other->setPosition(0, 0, 6);
+    other->link(root);
+    RVMESH *skinned = loadMesh(meshBody("skin", 1, {"nobody", "bone"}));
+    skinned->setPosition(0, 2, 0);
+    skinned->link(root);
+    ASSERT_TRUE(skinned->resetBones(root));
+    for (RVMESH *node : {bone, other})
+        node->setDisplayStatus(false);
+
+    RAVOLT::begin3D(nullptr);
+    recorder.start();
+    root->pass();
+    const Calls calls = recorder.stop().named(
+        {"glPushMatrix", "glPopMatrix", "glLoadIdentity", "glTranslatef", "glGetFloatv"});
+    const Calls skeleton{{"glPushMatrix"},
+                         {"glLoadIdentity"},
+                         {"glPushMatrix"},
+                         {"glTranslatef", 1, 0, 0},
+                         {"glPushMatrix"},
+                         {"glTranslatef", 0, 4, 0},
+                         {"glPushMatrix"},
+                         {"glTranslatef", 0, 0, 5},
+                         {"glGetFloatv", GL_MODELVIEW_MATRIX},
+                         {"glPopMatrix"},
+                         {"glPopMatrix"},
+                         {"glPushMatrix"},
+                         {"glTranslatef", 0, 0, 6},
+                         {"glPopMatrix"},
+                         {"glPushMatrix"},
+                         {"glTranslatef", 0, 2, 0},
+                         {"glPopMatrix"},
+                         {"glPopMatrix"},
+                         {"glPopMatrix"}};
+    // Behind it, the pass leaves the mesh and the root.
+    ASSERT_GE(calls.size(), skeleton.size() + 2);
+    const auto end = calls.end() - 2;
+    EXPECT_EQ(Calls(std::vector<Call>(end - static_cast<std::ptrdiff_t>(skeleton.size()), end)),
+              skeleton);
+    EXPECT_EQ(calls.count("glGetFloatv"), 2u); // the mesh itself, and one bone
+    RVELEMENT::reset();
+}
+
+// The walk starts with the parent's own transform, from an identity: the pass around it, its
+// matrix too, goes on as before.
+TEST_F(ElementTest, SkeletonPassLeavesThePassAsItWas) {
+    RVMESH *skinned = loadMesh(meshBody("skin", 1, {"bone"}));
+    root->setPosition(1, 0, 0);
+    skinned->setPosition(0, 2, 0);
+    skinned->link(root);
+    CustomProbe *after = custom();
+    after->setPosition(0, 0, 3);
+    RAVOLT::begin3D(nullptr);
+    root->pass();
+    EXPECT_TRUE(isNear(*skinned->getCachedMatrix(), ReferenceMatrix().translate(1, 2, 0)));
+    EXPECT_TRUE(isNear(*after->getCachedMatrix(), ReferenceMatrix().translate(1, 0, 3)));
+    RVELEMENT::reset();
+}
+
+// --- Order
+
+TEST_F(ElementTest, SortIsFalseOnAnEmptyList) {
+    RVELEMENT::reset();
+    EXPECT_FALSE(RVELEMENT::sort3D());
+    EXPECT_FALSE(RVELEMENT::sort2D());
+    EXPECT_FALSE(RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0)));
+    custom();
+    passAll();
+    EXPECT_TRUE(RVELEMENT::sort3D());
+    EXPECT_TRUE(RVELEMENT::sort2D());
+    EXPECT_FALSE(RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0)));
+}
+
+TEST_F(ElementTest, PassOrderStandsWithoutLightsAndTransparentEntries) {
+    RVTEXTURE *red = new RVTEXTURE, *blue = new RVTEXTURE;
+    MeshProbe *a = mesh(material(1, blue)), *b = mesh(material(1, red)),
+              *c = mesh(material(1, blue));
+    EXPECT_EQ(drawingOrder(), (Nodes{a, b, c}));
+}
+
+TEST_F(ElementTest, LightsComeFirstThenOpaqueThenTransparent) {
+    MeshProbe *glass = mesh(material(0.5f));
+    CustomProbe *node = custom();
+    LightProbe *firstLight = light();
+    MeshProbe *plain = mesh();
+    LightProbe *secondLight = light();
+    EXPECT_EQ(drawingOrder(), (Nodes{firstLight, secondLight, node, plain, glass}));
+    ASSERT_EQ(RVELEMENT::getNumberOfLights(), 2u);
+    EXPECT_EQ(RVELEMENT::getLight(0)->getNode(), firstLight);
+    EXPECT_EQ(RVELEMENT::getLight(1)->getNode(), secondLight);
+    EXPECT_EQ(RVELEMENT::getLight(2), nullptr);
+}
+
+TEST_F(ElementTest, OpaqueMeshesGoByTextureAndMaterial) {
+    RVTEXTURE *red = new RVTEXTURE, *blue = new RVTEXTURE;
+    RVMATERIAL *redOne = material(1, red), *redTwo = material(1, red);
+    RVMATERIAL *blueOne = material(1, blue);
+    light();
+    MeshProbe *a = mesh(redTwo), *b = mesh(blueOne), *c = mesh(redOne), *d = mesh(blueOne),
+              *e = mesh(redTwo), *f = mesh(redOne);
+    Nodes order = drawingOrder();
+    order.erase(order.begin());
+    EXPECT_EQ(order, (Nodes{c, f, a, e, b, d}));
+}
+
+TEST_F(ElementTest, TransparentEntriesGoFromBackToFront) {
+    MeshProbe *near = mesh(material(0.5f), -2);
+    CustomProbe *node = custom(-50);
+    MeshProbe *far = mesh(material(0.5f), -20);
+    HelperProbe *middle = helper(-10, 1);
+    EXPECT_EQ(drawingOrder(), (Nodes{node, far, middle, near}));
+}
+
+// The far end counts: the place minus the radius.
+TEST_F(ElementTest, RadiusTakesPartInTheDepth) {
+    HelperProbe *small = helper(-10, 1);
+    HelperProbe *large = helper(-5, 7);
+    EXPECT_EQ(drawingOrder(), (Nodes{large, small}));
+    large->setRadius(5);
+    EXPECT_EQ(drawingOrder(), (Nodes{small, large}));
+    RVMESH *mesh20 = loadMesh(meshBody("glass", 20));
+    mesh20->setMaterial(material(0.5f));
+    mesh20->setPosition(0, 0, -1);
+    mesh20->link(root);
+    passAll();
+    EXPECT_TRUE(RVELEMENT::sort3D());
+    EXPECT_EQ(drawingOrder(), (Nodes{small, large})); // the mesh itself draws, and before them
+}
+
+TEST_F(ElementTest, HelperIsTransparentWhateverItsAlpha) {
+    HelperProbe *node = helper(0);
+    node->setColor(1, 1, 1, 1);
+    CustomProbe *opaque = custom();
+    EXPECT_EQ(drawingOrder(), (Nodes{opaque, node}));
+}
+
+TEST_F(ElementTest, NaNAndInfiniteDepthsHaveTheirPlace) {
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    Nodes all;
+    for (int number = 0; number < 200; ++number) {
+        const float depth[] = {nan, -1.0f * static_cast<float>(number), infinity, -infinity};
+        all.push_back(helper(depth[number % 4]));
+    }
+    Nodes order = drawingOrder();
+    std::sort(order.begin(), order.end());
+    std::sort(all.begin(), all.end());
+    EXPECT_EQ(order, all);
+}
+
+TEST_F(ElementTest, FullListOfTransparentEntriesIsSorted) {
+    std::mt19937 random(7);
+    for (int number = 0; number < 4096; ++number)
+        helper(-1.0f * static_cast<float>(random() % 1000));
+    drawingOrder();
+    ASSERT_EQ(drawn.size(), 4096u);
+    EXPECT_TRUE(std::is_sorted(drawn.begin(), drawn.end(), [](const Drawn &a, const Drawn &b) {
+        return a.matrix.e[14] < b.matrix.e[14];
+    }));
+}
+
+TEST_F(ElementTest, OrderOf2DIsThatOfThePass) {
+    CustomProbe *a = custom(-1), *b = custom(-9), *c = custom(-5);
+    drawFrame2D(root);
+    Nodes order;
+    for (const Drawn &drawing : drawn)
+        order.push_back(drawing.node);
+    EXPECT_EQ(order, (Nodes{a, b, c}));
+}
+
+TEST_F(ElementTest, SortLightsPutsExclusiveOnesFirstThenTheNearest) {
+    LightProbe *far = light(-30), *exclusive = light(-90), *near = light(-10),
+               *exclusiveToo = light(-80);
+    custom(-20);
+    exclusive->setExclusive(true);
+    exclusiveToo->setExclusive(true);
+    passAll();
+    RVELEMENT::sort3D();
+    EXPECT_TRUE(RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0)));
+    const auto lights = [] {
+        Nodes nodes;
+        for (unsigned int index = 0; index < RVELEMENT::getNumberOfLights(); ++index)
+            nodes.push_back(RVELEMENT::getLight(index)->getNode());
+        return nodes;
+    };
+    EXPECT_EQ(lights(), (Nodes{exclusiveToo, exclusive, near, far}));
+    EXPECT_EQ(RVELEMENT::getLight(2)->getDistance(), 10);
+    EXPECT_EQ(RVELEMENT::getLight(3)->getDistance(), 30);
+    EXPECT_TRUE(RVELEMENT::sortLights(Z3MVECTOR3D(3, 0, -34)));
+    EXPECT_EQ(lights(), (Nodes{exclusiveToo, exclusive, far, near}));
+    EXPECT_EQ(RVELEMENT::getLight(2)->getDistance(), 5);
+}
+
+// --- No allocation
+
+TEST_F(ElementTest, PassAndSortAllocateNothing) {
+    for (int number = 0; number < 300; ++number) {
+        helper(-1.0f * static_cast<float>(number % 17));
+        light(-1.0f * static_cast<float>(number % 13));
+        mesh(material(number % 3 ? 1 : 0.5f));
+    }
+    passAll();
+    RVELEMENT::sort3D();
+    const unsigned long before = recorder.allocations();
+    passAll();
+    RVELEMENT::sort3D();
+    RVELEMENT::sortLights(Z3MVECTOR3D(1, 2, 3));
+    EXPECT_EQ(recorder.allocations(), before);
+}
+
+} // namespace
