@@ -1,0 +1,457 @@
+#include "tests/math/references.h"
+
+#include <type_traits>
+
+namespace ravolt::test {
+namespace {
+
+// Elements 0 to 15, to see where each one goes.
+Z3MMATRIX counting() { return Z3MMATRIX(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
+
+void expectElements(const Z3MMATRIX &m, const std::array<float, 16> &expected) {
+    for (std::size_t i = 0; i < 16; ++i)
+        EXPECT_EQ(m.e[i], expected[i]) << "element " << i;
+}
+
+const std::array<float, 16> identity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+// --- Construction and access
+
+TEST(Z3MMATRIX, IsSixteenFloatsAndTheIdentityAtFirst) {
+    static_assert(sizeof(Z3MMATRIX) == 64);
+    static_assert(std::is_standard_layout_v<Z3MMATRIX>);
+    expectElements(Z3MMATRIX(), identity);
+    Z3MMATRIX m = counting();
+    m.setIdentity();
+    expectElements(m, identity);
+}
+
+TEST(Z3MMATRIX, StoresItsElementsInOrder) {
+    const Z3MMATRIX m = counting();
+    for (int i = 0; i < 16; ++i)
+        EXPECT_EQ(m.e[i], static_cast<float>(i));
+    const Z3MMATRIX fromFloats(m.e), copy(m);
+    Z3MMATRIX assigned;
+    static_assert(std::is_same_v<decltype(assigned = m), Z3MMATRIX>);
+    assigned = m;
+    for (int i = 0; i < 16; ++i) {
+        EXPECT_EQ(fromFloats.e[i], static_cast<float>(i));
+        EXPECT_EQ(copy.e[i], static_cast<float>(i));
+        EXPECT_EQ(assigned.e[i], static_cast<float>(i));
+    }
+}
+
+TEST(Z3MMATRIX, HasRowsAndColumns) {
+    const Z3MMATRIX m = counting();
+    const Z3MVECTOR4D zero(0, 0, 0, 0);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(m.getRow(i), Z3MVECTOR4D(i, 4 + i, 8 + i, 12 + i));
+        EXPECT_EQ(m.getColumn(i), Z3MVECTOR4D(4 * i, 4 * i + 1, 4 * i + 2, 4 * i + 3));
+    }
+    for (const int index : {-1, 4, 2147483647, -2147483647 - 1}) {
+        EXPECT_EQ(m.getRow(index), zero);
+        EXPECT_EQ(m.getColumn(index), zero);
+    }
+}
+
+TEST(Z3MMATRIX, KeepsItsTranslationInElements12To14) {
+    Z3MMATRIX m = counting();
+    EXPECT_EQ(m.getTranslation(), Z3MVECTOR3D(12, 13, 14));
+    m.setTranslation(-1, -2, -3);
+    expectElements(m, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, -1, -2, -3, 15});
+    Z3MVECTOR3D v(-4, -5, -6);
+    m.setTranslation(v);
+    expectElements(m, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, -4, -5, -6, 15});
+}
+
+// --- Products
+
+TEST(Z3MMATRIX, MultipliesRowsByColumnsOfTheStorage) {
+    Numbers numbers;
+    for (int round = 0; round < 50; ++round) {
+        const Z3MMATRIX a = numbers.matrix(), b = numbers.matrix();
+        std::array<double, 16> expected{};
+        for (std::size_t i = 0; i < 4; ++i)
+            for (std::size_t j = 0; j < 4; ++j)
+                for (std::size_t k = 0; k < 4; ++k)
+                    expected[4 * i + j] += double(a.e[4 * i + k]) * b.e[4 * k + j];
+        expectNear(a * b, expected, 100.0);
+        Z3MMATRIX product(a);
+        const Z3MMATRIX copy = product *= b;
+        expectNear(product, expected, 100.0);
+        expectNear(copy, expected, 100.0);
+        Z3MMATRIX square(a);
+        square *= square;
+        for (int i = 0; i < 16; ++i)
+            EXPECT_EQ(square.e[i], (a * a).e[i]);
+    }
+}
+
+TEST(Z3MMATRIX, AppliesTheLeftFactorFirst) {
+    Z3MMATRIX move, turn;
+    move.setTranslation(1, 0, 0);
+    turn.setRotation(90, 0, 0, 1);
+    expectNear((move * turn).transform(Z3MVECTOR3D(0, 0, 0)), 0, 1, 0, 1);
+    expectNear((turn * move).transform(Z3MVECTOR3D(0, 0, 0)), 1, 0, 0, 1);
+    Numbers numbers;
+    const Z3MMATRIX a = numbers.matrix(), b = numbers.matrix();
+    const Z3MVECTOR4D v = numbers.vector<Z3MVECTOR4D>();
+    const Z3MVECTOR4D both = (a * b).transform(v), inTurn = b.transform(a.transform(v));
+    expectNear(both, inTurn.x, inTurn.y, inTurn.z, inTurn.w, 4000.0);
+}
+
+TEST(Z3MMATRIX, Transposes) {
+    Z3MMATRIX m = counting();
+    m.transpose();
+    expectElements(m, {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15});
+}
+
+// --- Rotations and scaling
+
+TEST(Z3MMATRIX, RotatesAboutAnyAxis) {
+    Numbers numbers;
+    for (int round = 0; round < 100; ++round) {
+        const Z3MVECTOR3D axis = numbers.unitVector();
+        const float angle = numbers.next() * 36.0f;
+        const double c = std::cos(radians(angle)), s = std::sin(radians(angle)), t = 1 - c;
+        const double x = axis.x, y = axis.y, z = axis.z;
+        Z3MMATRIX m = counting();
+        m.setRotation(angle, axis.x, axis.y, axis.z);
+        expectNear(m, {x * x * t + c, z * s + x * y * t, x * z * t - y * s, 0, //
+                       x * y * t - z * s, y * y * t + c, x * s + y * z * t, 0, //
+                       y * s + x * z * t, y * z * t - x * s, z * z * t + c, 0, //
+                       0, 0, 0, 1});
+    }
+}
+
+TEST(Z3MMATRIX, DoesNotNormalizeTheAxis) {
+    Z3MMATRIX m;
+    m.setRotation(90, 0, 0, 2);
+    expectNear(m, {0, 2, 0, 0, -2, 0, 0, 0, 0, 0, 4, 0, 0, 0, 0, 1});
+}
+
+TEST(Z3MMATRIX, RotationsAboutOneAxisLeaveAnXOfOneAndElement15) {
+    for (const float angle : {30.0f, -77.0f, 190.0f}) {
+        const double c = std::cos(radians(angle)), s = std::sin(radians(angle));
+        Z3MMATRIX x = counting(), y = counting(), z = counting();
+        x.setRotationX(angle);
+        y.setRotationY(angle);
+        z.setRotationZ(angle);
+        expectNear(x, {1, 0, 0, 0, 0, c, s, 0, 0, -s, c, 0, 1, 0, 0, 15});
+        expectNear(y, {c, 0, -s, 0, 0, 1, 0, 0, s, 0, c, 0, 1, 0, 0, 15});
+        expectNear(z, {c, s, 0, 0, -s, c, 0, 0, 0, 0, 1, 0, 1, 0, 0, 15});
+    }
+}
+
+TEST(Z3MMATRIX, AQuarterTurnAboutZ) {
+    Z3MMATRIX m;
+    m.setRotationZ(90);
+    expectNear(m, {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 1, 0, 0, 1});
+    EXPECT_EQ(m.e[12], 1.0f);
+    EXPECT_EQ(m.e[15], 1.0f);
+    m.setRotation(90, 0, 0, 1);
+    expectNear(m, {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+}
+
+TEST(Z3MMATRIX, ScalingReplacesTheDiagonal) {
+    Z3MMATRIX m = counting();
+    m.setScaling(Z3MVECTOR3D(-2, -3, -4));
+    expectElements(m, {-2, 1, 2, 3, 4, -3, 6, 7, 8, 9, -4, 11, 12, 13, 14, 15});
+}
+
+// --- Inverse
+
+TEST(Z3MMATRIX, HasTheDeterminantOfItsUpperLeftBlock) {
+    Numbers numbers;
+    for (int round = 0; round < 50; ++round) {
+        const Z3MMATRIX m = numbers.matrix();
+        const float *e = m.e;
+        const double expected = double(e[0]) * (double(e[5]) * e[10] - double(e[6]) * e[9]) -
+                                double(e[1]) * (double(e[4]) * e[10] - double(e[6]) * e[8]) +
+                                double(e[2]) * (double(e[4]) * e[9] - double(e[5]) * e[8]);
+        expectNear(m.determinant(), expected, 1000.0);
+        Z3MMATRIX other(m);
+        for (const int i : {3, 7, 11, 12, 13, 14, 15})
+            other.e[i] = 99.0f;
+        EXPECT_EQ(other.determinant(), m.determinant());
+    }
+    EXPECT_EQ(Z3MMATRIX().determinant(), 1.0f);
+}
+
+// A matrix of an affine transformation that is far from singular.
+Z3MMATRIX affine(Numbers &numbers) {
+    Z3MMATRIX scale, turn, result;
+    scale.setScaling(Z3MVECTOR3D(2, 3, 0.5f));
+    const Z3MVECTOR3D axis = numbers.unitVector();
+    turn.setRotation(numbers.next() * 18.0f, axis.x, axis.y, axis.z);
+    result = scale * turn;
+    result.setTranslation(numbers.vector<Z3MVECTOR3D>());
+    return result;
+}
+
+TEST(Z3MMATRIX, TimesItsInverseIsTheIdentity) {
+    Numbers numbers;
+    for (int round = 0; round < 100; ++round) {
+        const Z3MMATRIX m = affine(numbers);
+        Z3MMATRIX inverted(m);
+        inverted.invert();
+        std::array<double, 16> expected;
+        std::copy(identity.begin(), identity.end(), expected.begin());
+        expectNear(m * m.inverse(), expected, 50.0);
+        expectNear(m.inverse() * m, expected, 50.0);
+        for (int i = 0; i < 16; ++i)
+            EXPECT_EQ(inverted.e[i], m.inverse().e[i]);
+    }
+}
+
+TEST(Z3MMATRIX, InvertsElementByElementAsTheFormulaSays) {
+    Numbers numbers;
+    for (int round = 0; round < 100; ++round) {
+        const Z3MMATRIX m = affine(numbers);
+        double e[16];
+        std::copy(m.e, m.e + 16, e);
+        const double d =
+            1.0 / (e[0] * (e[5] * e[10] - e[6] * e[9]) - e[1] * (e[4] * e[10] - e[6] * e[8]) +
+                   e[2] * (e[4] * e[9] - e[5] * e[8]));
+        std::array<double, 16> i{};
+        i[0] = (e[5] * e[10] - e[6] * e[9]) * d;
+        i[1] = -(e[1] * e[10] - e[2] * e[9]) * d;
+        i[2] = (e[1] * e[6] - e[2] * e[5]) * d;
+        i[4] = -(e[4] * e[10] - e[6] * e[8]) * d;
+        i[5] = (e[0] * e[10] - e[2] * e[8]) * d;
+        i[6] = -(e[0] * e[6] - e[2] * e[4]) * d;
+        i[8] = (e[4] * e[9] - e[5] * e[8]) * d;
+        i[9] = -(e[0] * e[9] - e[1] * e[8]) * d;
+        i[10] = (e[0] * e[5] - e[1] * e[4]) * d;
+        i[12] = -(e[12] * i[0] + e[13] * i[4] + e[14] * i[8]);
+        i[13] = -(e[12] * i[1] + e[13] * i[5] + e[14] * i[9]);
+        i[14] = -(e[12] * i[2] + e[13] * i[6] + e[14] * i[10]);
+        i[15] = 1.0;
+        expectNear(m.inverse(), i, 20.0);
+    }
+}
+
+TEST(Z3MMATRIX, TheInverseOfAProjectionIsTakenAsAffine) {
+    Z3MMATRIX m;
+    m.setScaling(Z3MVECTOR3D(2, 4, 8));
+    for (const int i : {3, 7, 11, 15})
+        m.e[i] = 5.0f;
+    expectElements(m.inverse(), {0.5f, 0, 0, 0, 0, 0.25f, 0, 0, 0, 0, 0.125f, 0, 0, 0, 0, 1});
+}
+
+TEST(Z3MMATRIX, ASingularMatrixHasAnInfiniteInverse) {
+    Z3MMATRIX m;
+    m.setScaling(Z3MVECTOR3D(1, 1, 0));
+    const Z3MMATRIX inverse = m.inverse();
+    EXPECT_TRUE(std::isinf(inverse.e[10]));
+    EXPECT_EQ(inverse.e[15], 1.0f);
+}
+
+// --- Vectors
+
+TEST(Z3MMATRIX, RotatesDirectionsWithoutTheTranslation) {
+    const Z3MMATRIX m = counting();
+    EXPECT_EQ(m.rotate(Z3MVECTOR3D(1, 10, 100)), Z3MVECTOR3D(840, 951, 1062));
+    EXPECT_EQ(m.rotate(Z3MVECTOR2D(1, 10)), Z3MVECTOR3D(40, 51, 62));
+    EXPECT_EQ(m.rotate(Z3MVECTOR4D(1, 10, 100, 1000)), Z3MVECTOR3D(840, 951, 1062));
+}
+
+TEST(Z3MMATRIX, TransformsPointsWithTheTranslation) {
+    const Z3MMATRIX m = counting();
+    EXPECT_EQ(m.transform(Z3MVECTOR4D(1, 10, 100, 1000)), Z3MVECTOR4D(12840, 13951, 15062, 16173));
+    EXPECT_EQ(m.transform(Z3MVECTOR3D(1, 10, 100)), Z3MVECTOR4D(852, 964, 1076, 1188));
+    EXPECT_EQ(m.transform(Z3MVECTOR2D(1, 10)), Z3MVECTOR4D(52, 64, 76, 88));
+}
+
+TEST(Z3MMATRIX, ATranslationMovesPointsAndNoDirections) {
+    Z3MMATRIX m;
+    m.setTranslation(1, 2, 3);
+    EXPECT_EQ(m.transform(Z3MVECTOR3D(10, 20, 30)), Z3MVECTOR4D(11, 22, 33, 1));
+    EXPECT_EQ(m.transform(Z3MVECTOR4D(10, 20, 30, 0)), Z3MVECTOR4D(10, 20, 30, 0));
+    EXPECT_EQ(m.rotate(Z3MVECTOR3D(10, 20, 30)), Z3MVECTOR3D(10, 20, 30));
+}
+
+// --- Quaternions
+
+TEST(Z3MMATRIX, ComesFromAQuaternion) {
+    Numbers numbers;
+    for (int round = 0; round < 50; ++round) {
+        const Z3MVECTOR4D q = numbers.unitQuaternion();
+        const double x = q.x, y = q.y, z = q.z, w = q.w;
+        Z3MMATRIX m = counting();
+        const Z3MMATRIX copy = m.fromQuaternion(q);
+        const std::array<double, 16> expected = {1 - 2 * (y * y + z * z),
+                                                 2 * (x * y - z * w),
+                                                 2 * (x * z + y * w),
+                                                 0, //
+                                                 2 * (x * y + z * w),
+                                                 1 - 2 * (x * x + z * z),
+                                                 2 * (y * z - x * w),
+                                                 0, //
+                                                 2 * (x * z - y * w),
+                                                 2 * (y * z + x * w),
+                                                 1 - 2 * (x * x + y * y),
+                                                 0, //
+                                                 0,
+                                                 0,
+                                                 0,
+                                                 1};
+        expectNear(m, expected);
+        expectNear(copy, expected);
+    }
+}
+
+// The quaternion of a turn about an axis.
+Z3MVECTOR4D turnAbout(const Z3MVECTOR3D &axis, double degrees) {
+    const double s = std::sin(radians(degrees) / 2), c = std::cos(radians(degrees) / 2);
+    return Z3MVECTOR4D(axis.x * s, axis.y * s, axis.z * s, c);
+}
+
+TEST(Z3MMATRIX, FromAQuaternionStandsTransposedAgainstSetRotation) {
+    Numbers numbers;
+    Z3MMATRIX fromQuaternion, turned;
+    fromQuaternion.fromQuaternion(turnAbout(Z3MVECTOR3D(0, 0, 1), 30));
+    expectNear(fromQuaternion.e[1], -0.5);
+    for (int round = 0; round < 50; ++round) {
+        const Z3MVECTOR3D axis = numbers.unitVector();
+        const float angle = numbers.next() * 18.0f;
+        fromQuaternion.fromQuaternion(turnAbout(axis, angle));
+        turned.setRotation(angle, axis.x, axis.y, axis.z);
+        turned.transpose();
+        for (int i = 0; i < 16; ++i)
+            expectNear(fromQuaternion.e[i], turned.e[i], 2.0);
+    }
+}
+
+// Two quaternions of opposite signs are the same rotation.
+void expectSameRotation(Z3MVECTOR4D actual, const Z3MVECTOR4D &expected, double scale) {
+    if (actual % expected < 0.0f)
+        actual = -actual;
+    expectNear(actual, expected.x, expected.y, expected.z, expected.w, scale);
+}
+
+TEST(Z3MMATRIX, GivesTheQuaternionBackThatItComesFrom) {
+    Numbers numbers;
+    for (int round = 0; round < 200; ++round) {
+        const Z3MVECTOR4D q = numbers.unitQuaternion();
+        if (std::abs(q.w) < 0.1f) // too near to a half turn for single precision
+            continue;
+        Z3MMATRIX m;
+        m.fromQuaternion(q);
+        expectSameRotation(m.toQuaterion(), q, 20.0);
+    }
+    EXPECT_EQ(Z3MMATRIX().toQuaterion(), Z3MVECTOR4D(0, 0, 0, 1));
+}
+
+// No rotation has a trace plus 1 below 0, so these are made by hand: large elements in all places,
+// with the three diagonal ones given.
+Z3MMATRIX withDiagonal(float e0, float e5, float e10) {
+    return Z3MMATRIX(e0, 0.5f, -0.25f, 0, 0.75f, e5, 0.125f, 0, 0.375f, -0.625f, e10, 0, 0, 0, 0,
+                     1);
+}
+
+TEST(Z3MMATRIX, ToQuaterionHasABranchForEachLargestDiagonalElement) {
+    double s = 2 * std::sqrt(-1.0 + 1 + 2 + 3); // element 0 is the largest
+    expectNear(withDiagonal(-1, -2, -3).toQuaterion(), 0.25 * s, 1.25 / s, 0.125 / s, 0.75 / s);
+    s = 2 * std::sqrt(-1.0 + 1 + 2 + 3); // element 5
+    expectNear(withDiagonal(-2, -1, -3).toQuaterion(), 1.25 / s, 0.25 * s, -0.5 / s, -0.625 / s);
+    s = 2 * std::sqrt(-1.0 + 1 + 2 + 3); // element 10
+    expectNear(withDiagonal(-2, -3, -1).toQuaterion(), 0.125 / s, -0.5 / s, 0.25 * s, -0.25 / s);
+}
+
+TEST(Z3MMATRIX, ToQuaterionTakesALaterBranchWhereTwoAreEqual) {
+    double s = 2 * std::sqrt(-1.0 + 1 + 1 + 3); // element 0 is not above element 5
+    expectNear(withDiagonal(-1, -1, -3).toQuaterion(), 1.25 / s, 0.25 * s, -0.5 / s, -0.625 / s);
+    s = 2 * std::sqrt(-1.0 + 1 + 3 + 1); // element 5 is not above element 10
+    expectNear(withDiagonal(-3, -1, -1).toQuaterion(), 0.125 / s, -0.5 / s, 0.25 * s, -0.25 / s);
+    s = 2 * std::sqrt(-1.0 + 1 + 3 + 1); // nor is element 0
+    expectNear(withDiagonal(-1, -3, -1).toQuaterion(), 0.125 / s, -0.5 / s, 0.25 * s, -0.25 / s);
+}
+
+TEST(Z3MMATRIX, ToQuaterionTakesATraceOfMinusOneAsAHalfTurn) {
+    // Half turns about the axes: the trace is -1, and the first branch does not hold.
+    expectNear(Z3MMATRIX(1, 0, 0, 0, 0, -1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1).toQuaterion(), 1, 0, 0,
+               0);
+    expectNear(Z3MMATRIX(-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1).toQuaterion(), 0, 1, 0,
+               0);
+    expectNear(Z3MMATRIX(-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1).toQuaterion(), 0, 0, 1,
+               0);
+}
+
+TEST(Z3MMATRIX, ToQuaternionAltIsTheTurnOfSetRotation) {
+    Numbers numbers;
+    EXPECT_EQ(Z3MMATRIX().toQuaternionAlt(), Z3MVECTOR4D(0, 0, 0, 1));
+    for (int round = 0; round < 500; ++round) {
+        const Z3MVECTOR3D axis = numbers.unitVector();
+        const float angle = numbers.next() * 18.0f; // past a half turn's neighbourhood too
+        Z3MMATRIX m;
+        m.setRotation(angle, axis.x, axis.y, axis.z);
+        expectSameRotation(m.toQuaternionAlt(), turnAbout(axis, angle), 5.0);
+    }
+}
+
+TEST(Z3MMATRIX, ToQuaternionAltHasABranchForEachLargestDiagonalElement) {
+    for (const float angle : {150.0f, -150.0f, 180.0f, 179.0f})
+        for (const Z3MVECTOR3D &axis :
+             {Z3MVECTOR3D(0.8f, 0.6f, 0), Z3MVECTOR3D(0, 0.8f, 0.6f), Z3MVECTOR3D(0.6f, 0, 0.8f),
+              Z3MVECTOR3D(1, 0, 0), Z3MVECTOR3D(0, 1, 0), Z3MVECTOR3D(0, 0, 1)}) {
+            Z3MMATRIX m;
+            m.setRotation(angle, axis.x, axis.y, axis.z);
+            ASSERT_LE(m.e[0] + m.e[5] + m.e[10], 0.0f);
+            expectSameRotation(m.toQuaternionAlt(), turnAbout(axis, angle), 5.0);
+        }
+}
+
+TEST(Z3MMATRIX, ToQuaternionAltTakesTheEarlierBranchWhereTwoAreEqual) {
+    const double root = std::sqrt(4.0), r = 0.5 / root;
+    const Z3MVECTOR4D x(root / 2, 1.25 * r, 0.125 * r, 0.75 * r);
+    const Z3MVECTOR4D y(1.25 * r, root / 2, -0.5 * r, 0.625 * r);
+    EXPECT_EQ(withDiagonal(-1, -1, -3).toQuaternionAlt(), x);
+    EXPECT_EQ(withDiagonal(-1, -3, -1).toQuaternionAlt(), x);
+    EXPECT_EQ(withDiagonal(-3, -1, -1).toQuaternionAlt(), y);
+    // and the last where it is above both
+    expectNear(withDiagonal(-2, -2, -1).toQuaternionAlt(), 0.125 * r, -0.5 * r, root / 2,
+               -0.25 * r);
+}
+
+TEST(Z3MMATRIX, ToQuaternionAltTakesATraceOfZeroAsAHalfTurn) {
+    expectNear(withDiagonal(0, 0, 0).toQuaternionAlt(), 0.5, 0.625, 0.0625, 0.375);
+}
+
+// --- Angles
+
+TEST(Z3MMATRIX, GivesItsAnglesInDegrees) {
+    Numbers numbers(1.0);
+    for (int round = 0; round < 100; ++round) {
+        Z3MMATRIX m = numbers.matrix();
+        m.e[4] *= 0.998f;
+        const double degrees = 180.0 / pi;
+        expectNear(m.toEuler(), std::atan2(-m.e[8], m.e[0]) * degrees,
+                   std::atan2(-m.e[6], m.e[5]) * degrees, std::asin(m.e[4]) * degrees, 720.0);
+    }
+}
+
+TEST(Z3MMATRIX, GivesFixedAnglesAtThePoles) {
+    Z3MMATRIX m;
+    m.e[2] = 1.0f;
+    m.e[4] = 0.999f;
+    expectNear(m.toEuler(), 45, 90, 0, 180.0);
+    m.e[4] = -0.999f;
+    expectNear(m.toEuler(), 45, -90, 0, 180.0);
+    m.e[4] = 5.0f;
+    expectNear(m.toEuler(), 45, 90, 0, 180.0);
+}
+
+TEST(Z3MMATRIX, ThePolesBeginBeyond0998) {
+    Z3MMATRIX m;
+    m.e[2] = 1.0f;
+    for (const float sign : {1.0f, -1.0f}) {
+        m.e[4] = 0.998f * sign;
+        expectNear(m.toEuler(), 0, 0, sign * std::asin(0.998) * 180 / pi, 1000.0);
+        m.e[4] = std::nextafter(0.998f, 1.0f) * sign;
+        expectNear(m.toEuler(), 45, 90 * sign, 0, 180.0);
+    }
+}
+
+} // namespace
+} // namespace ravolt::test

@@ -1,0 +1,157 @@
+#include "tests/math/references.h"
+
+namespace ravolt::test {
+namespace {
+
+TEST(Z3MVECTOR4D, HasAWOfOneAtFirst) {
+    const Z3MVECTOR4D v;
+    EXPECT_EQ(v.x, 0.0f);
+    EXPECT_EQ(v.y, 0.0f);
+    EXPECT_EQ(v.z, 0.0f);
+    EXPECT_EQ(v.w, 1.0f);
+    static_assert(sizeof(Z3MVECTOR4D) == 16);
+}
+
+TEST(Z3MVECTOR4D, HasAWOfZeroAfterAReset) {
+    Z3MVECTOR4D v;
+    v.reset();
+    EXPECT_EQ(v.w, 0.0f);
+    EXPECT_NE(v, Z3MVECTOR4D());
+}
+
+TEST(Z3MVECTOR4D, TakesAnyMixOfNumbers) {
+    EXPECT_EQ(Z3MVECTOR4D(1, 2, 3, 4), Z3MVECTOR4D(1.0f, 2.0f, 3.0f, 4.0f));
+    EXPECT_EQ(Z3MVECTOR4D(1.0, 2.0, 3.0, 4.0), Z3MVECTOR4D(1.0f, 2.0f, 3.0f, 4.0f));
+    EXPECT_EQ(Z3MVECTOR4D(1, 2.5, 3.5f, 4u), Z3MVECTOR4D(1.0f, 2.5f, 3.5f, 4.0f));
+    Z3MVECTOR4D v;
+    EXPECT_EQ(v.set(1, 2.5, 3.5f, 4l), Z3MVECTOR4D(1.0f, 2.5f, 3.5f, 4.0f));
+    EXPECT_EQ(v, Z3MVECTOR4D(1.0f, 2.5f, 3.5f, 4.0f));
+}
+
+TEST(Z3MVECTOR4D, WidensWithAZOfZeroAndAWOfOne) {
+    const Z3MVECTOR2D flat(1, 2);
+    const Z3MVECTOR3D solid(1, 2, 3);
+    EXPECT_EQ(Z3MVECTOR4D(flat), Z3MVECTOR4D(1, 2, 0, 1));
+    EXPECT_EQ(Z3MVECTOR4D(solid), Z3MVECTOR4D(1, 2, 3, 1));
+    Z3MVECTOR4D v(7, 8, 9, 10);
+    v = flat;
+    EXPECT_EQ(v, Z3MVECTOR4D(1, 2, 0, 1));
+    v = Z3MVECTOR4D(7, 8, 9, 10);
+    v = solid;
+    EXPECT_EQ(v, Z3MVECTOR4D(1, 2, 3, 1));
+}
+
+TEST(Z3MVECTOR4D, CountsZTwiceInADistance) {
+    // (3 - 1, 4 - 2, 5 - 3, 5 - 4)
+    const Z3MVECTOR4D v(1, 2, 3, 4);
+    EXPECT_FLOAT_EQ(v.distance(Z3MVECTOR3D(3, 4, 5)), std::sqrt(13.0f));
+    EXPECT_FLOAT_EQ(Z3MVECTOR4D().distance(Z3MVECTOR3D(0, 0, 0)), 1.0f);
+    EXPECT_FLOAT_EQ(Z3MVECTOR4D(0, 0, 0, 2).distance(Z3MVECTOR2D(3, 4)), std::sqrt(29.0f));
+}
+
+TEST(Quaternion, BecomesTheIdentity) {
+    Z3MVECTOR4D q(1, 2, 3, 4);
+    EXPECT_EQ(q.quaternionSetIdentity(), Z3MVECTOR4D(0, 0, 0, 1));
+    EXPECT_EQ(q, Z3MVECTOR4D(0, 0, 0, 1));
+}
+
+TEST(Quaternion, ComesFromAnglesInRadians) {
+    Numbers numbers(pi);
+    for (int round = 0; round < 200; ++round) {
+        const Z3MVECTOR3D angles = numbers.vector<Z3MVECTOR3D>();
+        const double sx = std::sin(angles.x / 2.0), cx = std::cos(angles.x / 2.0);
+        const double sy = std::sin(angles.y / 2.0), cy = std::cos(angles.y / 2.0);
+        const double sz = std::sin(angles.z / 2.0), cz = std::cos(angles.z / 2.0);
+        Z3MVECTOR4D q, r;
+        const Z3MVECTOR4D copy = q.quaternionSetEulers(angles.x, angles.y, angles.z);
+        expectNear(q, sx * cy * sz + cx * sy * cz, sx * cy * cz - cx * sy * sz,
+                   cx * cy * sz - sx * sy * cz, sx * sy * sz + cx * cy * cz);
+        EXPECT_EQ(copy, q);
+        EXPECT_EQ(r.quaternionSetEulers(angles), q);
+        EXPECT_EQ(r, q);
+    }
+}
+
+TEST(Quaternion, ASingleAngleTurnsAboutAnAxisOfItsOwn) {
+    Z3MVECTOR4D q;
+    const double half = std::sqrt(0.5);
+    q.quaternionSetEulers(static_cast<float>(pi / 2), 0, 0);
+    expectNear(q, 0, half, 0, half);
+    q.quaternionSetEulers(0, static_cast<float>(pi / 2), 0);
+    expectNear(q, half, 0, 0, half);
+    q.quaternionSetEulers(0, 0, static_cast<float>(pi / 2));
+    expectNear(q, 0, 0, half, half);
+}
+
+TEST(Quaternion, GivesItsComponentsAsEulers) {
+    Z3MVECTOR4D q;
+    q.quaternionSetEulers(0.5f, 0.25f, 0.125f);
+    EXPECT_EQ(q.quaternionGetEulers(), Z3MVECTOR3D(q.x, q.y, q.z));
+    EXPECT_EQ(Z3MVECTOR4D(1, 2, 3, 4).quaternionGetEulers(), Z3MVECTOR3D(1, 2, 3));
+}
+
+TEST(Quaternion, GivesItsAxisAndAngle) {
+    Numbers numbers;
+    for (int round = 0; round < 200; ++round) {
+        const Z3MVECTOR3D axis = numbers.unitVector();
+        const double angle = 0.1 + 0.03 * round; // up to nearly 2 pi
+        const double s = std::sin(angle / 2), c = std::cos(angle / 2);
+        const Z3MVECTOR4D q(axis.x * s, axis.y * s, axis.z * s, c);
+        expectNear(q.quaternionGetAxisAngles(), axis.x, axis.y, axis.z, angle, 200.0);
+    }
+}
+
+TEST(Quaternion, WithoutARotationHasTheAxisY) {
+    EXPECT_EQ(Z3MVECTOR4D(0, 0, 0, 1).quaternionGetAxisAngles(), Z3MVECTOR4D(0, 1, 0, 0));
+    EXPECT_EQ(Z3MVECTOR4D(0.5f, 0, 0, 1).quaternionGetAxisAngles(), Z3MVECTOR4D(0, 1, 0, 0));
+    // The nearest w below 1 is an angle of 0.0007, and counts as a rotation.
+    const float w = std::nextafter(1.0f, 0.0f);
+    EXPECT_NE(Z3MVECTOR4D(0.5f, 0, 0, w).quaternionGetAxisAngles().x, 0.0f);
+    const Z3MVECTOR4D none = Z3MVECTOR4D(0.5f, 0, 0, 1.5f).quaternionGetAxisAngles();
+    EXPECT_EQ(none.y, 1.0f);
+    EXPECT_TRUE(std::isnan(none.w));
+}
+
+TEST(Quaternion, InvertsByItsSigns) {
+    Z3MVECTOR4D q(1, 2, 3, 4);
+    EXPECT_EQ(q.quaternionInverted(), Z3MVECTOR4D(-1, -2, -3, 4));
+    EXPECT_EQ(q, Z3MVECTOR4D(1, 2, 3, 4));
+    EXPECT_EQ(q.quaternionInvert(), Z3MVECTOR4D(-1, -2, -3, 4));
+    EXPECT_EQ(q, Z3MVECTOR4D(-1, -2, -3, 4));
+}
+
+TEST(Quaternion, MultipliesByHamiltonsRules) {
+    const Z3MVECTOR4D one(0, 0, 0, 1), i(1, 0, 0, 0), j(0, 1, 0, 0), k(0, 0, 1, 0);
+    EXPECT_EQ(i.quaternionMultiply(j), k);
+    EXPECT_EQ(j.quaternionMultiply(k), i);
+    EXPECT_EQ(k.quaternionMultiply(i), j);
+    EXPECT_EQ(j.quaternionMultiply(i), -k);
+    for (const Z3MVECTOR4D &unit : {i, j, k})
+        EXPECT_EQ(unit.quaternionMultiply(unit), -one);
+    const Z3MVECTOR4D q(1, 2, 3, 4);
+    EXPECT_EQ(one.quaternionMultiply(q), q);
+    EXPECT_EQ(q.quaternionMultiply(one), q);
+}
+
+TEST(Quaternion, MultipliesAsTheFormulaSays) {
+    Numbers numbers;
+    for (int round = 0; round < 100; ++round) {
+        const Z3MVECTOR4D p = numbers.vector<Z3MVECTOR4D>(), q = numbers.vector<Z3MVECTOR4D>();
+        const double px = p.x, py = p.y, pz = p.z, pw = p.w;
+        expectNear(p.quaternionMultiply(q), pw * q.x + px * q.w + py * q.z - pz * q.y,
+                   pw * q.y + py * q.w + pz * q.x - px * q.z,
+                   pw * q.z + pz * q.w + px * q.y - py * q.x,
+                   pw * q.w - px * q.x - py * q.y - pz * q.z, 100.0);
+    }
+}
+
+TEST(Quaternion, TimesItsInverseIsTheIdentity) {
+    Numbers numbers;
+    for (int round = 0; round < 50; ++round) {
+        const Z3MVECTOR4D q = numbers.unitQuaternion();
+        expectNear(q.quaternionMultiply(q.quaternionInverted()), 0, 0, 0, 1);
+    }
+}
+
+} // namespace
+} // namespace ravolt::test
