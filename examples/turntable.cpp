@@ -87,7 +87,7 @@ int main(int argc, char **argv) {
     model->link(table);
 
     RVCAMERA *camera = new RVCAMERA();
-    camera->setPosition(0.0f, 0.35f * size, 1.15f * size);
+    camera->setPosition(0.0f, 0.3f * size, 0.95f * size);
     camera->setTarget(0.0f, 0.0f, 0.0f);
     camera->setTargetNode(camera);
     RVOPENGL::setNearPlane(0.05f * size);
