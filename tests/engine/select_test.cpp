@@ -1,0 +1,407 @@
+// Picking: what select returns, what it leaves behind, and how colours become identities.
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVCAMERA.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVOPENGL.h"
+#include "tests/scene/sceneProbes.h"
+#include "tests/support/engineFixture.h"
+
+#include <array>
+
+namespace ravolt::test {
+namespace {
+
+constexpr Pixel red{255, 0, 0};
+
+// The pixel that select works on: a row above the one of the same number from the top.
+constexpr int centreX = 64, centreY = 48;
+
+std::array<unsigned char, 4> bytesAt(int x, int y) {
+    std::array<unsigned char, 4> bytes{};
+    glReadPixels(x, RVSETTINGS::getSDLWindowY() - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
+    return bytes;
+}
+
+// A square before the camera, red in the normal pass and its identity in the flat one.
+class Square : public CustomNode {
+  public:
+    bool render(void *entry) override {
+        profiles.push_back(RVOPENGL::getProfile());
+        const auto *element = static_cast<const RVELEMENT *>(entry);
+        const unsigned int identity = element->getAuxId() ? element->getAuxId() : getId();
+        if (RVOPENGL::getProfile() == RV_OPENGL_PROFILE_FLAT)
+            glColor4ub(byte(identity, 0), byte(identity, 1), byte(identity, 2), byte(identity, 3));
+        else
+            glColor4ub(red.red, red.green, red.blue, 255);
+        glLoadMatrixf(element->getMatrix()->e);
+        glBegin(GL_QUADS);
+        glVertex3f(-1, 1, -5);
+        glVertex3f(-1, -1, -5);
+        glVertex3f(1, -1, -5);
+        glVertex3f(1, 1, -5);
+        glEnd();
+        return true;
+    }
+
+    std::vector<RV_OPENGL_PROFILE> profiles;
+
+  private:
+    static unsigned char byte(unsigned int value, int index) {
+        return static_cast<unsigned char>(value >> (8 * index));
+    }
+};
+
+// The body of a mesh: the same square, as two triangles.
+Bytes squareBody() {
+    Bytes body;
+    body.add(std::uint32_t{0}).text("square").floats({0, 0, 0}).floats({0, 0, 0}).floats({0, 0, 0});
+    body.text("").add(1.5f).floats({-1, -1, -5}).floats({1, 1, -5}).add(std::uint8_t{0});
+    for (const std::uint16_t count : {4, 0, 2, 0, 0})
+        body.add(count);
+    body.floats({-1, 1, -5, -1, -1, -5, 1, -1, -5, 1, 1, -5});
+    body.floats({0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1});
+    for (const std::uint16_t index : {0, 1, 2, 0, 2, 3})
+        body.add(index);
+    body.floats({0, 0, 1, 0, 0, 1});
+    return body;
+}
+
+class Selection : public EngineTest {
+  protected:
+    RVCAMERA *camera = nullptr;
+
+    void SetUp() override {
+        EngineTest::SetUp();
+        camera = new RVCAMERA;
+        markLog();
+    }
+};
+
+class Selection24 : public Selection {
+  protected:
+    Selection24() { settings.setColorDepth(24); }
+};
+
+class LandscapeSelection : public Selection {
+  protected:
+    LandscapeSelection() { settings.setLandscape(true); }
+};
+
+// --- what is found
+
+TEST_F(Selection, TheBackgroundIsZeroAndStaysAsItWas) {
+    drawFrame(camera, new Square);
+    const auto before = bytesAt(2, 90);
+    EXPECT_EQ(RAVOLT::select(2, 90), 0u);
+    EXPECT_EQ(bytesAt(2, 90), before);
+}
+
+TEST_F(Selection, ACustomNodeIsFoundByItsIdAndThePixelStaysAsItWas) {
+    auto *node = new Square;
+    drawFrame(camera, node);
+    const auto before = bytesAt(centreX, centreY);
+    EXPECT_EQ(before[0], 255);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), node->getId());
+    EXPECT_EQ(bytesAt(centreX, centreY), before);
+}
+
+TEST_F(Selection, TheAuxiliaryIdTakesThePlaceOfTheId) {
+    auto *node = new Square;
+    node->setAuxId(0x81c2a3f4);
+    drawFrame(camera, node);
+    ASSERT_EQ(RVSETTINGS::getSDLColorDepth(), 32);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0x81c2a3f4u);
+}
+
+TEST_F(Selection24, TheHighestByteDoesNotCountWithoutAlpha) {
+    auto *node = new Square;
+    node->setAuxId(0x81c2a3f4);
+    drawFrame(camera, node);
+    ASSERT_EQ(RVSETTINGS::getSDLColorDepth(), 24);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0x00c2a3f4u);
+}
+
+TEST_F(Selection24, ACustomNodeIsFoundByItsId) {
+    auto *node = new Square;
+    drawFrame(camera, node);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), node->getId());
+    EXPECT_EQ(RAVOLT::select(2, 90), 0u);
+}
+
+TEST_F(Selection, AMeshIsFoundByItsIdAndItsAuxiliaryId) {
+    RVMESH *mesh = loadMesh(squareBody());
+    ASSERT_NE(mesh, nullptr);
+    drawFrame(camera, mesh);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), mesh->getId());
+    EXPECT_EQ(RAVOLT::select(2, 90), 0u);
+    mesh->setAuxId(0x01020304);
+    drawFrame(camera, mesh);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0x01020304u);
+}
+
+TEST_F(Selection24, AMeshIsFoundByItsId) {
+    RVMESH *mesh = loadMesh(squareBody());
+    ASSERT_NE(mesh, nullptr);
+    drawFrame(camera, mesh);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), mesh->getId());
+    EXPECT_EQ(RAVOLT::select(2, 90), 0u);
+}
+
+TEST_F(Selection, TheNearestOfSeveralIsFound) {
+    auto *far = new Square;
+    far->setPosition(0, 0, -1);
+    auto *near = new Square;
+    near->link(far);
+    near->setPosition(0, 0, 2);
+    drawFrame(camera, far);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), near->getId());
+}
+
+TEST_F(Selection, OnlyMeshesAndCustomNodesAreDrawn) {
+    Drawings drawings;
+    CustomProbe custom(drawings);
+    MeshProbe mesh(drawings);
+    LightProbe light(drawings);
+    HelperProbe helper(drawings);
+    RAVOLT::begin3D(camera);
+    for (RVNODE *node : std::initializer_list<RVNODE *>{&helper, &mesh, &light, &custom})
+        node->pass();
+    RAVOLT::select(centreX, centreY);
+    ASSERT_EQ(drawings.size(), 2u);
+    EXPECT_EQ(drawings[0].node, &mesh);
+    EXPECT_EQ(drawings[1].node, &custom);
+}
+
+TEST_F(Selection, NodesAreDrawnFlatAndTheProfileIsFullAgain) {
+    auto *node = new Square;
+    drawFrame(camera, node);
+    node->profiles.clear();
+    RAVOLT::select(centreX, centreY);
+    EXPECT_EQ(node->profiles, std::vector{RV_OPENGL_PROFILE_FLAT});
+    EXPECT_EQ(RVOPENGL::getProfile(), RV_OPENGL_PROFILE_FULL);
+}
+
+TEST_F(Selection, TwoSelectionsOfAFrameAgree) {
+    auto *node = new Square;
+    drawFrame(camera, node);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), node->getId());
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), node->getId());
+}
+
+TEST_F(Selection, OutsideTheWindowIsNothing) {
+    drawFrame(camera, new Square);
+    for (const auto &[x, y] : {std::pair{-1, 48}, {128, 48}, {64, -1}, {64, 0}, {64, 97}})
+        EXPECT_EQ(RAVOLT::select(x, y), 0u) << x << ", " << y;
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+TEST_F(Selection, AfterBegin2DOnlyACustomNodeOfThatBlockIsFound) {
+    auto *scene = new Square;
+    drawFrame(camera, scene);
+    RAVOLT::begin2D();
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0u);
+    RAVOLT::end2D();
+    RAVOLT::begin2D();
+    auto *flat = new Square;
+    flat->pass();
+    RVOPENGL::resize(0, 0, width, height); // the square is drawn in perspective
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), flat->getId());
+    RAVOLT::end2D();
+}
+
+// --- what is left behind
+
+TEST_F(Selection, MatricesViewportAndBackgroundAreAsBefore) {
+    drawFrame(camera, new Square);
+    RVOPENGL::setBackgroundColor(0.1f, 0.2f, 0.3f, 0.4f);
+    glViewport(3, 4, 50, 60);
+    glTranslatef(1, 2, 3);
+    std::array<float, 16> modelview{}, projection{}, now{};
+    glGetFloatv(GL_MODELVIEW_MATRIX, modelview.data());
+    glGetFloatv(GL_PROJECTION_MATRIX, projection.data());
+    RAVOLT::select(centreX, centreY);
+
+    glGetFloatv(GL_MODELVIEW_MATRIX, now.data());
+    EXPECT_EQ(now, modelview);
+    glGetFloatv(GL_PROJECTION_MATRIX, now.data());
+    EXPECT_EQ(now, projection);
+    std::array<int, 4> viewport{};
+    glGetIntegerv(GL_VIEWPORT, viewport.data());
+    EXPECT_EQ(viewport, (std::array{3, 4, 50, 60}));
+    std::array<float, 4> color{};
+    glGetFloatv(GL_COLOR_CLEAR_VALUE, color.data());
+    EXPECT_EQ(color, (std::array{0.1f, 0.2f, 0.3f, 0.4f}));
+    EXPECT_TRUE(RVOPENGL::getBackgroundColor() == Z3MVECTOR4D(0.1f, 0.2f, 0.3f, 0.4f));
+    RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
+    RVOPENGL::resize(0, 0, width, height);
+}
+
+TEST_F(Selection, TheFramesStateIsSetAtTheEnd) {
+    drawFrame(camera, new Square);
+    RVLIGHT::lightingOn();
+    RVOPENGL::blendingOn();
+    RAVOLT::select(centreX, centreY);
+    EXPECT_FALSE(RVLIGHT::getLighting());
+    EXPECT_FALSE(RVOPENGL::isBlended());
+    EXPECT_TRUE(glIsEnabled(GL_DEPTH_TEST));
+    int function = 0;
+    glGetIntegerv(GL_DEPTH_FUNC, &function);
+    EXPECT_EQ(function, GL_LESS);
+    int mode = 0;
+    glGetIntegerv(GL_MATRIX_MODE, &mode);
+    EXPECT_EQ(mode, GL_MODELVIEW);
+}
+
+TEST_F(Selection, TheScissorTestIsDrivenBehindItsSwitch) {
+    drawFrame(camera, new Square);
+    RVOPENGL::scissorOn();
+    RAVOLT::select(centreX, centreY);
+    EXPECT_FALSE(glIsEnabled(GL_SCISSOR_TEST));
+    recorder.start();
+    RVOPENGL::scissorOn(); // still counts as on
+    EXPECT_TRUE(recorder.stop().empty());
+    RVOPENGL::scissorOff();
+}
+
+TEST_F(Selection, OnlyThePixelIsTouched) {
+    drawFrame(camera, new Square);
+    const Picture before = readFrame();
+    RAVOLT::select(centreX, centreY);
+    RAVOLT::select(2, 90);
+    EXPECT_EQ(readFrame().bytes, before.bytes);
+}
+
+TEST_F(Selection, TheCallsComeInTheStatedOrder) {
+    auto *node = new Square;
+    drawFrame(camera, node);
+    RVLIGHT::lightingOn();
+    RVOPENGL::blendingOn();
+    recorder.start();
+    RAVOLT::select(40, 30);
+    const Calls calls = recorder.stop();
+    const int row = height - 30;
+    EXPECT_TRUE(calls.haveInOrder({{"glGetIntegerv", GL_VIEWPORT},
+                                   {"glReadPixels", 40, row, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE},
+                                   {"glMatrixMode", GL_PROJECTION},
+                                   {"glPushMatrix"},
+                                   {"glMatrixMode", GL_MODELVIEW},
+                                   {"glPushMatrix"},
+                                   {"glClearColor", 0, 0, 0, 0},
+                                   {"glScissor", 40, row, 1, 1},
+                                   {"glEnable", GL_SCISSOR_TEST},
+                                   {"glClear", GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT},
+                                   {"glDepthFunc", GL_LEQUAL},
+                                   {"glBegin", GL_QUADS},
+                                   {"glEnd"},
+                                   {"glClearColor", 0.2, 0.2, 0.6, 1},
+                                   {"glReadPixels", 40, row, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE},
+                                   {"glDisable", GL_DEPTH_TEST},
+                                   {"glMatrixMode", GL_PROJECTION},
+                                   {"glLoadIdentity"},
+                                   {"glViewport", 0, 0, width, height},
+                                   {"glOrtho", 0, width, height, 0, -1, 1},
+                                   {"glMatrixMode", GL_MODELVIEW},
+                                   {"glLoadIdentity"},
+                                   {"glDisable", GL_LIGHTING},
+                                   {"glDisable", GL_BLEND},
+                                   {"glBegin", GL_POINTS},
+                                   {"glColor4ubv", 51, 51, 153, 255},
+                                   {"glVertex2i", 40, 30},
+                                   {"glEnd"},
+                                   {"glMatrixMode", GL_PROJECTION},
+                                   {"glPopMatrix"},
+                                   {"glViewport", 0, 0, width, height},
+                                   {"glMatrixMode", GL_MODELVIEW},
+                                   {"glPopMatrix"},
+                                   {"glDisable", GL_SCISSOR_TEST},
+                                   {"glEnable", GL_DEPTH_TEST},
+                                   {"glDepthFunc", GL_LESS}}));
+    EXPECT_EQ(calls.count("glPushMatrix"), 2u);
+    EXPECT_EQ(calls.count("glPopMatrix"), 2u);
+    EXPECT_EQ(calls.count("glReadPixels"), 2u);
+}
+
+TEST_F(LandscapeSelection, CoordinatesAreTurnedBeforeTheyAreUsed) {
+    drawFrame(camera, new Square);
+    recorder.start();
+    RAVOLT::select(70, 30);
+    const Calls calls = recorder.stop();
+    const int x = height - 30, y = 70;
+    EXPECT_EQ(calls.named("glReadPixels"),
+              (Calls{{"glReadPixels", x, height - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE},
+                     {"glReadPixels", x, height - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE}}));
+    EXPECT_EQ(calls.named("glScissor"), (Calls{{"glScissor", x, height - y, 1, 1}}));
+    EXPECT_EQ(calls.named("glVertex2i"), (Calls{{"glVertex2i", x, y}}));
+}
+
+// --- decoding
+
+struct Decoding {
+    const char *name;
+    int red, green, blue, alpha;      // sizes of the display's channels
+    std::vector<unsigned char> bytes; // of the pixel
+    unsigned int identity;
+};
+
+const Decoding decodings[] = {
+    {"32 bits stand as read", 8, 8, 8, 8, {0xf4, 0xa3, 0xc2, 0x81}, 0x81c2a3f4},
+    {"24 bits lose the top byte", 8, 8, 8, 0, {0xf4, 0xa3, 0xc2, 0xff}, 0x00c2a3f4},
+    {"16 bits, red", 5, 6, 5, 0, {0xff, 0, 0, 0xff}, 0xf800},
+    {"16 bits, green", 5, 6, 5, 0, {0, 0xff, 0, 0xff}, 0x07e0},
+    {"16 bits, blue", 5, 6, 5, 0, {0, 0, 0xff, 0xff}, 0x001f},
+    {"16 bits, the lowest that count", 5, 6, 5, 0, {0x08, 0x04, 0x08, 0xff}, 0x0821},
+    {"16 bits, what does not count", 5, 6, 5, 0, {0x07, 0x03, 0x07, 0xff}, 0x0000},
+    {"15 bits are not decoded", 5, 5, 5, 0, {0xf4, 0xa3, 0xc2, 0xff}, 0xffc2a3f4},
+    {"30 bits are not decoded", 10, 10, 10, 0, {0xf4, 0xa3, 0xc2, 0xff}, 0xffc2a3f4},
+};
+
+class Decoded : public Selection, public testing::WithParamInterface<Decoding> {
+  protected:
+    void SetUp() override {
+        const Decoding &wanted = GetParam();
+        recorder.channelSizes(wanted.red, wanted.green, wanted.blue, wanted.alpha);
+        Selection::SetUp();
+    }
+};
+
+TEST_P(Decoded, FromTheSecondReading) {
+    drawFrame(camera, nullptr);
+    recorder.answerReadPixels({9, 8, 7, 6});
+    recorder.answerReadPixels(GetParam().bytes);
+    recorder.start();
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), GetParam().identity);
+    EXPECT_EQ(recorder.stop().named("glColor4ubv"), (Calls{{"glColor4ubv", 9, 8, 7, 6}}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Depths, Decoded, testing::ValuesIn(decodings), [](const auto &test) {
+    std::string name;
+    for (const char *letter = test.param.name; *letter; ++letter)
+        if (std::isalnum(static_cast<unsigned char>(*letter)))
+            name += *letter;
+    return name;
+});
+
+// At 16 bits a mesh writes the low 16 bits of its identity in fields of 5, 6 and 5, and what such a
+// display keeps of them comes back.
+class Selection16 : public Selection {
+  protected:
+    void SetUp() override {
+        recorder.channelSizes(5, 6, 5, 0);
+        Selection::SetUp();
+    }
+};
+
+TEST_F(Selection16, AMeshComesBackByItsLow16Bits) {
+    RVMESH *mesh = loadMesh(squareBody());
+    ASSERT_NE(mesh, nullptr);
+    for (unsigned int identity : {0x00000001u, 0x0000f81fu, 0x00001234u, 0xabcd8421u}) {
+        mesh->setAuxId(identity);
+        drawFrame(camera, mesh);
+        EXPECT_EQ(RAVOLT::select(centreX, centreY), identity & 0xffff);
+    }
+}
+
+} // namespace
+} // namespace ravolt::test
