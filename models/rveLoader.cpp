@@ -210,6 +210,10 @@ void destroyTree(RVNODE *node) {
     delete node;
 }
 
+struct DestroyTree {
+    void operator()(RVNODE *root) const { destroyTree(root); }
+};
+
 bool namesXml(const char *path) { return std::strstr(path, ".xml") || std::strstr(path, ".XML"); }
 
 // Whether the whole file is in `file`; a log line otherwise.
@@ -283,15 +287,15 @@ RVNODE *RAVOLT::load(const char *fileName) try {
     state.nodes = 0;
     char *bytes = reinterpret_cast<char *>(const_cast<unsigned char *>(file.data()));
     long cursor = static_cast<long>(reader.position());
-    RVNODE *root = recursiveLoad(bytes, &cursor, nullptr);
+    std::unique_ptr<RVNODE, DestroyTree> root(recursiveLoad(bytes, &cursor, nullptr));
     if (!root)
         return nullptr;
-    additions.keep();
-    recursiveInitBones(root, root);
+    recursiveInitBones(root.get(), root.get());
     zlfFree(file.release());
     zlfLog("   File .RVE loaded (%u nodes)\n", state.nodes);
-    RVNODE::displayTree(root);
-    return root;
+    RVNODE::displayTree(root.get());
+    additions.keep();
+    return root.release();
 } catch (const std::bad_alloc &) {
     zlfLog("   [!] Out of memory for file %s%s @ RAVOLT::load\n", rvePath, fileName);
     return nullptr;

@@ -1,0 +1,166 @@
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVOPENGL.h"
+#include "tests/models/modelScenes.h"
+#include "tests/support/engineFixture.h"
+
+using namespace ravolt;
+using namespace ravolt::test;
+
+namespace {
+
+constexpr Pixel black{0, 0, 0, 255}, red{255, 0, 0, 255};
+
+// Meshes as they look, before a black background and five units in front of the eye.
+class MeshDrawingTest : public EngineTest {
+  protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        RVOPENGL::setBackgroundColor(0, 0, 0, 1);
+    }
+
+    void TearDown() override {
+        RVMESH::hideNormals();
+        RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
+        EngineTest::TearDown();
+    }
+
+    static RveNode inFront(RveNode mesh) {
+        mesh.position[2] -= 5;
+        return mesh;
+    }
+
+    static Pixel centre() { return pixelAt(width / 2, height / 2); }
+};
+
+TEST_F(MeshDrawingTest, UnlitMeshHasTheCurrentColorAndLeavesIt) {
+    RVNODE *root = loadScene({inFront(squareMesh("square"))});
+    glColor4f(1, 0, 0, 1);
+    drawFrame(nullptr, root);
+    EXPECT_PIXEL(centre(), red, 1);
+    EXPECT_PIXEL(pixelAt(2, 2), black, 1);
+    GLfloat color[4];
+    glGetFloatv(GL_CURRENT_COLOR, color);
+    EXPECT_EQ(color[0], 1.0f);
+    EXPECT_EQ(color[1], 0.0f);
+}
+
+TEST_F(MeshDrawingTest, BackFacesAreNotSeen) {
+    RveNode square = inFront(squareMesh("square"));
+    square.rotation = {0, 180, 0};
+    RVNODE *root = loadScene({square});
+    glColor4f(1, 0, 0, 1);
+    drawFrame(nullptr, root);
+    EXPECT_PIXEL(centre(), black, 1);
+}
+
+TEST_F(MeshDrawingTest, HiddenMeshIsNotSeen) {
+    RVNODE *root = loadScene({inFront(squareMesh("square"))});
+    glColor4f(1, 0, 0, 1);
+    meshNamed("square")->setDisplayStatus(false);
+    drawFrame(nullptr, root);
+    EXPECT_PIXEL(centre(), black, 1);
+}
+
+TEST_F(MeshDrawingTest, BuffersAndOwnMemoryGiveTheSamePicture) {
+    RveNode tilted = inFront(squareMesh("tilted"));
+    tilted.rotation = {20, 30, 40};
+    Picture pictures[2];
+    for (Picture &picture : pictures) {
+        RVNODE *root = loadScene({tilted});
+        glColor4f(1, 0, 0, 1);
+        recorder.start();
+        drawFrame(nullptr, root);
+        EXPECT_EQ(
+            recorder.stop().contains(Call("glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0)),
+            &picture == &pictures[0]);
+        picture = readFrame();
+        EXPECT_GT(picture.pixelsUnlike(black), 100u);
+        recorder.nullEntryPoint("glGenBuffersARB"); // the second time there are no buffers
+        ASSERT_TRUE(restart());
+        RVOPENGL::setBackgroundColor(0, 0, 0, 1);
+    }
+    EXPECT_EQ(differenceOf(pictures[0], pictures[1]).maximum, 0);
+}
+
+TEST_F(MeshDrawingTest, SkinnedMeshFollowsItsBoneInThePicture) {
+    RveNode square = inFront(squareMesh("square", "[none]", 0.25f));
+    for (RveVector &vertex : square.mesh.vertices)
+        vertex[2] = -5; // bound where it stands
+    square.mesh.skin = {1, {0, 0, 0, 0}, {1, 1, 1, 1}, {"bone"}};
+    RVNODE *root = loadScene({square, emptyMesh("bone")});
+    glColor4f(1, 0, 0, 1);
+    drawFrame(nullptr, root);
+    EXPECT_PIXEL(centre(), red, 1);
+
+    meshNamed("bone")->setPosition(1, 0, 0);
+    drawFrame(nullptr, root);
+    EXPECT_PIXEL(centre(), black, 1);
+    // One unit at a distance of five, with a half height of 5 x tan(22.5 degrees).
+    EXPECT_PIXEL(pixelAt(width / 2 + 23, height / 2), red, 1);
+}
+
+// Two squares of one mesh, the near one first; it looks at the eye, the far one away from it.
+RveNode shell(const std::string &material) {
+    RveNode near = squareMesh("shell", material);
+    const RveMesh far = near.mesh;
+    RveMesh &mesh = near.mesh;
+    for (RveVector &vertex : mesh.vertices)
+        vertex[2] = 0.5f;
+    for (RveVector vertex : far.vertices)
+        mesh.vertices.push_back({vertex[0], vertex[1], -0.5f});
+    mesh.normals.insert(mesh.normals.end(), 4, {0, 0, -1});
+    mesh.uvs.insert(mesh.uvs.end(), far.uvs.begin(), far.uvs.end());
+    mesh.faces.push_back({4, 6, 5});
+    mesh.faces.push_back({4, 7, 6});
+    return near;
+}
+
+TEST_F(MeshDrawingTest, InnerFacesOfATransparentMeshShineThroughTheOuterOnes) {
+    RveMaterial glass = materialNamed("glass", 0.5f);
+    glass.ambient = glass.diffuse = glass.specular = {0, 0, 0, 1};
+    glass.selfIllumination = {1, 0, 0, 1};
+    RveNode lamp = nodeNamed("lamp");
+    lamp.kind = RveKind::light;
+    lamp.position = {0, 50, 0}; // out of the picture
+    RVNODE *root = loadScene(RveScene{{glass}, rootOver({lamp, inFront(shell("glass"))})});
+    drawFrame(nullptr, root);
+    EXPECT_PIXEL(centre(), (Pixel{191, 0, 0, 255}), 2); // half of red over half of red
+    EXPECT_TRUE(RVOPENGL::isCulled());
+
+    RVMATERIAL::findByName("glass")->setTransparency(1.0f);
+    drawFrame(nullptr, root);
+    EXPECT_PIXEL(centre(), red, 2);
+}
+
+TEST_F(MeshDrawingTest, NormalsAreSeen) {
+    RveNode square = inFront(squareMesh("square"));
+    square.rotation = {0, 90, 0}; // edge on: its normals point to the right
+    RVNODE *root = loadScene({square});
+    RVMESH::showNormals();
+    drawFrame(nullptr, root);
+    const Picture picture = readFrame();
+    std::size_t green = 0;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            green += picture.at(x, y).green > 20 && picture.at(x, y).red == 0;
+    EXPECT_GT(green, 40u);
+}
+
+TEST_F(MeshDrawingTest, SelectFindsTheMeshUnderAPixel) {
+    RveNode left = inFront(squareMesh("left", "[none]", 0.5f));
+    RveNode right = left;
+    left.position[0] = -1;
+    right.position[0] = 1;
+    right.name = "right";
+    RVNODE *root = loadScene({left, right});
+    meshNamed("right")->setAuxId(0x00123456);
+    drawFrame(nullptr, root);
+    EXPECT_EQ(RAVOLT::select(width / 2 - 23, height / 2), meshNamed("left")->getId());
+    EXPECT_EQ(RAVOLT::select(width / 2 + 23, height / 2), 0x00123456u);
+    EXPECT_EQ(RAVOLT::select(width / 2, height / 2), 0u);
+}
+
+} // namespace

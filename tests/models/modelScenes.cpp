@@ -1,0 +1,83 @@
+#include "tests/models/modelScenes.h"
+
+#include "ravolt/RAVOLT.h"
+
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+namespace ravolt::test {
+
+RveNode rootOver(std::vector<RveNode> children) {
+    return emptyMesh("[root]", {0, 0, 0}, std::move(children));
+}
+
+RveNode nodeNamed(const std::string &name, std::vector<RveNode> children) {
+    RveNode node;
+    node.name = name;
+    node.children = std::move(children);
+    return node;
+}
+
+RveNode emptyMesh(const std::string &name, RveVector position, std::vector<RveNode> children) {
+    RveNode node = nodeNamed(name, std::move(children));
+    node.kind = RveKind::mesh;
+    node.position = position;
+    return node;
+}
+
+RveNode squareMesh(const std::string &name, const std::string &material, float half) {
+    RveNode node = emptyMesh(name);
+    RveMesh &mesh = node.mesh;
+    mesh.material = material;
+    mesh.radius = half * 1.5f;
+    mesh.minimum = {-half, -half, 0};
+    mesh.maximum = {half, half, 0};
+    mesh.vertices = {{-half, -half, 0}, {half, -half, 0}, {half, half, 0}, {-half, half, 0}};
+    mesh.normals.assign(4, {0, 0, 1});
+    mesh.uvs = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+    mesh.faces = {{0, 1, 2}, {0, 2, 3}};
+    return node;
+}
+
+RveMaterial materialNamed(const std::string &name, float transparency) {
+    RveMaterial material;
+    material.name = name;
+    material.transparency = transparency;
+    return material;
+}
+
+Bytes bytesOf(const RveScene &scene, RveVersion version) {
+    const RveResult result = encodeRve(scene, version);
+    EXPECT_EQ(result.error, "");
+    return result.bytes;
+}
+
+void writeBytes(const std::string &fileName, const Bytes &bytes) {
+    std::ofstream file(fileName, std::ios::binary);
+    file.write(reinterpret_cast<const char *>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+}
+
+RVNODE *loadBytes(const Bytes &bytes) {
+    writeBytes("scene.rve", bytes);
+    return RAVOLT::load("scene.rve");
+}
+
+RVNODE *loadScene(const RveScene &scene, RveVersion version) {
+    RVNODE *root = loadBytes(bytesOf(scene, version));
+    EXPECT_NE(root, nullptr);
+    return root;
+}
+
+RVNODE *loadScene(std::vector<RveNode> childrenOfRoot) {
+    return loadScene(RveScene{{}, rootOver(std::move(childrenOfRoot))});
+}
+
+RVMESH *meshNamed(const std::string &name) {
+    RVNODE *node = RVNODE::findByName(name.c_str());
+    EXPECT_TRUE(node && node->getType() == RV_NODE_TYPE_MESH) << name;
+    return static_cast<RVMESH *>(node);
+}
+
+} // namespace ravolt::test

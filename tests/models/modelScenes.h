@@ -1,0 +1,47 @@
+#pragma once
+
+// Scene files for the tests, described by a few lines and written into the test's own folder.
+
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVNODE.h"
+#include "tools/writers/rveWriter.h"
+
+#include <string>
+#include <vector>
+
+namespace ravolt::test {
+
+using Bytes = std::vector<unsigned char>;
+
+// A mesh without geometry, named "[root]", over these children.
+RveNode rootOver(std::vector<RveNode> children);
+
+// A plain node over these children.
+RveNode nodeNamed(const std::string &name, std::vector<RveNode> children = {});
+
+// A mesh without geometry; as a bone it is a joint.
+RveNode emptyMesh(const std::string &name, RveVector position = {0, 0, 0},
+                  std::vector<RveNode> children = {});
+
+// A square of two triangles that faces +z, from -half to +half, with texture coordinates.
+RveNode squareMesh(const std::string &name, const std::string &material = "[none]",
+                   float half = 1.0f);
+
+RveMaterial materialNamed(const std::string &name, float transparency = 1.0f);
+
+// The scene as the bytes of its file; an error of the writer fails the test.
+Bytes bytesOf(const RveScene &scene, RveVersion version = RveVersion::v16a);
+
+void writeBytes(const std::string &fileName, const Bytes &bytes);
+
+// Loads these bytes as "scene.rve".
+RVNODE *loadBytes(const Bytes &bytes);
+
+// Writes and loads the scene; NULL fails the test.
+RVNODE *loadScene(const RveScene &scene, RveVersion version = RveVersion::v16a);
+RVNODE *loadScene(std::vector<RveNode> childrenOfRoot);
+
+// The mesh of that name; NULL fails the test.
+RVMESH *meshNamed(const std::string &name);
+
+} // namespace ravolt::test
