@@ -27,6 +27,7 @@ struct ShowOptions {
     int rig = 0;
     double yaw = 30, pitch = 20, zoom = 1; // degrees, degrees, factor
     bool wireframe = false;
+    bool twoSided = false; // of a model
     bool normals = false;
     bool boxes = false;
 };

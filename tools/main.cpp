@@ -48,6 +48,7 @@ CLI::App *addConvert(CLI::App &app, Options &options) {
     command->add_option("-o,--output", to.scene, "The scene file; textures go beside it")
         ->required();
     command->add_flag("--normal-maps", to.normalMaps, "Write normal maps too, as NAME_n.tga");
+    command->add_flag("--two-sided", to.twoSided, "Make every surface visible from behind too");
     command->add_option("--max-texture", to.largestTexture, "Longest side of a texture in pixels")
         ->check(CLI::Range(1u, 4096u))
         ->capture_default_str();
@@ -73,6 +74,8 @@ void addShow(CLI::App &command, Options &options, ShowOptions &to) {
     command.add_option("--zoom", to.zoom, "1 shows the whole scene, 2 half of it")
         ->capture_default_str();
     command.add_flag("--wireframe", to.wireframe, "Show lines only");
+    command.add_flag("--two-sided", to.twoSided,
+                     "Show a model's surfaces from behind too; no effect on a scene file");
     command.add_flag("--normals", to.normals, "Show normals, one unit long");
     command.add_flag("--boxes", to.boxes, "Show bounding boxes");
     addTalk(command, options);

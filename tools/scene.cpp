@@ -15,14 +15,15 @@ void say(const Report &report, const Talk &talk) {
             std::fprintf(stderr, "ravolt: note: %s\n", line.c_str());
 }
 
-SceneToShow::SceneToShow(const std::filesystem::path &input, const Talk &talk) {
-    if (isScene(input)) {
-        scene = input;
+SceneToShow::SceneToShow(const ShowOptions &wanted, const Talk &talk) {
+    if (isScene(wanted.input)) {
+        scene = wanted.input;
         return;
     }
     folder.emplace();
     ConvertOptions options;
-    options.model = input;
+    options.model = wanted.input;
+    options.twoSided = wanted.twoSided;
     options.scene = scene = folder->path() / "scene.rve";
     Report report;
     {

@@ -17,7 +17,7 @@ void say(const Report &report, const Talk &talk);
 class SceneToShow {
   public:
     // Throws Failure when there is no such file or the model cannot be converted.
-    SceneToShow(const std::filesystem::path &input, const Talk &talk);
+    SceneToShow(const ShowOptions &wanted, const Talk &talk);
 
     const std::filesystem::path &file() const { return scene; }
 

@@ -52,7 +52,7 @@ void runShot(const ShotOptions &options, const Talk &talk) {
     if (!fs::is_directory(output.parent_path(), error))
         throw Failure(output.parent_path().string(), "no such folder");
 
-    const SceneToShow scene(options.input, talk);
+    const SceneToShow scene(options, talk);
     Engine engine(options.size, "ravolt", false, QuietStart::log());
     Stage stage(engine.load(scene.file()));
     arrange(stage, options);

@@ -27,9 +27,8 @@ constexpr double spinDegreesPerSecond = 40;
 class Viewer {
   public:
     Viewer(Stage &shown, const ViewOptions &wanted, fs::path stem)
-        : stage(shown), options(wanted), pictureStem(std::move(stem)),
-          wireframe(wanted.wireframe), normals(wanted.normals), boxes(wanted.boxes),
-          spinning(wanted.spin) {}
+        : stage(shown), options(wanted), pictureStem(std::move(stem)), wireframe(wanted.wireframe),
+          normals(wanted.normals), boxes(wanted.boxes), spinning(wanted.spin) {}
 
     void run();
 
@@ -214,7 +213,7 @@ std::string viewKeys() {
 void runView(const ViewOptions &options, const Talk &talk) {
     // The engine works in another folder.
     const fs::path pictures = fs::absolute(options.input.stem());
-    const SceneToShow scene(options.input, talk);
+    const SceneToShow scene(options, talk);
     Engine engine(options.size, "ravolt - " + options.input.filename().string(), true,
                   QuietStart::log());
     Stage stage(engine.load(scene.file()));

@@ -66,22 +66,28 @@ Textures::Options textureOptions(const ConvertOptions &options, const fs::path &
 
 } // namespace
 
-ConvertResult convertModel(const ConvertOptions &options, Report &report, Progress &progress) {
+ravolt::RveScene makeScene(const ConvertOptions &options, Report &report, Progress &progress,
+                           WrittenFiles &written) {
     if (!(std::isfinite(options.scale) && options.scale > 0))
         throw Failure("the scale must be a number above 0");
     const fs::path folder = outputFolder(options);
     const Model model(options.model.string(), report, progress);
     reportUnheld(model.scene(), report);
 
-    WrittenFiles written;
     Textures textures(model.scene(), textureOptions(options, folder), report, written);
     ravolt::RveScene scene;
     progress.step("materials and textures", 0.5, 0.75);
-    const std::vector<Surface> surfaces = convertMaterials(
-        model, {options.normalMaps, options.prefix}, textures, report, progress, scene.materials);
-
+    const std::vector<Surface> surfaces =
+        convertMaterials(model, {options.normalMaps, options.twoSided, options.prefix}, textures,
+                         report, progress, scene.materials);
     progress.step("meshes", 0.75, 0.95);
     scene.root = convertTree(model, surfaces, options.scale, report, progress);
+    return scene;
+}
+
+ConvertResult convertModel(const ConvertOptions &options, Report &report, Progress &progress) {
+    WrittenFiles written;
+    const ravolt::RveScene scene = makeScene(options, report, progress, written);
     const ConvertResult result = figuresOf(scene);
     if (result.triangles == 0)
         throw Failure(options.model.string(), "has no triangles to draw");

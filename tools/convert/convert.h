@@ -2,8 +2,10 @@
 
 // Conversion of a model, in any format that assimp reads, to a scene file with its textures.
 
+#include "tools/convert/files.h"
 #include "tools/progress.h"
 #include "tools/report.h"
+#include "tools/writers/rveWriter.h"
 
 #include <filesystem>
 #include <string>
@@ -14,6 +16,7 @@ struct ConvertOptions {
     std::filesystem::path model;
     std::filesystem::path scene; // the file to write; textures go beside it
     bool normalMaps = false;     // also write NAME_n.tga
+    bool twoSided = false;       // every surface can be seen from behind
     unsigned int largestTexture = 4096;
     double scale = 1;   // of all lengths
     std::string prefix; // put in front of the names of materials and textures
@@ -30,8 +33,13 @@ struct ConvertResult {
     std::size_t textures = 0;
 };
 
-// Throws Failure, with one line, when there is no scene to be made or it cannot be written; nothing
-// is left behind then.
+// The scene of a model, with its textures already written beside the scene file to be; they are
+// noted in `written`. Throws Failure.
+ravolt::RveScene makeScene(const ConvertOptions &options, Report &report, Progress &progress,
+                           WrittenFiles &written);
+
+// The whole. Throws Failure, with one line, when there is no scene to be made or it cannot be
+// written; nothing is left behind then.
 ConvertResult convertModel(const ConvertOptions &options, Report &report, Progress &progress);
 
 } // namespace ravolt::tool

@@ -14,6 +14,7 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
+#include <vector>
 
 namespace ravolt::tool {
 
@@ -111,6 +112,62 @@ std::size_t zeroBadTexturePlaces(aiMesh &mesh) {
     return zeroed;
 }
 
+template <class T> void spread(T *&array, const std::vector<unsigned int> &from) {
+    if (!array)
+        return;
+    T *result = new T[from.size()];
+    for (std::size_t i = 0; i < from.size(); ++i)
+        result[i] = array[from[i]];
+    delete[] array;
+    array = result;
+}
+
+void spreadWeights(aiMesh &mesh, const std::vector<std::vector<unsigned int>> &copies) {
+    for (unsigned int b = 0; b < mesh.mNumBones; ++b) {
+        aiBone &bone = *mesh.mBones[b];
+        std::vector<aiVertexWeight> weights;
+        for (unsigned int i = 0; i < bone.mNumWeights; ++i)
+            for (unsigned int copy : copies[bone.mWeights[i].mVertexId])
+                weights.emplace_back(copy, bone.mWeights[i].mWeight);
+        delete[] bone.mWeights;
+        bone.mNumWeights = static_cast<unsigned int>(weights.size());
+        bone.mWeights = new aiVertexWeight[weights.size()];
+        std::copy(weights.begin(), weights.end(), bone.mWeights);
+    }
+}
+
+// Gives each corner of each face a vertex of its own where normals are still to be made: only so
+// can creases stay sharp. Equal vertices are joined again afterwards.
+void unshareVertices(aiMesh &mesh) {
+    std::size_t corners = 0;
+    for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
+        corners += mesh.mFaces[i].mNumIndices;
+    constexpr std::size_t most = 1u << 28; // beyond, the mesh is rather left smooth
+    if (mesh.mNormals || mesh.mNumAnimMeshes || corners == mesh.mNumVertices || corners > most)
+        return;
+    std::vector<unsigned int> from;
+    from.reserve(corners);
+    std::vector<std::vector<unsigned int>> copies(mesh.mNumBones ? mesh.mNumVertices : 0);
+    for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
+        for (unsigned int k = 0; k < mesh.mFaces[i].mNumIndices; ++k) {
+            unsigned int &index = mesh.mFaces[i].mIndices[k];
+            const unsigned int own = static_cast<unsigned int>(from.size());
+            from.push_back(index);
+            if (!copies.empty())
+                copies[index].push_back(own);
+            index = own;
+        }
+    spread(mesh.mVertices, from);
+    spread(mesh.mTangents, from);
+    spread(mesh.mBitangents, from);
+    for (aiVector3D *&channel : mesh.mTextureCoords)
+        spread(channel, from);
+    for (aiColor4D *&channel : mesh.mColors)
+        spread(channel, from);
+    spreadWeights(mesh, copies);
+    mesh.mNumVertices = static_cast<unsigned int>(from.size());
+}
+
 // Nodes that name a mesh which does not exist lose it.
 void dropBadReferences(aiNode &node, unsigned int numberOfMeshes) {
     const auto end = std::remove_if(node.mMeshes, node.mMeshes + node.mNumMeshes,
@@ -136,6 +193,7 @@ void cleanScene(aiScene &scene, Report &report) {
         weights += dropBadWeights(mesh);
         places += zeroBadTexturePlaces(mesh);
         zeroBadVertices(mesh);
+        unshareVertices(mesh);
         if (mesh.mMaterialIndex >= scene.mNumMaterials)
             mesh.mMaterialIndex = 0;
     }

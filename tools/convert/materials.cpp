@@ -140,6 +140,15 @@ Color diffuseOf(const aiMaterial &material, bool linear) {
     return stated && linear ? asShown(diffuse) : diffuse;
 }
 
+// Where a picture says which parts glow, and the scene cannot hold it, nothing does.
+Color emissionOf(const aiMaterial &material, aiTextureType cover, bool linear) {
+    Color emission = {0, 0, 0, 1};
+    for (aiTextureType type : {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR})
+        if (type != cover && !pathOf(material, type).empty())
+            return emission;
+    return colorOf(material, "$clr.emissive", emission) && linear ? asShown(emission) : emission;
+}
+
 // Metal and roughness as the nearest highlight of the fixed-function light.
 Color highlightOfMetal(const aiMaterial &material, const Color &diffuse) {
     const float metal = limited(numberOf(material, "$mat.metallicFactor", 1), 0, 1, 1);
@@ -256,11 +265,11 @@ ravolt::RveMaterial Converter::convert(const aiMaterial &material, Surface &surf
         out.diffuse = {1, 1, 1, 1}; // exporters that let the texture stand for the colour
     if (!colorOf(material, "$clr.ambient", out.ambient) || isBlack(out.ambient))
         out.ambient = out.diffuse; // left out, or unused by the program that wrote it
-    if (colorOf(material, "$clr.emissive", out.selfIllumination) && linear)
-        out.selfIllumination = asShown(out.selfIllumination);
+    out.selfIllumination = emissionOf(material, source.type, linear);
     setHighlight(material, linear, out);
     setOpacity(material, file.seeThrough, report, out);
-    surface.bothSides = flagOf(material, "$mat.twosided") && out.transparency == 1;
+    surface.bothSides =
+        (options.twoSided || flagOf(material, "$mat.twosided")) && out.transparency == 1;
     reportUnheldMaps(material, source, report);
     return out;
 }

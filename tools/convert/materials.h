@@ -24,6 +24,7 @@ struct Surface {
 
 struct MaterialOptions {
     bool normalMaps = false;
+    bool twoSided = false;
     std::string prefix;
 };
 

@@ -135,7 +135,8 @@ std::vector<Part> TreeBuilder::partsOf(const aiNode &node, const Matrix &rest,
         carrying.posed = poseOf(mesh, places, rigid * Affine{rest, {}});
         for (Affine &map : carrying.posed)
             map = toNode * map;
-        carrying.channel = surface.channel;
+        // Some exporters number the sets from 1.
+        carrying.channel = mesh.mTextureCoords[surface.channel] ? surface.channel : 0;
         carrying.bothSides = surface.bothSides;
         unplacedFaces += append(byMaterial[mesh.mMaterialIndex], mesh, carrying);
     }
