@@ -16,5 +16,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/RavoltConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/RavoltConfig.cmake ${PROJECT_BINARY_DIR}/RavoltConfigVersion.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
 
+# The way from ravolt.pc back to the prefix, so that an installed tree may be moved.
+file(RELATIVE_PATH RAVOLT_BACK_TO_PREFIX
+    ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/ravolt.pc.in ${PROJECT_BINARY_DIR}/ravolt.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/ravolt.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,40 @@
+#!/bin/sh
+# installed.sh BUILD SOURCE COMPILER: installs what BUILD holds into a place of its own, and builds
+# and runs an application against it, through the CMake package and through pkg-config.
+build=$1 application=$2/tests/house/installed compiler=$3
+prefix=$PWD/prefix
+
+fail() {
+    echo "$*"
+    exit 1
+}
+
+# The application ran: it left a log without a problem and without a leak.
+check() {
+    grep -F '[!]' ravolt_log.txt | grep -vE 'No VRam detected|not supported|not found' &&
+        fail "$1: problems in its log"
+    grep -q '^Final memory ratio: 0 ' ravolt_log.txt || fail "$1: it leaks"
+    rm ravolt_log.txt
+}
+
+cmake --install "$build" --prefix "$prefix" >install.log 2>&1 || fail "$(cat install.log)"
+
+cmake -S "$application" -B package "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_CXX_COMPILER=$compiler" \
+    >package.log 2>&1 && cmake --build package >>package.log 2>&1 || fail "$(cat package.log)"
+./package/application || fail "the application of the CMake package ends with $?"
+check "CMake package"
+
+PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name ravolt.pc)")
+export PKG_CONFIG_PATH
+libraries=$(pkg-config --variable=libdir ravolt) || fail "pkg-config does not know ravolt"
+# The application needs nothing newer than C++11.
+"$compiler" -std=c++11 "$application/main.cpp" -o application \
+    $(pkg-config --cflags --libs ravolt) "-Wl,-rpath,$libraries" || fail "pkg-config: it does not build"
+./application || fail "the application of pkg-config ends with $?"
+check "pkg-config"
+
+objdump=$(command -v objdump) || exit 0
+library=$(find "$prefix" -name 'libravolt.so' | head -n 1)
+"$objdump" -p "$library" | grep -q 'SONAME *libravolt.so.1$' || fail "the library has no version"
+"$objdump" -T "$library" | grep -q ' _ZN6ravolt' && fail "the library exports its inside"
+exit 0

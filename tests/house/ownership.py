@@ -1,0 +1,122 @@
+#!/usr/bin/env python3
+"""Who may call which OpenGL function: reads the calls of the library's sources and fails on one that
+stands outside of its owner and is no listed exception. The owner says so at the top of its source.
+
+    ownership.py ROOT [--self]
+"""
+
+import re
+import sys
+from pathlib import Path
+
+# What: the calls, as a pattern over `name(first argument`. Owners: the sources of the class.
+# Exceptions: a source and why. Says: what the comment at the top of the first owner names.
+ROWS = [
+    {"what": r"gl(Enable|Disable)\(GL_(BLEND|CULL_FACE|SCISSOR_TEST)\b",
+     "owners": ["engine/RVOPENGL.cpp"], "says": ["only", "blending", "culling"],
+     "exceptions": {
+         ("engine/frame.cpp", "GL_CULL_FACE"): "wireframe and the 2D block go around the cache",
+         ("engine/select.cpp", "GL_SCISSOR_TEST"): "picking cuts out one pixel by itself"}},
+    {"what": r"gl(Enable|Disable)ClientState\(GL_(VERTEX|INDEX|NORMAL|COLOR|TEXTURE_COORD)_ARRAY\b",
+     "owners": ["engine/RVOPENGL.cpp"], "says": ["only", "client arrays"],
+     "exceptions": {
+         ("models/RVMESH.cpp", "GL_TEXTURE_COORD_ARRAY"):
+             "the coordinates of the second unit, which have no cached switch"}},
+    {"what": r"glLightModelf\(GL_LIGHT_MODEL_TWO_SIDE\b",
+     "owners": ["engine/RVOPENGL.cpp"], "says": ["only", "two-sided"], "exceptions": {}},
+    {"what": r"gl(Enable|Disable)\((GL_LIGHTING|GL_LIGHT\d|light)\b|glLightfv?\(",
+     "owners": ["scene/RVLIGHT.cpp"], "says": ["only", "GL_LIGHTING", "lights"],
+     "exceptions": {("engine/glStart.cpp", "glLightf"): "the base state of a new context"}},
+    {"what": r"gl(Enable|Disable)\(GL_TEXTURE_2D\b|glBindTexture\(|glActiveTextureARB\(",
+     "owners": ["resources/RVTEXTURE.cpp", "resources/textureUpload.cpp"],
+     "says": ["only", "binds", "texturing"],
+     "exceptions": {("engine/splash.cpp", ""): "drawn before the engine knows the driver"}},
+    {"what": r"gl(Gen|Delete|Prioritize)Textures\(|glTex(Sub)?Image2D\(|glTexParameter[if]\(",
+     "owners": ["resources/RVTEXTURE.cpp", "resources/textureUpload.cpp",
+                "resources/textureMemory.cpp"],
+     "says": ["only", "OpenGL"],
+     "exceptions": {("engine/splash.cpp", ""): "drawn before the engine knows the driver"}},
+    {"what": r"glMaterialfv?\(",
+     "owners": ["resources/RVMATERIAL.cpp"], "says": ["only", "glMaterial"],
+     "exceptions": {("scene/RVHELPER.cpp", ""): "debug shapes are lit and have no material"}},
+    {"what": r"gl(Gen|Delete)BuffersARB\(|glBufferDataARB\(",
+     "owners": ["models/RVMESH.cpp", "models/meshLoad.cpp"], "says": [],
+     "exceptions": {}},
+    {"what": r"glReadPixels\(", "owners": ["engine/select.cpp"], "says": [], "exceptions": {}},
+    {"what": r"glClear\(", "owners": ["engine/RAVOLT.cpp"], "says": [],
+     "exceptions": {("engine/splash.cpp", ""): "drawn before the first frame"}},
+]
+
+FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models"]
+
+
+def read(root):
+    files = {}
+    for folder in FOLDERS:
+        for path in sorted((root / folder).rglob("*")):
+            if path.suffix in (".h", ".cpp"):
+                files[path.relative_to(root).as_posix()] = path.read_text(encoding="utf-8")
+    return files
+
+
+def head_comment(text):
+    """The comment at the top, or behind the includes when it stands there."""
+    lines = []
+    for line in text.splitlines():
+        if line.startswith("//"):
+            lines.append(line[2:].strip())
+        elif lines or (line and not line.startswith("#")):
+            break
+    return " ".join(lines)
+
+
+def without_comments(text):
+    return re.sub(r"//[^\n]*", "", text)
+
+
+def faults(files):
+    used = set()
+    for path, text in files.items():
+        for row in ROWS:
+            for match in re.finditer(row["what"], without_comments(text)):
+                if path in row["owners"]:
+                    continue
+                call = match.group(0)
+                excuse = [key for key in row["exceptions"] if key[0] == path and key[1] in call]
+                used.update(excuse)
+                if not excuse:
+                    yield f"{path}: {call}...) belongs to {row['owners'][0]}"
+    for row in ROWS:
+        owner = row["owners"][0]
+        for word in row["says"] if owner in files else ():
+            if word.lower() not in head_comment(files[owner]).lower():
+                yield f"{owner}: the comment at its top does not say what only it may do ({word})"
+        for key in row["exceptions"]:
+            if key[0] in files and key not in used:
+                yield f"{key[0]}: its exception for {key[1] or row['what']} is not needed"
+
+
+def self_test():
+    top = "// Only here may blending, culling, two-sided lighting and the client arrays be switched.\n"
+    good = {"engine/RVOPENGL.cpp": top + "glEnable(GL_BLEND);",
+            "engine/other.cpp": "glEnable(GL_DEPTH_TEST); // not glEnable(GL_BLEND)"}
+    bad = [{**good, "engine/other.cpp": "glDisable(GL_CULL_FACE);"},
+           {**good, "engine/other.cpp": "glLightfv(light, 0, 0);"},
+           {**good, "engine/frame.cpp": ""}]
+    silent = {"engine/RVOPENGL.cpp": "// Nothing.\n"}
+    return (not list(faults(good)) and all(len(list(faults(files))) == 1 for files in bad) and
+            list(faults(silent)))
+
+
+def main():
+    if "--self" in sys.argv:
+        sys.exit(0 if self_test() else "the check does not find what it should")
+    files = read(Path(sys.argv[1]))
+    found = list(faults(files))
+    print("\n".join(found))
+    print(f"{len(files)} files, {len(found)} faults")
+    sys.exit(1 if found or not files else 0)
+
+
+if __name__ == "__main__":
+    main()
