@@ -7,7 +7,7 @@
 #include "foundation/bytes.h"
 #include "foundation/text.h"
 #include "models/rveRecords.h"
-#include "scene/nodeRecords.h"
+#include "scene/nodeTree.h"
 
 #include <cstddef>
 #include <cstring>

@@ -10,6 +10,7 @@
 #include "foundation/text.h"
 #include "models/rveRecords.h"
 #include "scene/nodeRecords.h"
+#include "scene/nodeTree.h"
 
 #include <cstring>
 #include <memory>

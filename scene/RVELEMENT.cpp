@@ -6,7 +6,6 @@
 
 #include "ravolt/RVELEMENT.h"
 
-#include "ravolt/RVLIGHT.h"
 #include "ravolt/zlf.h"
 #include "scene/entryOrder.h"
 
@@ -71,17 +70,4 @@ void RVELEMENT::reset() {
 
 RVELEMENT *RVELEMENT::getLight(unsigned int index) {
     return index < numberOfLights ? elementPointer[index] : nullptr;
-}
-
-bool RVELEMENT::sortLights(const Z3MVECTOR3D &point) {
-    if (numberOfPassedElements == 0 || numberOfLights == 0)
-        return false;
-    ravolt::orderEntries(elementPointer, numberOfLights, [&point](RVELEMENT &entry) {
-        entry.distance = point.distance(entry.matrix.getTranslation());
-        const bool isLight = entry.node->getType() == RV_NODE_TYPE_LIGHT;
-        const bool ahead = isLight && static_cast<const RVLIGHT *>(entry.node)->isExclusive();
-        const std::uint64_t group = ahead ? 0 : 1;
-        return group << 32 | ravolt::orderedBits(entry.distance);
-    });
-    return true;
 }

@@ -10,7 +10,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 #include "scene/localTransform.h"
-#include "scene/nodeRecords.h"
+#include "scene/nodeTree.h"
 
 #include <algorithm>
 #include <cstring>
@@ -158,6 +158,20 @@ void RVNODE::setName(const char *text) {
 char *RVNODE::getTypeName() const { return typeName[rowOf(type)]; }
 
 // --- Transform
+
+void ravolt::applyLocalTransform(const RVNODE &node) {
+    switch (node.getPositioning()) {
+    case RV_NODE_POSITIONING_VECTORS: {
+        const Z3MVECTOR3D place = node.getPosition() + node.getOrigin();
+        glTranslatef(place.x, place.y, place.z);
+        ravolt::applyRotation(node.getRotation());
+        break;
+    }
+    case RV_NODE_POSITIONING_MATRIX:
+        glMultMatrixf(node.getMatrix().e);
+        break;
+    }
+}
 
 Z3MMATRIX RVNODE::getFinalMatrix(const char *stopName) {
     static Ancestry ancestry;

@@ -4,7 +4,6 @@
 
 #include "scene/localTransform.h"
 
-#include "ravolt/RVNODE.h"
 #include "ravolt/RVOPENGL.h"
 
 namespace ravolt {
@@ -28,20 +27,6 @@ void turn(float degrees, float x, float y, float z) {
 }
 
 } // namespace
-
-void applyLocalTransform(const RVNODE &node) {
-    switch (node.getPositioning()) {
-    case RV_NODE_POSITIONING_VECTORS: {
-        const Z3MVECTOR3D place = node.getPosition() + node.getOrigin();
-        glTranslatef(place.x, place.y, place.z);
-        applyRotation(node.getRotation());
-        break;
-    }
-    case RV_NODE_POSITIONING_MATRIX:
-        glMultMatrixf(node.getMatrix().e);
-        break;
-    }
-}
 
 void applyRotation(const Z3MVECTOR3D &degrees) {
     turn(degrees.x, 1, 0, 0);

@@ -9,7 +9,7 @@ class RVNODE;
 
 namespace ravolt {
 
-// Multiplies the node's own transform onto the modelview matrix.
+// Multiplies the node's own transform onto the modelview matrix. Stands in scene/RVNODE.cpp.
 void applyLocalTransform(const RVNODE &node);
 
 // Turns the modelview matrix about X, Y and Z in this order. Turns by exactly zero degrees change

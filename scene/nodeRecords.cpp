@@ -6,6 +6,7 @@
 #include "foundation/bytes.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/zlf.h"
+#include "scene/nodeTree.h"
 
 #include <limits>
 #include <new>

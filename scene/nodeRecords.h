@@ -1,8 +1,7 @@
 #pragma once
 
 // Plain nodes and lights of a scene file. Reading and building are apart, so that a loader can
-// check a whole file before it makes anything; and the doors through which a tree is built without
-// growing its arrays one by one.
+// check a whole file before it makes anything.
 
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/Z3MVECTOR3D.h"
@@ -42,14 +41,5 @@ bool readLightRecord(ByteReader &reader, LightRecord &record);
 // when memory runs out.
 RVNODE *makePlainNode(const PlainNodeRecord &record);
 RVNODE *makeLight(const LightRecord &record);
-
-struct NodeTree {
-    // Gives a node without children `count` empty places (NULL). False when memory runs out.
-    // Every walk skips empty places.
-    static bool reserveChildren(RVNODE &parent, unsigned int count);
-
-    // Puts `child` into an empty place and sets its parent.
-    static void place(RVNODE &parent, unsigned int index, RVNODE &child);
-};
 
 } // namespace ravolt

@@ -1,6 +1,7 @@
 // Ordering the render list. Only pointers move, never entries, and nothing is allocated.
 
 #include "ravolt/RVELEMENT.h"
+#include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
@@ -55,4 +56,18 @@ void RVELEMENT::sortByDepth() {
     ravolt::orderEntries(first, numberOfTransparencies, [](const RVELEMENT &entry) {
         return ravolt::orderedBits(entry.matrix.e[14] - radiusOf(*entry.node));
     });
+}
+
+// Exclusive lights first, then by distance from `point`.
+bool RVELEMENT::sortLights(const Z3MVECTOR3D &point) {
+    if (numberOfPassedElements == 0 || numberOfLights == 0)
+        return false;
+    ravolt::orderEntries(elementPointer, numberOfLights, [&point](RVELEMENT &entry) {
+        entry.distance = point.distance(entry.matrix.getTranslation());
+        const bool isLight = entry.node->getType() == RV_NODE_TYPE_LIGHT;
+        const bool ahead = isLight && static_cast<const RVLIGHT *>(entry.node)->isExclusive();
+        const std::uint64_t group = ahead ? 0 : 1;
+        return group << 32 | ravolt::orderedBits(entry.distance);
+    });
+    return true;
 }

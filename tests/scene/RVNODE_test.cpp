@@ -5,6 +5,7 @@
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/zlf.h"
 #include "scene/nodeRecords.h"
+#include "scene/nodeTree.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/logReader.h"
 
