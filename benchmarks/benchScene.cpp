@@ -139,10 +139,11 @@ Scene open(const RveScene &description, float distance) {
 constexpr float lightDistance = 60.0f;
 
 // The lights stand in a ring, half of the way between the camera and the meshes and outside the
-// view, so that their markers are not seen.
+// view, so that their markers are not seen. The ring is off the middle, so that no mesh has two of
+// them at the same distance.
 std::array<float, 3> lightPosition(int number) {
     const float angle = number * 6.2831853f / numberOfLights;
-    return {80.0f * std::cos(angle), 80.0f * std::sin(angle), lightDistance / 2};
+    return {3.7f + 80.0f * std::cos(angle), 1.3f + 80.0f * std::sin(angle), lightDistance / 2};
 }
 
 std::array<float, 4> lightColor(int number) {

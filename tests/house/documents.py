@@ -1,0 +1,49 @@
+#!/usr/bin/env python3
+"""Compiles the C++ blocks of the documents, and finds links to files that are not there.
+
+documents.py SOURCE COMPILER
+"""
+import pathlib
+import re
+import subprocess
+import sys
+
+
+def blocks(text):
+    return re.findall(r"^```cpp\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
+
+
+def links(text):
+    return [link for link in re.findall(r"\]\(([^)#]+)\)", text) if "://" not in link]
+
+
+def compiles(code, source, compiler):
+    flags = subprocess.run(["pkg-config", "--cflags", "sdl"], capture_output=True, text=True, check=True)
+    command = [compiler, "-std=c++11", "-Wall", "-Wextra", "-Werror", "-fsyntax-only", "-x", "c++",
+               f"-I{source / 'include'}", *flags.stdout.split(), "-"]
+    result = subprocess.run(command, input=code, capture_output=True, text=True)
+    print(result.stderr, end="")
+    return result.returncode == 0
+
+
+def main():
+    source, compiler = pathlib.Path(sys.argv[1]), sys.argv[2]
+    faults, compiled = 0, 0
+    for document in [*source.glob("*.md"), *source.glob("docs/*.md")]:
+        text = document.read_text()
+        for number, code in enumerate(blocks(text), 1):
+            compiled += 1
+            if not compiles(code, source, compiler):
+                print(f"{document.name}: C++ block {number} does not compile")
+                faults += 1
+        for link in links(text):
+            if not (document.parent / link).exists():
+                print(f"{document.name}: no such file: {link}")
+                faults += 1
+    if not compiled:
+        print("no C++ block was found")
+    return 1 if faults or not compiled else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
