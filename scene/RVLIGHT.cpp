@@ -139,6 +139,7 @@ void RVLIGHT::setUp(const RVELEMENT &entry, const Aim &aim) const {
     glLightfv(light, GL_SPOT_DIRECTION, aim.direction);
 }
 
+// On purpose: the shape is drawn at each set-up, and so for each object that the light reaches.
 void RVLIGHT::drawShape(const RVELEMENT &entry) const {
     constexpr float s = 2.0f;
     constexpr float corner[][3] = {{0, s, 0},   {s, -s, -s}, {-s, -s, -s}, {0, s, 0},

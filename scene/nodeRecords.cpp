@@ -4,10 +4,13 @@
 #include "scene/nodeRecords.h"
 
 #include "foundation/bytes.h"
+#include "ravolt/RVLIGHT.h"
 #include "ravolt/RVNODE.h"
+#include "ravolt/Z3MVECTOR4D.h"
 #include "ravolt/zlf.h"
 #include "scene/nodeTree.h"
 
+#include <cstddef>
 #include <limits>
 #include <new>
 

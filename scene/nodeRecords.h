@@ -3,7 +3,6 @@
 // Plain nodes and lights of a scene file. Reading and building are apart, so that a loader can
 // check a whole file before it makes anything.
 
-#include "ravolt/RVLIGHT.h"
 #include "ravolt/Z3MVECTOR3D.h"
 
 #include <cstdint>

@@ -57,8 +57,8 @@ bool RVELEMENT::drawsItself(const RVNODE &node) {
     return !isMesh(node) || !asMesh(node).isHidden();
 }
 
-// The limit is the eye's distance from the node's own origin, which stands at the end of the
-// modelview matrix. The clipped node says so in every frame, on purpose.
+// What counts is the distance from the eye to the node's origin, the end of the modelview matrix.
+// On purpose: a clipped node says so in every frame.
 bool RVELEMENT::isClipped(const RVNODE &node, const Z3MMATRIX &eye) {
     const RV_NODE_TYPE type = node.getType();
     if (type != RV_NODE_TYPE_MESH && type != RV_NODE_TYPE_HELPER)
@@ -99,6 +99,7 @@ void RVELEMENT::enter(RVNODE &node) {
     entry.auxId = node.getAuxId();
     *node.getCachedMatrix() = eye;
     elementPointer[numberOfPassedElements] = &entry;
+    // On purpose: other entries keep the number that an earlier frame left.
     if (isMesh(node) && asMesh(node).isSkinned())
         entry.param1 = enterSkeleton(static_cast<RVMESH &>(node));
 
