@@ -94,6 +94,12 @@ class ResizableWindowTest : public EngineTest {
     ResizableWindowTest() { settings.setResizable(true); }
 };
 
+// Asks for 16 bits and obtains 24.
+class CoarseWindowTest : public EngineTest {
+  protected:
+    CoarseWindowTest() { settings.setColorDepth(16); }
+};
+
 // Large enough for the whole splash.
 class SplashTest : public EngineTest {
   protected:
@@ -147,6 +153,11 @@ void expectResizeKeepsContextAndObjects() {
 TEST_F(WindowContextTest, ResizeKeepsContextAndObjects) { expectResizeKeepsContextAndObjects(); }
 
 TEST_F(ResizableWindowTest, ResizeKeepsContextAndObjects) { expectResizeKeepsContextAndObjects(); }
+
+TEST_F(CoarseWindowTest, ResizeKeepsContextAndObjects) {
+    ASSERT_EQ(RVSETTINGS::getSDLColorDepth(), 24);
+    expectResizeKeepsContextAndObjects();
+}
 
 TEST_F(WindowContextTest, ColorDepthIsWhatWasObtained) {
     GLint red, green, blue, alpha;
