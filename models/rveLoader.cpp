@@ -1,5 +1,6 @@
 #include "ravolt/RAVOLT.h"
 
+#include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
