@@ -18,4 +18,5 @@
 #include "ravolt/Z3MVECTOR2D.h"
 #include "ravolt/Z3MVECTOR3D.h"
 #include "ravolt/Z3MVECTOR4D.h"
+#include "ravolt/shadowMatrixStack.h"
 #include "ravolt/zlf.h"

@@ -1,3 +1,4 @@
-// Calls nothing: what the log holds after it, the library has written as it was loaded and unloaded.
+// Calls nothing: what the log holds after it, the library has written as it was loaded and
+// unloaded.
 
 int main() { return 0; }
