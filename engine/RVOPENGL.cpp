@@ -5,6 +5,7 @@
 
 #include "ravolt/RVOPENGL.h"
 
+#include "engine/stateCache.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/zlf.h"
 
@@ -44,9 +45,9 @@ namespace {
 
 constexpr float halfDegree = 0.008726646192371845f; // in radians
 
-// The two halves of a switch: whether it changes, and the change of its flag.
-bool enter(bool &flag) { return !std::exchange(flag, true); }
-bool leave(bool &flag) { return std::exchange(flag, false); }
+// The two halves of a switch: whether OpenGL must be told, and the change of its flag.
+bool enter(bool &flag) { return !ravolt::cacheHit(std::exchange(flag, true)); }
+bool leave(bool &flag) { return !ravolt::cacheHit(!std::exchange(flag, false)); }
 
 // The array of texture coordinates is always that of unit 0.
 void chooseClientUnit0() {

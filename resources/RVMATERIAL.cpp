@@ -1,5 +1,6 @@
 #include "ravolt/RVMATERIAL.h"
 
+#include "engine/stateCache.h"
 #include "foundation/registry.h"
 #include "foundation/text.h"
 #include "ravolt/RAVOLT.h"
@@ -11,7 +12,8 @@
 #include <cstring>
 #include <string>
 
-// Materials: the registry, and what a surface is to OpenGL.
+// Materials: the registry, and what a surface is to OpenGL. Only here may glMaterial be called; the
+// debug shapes, which have no material, do it too.
 //
 // Invariant: while currentMaterial names a material, OpenGL holds its colours, its blending and its
 // textures, unless somebody has changed them without a call of reset.
@@ -41,7 +43,7 @@ RVMATERIAL::~RVMATERIAL() {
 
 bool RVMATERIAL::render(void *) {
     timeStamp = static_cast<int>(RAVOLT::getTimeStamp());
-    if (currentMaterial == this)
+    if (ravolt::cacheHit(currentMaterial == this))
         return true;
     applyColors();
     applyBlending();

@@ -1,5 +1,6 @@
 #include "ravolt/RVTEXTURE.h"
 
+#include "engine/stateCache.h"
 #include "foundation/bytes.h"
 #include "foundation/registry.h"
 #include "foundation/text.h"
@@ -199,7 +200,7 @@ bool RVTEXTURE::render(void *data) {
         return false;
     }
     timeStamp = static_cast<int>(RAVOLT::getTimeStamp());
-    if (channelCache[unit] == this)
+    if (ravolt::cacheHit(channelCache[unit] == this))
         return true;
     if (!glId)
         reload();
@@ -216,7 +217,7 @@ bool RVTEXTURE::texturingOn(unsigned int unit) {
             texturingOn(each);
         return true;
     }
-    if (channelActive[unit])
+    if (ravolt::cacheHit(channelActive[unit]))
         return true;
     selectUnit(unit);
     glEnable(GL_TEXTURE_2D);
@@ -233,7 +234,7 @@ bool RVTEXTURE::texturingOff(unsigned int unit) {
         std::fill(std::begin(channelCache), std::end(channelCache), nullptr);
         return true;
     }
-    if (!channelActive[unit])
+    if (ravolt::cacheHit(!channelActive[unit]))
         return true;
     selectUnit(unit);
     glDisable(GL_TEXTURE_2D);

@@ -3,6 +3,7 @@
 
 #include "ravolt/RVLIGHT.h"
 
+#include "engine/stateCache.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
@@ -39,14 +40,14 @@ RVLIGHT::RVLIGHT()
 RVLIGHT::~RVLIGHT() = default;
 
 void RVLIGHT::lightingOn() {
-    if (lighting)
+    if (ravolt::cacheHit(lighting))
         return;
     lighting = true;
     glEnable(GL_LIGHTING);
 }
 
 void RVLIGHT::lightingOff() {
-    if (!lighting)
+    if (ravolt::cacheHit(!lighting))
         return;
     lighting = false;
     glDisable(GL_LIGHTING);
