@@ -1,6 +1,7 @@
 // The OpenGL layer before a real driver: what its members set, as OpenGL reports it, and the calls
 // that the switches make.
 
+#include "ravolt/RVLIGHT.h"
 #include "ravolt/RVOPENGL.h"
 #include "tests/engine/openGLAccess.h"
 #include "tests/support/engineFixture.h"
@@ -444,12 +445,16 @@ TEST_F(OpenGL, ANewContextHasTheSwitchesThatTheFlagsSay) {
     RVOPENGL::cullingOn();
     RVOPENGL::vertexArrayOn();
     RVOPENGL::blendingOff();
+    RVLIGHT::lightingOn();
     ASSERT_TRUE(restart());
+    EXPECT_TRUE(RVLIGHT::getLighting());
+    EXPECT_TRUE(glIsEnabled(GL_LIGHTING));
     EXPECT_TRUE(RVOPENGL::isCulled());
     EXPECT_TRUE(glIsEnabled(GL_CULL_FACE));
     EXPECT_TRUE(glIsEnabled(GL_VERTEX_ARRAY));
     EXPECT_FALSE(glIsEnabled(GL_BLEND));
     RVOPENGL::vertexArrayOff();
+    RVLIGHT::lightingOff();
 }
 
 TEST_F(OpenGL, ADriverThatLosesAnExtensionLosesWhatStandsOnIt) {
