@@ -4,6 +4,7 @@
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/zlf.h"
 #include "tests/resources/tgaFiles.h"
 #include "tests/support/engineFixture.h"
 
@@ -54,6 +55,12 @@ class TextureCalls : public SilentEngineTest {
     // Charges the video memory until so many bytes are free.
     void leaveFree(unsigned int bytes) {
         RAVOLT::pushVideoMemory(RAVOLT::getFreeVideoMemory() - bytes);
+    }
+
+    // Ends the lie, and the count of a live block that the failed call has left.
+    void allocationsWork() {
+        recorder.allocationsWork();
+        zlfFree(nullptr);
     }
 
     int usedMain() const { return RVTEXTURE::getUsedMemory() - usedBefore; }
@@ -112,13 +119,25 @@ TEST_F(TextureCalls, NearestFilterAndClampReachOpenGL) {
                                    GL_NEAREST_MIPMAP_NEAREST}));
 }
 
-TEST_F(TextureCalls, NoAnisotropyWithoutTheExtension) {
-    recorder.hideExtension("GL_EXT_texture_filter_anisotropic");
-    // The flag of an earlier start stays, so the driver only hides what was never found.
+class WithoutAnisotropy : public TextureCalls {
+  protected:
+    void SetUp() override {
+        if (RVOPENGL::useAnisotropic())
+            GTEST_SKIP() << "an earlier start of this process has found the extension";
+        recorder.hideExtension("GL_EXT_texture_filter_anisotropic");
+        TextureCalls::SetUp();
+    }
+    void TearDown() override {
+        if (!IsSkipped())
+            TextureCalls::TearDown();
+    }
+};
+
+TEST_F(WithoutAnisotropy, NoLevelIsSet) {
     RVTEXTURE *texture = makeTexture("a.tga");
-    const bool wanted = RVOPENGL::useAnisotropic();
-    const Calls calls = callsOf([&] { texture->update(); });
-    EXPECT_EQ(wanted, calls.contains("glTexParameterf"));
+    const Calls calls = callsOf([&] { EXPECT_TRUE(texture->update()); });
+    EXPECT_TRUE(calls.contains("glTexImage2D"));
+    EXPECT_FALSE(calls.contains("glTexParameterf"));
 }
 
 TEST_F(TextureCalls, ShadowMapComparesAndHasNoPixels) {
@@ -238,7 +257,7 @@ TEST_F(TextureCalls, CreateWithoutMemoryIsReported) {
     markLog();
     recorder.failAllocation(512 * 512 * 3);
     EXPECT_FALSE(texture->create(512, 512, 3));
-    recorder.allocationsWork();
+    allocationsWork();
     EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVTEXTURE::create\n");
     EXPECT_EQ(nullptr, texture->getBitmap());
     EXPECT_FALSE(texture->isLoaded());
@@ -376,11 +395,10 @@ TEST_F(TextureCalls, KeepWithoutMemoryIsReported) {
     texture->update();
     texture->unload(true);
     markLog();
-    recorder.failAllocation(64 * 64 * 3);
     const Bytes pixels(64 * 64 * 3);
     recorder.failAllocation(64 * 64 * 3);
     EXPECT_FALSE(texture->modify(reinterpret_cast<const char *>(pixels.data()), true));
-    recorder.allocationsWork();
+    allocationsWork();
     EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVTEXTURE::modify\n");
     EXPECT_EQ(nullptr, texture->getBitmap());
 }
@@ -642,7 +660,7 @@ TEST_F(TextureCollector, WithoutMemoryItReports) {
     markLog();
     recorder.failAllocation(64 * sizeof(void *));
     EXPECT_FALSE(RVTEXTURE::garbageCollect(0));
-    recorder.allocationsWork();
+    allocationsWork();
     EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVTEXTURE::garbageCollect()\n");
     EXPECT_EQ(64u, RVTEXTURE::getNumberOfTextures());
 }

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <sys/stat.h>
 
 namespace ravolt::test {
@@ -169,6 +171,7 @@ struct BadFile {
     const char *name;
     Bytes bytes;
     const char *line;
+    friend void PrintTo(const BadFile &row, std::ostream *out) { *out << row.name; }
 };
 
 class BadTextureFile : public TextureFile, public testing::WithParamInterface<BadFile> {};
@@ -304,9 +307,8 @@ TEST_F(TextureFile, UnloadSaysWhetherItFreedSomething) {
 
 class TextureBadInput : public TextureFile {
   protected:
-    // Loads the bytes into a texture that already has pixels.
-    void load(const Bytes &bytes, std::size_t position) {
-        writeFile("bad.tga", bytes);
+    // Loads "bad.tga", into a texture that may have pixels of the load before.
+    void load(std::size_t position) {
         const LogMark mark = logMark();
         const bool loaded = texture.load("bad.tga");
         const std::size_t problems = problemsSince(mark).size();
@@ -330,8 +332,10 @@ TEST_F(TextureBadInput, FileCutAtAnyByteIsRefused) {
     const Bytes pixels = pattern(sizeX * sizeY * 4);
     for (const TgaEncoding encoding : {TgaEncoding::uncompressed, TgaEncoding::runLength}) {
         const Bytes whole = encodeTga({sizeX, sizeY, 4, true, pixels.data()}, encoding);
-        for (std::size_t size = 0; size < whole.size(); ++size) {
-            load(Bytes(whole.begin(), whole.begin() + static_cast<long>(size)), size);
+        writeFile("bad.tga", whole);
+        for (std::size_t size = whole.size(); size-- > 0;) {
+            std::filesystem::resize_file("bad.tga", size);
+            load(size);
             ASSERT_EQ(nullptr, texture.getBitmap()) << size;
         }
     }
@@ -342,12 +346,22 @@ TEST_F(TextureBadInput, AnyByteChangedLoadsOrIsRefused) {
     std::fill(pixels.begin() + 300, pixels.begin() + 1800, static_cast<unsigned char>(77));
     for (const TgaEncoding encoding : {TgaEncoding::uncompressed, TgaEncoding::runLength}) {
         const Bytes whole = encodeTga({sizeX, sizeY, 3, false, pixels.data()}, encoding);
-        for (std::size_t position = 0; position < whole.size() && position < 4096; ++position)
+        writeFile("bad.tga", whole);
+        // In place: to empty a file and fill it again takes a disk its time.
+        std::fstream file("bad.tga", std::ios::in | std::ios::out | std::ios::binary);
+        const auto put = [&](std::size_t position, unsigned char value) {
+            file.seekp(static_cast<std::streamoff>(position)).put(static_cast<char>(value)).flush();
+        };
+        for (std::size_t position = 0; position < whole.size() && position < 4096; ++position) {
             for (const unsigned char value : {0, 1, 127, 128, 255}) {
-                Bytes changed = whole;
-                changed[position] = value;
-                load(changed, position);
+                put(position, value);
+                load(position);
             }
+            put(position, whole[position]);
+        }
+        ASSERT_TRUE(file.good());
+        EXPECT_TRUE(texture.load("bad.tga"));
+        EXPECT_EQ(pixels, bitmapOf(texture, 3));
     }
 }
 

@@ -151,6 +151,7 @@ struct Sample {
     const char *name;
     TgaEncoding encoding;
     unsigned int channels;
+    friend void PrintTo(const Sample &row, std::ostream *out) { *out << row.name; }
 };
 
 class TgaSamples : public testing::TestWithParam<Sample> {

@@ -1,0 +1,331 @@
+// Textures as OpenGL holds them.
+
+#include "ravolt/RVTEXTURE.h"
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVOPENGL.h"
+#include "tests/resources/tgaFiles.h"
+#include "tests/support/engineFixture.h"
+
+#include <gtest/gtest.h>
+
+namespace ravolt::test {
+
+namespace {
+
+class Texture : public EngineTest {
+  protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    }
+
+    // A texture with these pixels, uploaded from a copy of its own.
+    RVTEXTURE *makeTexture(unsigned int sizeX, unsigned int sizeY, unsigned int depth,
+                           const Bytes &pixels, bool mipmap) {
+        RVTEXTURE *texture = new RVTEXTURE;
+        texture->setFilter(true, mipmap, false);
+        EXPECT_TRUE(texture->create(sizeX, sizeY, depth));
+        std::copy(pixels.begin(), pixels.end(), texture->getBitmap());
+        EXPECT_TRUE(texture->update());
+        return texture;
+    }
+
+    static void bind(const RVTEXTURE *texture) {
+        RVOPENGL::glActiveTextureARB(GL_TEXTURE0);
+        glBindTexture(GL_TEXTURE_2D, texture->getGLId());
+    }
+
+    static GLint parameter(const RVTEXTURE *texture, GLenum name) {
+        bind(texture);
+        GLint value = 0;
+        glGetTexParameteriv(GL_TEXTURE_2D, name, &value);
+        return value;
+    }
+
+    static GLint levelParameter(const RVTEXTURE *texture, GLint level, GLenum name) {
+        bind(texture);
+        GLint value = 0;
+        glGetTexLevelParameteriv(GL_TEXTURE_2D, level, name, &value);
+        return value;
+    }
+
+    static Bytes levelPixels(const RVTEXTURE *texture, GLint level, unsigned int depth) {
+        const GLint texels = levelParameter(texture, level, GL_TEXTURE_WIDTH) *
+                             levelParameter(texture, level, GL_TEXTURE_HEIGHT);
+        Bytes pixels(static_cast<std::size_t>(texels) * depth);
+        glGetTexImage(GL_TEXTURE_2D, level, depth == 3 ? GL_RGB : GL_RGBA, GL_UNSIGNED_BYTE,
+                      pixels.data());
+        return pixels;
+    }
+
+    void leaveFree(unsigned int bytes) {
+        RAVOLT::pushVideoMemory(RAVOLT::getFreeVideoMemory() - bytes);
+    }
+
+    // Draws the whole window in the texture's colours.
+    Pixel drawn(RVTEXTURE *texture) {
+        RAVOLT::clear(true, true, false);
+        RAVOLT::begin2D();
+        EXPECT_TRUE(texture->render(nullptr));
+        glColor4f(1, 1, 1, 1);
+        glBegin(GL_QUADS);
+        const int corners[][2] = {{0, 0}, {0, 1}, {1, 1}, {1, 0}};
+        for (const auto &corner : corners) {
+            glTexCoord2i(corner[0], corner[1]);
+            glVertex2i(corner[0] * width, corner[1] * height);
+        }
+        glEnd();
+        RAVOLT::end2D();
+        return pixelAt(width / 2, height / 2);
+    }
+};
+
+// The next level of a square image: the truncated mean of each two by two pixels.
+Bytes halvedImage(const Bytes &image, std::size_t size, unsigned int depth) {
+    Bytes half;
+    const auto at = [&](std::size_t x, std::size_t y, unsigned int channel) -> unsigned int {
+        return image[(y * size + x) * depth + channel];
+    };
+    for (std::size_t y = 0; y < size; y += 2)
+        for (std::size_t x = 0; x < size; x += 2)
+            for (unsigned int c = 0; c < depth; ++c)
+                half.push_back(static_cast<unsigned char>(
+                    (at(x, y, c) + at(x + 1, y, c) + at(x, y + 1, c) + at(x + 1, y + 1, c)) / 4));
+    return half;
+}
+
+TEST_F(Texture, FilterAndWrapAreAsSet) {
+    struct Row {
+        bool linear, mipmap, clamp;
+        GLint magnification, minification, wrap;
+    };
+    const Row rows[] = {
+        {true, true, false, GL_LINEAR, GL_LINEAR_MIPMAP_LINEAR, GL_REPEAT},
+        {true, false, true, GL_LINEAR, GL_LINEAR, GL_CLAMP_TO_EDGE},
+        {false, true, true, GL_NEAREST, GL_NEAREST_MIPMAP_NEAREST, GL_CLAMP_TO_EDGE},
+        {false, false, false, GL_NEAREST, GL_NEAREST, GL_REPEAT},
+    };
+    RVTEXTURE *texture = makeTexture(4, 4, 3, Bytes(48), false);
+    for (const Row &row : rows) {
+        texture->setFilter(row.linear, row.mipmap, row.clamp);
+        EXPECT_EQ(row.magnification, parameter(texture, GL_TEXTURE_MAG_FILTER));
+        EXPECT_EQ(row.minification, parameter(texture, GL_TEXTURE_MIN_FILTER));
+        EXPECT_EQ(row.wrap, parameter(texture, GL_TEXTURE_WRAP_S));
+        EXPECT_EQ(row.wrap, parameter(texture, GL_TEXTURE_WRAP_T));
+    }
+}
+
+TEST_F(Texture, AnisotropyIsTheDriversLargest) {
+    if (!RVOPENGL::useAnisotropic())
+        GTEST_SKIP() << "the driver has no anisotropic filter";
+    const RVTEXTURE *texture = makeTexture(2, 2, 4, Bytes(16), false);
+    bind(texture);
+    GLfloat level = 0, largest = 0;
+    glGetTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, &level);
+    glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &largest);
+    EXPECT_EQ(largest, level);
+    EXPECT_EQ(largest, RVOPENGL::getAnisotropicLevel());
+}
+
+TEST_F(Texture, PixelsArriveByteForByte) {
+    // Rows of 15 and 20 bytes: they are not padded.
+    for (const unsigned int depth : {3u, 4u}) {
+        const Bytes pixels = pattern(5 * 3 * depth);
+        const RVTEXTURE *texture = makeTexture(5, 3, depth, pixels, false);
+        EXPECT_EQ(pixels, levelPixels(texture, 0, depth));
+    }
+}
+
+TEST_F(Texture, LoadedFileArrives) {
+    writeFile("two.tga", tgaHeader(plainType, 1, 2, 24, 32) + Bytes{3, 2, 1, 6, 5, 4});
+    RVTEXTURE *texture = new RVTEXTURE;
+    texture->setFilter(true, false, false);
+    ASSERT_TRUE(texture->load("two.tga"));
+    ASSERT_TRUE(texture->render(nullptr));
+    // The file's top row is OpenGL's last one.
+    EXPECT_EQ((Bytes{4, 5, 6, 1, 2, 3}), levelPixels(texture, 0, 3));
+}
+
+TEST_F(Texture, ChainOfASquareIsTheMeanOfEachLevelAbove) {
+    for (const unsigned int depth : {3u, 4u}) {
+        const unsigned int size = 32;
+        Bytes wanted = pattern(size * size * depth);
+        const RVTEXTURE *texture = makeTexture(size, size, depth, wanted, true);
+        EXPECT_EQ(wanted, levelPixels(texture, 0, depth));
+        GLint level = 1;
+        for (unsigned int edge = size; edge > 1; edge /= 2, ++level) {
+            wanted = halvedImage(wanted, edge, depth);
+            EXPECT_EQ(wanted, levelPixels(texture, level, depth)) << level;
+        }
+        EXPECT_EQ(6, level);
+        EXPECT_EQ(0, levelParameter(texture, level, GL_TEXTURE_WIDTH));
+        // The last level stands where the image began.
+        EXPECT_EQ(wanted, Bytes(texture->getBitmap(), texture->getBitmap() + depth));
+    }
+}
+
+TEST_F(Texture, SecondUploadOfAMipmappedTextureShowsTheSpoiledPixels) {
+    const Bytes pixels = pattern(8 * 8 * 3);
+    RVTEXTURE *texture = makeTexture(8, 8, 3, pixels, true);
+    const Bytes last = levelPixels(texture, 3, 3);
+    texture->setFilter(true, false, false);
+    const Bytes spoiled = levelPixels(texture, 0, 3);
+    EXPECT_EQ(last, Bytes(spoiled.begin(), spoiled.begin() + 3));
+    EXPECT_EQ(Bytes(pixels.end() - 3, pixels.end()), Bytes(spoiled.end() - 3, spoiled.end()));
+}
+
+TEST_F(Texture, ChainsOfOtherShapesStayInsideTheirPixels) {
+    const unsigned int shapes[][2] = {{1, 1},  {1, 64}, {64, 1}, {2, 64}, {64, 2},
+                                      {7, 7},  {5, 3},  {3, 5},  {1, 7},  {7, 1},
+                                      {33, 2}, {2, 33}, {31, 9}, {9, 31}, {100, 60}};
+    for (const auto &shape : shapes)
+        for (const unsigned int depth : {3u, 4u}) {
+            const Bytes pixels = pattern(std::size_t(shape[0]) * shape[1] * depth);
+            const RVTEXTURE *texture = makeTexture(shape[0], shape[1], depth, pixels, true);
+            EXPECT_EQ(pixels, levelPixels(texture, 0, depth)) << shape[0] << "x" << shape[1];
+        }
+}
+
+TEST_F(Texture, ModifyReplacesTheImageAndLeavesTheLevels) {
+    for (const unsigned int depth : {3u, 4u}) {
+        RVTEXTURE *texture = makeTexture(4, 4, depth, pattern(16 * depth), true);
+        const Bytes first = levelPixels(texture, 1, depth);
+        const Bytes pixels = repeated(16 * depth, {7});
+        EXPECT_TRUE(texture->modify(reinterpret_cast<const char *>(pixels.data()), false));
+        EXPECT_EQ(pixels, levelPixels(texture, 0, depth));
+        EXPECT_EQ(first, levelPixels(texture, 1, depth));
+    }
+}
+
+TEST_F(Texture, SecondKeepUploads) {
+    RVTEXTURE *texture = makeTexture(2, 2, 3, Bytes(12), false);
+    texture->unload(true);
+    texture->modify("aaaaaaaaaaaa", true);
+    ASSERT_TRUE(texture->reload());
+    const char *pixels = "abcdefghijkl";
+    EXPECT_TRUE(texture->modify(pixels, true));
+    const Bytes wanted(pixels, pixels + 12);
+    EXPECT_EQ(wanted, levelPixels(texture, 0, 3));
+    EXPECT_EQ(wanted, Bytes(texture->getBitmap(), texture->getBitmap() + 12));
+}
+
+TEST_F(Texture, ShadowMapIsADepthTextureThatCompares) {
+    RVTEXTURE *texture = new RVTEXTURE;
+    texture->setFilter(true, false, true);
+    ASSERT_TRUE(texture->create(64, 32, 5));
+    EXPECT_EQ(64, levelParameter(texture, 0, GL_TEXTURE_WIDTH));
+    EXPECT_EQ(32, levelParameter(texture, 0, GL_TEXTURE_HEIGHT));
+    EXPECT_GT(levelParameter(texture, 0, GL_TEXTURE_DEPTH_SIZE), 0);
+    EXPECT_EQ(GL_COMPARE_R_TO_TEXTURE, parameter(texture, GL_TEXTURE_COMPARE_MODE));
+    EXPECT_EQ(GL_LEQUAL, parameter(texture, GL_TEXTURE_COMPARE_FUNC));
+}
+
+TEST_F(Texture, FloatTargetHasHalfFloats) {
+    RVTEXTURE *texture = new RVTEXTURE;
+    texture->setFilter(true, false, true);
+    ASSERT_TRUE(texture->create(16, 16, 6));
+    EXPECT_EQ(GL_RGBA16F_ARB, levelParameter(texture, 0, GL_TEXTURE_INTERNAL_FORMAT));
+}
+
+TEST_F(Texture, CreatedTextureIsBlack) {
+    RVTEXTURE *texture = new RVTEXTURE;
+    ASSERT_TRUE(texture->create(4, 4, 4));
+    EXPECT_EQ(Bytes(64), levelPixels(texture, 0, 4));
+}
+
+TEST_F(Texture, AllUnitsThatTheDriverHasAreEnabled) {
+    RVTEXTURE::texturingOn(RV_TEXTURE_UNITS);
+    GLint units = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
+    for (GLint unit = 0; unit < units && unit < 16; ++unit) {
+        RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + static_cast<GLenum>(unit));
+        EXPECT_TRUE(glIsEnabled(GL_TEXTURE_2D)) << unit;
+    }
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    for (GLint unit = 0; unit < units && unit < 16; ++unit) {
+        RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + static_cast<GLenum>(unit));
+        EXPECT_FALSE(glIsEnabled(GL_TEXTURE_2D)) << unit;
+    }
+    drainKnownErrors();
+}
+
+TEST_F(Texture, RenderBindsOnItsUnit) {
+    RVTEXTURE *texture = makeTexture(1, 1, 3, {1, 2, 3}, false);
+    unsigned int unit = 2;
+    texture->render(&unit);
+    GLint active = 0, bound = 0;
+    glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+    EXPECT_EQ(GL_TEXTURE2, active);
+    EXPECT_EQ(static_cast<GLint>(texture->getGLId()), bound);
+    EXPECT_TRUE(glIsEnabled(GL_TEXTURE_2D));
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+}
+
+TEST_F(Texture, ThrownOutTextureIsSeenAgain) {
+    writeFile("red.tga", plainTga(4, 4, 200, 10, 30));
+    writeFile("big.tga", plainTga(64, 64, 20, 100, 30));
+    RVTEXTURE *red = new RVTEXTURE, *big = new RVTEXTURE;
+    for (RVTEXTURE *texture : {red, big})
+        texture->incReferences();
+    ASSERT_TRUE(red->load("red.tga"));
+    ASSERT_TRUE(big->load("big.tga"));
+    const Pixel before = drawn(red);
+    EXPECT_NEAR(200, before.red, 1);
+    RAVOLT::begin3D(nullptr); // the next stamp
+    leaveFree(0);
+    const Pixel green = drawn(big);
+    EXPECT_NEAR(100, green.green, 1);
+    EXPECT_FALSE(red->isLoaded());
+    EXPECT_LOGGED("[BEGIN GARBAGE COLLECTOR]");
+    EXPECT_LOGGED("   red.tga unloaded");
+    RAVOLT::begin3D(nullptr);
+    const Pixel after = drawn(red);
+    EXPECT_TRUE(red->isLoaded());
+    EXPECT_NEAR(before.red, after.red, 1);
+    EXPECT_NEAR(before.green, after.green, 1);
+    EXPECT_NEAR(before.blue, after.blue, 1);
+}
+
+TEST_F(Texture, CollectorDoesNotTakeThePixelsThatItMakesRoomFor) {
+    Bytes pixels = pattern(16 * 16 * 3);
+    writeFile("many.tga", tgaHeader(plainType, 16, 16, 24) + pixels);
+    for (std::size_t i = 0; i < pixels.size(); i += 3)
+        std::swap(pixels[i], pixels[i + 2]);
+    RVTEXTURE *texture = new RVTEXTURE;
+    ASSERT_TRUE(texture->load("many.tga"));
+    leaveFree(16 * 16 * 4 - 1);
+    ASSERT_TRUE(texture->render(nullptr));
+    EXPECT_LOGGED("[BEGIN GARBAGE COLLECTOR]");
+    EXPECT_LOGGED("   many.tga unloaded");
+    EXPECT_EQ(pixels, levelPixels(texture, 0, 3));
+    EXPECT_EQ(halvedImage(pixels, 16, 3), levelPixels(texture, 1, 3));
+}
+
+TEST_F(Texture, BudgetStartsEmptyAndAnImageFillsIt) {
+    // 16 MB where the display reports none.
+    EXPECT_GE(RAVOLT::getVideoMemory(), 16u << 20);
+    const unsigned int used = RAVOLT::getUsedVideoMemory();
+    writeFile("wide.tga", tgaHeader(packedType, 4096, 1, 24) + repeated(32, {255, 1, 2, 3}));
+    RVTEXTURE *texture = new RVTEXTURE;
+    texture->setFilter(true, false, false);
+    ASSERT_TRUE(texture->load("wide.tga"));
+    ASSERT_TRUE(texture->render(nullptr));
+    EXPECT_EQ(used + 4096 * 4, RAVOLT::getUsedVideoMemory());
+}
+
+TEST_F(Texture, OtherHeaderDrawsWithoutPixels) {
+    writeFile("other.tga", tgaHeader(3, 8, 8, 24) + Bytes(192));
+    RVTEXTURE *texture = new RVTEXTURE;
+    ASSERT_TRUE(texture->load("other.tga"));
+    markLog();
+    EXPECT_TRUE(texture->render(nullptr));
+    EXPECT_LOGGED_EXACTLY("   [!] Unsupported file header for other.tga @ RVTEXTURE::loadTGA\n"
+                          "   [!] Invalid params @ RVTEXTURE::update\n");
+    EXPECT_FALSE(texture->isLoaded());
+}
+
+} // namespace
+
+} // namespace ravolt::test
