@@ -4,11 +4,13 @@
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "tests/engine/openGLAccess.h"
 #include "tests/support/logReader.h"
 #include "tests/support/recorder.h"
 
@@ -23,6 +25,34 @@ using namespace ravolt::test;
 
 namespace {
 
+bool meshClassFails = false;
+
+} // namespace
+
+// Stands in front of RVMESH::init, which cannot fail by itself (see the linker's --wrap).
+extern "C" {
+bool __real__ZN6RVMESH4initEv();
+bool __wrap__ZN6RVMESH4initEv() { return !meshClassFails && __real__ZN6RVMESH4initEv(); }
+}
+
+namespace ravolt::test {
+
+// The private start and stop of RVSETTINGS, handed out by explicit instantiations.
+struct SettingsInit {
+    using Type = bool (RVSETTINGS::*)();
+    friend Type reach(SettingsInit);
+};
+struct SettingsFree {
+    using Type = bool (*)();
+    friend Type reach(SettingsFree);
+};
+template struct Opened<SettingsInit, &RVSETTINGS::init>;
+template struct Opened<SettingsFree, &RVSETTINGS::free>;
+
+} // namespace ravolt::test
+
+namespace {
+
 class LifecycleTest : public SilentTest {
   protected:
     void SetUp() override {
@@ -30,6 +60,7 @@ class LifecycleTest : public SilentTest {
         mark = markLog();
     }
     void TearDown() override {
+        meshClassFails = false;
         RAVOLT::free();
         SilentTest::TearDown();
     }
@@ -296,6 +327,36 @@ TEST_F(LifecycleTest, FailedModeQuitsSdl) {
     expectCleanStart();
 }
 
+TEST_F(LifecycleTest, SettingsThatAreActiveAlreadyQuitSdl) {
+    RVSETTINGS running;
+    ASSERT_TRUE((running.*reach(SettingsInit()))());
+    mark = markLog();
+    recorder.start();
+    EXPECT_FALSE(RAVOLT::init(nullptr));
+    EXPECT_EQ(recorder.stop(), (Calls{{"SDL_Init", SDL_INIT_VIDEO}, {"SDL_Quit"}}));
+    EXPECT_EQ(logBehind("   [!] Standard configuration used\n"),
+              "   [!] Settings already active\n"
+              "   [!] Unable to init settings @ RAVOLT::init\n");
+    EXPECT_TRUE(RVSETTINGS::isActive());
+    EXPECT_TRUE(reach(SettingsFree())());
+    EXPECT_FALSE(reach(SettingsFree())());
+    expectCleanStart();
+}
+
+TEST_F(LifecycleTest, FailedOpenGLUndoesSettingsAndSdl) {
+    ASSERT_TRUE(startOpenGL());
+    mark = markLog();
+    const Calls calls = failingStart();
+    EXPECT_EQ(calls.back(), Call("SDL_Quit"));
+    EXPECT_EQ(logBehind("   Settings initialized\n"),
+              "   [!] OpenGL already active @ RVOPENGL::init\n"
+              "   [!] Unable to init OpenGL @ RAVOLT::init\n"
+              "   Release settings...\n"
+              "   Settings released\n");
+    EXPECT_TRUE(stopOpenGL());
+    expectCleanStart();
+}
+
 TEST_F(LifecycleTest, FailedListUndoesOpenGLSettingsAndSdl) {
     recorder.failAllocation(4096 * sizeof(RVELEMENT));
     const Calls calls = failingStart();
@@ -327,6 +388,20 @@ TEST_F(LifecycleTest, ListThatIsThereAlreadyUndoesTheRest) {
               "   Settings released\n");
     EXPECT_TRUE(RVELEMENT::isActive()); // the start did not make it
     RVELEMENT::free();
+    expectCleanStart();
+}
+
+TEST_F(LifecycleTest, FailedMeshClassUndoesTheListAndTheRest) {
+    meshClassFails = true;
+    const Calls calls = failingStart();
+    EXPECT_EQ(calls.back(), Call("SDL_Quit"));
+    EXPECT_EQ(logBehind("   4096 elements allocated\n"),
+              "   [!] Unable to initialize mesh class @ RAVOLT::init\n"
+              "   Release OpenGL...\n"
+              "   OpenGL released\n"
+              "   Release settings...\n"
+              "   Settings released\n");
+    meshClassFails = false;
     expectCleanStart();
 }
 
