@@ -124,6 +124,7 @@ void EngineTest::SetUp() {
     if (!recorder.isSilent()) {
         ASSERT_TRUE(displayIsThere());
     }
+    zlfSetConsoleEcho(false); // the log file says it all
     ratioBefore = finalMemoryRatio();
     startMark = logMark();
     recorder.forgiveUnits();
