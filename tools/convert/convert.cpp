@@ -93,8 +93,12 @@ ConvertResult convertModel(const ConvertOptions &options, Report &report, Progre
         throw Failure(options.model.string(), "has no triangles to draw");
 
     progress.step("writing", 0.95, 1);
-    if (const std::string error = ravolt::writeRve(options.scene.string(), scene); !error.empty())
-        throw Failure(options.scene.string(), error);
+    const std::string file = options.scene.string();
+    const std::string error = ravolt::writeRve(file, scene);
+    if (error.rfind(file + ": ", 0) == 0)
+        throw Failure(error);
+    if (!error.empty())
+        throw Failure(file, error);
     written.keep();
     return result;
 }

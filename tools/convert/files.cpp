@@ -105,7 +105,8 @@ fs::path findBeside(const fs::path &folder, std::string stated) {
 WrittenFiles::~WrittenFiles() {
     std::error_code error;
     for (const fs::path &file : files)
-        fs::remove(file, error);
+        if (fs::is_regular_file(file, error)) // never a device
+            fs::remove(file, error);
 }
 
 TemporaryFolder::TemporaryFolder() {

@@ -108,9 +108,9 @@ void Textures::write(const std::string &name, const Image &image, bool withAlpha
     picture.height = image.height;
     picture.channels = channels;
     picture.pixels = pixels.data();
+    written.add(file);
     if (!ravolt::writeTga(file.string(), picture, ravolt::TgaEncoding::runLength))
         throw Failure(file.string(), "cannot be written");
-    written.add(file);
 }
 
 CoverFile Textures::make(const Cover &cover) {

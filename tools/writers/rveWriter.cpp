@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 
 // Everything is little-endian and packed. The scene is checked while it is written; the first
@@ -254,7 +255,9 @@ std::string writeRve(const std::string &path, const RveScene &scene, RveVersion 
     file.close();
     if (file)
         return "";
-    std::remove(path.c_str());
+    std::error_code error;
+    if (std::filesystem::is_regular_file(path, error)) // never a device
+        std::filesystem::remove(path, error);
     return path + ": cannot be written";
 }
 

@@ -1,0 +1,204 @@
+// The program itself, run as its users run it.
+
+#include "tests/tools/support.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace tool_test;
+
+struct Outcome {
+    int code = -1;
+    std::string out, err;
+};
+
+std::string contentsOf(const fs::path &file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+// `before` stands in front of the program: settings of the environment.
+Outcome run(const std::string &arguments, const std::string &before = "") {
+    const fs::path folder = fs::temp_directory_path() / ("ravolt-cli-" + std::to_string(getpid()));
+    fs::create_directories(folder);
+    const std::string command = before + " '" RAVOLT_TOOL "' " + arguments + " >'" +
+                                (folder / "out").string() + "' 2>'" + (folder / "err").string() +
+                                "' </dev/null";
+    Outcome result;
+    const int status = std::system(command.c_str());
+    result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    result.out = contentsOf(folder / "out");
+    result.err = contentsOf(folder / "err");
+    fs::remove_all(folder);
+    return result;
+}
+
+const std::string withoutDisplay = "env -u DISPLAY -u WAYLAND_DISPLAY -u SDL_VIDEODRIVER "
+                                   "-u LD_LIBRARY_PATH";
+
+void writeSquare() {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+}
+
+bool startsWith(const std::string &text, const std::string &start) {
+    return text.rfind(start, 0) == 0;
+}
+
+std::size_t lines(const std::string &text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+bool isPng(const fs::path &file) { return startsWith(contentsOf(file), "\x89PNG"); }
+
+TEST(CommandLine, ShowsHelp) {
+    const Outcome help = run("--help");
+    EXPECT_EQ(help.code, 0);
+    for (const char *word : {"convert", "view", "shot", "Exit codes"})
+        EXPECT_NE(help.out.find(word), std::string::npos) << word;
+    EXPECT_EQ(run("").code, 2);
+}
+
+TEST(CommandLine, ShowsTheHelpOfEachCommandWithTheViewersKeys) {
+    for (const char *command : {"convert", "view", "shot"})
+        EXPECT_EQ(run(std::string(command) + " --help").code, 0) << command;
+    const std::string keys = run("view --help").out;
+    for (const char *word : {"wireframe", "normals", "bounding boxes", "next light rig",
+                             "screenshot", "wheel to zoom", "Escape"})
+        EXPECT_NE(keys.find(word), std::string::npos) << word;
+}
+
+TEST(CommandLine, RefusesWrongOptions) {
+    for (const char *arguments :
+         {"nonsense", "convert", "convert a.obj", "convert a.obj -o b.rve --nonsense",
+          "convert a.obj -o b.rve --max-texture 5000", "convert a.obj -o b.rve --scale much",
+          "shot a.obj", "shot a.obj -o b.png --frames 0", "convert a -o b -q -v"}) {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.code, 2) << arguments;
+        EXPECT_FALSE(result.err.empty()) << arguments;
+    }
+}
+
+TEST(CommandLine, FailsWithOneLineThatNamesTheFile) {
+    writeFile("junk.fbx", "junk");
+    fs::create_directory("folder");
+    writeSquare();
+    for (const auto &[arguments, start] : std::vector<std::pair<std::string, std::string>>{
+             {"convert missing.obj -o x.rve", "ravolt: missing.obj: no such file\n"},
+             {"convert junk.fbx -o x.rve", "ravolt: junk.fbx: "},
+             {"convert folder -o x.rve", "ravolt: folder: is a folder, not a model\n"},
+             {"convert m.obj -o no/x.rve", "ravolt: no: no such folder\n"},
+             {"shot missing.rve -o x.png", "ravolt: missing.rve: no such file\n"},
+             {"shot m.obj -o no/x.png", "ravolt: "},
+             {"shot m.obj -o x.png --size 0x10", "ravolt: --size 0x10: "},
+             {"shot m.obj -o x.png --size big", "ravolt: --size big: "},
+             {"shot m.obj -o x.png --rig 99", "ravolt: no light rig 99: there are 0 to 3\n"}}) {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.code, 1) << arguments;
+        EXPECT_TRUE(startsWith(result.err, start)) << arguments << ": " << result.err;
+        EXPECT_EQ(lines(result.err), 1u) << result.err;
+        EXPECT_EQ(result.out, "") << arguments;
+        EXPECT_FALSE(fs::exists("x.rve"));
+        EXPECT_FALSE(fs::exists("x.png"));
+    }
+}
+
+TEST(CommandLine, ConvertsAndSaysWhatItMade) {
+    writeSquare();
+    const Outcome result = run("convert m.obj -o m.rve");
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_TRUE(startsWith(result.out, "m.rve: ")) << result.out;
+    EXPECT_NE(result.out.find("1 mesh, 2 triangles, 4 vertices, 0 lights, 1 material, 0 textures"),
+              std::string::npos)
+        << result.out;
+    EXPECT_TRUE(startsWith(contentsOf("m.rve"), "RVE file v1.6a"));
+    EXPECT_EQ(run("convert m.obj -o m.rve -q").out, "");
+}
+
+TEST(CommandLine, WarnsOfABrokenTextureAndGoesOn) {
+    writeFile("broken.png", "junk");
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd broken.png\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    const Outcome result = run("convert m.obj -o m.rve");
+    EXPECT_EQ(result.code, 0);
+    EXPECT_TRUE(startsWith(result.err, "ravolt: warning: texture 'broken.png' ")) << result.err;
+    EXPECT_EQ(lines(result.err), 1u);
+    EXPECT_EQ(run("convert m.obj -o m.rve -q").err, "");
+}
+
+TEST(CommandLine, LeavesNoLogBehind) {
+    writeSquare();
+    EXPECT_EQ(run("convert m.obj -o m.rve").code, 0);
+    EXPECT_EQ(run("shot m.rve -o m.png").code, 0);
+    EXPECT_FALSE(fs::exists("ravolt_log.txt") &&
+                 contentsOf("ravolt_log.txt").find("m.rve") != std::string::npos);
+    const Outcome verbose = run("shot m.rve -o m.png -v");
+    EXPECT_NE(verbose.err.find("Loading RVE file"), std::string::npos);
+    EXPECT_EQ(verbose.out, "");
+}
+
+TEST(CommandLine, ShootsScenesAndModels) {
+    writeSquare();
+    EXPECT_EQ(run("convert m.obj -o m.rve").code, 0);
+    EXPECT_EQ(run("shot m.rve -o scene.png --size 64x48").code, 0);
+    EXPECT_EQ(run("shot m.obj -o model.png --size 64x48").code, 0);
+    EXPECT_TRUE(isPng("scene.png"));
+    EXPECT_EQ(contentsOf("scene.png"), contentsOf("model.png"));
+}
+
+TEST(CommandLine, ShootsATurn) {
+    writeSquare();
+    EXPECT_EQ(run("shot m.obj -o turn.png --frames 3 --size 64x48").code, 0);
+    for (const char *file : {"turn_000.png", "turn_001.png", "turn_002.png"})
+        EXPECT_TRUE(isPng(file)) << file;
+    EXPECT_FALSE(fs::exists("turn.png"));
+    EXPECT_FALSE(fs::exists("turn_003.png"));
+    EXPECT_NE(contentsOf("turn_000.png"), contentsOf("turn_001.png"));
+}
+
+TEST(CommandLine, ShootsWithoutADisplay) {
+    writeSquare();
+    const Outcome result = run("shot m.obj -o m.png --size 64x48 -v", withoutDisplay);
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.err.find("ravolt: no display: drawing off screen with "), std::string::npos);
+    EXPECT_TRUE(isPng("m.png"));
+}
+
+TEST(CommandLine, SaysWhatToDoWithoutADisplay) {
+    writeSquare();
+    const Outcome view = run("view m.obj", withoutDisplay);
+    EXPECT_EQ(view.code, 1);
+    EXPECT_TRUE(startsWith(view.err, "ravolt: no display to open a window on. ")) << view.err;
+    EXPECT_EQ(lines(view.err), 1u);
+    const Outcome shot = run("shot m.obj -o m.png --sdl /nowhere", withoutDisplay);
+    EXPECT_EQ(shot.code, 1);
+    EXPECT_TRUE(startsWith(shot.err, "ravolt: /nowhere: no library to draw with off screen"))
+        << shot.err;
+    EXPECT_EQ(lines(shot.err), 1u);
+}
+
+TEST(CommandLine, ViewsForAWhile) {
+    writeSquare();
+    for (const char *options : {"", " --spin --normals --boxes", " --wireframe --rig 2"}) {
+        const Outcome result =
+            run("view m.obj --seconds 0.4 --size 160x120" + std::string(options));
+        EXPECT_EQ(result.code, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+    }
+}
+
+TEST(CommandLine, RemovesItsTemporaryFolders) {
+    writeSquare();
+    const fs::path place = fs::absolute("temporary");
+    fs::create_directory(place);
+    EXPECT_EQ(run("shot m.obj -o m.png --size 64x48", "TMPDIR=" + place.string()).code, 0);
+    EXPECT_TRUE(fs::is_empty(place));
+}
+
+} // namespace

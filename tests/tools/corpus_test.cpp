@@ -1,0 +1,204 @@
+// Real models that nobody here made: those of assimp's test collection (Debian's package
+// assimp-testmodels). Each is either drawn, or refused with one line, as corpus.tsv says.
+//
+// RAVOLT_CORPUS_RENEW=FILE appends what was found, as lines of corpus.tsv, to FILE.
+// RAVOLT_CORPUS_PICTURES=FOLDER writes the pictures there.
+
+#include "tests/tools/support.h"
+#include "tools/convert/import.h"
+#include "tools/stage/engine.h"
+#include "tools/stage/picture.h"
+#include "tools/stage/stage.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <map>
+#include <ravolt.h>
+#include <set>
+
+namespace {
+
+using namespace tool_test;
+
+const fs::path collection = "/usr/share/assimp/models";
+
+// Endings of files that stand beside models.
+const std::set<std::string> companions = {".png", ".jpg",  ".tga",  ".bin",  ".md", ".txt",
+                                          ".mtl", ".vert", ".frag", ".glsl", ".zip"};
+
+std::vector<std::string> modelsIn(const std::string &folder) {
+    std::vector<std::string> models;
+    for (const auto &entry : fs::recursive_directory_iterator(collection / folder)) {
+        std::string ending = entry.path().extension().string();
+        std::transform(ending.begin(), ending.end(), ending.begin(), ::tolower);
+        if (entry.is_regular_file() && !companions.count(ending) &&
+            entry.path().filename() != "LICENSE")
+            models.push_back(fs::relative(entry.path(), collection).string());
+    }
+    std::sort(models.begin(), models.end());
+    return models;
+}
+
+// What corpus.tsv says of each model.
+std::map<std::string, std::string> expectations() {
+    std::map<std::string, std::string> result;
+    std::ifstream table(RAVOLT_CORPUS_TABLE);
+    std::string line;
+    while (std::getline(table, line))
+        if (!line.empty() && line[0] != '#')
+            result[line.substr(0, line.find('\t'))] = line.substr(line.find('\t') + 1);
+    return result;
+}
+
+std::size_t coveredPixels(const Picture &picture) {
+    std::size_t covered = 0;
+    for (std::size_t i = 0; i < picture.pixels.size(); i += 3)
+        covered += !std::equal(picture.pixels.begin(), picture.pixels.begin() + 3,
+                               picture.pixels.begin() + static_cast<std::ptrdiff_t>(i));
+    return covered;
+}
+
+std::vector<GLenum> openGlErrors() {
+    std::vector<GLenum> errors;
+    for (GLenum error = glGetError(); error != GL_NO_ERROR && errors.size() < 100;
+         error = glGetError())
+        errors.push_back(error);
+    return errors;
+}
+
+struct Box {
+    Vector low{1e300, 1e300, 1e300}, high{-1e300, -1e300, -1e300};
+
+    void add(const Vector &p) {
+        low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+        high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+    }
+};
+
+// Where the model's own matrices, in double precision, put its triangles.
+void addTriangles(const aiScene &scene, const aiNode &node, const Affine &parent, Box &box) {
+    const Affine here = parent * affineFrom(node.mTransformation);
+    for (unsigned int i = 0; i < node.mNumMeshes; ++i) {
+        const aiMesh &mesh = *scene.mMeshes[node.mMeshes[i]];
+        for (unsigned int f = 0; f < mesh.mNumFaces; ++f)
+            if (mesh.mFaces[f].mNumIndices == 3)
+                for (int k = 0; k < 3; ++k)
+                    box.add(here(vectorFrom(mesh.mVertices[mesh.mFaces[f].mIndices[k]])));
+    }
+    for (unsigned int i = 0; i < node.mNumChildren; ++i)
+        addTriangles(scene, *node.mChildren[i], here, box);
+}
+
+bool hasBones(const aiScene &scene) {
+    return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes,
+                       [](const aiMesh *mesh) { return mesh->mNumBones > 0; });
+}
+
+// Bones put a mesh where they are, which its node does not tell.
+void expectPlacesKept(const std::string &model, const Sphere &found) {
+    Report report;
+    Progress silent(false);
+    const Model source((collection / model).string(), report, silent);
+    if (hasBones(source.scene()))
+        return;
+    Box box;
+    addTriangles(source.scene(), *source.scene().mRootNode, {}, box);
+    const Vector center = (box.low + box.high) * 0.5;
+    const double size = length(box.high - box.low) + length(center);
+    EXPECT_LT(length(found.center - center), size * 1e-5) << model;
+    EXPECT_LE(found.radius, length(box.high - box.low) * 0.50001) << model;
+    EXPECT_GE(found.radius, length(box.high - box.low) * 0.25) << model;
+}
+
+void keepPicture(const std::string &model, const Picture &picture) {
+    const char *folder = std::getenv("RAVOLT_CORPUS_PICTURES");
+    if (!folder)
+        return;
+    std::string name = model;
+    std::replace(name.begin(), name.end(), '/', '_');
+    writePng(picture, fs::path(folder) / (name + ".png"));
+}
+
+// A surface that faces away is looked for on its other side.
+std::size_t shoot(const std::string &model, Stage &stage) {
+    std::size_t covered = 0;
+    for (double yaw : {30.0, 210.0}) {
+        stage.setYaw(yaw);
+        stage.draw();
+        const Picture picture = takePicture();
+        RAVOLT::swap();
+        covered = coveredPixels(picture);
+        if (covered > 0) {
+            keepPicture(model, picture);
+            break;
+        }
+    }
+    return covered;
+}
+
+void draw(const std::string &model) {
+    Engine engine({320, 240}, model, false, "ravolt_log.txt");
+    RVNODE *root = engine.load("scene.rve");
+    openGlErrors();
+    Stage stage(root);
+    const std::size_t covered = shoot(model, stage);
+    EXPECT_TRUE(openGlErrors().empty()) << model;
+    EXPECT_GT(covered, 100u) << model << " leaves an empty picture";
+    expectPlacesKept(model, sphereAround(root));
+}
+
+// The outcome as corpus.tsv states it.
+std::string outcomeOf(const std::string &model) {
+    ConvertOptions options;
+    options.model = collection / model;
+    options.scene = "scene.rve";
+    Report report;
+    Progress silent(false);
+    try {
+        const ConvertResult result = convertModel(options, report, silent);
+        draw(model);
+        return "drawn\t" + counted(result.meshes, "mesh", "meshes") + ", " +
+               counted(result.triangles, "triangle", "triangles") + ", " +
+               counted(result.textures, "texture", "textures");
+    } catch (const Failure &failure) {
+        std::string reason = failure.what();
+        const std::string file = options.model.string();
+        EXPECT_EQ(reason.rfind(file + ": ", 0), 0u) << reason;
+        EXPECT_EQ(reason.find('\n'), std::string::npos) << reason;
+        reason.erase(0, file.size() + 2);
+        for (std::size_t at = reason.find(file); at != std::string::npos; at = reason.find(file))
+            reason.replace(at, file.size(), "FILE");
+        return "refused\t" + reason;
+    }
+}
+
+class Corpus : public ::testing::TestWithParam<const char *> {};
+
+TEST_P(Corpus, IsDrawnOrRefusedAsStated) {
+    if (!fs::exists(collection))
+        GTEST_SKIP() << "no models: install assimp-testmodels";
+    std::map<std::string, std::string> expected = expectations();
+    std::ofstream renewed;
+    if (const char *file = std::getenv("RAVOLT_CORPUS_RENEW"))
+        renewed.open(file, std::ios::app);
+
+    for (const std::string &model : modelsIn(GetParam())) {
+        const std::string outcome = outcomeOf(model);
+        EXPECT_EQ(outcome, expected[model]) << model;
+        expected.erase(model);
+        renewed << model << "\t" << outcome << "\n";
+    }
+    for (const auto &[model, outcome] : expected)
+        EXPECT_NE(model.substr(0, model.find('/')), GetParam()) << model << " is not there";
+}
+
+INSTANTIATE_TEST_SUITE_P(Models, Corpus,
+                         ::testing::Values("glTF2", "glTF", "OBJ", "Collada", "FBX", "3DS", "MD5",
+                                           "X", "PLY"),
+                         [](const auto &folder) {
+                             return std::string(std::isdigit(folder.param[0]) ? "Folder" : "") +
+                                    folder.param;
+                         });
+
+} // namespace

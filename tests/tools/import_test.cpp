@@ -1,0 +1,166 @@
+#include "tools/convert/import.h"
+
+#include "tests/tools/support.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <memory>
+
+namespace {
+
+using namespace tool_test;
+
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+constexpr float infinity = std::numeric_limits<float>::infinity();
+
+// A scene with one mesh of `points` and `faces`, one material and one node.
+std::unique_ptr<aiScene> sceneWith(const std::vector<aiVector3D> &points,
+                                   const std::vector<std::vector<unsigned int>> &faces) {
+    auto scene = std::make_unique<aiScene>();
+    scene->mRootNode = new aiNode("root");
+    scene->mRootNode->mNumMeshes = 1;
+    scene->mRootNode->mMeshes = new unsigned int[1]{0};
+    scene->mNumMaterials = 1;
+    scene->mMaterials = new aiMaterial *[1] { new aiMaterial };
+    aiMesh *mesh = new aiMesh;
+    scene->mNumMeshes = 1;
+    scene->mMeshes = new aiMesh *[1] { mesh };
+    mesh->mNumVertices = static_cast<unsigned int>(points.size());
+    mesh->mVertices = new aiVector3D[points.size()];
+    std::copy(points.begin(), points.end(), mesh->mVertices);
+    mesh->mNormals = new aiVector3D[points.size()];
+    mesh->mNumFaces = static_cast<unsigned int>(faces.size());
+    mesh->mFaces = new aiFace[faces.size()];
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+        mesh->mFaces[i].mNumIndices = static_cast<unsigned int>(faces[i].size());
+        mesh->mFaces[i].mIndices = new unsigned int[faces[i].size()];
+        std::copy(faces[i].begin(), faces[i].end(), mesh->mFaces[i].mIndices);
+    }
+    return scene;
+}
+
+const std::vector<aiVector3D> square = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
+
+TEST(CleanScene, LeavesASoundSceneAlone) {
+    Report report;
+    const auto scene = sceneWith(square, {{0, 1, 2}, {0, 2, 3}});
+    cleanScene(*scene, report);
+    EXPECT_EQ(scene->mMeshes[0]->mNumFaces, 2u);
+    EXPECT_TRUE(report.warnings().empty());
+}
+
+TEST(CleanScene, DropsFacesWithAbsurdIndices) {
+    Report report;
+    const auto scene = sceneWith(square, {{0, 1, 4}, {0, 1, 2}, {0xffffffff, 0, 1}, {2, 3, 0}});
+    cleanScene(*scene, report);
+    ASSERT_EQ(scene->mMeshes[0]->mNumFaces, 2u);
+    EXPECT_EQ(scene->mMeshes[0]->mFaces[0].mIndices[2], 2u);
+    EXPECT_EQ(scene->mMeshes[0]->mFaces[1].mIndices[0], 2u);
+    EXPECT_EQ(report.warnings(),
+              (std::vector<std::string>{"2 faces dropped: vertices that do not exist or have no "
+                                        "finite position"}));
+}
+
+TEST(CleanScene, DropsFacesAtPlacesThatAreNone) {
+    for (const aiVector3D &nowhere :
+         {aiVector3D(nan, 0, 0), aiVector3D(0, infinity, 0), aiVector3D(0, 0, -infinity)}) {
+        Report report;
+        std::vector<aiVector3D> points = square;
+        points[3] = nowhere;
+        const auto scene = sceneWith(points, {{0, 1, 2}, {0, 2, 3}});
+        cleanScene(*scene, report);
+        EXPECT_EQ(scene->mMeshes[0]->mNumFaces, 1u);
+        EXPECT_EQ(scene->mMeshes[0]->mVertices[3], aiVector3D());
+        EXPECT_EQ(report.warnings().size(), 1u);
+    }
+}
+
+TEST(CleanScene, DropsWeightsOfNoVertex) {
+    Report report;
+    const auto scene = sceneWith(square, {{0, 1, 2}});
+    aiMesh &mesh = *scene->mMeshes[0];
+    aiBone *bone = new aiBone;
+    bone->mNumWeights = 3;
+    bone->mWeights = new aiVertexWeight[3];
+    bone->mWeights[0] = aiVertexWeight(99, 1);
+    bone->mWeights[1] = aiVertexWeight(1, 0.5f);
+    bone->mWeights[2] = aiVertexWeight(2, nan);
+    mesh.mNumBones = 1;
+    mesh.mBones = new aiBone *[1] { bone };
+    cleanScene(*scene, report);
+    ASSERT_EQ(bone->mNumWeights, 1u);
+    EXPECT_EQ(bone->mWeights[0].mVertexId, 1u);
+    EXPECT_EQ(report.warnings(), (std::vector<std::string>{"2 bone weights of no vertex dropped"}));
+}
+
+TEST(CleanScene, MendsReferences) {
+    Report report;
+    const auto scene = sceneWith(square, {{0, 1, 2}});
+    scene->mMeshes[0]->mMaterialIndex = 7;
+    scene->mRootNode->mMeshes[0] = 12;
+    cleanScene(*scene, report);
+    EXPECT_EQ(scene->mMeshes[0]->mMaterialIndex, 0u);
+    EXPECT_EQ(scene->mRootNode->mNumMeshes, 0u);
+}
+
+TEST(CleanScene, ZeroesTexturePlacesThatAreNone) {
+    Report report;
+    const auto scene = sceneWith(square, {{0, 1, 2}});
+    scene->mMeshes[0]->mTextureCoords[0] = new aiVector3D[4];
+    scene->mMeshes[0]->mTextureCoords[0][1] = aiVector3D(nan, 0, 0);
+    cleanScene(*scene, report);
+    EXPECT_EQ(scene->mMeshes[0]->mTextureCoords[0][1], aiVector3D());
+    EXPECT_EQ(report.warnings(), (std::vector<std::string>{
+                                     "1 texture coordinate without a finite value set to zero"}));
+}
+
+TEST(CleanScene, GivesCornersTheirOwnVerticesWhereNormalsAreToBeMade) {
+    Report report;
+    const auto scene = sceneWith(square, {{0, 1, 2}, {0, 2, 3}});
+    aiMesh &mesh = *scene->mMeshes[0];
+    delete[] mesh.mNormals;
+    mesh.mNormals = nullptr;
+    aiBone *bone = new aiBone;
+    bone->mNumWeights = 1;
+    bone->mWeights = new aiVertexWeight[1];
+    bone->mWeights[0] = aiVertexWeight(2, 0.5f);
+    mesh.mNumBones = 1;
+    mesh.mBones = new aiBone *[1] { bone };
+    cleanScene(*scene, report);
+    ASSERT_EQ(mesh.mNumVertices, 6u);
+    EXPECT_EQ(mesh.mVertices[mesh.mFaces[1].mIndices[2]], square[3]);
+    // The weight follows both copies of its vertex.
+    ASSERT_EQ(bone->mNumWeights, 2u);
+    EXPECT_EQ(mesh.mVertices[bone->mWeights[0].mVertexId], square[2]);
+    EXPECT_EQ(mesh.mVertices[bone->mWeights[1].mVertexId], square[2]);
+}
+
+std::string reading(const std::string &path) {
+    return failureOf([&] {
+        Report report;
+        Progress silent(false);
+        const Model model(path, report, silent);
+    });
+}
+
+TEST(Import, NamesTheFileAndTheReason) {
+    fs::create_directory("folder");
+    writeFile("junk.glb", "glTF is what this is not");
+    writeFile("no.ending", "nothing");
+    writeFile("empty.obj", "");
+    EXPECT_EQ(reading("missing.obj"), "missing.obj: no such file");
+    EXPECT_EQ(reading("folder"), "folder: is a folder, not a model");
+    for (const char *file : {"junk.glb", "no.ending", "empty.obj"}) {
+        const std::string line = reading(file);
+        EXPECT_EQ(line.rfind(std::string(file) + ": ", 0), 0u) << line;
+        EXPECT_EQ(line.find('\n'), std::string::npos) << line;
+    }
+}
+
+TEST(Import, RefusesAModelWithoutTriangles) {
+    writeFile("points.obj", "v 0 0 0\nv 1 0 0\n");
+    EXPECT_EQ(reading("points.obj"), "points.obj: has no triangles to draw");
+}
+
+} // namespace

@@ -1,0 +1,227 @@
+#include "tools/convert/meshes.h"
+
+#include "tools/convert/transforms.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <memory>
+
+namespace {
+
+using namespace ravolt::tool;
+
+// A mesh of assimp's from corner points and triangles, with normals and texture places as wanted.
+std::unique_ptr<aiMesh> meshFrom(const std::vector<aiVector3D> &points,
+                                 const std::vector<std::array<unsigned int, 3>> &faces,
+                                 const std::vector<aiVector3D> &normals = {}) {
+    auto mesh = std::make_unique<aiMesh>();
+    mesh->mPrimitiveTypes = aiPrimitiveType_TRIANGLE;
+    mesh->mNumVertices = static_cast<unsigned int>(points.size());
+    mesh->mVertices = new aiVector3D[points.size()];
+    std::copy(points.begin(), points.end(), mesh->mVertices);
+    if (!normals.empty()) {
+        mesh->mNormals = new aiVector3D[normals.size()];
+        std::copy(normals.begin(), normals.end(), mesh->mNormals);
+    }
+    mesh->mNumFaces = static_cast<unsigned int>(faces.size());
+    mesh->mFaces = new aiFace[faces.size()];
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+        mesh->mFaces[i].mNumIndices = 3;
+        mesh->mFaces[i].mIndices = new unsigned int[3]{faces[i][0], faces[i][1], faces[i][2]};
+    }
+    return mesh;
+}
+
+std::unique_ptr<aiMesh> triangle() {
+    return meshFrom({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}},
+                    {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}});
+}
+
+// A sheet of `side` by `side` squares facing +z.
+std::unique_ptr<aiMesh> sheet(unsigned int side) {
+    std::vector<aiVector3D> points;
+    std::vector<std::array<unsigned int, 3>> faces;
+    for (unsigned int y = 0; y <= side; ++y)
+        for (unsigned int x = 0; x <= side; ++x)
+            points.emplace_back(static_cast<float>(x), static_cast<float>(y), 0.0f);
+    for (unsigned int y = 0; y < side; ++y)
+        for (unsigned int x = 0; x < side; ++x) {
+            const unsigned int a = y * (side + 1) + x, c = a + side + 1;
+            faces.push_back({a, a + 1, c});
+            faces.push_back({a + 1, c + 1, c});
+        }
+    return meshFrom(points, faces, std::vector<aiVector3D>(points.size(), aiVector3D(0, 0, 1)));
+}
+
+// Which way the front of a face looks.
+Vector frontOf(const Geometry &geometry, std::size_t face) {
+    const auto &f = geometry.faces[face];
+    const auto at = [&](std::uint32_t index) {
+        const Point &p = geometry.positions[index];
+        return Vector{p.x, p.y, p.z};
+    };
+    return unit(cross(at(f[1]) - at(f[0]), at(f[2]) - at(f[0])));
+}
+
+TEST(Meshes, TakesTrianglesAsTheyAre) {
+    Geometry geometry;
+    EXPECT_EQ(append(geometry, *triangle(), {}), 0u);
+    ASSERT_EQ(geometry.faces.size(), 1u);
+    EXPECT_EQ(geometry.positions.size(), 3u);
+    EXPECT_FALSE(geometry.placed);
+    EXPECT_NEAR(frontOf(geometry, 0).z, 1, 1e-6);
+}
+
+TEST(Meshes, TurnsMirroredTrianglesRound) {
+    Carrying carrying;
+    carrying.rest = matrixOfColumns({-1, 0, 0}, {0, 1, 0}, {0, 0, 1});
+    Geometry geometry;
+    append(geometry, *triangle(), carrying);
+    EXPECT_NEAR(frontOf(geometry, 0).z, 1, 1e-6);
+    EXPECT_NEAR(geometry.normals[0].z, 1, 1e-6);
+    EXPECT_FLOAT_EQ(geometry.positions[1].x, -1);
+}
+
+TEST(Meshes, MirrorsTheFrontWithTheDepth) {
+    Carrying carrying;
+    carrying.rest = matrixOfColumns({1, 0, 0}, {0, 1, 0}, {0, 0, -1});
+    Geometry geometry;
+    append(geometry, *triangle(), carrying);
+    EXPECT_NEAR(frontOf(geometry, 0).z, -1, 1e-6);
+    EXPECT_NEAR(geometry.normals[0].z, -1, 1e-6);
+}
+
+TEST(Meshes, KeepsNormalsUprightUnderUnevenScale) {
+    // A slope with normal (1, 0, 1); stretched fourfold along x it is (1, 0, 4).
+    const auto mesh = meshFrom({{0, 0, 1}, {1, 0, 0}, {0, 1, 1}}, {{0, 1, 2}},
+                               std::vector<aiVector3D>(3, aiVector3D(0.70710678f, 0, 0.70710678f)));
+    Carrying carrying;
+    carrying.rest = matrixOfColumns({4, 0, 0}, {0, 1, 0}, {0, 0, 1});
+    Geometry geometry;
+    append(geometry, *mesh, carrying);
+    const Point &normal = geometry.normals[0];
+    EXPECT_NEAR(normal.x, 1 / std::sqrt(17.0), 1e-6);
+    EXPECT_NEAR(normal.z, 4 / std::sqrt(17.0), 1e-6);
+    EXPECT_NEAR(frontOf(geometry, 0).x, normal.x, 1e-6);
+}
+
+TEST(Meshes, TurnsAMeshRoundThatContradictsItsNormals) {
+    const auto mesh = meshFrom({{0, 0, 0}, {0, 1, 0}, {1, 0, 0}}, {{0, 1, 2}},
+                               std::vector<aiVector3D>(3, aiVector3D(0, 0, 1)));
+    Geometry geometry;
+    append(geometry, *mesh, {});
+    EXPECT_NEAR(frontOf(geometry, 0).z, 1, 1e-6);
+}
+
+TEST(Meshes, MakesNormalsThatAreMissingOrBroken) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    for (const std::vector<aiVector3D> &normals :
+         {std::vector<aiVector3D>{}, std::vector<aiVector3D>(3, aiVector3D(0, 0, 0)),
+          std::vector<aiVector3D>(3, aiVector3D(nan, 0, 1))}) {
+        Geometry geometry;
+        append(geometry, *meshFrom({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}}, normals), {});
+        for (const Point &normal : geometry.normals)
+            EXPECT_NEAR(normal.z, 1, 1e-6);
+    }
+}
+
+TEST(Meshes, ShowsBothSidesWhenAsked) {
+    Carrying carrying;
+    carrying.bothSides = true;
+    Geometry geometry;
+    append(geometry, *triangle(), carrying);
+    ASSERT_EQ(geometry.faces.size(), 2u);
+    EXPECT_EQ(geometry.positions.size(), 6u);
+    EXPECT_NEAR(frontOf(geometry, 1).z, -1, 1e-6);
+    EXPECT_NEAR(geometry.normals[geometry.faces[1][0]].z, -1, 1e-6);
+}
+
+TEST(Meshes, FillsTexturePlacesWhereOneOfTwoMeshesHasNone) {
+    const auto plain = triangle(), placed = triangle();
+    placed->mNumUVComponents[0] = 2;
+    placed->mTextureCoords[0] =
+        new aiVector3D[3]{aiVector3D(0, 0, 0), aiVector3D(1, 0, 0), aiVector3D(0, 0.5f, 0)};
+    Geometry geometry;
+    append(geometry, *plain, {});
+    append(geometry, *placed, {});
+    append(geometry, *plain, {});
+    ASSERT_EQ(geometry.texturePlaces.size(), 9u);
+    EXPECT_FLOAT_EQ(geometry.texturePlaces[5].v, 0.5f);
+    EXPECT_FLOAT_EQ(geometry.texturePlaces[8].v, 0.0f);
+}
+
+TEST(Meshes, LeavesOutVerticesWithoutATriangle) {
+    const auto mesh = meshFrom({{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{1, 2, 3}});
+    Geometry geometry;
+    append(geometry, *mesh, {});
+    EXPECT_EQ(geometry.positions.size(), 3u);
+    EXPECT_FLOAT_EQ(boundsOf(geometry).maximum.x, 1);
+}
+
+TEST(Meshes, DropsTrianglesBeyondWhatAFloatHolds) {
+    const auto mesh =
+        meshFrom({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1e30f, 0, 0}}, {{0, 1, 2}, {0, 3, 2}});
+    Carrying carrying;
+    carrying.rest = Matrix() * 1e20;
+    Geometry geometry;
+    EXPECT_EQ(append(geometry, *mesh, carrying), 1u);
+    EXPECT_EQ(geometry.faces.size(), 1u);
+    EXPECT_TRUE(std::isfinite(boundsOf(geometry).radius));
+}
+
+TEST(Meshes, StaysWholeAtTheLimit) {
+    Geometry geometry;
+    append(geometry, *sheet(2), {}); // 9 vertices, 8 faces
+    EXPECT_EQ(split(geometry, 9).size(), 1u);
+    EXPECT_GT(split(geometry, 8).size(), 1u);
+    EXPECT_GT(split(geometry, 7).size(), 1u);
+}
+
+TEST(Meshes, SplitsIntoPiecesWithinTheLimit) {
+    for (std::size_t limit : {3u, 4u, 10u, 1000u}) {
+        Geometry geometry;
+        append(geometry, *sheet(20), {});
+        const std::size_t faces = geometry.faces.size();
+        const std::vector<Geometry> pieces = split(geometry, limit);
+        std::size_t total = 0;
+        for (const Geometry &piece : pieces) {
+            EXPECT_LE(piece.positions.size(), limit);
+            EXPECT_LE(piece.faces.size(), limit);
+            EXPECT_FALSE(piece.empty());
+            EXPECT_EQ(piece.normals.size(), piece.positions.size());
+            // Each triangle of the whole comes once, in order and in its place.
+            for (std::size_t i = 0; i < piece.faces.size(); ++i, ++total)
+                for (std::size_t corner = 0; corner < 3; ++corner) {
+                    const Point &here = piece.positions[piece.faces[i][corner]];
+                    const Point &there = geometry.positions[geometry.faces[total][corner]];
+                    ASSERT_FLOAT_EQ(here.x, there.x);
+                    ASSERT_FLOAT_EQ(here.y, there.y);
+                }
+        }
+        EXPECT_EQ(total, faces);
+    }
+}
+
+TEST(Meshes, SplitsAMillionTrianglesIntoFewPieces) {
+    Geometry geometry;
+    append(geometry, *sheet(700), {});
+    ASSERT_EQ(geometry.faces.size(), 980000u);
+    const std::vector<Geometry> pieces = split(std::move(geometry));
+    for (const Geometry &piece : pieces) {
+        EXPECT_LE(piece.positions.size(), meshLimit);
+        EXPECT_LE(piece.faces.size(), meshLimit);
+    }
+    EXPECT_LE(pieces.size(), 15u + 1u);
+}
+
+TEST(Meshes, MeasuresTheRadiusFromTheNodesOwnPlace) {
+    Geometry geometry;
+    append(geometry, *meshFrom({{3, 4, 0}, {3, 0, 0}, {2, 0, 0}}, {{0, 1, 2}}), {});
+    const Bounds bounds = boundsOf(geometry);
+    EXPECT_FLOAT_EQ(bounds.radius, 5);
+    EXPECT_FLOAT_EQ(bounds.minimum.x, 2);
+    EXPECT_FLOAT_EQ(bounds.maximum.y, 4);
+}
+
+} // namespace

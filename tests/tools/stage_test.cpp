@@ -1,0 +1,225 @@
+// Whole pictures through the engine: what a converter got wrong shows there.
+
+#include "tools/stage/stage.h"
+
+#include "tests/tools/support.h"
+#include "tools/stage/engine.h"
+#include "tools/stage/picture.h"
+
+#include <gtest/gtest.h>
+#include <ravolt.h>
+
+namespace {
+
+using namespace tool_test;
+
+constexpr WindowSize size = {200, 150};
+
+struct Rgb {
+    int r, g, b;
+};
+
+Rgb at(const Picture &picture, double x, double y) {
+    const auto column = static_cast<std::size_t>(x * picture.width);
+    const auto row = static_cast<std::size_t>(y * picture.height);
+    const unsigned char *p =
+        &picture.pixels[3 * (row * static_cast<std::size_t>(picture.width) + column)];
+    return {p[0], p[1], p[2]};
+}
+
+// How much of the picture is not the background, from 0 to 1.
+double coverage(const Picture &picture) {
+    std::size_t covered = 0;
+    const unsigned char *background = picture.pixels.data();
+    for (std::size_t i = 0; i < picture.pixels.size(); i += 3)
+        covered += !std::equal(background, background + 3, &picture.pixels[i]);
+    return 3.0 * static_cast<double>(covered) / static_cast<double>(picture.pixels.size());
+}
+
+void convert(const fs::path &model, bool normalMaps = false) {
+    ConvertOptions options;
+    options.model = model;
+    options.scene = "scene.rve";
+    options.normalMaps = normalMaps;
+    Report report;
+    Progress silent(false);
+    convertModel(options, report, silent);
+}
+
+class StageTest : public ::testing::Test {
+  protected:
+    Picture shoot(double yaw, double pitch, double zoom = 1, int rig = 1) {
+        Engine engine(size, "test", false, "ravolt_log.txt");
+        Stage stage(engine.load("scene.rve"));
+        stage.setRig(rig);
+        stage.setYaw(yaw);
+        stage.setPitch(pitch);
+        stage.setZoom(zoom);
+        stage.draw();
+        EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+        const Picture picture = takePicture();
+        RAVOLT::swap();
+        return picture;
+    }
+};
+
+TEST_F(StageTest, ShowsTexturesRightSideUp) {
+    std::string picture = "P6 64 64 255\n";
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x)
+            picture += y < 32 ? (x < 32 ? std::string("\xff\0\0", 3) : std::string("\0\xff\0", 3))
+                              : (x < 32 ? std::string("\0\0\xff", 3) : "\xff\xff\xff");
+    writeFile("picture.ppm", picture);
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd picture.ppm\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    const Picture shown = shoot(0, 0);
+    const Rgb topLeft = at(shown, 0.4, 0.35), topRight = at(shown, 0.6, 0.35);
+    const Rgb bottomLeft = at(shown, 0.4, 0.65), bottomRight = at(shown, 0.6, 0.65);
+    EXPECT_GT(topLeft.r, 150);
+    EXPECT_LT(topLeft.g + topLeft.b, 40);
+    EXPECT_GT(topRight.g, 150);
+    EXPECT_LT(topRight.r + topRight.b, 40);
+    EXPECT_GT(bottomLeft.b, 150);
+    EXPECT_LT(bottomLeft.r + bottomLeft.g, 40);
+    EXPECT_GT(std::min({bottomRight.r, bottomRight.g, bottomRight.b}), 150);
+}
+
+TEST_F(StageTest, HidesSurfacesFromBehindUnlessTheyHaveTwoSides) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    EXPECT_GT(coverage(shoot(0, 0)), 0.1);
+    EXPECT_EQ(coverage(shoot(180, 0)), 0);
+    ConvertOptions options;
+    options.model = "m.obj";
+    options.scene = "scene.rve";
+    options.twoSided = true;
+    Report report;
+    Progress silent(false);
+    convertModel(options, report, silent);
+    EXPECT_GT(coverage(shoot(180, 0)), 0.1);
+}
+
+// The same square at sizes far apart fills the same part of the picture.
+TEST_F(StageTest, FramesScenesOfAnySize) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    double first = 0;
+    for (double scale : {1.0, 1e-12, 1e-5, 1e5, 1e12}) {
+        ConvertOptions options;
+        options.model = "m.obj";
+        options.scene = "scene.rve";
+        options.scale = scale;
+        Report report;
+        Progress silent(false);
+        convertModel(options, report, silent);
+        const double covered = coverage(shoot(20, 10));
+        if (first == 0)
+            first = covered;
+        EXPECT_GT(covered, 0.1) << scale;
+        EXPECT_NEAR(covered, first, 0.01) << scale;
+    }
+}
+
+TEST_F(StageTest, ComesNearerWithZoom) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    EXPECT_GT(coverage(shoot(0, 0, 2)), 1.5 * coverage(shoot(0, 0, 1)));
+}
+
+TEST_F(StageTest, LightsTheSceneByEachRig) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    for (int rig = 0; rig < 4; ++rig) {
+        const Picture picture = shoot(0, 0, 1, rig);
+        EXPECT_GT(at(picture, 0.5, 0.5).r, 60) << rig;
+    }
+}
+
+// Changing from a rig of three lights to one of a single light leaves no light behind.
+TEST_F(StageTest, LeavesNoLightOfAnEarlierRigOn) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    const Rgb fresh = at(shoot(0, 0, 1, 3), 0.5, 0.5);
+    Engine engine(size, "test", false, "ravolt_log.txt");
+    Stage stage(engine.load("scene.rve"));
+    stage.setYaw(0);
+    stage.setPitch(0);
+    for (int rig : {0, 3}) {
+        stage.setRig(rig);
+        stage.draw();
+        if (rig == 3) {
+            const Rgb after = at(takePicture(), 0.5, 0.5);
+            EXPECT_NEAR(after.r, fresh.r, 2);
+        }
+        RAVOLT::swap();
+    }
+}
+
+TEST_F(StageTest, ShowsLinesAndBoxesOnRequestAndTakesThemAwayAgain) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    Engine engine(size, "test", false, "ravolt_log.txt");
+    Stage stage(engine.load("scene.rve"));
+    const auto covered = [&] {
+        stage.draw();
+        const double result = coverage(takePicture());
+        RAVOLT::swap();
+        return result;
+    };
+    const double plain = covered();
+    stage.setWireframe(true);
+    EXPECT_LT(covered(), plain / 2);
+    stage.setWireframe(false);
+    EXPECT_DOUBLE_EQ(covered(), plain);
+    stage.setNormals(true);
+    EXPECT_GT(covered(), plain);
+    stage.setNormals(false);
+    EXPECT_DOUBLE_EQ(covered(), plain);
+    const unsigned int nodes = RVNODE::getNumberOfNodes();
+    stage.setBoxes(true);
+    EXPECT_EQ(RVNODE::getNumberOfNodes(), nodes + 1);
+    EXPECT_GE(covered(), plain);
+    stage.setBoxes(false);
+    EXPECT_DOUBLE_EQ(covered(), plain);
+}
+
+TEST_F(StageTest, FollowsTheWindowsSize) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    Engine engine(size, "test", true, "ravolt_log.txt");
+    Stage stage(engine.load("scene.rve"));
+    stage.draw();
+    RAVOLT::swap();
+    stage.resize(120, 240);
+    stage.draw();
+    const Picture picture = takePicture();
+    EXPECT_EQ(picture.width, 120);
+    EXPECT_EQ(picture.height, 240);
+    EXPECT_GT(coverage(picture), 0.05);
+    EXPECT_GT(at(picture, 0.5, 0.5).r, 60);
+    RAVOLT::swap();
+}
+
+TEST_F(StageTest, TellsScenesFromModels) {
+    writeFile("a.rve", "RVE file v1.6a");
+    writeFile("b.obj", "v 0 0 0");
+    EXPECT_TRUE(isScene("a.rve"));
+    EXPECT_FALSE(isScene("b.obj"));
+    EXPECT_EQ(failureOf([] { isScene("missing"); }), "missing: no such file");
+}
+
+TEST_F(StageTest, PassesOnTheEnginesReasonForABadScene) {
+    writeFile("bad.rve", "RVE file v9.9z");
+    Engine engine(size, "test", false, "ravolt_log.txt");
+    const std::string line = failureOf([&] { engine.load("bad.rve"); });
+    EXPECT_EQ(line, "bad.rve: Invalid header in file bad.rve");
+}
+
+} // namespace

@@ -1,0 +1,104 @@
+#pragma once
+
+// Shared by the tests of the content tool: small files made on the spot, and walks over scenes.
+
+#include "tools/convert/algebra.h"
+#include "tools/convert/convert.h"
+#include "tools/failure.h"
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace tool_test {
+
+namespace fs = std::filesystem;
+using namespace ravolt::tool;
+
+inline void writeFile(const fs::path &file, const std::string &text) {
+    if (!file.parent_path().empty())
+        fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << text;
+}
+
+// A picture file of two by two pixels, rows from the top down: red green, blue white.
+inline std::string fourColors() {
+    using namespace std::string_literals;
+    return "P6 2 2 255\n\xff\0\0\0\xff\0\0\0\xff\xff\xff\xff"s;
+}
+
+// A square in the plane z = 0 that faces +z, from (0, 0) to (1, 1), covered by `material`.
+inline std::string squareObj(const std::string &library, const std::string &material) {
+    return "mtllib " + library + "\nv 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n" +
+           "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvn 0 0 1\nusemtl " + material +
+           "\nf 1/1/1 2/2/1 3/3/1 4/4/1\n";
+}
+
+struct Made {
+    ravolt::RveScene scene;
+    Report report;
+};
+
+// Converts without writing the scene file itself; textures are written.
+inline Made make(const ConvertOptions &options) {
+    Made made;
+    Progress silent(false);
+    WrittenFiles written;
+    made.scene = makeScene(options, made.report, silent, written);
+    written.keep();
+    return made;
+}
+
+inline Made make(const fs::path &model) {
+    ConvertOptions options;
+    options.model = model;
+    options.scene = "scene.rve";
+    return make(options);
+}
+
+// The line of the Failure that `job` throws; empty when it throws none.
+template <class Job> std::string failureOf(const Job &job) {
+    try {
+        job();
+    } catch (const Failure &failure) {
+        return failure.what();
+    }
+    return "";
+}
+
+inline const ravolt::RveNode *find(const ravolt::RveNode &node, const std::string &name) {
+    if (node.name == name)
+        return &node;
+    for (const ravolt::RveNode &child : node.children)
+        if (const ravolt::RveNode *found = find(child, name))
+            return found;
+    return nullptr;
+}
+
+inline std::vector<const ravolt::RveNode *> meshesOf(const ravolt::RveNode &node) {
+    std::vector<const ravolt::RveNode *> result;
+    if (node.kind == ravolt::RveKind::mesh && !node.mesh.faces.empty())
+        result.push_back(&node);
+    for (const ravolt::RveNode &child : node.children)
+        for (const ravolt::RveNode *mesh : meshesOf(child))
+            result.push_back(mesh);
+    return result;
+}
+
+inline bool contains(const std::vector<std::string> &lines, const std::string &line) {
+    for (const std::string &one : lines)
+        if (one == line)
+            return true;
+    return false;
+}
+
+// Texts over several lines, for messages of failed tests.
+inline std::string joined(const std::vector<std::string> &lines) {
+    std::string text;
+    for (const std::string &line : lines)
+        text += line + "\n";
+    return text;
+}
+
+} // namespace tool_test

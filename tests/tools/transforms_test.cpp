@@ -1,0 +1,150 @@
+#include "tools/convert/transforms.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+namespace {
+
+using namespace ravolt::tool;
+
+double distance(const Matrix &a, const Matrix &b) {
+    double largest = 0;
+    for (std::size_t i = 0; i < 3; ++i)
+        for (std::size_t j = 0; j < 3; ++j)
+            largest = std::max(largest, std::abs(a.row[i][j] - b.row[i][j]));
+    return largest;
+}
+
+Affine rigid(const Placement &placement) {
+    return {rotationFromDegrees(placement.degrees), placement.position};
+}
+
+Matrix scaling(double x, double y, double z) {
+    return matrixOfColumns({x, 0, 0}, {0, y, 0}, {0, 0, z});
+}
+
+class Random {
+  public:
+    double number(double from, double to) {
+        return std::uniform_real_distribution<double>(from, to)(engine);
+    }
+    Vector vector(double size) {
+        return {number(-size, size), number(-size, size), number(-size, size)};
+    }
+    Matrix matrix() { return matrixOfColumns(vector(3), vector(3), vector(3)); }
+
+  private:
+    std::mt19937 engine{12345};
+};
+
+TEST(Transforms, RotatesAboutXThenYThenZAsTheEngineDoes) {
+    // (1, 0, 0) by 90 degrees about Z first, as the innermost rotation, is (0, 1, 0); about X that
+    // is (0, 0, 1).
+    const Vector turned = rotationFromDegrees({90, 0, 90}) * Vector{1, 0, 0};
+    EXPECT_NEAR(turned.x, 0, 1e-12);
+    EXPECT_NEAR(turned.y, 0, 1e-12);
+    EXPECT_NEAR(turned.z, 1, 1e-12);
+}
+
+TEST(Transforms, FindsTheAnglesOfEveryRotation) {
+    for (int x = -180; x <= 180; x += 15)
+        for (int y = -180; y <= 180; y += 15)
+            for (int z = -180; z <= 180; z += 15) {
+                const Matrix rotation = rotationFromDegrees(
+                    {static_cast<double>(x), static_cast<double>(y), static_cast<double>(z)});
+                const Matrix again = rotationFromDegrees(degreesFromRotation(rotation));
+                ASSERT_LT(distance(rotation, again), 1e-9) << x << " " << y << " " << z;
+            }
+}
+
+TEST(Transforms, LeavesNothingBehindOfARotation) {
+    const Affine local{rotationFromDegrees({20, -35, 70}), {1, 2, 3}};
+    const Placement placement = place(local, Matrix());
+    EXPECT_NEAR(placement.degrees.x, 20, 1e-5);
+    EXPECT_NEAR(placement.degrees.y, -35, 1e-5);
+    EXPECT_NEAR(placement.degrees.z, 70, 1e-5);
+    EXPECT_LT(distance(placement.rest, Matrix()), 1e-7);
+}
+
+TEST(Transforms, LeavesScaleBehind) {
+    const Placement placement = place({scaling(2, 3, 4), {5, 6, 7}}, Matrix());
+    EXPECT_EQ(placement.degrees.x, 0);
+    EXPECT_EQ(placement.degrees.y, 0);
+    EXPECT_EQ(placement.degrees.z, 0);
+    EXPECT_LT(distance(placement.rest, scaling(2, 3, 4)), 1e-12);
+}
+
+TEST(Transforms, LeavesAMirroringAlongXBehind) {
+    const Placement placement = place({scaling(-1, 1, 1), {}}, Matrix());
+    EXPECT_LT(distance(placement.rest, scaling(-1, 1, 1)), 1e-12);
+    EXPECT_LT(length(placement.degrees), 1e-12);
+}
+
+TEST(Transforms, ScalesThePlacesOfChildren) {
+    const Placement parent = place({scaling(2, 3, 4), {}}, Matrix());
+    const Placement child = place({Matrix(), {1, 1, 1}}, parent.rest);
+    EXPECT_DOUBLE_EQ(child.position.x, 2);
+    EXPECT_DOUBLE_EQ(child.position.y, 3);
+    EXPECT_DOUBLE_EQ(child.position.z, 4);
+}
+
+// The heart of the matter: whatever the matrices, points end up where the model has them.
+TEST(Transforms, KeepsWorldPlacesAlongBranchesOfAnyMatrices) {
+    Random random;
+    for (int branch = 0; branch < 500; ++branch) {
+        Affine model, engine;
+        Matrix rest;
+        double size = 1; // of the numbers involved
+        for (int level = 0; level < 6; ++level) {
+            const Affine local{random.matrix(), random.vector(10)};
+            const Placement placement = place(local, rest);
+            model = model * local;
+            engine = engine * rigid(placement);
+            rest = placement.rest;
+            size = std::max({size, largestEntry(model.linear), length(model.offset)});
+        }
+        const Vector point = random.vector(5);
+        const Vector expected = model(point), found = engine(rest * point);
+        // Positions are rounded to floats; nothing else is lost.
+        ASSERT_LT(length(expected - found), size * 1e-6) << "branch " << branch;
+    }
+}
+
+TEST(Transforms, KeepsWorldPlacesOfFlattenedNodes) {
+    const Matrix flat[] = {scaling(1, 1, 0),
+                           scaling(0, 2, 3),
+                           scaling(0, 0, 5),
+                           scaling(0, 0, 0),
+                           rotationFromDegrees({30, 40, 50}) * scaling(1, 0, 2),
+                           matrixOfColumns({1, 2, 3}, {2, 4, 6}, {-1, -2, -3})};
+    for (const Matrix &matrix : flat) {
+        const Placement placement = place({matrix, {}}, Matrix());
+        const Matrix again = rotationFromDegrees(placement.degrees) * placement.rest;
+        EXPECT_LT(distance(again, matrix), 1e-6);
+    }
+}
+
+TEST(Transforms, StandsExtremeScales) {
+    for (double scale : {1e-30, 1e-9, 1e9, 1e30}) {
+        const Matrix matrix = rotationFromDegrees({10, 20, 30}) * scale;
+        const Placement placement = place({matrix, {}}, Matrix());
+        EXPECT_NEAR(placement.degrees.y, 20, 1e-5);
+        EXPECT_LT(distance(placement.rest, Matrix() * scale), scale * 1e-6);
+    }
+}
+
+TEST(Transforms, InvertsWhatCanBeInverted) {
+    const Affine map{rotationFromDegrees({10, 20, 30}) * scaling(1, -2, 3), {4, 5, 6}};
+    Affine inverse;
+    ASSERT_TRUE(invert(map, inverse));
+    const Vector point{7, 8, 9};
+    EXPECT_LT(length(inverse(map(point)) - point), 1e-12);
+
+    Affine untouched{Matrix(), {1, 2, 3}};
+    EXPECT_FALSE(invert({scaling(1, 1, 0), {}}, untouched));
+    EXPECT_EQ(untouched.offset.z, 3);
+}
+
+} // namespace
