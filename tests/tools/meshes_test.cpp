@@ -66,7 +66,7 @@ Vector frontOf(const Geometry &geometry, std::size_t face) {
 
 TEST(Meshes, TakesTrianglesAsTheyAre) {
     Geometry geometry;
-    EXPECT_EQ(append(geometry, *triangle(), {}), 0u);
+    EXPECT_EQ(append(geometry, *triangle(), {}).withoutArea, 0u);
     ASSERT_EQ(geometry.faces.size(), 1u);
     EXPECT_EQ(geometry.positions.size(), 3u);
     EXPECT_FALSE(geometry.placed);
@@ -165,9 +165,26 @@ TEST(Meshes, DropsTrianglesBeyondWhatAFloatHolds) {
     Carrying carrying;
     carrying.rest = Matrix() * 1e20;
     Geometry geometry;
-    EXPECT_EQ(append(geometry, *mesh, carrying), 1u);
+    EXPECT_EQ(append(geometry, *mesh, carrying).tooFar, 1u);
     EXPECT_EQ(geometry.faces.size(), 1u);
     EXPECT_TRUE(std::isfinite(boundsOf(geometry).radius));
+}
+
+TEST(Meshes, LeavesOutTrianglesWithoutArea) {
+    const auto mesh = meshFrom({{0, 0, 0}, {1, 2, 3}, {-1, -2, -3}, {1, 0, 0}},
+                               {{0, 1, 2}, {0, 3, 3}, {0, 3, 1}});
+    Geometry geometry;
+    EXPECT_EQ(append(geometry, *mesh, {}).withoutArea, 2u);
+    EXPECT_EQ(geometry.faces.size(), 1u);
+}
+
+TEST(Meshes, KeepsTrianglesThatAreSmallOrThin) {
+    const auto mesh =
+        meshFrom({{0, 0, 0}, {1e-20f, 0, 0}, {0, 1e-20f, 0}, {1, 0, 0}, {0, 1e-6f, 0}},
+                 {{0, 1, 2}, {0, 3, 4}});
+    Geometry geometry;
+    EXPECT_EQ(append(geometry, *mesh, {}).withoutArea, 0u);
+    EXPECT_EQ(geometry.faces.size(), 2u);
 }
 
 TEST(Meshes, StaysWholeAtTheLimit) {

@@ -86,6 +86,15 @@ std::uint32_t addVertex(Geometry &geometry, const aiMesh &mesh, const Carrying &
     return static_cast<std::uint32_t>(geometry.positions.size() - 1);
 }
 
+// Corners in a line, as far as single precision can tell.
+bool hasArea(const Geometry &geometry, const std::array<std::uint32_t, 3> &face) {
+    const Vector a = vectorFrom(geometry.positions[face[0]]);
+    const Vector b = vectorFrom(geometry.positions[face[1]]);
+    const Vector c = vectorFrom(geometry.positions[face[2]]);
+    const double longest = std::max({length(b - a), length(c - b), length(a - c)});
+    return length(crossOf(a, b, c)) > 1e-9 * longest * longest;
+}
+
 bool hasFinitePlace(const Geometry &geometry, const std::array<std::uint32_t, 3> &face) {
     return std::all_of(face.begin(), face.end(), [&](std::uint32_t index) {
         return isFinite(vectorFrom(geometry.positions[index]));
@@ -169,7 +178,7 @@ class Piece {
 
 } // namespace
 
-std::size_t append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying) {
+Dropped append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying) {
     const std::size_t firstVertex = geometry.positions.size(), firstFace = geometry.faces.size();
     if (mesh.mTextureCoords[carrying.channel] && !geometry.placed) {
         geometry.placed = true;
@@ -179,7 +188,7 @@ std::size_t append(Geometry &geometry, const aiMesh &mesh, const Carrying &carry
     const Affine rigid{carrying.rest, {}};
     const bool insideOut = isInsideOut(mesh);
     std::vector<std::uint32_t> place(mesh.mNumVertices, unused);
-    std::size_t dropped = 0;
+    Dropped dropped;
     for (unsigned int i = 0; i < mesh.mNumFaces; ++i) {
         if (!isTriangle(mesh.mFaces[i]))
             continue;
@@ -194,12 +203,14 @@ std::size_t append(Geometry &geometry, const aiMesh &mesh, const Carrying &carry
         const bool mirrored = determinantOf(carrierOf(carrying, rigid, index[0]).linear) < 0;
         if (mirrored != insideOut)
             std::swap(face[1], face[2]);
-        if (hasFinitePlace(geometry, face))
-            geometry.faces.push_back(face);
+        if (!hasFinitePlace(geometry, face))
+            ++dropped.tooFar;
+        else if (!hasArea(geometry, face))
+            ++dropped.withoutArea;
         else
-            ++dropped;
+            geometry.faces.push_back(face);
     }
-    if (dropped)
+    if (dropped.tooFar)
         pullIn(geometry, firstVertex);
     mendNormals(geometry, firstVertex);
     if (carrying.bothSides)

@@ -42,11 +42,17 @@ struct Carrying {
     bool bothSides = false;    // each triangle a second time, seen from behind
 };
 
+// Triangles that append leaves out, as they would not be seen.
+struct Dropped {
+    std::size_t tooFar = 0;      // beyond what a float holds
+    std::size_t withoutArea = 0; // lines and points
+};
+
 // Adds the triangles of `mesh`. Mirroring turns the triangles round, so that their front stays the
 // front; a mesh whose triangles contradict its normals nearly everywhere is turned round as well.
 // Normals that are missing or broken follow from the triangles. Vertices without a triangle are
-// left out, and so are triangles that end up beyond what a float holds: their number is returned.
-std::size_t append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying);
+// left out.
+Dropped append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying);
 
 // Cuts into pieces of at most `limit` vertices and `limit` faces each, in the order of the faces.
 std::vector<Geometry> split(Geometry geometry, std::size_t limit = meshLimit);

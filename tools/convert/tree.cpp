@@ -92,7 +92,8 @@ class TreeBuilder {
     Progress &progress;
     Affine outermost;
     NodePlaces places;
-    std::size_t drawn = 0, made = 0, meshesDone = 0, unplacedFaces = 0, shortenedNames = 0;
+    std::size_t drawn = 0, made = 0, meshesDone = 0, shortenedNames = 0;
+    Dropped dropped;
     bool flattened = false;
 };
 
@@ -138,7 +139,9 @@ std::vector<Part> TreeBuilder::partsOf(const aiNode &node, const Matrix &rest,
         // Some exporters number the sets from 1.
         carrying.channel = mesh.mTextureCoords[surface.channel] ? surface.channel : 0;
         carrying.bothSides = surface.bothSides;
-        unplacedFaces += append(byMaterial[mesh.mMaterialIndex], mesh, carrying);
+        const Dropped lost = append(byMaterial[mesh.mMaterialIndex], mesh, carrying);
+        dropped.tooFar += lost.tooFar;
+        dropped.withoutArea += lost.withoutArea;
     }
 
     std::vector<Part> parts;
@@ -221,9 +224,11 @@ std::vector<RveNode> TreeBuilder::nodes(const aiNode &node, const Frame &frame) 
 }
 
 void TreeBuilder::checkTotals() {
-    if (unplacedFaces)
-        report.warn(counted(unplacedFaces, "face", "faces") +
+    if (dropped.tooFar)
+        report.warn(counted(dropped.tooFar, "face", "faces") +
                     " dropped: too far away for single precision");
+    if (dropped.withoutArea)
+        report.note(counted(dropped.withoutArea, "face", "faces") + " without area left out");
     if (shortenedNames)
         report.warn(counted(shortenedNames, "name", "names") +
                     " of nodes cut: a name has at most 255 characters");
