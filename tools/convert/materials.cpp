@@ -133,11 +133,16 @@ void reportMapping(const aiMaterial &material, aiTextureType type, const std::st
     }
 }
 
-Color diffuseOf(const aiMaterial &material, bool linear) {
-    Color diffuse = {0.6f, 0.6f, 0.6f, 1};
+// A texture stands for the colour where a material states none, and where exporters left it black.
+Color diffuseOf(const aiMaterial &material, bool linear, bool covered) {
+    Color diffuse = {0, 0, 0, 1};
     const bool stated =
         colorOf(material, "$clr.diffuse", diffuse) || colorOf(material, "$clr.base", diffuse);
-    return stated && linear ? asShown(diffuse) : diffuse;
+    if (covered && isBlack(diffuse))
+        return {1, 1, 1, 1};
+    if (!stated)
+        return {0.6f, 0.6f, 0.6f, 1};
+    return linear ? asShown(diffuse) : diffuse;
 }
 
 // Where a picture says which parts glow, and the scene cannot hold it, nothing does.
@@ -260,9 +265,8 @@ ravolt::RveMaterial Converter::convert(const aiMaterial &material, Surface &surf
             surface.channel = static_cast<unsigned int>(channel);
     }
 
-    out.diffuse = diffuseOf(material, linear);
-    if (!file.name.empty() && source.type == aiTextureType_DIFFUSE && isBlack(out.diffuse))
-        out.diffuse = {1, 1, 1, 1}; // exporters that let the texture stand for the colour
+    const bool glows = source.type == aiTextureType_EMISSIVE;
+    out.diffuse = diffuseOf(material, linear, !file.name.empty() && !glows);
     if (!colorOf(material, "$clr.ambient", out.ambient) || isBlack(out.ambient))
         out.ambient = out.diffuse; // left out, or unused by the program that wrote it
     out.selfIllumination = emissionOf(material, source.type, linear);
