@@ -6,6 +6,10 @@
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
 
+#include <GL/gl.h>
+#include <GL/glext.h>
+#include <SDL/SDL.h>
+
 using namespace ravolt;
 using namespace ravolt::test;
 
@@ -100,6 +104,33 @@ TEST_F(MeshDrawingTest, SkinnedMeshFollowsItsBoneInThePicture) {
     EXPECT_PIXEL(centre(), black, 1);
     // One unit at a distance of five, with a half height of 5 x tan(22.5 degrees).
     EXPECT_PIXEL(pixelAt(width / 2 + 23, height / 2), red, 1);
+}
+
+// What the driver holds in a buffer.
+std::vector<float> floatsOfBuffer(unsigned int buffer, std::size_t count) {
+    const auto readBuffer = reinterpret_cast<PFNGLGETBUFFERSUBDATAARBPROC>(
+        SDL_GL_GetProcAddress("glGetBufferSubDataARB"));
+    std::vector<float> floats(count);
+    RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, buffer);
+    readBuffer(GL_ARRAY_BUFFER_ARB, 0, static_cast<GLsizeiptrARB>(count * sizeof(float)),
+               floats.data());
+    RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
+    return floats;
+}
+
+TEST_F(MeshDrawingTest, BuffersOfTheSkinHoldBoneNumbersAndWeightsAsFloats) {
+    RveNode square = squareMesh("square");
+    const std::vector<float> weights = {0.25f, 0.75f, 1, 0, 0.5f, 0.5f, 0.125f, 0.875f};
+    square.mesh.skin = {2, {0, 1, 2, 0, 1, 2, 0, 2}, weights, {"a", "b", "c"}};
+    recorder.start();
+    loadScene({square});
+    const Calls made = recorder.stop().named("glGenBuffersARB");
+    ASSERT_EQ(made.size(), 6u);
+    const auto name = [&](std::size_t i) {
+        return static_cast<unsigned int>(made[i].arguments.back());
+    };
+    EXPECT_EQ(floatsOfBuffer(name(4), 8), (std::vector<float>{0, 1, 2, 0, 1, 2, 0, 2}));
+    EXPECT_EQ(floatsOfBuffer(name(5), 8), weights);
 }
 
 // Two squares of one mesh, the near one first; it looks at the eye, the far one away from it.
