@@ -17,6 +17,7 @@ class Texture : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
+        RVTEXTURE::texturingOff(RV_TEXTURE_UNITS); // what an earlier context left in the cache
         glPixelStorei(GL_PACK_ALIGNMENT, 1);
     }
 

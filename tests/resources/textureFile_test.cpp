@@ -156,6 +156,12 @@ TEST_F(TextureFile, MissingFileIsReported) {
     EXPECT_LOGGED_EXACTLY("   [!] Unable to open file no/where.tga @ RVTEXTURE::loadTGA\n");
 }
 
+TEST_F(TextureFile, FolderIsNoFile) {
+    mkdir("folder", 0777);
+    EXPECT_FALSE(texture.load("folder"));
+    EXPECT_LOGGED_EXACTLY("   [!] Unable to open file folder @ RVTEXTURE::loadTGA\n");
+}
+
 TEST_F(TextureFile, FailedLoadKeepsNameAndPixels) {
     writeFile("good.tga", plainTga(2, 2));
     writeFile("cut.tga", Bytes(17));
