@@ -38,6 +38,7 @@ SilentDriver::SilentDriver() {
                 {GL_MAX_TEXTURE_SIZE, 8192},
                 {GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 16},
                 {GL_MAX_LIGHTS, 8},
+                {GL_MAX_MODELVIEW_STACK_DEPTH, 32},
                 {GL_ACTIVE_TEXTURE, GL_TEXTURE0},
                 {GL_DRAW_BUFFER, GL_BACK},
                 {GL_READ_BUFFER, GL_BACK},
