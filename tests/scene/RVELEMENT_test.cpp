@@ -477,8 +477,10 @@ TEST_F(ElementTest, LightsComeFirstThenOpaqueThenTransparent) {
 
 TEST_F(ElementTest, OpaqueMeshesGoByTextureAndMaterial) {
     RVTEXTURE *red = new RVTEXTURE, *blue = new RVTEXTURE;
-    RVMATERIAL *redOne = material(1, red), *redTwo = material(1, red);
+    // Made in an order in which the materials alone would part the two red ones.
+    RVMATERIAL *redOne = material(1, red);
     RVMATERIAL *blueOne = material(1, blue);
+    RVMATERIAL *redTwo = material(1, red);
     light();
     MeshProbe *a = mesh(redTwo), *b = mesh(blueOne), *c = mesh(redOne), *d = mesh(blueOne),
               *e = mesh(redTwo), *f = mesh(redOne);
