@@ -1,0 +1,169 @@
+// Textures on their units, and the cache that knows what is bound.
+
+#include "tests/resources/textureCalls.h"
+
+#include <new>
+
+namespace ravolt::test {
+
+namespace {
+
+TEST_F(TextureCalls, RenderEnablesSelectsAndBinds) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    texture->update();
+    EXPECT_EQ(renderCalls(texture, 3),
+              (Calls{{"glActiveTextureARB", GL_TEXTURE3},
+                     {"glEnable", GL_TEXTURE_2D},
+                     {"glActiveTextureARB", GL_TEXTURE3},
+                     {"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}}));
+}
+
+TEST_F(TextureCalls, RenderWithoutDataIsUnit0) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    texture->update();
+    const Calls calls = callsOf([&] { EXPECT_TRUE(texture->render(nullptr)); });
+    EXPECT_EQ(calls.named("glActiveTextureARB"),
+              (Calls{{"glActiveTextureARB", GL_TEXTURE0}, {"glActiveTextureARB", GL_TEXTURE0}}));
+}
+
+TEST_F(TextureCalls, RenderReachesUnit15AndRefuses16) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    texture->update();
+    EXPECT_TRUE(renderCalls(texture, 15).contains(Call{"glActiveTextureARB", GL_TEXTURE15}));
+    RAVOLT::begin3D(nullptr);
+    const int stamp = texture->getTimeStamp();
+    for (unsigned int unit : {16u, 17u, 0xffffffffu}) {
+        markLog();
+        EXPECT_TRUE(callsOf([&] { EXPECT_FALSE(texture->render(&unit)); }).empty());
+        EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVTEXTURE::render\n");
+    }
+    EXPECT_EQ(stamp, texture->getTimeStamp());
+}
+
+TEST_F(TextureCalls, SecondRenderOnAUnitCallsNothingButRefreshesTheStamp) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    renderCalls(texture, 2);
+    EXPECT_EQ(RAVOLT::getTimeStamp(), texture->getTimeStamp());
+    EXPECT_TRUE(renderCalls(texture, 2).empty());
+    EXPECT_EQ(1u, renderCalls(texture, 4).count("glBindTexture"));
+    EXPECT_TRUE(renderCalls(texture, 2).empty());
+
+    RVTEXTURE *other = makeTexture("b.tga");
+    RAVOLT::begin3D(nullptr);
+    renderCalls(other, 2);
+    EXPECT_TRUE(renderCalls(texture, 2).contains("glBindTexture"));
+    EXPECT_EQ(RAVOLT::getTimeStamp(), texture->getTimeStamp());
+}
+
+TEST_F(TextureCalls, UnitsAreSwitchedOnce) {
+    EXPECT_EQ(callsOf([] { EXPECT_TRUE(RVTEXTURE::texturingOn(5)); }),
+              (Calls{{"glActiveTextureARB", GL_TEXTURE5}, {"glEnable", GL_TEXTURE_2D}}));
+    EXPECT_TRUE(callsOf([] { EXPECT_TRUE(RVTEXTURE::texturingOn(5)); }).empty());
+    EXPECT_EQ(callsOf([] { EXPECT_TRUE(RVTEXTURE::texturingOff(5)); }),
+              (Calls{{"glActiveTextureARB", GL_TEXTURE5}, {"glDisable", GL_TEXTURE_2D}}));
+    EXPECT_TRUE(callsOf([] { EXPECT_TRUE(RVTEXTURE::texturingOff(5)); }).empty());
+}
+
+TEST_F(TextureCalls, Unit16AndAboveMeansAllUnitsInOrder) {
+    for (const unsigned int unit : {16u, 17u, 0xffffffffu}) {
+        RVTEXTURE::texturingOn(7);
+        const Calls on = callsOf([&] { EXPECT_TRUE(RVTEXTURE::texturingOn(unit)); });
+        EXPECT_EQ(15u, on.count(Call{"glEnable", GL_TEXTURE_2D}));
+        const Calls units = on.named("glActiveTextureARB");
+        ASSERT_EQ(15u, units.size());
+        for (unsigned int each = 0; each < 15; ++each)
+            EXPECT_EQ(units[each],
+                      (Call{"glActiveTextureARB", GL_TEXTURE0 + (each < 7 ? each : each + 1)}));
+        const Calls off = callsOf([&] { EXPECT_TRUE(RVTEXTURE::texturingOff(unit)); });
+        EXPECT_EQ(16u, off.count(Call{"glDisable", GL_TEXTURE_2D}));
+        EXPECT_TRUE(callsOf([&] { EXPECT_TRUE(RVTEXTURE::texturingOff(unit)); }).empty());
+    }
+}
+
+TEST_F(TextureCalls, OneUnitSwitchedOffStaysOffForTheSameTexture) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    renderCalls(texture, 1);
+    RVTEXTURE::texturingOff(1);
+    EXPECT_TRUE(renderCalls(texture, 1).empty());
+}
+
+TEST_F(TextureCalls, AllUnitsSwitchedOffForgetTheirTextures) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    renderCalls(texture, 1);
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    EXPECT_EQ(renderCalls(texture, 1),
+              (Calls{{"glActiveTextureARB", GL_TEXTURE1},
+                     {"glEnable", GL_TEXTURE_2D},
+                     {"glActiveTextureARB", GL_TEXTURE1},
+                     {"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}}));
+}
+
+TEST_F(TextureCalls, UpdateAndModifyForgetUnit0Alone) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    RVTEXTURE *other = makeTexture("b.tga");
+    for (const bool modify : {false, true}) {
+        renderCalls(texture, 0);
+        renderCalls(texture, 1);
+        const char pixels[4 * 4 * 3] = {};
+        if (modify)
+            other->modify(pixels, false);
+        else
+            other->update();
+        EXPECT_TRUE(renderCalls(texture, 1).empty());
+        EXPECT_TRUE(renderCalls(texture, 0).contains("glBindTexture"));
+    }
+}
+
+TEST_F(TextureCalls, NewNameIsBoundOnEveryUnitAgain) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    renderCalls(texture, 0);
+    renderCalls(texture, 6);
+    texture->setFilter(false, false, false);
+    EXPECT_TRUE(
+        renderCalls(texture, 6).contains(Call{"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}));
+    EXPECT_TRUE(
+        renderCalls(texture, 0).contains(Call{"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}));
+}
+
+TEST_F(TextureCalls, NewTextureAtAnOldAddressIsBound) {
+    alignas(RVTEXTURE) unsigned char place[sizeof(RVTEXTURE)];
+    RVTEXTURE *former = new (place) RVTEXTURE;
+    former->create(1, 1, 3);
+    renderCalls(former, 2);
+    former->~RVTEXTURE();
+    RVTEXTURE *later = new (place) RVTEXTURE;
+    later->create(1, 1, 3);
+    EXPECT_TRUE(
+        renderCalls(later, 2).contains(Call{"glBindTexture", GL_TEXTURE_2D, later->getGLId()}));
+    later->~RVTEXTURE();
+}
+
+TEST_F(TextureCalls, ThrownOutTextureComesBackInTheSameFrame) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    renderCalls(texture, 2);
+    EXPECT_TRUE(texture->unload(true));
+    const Calls calls = renderCalls(texture, 2);
+    EXPECT_TRUE(texture->isLoaded());
+    EXPECT_TRUE(calls.haveInOrder(
+        {{"glTexImage2D", GL_TEXTURE_2D, 0, GL_RGB, 4, 4, 0, GL_RGB, GL_UNSIGNED_BYTE, anyAddress},
+         {"glActiveTextureARB", GL_TEXTURE2},
+         {"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}}));
+}
+
+TEST_F(TextureCalls, TooFewUnitsAreNeverSelectedButForAnUpload) {
+    recorder.setTextureUnits(8);
+    ASSERT_TRUE(restart());
+    ASSERT_FALSE(RVOPENGL::useMultitexturing());
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVTEXTURE *texture = makeTexture("a.tga");
+    EXPECT_TRUE(
+        callsOf([&] { texture->update(); }).contains(Call{"glActiveTextureARB", GL_TEXTURE0}));
+    EXPECT_EQ(
+        renderCalls(texture, 3),
+        (Calls{{"glEnable", GL_TEXTURE_2D}, {"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}}));
+    EXPECT_EQ(callsOf([] { RVTEXTURE::texturingOff(3); }), (Calls{{"glDisable", GL_TEXTURE_2D}}));
+}
+
+} // namespace
+
+} // namespace ravolt::test
