@@ -53,6 +53,7 @@ TEST_F(HelperTest, AccessorsKeepWhatTheyAreGiven) {
 TEST_F(HelperTest, SetsItsMaterialMatrixAndColorInOrder) {
     helper->setThickness(2);
     helper->setColor(0.5, 0.25, 0.125, 0.75);
+    RVLIGHT::lightingOn();
     const Calls calls = recordRender();
     EXPECT_TRUE(calls.haveInOrder(
         {{"glLoadMatrixf", 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, -6, 1},
@@ -63,6 +64,7 @@ TEST_F(HelperTest, SetsItsMaterialMatrixAndColorInOrder) {
          {"glMaterialf", GL_FRONT_AND_BACK, GL_SHININESS, 30},
          {"glScalef", 1.01f, 1.01f, 1.01f},
          {"glLineWidth", 2},
+         {"glDisable", GL_LIGHTING},
          {"glColor4fv", 0.5, 0.25, 0.125, 0.75},
          {"glBegin", GL_LINE_STRIP},
          {"glEnable", GL_LIGHTING},
@@ -92,6 +94,41 @@ TEST_F(HelperTest, DrawsTheEdgesAndFourSpaceDiagonals) {
                             {"glVertex3f", X, Y, z},    {"glVertex3f", x, y, Z},
                             {"glVertex3f", x, Y, Z},    {"glVertex3f", X, y, Z},
                             {"glVertex3f", X, Y, Z},    {"glEnd"}}));
+}
+
+// Six faces of two triangles in their order, each with its normal and counter-clockwise seen from
+// outside, so that each of the six covers its side of the box.
+TEST_F(HelperTest, SolidHasSixFacesThatLookOutward) {
+    helper->setMin(Z3MVECTOR3D(-1, -2, -3));
+    helper->setMax(Z3MVECTOR3D(4, 5, 6));
+    helper->render(&element);
+    void *vertices = nullptr, *normals = nullptr;
+    glGetPointerv(GL_VERTEX_ARRAY_POINTER, &vertices);
+    glGetPointerv(GL_NORMAL_ARRAY_POINTER, &normals);
+    const auto vertex = [vertices](int index) {
+        return Z3MVECTOR3D(static_cast<const float *>(vertices) + 3 * index);
+    };
+    const Z3MVECTOR3D outward[6] = {{0, 0, -1}, {0, 0, 1}, {-1, 0, 0},
+                                    {1, 0, 0},  {0, 1, 0}, {0, -1, 0}};
+    const float plane[6] = {3, 6, 1, 4, 5, 2};
+    const float area[6] = {35, 35, 63, 63, 45, 45};
+    for (int index = 0; index < 36; ++index) {
+        const Z3MVECTOR3D &normal = outward[index / 6];
+        EXPECT_TRUE(Z3MVECTOR3D(static_cast<const float *>(normals) + 3 * index) == normal);
+        EXPECT_EQ(vertex(index) % normal, plane[index / 6]) << index;
+    }
+    for (int triangle = 0; triangle < 12; ++triangle) {
+        const Z3MVECTOR3D a = vertex(3 * triangle), b = vertex(3 * triangle + 1),
+                          c = vertex(3 * triangle + 2);
+        const Z3MVECTOR3D turn = (b - a) ^ (c - a);
+        EXPECT_TRUE(turn == outward[triangle / 2] * area[triangle / 2]) << triangle;
+    }
+    for (int face = 0; face < 6; ++face) { // the two halves are not the same triangle
+        const Z3MVECTOR3D first = vertex(6 * face) + vertex(6 * face + 1) + vertex(6 * face + 2);
+        const Z3MVECTOR3D second =
+            vertex(6 * face + 3) + vertex(6 * face + 4) + vertex(6 * face + 5);
+        EXPECT_FALSE(first == second) << face;
+    }
 }
 
 TEST_F(HelperTest, DrawsTheFarSideOfTheSolidFirst) {
