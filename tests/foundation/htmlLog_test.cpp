@@ -54,6 +54,7 @@ TEST_F(HtmlLog, ANameWithTheEndingInItsMiddleCounts) {
 }
 
 TEST_F(HtmlLog, ARunOfBlanksKeepsItsLastOne) {
+    EXPECT_EQ(translated(""), "");
     EXPECT_EQ(translated(" "), " ");
     EXPECT_EQ(translated("a b"), "a b");
     EXPECT_EQ(translated("  "), "&nbsp ");
