@@ -127,6 +127,7 @@ int run(int argc, char **argv) {
     }
 
     if (convert->parsed()) {
+        QuietStart::clear(); // no engine, so nothing to log
         runConvert(options.convert, options.talk);
     } else if (view->parsed()) {
         options.view.size = sizeFrom(options.size);

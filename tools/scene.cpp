@@ -1,5 +1,7 @@
 #include "tools/scene.h"
 
+#include "tools/guard.h"
+
 #include <cmath>
 #include <cstdio>
 
@@ -25,12 +27,14 @@ SceneToShow::SceneToShow(const ShowOptions &wanted, const Talk &talk) {
     options.model = wanted.input;
     options.twoSided = wanted.twoSided;
     options.scene = scene = folder->path() / "scene.rve";
-    Report report;
-    {
-        Progress progress(!talk.quiet);
-        convertModel(options, report, progress);
-    }
-    say(report, talk);
+    runGuarded(wanted.input.string(), [&] {
+        Report report;
+        {
+            Progress progress(!talk.quiet);
+            convertModel(options, report, progress);
+        }
+        say(report, talk);
+    });
 }
 
 } // namespace ravolt::tool

@@ -132,6 +132,32 @@ TEST(CommandLine, WarnsOfABrokenTextureAndGoesOn) {
     EXPECT_EQ(run("convert m.obj -o m.rve -q").err, "");
 }
 
+// assimp 5.2 crashes on a skin that leaves out its optional matrices.
+TEST(CommandLine, OutlivesACrashOfTheReader) {
+    writeFile("skin.bin", std::string(156, '\0'));
+    writeFile("skin.gltf", R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0,1]}],
+        "nodes":[{"mesh":0,"skin":0},{"name":"bone"}],"skins":[{"joints":[1]}],
+        "meshes":[{"primitives":[{"attributes":{"POSITION":0,"JOINTS_0":2,"WEIGHTS_0":3},
+          "indices":1}]}],
+        "accessors":[{"bufferView":0,"componentType":5126,"count":4,"type":"VEC3",
+          "min":[0,0,0],"max":[1,1,0]},
+          {"bufferView":1,"componentType":5123,"count":6,"type":"SCALAR"},
+          {"bufferView":2,"componentType":5123,"count":4,"type":"VEC4"},
+          {"bufferView":3,"componentType":5126,"count":4,"type":"VEC4"}],
+        "bufferViews":[{"buffer":0,"byteLength":48},
+          {"buffer":0,"byteOffset":48,"byteLength":12},
+          {"buffer":0,"byteOffset":60,"byteLength":32},
+          {"buffer":0,"byteOffset":92,"byteLength":64}],
+        "buffers":[{"byteLength":156,"uri":"skin.bin"}]})");
+    for (const char *command : {"convert skin.gltf -o skin.rve", "shot skin.gltf -o skin.png"}) {
+        const Outcome result = run(command);
+        EXPECT_EQ(result.code, 1) << command; // its triangles are all at one place anyway
+        EXPECT_TRUE(startsWith(result.err, "ravolt: skin.gltf: ")) << result.err;
+        EXPECT_EQ(lines(result.err), 1u) << result.err;
+    }
+    EXPECT_FALSE(fs::exists("skin.rve"));
+}
+
 TEST(CommandLine, LeavesNoLogBehind) {
     writeSquare();
     EXPECT_EQ(run("convert m.obj -o m.rve").code, 0);

@@ -1,4 +1,5 @@
 #include "tests/tools/support.h"
+#include "tools/writers/tgaWriter.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -285,6 +286,122 @@ TEST(Convert, WritesNormalMapsOnRequestOnly) {
     options.normalMaps = true;
     make(options);
     EXPECT_TRUE(fs::exists("c_n.tga"));
+}
+
+// A TGA of one colour, as a model's own picture.
+void writeTexture(const std::string &file, std::vector<unsigned char> rgba) {
+    ravolt::TgaPicture picture;
+    picture.width = picture.height = 1;
+    picture.channels = 4;
+    picture.pixels = rgba.data();
+    ASSERT_TRUE(ravolt::writeTga(file, picture));
+}
+
+// Bits of a pixel, as the header of a TGA file states them.
+int bitsOf(const std::string &file) {
+    std::ifstream stream(file, std::ios::binary);
+    char header[18] = {};
+    stream.read(header, sizeof header);
+    return header[16];
+}
+
+Made makeBlended(const std::string &mode, unsigned char alpha) {
+    writeFile("square.bin", squareBytes());
+    writeTexture("c.tga", {1, 2, 3, alpha});
+    std::string text = gltf("1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1",
+                            R"(,"materials":[{"name":"a","alphaMode":")" + mode +
+                                R"(","pbrMetallicRoughness":{"baseColorTexture":{"index":0}}}],
+            "textures":[{"source":0}],"images":[{"uri":"c.tga"}])");
+    writeFile("model.gltf", replaced(text, "\"indices\":1", "\"indices\":1,\"material\":0"));
+    return make("model.gltf");
+}
+
+TEST(Convert, BlendsWhereTheModelWantsItsTexturesAlpha) {
+    EXPECT_LT(makeBlended("BLEND", 100).scene.materials.at(0).transparency, 1);
+    EXPECT_EQ(bitsOf("c_d.tga"), 32);
+    EXPECT_LT(makeBlended("MASK", 100).scene.materials.at(0).transparency, 1);
+    EXPECT_EQ(makeBlended("OPAQUE", 100).scene.materials.at(0).transparency, 1);
+    EXPECT_EQ(bitsOf("c_d.tga"), 24);
+    EXPECT_EQ(makeBlended("BLEND", 255).scene.materials.at(0).transparency, 1);
+}
+
+TEST(Convert, PutsAnOpacityMapIntoTheTexture) {
+    writeTexture("c.tga", {255, 255, 255, 255});
+    writeTexture("o.tga", {0, 0, 0, 255});
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd c.tga\nmap_d o.tga\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    EXPECT_LT(make("m.obj").scene.materials.at(0).transparency, 1);
+    EXPECT_EQ(bitsOf("c_d.tga"), 32);
+}
+
+TEST(Convert, TakesEmbeddedTextures) {
+    writeFile("square.bin", squareBytes());
+    // "P6 1 1 255\n" and one pixel, in base 64
+    std::string text =
+        gltf("1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1",
+             R"(,"materials":[{"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}}],
+            "textures":[{"source":0}],"images":[{"uri":"data:image/png;base64,UDYgMSAxIDI1NQpBQkM="}])");
+    writeFile("model.gltf", replaced(text, "\"indices\":1", "\"indices\":1,\"material\":0"));
+    const Made made = make("model.gltf");
+    EXPECT_TRUE(made.report.warnings().empty()) << joined(made.report.warnings());
+    EXPECT_EQ(made.scene.materials.at(0).texture, "texture0_d.tga");
+    EXPECT_TRUE(fs::exists("texture0_d.tga"));
+}
+
+TEST(Convert, SaysThatATextureIsNotRepeatedInTheModel) {
+    writeFile("square.bin", squareBytes());
+    writeFile("c.ppm", fourColors());
+    std::string text = gltf("1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1",
+                            R"(,"materials":[{"name":"a","pbrMetallicRoughness":{"baseColorTexture":
+            {"index":0}}}],"samplers":[{"wrapS":33071,"wrapT":33071}],
+            "textures":[{"source":0,"sampler":0}],"images":[{"uri":"c.ppm"}])");
+    writeFile("model.gltf", replaced(text, "\"indices\":1", "\"indices\":1,\"material\":0"));
+    EXPECT_EQ(make("model.gltf").report.warnings(),
+              (std::vector<std::string>{
+                  "material 'a': its texture is clamped or mirrored, the scene repeats it"}));
+}
+
+// Two bones: one where it was bound, one moved up by 2. The square's vertices go with them.
+TEST(Convert, PosesMeshesAsTheirBonesStand) {
+    const float points[] = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
+    const unsigned short indices[] = {0, 1, 2, 0, 2, 3};
+    const unsigned short joints[] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
+    const float weights[] = {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
+    std::string bytes(reinterpret_cast<const char *>(points), sizeof points);
+    bytes += std::string(reinterpret_cast<const char *>(indices), sizeof indices);
+    bytes += std::string(reinterpret_cast<const char *>(joints), sizeof joints);
+    bytes += std::string(reinterpret_cast<const char *>(weights), sizeof weights);
+    for (int bone = 0; bone < 2; ++bone) {
+        const float identity[] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+        bytes += std::string(reinterpret_cast<const char *>(identity), sizeof identity);
+    }
+    writeFile("skin.bin", bytes);
+    writeFile("skin.gltf", R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0,1]}],
+        "nodes":[{"name":"body","mesh":0,"skin":0,"translation":[50,0,0]},
+          {"name":"low","children":[2]},{"name":"high","translation":[0,2,0]}],
+        "skins":[{"joints":[1,2],"inverseBindMatrices":4}],
+        "meshes":[{"primitives":[{"attributes":{"POSITION":0,"JOINTS_0":2,"WEIGHTS_0":3},
+          "indices":1}]}],
+        "accessors":[{"bufferView":0,"componentType":5126,"count":4,"type":"VEC3",
+          "min":[0,0,0],"max":[1,1,0]},
+          {"bufferView":1,"componentType":5123,"count":6,"type":"SCALAR"},
+          {"bufferView":2,"componentType":5123,"count":4,"type":"VEC4"},
+          {"bufferView":3,"componentType":5126,"count":4,"type":"VEC4"},
+          {"bufferView":4,"componentType":5126,"count":2,"type":"MAT4"}],
+        "bufferViews":[{"buffer":0,"byteLength":48},
+          {"buffer":0,"byteOffset":48,"byteLength":12},
+          {"buffer":0,"byteOffset":60,"byteLength":32},
+          {"buffer":0,"byteOffset":92,"byteLength":64},
+          {"buffer":0,"byteOffset":156,"byteLength":128}],
+        "buffers":[{"byteLength":284,"uri":"skin.bin"}]})");
+    const Made made = make("skin.gltf");
+    EXPECT_TRUE(contains(made.report.warnings(), "bones of 1 mesh left out"));
+    const RveNode *body = find(made.scene.root, "body");
+    ASSERT_TRUE(body);
+    // The node's own place is undone: bones alone tell where the vertices are.
+    EXPECT_EQ(body->position, (ravolt::RveVector{50, 0, 0}));
+    for (const auto &[x, y] : {std::pair{0.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 3.0f}, {0.0f, 3.0f}})
+        EXPECT_TRUE(hasVertex(*body, x - 50, y, 0)) << x << " " << y;
 }
 
 TEST(Convert, SplitsAMeshAboveTheLimit) {

@@ -189,6 +189,56 @@ TEST_F(StageTest, ShowsLinesAndBoxesOnRequestAndTakesThemAwayAgain) {
     EXPECT_DOUBLE_EQ(covered(), plain);
 }
 
+TEST_F(StageTest, LightsTheSceneByItsOwnLightsAlone) {
+    ravolt::RveScene scene;
+    scene.root.kind = ravolt::RveKind::mesh;
+    scene.root.name = "[root]";
+    ravolt::RveNode square;
+    square.kind = ravolt::RveKind::mesh;
+    square.name = "square";
+    square.mesh.material = "white";
+    square.mesh.vertices = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+    square.mesh.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
+    square.mesh.faces = {{0, 1, 2}, {0, 2, 3}};
+    ravolt::RveNode light;
+    light.kind = ravolt::RveKind::light;
+    light.name = "red";
+    light.position = {50, 50, 50};
+    light.light.type = ravolt::RveLightType::directional;
+    light.light.direction = {0, 0, -1};
+    light.light.color = {1, 0, 0};
+    scene.root.children = {square, light};
+    ravolt::RveMaterial white;
+    white.name = "white";
+    white.ambient = {0, 0, 0, 1};
+    white.diffuse = {1, 1, 1, 1};
+    scene.materials = {white};
+    ASSERT_EQ(ravolt::writeRve("scene.rve", scene), "");
+
+    Engine engine(size, "test", false, "ravolt_log.txt");
+    RVNODE *root = engine.load("scene.rve");
+    Stage stage(root);
+    stage.setYaw(0);
+    stage.setPitch(0);
+    ASSERT_EQ(stage.numberOfRigs(), 5);
+    const auto center = [&](int rig) {
+        stage.setRig(rig);
+        stage.draw();
+        const Rgb color = at(takePicture(), 0.5, 0.5);
+        RAVOLT::swap();
+        return color;
+    };
+    for (int turn = 0; turn < 2; ++turn) {
+        const Rgb own = center(4);
+        EXPECT_GT(own.r, 200);
+        EXPECT_LT(own.g, 30);
+        EXPECT_EQ(root->getNumberOfChildren(), 2u);
+        const Rgb head = center(1);
+        EXPECT_NEAR(head.r, head.g, 2);
+        EXPECT_EQ(root->getNumberOfChildren(), 1u);
+    }
+}
+
 TEST_F(StageTest, FollowsTheWindowsSize) {
     writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
     writeFile("m.obj", squareObj("m.mtl", "a"));

@@ -160,6 +160,7 @@ void Stage::setRig(int index) {
         const bool lit = !own && i < rigs()[place].lights.size();
         const float b = lit ? rigs()[place].lights[i].brightness : 0;
         rigLights[i]->setLightType(RV_LIGHT_TYPE_DIRECTIONAL);
+        rigLights[i]->setExclusive(!own); // nearer lights, which cannot leave the tree, come second
         rigLights[i]->setAmbient(0, 0, 0, 1);
         rigLights[i]->setDiffuse(b, b, b, 1);
         rigLights[i]->setSpecular(b, b, b, 1);
@@ -245,6 +246,13 @@ void Stage::aimLights(const View &view) {
     }
 }
 
+// Where the scene's own lights shine, black ones of the rig only fill up what they leave over.
+std::size_t Stage::rigLightsNeeded() const {
+    const bool own = static_cast<std::size_t>(rig) >= rigs().size();
+    return own ? rigLights.size() - std::min(rigLights.size(), sceneLights.size())
+               : rigLights.size();
+}
+
 void Stage::draw() {
     const View view = viewNow();
     project(view.distance);
@@ -253,8 +261,8 @@ void Stage::draw() {
     RAVOLT::clear(true, true, false);
     RAVOLT::begin3D(camera);
     scene->pass();
-    for (RVLIGHT *light : rigLights)
-        light->pass();
+    for (std::size_t i = 0; i < rigLightsNeeded(); ++i)
+        rigLights[i]->pass();
     RAVOLT::end3D(true);
     // The 2D block ends the wireframe and brings culling back.
     RAVOLT::begin2D();

@@ -63,6 +63,7 @@ class Stage {
     void aimCamera(const View &view);
     void aimLights(const View &view);
     void project(double distance);
+    std::size_t rigLightsNeeded() const;
 
     RVNODE *scene;
     Sphere around;
