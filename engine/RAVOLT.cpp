@@ -66,7 +66,8 @@ bool RAVOLT::swap() {
     timerAdjourned = false;
     glFlush();
     glFinish(); // the clock is read after this call, so that it measures the card's work too
-    SDL_GL_SwapBuffers();
+    if (SDL_WasInit(SDL_INIT_VIDEO)) // a swap too early or too late has nothing to show
+        SDL_GL_SwapBuffers();
     return true;
 }
 

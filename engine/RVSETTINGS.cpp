@@ -19,28 +19,24 @@ void replaceText(char (&target)[256], const char *text) {
 }
 
 // The parser that `load` reads through, closed on the way out.
+// On purpose: a file that did not open goes the same way, as one without keys, and closing it says
+// that there is nothing to close.
 class SettingsFile {
   public:
-    explicit SettingsFile(const char *filename) : opened(zlfOpenParser(&parser, filename)) {
-        if (opened)
-            zlfRemoveComments(&parser, '#');
+    explicit SettingsFile(const char *filename) {
+        if (!zlfOpenParser(&parser, filename))
+            parser = {}; // what a failure leaves there is not ours
+        zlfRemoveComments(&parser, '#');
     }
     SettingsFile(const SettingsFile &) = delete;
     SettingsFile &operator=(const SettingsFile &) = delete;
-    ~SettingsFile() {
-        if (opened)
-            zlfCloseParser(&parser);
-    }
+    ~SettingsFile() { zlfCloseParser(&parser); }
 
-    bool read(const char *key, int *value) { return opened && zlfGetInt(&parser, key, value); }
-    void read(const char *key, char *text) {
-        if (opened)
-            zlfGetString(&parser, key, text);
-    }
+    bool read(const char *key, int *value) { return zlfGetInt(&parser, key, value); }
+    void read(const char *key, char *text) { zlfGetString(&parser, key, text); }
 
   private:
     zlfPARSER parser = {};
-    bool opened;
 };
 
 } // namespace

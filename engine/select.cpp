@@ -15,16 +15,22 @@ namespace {
 
 using PixelBytes = std::array<GLubyte, 4>; // red, green, blue, alpha
 
+// Wraps for coordinates that no window has.
+int fromTop(int y) {
+    return static_cast<int>(static_cast<unsigned int>(RVSETTINGS::getSDLWindowY()) -
+                            static_cast<unsigned int>(y));
+}
+
 struct WindowPixel {
     int x, y; // from the top left
 
     // On purpose: one row above the pixel's own in OpenGL's count, where row 0 is the lowest.
-    int row() const { return RVSETTINGS::getSDLWindowY() - y; }
+    int row() const { return fromTop(y); }
 };
 
 WindowPixel turnForDisplay(int x, int y) {
     if (RVSETTINGS::isSDLLandscape())
-        return {RVSETTINGS::getSDLWindowY() - y, x};
+        return {fromTop(y), x};
     return {x, y};
 }
 

@@ -37,7 +37,9 @@ int obtained(SDL_GLattr attribute) {
 } // namespace
 
 bool RVSETTINGS::isOk() {
-    return SDL_VideoModeOK(windowX, windowY, colorDepth, modeFlags(fullScreen, resizable)) != 0;
+    // The classic library reads its driver's table without asking whether there is one.
+    return SDL_WasInit(SDL_INIT_VIDEO) &&
+           SDL_VideoModeOK(windowX, windowY, colorDepth, modeFlags(fullScreen, resizable)) != 0;
 }
 
 bool RVSETTINGS::init() {

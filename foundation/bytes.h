@@ -57,8 +57,7 @@ class ByteReader {
             return std::string_view("", 0);
         }
         const char *text = reinterpret_cast<const char *>(start + cursor);
-        const std::size_t length =
-            static_cast<std::size_t>(static_cast<const char *>(zero) - text);
+        const std::size_t length = static_cast<std::size_t>(static_cast<const char *>(zero) - text);
         cursor += length + 1;
         return {text, length};
     }

@@ -58,7 +58,11 @@ void translateToHtml(const Line &text, Line &html) {
 }
 
 // On purpose: the console reads the finished text a second time as a format.
-void echo(const char *text) { std::fputs(ravolt::applyFormat(text).c_str(), stdout); }
+void echo(const Line &text) {
+    Line printed;
+    ravolt::applyFormat(printed, text);
+    std::fputs(printed, stdout);
+}
 
 void write(const Line &text) {
     if (state.consoleEcho)

@@ -26,7 +26,9 @@ std::uint32_t physicalMemoryInUse() {
     if (sysinfo(&machine) != 0)
         return 0;
     const std::uint64_t used =
-        static_cast<std::uint64_t>(machine.totalram - machine.freeram) * machine.mem_unit;
+        static_cast<std::uint64_t>(machine.totalram - machine.freeram - machine.bufferram) *
+        machine.mem_unit;
+    // On purpose: the figure stops where it can still be logged as a signed number of bytes.
     constexpr std::uint64_t largest = std::numeric_limits<std::int32_t>::max();
     return static_cast<std::uint32_t>(std::min(used, largest));
 }

@@ -45,8 +45,7 @@ template <class T> struct Registry {
     static T *findByText(T *first, char (T::*text)[256], const char *wanted) {
         if (!wanted)
             return nullptr;
-        return find(first,
-                    [=](const T &object) { return std::strcmp(object.*text, wanted) == 0; });
+        return find(first, [=](const T &object) { return std::strcmp(object.*text, wanted) == 0; });
     }
 
     // Deletes all objects and returns how many deletions that took. The head is read anew each

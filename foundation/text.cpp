@@ -7,7 +7,7 @@ namespace ravolt {
 
 void copyText(char *target, std::size_t size, const char *source) {
     const std::size_t length = source ? strnlen(source, size - 1) : 0;
-    std::memcpy(target, source ? source : "", length);
+    std::memmove(target, source ? source : "", length); // a getter's own buffer may come back
     target[length] = '\0';
 }
 
@@ -18,14 +18,13 @@ void formatText(char *target, std::size_t size, const char *format, ...) {
     va_end(arguments);
 }
 
-std::string applyFormat(const char *stored) {
-    std::string result;
+void applyFormat(char *target, const char *stored) {
     for (; *stored; ++stored) {
-        result += *stored;
+        *target++ = *stored;
         if (stored[0] == '%' && stored[1] == '%')
             ++stored;
     }
-    return result;
+    *target = '\0';
 }
 
 } // namespace ravolt

@@ -5,7 +5,6 @@
 
 #include <cstdarg>
 #include <cstddef>
-#include <string>
 
 namespace ravolt {
 
@@ -20,7 +19,8 @@ void copyText(char *target, std::size_t size, const char *source);
 
 // What printf would write for a stored text used as a format without arguments: `%%` gives one
 // percent sign, and any other conversion, which would need an argument, stands as it is.
-std::string applyFormat(const char *stored);
+// Needs no more room than the stored text, and so may be `stored` itself.
+void applyFormat(char *target, const char *stored);
 
 // The same two for an array.
 template <std::size_t N> void copyText(char (&target)[N], const char *source) {

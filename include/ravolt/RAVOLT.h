@@ -26,6 +26,7 @@ class RV_API RAVOLT {
     // window. False, without a word, when the engine is not up.
     static bool free();
 
+    // True from the end of `init` to the end of `free`.
     static bool isActive();
 
     // First call of a frame: clears the chosen buffers of what the frame draws into. Always true.
@@ -44,14 +45,15 @@ class RV_API RAVOLT {
     static bool begin2D();
     static bool end2D();
 
-    // Ends the frame: waits for the card and shows the picture. Always true.
+    // Ends the frame: waits for the card and shows the picture, when a window is open. Always true.
     static bool swap();
 
-    // Advances the frame clock, once in a frame; `begin3D` and `begin2D` do so too.
+    // Advances the frame clock, once in a frame; `begin3D` and `begin2D` do so too. A log line
+    // while the engine is down.
     static void updateTimer();
 
     // Frames a second, and the length of a frame in seconds, both of the last full frame; -1 and a
-    // log line when the engine was never started.
+    // log line while the engine is down.
     static float getFPS();
     static float getFPSfactor();
 
@@ -105,7 +107,9 @@ class RV_API RAVOLT {
     static void setHDRExposure(float exposure);
     static float getHDRExposure();
 
-    // Depth of field, the depth in focus (1 at first) and the range around it (2 at first).
+    // Depth of field, the depth in focus (1 at first; 0 is the near plane, 1 the distance of the
+    // far plane behind it) and the sharpness of its range (2 at first): the blur is complete at a
+    // depth of 1 / range from the focus.
     static void DOFOn();
     static void DOFOff();
     static void setDOFFocus(float focus);

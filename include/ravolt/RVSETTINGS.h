@@ -104,13 +104,15 @@ class RV_API RVSETTINGS {
     void setFontPath(const char *path);
     char *getFontPath();
 
+    // Whether a window is open, from the start of the engine to its end.
     static bool isActive();
 
     // Call on a resize event: gives window and viewport the new size in pixels, (x, y) being the
     // viewport's corner counted from the window's top left. The context and its objects live on;
-    // render targets keep their sizes.
+    // render targets keep their sizes. A size below 1 is logged and changes no window. Always true.
     static bool resize(int x, int y, int sizeX, int sizeY);
 
+    // Change what getSDLShaders says of the running engine.
     static void forceShadersOff();
     static void forceShadersOn();
 

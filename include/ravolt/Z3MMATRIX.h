@@ -18,7 +18,8 @@ class RV_API Z3MMATRIX {
     // Identity.
     Z3MMATRIX() { setIdentity(); }
 
-    // Copies sixteen floats.
+    // Copies sixteen floats. A literal 0 is no such address.
+    Z3MMATRIX(std::nullptr_t) = delete;
     Z3MMATRIX(const float *elements) {
         for (int i = 0; i < 16; ++i)
             e[i] = elements[i];

@@ -19,7 +19,8 @@ class RV_API Z3MVECTOR3D : public ravolt::VectorFamily<Z3MVECTOR3D, 3> {
     Z3MVECTOR3D(X vx, Y vy, Z vz)
         : x(static_cast<float>(vx)), y(static_cast<float>(vy)), z(static_cast<float>(vz)) {}
 
-    // Copies three floats.
+    // Copies three floats. A literal 0 is no such address.
+    Z3MVECTOR3D(std::nullptr_t) = delete;
     Z3MVECTOR3D(const float *values) : x(values[0]), y(values[1]), z(values[2]) {}
 
     // Widens, with a z of 0; an assignment from a 2D vector does the same.

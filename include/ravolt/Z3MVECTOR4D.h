@@ -24,7 +24,8 @@ class RV_API Z3MVECTOR4D : public ravolt::VectorFamily<Z3MVECTOR4D, 4> {
         : x(static_cast<float>(vx)), y(static_cast<float>(vy)), z(static_cast<float>(vz)),
           w(static_cast<float>(vw)) {}
 
-    // Copies four floats.
+    // Copies four floats. A literal 0 is no such address.
+    Z3MVECTOR4D(std::nullptr_t) = delete;
     Z3MVECTOR4D(const float *values) : x(values[0]), y(values[1]), z(values[2]), w(values[3]) {}
 
     // Widen, with a z of 0 and a w of 1; assignments from 2D and 3D vectors do the same.

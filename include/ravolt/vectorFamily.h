@@ -14,12 +14,12 @@ namespace ravolt {
 
 template <bool condition> using EnableIf = typename std::enable_if<condition, int>::type;
 
-// True when all of the types are numbers.
+// True when all of the types are numbers or enumerators, anything that a float can be made from.
 template <class... Types> struct AreNumbers : std::true_type {};
 template <class First, class... Rest>
 struct AreNumbers<First, Rest...>
-    : std::integral_constant<bool, std::is_arithmetic<First>::value && AreNumbers<Rest...>::value> {
-};
+    : std::integral_constant<bool, std::is_convertible<First, float>::value &&
+                                       AreNumbers<Rest...>::value> {};
 
 template <class Vector, int N> class VectorFamily {
   public:
@@ -118,7 +118,8 @@ template <class Vector, int N> class VectorFamily {
         return set(values);
     }
 
-    // Stores the N floats at `values`; returns a copy.
+    // Stores the N floats at `values`; returns a copy. A literal 0 is no such address.
+    Vector set(std::nullptr_t) = delete;
     Vector set(const float *values) {
         for (int i = 0; i < N; ++i)
             data()[i] = values[i];
@@ -197,6 +198,21 @@ int operator==(const VectorFamily<Vector, N> &a, const VectorFamily<Vector, N> &
 
 template <class Vector, int N>
 int operator!=(const VectorFamily<Vector, N> &a, const VectorFamily<Vector, N> &b) {
+    return !(a == b);
+}
+
+// Vectors of two sizes: the smaller one widens first. (Without this, their addresses would be
+// compared.)
+template <class A, int N, class B, int M, EnableIf<(N < M)> = 0>
+int operator==(const VectorFamily<A, N> &a, const VectorFamily<B, M> &b) {
+    return B(static_cast<const A &>(a)) == static_cast<const B &>(b);
+}
+template <class A, int N, class B, int M, EnableIf<(N > M)> = 0>
+int operator==(const VectorFamily<A, N> &a, const VectorFamily<B, M> &b) {
+    return static_cast<const A &>(a) == A(static_cast<const B &>(b));
+}
+template <class A, int N, class B, int M, EnableIf<N != M> = 0>
+int operator!=(const VectorFamily<A, N> &a, const VectorFamily<B, M> &b) {
     return !(a == b);
 }
 

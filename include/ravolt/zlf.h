@@ -64,6 +64,7 @@ RV_API void zlfFree(void *block);
 // A timer whose factor counts units of 1 / rate seconds; its index, or -1 and a log line when all
 // eight are taken. A rate of 0 leaves the timer free.
 RV_API int zlfNewTimer(float rate);
+// A log line for a free timer or a bad index.
 RV_API void zlfFreeTimer(int timer);
 
 // Measures the time since the last adjourn, or since the creation. False and a log line for a free
@@ -79,6 +80,7 @@ RV_API float zlfGetTimerFps(int timer);
 
 // The lowest free identifier, 1 to 65535; 0 and a log line when there is none, or no table.
 RV_API unsigned int zlfNewId();
+// Gives an identifier back. A log line for 0, for one above 65535, and for one that is free.
 RV_API void releaseId(unsigned int id);
 
 // --- Key and value files
@@ -86,6 +88,7 @@ RV_API void releaseId(unsigned int id);
 // Reads the file into memory; false and a log line when it cannot be read or is empty. What is
 // opened must be closed.
 RV_API bool zlfOpenParser(zlfPARSER *parser, const char *filename);
+// Releases the memory. False and a log line for NULL and for a parser that is not open.
 RV_API bool zlfCloseParser(zlfPARSER *parser);
 
 // Blanks out everything from each `marker` to the end of its line, in quotes too. True when there

@@ -182,6 +182,9 @@ TEST_F(RavoltTest, SwapWaitsForTheCardBeforeItShowsThePicture) {
 // --- The clock
 
 TEST_F(RavoltTest, ClockOfAStoppedEngineIsLoggedAndMinusOne) {
+    RAVOLT::updateTimer();
+    EXPECT_LOGGED_EXACTLY("zlfAdjournTimer: wrong params\n");
+    markLog();
     EXPECT_EQ(RAVOLT::getFPSfactor(), -1.0f);
     EXPECT_EQ(RAVOLT::getFPS(), -1.0f);
     EXPECT_LOGGED_EXACTLY("zlfGetTimerFactor: wrong params\n"

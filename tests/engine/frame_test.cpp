@@ -538,6 +538,27 @@ TEST_F(Frame, ASceneAfterA2DBlockIsAsBefore) {
 
 // --- the whole
 
+// A wish alone changes nothing where no effect can be drawn.
+TEST_F(Frame, WithWishesForEffectsIsDrawnAsWithout) {
+    RVNODE *scene = wall(red);
+    drawFrame(camera, scene);
+    recorder.start();
+    drawFrame(camera, scene);
+    const Calls plain = recorder.stop();
+    RAVOLT::bloomingOn();
+    RAVOLT::HDROn();
+    RAVOLT::DOFOn();
+    RAVOLT::shadowingOn();
+    recorder.start();
+    drawFrame(camera, scene);
+    EXPECT_EQ(recorder.stop(), plain);
+    EXPECT_TRUE(RAVOLT::isBlooming());
+    EXPECT_FALSE(RAVOLT::isShadowed());
+    RAVOLT::bloomingOff();
+    RAVOLT::HDROff();
+    RAVOLT::DOFOff();
+}
+
 TEST_F(Frame, MatrixStacksAreAsBefore) {
     const int projections = integerOf(GL_PROJECTION_STACK_DEPTH);
     const int modelviews = integerOf(GL_MODELVIEW_STACK_DEPTH);

@@ -89,6 +89,21 @@ Window engineWindow() {
 
 class WindowContextTest : public EngineTest {};
 
+// On the classic library SDL's own functions end the process when video is not up.
+TEST(WithoutVideo, NothingFitsAndNothingIsShown) {
+    ASSERT_FALSE(RAVOLT::isActive());
+    EXPECT_FALSE(RVSETTINGS().isOk());
+    EXPECT_TRUE(RAVOLT::swap());
+}
+
+TEST_F(WindowContextTest, AfterTheEngineNothingFitsAndNothingIsShown) {
+    ASSERT_TRUE(settings.isOk());
+    RAVOLT::free();
+    EXPECT_FALSE(settings.isOk());
+    EXPECT_TRUE(RAVOLT::swap());
+    ASSERT_TRUE(restart());
+}
+
 class ResizableWindowTest : public EngineTest {
   protected:
     ResizableWindowTest() { settings.setResizable(true); }
@@ -204,7 +219,7 @@ TEST_F(WindowContextTest, PlacementWithoutAWindowSystemDoesNothing) {
 }
 
 // The test does what a window manager does: it puts a frame around the window.
-TEST_F(WindowContextTest, TheFrameGetsTheSizeAskedForTheContent) {
+TEST_F(WindowContextTest, OnX11TheFrameGetsTheSizeAskedForTheContent) {
     if (!onX11())
         GTEST_SKIP() << "there is no window system";
     const OtherClient manager;
@@ -233,7 +248,7 @@ TEST_F(WindowContextTest, TheFrameGetsTheSizeAskedForTheContent) {
     XSync(manager.display, False);
 }
 
-TEST_F(WindowContextTest, AnUnframedWindowKeepsItsSizeAndPosition) {
+TEST_F(WindowContextTest, OnX11AnUnframedWindowKeepsItsSizeAndPosition) {
     if (!onX11())
         GTEST_SKIP() << "there is no window system";
     const OtherClient other;
@@ -247,7 +262,7 @@ TEST_F(WindowContextTest, AnUnframedWindowKeepsItsSizeAndPosition) {
     EXPECT_EQ(place.height, height);
 }
 
-TEST_F(CaveWindowTest, IsOnTopWithItsSize) {
+TEST_F(CaveWindowTest, OnX11IsOnTopWithItsSize) {
     if (!onX11())
         GTEST_SKIP() << "there is no window system";
     const OtherClient other;

@@ -1,5 +1,7 @@
 #include "foundation/text.h"
 
+#include <string>
+
 #include <gtest/gtest.h>
 
 namespace ravolt {
@@ -39,14 +41,26 @@ TEST(Text, IsFormattedUpToTheSizeOfItsTarget) {
     EXPECT_STREQ(target, "12-xy");
 }
 
+TEST(Text, MayBeCopiedWithinItsOwnBuffer) {
+    char target[8] = "abcdef";
+    copyText(target, target + 2);
+    EXPECT_STREQ(target, "cdef");
+}
+
+std::string applied(const char *stored) {
+    std::string result(std::string(stored).size() + 1, 'x');
+    applyFormat(result.data(), stored);
+    return result.c_str();
+}
+
 TEST(Text, AStoredFormatLosesOneOfTwoPercentSigns) {
-    EXPECT_EQ(applyFormat(""), "");
-    EXPECT_EQ(applyFormat("plain"), "plain");
-    EXPECT_EQ(applyFormat("%%"), "%");
-    EXPECT_EQ(applyFormat("%%%%"), "%%");
-    EXPECT_EQ(applyFormat("%%%"), "%%");
-    EXPECT_EQ(applyFormat("100%"), "100%");
-    EXPECT_EQ(applyFormat("%s %d %n %%s"), "%s %d %n %s");
+    EXPECT_EQ(applied(""), "");
+    EXPECT_EQ(applied("plain"), "plain");
+    EXPECT_EQ(applied("%%"), "%");
+    EXPECT_EQ(applied("%%%%"), "%%");
+    EXPECT_EQ(applied("%%%"), "%%");
+    EXPECT_EQ(applied("100%"), "100%");
+    EXPECT_EQ(applied("%s %d %n %%s"), "%s %d %n %s");
 }
 
 } // namespace

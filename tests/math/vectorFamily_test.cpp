@@ -1,3 +1,4 @@
+#include "ravolt/Z3MMATRIX.h"
 #include "ravolt/Z3MPLANE.h"
 #include "ravolt/zlf.h"
 #include "tests/math/references.h"
@@ -31,6 +32,38 @@ template <class V> class VectorFamilyTest : public testing::Test {
 
 using Vectors = testing::Types<Z3MVECTOR2D, Z3MVECTOR3D, Z3MVECTOR4D>;
 TYPED_TEST_SUITE(VectorFamilyTest, Vectors);
+
+enum Enumerators { three = 3 };
+
+TYPED_TEST(VectorFamilyTest, TakesEnumeratorsForNumbers) {
+    this->expectEach(this->a + three, [](int i, int) { return i + 3; });
+    this->expectEach(this->a - three, [](int i, int) { return i - 3; });
+    this->expectEach(this->a * three, [](int i, int) { return i * 3; });
+    this->a *= three;
+    this->expectEach(this->a, [](int i, int) { return i * 3; });
+}
+
+TEST(VectorFamily, ComparesTwoSizesAsTheSmallerOneWidens) {
+    const Z3MVECTOR2D two(1, 2);
+    const Z3MVECTOR3D flat(1, 2, 0), high(1, 2, 3);
+    const Z3MVECTOR4D point(1, 2, 0, 1), direction(1, 2, 0, 0);
+    EXPECT_EQ(two == flat, 1);
+    EXPECT_EQ(flat == two, 1);
+    EXPECT_EQ(two != high, 1);
+    EXPECT_EQ(high == two, 0);
+    EXPECT_EQ(flat == point, 1);
+    EXPECT_EQ(point != flat, 0);
+    EXPECT_EQ(two == point, 1);
+    EXPECT_EQ(direction == two, 0);
+}
+
+// A literal 0 would be the address of nothing.
+TEST(VectorFamily, IsNotMadeFromALiteralZero) {
+    static_assert(!std::is_constructible_v<Z3MVECTOR2D, std::nullptr_t>);
+    static_assert(!std::is_constructible_v<Z3MVECTOR3D, std::nullptr_t>);
+    static_assert(!std::is_constructible_v<Z3MVECTOR4D, std::nullptr_t>);
+    static_assert(!std::is_constructible_v<Z3MMATRIX, std::nullptr_t>);
+}
 
 TYPED_TEST(VectorFamilyTest, IsItsFloatsAndNothingElse) {
     static_assert(std::is_standard_layout_v<TypeParam>);

@@ -118,8 +118,7 @@ TEST_F(Texture, FilterAndWrapAreAsSet) {
 }
 
 TEST_F(Texture, AnisotropyIsTheDriversLargest) {
-    if (!RVOPENGL::useAnisotropic())
-        GTEST_SKIP() << "the driver has no anisotropic filter";
+    ASSERT_TRUE(RVOPENGL::useAnisotropic());
     const RVTEXTURE *texture = makeTexture(2, 2, 4, Bytes(16), false);
     bind(texture);
     GLfloat level = 0, largest = 0;

@@ -81,6 +81,15 @@ int SDL_Init(Uint32 flags) {
     return real(flags);
 }
 
+// A question without an effect: it is not written down. In silent mode everything is up.
+Uint32 SDL_WasInit(Uint32 flags) {
+    static const auto real = REAL(SDL_WasInit);
+    if (!Inside::isTrue() && Recorder::instance().isSilent())
+        return flags;
+    Inside inside;
+    return real(flags);
+}
+
 void SDL_Quit(void) {
     static const auto real = REAL(SDL_Quit);
     if (!Inside::isTrue() && entered("SDL_Quit").silent)
