@@ -25,7 +25,7 @@ esac
 export LIBGL_ALWAYS_SOFTWARE=1
 # Leaks and errors of the libraries behind ours, each with its reason.
 export LSAN_OPTIONS="suppressions=$PWD/tests/support/leaks.supp:print_suppressions=0"
-export ASAN_OPTIONS="detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1"
+export ASAN_OPTIONS="detect_leaks=1:detect_stack_use_after_return=1"
 export UBSAN_OPTIONS="print_stacktrace=1"
 
 summary=()
