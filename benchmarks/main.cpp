@@ -20,30 +20,37 @@ class RatioReporter : public benchmark::ConsoleReporter {
             const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
             const bool only = run.run_type == Run::RT_Iteration && run.repetitions <= 1;
             if (median || only)
-                add(run.run_name.function_name, run.GetAdjustedRealTime());
+                add(run);
         }
     }
 
     void printRatios() const {
-        std::printf("\n%-44s %10s\n", "job", "ratio");
+        std::printf("\n%-44s %10s %10s\n", "job", "time", "thread");
         for (const auto &[job, pair] : times) {
-            if (pair.engine > 0 && pair.baseline > 0)
-                std::printf("%-44s %9.2fx\n", job.c_str(), pair.engine / pair.baseline);
+            if (pair.engine.real > 0 && pair.baseline.real > 0)
+                std::printf("%-44s %9.2fx %9.2fx\n", job.c_str(),
+                            pair.engine.real / pair.baseline.real,
+                            pair.engine.thread / pair.baseline.thread);
         }
     }
 
   private:
+    struct Time {
+        double real = 0, thread = 0;
+    };
     struct Pair {
-        double engine = 0, baseline = 0;
+        Time engine, baseline;
     };
     std::map<std::string, Pair> times;
 
-    void add(const std::string &name, double time) {
+    void add(const Run &run) {
+        const std::string &name = run.run_name.function_name;
         const std::size_t slash = name.rfind('/');
         if (slash == std::string::npos)
             return;
         Pair &pair = times[name.substr(0, slash)];
-        (name.substr(slash + 1) == "ravolt" ? pair.engine : pair.baseline) = time;
+        (name.substr(slash + 1) == "ravolt" ? pair.engine : pair.baseline) = {
+            run.GetAdjustedRealTime(), run.GetAdjustedCPUTime()};
     }
 };
 
