@@ -383,6 +383,10 @@ struct DepthCase {
     int red, green, blue, alpha; // bits
     unsigned int id;
     double color[4];
+
+    friend void PrintTo(const DepthCase &one, std::ostream *out) {
+        *out << one.red + one.green + one.blue + one.alpha << " bits, id " << one.id;
+    }
 };
 
 // The colours obtained say how identities are coded.
@@ -410,7 +414,12 @@ INSTANTIATE_TEST_SUITE_P(
         DepthCase{8, 8, 8, 8, 0x80402010u, {16 / 255.0, 32 / 255.0, 64 / 255.0, 128 / 255.0}},
         DepthCase{8, 8, 8, 0, 0x00ff00ffu, {1, 0, 1, 0}},
         DepthCase{5, 6, 5, 0, 0x1234f81fu, {1, 0, 1, 0}},
-        DepthCase{5, 6, 5, 0, 0x000008a3u, {1 / 31.0, 5 / 63.0, 3 / 31.0, 0}}));
+        DepthCase{5, 6, 5, 0, 0x000008a3u, {1 / 31.0, 5 / 63.0, 3 / 31.0, 0}}),
+    [](const auto &test) {
+        const DepthCase &one = test.param;
+        return "At" + std::to_string(one.red + one.green + one.blue + one.alpha) + "BitsId" +
+               std::to_string(one.id);
+    });
 
 TEST_F(MeshTest, WithoutAnAuxiliaryIdTheOwnOneIsTheColor) {
     RVMESH *mesh = makeSquare();
