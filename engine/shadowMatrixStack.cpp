@@ -14,11 +14,14 @@
 namespace {
 
 struct MatrixStack {
-    Z3MMATRIX slot[32];
+    static constexpr unsigned int limit = 32; // of the index
+
+    // On purpose: one slot more than the 32 of a stack, as the 32nd push passes.
+    Z3MMATRIX slot[limit + 1];
     unsigned int index = 0; // of the top
 
     Z3MMATRIX &top() { return slot[index]; }
-    bool isFull() const { return index + 1 >= std::size(slot); }
+    bool isFull() const { return index >= limit; }
     bool isEmpty() const { return index == 0; }
 };
 

@@ -3,8 +3,8 @@
 // A mirror of OpenGL's modelview and projection stacks, so that a matrix can be read without a
 // round trip to the driver. Each call changes the mirror and then makes the OpenGL call of the same
 // name; who uses it does all matrix work through it, since what goes to OpenGL directly is not
-// seen. The engine itself does not. Both stacks start as identity; each has 32 slots. A context
-// must be current, except for glWrapperGetFloatv.
+// seen. The engine itself does not. Both stacks start as identity; each takes 32 pushes, which may
+// be more than OpenGL's own. A context must be current, except for glWrapperGetFloatv.
 
 #include "ravolt/api.h"
 
@@ -31,9 +31,12 @@ RV_API void glWrapperPopMatrix();
 // elements 0 and 5, and its last column and last row are exchanged.
 RV_API void glWrapperFrustum(double left, double right, double bottom, double top, double zNear,
                              double zFar);
+
+// The parallel projection of OpenGL's glOrtho: the six planes in eye space. The mirror divides by
+// the differences of each pair, which OpenGL refuses when they are 0.
 RV_API void glWrapperOrtho(double left, double right, double bottom, double top, double zNear,
                            double zFar);
 
-// Copies the top of a stack, sixteen floats, for GL_MODELVIEW_MATRIX or GL_PROJECTION_MATRIX; any
-// other name does nothing.
+// Copies the top of a stack for GL_MODELVIEW_MATRIX or GL_PROJECTION_MATRIX to `matrix`, which has
+// room for sixteen floats and is never NULL; any other name does nothing.
 RV_API void glWrapperGetFloatv(unsigned int name, float *matrix);

@@ -21,7 +21,7 @@ const Numbers identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 const Numbers sample{2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 4, 0, 5, 6, 7, 1};
 const Numbers other{0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 8, 9, 10, 1};
 
-constexpr int slots = 32;
+constexpr int pushes = 32; // that pass
 
 Numbers mirrored(GLenum name) {
     Numbers numbers;
@@ -187,24 +187,27 @@ TEST_F(MatrixMirror, APopFromAnEmptyStackIsLoggedAndDoesNothingElse) {
     EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), sample);
 }
 
-TEST_F(MatrixMirror, ThePushPastTheLastSlotIsLoggedAndDoesNothingElse) {
-    for (int slot = 1; slot < slots; ++slot) {
-        EXPECT_EQ(callsOf(glWrapperPushMatrix), (Calls{{"glPushMatrix"}})) << slot;
+// The driver's own stack has 32 slots: it refuses the last push that passes here, and what would
+// undo that push.
+TEST_F(MatrixMirror, The33rdPushIsLoggedAndDoesNothingElse) {
+    for (int push = 1; push <= pushes; ++push) {
+        EXPECT_EQ(callsOf(glWrapperPushMatrix), (Calls{{"glPushMatrix"}})) << push;
         glWrapperTranslatef(1, 0, 0);
     }
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_STACK_OVERFLOW));
     EXPECT_NOTHING_LOGGED();
     const Numbers full = mirrored(GL_MODELVIEW_MATRIX);
-    EXPECT_EQ(full[12], slots - 1);
+    EXPECT_EQ(full[12], pushes);
     EXPECT_TRUE(callsOf(glWrapperPushMatrix).empty());
     EXPECT_LOGGED_EXACTLY("   [!] Stack overflow in glWrapper\n");
     EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), full);
     expectAgreement();
 
-    for (int slot = slots - 2; slot >= 0; --slot) {
+    for (int left = pushes - 1; left >= 0; --left) {
         glWrapperPopMatrix();
-        EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX)[12], static_cast<float>(slot));
+        EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX)[12], static_cast<float>(left));
     }
-    expectAgreement();
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_STACK_UNDERFLOW));
 }
 
 TEST_F(MatrixMirror, OrthoAgreesWithOpenGL) {
