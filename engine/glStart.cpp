@@ -5,6 +5,7 @@
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 
 #include <SDL/SDL.h>
@@ -214,7 +215,7 @@ void GlStart::climbLadder(const char *extensions) {
 }
 
 // A new context has every switch off, while the flags are as a former run left them: those that
-// are on go on anew.
+// are on go on anew, but for the texture units, which go off.
 void GlStart::repeatSwitches() {
     static constexpr struct {
         bool *flag;
@@ -240,6 +241,7 @@ void GlStart::repeatSwitches() {
         RVLIGHT::lightingOff();
         RVLIGHT::lightingOn();
     }
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS); // their textures are gone
 }
 
 } // namespace ravolt

@@ -457,6 +457,24 @@ TEST_F(OpenGL, ANewContextHasTheSwitchesThatTheFlagsSay) {
     RVLIGHT::lightingOff();
 }
 
+TEST_F(OpenGL, ANewContextHasEverySwitchOnThatWasOn) {
+    for (const Switch &each : switches)
+        each.on();
+    RVOPENGL::textureArrayOn();
+    ASSERT_TRUE(restart());
+    for (GLenum what :
+         {GL_CULL_FACE, GL_BLEND, GL_SCISSOR_TEST, GL_LIGHT_MODEL_TWO_SIDE, GL_VERTEX_ARRAY,
+          GL_INDEX_ARRAY, GL_NORMAL_ARRAY, GL_COLOR_ARRAY, GL_TEXTURE_COORD_ARRAY}) {
+        GLboolean on = GL_FALSE;
+        glGetBooleanv(what, &on);
+        EXPECT_TRUE(on) << what;
+    }
+    for (const Switch &each : switches)
+        each.off();
+    RVOPENGL::textureArrayOff();
+    RVOPENGL::cullingOn();
+}
+
 TEST_F(OpenGL, ADriverThatLosesAnExtensionLosesWhatStandsOnIt) {
     if (!std::getenv("RAVOLT_TEST_POOR_DRIVER")) {
         // The driver reads its variable once in a process.

@@ -150,6 +150,22 @@ TEST_F(TextureCalls, ThrownOutTextureComesBackInTheSameFrame) {
          {"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}}));
 }
 
+// A new context has every unit off, whatever the run before has left.
+TEST_F(TextureCalls, UnitsAreEnabledAnewAfterARestart) {
+    RVTEXTURE::texturingOn(0);
+    RVTEXTURE::texturingOn(2);
+    ASSERT_TRUE(restart());
+    RVTEXTURE *texture = makeTexture("a.tga");
+    for (unsigned int unit : {0u, 2u})
+        EXPECT_TRUE(renderCalls(texture, unit).contains(Call{"glEnable", GL_TEXTURE_2D})) << unit;
+}
+
+TEST_F(TextureCalls, AStartWithUnitsOffDoesNotTouchThem) {
+    const Calls calls = callsOf([this] { ASSERT_TRUE(restart()); });
+    EXPECT_TRUE(calls.contains("glClearColor"));
+    EXPECT_FALSE(calls.contains("glActiveTextureARB"));
+}
+
 TEST_F(TextureCalls, TooFewUnitsAreNeverSelectedButForAnUpload) {
     recorder.setTextureUnits(8);
     ASSERT_TRUE(restart());
