@@ -7,6 +7,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "scene/nodeClass.h"
 
 #include <new>
 
@@ -42,6 +43,11 @@ bool RVMESH::displayNormals = false;
 Z3MMATRIX RVMESH::boneMatrix[RV_BONES];
 
 RVMESH::RVMESH() { become(RV_NODE_TYPE_MESH); }
+
+RVMESH::RVMESH(const RVMESH &other) : RVNODE(other) {
+    *this = other;
+    keepClass(RV_NODE_TYPE_MESH);
+}
 
 bool RVMESH::init() {
     if (!skeletonElement)
@@ -106,7 +112,7 @@ bool RVMESH::shade(RVELEMENT &entry) const {
     // An entry that no light was picked for keeps a pointer of an earlier frame.
     const RVELEMENT *nearest = entry.getNearestLight(0);
     const RVNODE *node = RVELEMENT::isInList(nearest) ? nearest->getNode() : nullptr;
-    if (node && node->getType() == RV_NODE_TYPE_LIGHT) {
+    if (node && ravolt::NodeClass::is(*node, RV_NODE_TYPE_LIGHT)) {
         int lightType = static_cast<const RVLIGHT *>(node)->getLightType();
         material->render(&lightType);
     } else {
@@ -119,6 +125,7 @@ void RVMESH::shadeFlat(const RVELEMENT &entry) const {
     RVLIGHT::lightingOff();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVOPENGL::blendingOff();
+    RVOPENGL::colorArrayOff(); // a 2D block leaves it on, and its colours would hide the identity
     setPickingColor(entry.getAuxId() ? entry.getAuxId() : getId());
 }
 

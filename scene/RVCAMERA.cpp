@@ -11,6 +11,11 @@ Z3MMATRIX RVCAMERA::cameraMatrix;
 
 RVCAMERA::RVCAMERA() : upDirection(0, 1, 0) { become(RV_NODE_TYPE_CAMERA); }
 
+RVCAMERA::RVCAMERA(const RVCAMERA &other) : RVNODE(other) {
+    *this = other;
+    keepClass(RV_NODE_TYPE_CAMERA);
+}
+
 // The view outlives its camera, which may have been a temporary one; the pointer does not.
 RVCAMERA::~RVCAMERA() {
     if (thisPassCamera == this)

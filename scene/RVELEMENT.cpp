@@ -8,6 +8,7 @@
 #include "ravolt/zlf.h"
 #include "scene/entryOrder.h"
 
+#include <algorithm>
 #include <new>
 
 bool RVELEMENT::active = false;
@@ -20,7 +21,9 @@ unsigned int RVELEMENT::numberOfTransparencies = 0;
 RVELEMENT *RVELEMENT::element = nullptr;
 RVELEMENT **RVELEMENT::elementPointer = nullptr;
 
-RVELEMENT::RVELEMENT() : node(nullptr), auxId(0), distance(0), nearestLight{}, param1(0) {}
+RVELEMENT::RVELEMENT()
+    : node(nullptr), auxId(0), distance(0), nearestLight{}, param1(0), countedAsLight(false),
+      countedAsTransparent(false) {}
 
 bool RVELEMENT::init(unsigned int count) {
     if (active) {
@@ -65,6 +68,28 @@ void RVELEMENT::reset() {
     numberOfPassedElements = 0;
     numberOfLights = 0;
     numberOfTransparencies = 0;
+}
+
+// A node that is gone leaves the list, however often it was passed.
+void RVELEMENT::forget(const RVNODE &node) {
+    for (unsigned int place = numberOfPassedElements; place-- > 0;)
+        if (elementPointer[place]->node == &node)
+            takeOut(place);
+}
+
+// The order of the others stays, and the last entry of the storage fills the gap there.
+void RVELEMENT::takeOut(unsigned int place) {
+    RVELEMENT *const gone = elementPointer[place];
+    numberOfLights -= gone->countedAsLight;
+    numberOfTransparencies -= gone->countedAsTransparent;
+    std::copy(elementPointer + place + 1, elementPointer + numberOfPassedElements,
+              elementPointer + place);
+    --numberOfPassedElements;
+    RVELEMENT *const last = element + numberOfPassedElements;
+    if (gone == last)
+        return;
+    *gone = *last;
+    *std::find(elementPointer, elementPointer + numberOfPassedElements, last) = gone;
 }
 
 RVELEMENT *RVELEMENT::getLight(unsigned int index) {

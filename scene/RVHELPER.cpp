@@ -63,7 +63,7 @@ void drawArrays(GLenum culledSide) {
 }
 
 void bindNoBuffer() {
-    if (RVOPENGL::useVBO())
+    if (RVOPENGL::useVBO() && RVOPENGL::glBindBufferARB)
         RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
 }
 
@@ -92,6 +92,11 @@ RVHELPER::RVHELPER()
     : radius(1.0f), thickness(1.0f), color(1.0, 0.8, 0.2, 0.5), reserved2(1, 1, 1), min(-1, -1, -1),
       max(1, 1, 1) {
     become(RV_NODE_TYPE_HELPER);
+}
+
+RVHELPER::RVHELPER(const RVHELPER &other) : RVNODE(other) {
+    *this = other;
+    keepClass(RV_NODE_TYPE_HELPER);
 }
 
 RVHELPER::~RVHELPER() = default;

@@ -37,6 +37,11 @@ RVLIGHT::RVLIGHT()
     become(RV_NODE_TYPE_LIGHT);
 }
 
+RVLIGHT::RVLIGHT(const RVLIGHT &other) : RVNODE(other) {
+    *this = other;
+    keepClass(RV_NODE_TYPE_LIGHT);
+}
+
 RVLIGHT::~RVLIGHT() = default;
 
 void RVLIGHT::lightingOn() {

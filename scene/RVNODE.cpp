@@ -7,6 +7,8 @@
 
 #include "foundation/registry.h"
 #include "foundation/text.h"
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVELEMENT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 #include "scene/localTransform.h"
@@ -90,7 +92,12 @@ RVNODE::RVNODE(bool)
     Nodes::append(firstNode, lastNode, this);
 }
 
+// Nothing of the engine may point to a node that is gone.
 RVNODE::~RVNODE() {
+    if (RAVOLT::getSkybox() == this)
+        RAVOLT::setSkybox(nullptr);
+    if (registration.entered == RAVOLT::getTimeStamp())
+        RVELEMENT::forget(*this);
     if (!isRegistered())
         return;
     releaseId(registration.id);
@@ -129,6 +136,7 @@ RVNODE &RVNODE::operator=(const RVNODE &other) {
 
 void RVNODE::become(RV_NODE_TYPE newType) {
     type = newType;
+    keepClass(newType);
     ravolt::formatText(name, defaultName[rowOf(newType)], static_cast<int>(id));
 }
 
@@ -145,9 +153,20 @@ RVNODE *RVNODE::findById(unsigned int id) { return Nodes::findById(firstNode, id
 bool RVNODE::cleanUp() {
     if (!firstNode)
         return false;
+    dissolveTrees();
     const unsigned int released = Nodes::cleanUp(firstNode);
     zlfLog("   %d node(s) released @ RVNODE::cleanUp\n", static_cast<int>(released));
     return true;
+}
+
+// Parents go before their children, whose destructors may look at them.
+void RVNODE::dissolveTrees() {
+    for (RVNODE *node = firstNode; node; node = node->next) {
+        delete[] node->children;
+        node->children = nullptr;
+        node->numberOfChildren = 0;
+        node->parent = nullptr;
+    }
 }
 
 void RVNODE::setName(const char *text) {
@@ -199,7 +218,8 @@ RVNODE *RVNODE::getChild(unsigned int index) const {
 }
 
 bool RVNODE::link(RVNODE *newParent) {
-    if (!newParent || newParent == this) {
+    const bool borrows = newParent && newParent->children && !newParent->isRegistered();
+    if (!newParent || newParent == this || borrows) {
         zlfLog("   [!] Invalid param @ RVNODE::link\n");
         return false;
     }

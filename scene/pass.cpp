@@ -10,6 +10,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 #include "scene/localTransform.h"
+#include "scene/nodeClass.h"
 
 #include <algorithm>
 #include <iterator>
@@ -19,7 +20,7 @@ namespace {
 // Skeletons in the cache of RVMESH; also what param1 says of a mesh that found it full.
 constexpr unsigned int skeletonCacheSize = 256;
 
-bool isMesh(const RVNODE &node) { return node.getType() == RV_NODE_TYPE_MESH; }
+bool isMesh(const RVNODE &node) { return ravolt::NodeClass::is(node, RV_NODE_TYPE_MESH); }
 
 const RVMESH &asMesh(const RVNODE &node) { return static_cast<const RVMESH &>(node); }
 
@@ -71,14 +72,11 @@ bool RVELEMENT::isClipped(const RVNODE &node, const Z3MMATRIX &eye) {
 }
 
 float RVELEMENT::radiusOf(const RVNODE &node) {
-    switch (node.getType()) {
-    case RV_NODE_TYPE_MESH:
+    if (isMesh(node))
         return asMesh(node).getRadius();
-    case RV_NODE_TYPE_HELPER:
+    if (ravolt::NodeClass::is(node, RV_NODE_TYPE_HELPER))
         return static_cast<const RVHELPER &>(node).getRadius();
-    default:
-        return 0.0f;
-    }
+    return 0.0f;
 }
 
 bool RVELEMENT::isTransparent(const RVNODE &node) {
@@ -96,6 +94,7 @@ void RVELEMENT::enter(RVNODE &node) {
 
     RVELEMENT &entry = element[numberOfPassedElements];
     entry.node = &node;
+    node.registration.entered = static_cast<int>(RAVOLT::getTimeStamp());
     entry.auxId = node.getAuxId();
     *node.getCachedMatrix() = eye;
     elementPointer[numberOfPassedElements] = &entry;
@@ -104,8 +103,10 @@ void RVELEMENT::enter(RVNODE &node) {
         entry.param1 = enterSkeleton(static_cast<RVMESH &>(node));
 
     ++numberOfPassedElements;
-    numberOfLights += node.getType() == RV_NODE_TYPE_LIGHT;
-    numberOfTransparencies += isTransparent(node);
+    entry.countedAsLight = node.getType() == RV_NODE_TYPE_LIGHT;
+    entry.countedAsTransparent = isTransparent(node);
+    numberOfLights += entry.countedAsLight;
+    numberOfTransparencies += entry.countedAsTransparent;
 }
 
 unsigned int RVELEMENT::enterSkeleton(RVMESH &mesh) {

@@ -7,12 +7,13 @@
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVTEXTURE.h"
 #include "scene/entryOrder.h"
+#include "scene/nodeClass.h"
 
 namespace {
 
 // Identifiers have 16 bits.
 std::uint64_t surfaceKey(const RVNODE &node) {
-    if (node.getType() != RV_NODE_TYPE_MESH)
+    if (!ravolt::NodeClass::is(node, RV_NODE_TYPE_MESH))
         return 0;
     const RVMATERIAL *material = static_cast<const RVMESH &>(node).getMaterial();
     if (!material)
@@ -64,7 +65,7 @@ bool RVELEMENT::sortLights(const Z3MVECTOR3D &point) {
         return false;
     ravolt::orderEntries(elementPointer, numberOfLights, [&point](RVELEMENT &entry) {
         entry.distance = point.distance(entry.matrix.getTranslation());
-        const bool isLight = entry.node->getType() == RV_NODE_TYPE_LIGHT;
+        const bool isLight = ravolt::NodeClass::is(*entry.node, RV_NODE_TYPE_LIGHT);
         const bool ahead = isLight && static_cast<const RVLIGHT *>(entry.node)->isExclusive();
         const std::uint64_t group = ahead ? 0 : 1;
         return group << 32 | ravolt::orderedBits(entry.distance);

@@ -16,7 +16,7 @@ class RV_API RVCAMERA : public RVNODE {
     // Loads the view; the argument is ignored. Always true.
     bool render(void *) override;
 
-    RVCAMERA(const RVCAMERA &) = default;
+    RVCAMERA(const RVCAMERA &other);
     RVCAMERA &operator=(const RVCAMERA &) = default;
 
     // Rotation about X, Y and Z in degrees, put before the view; no effect on an aimed camera.

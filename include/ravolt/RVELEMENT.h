@@ -11,7 +11,8 @@ class RVNODE;
 // One entry of the render list: a node and the eye-space matrix that it had when it was passed.
 // The static members are the list. RAVOLT's begin functions empty it, RVNODE::pass fills it, its
 // end functions sort it and call each node's `render` with the entry; it stays as it is until the
-// next begin. The storage is made once by `init`, and no frame allocates anything.
+// next begin, but for nodes that are deleted, which leave it. The storage is made once by `init`,
+// and no frame allocates anything.
 class RV_API RVELEMENT {
   public:
     RVELEMENT();
@@ -28,10 +29,12 @@ class RV_API RVELEMENT {
     // Empties the list.
     static void reset();
 
-    // Distance clipping: meshes and helpers farther from the eye than the radius (128 at first)
-    // and twice their own radius take no entry, and each says so in the log.
+    // Distance clipping, off at first: meshes and helpers farther from the eye than the radius and
+    // twice their own radius take no entry, and each says so in the log.
     static void clippingOn() { clipping = true; }
     static void clippingOff() { clipping = false; }
+
+    // In the units of the scene, 128 at first; any number is taken, for the next pass on.
     static void setClippingRadius(float radius) { clippingRadius = radius; }
     static float getClippingRadius() { return clippingRadius; }
 
@@ -68,7 +71,8 @@ class RV_API RVELEMENT {
     Z3MMATRIX *getMatrix() { return &matrix; }
     const Z3MMATRIX *getMatrix() const { return &matrix; }
 
-    // Distance of a light from the point of the last sortLights.
+    // Distance of a light from the point of the last sortLights, in the units of the scene.
+    // Meaningless for other entries and before that sort.
     float getDistance() const { return distance; }
 
     // The node's auxiliary id at the time of the pass.
@@ -87,6 +91,7 @@ class RV_API RVELEMENT {
   private:
     friend class RAVOLT;
     friend class RVMESH;
+    friend class RVNODE;
 
     static bool drawsItself(const RVNODE &node);
     static bool isClipped(const RVNODE &node, const Z3MMATRIX &eye);
@@ -95,6 +100,8 @@ class RV_API RVELEMENT {
     static void enter(RVNODE &node);
     static unsigned int enterSkeleton(RVMESH &mesh);
     static void noteBone(const RVNODE &node, const RVMESH &mesh);
+    static void forget(const RVNODE &node);
+    static void takeOut(unsigned int place);
     static void sortByGroup();
     static void sortByDepth();
 
@@ -110,6 +117,8 @@ class RV_API RVELEMENT {
     float distance;
     RVELEMENT *nearestLight[4];
     unsigned int param1;
+    bool countedAsLight; // in numberOfLights
+    bool countedAsTransparent;
 
     static bool active;
     static bool clipping;

@@ -17,14 +17,16 @@ class RV_API RVHELPER : public RVNODE {
     // afterwards. Always true.
     bool render(void *element) override;
 
-    RVHELPER(const RVHELPER &) = default;
+    RVHELPER(const RVHELPER &other);
     RVHELPER &operator=(const RVHELPER &) = default;
 
-    // For clipping and sorting alone; the drawing follows the corners. 1 at first.
+    // In units of the scene, for clipping and sorting alone; the drawing follows the corners. 1 at
+    // first.
     void setRadius(float value) { radius = value; }
     float getRadius() const { return radius; }
 
-    // Width of the lines in pixels, 1 at first.
+    // Width of the lines in pixels, above 0 (OpenGL refuses others, with an error of its own); 1 at
+    // first.
     void setThickness(float pixels) { thickness = pixels; }
     float getThickness() const { return thickness; }
 

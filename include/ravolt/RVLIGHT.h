@@ -27,7 +27,7 @@ class RV_API RVLIGHT : public RVNODE {
     // NULL.
     bool render(void *element) override;
 
-    RVLIGHT(const RVLIGHT &) = default;
+    RVLIGHT(const RVLIGHT &other);
     RVLIGHT &operator=(const RVLIGHT &) = default;
 
     // Sorts the lights of the render list for `element` and renders the first four, which it notes
@@ -45,10 +45,13 @@ class RV_API RVLIGHT : public RVNODE {
     static void lightingOff();
     static bool getLighting() { return lighting; }
 
+    // RV_LIGHT_TYPE_OMNI at first. Any other number than the three shines as that one, and the log
+    // says so at each rendering.
     void setLightType(RV_LIGHT_TYPE value) { lightType = value; }
     RV_LIGHT_TYPE getLightType() const { return lightType; }
 
-    // Colours, each component 0 to 1.
+    // Colours: red, green, blue and alpha, 0 to 1 each, taken over as they are by the next
+    // rendering. At first (0.2, 0.2, 0.2, 1), (0.7, 0.7, 0.7, 1) and (0.2, 0.2, 0.2, 1).
     void setAmbient(const Z3MVECTOR4D &color) { ambient = color; }
     void setAmbient(float r, float g, float b, float a) { ambient = Z3MVECTOR4D(r, g, b, a); }
     Z3MVECTOR4D getAmbient() const { return ambient; }
@@ -59,13 +62,16 @@ class RV_API RVLIGHT : public RVNODE {
     void setSpecular(float r, float g, float b, float a) { specular = Z3MVECTOR4D(r, g, b, a); }
     Z3MVECTOR4D getSpecular() const { return specular; }
 
-    // Constant, linear and quadratic attenuation.
+    // Constant, linear and quadratic attenuation, 0 or more each: at a distance d in units of the
+    // scene, the light is divided by constant + linear * d + quadratic * d * d. (1, 0, 0) at first:
+    // the same at any distance. A directional light has none.
     void setAttenuation(float constant, float linear, float quadratic) {
         attenuation = Z3MVECTOR3D(constant, linear, quadratic);
     }
     Z3MVECTOR3D getAttenuation() const { return attenuation; }
 
-    // Half of a spot's cone in degrees, 0 to 90, or 180 for all around; and its exponent, 0 to 128.
+    // Half of a spot's cone in degrees, 0 to 90, or 180 (at first) for all around; and how much the
+    // light gathers in its middle, 0 (evenly, at first) to 128.
     void setCutOff(float degrees) { cutOff = degrees; }
     float getCutOff() const { return cutOff; }
     void setExponent(float value) { exponent = value; }
@@ -75,7 +81,8 @@ class RV_API RVLIGHT : public RVNODE {
     void setExclusive(bool value) { exclusive = value; }
     bool isExclusive() const { return exclusive; }
 
-    // Shadows of a spot light, and the planes between which they fall.
+    // Shadows of a spot light (none at first), and the distances from the light, in units of the
+    // scene and above 0, between which they fall: 1 and 1024 at first.
     void castShadows(bool value) { shadowCaster = value; }
     bool isShadowCaster() const { return shadowCaster; }
     void setShadowNearPlane(float distance) { shadowNearPlane = distance; }

@@ -48,7 +48,7 @@ class RV_API RVMESH : public RVNODE {
 
     // A copy has the values of every field and shares the original's arrays and buffers, which it
     // does not own: it must not be used once the original is gone.
-    RVMESH(const RVMESH &) = default;
+    RVMESH(const RVMESH &other);
     RVMESH &operator=(const RVMESH &) = default;
 
     // The skeleton cache of RV_SKELETONS entries; for RAVOLT::init and RAVOLT::free. Both return

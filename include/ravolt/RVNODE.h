@@ -4,7 +4,10 @@
 #include "ravolt/Z3MVECTOR3D.h"
 #include "ravolt/api.h"
 
+class RVELEMENT;
+
 namespace ravolt {
+struct NodeClass;
 struct NodeTree;
 } // namespace ravolt
 
@@ -55,8 +58,9 @@ class RV_API RVNODE {
     // Draws the node; `element` is its RVELEMENT. A plain node draws nothing and returns false.
     virtual bool render(void *element);
 
-    // A copy has the values of every field, id, name, links and children included, but is not
-    // registered: it owns nothing and gives nothing back when it goes.
+    // A copy has the values of every field, id, name, type, links and children included, but is not
+    // registered: it owns nothing and gives nothing back when it goes. Its links die with the next
+    // change of the original's: do not walk them any more after a link, unlink or remove there.
     RVNODE(const RVNODE &) = default;
 
     // Copies every field into a node that is not registered. A registered one keeps its own place
@@ -98,7 +102,7 @@ class RV_API RVNODE {
     // The application's pointer and flag; the engine stores them and no more.
     void *getData() const { return data; }
     void setData(void *value) { data = value; }
-    bool isShared() const { return shared; }
+    bool isShared() const { return shared != 0; }
     void setSharedStatus(bool value) { shared = value; }
 
     // The local transform by vectors: translation by position plus origin, then rotation about X,
@@ -130,8 +134,9 @@ class RV_API RVNODE {
     void setDirection(const Z3MVECTOR3D &value) { direction = value; }
     Z3MVECTOR3D getDirection() const { return direction; }
 
-    // Aim of cameras and lights. Target node NULL: no aim; the node itself: the point `target`;
-    // another node, not owned: that node.
+    // Aim of cameras and lights. Target node NULL (at first): no aim; the node itself: the point
+    // `target`; another node: that node. It is not owned and not watched: keep it alive as long as
+    // this node is rendered, or set NULL before you delete it.
     void setTarget(float x, float y) { assign(target, x, y); }
     void setTarget(float x, float y, float z) { assign(target, x, y, z); }
     void setTarget(const Z3MVECTOR3D &value) { target = value; }
@@ -163,8 +168,9 @@ class RV_API RVNODE {
     // NULL and a log line when out of range.
     RVNODE *getChild(unsigned int index) const;
 
-    // Becomes the last child of the node given. False with a log line for NULL, for the node itself
-    // and when there is a parent already. Cycles are not looked for, and walks never end in one.
+    // Becomes the last child of the node given. False with a log line for NULL, for the node
+    // itself, for a copy with children (they stand in its original's array), and when there is a
+    // parent already. Cycles are not looked for, and walks never end in one.
     bool link(RVNODE *newParent);
 
     // Leaves the parent and keeps its own children. False with a log line without a parent.
@@ -197,8 +203,12 @@ class RV_API RVNODE {
     static char typeName[19][256];
 
   protected:
-    // Sets the type and writes its default name, as "[mesh 12]"; for constructors.
+    // Sets the type and writes its default name, as "[mesh 12]"; for constructors of the type's own
+    // class, as which the engine takes the object from then on.
     void become(RV_NODE_TYPE newType);
+
+    // For copy constructors of the type's own class: the copy is an object of that class, too.
+    void keepClass(RV_NODE_TYPE ownClass) { registration.madeAs = ownClass; }
 
     // False for a copy, which must give nothing back.
     bool isRegistered() const { return registration.done; }
@@ -207,17 +217,20 @@ class RV_API RVNODE {
 
   private:
     friend struct ravolt::Registry<RVNODE>;
+    friend struct ravolt::NodeClass;
     friend struct ravolt::NodeTree;
+    friend class RVELEMENT;
 
-    // What belongs to the object that the registry knows: copies start without it, and assignment
-    // leaves it alone.
+    // What belongs to this very object: copies start without it, and assignment leaves it alone.
     struct Registration {
-        Registration() : id(0), done(false) {}
-        Registration(const Registration &) : id(0), done(false) {}
+        Registration() : id(0), done(false), madeAs(RV_NODE_TYPE_NODE), entered(0) {}
+        Registration(const Registration &) : Registration() {}
         Registration &operator=(const Registration &) { return *this; }
 
         unsigned int id; // to be given back
         bool done;
+        RV_NODE_TYPE madeAs; // its class; `type` may come from another object
+        int entered;         // stamp of the frame in which it last entered the render list
     };
 
     static void assign(Z3MVECTOR3D &vector, float x, float y) {
@@ -232,6 +245,7 @@ class RV_API RVNODE {
         assign(vector, vector.x + x, vector.y + y, vector.z + z);
     }
 
+    static void dissolveTrees();
     template <class Test> RVNODE *findInHierarchy(const Test &matches);
 
     unsigned int id;
@@ -243,7 +257,7 @@ class RV_API RVNODE {
 
   private:
     int timeStamp;
-    bool shared;
+    unsigned char shared; // may be unset, and copying an unset bool is not defined
     void *data;
     RV_NODE_POSITIONING positioning;
     Z3MVECTOR3D position;

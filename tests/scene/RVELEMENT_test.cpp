@@ -5,12 +5,16 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "scene/entryOrder.h"
 #include "tests/scene/referenceMatrix.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
 
 #include <algorithm>
+#include <cstring>
+#include <initializer_list>
 #include <limits>
+#include <new>
 #include <random>
 #include <string>
 #include <vector>
@@ -245,6 +249,217 @@ TEST_F(ElementTest, EmptyPlacesAmongTheChildrenAreSkipped) {
     EXPECT_NOTHING_LOGGED();
 }
 
+// --- Nodes with the fields of others
+
+// Memory that says "yes" wherever a field was not written.
+struct Marked {
+    Marked() { std::memset(bytes, 1, sizeof bytes); }
+    alignas(RVMESH) unsigned char bytes[sizeof(RVMESH) + sizeof(RVLIGHT)];
+};
+
+TEST_F(ElementTest, CopyOfAMeshAsANodeIsNoMesh) {
+    Marked memory;
+    RVMESH *original = loadMesh(meshBody("skin", 500, {"bone"}));
+    RVNODE *copy = new (memory.bytes) RVNODE(*original);
+    EXPECT_EQ(copy->getType(), RV_NODE_TYPE_MESH);
+    RAVOLT::begin3D(nullptr);
+    markLog();
+    copy->pass(); // a mesh would be hidden, by the memory
+    EXPECT_NOTHING_LOGGED();
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    RAVOLT::end3D(true);
+    copy->setPosition(0, 0, -200);
+    RVELEMENT::clippingOn();
+    RAVOLT::begin3D(nullptr);
+    copy->pass(); // has no radius
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
+    EXPECT_LOGGED_EXACTLY(" (clipped) skin at distance 200.00\n");
+    copy->~RVNODE();
+}
+
+TEST_F(ElementTest, CopyOfALightAsANodeIsNoLight) {
+    Marked memory;
+    RVNODE *copy = new (memory.bytes) RVNODE(*light());
+    copy->setPosition(0, 0, -9);
+    LightProbe *near = light(-1);
+    RAVOLT::begin3D(nullptr);
+    copy->pass();
+    near->pass();
+    RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0));
+    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 2u);
+    EXPECT_EQ(RVELEMENT::getLight(0)->getNode(), near); // a light would be exclusive
+    copy->~RVNODE();
+    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 1u);
+}
+
+TEST_F(ElementTest, AssignmentMakesNoNodeAnotherClass) {
+    RVMESH *plainMesh = loadMesh(meshBody("rock", 3));
+    plainMesh->setMaterial(material(0.5f));
+    RVLIGHT *plainLight = new RVLIGHT;
+    RVHELPER *plainHelper = new RVHELPER;
+    for (RVNODE *source : std::initializer_list<RVNODE *>{plainMesh, plainLight, plainHelper}) {
+        RVNODE *node = new RVNODE;
+        *node = *source;
+        node->link(root);
+    }
+    mesh(material());
+    RVELEMENT::clippingOn();
+    RVLIGHT::lightingOn();
+    EXPECT_EQ(drawingOrder().size(), 1u);
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 4u);
+    RVLIGHT::lightingOff();
+    EXPECT_NOTHING_LOGGED();
+}
+
+// The type of the light that it holds is asked by the mesh that it lights.
+TEST_F(ElementTest, MeshIsDrawnUnderALightThatIsAPlainNode) {
+    RVNODE *node = new RVNODE;
+    *node = *new RVLIGHT;
+    node->link(root);
+    RVMESH *lit = loadMesh(meshBody("rock", 3));
+    lit->setMaterial(material());
+    lit->link(root);
+    RVLIGHT::lightingOn();
+    drawFrame(nullptr, root);
+    RVLIGHT::lightingOff();
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 2u);
+}
+
+TEST_F(ElementTest, CopiesAsTheirOwnClassStayWhatTheyAre) {
+    RVMESH *hidden = new RVMESH;
+    hidden->setDisplayStatus(false);
+    const RVMESH meshCopy(*hidden);
+    RVLIGHT *exclusive = new RVLIGHT;
+    exclusive->setExclusive(true);
+    RVLIGHT lightCopy(*exclusive);
+    HelperProbe *original = new HelperProbe(drawn);
+    original->setRadius(50);
+    HelperProbe helperCopy(*original);
+    lightCopy.setPosition(0, 0, -9);
+    helperCopy.setPosition(0, 0, -200);
+    LightProbe *near = light(-1);
+
+    RVELEMENT::clippingOn();
+    RAVOLT::begin3D(nullptr);
+    near->pass();
+    lightCopy.pass();
+    helperCopy.pass();
+    RVMESH(meshCopy).pass();
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 3u);
+    RVELEMENT::sort3D();
+    RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0));
+    EXPECT_EQ(RVELEMENT::getLight(0)->getNode(), &lightCopy);
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(ElementTest, SubclassOfAMeshMayBeACustomNode) {
+    class CustomMesh : public RVMESH {
+      public:
+        CustomMesh() { type = RV_NODE_TYPE_CUSTOM; }
+    };
+    Probe<CustomMesh> *node = place(new Probe<CustomMesh>(drawn), 0, 0, -500);
+    node->setDisplayStatus(false);
+    RVELEMENT::clippingOn();
+    EXPECT_EQ(drawingOrder(), (Nodes{node}));
+    EXPECT_NOTHING_LOGGED();
+}
+
+// --- Nodes that go while the list holds them
+
+TEST_F(ElementTest, DeletedNodesLeaveTheListInItsOrder) {
+    CustomProbe *a = custom(), *b = custom(), *c = custom(), *d = custom();
+    RAVOLT::begin3D(nullptr);
+    root->pass();
+    for (CustomProbe *node : {b, d}) {
+        node->unlink();
+        delete node;
+    }
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 2u);
+    CustomProbe *late = custom();
+    late->pass();
+    RAVOLT::end3D(true);
+    ASSERT_EQ(drawn.size(), 3u);
+    EXPECT_EQ(drawn[0].node, a);
+    EXPECT_EQ(drawn[1].node, c);
+    EXPECT_EQ(drawn[2].node, late);
+}
+
+TEST_F(ElementTest, EntriesThatStayKeepTheirMatrices) {
+    CustomProbe *gone = custom(-1), *near = custom(-2), *far = custom(-3);
+    RAVOLT::begin3D(nullptr);
+    root->pass();
+    gone->unlink();
+    delete gone;
+    RAVOLT::end3D(true);
+    ASSERT_EQ(drawn.size(), 2u);
+    EXPECT_EQ(drawn[0].node, near);
+    EXPECT_EQ(drawn[0].matrix.e[14], -2);
+    EXPECT_EQ(drawn[1].node, far);
+    EXPECT_EQ(drawn[1].matrix.e[14], -3);
+}
+
+TEST_F(ElementTest, DeletedLightsAndTransparentNodesAreCountedNoMore) {
+    LightProbe *lamp = light(-1), *otherLamp = light(-2);
+    CustomProbe *opaque = custom(-5);
+    HelperProbe *gone = helper(-7), *glass = helper(-9);
+    MeshProbe *window = mesh(material(0.5f), -8);
+    RAVOLT::begin3D(nullptr);
+    root->pass();
+    RVELEMENT::sort3D();
+    for (RVNODE *node : std::initializer_list<RVNODE *>{lamp, gone, window}) {
+        node->unlink();
+        delete node;
+    }
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 3u);
+    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 1u);
+    EXPECT_EQ(RVELEMENT::getLight(0)->getNode(), otherLamp);
+    EXPECT_EQ(RVELEMENT::getLight(1), nullptr);
+    RAVOLT::end3D(true);
+    ASSERT_EQ(drawn.size(), 3u);
+    EXPECT_EQ(drawn[0].node, otherLamp);
+    EXPECT_EQ(drawn[1].node, opaque);
+    EXPECT_EQ(drawn[2].node, glass);
+}
+
+// Whatever its stamp says: it came with the fields of another, or was never set.
+TEST_F(ElementTest, NodesOfAnyStampLeaveTheList) {
+    CustomProbe *assigned = new CustomProbe(drawn), *entered = new CustomProbe(drawn);
+    RAVOLT::begin3D(nullptr);
+    assigned->pass();
+    assigned->pass(); // two entries
+    static_cast<RVNODE &>(*assigned) = *root;
+    EXPECT_TRUE(RVELEMENT::pass(entered, true));
+    {
+        CustomProbe copy(*entered);
+        copy.pass();
+        EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 4u);
+    }
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 3u);
+    delete assigned;
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    delete entered;
+    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
+    RAVOLT::end3D(true);
+    EXPECT_TRUE(drawn.empty());
+}
+
+TEST_F(ElementTest, ANodeMayDeleteALaterOneWhileItIsDrawn) {
+    class Deleter : public CustomProbe {
+      public:
+        using CustomProbe::CustomProbe;
+        bool render(void *entry) override {
+            victim->unlink();
+            delete victim;
+            return CustomProbe::render(entry);
+        }
+        RVNODE *victim = nullptr;
+    };
+    Deleter *deleter = place(new Deleter(drawn), 0, 0, 0);
+    CustomProbe *between = custom();
+    deleter->victim = custom();
+    EXPECT_EQ(drawingOrder(), (Nodes{deleter, between}));
+}
+
 // --- Capacity
 
 TEST_F(ElementTest, SceneTooComplexDropsWhatDoesNotFit) {
@@ -363,6 +578,43 @@ TEST_F(ElementTest, The257thSkinnedMeshFindsTheCacheFull) {
     EXPECT_LOGGED_EXACTLY("   [!] Skeleton cache full @ RVELEMENT::pass\n");
     EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 257u);
     RVELEMENT::reset();
+}
+
+// A skinned mesh, with the geometry of another one, that notes what its drawing came to.
+class SkinProbe : public RVMESH {
+  public:
+    SkinProbe(const RVMESH &original, std::vector<unsigned int> &itsPlaces,
+              std::vector<bool> &itsResults)
+        : RVMESH(original), places(itsPlaces), results(itsResults) {}
+    bool render(void *entry) override {
+        places.push_back(static_cast<RVELEMENT *>(entry)->getParam1());
+        results.push_back(RVMESH::render(entry));
+        return results.back();
+    }
+
+  private:
+    std::vector<unsigned int> &places;
+    std::vector<bool> &results;
+};
+
+TEST_F(ElementTest, TheSkinnedMeshBeyondTheCacheHasTheNumber256AndIsNotDrawn) {
+    RVMESH *original = loadMesh(meshBody("skin", 1, {"bone"}));
+    original->link(root);
+    ASSERT_TRUE(original->resetBones(root));
+    std::vector<unsigned int> places, wanted;
+    std::vector<bool> results, drawnAll(256, true);
+    SkinProbe probe(*original, places, results);
+    RAVOLT::begin3D(nullptr);
+    for (unsigned int number = 0; number < 257; ++number) {
+        probe.pass();
+        wanted.push_back(number);
+    }
+    markLog();
+    RAVOLT::end3D(true);
+    EXPECT_LOGGED_EXACTLY("   [!] Animation not computed (cache full) @ RVMESH::animate\n");
+    EXPECT_EQ(places, wanted);
+    drawnAll.push_back(false);
+    EXPECT_EQ(results, drawnAll);
 }
 
 TEST_F(ElementTest, SkinnedRootHasNoSkeletonSpace) {
@@ -498,6 +750,17 @@ TEST_F(ElementTest, TransparentEntriesGoFromBackToFront) {
 }
 
 // The far end counts: the place minus the radius.
+// Each sort leaves its keys in the table.
+TEST_F(ElementTest, OneTransparentEntryIsNotSortedByDepth) {
+    helper(-5);
+    custom(-1);
+    drawingOrder();
+    EXPECT_EQ(ravolt::orderedEntries[0].entry->getNode()->getType(), RV_NODE_TYPE_CUSTOM);
+    helper(-6);
+    drawingOrder();
+    EXPECT_EQ(ravolt::orderedEntries[0].entry->getNode()->getType(), RV_NODE_TYPE_HELPER);
+}
+
 TEST_F(ElementTest, RadiusTakesPartInTheDepth) {
     HelperProbe *small = helper(-10, 1);
     HelperProbe *large = helper(-5, 7);

@@ -4,10 +4,12 @@
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/RVTEXTURE.h"
 #include "tests/support/engineFixture.h"
 
 #include <cmath>
 #include <string>
+#include <vector>
 
 using namespace ravolt::test;
 
@@ -169,6 +171,28 @@ TEST_F(HelperTest, LeavesBlendingOffAndLightingOn) {
     EXPECT_TRUE(glIsEnabled(GL_NORMAL_ARRAY));
     EXPECT_FALSE(glIsEnabled(GL_COLOR_ARRAY));
     EXPECT_FALSE(glIsEnabled(GL_TEXTURE_COORD_ARRAY));
+}
+
+TEST_F(HelperTest, OpensWithTextureMatrixAndArrays) {
+    ASSERT_TRUE(RVOPENGL::useVBO());
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVTEXTURE::texturingOn(0);
+    RVOPENGL::vertexArrayOff();
+    RVOPENGL::normalArrayOff();
+    RVOPENGL::textureArrayOn();
+    RVOPENGL::colorArrayOn();
+    const Calls calls = recordRender().without({"glActiveTextureARB", "glClientActiveTextureARB"});
+    ASSERT_GE(calls.size(), 9u);
+    EXPECT_EQ(Calls(std::vector<Call>(calls.begin(), calls.begin() + 8)),
+              (Calls{{"glDisable", GL_TEXTURE_2D},
+                     {"glLoadMatrixf", 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, -6, 1},
+                     {"glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0},
+                     {"glEnableClientState", GL_VERTEX_ARRAY},
+                     {"glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0},
+                     {"glEnableClientState", GL_NORMAL_ARRAY},
+                     {"glDisableClientState", GL_TEXTURE_COORD_ARRAY},
+                     {"glDisableClientState", GL_COLOR_ARRAY}}));
+    EXPECT_EQ(calls[8].name, "glMaterialfv");
 }
 
 TEST_F(HelperTest, BindsNoBufferWhereThereAreBuffers) {

@@ -103,6 +103,37 @@ TEST_F(LightShading, ColorsAttenuationAndExponentReachOpenGL) {
     EXPECT_NOTHING_LOGGED();
 }
 
+TEST_F(LightShading, SetUpFollowsItsOrder) {
+    RVLIGHT *light = makeLight();
+    light->setLightType(RV_LIGHT_TYPE_SPOT);
+    light->setCutOff(30);
+    light->setExponent(12);
+    light->setAttenuation(0.5f, 0.25f, 0.125f);
+    light->setDirection(0, 0, -1);
+    collect();
+    RVLIGHT::lightingOff();
+    RVELEMENT *entry = RVELEMENT::getLight(0);
+    entry->setParam1(2);
+    recorder.start();
+    light->render(entry);
+    const Calls calls = recorder.stop();
+    ASSERT_GE(calls.size(), 13u);
+    EXPECT_EQ(Calls(std::vector<Call>(calls.begin(), calls.begin() + 13)),
+              (Calls{{"glEnable", GL_LIGHTING},
+                     {"glEnable", GL_LIGHT2},
+                     {"glLightfv", GL_LIGHT2, GL_AMBIENT, 0.2f, 0.2f, 0.2f, 1},
+                     {"glLightfv", GL_LIGHT2, GL_DIFFUSE, 0.7f, 0.7f, 0.7f, 1},
+                     {"glLightfv", GL_LIGHT2, GL_SPECULAR, 0.2f, 0.2f, 0.2f, 1},
+                     {"glLightf", GL_LIGHT2, GL_SPOT_CUTOFF, 30},
+                     {"glLightf", GL_LIGHT2, GL_SPOT_EXPONENT, 12},
+                     {"glLightf", GL_LIGHT2, GL_CONSTANT_ATTENUATION, 0.5},
+                     {"glLightf", GL_LIGHT2, GL_LINEAR_ATTENUATION, 0.25},
+                     {"glLightf", GL_LIGHT2, GL_QUADRATIC_ATTENUATION, 0.125},
+                     {"glLoadMatrixf", 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, -10, 1},
+                     {"glLightfv", GL_LIGHT2, GL_POSITION, 0, 0, 0, 1},
+                     {"glLightfv", GL_LIGHT2, GL_SPOT_DIRECTION, 0, 0, -1}}));
+}
+
 TEST_F(LightShading, OmniLightStandsAtItsPlaceInEyeSpace) {
     RVLIGHT *light = makeLight(1, 2, 3);
     light->setOrigin(0, 0, 1);

@@ -6,6 +6,7 @@
 #include "scene/nodeRecords.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/logReader.h"
+#include "tests/support/recorder.h"
 
 #include <gtest/gtest.h>
 
@@ -15,10 +16,13 @@ using namespace ravolt::test;
 
 namespace {
 
-class LightTest : public testing::Test {
+class LightTest : public RecorderTest {
   protected:
     void SetUp() override { markLog(); }
-    void TearDown() override { RVNODE::cleanUp(); }
+    void TearDown() override {
+        RVNODE::cleanUp();
+        RecorderTest::TearDown();
+    }
 };
 
 TEST_F(LightTest, NewLightHasItsDefaults) {
@@ -110,6 +114,22 @@ TEST_F(LightTest, LoadRefusesANameOf256Characters) {
     EXPECT_LOGGED_EXACTLY("   [!] Consistency error: light == NULL @ RVLIGHT::load\n");
     EXPECT_EQ(cursor, 0);
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
+}
+
+TEST_F(LightTest, LoadWithoutMemoryLeavesNothingBehind) {
+    const auto body = lightBody("name", 2, 2000);
+    const auto bytes = body.exact();
+    for (const std::size_t failing : {sizeof(RVLIGHT), 2000 * sizeof(RVNODE *)}) {
+        long cursor = 0;
+        markLog();
+        recorder.failAllocation(failing);
+        const RVNODE *light = RVLIGHT::load(bytes.get(), &cursor);
+        recorder.allocationsWork();
+        EXPECT_EQ(light, nullptr);
+        EXPECT_LOGGED_EXACTLY("   [!] Consistency error: light == NULL @ RVLIGHT::load\n");
+        EXPECT_EQ(cursor, 0);
+        EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
+    }
 }
 
 TEST_F(LightTest, RecordCutOffAnywhereIsRefused) {

@@ -1,6 +1,7 @@
 #include "ravolt/RVNODE.h"
 
 #include "foundation/bytes.h"
+#include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/zlf.h"
@@ -8,6 +9,7 @@
 #include "scene/nodeTree.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/logReader.h"
+#include "tests/support/recorder.h"
 
 #include <gtest/gtest.h>
 
@@ -20,12 +22,13 @@ using namespace ravolt::test;
 
 namespace {
 
-class NodeTest : public testing::Test {
+class NodeTest : public RecorderTest {
   protected:
     void SetUp() override { markLog(); }
     void TearDown() override {
         RVNODE::cleanUp();
         EXPECT_EQ(RVNODE::getFirstNode(), nullptr);
+        RecorderTest::TearDown();
     }
 
     static RVNODE *make(const char *name, RVNODE *parent = nullptr) {
@@ -96,9 +99,11 @@ TEST_F(NodeTest, ConstructorWithArgumentLeavesSharedStatusUnset) {
         alignas(RVNODE) unsigned char memory[sizeof(RVNODE)];
         volatile unsigned char *bytes = memory;
         for (std::size_t index = 0; index < sizeof memory; ++index)
-            bytes[index] = 1;
+            bytes[index] = 2; // no bool has this
         RVNODE *node = new (memory) RVNODE(argument);
-        EXPECT_TRUE(node->isShared());
+        EXPECT_EQ(node->isShared(), true);
+        const RVNODE copy(*node);
+        EXPECT_EQ(copy.isShared(), true);
         EXPECT_EQ(node->getAuxId(), 0u);
         EXPECT_EQ(RVNODE::getFirstNode(), node);
         node->~RVNODE();
@@ -281,6 +286,41 @@ TEST_F(NodeTest, CleanUpBearsADestructorThatDeletesItsSuccessor) {
     new RVNODE;
     EXPECT_TRUE(RVNODE::cleanUp());
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
+}
+
+// Parents go before children, and what leaves its parent then finds none.
+TEST_F(NodeTest, CleanUpBearsDestructorsThatUnlink) {
+    static unsigned int linked;
+    class Leaver : public RVNODE {
+      public:
+        ~Leaver() override {
+            linked += !isRoot() + getNumberOfChildren();
+            if (!isRoot())
+                unlink();
+        }
+    };
+    linked = 0;
+    Leaver *root = new Leaver, *middle = new Leaver, *leaf = new Leaver;
+    middle->link(root);
+    leaf->link(middle);
+    make("beside", root);
+    markLog();
+    EXPECT_TRUE(RVNODE::cleanUp());
+    EXPECT_LOGGED_EXACTLY("   4 node(s) released @ RVNODE::cleanUp\n");
+    EXPECT_EQ(linked, 0u);
+}
+
+TEST_F(NodeTest, TheSkyboxIsForgottenWhenItGoes) {
+    RVNODE *sky = make("sky"), *other = make("other");
+    RAVOLT::setSkybox(sky);
+    { const RVNODE copy(*sky); }
+    delete other;
+    EXPECT_EQ(RAVOLT::getSkybox(), sky);
+    delete sky;
+    EXPECT_EQ(RAVOLT::getSkybox(), nullptr);
+    RAVOLT::setSkybox(make("sky"));
+    RVNODE::cleanUp();
+    EXPECT_EQ(RAVOLT::getSkybox(), nullptr);
 }
 
 TEST_F(NodeTest, NodeBeyondTheLastIdIsBuiltWithZero) {
@@ -627,6 +667,19 @@ TEST_F(CopyTest, SubclassesCopyTheirOwnFieldsToo) {
     EXPECT_NOTHING_LOGGED();
 }
 
+TEST_F(CopyTest, LinkRefusesACopyWhoseChildrenAreTheOriginals) {
+    RVNODE copy(*node);
+    RVNODE *more = make("more");
+    EXPECT_FALSE(more->link(&copy));
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid param @ RVNODE::link\n");
+    EXPECT_TRUE(more->isRoot());
+    EXPECT_EQ(childrenOf(*node), (Nodes{child, last}));
+    EXPECT_EQ(childrenOf(copy), (Nodes{child, last}));
+    RVNODE childless(*last);
+    EXPECT_TRUE(more->link(&childless));
+    EXPECT_TRUE(more->unlink());
+}
+
 // --- Bodies of scene files
 
 TEST_F(NodeTest, LoadReadsAPlainNodeAndMovesTheCursor) {
@@ -676,6 +729,22 @@ TEST_F(NodeTest, LoadRefusesANameOf256Characters) {
     EXPECT_LOGGED_EXACTLY("   [!] Consistency error: node == NULL @ RVNODE::load\n");
     EXPECT_EQ(cursor, 0);
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
+}
+
+TEST_F(NodeTest, LoadWithoutMemoryLeavesNothingBehind) {
+    const auto body = plainNodeBody("name", 2000);
+    const auto bytes = body.exact();
+    for (const std::size_t failing : {sizeof(RVNODE), 2000 * sizeof(RVNODE *)}) {
+        long cursor = 0;
+        markLog();
+        recorder.failAllocation(failing);
+        const RVNODE *node = RVNODE::load(bytes.get(), &cursor);
+        recorder.allocationsWork();
+        EXPECT_EQ(node, nullptr);
+        EXPECT_LOGGED_EXACTLY("   [!] Consistency error: node == NULL @ RVNODE::load\n");
+        EXPECT_EQ(cursor, 0);
+        EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
+    }
 }
 
 TEST_F(NodeTest, LoadTakesANameOf255Characters) {
