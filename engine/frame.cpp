@@ -52,6 +52,7 @@ void startFlatDrawing() {
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
     RVLIGHT::lightingOff();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVMATERIAL::reset(); // its textures, blending and lighting have just gone
     RVELEMENT::reset();
     RVOPENGL::blendingOff();
     glDisable(GL_CULL_FACE); // not through the switch, so that end2D still knows what to restore
@@ -61,14 +62,14 @@ void startFlatDrawing() {
 
 // Vertices, colours and texture coordinates, from the application's memory.
 void setFlatArrays() {
-    if (RVOPENGL::useVBO()) {
+    if (RVOPENGL::useVBO() && RVOPENGL::glBindBufferARB) {
         RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
         RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
     }
     RVOPENGL::vertexArrayOn();
     RVOPENGL::normalArrayOff();
     RVOPENGL::colorArrayOn();
-    if (RVOPENGL::useMultitexturing())
+    if (RVOPENGL::useMultitexturing() && RVOPENGL::glClientActiveTextureARB)
         RVOPENGL::glClientActiveTextureARB(GL_TEXTURE0);
     RVOPENGL::textureArrayOn();
 }

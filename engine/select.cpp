@@ -5,6 +5,7 @@
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
@@ -134,5 +135,6 @@ unsigned int RAVOLT::select(int x, int y) {
 
     const PixelBytes after = readPixel(pixel);
     putBack(pixel, before);
+    RVMATERIAL::reset(); // the flat drawing has undone what the last material had set
     return decodeIdentity(after, RVSETTINGS::getSDLColorDepth());
 }

@@ -96,7 +96,7 @@ unsigned char *makePixels(const char *path, const ravolt::TgaImage &image, bool 
 }
 
 void selectUnit(unsigned int unit) {
-    if (RVOPENGL::useMultitexturing())
+    if (RVOPENGL::useMultitexturing() && RVOPENGL::glActiveTextureARB)
         RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + unit);
 }
 

@@ -382,10 +382,33 @@ TEST_F(Frame, ASkyboxWithoutChildrenDrawsNothing) {
     Signature list(2);
     RAVOLT::begin3D(camera);
     list.pass();
+    markLog();
     const Calls calls = callsOf([] { EXPECT_TRUE(RAVOLT::end3D(true)); });
     EXPECT_TRUE(drawings.empty());
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVNODE::getChild\n");
     EXPECT_EQ(calls.count("glPointSize"), 1u);
     glPointSize(1);
+}
+
+TEST_F(Frame, ASkyboxThatIsDeletedIsDrawnNoMore) {
+    RVNODE *sky = new CustomNode;
+    auto *child = new SkyChild;
+    child->link(sky);
+    RAVOLT::setSkybox(sky);
+    drawFrame(camera, nullptr);
+    child->unlink();
+    delete sky;
+    drawFrame(camera, nullptr);
+    EXPECT_EQ(child->renders, 1);
+}
+
+TEST_F(Frame, ASkyboxDoesNotOutliveItsEngine) {
+    RAVOLT::setSkybox(new CustomNode);
+    ASSERT_TRUE(restart());
+    EXPECT_EQ(RAVOLT::getSkybox(), nullptr);
+    markLog();
+    drawFrame(nullptr, nullptr);
+    EXPECT_NOTHING_LOGGED();
 }
 
 // --- begin2D, end2D

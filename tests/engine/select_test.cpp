@@ -211,7 +211,63 @@ TEST_F(Selection, AfterBegin2DOnlyACustomNodeOfThatBlockIsFound) {
     RAVOLT::end2D();
 }
 
+TEST_F(Selection, ANodeThatIsDeletedIsFoundNoMore) {
+    auto *far = new Square;
+    far->setPosition(0, 0, -1);
+    auto *near = new Square;
+    near->link(far);
+    near->setPosition(0, 0, 2);
+    drawFrame(camera, far);
+    near->unlink();
+    delete near;
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), far->getId());
+}
+
+// The 2D block leaves the array of colours on.
+TEST_F(Selection, AMeshIsFoundAfterA2DBlockWithColours) {
+    const unsigned char colors[4][4] = {{9, 9, 9, 9}, {9, 9, 9, 9}, {9, 9, 9, 9}, {9, 9, 9, 9}};
+    RVMESH *mesh = loadMesh(squareBody());
+    ASSERT_NE(mesh, nullptr);
+    RAVOLT::begin2D();
+    glColorPointer(4, GL_UNSIGNED_BYTE, 0, colors);
+    mesh->pass();
+    RAVOLT::end2D();
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), mesh->getId());
+    EXPECT_FALSE(glIsEnabled(GL_COLOR_ARRAY));
+    glColorPointer(4, GL_UNSIGNED_BYTE, 0, nullptr);
+}
+
+TEST_F(Selection, UnderWireframeOnlyLinesAreFound) {
+    auto *node = new Square;
+    RAVOLT::wireframeOn();
+    drawFrame(camera, node);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0u);
+    unsigned int found = 0;
+    for (int x = 0; x < centreX && !found; ++x)
+        found = RAVOLT::select(x, centreY);
+    EXPECT_EQ(found, node->getId());
+    RAVOLT::wireframeOff();
+    RAVOLT::begin2D();
+    RAVOLT::end2D();
+}
+
 // --- what is left behind
+
+float depthAt(int x, int y) {
+    float depth = -1;
+    glReadPixels(x, RVSETTINGS::getSDLWindowY() - y, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
+    return depth;
+}
+
+TEST_F(Selection, TheDepthOfThePixelStaysOverwritten) {
+    auto *helper = new RVHELPER; // is seen, and not selected
+    helper->setPosition(0, 0, -5);
+    drawFrame(camera, helper);
+    ASSERT_LT(depthAt(centreX, centreY), 1);
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0u);
+    EXPECT_EQ(depthAt(centreX, centreY), 1);
+    EXPECT_LT(depthAt(centreX + 1, centreY), 1);
+}
 
 TEST_F(Selection, MatricesViewportAndBackgroundAreAsBefore) {
     drawFrame(camera, new Square);

@@ -159,6 +159,18 @@ TEST_F(MaterialCalls, NewMaterialAtAnOldAddressIsApplied) {
     later->~RVMATERIAL();
 }
 
+// Both undo state that a material has set.
+TEST_F(MaterialCalls, SelectAndTheFlatBlockForgetTheCurrentMaterial) {
+    renderCalls(material);
+    EXPECT_TRUE(renderCalls(material).empty());
+    RAVOLT::select(1, 1);
+    EXPECT_FALSE(renderCalls(material).empty());
+    EXPECT_TRUE(renderCalls(material).empty());
+    RAVOLT::begin2D();
+    EXPECT_FALSE(renderCalls(material).empty());
+    RAVOLT::end2D();
+}
+
 } // namespace
 
 } // namespace ravolt::test
