@@ -462,7 +462,7 @@ TEST(Convert, NamesWhatASceneCannotHold) {
 
 TEST(Convert, MovesNodesUpThatLieTooDeep) {
     std::string nodes;
-    constexpr int depth = 60;
+    constexpr int depth = 100;
     for (int i = 0; i < depth; ++i)
         nodes +=
             (i ? ",{\"name\":\"n" : "{\"name\":\"n") + std::to_string(i) +
@@ -475,8 +475,9 @@ TEST(Convert, MovesNodesUpThatLieTooDeep) {
     writeFile("deep.gltf", text);
     const Made made = make("deep.gltf");
     EXPECT_TRUE(contains(made.report.warnings(),
-                         "nodes below level 28 moved up to it: the engine's matrix stack ends "
-                         "there"));
+                         "nodes below level 60 moved up to it: the engine tells places in the "
+                         "world down to there"))
+        << joined(made.report.warnings());
     // Down the tree to the mesh, its place must be the sum of all steps.
     double place = 0;
     int levels = 0;
@@ -493,7 +494,57 @@ TEST(Convert, MovesNodesUpThatLieTooDeep) {
         ++levels;
     }
     EXPECT_EQ(place, depth);
-    EXPECT_LE(levels, 29);
+    EXPECT_EQ(levels, 60);
+}
+
+// The extension states: turned and scaled about the picture's upper left corner, then moved, with
+// rows counted downwards.
+TEST(Convert, AppliesTheTextureTransformsOfGltf2) {
+    const float places[] = {0, 0, 1, 0, 1, 1, 0, 1};
+    writeFile("square.bin",
+              squareBytes() + std::string(reinterpret_cast<const char *>(places), sizeof places));
+    writeFile("c.ppm", fourColors());
+    std::string text = gltf("1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1",
+                            R"(,"extensionsUsed":["KHR_texture_transform"],
+            "materials":[{"pbrMetallicRoughness":{"baseColorTexture":{"index":0,"extensions":{
+              "KHR_texture_transform":{"offset":[-0.2,0.1],"rotation":0.3,"scale":[1.5,0.5]}}}}}],
+            "textures":[{"source":0}],"images":[{"uri":"c.ppm"}])");
+    text = replaced(text, "\"POSITION\":0}", "\"POSITION\":0,\"TEXCOORD_0\":2},\"material\":0");
+    text = replaced(text, "\"type\":\"SCALAR\"}", R"("type":"SCALAR"},
+          {"bufferView":2,"componentType":5126,"count":4,"type":"VEC2"})");
+    text = replaced(text, "\"byteLength\":12}", R"("byteLength":12},
+          {"buffer":0,"byteOffset":60,"byteLength":32})");
+    text = replaced(text, "\"byteLength\":60,", "\"byteLength\":92,");
+    writeFile("model.gltf", text);
+    const Made made = make("model.gltf");
+    const RveNode *outer = find(made.scene.root, "outer");
+    ASSERT_TRUE(outer);
+    ASSERT_EQ(outer->mesh.uvs.size(), 4u);
+    for (std::size_t i = 0; i < 4; ++i) {
+        const auto &corner = outer->mesh.vertices[i]; // its own texture place in the file
+        const double u = 1.5 * static_cast<double>(corner[0]);
+        const double v = 0.5 * static_cast<double>(corner[1]);
+        EXPECT_NEAR(outer->mesh.uvs[i][0], std::cos(0.3) * u + std::sin(0.3) * v - 0.2, 1e-5) << i;
+        EXPECT_NEAR(outer->mesh.uvs[i][1], 1 - (std::cos(0.3) * v - std::sin(0.3) * u + 0.1), 1e-5)
+            << i;
+    }
+}
+
+TEST(Convert, WritesNoTexturesBesideWhatIsNoRegularFile) {
+    writeFile("picture.ppm", fourColors());
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd picture.ppm\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    fs::create_symlink("/dev/null", "device.rve");
+    ConvertOptions options;
+    options.model = "m.obj";
+    options.scene = "device.rve";
+    EXPECT_EQ(failureOf([&] { make(options); }),
+              "device.rve: is no regular file, so the textures cannot stand beside it");
+    EXPECT_FALSE(fs::exists("picture_d.tga"));
+    EXPECT_TRUE(fs::is_symlink("device.rve"));
+    // Without textures it is taken.
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    EXPECT_EQ(failureOf([&] { make(options); }), "");
 }
 
 TEST(Convert, CarriesLights) {

@@ -151,7 +151,8 @@ TEST(Import, NamesTheFileAndTheReason) {
     writeFile("empty.obj", "");
     EXPECT_EQ(reading("missing.obj"), "missing.obj: no such file");
     EXPECT_EQ(reading("folder"), "folder: is a folder, not a model");
-    for (const char *file : {"junk.glb", "no.ending", "empty.obj"}) {
+    EXPECT_EQ(reading("empty.obj"), "empty.obj: is empty");
+    for (const char *file : {"junk.glb", "no.ending"}) {
         const std::string line = reading(file);
         EXPECT_EQ(line.rfind(std::string(file) + ": ", 0), 0u) << line;
         EXPECT_EQ(line.find('\n'), std::string::npos) << line;

@@ -59,6 +59,10 @@ Textures::Options textureOptions(const ConvertOptions &options, const fs::path &
     Textures::Options result;
     result.modelFolder = options.model.parent_path();
     result.outputFolder = folder;
+    std::error_code error;
+    if (fs::exists(options.scene, error) && !fs::is_regular_file(options.scene, error))
+        result.forbidden =
+            options.scene.string() + ": is no regular file, so the textures cannot stand beside it";
     result.prefix = options.prefix;
     result.largest = options.largestTexture;
     return result;

@@ -25,7 +25,7 @@ constexpr float creaseAngle = 60;
 
 constexpr unsigned int steps = aiProcess_Triangulate | aiProcess_SortByPType |
                                aiProcess_GenSmoothNormals | aiProcess_GenUVCoords |
-                               aiProcess_TransformUVCoords | aiProcess_JoinIdenticalVertices;
+                               aiProcess_JoinIdenticalVertices;
 
 // Hands assimp's steps to our progress bar.
 class Handler : public Assimp::ProgressHandler {
@@ -52,6 +52,13 @@ std::string oneLine(std::string text) {
     while (!text.empty() && (text.back() == ' ' || text.back() == '.'))
         text.pop_back();
     return text.empty() ? "the reader gave no reason" : text;
+}
+
+bool isGltf2(const Assimp::Importer &importer) {
+    const int index = importer.GetPropertyInteger("importerIndex", -1);
+    const aiImporterDesc *used =
+        index < 0 ? nullptr : importer.GetImporterInfo(static_cast<std::size_t>(index));
+    return used && std::strstr(used->mName, "glTF2");
 }
 
 bool isFinite(const aiVector3D &v) {
@@ -214,6 +221,8 @@ Model::Model(const std::string &path, Report &report, Progress &progress) {
         throw Failure(path, "no such file");
     if (std::filesystem::is_directory(path, error))
         throw Failure(path, "is a folder, not a model");
+    if (std::filesystem::is_regular_file(path, error) && std::filesystem::is_empty(path, error))
+        throw Failure(path, "is empty");
 
     Handler handler(progress);
     importer.SetProgressHandler(&handler);
@@ -240,14 +249,13 @@ Model::Model(const std::string &path, Report &report, Progress &progress) {
         throw Failure(path, "has no triangles to draw");
 
     progress.step("preparing", 0.35, 0.5);
-    current = importer.ApplyPostProcessing(steps);
+    // assimp states a glTF 2 transform about another centre than its own step turns by, so those
+    // are applied to the coordinates of each material.
+    linearColors = isGltf2(importer);
+    current = importer.ApplyPostProcessing(
+        hasTextureTransforms() ? steps : steps | aiProcess_TransformUVCoords);
     if (!current)
         throw Failure(path, oneLine(importer.GetErrorString()));
-
-    const int index = importer.GetPropertyInteger("importerIndex", -1);
-    const aiImporterDesc *importerUsed =
-        index < 0 ? nullptr : importer.GetImporterInfo(static_cast<std::size_t>(index));
-    linearColors = importerUsed && std::strstr(importerUsed->mName, "glTF2");
 }
 
 } // namespace ravolt::tool

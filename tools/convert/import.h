@@ -24,6 +24,8 @@ class Model {
     bool hasLinearColors() const { return linearColors; }
     // Whether the cones of spot lights are stated as half angles.
     bool hasHalfCones() const { return linearColors; }
+    // Whether the transforms of textures are still to be applied to the texture coordinates.
+    bool hasTextureTransforms() const { return linearColors; }
 
   private:
     Assimp::Importer importer;

@@ -133,6 +133,27 @@ void reportMapping(const aiMaterial &material, aiTextureType type, const std::st
     }
 }
 
+// The transform of a glTF 2 texture, which assimp 5.2 states as one about the texture's centre with
+// an offset that does not belong to it: the way back to the file's own offset, whose rows count
+// downwards.
+TextureTransform transformOf(const aiMaterial &material, aiTextureType type) {
+    aiUVTransform stated;
+    if (material.Get(AI_MATKEY_UVTRANSFORM(type, 0), stated) != aiReturn_SUCCESS)
+        return {};
+    const double r = -static_cast<double>(stated.mRotation);
+    const double c = std::cos(r), s = std::sin(r);
+    const double sx = static_cast<double>(stated.mScaling.x);
+    const double sy = static_cast<double>(stated.mScaling.y);
+    const double x = static_cast<double>(stated.mTranslation.x) - 0.5 * sx * (1 - c + s);
+    const double y = 0.5 * sy * (s + c - 1) + 1 - sy - static_cast<double>(stated.mTranslation.y);
+    // u' = c sx u + s sy v + x and v' = -s sx u + c sy v + y, both ways with 1 - v for v.
+    const TextureTransform result = {c * sx, -s * sy, s * sy + x, s * sx, c * sy, 1 - c * sy - y};
+    for (double value : {result.uu, result.uv, result.u, result.vu, result.vv, result.v})
+        if (!std::isfinite(value))
+            return {};
+    return result;
+}
+
 // A texture stands for the colour where a material states none, and where exporters left it black.
 Color diffuseOf(const aiMaterial &material, bool linear, bool covered) {
     Color diffuse = {0, 0, 0, 1};
@@ -263,6 +284,8 @@ ravolt::RveMaterial Converter::convert(const aiMaterial &material, Surface &surf
         if (material.Get(AI_MATKEY_UVWSRC(source.type, 0), channel) == aiReturn_SUCCESS &&
             channel >= 0 && channel < AI_MAX_NUMBER_OF_TEXTURECOORDS)
             surface.channel = static_cast<unsigned int>(channel);
+        if (model.hasTextureTransforms())
+            surface.texture = transformOf(material, source.type);
     }
 
     const bool glows = source.type == aiTextureType_EMISSIVE;

@@ -3,6 +3,7 @@
 // Materials of a model as those of a scene file.
 
 #include "tools/convert/import.h"
+#include "tools/convert/meshes.h"
 #include "tools/convert/textures.h"
 #include "tools/progress.h"
 #include "tools/report.h"
@@ -18,6 +19,7 @@ struct Surface {
     bool used = false;
     std::string name;         // unique in the scene
     unsigned int channel = 0; // set of texture coordinates
+    TextureTransform texture; // applied to them
     bool bothSides = false;   // to be seen from behind, and opaque: the engine itself shows both
                               // sides of what is transparent
 };

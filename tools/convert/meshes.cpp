@@ -81,7 +81,7 @@ std::uint32_t addVertex(Geometry &geometry, const aiMesh &mesh, const Carrying &
     if (geometry.placed) {
         const aiVector3D *channel = mesh.mTextureCoords[carrying.channel];
         geometry.texturePlaces.push_back(
-            channel ? TexturePlace{channel[vertex].x, channel[vertex].y} : TexturePlace{});
+            channel ? carrying.texture(channel[vertex].x, channel[vertex].y) : TexturePlace{});
     }
     return static_cast<std::uint32_t>(geometry.positions.size() - 1);
 }

@@ -34,11 +34,22 @@ struct Geometry {
     bool empty() const { return faces.empty(); }
 };
 
+// An affine map of texture places, row by row.
+struct TextureTransform {
+    double uu = 1, uv = 0, u = 0;
+    double vu = 0, vv = 1, v = 0;
+
+    TexturePlace operator()(double x, double y) const {
+        return {static_cast<float>(uu * x + uv * y + u), static_cast<float>(vu * x + vv * y + v)};
+    }
+};
+
 // How the vertices of one mesh go into the space of the node that will hold them.
 struct Carrying {
     Matrix rest;               // for all vertices of a rigid mesh
     std::vector<Affine> posed; // for each vertex, when bones hold the mesh in a pose; else empty
     unsigned int channel = 0;  // which set of texture coordinates
+    TextureTransform texture;  // applied to them
     bool bothSides = false;    // each triangle a second time, seen from behind
 };
 

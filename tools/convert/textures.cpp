@@ -100,6 +100,8 @@ std::string Textures::freeName(const std::string &path) {
 }
 
 void Textures::write(const std::string &name, const Image &image, bool withAlpha) {
+    if (!options.forbidden.empty())
+        throw Failure(options.forbidden);
     const unsigned int channels = withAlpha ? 4 : 3;
     const std::vector<unsigned char> pixels = bottomUp(image, channels);
     const std::filesystem::path file = options.outputFolder / name;

@@ -36,6 +36,8 @@ class Textures {
     struct Options {
         std::filesystem::path modelFolder;
         std::filesystem::path outputFolder;
+        // Why no file may be written there; empty when they may.
+        std::string forbidden;
         std::string prefix;
         unsigned int largest = largestTexture;
     };

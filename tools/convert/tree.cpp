@@ -138,6 +138,7 @@ std::vector<Part> TreeBuilder::partsOf(const aiNode &node, const Matrix &rest,
             map = toNode * map;
         // Some exporters number the sets from 1.
         carrying.channel = mesh.mTextureCoords[surface.channel] ? surface.channel : 0;
+        carrying.texture = surface.texture;
         carrying.bothSides = surface.bothSides;
         const Dropped lost = append(byMaterial[mesh.mMaterialIndex], mesh, carrying);
         dropped.tooFar += lost.tooFar;
@@ -234,7 +235,7 @@ void TreeBuilder::checkTotals() {
                     " of nodes cut: a name has at most 255 characters");
     if (flattened)
         report.warn("nodes below level " + std::to_string(deepestLevel) +
-                    " moved up to it: the engine's matrix stack ends there");
+                    " moved up to it: the engine tells places in the world down to there");
     if (drawn > drawnAtOnce)
         report.warn(std::to_string(drawn) + " meshes and lights: the engine draws at most " +
                     std::to_string(drawnAtOnce) + " in a frame");

@@ -13,9 +13,10 @@
 
 namespace ravolt::tool {
 
-// Levels of nodes in a scene. The engine walks it on OpenGL's matrix stack, of which 32 levels are
-// certain, and the view needs some of its own.
-constexpr int deepestLevel = 28;
+// Levels of nodes in a scene. The format and the engine's drawing go deeper, but
+// RVNODE::getFinalMatrix, by which a scene is framed and its nodes are placed in the world, knows
+// 63 ancestors; the pieces of a node and its lights stand one level below it.
+constexpr int deepestLevel = 60;
 
 // What the engine draws in one frame at most.
 constexpr std::size_t drawnAtOnce = 4096;
