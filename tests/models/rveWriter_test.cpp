@@ -1,6 +1,7 @@
 #include "tools/writers/rveWriter.h"
 
 #include "tests/models/modelScenes.h"
+#include "tests/support/fileLimit.h"
 
 #include <filesystem>
 
@@ -105,6 +106,31 @@ TEST(RveWriter, FileThatCannotBeWrittenIsAnError) {
               "no such folder/scene.rve: cannot be written");
     EXPECT_EQ(writeRve("written.rve", scene), "");
     EXPECT_EQ(std::filesystem::file_size("written.rve"), encodeRve(scene).bytes.size());
+}
+
+TEST(RveWriter, LeavesNoPartOfAFile) {
+    const RveScene scene{{}, rootOver({})};
+    {
+        const FileLimit limit(RLIMIT_FSIZE, 10);
+        EXPECT_EQ(writeRve("part.rve", scene), "part.rve: cannot be written");
+    }
+    EXPECT_FALSE(std::filesystem::exists("part.rve"));
+}
+
+TEST(RveWriter, LeavesAFileThatItCannotOpenAndADevice) {
+    const RveScene scene{{}, rootOver({})};
+    ASSERT_EQ(writeRve("old.rve", scene), "");
+    {
+        const FileLimit limit(RLIMIT_NOFILE, 0);
+        EXPECT_EQ(writeRve("old.rve", scene), "old.rve: cannot be written");
+    }
+    ASSERT_TRUE(std::filesystem::exists("old.rve"));
+    EXPECT_EQ(std::filesystem::file_size("old.rve"), encodeRve(scene).bytes.size());
+
+    std::filesystem::remove("full");
+    std::filesystem::create_symlink("/dev/full", "full");
+    EXPECT_EQ(writeRve("full", scene), "full: cannot be written");
+    EXPECT_TRUE(std::filesystem::is_symlink("full"));
 }
 
 } // namespace

@@ -1,9 +1,12 @@
 #include "resources/tga.h"
 
 #include "tests/resources/tgaFiles.h"
+#include "tests/support/fileLimit.h"
 #include "tools/writers/tgaWriter.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 namespace ravolt {
 
@@ -244,6 +247,33 @@ TEST(TgaWriter, SaysWhenTheFileCannotBeWritten) {
     std::ifstream file("good.tga", std::ios::binary);
     const Bytes bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     EXPECT_EQ(tgaHeader(plainType, 1, 1, 24) + (Bytes{3, 2, 1}), bytes);
+}
+
+TEST(TgaWriter, LeavesNoPartOfAFile) {
+    const Bytes pixels(32 * 32 * 3);
+    const TgaPicture picture{32, 32, 3, false, pixels.data()};
+    {
+        const FileLimit limit(RLIMIT_FSIZE, 1000);
+        EXPECT_FALSE(writeTga("part.tga", picture));
+    }
+    EXPECT_FALSE(std::filesystem::exists("part.tga"));
+    EXPECT_TRUE(writeTga("part.tga", picture));
+}
+
+TEST(TgaWriter, LeavesAFileThatItCannotOpenAndADevice) {
+    const Bytes pixels(32 * 32 * 3);
+    const TgaPicture picture{32, 32, 3, false, pixels.data()};
+    ASSERT_TRUE(writeTga("old.tga", picture));
+    {
+        const FileLimit limit(RLIMIT_NOFILE, 0);
+        EXPECT_FALSE(writeTga("old.tga", picture));
+    }
+    EXPECT_EQ(std::filesystem::file_size("old.tga"), tgaHeaderSize + pixels.size());
+
+    std::filesystem::remove("full");
+    std::filesystem::create_symlink("/dev/full", "full");
+    EXPECT_FALSE(writeTga("full", picture));
+    EXPECT_TRUE(std::filesystem::is_symlink("full"));
 }
 
 } // namespace

@@ -1,11 +1,10 @@
 #include "tools/writers/rveWriter.h"
 
+#include "tools/writers/wholeFile.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 
 // Everything is little-endian and packed. The scene is checked while it is written; the first
 // error ends the work, since every putter does nothing behind one.
@@ -249,16 +248,7 @@ std::string writeRve(const std::string &path, const RveScene &scene, RveVersion 
     const RveResult result = encodeRve(scene, version);
     if (!result.ok())
         return result.error;
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char *>(result.bytes.data()),
-               static_cast<std::streamsize>(result.bytes.size()));
-    file.close();
-    if (file)
-        return "";
-    std::error_code error;
-    if (std::filesystem::is_regular_file(path, error)) // never a device
-        std::filesystem::remove(path, error);
-    return path + ": cannot be written";
+    return writeWholeFile(path, result.bytes) ? "" : path + ": cannot be written";
 }
 
 } // namespace ravolt

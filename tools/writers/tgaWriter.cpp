@@ -1,9 +1,10 @@
 #include "tools/writers/tgaWriter.h"
 
+#include "tools/writers/wholeFile.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <fstream>
 
 // Packets of run-length files end with the row, as the format asks for.
 
@@ -101,12 +102,7 @@ Bytes encodeTga(const TgaPicture &picture, TgaEncoding encoding) {
 }
 
 bool writeTga(const std::string &path, const TgaPicture &picture, TgaEncoding encoding) {
-    const Bytes bytes = encodeTga(picture, encoding);
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char *>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    return !file.fail();
+    return writeWholeFile(path, encodeTga(picture, encoding));
 }
 
 } // namespace ravolt
