@@ -5,6 +5,7 @@
 #include "ravolt/zlf.h"
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/shortReads.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -387,6 +388,19 @@ TEST_F(RveBadInputTest, ForeignFilesHaveAnInvalidHeader) {
     expectRefused(Bytes(5000, 'R'), invalidHeader);
     const char other[] = "RVE file v1.7a";
     expectRefused(Bytes(other, other + sizeof(other)), invalidHeader);
+}
+
+TEST_F(RveBadInputTest, FileThatCannotBeReadWholeIsCorrupted) {
+    const Bytes bytes = bytesOf({{materialNamed("stone")}, rootOver({nodeNamed("arm")})});
+    const LogMark mark = logMark();
+    {
+        const ShortReads shortReads;
+        EXPECT_EQ(loadBytes(bytes), nullptr);
+    }
+    EXPECT_EQ(problemsSince(mark), std::vector<std::string>{corrupted});
+    EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
+    EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 0u);
+    EXPECT_NE(loadBytes(bytes), nullptr);
 }
 
 TEST_F(RveBadInputTest, FolderIsNoFile) {
