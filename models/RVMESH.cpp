@@ -44,7 +44,7 @@ Z3MMATRIX RVMESH::boneMatrix[RV_BONES];
 
 RVMESH::RVMESH() { become(RV_NODE_TYPE_MESH); }
 
-RVMESH::RVMESH(const RVMESH &other) : RVNODE(other) {
+RVMESH::RVMESH(const RVMESH &other) : RVNODE(other), material(other.material) {
     *this = other;
     keepClass(RV_NODE_TYPE_MESH);
 }
@@ -102,11 +102,12 @@ bool RVMESH::render(void *element) {
 // Lights and material of the normal pass. Returns whether the mesh is drawn as a transparent one.
 bool RVMESH::shade(RVELEMENT &entry) const {
     RVLIGHT::activateNearest(&entry);
-    if (!material)
+    RVMATERIAL *const paint = material.get();
+    if (!paint)
         return false;
     // On purpose: without lighting a transparent mesh is drawn as an opaque one, in one go.
     if (!RVLIGHT::getLighting()) {
-        material->render(nullptr);
+        paint->render(nullptr);
         return false;
     }
     // An entry that no light was picked for keeps a pointer of an earlier frame.
@@ -114,11 +115,11 @@ bool RVMESH::shade(RVELEMENT &entry) const {
     const RVNODE *node = RVELEMENT::isInList(nearest) ? nearest->getNode() : nullptr;
     if (node && ravolt::NodeClass::is(*node, RV_NODE_TYPE_LIGHT)) {
         int lightType = static_cast<const RVLIGHT *>(node)->getLightType();
-        material->render(&lightType);
+        paint->render(&lightType);
     } else {
-        material->render(nullptr);
+        paint->render(nullptr);
     }
-    return material->isTransparent();
+    return paint->isTransparent();
 }
 
 void RVMESH::shadeFlat(const RVELEMENT &entry) const {
@@ -142,7 +143,7 @@ void RVMESH::drawSurfaces(const RVELEMENT &entry, bool transparent) const {
     RVOPENGL::twoSideOn();
     RVOPENGL::cullingOn();
     glCullFace(GL_FRONT);
-    bindArrays();
+    bindArrays(); // both halves are drawn from them
     drawFaces();
     glCullFace(GL_BACK);
     drawFaces();
@@ -218,15 +219,16 @@ float RVMESH::getRadius() const { return radius; }
 Z3MVECTOR3D RVMESH::getMinimum() const { return minimum; }
 Z3MVECTOR3D RVMESH::getMaximum() const { return maximum; }
 
-void RVMESH::setMaterial(RVMATERIAL *newMaterial) {
-    if (material)
+void RVMESH::MaterialUse::set(RVMATERIAL *newMaterial) {
+    if (counts && material)
         material->decReferences();
     material = newMaterial;
-    if (material)
+    if (counts && material)
         material->incReferences();
 }
 
-RVMATERIAL *RVMESH::getMaterial() const { return material; }
+void RVMESH::setMaterial(RVMATERIAL *newMaterial) { material.set(newMaterial); }
+RVMATERIAL *RVMESH::getMaterial() const { return material.get(); }
 
 int RVMESH::getNumberOfBones() const { return numberOfBones; }
 unsigned int RVMESH::getNumberOfVertices() const { return numberOfVertices; }

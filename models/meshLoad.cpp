@@ -6,6 +6,7 @@
 
 #include "foundation/bytes.h"
 #include "foundation/text.h"
+#include "models/loadIndex.h"
 #include "models/rveRecords.h"
 #include "scene/nodeTree.h"
 
@@ -78,8 +79,6 @@ RVMESH::~RVMESH() {
     for (void *block : holdings.block)
         if (block)
             zlfFree(block);
-    if (material && isRegistered())
-        material->decReferences();
 }
 
 RVNODE *RVMESH::load(const char *buffer, long *cursor, bool obsolete) {
@@ -121,7 +120,7 @@ void RVMESH::describe(const MeshRecord &record) {
 
 void RVMESH::assignMaterial(const char *materialName) {
     const bool isRootMesh = std::strcmp(getName(), "[root]") == 0;
-    RVMATERIAL *found = RVMATERIAL::findByName(materialName);
+    RVMATERIAL *found = ravolt::LoadIndex::findMaterial(materialName);
     if (std::strcmp(materialName, "[none]") == 0 && !isRootMesh)
         zlfLog("   [!] no material assigned to mesh '%s'\n", getName());
     else if (!found && !isRootMesh && *materialName)
@@ -185,8 +184,8 @@ bool RVMESH::copySkin(const MeshRecord &record) {
     numberOfBones = record.numberOfBones;
     for (unsigned int i = 0; i < numberOfBones; ++i)
         ravolt::copyText((new (&bone[i]) RVBONE)->name, record.boneName[i]);
-    if (material)
-        material->setSkinning(true);
+    if (material.get())
+        material.get()->setSkinning(true);
     return true;
 }
 

@@ -9,6 +9,7 @@
 
 #include "foundation/bytes.h"
 #include "foundation/text.h"
+#include "models/loadIndex.h"
 #include "models/rveRecords.h"
 #include "scene/nodeRecords.h"
 #include "scene/nodeTree.h"
@@ -26,6 +27,7 @@
 // file is built; then everything made so far goes again.
 
 using ravolt::ByteReader;
+using ravolt::LoadIndex;
 using ravolt::MaterialRecord;
 using ravolt::MeshRecord;
 using ravolt::NodeTree;
@@ -138,15 +140,17 @@ class Additions {
 
     std::vector<RVMATERIAL *> materials;
     std::vector<RVTEXTURE *> textures;
+    LoadIndex index;
 };
 
 // A texture whose file cannot be read is used all the same.
 RVTEXTURE *findOrLoadTexture(const char *fileName, Additions &additions) {
-    if (RVTEXTURE *texture = RVTEXTURE::findByFilename(fileName))
+    if (RVTEXTURE *texture = LoadIndex::findTexture(fileName))
         return texture;
     RVTEXTURE *texture = new RVTEXTURE;
     additions.textures.push_back(texture);
     texture->load(fileName);
+    additions.index.add(*texture);
     return texture;
 }
 
@@ -174,7 +178,7 @@ void buildMaterial(const MaterialRecord &record, Additions &additions) {
         diffuse = findOrLoadTexture(record.textureName, additions);
         normalMap = findOrLoadNormalMap(record.textureName, additions);
     }
-    if (RVMATERIAL::findByName(record.name))
+    if (LoadIndex::findMaterial(record.name))
         return;
 
     RVMATERIAL *material = new RVMATERIAL;
@@ -184,6 +188,7 @@ void buildMaterial(const MaterialRecord &record, Additions &additions) {
     material->setSpecular(record.specular);
     material->setEmission(record.selfIllumination);
     material->setName(record.name);
+    additions.index.add(*material);
     material->setTexture(0, diffuse);
     material->setTexture(1, normalMap);
     material->setTransparency(record.transparency);
@@ -292,6 +297,7 @@ RVNODE *RAVOLT::load(const char *fileName) try {
     std::unique_ptr<RVNODE, DestroyTree> root(recursiveLoad(bytes, &cursor, nullptr));
     if (!root)
         return nullptr;
+    additions.index.addTree(*root);
     recursiveInitBones(root.get(), root.get());
     zlfFree(file.release());
     zlfLog("   File .RVE loaded (%u nodes)\n", state.nodes);

@@ -2,6 +2,8 @@
 
 #include "ravolt/zlf.h"
 
+#include "models/loadIndex.h"
+
 // Bones and the bending of a mesh by the processor. A bone's matrix for drawing leads from the bind
 // pose, through the place of the bone in this frame, back into the space of the mesh; all of it is
 // taken relative to the ancestor "HumanoidRoot", so that moving the whole figure bends nothing.
@@ -23,7 +25,7 @@ bool RVMESH::resetBones(RVNODE *root) {
 
     zlfLog("   Building bones for %s... ", getName());
     for (unsigned int i = 0; i < numberOfBones; ++i) {
-        bone[i].node = root->findByNameInHierarchy(bone[i].name);
+        bone[i].node = ravolt::LoadIndex::findNode(*root, bone[i].name);
         if (bone[i].node) {
             bone[i].matrix = bone[i].node->getFinalMatrix(skeletonRoot).inverse();
         } else {

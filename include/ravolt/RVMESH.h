@@ -47,8 +47,12 @@ class RV_API RVMESH : public RVNODE {
     ~RVMESH() override;
 
     // A copy has the values of every field and shares the original's arrays and buffers, which it
-    // does not own: it must not be used once the original is gone.
+    // does not own: it must not be used once the original is gone. It is no user of its material:
+    // neither its setMaterial nor its end changes a count.
     RVMESH(const RVMESH &other);
+
+    // Shares likewise. What a registered mesh owned itself stays with it, unused, and is released at
+    // its end; it leaves its former material and becomes a user of the new one.
     RVMESH &operator=(const RVMESH &) = default;
 
     // The skeleton cache of RV_SKELETONS entries; for RAVOLT::init and RAVOLT::free. Both return
@@ -119,6 +123,25 @@ class RV_API RVMESH : public RVNODE {
   private:
     friend class RVELEMENT;
 
+    // The material, with this mesh as one of its users: copies start as none and never become one.
+    class MaterialUse {
+      public:
+        MaterialUse() : material(nullptr), counts(true) {}
+        MaterialUse(const MaterialUse &other) : material(other.material), counts(false) {}
+        MaterialUse &operator=(const MaterialUse &other) {
+            set(other.material);
+            return *this;
+        }
+        ~MaterialUse() { set(nullptr); }
+
+        void set(RVMATERIAL *newMaterial);
+        RVMATERIAL *get() const { return material; }
+
+      private:
+        RVMATERIAL *material;
+        bool counts;
+    };
+
     // What this very object must release: copies start without it, and assignment leaves it alone.
     struct Holdings {
         Holdings() : block(), buffer() {}
@@ -146,7 +169,7 @@ class RV_API RVMESH : public RVNODE {
     float radius = -1.0f;
     Z3MVECTOR3D minimum;
     Z3MVECTOR3D maximum;
-    RVMATERIAL *material = nullptr;
+    MaterialUse material;
     bool shadowCaster = false;
     bool closed = false;
     bool hidden = false;

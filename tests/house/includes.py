@@ -27,7 +27,7 @@ FLOORS = {
         "ravolt/RVNODE", "ravolt/RVCAMERA", "ravolt/RVELEMENT", "ravolt/RVLIGHT",
         "ravolt/RVHELPER"],
     4: ["ravolt/RVMESH", "models/RVMESH", "models/skinning", "models/meshLoad",
-        "models/rveRecords"],
+        "models/loadIndex", "models/rveRecords"],
     5: ["scene/pass", "scene/sort"],
     6: ["engine/frame", "engine/select", "models/rveLoader"],
     7: ["engine/lifecycle", "engine/loadHook", "engine/window", "engine/windowSystem",

@@ -9,6 +9,7 @@
 #include "tests/support/engineFixture.h"
 
 #include <memory>
+#include <set>
 
 using namespace ravolt;
 using namespace ravolt::test;
@@ -205,6 +206,65 @@ TEST_F(MeshTest, CopySharesTheArraysAndReleasesNothing) {
     }
     EXPECT_FALSE(recorder.stop().contains("glDeleteBuffersARB"));
     EXPECT_EQ(mesh->getVertexPtr()[1].x, 1.0f);
+}
+
+TEST_F(MeshTest, AssignmentMovesTheCountOfTheMaterialAlong) {
+    RVMESH *mesh = makeSquare();
+    RVMATERIAL *paint = mesh->getMaterial();
+    RVMATERIAL *former = new RVMATERIAL;
+    RVMESH *assigned = new RVMESH;
+    assigned->setMaterial(former);
+    *assigned = *mesh;
+    EXPECT_EQ(former->getReferences(), 0);
+    EXPECT_EQ(paint->getReferences(), 2);
+    const RVMESH &same = *assigned;
+    *assigned = same;
+    EXPECT_EQ(paint->getReferences(), 2);
+    delete assigned;
+    EXPECT_EQ(paint->getReferences(), 1);
+    RVMESH bare;
+    *mesh = bare;
+    EXPECT_EQ(mesh->getMaterial(), nullptr);
+    EXPECT_EQ(paint->getReferences(), 0);
+}
+
+TEST_F(MeshTest, CopyCountsAndReleasesNoMaterial) {
+    RVMESH *mesh = makeSquare();
+    RVMATERIAL *paint = mesh->getMaterial();
+    RVMATERIAL *other = new RVMATERIAL;
+    {
+        RVMESH copy(*mesh);
+        EXPECT_EQ(copy.getMaterial(), paint);
+        copy.setMaterial(other);
+        EXPECT_EQ(copy.getMaterial(), other);
+        EXPECT_EQ(paint->getReferences(), 1);
+        EXPECT_EQ(other->getReferences(), 0);
+        RVMESH second(copy);
+        second = *mesh;
+        EXPECT_EQ(second.getMaterial(), paint);
+        *mesh = copy;
+        EXPECT_EQ(paint->getReferences(), 0);
+        EXPECT_EQ(other->getReferences(), 1);
+    }
+    EXPECT_EQ(paint->getReferences(), 0);
+    EXPECT_EQ(other->getReferences(), 1);
+}
+
+// What the mesh owned itself stays its own, and is released with it, once.
+TEST_F(MeshTest, AssignmentToAMeshWithGeometryLosesNothing) {
+    recorder.start();
+    loadScene({squareMesh("a"), squareMesh("b")});
+    const std::size_t buffers = recorder.stop().count("glGenBuffersARB");
+    RVMESH *a = meshNamed("a"), *b = meshNamed("b");
+    const Z3MVECTOR3D *const vertices = a->getVertexPtr();
+    *b = *a;
+    EXPECT_EQ(b->getVertexPtr(), vertices);
+    recorder.start();
+    RVNODE::cleanUp();
+    std::set<double> names;
+    for (const Call &call : recorder.stop().named("glDeleteBuffersARB"))
+        EXPECT_TRUE(names.insert(call.arguments[1]).second);
+    EXPECT_EQ(names.size(), buffers);
 }
 
 TEST_F(MeshTest, OpaqueMeshIsDrawnOnceFromItsBuffers) {

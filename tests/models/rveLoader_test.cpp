@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <set>
 
@@ -147,6 +148,7 @@ void expectFullScene(RVNODE *root) {
     EXPECT_EQ(light->getLightType(), RV_LIGHT_TYPE_SPOT);
     expectVector(light->getPosition(), {1, 2, 3});
     expectVector(light->getTarget(), {1, 1, 3.5f});
+    expectVector(light->getDirection(), {0, -1, 0.5f});
     EXPECT_EQ(light->getCutOff(), 30.0f);
     expectColor(light->getAmbient(), {1.0f / 5.0f, 0.5f / 5.0f, 0.25f / 5.0f, 1.0f});
     expectColor(light->getDiffuse(), {1.0f, 0.5f, 0.25f, 1.0f});
@@ -256,6 +258,55 @@ TEST_F(RveLoaderTest, FirstOfTwoMaterialsOfOneNameStands) {
     loadScene(scene);
     EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 1u);
     EXPECT_EQ(RVMATERIAL::findByName("stone")->getTransparency(), 1.0f);
+}
+
+TEST_F(RveLoaderTest, OldestOfTwoKnownMaterialsOfOneNameServesTheMeshes) {
+    RVMATERIAL *oldest = new RVMATERIAL;
+    RVMATERIAL *second = new RVMATERIAL;
+    for (RVMATERIAL *material : {oldest, second})
+        material->setName("stone");
+    loadScene(RveScene{{materialNamed("stone"), materialNamed("new")},
+                       rootOver({squareMesh("a", "stone"), squareMesh("b", "new")})});
+    EXPECT_EQ(meshNamed("a")->getMaterial(), oldest);
+    EXPECT_EQ(meshNamed("b")->getMaterial(), RVMATERIAL::findByName("new"));
+    EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 3u);
+}
+
+// As a walk from the root finds it: depth first, parents before children.
+TEST_F(RveLoaderTest, FirstOfTwoNodesOfOneNameIsTheBone) {
+    RveNode square = squareMesh("square");
+    square.mesh.skin = {1, {0, 0, 0, 0}, {1, 1, 1, 1}, {"bone"}};
+    RVNODE *root = loadScene(
+        {nodeNamed("arm", {emptyMesh("bone", {0, 0, 3})}), square, emptyMesh("bone", {0, 0, 5})});
+    root->getChild(0)->getChild(0)->setPosition(5, 0, 3);
+    RVMESH::showNormals();
+    recorder.start();
+    drawFrame(nullptr, root);
+    RVMESH::hideNormals();
+    EXPECT_TRUE(recorder.stop().contains(Call{"glVertex3f", 4, -1, 0}));
+}
+
+// What takes time is to find each name; the rest of such a load is done in a blink.
+TEST_F(RveLoaderTest, LargeFileLoadsInLinearTime) {
+    constexpr unsigned int number = 30000;
+    RveScene scene{{}, rootOver({})};
+    zlfSetConsoleEcho(false);
+    for (unsigned int i = 0; i < number; ++i) {
+        scene.materials.push_back(materialNamed("material " + std::to_string(i)));
+        scene.root.children.push_back(emptyMesh("mesh " + std::to_string(i), {0, 0, 0}));
+        scene.root.children.back().mesh.material = scene.materials.back().name;
+    }
+    for (unsigned int i = 0; i < 300; ++i) {
+        RveNode skin = emptyMesh("skin");
+        skin.mesh.skin.weightsPerVertex = 1;
+        for (unsigned int bone = 1; bone <= rveBones; ++bone)
+            skin.mesh.skin.bones.push_back("mesh " + std::to_string(number - bone));
+        scene.root.children.push_back(skin);
+    }
+    writeBytes("scene.rve", bytesOf(scene));
+    const std::clock_t begin = std::clock();
+    EXPECT_NE(RAVOLT::load("scene.rve"), nullptr);
+    EXPECT_LT(double(std::clock() - begin) / CLOCKS_PER_SEC, 3.0);
 }
 
 TEST_F(RveLoaderTest, TextureAndNormalMapFillTheFirstTwoSlots) {
