@@ -51,8 +51,8 @@ class RV_API RVMESH : public RVNODE {
     // neither its setMaterial nor its end changes a count.
     RVMESH(const RVMESH &other);
 
-    // Shares likewise. What a registered mesh owned itself stays with it, unused, and is released at
-    // its end; it leaves its former material and becomes a user of the new one.
+    // Shares likewise. What a registered mesh owned itself stays with it, unused, and is released
+    // at its end; it leaves its former material and becomes a user of the new one.
     RVMESH &operator=(const RVMESH &) = default;
 
     // The skeleton cache of RV_SKELETONS entries; for RAVOLT::init and RAVOLT::free. Both return
