@@ -79,6 +79,9 @@ void RVMATERIAL::applyTextures() const {
             texture[slot]->render(&slot);
             none = false;
         }
+    // A texture that came back in a later slot was uploaded through unit 0.
+    if (texture[0])
+        texture[0]->render(nullptr);
     if (none)
         RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
 }

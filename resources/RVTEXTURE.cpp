@@ -78,10 +78,10 @@ bool readImage(const char *path, FileBytes &file, ravolt::TgaImage &image) {
     return false;
 }
 
-// The image's pixels, owned by the caller. Without them `ok` says whether that is a failure.
-unsigned char *makePixels(const char *path, const ravolt::TgaImage &image, bool &ok) {
+// The image's pixels, owned by the caller; NULL when memory runs out.
+// On purpose: a file of another kind is no failure. Its pixels are black.
+unsigned char *makePixels(const char *path, const ravolt::TgaImage &image) {
     unsigned char *pixels = allocatePixels(image.bytes());
-    ok = pixels != nullptr;
     if (!pixels) {
         zlfLog("   [!] Out of memory for %s @ RVTEXTURE::loadTGA\n", path);
         return nullptr;
@@ -91,8 +91,8 @@ unsigned char *makePixels(const char *path, const ravolt::TgaImage &image, bool 
         return pixels;
     }
     zlfLog("   [!] Unsupported file header for %s @ RVTEXTURE::loadTGA\n", path);
-    zlfFree(pixels);
-    return nullptr;
+    std::memset(pixels, 0, image.bytes());
+    return pixels;
 }
 
 void selectUnit(unsigned int unit) {
@@ -162,9 +162,8 @@ bool RVTEXTURE::load(const char *name) {
         releasePixels();
         usedMemory -= memorySize;
     }
-    bool ok;
-    bitmap = makePixels(path.c_str(), image, ok);
-    if (!ok)
+    bitmap = makePixels(path.c_str(), image);
+    if (!bitmap)
         return false;
     sizeX = image.width;
     sizeY = image.height;

@@ -98,12 +98,12 @@ bool RVTEXTURE::garbageCollect(unsigned long keep) {
 
 // On purpose: a mipmapped texture was counted for twice of what this takes back.
 void RVTEXTURE::releaseUpload() {
+    forgetBindings(); // also of a texture without a name, which is bound as nothing
     if (!glId)
         return;
     glDeleteTextures(1, &glId);
     RAVOLT::popVideoMemory(memorySize);
     glId = 0;
-    forgetBindings();
 }
 
 void RVTEXTURE::releasePixels() {
@@ -125,7 +125,10 @@ void RVTEXTURE::makeRoom() {
     underUpload = nullptr;
 }
 
+// Without a context there is no name, and nothing that unload could take back.
 void RVTEXTURE::countUpload() {
+    if (!glId)
+        return;
     RAVOLT::pushVideoMemory(mipmap ? memorySize * 2 : memorySize);
     mipmapped = mipmap;
 }

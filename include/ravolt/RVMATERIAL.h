@@ -37,8 +37,9 @@ class RV_API RVMATERIAL {
     RVTEXTURE *getTexture(unsigned int slot) const;
 
     // Copies colours, transparency, shininess, textures and shader, and takes the other's name with
-    // the own identifier behind it. The textures' references are not raised: see that something
-    // else holds them, or the collector may delete them. NULL changes nothing.
+    // the own identifier behind it. The textures' references are not raised, and setTexture
+    // lowers that of a texture it replaces all the same: see that something else holds them, or the
+    // collector may delete them. NULL changes nothing.
     void clone(const RVMATERIAL *source);
 
     // NULL, or 256 characters and more, changes nothing.
@@ -76,7 +77,8 @@ class RV_API RVMATERIAL {
     bool isTextured() const;
     bool isSkinned() const;
 
-    // Deletes all materials. False when there are none.
+    // Deletes all materials; every pointer to one is invalid then, also those that meshes hold.
+    // False when there are none.
     static bool cleanUp();
 
     static unsigned int getNumberOfMaterials();

@@ -29,7 +29,7 @@ class RV_API RVTEXTURE {
     // must be empty. "[dynamic]" gives true and reads nothing. Video memory is not touched. False,
     // with a line in the log, for a file that cannot be opened, is cut off, or has another depth or
     // size. A file of another kind (with a colour map, grey) is reported in the log but counts as
-    // loaded, on purpose, with its size and without pixels.
+    // loaded, on purpose, with its size and in black.
     bool load(const char *filename);
 
     // Uploads the pixel copy, anew when there is an upload already. With mipmaps the pixel copy is
@@ -70,7 +70,8 @@ class RV_API RVTEXTURE {
     // is being uploaded. False when there are no textures, or no memory to sort them.
     static bool garbageCollect(unsigned long keep);
 
-    // Deletes all textures. False when there are none.
+    // Deletes all textures; every pointer to one is invalid then, also those that materials hold.
+    // False when there are none.
     static bool cleanUp();
 
     static unsigned int getNumberOfTextures();

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <new>
 
 namespace ravolt::test {
@@ -108,6 +109,50 @@ TEST_F(MaterialCalls, SlotsAreUnits) {
                                                         {"glActiveTextureARB", GL_TEXTURE3},
                                                         {"glActiveTextureARB", GL_TEXTURE15},
                                                         {"glActiveTextureARB", GL_TEXTURE15}}));
+}
+
+// What each unit has bound once these calls are made.
+std::map<double, double> boundAfter(const Calls &calls) {
+    std::map<double, double> bound;
+    double unit = GL_TEXTURE0;
+    for (const Call &call : calls)
+        if (call.name == "glActiveTextureARB")
+            unit = call.arguments[0];
+        else if (call.name == "glBindTexture")
+            bound[unit] = call.arguments[1];
+    return bound;
+}
+
+// Uploads bind on unit 0.
+TEST_F(MaterialCalls, TexturesThatComeBackWithinRenderStandOnTheirUnits) {
+    constexpr unsigned int slots[] = {0, 1, 4};
+    for (const unsigned int slot : slots) {
+        RVTEXTURE *texture = makeTexture();
+        texture->unload(false);
+        material->setTexture(slot, texture);
+    }
+    const Calls calls = renderCalls(material);
+    EXPECT_EQ(3u, calls.count("glTexImage2D"));
+    std::map<double, double> bound = boundAfter(calls);
+    for (const unsigned int slot : slots)
+        EXPECT_EQ(material->getTexture(slot)->getGLId(), bound[GL_TEXTURE0 + slot]) << slot;
+    // And the cache knows it.
+    RVMATERIAL::reset();
+    EXPECT_FALSE(renderCalls(material).contains("glBindTexture"));
+}
+
+TEST_F(MaterialCalls, TextureWithoutAFileIsLookedForOnceAndLeavesItsUnitUnbound) {
+    RVTEXTURE *missing = new RVTEXTURE;
+    RVTEXTURE *other = makeTexture();
+    other->unload(false);
+    material->setTexture(0, other);
+    material->setTexture(1, missing);
+    markLog();
+    const Calls calls = renderCalls(material);
+    EXPECT_LOGGED_TIMES(1, "   [!] Invalid params @ RVTEXTURE::update");
+    std::map<double, double> bound = boundAfter(calls);
+    EXPECT_EQ(other->getGLId(), bound[GL_TEXTURE0]);
+    EXPECT_EQ(0u, bound[GL_TEXTURE1]);
 }
 
 TEST_F(MaterialCalls, UntexturedMaterialSwitchesAllUnitsOff) {

@@ -79,6 +79,27 @@ TEST_F(MaterialState, SlotsAreBoundOnTheirUnits) {
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
 }
 
+// The first frame of a textured model.
+TEST_F(MaterialState, TexturesThatComeBackWithinRenderAreBoundOnTheirUnits) {
+    RVMATERIAL material;
+    constexpr unsigned int slots[] = {0, 1, 2};
+    for (const unsigned int slot : slots) {
+        RVTEXTURE *texture = new RVTEXTURE;
+        ASSERT_TRUE(texture->create(2, 2, 3));
+        texture->unload(false);
+        material.setTexture(slot, texture);
+    }
+    material.render(nullptr);
+    for (const unsigned int slot : slots) {
+        RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + slot);
+        GLint bound = 0;
+        glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+        EXPECT_NE(0, bound);
+        EXPECT_EQ(static_cast<GLint>(material.getTexture(slot)->getGLId()), bound) << slot;
+    }
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+}
+
 } // namespace
 
 } // namespace ravolt::test

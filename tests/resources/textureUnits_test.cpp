@@ -125,6 +125,28 @@ TEST_F(TextureCalls, NewNameIsBoundOnEveryUnitAgain) {
         renderCalls(texture, 0).contains(Call{"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}));
 }
 
+// What has no name yet, since its file is missing, is bound as nothing.
+TEST_F(TextureCalls, FirstNameIsBoundWhereItWasMissing) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    texture->unload(true);
+    std::remove("a.tga");
+    EXPECT_TRUE(renderCalls(texture, 3).contains(Call{"glBindTexture", GL_TEXTURE_2D, 0}));
+    writeFile("a.tga", plainTga(4, 4));
+    EXPECT_TRUE(texture->reload());
+    EXPECT_TRUE(
+        renderCalls(texture, 3).contains(Call{"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}));
+}
+
+TEST_F(TextureCalls, UploadInsideRenderOnAnotherUnitForgetsUnit0) {
+    RVTEXTURE *texture = makeTexture("a.tga");
+    RVTEXTURE *other = makeTexture("b.tga");
+    renderCalls(texture, 0);
+    EXPECT_TRUE(renderCalls(other, 3).contains("glTexImage2D"));
+    EXPECT_TRUE(
+        renderCalls(texture, 0).contains(Call{"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}));
+    EXPECT_TRUE(renderCalls(other, 3).empty());
+}
+
 TEST_F(TextureCalls, NewTextureAtAnOldAddressIsBound) {
     alignas(RVTEXTURE) unsigned char place[sizeof(RVTEXTURE)];
     RVTEXTURE *former = new (place) RVTEXTURE;

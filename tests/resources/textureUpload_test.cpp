@@ -171,6 +171,41 @@ TEST_F(TextureCalls, SetFilterUploadsOnlyWhatIsResident) {
                 }).contains("glTexImage2D"));
 }
 
+TEST_F(TextureCalls, UnsupportedFileIsReadOnceAndCountsTheSameAtEachReturn) {
+    writeFile("other.tga", tgaHeader(3, 4, 4, 24) + Bytes(4 * 4 * 3, 255));
+    RVTEXTURE *texture = new RVTEXTURE;
+    texture->setFilter(true, false, false);
+    texture->incReferences();
+    EXPECT_TRUE(texture->load("other.tga"));
+    for (unsigned int frame = 0; frame < 3; ++frame) {
+        markLog();
+        EXPECT_TRUE(texture->render(nullptr));
+        EXPECT_NOTHING_LOGGED();
+        EXPECT_TRUE(texture->isLoaded());
+        texture->unload(false);
+    }
+    EXPECT_EQ(64, usedMain());
+    for (unsigned int collection = 0; collection < 3; ++collection) {
+        texture->unload(true);
+        EXPECT_EQ(0, usedMain());
+        EXPECT_TRUE(texture->render(nullptr));
+        EXPECT_EQ(64, usedMain());
+    }
+}
+
+TEST_F(TextureCalls, UploadWithoutANameCountsForNothing) {
+    RVTEXTURE *texture = makeTexture("a.tga", 8);
+    const unsigned int used = RAVOLT::getUsedVideoMemory();
+    recorder.refuse("glGenTextures", 0, 1);
+    EXPECT_TRUE(texture->update());
+    EXPECT_FALSE(texture->isLoaded());
+    EXPECT_EQ(used, RAVOLT::getUsedVideoMemory());
+    EXPECT_TRUE(texture->update());
+    EXPECT_EQ(used + 256, RAVOLT::getUsedVideoMemory());
+    texture->unload(true);
+    EXPECT_EQ(used, RAVOLT::getUsedVideoMemory());
+}
+
 // --- Create
 
 TEST_F(TextureCalls, CreateChecksSizesAndDepth) {
