@@ -12,6 +12,7 @@
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/Z3MMATRIX.h"
 #include "ravolt/Z3MPLANE.h"
