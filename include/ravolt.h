@@ -5,6 +5,7 @@
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVELEMENT.h"
+#include "ravolt/RVFBO.h"
 #include "ravolt/RVHELPER.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
