@@ -89,9 +89,6 @@ void RAVOLT::wireframeOff() { wireframe = false; }
 
 bool RAVOLT::isWireframed() { return wireframe; }
 
-// Without the shadow programs the wish is ignored, and this library holds none.
-void RAVOLT::shadowingOn() {}
-
 void RAVOLT::shadowingOff() { shadowing = false; }
 
 bool RAVOLT::isShadowed() { return shadowing; }

@@ -12,6 +12,7 @@
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "scene/localTransform.h"
 
@@ -25,6 +26,7 @@ bool isFlat(const RVNODE &node) {
 
 void forgetLastPass() {
     RVELEMENT::reset();
+    RVSHADER::reset();
     RVMATERIAL::reset();
     RVMESH::reset();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
@@ -50,6 +52,7 @@ void startWireframe() {
 // The state in which everything flat is drawn.
 void startFlatDrawing() {
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    RVSHADER::disable();
     RVLIGHT::lightingOff();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVELEMENT::reset();
@@ -101,6 +104,12 @@ Z3MMATRIX skyMatrix(const RVNODE &sky) {
 }
 
 } // namespace
+
+// Here and not beside the other switches, since the programs are asked.
+void RAVOLT::shadowingOn() {
+    if (RVSHADER::useShadows())
+        shadowing = true;
+}
 
 bool RAVOLT::begin3D(RVCAMERA *camera) {
     updateTimer();
