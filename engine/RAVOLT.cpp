@@ -38,16 +38,6 @@ bool timerAdjourned = false; // the clock has advanced in this frame
 
 bool RAVOLT::isActive() { return active; }
 
-bool RAVOLT::clear(bool color, bool depth, bool stencil) {
-    renderingOnFbo = false; // there is no target but the one that is bound
-    const GLbitfield mask = (color ? GL_COLOR_BUFFER_BIT : 0u) |
-                            (depth ? GL_DEPTH_BUFFER_BIT : 0u) |
-                            (stencil ? GL_STENCIL_BUFFER_BIT : 0u);
-    if (mask)
-        glClear(mask);
-    return true;
-}
-
 void RAVOLT::updateTimer() {
     if (timerAdjourned)
         return;

@@ -3,6 +3,7 @@
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
+#include "ravolt/RVFBO.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
@@ -110,6 +111,7 @@ bool RAVOLT::free() {
     zlfFreeTimer(timer);
 
     RVNODE::cleanUp();
+    RVFBO::cleanUp();
     RVSHADER::cleanUp();
     RVMATERIAL::cleanUp();
     RVTEXTURE::cleanUp();
