@@ -44,6 +44,10 @@ ROWS = [
     {"what": r"glMaterialfv?\(",
      "owners": ["resources/RVMATERIAL.cpp"], "says": ["only", "glMaterial"],
      "exceptions": {("scene/RVHELPER.cpp", ""): "debug shapes are lit and have no material"}},
+    {"what": r"gl(UseProgramObject|LinkProgram|CompileShader|ShaderSource|Uniform\w+?"
+             r"|(Attach|Detach|Delete)Object|Get(Uniform|Attrib)Location|VertexAttribPointer"
+             r"|(Enable|Disable)VertexAttribArray)ARB[(>]",
+     "owners": ["resources/RVSHADER.cpp"], "says": ["only", "programs"], "exceptions": {}},
     {"what": r"gl(Gen|Delete)BuffersARB\(|glBufferDataARB\(",
      "owners": ["models/RVMESH.cpp", "models/meshLoad.cpp"], "says": [],
      "exceptions": {}},
