@@ -38,16 +38,6 @@ bool timerAdjourned = false; // the clock has advanced in this frame
 
 bool RAVOLT::isActive() { return active; }
 
-bool RAVOLT::clear(bool color, bool depth, bool stencil) {
-    renderingOnFbo = false; // there is no target but the one that is bound
-    const GLbitfield mask = (color ? GL_COLOR_BUFFER_BIT : 0u) |
-                            (depth ? GL_DEPTH_BUFFER_BIT : 0u) |
-                            (stencil ? GL_STENCIL_BUFFER_BIT : 0u);
-    if (mask)
-        glClear(mask);
-    return true;
-}
-
 void RAVOLT::updateTimer() {
     if (timerAdjourned)
         return;
@@ -88,9 +78,6 @@ void RAVOLT::wireframeOn() { wireframe = true; }
 void RAVOLT::wireframeOff() { wireframe = false; }
 
 bool RAVOLT::isWireframed() { return wireframe; }
-
-// Without the shadow programs the wish is ignored, and this library holds none.
-void RAVOLT::shadowingOn() {}
 
 void RAVOLT::shadowingOff() { shadowing = false; }
 

@@ -3,16 +3,20 @@
 // profile and target decide what that produces. A projection pushed by begin2D is popped by end2D;
 // everything else leaves the stacks as it found them.
 
+#include "engine/effects.h"
 #include "engine/screenQuad.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVELEMENT.h"
+#include "ravolt/RVFBO.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
+#include "resources/framebuffers.h"
 #include "scene/localTransform.h"
 
 namespace {
@@ -25,6 +29,7 @@ bool isFlat(const RVNODE &node) {
 
 void forgetLastPass() {
     RVELEMENT::reset();
+    RVSHADER::reset();
     RVMATERIAL::reset();
     RVMESH::reset();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
@@ -50,6 +55,7 @@ void startWireframe() {
 // The state in which everything flat is drawn.
 void startFlatDrawing() {
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    RVSHADER::disable();
     RVLIGHT::lightingOff();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVMATERIAL::reset(); // its textures, blending and lighting have just gone
@@ -103,6 +109,32 @@ Z3MMATRIX skyMatrix(const RVNODE &sky) {
 
 } // namespace
 
+// Here and not beside the other switches, since the programs are asked.
+void RAVOLT::shadowingOn() {
+    if (RVSHADER::useShadows())
+        shadowing = true;
+}
+
+bool RAVOLT::clear(bool color, bool depth, bool stencil) {
+    // On purpose: where the target is not chosen, one that is left bound stays bound.
+    renderingOnFbo = wantsTarget();
+    if (renderingOnFbo)
+        RVOPENGL::getFbo(0)->render(nullptr);
+    const GLbitfield mask = (color ? GL_COLOR_BUFFER_BIT : 0u) |
+                            (depth ? GL_DEPTH_BUFFER_BIT : 0u) |
+                            (stencil ? GL_STENCIL_BUFFER_BIT : 0u);
+    if (mask)
+        glClear(mask);
+    return true;
+}
+
+// Asked by the settings or by an effect that composes the picture.
+bool RAVOLT::wantsTarget() {
+    if (RVSETTINGS::getSDLForceFBO())
+        return ravolt::framebuffersWork(); // without targets the wish is ignored
+    return Effects::haveBloom() || Effects::haveDepthOfField();
+}
+
 bool RAVOLT::begin3D(RVCAMERA *camera) {
     updateTimer();
     ++timeStamp;
@@ -111,14 +143,25 @@ bool RAVOLT::begin3D(RVCAMERA *camera) {
     return true;
 }
 
-// The picture is drawn where it is seen, so that `blit` has nothing to bring there.
-bool RAVOLT::end3D(bool) {
+// On purpose: with shadows the main pass draws once more what the shadow pass has drawn; at equal
+// depths the shadowed picture stands, while what is transparent blends a second time.
+bool RAVOLT::end3D(bool blit) {
     RVELEMENT::sort3D();
     if (wireframe)
         startWireframe();
+    if (Effects::haveDepthOfField())
+        Effects::depthPass();
     if (skybox)
         drawSkybox();
+    if (Effects::haveShadows())
+        Effects::shadows();
     drawList(isAny);
+    if (Effects::haveBloom())
+        Effects::bloom();
+    if (Effects::haveDepthOfField())
+        Effects::depthOfField();
+    if (blit && renderingOnFbo && !RVSETTINGS::getSDLForceFBO())
+        showScene();
     return true;
 }
 
@@ -148,6 +191,27 @@ void RAVOLT::drawList(bool (*isDrawn)(const RVNODE &node)) {
         if (isDrawn(*node))
             node->render(element);
     }
+}
+
+// Brings the scene from its target to the window, scaled to the window's size.
+void RAVOLT::showScene() {
+    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+    RVFBO::unbind();
+    ravolt::pushProjection();
+    glViewport(0, 0, width, height);
+    ravolt::screenOrtho(width, height);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    RVTEXTURE::texturingOn(0);
+    RVOPENGL::blendingOff();
+    RVLIGHT::lightingOff();
+    RVSHADER::disable();
+    glDisable(GL_DEPTH_TEST);
+    glColor4f(1, 1, 1, 1);
+    RVOPENGL::getFbo(0)->getTexture()->render(nullptr);
+    ravolt::drawQuad(width, height);
+    ravolt::popProjection();
+    glEnable(GL_DEPTH_TEST);
 }
 
 // Only the first child; the skybox itself holds it and its rotation.

@@ -2,6 +2,7 @@
 // rung ends as log lines and a flag, and none of them stops the start. An extension is found when
 // its name stands anywhere in the driver's list. A flag that a former start has set stays set.
 
+#include "engine/renderTargets.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
@@ -98,6 +99,7 @@ struct GlStart {
     static void countTextureUnits();
     static bool climb(const Rung &rung, const char *extensions);
     static void climbLadder(const char *extensions);
+    static void makePool();
     static void repeatSwitches();
 };
 
@@ -118,6 +120,8 @@ void GlStart::countTextureUnits() {
     }
     zlfLog("%d units)\n", units);
 }
+
+void GlStart::makePool() { makeRenderTargets(RVOPENGL::fbo); }
 
 // False when something that the rung needs is missing.
 bool GlStart::climb(const Rung &rung, const char *extensions) {
@@ -197,6 +201,15 @@ void GlStart::climbLadder(const char *extensions) {
          .missing = "   [!] GL_EXT_framebuffer_object not found @ RVOPENGL::init\n",
          .flag = &RVOPENGL::FBOFlag,
          .chained = true},
+        // The pool stands between the rungs, with nothing to be found or said.
+        {.needs = {},
+         .isUsable = RVOPENGL::useFBO,
+         .entries = none,
+         .incomplete = nullptr,
+         .found = nullptr,
+         .missing = nullptr,
+         .flag = nullptr,
+         .measure = makePool},
         {.needs = {"GL_ARB_occlusion_query"},
          .entries = occlusionQueries,
          .incomplete = "   [!] Occlusion Query incomplete extension!!\n",

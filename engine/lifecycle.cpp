@@ -3,11 +3,13 @@
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
+#include "ravolt/RVFBO.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 
@@ -66,8 +68,12 @@ bool RAVOLT::startClasses(RVSETTINGS &settings) {
          "   [!] Unable to init settings @ RAVOLT::init\n", [] { return RVSETTINGS::free(); }},
         {[](RVSETTINGS &) { return RVOPENGL::init(); },
          "   [!] Unable to init OpenGL @ RAVOLT::init\n", [] { return RVOPENGL::free(); }},
-        {[](RVSETTINGS &asked) {
+        {[](RVSETTINGS &) {
              RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
+             return RVSHADER::init();
+         },
+         "   [!] Unable to init shaders @ RAVOLT::init\n", [] { return RVSHADER::free(); }},
+        {[](RVSETTINGS &asked) {
              return RVELEMENT::init(static_cast<unsigned int>(asked.getRenderingElements()));
          },
          "   [!] Rendering elements failed to initialize @ RAVOLT::init\n",
@@ -105,11 +111,14 @@ bool RAVOLT::free() {
     zlfFreeTimer(timer);
 
     RVNODE::cleanUp();
+    RVFBO::cleanUp();
+    RVSHADER::cleanUp();
     RVMATERIAL::cleanUp();
     RVTEXTURE::cleanUp();
 
     RVMESH::free();
     RVELEMENT::free();
+    RVSHADER::free();
     RVOPENGL::free();
     RVSETTINGS::free();
 

@@ -9,6 +9,7 @@
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVSHADER.h"
 
 #include <array>
 
@@ -73,6 +74,7 @@ void putBack(const WindowPixel &pixel, const PixelBytes &color) {
     ravolt::screenOrtho(width, height);
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
+    RVSHADER::disable(); // the last program of the frame may light what it draws
     RVLIGHT::lightingOff();
     RVOPENGL::blendingOff();
     glBegin(GL_POINTS);

@@ -8,6 +8,7 @@
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 
@@ -91,6 +92,7 @@ void RVSETTINGS::handOutPaths() {
     zlfLog("          RVA path    : '%s'\n", rvaPath);
     RVTEXTURE::setPath(texturePath);
     zlfLog("          Texture path: '%s'\n", texturePath);
+    RVSHADER::setPath(shaderPath);
     zlfLog("          Shader path : '%s'\n", shaderPath);
     zlfLog("          Font path   : '%s'\n", fontPath);
 }

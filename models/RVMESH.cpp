@@ -5,6 +5,7 @@
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "scene/nodeClass.h"
@@ -41,6 +42,8 @@ RVSKELETON *RVMESH::skeletonElement = nullptr;
 unsigned int RVMESH::currentSkeleton = 0;
 bool RVMESH::displayNormals = false;
 Z3MMATRIX RVMESH::boneMatrix[RV_BONES];
+Z3MVECTOR3D RVMESH::boneTrans[RV_BONES];
+Z3MVECTOR4D RVMESH::boneQuat[RV_BONES];
 
 RVMESH::RVMESH() { become(RV_NODE_TYPE_MESH); }
 
@@ -93,7 +96,10 @@ bool RVMESH::render(void *element) {
         shadeFlat(entry);
     if (isSkinned() && !animate(entry.getParam1()))
         return false;
+    leaveProgram(entry);
     drawSurfaces(entry, transparent);
+    if (isSkinned())
+        RVSHADER::unbindBones();
     if (displayNormals)
         drawNormals();
     return true;
@@ -122,12 +128,39 @@ bool RVMESH::shade(RVELEMENT &entry) const {
     return paint->isTransparent();
 }
 
+// The colour, or the depth, of the passes that see neither lights nor material.
 void RVMESH::shadeFlat(const RVELEMENT &entry) const {
     RVLIGHT::lightingOff();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVOPENGL::blendingOff();
     RVOPENGL::colorArrayOff(); // a 2D block leaves it on, and its colours would hide the identity
+    const bool depth = RVOPENGL::getProfile() == RV_OPENGL_PROFILE_ZPASS;
+    RVSHADER *const program =
+        !RVSHADER::usePassthrough() ? nullptr
+        : depth ? (isSkinned() ? RVSHADER::passthroughZPassA : RVSHADER::passthroughZPass)
+                : (isSkinned() ? RVSHADER::passthroughA : RVSHADER::passthrough);
+    if (!program) {
+        RVSHADER::disable();
+    } else {
+        program->render(nullptr);
+        if (depth) {
+            RVSHADER::bindNearAndFarPlane(RVOPENGL::getNearPlane(), RVOPENGL::getFarPlane());
+            return;
+        }
+    }
     setPickingColor(entry.getAuxId() ? entry.getAuxId() : getId());
+}
+
+// Without a light the fixed functions draw. On purpose: also in the passes that need none, and a
+// mesh that a program should bend stands in its bind pose then.
+void RVMESH::leaveProgram(const RVELEMENT &entry) const {
+    const bool stiff = isStiff();
+    if (entry.getNearestLight(0) && !stiff)
+        return;
+    RVSHADER::unbindBones(); // while the program that they were bound for is known
+    RVSHADER::disable();
+    if (stiff)
+        RVMATERIAL::reset(); // the material's program serves its other meshes
 }
 
 void RVMESH::drawSurfaces(const RVELEMENT &entry, bool transparent) const {
@@ -184,14 +217,16 @@ void RVMESH::drawFaces() const {
         glDrawElements(GL_TRIANGLES, 3 * numberOfFaces, GL_UNSIGNED_SHORT, indices);
 }
 
+// Those of a mesh that a program bends are known to the program alone, and left off.
 void RVMESH::drawNormals() const {
-    const Z3MVECTOR3D *from = skinnedVertex ? skinnedVertex : vertex;
-    const Z3MVECTOR3D *normal = skinnedNormal ? skinnedNormal : vertexNormal;
     RVMATERIAL::reset();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVLIGHT::lightingOff();
-    if (!from || !normal)
+    if (!vertex || !vertexNormal || (isSkinned() && !skinnedVertex))
         return;
+    RVSHADER::disable(); // the lines have colours of their own
+    const Z3MVECTOR3D *from = skinnedVertex ? skinnedVertex : vertex;
+    const Z3MVECTOR3D *normal = skinnedNormal ? skinnedNormal : vertexNormal;
     glBegin(GL_LINES);
     for (unsigned int i = 0; i < numberOfVertices; ++i) {
         const Z3MVECTOR3D to = from[i] + normal[i];
@@ -214,6 +249,12 @@ bool RVMESH::getShadowCaster() const { return shadowCaster; }
 void RVMESH::setShadowCaster(bool caster) { shadowCaster = caster; }
 
 bool RVMESH::isSkinned() const { return numberOfWeights != 0; }
+
+// The programs take four weights a vertex.
+bool RVMESH::isBentByProgram() const { return RVSHADER::useSkinning() && numberOfWeights == 4; }
+
+// Neither way to bend it is there.
+bool RVMESH::isStiff() const { return isSkinned() && !isBentByProgram() && !skinnedVertex; }
 
 float RVMESH::getRadius() const { return radius; }
 Z3MVECTOR3D RVMESH::getMinimum() const { return minimum; }

@@ -2,6 +2,7 @@
 
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/zlf.h"
 
 #include "foundation/bytes.h"
@@ -167,14 +168,18 @@ bool RVMESH::copySkin(const MeshRecord &record) {
     if (!allocate(boneIndex, blockBoneIndex, weights) ||
         !allocate(boneWeight, blockBoneWeight, weights * sizeof(float)) ||
         !allocate(boneIndexFloat, blockBoneIndexFloat, weights * sizeof(float)) ||
-        !allocate(bone, blockBone, record.numberOfBones * sizeof(RVBONE)) ||
-        !allocate(skinnedVertex, blockSkinnedVertex, vectors) ||
-        !allocate(skinnedNormal, blockSkinnedNormal, vectors))
+        !allocate(bone, blockBone, record.numberOfBones * sizeof(RVBONE)))
+        return false;
+    // On purpose: a mesh whose weights no program can take goes without, too.
+    if (!RVSHADER::useSkinning() && (!allocate(skinnedVertex, blockSkinnedVertex, vectors) ||
+                                     !allocate(skinnedNormal, blockSkinnedNormal, vectors)))
         return false;
 
     if (weights) {
         std::memcpy(boneIndex, record.boneIndices, weights);
         std::memcpy(boneWeight, record.boneWeights, weights * sizeof(float));
+    }
+    if (weights && skinnedVertex) {
         std::memcpy(static_cast<void *>(skinnedVertex), record.vertices, vectors);
         std::memcpy(static_cast<void *>(skinnedNormal), record.vertexNormals, vectors);
     }

@@ -4,6 +4,7 @@
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 
@@ -116,8 +117,8 @@ Verdict checkFile(ByteReader reader) {
 
 // --- Materials
 
-// What a load has added to the registries of materials and textures; taken back if it fails. Room
-// is made beforehand, so that noting a new object cannot fail.
+// What a load has added to the registries of materials, programs and textures; taken back if it
+// fails. Room is made beforehand, so that noting a new object cannot fail.
 class Additions {
   public:
     Additions() = default;
@@ -129,16 +130,20 @@ class Additions {
                 material->setTexture(slot, nullptr);
             delete material;
         }
+        for (RVSHADER *shader : shaders)
+            delete shader;
         for (RVTEXTURE *texture : textures)
             delete texture;
     }
 
     void keep() {
         materials.clear();
+        shaders.clear();
         textures.clear();
     }
 
     std::vector<RVMATERIAL *> materials;
+    std::vector<RVSHADER *> shaders;
     std::vector<RVTEXTURE *> textures;
     LoadIndex index;
 };
@@ -169,8 +174,21 @@ RVTEXTURE *findOrLoadNormalMap(const char *textureName, Additions &additions) {
     return findOrLoadTexture(name.c_str(), additions);
 }
 
-// A material of that name that is there already stays as it is; the textures of the record are
-// loaded all the same.
+// A program that cannot be made is used all the same: its objects are drawn without.
+RVSHADER *findOrLoadShader(const char *name, Additions &additions) {
+    if (RVSHADER *shader = RVSHADER::findByName(name))
+        return shader;
+    const std::string vertexFile = std::string(name) + "VS.glsl";
+    const std::string pixelFile = std::string(name) + "PS.glsl";
+    RVSHADER *shader = new RVSHADER;
+    additions.shaders.push_back(shader);
+    shader->load(vertexFile.c_str(), pixelFile.c_str(), false);
+    shader->setName(name);
+    return shader;
+}
+
+// A material of that name that is there already stays as it is; the textures and the program of the
+// record are loaded all the same.
 void buildMaterial(const MaterialRecord &record, Additions &additions) {
     RVTEXTURE *diffuse = nullptr;
     RVTEXTURE *normalMap = nullptr;
@@ -178,6 +196,8 @@ void buildMaterial(const MaterialRecord &record, Additions &additions) {
         diffuse = findOrLoadTexture(record.textureName, additions);
         normalMap = findOrLoadNormalMap(record.textureName, additions);
     }
+    RVSHADER *shader =
+        isNone(record.shaderName) ? nullptr : findOrLoadShader(record.shaderName, additions);
     if (LoadIndex::findMaterial(record.name))
         return;
 
@@ -193,11 +213,13 @@ void buildMaterial(const MaterialRecord &record, Additions &additions) {
     material->setTexture(1, normalMap);
     material->setTransparency(record.transparency);
     material->setShininess(record.shininess);
+    material->setShader(shader);
 }
 
 void buildMaterials(ByteReader &reader, const char *fileName, Additions &additions) {
     const unsigned int number = reader.read<std::uint16_t>();
     additions.materials.reserve(number);
+    additions.shaders.reserve(number);
     additions.textures.reserve(2 * number);
     if (!number)
         zlfLog("   [!] Warning: no material found in file %s\n", fileName);

@@ -1,13 +1,15 @@
 #include "ravolt/RVMESH.h"
 
+#include "ravolt/RVSHADER.h"
 #include "ravolt/zlf.h"
 
 #include "models/loadIndex.h"
 
-// Bones and the bending of a mesh by the processor. A bone's matrix for drawing leads from the bind
-// pose, through the place of the bone in this frame, back into the space of the mesh; all of it is
-// taken relative to the ancestor "HumanoidRoot", so that moving the whole figure bends nothing.
-// Tables: at most RV_BONES bones, and bone numbers of vertices lie below the number of bones.
+// Bones and the bending of a mesh, by the program in use or by the processor. A bone's matrix for
+// drawing leads from the bind pose, through the place of the bone in this frame, back into the
+// space of the mesh; all of it is taken relative to the ancestor "HumanoidRoot", so that moving the
+// whole figure bends nothing. Tables: at most RV_BONES bones, and bone numbers of vertices lie
+// below the number of bones.
 
 namespace {
 
@@ -50,8 +52,20 @@ bool RVMESH::animate(unsigned int skeleton) {
         boneMatrix[i] = skeletonElement[skeleton].matrix[i] * inverseMesh;
         boneMatrix[i] = bone[i].matrix * boneMatrix[i];
     }
-    animateVertices();
+    if (isBentByProgram())
+        animateByProgram();
+    else if (skinnedVertex)
+        animateVertices();
     return true;
+}
+
+void RVMESH::animateByProgram() const {
+    for (unsigned int i = 0; i < numberOfBones; ++i) {
+        boneQuat[i] = boneMatrix[i].toQuaternionAlt();
+        boneTrans[i] = boneMatrix[i].getTranslation();
+    }
+    RVSHADER::bindBones(numberOfBones, &boneQuat[0].x, &boneTrans[0].x, boneIndexBuffer,
+                        boneWeightBuffer);
 }
 
 // The weighted sum of what each bone makes of a vertex is what the weighted sum of the bones makes

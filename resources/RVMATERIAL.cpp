@@ -5,24 +5,51 @@
 #include "foundation/text.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <string>
 
 // Materials: the registry, and what a surface is to OpenGL. Only here may glMaterial be called; the
 // debug shapes, which have no material, do it too.
 //
-// Invariant: while currentMaterial names a material, OpenGL holds its colours, its blending and its
-// textures, unless somebody has changed them without a call of reset.
+// Invariant: while currentMaterial names a material, OpenGL holds its program, its colours, its
+// blending and its textures, unless somebody has changed them without a call of reset.
 
 using MaterialRegistry = ravolt::Registry<RVMATERIAL>;
 
 RVMATERIAL *RVMATERIAL::firstMaterial = nullptr;
 RVMATERIAL *RVMATERIAL::lastMaterial = nullptr;
 RVMATERIAL *RVMATERIAL::currentMaterial = nullptr;
+
+namespace {
+
+// The program for what is lit, by the type of the light (0 omni, 1 directional, 2 spot), textured,
+// skinned, shadowed.
+RVSHADER **const litPrograms[3][2][2][2] = {
+    {{{&RVSHADER::pplOmni, &RVSHADER::pplOmni}, {&RVSHADER::pplOmniA, &RVSHADER::pplOmniA}},
+     {{&RVSHADER::pplOmniT, &RVSHADER::pplOmniT}, {&RVSHADER::pplOmniTA, &RVSHADER::pplOmniTA}}},
+    {{{&RVSHADER::pplDirect, &RVSHADER::pplDirect}, {&RVSHADER::pplDirectA, &RVSHADER::pplDirectA}},
+     {{&RVSHADER::pplDirectT, &RVSHADER::pplDirectT},
+      {&RVSHADER::pplDirectTA, &RVSHADER::pplDirectTA}}},
+    {{{&RVSHADER::pplSpot, &RVSHADER::pplSpotS}, {&RVSHADER::pplSpotA, &RVSHADER::pplSpotSA}},
+     {{&RVSHADER::pplSpotT, &RVSHADER::pplSpotTS}, {&RVSHADER::pplSpotTA, &RVSHADER::pplSpotTSA}}},
+};
+
+constexpr unsigned int shadowMapUnit = 1;
+
+// Whether the program is one of those that read the shadow map.
+bool readsShadowMap(const RVSHADER *program) {
+    return program == RVSHADER::pplSpotS || program == RVSHADER::pplSpotSA ||
+           program == RVSHADER::pplSpotTS || program == RVSHADER::pplSpotTSA;
+}
+
+} // namespace
 
 RVMATERIAL::RVMATERIAL()
     : id(zlfNewId()), timeStamp(0), references(0), ambient(0.2f, 0.2f, 0.2f, 1.0f),
@@ -41,15 +68,38 @@ RVMATERIAL::~RVMATERIAL() {
     MaterialRegistry::unlink(firstMaterial, lastMaterial, this);
 }
 
-bool RVMATERIAL::render(void *) {
+bool RVMATERIAL::render(void *data) {
     timeStamp = static_cast<int>(RAVOLT::getTimeStamp());
     if (ravolt::cacheHit(currentMaterial == this))
         return true;
+    applyProgram(chooseProgram(static_cast<const int *>(data)));
     applyColors();
     applyBlending();
     applyTextures();
     currentMaterial = this;
     return true;
+}
+
+// NULL for the fixed functions. An explicit program needs no light and no wish for shaders.
+RVSHADER *RVMATERIAL::chooseProgram(const int *lightType) const {
+    if (shader || !RVSETTINGS::getSDLShaders() || !lightType)
+        return shader;
+    if (*lightType < 0 || *lightType >= static_cast<int>(std::size(litPrograms)))
+        return nullptr;
+    return *litPrograms[*lightType][isTextured()][isSkinned()][RAVOLT::isShadowed()];
+}
+
+void RVMATERIAL::applyProgram(RVSHADER *program) {
+    if (!program || !program->isOperative()) {
+        RVSHADER::disable();
+        return;
+    }
+    program->render(nullptr);
+    if (!readsShadowMap(program))
+        return;
+    const int size = RVSETTINGS::getSDLShadowMapSize();
+    RVSHADER::bindSizes(size, size);
+    RVSHADER::bindTexture(shadowMapUnit);
 }
 
 // On purpose: the alpha that was set in a colour is lost.

@@ -6,6 +6,7 @@
 #include "foundation/text.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/zlf.h"
 #include "resources/tga.h"
 
@@ -206,6 +207,7 @@ bool RVTEXTURE::render(void *data) {
     texturingOn(unit);
     selectUnit(unit);
     glBindTexture(GL_TEXTURE_2D, glId);
+    RVSHADER::bindTexture(unit);
     channelCache[unit] = this;
     return true;
 }

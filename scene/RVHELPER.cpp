@@ -6,6 +6,7 @@
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 
 #include <algorithm>
@@ -103,6 +104,7 @@ RVHELPER::~RVHELPER() = default;
 
 bool RVHELPER::render(void *element) {
     RVTEXTURE::texturingOff(16);
+    RVSHADER::disable();
     glLoadMatrixf(static_cast<const RVELEMENT *>(element)->getMatrix()->e);
     setArrays();
     setMaterial(color);

@@ -22,22 +22,25 @@ class RV_API RAVOLT {
     // a former run left them.
     static bool init(RVSETTINGS *settings);
 
-    // Destroys every node, material and texture that still lives, whoever made it, and closes the
-    // window. False, without a word, when the engine is not up.
+    // Destroys every node, render target, program, material and texture that still lives, whoever
+    // made it, and closes the window. False, without a word, when the engine is not up.
     static bool free();
 
     // True from the end of `init` to the end of `free`.
     static bool isActive();
 
-    // First call of a frame: clears the chosen buffers of what the frame draws into. Always true.
+    // First call of a frame: chooses what the frame draws into, which is render target 0 where the
+    // settings or an effect ask for it and else what is bound, and clears the chosen buffers of it.
+    // Always true.
     static bool clear(bool color, bool depth, bool stencil);
 
     // Starts the 3D block: advances clock and stamp, empties the render list and loads the
     // camera's view. NULL stands for a default camera. Always true.
     static bool begin3D(RVCAMERA *camera);
 
-    // Sorts and draws what was passed since `begin3D`. `blit` brings a picture drawn into a render
-    // target to the window; it has no effect on one drawn into the window. Always true.
+    // Sorts and draws what was passed since `begin3D`, with the effects. `blit` brings a picture
+    // drawn into render target 0 to the window, unless the settings keep it there; without it the
+    // target stays bound. It has no effect on a picture drawn into the window. Always true.
     static bool end3D(bool blit);
 
     // The same for the 2D block, whose coordinates are pixels of the current viewport with the
@@ -135,6 +138,9 @@ class RV_API RAVOLT {
     static void findVideoMemory();
     static void drawList(bool (*isDrawn)(const RVNODE &node));
     static void drawSkybox();
+    static bool wantsTarget();
+    static void showScene();
+    struct Effects;
     static RVNODE *recursiveLoad(char *buffer, long *cursor, RVNODE *parent);
     static bool recursiveInitBones(RVNODE *root, RVNODE *node);
 

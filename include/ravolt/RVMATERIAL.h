@@ -21,10 +21,11 @@ class RV_API RVMATERIAL {
     RVMATERIAL(const RVMATERIAL &) = delete;
     RVMATERIAL &operator=(const RVMATERIAL &) = delete;
 
-    // Applies the material, unless it was the last one applied since reset. `data` is NULL or
-    // points to the type of the light that will shine, an int of RV_LIGHT_TYPE. Overwrites the
-    // alpha of all four colours by the transparency. Units beyond the material's own textures stay
-    // as an earlier material left them. Always true.
+    // Applies the material, unless it was the last one applied since reset, whatever light was told
+    // then. `data` is NULL or points to the type of the light that will shine, an int of
+    // RV_LIGHT_TYPE, which chooses the program with textures, skin and shadows; the fixed functions
+    // draw without it. Overwrites the alpha of all four colours by the transparency. Units beyond
+    // the material's own textures stay as an earlier material left them. Always true.
     bool render(void *data);
 
     // Makes the next render apply everything: for code that changed OpenGL's state by itself.
@@ -66,9 +67,11 @@ class RV_API RVMATERIAL {
     // OpenGL's exponent, from 0 to 128.
     void setShininess(float shininess);
     float getShininess() const;
-    // An explicit program, which the material does not own; NULL for none.
+    // An explicit program, before any other; NULL for none. The material does not own it: it has to
+    // live as long as it is set.
     void setShader(RVSHADER *shader);
     RVSHADER *getShader() const;
+    // Whether the programs that bend the mesh are chosen.
     void setSkinning(bool skinned);
 
     // Whether the transparency is not exactly 1.
@@ -99,6 +102,8 @@ class RV_API RVMATERIAL {
     void decReferences();
 
   private:
+    RVSHADER *chooseProgram(const int *lightType) const;
+    static void applyProgram(RVSHADER *program);
     void applyColors();
     void applyBlending() const;
     void applyTextures() const;

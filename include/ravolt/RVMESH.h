@@ -4,6 +4,7 @@
 #include "ravolt/Z3MMATRIX.h"
 #include "ravolt/Z3MVECTOR2D.h"
 #include "ravolt/Z3MVECTOR3D.h"
+#include "ravolt/Z3MVECTOR4D.h"
 #include "ravolt/api.h"
 
 class RVELEMENT;
@@ -38,9 +39,10 @@ struct RV_API RVSKELETON {
 
 // A mesh of triangles that draws itself in each kind of pass, from vertex buffers where the driver
 // has them. A skinned mesh is moved by bones, which are meshes of the same tree: each pass notes
-// their places in the skeleton cache, and drawing bends the vertices after them. A mesh owns its
-// arrays and buffers and counts as one user of its material. Meshes with geometry come from
-// RAVOLT::load alone; one made with `new` draws nothing. Needs the live OpenGL context.
+// their places in the skeleton cache, and drawing bends the vertices after them, on the graphics
+// card where RVSHADER::useSkinning holds. A mesh owns its arrays and buffers and counts as one user
+// of its material. Meshes with geometry come from RAVOLT::load alone; one made with `new` draws
+// nothing. Needs the live OpenGL context.
 class RV_API RVMESH : public RVNODE {
   public:
     RVMESH();
@@ -73,15 +75,19 @@ class RV_API RVMESH : public RVNODE {
     // named "HumanoidRoot" or else to the tree's root. False, with a log line, for NULL.
     bool resetBones(RVNODE *root);
 
-    // Computes the vertices and normals of a skinned mesh from entry `skeleton` of the cache.
-    // False, with a log line, for an entry that the cache does not have (the full cache's 256).
+    // Bends a skinned mesh after entry `skeleton` of the cache: with RVSHADER::useSkinning and four
+    // weights a vertex by handing the bones to the program in use, else by computing vertices and
+    // normals. A mesh with another number of weights that was loaded while useSkinning was true can
+    // not be bent and keeps its bind pose: do not load such files then. False, with a log line, for
+    // an entry that the cache does not have (the full cache's 256).
     bool animate(unsigned int skeleton);
 
     // Draws the mesh; `element` is its RVELEMENT. False for NULL, with a log line, and when the
     // mesh can not be animated.
     bool render(void *element) override;
 
-    // Draws the normals of every mesh as lines of one unit, from green to dark green.
+    // Draws the normals of every mesh as lines of one unit, from green to dark green; those of a
+    // mesh that a program bends are left out.
     static void showNormals();
     static void hideNormals();
 
@@ -158,9 +164,13 @@ class RV_API RVMESH : public RVNODE {
     bool copyGeometry(const ravolt::MeshRecord &record);
     bool copySkin(const ravolt::MeshRecord &record);
     void createBuffers();
+    bool isBentByProgram() const;
+    bool isStiff() const;
+    void animateByProgram() const;
     void animateVertices();
     bool shade(RVELEMENT &entry) const;
     void shadeFlat(const RVELEMENT &entry) const;
+    void leaveProgram(const RVELEMENT &entry) const;
     void drawSurfaces(const RVELEMENT &entry, bool transparent) const;
     void bindArrays() const;
     void drawFaces() const;
@@ -193,7 +203,7 @@ class RV_API RVMESH : public RVNODE {
     float *boneIndexFloat = nullptr; // the same numbers, for a vertex attribute
     RVBONE *bone = nullptr;
 
-    // The bent vertices and normals of the last animate.
+    // The bent vertices and normals of the last animate; NULL where a program bends the mesh.
     Z3MVECTOR3D *skinnedVertex = nullptr;
     Z3MVECTOR3D *skinnedNormal = nullptr;
 
@@ -210,5 +220,8 @@ class RV_API RVMESH : public RVNODE {
     static RVSKELETON *skeletonElement;  // RV_SKELETONS entries; NULL while the engine is down
     static unsigned int currentSkeleton; // entries used in this frame
     static bool displayNormals;
-    static Z3MMATRIX boneMatrix[RV_BONES]; // from the bind pose to this frame; scratch of animate
+    // Scratch of animate and the drawing that follows: from the bind pose to this frame.
+    static Z3MMATRIX boneMatrix[RV_BONES];
+    static Z3MVECTOR3D boneTrans[RV_BONES];
+    static Z3MVECTOR4D boneQuat[RV_BONES];
 };

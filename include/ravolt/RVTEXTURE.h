@@ -2,6 +2,8 @@
 
 #include "ravolt/api.h"
 
+class RAVOLT;
+
 // A two-dimensional OpenGL texture with its pixel copy in main memory. Pixels come from a TGA file
 // (load), or the texture starts empty (create); the first render uploads them. Every upload is
 // counted against RAVOLT's video memory, and an upload that finds too little free starts the
@@ -120,6 +122,7 @@ class RV_API RVTEXTURE {
 
   private:
     void forgetBindings();
+    static void forgetUnit(unsigned int unit) { channelCache[unit] = nullptr; }
     void releaseUpload();
     void releasePixels();
     void makeRoom();
@@ -150,5 +153,6 @@ class RV_API RVTEXTURE {
     static bool channelActive[RV_TEXTURE_UNITS];      // whether texturing is on
     static char texturePath[256];
 
+    friend class RAVOLT; // binds the shadow map without a texture unit being on
     friend struct ravolt::Registry<RVTEXTURE>;
 };

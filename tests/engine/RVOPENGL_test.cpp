@@ -139,9 +139,10 @@ TEST_F(OpenGL, LoadsEveryEntryPointOfTheList) {
 #include "engine/glEntryPoints.inc"
 }
 
-TEST_F(OpenGL, HasNoTargetsForAnyIndex) {
-    for (int index :
-         {std::numeric_limits<int>::min(), -1, 0, 13, 14, 15, std::numeric_limits<int>::max()})
+TEST_F(OpenGL, HasFourteenTargetsAndNoneForAnyOtherIndex) {
+    for (int index = 0; index < 14; ++index)
+        EXPECT_NE(RVOPENGL::getFbo(index), nullptr) << index;
+    for (int index : {std::numeric_limits<int>::min(), -1, 14, 15, std::numeric_limits<int>::max()})
         EXPECT_EQ(RVOPENGL::getFbo(index), nullptr) << index;
 }
 

@@ -1,7 +1,9 @@
 // The capability ladder, rung by rung, before a driver that draws nothing and has what a test says.
 
+#include "ravolt/RVFBO.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "tests/engine/openGLAccess.h"
 #include "tests/support/logReader.h"
@@ -183,6 +185,8 @@ class GlStart : public SilentTest {
 
     void TearDown() override {
         stopOpenGL();
+        RVFBO::cleanUp();
+        RVTEXTURE::cleanUp();
         forgetCapabilities();
         RVSETTINGS::forceShadersOff();
         zlfSetConsoleEcho(true);
@@ -208,7 +212,10 @@ class GlStart : public SilentTest {
         EXPECT_LOGGED_EXACTLY(outcome.log);
         EXPECT_EQ(found(), outcome.capabilities);
         for (int index = 0; index < 14; ++index)
-            EXPECT_EQ(RVOPENGL::getFbo(index), nullptr) << index;
+            EXPECT_EQ(RVOPENGL::getFbo(index) != nullptr, outcome.capabilities.FBO) << index;
+        EXPECT_EQ(RVFBO::getNumberOfFbos(), outcome.capabilities.FBO ? 14u : 0u);
+        RVFBO::cleanUp();
+        RVTEXTURE::cleanUp();
     }
 };
 
@@ -504,6 +511,27 @@ TEST_F(GlStart, ResetSetsTheBaseStateInItsOrder) {
         list.push_back({"glLightf", light, GL_QUADRATIC_ATTENUATION, 0});
     }
     EXPECT_EQ(calls.named("glLightf"), Calls(list));
+}
+
+TEST_F(GlStart, ThePoolIsMadeTargetsFirstThenTheirTexturesWithTheMapAhead) {
+    show({});
+    recorder.start();
+    startOpenGL();
+    const Calls calls = recorder.stop();
+    std::vector<double> order;
+    for (const Call &call : calls.named("glFramebufferTexture2DEXT"))
+        order.push_back(call.arguments[3]);
+    std::vector<double> wanted;
+    for (int index : {2, 0, 1, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13})
+        wanted.push_back(RVOPENGL::getFbo(index)->getTexture()->getGLId());
+    EXPECT_EQ(order, wanted);
+    EXPECT_EQ(calls.count("glRenderbufferStorageEXT"), 2u);
+    const Calls made = calls.named({"glGenFramebuffersEXT", "glGenTextures"});
+    ASSERT_EQ(made.size(), 28u);
+    for (std::size_t index = 0; index < 28; ++index)
+        EXPECT_EQ(made[index].name, index < 14 ? "glGenFramebuffersEXT" : "glGenTextures");
+    EXPECT_EQ(calls.named("glBindFramebufferEXT").back(),
+              (Call{"glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, 0}));
 }
 
 TEST_F(GlStart, TheBaseStateIsSetAfterTheLadder) {

@@ -24,6 +24,7 @@ template <class Door, typename Door::Type member> struct Opened {
 using Step = bool (*)();
 using Flag = bool *;
 using Level = float *;
+using Pool = RVFBO *(*)[14];
 RV_OPEN(init, Step)
 RV_OPEN(free, Step)
 RV_OPEN(reset, Step)
@@ -35,6 +36,7 @@ RV_OPEN(anisotropicFlag, Flag)
 RV_OPEN(FBOFlag, Flag)
 RV_OPEN(OcclusionQueryFlag, Flag)
 RV_OPEN(anisotropicLevel, Level)
+RV_OPEN(fbo, Pool)
 #undef RV_OPEN
 
 inline bool startOpenGL() { return reach(Door_init())(); }
@@ -49,6 +51,8 @@ inline void forgetCapabilities() {
           reach(Door_anisotropicFlag()), reach(Door_FBOFlag()), reach(Door_OcclusionQueryFlag())})
         *flag = false;
     *reach(Door_anisotropicLevel()) = 0;
+    for (RVFBO *&target : *reach(Door_fbo()))
+        target = nullptr;
 #define RV_GL_ENTRY_POINT(group, name) RVOPENGL::name = nullptr;
 #include "engine/glEntryPoints.inc"
 }

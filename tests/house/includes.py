@@ -20,7 +20,7 @@ FLOORS = {
     1: ["ravolt/RAVOLT", "ravolt/RVSETTINGS", "ravolt/RVOPENGL", "ravolt/shadowMatrixStack",
         "engine/RAVOLT", "engine/RVSETTINGS", "engine/RVOPENGL", "engine/shadowMatrixStack",
         "engine/banner", "engine/glEntryPoints", "engine/screenQuad", "engine/stateCache"],
-    2: ["resources/", "ravolt/RVTEXTURE", "ravolt/RVMATERIAL"],
+    2: ["resources/", "ravolt/RVTEXTURE", "ravolt/RVMATERIAL", "ravolt/RVSHADER", "ravolt/RVFBO"],
     3: ["scene/RVNODE", "scene/RVCAMERA", "scene/RVELEMENT", "scene/RVLIGHT", "scene/RVHELPER",
         "scene/localTransform", "scene/nodeClass", "scene/nodeRecords", "scene/nodeTree",
         "scene/entryOrder",
@@ -29,9 +29,10 @@ FLOORS = {
     4: ["ravolt/RVMESH", "models/RVMESH", "models/skinning", "models/meshLoad",
         "models/loadIndex", "models/rveRecords"],
     5: ["scene/pass", "scene/sort"],
-    6: ["engine/frame", "engine/select", "models/rveLoader"],
+    6: ["engine/frame", "engine/effects", "engine/shadows", "engine/select", "models/rveLoader"],
     7: ["engine/lifecycle", "engine/loadHook", "engine/window", "engine/windowSystem",
-        "engine/splash", "engine/splashPicture", "engine/glStart"],
+        "engine/splash", "engine/splashPicture", "engine/glStart",
+        "engine/renderTargets"],
 }
 
 FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "include/ravolt"]

@@ -16,6 +16,7 @@ ROWS = [
      "owners": ["engine/RVOPENGL.cpp"], "says": ["only", "blending", "culling"],
      "exceptions": {
          ("engine/frame.cpp", "GL_CULL_FACE"): "wireframe and the 2D block go around the cache",
+         ("engine/shadows.cpp", "GL_CULL_FACE"): "the shadow map takes back faces whatever is set",
          ("engine/select.cpp", "GL_SCISSOR_TEST"): "picking cuts out one pixel by itself"}},
     {"what": r"gl(Enable|Disable)ClientState\(GL_(VERTEX|INDEX|NORMAL|COLOR|TEXTURE_COORD)_ARRAY\b",
      "owners": ["engine/RVOPENGL.cpp"], "says": ["only", "client arrays"],
@@ -30,21 +31,34 @@ ROWS = [
     {"what": r"gl(Enable|Disable)\(GL_TEXTURE_2D\b|glBindTexture\(|glActiveTextureARB\(",
      "owners": ["resources/RVTEXTURE.cpp", "resources/textureUpload.cpp"],
      "says": ["only", "glBindTexture", "GL_TEXTURE_2D"],
-     "exceptions": {("engine/splash.cpp", ""): "drawn before the engine knows the driver"}},
+     "exceptions": {
+         ("engine/shadows.cpp", ""): "the shadow map is bound on a unit that stays off",
+         ("engine/splash.cpp", ""): "drawn before the engine knows the driver"}},
     {"what": r"gl(Gen|Delete|Prioritize)Textures\(|glTex(Sub)?Image2D\(|glTexParameter[if]\(",
      "owners": ["resources/RVTEXTURE.cpp", "resources/textureUpload.cpp",
                 "resources/textureMemory.cpp"],
      "says": ["only", "glGenTextures", "glDeleteTextures"],
-     "exceptions": {("engine/splash.cpp", ""): "drawn before the engine knows the driver"}},
+     "exceptions": {
+         ("resources/blur.cpp", "glTexParameteri"): "one level is left out while it is drawn into",
+         ("engine/splash.cpp", ""): "drawn before the engine knows the driver"}},
     {"what": r"glMaterialfv?\(",
      "owners": ["resources/RVMATERIAL.cpp"], "says": ["only", "glMaterial"],
      "exceptions": {("scene/RVHELPER.cpp", ""): "debug shapes are lit and have no material"}},
+    {"what": r"gl(UseProgramObject|LinkProgram|CompileShader|ShaderSource|Uniform\w+?"
+             r"|(Attach|Detach|Delete)Object|Get(Uniform|Attrib)Location|VertexAttribPointer"
+             r"|(Enable|Disable)VertexAttribArray)ARB[(>]",
+     "owners": ["resources/RVSHADER.cpp"], "says": ["only", "programs"], "exceptions": {}},
     {"what": r"gl(Gen|Delete)BuffersARB\(|glBufferDataARB\(",
      "owners": ["models/RVMESH.cpp", "models/meshLoad.cpp"], "says": [],
      "exceptions": {}},
-    {"what": r"glReadPixels\(", "owners": ["engine/select.cpp"], "says": [], "exceptions": {}},
-    {"what": r"glClear\(", "owners": ["engine/RAVOLT.cpp"], "says": [],
-     "exceptions": {("engine/splash.cpp", ""): "drawn before the first frame"}},
+    {"what": r"glReadPixels\(", "owners": ["engine/select.cpp"], "says": [],
+     "exceptions": {("resources/blur.cpp", ""): "the mean luminance is one pixel of a target"}},
+    {"what": r"glClear\(", "owners": ["engine/frame.cpp"], "says": [],
+     "exceptions": {
+         ("engine/effects.cpp", ""): "the depth pass clears its targets",
+         ("engine/shadows.cpp", ""): "the shadow map is cleared",
+         ("resources/blur.cpp", ""): "the luminance target is cleared",
+         ("engine/splash.cpp", ""): "drawn before the first frame"}},
 ]
 
 FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models"]

@@ -28,6 +28,9 @@ template <class Argument> void addArgument(Call &call, Argument argument) {
         if constexpr (std::is_same_v<Plain, char>) {
             if (argument)
                 call.text += argument;
+        } else if constexpr (std::is_same_v<Element, const char *>) {
+            if (argument && *argument) // texts of a program's stage: the first says it all
+                call.text += *argument;
         } else if constexpr (!std::is_const_v<Element>) {
             // An output: nothing to read yet.
         } else if constexpr (std::is_arithmetic_v<Plain>) {

@@ -1,6 +1,7 @@
 #include "tests/support/engineFixture.h"
 
 #include "ravolt/RVCAMERA.h"
+#include "ravolt/RVFBO.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVTEXTURE.h"
@@ -40,6 +41,7 @@ void expectNothingLeft() {
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
     EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 0u);
     EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
+    EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
     const unsigned int id = zlfNewId();
     EXPECT_EQ(id, 1u) << "the identifiers below it were not given back";
     releaseId(id);

@@ -1,0 +1,85 @@
+// The engine's render targets: what each one is, as a table. All the targets are made first, then
+// their textures, in the order of the rows. One that OpenGL refuses is reported by RVFBO::isOk and
+// kept all the same.
+
+#include "engine/renderTargets.h"
+
+#include "ravolt/RVFBO.h"
+#include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVTEXTURE.h"
+
+namespace {
+
+enum Size { scene, shadowMap, luminance };
+enum Format : unsigned int { bytes = 4, depth = 5, halfFloats = 6 };
+enum Filter { plain, mipmapped };
+enum Attachment { colorTexture = 0, depthTexture = 1, depthBuffer = 2 };
+
+struct Row {
+    int index;
+    Size size;
+    int divisor;
+    Format format;
+    Filter filter = plain;
+    bool hasDepthBuffer = false;
+};
+
+constexpr Row rows[] = {
+    {2, shadowMap, 1, depth},
+    {0, scene, 1, halfFloats, plain, true},   // the scene
+    {1, scene, 1, halfFloats, plain, true},   // depth pass, result of the blurs
+    {3, luminance, 1, halfFloats, mipmapped}, // measure of the luminance
+    {4, scene, 1, halfFloats},                // bright pass
+    {5, scene, 1, halfFloats},                // copy of the scene, where it is drawn onto itself
+    {6, scene, 2, bytes},                     // levels of the blur, each with its scratch
+    {7, scene, 2, bytes},
+    {8, scene, 4, bytes},
+    {9, scene, 4, bytes},
+    {10, scene, 8, bytes},
+    {11, scene, 8, bytes},
+    {12, scene, 16, bytes},
+    {13, scene, 16, bytes},
+};
+static_assert(sizeof rows / sizeof *rows == ravolt::renderTargets);
+
+constexpr int luminanceSize = 256;
+
+struct Pixels {
+    int width, height;
+};
+
+Pixels sizeOf(const Row &row) {
+    switch (row.size) {
+    case shadowMap:
+        return {RVSETTINGS::getSDLShadowMapSize(), RVSETTINGS::getSDLShadowMapSize()};
+    case luminance:
+        return {luminanceSize, luminanceSize};
+    case scene:
+        break;
+    }
+    return {RVSETTINGS::getSDLFBOSizeX() / row.divisor, RVSETTINGS::getSDLFBOSizeY() / row.divisor};
+}
+
+// The reference keeps the texture from the collector.
+void furnish(RVFBO &target, const Row &row) {
+    const Pixels pixels = sizeOf(row);
+    RVTEXTURE *texture = new RVTEXTURE;
+    texture->incReferences();
+    texture->setFilter(true, row.filter == mipmapped, true);
+    texture->create(static_cast<unsigned int>(pixels.width),
+                    static_cast<unsigned int>(pixels.height), row.format);
+    target.bindTexture(row.format == depth ? depthTexture : colorTexture, texture);
+    if (row.hasDepthBuffer)
+        target.bindRenderBuffer(depthBuffer, pixels.width, pixels.height);
+    target.isOk();
+    RVFBO::unbind();
+}
+
+} // namespace
+
+void ravolt::makeRenderTargets(RVFBO *(&pool)[renderTargets]) {
+    for (RVFBO *&target : pool)
+        target = new RVFBO;
+    for (const Row &row : rows)
+        furnish(*pool[row.index], row);
+}

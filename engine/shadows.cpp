@@ -1,0 +1,213 @@
+// The shadow pass: the scene as the caster sees it goes into target 2, a depth texture, and the
+// list is drawn with that map on unit 1, whose texture matrix takes places in eye space to the map.
+// The map survives the frame, which is what RAVOLT::skipShadowsGeneration relies on.
+
+#include "engine/effects.h"
+
+#include "engine/screenQuad.h"
+#include "ravolt/RVCAMERA.h"
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVFBO.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+
+namespace {
+
+constexpr unsigned int mapUnit = 1;
+
+RVFBO &shadowMap() { return *RVOPENGL::getFbo(2); }
+
+bool isCaster(RVNODE &node) {
+    if (node.getType() != RV_NODE_TYPE_LIGHT)
+        return false;
+    const RVLIGHT &light = static_cast<const RVLIGHT &>(node);
+    return light.getLightType() == RV_LIGHT_TYPE_SPOT && light.isShadowCaster();
+}
+
+// The sky and what reaches to the horizon would leave the caster no depth to tell things apart.
+bool castsShadow(const RVNODE &node) {
+    const int type = node.getType();
+    return type != RV_NODE_TYPE_SKYDOME && type != RV_NODE_TYPE_WATER &&
+           type != RV_NODE_TYPE_TERRAIN;
+}
+
+// Multiplies the cone's perspective onto the projection, which must be on a slot of its own.
+Z3MMATRIX loadProjection(const RVLIGHT &light) {
+    RVOPENGL::setPerspective(2 * light.getCutOff(), 1, light.getShadowNearPlane(),
+                             light.getShadowFarPlane());
+    glMatrixMode(GL_MODELVIEW);
+    Z3MMATRIX projection;
+    glGetFloatv(GL_PROJECTION_MATRIX, projection.e);
+    return projection;
+}
+
+// Leaves the modelview matrix at the view.
+// On purpose: a light that shines straight along y has no side, and casts nothing sensible.
+Z3MMATRIX loadView(RVLIGHT &light) {
+    const Z3MMATRIX place = light.getFinalMatrix(nullptr);
+    const Z3MVECTOR3D eye(place.e[12], place.e[13], place.e[14]);
+    const Z3MVECTOR3D target = eye + place.rotate(light.getDirection());
+    Z3MVECTOR3D forward = eye - target;
+    forward.normalize();
+    Z3MVECTOR3D up(0, 1, 0);
+    Z3MVECTOR3D side = up ^ forward;
+    up = forward ^ side;
+    side.normalize();
+    up.normalize();
+    const float turn[16] = {side.x, up.x, forward.x, 0, side.y, up.y, forward.y, 0,
+                            side.z, up.z, forward.z, 0, 0,      0,    0,         1};
+    glLoadMatrixf(turn);
+    glTranslatef(-eye.x, -eye.y, -eye.z);
+    Z3MMATRIX view;
+    glGetFloatv(GL_MODELVIEW_MATRIX, view.e);
+    return view;
+}
+
+// How the caster sees the scene.
+struct Caster {
+    Z3MMATRIX projection, view, cameraInverse;
+
+    explicit Caster(RVLIGHT &light)
+        : projection(loadProjection(light)), view(loadView(light)),
+          cameraInverse(*RVCAMERA::getCameraMatrix()) {
+        cameraInverse.invert();
+    }
+
+    Z3MMATRIX eyeToLight() const { return cameraInverse * view; }
+};
+
+// Back faces alone go into the map, whatever culling is.
+class BackFaces {
+  public:
+    BackFaces() : culled(RVOPENGL::isCulled()) {
+        if (!culled)
+            glEnable(GL_CULL_FACE);
+        glCullFace(GL_FRONT);
+    }
+    ~BackFaces() {
+        glCullFace(GL_BACK);
+        if (!culled)
+            glDisable(GL_CULL_FACE);
+    }
+    BackFaces(const BackFaces &) = delete;
+    BackFaces &operator=(const BackFaces &) = delete;
+
+  private:
+    bool culled;
+};
+
+void startDepths() {
+    shadowMap().render(nullptr);
+    glColorMask(0, 0, 0, 0);
+    glShadeModel(GL_FLAT);
+    glClear(GL_DEPTH_BUFFER_BIT);
+    RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
+    RVLIGHT::lightingOff();
+}
+
+void endDepths() {
+    RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
+    glColorMask(1, 1, 1, 1);
+    glShadeModel(GL_SMOOTH);
+}
+
+void selectUnit(GLenum unit) {
+    if (RVOPENGL::glActiveTextureARB)
+        RVOPENGL::glActiveTextureARB(unit);
+}
+
+// From eye space through the world to the map, whose coordinates and depths run from 0 to 1.
+void loadMapMatrix(const Caster &caster) {
+    selectUnit(GL_TEXTURE0 + mapUnit);
+    glMatrixMode(GL_TEXTURE);
+    glLoadIdentity();
+    glTranslatef(0.5f, 0.5f, 0.5f);
+    glScalef(0.5f, 0.5f, 0.5f);
+    glMultMatrixf(caster.projection.e);
+    glMultMatrixf(caster.view.e);
+    glMultMatrixf(caster.cameraInverse.e);
+    glMatrixMode(GL_MODELVIEW);
+}
+
+// Not through the texture, since the unit must stay off for what is drawn without a program.
+void bindMap() {
+    glBindTexture(GL_TEXTURE_2D, shadowMap().getTexture()->getGLId());
+    RVSHADER::bindTexture(mapUnit);
+    selectUnit(GL_TEXTURE0);
+}
+
+void unloadMapMatrix() {
+    selectUnit(GL_TEXTURE0 + mapUnit);
+    glMatrixMode(GL_TEXTURE);
+    glLoadIdentity();
+    glMatrixMode(GL_MODELVIEW);
+    selectUnit(GL_TEXTURE0);
+    RVTEXTURE::texturingOff(mapUnit);
+}
+
+} // namespace
+
+// The last one in the order of the list.
+RVLIGHT *RAVOLT::Effects::findCaster() {
+    RVLIGHT *caster = nullptr;
+    for (unsigned int index = 0; index < RVELEMENT::numberOfPassedElements; ++index) {
+        RVNODE *node = RVELEMENT::elementPointer[index]->getNode();
+        if (isCaster(*node))
+            caster = static_cast<RVLIGHT *>(node);
+    }
+    return caster;
+}
+
+// Without the lights. The entries stand in the caster's eye space while they are drawn.
+void RAVOLT::Effects::drawDepthsOf(const Z3MMATRIX &eyeToLight) {
+    const unsigned int first = RVELEMENT::getNumberOfLights();
+    for (unsigned int index = first; index < RVELEMENT::numberOfPassedElements; ++index) {
+        RVELEMENT *element = RVELEMENT::elementPointer[index];
+        if (!castsShadow(*element->getNode()))
+            continue;
+        const Z3MMATRIX matrix = *element->getMatrix();
+        *element->getMatrix() = matrix * eyeToLight;
+        element->getNode()->render(element);
+        *element->getMatrix() = matrix;
+    }
+}
+
+void RAVOLT::Effects::drawMap(const Z3MMATRIX &eyeToLight) {
+    GLint viewport[4] = {};
+    {
+        const BackFaces backFaces;
+        glGetIntegerv(GL_VIEWPORT, viewport);
+        startDepths();
+        drawDepthsOf(eyeToLight);
+        endDepths();
+    }
+    if (renderingOnFbo)
+        RVOPENGL::getFbo(0)->render(nullptr);
+    else
+        RVFBO::unbind();
+    glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
+}
+
+void RAVOLT::Effects::shadows() {
+    RVLIGHT *light = findCaster();
+    if (!light) {
+        zlfLog("   [!] Invalid shadow pass: no shadow casters detected @ RAVOLT::end3D\n");
+        return;
+    }
+    ravolt::pushProjection();
+    const Caster caster(*light);
+    if (!skipShadows)
+        drawMap(caster.eyeToLight());
+    skipShadows = false;
+    ravolt::popProjection();
+
+    loadMapMatrix(caster);
+    bindMap();
+    RVTEXTURE::forgetUnit(mapUnit);
+    drawList([](const RVNODE &) { return true; });
+    unloadMapMatrix();
+    RVTEXTURE::forgetUnit(mapUnit);
+}

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "ravolt/api.h"
+
+class RVSHADER;
+class RVTEXTURE;
+
+// A render target: a frame buffer object of OpenGL with one colour or depth texture, an optional
+// depth render buffer, and the size they share; also the two operations on whole images that the
+// effects are made of. The fourteen targets of the engine are handed out by RVOPENGL::getFbo;
+// applications can make others. All targets stand in a registry, which owns them: make them with
+// `new`; RAVOLT::free or cleanUp deletes those that the application has not deleted. The texture
+// stays with the registry of textures and must live as long as the target is drawn into. Needs the
+// engine's context; without RVOPENGL::useFBO() every target is an empty shell.
+class RV_API RVFBO {
+  public:
+    // Registers the target under a fresh identifier and the name "[fbo ID]"; nothing is attached.
+    RVFBO();
+    // Deletes what OpenGL holds of it but the texture, gives the identifier back and leaves the
+    // registry. Call unbind first when it is the current one.
+    ~RVFBO();
+    RVFBO(const RVFBO &) = delete;
+    RVFBO &operator=(const RVFBO &) = delete;
+
+    // Attaches a texture that is in video memory: 0 as colour, 1 as depth of a target without
+    // colour. The target takes its size and is current afterwards; the viewport follows with the
+    // next change of target. False without frame buffer objects; false, with a line in the log, for
+    // NULL and for any other attachment.
+    bool bindTexture(int attachment, RVTEXTURE *texture);
+
+    // Attaches a depth buffer of its own, of 24 bits and the given size in pixels, in place of a
+    // former one: attachment 2. The target takes the size and is current afterwards. False without
+    // frame buffer objects; false, with a line in the log, for any other attachment, where the
+    // former buffer is gone all the same.
+    bool bindRenderBuffer(int attachment, int sizeX, int sizeY);
+
+    // Whether OpenGL can draw into it; when not, the log has OpenGL's status. The target is current
+    // afterwards.
+    bool isOk();
+
+    // Makes the target current, and its whole area the viewport, unless it is current already;
+    // `data` is ignored. Always true.
+    bool render(void *data);
+
+    // Back to the window. The viewport stays as it is.
+    static void unbind();
+
+    // Blurs this target's texture in four levels, each half the size of the one before, and draws
+    // `combine` of the four over `target`. The levels are eight targets of the pool from
+    // `firstFbo` on: the first, third, fifth and seventh receive them. Depth test and blending must
+    // be off. The window is current afterwards; units 1 to 3 are off. False, with nothing drawn,
+    // where something is NULL or the pool does not hold the levels.
+    bool blur(RVFBO *target, RVSHADER *combine, int firstFbo);
+
+    // Mean luminance (0.3 red + 0.59 green + 0.11 blue) of the scene, which is target 0 of the pool
+    // whatever this target is. NULL for `result` draws and reads, and stores nothing. The window is
+    // current afterwards. False, with nothing drawn, where there is no pool.
+    bool computeLuminance(float *result);
+
+    // Deletes all targets, the pool's too. False when there are none.
+    static bool cleanUp();
+
+    static unsigned int getNumberOfFbos();
+    // The target that is drawn into; NULL for the window. Still the former target after that was
+    // deleted while it was current.
+    static RVFBO *getCurrent();
+
+    unsigned int getId() const;
+    unsigned int getGLId() const; // OpenGL's name; 0 without frame buffer objects
+    char *getName();
+    RVTEXTURE *getTexture() const; // NULL at first
+    int getSizeX() const;          // in pixels; 0 at first
+    int getSizeY() const;
+
+  private:
+    unsigned int id;
+    char name[256];
+    RVFBO *previous, *next;
+    RVTEXTURE *texture;
+    int sizeX, sizeY;
+    unsigned int glId;
+    unsigned int renderBuffer; // OpenGL's name; 0 for none
+
+    static RVFBO *firstFbo, *lastFbo;
+    static RVFBO *currentFbo; // NULL for the window
+    static int viewport[4];   // On purpose: used by nothing. No target keeps a viewport.
+
+    friend struct ravolt::Registry<RVFBO>;
+};

@@ -1,0 +1,209 @@
+#pragma once
+
+#include "ravolt/api.h"
+
+namespace ravolt {
+struct BuiltinPrograms;
+}
+
+// A GLSL program of two stages, with a table of 28 parameters that are found by name once, at load,
+// and addressed by slot from then on. The class also knows the program in use and what the driver's
+// programs are good for: RAVOLT::init builds the programs below and sets the flags of the use...
+// queries. What is lit takes its program from its material. All programs stand in a registry, which
+// owns them: make them with `new`; RAVOLT::free or cleanUp deletes those that the application has
+// not deleted. Without shaders on the machine, or in the settings, every object stays inoperative,
+// and what would use it is drawn without. Needs the engine's context; OpenGL's errors are not read.
+class RV_API RVSHADER {
+  public:
+    // Slots of the parameter table.
+    static constexpr unsigned int parameters = 28;
+
+    // Registers the program under a fresh identifier and the name "[shader ID]"; inoperative.
+    RVSHADER();
+    // Deletes what OpenGL holds of it, gives the identifier back and leaves the registry.
+    ~RVSHADER();
+    RVSHADER(const RVSHADER &) = delete;
+    RVSHADER &operator=(const RVSHADER &) = delete;
+
+    // Compiles the stages from files behind the path of setPath (NULL for a stage without file),
+    // unless they are compiled already by the two calls below; links them, which can fail unseen,
+    // and finds the parameters. The program is in use afterwards. False, with a line in the log,
+    // for a stage that cannot be read or compiled; the program is left as it was then.
+    bool load(const char *vertexFile, const char *pixelFile, bool alreadyCompiled);
+
+    // Compile one stage from the text `source`, with `name` as its label, or for a NULL source from
+    // the file `name` behind the path of setPath. The stage is inoperative until that succeeds.
+    // False in silence without shaders; false, with a line in the log, for a NULL name, a file that
+    // is not there or cannot be read, or a text that does not compile.
+    bool loadVertexShader(const char *name, const char *source);
+    bool loadPixelShader(const char *name, const char *source);
+
+    // Finds a uniform, or with `attribute` a vertex attribute, and puts its location into a slot,
+    // whatever the slot held. The program is in use afterwards. False, with a line in the log, for
+    // a slot outside of the table or a NULL name.
+    bool bindParam(unsigned int slot, const char *paramName, bool attribute);
+    // OpenGL's location: -1 as unsigned for a name that the program does not hold, 0 before load.
+    // 28 for a slot outside of the table.
+    unsigned int getParam(unsigned int slot) const;
+
+    // Puts the program in use, unless it is already; `data` is ignored. False without shaders.
+    bool render(void *data);
+
+    // Whether both stages are compiled.
+    bool isOperative() const;
+    // Makes the program inoperative for good; what OpenGL holds of it stays.
+    void forceDeactivation();
+
+    // NULL, or 256 characters and more, changes nothing.
+    void setName(const char *name);
+    char *getName();
+    unsigned int getId() const;
+    // The names that the compiled stages were given; "[none]" at first.
+    char *getVSFilename();
+    char *getPSFilename();
+
+    // What is put before every file name, with no separator added; NULL empties it. At most 255
+    // characters are kept.
+    static char *getPath();
+    static void setPath(const char *path);
+
+    // Builds the programs below and finds out what they are good for; free leaves the programs to
+    // cleanUp and the flags as they are. For RAVOLT::init and RAVOLT::free. A machine without
+    // shaders is no failure; init is false, with a line in the log, when it has run already, and
+    // free when init has not run.
+    static bool init();
+    static bool free();
+    // Whether init has found shaders wanted and supported.
+    static bool isActive();
+
+    // Whether the programs of a feature are operative, and OpenGL has what else it needs.
+    static bool useSkinning();
+    static bool usePPL();
+    static bool useBloom();
+    static bool useShadows();
+    static bool usePassthrough();
+    static bool useEmitter();
+    static bool useDOF();
+    static bool useSkydome();
+    static bool useWater();
+    static bool useTerrain();
+
+    // The master switch. enable lets values through to the program in use; disable puts no program
+    // in use, so that the fixed functions draw. Both are false without shaders.
+    static bool enable();
+    static bool disable();
+    // Forgets which program is in use, and disables.
+    static void reset();
+
+    // Values for the program in use; one that it does not hold is passed over by OpenGL. All are
+    // false when no program is in use.
+    // Points the sampler of a unit, 0 to 15, at that unit. True for any other unit, too.
+    static bool bindTexture(unsigned int unit);
+    // The place of each bone as a quaternion (4 floats) and a translation (3 floats), at most 100
+    // bones; bone numbers and weights of the vertices, 4 floats each, from two vertex buffers.
+    static bool bindBones(unsigned int count, const float *quat, const float *trans,
+                          unsigned int indexBuffer, unsigned int weightBuffer);
+    // Ends what bindBones has begun; false when there is nothing to end.
+    static bool unbindBones();
+    // Width and height of a texture, in pixels.
+    static bool bindSizes(int x, int y);
+    static bool bindLuminanceAndExposure(float luminance, float exposure);
+    static bool bindFocusAndRange(float focus, float range);
+    // Distances in scene units.
+    static bool bindNearAndFarPlane(float nearPlane, float farPlane);
+
+    // Deletes all programs, also those below. False when there are none.
+    static bool cleanUp();
+
+    static unsigned int getNumberOfShaders();
+    // The first match in order of creation, or NULL. Letters count as they stand.
+    static RVSHADER *findById(unsigned int id);
+    static RVSHADER *findByName(const char *name);
+    static RVSHADER *getFirst();
+    RVSHADER *getNext() const;
+    RVSHADER *getPrevious() const;
+
+    // The engine's programs. They exist from RAVOLT::init to RAVOLT::free, operative or not; a
+    // pointer is NULL outside of that, and after its program was deleted.
+    // Light on each pixel, by the type of the light; A is skinned, T textured, S shadowed.
+    static RVSHADER *pplDirect;
+    static RVSHADER *pplOmni;
+    static RVSHADER *pplSpot;
+    static RVSHADER *pplDirectA;
+    static RVSHADER *pplOmniA;
+    static RVSHADER *pplSpotA;
+    static RVSHADER *pplDirectT;
+    static RVSHADER *pplOmniT;
+    static RVSHADER *pplSpotT;
+    static RVSHADER *pplDirectTA;
+    static RVSHADER *pplOmniTA;
+    static RVSHADER *pplSpotTA;
+    static RVSHADER *pplSpotS;
+    static RVSHADER *pplSpotSA;
+    static RVSHADER *pplSpotTS;
+    static RVSHADER *pplSpotTSA;
+    // The colour as it is, and the depth as alpha.
+    static RVSHADER *passthrough;
+    static RVSHADER *passthroughA;
+    static RVSHADER *passthroughZPass;
+    static RVSHADER *passthroughZPassA;
+    // Bloom and tone mapping. On purpose: bloomV blurs along x and bloomH along y.
+    static RVSHADER *bloomBright;
+    static RVSHADER *bloomToneMapping;
+    static RVSHADER *bloomCombine;
+    static RVSHADER *bloomForceAlpha;
+    static RVSHADER *bloomV;
+    static RVSHADER *bloomH;
+    // For the application.
+    static RVSHADER *gaussian;
+    static RVSHADER *emitter;
+    // Depth of field.
+    static RVSHADER *dofCombine;
+    static RVSHADER *dof;
+    static RVSHADER *skydome;
+    static RVSHADER *water;
+    static RVSHADER *waterS;
+    static RVSHADER *terrainComplex;
+    static RVSHADER *terrainSimple;
+
+  private:
+    struct Stage;
+
+    bool readAndCompile(const Stage &stage, const char *stageName, const char *source);
+    bool compile(const Stage &stage, const char *stageName, const char *source);
+    void link(bool vertex, bool pixel);
+    void wireSamplers() const;
+    static void forgetBuiltin(const RVSHADER *program);
+
+    unsigned int id;
+    char name[256];
+    char vsFilename[256];
+    char psFilename[256];
+    bool vsOperative;
+    bool psOperative;
+    unsigned int vertexObject; // OpenGL's names; 0 for none
+    unsigned int pixelObject;
+    unsigned int programObject;
+    unsigned int param[parameters];
+    RVSHADER *previous, *next;
+
+    static RVSHADER *firstShader, *lastShader;
+    static RVSHADER *currentShader; // in use; NULL for none
+    static char shaderPath[256];
+    static bool active;
+    static bool enabled;
+    static bool bonesBound; // the attribute arrays of bindBones are on
+    static bool pplFlag;
+    static bool bloomFlag;
+    static bool shadowsFlag;
+    static bool skinningFlag;
+    static bool passthroughFlag;
+    static bool emitterFlag;
+    static bool dofFlag;
+    static bool skydomeFlag;
+    static bool waterFlag;
+    static bool terrainFlag;
+
+    friend struct ravolt::Registry<RVSHADER>;
+    friend struct ravolt::BuiltinPrograms;
+};

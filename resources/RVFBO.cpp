@@ -1,0 +1,151 @@
+#include "ravolt/RVFBO.h"
+
+#include "engine/stateCache.h"
+#include "foundation/registry.h"
+#include "foundation/text.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+#include "resources/framebuffers.h"
+
+// Render targets: the registry, what is attached, and which one is drawn into. What is done with
+// whole images is in blur.cpp. Only here may the functions of frame buffer objects be called but
+// glGenerateMipmapEXT, and only here the draw and read buffer of a target be changed: both belong
+// to the bound target, so that those of the window stay as they are.
+//
+// Invariants: OpenGL has currentFbo bound, or the window when it is NULL. A target that was deleted
+// while it was current is compared and never followed, and a new one at its address does not pass
+// for bound.
+
+using FboRegistry = ravolt::Registry<RVFBO>;
+
+RVFBO *RVFBO::firstFbo = nullptr;
+RVFBO *RVFBO::lastFbo = nullptr;
+RVFBO *RVFBO::currentFbo = nullptr;
+int RVFBO::viewport[4] = {};
+
+bool ravolt::framebuffersWork() {
+    return RVOPENGL::useFBO() && RVOPENGL::glGenFramebuffersEXT &&
+           RVOPENGL::glDeleteFramebuffersEXT && RVOPENGL::glBindFramebufferEXT &&
+           RVOPENGL::glFramebufferTexture2DEXT && RVOPENGL::glGenRenderbuffersEXT &&
+           RVOPENGL::glDeleteRenderbuffersEXT && RVOPENGL::glBindRenderbufferEXT &&
+           RVOPENGL::glRenderbufferStorageEXT && RVOPENGL::glFramebufferRenderbufferEXT &&
+           RVOPENGL::glGenerateMipmapEXT && RVOPENGL::glCheckFramebufferStatusEXT;
+}
+
+using ravolt::framebuffersWork;
+
+RVFBO::RVFBO()
+    : id(zlfNewId()), previous(nullptr), next(nullptr), texture(nullptr), sizeX(0), sizeY(0),
+      glId(0), renderBuffer(0) {
+    ravolt::formatText(name, "[fbo %d]", id);
+    if (framebuffersWork())
+        RVOPENGL::glGenFramebuffersEXT(1, &glId);
+    if (currentFbo == this)
+        currentFbo = nullptr;
+    FboRegistry::append(firstFbo, lastFbo, this);
+}
+
+RVFBO::~RVFBO() {
+    releaseId(id);
+    if (framebuffersWork()) {
+        if (renderBuffer)
+            RVOPENGL::glDeleteRenderbuffersEXT(1, &renderBuffer);
+        if (glId)
+            RVOPENGL::glDeleteFramebuffersEXT(1, &glId);
+    }
+    FboRegistry::unlink(firstFbo, lastFbo, this);
+}
+
+bool RVFBO::bindTexture(int attachment, RVTEXTURE *newTexture) {
+    if (!newTexture) {
+        zlfLog("   [!] Invalid params @ RVFBO::bindTexture\n");
+        return false;
+    }
+    if (!framebuffersWork())
+        return false;
+    render(nullptr);
+    if (attachment != 0 && attachment != 1) {
+        zlfLog("   [!] Invalid operation @ RVFBO::bindTexture\n");
+        return false;
+    }
+    if (attachment == 1) { // a target with depth alone has no colour to draw or read
+        glReadBuffer(GL_NONE);
+        glDrawBuffer(GL_NONE);
+    }
+    RVOPENGL::glFramebufferTexture2DEXT(
+        GL_FRAMEBUFFER_EXT, attachment == 1 ? GL_DEPTH_ATTACHMENT_EXT : GL_COLOR_ATTACHMENT0_EXT,
+        GL_TEXTURE_2D, newTexture->getGLId(), 0);
+    texture = newTexture;
+    sizeX = static_cast<int>(texture->getSizeX());
+    sizeY = static_cast<int>(texture->getSizeY());
+    return true;
+}
+
+bool RVFBO::bindRenderBuffer(int attachment, int newSizeX, int newSizeY) {
+    if (!framebuffersWork())
+        return false;
+    render(nullptr);
+    if (renderBuffer)
+        RVOPENGL::glDeleteRenderbuffersEXT(1, &renderBuffer);
+    RVOPENGL::glGenRenderbuffersEXT(1, &renderBuffer);
+    RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, renderBuffer);
+    if (attachment != 2) {
+        // On purpose: an older name of the method, and the new, empty buffer stays.
+        zlfLog("   [!] Invalid operation @ RVFBO::bindBuffer\n");
+        return false;
+    }
+    RVOPENGL::glRenderbufferStorageEXT(GL_RENDERBUFFER_EXT, GL_DEPTH_COMPONENT24, newSizeX,
+                                       newSizeY);
+    RVOPENGL::glFramebufferRenderbufferEXT(GL_FRAMEBUFFER_EXT, GL_DEPTH_ATTACHMENT_EXT,
+                                           GL_RENDERBUFFER_EXT, renderBuffer);
+    sizeX = newSizeX;
+    sizeY = newSizeY;
+    return true;
+}
+
+bool RVFBO::isOk() {
+    if (!framebuffersWork())
+        return false;
+    render(nullptr);
+    const GLenum status = RVOPENGL::glCheckFramebufferStatusEXT(GL_FRAMEBUFFER_EXT);
+    if (status == GL_FRAMEBUFFER_COMPLETE_EXT)
+        return true;
+    zlfLog("   [!] FBO not complete (error %d) @ RVFBO::isOk\n", status);
+    return false;
+}
+
+bool RVFBO::render(void *) {
+    if (!framebuffersWork() || ravolt::cacheHit(currentFbo == this))
+        return true;
+    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, glId);
+    glViewport(0, 0, sizeX, sizeY);
+    currentFbo = this;
+    return true;
+}
+
+void RVFBO::unbind() {
+    if (!framebuffersWork() || ravolt::cacheHit(!currentFbo))
+        return;
+    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+    currentFbo = nullptr;
+}
+
+bool RVFBO::cleanUp() {
+    if (!firstFbo)
+        return false;
+    const unsigned int number = FboRegistry::cleanUp(firstFbo);
+    zlfLog("   %d fbo(s) released\n", number);
+    return true;
+}
+
+unsigned int RVFBO::getNumberOfFbos() { return FboRegistry::count(firstFbo); }
+
+RVFBO *RVFBO::getCurrent() { return currentFbo; }
+
+unsigned int RVFBO::getId() const { return id; }
+unsigned int RVFBO::getGLId() const { return glId; }
+char *RVFBO::getName() { return name; }
+RVTEXTURE *RVFBO::getTexture() const { return texture; }
+int RVFBO::getSizeX() const { return sizeX; }
+int RVFBO::getSizeY() const { return sizeY; }

@@ -1,0 +1,15 @@
+// Colour only, vertex stage. SKINNED: skinning.glsl stands in front.
+
+varying vec4 color;
+
+void main() {
+    color = gl_Color;
+#ifdef SKINNED
+    vec4 position;
+    vec3 unused;
+    skin(position, unused);
+    gl_Position = gl_ModelViewProjectionMatrix * position;
+#else
+    gl_Position = ftransform();
+#endif
+}

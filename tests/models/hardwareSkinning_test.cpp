@@ -1,0 +1,214 @@
+// A skinned mesh bent by a program and by the processor: the same picture, and the same numbers.
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
+#include "tests/models/modelScenes.h"
+#include "tests/support/engineFixture.h"
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+using namespace ravolt;
+using namespace ravolt::test;
+
+namespace {
+
+// What the program is told of the bones.
+struct Bones {
+    std::vector<double> quat, trans;
+};
+
+using Vector = std::array<double, 3>;
+using Weights = std::array<double, 4>; // of the bones 0, 1, 2 and once more 0
+
+// The program's own arithmetic, in double precision.
+Vector bent(const Bones &bones, const Z3MVECTOR3D &vertex, const Weights &weight) {
+    Vector sum{};
+    for (std::size_t k = 0; k < 4; ++k) {
+        const double *const q = &bones.quat[4 * (k % 3)], *const move = &bones.trans[3 * (k % 3)];
+        const double x = q[0], y = q[1], z = q[2], w = q[3];
+        const double m[3][3] = {
+            {1 - 2 * (y * y + z * z), 2 * (x * y - z * w), 2 * (x * z + y * w)},
+            {2 * (x * y + z * w), 1 - 2 * (x * x + z * z), 2 * (y * z - x * w)},
+            {2 * (x * z - y * w), 2 * (y * z + x * w), 1 - 2 * (x * x + y * y)}};
+        for (std::size_t row = 0; row < 3; ++row)
+            sum[row] += weight[k] * (m[row][0] * vertex.x + m[row][1] * vertex.y +
+                                     m[row][2] * vertex.z + move[row]);
+    }
+    return sum;
+}
+
+constexpr unsigned int columns = 9; // of vertices, along x
+constexpr unsigned int vertices = 2 * columns;
+
+Weights weightsOf(unsigned int vertex) {
+    const double right = (vertex / 2) / (columns - 1.0);
+    return {0.5 * (1 - right), 0.25, 0.75 * right, 0.25 * (1 - right)};
+}
+
+// A strip of squares under a chain of three bones.
+RveNode strip() {
+    RveNode node = emptyMesh("strip", {0.5f, 0.25f, 0});
+    RveMesh &mesh = node.mesh;
+    mesh.material = "paint";
+    mesh.radius = 8;
+    mesh.minimum = {-4, -1, 0};
+    mesh.maximum = {4, 1, 0};
+    mesh.skin.weightsPerVertex = 4;
+    mesh.skin.bones = {"left", "middle", "right"};
+    for (unsigned int vertex = 0; vertex < vertices; ++vertex) {
+        mesh.vertices.push_back({static_cast<float>(vertex / 2) - 4, vertex % 2 ? 1.0f : -1.0f, 0});
+        mesh.normals.push_back({0, 0, 1});
+        for (unsigned int k = 0; k < 4; ++k) {
+            mesh.skin.boneIndices.push_back(static_cast<std::uint8_t>(k % 3));
+            mesh.skin.boneWeights.push_back(static_cast<float>(weightsOf(vertex)[k]));
+        }
+    }
+    for (std::uint16_t at = 0; at + 3u < vertices; at = static_cast<std::uint16_t>(at + 2)) {
+        const auto v = [at](int more) { return static_cast<std::uint16_t>(at + more); };
+        mesh.faces.push_back({v(0), v(2), v(3)});
+        mesh.faces.push_back({v(0), v(3), v(1)});
+    }
+    return node;
+}
+
+// What one run of the engine made of the strip.
+struct Outcome {
+    Picture lit, flat;
+    std::vector<Z3MVECTOR3D> clientVertices; // the processor's
+    Bones bones;                             // the program's
+};
+
+class HardwareSkinningTest : public EngineTest {
+  protected:
+    HardwareSkinningTest() { settings.setShaders(true); }
+
+    void TearDown() override {
+        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
+        RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
+        RVLIGHT::lightingOff();
+        RVSHADER::reset();
+        EngineTest::TearDown();
+    }
+
+    // The strip, bent, under one far light.
+    static RVNODE *loadFigure() {
+        RveNode bones = emptyMesh(
+            "left", {-3, 0, 0}, {emptyMesh("middle", {3, 0, 0}, {emptyMesh("right", {3, 0, 0})})});
+        RveNode figure = nodeNamed("HumanoidRoot", {bones, strip()});
+        RveMaterial paint = materialNamed("paint");
+        paint.diffuse = {0.9f, 0.6f, 0.3f, 1};
+        paint.shininess = 8;
+        RVNODE *root = loadScene(RveScene{{paint}, rootOver({figure})});
+        RVNODE::findByName("HumanoidRoot")->setPosition(0, 0, -12);
+        meshNamed("left")->rotate(0, 0, 15);
+        meshNamed("middle")->rotate(10, 25, -50);
+        meshNamed("right")->rotate(0, -20, 70);
+        meshNamed("right")->move(0, 0.5f, 0.25f);
+        RVLIGHT *light = new RVLIGHT;
+        light->setLightType(RV_LIGHT_TYPE_DIRECTIONAL);
+        light->setDirection(0.3f, -0.2f, -1);
+        light->setPosition(0, 0, 5);
+        light->link(root);
+        return root;
+    }
+
+    Outcome draw(bool byProgram) {
+        RVOPENGL::setBackgroundColor(0, 0, 0, 1);
+        RVNODE *root = loadFigure();
+        // The mesh that the processor has bent is lit by the program of rigid ones.
+        meshNamed("strip")->getMaterial()->setSkinning(byProgram);
+        meshNamed("strip")->setAuxId(0xff4080ffu);
+        RVLIGHT::lightingOn();
+        Outcome outcome;
+        recorder.start();
+        drawFrame(nullptr, root);
+        const Calls calls = recorder.stop();
+        outcome.lit = readFrame();
+        if (byProgram)
+            outcome.bones = bonesOf(calls);
+        else
+            outcome.clientVertices = clientVertices();
+        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
+        drawFrame(nullptr, root);
+        outcome.flat = readFrame();
+        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
+        return outcome;
+    }
+
+    static Bones bonesOf(const Calls &calls) {
+        const Calls quat = calls.named("glUniform4fvARB"), trans = calls.named("glUniform3fvARB");
+        EXPECT_EQ(quat.size(), 1u);
+        EXPECT_EQ(trans.size(), 1u);
+        Bones bones;
+        if (quat.size() && trans.size()) {
+            bones.quat.assign(quat[0].arguments.begin() + 2, quat[0].arguments.end());
+            bones.trans.assign(trans[0].arguments.begin() + 2, trans[0].arguments.end());
+        }
+        return bones;
+    }
+
+    static std::vector<Z3MVECTOR3D> clientVertices() {
+        GLvoid *pointer = nullptr;
+        glGetPointerv(GL_VERTEX_ARRAY_POINTER, &pointer);
+        if (!pointer)
+            return {};
+        const Z3MVECTOR3D *first = static_cast<const Z3MVECTOR3D *>(pointer);
+        return {first, first + vertices};
+    }
+};
+
+unsigned int pixelsOtherThanBlack(const Picture &picture) {
+    unsigned int number = 0;
+    for (int y = 0; y < picture.height; ++y)
+        for (int x = 0; x < picture.width; ++x) {
+            const Pixel pixel = picture.at(x, y);
+            number += pixel.red || pixel.green || pixel.blue;
+        }
+    return number;
+}
+
+TEST_F(HardwareSkinningTest, ProgramBendsAsTheProcessorDoes) {
+    recorder.refuse("glGetObjectParameterivARB", 2 * 3, 1); // pplDirectA, and skinning with it
+    ASSERT_TRUE(restart());
+    ASSERT_FALSE(RVSHADER::useSkinning());
+    const Outcome processor = draw(false);
+    ASSERT_TRUE(restart());
+    ASSERT_TRUE(RVSHADER::useSkinning());
+    const Outcome program = draw(true);
+
+    // The numbers.
+    ASSERT_EQ(processor.clientVertices.size(), vertices);
+    ASSERT_EQ(program.bones.quat.size(), 12u);
+    ASSERT_EQ(program.bones.trans.size(), 9u);
+    const RVMESH *mesh = meshNamed("strip");
+    for (unsigned int v = 0; v < vertices; ++v) {
+        SCOPED_TRACE(v);
+        const Vector expected = bent(program.bones, mesh->getVertexPtr()[v], weightsOf(v));
+        EXPECT_NEAR(processor.clientVertices[v].x, expected[0], 1e-4);
+        EXPECT_NEAR(processor.clientVertices[v].y, expected[1], 1e-4);
+        EXPECT_NEAR(processor.clientVertices[v].z, expected[2], 1e-4);
+    }
+
+    // The pictures: samples on edges may fall to either side.
+    EXPECT_GT(pixelsOtherThanBlack(processor.lit), 500u);
+    EXPECT_LE(differenceOf(processor.lit, program.lit).mean, 0.05);
+    EXPECT_GT(pixelsOtherThanBlack(processor.flat), 500u);
+    EXPECT_LE(differenceOf(processor.flat, program.flat).mean, 0.05);
+    EXPECT_PIXEL(program.flat.at(width / 2, height / 2), (Pixel{255, 128, 64}), 1);
+}
+
+// Only the bones move: without that all pictures would agree.
+TEST_F(HardwareSkinningTest, MovedBonesChangeThePicture) {
+    const Picture before = draw(true).lit;
+    meshNamed("middle")->rotate(0, 0, 60);
+    drawFrame(nullptr, RVNODE::findByName("[root]"));
+    EXPECT_GT(differenceOf(before, readFrame()).mean, 1.0);
+}
+
+} // namespace

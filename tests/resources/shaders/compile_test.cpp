@@ -1,0 +1,35 @@
+// Every built-in program compiles and links without a word from the driver.
+
+#include "ravolt/RVOPENGL.h"
+#include "resources/shaderTexts.h"
+#include "tests/resources/shaders/labels.h"
+#include "tests/resources/shaders/programScene.h"
+
+namespace ravolt::test {
+
+using BuiltinTexts = ProgramTest;
+
+TEST_F(BuiltinTexts, CompileAndLinkWithoutWarnings) {
+    for (const ProgramLabels &labels : allPrograms) {
+        const Program program(labels.vertex, labels.pixel);
+        EXPECT_EQ(program.messages, "") << labels.vertex << ", " << labels.pixel;
+        EXPECT_TRUE(program.linked) << labels.vertex << ", " << labels.pixel;
+    }
+}
+
+// So what compiles is of the first version of the language.
+TEST_F(BuiltinTexts, AreRefusedWithWordsOfAYoungerLanguage) {
+    for (const ProgramLabels &labels : allPrograms) {
+        const std::string older = shaderText(labels.pixel);
+        EXPECT_EQ(compileMessages(GL_FRAGMENT_SHADER_ARB, older), "");
+        const std::string younger = older + "\nfloat two() { return float[2](1.0, 2.0)[1]; }\n";
+        EXPECT_NE(compileMessages(GL_FRAGMENT_SHADER_ARB, younger).find("1.10"), std::string::npos);
+    }
+}
+
+TEST_F(BuiltinTexts, LeaveAMessageWhenTwoDoNotFit) {
+    const Program program("pplVSdirect.glsl", "waterPS.glsl");
+    EXPECT_NE(program.messages, "");
+}
+
+} // namespace ravolt::test

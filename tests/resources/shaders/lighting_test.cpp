@@ -1,0 +1,258 @@
+// The sixteen lighting programs against their formulas in double precision.
+
+#include "tests/resources/shaders/programScene.h"
+
+#include <ostream>
+
+namespace ravolt::test {
+namespace {
+
+enum class Kind { direct, omni, spot };
+
+struct Variant {
+    const char *name; // behind "pplVS" and "pplPS"
+    Kind kind;
+    bool textured, shadowed, skinned;
+    bool skinnedLight; // the light terms take the skinned vertex
+};
+
+constexpr Variant variants[] = {
+    {"direct", Kind::direct, false, false, false, false},
+    {"omni", Kind::omni, false, false, false, false},
+    {"spot", Kind::spot, false, false, false, false},
+    {"directA", Kind::direct, false, false, true, false},
+    {"omniA", Kind::omni, false, false, true, false},
+    {"spotA", Kind::spot, false, false, true, false},
+    {"directT", Kind::direct, true, false, false, false},
+    {"omniT", Kind::omni, true, false, false, false},
+    {"spotT", Kind::spot, true, false, false, false},
+    {"directTA", Kind::direct, true, false, true, false},
+    {"omniTA", Kind::omni, true, false, true, false},
+    {"spotTA", Kind::spot, true, false, true, true},
+    {"spotS", Kind::spot, false, true, false, false},
+    {"spotSA", Kind::spot, false, true, true, true},
+    {"spotTS", Kind::spot, true, true, false, false},
+    {"spotTSA", Kind::spot, true, true, true, true},
+};
+
+void PrintTo(const Variant &variant, std::ostream *out) { *out << variant.name; }
+
+VertexResult vertexStage(const Variant &variant, const ProgramScene &scene, const Vertex &vertex) {
+    const Material &material = scene.material;
+    const Light &light = scene.light;
+    VertexResult result;
+    Varyings &out = result.varyings;
+    const Matrix skin = variant.skinned ? scene.skinning(vertex) : identity;
+    const Vec position = skin * vertex.position;
+    out["ambient"] = material.ambient * light.ambient;
+    out["ambientGlobal"] = withW(scene.lightModelAmbient, 0) * material.ambient + material.emission;
+    out["diffuse"] = material.diffuse * light.diffuse;
+    out["normal"] = normalize(normalMatrix(scene.modelview) * xyz(skin * xyz(vertex.normal)));
+    if (variant.kind == Kind::direct) {
+        out["LPos"] = normalize(light.position);
+        out["halfVector"] = normalize(normalize(light.position) + Vec{0, 0, 1, 0});
+    } else {
+        const Vec lit = scene.modelview * (variant.skinnedLight ? position : vertex.position);
+        out["TPos"] = xyz(lit);
+        out["LPos"] = xyz(light.position);
+        out["shadow"] = scene.textureMatrix1 * lit;
+    }
+    out["texCoord"] = vertex.texCoord[0];
+    result.position = scene.projection * (scene.modelview * position);
+    return result;
+}
+
+Vec specularTerm(const ProgramScene &scene, double NdotHV) {
+    return scene.material.specular * scene.light.specular *
+           std::pow(NdotHV, scene.material.shininess);
+}
+
+Vec directColor(const ProgramScene &scene, const Varyings &in, Notes &notes) {
+    const Vec n = normalize(in.at("normal"));
+    const double NdotL = dot(n, normalize(in.at("LPos")));
+    Vec color = in.at("ambientGlobal") + in.at("ambient");
+    if (notes.above(NdotL, 0, "lit")) {
+        color += in.at("diffuse") * NdotL;
+        color += specularTerm(scene, std::max(dot(n, normalize(in.at("halfVector"))), 0.0));
+    }
+    return color;
+}
+
+double attenuationSum(const Light &light, double distance) {
+    return light.constant + light.linear * distance + light.quadratic * distance * distance;
+}
+
+Vec omniColor(const ProgramScene &scene, const Varyings &in, Notes &notes) {
+    const Vec n = normalize(in.at("normal"));
+    const Vec aux = in.at("LPos") - in.at("TPos");
+    const Vec reflected = normalize(normalize(-in.at("TPos")) + normalize(aux));
+    const double att = 1 / attenuationSum(scene.light, length(aux));
+    const double NdotL = dot(n, normalize(aux));
+    Vec color = in.at("ambientGlobal") + att * in.at("ambient");
+    if (notes.above(NdotL, 0, "lit")) {
+        color += att * (in.at("diffuse") * NdotL);
+        color += att * specularTerm(scene, std::max(dot(n, reflected), 0.0));
+    }
+    return color;
+}
+
+// What the cone adds; nothing for a pixel that faces away.
+Vec coneColor(const ProgramScene &scene, const Varyings &in, Notes &notes) {
+    const Vec n = normalize(in.at("normal"));
+    const Vec aux = in.at("LPos") - in.at("TPos");
+    const Vec direction = normalize(aux);
+    const double NdotL = dot(n, direction);
+    if (!notes.above(NdotL, 0, "lit"))
+        return {};
+    double spotEffect = dot(normalize(scene.light.spotDirection), -direction);
+    if (!notes.above(spotEffect, std::cos(radians(scene.light.cutoff)), "inside the cone"))
+        return {};
+    spotEffect = std::pow(spotEffect, scene.light.exponent);
+    const double satt = spotEffect / attenuationSum(scene.light, length(aux));
+    const Vec reflected = normalize(normalize(-in.at("TPos")) + direction);
+    return satt * (in.at("diffuse") * NdotL + in.at("ambient")) +
+           satt * specularTerm(scene, std::max(dot(n, reflected), 0.0));
+}
+
+double lightReaching(const ProgramScene &scene, Vec loc, Notes &notes) {
+    const double offsets[][2] = {{-1.5, 0.5}, {0.5, 0.5}, {-1.5, -1.5}, {0.5, -1.5}};
+    double sum = 0;
+    for (const auto &offset : offsets)
+        sum += scene.compare(notes,
+                             {loc.x + offset[0] / scene.number("width") * loc.w,
+                              loc.y + offset[1] / scene.number("height") * loc.w, loc.z, loc.w});
+    return sum * 0.25;
+}
+
+Vec pixelStage(const Variant &variant, const ProgramScene &scene, const Varyings &in,
+               Notes &notes) {
+    Vec texel{1, 1, 1, 1};
+    if (variant.textured)
+        texel = scene.sample(notes, 0, in.at("texCoord").x, in.at("texCoord").y);
+    if (variant.kind == Kind::direct)
+        return directColor(scene, in, notes) * texel;
+    if (variant.kind == Kind::omni)
+        return omniColor(scene, in, notes) * texel;
+    const Vec ambient = in.at("ambient") + in.at("ambientGlobal");
+    if (!variant.shadowed)
+        return (ambient + coneColor(scene, in, notes)) * texel;
+    const double sum = lightReaching(scene, in.at("shadow"), notes);
+    Vec color;
+    if (sum > 0)
+        color = coneColor(scene, in, notes);
+    // A depth texture read as luminance has an alpha of 1, whatever the comparison gave.
+    return ambient * texel + Vec{sum, sum, sum, 1} * texel * color;
+}
+
+// Squares of two depths, so that a pixel has the light from none to all of its four lookups.
+DepthImage pattern(double shallow, double deep) {
+    DepthImage map{8, 8, {}};
+    for (int row = 0; row < map.height; ++row)
+        for (int column = 0; column < map.width; ++column)
+            map.depths.push_back((row / 3 + column / 3) % 2 ? shallow : deep);
+    return map;
+}
+
+void addBones(ProgramScene &scene) {
+    for (int i = 0; i < 100; ++i) {
+        const double half = 0.05 + 0.004 * i;
+        const Vec axis = normalize({1, 0.3 * (i % 5), -0.5 * (i % 3), 0});
+        scene.boneQuat.push_back(withW(axis * std::sin(half), std::cos(half)));
+        scene.boneTrans.push_back({0.03 * (i % 7), -0.02 * (i % 11), 0.01 * (i % 13), 0});
+    }
+    const Vec indices[] = {{0, 17, 42, 99}, {3, 3, 64, 1}, {98, 5, 33, 70}};
+    const Vec weights[] = {{0.4, 0.3, 0.2, 0.1}, {0.25, 0.25, 0.25, 0.25}, {0.7, 0.1, 0.15, 0.05}};
+    for (int i = 0; i < 3; ++i) {
+        scene.corners[i].boneIndex = indices[i];
+        scene.corners[i].boneWeight = weights[i];
+    }
+}
+
+ProgramScene sceneFor(const Variant &variant) {
+    ProgramScene scene;
+    scene.modelview =
+        translation(0.5, -1, -3) * turn(35, normalize({1, 2, -1, 0})) * scale(1.25, 0.75, 1.5);
+    scene.material = {{0.3, 0.4, 0.5, 0.75},
+                      {0.9, 0.8, 0.7, 0.75},
+                      {1, 0.5, 0.75, 0.75},
+                      {0.05, 0.1, 0.02, 0.75},
+                      9};
+    scene.lightModelAmbient = {0.2, 0.1, 0.3, 0.8};
+    scene.light.ambient = {0.5, 0.25, 0.4, 0.9};
+    scene.light.diffuse = {2, 1.5, 1, 0.8};
+    scene.light.specular = {1, 2, 1.5, 0.7};
+    if (variant.kind == Kind::direct)
+        scene.light.position = {1, 2, 3, 0};
+    else
+        scene.light.position = {1.5, 1, -1, 1};
+    if (variant.kind != Kind::direct) {
+        scene.light.constant = 0.5;
+        scene.light.linear = 0.125;
+        scene.light.quadratic = 0.03125;
+    }
+    if (variant.kind == Kind::spot) {
+        scene.light.spotDirection = {-0.5, -0.75, -1.5, 0};
+        scene.light.cutoff = 28;
+        scene.light.exponent = 3;
+    }
+    if (variant.textured)
+        scene.images[0] = Image::random(8, 4, 7, 0.1, 1.5);
+    if (variant.shadowed) {
+        scene.shadowMap = pattern(0.1, 0.9);
+        scene.floats = {{"width", 8}, {"height", 8}};
+        scene.textureMatrix1 = translation(0.5, 0.5, 0.5) * scale(0.08, 0.06, 0.02);
+        scene.textureMatrix1[2].w = -0.125;
+    }
+    const Vec texCoords[] = {{-0.3, 0.1, 0, 1}, {1.7, 0.2, 0, 1}, {0.4, 2.3, 0, 1}};
+    for (int i = 0; i < 3; ++i)
+        scene.corners[i].texCoord[0] = texCoords[i];
+    if (variant.skinned)
+        addBones(scene);
+    return scene;
+}
+
+// Normals that look at the light, away from it and past it, as the eye sees them.
+void setNormals(ProgramScene &scene) {
+    const Vec seen[] = {{0.2, 0.3, 0.9, 0}, {0.4, 0.5, 0.6, 0}, {-0.8, 0.4, -0.65, 0}};
+    Matrix toEye = normalMatrix(scene.modelview);
+    toEye[3] = identity[3];
+    for (int i = 0; i < 3; ++i) {
+        Vertex &corner = scene.corners[i];
+        corner.normal = affineInverse(toEye) * seen[i];
+        if (!scene.boneQuat.empty())
+            corner.normal = affineInverse(scene.skinning(corner)) * corner.normal;
+        corner.normal = corner.normal * 1.5; // the programs normalise
+    }
+}
+
+} // namespace
+
+class LightingProgram : public ProgramTest, public testing::WithParamInterface<Variant> {};
+
+TEST_P(LightingProgram, ComputesWhatItsFormulaSays) {
+    const Variant &variant = GetParam();
+    ProgramScene scene = sceneFor(variant);
+    place(scene);
+    setNormals(scene);
+    const Comparison result =
+        compare(("pplVS" + std::string(variant.name) + ".glsl").c_str(),
+                ("pplPS" + std::string(variant.name) + ".glsl").c_str(), scene,
+                [&](const ProgramScene &s, const Vertex &v) { return vertexStage(variant, s, v); },
+                [&](const ProgramScene &s, const Varyings &in, Notes &notes) {
+                    return pixelStage(variant, s, in, notes);
+                },
+                singlePrecision);
+    EXPECT_GT(result.compared, 200);
+    EXPECT_GT(result.background, 200);
+    std::set<std::string> branches = {"lit", "not lit"};
+    if (variant.kind == Kind::spot)
+        branches.insert({"inside the cone", "not inside the cone"});
+    if (variant.shadowed)
+        branches.insert({"in shadow", "not in shadow"});
+    EXPECT_EQ(result.visited, branches);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, LightingProgram, testing::ValuesIn(variants),
+                         [](const auto &each) { return std::string(each.param.name); });
+
+} // namespace ravolt::test

@@ -1,0 +1,142 @@
+#pragma once
+
+// What a program draws and the reference computes alike: the fixed-function state that reaches a
+// program, its uniforms and textures, and one triangle. The triangle is drawn into a floating-point
+// target and compared pixel by pixel with a reference that has the program's two stages as
+// functions in double precision.
+
+#include "tests/resources/shaders/vectors.h"
+#include "tests/support/engineFixture.h"
+
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ravolt::test {
+
+// A program made of the texts of two labels, current as long as it lives.
+class Program {
+  public:
+    Program(const char *vertexLabel, const char *pixelLabel);
+    ~Program();
+    Program(const Program &) = delete;
+    Program &operator=(const Program &) = delete;
+
+    std::string messages; // of the driver, for both stages and the linking
+    bool linked = false;
+
+    int uniform(const std::string &name) const; // -1 without it
+    int attribute(const std::string &name) const;
+
+  private:
+    unsigned int program = 0;
+};
+
+// What the driver says to a text; `kind` is one of OpenGL's two.
+std::string compileMessages(unsigned int kind, const std::string &text);
+
+// A texture of floats, repeated, with no filter.
+struct Image {
+    int width = 0, height = 0;
+    std::vector<Vec> texels;
+
+    // Texels from `low` to `high`, the same ones for the same seed.
+    static Image random(int width, int height, unsigned int seed, double low, double high);
+};
+
+// A depth texture that gives the comparison: 1 where the third coordinate is not above the depth.
+struct DepthImage {
+    int width = 0, height = 0;
+    std::vector<double> depths;
+};
+
+struct Light {
+    Vec ambient, diffuse, specular;
+    Vec position{0, 0, 0, 1}; // in eye space
+    Vec spotDirection{0, 0, -1, 0};
+    double cutoff = 180; // degrees
+    double exponent = 0;
+    double constant = 1, linear = 0, quadratic = 0;
+};
+
+struct Material {
+    Vec ambient, diffuse, specular, emission;
+    double shininess = 0;
+};
+
+struct Vertex {
+    Vec position{0, 0, 0, 1};
+    Vec normal{0, 0, 1, 0};
+    Vec color{1, 1, 1, 1};
+    Vec texCoord[2];
+    Vec boneIndex, boneWeight;
+};
+
+using Varyings = std::map<std::string, Vec>;
+
+struct VertexResult {
+    Vec position; // in clip space
+    Varyings varyings;
+};
+
+// What the pixel stage of a reference notes down while it computes a pixel.
+struct Notes {
+    bool unsure = false; // so near to a step that single precision may fall on its other side
+    std::set<std::string> visited;
+
+    // Whether a > b.
+    bool above(double a, double b, const char *name);
+};
+
+struct ProgramScene {
+    Matrix modelview = identity, projection = identity, textureMatrix1 = identity;
+    Light light;
+    Material material;
+    Vec lightModelAmbient;
+    std::map<int, Image> images; // by unit, each for the sampler of that number
+    DepthImage shadowMap;        // on unit 1, where there is one
+    std::map<std::string, double> floats;
+    std::map<std::string, int> integers;
+    std::vector<Vec> boneQuat, boneTrans;
+    Vec clipPlane; // in eye space, for a varying clipVertex of the reference; none if all are 0
+    Vertex corners[3];
+
+    // Lookups of the reference.
+    Vec sample(Notes &notes, int unit, double s, double t) const;
+    double compare(Notes &notes, Vec coord) const; // shadow2DProj
+    double number(const std::string &name) const { return floats.at(name); }
+
+    Matrix skinning(const Vertex &vertex) const; // the sum over the four bones
+};
+
+using VertexReference = std::function<VertexResult(const ProgramScene &, const Vertex &)>;
+using PixelReference = std::function<Vec(const ProgramScene &, const Varyings &, Notes &)>;
+
+struct Comparison {
+    int compared = 0;              // pixels of the triangle that were compared
+    int background = 0;            // pixels beside it that were compared
+    double largest = 0;            // difference, relative for values above 1
+    std::set<std::string> visited; // branches that the compared pixels took
+};
+
+class ProgramTest : public EngineTest {
+  protected:
+    ProgramTest() { settings.setShaders(true); }
+
+    // The whole comparison. A pixel may differ by `tolerance`, times its value above 1.
+    static Comparison compare(const char *vertexLabel, const char *pixelLabel,
+                              const ProgramScene &scene, const VertexReference &vertexReference,
+                              const PixelReference &pixelReference, double tolerance);
+
+    // Puts the corners at these places of the screen (-1 to 1) and distances from the eye, for the
+    // scene's modelview matrix, and a perspective that fits.
+    static void place(ProgramScene &scene);
+};
+
+// What single precision may differ from the references by: 24 bits in each of some dozens of steps,
+// and pow as an exponential of a logarithm. Seen on Mesa's software driver: 1e-6.
+inline constexpr double singlePrecision = 2e-5;
+
+} // namespace ravolt::test
