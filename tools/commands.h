@@ -8,6 +8,7 @@
 #include "tools/stage/stage.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace ravolt::tool {
@@ -25,7 +26,8 @@ struct ShowOptions {
     std::filesystem::path input; // a scene, or a model
     WindowSize size;
     int rig = 0;
-    double yaw = 30, pitch = 20, zoom = 1; // degrees, degrees, factor
+    std::optional<double> yaw, pitch; // degrees; without them the stage's own
+    double zoom = 1;                  // a factor
     bool wireframe = false;
     bool twoSided = false; // of a model
     bool normals = false;

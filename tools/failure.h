@@ -15,4 +15,10 @@ class Failure : public std::runtime_error {
     explicit Failure(const std::string &reason) : std::runtime_error(reason) {}
 };
 
+// A command line that makes no sense; the program ends with exit code 2.
+class WrongOptions : public Failure {
+  public:
+    using Failure::Failure;
+};
+
 } // namespace ravolt::tool

@@ -7,12 +7,17 @@
 #include "tools/quietStart.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <new>
 
 namespace {
 
 using namespace ravolt::tool;
+
+constexpr const char *exitCodes = "Exit codes: 0 done, 1 the job failed, 2 wrong options.";
 
 struct Options {
     ConvertOptions convert;
@@ -28,8 +33,55 @@ WindowSize sizeFrom(const std::string &text) {
     char rest = 0;
     if (std::sscanf(text.c_str(), "%dx%d%c", &size.width, &size.height, &rest) != 2 ||
         size.width < 1 || size.height < 1 || size.width > 8192 || size.height > 8192)
-        throw Failure("--size " + text + ": expected WIDTHxHEIGHT, each from 1 to 8192");
+        throw WrongOptions("--size " + text + ": expected WIDTHxHEIGHT, each from 1 to 8192");
     return size;
+}
+
+void requireWithin(const char *option, double value, double lowest, double highest) {
+    if (value >= lowest && value <= highest) // no NaN is
+        return;
+    char line[96];
+    std::snprintf(line, sizeof line, "%s %g: expected a number from %g to %g", option, value,
+                  lowest, highest);
+    throw WrongOptions(line);
+}
+
+void requireName(const char *what, const std::filesystem::path &name) {
+    if (name.empty())
+        throw WrongOptions(std::string(what) + ": the name is empty");
+}
+
+void check(const ConvertOptions &options) {
+    requireName("MODEL", options.model);
+    requireName("--output", options.scene);
+    requireWithin("--scale", options.scale, 1e-30, 1e30);
+}
+
+void check(const ShowOptions &options) {
+    requireName("SCENE", options.input);
+    requireWithin("--rig", options.rig, 0, 4);
+    requireWithin("--yaw", options.yaw.value_or(0), -36000, 36000);
+    requireWithin("--pitch", options.pitch.value_or(0), -89, 89);
+    requireWithin("--zoom", options.zoom, 0.05, 50);
+}
+
+void checkPicture(const std::filesystem::path &output) {
+    requireName("--output", output);
+    std::string ending = output.extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (ending != ".png")
+        throw WrongOptions("--output " + output.string() + ": expected a name that ends in .png");
+}
+
+// CLI11 complains of a missing command only.
+void checkCommand(const CLI::App &app, const std::string &word) {
+    const auto all = app.get_subcommands([](const CLI::App *) { return true; });
+    const bool known = std::any_of(all.begin(), all.end(), [&](const CLI::App *command) {
+        return command->get_name() == word;
+    });
+    if (!known && (word.empty() || word[0] != '-'))
+        throw WrongOptions("no command '" + word + "': there are convert, view and shot");
 }
 
 void addTalk(CLI::App &command, Options &options) {
@@ -57,6 +109,7 @@ CLI::App *addConvert(CLI::App &app, Options &options) {
                         "Put in front of the names of materials and textures; the engine shares "
                         "materials of the same name between scenes");
     addTalk(*command, options);
+    command->footer(exitCodes);
     return command;
 }
 
@@ -69,9 +122,10 @@ void addShow(CLI::App &command, Options &options, ShowOptions &to) {
     for (int i = 0; i < 5; ++i)
         rigs += (i ? ", " : " ") + std::to_string(i) + " " + Stage::rigName(i);
     command.add_option("--rig", to.rig, rigs)->capture_default_str();
-    command.add_option("--yaw", to.yaw, "Degrees round the scene")->capture_default_str();
-    command.add_option("--pitch", to.pitch, "Degrees above it, -89 to 89")->capture_default_str();
-    command.add_option("--zoom", to.zoom, "1 shows the whole scene, 2 half of it")
+    command.add_option("--yaw", to.yaw,
+                       "Degrees round the scene (30, or before what faces away from there)");
+    command.add_option("--pitch", to.pitch, "Degrees above it, -89 to 89 (20)");
+    command.add_option("--zoom", to.zoom, "1 shows the whole scene, 2 half of it; from 0.05 to 50")
         ->capture_default_str();
     command.add_flag("--wireframe", to.wireframe, "Show lines only");
     command.add_flag("--two-sided", to.twoSided,
@@ -86,7 +140,7 @@ CLI::App *addView(CLI::App &app, Options &options) {
     addShow(*command, options, options.view);
     command->add_flag("--spin", options.view.spin, "Turn by itself");
     command->add_option("--seconds", options.view.seconds, "End by itself after that time");
-    command->footer(viewKeys());
+    command->footer(viewKeys() + exitCodes);
     return command;
 }
 
@@ -104,6 +158,7 @@ CLI::App *addShot(CLI::App &app, Options &options) {
     command->add_option("--sdl", options.sdlFolder,
                         "Folder of SDL 1.2's interface over SDL 2, which draws without a display "
                         "(looked for in /usr/lib)");
+    command->footer(exitCodes);
     return command;
 }
 
@@ -111,8 +166,8 @@ int run(int argc, char **argv) {
     CLI::App app("Makes and shows scenes of the Ravolt engine.", "ravolt");
     Options options;
     app.require_subcommand(1);
-    app.footer("ravolt COMMAND --help tells the options of a command.\n"
-               "Exit codes: 0 done, 1 the job failed, 2 wrong options.");
+    app.set_version_flag("--version", "ravolt " RAVOLT_TOOL_VERSION);
+    app.footer(std::string("ravolt COMMAND --help tells the options of a command.\n") + exitCodes);
     CLI::App *convert = addConvert(app, options);
     CLI::App *view = addView(app, options);
     CLI::App *shot = addShot(app, options);
@@ -120,6 +175,7 @@ int run(int argc, char **argv) {
         std::fputs(app.help().c_str(), stdout);
         return 2;
     }
+    checkCommand(app, argv[1]);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
@@ -127,13 +183,18 @@ int run(int argc, char **argv) {
     }
 
     if (convert->parsed()) {
+        check(options.convert);
         QuietStart::clear(); // no engine, so nothing to log
         runConvert(options.convert, options.talk);
     } else if (view->parsed()) {
+        check(options.view);
+        requireWithin("--seconds", options.view.seconds, 0, 1e9);
         options.view.size = sizeFrom(options.size);
         requireDisplay();
         runView(options.view, options.talk);
     } else if (shot->parsed()) {
+        check(options.shot);
+        checkPicture(options.shot.output);
         options.shot.size = sizeFrom(options.size);
         requireDisplayOrOffscreen(argv, options.sdlFolder, options.talk.verbose);
         runShot(options.shot, options.talk);
@@ -149,6 +210,9 @@ int main(int argc, char **argv) {
         return run(argc, argv);
     } catch (const std::bad_alloc &) {
         std::fputs("ravolt: out of memory\n", stderr);
+    } catch (const WrongOptions &error) {
+        std::fprintf(stderr, "ravolt: %s\n", error.what());
+        return 2;
     } catch (const std::exception &error) {
         std::fprintf(stderr, "ravolt: %s\n", error.what());
     }

@@ -14,11 +14,19 @@ namespace {
 // Set before any constructor runs, so they are plain data.
 int userFolder = -1;
 int userOutput = -1;
-char logFolder[] = "/tmp/ravolt-log-XXXXXX";
+char logFolder[512];
 bool aside = false;
 
-// Of all code in the process this runs first: no library's constructor has run yet.
-void stepAside() {
+// Goes to a fresh folder below `place`.
+bool goBelow(const char *place) {
+    const int length = std::snprintf(logFolder, sizeof logFolder, "%s/ravolt-log-XXXXXX", place);
+    return length > 0 && length < static_cast<int>(sizeof logFolder) && place[0] == '/' &&
+           mkdtemp(logFolder) && chdir(logFolder) == 0;
+}
+
+// Of all code in the process this runs first: no library's constructor has run yet, not even that
+// of getenv's own.
+void stepAside(int, char **, char **environment) {
     userFolder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     userOutput = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
@@ -27,10 +35,15 @@ void stepAside() {
     if (nowhere >= 0)
         close(nowhere);
     // Without a way back the log stays where it always is.
-    aside = userFolder >= 0 && mkdtemp(logFolder) && chdir(logFolder) == 0;
+    constexpr const char *variable = "TMPDIR=";
+    for (char **entry = environment; entry && *entry && userFolder >= 0 && !aside; ++entry)
+        if (std::strncmp(*entry, variable, std::strlen(variable)) == 0)
+            aside = goBelow(*entry + std::strlen(variable));
+    aside = aside || (userFolder >= 0 && goBelow("/tmp"));
 }
 
-[[gnu::section(".preinit_array"), gnu::used]] void (*const first)() = stepAside;
+[[gnu::section(".preinit_array"), gnu::used]] void (*const first)(int, char **,
+                                                                  char **) = stepAside;
 
 } // namespace
 

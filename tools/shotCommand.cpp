@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <fstream>
 #include <iostream>
-#include <ravolt/RAVOLT.h>
 
 namespace ravolt::tool {
 
@@ -28,18 +27,30 @@ fs::path frameFile(const fs::path &output, int frame, int frames) {
 
 void arrange(Stage &stage, const ShowOptions &options) {
     if (options.rig < 0 || options.rig >= stage.numberOfRigs())
-        throw Failure("no light rig " + std::to_string(options.rig) + ": there are 0 to " +
-                      std::to_string(stage.numberOfRigs() - 1));
+        throw WrongOptions("no light rig " + std::to_string(options.rig) + ": there are 0 to " +
+                           std::to_string(stage.numberOfRigs() - 1));
     stage.setRig(options.rig);
-    stage.setYaw(options.yaw);
-    stage.setPitch(options.pitch);
+    if (options.yaw)
+        stage.setYaw(*options.yaw);
+    if (options.pitch)
+        stage.setPitch(*options.pitch);
     stage.setZoom(options.zoom);
     stage.setWireframe(options.wireframe);
     stage.setNormals(options.normals);
     stage.setBoxes(options.boxes);
 }
 
-void sayLog(const Talk &talk) {
+void warn(const std::string &line, const Talk &talk) {
+    if (!talk.quiet)
+        std::fprintf(stderr, "ravolt: warning: %s\n", line.c_str());
+}
+
+void warnOfMissingTextures(const Talk &talk) {
+    for (const std::string &file : Engine::missingFiles(QuietStart::log()))
+        warn("texture " + file + " cannot be opened", talk);
+}
+
+LogAtEnd::~LogAtEnd() {
     if (!talk.verbose)
         return;
     std::ifstream log(QuietStart::log());
@@ -53,21 +64,26 @@ void runShot(const ShotOptions &options, const Talk &talk) {
         throw Failure(output.parent_path().string(), "no such folder");
 
     const SceneToShow scene(options, talk);
-    Engine engine(options.size, "ravolt", false, QuietStart::log());
+    const LogAtEnd logged(talk);
+    Engine engine(windowFor(options.size), "ravolt", false, QuietStart::log());
     Stage stage(engine.load(scene.file()));
     arrange(stage, options);
+    warnOfMissingTextures(talk);
+    const double start = stage.getYaw();
+    bool something = false;
     {
         Progress progress(!talk.quiet && options.frames > 1);
         progress.step("drawing", 0, 1);
         for (int frame = 0; frame < options.frames; ++frame) {
-            stage.setYaw(options.yaw + 360.0 * frame / options.frames);
-            stage.draw();
-            writePng(takePicture(), frameFile(output, frame, options.frames));
-            RAVOLT::swap();
+            stage.setYaw(start + 360.0 * frame / options.frames);
+            const Picture picture = shoot(stage, options.size);
+            something = something || showsSomething(picture);
+            writePng(picture, frameFile(output, frame, options.frames));
             progress.update(static_cast<double>(frame + 1) / options.frames);
         }
     }
-    sayLog(talk);
+    if (!something)
+        warn("nothing is seen from here; try --two-sided or --yaw", talk);
 }
 
 } // namespace ravolt::tool

@@ -8,10 +8,25 @@
 
 namespace ravolt::tool {
 
-// Throws Failure for a rig that the scene does not have.
+// Throws WrongOptions for a rig that the scene does not have.
 void arrange(Stage &stage, const ShowOptions &options);
 
-// Copies the engine's log to standard error when `verbose`.
-void sayLog(const Talk &talk);
+// Says one line on standard error.
+void warn(const std::string &line, const Talk &talk);
+
+// Warns of each texture of the scene that the engine did not find.
+void warnOfMissingTextures(const Talk &talk);
+
+// Copies the engine's log to standard error at its end when `verbose`, also when a job fails.
+class LogAtEnd {
+  public:
+    explicit LogAtEnd(const Talk &wanted) : talk(wanted) {}
+    ~LogAtEnd();
+    LogAtEnd(const LogAtEnd &) = delete;
+    LogAtEnd &operator=(const LogAtEnd &) = delete;
+
+  private:
+    const Talk &talk;
+};
 
 } // namespace ravolt::tool

@@ -27,8 +27,9 @@ constexpr double spinDegreesPerSecond = 40;
 class Viewer {
   public:
     Viewer(Stage &shown, const ViewOptions &wanted, fs::path stem)
-        : stage(shown), options(wanted), pictureStem(std::move(stem)), wireframe(wanted.wireframe),
-          normals(wanted.normals), boxes(wanted.boxes), spinning(wanted.spin) {}
+        : stage(shown), options(wanted), pictureStem(std::move(stem)), firstYaw(shown.getYaw()),
+          firstPitch(shown.getPitch()), wireframe(wanted.wireframe), normals(wanted.normals),
+          boxes(wanted.boxes), spinning(wanted.spin) {}
 
     void run();
 
@@ -65,6 +66,7 @@ class Viewer {
     Stage &stage;
     const ViewOptions &options;
     fs::path pictureStem;
+    double firstYaw, firstPitch;
     bool wireframe, normals, boxes, spinning;
     bool open = true, dragging = false, changed = true, pictureWanted = false;
     int pictures = 0;
@@ -98,8 +100,8 @@ void Viewer::nextRig() {
 }
 
 void Viewer::reset() {
-    stage.setYaw(options.yaw);
-    stage.setPitch(options.pitch);
+    stage.setYaw(firstYaw);
+    stage.setPitch(firstPitch);
     stage.setZoom(options.zoom);
 }
 
@@ -214,12 +216,13 @@ void runView(const ViewOptions &options, const Talk &talk) {
     // The engine works in another folder.
     const fs::path pictures = fs::absolute(options.input.stem());
     const SceneToShow scene(options, talk);
+    const LogAtEnd logged(talk);
     Engine engine(options.size, "ravolt - " + options.input.filename().string(), true,
                   QuietStart::log());
     Stage stage(engine.load(scene.file()));
     arrange(stage, options);
+    warnOfMissingTextures(talk);
     Viewer(stage, options, pictures).run();
-    sayLog(talk);
 }
 
 } // namespace ravolt::tool

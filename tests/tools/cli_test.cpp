@@ -65,8 +65,13 @@ TEST(CommandLine, ShowsHelp) {
 }
 
 TEST(CommandLine, ShowsTheHelpOfEachCommandWithTheViewersKeys) {
-    for (const char *command : {"convert", "view", "shot"})
-        EXPECT_EQ(run(std::string(command) + " --help").code, 0) << command;
+    for (const char *command : {"convert", "view", "shot"}) {
+        const Outcome help = run(std::string(command) + " --help");
+        EXPECT_EQ(help.code, 0) << command;
+        EXPECT_NE(help.out.find("Exit codes: 0 done, 1 the job failed, 2 wrong options."),
+                  std::string::npos)
+            << command;
+    }
     const std::string keys = run("view --help").out;
     for (const char *word : {"wireframe", "normals", "bounding boxes", "next light rig",
                              "screenshot", "wheel to zoom", "Escape"})
@@ -77,7 +82,9 @@ TEST(CommandLine, RefusesWrongOptions) {
     for (const char *arguments :
          {"nonsense", "convert", "convert a.obj", "convert a.obj -o b.rve --nonsense",
           "convert a.obj -o b.rve --max-texture 5000", "convert a.obj -o b.rve --scale much",
-          "shot a.obj", "shot a.obj -o b.png --frames 0", "convert a -o b -q -v"}) {
+          "shot a.obj", "shot a.obj -o b.png --frames 0", "convert a -o b -q -v",
+          "shot m.obj -o x.png --yaw inf", "shot m.obj -o x.png --pitch 90",
+          "view m.obj --seconds nan", "view m.obj --size 1x"}) {
         const Outcome result = run(arguments);
         EXPECT_EQ(result.code, 2) << arguments;
         EXPECT_FALSE(result.err.empty()) << arguments;
@@ -86,6 +93,7 @@ TEST(CommandLine, RefusesWrongOptions) {
 
 TEST(CommandLine, FailsWithOneLineThatNamesTheFile) {
     writeFile("junk.fbx", "junk");
+    writeFile("empty.obj", "");
     fs::create_directory("folder");
     writeSquare();
     for (const auto &[arguments, start] : std::vector<std::pair<std::string, std::string>>{
@@ -95,9 +103,8 @@ TEST(CommandLine, FailsWithOneLineThatNamesTheFile) {
              {"convert m.obj -o no/x.rve", "ravolt: no: no such folder\n"},
              {"shot missing.rve -o x.png", "ravolt: missing.rve: no such file\n"},
              {"shot m.obj -o no/x.png", "ravolt: "},
-             {"shot m.obj -o x.png --size 0x10", "ravolt: --size 0x10: "},
-             {"shot m.obj -o x.png --size big", "ravolt: --size big: "},
-             {"shot m.obj -o x.png --rig 99", "ravolt: no light rig 99: there are 0 to 3\n"}}) {
+             {"convert empty.obj -o x.rve", "ravolt: empty.obj: is empty\n"},
+             {"shot empty.obj -o x.png", "ravolt: empty.obj: is empty\n"}}) {
         const Outcome result = run(arguments);
         EXPECT_EQ(result.code, 1) << arguments;
         EXPECT_TRUE(startsWith(result.err, start)) << arguments << ": " << result.err;
@@ -106,6 +113,42 @@ TEST(CommandLine, FailsWithOneLineThatNamesTheFile) {
         EXPECT_FALSE(fs::exists("x.rve"));
         EXPECT_FALSE(fs::exists("x.png"));
     }
+}
+
+TEST(CommandLine, NamesWhatIsWrongWithAnOption) {
+    writeSquare();
+    for (const auto &[arguments, start] : std::vector<std::pair<std::string, std::string>>{
+             {"bogus", "ravolt: no command 'bogus': there are convert, view and shot\n"},
+             {"shot m.obj -o x.png --size 0x10", "ravolt: --size 0x10: "},
+             {"shot m.obj -o x.png --size big", "ravolt: --size big: "},
+             {"shot m.obj -o x.png --rig 99", "ravolt: --rig 99: expected "},
+             {"shot m.obj -o x.png --rig 4", "ravolt: no light rig 4: there are 0 to 3\n"},
+             {"shot m.obj -o x.png --yaw nan", "ravolt: --yaw nan: expected "},
+             {"shot m.obj -o x.png --zoom inf", "ravolt: --zoom inf: expected "},
+             {"shot m.obj -o x.png --zoom 0", "ravolt: --zoom 0: expected "},
+             {"convert m.obj -o x.rve --scale nan", "ravolt: --scale nan: expected "},
+             {"convert m.obj -o x.rve --scale 0", "ravolt: --scale 0: expected "},
+             {"convert '' -o x.rve", "ravolt: MODEL: the name is empty\n"},
+             {"convert m.obj -o ''", "ravolt: --output: the name is empty\n"},
+             {"shot '' -o x.png", "ravolt: SCENE: the name is empty\n"},
+             {"shot m.obj -o ''", "ravolt: --output: the name is empty\n"},
+             {"shot m.obj -o x.jpg", "ravolt: --output x.jpg: expected a name that ends in .png\n"},
+             {"view ''", "ravolt: SCENE: the name is empty\n"}}) {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.code, 2) << arguments;
+        EXPECT_TRUE(startsWith(result.err, start)) << arguments << ": " << result.err;
+        EXPECT_EQ(lines(result.err), 1u) << result.err;
+        EXPECT_EQ(result.out, "") << arguments;
+        EXPECT_FALSE(fs::exists("x.rve"));
+        EXPECT_FALSE(fs::exists("x.png"));
+    }
+}
+
+TEST(CommandLine, TellsItsVersion) {
+    const Outcome result = run("--version");
+    EXPECT_EQ(result.code, 0);
+    EXPECT_TRUE(startsWith(result.out, "ravolt 1.6")) << result.out;
+    EXPECT_EQ(lines(result.out), 1u);
 }
 
 TEST(CommandLine, ConvertsAndSaysWhatItMade) {
@@ -167,6 +210,79 @@ TEST(CommandLine, LeavesNoLogBehind) {
     const Outcome verbose = run("shot m.rve -o m.png -v");
     EXPECT_NE(verbose.err.find("Loading RVE file"), std::string::npos);
     EXPECT_EQ(verbose.out, "");
+}
+
+TEST(CommandLine, ShowsTheEnginesLogOfAFailureOnRequest) {
+    writeFile("bad.rve", "RVE file v9.9z");
+    const Outcome result = run("shot bad.rve -o x.png -v");
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.err.find("   [!] Invalid header in file bad.rve"), std::string::npos)
+        << result.err;
+    EXPECT_NE(result.err.find("ravolt: bad.rve: "), std::string::npos) << result.err;
+}
+
+TEST(CommandLine, PutsItsLogWhereTemporaryFilesGo) {
+    writeSquare();
+    const fs::path place = fs::absolute("logs");
+    fs::create_directory(place);
+    run("view m.obj --seconds 1 --size 64x48 & for i in $(seq 200); do "
+        "ls logs | grep ravolt-log >seen && break; sleep 0.05; done; wait; true",
+        "TMPDIR=" + place.string());
+    EXPECT_TRUE(startsWith(contentsOf("seen"), "ravolt-log-"));
+    EXPECT_TRUE(fs::is_empty(place));
+}
+
+TEST(CommandLine, WarnsOfTexturesThatAreNotThere) {
+    writeFile("picture.ppm", fourColors());
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd picture.ppm\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    EXPECT_EQ(run("convert m.obj -o m.rve").code, 0);
+    EXPECT_EQ(run("shot m.rve -o m.png --size 64x48").err, "");
+    fs::remove("picture_d.tga");
+    const std::string line = "ravolt: warning: texture picture_d.tga cannot be opened\n";
+    for (const char *arguments : {"shot m.rve -o m.png --size 64x48", "view m.rve --seconds 0.1"}) {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(result.err, line);
+    }
+    EXPECT_EQ(run("shot m.rve -o m.png --size 64x48 -q").err, "");
+}
+
+TEST(CommandLine, WarnsOfAnEmptyPicture) {
+    writeSquare();
+    EXPECT_EQ(run("shot m.obj -o m.png --size 64x48").err, "");
+    const Outcome behind = run("shot m.obj -o m.png --size 64x48 --yaw 180");
+    EXPECT_EQ(behind.code, 0);
+    EXPECT_EQ(behind.err, "ravolt: warning: nothing is seen from here; try --two-sided or --yaw\n");
+    EXPECT_EQ(run("shot m.obj -o m.png --size 64x48 --yaw 180 --two-sided").err, "");
+}
+
+TEST(CommandLine, NoticesAFullDisk) {
+    if (!fs::is_character_file("/dev/full"))
+        GTEST_SKIP() << "no device that is always full";
+    writeSquare();
+    fs::create_symlink("/dev/full", "full.png");
+    const Outcome result = run("shot m.obj -o full.png --size 64x48");
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.err.find("full.png: cannot be written\n"), std::string::npos) << result.err;
+    EXPECT_EQ(lines(result.err), 1u) << result.err;
+    EXPECT_TRUE(fs::is_symlink("full.png"));
+}
+
+// Off screen the screen is 1024 pixels wide.
+TEST(CommandLine, ShootsPicturesLargerThanTheScreen) {
+    writeSquare();
+    for (const auto &[size, header] : std::vector<std::pair<std::string, std::string>>{
+             {"1920x1080", std::string("IHDR\0\0\x07\x80\0\0\x04\x38", 12)},
+             {"8192x16", std::string("IHDR\0\0\x20\0\0\0\0\x10", 12)},
+             {"16x8192", std::string("IHDR\0\0\0\x10\0\0\x20\0", 12)}}) {
+        for (const std::string &before : {std::string(), withoutDisplay}) {
+            const Outcome result = run("shot m.obj -o large.png --size " + size, before);
+            EXPECT_EQ(result.code, 0) << size;
+            EXPECT_EQ(result.err, "") << size;
+            EXPECT_EQ(contentsOf("large.png").substr(12, 12), header) << size;
+        }
+    }
 }
 
 TEST(CommandLine, ShootsScenesAndModels) {

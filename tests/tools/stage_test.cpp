@@ -6,6 +6,8 @@
 #include "tools/stage/engine.h"
 #include "tools/stage/picture.h"
 
+#include <cmath>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <ravolt.h>
 
@@ -255,6 +257,106 @@ TEST_F(StageTest, FollowsTheWindowsSize) {
     EXPECT_GT(coverage(picture), 0.05);
     EXPECT_GT(at(picture, 0.5, 0.5).r, 60);
     RAVOLT::swap();
+}
+
+Picture shootIn(WindowSize window, WindowSize picture) {
+    Engine engine(window, "test", false, "ravolt_log.txt");
+    Stage stage(engine.load("scene.rve"));
+    return shoot(stage, picture);
+}
+
+TEST_F(StageTest, DrawsLargePicturesInPartsThatFit) {
+    std::string checks = "P6 64 64 255\n";
+    for (int i = 0; i < 64 * 64; ++i)
+        checks += (i / 8 + i / 512) % 2 ? std::string("\xff\x20\x20") : std::string("\x20\x20\xff");
+    writeFile("picture.ppm", checks);
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd picture.ppm\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    const WindowSize whole = {700, 500};
+    const Picture once = shootIn(whole, whole), inParts = shootIn({300, 220}, whole);
+    ASSERT_EQ(inParts.width, whole.width);
+    ASSERT_EQ(inParts.height, whole.height);
+    ASSERT_EQ(inParts.pixels.size(), once.pixels.size());
+    EXPECT_GT(coverage(once), 0.1);
+    // Each part has a projection of its own, in single precision, so the driver rounds some edges
+    // and texture places to the other side: pixels there may differ, others by a step.
+    std::size_t different = 0;
+    for (std::size_t i = 0; i < once.pixels.size(); ++i)
+        different += std::abs(once.pixels[i] - inParts.pixels[i]) > 1;
+    EXPECT_LT(different, once.pixels.size() / 1000);
+}
+
+TEST_F(StageTest, TakesTheFewestPartsForALargePicture) {
+    const auto window = [](int width, int height) {
+        const WindowSize result = windowFor({width, height});
+        return std::pair{result.width, result.height};
+    };
+    EXPECT_EQ(window(960, 640), (std::pair{960, 640}));
+    EXPECT_EQ(window(1024, 768), (std::pair{1024, 768}));
+    EXPECT_EQ(window(1920, 1080), (std::pair{960, 540}));
+    EXPECT_EQ(window(8192, 8191), (std::pair{1024, 745}));
+}
+
+// A square that faces +z, turned about the vertical by so many degrees, then about X.
+TEST_F(StageTest, LooksAtASurfaceFromItsFront) {
+    for (const double degrees : {0.0, 120.0, 180.0, 210.0, 300.0})
+        for (const double tilt : {0.0, 90.0, -90.0}) {
+            ravolt::RveScene scene;
+            scene.root.kind = ravolt::RveKind::mesh;
+            scene.root.name = "[root]";
+            scene.root.rotation = {static_cast<float>(tilt), static_cast<float>(degrees), 0};
+            scene.root.mesh.material = "";
+            scene.root.mesh.vertices = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+            scene.root.mesh.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
+            scene.root.mesh.faces = {{0, 1, 2}, {0, 2, 3}};
+            ASSERT_EQ(ravolt::writeRve("scene.rve", scene), "");
+            const Picture picture = shootIn(size, size);
+            EXPECT_TRUE(showsSomething(picture)) << degrees << " " << tilt;
+            EXPECT_GT(coverage(picture), 0.02) << degrees << " " << tilt;
+        }
+}
+
+TEST_F(StageTest, KeepsItsPlaceWhereTheSceneIsSeen) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    Engine engine(size, "test", false, "ravolt_log.txt");
+    const Stage stage(engine.load("scene.rve"));
+    EXPECT_EQ(stage.getYaw(), 30);
+    EXPECT_EQ(stage.getPitch(), 20);
+}
+
+TEST_F(StageTest, TellsAnEmptyPicture) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    EXPECT_FALSE(showsSomething(shoot(180, 0)));
+    EXPECT_TRUE(showsSomething(shoot(0, 0)));
+}
+
+// A square at the end of a chain of nodes, each a step to the right of the one before.
+TEST_F(StageTest, ShowsAModelOfAHundredLevels) {
+    std::string nodes, ends;
+    for (int i = 0; i < 100; ++i, ends += "</node>")
+        nodes += "<node id=\"n" + std::to_string(i) + "\"><translate>1 0 0</translate>";
+    writeFile("deep.dae", R"(<?xml version="1.0"?>
+<COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1"><asset>
+<up_axis>Y_UP</up_axis></asset><library_geometries><geometry id="g"><mesh>
+<source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 1 0</float_array><technique_common>
+<accessor source="#pa" count="3" stride="3"><param name="X" type="float"/><param name="Y" type="float"/><param name="Z" type="float"/></accessor></technique_common></source>
+<vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+<triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p></triangles></mesh></geometry></library_geometries>
+<library_visual_scenes><visual_scene id="s">)" +
+                              nodes + "<instance_geometry url=\"#g\"/>" + ends +
+                              R"(</visual_scene></library_visual_scenes>
+<scene><instance_visual_scene url="#s"/></scene></COLLADA>)");
+    convert("deep.dae");
+    Engine engine(size, "test", false, "ravolt_log.txt");
+    Stage stage(engine.load("scene.rve"));
+    EXPECT_NEAR(stage.sphere().center.x, 100.5, 1e-3);
+    EXPECT_NEAR(stage.sphere().radius, std::sqrt(0.5), 1e-3);
+    EXPECT_GT(coverage(ravolt::tool::shoot(stage, size)), 0.05);
 }
 
 TEST_F(StageTest, TellsScenesFromModels) {

@@ -2,6 +2,7 @@
 
 #include "tools/failure.h"
 
+#include <algorithm>
 #include <fstream>
 #include <ravolt/RAVOLT.h>
 #include <ravolt/RVSETTINGS.h>
@@ -31,6 +32,22 @@ std::string Engine::complaint() const {
         if (line.find("[!] ") != std::string::npos)
             last = plainComplaint(line);
     return last;
+}
+
+std::vector<std::string> Engine::missingFiles(const fs::path &log) {
+    const std::string start = "[!] Unable to open file ";
+    std::ifstream stream(log);
+    std::vector<std::string> files;
+    for (std::string line; std::getline(stream, line);) {
+        const std::size_t at = line.find(start);
+        if (at == std::string::npos)
+            continue;
+        std::string file = line.substr(at + start.size());
+        file = file.substr(0, file.rfind(" @ "));
+        if (std::find(files.begin(), files.end(), file) == files.end())
+            files.push_back(file);
+    }
+    return files;
 }
 
 Engine::Engine(WindowSize size, const std::string &title, bool resizable, const fs::path &log)

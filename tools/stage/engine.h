@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 class RVNODE;
 
@@ -28,6 +29,9 @@ class Engine {
     // Loads a scene file and returns its root, which the engine owns. Throws Failure. Goes to the
     // scene's folder, so that textures are found beside it by their bare names.
     RVNODE *load(const std::filesystem::path &scene);
+
+    // The files named by lines of the engine's log as ones that it could not open, each once.
+    static std::vector<std::string> missingFiles(const std::filesystem::path &log);
 
   private:
     std::string complaint() const;

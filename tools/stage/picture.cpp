@@ -1,8 +1,11 @@
 #include "tools/stage/picture.h"
 
 #include "tools/failure.h"
+#include "tools/stage/stage.h"
 
 #include <algorithm>
+#include <fstream>
+#include <ravolt/RAVOLT.h>
 #include <ravolt/RVOPENGL.h>
 #include <ravolt/RVSETTINGS.h>
 
@@ -18,6 +21,65 @@
 #endif
 
 namespace ravolt::tool {
+
+namespace {
+
+// SDL refuses windows that are larger than the screen, which off screen is of this size.
+constexpr WindowSize largestWindow = {1024, 768};
+
+// The fewest equal parts, of at most `largest` pixels, and their size.
+int partOf(int whole, int largest) {
+    const int parts = (whole + largest - 1) / largest;
+    return (whole + parts - 1) / parts;
+}
+
+// `bottom` counts from the whole picture's lowest row; what lies beyond the whole is left out.
+void put(const Picture &tile, int left, int bottom, Picture &whole) {
+    const int columns = std::min(tile.width, whole.width - left);
+    for (int up = 0; up < std::min(tile.height, whole.height - bottom); ++up) {
+        const int from = (tile.height - 1 - up) * tile.width;
+        const int to = (whole.height - 1 - bottom - up) * whole.width + left;
+        std::copy_n(tile.pixels.begin() + 3 * from, 3 * columns, whole.pixels.begin() + 3 * to);
+    }
+}
+
+void append(void *bytes, void *data, int size) {
+    static_cast<std::ostream *>(bytes)->write(static_cast<const char *>(data), size);
+}
+
+} // namespace
+
+WindowSize windowFor(WindowSize picture) {
+    return {partOf(picture.width, largestWindow.width),
+            partOf(picture.height, largestWindow.height)};
+}
+
+Picture shoot(Stage &stage, WindowSize size) {
+    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+    Picture whole;
+    whole.width = size.width;
+    whole.height = size.height;
+    whole.pixels.resize(std::size_t(3) * static_cast<std::size_t>(size.width) *
+                        static_cast<std::size_t>(size.height));
+    const bool inParts = width != size.width || height != size.height;
+    for (int bottom = 0; bottom < size.height; bottom += height)
+        for (int left = 0; left < size.width; left += width) {
+            if (inParts)
+                stage.setPart({size.width, size.height, left, bottom});
+            stage.draw();
+            put(takePicture(), left, bottom, whole);
+            RAVOLT::swap();
+        }
+    stage.setPart({});
+    return whole;
+}
+
+bool showsSomething(const Picture &picture) {
+    for (std::size_t i = 0; i < picture.pixels.size(); i += 3)
+        if (!Stage::isBackground(picture.pixels[i], picture.pixels[i + 1], picture.pixels[i + 2]))
+            return true;
+    return false;
+}
 
 Picture takePicture() {
     Picture picture;
@@ -36,9 +98,17 @@ Picture takePicture() {
 }
 
 void writePng(const Picture &picture, const std::filesystem::path &file) {
-    if (!stbi_write_png(file.c_str(), picture.width, picture.height, 3, picture.pixels.data(),
-                        picture.width * 3))
-        throw Failure(file.string(), "cannot be written");
+    std::ofstream stream(file, std::ios::binary);
+    const bool encoded =
+        stream && stbi_write_png_to_func(append, &stream, picture.width, picture.height, 3,
+                                         picture.pixels.data(), picture.width * 3);
+    stream.close(); // a full disk may show only now
+    if (encoded && stream)
+        return;
+    std::error_code error;
+    if (std::filesystem::is_regular_file(std::filesystem::symlink_status(file, error)))
+        std::filesystem::remove(file, error);
+    throw Failure(file.string(), "cannot be written");
 }
 
 } // namespace ravolt::tool

@@ -20,6 +20,7 @@ constexpr double degree = std::numbers::pi / 180;
 constexpr double angleOfView = 40;
 constexpr double margin = 1.08; // of the room that the scene takes in the picture
 constexpr std::size_t lightsOfAnObject = 4;
+constexpr float background[3] = {0.16f, 0.18f, 0.22f};
 
 // One light of a rig: where it comes from, in the axes of the view or of the world.
 struct RigLight {
@@ -109,6 +110,35 @@ Sphere sphereAround(RVNODE *root) {
     return sphere;
 }
 
+namespace {
+
+// The direction to the camera that stands there.
+Vector backAt(double yaw, double pitch) {
+    return {std::sin(yaw * degree) * std::cos(pitch * degree), std::sin(pitch * degree),
+            std::cos(yaw * degree) * std::cos(pitch * degree)};
+}
+
+// The triangles of a scene as vectors along their normals, each as long as twice its area; scaled
+// by the scene's own size, so that nothing overflows.
+std::vector<Vector> facings(RVNODE *root, double size) {
+    std::vector<Vector> result;
+    walk(root, [&](RVNODE *node) {
+        const RVMESH *mesh = visibleMesh(node);
+        if (!mesh)
+            return;
+        const Affine world = worldOf(node);
+        const auto corner = [&](unsigned int face, int index) {
+            const unsigned short vertex = mesh->getFacePtr()[face].vertex[index];
+            return world(vectorFrom(mesh->getVertexPtr()[vertex])) * (1 / size);
+        };
+        for (unsigned int i = 0; i < mesh->getNumberOfFaces(); ++i)
+            result.push_back(cross(corner(i, 1) - corner(i, 0), corner(i, 2) - corner(i, 0)));
+    });
+    return result;
+}
+
+} // namespace
+
 struct Stage::View {
     double distance; // from the scene's centre
     Vector right, up, back, eye;
@@ -127,8 +157,35 @@ Stage::Stage(RVNODE *root) : scene(root), around(sphereAround(root)), camera(new
             lightParents.push_back(node->getParent());
         }
     });
-    RVOPENGL::setBackgroundColor(0.16f, 0.18f, 0.22f, 1.0f);
+    RVOPENGL::setBackgroundColor(background[0], background[1], background[2], 1.0f);
     setRig(0);
+    lookFromTheFront();
+}
+
+void Stage::lookFromTheFront() {
+    const Vector back = backAt(yaw, pitch);
+    Vector sum;
+    double all = 0, seen = 0;
+    for (const Vector &facing : facings(scene, around.radius)) {
+        sum = sum + facing;
+        all += length(facing);
+        seen += std::max(0.0, dot(facing, back));
+    }
+    // Enough is seen, or the surface has no one front.
+    if (seen >= 0.15 * all || length(sum) <= 0.1 * all)
+        return;
+    const Vector front = unit(sum);
+    if (std::hypot(front.x, front.z) > 0.1)
+        yaw += std::atan2(front.x, front.z) / degree;
+    if (front.y < 0)
+        pitch = -pitch;
+}
+
+bool Stage::isBackground(int red, int green, int blue) {
+    const auto near = [](int shown, float stated) {
+        return std::abs(static_cast<float>(shown) - stated * 255) <= 1;
+    };
+    return near(red, background[0]) && near(green, background[1]) && near(blue, background[2]);
 }
 
 void Stage::setPitch(double degrees) { pitch = std::clamp(degrees, -89.0, 89.0); }
@@ -192,14 +249,14 @@ void Stage::setBoxes(bool on) {
 }
 
 Stage::View Stage::viewNow() const {
-    const double aspect =
-        static_cast<double>(RVSETTINGS::getSDLWindowX()) / std::max(1, RVSETTINGS::getSDLWindowY());
+    const double width = part.wholeWidth ? part.wholeWidth : RVSETTINGS::getSDLWindowX();
+    const double height = part.wholeHeight ? part.wholeHeight : RVSETTINGS::getSDLWindowY();
+    const double aspect = width / std::max(1.0, height);
     const double half = angleOfView * degree / 2;
     const double narrow = std::atan(std::tan(half) * std::min(1.0, aspect));
     View view;
     view.distance = around.radius * margin / std::sin(narrow) / zoom;
-    view.back = {std::sin(yaw * degree) * std::cos(pitch * degree), std::sin(pitch * degree),
-                 std::cos(yaw * degree) * std::cos(pitch * degree)};
+    view.back = backAt(yaw, pitch);
     view.right = {std::cos(yaw * degree), 0, -std::sin(yaw * degree)};
     view.up = cross(view.back, view.right);
     view.eye = around.center + view.back * view.distance;
@@ -214,7 +271,16 @@ void Stage::project(double distance) {
     RVOPENGL::setAngleOfView(static_cast<float>(angleOfView));
     RVOPENGL::setNearPlane(static_cast<float>(nearest));
     RVOPENGL::setFarPlane(static_cast<float>(distance + reach));
-    RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
+    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+    RVOPENGL::resize(0, 0, width, height);
+    if (!part.wholeWidth)
+        return;
+    const double pixel = 2 * nearest * std::tan(angleOfView * degree / 2) / part.wholeHeight;
+    const double left = (part.left - part.wholeWidth / 2.0) * pixel;
+    const double bottom = (part.bottom - part.wholeHeight / 2.0) * pixel;
+    const auto f = [](double value) { return static_cast<float>(value); };
+    RVOPENGL::setFrustum(f(left), f(left + width * pixel), f(bottom), f(bottom + height * pixel),
+                         f(nearest), f(distance + reach), false);
 }
 
 // As a matrix, made in double precision, for scenes so large or small that the camera's own aiming

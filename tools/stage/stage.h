@@ -24,9 +24,18 @@ struct Sphere {
 // The radius is 0 when there are none.
 Sphere sphereAround(RVNODE *root);
 
+// What the window shows of a larger picture, in pixels from its lower left corner. As it is made:
+// the window shows all of the picture.
+struct PicturePart {
+    int wholeWidth = 0, wholeHeight = 0;
+    int left = 0, bottom = 0;
+};
+
 class Stage {
   public:
-    // Takes the engine's scene `root`. Make it after the engine, and drop it before.
+    // Takes the engine's scene `root`. Make it after the engine, and drop it before. The camera
+    // stands where something of the scene is to be seen: a surface that would face away is looked
+    // at from its front.
     explicit Stage(RVNODE *root);
 
     // The camera's place: degrees round the scene and above its horizon, and how much nearer than
@@ -48,6 +57,12 @@ class Stage {
     void setNormals(bool on);
     void setBoxes(bool on); // a bounding box around each mesh
 
+    // For pictures that are larger than a window can be.
+    void setPart(const PicturePart &shown) { part = shown; }
+
+    // Whether a pixel is as dark as where nothing is drawn.
+    static bool isBackground(int red, int green, int blue);
+
     // Draws one frame into the window, which is then to be shown by RAVOLT::swap.
     void draw();
 
@@ -63,6 +78,7 @@ class Stage {
     void aimCamera(const View &view);
     void aimLights(const View &view);
     void project(double distance);
+    void lookFromTheFront();
     std::size_t rigLightsNeeded() const;
 
     RVNODE *scene;
@@ -73,6 +89,7 @@ class Stage {
     std::vector<RVNODE *> lightParents; // where they belong
     std::vector<RVHELPER *> boxes;
     double yaw = 30, pitch = 20, zoom = 1;
+    PicturePart part;
     int rig = 0;
 };
 
