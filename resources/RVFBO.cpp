@@ -37,7 +37,8 @@ using ravolt::framebuffersWork;
 
 RVFBO::RVFBO()
     : id(zlfNewId()), previous(nullptr), next(nullptr), texture(nullptr), sizeX(0), sizeY(0),
-      glId(0), renderBuffer(0) {
+      glId(0), renderBuffer(0), attachment(GL_COLOR_ATTACHMENT0_EXT), attachedGlId(0),
+      seenReleases(RVTEXTURE::releases) {
     ravolt::formatText(name, "[fbo %d]", id);
     if (framebuffersWork())
         RVOPENGL::glGenFramebuffersEXT(1, &glId);
@@ -57,7 +58,7 @@ RVFBO::~RVFBO() {
     FboRegistry::unlink(firstFbo, lastFbo, this);
 }
 
-bool RVFBO::bindTexture(int attachment, RVTEXTURE *newTexture) {
+bool RVFBO::bindTexture(int place, RVTEXTURE *newTexture) {
     if (!newTexture) {
         zlfLog("   [!] Invalid params @ RVFBO::bindTexture\n");
         return false;
@@ -65,24 +66,23 @@ bool RVFBO::bindTexture(int attachment, RVTEXTURE *newTexture) {
     if (!framebuffersWork())
         return false;
     render(nullptr);
-    if (attachment != 0 && attachment != 1) {
+    if (place != 0 && place != 1) {
         zlfLog("   [!] Invalid operation @ RVFBO::bindTexture\n");
         return false;
     }
-    if (attachment == 1) { // a target with depth alone has no colour to draw or read
+    if (place == 1) { // a target with depth alone has no colour to draw or read
         glReadBuffer(GL_NONE);
         glDrawBuffer(GL_NONE);
     }
-    RVOPENGL::glFramebufferTexture2DEXT(
-        GL_FRAMEBUFFER_EXT, attachment == 1 ? GL_DEPTH_ATTACHMENT_EXT : GL_COLOR_ATTACHMENT0_EXT,
-        GL_TEXTURE_2D, newTexture->getGLId(), 0);
+    attachment = place == 1 ? GL_DEPTH_ATTACHMENT_EXT : GL_COLOR_ATTACHMENT0_EXT;
     texture = newTexture;
+    attach();
     sizeX = static_cast<int>(texture->getSizeX());
     sizeY = static_cast<int>(texture->getSizeY());
     return true;
 }
 
-bool RVFBO::bindRenderBuffer(int attachment, int newSizeX, int newSizeY) {
+bool RVFBO::bindRenderBuffer(int place, int newSizeX, int newSizeY) {
     if (!framebuffersWork())
         return false;
     render(nullptr);
@@ -90,7 +90,7 @@ bool RVFBO::bindRenderBuffer(int attachment, int newSizeX, int newSizeY) {
         RVOPENGL::glDeleteRenderbuffersEXT(1, &renderBuffer);
     RVOPENGL::glGenRenderbuffersEXT(1, &renderBuffer);
     RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, renderBuffer);
-    if (attachment != 2) {
+    if (place != 2) {
         // On purpose: an older name of the method, and the new, empty buffer stays.
         zlfLog("   [!] Invalid operation @ RVFBO::bindBuffer\n");
         return false;
@@ -116,12 +116,37 @@ bool RVFBO::isOk() {
 }
 
 bool RVFBO::render(void *) {
-    if (!framebuffersWork() || ravolt::cacheHit(currentFbo == this))
+    if (!framebuffersWork())
         return true;
-    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, glId);
-    glViewport(0, 0, sizeX, sizeY);
-    currentFbo = this;
+    if (!ravolt::cacheHit(currentFbo == this)) {
+        RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, glId);
+        glViewport(0, 0, sizeX, sizeY);
+        currentFbo = this;
+    }
+    if (seenReleases != RVTEXTURE::releases)
+        keepTexture();
     return true;
+}
+
+// The target must be current. A texture that has been uploaded anew has another name; one that was
+// thrown out comes back, empty; one that was deleted is compared and not followed.
+void RVFBO::keepTexture() {
+    seenReleases = RVTEXTURE::releases;
+    const RVTEXTURE *living = RVTEXTURE::getFirst();
+    while (living && living != texture)
+        living = living->getNext();
+    if (!living) {
+        texture = nullptr;
+    } else if (texture->getGLId() != attachedGlId) {
+        texture->restore();
+        attach();
+    }
+}
+
+void RVFBO::attach() {
+    attachedGlId = texture->getGLId();
+    RVOPENGL::glFramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, attachment, GL_TEXTURE_2D, attachedGlId,
+                                        0);
 }
 
 void RVFBO::unbind() {

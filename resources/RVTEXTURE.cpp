@@ -29,6 +29,7 @@ using TextureRegistry = ravolt::Registry<RVTEXTURE>;
 RVTEXTURE *RVTEXTURE::firstTexture = nullptr;
 RVTEXTURE *RVTEXTURE::lastTexture = nullptr;
 unsigned long RVTEXTURE::usedMemory = 0;
+unsigned long RVTEXTURE::releases = 0;
 RVTEXTURE *RVTEXTURE::channelCache[RV_TEXTURE_UNITS] = {};
 bool RVTEXTURE::channelActive[RV_TEXTURE_UNITS] = {};
 char RVTEXTURE::texturePath[256] = "";
@@ -182,6 +183,14 @@ bool RVTEXTURE::reload() {
         load(filename);
     update();
     return true;
+}
+
+// As reload, but also for a texture without a file, which comes back empty.
+void RVTEXTURE::restore() {
+    if (!glId && std::strcmp(filename, dynamicName) == 0)
+        create(sizeX, sizeY, depth);
+    else
+        reload();
 }
 
 bool RVTEXTURE::setFilter(bool newLinear, bool newMipmap, bool newClamp) {

@@ -102,6 +102,7 @@ void RVTEXTURE::releaseUpload() {
     if (!glId)
         return;
     glDeleteTextures(1, &glId);
+    ++releases;
     RAVOLT::popVideoMemory(memorySize);
     glId = 0;
 }

@@ -10,7 +10,8 @@ class RVTEXTURE;
 // effects are made of. The fourteen targets of the engine are handed out by RVOPENGL::getFbo;
 // applications can make others. All targets stand in a registry, which owns them: make them with
 // `new`; RAVOLT::free or cleanUp deletes those that the application has not deleted. The texture
-// stays with the registry of textures and must live as long as the target is drawn into. Needs the
+// stays with the registry of textures; a target whose texture is deleted has none from
+// its next render on. Needs the
 // engine's context; without RVOPENGL::useFBO() every target is an empty shell.
 class RV_API RVFBO {
   public:
@@ -39,7 +40,7 @@ class RV_API RVFBO {
     bool isOk();
 
     // Makes the target current, and its whole area the viewport, unless it is current already;
-    // `data` is ignored. Always true.
+    // brings its texture back when that was thrown out. `data` is ignored. Always true.
     bool render(void *data);
 
     // Back to the window. The viewport stays as it is.
@@ -73,13 +74,19 @@ class RV_API RVFBO {
     int getSizeY() const;
 
   private:
+    void attach();
+    void keepTexture();
+
     unsigned int id;
     char name[256];
     RVFBO *previous, *next;
     RVTEXTURE *texture;
     int sizeX, sizeY;
     unsigned int glId;
-    unsigned int renderBuffer; // OpenGL's name; 0 for none
+    unsigned int renderBuffer;  // OpenGL's name; 0 for none
+    unsigned int attachment;    // where the texture is
+    unsigned int attachedGlId;  // the texture's name in OpenGL when it was attached
+    unsigned long seenReleases; // of the textures' uploads, when it was last looked at
 
     static RVFBO *firstFbo, *lastFbo;
     static RVFBO *currentFbo; // NULL for the window

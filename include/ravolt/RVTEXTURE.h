@@ -3,6 +3,7 @@
 #include "ravolt/api.h"
 
 class RAVOLT;
+class RVFBO;
 
 // A two-dimensional OpenGL texture with its pixel copy in main memory. Pixels come from a TGA file
 // (load), or the texture starts empty (create); the first render uploads them. Every upload is
@@ -122,6 +123,7 @@ class RV_API RVTEXTURE {
 
   private:
     void forgetBindings();
+    void restore();
     static void forgetUnit(unsigned int unit) { channelCache[unit] = nullptr; }
     void releaseUpload();
     void releasePixels();
@@ -149,10 +151,12 @@ class RV_API RVTEXTURE {
 
     static RVTEXTURE *firstTexture, *lastTexture;
     static unsigned long usedMemory;
+    static unsigned long releases;                    // uploads that have gone, so far
     static RVTEXTURE *channelCache[RV_TEXTURE_UNITS]; // last bound on each unit
     static bool channelActive[RV_TEXTURE_UNITS];      // whether texturing is on
     static char texturePath[256];
 
+    friend class RVFBO;  // brings the texture of a target back
     friend class RAVOLT; // binds the shadow map without a texture unit being on
     friend struct ravolt::Registry<RVTEXTURE>;
 };

@@ -2,6 +2,7 @@
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
+#include "ravolt/RVFBO.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
@@ -457,6 +458,38 @@ TEST_F(Selection16, AMeshComesBackByItsLow16Bits) {
         drawFrame(camera, mesh);
         EXPECT_EQ(RAVOLT::select(centreX, centreY), identity & 0xffff);
     }
+}
+
+// --- through render target 0
+
+class TargetSelection : public Selection {
+  protected:
+    TargetSelection() { settings.setForceFBO(true); }
+};
+
+// Draws through target 0 and, as the copy at a frame's end does, goes back to the window.
+TEST_F(TargetSelection, WorksOnTargetZeroAndLeavesItBound) {
+    auto *node = new Square;
+    drawFrame(camera, node);
+    RVFBO::unbind();
+    // The target is 64 by 48; select counts its rows as those of the window.
+    const int x = 32, y = 96 - 24;
+    recorder.start();
+    EXPECT_EQ(RAVOLT::select(x, y), node->getId());
+    const Calls calls = recorder.stop();
+    EXPECT_EQ(RVFBO::getCurrent(), RVOPENGL::getFbo(0));
+    EXPECT_EQ(calls.named({"glBindFramebufferEXT", "glReadPixels", "glClear"}).names(),
+              (std::vector<std::string>{"glReadPixels", "glBindFramebufferEXT", "glClear",
+                                        "glReadPixels"}))
+        << "the first pixel comes from what was bound before";
+    EXPECT_EQ(node->profiles.back(), RV_OPENGL_PROFILE_FLAT);
+    RVFBO::unbind();
+}
+
+TEST_F(TargetSelection, TheBackgroundOfTheTargetIsZero) {
+    drawFrame(camera, new Square);
+    EXPECT_EQ(RAVOLT::select(1, 95), 0u);
+    RVFBO::unbind();
 }
 
 } // namespace

@@ -452,6 +452,33 @@ TEST_F(Target, TheCollectorSparesThePool) {
     EXPECT_TRUE(RVOPENGL::getFbo(0)->isOk());
 }
 
+TEST_F(Target, ATextureThatTheCollectorThrowsOutComesBackWithItsTarget) {
+    for (int index = 0; index < 14; ++index) {
+        RVFBO *target = RVOPENGL::getFbo(index);
+        target->getTexture()->unload(true);
+        ASSERT_FALSE(target->getTexture()->isLoaded());
+        markLog();
+        target->render(nullptr);
+        EXPECT_TRUE(target->getTexture()->isLoaded()) << index;
+        EXPECT_TRUE(target->isOk()) << index;
+        EXPECT_NOTHING_LOGGED();
+        EXPECT_EQ(target->getTexture()->getSizeX(), static_cast<unsigned int>(target->getSizeX()));
+    }
+    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), 0u);
+    RVFBO::unbind();
+}
+
+TEST_F(Target, ATargetWhoseTextureIsDeletedHasNone) {
+    auto *target = new RVFBO;
+    RVTEXTURE *texture = newTexture(8, 8, 4);
+    target->bindTexture(0, texture);
+    RVFBO::unbind();
+    delete texture;
+    EXPECT_TRUE(target->render(nullptr));
+    EXPECT_EQ(target->getTexture(), nullptr);
+    RVFBO::unbind();
+}
+
 TEST_F(Target, ASecondStartMakesAFreshPoolThatIsNotTakenForBound) {
     RVOPENGL::getFbo(0)->render(nullptr);
     ASSERT_TRUE(restart());

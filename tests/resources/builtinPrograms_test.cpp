@@ -282,8 +282,9 @@ TEST_F(BuiltinProgramsTest, EngineStartsAndStopsThemInTheirPlaces) {
     const LogMark mark = markLog();
     ASSERT_TRUE(RAVOLT::free());
     const std::string stopLog = logTextSince(mark);
-    EXPECT_NE(stopLog.find("   35 shader(s) released\n   Release shaders...\n   Shaders "
-                           "released\n   Release OpenGL...\n"),
+    EXPECT_NE(stopLog.find("   35 shader(s) released\n"), std::string::npos) << stopLog;
+    EXPECT_LT(stopLog.find("   35 shader(s) released\n"), stopLog.find("texture(s) released\n"));
+    EXPECT_NE(stopLog.find("   Release shaders...\n   Shaders released\n   Release OpenGL...\n"),
               std::string::npos)
         << stopLog;
     EXPECT_EQ(RVSHADER::pplOmni, nullptr);

@@ -114,16 +114,6 @@ Vec coneColor(const ProgramScene &scene, const Varyings &in, Notes &notes) {
            satt * specularTerm(scene, std::max(dot(n, reflected), 0.0));
 }
 
-double lightReaching(const ProgramScene &scene, Vec loc, Notes &notes) {
-    const double offsets[][2] = {{-1.5, 0.5}, {0.5, 0.5}, {-1.5, -1.5}, {0.5, -1.5}};
-    double sum = 0;
-    for (const auto &offset : offsets)
-        sum += scene.compare(notes,
-                             {loc.x + offset[0] / scene.number("width") * loc.w,
-                              loc.y + offset[1] / scene.number("height") * loc.w, loc.z, loc.w});
-    return sum * 0.25;
-}
-
 Vec pixelStage(const Variant &variant, const ProgramScene &scene, const Varyings &in,
                Notes &notes) {
     Vec texel{1, 1, 1, 1};
@@ -136,21 +126,12 @@ Vec pixelStage(const Variant &variant, const ProgramScene &scene, const Varyings
     const Vec ambient = in.at("ambient") + in.at("ambientGlobal");
     if (!variant.shadowed)
         return (ambient + coneColor(scene, in, notes)) * texel;
-    const double sum = lightReaching(scene, in.at("shadow"), notes);
-    Vec color;
-    if (sum > 0)
-        color = coneColor(scene, in, notes);
+    const double sum = scene.lightReaching(notes, in.at("shadow"));
+    Vec color = coneColor(scene, in, notes);
+    if (!notes.above(sum, 0.1, color.w > 0 ? "reached" : "reached outside the cone"))
+        color = {};
     // A depth texture read as luminance has an alpha of 1, whatever the comparison gave.
     return ambient * texel + Vec{sum, sum, sum, 1} * texel * color;
-}
-
-// Squares of two depths, so that a pixel has the light from none to all of its four lookups.
-DepthImage pattern(double shallow, double deep) {
-    DepthImage map{8, 8, {}};
-    for (int row = 0; row < map.height; ++row)
-        for (int column = 0; column < map.width; ++column)
-            map.depths.push_back((row / 3 + column / 3) % 2 ? shallow : deep);
-    return map;
 }
 
 void addBones(ProgramScene &scene) {
@@ -197,12 +178,8 @@ ProgramScene sceneFor(const Variant &variant) {
     }
     if (variant.textured)
         scene.images[0] = Image::random(8, 4, 7, 0.1, 1.5);
-    if (variant.shadowed) {
-        scene.shadowMap = pattern(0.1, 0.9);
-        scene.floats = {{"width", 8}, {"height", 8}};
-        scene.textureMatrix1 = translation(0.5, 0.5, 0.5) * scale(0.08, 0.06, 0.02);
-        scene.textureMatrix1[2].w = -0.125;
-    }
+    if (variant.shadowed)
+        scene.addShadowMap();
     const Vec texCoords[] = {{-0.3, 0.1, 0, 1}, {1.7, 0.2, 0, 1}, {0.4, 2.3, 0, 1}};
     for (int i = 0; i < 3; ++i)
         scene.corners[i].texCoord[0] = texCoords[i];
@@ -248,7 +225,8 @@ TEST_P(LightingProgram, ComputesWhatItsFormulaSays) {
     if (variant.kind == Kind::spot)
         branches.insert({"inside the cone", "not inside the cone"});
     if (variant.shadowed)
-        branches.insert({"in shadow", "not in shadow"});
+        branches.insert({"in shadow", "not in shadow", "reached", "not reached",
+                         "reached outside the cone", "not reached outside the cone"});
     EXPECT_EQ(result.visited, branches);
 }
 

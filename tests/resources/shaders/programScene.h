@@ -90,7 +90,8 @@ struct Notes {
     bool above(double a, double b, const char *name);
 };
 
-struct ProgramScene {
+class ProgramScene {
+  public:
     Matrix modelview = identity, projection = identity, textureMatrix1 = identity;
     Light light;
     Material material;
@@ -103,13 +104,26 @@ struct ProgramScene {
     Vec clipPlane; // in eye space, for a varying clipVertex of the reference; none if all are 0
     Vertex corners[3];
 
+    // Squares of two depths over the whole triangle, some in front of it and some behind, so that
+    // a pixel has the light from none to all of its four lookups.
+    void addShadowMap();
+
     // Lookups of the reference.
     Vec sample(Notes &notes, int unit, double s, double t) const;
-    double compare(Notes &notes, Vec coord) const; // shadow2DProj
+    double lightReaching(Notes &notes, Vec coord) const; // the mean of four in the shadow map
     double number(const std::string &name) const { return floats.at(name); }
 
     Matrix skinning(const Vertex &vertex) const; // the sum over the four bones
+
+  private:
+    double compare(Notes &notes, Vec coord) const; // shadow2DProj
 };
+
+// Draws the corners as a triangle. Red to alpha of the target's pixels, bottom row first; the
+// background has its value in all four.
+inline constexpr int targetSize = 32; // in pixels, both ways
+inline constexpr double backgroundValue = -3;
+std::vector<float> drawScene(const Program &program, const ProgramScene &scene);
 
 using VertexReference = std::function<VertexResult(const ProgramScene &, const Vertex &)>;
 using PixelReference = std::function<Vec(const ProgramScene &, const Varyings &, Notes &)>;

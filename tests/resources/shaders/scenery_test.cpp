@@ -21,16 +21,6 @@ Vec samplePlace(const ProgramScene &scene, Notes &notes, int unit, Vec place) {
     return scene.sample(notes, unit, place.x, place.y);
 }
 
-double lightReaching(const ProgramScene &scene, Vec loc, Notes &notes) {
-    const double offsets[][2] = {{-1.5, 0.5}, {0.5, 0.5}, {-1.5, -1.5}, {0.5, -1.5}};
-    double sum = 0;
-    for (const auto &offset : offsets)
-        sum += scene.compare(notes,
-                             {loc.x + offset[0] / scene.number("width") * loc.w,
-                              loc.y + offset[1] / scene.number("height") * loc.w, loc.z, loc.w});
-    return sum * 0.25;
-}
-
 // Emitter
 
 ProgramScene particle(double size, double spin) {
@@ -107,7 +97,7 @@ Vec waterPixel(const ProgramScene &scene, const Varyings &in, Notes &notes) {
     if (scene.shadowMap.depths.empty())
         return withW(color, 1);
     const Vec loc = in.at("shadow") + dudv * 30;
-    return withW(color * lightReaching(scene, loc, notes), 1);
+    return withW(color * scene.lightReaching(notes, loc), 1);
 }
 
 ProgramScene waterScene(double cameraHeight) {
@@ -274,12 +264,7 @@ TEST_F(SceneryProgram, WaterMixesReflectionAndRefractionFromAboveAndBelow) {
 
 TEST_F(SceneryProgram, ShadowedWaterIsDarkenedAsAWhole) {
     ProgramScene scene = waterScene(1.5);
-    scene.shadowMap = {8, 8, {}};
-    for (int i = 0; i < 64; ++i)
-        scene.shadowMap.depths.push_back((i / 24 + i % 8 / 3) % 2 ? 0.1 : 0.9);
-    scene.floats = {{"width", 8}, {"height", 8}};
-    scene.textureMatrix1 = translation(0.5, 0.5, 0.5) * scale(0.08, 0.06, 0.02);
-    scene.textureMatrix1[2].w = -0.125;
+    scene.addShadowMap();
     place(scene);
     const Comparison result =
         expectPair("waterSVS.glsl", "waterSPS.glsl", scene, waterVertex, waterPixel);
