@@ -6,19 +6,21 @@
 #   ./demo.sh --pictures pictures, with a display too
 #   ./demo.sh --help
 set -uo pipefail
-cd "$(dirname "$0")" || exit 1
+self=$(readlink -f "$0")
+cd "$(dirname "$self")" || exit 1
 source scripts/common.sh
 
 model=/usr/share/assimp/models/glTF/CesiumMilkTruck/CesiumMilkTruck.gltf
 frames=36
 pictures=demo-pictures
 
+[ $# -le 1 ] || fail "takes one option at most; see ./demo.sh --help"
 window=${DISPLAY:+yes}
 case "${1:-}" in
 "") ;;
 --pictures) window= ;;
 --help | -h)
-    sed -n '2,7s/^# \{0,1\}//p' "$0"
+    sed -n '2,7s/^# \{0,1\}//p' "$self"
     exit 0
     ;;
 *) fail "unknown option $1; see ./demo.sh --help" ;;

@@ -95,9 +95,9 @@ int main(int argc, char **argv) {
     RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
     RVOPENGL::setBackgroundColor(0.16f, 0.18f, 0.22f, 1.0f);
 
-    RVLIGHT *lights[] = {makeLight(Z3MVECTOR3D(0.6f, 0.8f, 1.0f), 0.9f),
-                         makeLight(Z3MVECTOR3D(-1.0f, 0.2f, 0.5f), 0.35f),
-                         makeLight(Z3MVECTOR3D(0.2f, 0.6f, -1.0f), 0.5f)};
+    RVLIGHT *lights[] = {makeLight(Z3MVECTOR3D(0.6f, 0.8f, 1.0f), 0.65f),
+                         makeLight(Z3MVECTOR3D(-1.0f, 0.2f, 0.5f), 0.2f),
+                         makeLight(Z3MVECTOR3D(0.2f, 0.6f, -1.0f), 0.3f)};
 
     do {
         RAVOLT::clear(true, true, false);

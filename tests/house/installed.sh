@@ -1,7 +1,8 @@
 #!/bin/sh
 # installed.sh BUILD SOURCE COMPILER: installs what BUILD holds into a place of its own, and builds
-# and runs an application against it, through the CMake package and through pkg-config.
-build=$1 application=$2/tests/house/installed compiler=$3
+# and runs an application against it, and that of the README as the README says, through the CMake
+# package and through pkg-config.
+build=$1 source=$2 application=$2/tests/house/installed compiler=$3
 prefix=$PWD/prefix
 
 fail() {
@@ -24,6 +25,19 @@ cmake -S "$application" -B package "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_CXX_CO
 ./package/application || fail "the application of the CMake package ends with $?"
 check "CMake package"
 
+# The README's application looks for a scene that is not here, and so ends at once.
+checkHello() {
+    grep -q 'file not found @ RAVOLT::load' ravolt_log.txt || fail "$1: nothing was loaded"
+    grep -q '^Final memory ratio: 0 ' ravolt_log.txt || fail "$1: it leaks"
+    rm ravolt_log.txt
+}
+
+python3 "$source/tests/house/readme.py" "$source" hello || fail "the README has no application"
+cmake -S hello -B helloPackage "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_CXX_COMPILER=$compiler" \
+    >hello.log 2>&1 && cmake --build helloPackage >>hello.log 2>&1 || fail "$(cat hello.log)"
+./helloPackage/hello || fail "README, CMake: ends with $?"
+checkHello "README, CMake"
+
 PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name ravolt.pc)")
 export PKG_CONFIG_PATH
 libraries=$(pkg-config --variable=libdir ravolt) || fail "pkg-config does not know ravolt"
@@ -32,6 +46,13 @@ libraries=$(pkg-config --variable=libdir ravolt) || fail "pkg-config does not kn
     $(pkg-config --cflags --libs ravolt) "-Wl,-rpath,$libraries" || fail "pkg-config: it does not build"
 ./application || fail "the application of pkg-config ends with $?"
 check "pkg-config"
+
+[ "$PKG_CONFIG_PATH" = "$prefix/lib/pkgconfig" ] || fail "README: not the folder of ravolt.pc"
+command=$(sed -n 's/^g++ \(hello.cpp .*\)$/\1/p' "$source/README.md")
+[ -n "$command" ] || fail "the README has no command for g++"
+(cd hello && eval "\"$compiler\" $command \"-Wl,-rpath,$libraries\"") || fail "README, pkg-config: does not build"
+./hello/hello || fail "README, pkg-config: ends with $?"
+checkHello "README, pkg-config"
 
 objdump=$(command -v objdump) || exit 0
 library=$(find "$prefix" -name 'libravolt.so' | head -n 1)

@@ -1,0 +1,27 @@
+#!/usr/bin/env python3
+"""Writes the application of README.md, and its CMakeLists.txt, into a folder.
+
+readme.py SOURCE FOLDER
+"""
+import pathlib
+import re
+import sys
+
+
+def only(text, language):
+    blocks = re.findall(rf"^```{language}\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
+    if len(blocks) != 1:
+        sys.exit(f"README.md has {len(blocks)} blocks of {language}, not one")
+    return blocks[0]
+
+
+def main():
+    text = (pathlib.Path(sys.argv[1]) / "README.md").read_text()
+    folder = pathlib.Path(sys.argv[2])
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / "hello.cpp").write_text(only(text, "cpp"))
+    (folder / "CMakeLists.txt").write_text(only(text, "cmake"))
+
+
+if __name__ == "__main__":
+    main()
