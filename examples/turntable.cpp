@@ -42,7 +42,7 @@ RVLIGHT *makeLight(const Z3MVECTOR3D &from, float brightness) {
     Z3MVECTOR3D direction(-from.x, -from.y, -from.z);
     light->setDirection(direction.normalize());
     light->setDiffuse(brightness, brightness, brightness, 1.0f);
-    light->setAmbient(0.08f, 0.08f, 0.1f, 1.0f);
+    light->setAmbient(0.02f, 0.02f, 0.03f, 1.0f);
     // A light draws its little marker where it stands: put it out of sight.
     light->setPosition(from.x * 1e4f, from.y * 1e4f, from.z * 1e4f);
     return light;
