@@ -110,9 +110,9 @@ class RV_API RAVOLT {
     static void setHDRExposure(float exposure);
     static float getHDRExposure();
 
-    // Depth of field, the depth in focus (1 at first; 0 is the near plane, 1 the distance of the
-    // far plane behind it) and the sharpness of its range (2 at first): the blur is complete at a
-    // depth of 1 / range from the focus.
+    // Depth of field. A depth is coded as (distance from the eye + near plane) / far plane. `focus`
+    // (1 at first) is the code that is sharp; the blur is complete where the code is 1 / `range`
+    // away from it (range is 2 at first).
     static void DOFOn();
     static void DOFOff();
     static void setDOFFocus(float focus);
