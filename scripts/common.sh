@@ -5,9 +5,9 @@ packages=(
     cmake ninja-build g++ pkg-config ccache
     libsdl1.2-dev libsdl1.2-compat libgl-dev libgl1-mesa-dri libglx-mesa0 libegl1 libegl-mesa0
     libx11-dev
-    libassimp-dev libstb-dev libcli11-dev assimp-testmodels
+    libmpeg2-4-dev libassimp-dev libstb-dev libcli11-dev assimp-testmodels
     xvfb
-    libgtest-dev libbenchmark-dev python3 clang-format glslang-tools
+    libgtest-dev libbenchmark-dev python3 clang-format glslang-tools ffmpeg mjpegtools
 )
 
 # Says what went wrong and what to do about it, and ends the script.
