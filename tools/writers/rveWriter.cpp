@@ -1,13 +1,7 @@
 #include "tools/writers/rveWriter.h"
 
-#include "tools/writers/wholeFile.h"
-
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-
-// Everything is little-endian and packed. The scene is checked while it is written; the first
-// error ends the work, since every putter does nothing behind one.
 
 namespace ravolt {
 
@@ -27,7 +21,7 @@ RveVector cross(const RveVector &a, const RveVector &b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-class Writer {
+class Writer : private ByteWriter {
   public:
     explicit Writer(RveVersion formatVersion) : version(formatVersion) {}
 
@@ -37,57 +31,10 @@ class Writer {
         for (const RveMaterial &material : scene.materials)
             putMaterial(material);
         putNode(scene.root, 1);
-        if (!result.ok())
-            result.bytes.clear();
-        return std::move(result);
+        return take();
     }
 
   private:
-    void fail(const std::string &where, const std::string &reason) {
-        if (result.ok())
-            result.error = where + ": " + reason;
-    }
-
-    void put(const void *data, std::size_t size) {
-        if (!result.ok() || !size)
-            return;
-        const std::size_t end = result.bytes.size();
-        result.bytes.resize(end + size);
-        std::memcpy(result.bytes.data() + end, data, size);
-    }
-
-    void putZeros(std::size_t size) {
-        if (result.ok())
-            result.bytes.resize(result.bytes.size() + size);
-    }
-
-    void putByte(std::uint8_t number) { put(&number, 1); }
-    void putFloat(float number) { put(&number, sizeof(number)); }
-
-    template <class Item> void putArray(const std::vector<Item> &items) {
-        put(items.data(), items.size() * sizeof(Item));
-    }
-
-    template <std::size_t N> void putFloats(const std::array<float, N> &numbers) {
-        put(numbers.data(), sizeof(numbers));
-    }
-
-    void putCount(const std::string &where, std::size_t count, std::size_t most, const char *what) {
-        if (count > most)
-            fail(where, std::to_string(count) + " " + what + ", at most " + std::to_string(most));
-        const std::uint16_t number = static_cast<std::uint16_t>(count);
-        put(&number, sizeof(number));
-    }
-
-    void putText(const std::string &where, const std::string &text) {
-        if (text.size() > rveTextLength)
-            fail(where, "a text of " + std::to_string(text.size()) + " characters, at most " +
-                            std::to_string(rveTextLength));
-        if (text.find('\0') != std::string::npos)
-            fail(where, "a text with a zero byte in it");
-        put(text.c_str(), text.size() + 1);
-    }
-
     void putMaterial(const RveMaterial &material) {
         const std::string where = "material '" + material.name + "'";
         putText(where, material.name);
@@ -121,7 +68,7 @@ class Writer {
             fail(where, "an unknown kind");
         }
         for (const RveNode &child : node.children)
-            if (result.ok())
+            if (ok())
                 putNode(child, depth + 1);
     }
 
@@ -166,7 +113,7 @@ class Writer {
         putCount(where, mesh.faces.size(), rveVertices, "faces");
         putChildren(where, node);
         putCount(where, mesh.skin.weightsPerVertex, rveWeights, "weights of a vertex");
-        if (!result.ok())
+        if (!ok())
             return;
         putGeometry(mesh);
         if (mesh.skin.weightsPerVertex)
@@ -235,7 +182,6 @@ class Writer {
     }
 
     RveVersion version;
-    RveResult result;
 };
 
 } // namespace
@@ -245,10 +191,7 @@ RveResult encodeRve(const RveScene &scene, RveVersion version) {
 }
 
 std::string writeRve(const std::string &path, const RveScene &scene, RveVersion version) {
-    const RveResult result = encodeRve(scene, version);
-    if (!result.ok())
-        return result.error;
-    return writeWholeFile(path, result.bytes) ? "" : path + ": cannot be written";
+    return writeFile(path, encodeRve(scene, version));
 }
 
 } // namespace ravolt

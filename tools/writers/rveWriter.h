@@ -4,6 +4,8 @@
 // of plain nodes, lights and meshes. Nothing of the engine is needed. What a file cannot hold, or
 // the engine would refuse, is an error that names the thing and its limit.
 
+#include "tools/writers/byteWriter.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -15,7 +17,7 @@ using RveVector = std::array<float, 3>;
 using RveColor = std::array<float, 4>;
 
 // Limits of the format and of its reader.
-constexpr std::size_t rveTextLength = 255; // characters of any name
+constexpr std::size_t rveTextLength = writtenTextLength; // characters of any name
 constexpr std::size_t rveMaterials = 65535;
 constexpr std::size_t rveChildren = 65535; // of one node
 constexpr std::size_t rveVertices = 65535; // also texture coordinates and faces, of one mesh
@@ -89,12 +91,7 @@ struct RveScene {
     RveNode root;
 };
 
-// Either the bytes of the file or, with no bytes, one line that says what is wrong.
-struct RveResult {
-    std::vector<unsigned char> bytes;
-    std::string error;
-    bool ok() const { return error.empty(); }
-};
+using RveResult = WrittenBytes;
 
 RveResult encodeRve(const RveScene &scene, RveVersion version = RveVersion::v16a);
 

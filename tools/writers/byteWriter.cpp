@@ -1,0 +1,56 @@
+#include "tools/writers/byteWriter.h"
+
+#include "tools/writers/wholeFile.h"
+
+#include <cstring>
+
+namespace ravolt {
+
+void ByteWriter::fail(const std::string &where, const std::string &reason) {
+    if (ok())
+        result.error = where + ": " + reason;
+}
+
+void ByteWriter::put(const void *data, std::size_t size) {
+    if (!ok() || !size)
+        return;
+    const std::size_t end = result.bytes.size();
+    result.bytes.resize(end + size);
+    std::memcpy(result.bytes.data() + end, data, size);
+}
+
+void ByteWriter::putZeros(std::size_t size) {
+    if (ok())
+        result.bytes.resize(result.bytes.size() + size);
+}
+
+void ByteWriter::putCount(const std::string &where, std::size_t count, std::size_t most,
+                          const char *what) {
+    if (count > most)
+        fail(where, std::to_string(count) + " " + what + ", at most " + std::to_string(most));
+    const std::uint16_t number = static_cast<std::uint16_t>(count);
+    put(&number, sizeof(number));
+}
+
+void ByteWriter::putText(const std::string &where, const std::string &text) {
+    if (text.size() > writtenTextLength)
+        fail(where, "a text of " + std::to_string(text.size()) + " characters, at most " +
+                        std::to_string(writtenTextLength));
+    if (text.find('\0') != std::string::npos)
+        fail(where, "a text with a zero byte in it");
+    put(text.c_str(), text.size() + 1);
+}
+
+WrittenBytes ByteWriter::take() {
+    if (!ok())
+        result.bytes.clear();
+    return std::move(result);
+}
+
+std::string writeFile(const std::string &path, const WrittenBytes &written) {
+    if (!written.ok())
+        return written.error;
+    return writeWholeFile(path, written.bytes) ? "" : path + ": cannot be written";
+}
+
+} // namespace ravolt
