@@ -2,6 +2,7 @@
 // last first, and leaves SDL shut down; `active` is the last thing that either of them writes.
 
 #include "ravolt/RAVOLT.h"
+#include "ravolt/RVANIM.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVMATERIAL.h"
@@ -115,6 +116,7 @@ bool RAVOLT::free() {
     RVSHADER::cleanUp();
     RVMATERIAL::cleanUp();
     RVTEXTURE::cleanUp();
+    RVANIM::cleanUp();
 
     RVMESH::free();
     RVELEMENT::free();

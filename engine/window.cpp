@@ -6,6 +6,7 @@
 #include "engine/windowSystem.h"
 #include "foundation/text.h"
 #include "ravolt/RAVOLT.h"
+#include "ravolt/RVANIM.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
@@ -89,6 +90,7 @@ void RVSETTINGS::logRequest() {
 void RVSETTINGS::handOutPaths() {
     RAVOLT::setRVEPath(rvePath);
     zlfLog("          RVE path    : '%s'\n", rvePath);
+    RVANIM::setRVAPath(rvaPath);
     zlfLog("          RVA path    : '%s'\n", rvaPath);
     RVTEXTURE::setPath(texturePath);
     zlfLog("          Texture path: '%s'\n", texturePath);

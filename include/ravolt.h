@@ -3,6 +3,7 @@
 // Everything an application needs, in one header.
 
 #include "ravolt/RAVOLT.h"
+#include "ravolt/RVANIM.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVFBO.h"

@@ -127,6 +127,7 @@ class RV_API RVMESH : public RVNODE {
     const Z3MVECTOR3D *getFaceNormalPtr() const;
 
   private:
+    friend class RVANIM; // takes the names of the bones
     friend class RVELEMENT;
 
     // The material, with this mesh as one of its users: copies start as none and never become one.

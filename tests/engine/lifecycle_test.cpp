@@ -2,6 +2,7 @@
 // a silent driver stands behind.
 
 #include "ravolt/RAVOLT.h"
+#include "ravolt/RVANIM.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
@@ -202,11 +203,13 @@ TEST_F(LifecycleTest, StopDestroysWhatLivesNodesFirst) {
     new RVNODE;
     new RVMATERIAL;
     new RVTEXTURE;
+    new RVANIM; // goes without a word
     mark = markLog();
     EXPECT_TRUE(RAVOLT::free());
     EXPECT_EQ(linesSince(mark), logOfStop("   2 node(s) released @ RVNODE::cleanUp",
                                           "   1 material(s) released", 15));
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
+    EXPECT_EQ(RVANIM::getNumberOfAnims(), 0u);
     EXPECT_EQ(zlfNewId(), 1u); // every identifier is back
     releaseId(1);
 }

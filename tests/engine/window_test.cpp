@@ -3,6 +3,7 @@
 
 #include "engine/splash.h"
 #include "ravolt/RAVOLT.h"
+#include "ravolt/RVANIM.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVTEXTURE.h"
@@ -185,9 +186,11 @@ TEST_F(WindowTest, FlagsAndCaptionFollowTheRequest) {
 
 TEST_F(WindowTest, PathsAreHandedOut) {
     settings.setRVEPath("scenes/");
+    settings.setRVAPath("moves/");
     settings.setTexturePath("textures/");
     start();
     EXPECT_STREQ(RAVOLT::getRVEPath(), "scenes/");
+    EXPECT_STREQ(RVANIM::getRVAPath(), "moves/");
     EXPECT_STREQ(RVTEXTURE::getPath(), "textures/");
 }
 

@@ -1,0 +1,216 @@
+#include "ravolt/RVANIM.h"
+
+#include "foundation/registry.h"
+#include "foundation/text.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVNODE.h"
+#include "ravolt/zlf.h"
+
+#include <algorithm>
+#include <cstring>
+
+// Clips: the registry, the entries and their use on a tree. Files are in rvaFile.cpp.
+//
+// The two counts are whatever the application says and may exceed the storage; every index is held
+// against the storage too, and every walk ends with it.
+
+using AnimRegistry = ravolt::Registry<RVANIM>;
+
+RVANIM *RVANIM::firstAnim = nullptr;
+RVANIM *RVANIM::lastAnim = nullptr;
+char RVANIM::rvaPath[256] = "";
+
+RVANIM::RVANIM() : id(zlfNewId()) {
+    ravolt::formatText(fileName, "[anim %d]", id);
+    AnimRegistry::append(firstAnim, lastAnim, this);
+}
+
+RVANIM::~RVANIM() {
+    releaseId(id);
+    AnimRegistry::unlink(firstAnim, lastAnim, this);
+}
+
+unsigned int RVANIM::storedBones() const {
+    return std::min<unsigned int>(numberOfBones, RV_ANIM_BONES);
+}
+
+unsigned int RVANIM::storedFrames() const {
+    return std::min<unsigned int>(numberOfFrames, RV_ANIM_FRAMES + 1);
+}
+
+void RVANIM::reset() {
+    for (unsigned int frame = 0; frame < storedFrames(); ++frame)
+        std::fill_n(keyframe[frame], storedBones(), RVBONEFRAME());
+}
+
+bool RVANIM::acquireStructure(const RVMESH *mesh) {
+    if (!mesh) {
+        zlfLog("   [!] Invalid params @ RVANIM::acquireStructure\n");
+        return false;
+    }
+    if (!mesh->numberOfBones)
+        return false;
+    numberOfBones = mesh->numberOfBones;
+    for (unsigned int bone = 0; bone < storedBones(); ++bone)
+        ravolt::copyText(boneName[bone], mesh->bone[bone].name);
+    return true;
+}
+
+int RVANIM::findBoneByName(const char *name) const {
+    if (!name) {
+        zlfLog("   [!] Invalid params @ RVANIM::findBoneByName\n");
+        return -1;
+    }
+    for (unsigned int bone = 0; bone < storedBones(); ++bone)
+        if (std::strcmp(boneName[bone], name) == 0)
+            return static_cast<int>(bone);
+    return -1;
+}
+
+void RVANIM::setNumberOfBones(unsigned int bones) {
+    numberOfBones = static_cast<unsigned short>(bones);
+}
+void RVANIM::setNumberOfFrames(unsigned int frames) {
+    numberOfFrames = static_cast<unsigned short>(frames);
+}
+unsigned short RVANIM::getNumberOfBones() const { return numberOfBones; }
+unsigned short RVANIM::getNumberOfFrames() const { return numberOfFrames; }
+
+bool RVANIM::setBoneName(unsigned int bone, const char *name) {
+    if (bone >= RV_ANIM_BONES || !name)
+        return false;
+    ravolt::copyText(boneName[bone], name);
+    return true;
+}
+
+char *RVANIM::getBoneName(unsigned int bone) {
+    return bone < RV_ANIM_BONES ? boneName[bone] : nullptr;
+}
+
+RVBONEFRAME *RVANIM::getKeyframe(unsigned int frame, unsigned int bone) {
+    return frame <= RV_ANIM_FRAMES && bone < RV_ANIM_BONES ? &keyframe[frame][bone] : nullptr;
+}
+
+Z3MVECTOR3D RVANIM::getFrameRotation(unsigned int frame, unsigned int bone) const {
+    return frame <= RV_ANIM_FRAMES && bone < RV_ANIM_BONES ? keyframe[frame][bone].rotation
+                                                           : Z3MVECTOR3D();
+}
+
+// On purpose: the frame that follows the last one passes, a bone behind the last one does not.
+bool RVANIM::isSettable(unsigned int frame, unsigned int bone) const {
+    return frame <= numberOfFrames && frame <= RV_ANIM_FRAMES && bone < storedBones();
+}
+
+bool RVANIM::setFrame(unsigned int frame, unsigned int bone, float x, float y, float z) {
+    if (!isSettable(frame, bone)) {
+        zlfLog("   [!] Invalid params @ RVANIM::setFrame\n");
+        return false;
+    }
+    keyframe[frame][bone].rotation.set(x, y, z);
+    return keyframe[frame][bone].set = true;
+}
+
+bool RVANIM::setFrameRotationX(unsigned int frame, unsigned int bone, float degrees) {
+    if (!isSettable(frame, bone)) {
+        zlfLog("   [!] Invalid params @ RVANIM::setFrameRotationX\n");
+        return false;
+    }
+    keyframe[frame][bone].rotation.x = degrees;
+    return keyframe[frame][bone].set = true;
+}
+
+bool RVANIM::setFrameRotationY(unsigned int frame, unsigned int bone, float degrees) {
+    if (!isSettable(frame, bone)) {
+        zlfLog("   [!] Invalid params @ RVANIM::setFrameRotationY\n");
+        return false;
+    }
+    keyframe[frame][bone].rotation.y = degrees;
+    return keyframe[frame][bone].set = true;
+}
+
+bool RVANIM::setFrameRotationZ(unsigned int frame, unsigned int bone, float degrees) {
+    if (!isSettable(frame, bone)) {
+        zlfLog("   [!] Invalid params @ RVANIM::setFrameRotationZ\n");
+        return false;
+    }
+    keyframe[frame][bone].rotation.z = degrees;
+    return keyframe[frame][bone].set = true;
+}
+
+bool RVANIM::unsetFrame(unsigned int frame, unsigned int bone) {
+    if (!isSettable(frame, bone)) {
+        zlfLog("   [!] Invalid params @ RVANIM::unsetFrame\n");
+        return false;
+    }
+    keyframe[frame][bone].set = false;
+    return true;
+}
+
+bool RVANIM::createKeyframes(unsigned int first, unsigned int last) {
+    if (first >= numberOfFrames || last > numberOfFrames || first >= last ||
+        last > RV_ANIM_FRAMES) {
+        zlfLog("   [!] Invalid params @ RVANIM::createKeyframes\n");
+        return false;
+    }
+    for (unsigned int bone = 0; bone < storedBones(); ++bone)
+        for (unsigned int from = first, to; from < last; from = to) {
+            to = from + 1;
+            while (to < last && !keyframe[to][bone].set)
+                ++to;
+            fillSegment(bone, from, to);
+        }
+    return true;
+}
+
+// On purpose: where `from` is no key it takes a step itself, and what follows lies one step further
+// on; and neighbours are left alone, key or not.
+void RVANIM::fillSegment(unsigned int bone, unsigned int from, unsigned int to) {
+    if (to == from + 1)
+        return;
+    Z3MVECTOR3D rotation = keyframe[from][bone].rotation;
+    const Z3MVECTOR3D step = (keyframe[to][bone].rotation - rotation) / (to - from);
+    for (unsigned int frame = from; frame < to; ++frame)
+        if (!keyframe[frame][bone].set) {
+            rotation += step;
+            keyframe[frame][bone].rotation = rotation;
+        }
+}
+
+bool RVANIM::apply(unsigned int frame, RVNODE *root) const {
+    if (frame >= storedFrames() || !root) {
+        zlfLog("   [!] Invalid params @ RVANIM::apply\n");
+        return false;
+    }
+    for (unsigned int bone = 0; bone < storedBones(); ++bone) {
+        RVNODE *node = root->findByNameInHierarchy(boneName[bone]);
+        if (!node)
+            continue;
+        node->setRotation(keyframe[frame][bone].rotation);
+        if (translating)
+            node->setPosition(keyframe[frame][bone].translation);
+    }
+    return true;
+}
+
+void RVANIM::setTranslating(bool newTranslating) { translating = newTranslating; }
+bool RVANIM::getTranslating() const { return translating; }
+
+void RVANIM::setRVAPath(const char *path) { ravolt::copyText(rvaPath, path); }
+char *RVANIM::getRVAPath() { return rvaPath; }
+
+bool RVANIM::cleanUp() { return AnimRegistry::cleanUp(firstAnim) != 0; }
+
+unsigned int RVANIM::getNumberOfAnims() { return AnimRegistry::count(firstAnim); }
+
+RVANIM *RVANIM::findById(unsigned int id) { return AnimRegistry::findById(firstAnim, id); }
+
+RVANIM *RVANIM::findByFilename(const char *fileName) {
+    return AnimRegistry::findByText(firstAnim, &RVANIM::fileName, fileName);
+}
+
+RVANIM *RVANIM::getFirst() { return firstAnim; }
+RVANIM *RVANIM::getNext() const { return next; }
+RVANIM *RVANIM::getPrevious() const { return previous; }
+
+unsigned int RVANIM::getId() const { return id; }
+char *RVANIM::getFilename() { return fileName; }

@@ -1,0 +1,184 @@
+// Clips in files: RVANIM::load and RVANIM::save. A file is looked through to its end before the
+// clip takes anything of it, so that a bad one changes nothing.
+
+#include "ravolt/RVANIM.h"
+
+#include "foundation/bytes.h"
+#include "foundation/platform.h"
+#include "foundation/text.h"
+#include "ravolt/zlf.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <string>
+#include <string_view>
+
+using ravolt::ByteReader;
+using ravolt::RvaRecord;
+
+// A file as a view over its bytes.
+struct ravolt::RvaRecord {
+    std::uint16_t numberOfBones = 0;
+    std::uint16_t numberOfFrames = 0;
+    const char *boneName[RV_ANIM_BONES] = {};
+    const unsigned char *entries = nullptr; // entryBytes for each bone of each frame
+};
+
+namespace {
+
+constexpr std::string_view magic = "RVA file v1.6a";
+// Behind the magic; nobody reads it.
+constexpr unsigned char separator = 0x1a;
+constexpr std::size_t headerBytes = magic.size() + sizeof separator;
+// On purpose: a name's length with its terminator is written as one byte would hold it.
+constexpr std::size_t longestSavedName = 254;
+
+constexpr std::size_t entryBytes = 2 * 3 * sizeof(float) + 1;
+
+// --- Reading
+
+// Whether the whole file is in `file`; a log line otherwise.
+bool readWhole(const char *path, ravolt::FileBytes &file) {
+    switch (file.read(path)) {
+    case ravolt::FileBytes::Result::ok:
+        return true;
+    case ravolt::FileBytes::Result::notOpened:
+        zlfLog("   [!] Unable to open file %s @ RVANIM::load\n", path);
+        return false;
+    case ravolt::FileBytes::Result::outOfMemory:
+        zlfLog("   [!] Out of memory for file %s @ RVANIM::load\n", path);
+        return false;
+    case ravolt::FileBytes::Result::shortRead:
+        zlfLog("   [!] Corrupted file %s @ RVANIM::load\n", path);
+        return false;
+    }
+    return false;
+}
+
+bool readHeader(const char *path, const ravolt::FileBytes &file) {
+    const std::string_view header(reinterpret_cast<const char *>(file.data()),
+                                  std::min(file.size(), magic.size()));
+    if (header != magic) {
+        zlfLog("   [!] Invalid header in file %s @ RVANIM::load\n", path);
+        return false;
+    }
+    zlfLog("   Header: %s\n", magic.data());
+    return true;
+}
+
+// Whether the file is whole and within the limits.
+bool readRecord(ByteReader reader, RvaRecord &record) {
+    record.numberOfBones = reader.read<std::uint16_t>();
+    record.numberOfFrames = reader.read<std::uint16_t>();
+    if (record.numberOfBones > RV_ANIM_BONES || record.numberOfFrames > RV_ANIM_FRAMES)
+        return false;
+    for (unsigned int bone = 0; bone < record.numberOfBones; ++bone)
+        record.boneName[bone] = reader.readText().data();
+    record.entries =
+        reader.take(std::size_t{record.numberOfFrames} * record.numberOfBones * entryBytes);
+    return reader.ok();
+}
+
+// --- Writing
+
+class Output {
+  public:
+    explicit Output(const char *path) : file(zlfOpenFile(path, "wb")) {}
+
+    bool isOpen() const { return file != nullptr; }
+
+    void put(const void *data, std::size_t size) {
+        good = good && std::fwrite(data, 1, size, file.get()) == size;
+    }
+
+    template <class T> void put(const T &value) { put(&value, sizeof value); }
+
+    void putName(const char *name) {
+        put(name, strnlen(name, longestSavedName));
+        put('\0');
+    }
+
+    void putEntry(const RVBONEFRAME &entry) {
+        put(&entry.rotation, sizeof entry.rotation);
+        put(&entry.translation, sizeof entry.translation);
+        put(static_cast<std::uint8_t>(entry.set));
+    }
+
+    // Whether everything has reached the file.
+    bool close() { return std::fclose(file.release()) == 0 && good; }
+
+  private:
+    ravolt::File file;
+    bool good = true;
+};
+
+} // namespace
+
+bool RVANIM::load(const char *newFileName) try {
+    const std::string name = std::string(rvaPath) + (newFileName ? newFileName : "");
+    const char *path = name.c_str();
+    if (!newFileName || !zlfFileExists(path)) {
+        zlfLog("   [!] Invalid params or file not found @ RVANIM::load\n");
+        return false;
+    }
+    zlfLog("\n   Loading RVA file '%s'...\n", path);
+    ravolt::FileBytes file;
+    if (!readWhole(path, file) || !readHeader(path, file))
+        return false;
+    RvaRecord record;
+    if (!readRecord(ByteReader(file.data(), file.size(), headerBytes), record)) {
+        zlfLog("   [!] Corrupted file %s @ RVANIM::load\n", path);
+        return false;
+    }
+    take(record);
+    ravolt::copyText(fileName, newFileName);
+    return true;
+} catch (const std::bad_alloc &) {
+    zlfLog("   [!] Out of memory for file %s%s @ RVANIM::load\n", rvaPath, newFileName);
+    return false;
+}
+
+// What the file does not have, names and entries beyond its counts, stays.
+void RVANIM::take(const RvaRecord &record) {
+    numberOfBones = record.numberOfBones;
+    numberOfFrames = record.numberOfFrames;
+    for (unsigned int bone = 0; bone < numberOfBones; ++bone)
+        ravolt::copyText(boneName[bone], record.boneName[bone]);
+    ByteReader entries(record.entries, std::size_t{numberOfFrames} * numberOfBones * entryBytes);
+    for (unsigned int frame = 0; frame < numberOfFrames; ++frame)
+        for (RVBONEFRAME *entry = keyframe[frame]; entry < keyframe[frame] + numberOfBones;
+             ++entry) {
+            entry->rotation = entries.read<Z3MVECTOR3D>();
+            entry->translation = entries.read<Z3MVECTOR3D>();
+            entry->set = entries.read<std::uint8_t>() != 0;
+        }
+}
+
+bool RVANIM::save(const char *path) const {
+    if (!path || numberOfBones > RV_ANIM_BONES || numberOfFrames > RV_ANIM_FRAMES) {
+        zlfLog("   [!] Invalid params @ RVANIM::save\n");
+        return false;
+    }
+    zlfLog("\n   Saving RVA file '%s'...\n", path);
+    Output output(path);
+    if (!output.isOpen()) {
+        zlfLog("   [!] Unable to open file %s @ RVANIM::save\n", path);
+        return false;
+    }
+    output.put(magic.data(), magic.size());
+    output.put(separator);
+    output.put(numberOfBones);
+    output.put(numberOfFrames);
+    for (unsigned int bone = 0; bone < numberOfBones; ++bone)
+        output.putName(boneName[bone]);
+    for (unsigned int frame = 0; frame < numberOfFrames; ++frame)
+        for (unsigned int bone = 0; bone < numberOfBones; ++bone)
+            output.putEntry(keyframe[frame][bone]);
+    if (!output.close()) {
+        zlfLog("   [!] Unable to write file %s @ RVANIM::save\n", path);
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,508 @@
+// Clips in files. What is loaded is written by the tool's writer, and what is saved has to equal
+// what that writer makes of it, byte for byte.
+
+#include "ravolt/RVANIM.h"
+
+#include "tests/support/fileLimit.h"
+#include "tests/support/logReader.h"
+#include "tests/support/recorder.h"
+#include "tests/support/shortReads.h"
+#include "tools/writers/rvaWriter.h"
+
+#include <bit>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+using namespace ravolt;
+using namespace ravolt::test;
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr char corrupted[] = "   [!] Corrupted file clip.rva @ RVANIM::load\n";
+constexpr char invalidHeader[] = "   [!] Invalid header in file clip.rva @ RVANIM::load\n";
+constexpr char loading[] = "\n   Loading RVA file 'clip.rva'...\n";
+constexpr char header[] = "   Header: RVA file v1.6a\n";
+constexpr char notWritten[] = "   [!] Unable to write file saved.rva @ RVANIM::save\n";
+constexpr char saving[] = "\n   Saving RVA file 'saved.rva'...\n";
+
+// Offsets in a file.
+constexpr std::size_t separatorAt = 14;
+constexpr std::size_t bonesAt = 15;
+constexpr std::size_t framesAt = 17;
+constexpr std::size_t namesAt = 19;
+
+Bytes bytesOf(const RvaClip &clip) {
+    const RvaResult result = encodeRva(clip);
+    EXPECT_EQ(result.error, "");
+    return result.bytes;
+}
+
+void writeBytes(const std::string &name, const Bytes &bytes) {
+    std::ofstream file(name, std::ios::binary);
+    file.write(reinterpret_cast<const char *>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+}
+
+Bytes readBytes(const std::string &name) {
+    std::ifstream file(name, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(file), {});
+}
+
+void putCount(Bytes &bytes, std::size_t at, unsigned int count) {
+    bytes[at] = static_cast<unsigned char>(count);
+    bytes[at + 1] = static_cast<unsigned char>(count >> 8);
+}
+
+// Any floats at all, also those that are no numbers.
+RvaClip randomClip(std::size_t bones, std::size_t frames, unsigned int seed = 7) {
+    std::mt19937 random(seed);
+    const auto any = [&random] {
+        return std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+    };
+    RvaClip clip;
+    for (std::size_t bone = 0; bone < bones; ++bone)
+        clip.bones.push_back("bone" + std::to_string(bone) + std::string(random() % 20, '.'));
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+        clip.frames.emplace_back();
+        for (std::size_t bone = 0; bone < bones; ++bone)
+            clip.frames.back().push_back(
+                {{any(), any(), any()}, {any(), any(), any()}, random() % 2 == 0});
+    }
+    return clip;
+}
+
+bool sameBits(const Z3MVECTOR3D &vector, const std::array<float, 3> &floats) {
+    return std::memcmp(&vector, floats.data(), sizeof floats) == 0;
+}
+
+// All that a clip holds, for comparisons.
+struct Contents {
+    explicit Contents(RVANIM &clip)
+        : fileName(clip.getFilename()), bones(clip.getNumberOfBones()),
+          frames(clip.getNumberOfFrames()), translating(clip.getTranslating()) {
+        for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone)
+            names.push_back(clip.getBoneName(bone));
+        for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; frame += 5) {
+            const unsigned char *row =
+                reinterpret_cast<const unsigned char *>(clip.getKeyframe(frame, 0));
+            entries.insert(entries.end(), row, row + RV_ANIM_BONES * sizeof(RVBONEFRAME));
+        }
+    }
+    friend bool operator==(const Contents &, const Contents &) = default;
+
+    std::string fileName;
+    unsigned int bones, frames;
+    bool translating;
+    std::vector<std::string> names;
+    Bytes entries;
+};
+
+class RvaFile : public RecorderTest {
+  protected:
+    RvaFile() : clip(*new RVANIM) { markLog(); }
+    ~RvaFile() override {
+        RVANIM::cleanUp();
+        RVANIM::setRVAPath(nullptr);
+    }
+
+    bool loadBytes(const Bytes &bytes) {
+        writeBytes("clip.rva", bytes);
+        markLog();
+        return clip.load("clip.rva");
+    }
+
+    void expectLoaded(const RvaClip &expected) {
+        ASSERT_EQ(clip.getNumberOfBones(), expected.bones.size());
+        ASSERT_EQ(clip.getNumberOfFrames(), expected.frames.size());
+        for (unsigned int bone = 0; bone < expected.bones.size(); ++bone)
+            EXPECT_EQ(clip.getBoneName(bone), expected.bones[bone]);
+        for (unsigned int frame = 0; frame < expected.frames.size(); ++frame)
+            for (unsigned int bone = 0; bone < expected.bones.size(); ++bone) {
+                const RVBONEFRAME &entry = *clip.getKeyframe(frame, bone);
+                const RvaEntry &wanted = expected.frames[frame][bone];
+                ASSERT_TRUE(sameBits(entry.rotation, wanted.rotation));
+                ASSERT_TRUE(sameBits(entry.translation, wanted.translation));
+                ASSERT_EQ(entry.set, wanted.set);
+            }
+    }
+
+    // The file is refused with these lines, and the clip is what it was.
+    void expectRefused(const Bytes &bytes, const std::string &lines) {
+        writeBytes("clip.rva", bytes);
+        const Contents before(clip);
+        markLog();
+        EXPECT_FALSE(clip.load("clip.rva"));
+        EXPECT_LOGGED_EXACTLY(lines);
+        EXPECT_TRUE(before == Contents(clip));
+    }
+
+    void expectCorrupted(const Bytes &bytes) {
+        expectRefused(bytes, std::string(loading) + header + corrupted);
+    }
+
+    RVANIM &clip; // the registry's
+};
+
+// --- Loading
+
+TEST_F(RvaFile, LoadTakesEverything) {
+    const RvaClip wanted = randomClip(5, 9);
+    EXPECT_TRUE(loadBytes(bytesOf(wanted)));
+    EXPECT_LOGGED_EXACTLY(std::string(loading) + header);
+    expectLoaded(wanted);
+    EXPECT_STREQ(clip.getFilename(), "clip.rva");
+    EXPECT_EQ(RVANIM::findByFilename("clip.rva"), &clip);
+    EXPECT_FALSE(clip.getTranslating());
+}
+
+TEST_F(RvaFile, LargestClipLoads) {
+    const RvaClip wanted = randomClip(128, 1024);
+    EXPECT_TRUE(loadBytes(bytesOf(wanted)));
+    expectLoaded(wanted);
+}
+
+TEST_F(RvaFile, EmptyClipsLoad) {
+    for (const RvaClip &wanted : {randomClip(0, 0), randomClip(3, 0), randomClip(0, 4)}) {
+        EXPECT_TRUE(loadBytes(bytesOf(wanted)));
+        expectLoaded(wanted);
+    }
+}
+
+TEST_F(RvaFile, SeparatorIsNotLookedAt) {
+    Bytes bytes = bytesOf(randomClip(1, 1));
+    for (const unsigned char separator : {0, 0x1a, 255}) {
+        bytes[separatorAt] = separator;
+        EXPECT_TRUE(loadBytes(bytes));
+    }
+}
+
+TEST_F(RvaFile, AnyNumberBut0MakesAKey) {
+    Bytes bytes = bytesOf(randomClip(1, 1));
+    for (const unsigned char set : {0, 1, 2, 128, 255}) {
+        bytes.back() = set;
+        EXPECT_TRUE(loadBytes(bytes));
+        EXPECT_EQ(clip.getKeyframe(0, 0)->set, set != 0);
+    }
+}
+
+TEST_F(RvaFile, BytesBehindTheEndAreNotLookedAt) {
+    const RvaClip wanted = randomClip(2, 2);
+    Bytes bytes = bytesOf(wanted);
+    bytes.insert(bytes.end(), 1000, 255);
+    EXPECT_TRUE(loadBytes(bytes));
+    expectLoaded(wanted);
+}
+
+TEST_F(RvaFile, WhatTheFileDoesNotHaveStays) {
+    clip.setNumberOfBones(3);
+    clip.setNumberOfFrames(5);
+    clip.setTranslating(true);
+    clip.setBoneName(2, "tail");
+    clip.setFrame(1, 2, 1, 1, 1);
+    clip.setFrame(4, 0, 4, 4, 4);
+    const RvaClip wanted = randomClip(2, 3);
+    EXPECT_TRUE(loadBytes(bytesOf(wanted)));
+    expectLoaded(wanted);
+    EXPECT_STREQ(clip.getBoneName(2), "tail");
+    EXPECT_EQ(clip.getFrameRotation(1, 2).x, 1);
+    EXPECT_EQ(clip.getFrameRotation(4, 0).x, 4);
+    EXPECT_TRUE(clip.getTranslating());
+}
+
+TEST_F(RvaFile, LoadLooksBehindThePathAndKeepsTheNameWithoutIt) {
+    std::filesystem::create_directory("moves");
+    ASSERT_EQ(writeRva("moves/walk.rva", randomClip(1, 1)), "");
+    EXPECT_FALSE(clip.load("walk.rva"));
+    RVANIM::setRVAPath("moves/");
+    markLog();
+    EXPECT_TRUE(clip.load("walk.rva"));
+    EXPECT_LOGGED("   Loading RVA file 'moves/walk.rva'...");
+    EXPECT_STREQ(clip.getFilename(), "walk.rva");
+    EXPECT_TRUE(clip.load(clip.getFilename()));
+    EXPECT_STREQ(clip.getFilename(), "walk.rva");
+}
+
+TEST_F(RvaFile, LongFileNamesAreCutInTheClip) {
+    const std::string name = std::string(150, '/') + std::string(150, 'n') + ".rva";
+    RVANIM::setRVAPath(".");
+    ASSERT_EQ(writeRva("." + name, randomClip(1, 1)), "");
+    EXPECT_TRUE(clip.load(name.c_str()));
+    EXPECT_EQ(clip.getFilename(), name.substr(0, 255));
+}
+
+TEST_F(RvaFile, NamesOf255CharactersLoadAndLongerOnesAreRefused) {
+    RvaClip wanted = randomClip(3, 1);
+    wanted.bones[1] = std::string(255, 'n');
+    Bytes bytes = bytesOf(wanted);
+    EXPECT_TRUE(loadBytes(bytes));
+    expectLoaded(wanted);
+    bytes.insert(bytes.begin() + namesAt + static_cast<long>(wanted.bones[0].size()) + 1, 'n');
+    expectCorrupted(bytes);
+    bytes.resize(namesAt);
+    bytes.insert(bytes.end(), 100000, 'n'); // a name that never ends
+    expectCorrupted(bytes);
+}
+
+TEST_F(RvaFile, FileCutOffAnywhereIsRefusedAndChangesNothing) {
+    ASSERT_TRUE(loadBytes(bytesOf(randomClip(4, 6, 99))));
+    clip.setTranslating(true);
+    const Bytes whole = bytesOf(randomClip(3, 4));
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        SCOPED_TRACE(size);
+        const Bytes part(whole.begin(), whole.begin() + static_cast<long>(size));
+        expectRefused(part, size < separatorAt ? std::string(loading) + invalidHeader
+                                               : std::string(loading) + header + corrupted);
+        if (HasFailure())
+            return;
+    }
+    EXPECT_TRUE(loadBytes(whole));
+}
+
+TEST_F(RvaFile, CountsAboveTheStorageAreRefused) {
+    Bytes bytes = bytesOf(randomClip(128, 0));
+    bytes.insert(bytes.end(), 1025 * 128 * 25, 0); // enough for the least of them
+    for (const unsigned int count : {129u, 256u, 0x7fffu, 0x8000u, 0xffffu}) {
+        Bytes bad = bytes;
+        putCount(bad, bonesAt, count);
+        putCount(bad, framesAt, 1);
+        expectCorrupted(bad);
+    }
+    for (const unsigned int count : {1025u, 0x7fffu, 0x8000u, 0xffffu}) {
+        Bytes bad = bytes;
+        putCount(bad, framesAt, count);
+        expectCorrupted(bad);
+        putCount(bad, bonesAt, 0); // no entries at all
+        expectCorrupted(bad);
+    }
+}
+
+TEST_F(RvaFile, CountsBeyondTheFileAreRefused) {
+    const Bytes bytes = bytesOf(randomClip(3, 4));
+    for (const std::size_t at : {bonesAt, framesAt})
+        for (const unsigned int count : {5u, 127u, 128u}) {
+            Bytes bad = bytes;
+            putCount(bad, at, count);
+            expectCorrupted(bad);
+        }
+}
+
+TEST_F(RvaFile, ByteSetToExtremesIsRefusedOrLoadsWhole) {
+    const Bytes whole = bytesOf(randomClip(3, 4));
+    unsigned int loaded = 0, refused = 0;
+    for (std::size_t at = 0; at < whole.size(); ++at)
+        for (const unsigned char value : {0, 1, 127, 128, 255}) {
+            SCOPED_TRACE(testing::Message() << "byte " << at << " = " << int{value});
+            Bytes bytes = whole;
+            bytes[at] = value;
+            const Contents before(clip);
+            if (loadBytes(bytes)) {
+                ++loaded;
+                EXPECT_LOGGED_EXACTLY(std::string(loading) + header);
+            } else {
+                ++refused;
+                EXPECT_LOGGED_EXACTLY(at < separatorAt ? std::string(loading) + invalidHeader
+                                                       : std::string(loading) + header + corrupted);
+                EXPECT_TRUE(before == Contents(clip));
+            }
+            if (HasFailure())
+                return;
+        }
+    EXPECT_GT(loaded, 1000u);
+    EXPECT_GT(refused, 70u);
+}
+
+TEST_F(RvaFile, ForeignFilesHaveAnInvalidHeader) {
+    const std::string lines = std::string(loading) + invalidHeader;
+    expectRefused({}, lines);
+    expectRefused(Bytes(5000, 'R'), lines);
+    Bytes bytes = bytesOf(randomClip(1, 1));
+    bytes[12] = '5'; // there is no older format
+    expectRefused(bytes, lines);
+}
+
+TEST_F(RvaFile, NoNameAndNoFileAreRefused) {
+    const std::string line = "   [!] Invalid params or file not found @ RVANIM::load\n";
+    EXPECT_FALSE(clip.load(nullptr));
+    EXPECT_FALSE(clip.load("no such clip.rva"));
+    EXPECT_LOGGED_EXACTLY(line + line);
+    std::filesystem::create_directory("folder.rva");
+    markLog();
+    EXPECT_FALSE(clip.load("folder.rva"));
+    EXPECT_LOGGED_EXACTLY(line);
+}
+
+TEST_F(RvaFile, PipeIsNoFile) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const std::string name = "/dev/fd/" + std::to_string(ends[0]);
+    EXPECT_FALSE(clip.load(name.c_str()));
+    EXPECT_LOGGED_EXACTLY("\n   Loading RVA file '" + name + "'...\n   [!] Unable to open file " +
+                          name + " @ RVANIM::load\n");
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST_F(RvaFile, FileThatCannotBeReadWholeIsCorrupted) {
+    writeBytes("clip.rva", bytesOf(randomClip(1, 1)));
+    {
+        const ShortReads shortReads;
+        EXPECT_FALSE(clip.load("clip.rva"));
+    }
+    EXPECT_LOGGED_EXACTLY(std::string(loading) + corrupted);
+}
+
+TEST_F(RvaFile, FileTooLargeForTheMemoryIsRefused) {
+    const Bytes bytes = bytesOf(randomClip(20, 20));
+    writeBytes("clip.rva", bytes);
+    const Contents before(clip);
+    recorder.failAllocation(bytes.size());
+    EXPECT_FALSE(clip.load("clip.rva"));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY(std::string(loading) +
+                          "   [!] Out of memory for file clip.rva @ RVANIM::load\n");
+    EXPECT_TRUE(before == Contents(clip));
+    EXPECT_TRUE(clip.load("clip.rva"));
+}
+
+TEST_F(RvaFile, NameTooLargeForTheMemoryIsRefused) {
+    const std::string name(600, 'n');
+    RVANIM::setRVAPath("moves/");
+    recorder.failAllocation(600, 0, 1);
+    EXPECT_FALSE(clip.load(name.c_str()));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for file moves/" + name + " @ RVANIM::load\n");
+}
+
+// --- Saving
+
+TEST_F(RvaFile, SaveWritesWhatTheWriterWrites) {
+    for (const auto &[bones, frames] :
+         {std::pair{0u, 0u}, {1u, 1u}, {5u, 3u}, {128u, 2u}, {2u, 1024u}, {128u, 1024u}}) {
+        SCOPED_TRACE(testing::Message() << bones << ", " << frames);
+        const Bytes bytes = bytesOf(randomClip(bones, frames, bones + frames));
+        ASSERT_TRUE(loadBytes(bytes));
+        markLog();
+        EXPECT_TRUE(clip.save("saved.rva"));
+        EXPECT_LOGGED_EXACTLY(saving);
+        EXPECT_TRUE(readBytes("saved.rva") == bytes);
+    }
+}
+
+TEST_F(RvaFile, ClipMadeBySettersIsSavedAndLoadsAgain) {
+    clip.setNumberOfBones(2);
+    clip.setNumberOfFrames(3);
+    clip.setBoneName(0, "hips");
+    clip.setBoneName(1, "arm");
+    clip.setFrame(0, 0, 0, 0, 0);
+    clip.setFrame(3, 0, 30, 60, 90);
+    clip.createKeyframes(0, 3);
+    clip.getKeyframe(2, 1)->translation.set(1, 2, 3);
+    EXPECT_TRUE(clip.save("saved.rva"));
+
+    RvaClip wanted{{"hips", "arm"}, {3, std::vector<RvaEntry>(2)}};
+    wanted.frames[0][0].set = true;
+    wanted.frames[1][0].rotation = {10, 20, 30};
+    wanted.frames[2][0].rotation = {20, 40, 60};
+    wanted.frames[2][1].translation = {1, 2, 3};
+    EXPECT_EQ(readBytes("saved.rva"), bytesOf(wanted));
+    EXPECT_EQ(readBytes("saved.rva")[separatorAt], 0x1a);
+
+    RVANIM &other = *new RVANIM;
+    EXPECT_TRUE(other.load("saved.rva"));
+    EXPECT_TRUE(other.save("again.rva"));
+    EXPECT_EQ(readBytes("again.rva"), readBytes("saved.rva"));
+}
+
+TEST_F(RvaFile, SaveTakesTheNameAsItIsAndDoesNotKeepIt) {
+    RVANIM::setRVAPath("no such folder/");
+    const std::string name = clip.getFilename();
+    EXPECT_TRUE(clip.save("saved.rva"));
+    EXPECT_EQ(readBytes("saved.rva"), bytesOf(randomClip(0, 0)));
+    EXPECT_EQ(clip.getFilename(), name);
+}
+
+TEST_F(RvaFile, NameOf255CharactersLosesItsLastOneInTheFile) {
+    for (const std::size_t length : {253u, 254u, 255u}) {
+        clip.setNumberOfBones(2);
+        clip.setBoneName(0, std::string(length, 'n').c_str());
+        clip.setBoneName(1, "next");
+        ASSERT_TRUE(clip.save("saved.rva"));
+        const std::size_t kept = std::min<std::size_t>(length, 254);
+        EXPECT_EQ(readBytes("saved.rva"), bytesOf({{std::string(kept, 'n'), "next"}, {}}));
+        EXPECT_EQ(clip.getBoneName(0), std::string(length, 'n'));
+    }
+}
+
+TEST_F(RvaFile, SaveReplacesAnOldFile) {
+    writeBytes("saved.rva", Bytes(10000, 'x'));
+    EXPECT_TRUE(clip.save("saved.rva"));
+    EXPECT_EQ(readBytes("saved.rva").size(), namesAt);
+}
+
+TEST_F(RvaFile, SaveRefusesNoNameAndWhatItCannotOpen) {
+    EXPECT_FALSE(clip.save(nullptr));
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVANIM::save\n");
+    markLog();
+    EXPECT_FALSE(clip.save("no such folder/clip.rva"));
+    EXPECT_LOGGED_EXACTLY("\n   Saving RVA file 'no such folder/clip.rva'...\n"
+                          "   [!] Unable to open file no such folder/clip.rva @ RVANIM::save\n");
+}
+
+TEST_F(RvaFile, ClipWithCountsBeyondTheStorageIsNotSaved) {
+    writeBytes("saved.rva", {'o', 'l', 'd'});
+    for (const auto &[bones, frames] : {std::pair{129u, 0u}, {0u, 1025u}, {65535u, 65535u}}) {
+        clip.setNumberOfBones(bones);
+        clip.setNumberOfFrames(frames);
+        markLog();
+        EXPECT_FALSE(clip.save("saved.rva"));
+        EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVANIM::save\n");
+    }
+    EXPECT_EQ(readBytes("saved.rva"), (Bytes{'o', 'l', 'd'}));
+}
+
+// The log grows under the same limit, so the clip has to be larger than it.
+TEST_F(RvaFile, FullDiskIsNoticedWhereverItEnds) {
+    const Bytes whole = bytesOf(randomClip(128, 128));
+    ASSERT_TRUE(loadBytes(whole));
+    constexpr std::size_t least = 300000;
+    ASSERT_LT(logMark(), least - 50000);
+    std::vector<std::size_t> rooms = {whole.size() - 1, whole.size() - 24, whole.size() - 4097};
+    for (std::size_t room = least; room < whole.size(); room += 10007)
+        rooms.push_back(room);
+    for (const std::size_t room : rooms) {
+        markLog();
+        {
+            const FileLimit limit(RLIMIT_FSIZE, room);
+            EXPECT_FALSE(clip.save("saved.rva")) << room;
+        }
+        EXPECT_LOGGED_EXACTLY(std::string(saving) + notWritten);
+        EXPECT_EQ(readBytes("saved.rva"),
+                  Bytes(whole.begin(), whole.begin() + static_cast<long>(room)));
+    }
+    const FileLimit limit(RLIMIT_FSIZE, whole.size());
+    EXPECT_TRUE(clip.save("saved.rva"));
+}
+
+TEST_F(RvaFile, FullDeviceIsNoticedInSmallClipsAndLargeOnes) {
+    std::filesystem::remove("saved.rva");
+    std::filesystem::create_symlink("/dev/full", "saved.rva");
+    for (const std::size_t frames : {1u, 1000u}) {
+        ASSERT_TRUE(loadBytes(bytesOf(randomClip(3, frames))));
+        markLog();
+        EXPECT_FALSE(clip.save("saved.rva"));
+        EXPECT_LOGGED_EXACTLY(std::string(saving) + notWritten);
+    }
+    EXPECT_TRUE(std::filesystem::is_symlink("saved.rva"));
+    std::filesystem::remove("saved.rva");
+}
+
+} // namespace

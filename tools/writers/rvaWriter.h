@@ -1,0 +1,40 @@
+#pragma once
+
+// Makes animation files (RVA) that the engine reads, from a plain description. Nothing of the
+// engine is needed. What a file cannot hold, or the engine would refuse, is an error that names the
+// thing and its limit.
+
+#include "tools/writers/byteWriter.h"
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace ravolt {
+
+// Limits of the format's reader.
+constexpr std::size_t rvaNameLength = writtenTextLength; // characters of a bone's name
+constexpr std::size_t rvaBones = 128;
+constexpr std::size_t rvaFrames = 1024;
+
+// One bone in one frame.
+struct RvaEntry {
+    std::array<float, 3> rotation = {0.0f, 0.0f, 0.0f}; // degrees, about x, then y, then z
+    std::array<float, 3> translation = {0.0f, 0.0f, 0.0f};
+    bool set = false; // a key; 0 for a filler
+};
+
+struct RvaClip {
+    std::vector<std::string> bones;            // names of nodes
+    std::vector<std::vector<RvaEntry>> frames; // each has one entry for each bone
+};
+
+using RvaResult = WrittenBytes;
+
+RvaResult encodeRva(const RvaClip &clip);
+
+// What is wrong, or an empty text. Nothing is left of a file that cannot be written
+// whole; one that cannot be opened stays as it is.
+std::string writeRva(const std::string &path, const RvaClip &clip);
+
+} // namespace ravolt
