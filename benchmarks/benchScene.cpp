@@ -20,6 +20,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace bench {
 
 namespace {
@@ -59,10 +62,10 @@ RveNode plainNode(const std::string &name) {
     return node;
 }
 
-// Sixteen opaque materials with a texture each, and one that is transparent.
+// Opaque materials with a texture each, and one that is transparent.
 std::vector<ravolt::RveMaterial> makeMaterials() {
     std::vector<ravolt::RveMaterial> materials;
-    for (int i = 0; i < numberOfShapes; ++i) {
+    for (int i = 0; i <= numberOfShapes; ++i) {
         ravolt::RveMaterial material;
         material.name = numbered("bench%02d", i);
         material.texture = numbered("bench%02d_d.tga", i);
@@ -78,7 +81,7 @@ std::vector<ravolt::RveMaterial> makeMaterials() {
 }
 
 void removeTextures() {
-    for (int i = 0; i < numberOfShapes; ++i)
+    for (int i = 0; i <= numberOfShapes; ++i)
         std::remove(numbered("bench%02d_d.tga", i).c_str());
 }
 
@@ -181,18 +184,25 @@ void place(RVNODE *node, std::vector<Placement> &list) {
 
 } // namespace
 
-bool startEngine() {
+void startEngine(bool programs) {
+    static bool running = false; // with programs
+    if (RAVOLT::isActive() && running == programs)
+        return;
+    stopEngine();
     zlfSetConsoleEcho(false);
     RVSETTINGS settings;
     settings.setWindowX(windowWidth);
     settings.setWindowY(windowHeight);
+    settings.setFBOSizeX(windowWidth);
+    settings.setFBOSizeY(windowHeight);
     settings.setColorDepth(32);
     settings.setZetaDepth(24);
+    settings.setShaders(programs);
     if (!RAVOLT::init(&settings)) {
         std::fprintf(stderr, "the engine does not start here, see ravolt_log.txt\n");
-        return false;
+        std::exit(1);
     }
-    return true;
+    running = programs;
 }
 
 void stopEngine() { RAVOLT::free(); }
@@ -245,10 +255,76 @@ Scene makeSortScene() {
     return result;
 }
 
+const Spot spot = {{15.0f, 45.0f, 50.0f},
+                   {-0.2f, -0.6f, -0.77f},
+                   {2.5f, 2.5f, 2.4f, 1.0f},
+                   {0.2f, 0.2f, 0.2f, 1.0f},
+                   40.0f,
+                   20.0f,
+                   150.0f,
+                   lightDistance};
+
+Scene makeEffectScene() {
+    RveScene scene = gridScene(20, 50, 1.6f);
+    RveNode wall = meshNode(numberOfShapes, numbered("shape%02d", numberOfShapes),
+                            scene.materials[numberOfShapes].name);
+    wall.position = {0.0f, 0.0f, -6.0f};
+    scene.root.children.push_back(wall);
+    Scene result = open(scene, spot.cameraDistance);
+    RVLIGHT *light = new RVLIGHT();
+    light->setLightType(RV_LIGHT_TYPE_SPOT);
+    light->setPosition(spot.position[0], spot.position[1], spot.position[2]);
+    light->setDirection(Z3MVECTOR3D(spot.direction[0], spot.direction[1], spot.direction[2]));
+    light->setDiffuse(spot.diffuse[0], spot.diffuse[1], spot.diffuse[2], spot.diffuse[3]);
+    light->setAmbient(spot.ambient[0], spot.ambient[1], spot.ambient[2], spot.ambient[3]);
+    light->setSpecular(0.0f, 0.0f, 0.0f, 1.0f);
+    light->setCutOff(spot.cutOff);
+    light->castShadows(true);
+    light->setShadowNearPlane(spot.nearPlane);
+    light->setShadowFarPlane(spot.farPlane);
+    light->link(result.root);
+    return result;
+}
+
+void drawByEngine(const Scene &scene) {
+    RAVOLT::clear(true, true, false);
+    RAVOLT::begin3D(scene.camera);
+    scene.root->pass(true);
+    RAVOLT::end3D(true);
+    glFinish();
+}
+
+void use(const Effects &wanted) {
+    wanted.programs ? RVSETTINGS::forceShadersOn() : RVSETTINGS::forceShadersOff();
+    wanted.shadows ? RAVOLT::shadowingOn() : RAVOLT::shadowingOff();
+    wanted.bloom ? RAVOLT::bloomingOn() : RAVOLT::bloomingOff();
+    wanted.toneMapping ? RAVOLT::HDROn() : RAVOLT::HDROff();
+    wanted.depthOfField ? RAVOLT::DOFOn() : RAVOLT::DOFOff();
+    RAVOLT::setBloomingIntensity(bloomIntensity);
+    RAVOLT::setHDRExposure(exposure);
+    RAVOLT::setDOFFocus(focus);
+    RAVOLT::setDOFRange(range);
+}
+
+Silence::Silence() {
+    std::fflush(stdout);
+    output = dup(STDOUT_FILENO);
+    const int nowhere = ::open("/dev/null", O_WRONLY);
+    dup2(nowhere, STDOUT_FILENO);
+    close(nowhere);
+}
+
+Silence::~Silence() {
+    std::fflush(stdout);
+    dup2(output, STDOUT_FILENO);
+    close(output);
+}
+
 void destroy(Scene &scene) {
     RVNODE::cleanUp();
     RVMATERIAL::cleanUp();
-    RVTEXTURE::cleanUp();
+    for (int i = 0; i <= numberOfShapes; ++i) // the engine has textures of its own
+        delete RVTEXTURE::findByFilename(numbered("bench%02d_d.tga", i).c_str());
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     scene = Scene();
 }
@@ -276,8 +352,47 @@ std::string writeTriangleScene(int triangles) {
     return path;
 }
 
+namespace {
+
+// Two triangles for each cell of a grid of vertices that stand row by row.
+void addCells(Shape &shape, int rows, int columns) {
+    for (int r = 0; r < rows; ++r) {
+        for (int c = 0; c < columns; ++c) {
+            const auto a = static_cast<unsigned short>(r * (columns + 1) + c);
+            const auto b = static_cast<unsigned short>(a + columns + 1);
+            for (int index : {a + 0, a + 1, b + 0, a + 1, b + 1, b + 0})
+                shape.indices.push_back(static_cast<unsigned short>(index));
+        }
+    }
+}
+
+// A square that faces the camera.
+Shape makeWall() {
+    constexpr int cells = 16;
+    Shape shape;
+    for (int r = 0; r <= cells; ++r) {
+        for (int c = 0; c <= cells; ++c) {
+            const float u = static_cast<float>(c) / cells, v = static_cast<float>(r) / cells;
+            for (float p : {80.0f * (u - 0.5f), 80.0f * (0.5f - v), 0.0f})
+                shape.positions.push_back(p);
+            for (float n : {0.0f, 0.0f, 1.0f})
+                shape.normals.push_back(n);
+            for (float t : {4.0f * u, 4.0f * v})
+                shape.uvs.push_back(t);
+        }
+    }
+    addCells(shape, cells, cells);
+    for (std::size_t i = 0; i < shape.indices.size(); i += 3) // the front is counterclockwise
+        std::swap(shape.indices[i + 1], shape.indices[i + 2]);
+    return shape;
+}
+
+} // namespace
+
 // A ball with dents, another one for each number: 12 segments by 6 rings.
 Shape makeShape(int number) {
+    if (number == numberOfShapes)
+        return makeWall();
     constexpr int segments = 12, rings = 6;
     Shape shape;
     for (int r = 0; r <= rings; ++r) {
@@ -296,14 +411,7 @@ Shape makeShape(int number) {
             shape.uvs.push_back(static_cast<float>(r) / rings);
         }
     }
-    for (int r = 0; r < rings; ++r) {
-        for (int s = 0; s < segments; ++s) {
-            const auto a = static_cast<unsigned short>(r * (segments + 1) + s);
-            const auto b = static_cast<unsigned short>(a + segments + 1);
-            for (int index : {a + 0, a + 1, b + 0, a + 1, b + 1, b + 0})
-                shape.indices.push_back(static_cast<unsigned short>(index));
-        }
-    }
+    addCells(shape, rings, segments);
     return shape;
 }
 

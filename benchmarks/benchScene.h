@@ -13,7 +13,9 @@ namespace bench {
 
 constexpr int windowWidth = 640, windowHeight = 480;
 
-bool startEngine();
+// Has the engine running with its programs asked for or not; starts it anew where it runs the other
+// way. Ends the program where it does not start.
+void startEngine(bool programs);
 void stopEngine();
 
 struct Scene {
@@ -31,7 +33,43 @@ Scene makeLitScene();
 // 4,096 entries: 8 lights, 512 transparent meshes, opaque ones with 16 textures.
 Scene makeSortScene();
 
+// 1,000 meshes before a wall, under one spot light that casts shadows and is bright enough to glow.
+Scene makeEffectScene();
+
 void destroy(Scene &scene);
+
+// A frame without the swap, waited for.
+void drawByEngine(const Scene &scene);
+
+// What a frame is drawn with, switched on in the engine by `use`; `programs` is per-pixel lighting,
+// which all the others stand on. Needs an engine with programs.
+struct Effects {
+    const char *name; // of the benchmark
+    const char *key;  // on a command line
+    bool programs, shadows, bloom, toneMapping, depthOfField;
+};
+constexpr Effects effects[] = {
+    {"plain", "plain", false, false, false, false, false},
+    {"per-pixel lighting", "perPixel", true, false, false, false, false},
+    {"shadows", "shadows", true, true, false, false, false},
+    {"bloom", "bloom", true, false, true, false, false},
+    {"tone mapping", "toneMapping", true, false, true, true, false},
+    {"depth of field", "depthOfField", true, false, false, false, true},
+    {"all", "all", true, true, true, true, true},
+};
+void use(const Effects &wanted);
+
+// Holds standard output back while it lives: tone mapping writes a line for each frame.
+class Silence {
+  public:
+    Silence();
+    ~Silence();
+    Silence(const Silence &) = delete;
+    Silence &operator=(const Silence &) = delete;
+
+  private:
+    int output;
+};
 
 // Writes a scene file of that many triangles in meshes of 10,000; its path.
 std::string writeTriangleScene(int triangles);
@@ -42,7 +80,7 @@ struct Shape {
     std::vector<unsigned short> indices;
 };
 constexpr int numberOfShapes = 16;
-Shape makeShape(int number);
+Shape makeShape(int number); // that of number 16 is the wall of the effects' scene
 std::vector<unsigned char> makeTexture(int number); // 64 by 64, R G B
 
 // Where mesh `number` of the tree scene stands in eye space, as OpenGL's column-major matrix.
@@ -52,6 +90,16 @@ struct Placement {
     float matrix[16];
 };
 std::vector<Placement> placements(const Scene &scene);
+
+// The spot light of the effects' scene, and how the frame is composed.
+struct Spot {
+    float position[3], direction[3]; // in the world, whose axes are the camera's
+    float diffuse[4], ambient[4];
+    float cutOff, nearPlane, farPlane;
+    float cameraDistance; // of the camera from the world's origin, along z
+};
+extern const Spot spot;
+constexpr float bloomIntensity = 0.5f, exposure = 1.0f, focus = 0.0585f, range = 100.0f;
 
 // The lights of the lit scene, straight to OpenGL's light `number` with an eye-space position.
 constexpr int numberOfLights = 8;

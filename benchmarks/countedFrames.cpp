@@ -2,7 +2,8 @@
 //
 //   valgrind --tool=callgrind --dump-instr=no countedFrames tree 10
 //
-// The difference between two runs with different numbers is what the frames cost.
+// The difference between two runs with different numbers is what the frames cost. The keys of
+// bench::effects stand for the effects' scene.
 
 #include "benchScene.h"
 
@@ -13,23 +14,46 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace {
+
+void drawFrame(const bench::Scene &scene) {
+    RAVOLT::clear(true, true, false);
+    RAVOLT::begin3D(scene.camera);
+    scene.root->pass(true);
+    RAVOLT::end3D(true);
+    RAVOLT::swap();
+}
+
+// Makes the scene of that name, with the engine as it needs it; without a root for an unknown name.
+bench::Scene make(const char *name) {
+    for (const bench::Effects &effects : bench::effects) {
+        if (std::strcmp(name, effects.key) != 0)
+            continue;
+        bench::startEngine(true);
+        bench::Scene scene = bench::makeEffectScene();
+        bench::use(effects);
+        return scene;
+    }
+    const bool tree = !std::strcmp(name, "tree");
+    if (!tree && std::strcmp(name, "lit") != 0)
+        return {};
+    bench::startEngine(false);
+    return tree ? bench::makeTreeScene() : bench::makeLitScene();
+}
+
+} // namespace
+
 int main(int argc, char **argv) {
-    const bool tree = argc == 3 && !std::strcmp(argv[1], "tree");
-    const bool lit = argc == 3 && !std::strcmp(argv[1], "lit");
-    if (!tree && !lit) {
-        std::fprintf(stderr, "usage: countedFrames tree|lit FRAMES\n");
+    bench::Scene scene = argc == 3 ? make(argv[1]) : bench::Scene();
+    if (!scene.root) {
+        std::fprintf(stderr, "usage: countedFrames SCENE FRAMES\n  SCENE: tree lit");
+        for (const bench::Effects &effects : bench::effects)
+            std::fprintf(stderr, " %s", effects.key);
+        std::fprintf(stderr, "\n");
         return 2;
     }
-    if (!bench::startEngine())
-        return 1;
-    bench::Scene scene = tree ? bench::makeTreeScene() : bench::makeLitScene();
-    for (int frame = std::atoi(argv[2]); frame > 0; --frame) {
-        RAVOLT::clear(true, true, false);
-        RAVOLT::begin3D(scene.camera);
-        scene.root->pass(true);
-        RAVOLT::end3D(true);
-        RAVOLT::swap();
-    }
+    for (int frame = std::atoi(argv[2]); frame > 0; --frame)
+        drawFrame(scene);
     bench::destroy(scene);
     bench::stopEngine();
     return 0;

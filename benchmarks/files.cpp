@@ -20,6 +20,7 @@ namespace {
 long sizeOf(const std::string &path) { return zlfGetFileSize(path.c_str()); }
 
 void sceneByEngine(benchmark::State &state) {
+    bench::startEngine(false);
     const std::string path = bench::writeTriangleScene(60000);
     for (auto _ : state) {
         benchmark::DoNotOptimize(RAVOLT::load(path.c_str()));

@@ -30,6 +30,7 @@ struct PlainNode {
 };
 
 void nodesByEngine(benchmark::State &state) {
+    bench::startEngine(false);
     for (auto _ : state) {
         for (int i = 0; i < numberOfNodes; ++i)
             benchmark::DoNotOptimize(new RVNODE());
@@ -65,6 +66,7 @@ BENCHMARK(nodesByHand)
 // The sort alone, of 4,096 entries freshly passed: 8 lights, 512 transparent meshes, the rest
 // opaque with 16 textures.
 void sortByEngine(benchmark::State &state) {
+    bench::startEngine(false);
     bench::Scene scene = bench::makeSortScene();
     for (auto _ : state) {
         state.PauseTiming();
