@@ -4,6 +4,7 @@
 // they cannot be done.
 
 #include "tools/convert/convert.h"
+#include "tools/effectOptions.h"
 #include "tools/stage/engine.h"
 #include "tools/stage/stage.h"
 
@@ -32,6 +33,7 @@ struct ShowOptions {
     bool twoSided = false; // of a model
     bool normals = false;
     bool boxes = false;
+    EffectOptions effects;
 };
 
 struct ShotOptions : ShowOptions {

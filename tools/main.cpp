@@ -5,6 +5,7 @@
 #include "tools/display.h"
 #include "tools/failure.h"
 #include "tools/quietStart.h"
+#include "tools/ranges.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -37,15 +38,6 @@ WindowSize sizeFrom(const std::string &text) {
     return size;
 }
 
-void requireWithin(const char *option, double value, double lowest, double highest) {
-    if (value >= lowest && value <= highest) // no NaN is
-        return;
-    char line[96];
-    std::snprintf(line, sizeof line, "%s %g: expected a number from %g to %g", option, value,
-                  lowest, highest);
-    throw WrongOptions(line);
-}
-
 void requireName(const char *what, const std::filesystem::path &name) {
     if (name.empty())
         throw WrongOptions(std::string(what) + ": the name is empty");
@@ -63,6 +55,7 @@ void check(const ShowOptions &options) {
     requireWithin("--yaw", options.yaw.value_or(0), -36000, 36000);
     requireWithin("--pitch", options.pitch.value_or(0), -89, 89);
     requireWithin("--zoom", options.zoom, 0.05, 50);
+    check(options.effects);
 }
 
 void checkPicture(const std::filesystem::path &output) {
@@ -127,11 +120,13 @@ void addShow(CLI::App &command, Options &options, ShowOptions &to) {
     command.add_option("--pitch", to.pitch, "Degrees above it, -89 to 89 (20)");
     command.add_option("--zoom", to.zoom, "1 shows the whole scene, 2 half of it; from 0.05 to 50")
         ->capture_default_str();
-    command.add_flag("--wireframe", to.wireframe, "Show lines only");
+    command.add_flag("--wireframe", to.wireframe,
+                     "Show lines only, without bloom and depth of field");
     command.add_flag("--two-sided", to.twoSided,
                      "Show a model's surfaces from behind too; no effect on a scene file");
     command.add_flag("--normals", to.normals, "Show normals, one unit long");
     command.add_flag("--boxes", to.boxes, "Show bounding boxes");
+    addEffects(command, to.effects);
     addTalk(command, options);
 }
 

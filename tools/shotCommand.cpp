@@ -5,6 +5,7 @@
 #include "tools/show.h"
 #include "tools/stage/picture.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
@@ -14,6 +15,8 @@ namespace ravolt::tool {
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr int largestWhole = 4096; // which takes a gigabyte of the card
 
 fs::path frameFile(const fs::path &output, int frame, int frames) {
     if (frames == 1)
@@ -25,7 +28,15 @@ fs::path frameFile(const fs::path &output, int frame, int frames) {
 
 } // namespace
 
-void arrange(Stage &stage, const ShowOptions &options) {
+Drawing drawingFor(const ShowOptions &options, bool programs) {
+    Drawing drawing;
+    drawing.programs = programs || effectsFrom(options.effects).needPrograms();
+    drawing.shadowMap = options.effects.shadowMap.value_or(usualShadowMap);
+    drawing.picture = options.size;
+    return drawing;
+}
+
+void arrange(Stage &stage, const ShowOptions &options, const Talk &talk) {
     if (options.rig < 0 || options.rig >= stage.numberOfRigs())
         throw WrongOptions("no light rig " + std::to_string(options.rig) + ": there are 0 to " +
                            std::to_string(stage.numberOfRigs() - 1));
@@ -38,6 +49,11 @@ void arrange(Stage &stage, const ShowOptions &options) {
     stage.setWireframe(options.wireframe);
     stage.setNormals(options.normals);
     stage.setBoxes(options.boxes);
+    Effects effects = effectsFrom(options.effects);
+    const std::string lacking = effects.leaveOutImpossible();
+    if (!lacking.empty())
+        warn("this display cannot do " + lacking + ": drawn without", talk);
+    stage.setEffects(effects);
 }
 
 void warn(const std::string &line, const Talk &talk) {
@@ -65,10 +81,18 @@ void runShot(const ShotOptions &options, const Talk &talk) {
 
     const SceneToShow scene(options, talk);
     const LogAtEnd logged(talk);
-    Engine engine(windowFor(options.size), "ravolt", false, QuietStart::log());
+    Drawing drawing = drawingFor(options, false);
+    drawing.keepPicture = effectsFrom(options.effects).needWholePicture() && !options.wireframe;
+    if (drawing.keepPicture && std::max(options.size.width, options.size.height) > largestWhole)
+        throw WrongOptions("--size " + std::to_string(options.size.width) + "x" +
+                           std::to_string(options.size.height) +
+                           ": with bloom, tone mapping or depth of field at most " +
+                           std::to_string(largestWhole) + " pixels in each direction");
+    Engine engine(windowFor(options.size), "ravolt", false, QuietStart::log(), drawing);
     Stage stage(engine.load(scene.file()));
-    arrange(stage, options);
+    arrange(stage, options, talk);
     warnOfMissingTextures(talk);
+    settle(stage);
     const double start = stage.getYaw();
     bool something = false;
     {

@@ -4,12 +4,17 @@
 // for those who ask for it.
 
 #include "tools/commands.h"
+#include "tools/stage/engine.h"
 #include "tools/stage/stage.h"
 
 namespace ravolt::tool {
 
-// Throws WrongOptions for a rig that the scene does not have.
-void arrange(Stage &stage, const ShowOptions &options);
+// How the engine has to be started for the effects; `programs` also when none of them is on yet.
+Drawing drawingFor(const ShowOptions &options, bool programs);
+
+// Throws WrongOptions for a rig that the scene does not have. Warns of effects that the display
+// cannot do.
+void arrange(Stage &stage, const ShowOptions &options, const Talk &talk);
 
 // Says one line on standard error.
 void warn(const std::string &line, const Talk &talk);

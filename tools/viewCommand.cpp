@@ -1,4 +1,5 @@
-// The viewer draws when something has changed, and sleeps otherwise.
+// The viewer draws when something has changed, and sleeps otherwise; with tone mapping, which gets
+// used to the light over time, it draws all the time.
 
 #include "tools/commands.h"
 #include "tools/quietStart.h"
@@ -11,6 +12,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <functional>
 #include <ravolt/RAVOLT.h>
 
 namespace ravolt::tool {
@@ -26,19 +28,19 @@ constexpr double spinDegreesPerSecond = 40;
 
 class Viewer {
   public:
-    Viewer(Stage &shown, const ViewOptions &wanted, fs::path stem)
-        : stage(shown), options(wanted), pictureStem(std::move(stem)), firstYaw(shown.getYaw()),
-          firstPitch(shown.getPitch()), wireframe(wanted.wireframe), normals(wanted.normals),
-          boxes(wanted.boxes), spinning(wanted.spin) {}
+    Viewer(Stage &shown, const ViewOptions &wanted, std::string itsTitle, fs::path stem)
+        : stage(shown), options(wanted), title(std::move(itsTitle)), pictureStem(std::move(stem)),
+          firstYaw(shown.getYaw()), firstPitch(shown.getPitch()), wireframe(wanted.wireframe),
+          normals(wanted.normals), boxes(wanted.boxes), spinning(wanted.spin) {}
 
     void run();
 
     // What a key does.
     struct Key {
         SDLKey key;
-        const char *name;
-        const char *what;
-        void (Viewer::*action)();
+        std::string name;
+        std::string what;
+        std::function<void(Viewer &)> action;
     };
     static const std::vector<Key> &keys();
 
@@ -57,7 +59,17 @@ class Viewer {
     void nearer() { stage.setZoom(stage.getZoom() * zoomPerStep); }
     void farther() { stage.setZoom(stage.getZoom() / zoomPerStep); }
     void leave() { open = false; }
+    void help() { say(viewKeys()); }
+    void toggle(Effect effect);
+    void nextNumber();
+    void changeNumber(double value);
+    void more();
+    void less();
+    void usual();
 
+    void say(const std::string &line);
+    void showState();
+    void drawFrame();
     void take(const SDL_Event &event);
     void press(const SDL_Event &event);
     void button(const SDL_Event &event);
@@ -65,39 +77,111 @@ class Viewer {
 
     Stage &stage;
     const ViewOptions &options;
+    std::string title;
     fs::path pictureStem;
     double firstYaw, firstPitch;
     bool wireframe, normals, boxes, spinning;
+    Number number = Number::brightness; // that the keys change
     bool open = true, dragging = false, changed = true, pictureWanted = false;
+    bool drawn = false; // in the last turn of the loop
     int pictures = 0;
 };
 
 const std::vector<Viewer::Key> &Viewer::keys() {
-    static const std::vector<Key> all = {
-        {SDLK_w, "w", "wireframe", &Viewer::toggleWireframe},
-        {SDLK_n, "n", "normals", &Viewer::toggleNormals},
-        {SDLK_b, "b", "bounding boxes", &Viewer::toggleBoxes},
-        {SDLK_l, "l", "next light rig", &Viewer::nextRig},
-        {SDLK_p, "p", "screenshot, NAME_001.png in the working folder", &Viewer::picture},
-        {SDLK_SPACE, "Space", "turn by itself", &Viewer::spin},
-        {SDLK_r, "r", "the first view again", &Viewer::reset},
-        {SDLK_LEFT, "Left", "go round the scene", &Viewer::left},
-        {SDLK_RIGHT, "Right", "go round the scene", &Viewer::right},
-        {SDLK_UP, "Up", "go above it", &Viewer::up},
-        {SDLK_DOWN, "Down", "go below it", &Viewer::down},
-        {SDLK_PLUS, "+", "nearer", &Viewer::nearer},
-        {SDLK_MINUS, "-", "farther", &Viewer::farther},
-        {SDLK_q, "q", "leave", &Viewer::leave},
-        {SDLK_ESCAPE, "Escape", "leave", &Viewer::leave},
-    };
+    static const std::vector<Key> all = [] {
+        std::vector<Key> list = {
+            {SDLK_w, "w", "wireframe", &Viewer::toggleWireframe},
+            {SDLK_n, "n", "normals", &Viewer::toggleNormals},
+            {SDLK_b, "b", "bounding boxes", &Viewer::toggleBoxes},
+            {SDLK_l, "l", "next light rig", &Viewer::nextRig},
+        };
+        for (const EffectRow &row : effectTable()) {
+            const int digit = 1 + static_cast<int>(row.effect);
+            list.push_back({static_cast<SDLKey>(SDLK_0 + digit), std::to_string(digit), row.name,
+                            [&row](Viewer &viewer) { viewer.toggle(row.effect); }});
+        }
+        const std::vector<Key> rest = {
+            {SDLK_TAB, "Tab", "next number of the effects that are on", &Viewer::nextNumber},
+            {SDLK_PAGEUP, "PgUp", "more of it", &Viewer::more},
+            {SDLK_PAGEDOWN, "PgDown", "less of it", &Viewer::less},
+            {SDLK_HOME, "Home", "as much of it as usual", &Viewer::usual},
+            {SDLK_p, "p", "screenshot, NAME_001.png in the working folder", &Viewer::picture},
+            {SDLK_SPACE, "Space", "turn by itself", &Viewer::spin},
+            {SDLK_r, "r", "the first view again", &Viewer::reset},
+            {SDLK_LEFT, "Left", "go round the scene", &Viewer::left},
+            {SDLK_RIGHT, "Right", "go round the scene", &Viewer::right},
+            {SDLK_UP, "Up", "go above it", &Viewer::up},
+            {SDLK_DOWN, "Down", "go below it", &Viewer::down},
+            {SDLK_PLUS, "+", "nearer", &Viewer::nearer},
+            {SDLK_MINUS, "-", "farther", &Viewer::farther},
+            {SDLK_h, "h", "show these keys", &Viewer::help},
+            {SDLK_q, "q", "leave", &Viewer::leave},
+            {SDLK_ESCAPE, "Escape", "leave", &Viewer::leave},
+        };
+        list.insert(list.end(), rest.begin(), rest.end());
+        return list;
+    }();
     return all;
 }
 
-void Viewer::nextRig() {
-    stage.setRig((stage.getRig() + 1) % stage.numberOfRigs());
-    std::printf("lights: %s\n", Stage::rigName(stage.getRig()).c_str());
+void Viewer::say(const std::string &line) {
+    std::printf("%s\n", line.c_str());
     std::fflush(stdout);
 }
+
+// What is on, in the window's title.
+void Viewer::showState() {
+    const std::string state = title + " - " + stage.getEffects().names();
+    SDL_WM_SetCaption(state.c_str(), nullptr);
+}
+
+void Viewer::nextRig() {
+    if (stage.getEffects().isOn(Effect::spot)) {
+        say("lights: the spot light stands in for the rigs");
+        return;
+    }
+    stage.setRig((stage.getRig() + 1) % stage.numberOfRigs());
+    say("lights: " + Stage::rigName(stage.getRig()));
+}
+
+void Viewer::toggle(Effect effect) {
+    Effects effects = stage.getEffects();
+    if (!canBeDone(effect)) {
+        say(rowOf(effect).name + std::string(": this display cannot do it"));
+        return;
+    }
+    effects.isOn(effect) ? effects.switchOff(effect) : effects.switchOn(effect);
+    stage.setEffects(effects);
+    say("effects: " + effects.names());
+    showState();
+}
+
+void Viewer::nextNumber() {
+    const auto isShown = [this](const NumberRow &row) {
+        return !row.of || stage.getEffects().isOn(*row.of);
+    };
+    auto place = static_cast<std::size_t>(number);
+    do
+        place = (place + 1) % numberOfNumbers;
+    while (!isShown(numberTable()[place])); // the first is always shown
+    number = numberTable()[place].number;
+    changeNumber(stage.getEffects().get(number));
+}
+
+void Viewer::changeNumber(double value) {
+    Effects effects = stage.getEffects();
+    effects.set(number, value);
+    stage.setEffects(effects);
+    char text[32];
+    std::snprintf(text, sizeof text, " %g", std::round(effects.get(number) * 1000) / 1000);
+    say(rowOf(number).option + std::string(text));
+}
+
+void Viewer::more() { changeNumber(stage.getEffects().get(number) + rowOf(number).step); }
+
+void Viewer::less() { changeNumber(stage.getEffects().get(number) - rowOf(number).step); }
+
+void Viewer::usual() { changeNumber(rowOf(number).start); }
 
 void Viewer::reset() {
     stage.setYaw(firstYaw);
@@ -114,7 +198,7 @@ void Viewer::press(const SDL_Event &event) {
         pressed = SDLK_MINUS;
     for (const Key &key : keys())
         if (key.key == pressed)
-            (this->*key.action)();
+            key.action(*this);
 }
 
 void Viewer::button(const SDL_Event &event) {
@@ -161,19 +245,28 @@ void Viewer::savePicture() {
     fs::path file;
     std::error_code error;
     do {
-        char number[24];
-        std::snprintf(number, sizeof number, "_%03d.png", ++pictures);
-        file = pictureStem.string() + number;
+        char ending[24];
+        std::snprintf(ending, sizeof ending, "_%03d.png", ++pictures);
+        file = pictureStem.string() + ending;
     } while (fs::exists(file, error));
     writePng(takePicture(), file);
-    std::printf("picture: %s\n", file.c_str());
-    std::fflush(stdout);
+    say("picture: " + file.string());
+}
+
+void Viewer::drawFrame() {
+    if (!drawn)
+        drawAfterPause(stage);
+    stage.draw();
+    if (pictureWanted)
+        savePicture();
+    RAVOLT::swap();
 }
 
 void Viewer::run() {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point start = Clock::now();
     Clock::time_point last = start;
+    showState();
     SDL_EnableKeyRepeat(SDL_DEFAULT_REPEAT_DELAY, SDL_DEFAULT_REPEAT_INTERVAL);
     while (open) {
         SDL_Event event;
@@ -184,15 +277,14 @@ void Viewer::run() {
             stage.setYaw(stage.getYaw() +
                          spinDegreesPerSecond * std::chrono::duration<double>(now - last).count());
         last = now;
-        if (changed || spinning) {
+        const bool due = changed || spinning || stage.getEffects().isOn(Effect::toneMapping);
+        if (due) {
             changed = false;
-            stage.draw();
-            if (pictureWanted)
-                savePicture();
-            RAVOLT::swap();
+            drawFrame();
         } else {
             SDL_Delay(10);
         }
+        drawn = due;
         if (options.seconds > 0 &&
             std::chrono::duration<double>(now - start).count() >= options.seconds)
             leave();
@@ -217,12 +309,12 @@ void runView(const ViewOptions &options, const Talk &talk) {
     const fs::path pictures = fs::absolute(options.input.stem());
     const SceneToShow scene(options, talk);
     const LogAtEnd logged(talk);
-    Engine engine(options.size, "ravolt - " + options.input.filename().string(), true,
-                  QuietStart::log());
+    const std::string title = "ravolt - " + options.input.filename().string();
+    Engine engine(options.size, title, true, QuietStart::log(), drawingFor(options, true));
     Stage stage(engine.load(scene.file()));
-    arrange(stage, options);
+    arrange(stage, options, talk);
     warnOfMissingTextures(talk);
-    Viewer(stage, options, pictures).run();
+    Viewer(stage, options, title, pictures).run();
 }
 
 } // namespace ravolt::tool

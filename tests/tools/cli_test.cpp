@@ -78,13 +78,62 @@ TEST(CommandLine, ShowsTheHelpOfEachCommandWithTheViewersKeys) {
         EXPECT_NE(keys.find(word), std::string::npos) << word;
 }
 
+TEST(CommandLine, HasTheSameEffectsInEachCommandThatDraws) {
+    const std::string shot = run("shot --help").out, view = run("view --help").out;
+    for (const char *option :
+         {"--per-pixel ", "--spot ", "--spot-yaw ", "--spot-pitch ", "--spot-distance ",
+          "--spot-angle ", "--spot-fade ", "--shadows ", "--shadow-map ", "--floor ", "--bloom ",
+          "--bloom-intensity ", "--tone-mapping ", "--exposure ", "--depth-of-field ", "--focus ",
+          "--focus-depth ", "--brightness "}) {
+        EXPECT_NE(shot.find(option), std::string::npos) << option;
+        EXPECT_NE(view.find(option), std::string::npos) << option;
+    }
+    for (const char *key :
+         {"  1       per-pixel lighting\n", "  2       spot light\n", "  3       shadows\n",
+          "  4       floor\n", "  5       bloom\n", "  6       tone mapping\n",
+          "  7       depth of field\n", "  Tab     ", "  PgUp    ", "  PgDown  ", "  h       "})
+        EXPECT_NE(view.find(key), std::string::npos) << key;
+}
+
+TEST(CommandLine, ShootsEffects) {
+    writeSquare();
+    EXPECT_EQ(run("shot m.obj -o plain.png --size 64x48").code, 0);
+    for (const char *option :
+         {"--per-pixel --spot-angle 10", "--spot", "--spot-angle 20", "--shadows --floor",
+          "--shadow-map 64", "--floor", "--bloom --brightness 4", "--exposure 2",
+          "--focus 3 --focus-depth 0.1"}) {
+        const Outcome result = run("shot m.obj -o m.png --size 64x48 " + std::string(option));
+        EXPECT_EQ(result.code, 0) << option;
+        EXPECT_EQ(result.out + result.err, "") << option;
+        EXPECT_FALSE(contentsOf("m.png") == contentsOf("plain.png")) << option;
+    }
+}
+
+TEST(CommandLine, SaysInOneLineWhatTheDisplayCannotDo) {
+    writeSquare();
+    const std::string bloom = "shot m.obj -o m.png --size 64x48 --bloom --floor";
+    for (const auto &[hidden, arguments, lacking] : std::vector<std::array<std::string, 3>>{
+             {"GL_ARB_texture_float", bloom, "bloom"},
+             {"GL_ARB_shadow", "shot m.obj -o m.png --size 64x48 --shadows", "shadows"},
+             {"GL_ARB_fragment_shader", bloom, "per-pixel lighting, bloom"},
+             {"GL_ARB_texture_float", "view m.obj --seconds 0.2 --depth-of-field",
+              "depth of field"}}) {
+        const Outcome result = run(arguments, "MESA_EXTENSION_OVERRIDE=-" + hidden);
+        EXPECT_EQ(result.code, 0) << arguments;
+        EXPECT_EQ(result.err,
+                  "ravolt: warning: this display cannot do " + lacking + ": drawn without\n");
+    }
+    EXPECT_TRUE(isPng("m.png"));
+}
+
 TEST(CommandLine, RefusesWrongOptions) {
     for (const char *arguments :
          {"nonsense", "convert", "convert a.obj", "convert a.obj -o b.rve --nonsense",
           "convert a.obj -o b.rve --max-texture 5000", "convert a.obj -o b.rve --scale much",
           "shot a.obj", "shot a.obj -o b.png --frames 0", "convert a -o b -q -v",
           "shot m.obj -o x.png --yaw inf", "shot m.obj -o x.png --pitch 90",
-          "view m.obj --seconds nan", "view m.obj --size 1x"}) {
+          "view m.obj --seconds nan", "view m.obj --size 1x", "view m.obj --exposure much",
+          "shot m.obj -o x.png --bloom=2", "shot m.obj -o x.png --shadow-map 100000000000"}) {
         const Outcome result = run(arguments);
         EXPECT_EQ(result.code, 2) << arguments;
         EXPECT_FALSE(result.err.empty()) << arguments;
@@ -126,6 +175,15 @@ TEST(CommandLine, NamesWhatIsWrongWithAnOption) {
              {"shot m.obj -o x.png --yaw nan", "ravolt: --yaw nan: expected "},
              {"shot m.obj -o x.png --zoom inf", "ravolt: --zoom inf: expected "},
              {"shot m.obj -o x.png --zoom 0", "ravolt: --zoom 0: expected "},
+             {"shot m.obj -o x.png --bloom-intensity 9",
+              "ravolt: --bloom-intensity 9: expected a number from 0 to 8\n"},
+             {"shot m.obj -o x.png --focus nan", "ravolt: --focus nan: expected "},
+             {"shot m.obj -o x.png --shadow-map 32",
+              "ravolt: --shadow-map 32: expected a number from 64 to 4096\n"},
+             {"shot m.obj -o x.png --bloom --size 4097x16",
+              "ravolt: --size 4097x16: with bloom, tone mapping or depth of field at most 4096 "
+              "pixels in each direction\n"},
+             {"view m.obj --spot-pitch 90", "ravolt: --spot-pitch 90: expected "},
              {"convert m.obj -o x.rve --scale nan", "ravolt: --scale nan: expected "},
              {"convert m.obj -o x.rve --scale 0", "ravolt: --scale 0: expected "},
              {"convert '' -o x.rve", "ravolt: MODEL: the name is empty\n"},
@@ -269,6 +327,15 @@ TEST(CommandLine, NoticesAFullDisk) {
     EXPECT_TRUE(fs::is_symlink("full.png"));
 }
 
+TEST(CommandLine, ShootsEffectsInPicturesLargerThanTheScreen) {
+    writeSquare();
+    const Outcome result = run("shot m.obj -o large.png --size 1920x1080 --bloom --focus 0.5");
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.out + result.err, "");
+    EXPECT_EQ(contentsOf("large.png").substr(12, 12),
+              std::string("IHDR\0\0\x07\x80\0\0\x04\x38", 12));
+}
+
 // Off screen the screen is 1024 pixels wide.
 TEST(CommandLine, ShootsPicturesLargerThanTheScreen) {
     writeSquare();
@@ -327,7 +394,8 @@ TEST(CommandLine, SaysWhatToDoWithoutADisplay) {
 
 TEST(CommandLine, ViewsForAWhile) {
     writeSquare();
-    for (const char *options : {"", " --spin --normals --boxes", " --wireframe --rig 2"}) {
+    for (const char *options : {"", " --spin --normals --boxes", " --wireframe --rig 2",
+                                " --shadows --floor --tone-mapping --depth-of-field"}) {
         const Outcome result =
             run("view m.obj --seconds 0.4 --size 160x120" + std::string(options));
         EXPECT_EQ(result.code, 0) << result.err;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <fstream>
 #include <ravolt/RAVOLT.h>
+#include <ravolt/RVFBO.h>
+#include <ravolt/RVOPENGL.h>
 #include <ravolt/RVSETTINGS.h>
 
 namespace ravolt::tool {
@@ -23,7 +25,15 @@ std::string plainComplaint(const std::string &line) {
     return text;
 }
 
+bool keepsPicture() { return RVSETTINGS::getSDLForceFBO() && RVOPENGL::useFBO(); }
+
 } // namespace
+
+WindowSize canvasSize() {
+    if (!keepsPicture())
+        return {RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY()};
+    return {RVSETTINGS::getSDLFBOSizeX(), RVSETTINGS::getSDLFBOSizeY()};
+}
 
 std::string Engine::complaint() const {
     std::ifstream log(logFile);
@@ -50,7 +60,8 @@ std::vector<std::string> Engine::missingFiles(const fs::path &log) {
     return files;
 }
 
-Engine::Engine(WindowSize size, const std::string &title, bool resizable, const fs::path &log)
+Engine::Engine(WindowSize size, const std::string &title, bool resizable, const fs::path &log,
+               const Drawing &drawing)
     : logFile(fs::absolute(log)) {
     RVSETTINGS settings;
     settings.setTitle(title.c_str());
@@ -59,8 +70,17 @@ Engine::Engine(WindowSize size, const std::string &title, bool resizable, const 
     settings.setResizable(resizable);
     settings.setColorDepth(24);
     settings.setZetaDepth(24);
+    settings.setShaders(drawing.programs);
+    settings.setShadowMapSize(drawing.shadowMap);
+    settings.setFBOSizeX(drawing.picture.width);
+    settings.setFBOSizeY(drawing.picture.height);
+    settings.setForceFBO(drawing.keepPicture);
     if (!RAVOLT::init(&settings))
         throw Failure("cannot open a window: " + complaint());
+    if (drawing.keepPicture && keepsPicture() && !RVOPENGL::getFbo(0)->isOk()) {
+        RAVOLT::free();
+        throw Failure("the display cannot draw effects into a picture of that size");
+    }
 }
 
 Engine::~Engine() { RAVOLT::free(); }

@@ -16,12 +16,20 @@ struct WindowSize {
     int height = 640;
 };
 
+// How the engine is to draw.
+struct Drawing {
+    bool programs = false;    // GLSL: without them there are no effects
+    int shadowMap = 1024;     // its side in pixels
+    WindowSize picture;       // drawn with effects that work on the picture as a whole
+    bool keepPicture = false; // in its target, where it is larger than every window may be
+};
+
 class Engine {
   public:
     // Opens the window; throws Failure with the engine's reason. `log` is the file that the engine
     // writes its log to.
     Engine(WindowSize size, const std::string &title, bool resizable,
-           const std::filesystem::path &log);
+           const std::filesystem::path &log, const Drawing &drawing = {});
     ~Engine();
     Engine(const Engine &) = delete;
     Engine &operator=(const Engine &) = delete;
@@ -38,6 +46,9 @@ class Engine {
 
     std::filesystem::path logFile;
 };
+
+// Of what is drawn into: the window, or the target that keeps the picture. Needs the live engine.
+WindowSize canvasSize();
 
 // Whether a file is a scene file rather than a model. Throws Failure when it cannot be read.
 bool isScene(const std::filesystem::path &file);

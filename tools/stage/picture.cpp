@@ -4,10 +4,11 @@
 #include "tools/stage/stage.h"
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <ravolt/RAVOLT.h>
 #include <ravolt/RVOPENGL.h>
-#include <ravolt/RVSETTINGS.h>
+#include <thread>
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
@@ -55,7 +56,7 @@ WindowSize windowFor(WindowSize picture) {
 }
 
 Picture shoot(Stage &stage, WindowSize size) {
-    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+    const auto [width, height] = canvasSize();
     Picture whole;
     whole.width = size.width;
     whole.height = size.height;
@@ -74,6 +75,38 @@ Picture shoot(Stage &stage, WindowSize size) {
     return whole;
 }
 
+namespace {
+
+void drawUnkept(Stage &stage) {
+    stage.draw();
+    RAVOLT::swap();
+}
+
+} // namespace
+
+void drawAfterPause(Stage &stage) {
+    const Effects effects = stage.getEffects();
+    if (!effects.needWholePicture())
+        return;
+    Effects without = effects;
+    without.switchOff(Effect::toneMapping);
+    stage.setEffects(without);
+    drawUnkept(stage);
+    stage.setEffects(effects);
+}
+
+void settle(Stage &stage) {
+    using Clock = std::chrono::steady_clock;
+    drawAfterPause(stage);
+    if (!stage.getEffects().isOn(Effect::toneMapping))
+        return;
+    // A frame that takes a second closes the whole gap.
+    const Clock::time_point first = Clock::now();
+    drawUnkept(stage);
+    std::this_thread::sleep_until(first + std::chrono::seconds(1));
+    drawUnkept(stage);
+}
+
 bool showsSomething(const Picture &picture) {
     for (std::size_t i = 0; i < picture.pixels.size(); i += 3)
         if (!Stage::isBackground(picture.pixels[i], picture.pixels[i + 1], picture.pixels[i + 2]))
@@ -83,8 +116,8 @@ bool showsSomething(const Picture &picture) {
 
 Picture takePicture() {
     Picture picture;
-    picture.width = RVSETTINGS::getSDLWindowX();
-    picture.height = RVSETTINGS::getSDLWindowY();
+    picture.width = canvasSize().width;
+    picture.height = canvasSize().height;
     const std::size_t row = std::size_t(3) * static_cast<std::size_t>(picture.width);
     std::vector<unsigned char> upward(row * static_cast<std::size_t>(picture.height));
     glPixelStorei(GL_PACK_ALIGNMENT, 1);

@@ -26,8 +26,18 @@ Picture takePicture();
 // every screen is sure to be.
 WindowSize windowFor(WindowSize picture);
 
-// The stage as a picture of any size, drawn into a window of any size.
+// The stage as a picture of any size, drawn into a window of any size; with effects that work on
+// the picture as a whole the engine must keep the picture.
 Picture shoot(Stage &stage, WindowSize size);
+
+// After a pause the engine would take the first frame for one that lasted all that time, and depth
+// of field has no lights to go by in the very first one. So this draws one that is not kept, where
+// the effects ask for it.
+void drawAfterPause(Stage &stage);
+
+// Draws frames that are not kept until effects which look at earlier frames have settled: tone
+// mapping takes a second to get used to the light.
+void settle(Stage &stage);
 
 // Whether something is to be seen in it.
 bool showsSomething(const Picture &picture);

@@ -1,28 +1,21 @@
 #pragma once
 
 // A scene on a stage: framed by a camera that goes round it, lit by one of several rigs of lights,
-// drawn frame by frame. For scenes of any size: planes and distances follow from the scene's own.
+// drawn frame by frame with the effects that are on. For scenes of any size: planes and distances
+// follow from the scene's own.
 
-#include "tools/convert/algebra.h"
+#include "tools/stage/effects.h"
+#include "tools/stage/lights.h"
+#include "tools/stage/sphere.h"
 
 #include <string>
 #include <vector>
 
 class RVCAMERA;
 class RVHELPER;
-class RVLIGHT;
 class RVNODE;
 
 namespace ravolt::tool {
-
-struct Sphere {
-    Vector center;
-    double radius = 0;
-};
-
-// Around all vertices of the visible meshes under `root`, in the world. Needs the live engine.
-// The radius is 0 when there are none.
-Sphere sphereAround(RVNODE *root);
 
 // What the window shows of a larger picture, in pixels from its lower left corner. As it is made:
 // the window shows all of the picture.
@@ -48,12 +41,16 @@ class Stage {
     double getZoom() const { return zoom; }
 
     // Rigs of lights, from 0. The last is the scene's own lights, where it has some.
-    int numberOfRigs() const;
-    void setRig(int index);
-    int getRig() const { return rig; }
-    static std::string rigName(int index);
+    int numberOfRigs() const { return lights.numberOfRigs(); }
+    void setRig(int index) { lights.setRig(index); }
+    int getRig() const { return lights.getRig(); }
+    static std::string rigName(int index) { return Lights::rigName(index); }
 
-    void setWireframe(bool on);
+    // What the display cannot do is left out by the engine without a word.
+    void setEffects(const Effects &wanted);
+    const Effects &getEffects() const { return effects; }
+
+    void setWireframe(bool on); // without bloom and depth of field
     void setNormals(bool on);
     void setBoxes(bool on); // a bounding box around each mesh
 
@@ -72,25 +69,22 @@ class Stage {
     const Sphere &sphere() const { return around; }
 
   private:
-    struct View; // eye and axes of one frame
-
     View viewNow() const;
     void aimCamera(const View &view);
-    void aimLights(const View &view);
     void project(double distance);
+    void focus(double distance);
+    void wishForEffects(double distance);
     void lookFromTheFront();
-    std::size_t rigLightsNeeded() const;
 
     RVNODE *scene;
     Sphere around;
     RVCAMERA *camera;
-    std::vector<RVLIGHT *> rigLights;   // always as many as an object can have
-    std::vector<RVNODE *> sceneLights;  // of the scene itself
-    std::vector<RVNODE *> lightParents; // where they belong
+    Lights lights;
+    RVNODE *floor = nullptr; // made when it is first wanted
+    Effects effects;
     std::vector<RVHELPER *> boxes;
     double yaw = 30, pitch = 20, zoom = 1;
     PicturePart part;
-    int rig = 0;
 };
 
 } // namespace ravolt::tool

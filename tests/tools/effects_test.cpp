@@ -1,0 +1,315 @@
+// What each effect makes of a picture of the stage.
+
+#include "tools/stage/effects.h"
+
+#include "tests/tools/support.h"
+#include "tools/stage/engine.h"
+#include "tools/stage/picture.h"
+#include "tools/stage/stage.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <ravolt.h>
+
+namespace {
+
+using namespace tool_test;
+
+constexpr WindowSize size = {240, 160};
+
+Effects with(const std::vector<Effect> &wanted) {
+    Effects effects;
+    for (const Effect effect : wanted)
+        effects.switchOn(effect);
+    return effects;
+}
+
+TEST(EffectTables, HaveEachRowAtItsPlace) {
+    for (std::size_t i = 0; i < numberOfEffects; ++i)
+        EXPECT_EQ(static_cast<std::size_t>(effectTable()[i].effect), i);
+    for (std::size_t i = 0; i < numberOfNumbers; ++i) {
+        const NumberRow &row = numberTable()[i];
+        EXPECT_EQ(static_cast<std::size_t>(row.number), i);
+        EXPECT_LE(row.lowest, row.start) << row.option;
+        EXPECT_LE(row.start, row.highest) << row.option;
+        EXPECT_GT(row.step, 0) << row.option;
+    }
+}
+
+TEST(EffectsSwitches, BringWhatIsNeededAndTakeWhatNeedsIt) {
+    Effects effects;
+    EXPECT_EQ(effects.names(), "no effects");
+    EXPECT_FALSE(effects.needPrograms());
+    effects.switchOn(Effect::toneMapping);
+    EXPECT_EQ(effects.names(), "per-pixel lighting, bloom, tone mapping");
+    EXPECT_TRUE(effects.needPrograms());
+    EXPECT_TRUE(effects.needWholePicture());
+    effects.switchOn(Effect::shadows);
+    EXPECT_TRUE(effects.isOn(Effect::spot));
+    effects.switchOff(Effect::perPixel);
+    EXPECT_EQ(effects.names(), "spot light");
+    EXPECT_FALSE(effects.needWholePicture());
+}
+
+TEST(EffectsNumbers, KeepWithinTheirRange) {
+    Effects effects;
+    EXPECT_EQ(effects.get(Number::brightness), 1);
+    effects.set(Number::spotPitch, 90);
+    EXPECT_EQ(effects.get(Number::spotPitch), 85);
+    effects.set(Number::focusDepth, 0);
+    EXPECT_EQ(effects.get(Number::focusDepth), 0.01);
+}
+
+// A box of side 2 that stands on the ground, with seven thin poles behind each other to its left.
+std::string boxObj() {
+    std::string text = "mtllib m.mtl\nusemtl a\n";
+    int first = 1;
+    const auto box = [&](double left, double near, double width, double height) {
+        for (int corner = 0; corner < 8; ++corner)
+            text += "v " + std::to_string(left + (corner & 1 ? width : 0)) + " " +
+                    std::to_string(corner & 2 ? height : 0) + " " +
+                    std::to_string(near - (corner & 4 ? width : 0)) + "\n";
+        for (const auto &face :
+             {std::array{0, 1, 3, 2}, std::array{5, 4, 6, 7}, std::array{1, 5, 7, 3},
+              std::array{4, 0, 2, 6}, std::array{2, 3, 7, 6}, std::array{4, 5, 1, 0}}) {
+            text += "f";
+            for (const int corner : face)
+                text += " " + std::to_string(first + corner);
+            text += "\n";
+        }
+        first += 8;
+    };
+    box(-1, 1, 2, 2);
+    for (int pole = 0; pole < 7; ++pole)
+        box(-3, 3 - pole, 0.1, 1.5);
+    return text;
+}
+
+double brightnessAt(const Picture &picture, double x, double y) {
+    const auto column = static_cast<std::size_t>(x * picture.width);
+    const auto row = static_cast<std::size_t>(y * picture.height);
+    const unsigned char *p =
+        &picture.pixels[3 * (row * static_cast<std::size_t>(picture.width) + column)];
+    return (p[0] + p[1] + p[2]) / 3.0;
+}
+
+double mean(const Picture &picture) {
+    double sum = 0;
+    for (const unsigned char value : picture.pixels)
+        sum += value;
+    return sum / static_cast<double>(picture.pixels.size());
+}
+
+// The mean step from a pixel to its right neighbour: high where a picture is sharp.
+double sharpness(const Picture &picture) {
+    double sum = 0;
+    for (std::size_t i = 3; i < picture.pixels.size(); ++i)
+        sum += std::abs(picture.pixels[i] - picture.pixels[i - 3]);
+    return sum / static_cast<double>(picture.pixels.size());
+}
+
+int largestDifference(const Picture &a, const Picture &b) {
+    int largest = 0;
+    for (std::size_t i = 0; i < std::min(a.pixels.size(), b.pixels.size()); ++i)
+        largest = std::max(largest, std::abs(a.pixels[i] - b.pixels[i]));
+    return a.pixels.size() == b.pixels.size() ? largest : 256;
+}
+
+class EffectsOnStage : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        makeScene(boxObj());
+        drawing.programs = true;
+        drawing.picture = size;
+    }
+
+    static void makeScene(const std::string &model) {
+        writeFile("m.mtl", "newmtl a\nKa 1 1 1\nKd 0.9 0.9 0.9\n");
+        writeFile("m.obj", model);
+        ConvertOptions options;
+        options.model = "m.obj";
+        options.scene = "scene.rve";
+        Report report;
+        Progress silent(false);
+        convertModel(options, report, silent);
+    }
+
+    Picture shoot(const Effects &effects, double pitch = 40) {
+        Engine engine(size, "test", false, "ravolt_log.txt", drawing);
+        Stage stage(engine.load("scene.rve"));
+        stage.setYaw(0);
+        stage.setPitch(pitch);
+        stage.setEffects(effects);
+        settle(stage);
+        const Picture picture = ravolt::tool::shoot(stage, size);
+        EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+        return picture;
+    }
+
+    Drawing drawing;
+};
+
+TEST_F(EffectsOnStage, TheSpotsShadowFallsToTheOtherSide) {
+    for (const double yaw : {90.0, -90.0}) {
+        Effects effects = with({Effect::shadows, Effect::floor});
+        effects.set(Number::spotYaw, yaw);
+        const Picture shadowed = shoot(effects);
+        effects.switchOff(Effect::shadows);
+        const Picture lit = shoot(effects);
+        const double left = brightnessAt(shadowed, 0.44, 0.62) / brightnessAt(lit, 0.44, 0.62);
+        const double right = brightnessAt(shadowed, 0.72, 0.62) / brightnessAt(lit, 0.72, 0.62);
+        EXPECT_LT(yaw > 0 ? left : right, 0.6) << yaw;
+        EXPECT_NEAR(yaw > 0 ? right : left, 1, 0.15) << yaw;
+    }
+}
+
+// A cone so narrow that it meets no corner of the square.
+TEST_F(EffectsOnStage, PerPixelLightingLightsTheMiddleOfASurface) {
+    makeScene(squareObj("m.mtl", "a"));
+    Effects effects = with({Effect::spot});
+    effects.set(Number::spotYaw, 0);
+    effects.set(Number::spotAngle, 8);
+    effects.set(Number::spotPitch, 5);
+    effects.set(Number::brightness, 2);
+    const Picture byCorners = shoot(effects);
+    effects.switchOn(Effect::perPixel);
+    const Picture byPixels = shoot(effects);
+    const auto brightest = [](const Picture &picture) -> int {
+        return *std::max_element(picture.pixels.begin(), picture.pixels.end());
+    };
+    EXPECT_LT(brightest(byCorners), 100);
+    EXPECT_GT(brightest(byPixels), 200);
+}
+
+TEST_F(EffectsOnStage, TheFloorCoversTheGround) {
+    const Picture bare = shoot({}), floored = shoot(with({Effect::floor}));
+    EXPECT_FALSE(largestDifference(bare, floored) == 0);
+    for (const double x : {0.05, 0.95}) {
+        EXPECT_LT(brightnessAt(bare, x, 0.9), 60);
+        EXPECT_GT(brightnessAt(floored, x, 0.9), 80);
+    }
+}
+
+TEST_F(EffectsOnStage, OnlyWhatIsBrighterThanWhiteGlows) {
+    Effects dim = with({Effect::perPixel}), bright = dim;
+    bright.set(Number::brightness, 4);
+    const auto glow = [&](Effects effects) {
+        const Picture plain = shoot(effects);
+        effects.switchOn(Effect::bloom);
+        return mean(shoot(effects)) - mean(plain);
+    };
+    EXPECT_NEAR(glow(dim), 0, 0.2);
+    const double usual = glow(bright);
+    EXPECT_GT(usual, 3);
+    bright.set(Number::bloomIntensity, 0.2);
+    EXPECT_LT(glow(bright), 0.6 * usual);
+}
+
+TEST_F(EffectsOnStage, ToneMappingMakesContrastTheMoreTheLowerItsExposure) {
+    Effects effects = with({Effect::spot, Effect::floor, Effect::bloom});
+    const auto contrast = [&] {
+        const Picture picture = shoot(effects);
+        return brightnessAt(picture, 0.5, 0.8) / std::max(1.0, brightnessAt(picture, 0.02, 0.05));
+    };
+    const double plain = contrast();
+    effects.switchOn(Effect::toneMapping);
+    effects.set(Number::exposure, 16);
+    const double gentle = contrast();
+    effects.set(Number::exposure, 1);
+    const double strong = contrast();
+    EXPECT_GT(gentle, 1.03 * plain);
+    EXPECT_GT(strong, 1.3 * gentle);
+}
+
+TEST_F(EffectsOnStage, DepthOfFieldBlursWhatIsOutOfFocus) {
+    const double plain = sharpness(shoot({}));
+    Effects effects = with({Effect::depthOfField});
+    effects.set(Number::focusDepth, 10);
+    EXPECT_GT(sharpness(shoot(effects)), 0.85 * plain); // all within focus
+    effects.set(Number::focus, 8);
+    effects.set(Number::focusDepth, 1);
+    EXPECT_LT(sharpness(shoot(effects)), 0.5 * plain);
+}
+
+TEST_F(EffectsOnStage, FocusGoesFromFrontToBack) {
+    Effects effects = with({Effect::depthOfField});
+    effects.set(Number::focusDepth, 0.3);
+    // The poles stand behind each other on the left, the nearest one lowest in the picture.
+    const auto sharpnessOfRow = [&](double focus, double y) {
+        effects.set(Number::focus, focus);
+        const Picture picture = shoot(effects);
+        double steepest = 0;
+        for (double x = 0.02; x < 0.42; x += 1.0 / picture.width)
+            steepest = std::max(steepest, std::abs(brightnessAt(picture, x, y) -
+                                                   brightnessAt(picture, x + 1.0 / 240, y)));
+        return steepest;
+    };
+    EXPECT_GT(sharpnessOfRow(0.15, 0.78), 1.5 * sharpnessOfRow(0.85, 0.78));
+    EXPECT_GT(sharpnessOfRow(0.85, 0.3), 1.5 * sharpnessOfRow(0.15, 0.3));
+}
+
+TEST_F(EffectsOnStage, APictureKeptInItsTargetIsTheOneOfTheWindow) {
+    Effects effects = with({Effect::shadows, Effect::floor, Effect::bloom, Effect::depthOfField});
+    effects.set(Number::brightness, 2);
+    const Picture shown = shoot(effects);
+    drawing.keepPicture = true;
+    EXPECT_LE(largestDifference(shoot(effects), shown), 2);
+}
+
+TEST_F(EffectsOnStage, ComeAndGoWithTheirSwitches) {
+    Engine engine(size, "test", false, "ravolt_log.txt", drawing);
+    Stage stage(engine.load("scene.rve"));
+    const Picture before = ravolt::tool::shoot(stage, size);
+    for (const EffectRow &row : effectTable()) {
+        Effects effects = with({row.effect});
+        effects.set(Number::brightness, row.wholePicture ? 3 : 1);
+        stage.setEffects(effects);
+        settle(stage);
+        EXPECT_GT(largestDifference(ravolt::tool::shoot(stage, size), before), 8) << row.name;
+        stage.setEffects({});
+        EXPECT_EQ(largestDifference(ravolt::tool::shoot(stage, size), before), 0) << row.name;
+    }
+    std::ifstream log("ravolt_log.txt");
+    for (std::string line; std::getline(log, line);)
+        EXPECT_EQ(line.find("Invalid shadow pass"), std::string::npos) << line;
+}
+
+TEST_F(EffectsOnStage, WireframeIsDrawnWithoutThoseOfTheWholePicture) {
+    Engine engine(size, "test", false, "ravolt_log.txt", drawing);
+    Stage stage(engine.load("scene.rve"));
+    stage.setWireframe(true);
+    const Picture plain = ravolt::tool::shoot(stage, size);
+    EXPECT_TRUE(showsSomething(plain));
+    stage.setEffects(with({Effect::depthOfField}));
+    EXPECT_EQ(largestDifference(ravolt::tool::shoot(stage, size), plain), 0);
+    stage.setWireframe(false);
+}
+
+TEST_F(EffectsOnStage, PrintNothing) {
+    Engine engine(size, "test", false, "ravolt_log.txt", drawing);
+    Stage stage(engine.load("scene.rve"));
+    stage.setEffects(with({Effect::toneMapping}));
+    testing::internal::CaptureStdout();
+    stage.draw();
+    std::fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    RAVOLT::swap();
+}
+
+TEST_F(EffectsOnStage, AreLeftOutWhereTheDisplayCannotDoThem) {
+    drawing.programs = false; // as on a display that has none
+    Engine engine(size, "test", false, "ravolt_log.txt", drawing);
+    Stage stage(engine.load("scene.rve"));
+    Effects effects =
+        with({Effect::shadows, Effect::floor, Effect::toneMapping, Effect::depthOfField});
+    EXPECT_EQ(effects.leaveOutImpossible(),
+              "per-pixel lighting, shadows, bloom, tone mapping, depth of field");
+    EXPECT_EQ(effects.names(), "spot light, floor");
+    EXPECT_EQ(effects.leaveOutImpossible(), "");
+    stage.setEffects(effects);
+    EXPECT_TRUE(showsSomething(ravolt::tool::shoot(stage, size)));
+}
+
+} // namespace

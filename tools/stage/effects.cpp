@@ -1,0 +1,174 @@
+#include "tools/stage/effects.h"
+
+#include <algorithm>
+#include <ravolt/RVOPENGL.h>
+#include <ravolt/RVSHADER.h>
+
+namespace ravolt::tool {
+
+namespace {
+
+bool always() { return true; }
+
+bool hasExtension(const std::string &name) {
+    const GLubyte *all = glGetString(GL_EXTENSIONS);
+    const std::string padded = " " + std::string(all ? reinterpret_cast<const char *>(all) : "");
+    return (padded + " ").find(" " + name + " ") != std::string::npos;
+}
+
+// The engine asks for the programs alone, which would read an ordinary texture as shadows.
+bool shadowsWork() {
+    return RVSHADER::useShadows() && hasExtension("GL_ARB_depth_texture") &&
+           hasExtension("GL_ARB_shadow");
+}
+
+bool toneMappingWorks() {
+    return RVSHADER::useBloom() && RVSHADER::bloomToneMapping->isOperative();
+}
+
+// The depths come from the passthrough programs.
+bool depthOfFieldWorks() { return RVSHADER::useDOF() && RVSHADER::usePassthrough(); }
+
+bool isListed(const std::vector<Effect> &effects, Effect effect) {
+    return std::find(effects.begin(), effects.end(), effect) != effects.end();
+}
+
+} // namespace
+
+const std::array<EffectRow, numberOfEffects> &effectTable() {
+    using enum Effect;
+    static const std::array<EffectRow, numberOfEffects> table = {{
+        {perPixel,
+         "--per-pixel",
+         "per-pixel lighting",
+         "Light every pixel by a program, which knows one light: the first of a rig",
+         {},
+         false,
+         RVSHADER::usePPL},
+        {spot,
+         "--spot",
+         "spot light",
+         "Light the scene by a spot light in place of a rig",
+         {},
+         false,
+         always},
+        {shadows,
+         "--shadows",
+         "shadows",
+         "The spot light casts soft shadows",
+         {perPixel, spot},
+         false,
+         shadowsWork},
+        {floor, "--floor", "floor", "Put a floor under the scene", {}, false, always},
+        {bloom,
+         "--bloom",
+         "bloom",
+         "What is brighter than white glows; see --brightness",
+         {perPixel},
+         true,
+         RVSHADER::useBloom},
+        {toneMapping,
+         "--tone-mapping",
+         "tone mapping",
+         "Raise the contrast about the mean brightness, to which the eye gets used",
+         {bloom},
+         true,
+         toneMappingWorks},
+        {depthOfField,
+         "--depth-of-field",
+         "depth of field",
+         "Blur what is out of focus",
+         {},
+         true,
+         depthOfFieldWorks},
+    }};
+    return table;
+}
+
+const std::array<NumberRow, numberOfNumbers> &numberTable() {
+    using enum Effect;
+    static const std::array<NumberRow, numberOfNumbers> table = {{
+        {Number::brightness, std::nullopt, "--brightness", "FACTOR", 0, 16, 1, 0.25,
+         "Brightness of the rig or the spot light"},
+        {Number::spotYaw, spot, "--spot-yaw", "DEGREES", -360, 360, 70, 10,
+         "Where the spot light stands, round the scene"},
+        {Number::spotPitch, spot, "--spot-pitch", "DEGREES", 5, 85, 50, 5,
+         "Where it stands, above the scene"},
+        {Number::spotDistance, spot, "--spot-distance", "RADII", 1.5, 50, 4, 0.25,
+         "How far it stands from the middle of the scene, whose radius is 1"},
+        {Number::spotAngle, spot, "--spot-angle", "DEGREES", 2, 150, 60, 5,
+         "How wide its cone opens"},
+        {Number::spotFade, spot, "--spot-fade", "EXPONENT", 0, 128, 16, 2,
+         "How strongly it fades towards the edge of the cone"},
+        {Number::bloomIntensity, bloom, "--bloom-intensity", "FACTOR", 0, 8, 1, 0.1,
+         "Brightness of the glow"},
+        {Number::exposure, toneMapping, "--exposure", "FACTOR", 0.1, 64, 8, 1,
+         "The lower, the more contrast tone mapping makes"},
+        {Number::focus, depthOfField, "--focus", "PLACE", -1, 10, 0.5, 0.05,
+         "What is sharp: 0 the front of the scene, 0.5 its middle, 1 its back"},
+        {Number::focusDepth, depthOfField, "--focus-depth", "PLACE", 0.01, 10, 0.5, 0.05,
+         "How far before and behind it the blur is complete"},
+    }};
+    return table;
+}
+
+const EffectRow &rowOf(Effect effect) { return effectTable()[static_cast<std::size_t>(effect)]; }
+
+const NumberRow &rowOf(Number number) { return numberTable()[static_cast<std::size_t>(number)]; }
+
+bool canBeDone(Effect effect) {
+    const EffectRow &row = rowOf(effect);
+    return row.canBeDone() && std::all_of(row.needs.begin(), row.needs.end(), canBeDone);
+}
+
+Effects::Effects() {
+    for (const NumberRow &row : numberTable())
+        set(row.number, row.start);
+}
+
+void Effects::switchOn(Effect effect) {
+    on[static_cast<std::size_t>(effect)] = true;
+    for (const Effect needed : rowOf(effect).needs)
+        switchOn(needed);
+}
+
+void Effects::switchOff(Effect effect) {
+    on[static_cast<std::size_t>(effect)] = false;
+    for (const EffectRow &row : effectTable())
+        if (isListed(row.needs, effect))
+            switchOff(row.effect);
+}
+
+void Effects::set(Number number, double value) {
+    const NumberRow &row = rowOf(number);
+    values[static_cast<std::size_t>(number)] = std::clamp(value, row.lowest, row.highest);
+}
+
+bool Effects::needPrograms() const { return isOn(Effect::perPixel) || isOn(Effect::depthOfField); }
+
+bool Effects::needWholePicture() const {
+    return std::any_of(effectTable().begin(), effectTable().end(), [this](const EffectRow &row) {
+        return row.wholePicture && isOn(row.effect);
+    });
+}
+
+std::string Effects::leaveOutImpossible() {
+    std::string lacking;
+    for (const EffectRow &row : effectTable())
+        if (isOn(row.effect) && !tool::canBeDone(row.effect))
+            lacking += (lacking.empty() ? "" : ", ") + std::string(row.name);
+    for (const EffectRow &row : effectTable())
+        if (isOn(row.effect) && !tool::canBeDone(row.effect))
+            switchOff(row.effect);
+    return lacking;
+}
+
+std::string Effects::names() const {
+    std::string all;
+    for (const EffectRow &row : effectTable())
+        if (isOn(row.effect))
+            all += (all.empty() ? "" : ", ") + std::string(row.name);
+    return all.empty() ? "no effects" : all;
+}
+
+} // namespace ravolt::tool
