@@ -6,14 +6,14 @@
 #include "foundation/text.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
+#include "resources/extensionCall.h"
 
-#include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <string>
 
-// Programs: the registry, their making, and the one in use. Only here may OpenGL's functions for
-// programs be called; what the engine's own programs are is in builtinPrograms.cpp.
+// Programs: the registry, their making, and the one in use. Only here and in shaderParameters.cpp,
+// where their values are, may OpenGL's functions for programs be called; what the engine's own
+// programs are is in builtinPrograms.cpp.
 //
 // Invariants: while currentShader is not NULL it names a living program, `enabled` is set, and
 // OpenGL has its programObject in use, as far as OpenGL took it. An entry point that the driver has
@@ -58,88 +58,6 @@ struct RVSHADER::Stage {
 namespace {
 
 constexpr char noName[] = "[none]";
-constexpr unsigned int mostBones = 100; // the size of the programs' arrays
-
-// The parameters by slot. Slots are shared by all programs, and some programs have a slot of theirs
-// bound to another name after load.
-constexpr struct {
-    const char *name;
-    bool attribute;
-} parameterNames[] = {
-    {"textureSampler0", false},
-    {"textureSampler1", false},
-    {"width", false},
-    {"height", false},
-    {"boneQuat", false},
-    {"boneTrans", false},
-    {"boneIndex", true},
-    {"boneWeight", true},
-    {"textureSampler2", false},
-    {"textureSampler3", false},
-    {"maxLuminance", false},
-    {"exposure", false},
-    {"focus", false},
-    {"range", false},
-    {"near", false},
-    {"far", false},
-    {"textureSampler4", false},
-    {"textureSampler5", false},
-    {"textureSampler6", false},
-    {"textureSampler7", false},
-    {"textureSampler8", false},
-    {"textureSampler9", false},
-    {"textureSampler10", false},
-    {"textureSampler11", false},
-    {"textureSampler12", false},
-    {"textureSampler13", false},
-    {"textureSampler14", false},
-    {"textureSampler15", false},
-};
-static_assert(std::size(parameterNames) == RVSHADER::parameters);
-
-enum Slot : unsigned int {
-    slotWidth = 2,
-    slotHeight = 3,
-    slotBoneQuat = 4,
-    slotBoneTrans = 5,
-    slotBoneIndex = 6,
-    slotBoneWeight = 7,
-    slotMaxLuminance = 10,
-    slotExposure = 11,
-    slotFocus = 12,
-    slotRange = 13,
-    slotNear = 14,
-    slotFar = 15
-};
-
-// The sampler's slot by unit.
-constexpr unsigned int samplerSlot[RV_TEXTURE_UNITS] = {0,  1,  8,  9,  16, 17, 18, 19,
-                                                        20, 21, 22, 23, 24, 25, 26, 27};
-
-constexpr unsigned int notHeld = ~0u; // OpenGL's -1
-
-// Calls an extension function, unless the driver has left it out; its result is 0 then.
-template <auto &function, class... Arguments> auto call(Arguments... arguments) {
-    using Result = decltype(function(arguments...));
-    return function ? function(arguments...) : Result();
-}
-
-GLint location(const RVSHADER &program, unsigned int slot) {
-    return static_cast<GLint>(program.getParam(slot));
-}
-
-void setFloat(const RVSHADER &program, unsigned int slot, float value) {
-    call<RVOPENGL::glUniform1fARB>(location(program, slot), value);
-}
-
-// An array that is on is read at every vertex: without a buffer behind it, from nowhere.
-void bindAttribute(GLuint attribute, unsigned int buffer) {
-    if (!buffer || !RVOPENGL::glBindBufferARB || !RVOPENGL::glVertexAttribPointerARB)
-        return;
-    RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, buffer);
-    call<RVOPENGL::glEnableVertexAttribArrayARB>(attribute);
-    RVOPENGL::glVertexAttribPointerARB(attribute, 4, GL_FLOAT, GL_FALSE, 0, nullptr);
-}
 
 } // namespace
 
@@ -157,12 +75,12 @@ RVSHADER::~RVSHADER() {
     if (RVOPENGL::useShaders()) {
         for (const unsigned int object : {vertexObject, pixelObject}) {
             if (object && programObject)
-                call<RVOPENGL::glDetachObjectARB>(programObject, object);
+                ravolt::call<RVOPENGL::glDetachObjectARB>(programObject, object);
             if (object)
-                call<RVOPENGL::glDeleteObjectARB>(object);
+                ravolt::call<RVOPENGL::glDeleteObjectARB>(object);
         }
         if (programObject)
-            call<RVOPENGL::glDeleteObjectARB>(programObject);
+            ravolt::call<RVOPENGL::glDeleteObjectARB>(programObject);
     }
     // Values must not go to a program that is gone, nor a new one at this address pass for in use.
     if (currentShader == this)
@@ -180,33 +98,22 @@ bool RVSHADER::load(const char *vertexFile, const char *pixelFile, bool alreadyC
     }
     if (vertexFile || pixelFile || alreadyCompiled)
         link(vertexFile || alreadyCompiled, pixelFile || alreadyCompiled);
-    for (unsigned int slot = 0; slot < parameters; ++slot)
-        bindParam(slot, parameterNames[slot].name, parameterNames[slot].attribute);
-    wireSamplers();
+    findParameters();
     return true;
 }
 
 // The link's status is not read: a program that does not link holds no parameters.
 void RVSHADER::link(bool vertex, bool pixel) {
     if (programObject)
-        call<RVOPENGL::glDeleteObjectARB>(programObject);
+        ravolt::call<RVOPENGL::glDeleteObjectARB>(programObject);
     if (currentShader == this)
         currentShader = nullptr; // what OpenGL has in use is the old one
-    programObject = call<RVOPENGL::glCreateProgramObjectARB>();
+    programObject = ravolt::call<RVOPENGL::glCreateProgramObjectARB>();
     if (vertex)
-        call<RVOPENGL::glAttachObjectARB>(programObject, vertexObject);
+        ravolt::call<RVOPENGL::glAttachObjectARB>(programObject, vertexObject);
     if (pixel)
-        call<RVOPENGL::glAttachObjectARB>(programObject, pixelObject);
-    call<RVOPENGL::glLinkProgramARB>(programObject);
-}
-
-// A texture that is bound to a unit already is not bound again for a program that comes later, so
-// each sampler points at its unit from the start. It also keeps samplers of two kinds off one unit,
-// with which no program runs.
-void RVSHADER::wireSamplers() const {
-    for (unsigned int unit = 0; unit < RV_TEXTURE_UNITS; ++unit)
-        if (param[samplerSlot[unit]] != notHeld && currentShader == this)
-            bindTexture(unit);
+        ravolt::call<RVOPENGL::glAttachObjectARB>(programObject, pixelObject);
+    ravolt::call<RVOPENGL::glLinkProgramARB>(programObject);
 }
 
 bool RVSHADER::loadVertexShader(const char *stageName, const char *source) {
@@ -277,20 +184,20 @@ bool RVSHADER::compile(const Stage &stage, const char *stageName, const char *so
     unsigned int &object = this->*stage.object;
     if (object) {
         if (programObject || stage.detachesAlways)
-            call<RVOPENGL::glDetachObjectARB>(programObject, object);
-        call<RVOPENGL::glDeleteObjectARB>(object);
+            ravolt::call<RVOPENGL::glDetachObjectARB>(programObject, object);
+        ravolt::call<RVOPENGL::glDeleteObjectARB>(object);
     }
-    object = call<RVOPENGL::glCreateShaderObjectARB>(stage.type);
+    object = ravolt::call<RVOPENGL::glCreateShaderObjectARB>(stage.type);
     if (!object) {
         zlfLog("%s", stage.notCreated);
         return false;
     }
     GLint status = 0;
-    call<RVOPENGL::glShaderSourceARB>(object, GLsizei{1}, &source,
-                                      static_cast<const GLint *>(nullptr));
-    call<RVOPENGL::glCompileShaderARB>(object);
-    call<RVOPENGL::glGetObjectParameterivARB>(object, GLenum{GL_OBJECT_COMPILE_STATUS_ARB},
-                                              &status);
+    ravolt::call<RVOPENGL::glShaderSourceARB>(object, GLsizei{1}, &source,
+                                              static_cast<const GLint *>(nullptr));
+    ravolt::call<RVOPENGL::glCompileShaderARB>(object);
+    ravolt::call<RVOPENGL::glGetObjectParameterivARB>(object, GLenum{GL_OBJECT_COMPILE_STATUS_ARB},
+                                                      &status);
     if (!status) {
         zlfLog(stage.notCompiled, stageName);
         return false;
@@ -301,31 +208,13 @@ bool RVSHADER::compile(const Stage &stage, const char *stageName, const char *so
     return true;
 }
 
-bool RVSHADER::bindParam(unsigned int slot, const char *paramName, bool attribute) {
-    if (slot >= parameters || !paramName) {
-        zlfLog("   [!] Invalid params @ RVSHADER::bindParam\n");
-        return false;
-    }
-    if (currentShader != this)
-        render(nullptr);
-    const auto find =
-        attribute ? RVOPENGL::glGetAttribLocationARB : RVOPENGL::glGetUniformLocationARB;
-    param[slot] = find ? static_cast<unsigned int>(find(programObject, paramName)) : notHeld;
-    return true;
-}
-
-// On purpose: the size of the table is no error value.
-unsigned int RVSHADER::getParam(unsigned int slot) const {
-    return slot < parameters ? param[slot] : parameters;
-}
-
 bool RVSHADER::render(void *) {
     if (!RVOPENGL::useShaders())
         return false;
     if (ravolt::cacheHit(currentShader == this))
         return true;
     enable();
-    call<RVOPENGL::glUseProgramObjectARB>(programObject);
+    ravolt::call<RVOPENGL::glUseProgramObjectARB>(programObject);
     currentShader = this;
     return true;
 }
@@ -345,7 +234,7 @@ bool RVSHADER::disable() {
         return false;
     if (ravolt::cacheHit(!enabled))
         return true;
-    call<RVOPENGL::glUseProgramObjectARB>(0u);
+    ravolt::call<RVOPENGL::glUseProgramObjectARB>(0u);
     currentShader = nullptr;
     enabled = false;
     return true;
@@ -357,70 +246,6 @@ void RVSHADER::reset() {
 }
 
 bool RVSHADER::isActive() { return active; }
-
-bool RVSHADER::bindTexture(unsigned int unit) {
-    if (!currentShader || !enabled)
-        return false;
-    if (unit < RV_TEXTURE_UNITS)
-        call<RVOPENGL::glUniform1iARB>(location(*currentShader, samplerSlot[unit]),
-                                       static_cast<GLint>(unit));
-    return true;
-}
-
-bool RVSHADER::bindBones(unsigned int count, const float *quat, const float *trans,
-                         unsigned int indexBuffer, unsigned int weightBuffer) {
-    if (!currentShader || !enabled)
-        return false;
-    const RVSHADER &program = *currentShader;
-    const GLsizei bones = static_cast<GLsizei>(std::min(count, mostBones));
-    call<RVOPENGL::glUniform4fvARB>(location(program, slotBoneQuat), bones, quat);
-    call<RVOPENGL::glUniform3fvARB>(location(program, slotBoneTrans), bones, trans);
-    bindAttribute(program.param[slotBoneIndex], indexBuffer);
-    bindAttribute(program.param[slotBoneWeight], weightBuffer);
-    bonesBound = true;
-    return true;
-}
-
-bool RVSHADER::unbindBones() {
-    if (!currentShader || !enabled || !bonesBound)
-        return false;
-    call<RVOPENGL::glDisableVertexAttribArrayARB>(currentShader->param[slotBoneIndex]);
-    call<RVOPENGL::glDisableVertexAttribArrayARB>(currentShader->param[slotBoneWeight]);
-    bonesBound = false;
-    return true;
-}
-
-bool RVSHADER::bindSizes(int x, int y) {
-    if (!currentShader || !enabled)
-        return false;
-    setFloat(*currentShader, slotWidth, static_cast<float>(x));
-    setFloat(*currentShader, slotHeight, static_cast<float>(y));
-    return true;
-}
-
-bool RVSHADER::bindLuminanceAndExposure(float luminance, float exposure) {
-    if (!currentShader || !enabled)
-        return false;
-    setFloat(*currentShader, slotMaxLuminance, luminance);
-    setFloat(*currentShader, slotExposure, exposure);
-    return true;
-}
-
-bool RVSHADER::bindFocusAndRange(float focus, float range) {
-    if (!currentShader || !enabled)
-        return false;
-    setFloat(*currentShader, slotFocus, focus);
-    setFloat(*currentShader, slotRange, range);
-    return true;
-}
-
-bool RVSHADER::bindNearAndFarPlane(float nearPlane, float farPlane) {
-    if (!currentShader || !enabled)
-        return false;
-    setFloat(*currentShader, slotNear, nearPlane);
-    setFloat(*currentShader, slotFar, farPlane);
-    return true;
-}
 
 void RVSHADER::setName(const char *newName) {
     if (newName && std::strlen(newName) < sizeof(name))

@@ -172,6 +172,7 @@ class RV_API RVSHADER {
     bool readAndCompile(const Stage &stage, const char *stageName, const char *source);
     bool compile(const Stage &stage, const char *stageName, const char *source);
     void link(bool vertex, bool pixel);
+    void findParameters();
     void wireSamplers() const;
     static void forgetBuiltin(const RVSHADER *program);
 

@@ -47,7 +47,8 @@ ROWS = [
     {"what": r"gl(UseProgramObject|LinkProgram|CompileShader|ShaderSource|Uniform\w+?"
              r"|(Attach|Detach|Delete)Object|Get(Uniform|Attrib)Location|VertexAttribPointer"
              r"|(Enable|Disable)VertexAttribArray)ARB[(>]",
-     "owners": ["resources/RVSHADER.cpp"], "says": ["only", "programs"], "exceptions": {}},
+     "owners": ["resources/RVSHADER.cpp", "resources/shaderParameters.cpp"],
+     "says": ["only", "programs"], "exceptions": {}},
     {"what": r"gl(Gen|Delete)BuffersARB\(|glBufferDataARB\(",
      "owners": ["models/RVMESH.cpp", "models/meshLoad.cpp"], "says": [],
      "exceptions": {}},

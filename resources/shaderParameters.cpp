@@ -1,0 +1,189 @@
+#include "ravolt/RVSHADER.h"
+
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/zlf.h"
+#include "resources/extensionCall.h"
+
+#include <algorithm>
+#include <iterator>
+
+// Parameters of programs: the table of slots, which load fills with locations, and the values that
+// go through it into the program in use.
+
+namespace {
+
+constexpr unsigned int mostBones = 100; // the size of the programs' arrays
+
+// The parameters by slot. Slots are shared by all programs, and some programs have a slot of theirs
+// bound to another name after load.
+constexpr struct {
+    const char *name;
+    bool attribute;
+} parameterNames[] = {
+    {"textureSampler0", false},
+    {"textureSampler1", false},
+    {"width", false},
+    {"height", false},
+    {"boneQuat", false},
+    {"boneTrans", false},
+    {"boneIndex", true},
+    {"boneWeight", true},
+    {"textureSampler2", false},
+    {"textureSampler3", false},
+    {"maxLuminance", false},
+    {"exposure", false},
+    {"focus", false},
+    {"range", false},
+    {"near", false},
+    {"far", false},
+    {"textureSampler4", false},
+    {"textureSampler5", false},
+    {"textureSampler6", false},
+    {"textureSampler7", false},
+    {"textureSampler8", false},
+    {"textureSampler9", false},
+    {"textureSampler10", false},
+    {"textureSampler11", false},
+    {"textureSampler12", false},
+    {"textureSampler13", false},
+    {"textureSampler14", false},
+    {"textureSampler15", false},
+};
+static_assert(std::size(parameterNames) == RVSHADER::parameters);
+
+enum Slot : unsigned int {
+    slotWidth = 2,
+    slotHeight = 3,
+    slotBoneQuat = 4,
+    slotBoneTrans = 5,
+    slotBoneIndex = 6,
+    slotBoneWeight = 7,
+    slotMaxLuminance = 10,
+    slotExposure = 11,
+    slotFocus = 12,
+    slotRange = 13,
+    slotNear = 14,
+    slotFar = 15
+};
+
+// The sampler's slot by unit.
+constexpr unsigned int samplerSlot[RV_TEXTURE_UNITS] = {0,  1,  8,  9,  16, 17, 18, 19,
+                                                        20, 21, 22, 23, 24, 25, 26, 27};
+
+constexpr unsigned int notHeld = ~0u; // OpenGL's -1
+
+GLint location(const RVSHADER &program, unsigned int slot) {
+    return static_cast<GLint>(program.getParam(slot));
+}
+
+void setFloat(const RVSHADER &program, unsigned int slot, float value) {
+    ravolt::call<RVOPENGL::glUniform1fARB>(location(program, slot), value);
+}
+
+// An array that is on is read at every vertex: without a buffer behind it, from nowhere.
+void bindAttribute(GLuint attribute, unsigned int buffer) {
+    if (!buffer || !RVOPENGL::glBindBufferARB || !RVOPENGL::glVertexAttribPointerARB)
+        return;
+    RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, buffer);
+    ravolt::call<RVOPENGL::glEnableVertexAttribArrayARB>(attribute);
+    RVOPENGL::glVertexAttribPointerARB(attribute, 4, GL_FLOAT, GL_FALSE, 0, nullptr);
+}
+
+} // namespace
+
+void RVSHADER::findParameters() {
+    for (unsigned int slot = 0; slot < parameters; ++slot)
+        bindParam(slot, parameterNames[slot].name, parameterNames[slot].attribute);
+    wireSamplers();
+}
+
+// A texture that is bound to a unit already is not bound again for a program that comes later, so
+// each sampler points at its unit from the start. It also keeps samplers of two kinds off one unit,
+// with which no program runs.
+void RVSHADER::wireSamplers() const {
+    for (unsigned int unit = 0; unit < RV_TEXTURE_UNITS; ++unit)
+        if (param[samplerSlot[unit]] != notHeld && currentShader == this)
+            bindTexture(unit);
+}
+
+bool RVSHADER::bindParam(unsigned int slot, const char *paramName, bool attribute) {
+    if (slot >= parameters || !paramName) {
+        zlfLog("   [!] Invalid params @ RVSHADER::bindParam\n");
+        return false;
+    }
+    if (currentShader != this)
+        render(nullptr);
+    const auto find =
+        attribute ? RVOPENGL::glGetAttribLocationARB : RVOPENGL::glGetUniformLocationARB;
+    param[slot] = find ? static_cast<unsigned int>(find(programObject, paramName)) : notHeld;
+    return true;
+}
+
+// On purpose: the size of the table is no error value.
+unsigned int RVSHADER::getParam(unsigned int slot) const {
+    return slot < parameters ? param[slot] : parameters;
+}
+
+bool RVSHADER::bindTexture(unsigned int unit) {
+    if (!currentShader || !enabled)
+        return false;
+    if (unit < RV_TEXTURE_UNITS)
+        ravolt::call<RVOPENGL::glUniform1iARB>(location(*currentShader, samplerSlot[unit]),
+                                               static_cast<GLint>(unit));
+    return true;
+}
+
+bool RVSHADER::bindBones(unsigned int count, const float *quat, const float *trans,
+                         unsigned int indexBuffer, unsigned int weightBuffer) {
+    if (!currentShader || !enabled)
+        return false;
+    const RVSHADER &program = *currentShader;
+    const GLsizei bones = static_cast<GLsizei>(std::min(count, mostBones));
+    ravolt::call<RVOPENGL::glUniform4fvARB>(location(program, slotBoneQuat), bones, quat);
+    ravolt::call<RVOPENGL::glUniform3fvARB>(location(program, slotBoneTrans), bones, trans);
+    bindAttribute(program.param[slotBoneIndex], indexBuffer);
+    bindAttribute(program.param[slotBoneWeight], weightBuffer);
+    bonesBound = true;
+    return true;
+}
+
+bool RVSHADER::unbindBones() {
+    if (!currentShader || !enabled || !bonesBound)
+        return false;
+    ravolt::call<RVOPENGL::glDisableVertexAttribArrayARB>(currentShader->param[slotBoneIndex]);
+    ravolt::call<RVOPENGL::glDisableVertexAttribArrayARB>(currentShader->param[slotBoneWeight]);
+    bonesBound = false;
+    return true;
+}
+
+bool RVSHADER::bindSizes(int x, int y) {
+    if (!currentShader || !enabled)
+        return false;
+    setFloat(*currentShader, slotWidth, static_cast<float>(x));
+    setFloat(*currentShader, slotHeight, static_cast<float>(y));
+    return true;
+}
+
+bool RVSHADER::bindLuminanceAndExposure(float luminance, float exposure) {
+    if (!currentShader || !enabled)
+        return false;
+    setFloat(*currentShader, slotMaxLuminance, luminance);
+    setFloat(*currentShader, slotExposure, exposure);
+    return true;
+}
+
+bool RVSHADER::bindFocusAndRange(float focus, float range) {
+    if (!currentShader || !enabled)
+        return false;
+    setFloat(*currentShader, slotFocus, focus);
+    setFloat(*currentShader, slotRange, range);
+    return true;
+}
+
+bool RVSHADER::bindNearAndFarPlane(float nearPlane, float farPlane) {
+    if (!currentShader || !enabled)
+        return false;
+    setFloat(*currentShader, slotNear, nearPlane);
+    setFloat(*currentShader, slotFar, farPlane);
+    return true;
+}
