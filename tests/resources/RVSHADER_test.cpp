@@ -380,11 +380,28 @@ TEST_F(ShaderTest, LoadOfFilesCompilesThem) {
                           "   Pixel shader : glowPS.glsl, compiled\n");
 }
 
-TEST_F(ShaderTest, LoadOfOneFileAttachesOneObject) {
+TEST_F(ShaderTest, LoadOfOneFileAttachesItsObjectAlone) {
+    writeText("glowVS.glsl", "v");
     writeText("glowPS.glsl", "p");
-    recorder.start();
-    EXPECT_TRUE(shader->load(nullptr, "glowPS.glsl", false));
-    EXPECT_EQ(recorder.stop().count("glAttachObjectARB"), 1u);
+    Calls calls = callsOf([&] { EXPECT_TRUE(shader->load(nullptr, "glowPS.glsl", false)); });
+    const double pixel = calls.named("glShaderSourceARB")[0].arguments[0];
+    ASSERT_EQ(calls.count("glAttachObjectARB"), 1u);
+    EXPECT_EQ(calls.named("glAttachObjectARB")[0].arguments[1], pixel);
+    calls = callsOf([&] { EXPECT_TRUE(shader->load("glowVS.glsl", nullptr, false)); });
+    ASSERT_EQ(calls.count("glAttachObjectARB"), 1u);
+    EXPECT_EQ(calls.named("glAttachObjectARB")[0].arguments[1],
+              calls.named("glShaderSourceARB")[0].arguments[0]);
+    EXPECT_FALSE(calls.contains(Call("glAttachObjectARB", pixel)));
+}
+
+TEST_F(ShaderTest, LoadOfWhatIsCompiledReadsNoFiles) {
+    makeOperative(shader);
+    markLog();
+    const Calls calls = callsOf([&] { EXPECT_TRUE(shader->load("missing", "missing", true)); });
+    EXPECT_EQ(calls.count("glAttachObjectARB"), 2u);
+    EXPECT_FALSE(calls.contains("glShaderSourceARB"));
+    EXPECT_NOTHING_LOGGED();
+    EXPECT_STREQ(shader->getVSFilename(), "v");
 }
 
 TEST_F(ShaderTest, LoadStopsAtTheFirstFailure) {
@@ -426,6 +443,15 @@ TEST_F(ShaderTest, SlotsHoldLocations) {
     EXPECT_NE(shader->getParam(27), shader->getParam(26));
     EXPECT_EQ(shader->getParam(28), 28u);
     EXPECT_EQ(shader->getParam(~0u), 28u);
+}
+
+TEST_F(ShaderTest, LastSlotHoldsTheLastSampler) {
+    makeOperative(shader);
+    const unsigned int sampler = shader->getParam(27);
+    EXPECT_TRUE(shader->bindParam(27, "other", false));
+    EXPECT_NE(shader->getParam(27), sampler);
+    EXPECT_TRUE(shader->bindParam(27, "textureSampler15", false));
+    EXPECT_EQ(shader->getParam(27), sampler);
 }
 
 TEST_F(ShaderTest, BadParametersAreRefused) {
@@ -625,6 +651,30 @@ INSTANTIATE_TEST_SUITE_P(
                     "glVertexAttribPointerARB", "glEnableVertexAttribArrayARB",
                     "glDisableVertexAttribArrayARB", "glGetAttribLocationARB", "glBindBufferARB"),
     [](const auto &each) { return std::string(each.param); });
+
+class WithoutCompilerTest : public SilentEngineTest {
+  protected:
+    WithoutCompilerTest() {
+        settings.setShaders(true);
+        recorder.nullEntryPoint("glCompileShaderARB");
+    }
+};
+
+// On purpose: the pixel stage asks for the function, and the vertex stage for the flag.
+TEST_F(WithoutCompilerTest, PixelStageIsSilentAndVertexStageSpeaks) {
+    ASSERT_TRUE(RVOPENGL::useShaders());
+    RVSHADER *shader = new RVSHADER;
+    recorder.start();
+    EXPECT_FALSE(shader->loadPixelShader("p", "text"));
+    EXPECT_FALSE(shader->loadPixelShader(nullptr, "text"));
+    EXPECT_FALSE(shader->loadPixelShader("missing", nullptr));
+    EXPECT_TRUE(recorder.stop().empty());
+    EXPECT_NOTHING_LOGGED();
+    EXPECT_FALSE(shader->loadVertexShader(nullptr, "text"));
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVSHADER::loadVertexShader\n");
+    EXPECT_FALSE(RVSHADER::pplDirect->isOperative());
+    RVSHADER::reset();
+}
 
 TEST_F(NoShaderTest, EverythingIsRefusedInSilence) {
     RVSHADER *shader = new RVSHADER;
