@@ -67,13 +67,25 @@ Vec specularTerm(const ProgramScene &scene, double NdotHV) {
            std::pow(NdotHV, scene.material.shininess);
 }
 
+// The highlight's cosine; a pixel that faces away from the light has none.
+double highlight(Vec n, Vec halfway, bool lit, Notes &notes) {
+    const double NdotHV = dot(n, halfway);
+    if (lit)
+        return notes.above(NdotHV, 0, "highlight") ? NdotHV : 0;
+    if (NdotHV > 0.3)
+        notes.visited.insert("highlight held back");
+    return 0;
+}
+
 Vec directColor(const ProgramScene &scene, const Varyings &in, Notes &notes) {
     const Vec n = normalize(in.at("normal"));
     const double NdotL = dot(n, normalize(in.at("LPos")));
     Vec color = in.at("ambientGlobal") + in.at("ambient");
-    if (notes.above(NdotL, 0, "lit")) {
+    const bool lit = notes.above(NdotL, 0, "lit");
+    const double NdotHV = highlight(n, normalize(in.at("halfVector")), lit, notes);
+    if (lit) {
         color += in.at("diffuse") * NdotL;
-        color += specularTerm(scene, std::max(dot(n, normalize(in.at("halfVector"))), 0.0));
+        color += specularTerm(scene, NdotHV);
     }
     return color;
 }
@@ -89,9 +101,11 @@ Vec omniColor(const ProgramScene &scene, const Varyings &in, Notes &notes) {
     const double att = 1 / attenuationSum(scene.light, length(aux));
     const double NdotL = dot(n, normalize(aux));
     Vec color = in.at("ambientGlobal") + att * in.at("ambient");
-    if (notes.above(NdotL, 0, "lit")) {
+    const bool lit = notes.above(NdotL, 0, "lit");
+    const double NdotHV = highlight(n, reflected, lit, notes);
+    if (lit) {
         color += att * (in.at("diffuse") * NdotL);
-        color += att * specularTerm(scene, std::max(dot(n, reflected), 0.0));
+        color += att * specularTerm(scene, NdotHV);
     }
     return color;
 }
@@ -111,7 +125,7 @@ Vec coneColor(const ProgramScene &scene, const Varyings &in, Notes &notes) {
     const double satt = spotEffect / attenuationSum(scene.light, length(aux));
     const Vec reflected = normalize(normalize(-in.at("TPos")) + direction);
     return satt * (in.at("diffuse") * NdotL + in.at("ambient")) +
-           satt * specularTerm(scene, std::max(dot(n, reflected), 0.0));
+           satt * specularTerm(scene, highlight(n, reflected, true, notes));
 }
 
 Vec pixelStage(const Variant &variant, const ProgramScene &scene, const Varyings &in,
@@ -128,6 +142,8 @@ Vec pixelStage(const Variant &variant, const ProgramScene &scene, const Varyings
         return (ambient + coneColor(scene, in, notes)) * texel;
     const double sum = scene.lightReaching(notes, in.at("shadow"));
     Vec color = coneColor(scene, in, notes);
+    if (sum == 0.25 && color.w > 0)
+        notes.visited.insert("reached by a quarter");
     if (!notes.above(sum, 0.1, color.w > 0 ? "reached" : "reached outside the cone"))
         color = {};
     // A depth texture read as luminance has an alpha of 1, whatever the comparison gave.
@@ -157,23 +173,24 @@ ProgramScene sceneFor(const Variant &variant) {
                       {0.9, 0.8, 0.7, 0.75},
                       {1, 0.5, 0.75, 0.75},
                       {0.05, 0.1, 0.02, 0.75},
-                      9};
+                      2.5};
     scene.lightModelAmbient = {0.2, 0.1, 0.3, 0.8};
     scene.light.ambient = {0.5, 0.25, 0.4, 0.9};
     scene.light.diffuse = {2, 1.5, 1, 0.8};
     scene.light.specular = {1, 2, 1.5, 0.7};
     if (variant.kind == Kind::direct)
-        scene.light.position = {1, 2, 3, 0};
+        scene.light.position = {1, 2, -1, 0};
     else
-        scene.light.position = {1.5, 1, -1, 1};
+        scene.light.position = {-6, -1.5, -5, 1};
     if (variant.kind != Kind::direct) {
         scene.light.constant = 0.5;
         scene.light.linear = 0.125;
         scene.light.quadratic = 0.03125;
     }
     if (variant.kind == Kind::spot) {
-        scene.light.spotDirection = {-0.5, -0.75, -1.5, 0};
-        scene.light.cutoff = 28;
+        scene.light.position = {-1.5, 5.5, -10, 1};
+        scene.light.spotDirection = {-1.5, -1, 1, 0};
+        scene.light.cutoff = 50;
         scene.light.exponent = 3;
     }
     if (variant.textured)
@@ -221,12 +238,15 @@ TEST_P(LightingProgram, ComputesWhatItsFormulaSays) {
                 singlePrecision);
     EXPECT_GT(result.compared, 200);
     EXPECT_GT(result.background, 200);
-    std::set<std::string> branches = {"lit", "not lit"};
+    std::set<std::string> branches = {"lit", "not lit", "highlight", "not highlight"};
+    if (variant.kind != Kind::spot)
+        branches.insert("highlight held back");
     if (variant.kind == Kind::spot)
         branches.insert({"inside the cone", "not inside the cone"});
     if (variant.shadowed)
-        branches.insert({"in shadow", "not in shadow", "reached", "not reached",
-                         "reached outside the cone", "not reached outside the cone"});
+        branches.insert({"reached by a quarter", "in shadow", "not in shadow", "reached",
+                         "not reached", "reached outside the cone",
+                         "not reached outside the cone"});
     EXPECT_EQ(result.visited, branches);
 }
 

@@ -119,9 +119,9 @@ double ProgramScene::lightReaching(Notes &notes, Vec coord) const {
 
 void ProgramScene::addShadowMap() {
     shadowMap = {16, 12, {}};
-    for (int row = 0; row < shadowMap.height; ++row)
-        for (int column = 0; column < shadowMap.width; ++column)
-            shadowMap.depths.push_back((row / 4 + column / 4) % 2 ? 0.1 : 0.9);
+    std::mt19937 engine(1);
+    for (int texel = 0; texel < shadowMap.width * shadowMap.height; ++texel)
+        shadowMap.depths.push_back(engine() % 2 ? 0.1 : 0.9);
     floats["width"] = shadowMap.width;
     floats["height"] = shadowMap.height;
     const Matrix perspective = {Vec{0.9, 0.05, 0, 0}, Vec{-0.1, 0.9, 0, 0}, Vec{0, 0, 0, -1},

@@ -27,7 +27,7 @@ ProgramScene particle(double size, double spin) {
     ProgramScene scene;
     scene.modelview = translation(0.3, -0.2, -4) * turn(50, {0, 1, 0, 0});
     scene.images[0] = Image::random(8, 8, 3, 0, 2);
-    const Vec positions[] = {{-0.5, -0.5, 0, 1}, {0.5, -0.5, 0, 1}, {-0.5, 0.5, 0, 1}};
+    const Vec positions[] = {{-0.5, -0.5, 0.1, 1}, {0.5, -0.5, -0.05, 1}, {-0.5, 0.5, 0, 1}};
     const Vec texCoords[] = {{0, 0, 0, 1}, {1, 0, 0, 1}, {0, 1, 0, 1}};
     const Vec colors[] = {{1, 0.5, 0.25, 0.75}, {0.2, 0.9, 0.6, 0.5}, {0.4, 0.1, 1, 1}};
     for (int i = 0; i < 3; ++i) {
@@ -127,7 +127,7 @@ ProgramScene terrainScene(double inv) {
     for (const int unit : {0, 2, 3, 4})
         scene.images[unit] = Image::random(4, 4, 40u + static_cast<unsigned int>(unit), 0, 1);
     scene.floats["inv"] = inv;
-    scene.integers = {{"repeat1", 1}, {"repeat2", 2}, {"repeat3", 3}, {"repeat4", 5}};
+    scene.integers = {{"repeat1", 3}, {"repeat2", 2}, {"repeat3", 4}, {"repeat4", 5}};
     const Vec weights[] = {{0.1, 0.9, 0.3, 0}, {0.7, 0.6, 0.2, 0}, {0.25, 0.35, 0.8, 0}};
     const Vec tangents[] = {{1, 0.1, 0, 0.5}, {0.8, 0.2, 0.3, 0.6}, {0.9, -0.4, 0.1, 0.7}};
     for (int i = 0; i < 3; ++i) {
