@@ -6,11 +6,16 @@
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
+#include "ravolt/RVTEXTURE.h"
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
+#include <ostream>
+#include <string>
 #include <vector>
 
 using namespace ravolt;
@@ -26,19 +31,19 @@ struct Bones {
 using Vector = std::array<double, 3>;
 using Weights = std::array<double, 4>; // of the bones 0, 1, 2 and once more 0
 
-// The program's own arithmetic, in double precision.
-Vector bent(const Bones &bones, const Z3MVECTOR3D &vertex, const Weights &weight) {
+// The program's own arithmetic, in double precision; a normal (`w` 0) is not moved.
+Vector bent(const Bones &bones, const Z3MVECTOR3D &v, double w, const Weights &weight) {
     Vector sum{};
     for (std::size_t k = 0; k < 4; ++k) {
         const double *const q = &bones.quat[4 * (k % 3)], *const move = &bones.trans[3 * (k % 3)];
-        const double x = q[0], y = q[1], z = q[2], w = q[3];
+        const double x = q[0], y = q[1], z = q[2], r = q[3];
         const double m[3][3] = {
-            {1 - 2 * (y * y + z * z), 2 * (x * y - z * w), 2 * (x * z + y * w)},
-            {2 * (x * y + z * w), 1 - 2 * (x * x + z * z), 2 * (y * z - x * w)},
-            {2 * (x * z - y * w), 2 * (y * z + x * w), 1 - 2 * (x * x + y * y)}};
+            {1 - 2 * (y * y + z * z), 2 * (x * y - z * r), 2 * (x * z + y * r)},
+            {2 * (x * y + z * r), 1 - 2 * (x * x + z * z), 2 * (y * z - x * r)},
+            {2 * (x * z - y * r), 2 * (y * z + x * r), 1 - 2 * (x * x + y * y)}};
         for (std::size_t row = 0; row < 3; ++row)
-            sum[row] += weight[k] * (m[row][0] * vertex.x + m[row][1] * vertex.y +
-                                     m[row][2] * vertex.z + move[row]);
+            sum[row] +=
+                weight[k] * (m[row][0] * v.x + m[row][1] * v.y + m[row][2] * v.z + w * move[row]);
     }
     return sum;
 }
@@ -64,6 +69,7 @@ RveNode strip() {
     for (unsigned int vertex = 0; vertex < vertices; ++vertex) {
         mesh.vertices.push_back({static_cast<float>(vertex / 2) - 4, vertex % 2 ? 1.0f : -1.0f, 0});
         mesh.normals.push_back({0, 0, 1});
+        mesh.uvs.push_back({static_cast<float>(vertex / 2) / 2, static_cast<float>(vertex % 2)});
         for (unsigned int k = 0; k < 4; ++k) {
             mesh.skin.boneIndices.push_back(static_cast<std::uint8_t>(k % 3));
             mesh.skin.boneWeights.push_back(static_cast<float>(weightsOf(vertex)[k]));
@@ -77,14 +83,30 @@ RveNode strip() {
     return node;
 }
 
+// What lights the strip, by which programs.
+struct Look {
+    const char *byProgram, *byProcessor; // the names of the programs
+    RV_LIGHT_TYPE light;
+    bool textured;
+};
+
+void PrintTo(const Look &look, std::ostream *out) { *out << look.byProgram; }
+
+// Those whose light takes the bent vertex or needs none.
+const Look looks[] = {
+    {"pplDirectA", "pplDirect", RV_LIGHT_TYPE_DIRECTIONAL, false},
+    {"pplDirectTA", "pplDirectT", RV_LIGHT_TYPE_DIRECTIONAL, true},
+    {"pplSpotTA", "pplSpotT", RV_LIGHT_TYPE_SPOT, true},
+};
+
 // What one run of the engine made of the strip.
 struct Outcome {
     Picture lit, flat;
-    std::vector<Z3MVECTOR3D> clientVertices; // the processor's
-    Bones bones;                             // the program's
+    std::vector<Z3MVECTOR3D> clientVertices, clientNormals; // the processor's
+    Bones bones;                                            // the program's
 };
 
-class HardwareSkinningTest : public EngineTest {
+class HardwareSkinningTest : public EngineTest, public testing::WithParamInterface<Look> {
   protected:
     HardwareSkinningTest() { settings.setShaders(true); }
 
@@ -96,8 +118,8 @@ class HardwareSkinningTest : public EngineTest {
         EngineTest::TearDown();
     }
 
-    // The strip, bent, under one far light.
-    static RVNODE *loadFigure() {
+    // The strip, bent, under one light.
+    static RVNODE *loadFigure(const Look &look) {
         RveNode bones = emptyMesh(
             "left", {-3, 0, 0}, {emptyMesh("middle", {3, 0, 0}, {emptyMesh("right", {3, 0, 0})})});
         RveNode figure = nodeNamed("HumanoidRoot", {bones, strip()});
@@ -111,16 +133,44 @@ class HardwareSkinningTest : public EngineTest {
         meshNamed("right")->rotate(0, -20, 70);
         meshNamed("right")->move(0, 0.5f, 0.25f);
         RVLIGHT *light = new RVLIGHT;
-        light->setLightType(RV_LIGHT_TYPE_DIRECTIONAL);
+        light->setLightType(look.light);
+        light->setCutOff(30);
+        light->setExponent(4);
         light->setDirection(0.3f, -0.2f, -1);
-        light->setPosition(0, 0, 5);
+        light->setPosition(-2, 1, 2);
         light->link(root);
+        if (look.textured)
+            meshNamed("strip")->getMaterial()->setTexture(0, makeTexture());
         return root;
     }
 
-    Outcome draw(bool byProgram) {
+    static RVTEXTURE *makeTexture() {
+        RVTEXTURE *texture = new RVTEXTURE;
+        EXPECT_TRUE(texture->create(2, 2, 3));
+        const unsigned char pixels[] = {255, 200, 40, 60, 255, 180, 250, 90, 200, 120, 140, 255};
+        std::copy(std::begin(pixels), std::end(pixels), texture->getBitmap());
+        EXPECT_TRUE(texture->update());
+        return texture;
+    }
+
+    // The name of the program that was used last.
+    static std::string programOf(const Calls &calls, Recorder &recorder) {
+        const Calls used = calls.named("glUseProgramObjectARB").where([](const Call &call) {
+            return call.arguments[0] != 0;
+        });
+        for (RVSHADER *each = RVSHADER::getFirst(); each && used.size(); each = each->getNext()) {
+            RVSHADER::disable();
+            recorder.start();
+            each->render(nullptr);
+            if (recorder.stop().contains(used.back()))
+                return each->getName();
+        }
+        return "none";
+    }
+
+    Outcome draw(bool byProgram, const Look &look) {
         RVOPENGL::setBackgroundColor(0, 0, 0, 1);
-        RVNODE *root = loadFigure();
+        RVNODE *root = loadFigure(look);
         // The mesh that the processor has bent is lit by the program of rigid ones.
         meshNamed("strip")->getMaterial()->setSkinning(byProgram);
         meshNamed("strip")->setAuxId(0xff4080ffu);
@@ -130,10 +180,13 @@ class HardwareSkinningTest : public EngineTest {
         drawFrame(nullptr, root);
         const Calls calls = recorder.stop();
         outcome.lit = readFrame();
-        if (byProgram)
+        if (byProgram) {
             outcome.bones = bonesOf(calls);
-        else
-            outcome.clientVertices = clientVertices();
+        } else {
+            outcome.clientVertices = clientArray(GL_VERTEX_ARRAY_POINTER);
+            outcome.clientNormals = clientArray(GL_NORMAL_ARRAY_POINTER);
+        }
+        EXPECT_EQ(programOf(calls, recorder), byProgram ? look.byProgram : look.byProcessor);
         RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
         drawFrame(nullptr, root);
         outcome.flat = readFrame();
@@ -153,9 +206,9 @@ class HardwareSkinningTest : public EngineTest {
         return bones;
     }
 
-    static std::vector<Z3MVECTOR3D> clientVertices() {
+    static std::vector<Z3MVECTOR3D> clientArray(GLenum array) {
         GLvoid *pointer = nullptr;
-        glGetPointerv(GL_VERTEX_ARRAY_POINTER, &pointer);
+        glGetPointerv(array, &pointer);
         if (!pointer)
             return {};
         const Z3MVECTOR3D *first = static_cast<const Z3MVECTOR3D *>(pointer);
@@ -173,26 +226,33 @@ unsigned int pixelsOtherThanBlack(const Picture &picture) {
     return number;
 }
 
-TEST_F(HardwareSkinningTest, ProgramBendsAsTheProcessorDoes) {
+void expectNear(const Z3MVECTOR3D &found, const Vector &expected) {
+    EXPECT_NEAR(found.x, expected[0], 1e-4);
+    EXPECT_NEAR(found.y, expected[1], 1e-4);
+    EXPECT_NEAR(found.z, expected[2], 1e-4);
+}
+
+TEST_P(HardwareSkinningTest, ProgramBendsAsTheProcessorDoes) {
     recorder.refuse("glGetObjectParameterivARB", 2 * 3, 1); // pplDirectA, and skinning with it
     ASSERT_TRUE(restart());
     ASSERT_FALSE(RVSHADER::useSkinning());
-    const Outcome processor = draw(false);
+    const Outcome processor = draw(false, GetParam());
     ASSERT_TRUE(restart());
     ASSERT_TRUE(RVSHADER::useSkinning());
-    const Outcome program = draw(true);
+    const Outcome program = draw(true, GetParam());
 
     // The numbers.
     ASSERT_EQ(processor.clientVertices.size(), vertices);
+    ASSERT_EQ(processor.clientNormals.size(), vertices);
     ASSERT_EQ(program.bones.quat.size(), 12u);
     ASSERT_EQ(program.bones.trans.size(), 9u);
     const RVMESH *mesh = meshNamed("strip");
     for (unsigned int v = 0; v < vertices; ++v) {
         SCOPED_TRACE(v);
-        const Vector expected = bent(program.bones, mesh->getVertexPtr()[v], weightsOf(v));
-        EXPECT_NEAR(processor.clientVertices[v].x, expected[0], 1e-4);
-        EXPECT_NEAR(processor.clientVertices[v].y, expected[1], 1e-4);
-        EXPECT_NEAR(processor.clientVertices[v].z, expected[2], 1e-4);
+        expectNear(processor.clientVertices[v],
+                   bent(program.bones, mesh->getVertexPtr()[v], 1, weightsOf(v)));
+        expectNear(processor.clientNormals[v],
+                   bent(program.bones, mesh->getVertexNormalPtr()[v], 0, weightsOf(v)));
     }
 
     // The pictures: samples on edges may fall to either side.
@@ -204,11 +264,14 @@ TEST_F(HardwareSkinningTest, ProgramBendsAsTheProcessorDoes) {
 }
 
 // Only the bones move: without that all pictures would agree.
-TEST_F(HardwareSkinningTest, MovedBonesChangeThePicture) {
-    const Picture before = draw(true).lit;
+TEST_P(HardwareSkinningTest, MovedBonesChangeThePicture) {
+    const Picture before = draw(true, GetParam()).lit;
     meshNamed("middle")->rotate(0, 0, 60);
     drawFrame(nullptr, RVNODE::findByName("[root]"));
     EXPECT_GT(differenceOf(before, readFrame()).mean, 1.0);
 }
+
+INSTANTIATE_TEST_SUITE_P(Lights, HardwareSkinningTest, testing::ValuesIn(looks),
+                         [](const auto &each) { return std::string(each.param.byProgram); });
 
 } // namespace
