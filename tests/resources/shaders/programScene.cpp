@@ -121,7 +121,7 @@ void ProgramScene::addShadowMap() {
     shadowMap = {16, 12, {}};
     std::mt19937 engine(1);
     for (int texel = 0; texel < shadowMap.width * shadowMap.height; ++texel)
-        shadowMap.depths.push_back(engine() % 2 ? 0.1 : 0.9);
+        shadowMap.depths.push_back((engine() % 1001) / 1000.0);
     floats["width"] = shadowMap.width;
     floats["height"] = shadowMap.height;
     const Matrix perspective = {Vec{0.9, 0.05, 0, 0}, Vec{-0.1, 0.9, 0, 0}, Vec{0, 0, 0, -1},
