@@ -13,6 +13,7 @@
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
@@ -119,6 +120,14 @@ bool RAVOLT::Effects::haveShadows() {
     return shadowing && RVSHADER::useShadows() && ravolt::framebuffersWork();
 }
 
+void RAVOLT::Effects::forgetList() {
+    RVOPENGL::blendingOff();
+    RVMATERIAL::reset();
+}
+
+// On purpose: a mesh that no light was ever picked for leaves its program, here too, and the lights
+// are picked behind this pass. So in the first frame the alpha of the current colour, mostly 1,
+// stands for the depth of every mesh, and the focus on one of them blurs them all.
 void RAVOLT::Effects::depthPass() {
     blurred().render(nullptr);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -128,6 +137,7 @@ void RAVOLT::Effects::depthPass() {
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
     scene().render(nullptr);
     glClear(GL_DEPTH_BUFFER_BIT);
+    forgetList();
 }
 
 void RAVOLT::Effects::bloom() {
@@ -149,6 +159,7 @@ void RAVOLT::Effects::bloom() {
         drawGlow(bloomingIntensity);
     }
     glEnable(GL_DEPTH_TEST);
+    forgetList();
 }
 
 void RAVOLT::Effects::depthOfField() {
@@ -164,4 +175,5 @@ void RAVOLT::Effects::depthOfField() {
         glEnable(GL_DEPTH_TEST);
     }
     glEnable(GL_DEPTH_TEST);
+    forgetList();
 }

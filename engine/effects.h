@@ -24,6 +24,9 @@ struct RAVOLT::Effects {
     static void depthOfField();
 
   private:
+    // What the list has drawn behind the materials' back, and the blending of its last entry, must
+    // not reach what follows.
+    static void forgetList();
     static RVLIGHT *findCaster();
     static void drawMap(const Z3MMATRIX &eyeToLight);
     static void drawDepthsOf(const Z3MMATRIX &eyeToLight);

@@ -13,6 +13,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "scene/nodeClass.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ constexpr unsigned int mapUnit = 1;
 RVFBO &shadowMap() { return *RVOPENGL::getFbo(2); }
 
 bool isCaster(RVNODE &node) {
-    if (node.getType() != RV_NODE_TYPE_LIGHT)
+    if (!ravolt::NodeClass::is(node, RV_NODE_TYPE_LIGHT))
         return false;
     const RVLIGHT &light = static_cast<const RVLIGHT &>(node);
     return light.getLightType() == RV_LIGHT_TYPE_SPOT && light.isShadowCaster();
@@ -189,6 +190,7 @@ void RAVOLT::Effects::drawMap(const Z3MMATRIX &eyeToLight) {
     else
         RVFBO::unbind();
     glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
+    forgetList();
 }
 
 void RAVOLT::Effects::shadows() {
@@ -210,4 +212,5 @@ void RAVOLT::Effects::shadows() {
     drawList([](const RVNODE &) { return true; });
     unloadMapMatrix();
     RVTEXTURE::forgetUnit(mapUnit);
+    forgetList();
 }

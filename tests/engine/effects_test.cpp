@@ -476,6 +476,40 @@ TEST_F(Effects, BlendingOfTheLastEntryDoesNotReachTheDepthOfField) {
     expectStateOfAFrame();
 }
 
+// Notes what stands when it is drawn.
+class Witness : public CustomNode {
+  public:
+    bool render(void *) override {
+        blended.push_back(glIsEnabled(GL_BLEND) || RVOPENGL::isBlended());
+        return true;
+    }
+    std::vector<bool> blended;
+};
+
+TEST_F(Effects, BlendingIsOffAfterEachPassWhateverDrewLast) {
+    RAVOLT::DOFOn();
+    RAVOLT::shadowingOn();
+    auto *sky = new RVNODE;
+    auto *inTheSky = new Witness;
+    inTheSky->link(sky);
+    RAVOLT::setSkybox(sky);
+    auto *root = new RVNODE;
+    auto *first = new Witness;
+    auto *last = new Wall({1, 0, 0, 0.5f});
+    last->blended = true;
+    newCaster({0, 4, 0}, {0, -0.6f, -0.8f})->link(root);
+    first->link(root);
+    last->link(root);
+    drawFrame(camera, root);
+    RAVOLT::setSkybox(nullptr);
+    EXPECT_EQ(inTheSky->blended, (std::vector<bool>{false})) << "behind the depth pass";
+    // Depth pass, map, lit pass, main pass; the map follows the sky.
+    ASSERT_EQ(first->blended.size(), 4u);
+    EXPECT_FALSE(first->blended[1]) << "the map";
+    EXPECT_FALSE(first->blended[3]) << "behind the lit pass";
+    expectStateOfAFrame();
+}
+
 // --- shadows
 
 TEST_F(Effects, WithoutACasterTheFrameSaysSoAndGoesOn) {
