@@ -1,3 +1,4 @@
+#include "tests/support/clock.h"
 #include "tests/support/heap.h"
 #include "tests/support/recorderState.h"
 
@@ -73,6 +74,7 @@ void Recorder::reset() {
     const bool forgiven = hidden->unitsForgiven;
     *hidden = State();
     hidden->unitsForgiven = forgiven;
+    ownClock = {};
     allocationsWork();
 }
 

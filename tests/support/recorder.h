@@ -163,6 +163,11 @@ class Recorder {
     // the process; the recorder's own are counted too, so count while it does not record.
     unsigned long allocations() const;
 
+    // Lies of the clock: it stands still from now on, but for what is let pass. Frames of no length
+    // count as a second. Ends with reset().
+    void stopClock();
+    void letPass(double seconds);
+
     // For the definitions behind it; tests have no use for it.
     struct State;
     State &state() { return *hidden; }

@@ -1,5 +1,7 @@
 #include "tests/support/recorder.h"
 
+#include "ravolt/zlf.h"
+
 #include <GL/gl.h>
 #include <GL/glext.h>
 #include <SDL/SDL.h>
@@ -245,6 +247,21 @@ TEST_F(RecorderInSilence, LargeAllocationsFailOnDemand) {
     EXPECT_THROW(std::make_unique<char[]>(1000), std::bad_alloc);
     recorder.allocationsWork();
     EXPECT_TRUE(std::unique_ptr<char[]>(new (std::nothrow) char[1000]));
+}
+
+TEST_F(RecorderInSilence, TheClockStandsStillButForWhatIsLetPass) {
+    recorder.stopClock();
+    const int timer = zlfNewTimer(1);
+    recorder.letPass(0.25);
+    zlfAdjournTimer(timer);
+    EXPECT_EQ(zlfGetTimerFactor(timer), 0.25f);
+    recorder.letPass(3);
+    zlfAdjournTimer(timer);
+    EXPECT_EQ(zlfGetTimerFactor(timer), 3);
+    recorder.reset();
+    zlfAdjournTimer(timer);
+    EXPECT_LT(zlfGetTimerFactor(timer), 3);
+    zlfFreeTimer(timer);
 }
 
 TEST_F(RecorderInSilence, AllocationsAreCounted) {
