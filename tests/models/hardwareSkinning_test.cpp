@@ -7,13 +7,14 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
-#include "tests/models/modelScenes.h"
+#include "tests/models/skinReference.h"
 #include "tests/support/engineFixture.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <iterator>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -23,30 +24,7 @@ using namespace ravolt::test;
 
 namespace {
 
-// What the program is told of the bones.
-struct Bones {
-    std::vector<double> quat, trans;
-};
-
-using Vector = std::array<double, 3>;
 using Weights = std::array<double, 4>; // of the bones 0, 1, 2 and once more 0
-
-// The program's own arithmetic, in double precision; a normal (`w` 0) is not moved.
-Vector bent(const Bones &bones, const Z3MVECTOR3D &v, double w, const Weights &weight) {
-    Vector sum{};
-    for (std::size_t k = 0; k < 4; ++k) {
-        const double *const q = &bones.quat[4 * (k % 3)], *const move = &bones.trans[3 * (k % 3)];
-        const double x = q[0], y = q[1], z = q[2], r = q[3];
-        const double m[3][3] = {
-            {1 - 2 * (y * y + z * z), 2 * (x * y - z * r), 2 * (x * z + y * r)},
-            {2 * (x * y + z * r), 1 - 2 * (x * x + z * z), 2 * (y * z - x * r)},
-            {2 * (x * z - y * r), 2 * (y * z + x * r), 1 - 2 * (x * x + y * y)}};
-        for (std::size_t row = 0; row < 3; ++row)
-            sum[row] +=
-                weight[k] * (m[row][0] * v.x + m[row][1] * v.y + m[row][2] * v.z + w * move[row]);
-    }
-    return sum;
-}
 
 constexpr unsigned int columns = 9; // of vertices, along x
 constexpr unsigned int vertices = 2 * columns;
@@ -103,7 +81,7 @@ const Look looks[] = {
 struct Outcome {
     Picture lit, flat;
     std::vector<Z3MVECTOR3D> clientVertices, clientNormals; // the processor's
-    Bones bones;                                            // the program's
+    std::optional<ProgramBones> bones;                      // the program's
 };
 
 class HardwareSkinningTest : public EngineTest, public testing::WithParamInterface<Look> {
@@ -181,10 +159,10 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
         const Calls calls = recorder.stop();
         outcome.lit = readFrame();
         if (byProgram) {
-            outcome.bones = bonesOf(calls);
+            outcome.bones.emplace(calls);
         } else {
-            outcome.clientVertices = clientArray(GL_VERTEX_ARRAY_POINTER);
-            outcome.clientNormals = clientArray(GL_NORMAL_ARRAY_POINTER);
+            outcome.clientVertices = clientArray(GL_VERTEX_ARRAY_POINTER, vertices);
+            outcome.clientNormals = clientArray(GL_NORMAL_ARRAY_POINTER, vertices);
         }
         EXPECT_EQ(programOf(calls, recorder), byProgram ? look.byProgram : look.byProcessor);
         RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
@@ -192,27 +170,6 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
         outcome.flat = readFrame();
         RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
         return outcome;
-    }
-
-    static Bones bonesOf(const Calls &calls) {
-        const Calls quat = calls.named("glUniform4fvARB"), trans = calls.named("glUniform3fvARB");
-        EXPECT_EQ(quat.size(), 1u);
-        EXPECT_EQ(trans.size(), 1u);
-        Bones bones;
-        if (quat.size() && trans.size()) {
-            bones.quat.assign(quat[0].arguments.begin() + 2, quat[0].arguments.end());
-            bones.trans.assign(trans[0].arguments.begin() + 2, trans[0].arguments.end());
-        }
-        return bones;
-    }
-
-    static std::vector<Z3MVECTOR3D> clientArray(GLenum array) {
-        GLvoid *pointer = nullptr;
-        glGetPointerv(array, &pointer);
-        if (!pointer)
-            return {};
-        const Z3MVECTOR3D *first = static_cast<const Z3MVECTOR3D *>(pointer);
-        return {first, first + vertices};
     }
 };
 
@@ -224,12 +181,6 @@ unsigned int pixelsOtherThanBlack(const Picture &picture) {
             number += pixel.red || pixel.green || pixel.blue;
         }
     return number;
-}
-
-void expectNear(const Z3MVECTOR3D &found, const Vector &expected) {
-    EXPECT_NEAR(found.x, expected[0], 1e-4);
-    EXPECT_NEAR(found.y, expected[1], 1e-4);
-    EXPECT_NEAR(found.z, expected[2], 1e-4);
 }
 
 TEST_P(HardwareSkinningTest, ProgramBendsAsTheProcessorDoes) {
@@ -244,15 +195,17 @@ TEST_P(HardwareSkinningTest, ProgramBendsAsTheProcessorDoes) {
     // The numbers.
     ASSERT_EQ(processor.clientVertices.size(), vertices);
     ASSERT_EQ(processor.clientNormals.size(), vertices);
-    ASSERT_EQ(program.bones.quat.size(), 12u);
-    ASSERT_EQ(program.bones.trans.size(), 9u);
+    ASSERT_EQ(program.bones->quat.size(), 12u);
+    ASSERT_EQ(program.bones->trans.size(), 9u);
     const RVMESH *mesh = meshNamed("strip");
+    const RveSkin skin = strip().mesh.skin;
     for (unsigned int v = 0; v < vertices; ++v) {
         SCOPED_TRACE(v);
+        const Influences influences = influencesOf(skin, v);
         expectNear(processor.clientVertices[v],
-                   bent(program.bones, mesh->getVertexPtr()[v], 1, weightsOf(v)));
+                   program.bones->bent(mesh->getVertexPtr()[v], influences), 1e-4);
         expectNear(processor.clientNormals[v],
-                   bent(program.bones, mesh->getVertexNormalPtr()[v], 0, weightsOf(v)));
+                   program.bones->bentNormal(mesh->getVertexNormalPtr()[v], influences), 1e-4);
     }
 
     // The pictures: samples on edges may fall to either side.

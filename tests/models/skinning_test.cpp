@@ -3,7 +3,7 @@
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
-#include "tests/models/modelScenes.h"
+#include "tests/models/skinReference.h"
 #include "tests/support/engineFixture.h"
 
 #include <algorithm>
@@ -16,104 +16,9 @@ using namespace ravolt::test;
 
 namespace {
 
-// The reference: transforms of columns in double precision, written from the definition.
-using Vector = std::array<double, 3>;
-
-struct Transform {
-    std::array<double, 9> turn{1, 0, 0, 0, 1, 0, 0, 0, 1}; // rows
-    Vector move{0, 0, 0};
-
-    Vector direction(const Vector &v) const {
-        Vector result{};
-        for (int row = 0; row < 3; ++row)
-            for (int column = 0; column < 3; ++column)
-                result[row] += turn[3 * row + column] * v[column];
-        return result;
-    }
-
-    Vector point(const Vector &v) const {
-        Vector result = direction(v);
-        for (int row = 0; row < 3; ++row)
-            result[row] += move[row];
-        return result;
-    }
-
-    // First `inner`, then this.
-    Transform after(const Transform &inner) const {
-        Transform result;
-        for (int row = 0; row < 3; ++row)
-            for (int column = 0; column < 3; ++column) {
-                double &sum = result.turn[3 * row + column] = 0;
-                for (int k = 0; k < 3; ++k)
-                    sum += turn[3 * row + k] * inner.turn[3 * k + column];
-            }
-        result.move = point(inner.move);
-        return result;
-    }
-
-    // For rotations and moves.
-    Transform inverse() const {
-        Transform result;
-        for (int row = 0; row < 3; ++row)
-            for (int column = 0; column < 3; ++column)
-                result.turn[3 * row + column] = turn[3 * column + row];
-        const Vector back = result.direction(move);
-        result.move = {-back[0], -back[1], -back[2]};
-        return result;
-    }
-};
-
-Transform aboutAxis(int axis, double degrees) {
-    const double angle = degrees * 3.14159265358979323846 / 180.0;
-    const int a = (axis + 1) % 3, b = (axis + 2) % 3;
-    Transform result;
-    result.turn[3 * a + a] = result.turn[3 * b + b] = std::cos(angle);
-    result.turn[3 * a + b] = -std::sin(angle);
-    result.turn[3 * b + a] = std::sin(angle);
-    return result;
-}
-
-// Translation by position plus origin, then turns about X, Y and Z.
-Transform localOf(const RVNODE &node) {
-    const Z3MVECTOR3D p = node.getPosition(), o = node.getOrigin(), r = node.getRotation();
-    Transform result;
-    result.move = {double{p.x} + o.x, double{p.y} + o.y, double{p.z} + o.z};
-    return result.after(aboutAxis(0, r.x)).after(aboutAxis(1, r.y)).after(aboutAxis(2, r.z));
-}
-
-// The transform up to the top of the tree, or up to and with the ancestor "HumanoidRoot".
-Transform finalOf(const RVNODE &node) {
-    Transform result = localOf(node);
-    for (const RVNODE *above = node.getParent(); above; above = above->getParent()) {
-        result = localOf(*above).after(result);
-        if (std::string(above->getName()) == "HumanoidRoot")
-            break;
-    }
-    return result;
-}
-
-// The skeleton pass starts with an identity at the parent of the mesh and applies that parent.
-Transform poseOf(const RVNODE &bone, const RVNODE *top) {
-    Transform result = localOf(bone);
-    for (const RVNODE *above = bone.getParent(); above; above = above->getParent()) {
-        result = localOf(*above).after(result);
-        if (above == top)
-            break;
-    }
-    return result;
-}
-
 // Drawn vertices and normals: the client arrays at the time of glDrawElements.
 struct Drawn {
     std::vector<Z3MVECTOR3D> vertices, normals;
-};
-
-struct Skin {
-    std::vector<std::uint8_t> index;
-    std::vector<float> weight;
-    std::vector<Transform> inverseBind;
-    std::vector<std::string> bones;
-    unsigned int weights = 0;
 };
 
 RveNode joint(const std::string &name, RveVector position, RveVector rotation,
@@ -122,12 +27,6 @@ RveNode joint(const std::string &name, RveVector position, RveVector rotation,
     node.rotation = rotation;
     node.origin = {0.25f, -0.5f, 0.125f};
     return node;
-}
-
-void expectNear(const Z3MVECTOR3D &actual, const Vector &expected, double tolerance) {
-    EXPECT_NEAR(actual.x, expected[0], tolerance);
-    EXPECT_NEAR(actual.y, expected[1], tolerance);
-    EXPECT_NEAR(actual.z, expected[2], tolerance);
 }
 
 // With a real driver: the matrices are OpenGL's own.
@@ -151,16 +50,12 @@ class SkinningTest : public EngineTest {
         figure.position = {3, -2, 1};
         figure.origin = {0.5f, 0.5f, 0.5f};
         RVNODE *root = loadScene({nodeNamed("crowd", {figure})});
-        noteBindPose();
+        noteBindPose(root);
         RVNODE::findByName("crowd")->setPosition(10, 20, 30);
         return root;
     }
 
-    void noteBindPose() {
-        skin.inverseBind.clear();
-        for (const std::string &bone : skin.bones)
-            skin.inverseBind.push_back(finalOf(*meshNamed(bone)).inverse());
-    }
+    void noteBindPose(RVNODE *root) { binding = Binding(*root, skin.bones); }
 
     // The bones leave their bind pose.
     static void moveBones() {
@@ -176,56 +71,32 @@ class SkinningTest : public EngineTest {
     Drawn draw(RVNODE *root) {
         drawFrame(nullptr, root);
         Drawn drawn;
-        drawn.vertices = clientArray(GL_VERTEX_ARRAY_POINTER);
-        drawn.normals = clientArray(GL_NORMAL_ARRAY_POINTER);
+        drawn.vertices = clientArray(GL_VERTEX_ARRAY_POINTER, vertices);
+        drawn.normals = clientArray(GL_NORMAL_ARRAY_POINTER, vertices);
         return drawn;
     }
 
     void expectReference(RVNODE *root, const Drawn &drawn) {
         ASSERT_NE(root, nullptr);
         const RVMESH *mesh = meshNamed("skin");
-        std::vector<Transform> bones;
-        const Transform inverseMesh = finalOf(*mesh).inverse();
-        for (std::size_t i = 0; i < skin.bones.size(); ++i)
-            bones.push_back(inverseMesh.after(poseOf(*meshNamed(skin.bones[i]), mesh->getParent()))
-                                .after(skin.inverseBind[i]));
+        const std::vector<Transform> bones = binding.bonesNow(*mesh);
         ASSERT_EQ(drawn.vertices.size(), vertices);
         for (unsigned int v = 0; v < vertices; ++v) {
-            Vector position{}, normal{};
-            for (unsigned int k = 0; k < skin.weights; ++k) {
-                const std::size_t at = v * skin.weights + k;
-                add(position, skin.weight[at],
-                    bones[skin.index[at]].point(asDouble(mesh->getVertexPtr()[v])));
-                add(normal, skin.weight[at],
-                    bones[skin.index[at]].direction(asDouble(mesh->getVertexNormalPtr()[v])));
-            }
             SCOPED_TRACE(v);
-            expectNear(drawn.vertices[v], position, 1e-4);
-            expectNear(drawn.normals[v], normal, 1e-5);
+            const Influences influences = influencesOf(skin, v);
+            expectNear(drawn.vertices[v], bentPoint(bones, mesh->getVertexPtr()[v], influences),
+                       1e-4);
+            expectNear(drawn.normals[v],
+                       bentDirection(bones, mesh->getVertexNormalPtr()[v], influences), 1e-5);
         }
     }
 
-    Skin skin;
+    RveSkin skin;
+    Binding binding;
 
   private:
-    static Vector asDouble(const Z3MVECTOR3D &v) { return {v.x, v.y, v.z}; }
-
-    static void add(Vector &sum, double weight, const Vector &v) {
-        for (int i = 0; i < 3; ++i)
-            sum[i] += weight * v[i];
-    }
-
-    static std::vector<Z3MVECTOR3D> clientArray(GLenum name) {
-        GLvoid *pointer = nullptr;
-        glGetPointerv(name, &pointer);
-        if (!pointer)
-            return {};
-        const Z3MVECTOR3D *vectors = static_cast<const Z3MVECTOR3D *>(pointer);
-        return {vectors, vectors + vertices};
-    }
-
     RveSkin randomSkin(unsigned int weightsPerVertex) {
-        skin.weights = weightsPerVertex;
+        skin.weightsPerVertex = weightsPerVertex;
         skin.bones = {"hips", "spine", "head", "arm", "leg"};
         std::uniform_real_distribution<float> anyWeight(0.1f, 1.0f);
         for (unsigned int v = 0; v < vertices; ++v) {
@@ -234,12 +105,12 @@ class SkinningTest : public EngineTest {
             for (unsigned int k = 0; k < weightsPerVertex; ++k) {
                 weight.push_back(anyWeight(random));
                 sum += weight.back();
-                skin.index.push_back(static_cast<std::uint8_t>(random() % skin.bones.size()));
+                skin.boneIndices.push_back(static_cast<std::uint8_t>(random() % skin.bones.size()));
             }
             for (float w : weight)
-                skin.weight.push_back(w / sum);
+                skin.boneWeights.push_back(w / sum);
         }
-        return {weightsPerVertex, skin.index, skin.weight, skin.bones};
+        return skin;
     }
 
     void fillGeometry(RveMesh &mesh) {
@@ -342,7 +213,7 @@ TEST_F(SkinningTest, ResetBonesTakesThePoseOfTheMoment) {
     RVNODE *root = loadFigure(4, "HumanoidRoot");
     moveBones();
     EXPECT_TRUE(meshNamed("skin")->resetBones(root));
-    noteBindPose();
+    noteBindPose(root);
     expectReference(root, draw(root));
 }
 
