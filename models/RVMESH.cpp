@@ -36,6 +36,32 @@ void setPickingColor(unsigned int id) {
               (id >> 24) / 255.0f);
 }
 
+// While one lives, a material that skinned meshes share chooses the programs for rigid ones: those
+// that bend would move a rigid mesh with the bones that they were told last.
+class RigidUse {
+  public:
+    RigidUse(RVMATERIAL &shared, bool rigid)
+        : material(shared), changed(rigid && shared.isSkinned()) {
+        if (changed)
+            setSkinning(false);
+    }
+    ~RigidUse() {
+        if (changed)
+            setSkinning(true);
+    }
+    RigidUse(const RigidUse &) = delete;
+    RigidUse &operator=(const RigidUse &) = delete;
+
+  private:
+    void setSkinning(bool skinned) const {
+        material.setSkinning(skinned);
+        RVMATERIAL::reset(); // it is not applied the other way
+    }
+
+    RVMATERIAL &material;
+    const bool changed;
+};
+
 } // namespace
 
 RVSKELETON *RVMESH::skeletonElement = nullptr;
@@ -111,6 +137,7 @@ bool RVMESH::shade(RVELEMENT &entry) const {
     RVMATERIAL *const paint = material.get();
     if (!paint)
         return false;
+    const RigidUse use(*paint, !isSkinned());
     // On purpose: without lighting a transparent mesh is drawn as an opaque one, in one go.
     if (!RVLIGHT::getLighting()) {
         paint->render(nullptr);

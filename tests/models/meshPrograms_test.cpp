@@ -226,6 +226,27 @@ TEST_F(MeshProgramTest, MaterialOfAMeshThatCannotBeBentServesItsOtherMeshesAnew)
     EXPECT_EQ(programs(render(meshNamed("other"), RV_OPENGL_PROFILE_FULL)), Names{"skydomeShader"});
 }
 
+// The picture is in skinnedCharacters_test.cpp.
+TEST_F(MeshProgramTest, RigidMeshOfASkinnedMaterialTakesTheRigidPrograms) {
+    RveNode skin = squareMesh("skin", "paint");
+    skin.mesh.skin = {4, std::vector<std::uint8_t>(16, 0), std::vector<float>(16, 0.25f), {"bone"}};
+    RVNODE *root = loadScene(
+        RveScene{{materialNamed("paint")},
+                 rootOver({squareMesh("first", "paint"), emptyMesh("bone"), skin,
+                           squareMesh("second", "paint"), squareMesh("third", "paint")})});
+    root->setPosition(0, 0, -5);
+    RVLIGHT *light = new RVLIGHT;
+    light->setLightType(RV_LIGHT_TYPE_SPOT);
+    light->link(root);
+    RVLIGHT::lightingOn();
+    recorder.start();
+    drawFrame(nullptr, root);
+    const Names names = programs(recorder.stop());
+    ASSERT_GE(names.size(), 3u);
+    EXPECT_EQ(Names(names.end() - 3, names.end()), (Names{"pplSpot", "pplSpotA", "pplSpot"}));
+    EXPECT_TRUE(meshNamed("skin")->getMaterial()->isSkinned());
+}
+
 TEST_F(MeshProgramTest, NormalsAreDrawnWithoutAProgramAndNotForASkinThatAProgramBends) {
     RVMESH::showNormals();
     RVMESH *mesh = makeSquare();

@@ -1,0 +1,439 @@
+// Many skinned meshes in a frame, on both ways to bend them: by the processor, and by a program.
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVANIM.h"
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
+#include "tests/models/skinReference.h"
+#include "tests/support/engineFixture.h"
+
+#include <cmath>
+#include <cstdint>
+#include <random>
+
+using namespace ravolt;
+using namespace ravolt::test;
+
+namespace {
+
+constexpr Pixel black{0, 0, 0, 255};
+
+enum class Way { processor, program };
+
+void PrintTo(Way way, std::ostream *out) {
+    *out << (way == Way::program ? "program" : "processor");
+}
+
+// Before a black background; flat passes show every mesh in the colour of its auxId.
+class CharactersTest : public EngineTest, public testing::WithParamInterface<Way> {
+  protected:
+    CharactersTest() { settings.setShaders(byProgram()); }
+
+    void SetUp() override {
+        EngineTest::SetUp();
+        ASSERT_EQ(RVSHADER::useSkinning(), byProgram());
+        RVOPENGL::setBackgroundColor(0, 0, 0, 1);
+    }
+
+    void TearDown() override {
+        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
+        RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
+        RVLIGHT::lightingOff();
+        RVSHADER::reset();
+        EngineTest::TearDown();
+    }
+
+    static bool byProgram() { return GetParam() == Way::program; }
+
+    // Pixels to a unit, ten units in front of the eye.
+    static double scale() { return height / 2 / (10 * std::tan(22.5 * 3.14159265358979 / 180)); }
+
+    // Where the middle of a pixel lies there.
+    static float unitsX(int x) { return static_cast<float>((x + 0.5 - width / 2) / scale()); }
+    static float unitsY(int y) { return static_cast<float>((height / 2 - y - 0.5) / scale()); }
+
+    // A far light, and a frame in which the meshes under `root` find it: programs draw what has a
+    // light alone, and a flat pass goes by the last lit one.
+    static void light(RVNODE *root) {
+        RVLIGHT *lamp = new RVLIGHT;
+        lamp->setLightType(RV_LIGHT_TYPE_DIRECTIONAL);
+        lamp->setDirection(0, 0, -1);
+        lamp->setPosition(0, 0, 15);
+        lamp->link(root);
+        RVLIGHT::lightingOn();
+        drawFrame(nullptr, root);
+    }
+
+    static Picture drawFlat(RVNODE *root) {
+        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
+        drawFrame(nullptr, root);
+        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
+        return readFrame();
+    }
+
+    // What bends the mesh at place `skeleton` of the cache, against the reference.
+    void expectBent(RVMESH &mesh, unsigned int skeleton, const RveSkin &skin,
+                    const Binding &binding) {
+        RVELEMENT entry;
+        entry.setParam1(skeleton);
+        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
+        recorder.start();
+        ASSERT_TRUE(mesh.render(&entry));
+        const Calls calls = recorder.stop();
+        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
+
+        const std::vector<Transform> bones = binding.bonesNow(mesh);
+        const unsigned int vertices = mesh.getNumberOfVertices();
+        if (byProgram()) {
+            const ProgramBones program(calls);
+            ASSERT_EQ(program.trans.size(), 3 * skin.bones.size());
+            for (unsigned int v = 0; v < vertices; ++v) {
+                const Influences influences = influencesOf(skin, v);
+                const Vector bent = program.bent(mesh.getVertexPtr()[v], influences);
+                expectNear({bent[0], bent[1], bent[2]},
+                           bentPoint(bones, mesh.getVertexPtr()[v], influences), 2e-4);
+            }
+        } else {
+            const std::vector<Z3MVECTOR3D> bent = clientArray(GL_VERTEX_ARRAY_POINTER, vertices);
+            ASSERT_EQ(bent.size(), vertices);
+            for (unsigned int v = 0; v < vertices; ++v)
+                expectNear(bent[v], bentPoint(bones, mesh.getVertexPtr()[v], influencesOf(skin, v)),
+                           2e-4);
+        }
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Ways, CharactersTest, testing::Values(Way::processor, Way::program),
+                         testing::PrintToStringParamName());
+
+// A square that follows one bone with all of its weights.
+RveNode squareOn(const std::string &bone, const std::string &name, float half,
+                 unsigned int weights = 4, const std::string &material = "[none]") {
+    RveNode square = squareMesh(name, material, half);
+    square.mesh.skin = {weights,
+                        std::vector<std::uint8_t>(4 * weights, 0),
+                        std::vector<float>(4 * weights, 1.0f / static_cast<float>(weights)),
+                        {bone}};
+    if (!weights)
+        square.mesh.skin = {};
+    return square;
+}
+
+// --- Clips on characters
+
+// Hips, spine and head, and a mesh of random triangles that they bend.
+class Character {
+  public:
+    Character() {
+        std::mt19937 random(2718);
+        std::uniform_real_distribution<float> coordinate(-2.0f, 2.0f), weight(0.1f, 1.0f);
+        skin.weightsPerVertex = 4;
+        skin.bones = {"hips", "spine", "head"};
+        for (unsigned int v = 0; v < 30; ++v) {
+            vertices.push_back({coordinate(random), coordinate(random), coordinate(random)});
+            float weights[4], sum = 0;
+            for (float &each : weights)
+                sum += each = weight(random);
+            for (const float each : weights) {
+                skin.boneIndices.push_back(static_cast<std::uint8_t>(random() % 3));
+                skin.boneWeights.push_back(each / sum);
+            }
+        }
+    }
+
+    RveNode node(const std::string &name) const {
+        RveNode mesh = emptyMesh("skin", {0.25f, 0.5f, 0});
+        mesh.mesh.skin = skin;
+        mesh.mesh.vertices = vertices;
+        mesh.mesh.normals.assign(vertices.size(), {0, 0, 1});
+        for (std::uint16_t v = 0; v < 30; v = static_cast<std::uint16_t>(v + 3))
+            mesh.mesh.faces.push_back(
+                {v, static_cast<std::uint16_t>(v + 1), static_cast<std::uint16_t>(v + 2)});
+        return nodeNamed(
+            name,
+            {emptyMesh("hips", {0, 1, 0},
+                       {emptyMesh("spine", {0, 1, 0.5f}, {emptyMesh("head", {0.5f, 1.5f, 0})})}),
+             mesh});
+    }
+
+    RveSkin skin;
+
+  private:
+    std::vector<RveVector> vertices;
+};
+
+// Random turns and moves of the mesh's bones.
+RVANIM &randomClip(const RVMESH *mesh, unsigned int seed, bool translating) {
+    RVANIM &clip = *new RVANIM;
+    EXPECT_TRUE(clip.acquireStructure(mesh));
+    clip.setNumberOfFrames(20);
+    clip.setTranslating(translating);
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<float> degrees(-90.0f, 90.0f), move(-0.5f, 0.5f);
+    for (unsigned int frame = 0; frame < 20; ++frame)
+        for (unsigned int bone = 0; bone < clip.getNumberOfBones(); ++bone) {
+            clip.setFrame(frame, bone, degrees(random), degrees(random), degrees(random));
+            clip.getKeyframe(frame, bone)->translation.set(move(random), move(random), 1);
+        }
+    return clip;
+}
+
+RVMESH &skinUnder(RVNODE &root) {
+    return static_cast<RVMESH &>(*root.findByNameInHierarchy("skin"));
+}
+
+TEST_P(CharactersTest, TwoOfTheSameBoneNamesPlayTheirOwnClips) {
+    const Character character;
+    const RveScene file{{}, rootOver({character.node("HumanoidRoot")})};
+    RVNODE *const roots[] = {loadScene(file), loadScene(file)};
+    const Binding bindings[] = {{*roots[0], character.skin.bones},
+                                {*roots[1], character.skin.bones}};
+    const RVANIM &walk = randomClip(&skinUnder(*roots[0]), 1, false);
+    const RVANIM &jump = randomClip(&skinUnder(*roots[1]), 2, true);
+    roots[1]->setPosition(5, -3, -20);
+    roots[1]->setRotation(0, 75, 0);
+    for (unsigned int frame = 0; frame < 3; ++frame) {
+        SCOPED_TRACE(frame);
+        EXPECT_TRUE(walk.apply(5 * frame, roots[0]));
+        EXPECT_TRUE(jump.apply(19 - 7 * frame, roots[1]));
+        RAVOLT::clear(true, true, false);
+        RAVOLT::begin3D(nullptr);
+        for (RVNODE *root : roots)
+            root->pass();
+        for (unsigned int at = 0; at < 2; ++at)
+            expectBent(skinUnder(*roots[at]), at, character.skin, bindings[at]);
+        RAVOLT::end3D(true);
+    }
+}
+
+// Bones are looked for under the root of the file, where the first character's are found; its own
+// root has to be told to the second one.
+TEST_P(CharactersTest, TwoInOneFileWantTheirBonesResetEach) {
+    const Character character;
+    RveNode first = character.node("first"), second = character.node("second");
+    second.position = {4, 0, 0};
+    RVNODE *const root = loadScene({first, second});
+    RVNODE *const own[] = {RVNODE::findByName("first"), RVNODE::findByName("second")};
+    const Binding bindings[] = {{*own[0], character.skin.bones}, {*own[1], character.skin.bones}};
+    EXPECT_TRUE(skinUnder(*own[1]).resetBones(own[1]));
+
+    const RVANIM &clip = randomClip(&skinUnder(*root), 3, true);
+    EXPECT_TRUE(clip.apply(2, own[0]));
+    EXPECT_TRUE(clip.apply(17, own[1]));
+    RAVOLT::clear(true, true, false);
+    RAVOLT::begin3D(nullptr);
+    root->pass();
+    for (unsigned int at = 0; at < 2; ++at)
+        expectBent(skinUnder(*own[at]), at, character.skin, bindings[at]);
+    RAVOLT::end3D(true);
+}
+
+TEST_P(CharactersTest, ClipsMoveThePicture) {
+    RVNODE *roots[2];
+    for (RVNODE *&root : roots) {
+        root = loadScene(
+            {nodeNamed("HumanoidRoot", {emptyMesh("arm"), squareOn("arm", "skin", 0.5f)})});
+        root->setPosition(0, 0, -10);
+    }
+    skinUnder(*roots[0]).setAuxId(0x000000ff); // red
+    skinUnder(*roots[1]).setAuxId(0x0000ff00); // green
+    RVANIM &clip = *new RVANIM;
+    ASSERT_TRUE(clip.acquireStructure(&skinUnder(*roots[0])));
+    clip.setNumberOfFrames(2);
+    clip.setTranslating(true);
+    clip.getKeyframe(0, 0)->translation.set(unitsX(20), unitsY(48), 0);
+    clip.getKeyframe(1, 0)->translation.set(unitsX(100), unitsY(30), 0);
+    RVNODE *stage = new RVNODE;
+    for (RVNODE *root : roots)
+        root->link(stage);
+    light(stage);
+    for (unsigned int frame = 0; frame < 2; ++frame) {
+        EXPECT_TRUE(clip.apply(frame, roots[0]));
+        EXPECT_TRUE(clip.apply(1 - frame, roots[1]));
+        const Picture picture = drawFlat(stage);
+        const Pixel red{255, 0, 0, 255}, green{0, 255, 0, 255};
+        EXPECT_PIXEL(picture.at(20, 48), frame ? green : red, 1);
+        EXPECT_PIXEL(picture.at(100, 30), frame ? red : green, 1);
+        EXPECT_NEAR(static_cast<double>(picture.pixelsUnlike(black)), 2 * scale() * scale(), 40);
+    }
+}
+
+// --- Tables
+
+// 257 characters in cells of seven by six pixels: one more than the cache holds, and that one is
+// not to be seen.
+TEST_P(CharactersTest, TheCacheHolds256AndTheLastOneIsNotSeen) {
+    std::vector<RveNode> characters;
+    for (unsigned int number = 0; number < 257; ++number) {
+        const std::string bone = "bone " + std::to_string(number);
+        characters.push_back(
+            nodeNamed("HumanoidRoot", {emptyMesh(bone), squareOn(bone, "skin", 0.2f)}));
+    }
+    RVNODE *root = loadScene(characters);
+    root->setPosition(0, 0, -10);
+    const auto cell = [](unsigned int number) {
+        return std::pair{static_cast<int>(7 * (number % 17) + 5),
+                         static_cast<int>(6 * (number / 17) + 3)};
+    };
+    for (unsigned int number = 0; number < 257; ++number) {
+        const auto [x, y] = cell(number);
+        meshNamed("bone " + std::to_string(number))->setPosition(unitsX(x), unitsY(y), 0);
+    }
+    light(root);
+    for (int frame = 0; frame < 2; ++frame) {
+        const LogMark mark = markLog();
+        recorder.start();
+        const Picture picture = drawFlat(root);
+        const Calls calls = recorder.stop();
+        EXPECT_EQ(calls.count("glDrawElements"), 256u);
+        EXPECT_EQ(calls.count("glUniform4fvARB"), byProgram() ? 256u : 0u);
+        EXPECT_EQ(problemsSince(mark),
+                  (std::vector<std::string>{
+                      "   [!] Skeleton cache full @ RVELEMENT::pass",
+                      "   [!] Animation not computed (cache full) @ RVMESH::animate"}));
+        for (unsigned int number = 0; number < 257; ++number) {
+            const auto [x, y] = cell(number);
+            EXPECT_EQ(pixelNear(picture.at(x, y), black, 0), number == 256) << number;
+            EXPECT_PIXEL(picture.at(x - 3, y), black, 0); // between two cells
+        }
+    }
+}
+
+// Each of a hundred quads on its own bone, the last one's number being 99.
+TEST_P(CharactersTest, AHundredBonesBendOneMesh) {
+    RveNode mesh = emptyMesh("skin");
+    RveSkin &skin = mesh.mesh.skin;
+    skin.weightsPerVertex = 4;
+    std::vector<RveNode> nodes;
+    for (unsigned int bone = 0; bone < RV_BONES; ++bone) {
+        skin.bones.push_back("bone " + std::to_string(bone));
+        nodes.push_back(emptyMesh(skin.bones.back(), {0.01f * static_cast<float>(bone), 0, 0}));
+        const RveNode square = squareMesh("part", "[none]", 0.2f);
+        const std::uint16_t first = static_cast<std::uint16_t>(mesh.mesh.vertices.size());
+        for (unsigned int corner = 0; corner < 4; ++corner) {
+            mesh.mesh.vertices.push_back(square.mesh.vertices[corner]);
+            mesh.mesh.normals.push_back({0, 0, 1});
+            skin.boneIndices.insert(skin.boneIndices.end(), 4, static_cast<std::uint8_t>(bone));
+            skin.boneWeights.insert(skin.boneWeights.end(), {0.5f, 0.25f, 0.125f, 0.125f});
+        }
+        for (const auto &face : square.mesh.faces) {
+            const auto v = [&](int k) { return static_cast<std::uint16_t>(first + face[k]); };
+            mesh.mesh.faces.push_back({v(0), v(1), v(2)});
+        }
+    }
+    nodes.push_back(mesh);
+    RVNODE *root = loadScene({nodeNamed("HumanoidRoot", nodes)});
+    EXPECT_EQ(meshNamed("skin")->getNumberOfBones(), 100);
+    const Binding binding(*root, skin.bones);
+    root->setPosition(0, 0, -10);
+    RVNODE::findByName("HumanoidRoot")->setPosition(0.125f, 0, 0);
+    const auto cell = [](unsigned int bone) {
+        return std::pair{static_cast<int>(12 * (bone % 10) + 8),
+                         static_cast<int>(9 * (bone / 10) + 5)};
+    };
+    for (unsigned int bone = 0; bone < RV_BONES; ++bone) {
+        const auto [x, y] = cell(bone);
+        // Back by the bind pose, and by the figure's place.
+        meshNamed(skin.bones[bone])
+            ->setPosition(unitsX(x) + 0.01f * static_cast<float>(bone) - 0.125f, unitsY(y), 0);
+    }
+    light(root);
+    const Picture picture = drawFlat(root);
+    for (unsigned int bone = 0; bone < RV_BONES; ++bone) {
+        const auto [x, y] = cell(bone);
+        EXPECT_FALSE(pixelNear(picture.at(x, y), black, 0)) << bone;
+        EXPECT_PIXEL(picture.at(x - 5, y), black, 0);
+    }
+    RAVOLT::clear(true, true, false);
+    RAVOLT::begin3D(nullptr);
+    for (unsigned int bone = 0; bone < RV_BONES; ++bone)
+        meshNamed(skin.bones[bone])->setRotation(3.0f * static_cast<float>(bone), 20, -40);
+    root->pass();
+    expectBent(*meshNamed("skin"), 0, skin, binding);
+    RAVOLT::end3D(true);
+}
+
+TEST_P(CharactersTest, MoreThanAHundredBonesAreRefused) {
+    RveNode square = squareOn("bone", "skin", 1);
+    square.mesh.skin.bones.assign(100, "bone");
+    Bytes bytes = bytesOf({{}, rootOver({square})});
+    const std::size_t countAt = bytes.size() - 100 * sizeof("bone") - 2;
+    ASSERT_EQ(bytes[countAt], 100);
+    bytes[countAt] = 101;
+    bytes.insert(bytes.end(), {'b', 'o', 'n', 'e', 0});
+    markLog();
+    EXPECT_EQ(loadBytes(bytes), nullptr);
+    EXPECT_LOGGED("   [!] Corrupted file scene.rve @ RAVOLT::load");
+    EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
+}
+
+// --- Weights
+
+// Six squares over each other, with 0 to 5 weights a vertex, that all bones pull to the right. The
+// programs take four weights a vertex: another number of them keeps the bind pose there.
+TEST_P(CharactersTest, SquaresOfAnyNumberOfWeightsStandWhereTheyShould) {
+    std::vector<RveNode> nodes = {emptyMesh("bone")};
+    const auto row = [](unsigned int weights) { return static_cast<int>(14 * weights + 12); };
+    for (unsigned int weights = 0; weights < 6; ++weights) {
+        RveNode square = squareOn("bone", "square " + std::to_string(weights), 0.4f, weights);
+        for (RveVector &vertex : square.mesh.vertices)
+            vertex[1] += unitsY(row(weights));
+        nodes.push_back(square);
+    }
+    RVNODE *root = loadScene({nodeNamed("HumanoidRoot", nodes)});
+    root->setPosition(0, 0, -10);
+    meshNamed("bone")->setPosition(unitsX(100) - unitsX(64), 0, 0);
+    light(root);
+    for (int frame = 0; frame < 2; ++frame) {
+        const Picture picture = drawFlat(root);
+        for (unsigned int weights = 0; weights < 6; ++weights) {
+            SCOPED_TRACE(weights);
+            const bool pulled = byProgram() ? weights == 4 : weights != 0;
+            EXPECT_EQ(pixelNear(picture.at(64, row(weights)), black, 0), pulled);
+            EXPECT_EQ(pixelNear(picture.at(100, row(weights)), black, 0), !pulled);
+        }
+    }
+}
+
+// A material is told that it is skinned by the first mesh that is, and serves rigid ones as well:
+// these are lit and stay where they are, whatever bones were told before them.
+TEST_P(CharactersTest, RigidMeshesShareAMaterialWithSkinnedOnes) {
+    std::vector<RveNode> nodes = {emptyMesh("bone 0"), emptyMesh("bone 1")};
+    const auto row = [](unsigned int number) { return static_cast<int>(18 * number + 12); };
+    for (unsigned int number = 0; number < 5; ++number) {
+        RveNode square = squareOn("bone 0", "square " + std::to_string(number), 0.5f,
+                                  number % 2 ? 4 : 0, "paint");
+        if (number % 2)
+            square.mesh.skin.bones.push_back("bone 1");
+        for (RveVector &vertex : square.mesh.vertices)
+            vertex[1] += unitsY(row(number));
+        nodes.push_back(square);
+    }
+    RveMaterial paint = materialNamed("paint");
+    paint.ambient = {0, 0, 0, 1};
+    paint.diffuse = {0, 1, 0, 1};
+    RVNODE *root = loadScene(RveScene{{paint}, rootOver({nodeNamed("HumanoidRoot", nodes)})});
+    ASSERT_TRUE(RVMATERIAL::findByName("paint")->isSkinned());
+    root->setPosition(0, 0, -10);
+    for (const char *bone : {"bone 0", "bone 1"})
+        meshNamed(bone)->setPosition(unitsX(100) - unitsX(64), 0, 0);
+    light(root);
+    for (int frame = 0; frame < 3; ++frame) {
+        SCOPED_TRACE(frame);
+        drawFrame(nullptr, root);
+        const Picture picture = readFrame();
+        for (unsigned int number = 0; number < 5; ++number) {
+            SCOPED_TRACE(number);
+            const int wanted = number % 2 ? 100 : 64;
+            EXPECT_GT(picture.at(wanted, row(number)).green, 100);
+            EXPECT_PIXEL(picture.at(164 - wanted, row(number)), black, 0);
+        }
+        EXPECT_TRUE(RVMATERIAL::findByName("paint")->isSkinned());
+    }
+}
+
+} // namespace
