@@ -1,0 +1,241 @@
+// What a start of the engine costs and where the time goes: without programs, and with the 35
+// programs while the driver finds them in its cache on disk, has that cache off, or fills it.
+// Each start is one of a process of its own; the figures are medians, in milliseconds of the
+// calling thread.
+//
+//   timedStart [STARTS]      a table
+//   timedStart none|programs a single start, as a row of numbers
+//
+// The program's own SDL_GL_GetProcAddress stands in front of SDL's and hands out functions that
+// take the time; so do the functions that open the window,
+// show the splash and make textures.
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVSETTINGS.h"
+#include "ravolt/zlf.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+#include <SDL/SDL.h>
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+enum Share { window, splash, targets, compile, link, lookUp, otherCalls, rest, shares };
+constexpr const char *shareNames[] = {"SDL and its window",
+                                      "showing the splash",
+                                      "memory of textures and targets",
+                                      "compiling stages",
+                                      "linking",
+                                      "looking up parameters",
+                                      "other calls for programs",
+                                      "the rest"};
+using Times = std::array<double, shares + 1>; // the last one is the whole
+
+double spent[shares];
+
+double threadTime() {
+    timespec time;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) * 1e-6;
+}
+
+class Stopwatch {
+  public:
+    explicit Stopwatch(Share timedShare) : share(timedShare), start(threadTime()) {}
+    ~Stopwatch() { spent[share] += threadTime() - start; }
+
+  private:
+    Share share;
+    double start;
+};
+
+// Stands in for the function of that number in the list below.
+template <std::size_t number, Share share, class Function> struct Timed;
+template <std::size_t number, Share share, class Result, class... Arguments>
+struct Timed<number, share, Result (*)(Arguments...)> {
+    static inline Result (*real)(Arguments...) = nullptr;
+    static Result call(Arguments... arguments) {
+        const Stopwatch running(share);
+        return real(arguments...);
+    }
+    static void *over(void *function) {
+        real = reinterpret_cast<Result (*)(Arguments...)>(function);
+        return reinterpret_cast<void *>(&call);
+    }
+};
+
+constexpr struct {
+    const char *name;
+    void *(*over)(void *function);
+} timedFunctions[] = {
+    {"glCompileShaderARB", Timed<0, compile, PFNGLCOMPILESHADERARBPROC>::over},
+    {"glLinkProgramARB", Timed<1, link, PFNGLLINKPROGRAMARBPROC>::over},
+    {"glGetUniformLocationARB", Timed<2, lookUp, PFNGLGETUNIFORMLOCATIONARBPROC>::over},
+    {"glGetAttribLocationARB", Timed<3, lookUp, PFNGLGETATTRIBLOCATIONARBPROC>::over},
+    {"glCreateShaderObjectARB", Timed<4, otherCalls, PFNGLCREATESHADEROBJECTARBPROC>::over},
+    {"glCreateProgramObjectARB", Timed<5, otherCalls, PFNGLCREATEPROGRAMOBJECTARBPROC>::over},
+    {"glShaderSourceARB", Timed<6, otherCalls, PFNGLSHADERSOURCEARBPROC>::over},
+    {"glGetObjectParameterivARB", Timed<7, otherCalls, PFNGLGETOBJECTPARAMETERIVARBPROC>::over},
+    {"glAttachObjectARB", Timed<8, otherCalls, PFNGLATTACHOBJECTARBPROC>::over},
+    {"glUseProgramObjectARB", Timed<9, otherCalls, PFNGLUSEPROGRAMOBJECTARBPROC>::over},
+    {"glUniform1iARB", Timed<10, otherCalls, PFNGLUNIFORM1IARBPROC>::over},
+    {"glRenderbufferStorageEXT", Timed<11, targets, PFNGLRENDERBUFFERSTORAGEEXTPROC>::over},
+    {"glFramebufferTexture2DEXT", Timed<12, targets, PFNGLFRAMEBUFFERTEXTURE2DEXTPROC>::over},
+    {"glFramebufferRenderbufferEXT", Timed<13, targets, PFNGLFRAMEBUFFERRENDERBUFFEREXTPROC>::over},
+    {"glCheckFramebufferStatusEXT", Timed<14, targets, PFNGLCHECKFRAMEBUFFERSTATUSEXTPROC>::over},
+};
+
+template <class Function> Function realFunction(const char *name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+extern "C" {
+
+void *SDL_GL_GetProcAddress(const char *name) {
+    void *found = realFunction<decltype(&SDL_GL_GetProcAddress)>("SDL_GL_GetProcAddress")(name);
+    for (const auto &timed : timedFunctions)
+        if (found && std::strcmp(timed.name, name) == 0)
+            return timed.over(found);
+    return found;
+}
+
+int SDL_Init(Uint32 flags) {
+    const Stopwatch running(window);
+    return realFunction<decltype(&SDL_Init)>("SDL_Init")(flags);
+}
+
+SDL_Surface *SDL_SetVideoMode(int width, int height, int bits, Uint32 flags) {
+    const Stopwatch running(window);
+    return realFunction<decltype(&SDL_SetVideoMode)>("SDL_SetVideoMode")(width, height, bits,
+                                                                         flags);
+}
+
+void SDL_GL_SwapBuffers() {
+    const Stopwatch running(splash);
+    realFunction<decltype(&SDL_GL_SwapBuffers)>("SDL_GL_SwapBuffers")();
+}
+
+void glFinish() {
+    const Stopwatch running(splash);
+    realFunction<decltype(&glFinish)>("glFinish")();
+}
+
+void glTexImage2D(GLenum target, GLint level, GLint internal, GLsizei width, GLsizei height,
+                  GLint border, GLenum format, GLenum type, const void *pixels) {
+    const Stopwatch running(targets);
+    realFunction<decltype(&glTexImage2D)>("glTexImage2D")(target, level, internal, width, height,
+                                                          border, format, type, pixels);
+}
+}
+
+namespace {
+
+int startOnce(bool programs) {
+    zlfSetConsoleEcho(false);
+    RVSETTINGS settings;
+    settings.setColorDepth(32);
+    settings.setZetaDepth(24);
+    settings.setShaders(programs);
+    const double start = threadTime();
+    if (!RAVOLT::init(&settings)) {
+        std::fprintf(stderr, "the engine does not start here, see ravolt_log.txt\n");
+        return 1;
+    }
+    double whole = threadTime() - start;
+    spent[rest] = whole;
+    for (int share = 0; share < rest; ++share)
+        spent[rest] -= spent[share];
+    for (double time : spent)
+        std::fprintf(stderr, "%f ", time);
+    std::fprintf(stderr, "%f\n", whole);
+    RAVOLT::free();
+    return 0;
+}
+
+// A start in a process of its own, under a shell's `environment`.
+Times timeStart(const std::string &self, const std::string &environment, const char *mode) {
+    Times times{};
+    const std::string command = environment + " '" + self + "' " + mode + " 2>&1 >/dev/null";
+    std::FILE *pipe = popen(command.c_str(), "r");
+    for (double &time : times)
+        if (!pipe || std::fscanf(pipe, "%lf", &time) != 1) {
+            std::fprintf(stderr, "a start has failed: %s\n", command.c_str());
+            std::exit(1);
+        }
+    pclose(pipe);
+    return times;
+}
+
+Times medians(std::vector<Times> starts) {
+    Times result{};
+    for (std::size_t share = 0; share < result.size(); ++share) {
+        std::sort(starts.begin(), starts.end(),
+                  [share](const Times &a, const Times &b) { return a[share] < b[share]; });
+        result[share] = starts[starts.size() / 2][share];
+    }
+    return result;
+}
+
+// The driver's cache in a folder that is new for each start, or kept.
+constexpr struct {
+    const char *name;
+    const char *mode;
+    const char *environment;
+    bool emptied;
+} settings[] = {
+    {"no programs", "none", "", false},
+    {"35, cache warm", "programs", "", false},
+    {"35, cache off", "programs", "MESA_SHADER_CACHE_DISABLE=true", false},
+    {"35, cache empty", "programs", "", true},
+};
+
+int printTable(const std::string &self, int starts) {
+    const std::filesystem::path cache = std::filesystem::current_path() / "timedStart_cache";
+    std::vector<std::vector<Times>> times(std::size(settings));
+    timeStart(self, "MESA_SHADER_CACHE_DIR='" + cache.string() + "'", "programs");
+    for (int start = 0; start < starts; ++start)
+        for (std::size_t i = 0; i < std::size(settings); ++i) {
+            const std::filesystem::path folder = cache / (settings[i].emptied ? "new" : "");
+            std::filesystem::remove_all(cache / "new");
+            times[i].push_back(timeStart(
+                self, "MESA_SHADER_CACHE_DIR='" + folder.string() + "' " + settings[i].environment,
+                settings[i].mode));
+        }
+    std::filesystem::remove_all(cache);
+
+    std::printf("| ms |");
+    for (const auto &setting : settings)
+        std::printf(" %s |", setting.name);
+    std::printf("\n|---|---:|---:|---:|---:|\n");
+    for (std::size_t share = 0; share <= shares; ++share) {
+        std::printf("| %s |", share < shares ? shareNames[share] : "**together**");
+        for (const auto &each : times)
+            std::printf(" %.1f |", medians(each)[share]);
+        std::printf("\n");
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    if (argc == 2 && !std::strcmp(argv[1], "none"))
+        return startOnce(false);
+    if (argc == 2 && !std::strcmp(argv[1], "programs"))
+        return startOnce(true);
+    const int starts = argc == 2 ? std::atoi(argv[1]) : 15;
+    return printTable(std::filesystem::canonical("/proc/self/exe").string(), std::max(starts, 1));
+}
