@@ -44,15 +44,7 @@ RveNode meshNode(int shapeNumber, const std::string &name, const std::string &ma
     node.name = name;
     node.mesh.material = material;
     node.mesh.radius = 1.0f;
-    for (std::size_t i = 0; i < shape.positions.size(); i += 3) {
-        node.mesh.vertices.push_back(
-            {shape.positions[i], shape.positions[i + 1], shape.positions[i + 2]});
-        node.mesh.normals.push_back({shape.normals[i], shape.normals[i + 1], shape.normals[i + 2]});
-    }
-    for (std::size_t i = 0; i < shape.uvs.size(); i += 2)
-        node.mesh.uvs.push_back({shape.uvs[i], shape.uvs[i + 1]});
-    for (std::size_t i = 0; i < shape.indices.size(); i += 3)
-        node.mesh.faces.push_back({shape.indices[i], shape.indices[i + 1], shape.indices[i + 2]});
+    fillMesh(shape, node.mesh);
     return node;
 }
 
@@ -131,14 +123,6 @@ RveNode glassNode() {
     return glass;
 }
 
-Scene open(const RveScene &description, float distance) {
-    Scene scene;
-    scene.root = loadScene(description);
-    scene.camera = new RVCAMERA();
-    scene.camera->setPosition(0.0f, 0.0f, distance);
-    return scene;
-}
-
 constexpr float lightDistance = 60.0f;
 
 // The lights stand in a ring, half of the way between the camera and the meshes and outside the
@@ -203,6 +187,26 @@ void startEngine(bool programs) {
         std::exit(1);
     }
     running = programs;
+}
+
+Scene open(const RveScene &description, float distance) {
+    Scene scene;
+    scene.root = loadScene(description);
+    scene.camera = new RVCAMERA();
+    scene.camera->setPosition(0.0f, 0.0f, distance);
+    return scene;
+}
+
+void fillMesh(const Shape &shape, ravolt::RveMesh &mesh) {
+    for (std::size_t i = 0; i < shape.positions.size(); i += 3) {
+        mesh.vertices.push_back(
+            {shape.positions[i], shape.positions[i + 1], shape.positions[i + 2]});
+        mesh.normals.push_back({shape.normals[i], shape.normals[i + 1], shape.normals[i + 2]});
+    }
+    for (std::size_t i = 0; i < shape.uvs.size(); i += 2)
+        mesh.uvs.push_back({shape.uvs[i], shape.uvs[i + 1]});
+    for (std::size_t i = 0; i < shape.indices.size(); i += 3)
+        mesh.faces.push_back({shape.indices[i], shape.indices[i + 1], shape.indices[i + 2]});
 }
 
 void stopEngine() { RAVOLT::free(); }

@@ -9,6 +9,11 @@
 class RVCAMERA;
 class RVNODE;
 
+namespace ravolt {
+struct RveMesh;
+struct RveScene;
+} // namespace ravolt
+
 namespace bench {
 
 constexpr int windowWidth = 640, windowHeight = 480;
@@ -35,6 +40,9 @@ Scene makeSortScene();
 
 // 1,000 meshes before a wall, under one spot light that casts shadows and is bright enough to glow.
 Scene makeEffectScene();
+
+// Loads a scene and looks at it along -z from that distance.
+Scene open(const ravolt::RveScene &description, float distance);
 
 void destroy(Scene &scene);
 
@@ -80,6 +88,7 @@ struct Shape {
     std::vector<unsigned short> indices;
 };
 constexpr int numberOfShapes = 16;
+void fillMesh(const Shape &shape, ravolt::RveMesh &mesh);
 Shape makeShape(int number); // that of number 16 is the wall of the effects' scene
 std::vector<unsigned char> makeTexture(int number); // 64 by 64, R G B
 
