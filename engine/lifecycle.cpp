@@ -12,6 +12,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
+#include "ravolt/RVVIDEO.h"
 #include "ravolt/zlf.h"
 
 #include <SDL/SDL.h>
@@ -117,6 +118,7 @@ bool RAVOLT::free() {
     RVMATERIAL::cleanUp();
     RVTEXTURE::cleanUp();
     RVANIM::cleanUp();
+    RVVIDEO::cleanUp();
 
     RVMESH::free();
     RVELEMENT::free();

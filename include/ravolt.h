@@ -16,6 +16,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
+#include "ravolt/RVVIDEO.h"
 #include "ravolt/Z3MMATRIX.h"
 #include "ravolt/Z3MPLANE.h"
 #include "ravolt/Z3MVECTOR2D.h"

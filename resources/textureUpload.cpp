@@ -121,12 +121,22 @@ bool RVTEXTURE::modify(const char *newBitmap, bool keep) {
     const bool rgb = depth == rgbDepth;
     if (keep)
         std::memmove(bitmap, newBitmap, pixels * (rgb ? 3 : 4));
+    replacePixels(sizeX, sizeY, sizeX, newBitmap, rgb);
+    return true;
+}
+
+// Replaces the first `width` pixels of the first `height` rows of the uploaded image. The rows of
+// the pixels given, of `rowLength` pixels, follow each other without gaps.
+void RVTEXTURE::replacePixels(unsigned int width, unsigned int height, unsigned int rowLength,
+                              const void *pixels, bool rgb) const {
     bindForUpload();
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, static_cast<GLsizei>(sizeX),
-                    static_cast<GLsizei>(sizeY), rgb ? GL_RGB : GL_RGBA, GL_UNSIGNED_BYTE,
-                    newBitmap);
-    return true;
+    if (rowLength != width)
+        glPixelStorei(GL_UNPACK_ROW_LENGTH, static_cast<GLint>(rowLength));
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, static_cast<GLsizei>(width),
+                    static_cast<GLsizei>(height), rgb ? GL_RGB : GL_RGBA, GL_UNSIGNED_BYTE, pixels);
+    if (rowLength != width)
+        glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
 }
 
 void RVTEXTURE::bindForUpload() const {

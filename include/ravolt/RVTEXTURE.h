@@ -4,6 +4,7 @@
 
 class RAVOLT;
 class RVFBO;
+class RVVIDEO;
 
 // A two-dimensional OpenGL texture with its pixel copy in main memory. Pixels come from a TGA file
 // (load), or the texture starts empty (create); the first render uploads them. Every upload is
@@ -129,6 +130,8 @@ class RV_API RVTEXTURE {
     void releasePixels();
     void makeRoom();
     void bindForUpload() const;
+    void replacePixels(unsigned int width, unsigned int height, unsigned int rowLength,
+                       const void *pixels, bool rgb = true) const;
     void uploadParameters() const;
     void uploadImage(unsigned char *pixels) const;
     void countUpload();
@@ -156,7 +159,8 @@ class RV_API RVTEXTURE {
     static bool channelActive[RV_TEXTURE_UNITS];      // whether texturing is on
     static char texturePath[256];
 
-    friend class RVFBO;  // brings the texture of a target back
-    friend class RAVOLT; // binds the shadow map without a texture unit being on
+    friend class RVFBO;   // brings the texture of a target back
+    friend class RAVOLT;  // binds the shadow map without a texture unit being on
+    friend class RVVIDEO; // replaces the pixels by a film's
     friend struct ravolt::Registry<RVTEXTURE>;
 };

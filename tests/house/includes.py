@@ -27,7 +27,7 @@ FLOORS = {
         "ravolt/RVNODE", "ravolt/RVCAMERA", "ravolt/RVELEMENT", "ravolt/RVLIGHT",
         "ravolt/RVHELPER"],
     4: ["ravolt/RVANIM", "ravolt/RVMESH", "models/RVANIM", "models/RVMESH", "models/skinning", "models/meshLoad",
-        "models/loadIndex", "models/rvaFile", "models/rveRecords"],
+        "models/loadIndex", "models/rvaFile", "models/rveRecords", "ravolt/RVVIDEO", "video/"],
     5: ["scene/pass", "scene/sort"],
     6: ["engine/frame", "engine/effects", "engine/shadows", "engine/select", "models/rveLoader"],
     7: ["engine/lifecycle", "engine/loadHook", "engine/window", "engine/windowSystem",
@@ -35,7 +35,8 @@ FLOORS = {
         "engine/renderTargets"],
 }
 
-FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "include/ravolt"]
+FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "video",
+           "include/ravolt"]
 
 # What a public header may include: headers by value, and nothing of SDL or of the inside.
 LEAVES = re.compile(r"^ravolt/(api|vectorFamily|Z3M\w+)\.h$")

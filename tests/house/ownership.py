@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Who may call which OpenGL function: reads the calls of the library's sources and fails on one that
-stands outside of its owner and is no listed exception. The owner says so at the top of its source.
+"""Who may call which function of OpenGL or of a library behind the engine: reads the calls of the
+library's sources and fails on one that stands outside of its owner and is no listed exception. The
+owner says so at the top of its source.
 
     ownership.py ROOT [--self]
 """
@@ -60,9 +61,11 @@ ROWS = [
          ("engine/shadows.cpp", ""): "the shadow map is cleared",
          ("resources/blur.cpp", ""): "the luminance target is cleared",
          ("engine/splash.cpp", ""): "drawn before the first frame"}},
+    {"what": r"\bmpeg2\w*\(", "owners": ["video/decoder.cpp"], "says": ["only", "libmpeg2"],
+     "exceptions": {}},
 ]
 
-FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models"]
+FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "video"]
 
 
 def read(root):

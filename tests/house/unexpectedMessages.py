@@ -11,7 +11,7 @@ import re
 import sys
 from pathlib import Path
 
-FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models"]
+FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "video"]
 CLOSE = 160  # characters between two parts
 
 LITERAL = r'"((?:[^"\\\n]|\\.)*)"'

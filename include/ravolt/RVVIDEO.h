@@ -1,0 +1,108 @@
+#pragma once
+
+#include "ravolt/api.h"
+
+class RVTEXTURE;
+namespace ravolt {
+struct FilmFrame;
+}
+
+// What a film does at the next update.
+enum RV_VIDEO_STATUS {
+    RV_VIDEO_STOP = 0,
+    RV_VIDEO_PLAY = 1,     // at its end it rewinds and stops
+    RV_VIDEO_PLAYLOOP = 2, // at its end it rewinds and goes on
+    RV_VIDEO_REWIND = 3    // plays to its end, rewinds and stops
+};
+
+// The file and the decoder of a film; the inside of the library alone knows it.
+struct RVVIDEO_STREAM;
+
+// A film on a texture: an MPEG-1 or MPEG-2 elementary video stream, of which each displayed frame
+// is copied into a texture that the application has made. It is no node: whatever shows the texture
+// shows the film. There is no clock: the film advances in `update` alone, by as many steps as the
+// application asks for. Films stand in a registry, which owns them: make them with `new`;
+// RAVOLT::free or cleanUp deletes those that the application has not deleted. A library built
+// without its decoder has the class all the same, but no film loads.
+class RV_API RVVIDEO {
+  public:
+    // Registers the film under a fresh identifier and the name "[video ID]"; stopped, without file
+    // and texture.
+    RVVIDEO();
+    // Gives the identifier back and leaves the registry. A file and a decoder that are still open
+    // stay so: play a film to its end, or load NULL, before it goes.
+    ~RVVIDEO();
+
+    // A copy has the values of every field, the stream, the identifier and the name included, so
+    // that it goes on with the same film; it is not registered and gives no identifier back. The
+    // stream stays as long as anything shares it.
+    RVVIDEO(const RVVIDEO &other);
+    // Copies every field. A registered film keeps its place in the registry and still gives back
+    // the identifier that it was created with.
+    RVVIDEO &operator=(const RVVIDEO &other);
+
+    // Opens a film and stops it at its start; `filename` is taken behind the path of setMPGPath. A
+    // film that is open is closed first, whatever comes then. False, with a line in the log, for
+    // NULL, no such file, or no decoder. What the file holds is not looked at yet.
+    bool load(const char *filename);
+
+    // Takes `steps` steps of the decoder, of which a frame needs a varying number, in any status
+    // but RV_VIDEO_STOP. Each frame that is due is copied to the origin of the texture, first row
+    // at V = 0; the picture needs a texture of 24 or 32 bits, in video memory, that is at least as
+    // large and without mipmaps. A larger frame is refused, with one line in the log. Without a
+    // texture the frames are dropped. The end of the file takes the film back to its start, by
+    // another load. A rewind is carried out at the end only. Broken data are passed over. Needs the
+    // engine's context. Always true.
+    bool update(unsigned int steps);
+
+    // These set the status and nothing else.
+    void play();
+    void playLoop();
+    void rewind();
+    void stop();
+    RV_VIDEO_STATUS getStatus() const;
+
+    // Where the frames go; NULL for nowhere. The texture's references are not counted: see that
+    // something else holds one, or the collector may delete it, and the film then goes nowhere.
+    void setTexture(RVTEXTURE *texture);
+    RVTEXTURE *getTexture() const;
+
+    unsigned int getId() const;
+    // The name of the file as given to load, without the path; at most 255 characters are kept.
+    char *getName();
+
+    // Deletes all films; every pointer to one is invalid then. False when there are none.
+    static bool cleanUp();
+
+    static unsigned int getNumberOfVideos();
+    // The first match in order of creation, or NULL. Letters count as they stand.
+    static RVVIDEO *findById(unsigned int id);
+    static RVVIDEO *findByFilename(const char *filename);
+
+    // What is put before every file name, with no separator added; NULL empties it. At most 255
+    // characters are kept. The engine's start does not take it from the settings: hand
+    // RVSETTINGS::getMPGPath on.
+    static char *getMPGPath();
+    static void setMPGPath(const char *path);
+
+  private:
+    void copyFields(const RVVIDEO &other);
+    void share(RVVIDEO_STREAM *other);
+    void close();
+    void step();
+    void startAgain();
+    void show(const ravolt::FilmFrame &frame);
+
+    unsigned int id;
+    char name[256];
+    RVTEXTURE *texture;
+    RVVIDEO *previous, *next;
+    RV_VIDEO_STATUS status;
+    RVVIDEO_STREAM *stream;
+    unsigned int ownId; // to be given back; 0 for a copy, which is not registered
+
+    static RVVIDEO *firstVideo, *lastVideo;
+    static char mpgPath[256];
+
+    friend struct ravolt::Registry<RVVIDEO>;
+};

@@ -1,0 +1,59 @@
+// The class in a build without libmpeg2. This program is not linked with it.
+
+#include "ravolt/RVVIDEO.h"
+
+#include "ravolt/zlf.h"
+#include "tests/resources/tgaFiles.h"
+#include "tests/support/logReader.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+namespace ravolt::test {
+
+namespace {
+
+std::ptrdiff_t openFiles() {
+    using Folder = std::filesystem::directory_iterator;
+    return std::distance(Folder("/proc/self/fd"), Folder());
+}
+
+// The hook that opens the log as the library is loaded does not come with an archive.
+class VideoWithoutDecoder : public testing::Test {
+  protected:
+    void SetUp() override { zlfOpenLog("ravolt_log.txt"); }
+    void TearDown() override { zlfCloseLog(); }
+};
+
+TEST_F(VideoWithoutDecoder, FilmDoesNotLoad) {
+    writeFile("film", Bytes{0, 0, 1, 0xb3});
+    RVVIDEO video;
+    const auto before = openFiles();
+    markLog();
+    EXPECT_FALSE(video.load("film"));
+    EXPECT_LOGGED_EXACTLY("\n   Loading MPG file 'film'...\n"
+                          "   [!] Decoder failed to initialize @ RVVIDEO::load\n");
+    EXPECT_EQ(before, openFiles());
+    EXPECT_EQ(RV_VIDEO_STOP, video.getStatus());
+    EXPECT_STREQ(("[video " + std::to_string(video.getId()) + "]").c_str(), video.getName());
+}
+
+TEST_F(VideoWithoutDecoder, RestOfTheClassIsThere) {
+    auto *video = new RVVIDEO;
+    EXPECT_EQ(video, RVVIDEO::findById(video->getId()));
+    markLog();
+    video->playLoop();
+    EXPECT_TRUE(video->update(1000));
+    EXPECT_EQ(RV_VIDEO_PLAYLOOP, video->getStatus());
+    EXPECT_NOTHING_LOGGED();
+    EXPECT_FALSE(video->load(nullptr));
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params or file not found @ RVVIDEO::load\n");
+    EXPECT_TRUE(RVVIDEO::cleanUp());
+    EXPECT_EQ(0u, RVVIDEO::getNumberOfVideos());
+}
+
+} // namespace
+
+} // namespace ravolt::test

@@ -1,0 +1,318 @@
+// What of a film reaches its texture, and by which calls.
+
+#include "ravolt/RVVIDEO.h"
+
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVOPENGL.h"
+#include "tests/support/engineFixture.h"
+#include "tests/video/films.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ravolt::test {
+
+namespace {
+
+const std::string tooLarge = "   [!] Frame larger than its texture @ RVVIDEO::update";
+
+class Frames : public SilentEngineTest {
+  protected:
+    void TearDown() override {
+        RVMATERIAL::reset();
+        SilentEngineTest::TearDown();
+    }
+
+    static Call copied(unsigned int width, unsigned int height) {
+        return {"glTexSubImage2D", GL_TEXTURE_2D, 0, 0, 0, width, height, GL_RGB,
+                GL_UNSIGNED_BYTE,  anyAddress};
+    }
+
+    Calls callsOf(RVVIDEO &video, unsigned int steps = wholeFilm) {
+        recorder.start();
+        EXPECT_TRUE(video.update(steps));
+        return recorder.stop();
+    }
+
+    // The sizes of the frames that a film copies, each size with the number of frames in a row.
+    struct Run {
+        unsigned int frames, across, down;
+        Run(unsigned int number, unsigned int sizeX, unsigned int sizeY)
+            : frames(number), across(sizeX), down(sizeY) {}
+        std::pair<unsigned int, unsigned int> size() const { return {across, down}; }
+        bool operator==(const Run &) const = default;
+    };
+    std::vector<Run> sizesCopied(RVVIDEO &video) {
+        video.play();
+        std::vector<Run> runs;
+        for (const Call &call : callsOf(video).named("glTexSubImage2D")) {
+            const Run frame(1, static_cast<unsigned int>(call.arguments.at(4)),
+                            static_cast<unsigned int>(call.arguments.at(5)));
+            if (runs.empty() || runs.back().size() != frame.size())
+                runs.push_back(frame);
+            else
+                ++runs.back().frames;
+        }
+        return runs;
+    }
+};
+
+TEST_F(Frames, EachFrameIsOneCopyOfWholeMacroblocks) {
+    for (const Film &film : films) {
+        const TestFilm video(pathOf(film.name));
+        RVTEXTURE *screen = makeScreen(512, 512);
+        video->setTexture(screen);
+        video->play();
+        const Calls calls = callsOf(*video);
+        ASSERT_EQ(4 * framesOfFilms, calls.size()) << film.name;
+        for (unsigned int frame = 0; frame < framesOfFilms; ++frame) {
+            EXPECT_EQ(Call("glActiveTextureARB", GL_TEXTURE0), calls[4 * frame]);
+            EXPECT_EQ(Call("glBindTexture", GL_TEXTURE_2D, screen->getGLId()),
+                      calls[4 * frame + 1]);
+            EXPECT_EQ(Call("glPixelStorei", GL_UNPACK_ALIGNMENT, 1), calls[4 * frame + 2]);
+            EXPECT_EQ(copied(wholeBlocks(film.width), wholeBlocks(film.height)),
+                      calls[4 * frame + 3]);
+        }
+    }
+}
+
+// The last picture is complete only when something follows it, and the last but one is shown then.
+TEST_F(Frames, FilmWithoutAnEndLosesWhatItCannotKnowToBeComplete) {
+    const TestFilm video(pathOf("ffmpeg2_176x144.noend"));
+    video->setTexture(makeScreen(256, 256));
+    video->play();
+    EXPECT_EQ(framesOfFilms - 2, callsOf(*video).count("glTexSubImage2D"));
+}
+
+TEST_F(Frames, EndInTheLastBlockStillShowsTheLastFrame) {
+    const TestFilm video(pathOf("ffmpeg2_176x144"));
+    video->setTexture(makeScreen(256, 256));
+    video->play();
+    EXPECT_EQ(framesOfFilms, callsOf(*video).count("glTexSubImage2D"));
+}
+
+TEST_F(Frames, OneFrameTakesManySteps) {
+    const TestFilm video(pathOf("ffmpeg2_176x144"));
+    video->setTexture(makeScreen(256, 256));
+    video->play();
+    std::size_t steps = 0;
+    while (callsOf(*video, 1).empty())
+        ++steps;
+    EXPECT_GT(steps, 4u);
+}
+
+TEST_F(Frames, WithoutATextureTheyAreDropped) {
+    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    video->play();
+    markLog();
+    EXPECT_EQ(Calls(), callsOf(*video));
+    EXPECT_EQ(RV_VIDEO_STOP, video->getStatus());
+    EXPECT_LOGGED_EXACTLY("\n   Loading MPG file '" + pathOf("ffmpeg2_64x48_b") + "'...\n");
+}
+
+TEST_F(Frames, TextureMayComeAndGoInTheMiddle) {
+    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    RVTEXTURE *first = makeScreen(64, 64), *second = makeScreen(64, 64);
+    video->setTexture(first);
+    EXPECT_EQ(first, video->getTexture());
+    EXPECT_EQ(1, first->getReferences()); // its own: the film counts none
+    video->play();
+    EXPECT_TRUE(
+        callsOf(*video, 20).contains(Call("glBindTexture", GL_TEXTURE_2D, first->getGLId())));
+    video->setTexture(second);
+    const Calls calls = callsOf(*video, 20);
+    EXPECT_TRUE(calls.contains(Call("glBindTexture", GL_TEXTURE_2D, second->getGLId())));
+    EXPECT_FALSE(calls.contains(Call("glBindTexture", GL_TEXTURE_2D, first->getGLId())));
+    video->setTexture(nullptr);
+    EXPECT_EQ(Calls(), callsOf(*video));
+}
+
+TEST_F(Frames, TextureThatIsNotInVideoMemoryGetsNothing) {
+    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    RVTEXTURE *screen = makeScreen(64, 64);
+    screen->unload(true);
+    video->setTexture(screen);
+    video->play();
+    markLog();
+    EXPECT_EQ(Calls(), callsOf(*video, 30));
+    EXPECT_NOTHING_LOGGED();
+    ASSERT_TRUE(screen->create(64, 64, 3));
+    EXPECT_TRUE(callsOf(*video, 6).contains("glTexSubImage2D"));
+}
+
+TEST_F(Frames, DeletedTextureGetsNothing) {
+    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    RVTEXTURE *screen = makeScreen(64, 64);
+    video->setTexture(screen);
+    video->play();
+    EXPECT_GT(callsOf(*video, 20).count("glTexSubImage2D"), 0u);
+    screen->decReferences();
+    RVTEXTURE::garbageCollect(~0ul);
+    EXPECT_EQ(Calls(), callsOf(*video));
+}
+
+TEST_F(Frames, TextureOfThePicturesSizeGetsThePictureAlone) {
+    const TestFilm video(pathOf("ffmpeg2_50x38"));
+    RVTEXTURE *screen = makeScreen(50, 38);
+    video->setTexture(screen);
+    video->play();
+    Calls calls = callsOf(*video);
+    EXPECT_EQ(framesOfFilms, calls.count(copied(50, 38)));
+    EXPECT_EQ(Calls({{"glActiveTextureARB", GL_TEXTURE0},
+                     {"glBindTexture", GL_TEXTURE_2D, screen->getGLId()},
+                     {"glPixelStorei", GL_UNPACK_ALIGNMENT, 1},
+                     {"glPixelStorei", GL_UNPACK_ROW_LENGTH, 64},
+                     copied(50, 38),
+                     {"glPixelStorei", GL_UNPACK_ROW_LENGTH, 0}}),
+              Calls({calls[0], calls[1], calls[2], calls[3], calls[4], calls[5]}));
+    video->setTexture(makeScreen(64, 38));
+    video->play();
+    calls = callsOf(*video);
+    EXPECT_EQ(framesOfFilms, calls.count(copied(64, 38)));
+    EXPECT_EQ(4 * framesOfFilms, calls.size());
+}
+
+TEST_F(Frames, FrameLargerThanItsTextureIsRefusedWithOneLine) {
+    const TestFilm video(pathOf("ffmpeg2_50x38"));
+    markLog();
+    for (const auto &size : {std::pair{49u, 64u}, std::pair{64u, 37u}, std::pair{16u, 16u}}) {
+        video->setTexture(makeScreen(size.first, size.second));
+        markLog();
+        for (int turn = 0; turn < 3; ++turn) {
+            video->play();
+            EXPECT_EQ(Calls(), callsOf(*video));
+        }
+        EXPECT_LOGGED_TIMES(1, tooLarge);
+    }
+}
+
+// --- A new size in the middle
+
+TEST_F(Frames, NewSizeCopiesNothingUntilItsFirstFrame) {
+    const Bytes small = bytesOf("ffmpeg2_64x48_b"), large = bytesOf("ffmpeg2_176x144");
+    const Bytes endlessSmall = bytesOf("ffmpeg2_64x48_b.noend");
+    const Bytes endlessLarge = bytesOf("ffmpeg2_176x144.noend");
+    const unsigned int all = framesOfFilms;
+    const struct {
+        const char *name;
+        Bytes bytes;
+        std::vector<Run> runs;
+    } rows[] = {
+        {"grown", small + large, {{all, 64, 48}, {all, 176, 144}}},
+        {"shrunk", large + small, {{all, 176, 144}, {all, 64, 48}}},
+        // Without an end code the size itself ends the first sequence.
+        {"grownAtOnce", endlessSmall + large, {{all, 64, 48}, {all, 176, 144}}},
+        {"shrunkAtOnce", endlessLarge + small, {{all, 176, 144}, {all, 64, 48}}},
+        {"toAndFro",
+         endlessSmall + endlessLarge + small + large,
+         {{all, 64, 48}, {all, 176, 144}, {all, 64, 48}, {all, 176, 144}}},
+        {"otherStandard", bytesOf("ffmpeg1_16x16.noend") + large, {{all, 16, 16}, {all, 176, 144}}},
+    };
+    for (const auto &row : rows) {
+        writeFile(row.name, row.bytes);
+        const TestFilm video(row.name);
+        video->setTexture(makeScreen(256, 256));
+        EXPECT_EQ(row.runs, sizesCopied(*video)) << row.name;
+    }
+}
+
+TEST_F(Frames, NewSizeThatIsTooLargeIsRefusedWithOneLineAndTheRestIsShown) {
+    const Bytes small = bytesOf("ffmpeg2_64x48_b"), large = bytesOf("ffmpeg2_176x144");
+    writeFile("film", small + large + small);
+    const TestFilm video("film");
+    video->setTexture(makeScreen(64, 48));
+    markLog();
+    EXPECT_EQ((std::vector<Run>{{2 * framesOfFilms, 64, 48}}), sizesCopied(*video));
+    EXPECT_LOGGED_TIMES(1, tooLarge);
+}
+
+// Width and height stand in the twelve bits each behind the start code of a sequence.
+Bytes withSize(Bytes film, unsigned int width, unsigned int height) {
+    for (std::size_t place = 0; place + 7 < film.size(); ++place)
+        if (film[place] == 0 && film[place + 1] == 0 && film[place + 2] == 1 &&
+            film[place + 3] == 0xb3) {
+            film[place + 4] = static_cast<unsigned char>(width >> 4);
+            film[place + 5] = static_cast<unsigned char>((width << 4) | (height >> 8));
+            film[place + 6] = static_cast<unsigned char>(height);
+        }
+    return film;
+}
+
+// The extension behind it has two more bits of each, in front of those twelve: all set here.
+Bytes withGiantSize(Bytes film) {
+    for (std::size_t place = 0; place + 7 < film.size(); ++place)
+        if (film[place] == 0 && film[place + 1] == 0 && film[place + 2] == 1 &&
+            film[place + 3] == 0xb5 && film[place + 4] >> 4 == 1) {
+            film[place + 5] |= 1;    // width, high bit
+            film[place + 6] |= 0xe0; // width, low bit; height, both
+        }
+    return film;
+}
+
+TEST_F(Frames, SizeThatNoTextureHasIsNotEvenDecoded) {
+    const Bytes film = bytesOf("ffmpeg2_64x48_b");
+    writeFile("giant", withGiantSize(film) + film);
+    const TestFilm video("giant");
+    video->setTexture(makeScreen(64, 48));
+    video->playLoop();
+    markLog();
+    // What follows in the block that announces the size is lost; the next turn begins anew.
+    EXPECT_TRUE(callsOf(*video, 3000).contains(copied(64, 48)));
+    EXPECT_LOGGED_TIMES(1, tooLarge);
+}
+
+TEST_F(Frames, SizeThatIsNotTheFilmsOwnIsDecodedAsFarAsItGoes) {
+    for (const auto &size : {std::pair{16u, 16u}, std::pair{2048u, 16u}, std::pair{16u, 2048u},
+                             std::pair{1u, 1u}, std::pair{4095u, 33u}}) {
+        writeFile("film", withSize(bytesOf("ffmpeg2_64x48_b"), size.first, size.second));
+        const TestFilm video("film");
+        video->setTexture(makeScreen(4096, 4096));
+        video->play();
+        EXPECT_TRUE(
+            callsOf(*video).contains(copied(wholeBlocks(size.first), wholeBlocks(size.second))));
+        EXPECT_EQ(RV_VIDEO_STOP, video->getStatus());
+    }
+}
+
+// --- What the engine takes to be bound
+
+TEST_F(Frames, TextureBoundBeforeIsBoundAnew) {
+    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    video->setTexture(makeScreen(64, 64));
+    RVTEXTURE *wall = makeScreen(8, 8);
+    wall->render(nullptr);
+    recorder.start();
+    wall->render(nullptr);
+    EXPECT_EQ(Calls(), recorder.stop());
+    video->play();
+    EXPECT_TRUE(callsOf(*video, 20).contains("glTexSubImage2D"));
+    recorder.start();
+    wall->render(nullptr);
+    EXPECT_TRUE(recorder.stop().contains(Call("glBindTexture", GL_TEXTURE_2D, wall->getGLId())));
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+}
+
+TEST_F(Frames, MaterialAppliedBeforeIsAppliedAnew) {
+    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    video->setTexture(makeScreen(64, 64));
+    auto *material = new RVMATERIAL;
+    RVTEXTURE *wall = makeScreen(8, 8);
+    material->setTexture(0, wall);
+    material->render(nullptr);
+    recorder.start();
+    material->render(nullptr);
+    EXPECT_EQ(Calls(), recorder.stop());
+    video->play();
+    EXPECT_TRUE(callsOf(*video, 20).contains("glTexSubImage2D"));
+    recorder.start();
+    material->render(nullptr);
+    EXPECT_TRUE(recorder.stop().contains(Call("glBindTexture", GL_TEXTURE_2D, wall->getGLId())));
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+}
+
+} // namespace
+
+} // namespace ravolt::test

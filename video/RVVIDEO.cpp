@@ -1,0 +1,203 @@
+#include "ravolt/RVVIDEO.h"
+
+#include "foundation/platform.h"
+#include "foundation/registry.h"
+#include "foundation/text.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+#include "video/decoder.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+// Films: the registry, the file, the status and the way of a frame into its texture.
+//
+// Invariants: a stream has a file exactly when it has a decoder. A stream lives as long as a film,
+// or a copy of one, points to it.
+
+using ravolt::FilmFrame;
+using VideoRegistry = ravolt::Registry<RVVIDEO>;
+
+RVVIDEO *RVVIDEO::firstVideo = nullptr;
+RVVIDEO *RVVIDEO::lastVideo = nullptr;
+char RVVIDEO::mpgPath[256] = "";
+
+namespace {
+
+// NULL when memory runs out: no file can be opened then.
+RVVIDEO_STREAM *makeStream() {
+    auto *stream = static_cast<RVVIDEO_STREAM *>(zlfMalloc(sizeof(RVVIDEO_STREAM)));
+    if (stream) {
+        std::memset(static_cast<void *>(stream), 0, sizeof *stream);
+        stream->users = 1;
+    }
+    return stream;
+}
+
+// The collector deletes textures that nobody holds a reference on.
+bool isThere(const RVTEXTURE *texture) {
+    const RVTEXTURE *each = RVTEXTURE::getFirst();
+    while (each && each != texture)
+        each = each->getNext();
+    return each;
+}
+
+} // namespace
+
+RVVIDEO::RVVIDEO()
+    : id(zlfNewId()), texture(nullptr), status(RV_VIDEO_STOP), stream(makeStream()), ownId(id) {
+    ravolt::formatText(name, "[video %d]", id);
+    VideoRegistry::append(firstVideo, lastVideo, this);
+}
+
+RVVIDEO::RVVIDEO(const RVVIDEO &other)
+    : previous(other.previous), next(other.next), stream(nullptr), ownId(0) {
+    copyFields(other);
+}
+
+// On purpose: an open file and its decoder stay open.
+RVVIDEO::~RVVIDEO() {
+    share(nullptr);
+    if (!ownId)
+        return;
+    releaseId(ownId);
+    VideoRegistry::unlink(firstVideo, lastVideo, this);
+}
+
+RVVIDEO &RVVIDEO::operator=(const RVVIDEO &other) {
+    if (this == &other)
+        return *this;
+    copyFields(other);
+    if (ownId)
+        return *this;
+    previous = other.previous;
+    next = other.next;
+    return *this;
+}
+
+// All but the place in the registry.
+void RVVIDEO::copyFields(const RVVIDEO &other) {
+    id = other.id;
+    std::memcpy(name, other.name, sizeof name);
+    texture = other.texture;
+    status = other.status;
+    share(other.stream);
+}
+
+void RVVIDEO::share(RVVIDEO_STREAM *other) {
+    if (other)
+        ++other->users;
+    if (stream && --stream->users == 0)
+        zlfFree(stream);
+    stream = other;
+}
+
+bool RVVIDEO::load(const char *filename) {
+    if (stream && stream->file) {
+        close();
+        status = RV_VIDEO_STOP;
+    }
+    const std::string path = std::string(mpgPath) + (filename ? filename : "");
+    if (!filename || !zlfFileExists(path.c_str())) {
+        zlfLog("   [!] Invalid params or file not found @ RVVIDEO::load\n");
+        return false;
+    }
+    zlfLog("\n");
+    zlfLog("   Loading MPG file '%s'...\n", filename);
+    ravolt::File file(zlfOpenFile(path.c_str(), "rb"));
+    if (!file) {
+        zlfLog("   [!] Unable to open file %s @ RVVOLT::load\n", path.c_str());
+        return false;
+    }
+    if (!stream || !ravolt::startDecoder(*stream)) {
+        zlfLog("   [!] Decoder failed to initialize @ RVVIDEO::load\n");
+        return false;
+    }
+    stream->file = file.release();
+    stream->size = -1;
+    ravolt::copyText(name, filename); // which may be the name itself
+    status = RV_VIDEO_STOP;
+    return true;
+}
+
+void RVVIDEO::close() {
+    if (!stream->file)
+        return;
+    std::fclose(stream->file);
+    stream->file = nullptr;
+    ravolt::stopDecoder(*stream);
+}
+
+// On purpose: a rewind waits for the end of the film.
+bool RVVIDEO::update(unsigned int steps) {
+    if (!stream)
+        return true;
+    if (status == RV_VIDEO_REWIND && stream->size == 0) {
+        close();
+        load(name);
+        return true;
+    }
+    for (; steps && status != RV_VIDEO_STOP && stream->file; --steps)
+        step();
+    return true;
+}
+
+void RVVIDEO::step() {
+    const FilmFrame frame = ravolt::decodeStep(*stream);
+    if (frame.width)
+        show(frame);
+    if (stream->size == 0)
+        startAgain();
+}
+
+void RVVIDEO::startAgain() {
+    const bool wasLooping = status == RV_VIDEO_PLAYLOOP;
+    close();
+    load(name);
+    if (wasLooping)
+        status = RV_VIDEO_PLAYLOOP;
+}
+
+// A texture of the picture's size that is smaller than the whole macroblocks gets the picture
+// alone.
+void RVVIDEO::show(const FilmFrame &frame) {
+    if (!texture || !isThere(texture) || !texture->getGLId())
+        return;
+    const unsigned int sizeX = texture->getSizeX(), sizeY = texture->getSizeY();
+    if (frame.pictureWidth > sizeX || frame.pictureHeight > sizeY) {
+        if (stream->refusedBy != texture)
+            zlfLog("   [!] Frame larger than its texture @ RVVIDEO::update\n");
+        stream->refusedBy = texture;
+        return;
+    }
+    texture->replacePixels(std::min(frame.width, sizeX), std::min(frame.height, sizeY), frame.width,
+                           frame.pixels);
+    RVMATERIAL::reset(); // its textures may no longer be bound
+}
+
+void RVVIDEO::play() { status = RV_VIDEO_PLAY; }
+void RVVIDEO::playLoop() { status = RV_VIDEO_PLAYLOOP; }
+void RVVIDEO::rewind() { status = RV_VIDEO_REWIND; }
+void RVVIDEO::stop() { status = RV_VIDEO_STOP; }
+RV_VIDEO_STATUS RVVIDEO::getStatus() const { return status; }
+
+void RVVIDEO::setTexture(RVTEXTURE *newTexture) { texture = newTexture; }
+RVTEXTURE *RVVIDEO::getTexture() const { return texture; }
+
+unsigned int RVVIDEO::getId() const { return id; }
+char *RVVIDEO::getName() { return name; }
+
+bool RVVIDEO::cleanUp() { return VideoRegistry::cleanUp(firstVideo) != 0; }
+
+unsigned int RVVIDEO::getNumberOfVideos() { return VideoRegistry::count(firstVideo); }
+
+RVVIDEO *RVVIDEO::findById(unsigned int id) { return VideoRegistry::findById(firstVideo, id); }
+
+RVVIDEO *RVVIDEO::findByFilename(const char *filename) {
+    return VideoRegistry::findByText(firstVideo, &RVVIDEO::name, filename);
+}
+
+char *RVVIDEO::getMPGPath() { return mpgPath; }
+void RVVIDEO::setMPGPath(const char *path) { ravolt::copyText(mpgPath, path); }

@@ -1,0 +1,136 @@
+// The decoder of films: only here, and at no other place of the library, are functions of libmpeg2
+// called.
+//
+// Invariant: `decoded` has an entry for each of the decoder's frame buffers that holds a frame of
+// the sequence at hand, with that frame's own size. The decoder goes on to tell of a buffer when
+// its sequence is over and the buffer released, and announces a new size before there is a frame of
+// it; a buffer without an entry is therefore never handed out.
+
+#include "video/decoder.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+extern "C" { // which its headers leave out
+#include <mpeg2.h>
+
+#include <mpeg2convert.h>
+}
+
+namespace {
+
+using ravolt::FilmFrame;
+
+// No texture is larger. Beyond it the decoder would ask for gigabytes, and not look whether it got
+// them.
+constexpr unsigned int largestSize = 4096;
+
+// Half a picture of fewer lines is less than the decoder's macroblock, and it would write behind
+// it.
+constexpr unsigned int leastHeightOfFields = 32;
+
+void readBlock(RVVIDEO_STREAM &stream) {
+    stream.size = static_cast<int>(std::fread(stream.buffer, 1, sizeof stream.buffer, stream.file));
+    mpeg2_buffer(stream.decoder, stream.buffer, stream.buffer + stream.size);
+}
+
+void forgetFrames(RVVIDEO_STREAM &stream) {
+    std::fill(std::begin(stream.decoded), std::end(stream.decoded), FilmFrame{});
+}
+
+FilmFrame frameOf(const mpeg2_sequence_t &sequence, const unsigned char *pixels) {
+    return {pixels, sequence.width, sequence.height, sequence.picture_width,
+            sequence.picture_height};
+}
+
+// Gives the size of a sequence that is too large, without pixels; what follows is passed over until
+// the next sequence starts.
+FilmFrame startSequence(RVVIDEO_STREAM &stream) {
+    forgetFrames(stream);
+    const FilmFrame size = frameOf(*stream.sequence, nullptr);
+    if (size.width > largestSize || size.height > largestSize) {
+        mpeg2_reset(stream.decoder, 1);
+        stream.sequence = nullptr;
+        return size;
+    }
+    mpeg2_convert(stream.decoder, mpeg2convert_rgb24, nullptr);
+    return {};
+}
+
+void startPicture(RVVIDEO_STREAM &stream) {
+    const bool isField = stream.info->current_picture->nb_fields == 1;
+    mpeg2_skip(stream.decoder, isField && stream.sequence->height < leastHeightOfFields);
+}
+
+FilmFrame *entryOf(RVVIDEO_STREAM &stream, const mpeg2_fbuf_t *buffer) {
+    if (!buffer || !buffer->buf[0])
+        return nullptr;
+    FilmFrame *const end = std::end(stream.decoded);
+    FilmFrame *const found =
+        std::find_if(std::begin(stream.decoded), end,
+                     [=](const FilmFrame &frame) { return frame.pixels == buffer->buf[0]; });
+    return found == end ? nullptr : found;
+}
+
+// A picture has been decoded into its buffer, unless it was skipped.
+void enterPicture(RVVIDEO_STREAM &stream) {
+    const mpeg2_info_t &info = *stream.info;
+    const mpeg2_fbuf_t *const buffer = info.current_fbuf;
+    if (!info.sequence || !buffer || !buffer->buf[0] || entryOf(stream, buffer) ||
+        (info.current_picture->flags & PIC_FLAG_SKIP))
+        return;
+    FilmFrame *const end = std::end(stream.decoded);
+    FilmFrame *const empty = std::find_if(std::begin(stream.decoded), end,
+                                          [](const FilmFrame &frame) { return !frame.pixels; });
+    if (empty != end)
+        *empty = frameOf(*stream.sequence, buffer->buf[0]);
+}
+
+FilmFrame dueFrame(RVVIDEO_STREAM &stream) {
+    const FilmFrame *entry = entryOf(stream, stream.info->display_fbuf);
+    return entry ? *entry : FilmFrame{};
+}
+
+} // namespace
+
+bool ravolt::startDecoder(RVVIDEO_STREAM &stream) {
+    stream.decoder = mpeg2_init();
+    if (!stream.decoder)
+        return false;
+    stream.info = mpeg2_info(stream.decoder);
+    stream.sequence = nullptr;
+    forgetFrames(stream);
+    return true;
+}
+
+void ravolt::stopDecoder(RVVIDEO_STREAM &stream) {
+    mpeg2_close(stream.decoder);
+    stream.decoder = nullptr;
+}
+
+ravolt::FilmFrame ravolt::decodeStep(RVVIDEO_STREAM &stream) {
+    stream.state = mpeg2_parse(stream.decoder);
+    stream.sequence = stream.info->sequence;
+    switch (stream.state) {
+    case STATE_BUFFER:
+        readBlock(stream);
+        return {};
+    case STATE_SEQUENCE:
+        return startSequence(stream);
+    case STATE_PICTURE:
+        startPicture(stream);
+        return {};
+    case STATE_SLICE:
+        enterPicture(stream);
+        return dueFrame(stream);
+    case STATE_END:
+    case STATE_INVALID_END: {
+        const FilmFrame last = dueFrame(stream);
+        forgetFrames(stream);
+        return last;
+    }
+    default: // On purpose: broken data are passed over without a word.
+        return {};
+    }
+}

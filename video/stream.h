@@ -1,0 +1,40 @@
+#pragma once
+
+// The file and the decoder of a film. Nothing of libmpeg2's headers is needed to hold it.
+
+#include <cstddef>
+#include <cstdio>
+
+struct mpeg2dec_s;
+struct mpeg2_info_s;
+struct mpeg2_sequence_s;
+class RVTEXTURE;
+
+namespace ravolt {
+
+// A frame in the decoder's memory: R G B, eight bits each, rows of `width` pixels without gaps
+// between them. Width and height are whole macroblocks; the picture fills the first part of each.
+struct FilmFrame {
+    const unsigned char *pixels; // NULL for no frame
+    unsigned int width, height;
+    unsigned int pictureWidth, pictureHeight;
+};
+
+constexpr std::size_t filmBlock = 4096;    // bytes read at a time
+constexpr std::size_t framesOfDecoder = 3; // that it works with at a time
+
+} // namespace ravolt
+
+struct RVVIDEO_STREAM {
+    unsigned char buffer[ravolt::filmBlock];
+    mpeg2dec_s *decoder;
+    const mpeg2_info_s *info;
+    const mpeg2_sequence_s *sequence;
+    int state;       // mpeg2_state_t, the last result of the parser
+    int size;        // of the last block read; -1 after load, 0 at the end of the file
+    std::FILE *file; // NULL when none is open
+
+    ravolt::FilmFrame decoded[ravolt::framesOfDecoder]; // what has been decoded of the sequence
+    unsigned int users;                                 // films that share the stream
+    const RVTEXTURE *refusedBy; // compared, never followed: the log has its line about this texture
+};
