@@ -180,6 +180,13 @@ TEST(Convert, CarriesColorsOpacityAndShininess) {
     EXPECT_EQ(material.texture, "[none]");
 }
 
+TEST(Convert, KeepsAnEmissionThatIsBrighterThanWhite) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\nKe 3 2 100\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    EXPECT_EQ(make("m.obj").scene.materials.at(0).selfIllumination,
+              (ravolt::RveColor{3, 2, 16, 1}));
+}
+
 TEST(Convert, TakesAnOpacityOfZeroAsOpaqueAndSaysSo) {
     writeFile("m.mtl", "newmtl a\nKd 1 1 1\nd 0\n");
     writeFile("m.obj", squareObj("m.mtl", "a"));

@@ -19,6 +19,7 @@ namespace {
 // as opaque itself.
 constexpr float nearlyOpaque = 0.999f;
 constexpr float strongestHighlight = 128; // OpenGL's largest exponent
+constexpr float strongestGlow = 16;       // above 1 it shows with bloom
 
 using Color = ravolt::RveColor;
 
@@ -27,11 +28,12 @@ float limited(float value, float low, float high, float otherwise) {
 }
 
 // A colour of the material; false when it has none of that kind.
-bool colorOf(const aiMaterial &material, const char *key, Color &color) {
+bool colorOf(const aiMaterial &material, const char *key, Color &color, float most = 1) {
     aiColor4D read;
     if (material.Get(key, 0, 0, read) != aiReturn_SUCCESS)
         return false;
-    color = {limited(read.r, 0, 1, 0), limited(read.g, 0, 1, 0), limited(read.b, 0, 1, 0), 1};
+    color = {limited(read.r, 0, most, 0), limited(read.g, 0, most, 0), limited(read.b, 0, most, 0),
+             1};
     return true;
 }
 
@@ -172,7 +174,8 @@ Color emissionOf(const aiMaterial &material, aiTextureType cover, bool linear) {
     for (aiTextureType type : {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR})
         if (type != cover && !pathOf(material, type).empty())
             return emission;
-    return colorOf(material, "$clr.emissive", emission) && linear ? asShown(emission) : emission;
+    const bool stated = colorOf(material, "$clr.emissive", emission, strongestGlow);
+    return stated && linear ? asShown(emission) : emission;
 }
 
 // Metal and roughness as the nearest highlight of the fixed-function light.
