@@ -187,6 +187,38 @@ TEST(Convert, KeepsAnEmissionThatIsBrighterThanWhite) {
               (ravolt::RveColor{3, 2, 16, 1}));
 }
 
+// Such a node's place used to be turned and scaled with it.
+TEST(Convert, PutsNodesOfGltf1WhereTheyAre) {
+    const std::string text =
+        R"({"asset": {"version": "1.0"}, "scene": "s", "scenes": {"s": {"nodes":
+        ["turned", "stated"]}}, "nodes": {
+        "turned": {"name": "translation", "extras": {"translation": [[7], {"a": "}"}]},
+            "rotation": [0, 0, 0.70710678, 0.70710678], "scale": [2, 2, 2],
+            "meshes": ["m"], "translation": [3, 1e1, -0.5]},
+        "stated": {"matrix": [0,1,0,0, -1,0,0,0, 0,0,1,0, 4,5,6,1], "meshes": ["m"]}},
+        "meshes": {"m": {"primitives": [{"attributes": {"POSITION": "p"}, "indices": "i",
+            "mode": 4}]}},
+        "accessors": {
+            "p": {"bufferView": "vp", "byteOffset": 0, "byteStride": 12, "componentType": 5126,
+                "count": 3, "type": "VEC3"},
+            "i": {"bufferView": "vi", "byteOffset": 0, "byteStride": 0, "componentType": 5123,
+                "count": 3, "type": "SCALAR"}},
+        "bufferViews": {"vp": {"buffer": "b", "byteOffset": 0, "byteLength": 36, "target": 34962},
+            "vi": {"buffer": "b", "byteOffset": 36, "byteLength": 6, "target": 34963}},
+        "buffers": {"b": {"byteLength": 44, "type": "arraybuffer", "uri": "m.bin"}}})";
+    const float corners[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    const unsigned short indices[4] = {0, 1, 2, 0};
+    writeFile("m.bin", std::string(reinterpret_cast<const char *>(corners), sizeof corners) +
+                           std::string(reinterpret_cast<const char *>(indices), sizeof indices));
+    writeFile("m.gltf", text);
+    const Made made = make("m.gltf");
+    const ravolt::RveNode *turned = find(made.scene.root, "turned");
+    const ravolt::RveNode *stated = find(made.scene.root, "stated");
+    ASSERT_TRUE(turned && stated);
+    EXPECT_EQ(turned->position, (ravolt::RveVector{3, 10, -0.5f}));
+    EXPECT_EQ(stated->position, (ravolt::RveVector{4, 5, 6}));
+}
+
 TEST(Convert, TakesAnOpacityOfZeroAsOpaqueAndSaysSo) {
     writeFile("m.mtl", "newmtl a\nKd 1 1 1\nd 0\n");
     writeFile("m.obj", squareObj("m.mtl", "a"));

@@ -4,6 +4,7 @@
 
 #include "tools/convert/import.h"
 
+#include "tools/convert/gltf1.h"
 #include "tools/failure.h"
 
 #include <algorithm>
@@ -54,11 +55,12 @@ std::string oneLine(std::string text) {
     return text.empty() ? "the reader gave no reason" : text;
 }
 
-bool isGltf2(const Assimp::Importer &importer) {
+// Whether the file was read by the importer of that name.
+bool isReadBy(const Assimp::Importer &importer, const char *name) {
     const int index = importer.GetPropertyInteger("importerIndex", -1);
     const aiImporterDesc *used =
         index < 0 ? nullptr : importer.GetImporterInfo(static_cast<std::size_t>(index));
-    return used && std::strstr(used->mName, "glTF2");
+    return used && std::strstr(used->mName, name);
 }
 
 bool isFinite(const aiVector3D &v) {
@@ -244,6 +246,8 @@ Model::Model(const std::string &path, Report &report, Progress &progress) {
     aiScene &read = const_cast<aiScene &>(*importer.GetScene());
     if (!read.mRootNode)
         throw Failure(path, "has no nodes");
+    if (isReadBy(importer, "glTF Importer"))
+        placeGltf1Nodes(read, path);
     cleanScene(read, report);
     if (!hasFaces(read))
         throw Failure(path, "has no triangles to draw");
@@ -251,7 +255,7 @@ Model::Model(const std::string &path, Report &report, Progress &progress) {
     progress.step("preparing", 0.35, 0.5);
     // assimp states a glTF 2 transform about another centre than its own step turns by, so those
     // are applied to the coordinates of each material.
-    linearColors = isGltf2(importer);
+    linearColors = isReadBy(importer, "glTF2");
     current = importer.ApplyPostProcessing(
         hasTextureTransforms() ? steps : steps | aiProcess_TransformUVCoords);
     if (!current)
