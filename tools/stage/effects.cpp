@@ -1,8 +1,10 @@
 #include "tools/stage/effects.h"
 
 #include <algorithm>
+#include <iterator>
 #include <ravolt/RVOPENGL.h>
 #include <ravolt/RVSHADER.h>
+#include <sstream>
 
 namespace ravolt::tool {
 
@@ -12,8 +14,9 @@ bool always() { return true; }
 
 bool hasExtension(const std::string &name) {
     const GLubyte *all = glGetString(GL_EXTENSIONS);
-    const std::string padded = " " + std::string(all ? reinterpret_cast<const char *>(all) : "");
-    return (padded + " ").find(" " + name + " ") != std::string::npos;
+    std::istringstream names(all ? reinterpret_cast<const char *>(all) : "");
+    return std::find(std::istream_iterator<std::string>(names), {}, name) !=
+           std::istream_iterator<std::string>();
 }
 
 // The engine asks for the programs alone, which would read an ordinary texture as shadows.
