@@ -4,9 +4,11 @@
 
 #include <SDL/SDL.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
@@ -48,8 +50,11 @@ Example::Example(int argc, char **argv) {
             picture = argv[++i];
         } else if (argv[i][0] != '-' && !scene) {
             scene = argv[i];
+        } else if (argv[i][0] != '-' && !stage) {
+            stage = argv[i];
         } else {
-            std::fprintf(stderr, "usage: %s [--frames N] [--picture FILE.png] [SCENE.rve]\n",
+            std::fprintf(stderr,
+                         "usage: %s [--frames N] [--picture FILE.png] [SCENE.rve [STAGE.rve]]\n",
                          argv[0]);
             std::exit(2);
         }
@@ -80,23 +85,34 @@ void Example::takeEvents() {
 
 float Example::seconds() const { return frames ? 1.0f / 30.0f : RAVOLT::getFPSfactor(); }
 
+// Only the number's or the label's place is taken from the name, so no other conversion gets in.
+void Example::writeDuePicture(bool last) const {
+    const std::string name = picture ? picture : "";
+    const std::size_t place = name.find('%');
+    if (place == std::string::npos) {
+        if (picture && last)
+            writePicture(picture);
+        return;
+    }
+    const std::size_t kind = name.find_first_not_of("0123456789", place + 1);
+    char number[16];
+    std::snprintf(number, sizeof number, "%03d", frame - 1);
+    std::string word = number;
+    if (kind != std::string::npos && name[kind] == 's') {
+        if (!label)
+            return;
+        word = label;
+        std::replace(word.begin(), word.end(), ' ', '_');
+    }
+    const bool known = kind != std::string::npos && std::strchr("sd", name[kind]);
+    const std::string rest = kind == std::string::npos ? "" : name.substr(known ? kind + 1 : kind);
+    writePicture((name.substr(0, place) + word + rest).c_str());
+}
+
 bool Example::next() {
     takeEvents();
     ++frame;
     const bool last = closed || (frames > 0 && frame >= frames);
-    if (picture && std::strchr(picture, '%')) {
-        // Only the number's place is taken from the name, so no other conversion can get in.
-        const char *place = std::strchr(picture, '%');
-        const std::size_t tail = std::strspn(place + 1, "0123456789") + 1;
-        char number[16];
-        std::snprintf(number, sizeof number, "%03d", frame - 1);
-        std::vector<char> path(picture, place);
-        path.insert(path.end(), number, number + std::strlen(number));
-        const char *rest = place[tail] == 'd' ? place + tail + 1 : place + tail;
-        path.insert(path.end(), rest, rest + std::strlen(rest) + 1);
-        writePicture(path.data());
-    } else if (picture && last) {
-        writePicture(picture);
-    }
+    writeDuePicture(last);
     return !last;
 }

@@ -3,10 +3,10 @@
 // What the examples share and what is not about the engine: the command line, the window's events,
 // and pictures of the frame.
 //
-//   EXAMPLE [--frames N] [--picture FILE.png] [SCENE.rve]
+//   EXAMPLE [--frames N] [--picture FILE.png] [SCENE.rve [STAGE.rve]]
 //
 // With --frames the program ends by itself after N frames. With --picture it writes the last one;
-// a "%03d" in the name makes it write them all.
+// a "%03d" in the name makes it write them all, and a "%s" those that have a label.
 
 class RVSETTINGS;
 
@@ -14,6 +14,10 @@ struct Example {
     int frames = 0;                // 0: until the window is closed
     const char *picture = nullptr; // NULL: none
     const char *scene = nullptr;   // the first free argument
+    const char *stage = nullptr;   // the second
+
+    int frame = 0;               // frames that have been shown
+    const char *label = nullptr; // of the frame's picture; NULL: the frame has none
 
     int mouseX = -1, mouseY = -1; // last click in window pixels, -1 for none since the last frame
     int wheel = 0;                // wheel steps since the last frame
@@ -31,8 +35,7 @@ struct Example {
     float seconds() const;
 
   private:
-    int frame = 0;
-
     void takeEvents();
+    void writeDuePicture(bool last) const;
     bool closed = false;
 };

@@ -1,16 +1,22 @@
 #!/bin/sh
-# runExample.sh CONVERTER MODEL EXAMPLE: runs an example for some frames in this folder. It fails on
-# the example's exit status, on a problem in its log, on a leak in the log's closing statistics, and
-# when it leaves no picture. MODEL, unless empty, is converted to the scene that the example shows.
+# runExample.sh CONVERTER EXAMPLE FRAMES PICTURES [MODEL...]: runs an example for some frames in this
+# folder, with the scenes that are converted from the models. It fails on the example's exit status,
+# on a problem in its log, on a leak in the log's closing statistics, and when it does not leave as
+# many pictures as it should.
 set -eu
-converter=$1 model=$2 example=$3
+converter=$1 example=$2 frames=$3 pictures=$4
+shift 4
 
-scene=
-if [ -n "$model" ]; then
-    "$converter" convert "$model" -o scene.rve
-    scene=./scene.rve
-fi
-"$example" --frames 5 --picture picture.png $scene >output.txt || {
+scenes=
+for model in "$@"; do
+    scene=./$(basename "${model%.*}").rve
+    "$converter" convert "$model" -o "$scene"
+    scenes="$scenes $scene"
+done
+name=picture.png
+[ "$pictures" -eq 1 ] || name=picture_%s.png
+rm -f picture*.png
+"$example" --frames "$frames" --picture "$name" $scenes >output.txt || {
     cat output.txt
     echo "FAILED: exit status"
     exit 1
@@ -28,7 +34,8 @@ if ! grep -q '^Final memory ratio: 0 ' ravolt_log.txt; then
     grep 'Final memory ratio' ravolt_log.txt || echo "(the log was not closed)"
     exit 1
 fi
-if ! [ -s picture.png ]; then
-    echo "FAILED: no picture"
+found=$(find . -name 'picture*.png' -size +0 | wc -l)
+if [ "$found" -ne "$pictures" ]; then
+    echo "FAILED: $found pictures instead of $pictures"
     exit 1
 fi
