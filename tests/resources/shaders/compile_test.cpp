@@ -27,6 +27,14 @@ TEST_F(BuiltinTexts, AreRefusedWithWordsOfAYoungerLanguage) {
     }
 }
 
+// The driver is told so there, and takes the texts of the other tests.
+TEST_F(BuiltinTexts, MeetADriverThatTakesNoYoungerLanguageInVersion110) {
+    const std::string rest = "\nvoid main() { gl_FragColor = vec4(1.0); }\n";
+    EXPECT_EQ(compileMessages(GL_FRAGMENT_SHADER_ARB, "#version 110" + rest), "");
+    EXPECT_NE(compileMessages(GL_FRAGMENT_SHADER_ARB, "#version 120" + rest).find("1.20"),
+              std::string::npos);
+}
+
 TEST_F(BuiltinTexts, LeaveAMessageWhenTwoDoNotFit) {
     const Program program("pplVSdirect.glsl", "waterPS.glsl");
     EXPECT_NE(program.messages, "");
