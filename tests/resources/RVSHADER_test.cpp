@@ -181,6 +181,18 @@ TEST_F(ShaderTest, DestructorDetachesAndDeletesWhatThereIs) {
     EXPECT_TRUE(callsOf([] { delete new RVSHADER; }).empty());
 }
 
+TEST_F(ShaderTest, DestructorLeavesOutWhatThereIsNot) {
+    shader->loadVertexShader("v", "text"); // in no program
+    EXPECT_EQ(callsOf([&] { delete shader; }).names(),
+              std::vector<std::string>{"glDeleteObjectARB"});
+    writeText("glowPS.glsl", "p");
+    RVSHADER *half = new RVSHADER; // a program of one stage
+    ASSERT_TRUE(half->load(nullptr, "glowPS.glsl", false));
+    EXPECT_EQ(
+        callsOf([&] { delete half; }).names(),
+        (std::vector<std::string>{"glDetachObjectARB", "glDeleteObjectARB", "glDeleteObjectARB"}));
+}
+
 TEST_F(ShaderTest, NewProgramAtAnOldAddressIsPutInUse) {
     alignas(RVSHADER) unsigned char place[sizeof(RVSHADER)];
     RVSHADER *former = new (place) RVSHADER;
