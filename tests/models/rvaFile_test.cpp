@@ -84,14 +84,14 @@ bool sameBits(const Z3MVECTOR3D &vector, const std::array<float, 3> &floats) {
     return std::memcmp(&vector, floats.data(), sizeof floats) == 0;
 }
 
-// All that a clip holds, for comparisons.
+// What a clip holds, for comparisons: all of it but most of its frames.
 struct Contents {
     explicit Contents(RVANIM &clip)
         : fileName(clip.getFilename()), bones(clip.getNumberOfBones()),
           frames(clip.getNumberOfFrames()), translating(clip.getTranslating()) {
         for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone)
             names.push_back(clip.getBoneName(bone));
-        for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; frame += 5) {
+        for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; frame += 64) {
             const unsigned char *row =
                 reinterpret_cast<const unsigned char *>(clip.getKeyframe(frame, 0));
             entries.insert(entries.end(), row, row + RV_ANIM_BONES * sizeof(RVBONEFRAME));
@@ -296,10 +296,10 @@ TEST_F(RvaFile, CountsBeyondTheFileAreRefused) {
 }
 
 TEST_F(RvaFile, ByteSetToExtremesIsRefusedOrLoadsWhole) {
-    const Bytes whole = bytesOf(randomClip(3, 4));
+    const Bytes whole = bytesOf(randomClip(2, 2));
     unsigned int loaded = 0, refused = 0;
     for (std::size_t at = 0; at < whole.size(); ++at)
-        for (const unsigned char value : {0, 1, 127, 128, 255}) {
+        for (const unsigned char value : {0, 1, 128, 255}) {
             SCOPED_TRACE(testing::Message() << "byte " << at << " = " << int{value});
             Bytes bytes = whole;
             bytes[at] = value;
@@ -316,8 +316,8 @@ TEST_F(RvaFile, ByteSetToExtremesIsRefusedOrLoadsWhole) {
             if (HasFailure())
                 return;
         }
-    EXPECT_GT(loaded, 1000u);
-    EXPECT_GT(refused, 70u);
+    EXPECT_GT(loaded, 400u);
+    EXPECT_GT(refused, 60u);
 }
 
 TEST_F(RvaFile, ForeignFilesHaveAnInvalidHeader) {
