@@ -63,32 +63,31 @@ void startPicture(RVVIDEO_STREAM &stream) {
     mpeg2_skip(stream.decoder, isField && stream.sequence->height < leastHeightOfFields);
 }
 
-FilmFrame *entryOf(RVVIDEO_STREAM &stream, const mpeg2_fbuf_t *buffer) {
-    if (!buffer || !buffer->buf[0])
-        return nullptr;
+// NULL asks for an empty entry.
+FilmFrame *entryOf(RVVIDEO_STREAM &stream, const unsigned char *pixels) {
     FilmFrame *const end = std::end(stream.decoded);
     FilmFrame *const found =
         std::find_if(std::begin(stream.decoded), end,
-                     [=](const FilmFrame &frame) { return frame.pixels == buffer->buf[0]; });
+                     [=](const FilmFrame &frame) { return frame.pixels == pixels; });
     return found == end ? nullptr : found;
 }
 
 // A picture has been decoded into its buffer, unless it was skipped.
 void enterPicture(RVVIDEO_STREAM &stream) {
     const mpeg2_info_t &info = *stream.info;
-    const mpeg2_fbuf_t *const buffer = info.current_fbuf;
-    if (!info.sequence || !buffer || !buffer->buf[0] || entryOf(stream, buffer) ||
+    if (!info.sequence || !info.current_fbuf || !info.current_fbuf->buf[0] ||
         (info.current_picture->flags & PIC_FLAG_SKIP))
         return;
-    FilmFrame *const end = std::end(stream.decoded);
-    FilmFrame *const empty = std::find_if(std::begin(stream.decoded), end,
-                                          [](const FilmFrame &frame) { return !frame.pixels; });
-    if (empty != end)
-        *empty = frameOf(*stream.sequence, buffer->buf[0]);
+    const unsigned char *const pixels = info.current_fbuf->buf[0];
+    FilmFrame *const known = entryOf(stream, pixels);
+    if (FilmFrame *const entry = known ? known : entryOf(stream, nullptr))
+        *entry = frameOf(*info.sequence, pixels);
 }
 
 FilmFrame dueFrame(RVVIDEO_STREAM &stream) {
-    const FilmFrame *entry = entryOf(stream, stream.info->display_fbuf);
+    const mpeg2_fbuf_t *const buffer = stream.info->display_fbuf;
+    const FilmFrame *const entry =
+        buffer && buffer->buf[0] ? entryOf(stream, buffer->buf[0]) : nullptr;
     return entry ? *entry : FilmFrame{};
 }
 

@@ -8,6 +8,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -22,12 +23,16 @@ struct Film {
     const char *name;
     unsigned int width, height;
     bool fields = false; // of two moments in each frame
+
+    friend void PrintTo(const Film &film, std::ostream *out) { *out << film.name; }
 };
 inline const Film films[] = {
     {"ffmpeg1_16x16", 16, 16},
     {"ffmpeg1_50x38_b", 50, 38},
     {"ffmpeg1_352x288_b", 352, 288},
+    {"ffmpeg2_16x16", 16, 16},
     {"ffmpeg2_50x38", 50, 38},
+    {"ffmpeg2_51x37_b", 51, 37},
     {"ffmpeg2_64x48_b", 64, 48},
     {"ffmpeg2_176x144", 176, 144},
     {"ffmpeg2_352x288_fields_b", 352, 288, true},

@@ -1,7 +1,7 @@
 #!/bin/sh
 # makeFilms.sh FOLDER: makes the films of the tests there by two encoders, ffmpeg's and that of
 # mjpegtools, and beside each NAME what ffmpeg's decoder makes of it: NAME.yuv, the planes, and
-# NAME.rgb. One thread and no time stamps, so that a film comes out the same each time.
+# NAME.rgb, the colours. One thread and no time stamps, so that a film comes out the same each time.
 set -eu
 mkdir -p "$1"
 cd "$1"
@@ -17,8 +17,10 @@ ffmpegQuietly() {
 source() {
     rate=25 weave=null
     [ -z "${2:-}" ] || rate=50 weave="tinterlace=interleave_top,setfield=tff"
-    ffmpegQuietly -f lavfi -i "testsrc2=size=$1:rate=$rate" -vf "$weave" -frames:v $frames \
-        -pix_fmt yuv420p -f yuv4mpegpipe pipe:1
+    width=${1%x*} height=${1#*x} # the picture itself is made in even sizes only
+    even=$((width + width % 2))x$((height + height % 2))
+    ffmpegQuietly -f lavfi -i "testsrc2=size=$even:rate=$rate" -frames:v $frames \
+        -vf "format=rgb24,crop=$width:$height:0:0,format=yuv420p,$weave" -f yuv4mpegpipe pipe:1
 }
 
 # byFfmpeg NAME FORMAT SIZE BFRAMES [field]
@@ -44,21 +46,25 @@ byMjpegtools() {
     reference "$1" "${5:-}"
 }
 
-# reference NAME [field]: chroma as the nearest sample, of the same field where the film has two;
-# the matrix of BT.601, which the engine's decoder takes for all films.
+# reference NAME [field]: chroma as the nearest sample, of the same field where the film has two; the
+# matrix of BT.601, which the engine's decoder takes for all films. The scaler would move the chroma
+# of odd sizes: NAME.rgb leaves their last column and row out.
 reference() {
     interlaced=0
     [ -z "${2:-}" ] || interlaced=1
     ffmpegQuietly -i "$1" -vsync passthrough -pix_fmt yuv420p -f rawvideo "$1.yuv"
     scale="interl=$interlaced:in_color_matrix=bt601:in_range=tv:out_range=pc"
     scale="$scale:flags=neighbor+accurate_rnd+full_chroma_int+full_chroma_inp"
-    ffmpegQuietly -i "$1" -vsync passthrough -vf "scale=$scale" -pix_fmt rgb24 -f rawvideo "$1.rgb"
+    ffmpegQuietly -i "$1" -vsync passthrough -vf "crop=floor(iw/2)*2:floor(ih/2)*2:0:0,scale=$scale" \
+        -pix_fmt rgb24 -f rawvideo "$1.rgb"
 }
 
 byFfmpeg ffmpeg1_16x16 mpeg1video 16x16 0
 byFfmpeg ffmpeg1_50x38_b mpeg1video 50x38 2
 byFfmpeg ffmpeg1_352x288_b mpeg1video 352x288 2
+byFfmpeg ffmpeg2_16x16 mpeg2video 16x16 0
 byFfmpeg ffmpeg2_50x38 mpeg2video 50x38 0
+byFfmpeg ffmpeg2_51x37_b mpeg2video 51x37 2
 byFfmpeg ffmpeg2_64x48_b mpeg2video 64x48 2
 byFfmpeg ffmpeg2_176x144 mpeg2video 176x144 0
 byFfmpeg ffmpeg2_352x288_fields_b mpeg2video 352x288 2 field
