@@ -1,0 +1,97 @@
+// The viewer's keys, pressed in its window.
+
+#include "tests/tools/otherWindow.h"
+#include "tests/tools/support.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+using namespace tool_test;
+
+class ViewKeys : public ::testing::Test {
+  protected:
+    // Other tests have windows too.
+    const std::string file = "keys" + std::to_string(getpid()) + ".obj";
+    const std::string title = "ravolt - " + file + " - ";
+
+    void SetUp() override {
+        writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
+        writeFile(file, squareObj("m.mtl", "a"));
+    }
+
+    void startViewer(const std::string &before = "") const {
+        const std::string command = before + " '" RAVOLT_TOOL "' view " + file +
+                                    " --seconds 60 --size 160x120 >said 2>&1 </dev/null &";
+        ASSERT_EQ(std::system(command.c_str()), 0);
+    }
+
+    static std::string said() {
+        std::ifstream stream("said");
+        return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    }
+};
+
+TEST_F(ViewKeys, OnX11SwitchEffectsWithWhatTheyNeedAndTheTitleTellsThem) {
+    startViewer();
+    OtherWindow window(title);
+    ASSERT_TRUE(window.isThere());
+    std::string lines;
+    for (const auto &[key, names] : std::vector<std::pair<std::string, std::string>>{
+             {"2", "spot light"},
+             {"3", "per-pixel lighting, spot light, shadows"},
+             {"4", "per-pixel lighting, spot light, shadows, floor"},
+             {"6", "per-pixel lighting, spot light, shadows, floor, bloom, tone mapping"},
+             {"5", "per-pixel lighting, spot light, shadows, floor"},
+             {"7", "per-pixel lighting, spot light, shadows, floor, depth of field"},
+             {"1", "spot light, floor, depth of field"},
+             {"2", "floor, depth of field"}}) {
+        window.press(key);
+        EXPECT_EQ(window.titleOnceItIs(title + names), title + names);
+        lines += "effects: " + names + "\n";
+    }
+    window.press("q");
+    EXPECT_TRUE(window.goes());
+    EXPECT_EQ(said(), lines);
+}
+
+TEST_F(ViewKeys, OnX11ChangeTheNumbersOfTheEffectsThatAreOn) {
+    startViewer();
+    OtherWindow window(title);
+    ASSERT_TRUE(window.isThere());
+    for (const char *key : {"5", "Tab", "Prior", "Prior", "Next", "Home", "Tab", "Next", "q"})
+        window.press(key);
+    EXPECT_TRUE(window.goes());
+    EXPECT_EQ(said(), "effects: per-pixel lighting, bloom\n--bloom-intensity 1\n"
+                      "--bloom-intensity 1.1\n--bloom-intensity 1.2\n--bloom-intensity 1.1\n"
+                      "--bloom-intensity 1\n--brightness 1\n--brightness 0.75\n");
+}
+
+TEST_F(ViewKeys, OnX11SayWhatTheDisplayCannotDo) {
+    startViewer("MESA_EXTENSION_OVERRIDE=-GL_ARB_texture_float");
+    OtherWindow window(title);
+    ASSERT_TRUE(window.isThere());
+    for (const char *key : {"5", "7", "2", "l", "q"})
+        window.press(key);
+    EXPECT_TRUE(window.goes());
+    EXPECT_EQ(said(),
+              "bloom: this display cannot do it\ndepth of field: this display cannot do it\n"
+              "effects: spot light\nlights: the spot light stands in for the rigs\n");
+}
+
+TEST_F(ViewKeys, OnX11ShowTheListOfKeys) {
+    startViewer();
+    OtherWindow window(title);
+    ASSERT_TRUE(window.isThere());
+    for (const char *key : {"h", "l", "Escape"})
+        window.press(key);
+    EXPECT_TRUE(window.goes());
+    EXPECT_NE(said().find("  5       bloom\n"), std::string::npos) << said();
+    EXPECT_NE(said().find("lights: headlight\n"), std::string::npos) << said();
+}
+
+} // namespace
