@@ -9,14 +9,15 @@ namespace ravolt::tool {
 namespace {
 
 void sayFigures(const std::string &scene, const ConvertResult &result) {
-    std::printf("%s: %s, %s, %s, %s, %s, %s, %s\n", scene.c_str(),
+    std::printf("%s: %s, %s, %s, %s, %s, %s, %s, %s\n", scene.c_str(),
                 counted(result.nodes, "node", "nodes").c_str(),
                 counted(result.meshes, "mesh", "meshes").c_str(),
                 counted(result.triangles, "triangle", "triangles").c_str(),
                 counted(result.vertices, "vertex", "vertices").c_str(),
                 counted(result.lights, "light", "lights").c_str(),
                 counted(result.materials, "material", "materials").c_str(),
-                counted(result.textures, "texture", "textures").c_str());
+                counted(result.textures, "texture", "textures").c_str(),
+                counted(result.clips, "clip", "clips").c_str());
 }
 
 } // namespace

@@ -47,6 +47,7 @@ void check(const ConvertOptions &options) {
     requireName("MODEL", options.model);
     requireName("--output", options.scene);
     requireWithin("--scale", options.scale, 1e-30, 1e30);
+    requireWithin("--fps", options.fps, 0.1, 1000);
 }
 
 void check(const ShowOptions &options) {
@@ -86,11 +87,13 @@ void addTalk(CLI::App &command, Options &options) {
 
 CLI::App *addConvert(CLI::App &app, Options &options) {
     CLI::App *command = app.add_subcommand(
-        "convert", "Make a scene file (RVE), with its textures (TGA), of a model");
+        "convert", "Make a scene file (RVE), with textures (TGA) and clips (RVA), of a model");
     ConvertOptions &to = options.convert;
     command->add_option("MODEL", to.model, "Any model that assimp reads: glTF, FBX, OBJ, ...")
         ->required();
-    command->add_option("-o,--output", to.scene, "The scene file; textures go beside it")
+    command
+        ->add_option("-o,--output", to.scene,
+                     "The scene file; textures and clips (SCENE.CLIP.rva) go beside it")
         ->required();
     command->add_flag("--normal-maps", to.normalMaps, "Write normal maps too, as NAME_n.tga");
     command->add_flag("--two-sided", to.twoSided, "Make every surface visible from behind too");
@@ -98,6 +101,8 @@ CLI::App *addConvert(CLI::App &app, Options &options) {
         ->check(CLI::Range(1u, 4096u))
         ->capture_default_str();
     command->add_option("--scale", to.scale, "Factor for all lengths")->capture_default_str();
+    command->add_option("--fps", to.fps, "Frames of a clip in a second, 0.1 to 1000")
+        ->capture_default_str();
     command->add_option("--prefix", to.prefix,
                         "Put in front of the names of materials and textures; the engine shares "
                         "materials of the same name between scenes");

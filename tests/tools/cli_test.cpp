@@ -95,6 +95,60 @@ TEST(CommandLine, HasTheSameEffectsInEachCommandThatDraws) {
         EXPECT_NE(view.find(key), std::string::npos) << key;
 }
 
+// A square that rises by one in a tenth of a second.
+void writeMovingSquare() {
+    writeFile("move.x", R"(xof 0303txt 0032
+Frame square {
+  FrameTransformMatrix {
+    1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0;;
+  }
+  Mesh {
+    4; 0.0;0.0;0.0;, 0.0;1.0;0.0;, 1.0;1.0;0.0;, 1.0;0.0;0.0;;
+    1; 4;0;1;2;3;;
+  }
+}
+AnimTicksPerSecond { 10; }
+AnimationSet rise {
+  Animation {
+    {square}
+    AnimationKey { 2; 2; 0;3;0.0,0.0,0.0;;, 1;3;0.0,1.0,0.0;;; }
+  }
+}
+)");
+}
+
+TEST(CommandLine, ConvertsClipsBesideTheScene) {
+    writeMovingSquare();
+    const Outcome done = run("convert move.x -o moved.rve");
+    EXPECT_EQ(done.code, 0) << done.err;
+    EXPECT_TRUE(done.out.find(", 1 clip\n") != std::string::npos) << done.out;
+    const std::string usual = contentsOf("moved.rise.rva");
+    EXPECT_TRUE(startsWith(usual, "RVA file v1.6a"));
+    EXPECT_EQ(run("convert move.x -o moved.rve --fps 100").code, 0);
+    const std::string fine = contentsOf("moved.rise.rva");
+    EXPECT_EQ(usual[17], 4);
+    EXPECT_EQ(fine[17], 11);
+    for (const char *fps : {"0", "-1", "1001", "nan"}) {
+        const Outcome wrong = run(std::string("convert move.x -o moved.rve --fps ") + fps);
+        EXPECT_EQ(wrong.code, 2) << fps;
+        EXPECT_EQ(wrong.err,
+                  std::string("ravolt: --fps ") + fps + ": expected a number from 0.1 to 1000\n");
+    }
+}
+
+TEST(CommandLine, LeavesNoClipBehindWhenTheSceneCannotBeWritten) {
+    writeMovingSquare();
+    fs::create_directories("full");
+    std::error_code error;
+    fs::remove("full/scene.rve", error);
+    fs::create_symlink("/dev/full", "full/scene.rve");
+    const Outcome failed = run("convert move.x -o full/scene.rve");
+    EXPECT_EQ(failed.code, 1);
+    EXPECT_EQ(failed.err, "ravolt: full/scene.rve: is no regular file, so the clips cannot stand "
+                          "beside it\n");
+    EXPECT_FALSE(fs::exists("full/scene.rise.rva"));
+}
+
 TEST(CommandLine, ShootsEffects) {
     writeSquare();
     EXPECT_EQ(run("shot m.obj -o plain.png --size 64x48").code, 0);

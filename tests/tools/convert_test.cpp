@@ -400,49 +400,6 @@ TEST(Convert, SaysThatATextureIsNotRepeatedInTheModel) {
                   "material 'a': its texture is clamped or mirrored, the scene repeats it"}));
 }
 
-// Two bones: one where it was bound, one moved up by 2. The square's vertices go with them.
-TEST(Convert, PosesMeshesAsTheirBonesStand) {
-    const float points[] = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
-    const unsigned short indices[] = {0, 1, 2, 0, 2, 3};
-    const unsigned short joints[] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
-    const float weights[] = {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
-    std::string bytes(reinterpret_cast<const char *>(points), sizeof points);
-    bytes += std::string(reinterpret_cast<const char *>(indices), sizeof indices);
-    bytes += std::string(reinterpret_cast<const char *>(joints), sizeof joints);
-    bytes += std::string(reinterpret_cast<const char *>(weights), sizeof weights);
-    for (int bone = 0; bone < 2; ++bone) {
-        const float identity[] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-        bytes += std::string(reinterpret_cast<const char *>(identity), sizeof identity);
-    }
-    writeFile("skin.bin", bytes);
-    writeFile("skin.gltf", R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0,1]}],
-        "nodes":[{"name":"body","mesh":0,"skin":0,"translation":[50,0,0]},
-          {"name":"low","children":[2]},{"name":"high","translation":[0,2,0]}],
-        "skins":[{"joints":[1,2],"inverseBindMatrices":4}],
-        "meshes":[{"primitives":[{"attributes":{"POSITION":0,"JOINTS_0":2,"WEIGHTS_0":3},
-          "indices":1}]}],
-        "accessors":[{"bufferView":0,"componentType":5126,"count":4,"type":"VEC3",
-          "min":[0,0,0],"max":[1,1,0]},
-          {"bufferView":1,"componentType":5123,"count":6,"type":"SCALAR"},
-          {"bufferView":2,"componentType":5123,"count":4,"type":"VEC4"},
-          {"bufferView":3,"componentType":5126,"count":4,"type":"VEC4"},
-          {"bufferView":4,"componentType":5126,"count":2,"type":"MAT4"}],
-        "bufferViews":[{"buffer":0,"byteLength":48},
-          {"buffer":0,"byteOffset":48,"byteLength":12},
-          {"buffer":0,"byteOffset":60,"byteLength":32},
-          {"buffer":0,"byteOffset":92,"byteLength":64},
-          {"buffer":0,"byteOffset":156,"byteLength":128}],
-        "buffers":[{"byteLength":284,"uri":"skin.bin"}]})");
-    const Made made = make("skin.gltf");
-    EXPECT_TRUE(contains(made.report.warnings(), "bones of 1 mesh left out"));
-    const RveNode *body = find(made.scene.root, "body");
-    ASSERT_TRUE(body);
-    // The node's own place is undone: bones alone tell where the vertices are.
-    EXPECT_EQ(body->position, (ravolt::RveVector{50, 0, 0}));
-    for (const auto &[x, y] : {std::pair{0.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 3.0f}, {0.0f, 3.0f}})
-        EXPECT_TRUE(hasVertex(*body, x - 50, y, 0)) << x << " " << y;
-}
-
 TEST(Convert, SplitsAMeshAboveTheLimit) {
     std::string text = "o big\n";
     constexpr int side = 300;
@@ -489,7 +446,6 @@ TEST(Convert, NamesWhatASceneCannotHold) {
     const Made made = make("model.gltf");
     EXPECT_TRUE(contains(made.report.warnings(), "1 camera left out"))
         << joined(made.report.warnings());
-    EXPECT_TRUE(contains(made.report.warnings(), "1 animation left out"));
 
     writeFile("lines.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\nl 1 2\nl 2 3\n");
     EXPECT_TRUE(contains(make("lines.obj").report.warnings(),

@@ -241,4 +241,47 @@ TEST(Meshes, MeasuresTheRadiusFromTheNodesOwnPlace) {
     EXPECT_FLOAT_EQ(bounds.maximum.y, 4);
 }
 
+// Each square of a row has a bone of its own, and a share of a common one.
+TEST(Meshes, SplitsByBones) {
+    Geometry geometry;
+    for (std::uint32_t i = 0; i < 250; ++i) {
+        for (int corner = 0; corner < 3; ++corner) {
+            geometry.positions.push_back({static_cast<float>(i), static_cast<float>(corner), 0});
+            geometry.normals.push_back({0, 0, 1});
+            Holders holders;
+            holders.bone = {i, 1000, 0, 0};
+            holders.weight = {0.75f, 0.25f, 0, 0};
+            geometry.holders.push_back(holders);
+        }
+        geometry.faces.push_back({3 * i, 3 * i + 1, 3 * i + 2});
+    }
+    EXPECT_EQ(bonesOf(geometry).size(), 251u);
+    std::size_t faces = 0;
+    const std::vector<Geometry> pieces = split(geometry);
+    EXPECT_EQ(pieces.size(), 3u);
+    for (const Geometry &piece : pieces) {
+        EXPECT_LE(bonesOf(piece).size(), 100u);
+        ASSERT_EQ(piece.holders.size(), piece.positions.size());
+        for (std::size_t i = 0; i < piece.positions.size(); ++i)
+            EXPECT_EQ(piece.positions[i].x, static_cast<float>(piece.holders[i].bone[0]));
+        faces += piece.faces.size();
+    }
+    EXPECT_EQ(faces, 250u);
+}
+
+TEST(Meshes, KeepsTheHoldersOfBothSides) {
+    const auto mesh = triangle();
+    Carrying carrying;
+    carrying.posed.resize(3);
+    carrying.holders.resize(3);
+    for (std::uint32_t i = 0; i < 3; ++i)
+        carrying.holders[i].bone[0] = i;
+    carrying.bothSides = true;
+    Geometry geometry;
+    append(geometry, *mesh, carrying);
+    ASSERT_EQ(geometry.holders.size(), 6u);
+    for (std::uint32_t i = 0; i < 6; ++i)
+        EXPECT_EQ(geometry.holders[i].bone[0], i % 3);
+}
+
 } // namespace

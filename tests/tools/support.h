@@ -37,6 +37,7 @@ inline std::string squareObj(const std::string &library, const std::string &mate
 
 struct Made {
     ravolt::RveScene scene;
+    std::vector<Clip> clips;
     Report report;
 };
 
@@ -45,7 +46,9 @@ inline Made make(const ConvertOptions &options) {
     Made made;
     Progress silent(false);
     WrittenFiles written;
-    made.scene = makeScene(options, made.report, silent, written);
+    Converted converted = makeScene(options, made.report, silent, written);
+    made.scene = std::move(converted.scene);
+    made.clips = std::move(converted.clips);
     written.keep();
     return made;
 }

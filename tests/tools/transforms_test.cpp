@@ -147,4 +147,27 @@ TEST(Transforms, InvertsWhatCanBeInverted) {
     EXPECT_EQ(untouched.offset.z, 3);
 }
 
+TEST(Transforms, TurnsNearOtherAnglesWithTheSameRotation) {
+    Random random;
+    for (int i = 0; i < 1000; ++i) {
+        const Vector near = random.vector(1000);
+        const Matrix rotation = rotationFromDegrees(near + random.vector(1));
+        const Placement turned = turnedNear(place({rotation, {}}, Matrix()), near);
+        EXPECT_LT(distance(rotationFromDegrees(turned.degrees) * turned.rest, rotation), 1e-9);
+        if (std::abs(std::cos(near.y / 57.29577951308232)) > 0.1) {
+            EXPECT_LT(length(turned.degrees - near), 30) << i;
+        }
+    }
+}
+
+TEST(Transforms, KeepsTheThirdAngleWhereOnlyTheSumCounts) {
+    for (double y : {90.0, -90.0}) {
+        const Matrix rotation = rotationFromDegrees({30, y, 40});
+        const Placement turned = turnedNear(place({rotation, {}}, Matrix()), {29, y, 41});
+        EXPECT_NEAR(turned.degrees.z, 41, 1e-3);
+        EXPECT_NEAR(turned.degrees.x, y > 0 ? 29 : 31, 1e-3);
+        EXPECT_LT(distance(rotationFromDegrees(turned.degrees), rotation), 1e-5);
+    }
+}
+
 } // namespace

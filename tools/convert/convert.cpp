@@ -9,6 +9,7 @@
 #include "tools/failure.h"
 #include "tools/writers/rveWriter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 
@@ -30,8 +31,10 @@ void count(const ravolt::RveNode &node, ConvertResult &result) {
         count(child, result);
 }
 
-ConvertResult figuresOf(const ravolt::RveScene &scene) {
+ConvertResult figuresOf(const Converted &made) {
+    const ravolt::RveScene &scene = made.scene;
     ConvertResult result;
+    result.clips = made.clips.size();
     count(scene.root, result);
     result.materials = scene.materials.size();
     std::set<std::string> textures;
@@ -68,10 +71,28 @@ Textures::Options textureOptions(const ConvertOptions &options, const fs::path &
     return result;
 }
 
+// Passes a writer's complaint on.
+void throwIfAny(const std::string &error, const fs::path &file) {
+    if (error.rfind(file.string() + ": ", 0) == 0)
+        throw Failure(error);
+    if (!error.empty())
+        throw Failure(file.string(), error);
+}
+
+// Whether a skeleton's root will be needed: with it the tree is a level deeper.
+bool hasBones(const aiScene &scene) {
+    return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes,
+                       [](const aiMesh *mesh) { return mesh->mNumBones > 0; });
+}
+
 } // namespace
 
-ravolt::RveScene makeScene(const ConvertOptions &options, Report &report, Progress &progress,
-                           WrittenFiles &written) {
+fs::path clipFile(const fs::path &scene, const std::string &clip) {
+    return scene.parent_path() / (scene.stem().string() + "." + clip + ".rva");
+}
+
+Converted makeScene(const ConvertOptions &options, Report &report, Progress &progress,
+                    WrittenFiles &written) {
     if (!(std::isfinite(options.scale) && options.scale > 0))
         throw Failure("the scale must be a number above 0");
     const fs::path folder = outputFolder(options);
@@ -79,30 +100,41 @@ ravolt::RveScene makeScene(const ConvertOptions &options, Report &report, Progre
     reportUnheld(model.scene(), report);
 
     Textures textures(model.scene(), textureOptions(options, folder), report, written);
-    ravolt::RveScene scene;
+    Converted made;
     progress.step("materials and textures", 0.5, 0.75);
     const std::vector<Surface> surfaces =
         convertMaterials(model, {options.normalMaps, options.twoSided, options.prefix}, textures,
-                         report, progress, scene.materials);
-    progress.step("meshes", 0.75, 0.95);
-    scene.root = convertTree(model, surfaces, options.scale, report, progress);
-    return scene;
+                         report, progress, made.scene.materials);
+    progress.step("bones and clips", 0.75, 0.85);
+    const bool withBones = hasBones(model.scene());
+    Skeleton skeleton(model.scene(), options.scale, withBones ? 2 : 1, report);
+    Skins skins(model.scene(), skeleton, report);
+    const Clips clips(model.scene(), skeleton, skins, options.fps, report);
+    made.clips = clips.all();
+    progress.step("meshes", 0.85, 0.95);
+    made.scene.root = convertTree(model, surfaces, skeleton, skins, clips, report, progress);
+    return made;
 }
 
 ConvertResult convertModel(const ConvertOptions &options, Report &report, Progress &progress) {
     WrittenFiles written;
-    const ravolt::RveScene scene = makeScene(options, report, progress, written);
-    const ConvertResult result = figuresOf(scene);
+    const Converted made = makeScene(options, report, progress, written);
+    const ConvertResult result = figuresOf(made);
     if (result.triangles == 0)
         throw Failure(options.model.string(), "has no triangles to draw");
 
     progress.step("writing", 0.95, 1);
-    const std::string file = options.scene.string();
-    const std::string error = ravolt::writeRve(file, scene);
-    if (error.rfind(file + ": ", 0) == 0)
-        throw Failure(error);
-    if (!error.empty())
-        throw Failure(file, error);
+    std::error_code none;
+    if (!made.clips.empty() && fs::exists(options.scene, none) &&
+        !fs::is_regular_file(options.scene, none))
+        throw Failure(options.scene.string(),
+                      "is no regular file, so the clips cannot stand beside it");
+    for (const Clip &clip : made.clips) {
+        const fs::path file = clipFile(options.scene, clip.name);
+        throwIfAny(ravolt::writeRva(file.string(), clip.frames), file);
+        written.add(file);
+    }
+    throwIfAny(ravolt::writeRve(options.scene.string(), made.scene), options.scene);
     written.keep();
     return result;
 }

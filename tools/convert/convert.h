@@ -1,7 +1,9 @@
 #pragma once
 
-// Conversion of a model, in any format that assimp reads, to a scene file with its textures.
+// Conversion of a model, in any format that assimp reads, to a scene file with its textures and its
+// clips.
 
+#include "tools/convert/clips.h"
 #include "tools/convert/files.h"
 #include "tools/progress.h"
 #include "tools/report.h"
@@ -14,11 +16,12 @@ namespace ravolt::tool {
 
 struct ConvertOptions {
     std::filesystem::path model;
-    std::filesystem::path scene; // the file to write; textures go beside it
+    std::filesystem::path scene; // the file to write; textures and clips go beside it
     bool normalMaps = false;     // also write NAME_n.tga
     bool twoSided = false;       // every surface can be seen from behind
     unsigned int largestTexture = 4096;
     double scale = 1;   // of all lengths
+    double fps = 30;    // frames of a clip in a second
     std::string prefix; // put in front of the names of materials and textures
 };
 
@@ -31,12 +34,21 @@ struct ConvertResult {
     std::size_t lights = 0;
     std::size_t materials = 0;
     std::size_t textures = 0;
+    std::size_t clips = 0;
 };
 
-// The scene of a model, with its textures already written beside the scene file to be; they are
+struct Converted {
+    ravolt::RveScene scene;
+    std::vector<Clip> clips;
+};
+
+// The file of a clip: SCENE.NAME.rva beside SCENE.rve.
+std::filesystem::path clipFile(const std::filesystem::path &scene, const std::string &clip);
+
+// What is made of a model, with its textures already written beside the scene file to be; they are
 // noted in `written`. Throws Failure.
-ravolt::RveScene makeScene(const ConvertOptions &options, Report &report, Progress &progress,
-                           WrittenFiles &written);
+Converted makeScene(const ConvertOptions &options, Report &report, Progress &progress,
+                    WrittenFiles &written);
 
 // The whole. Throws Failure, with one line, when there is no scene to be made or it cannot be
 // written; nothing is left behind then.

@@ -29,10 +29,6 @@ std::size_t countPrimitives(const aiScene &scene, unsigned int kind) {
 } // namespace
 
 void reportUnheld(const aiScene &scene, Report &report) {
-    if (scene.mNumAnimations)
-        report.warn(counted(scene.mNumAnimations, "animation", "animations") + " left out");
-    reportMeshes(
-        scene, "bones", [](const aiMesh &mesh) { return mesh.mNumBones > 0; }, report);
     reportMeshes(
         scene, "morph targets", [](const aiMesh &mesh) { return mesh.mNumAnimMeshes > 0; }, report);
     reportMeshes(

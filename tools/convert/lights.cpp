@@ -71,7 +71,7 @@ ravolt::RveVector floats(const Vector &v) {
 
 } // namespace
 
-Lights::Lights(const Model &model, Report &report) : halfCones(model.hasHalfCones()) {
+ModelLights::ModelLights(const Model &model, Report &report) : halfCones(model.hasHalfCones()) {
     const aiScene &scene = model.scene();
     for (unsigned int i = 0; i < scene.mNumLights; ++i) {
         const aiLight &light = *scene.mLights[i];
@@ -88,7 +88,7 @@ Lights::Lights(const Model &model, Report &report) : halfCones(model.hasHalfCone
     }
 }
 
-std::vector<const aiLight *> Lights::of(const std::string &node) const {
+std::vector<const aiLight *> ModelLights::of(const std::string &node) const {
     std::vector<const aiLight *> result;
     const auto range = byNode.equal_range(node);
     for (auto entry = range.first; entry != range.second; ++entry)
@@ -96,7 +96,7 @@ std::vector<const aiLight *> Lights::of(const std::string &node) const {
     return result;
 }
 
-ravolt::RveNode Lights::convert(const aiLight &light, const Affine &frame) const {
+ravolt::RveNode ModelLights::convert(const aiLight &light, const Affine &frame) const {
     const Vector position = vectorFrom(light.mPosition);
     const Vector direction = frame.linear * vectorFrom(light.mDirection);
     const float dimming = 1 / std::max(1.0f, strengthOf(light));

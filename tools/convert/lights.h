@@ -15,9 +15,9 @@ namespace ravolt::tool {
 
 // The lights that a scene can hold, by the name of the node they belong to. The others are
 // reported.
-class Lights {
+class ModelLights {
   public:
-    Lights(const Model &model, Report &report);
+    ModelLights(const Model &model, Report &report);
 
     // Those of one node, if any.
     std::vector<const aiLight *> of(const std::string &node) const;

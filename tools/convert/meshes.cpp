@@ -1,11 +1,13 @@
 // Invariants of a Geometry: as many normals as positions; texture places as many when it is
-// placed, else none; every index of a face is below that number.
+// placed, else none; holders likewise when it is skinned; every index of a face is below that
+// number.
 
 #include "tools/convert/meshes.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <set>
 #include <utility>
 
 namespace ravolt::tool {
@@ -83,6 +85,8 @@ std::uint32_t addVertex(Geometry &geometry, const aiMesh &mesh, const Carrying &
         geometry.texturePlaces.push_back(
             channel ? carrying.texture(channel[vertex].x, channel[vertex].y) : TexturePlace{});
     }
+    if (!carrying.holders.empty())
+        geometry.holders.push_back(carrying.holders[vertex]);
     return static_cast<std::uint32_t>(geometry.positions.size() - 1);
 }
 
@@ -122,11 +126,21 @@ void addBacks(Geometry &geometry, std::size_t firstVertex, std::size_t firstFace
             const TexturePlace place = geometry.texturePlaces[i];
             geometry.texturePlaces.push_back(place);
         }
+        if (!geometry.holders.empty()) {
+            const Holders holders = geometry.holders[i];
+            geometry.holders.push_back(holders);
+        }
     }
     for (std::size_t i = firstFace; i < faces; ++i) {
         const auto [a, b, c] = geometry.faces[i];
         geometry.faces.push_back({a + shift, c + shift, b + shift});
     }
+}
+
+template <class Visit> void eachBone(const Holders &holders, const Visit &visit) {
+    for (std::size_t k = 0; k < bonesOfAVertex; ++k)
+        if (holders.weight[k] > 0)
+            visit(holders.bone[k]);
 }
 
 // Grows one piece of a split: knows where each vertex of the whole stands in it.
@@ -141,6 +155,19 @@ class Piece {
                           [this](std::uint32_t index) { return place[index] == unused; }));
     }
 
+    // How many bones the piece would have with the face.
+    std::size_t bonesWith(const std::array<std::uint32_t, 3> &face) const {
+        if (from.holders.empty())
+            return 0;
+        std::set<std::uint32_t> more;
+        for (std::uint32_t index : face)
+            eachBone(from.holders[index], [&](std::uint32_t bone) {
+                if (!bones.count(bone))
+                    more.insert(bone);
+            });
+        return bones.size() + more.size();
+    }
+
     void add(const std::array<std::uint32_t, 3> &face) {
         result.faces.push_back({moved(face[0]), moved(face[1]), moved(face[2])});
     }
@@ -151,6 +178,7 @@ class Piece {
         for (std::uint32_t index : taken)
             place[index] = unused;
         taken.clear();
+        bones.clear();
         return std::exchange(result, {});
     }
 
@@ -166,6 +194,10 @@ class Piece {
             result.normals.push_back(from.normals[index]);
             if (from.placed)
                 result.texturePlaces.push_back(from.texturePlaces[index]);
+            if (!from.holders.empty()) {
+                result.holders.push_back(from.holders[index]);
+                eachBone(from.holders[index], [this](std::uint32_t bone) { bones.insert(bone); });
+            }
         }
         return place[index];
     }
@@ -173,6 +205,7 @@ class Piece {
     const Geometry &from;
     std::vector<std::uint32_t> &place;
     std::vector<std::uint32_t> taken;
+    std::set<std::uint32_t> bones;
     Geometry result;
 };
 
@@ -218,16 +251,25 @@ Dropped append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying)
     return dropped;
 }
 
-std::vector<Geometry> split(Geometry geometry, std::size_t limit) {
+std::vector<std::uint32_t> bonesOf(const Geometry &geometry) {
+    std::set<std::uint32_t> bones;
+    for (const Holders &holders : geometry.holders)
+        eachBone(holders, [&](std::uint32_t bone) { bones.insert(bone); });
+    return {bones.begin(), bones.end()};
+}
+
+std::vector<Geometry> split(Geometry geometry, std::size_t limit, std::size_t mostBones) {
     std::vector<Geometry> pieces;
-    if (geometry.positions.size() <= limit && geometry.faces.size() <= limit) {
+    if (geometry.positions.size() <= limit && geometry.faces.size() <= limit &&
+        bonesOf(geometry).size() <= mostBones) {
         pieces.push_back(std::move(geometry));
         return pieces;
     }
     std::vector<std::uint32_t> places(geometry.positions.size(), unused);
     Piece piece(geometry, places);
     for (const auto &face : geometry.faces) {
-        if (piece.faces() == limit || piece.vertices() + piece.cost(face) > limit)
+        if (piece.faces() == limit || piece.vertices() + piece.cost(face) > limit ||
+            piece.bonesWith(face) > mostBones)
             pieces.push_back(piece.finish());
         piece.add(face);
     }

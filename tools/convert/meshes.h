@@ -15,6 +15,17 @@ namespace ravolt::tool {
 // What one mesh of a scene file may hold at most, of vertices and of faces.
 constexpr std::size_t meshLimit = 65535;
 
+// What the engine bends a vertex and a mesh by at most.
+constexpr std::size_t bonesOfAVertex = 4;
+constexpr std::size_t bonesOfAMesh = 100;
+
+// The bones that hold a vertex, by numbers that the caller gives meaning to; those with a weight of
+// 0 hold nothing.
+struct Holders {
+    std::array<std::uint32_t, bonesOfAVertex> bone = {};
+    std::array<float, bonesOfAVertex> weight = {};
+};
+
 struct Point {
     float x = 0, y = 0, z = 0;
 };
@@ -29,6 +40,7 @@ struct Geometry {
     std::vector<Point> normals;
     bool placed = false;                     // whether it has texture places
     std::vector<TexturePlace> texturePlaces; // one a vertex when placed, else none
+    std::vector<Holders> holders;            // of a skinned mesh one a vertex, else none
     std::vector<std::array<std::uint32_t, 3>> faces;
 
     bool empty() const { return faces.empty(); }
@@ -46,11 +58,12 @@ struct TextureTransform {
 
 // How the vertices of one mesh go into the space of the node that will hold them.
 struct Carrying {
-    Matrix rest;               // for all vertices of a rigid mesh
-    std::vector<Affine> posed; // for each vertex, when bones hold the mesh in a pose; else empty
-    unsigned int channel = 0;  // which set of texture coordinates
-    TextureTransform texture;  // applied to them
-    bool bothSides = false;    // each triangle a second time, seen from behind
+    Matrix rest;                  // for all vertices of a rigid mesh
+    std::vector<Affine> posed;    // for each vertex of a skinned mesh; else empty
+    std::vector<Holders> holders; // as many
+    unsigned int channel = 0;     // which set of texture coordinates
+    TextureTransform texture;     // applied to them
+    bool bothSides = false;       // each triangle a second time, seen from behind
 };
 
 // Triangles that append leaves out, as they would not be seen.
@@ -59,14 +72,19 @@ struct Dropped {
     std::size_t withoutArea = 0; // lines and points
 };
 
-// Adds the triangles of `mesh`. Mirroring turns the triangles round, so that their front stays the
-// front; a mesh whose triangles contradict its normals nearly everywhere is turned round as well.
-// Normals that are missing or broken follow from the triangles. Vertices without a triangle are
-// left out.
+// Adds the triangles of `mesh`; skinned and rigid ones do not go together. Mirroring turns the
+// triangles round, so that their front stays the front; a mesh whose triangles contradict its
+// normals nearly everywhere is turned round as well. Normals that are missing or broken follow from
+// the triangles. Vertices without a triangle are left out.
 Dropped append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying);
 
-// Cuts into pieces of at most `limit` vertices and `limit` faces each, in the order of the faces.
-std::vector<Geometry> split(Geometry geometry, std::size_t limit = meshLimit);
+// Cuts into pieces of at most `limit` vertices, `limit` faces and `mostBones` bones each, in the
+// order of the faces.
+std::vector<Geometry> split(Geometry geometry, std::size_t limit = meshLimit,
+                            std::size_t mostBones = bonesOfAMesh);
+
+// The bones of a geometry, in the order of their numbers.
+std::vector<std::uint32_t> bonesOf(const Geometry &geometry);
 
 // The box around the vertices, and the distance of the farthest from the node's own place.
 struct Bounds {

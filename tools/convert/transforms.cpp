@@ -81,6 +81,21 @@ double tidy(double degrees) {
     return result == 0 ? 0.0 : result; // no negative zero
 }
 
+double nearestTurn(double degrees, double near) {
+    return degrees + 360 * std::round((near - degrees) / 360);
+}
+
+Vector nearestTurns(const Vector &degrees, const Vector &near) {
+    return {nearestTurn(degrees.x, near.x), nearestTurn(degrees.y, near.y),
+            nearestTurn(degrees.z, near.z)};
+}
+
+// Straight up the sum of the outer angles counts, straight down their difference.
+Vector withThirdAngle(const Vector &locked, double z) {
+    const double change = z - locked.z;
+    return {locked.y > 0 ? locked.x - change : locked.x + change, locked.y, z};
+}
+
 } // namespace
 
 Matrix rotationFromDegrees(const Vector &degrees) {
@@ -111,6 +126,24 @@ Placement place(const Affine &local, const Matrix &parentRest) {
     result.position = asFloat(parentRest * local.offset);
     result.degrees = asFloat(Vector{tidy(exact.x), tidy(exact.y), tidy(exact.z)});
     result.rest = transposed(rotationFromDegrees(result.degrees)) * whole;
+    return result;
+}
+
+Placement turnedNear(const Placement &placement, const Vector &near) {
+    constexpr double lockedWithin = 1e-4; // degrees; single precision says nothing about the rest
+    Vector degrees = placement.degrees;
+    const Vector first = degreesFromRotation(rotationFromDegrees(degrees)); // |y| at most 90
+    if (90 - std::abs(first.y) < lockedWithin)
+        degrees = withThirdAngle(first, near.z);
+    const Vector one = nearestTurns(degrees, near);
+    const Vector other = nearestTurns({degrees.x + 180, 180 - degrees.y, degrees.z + 180}, near);
+    const Vector best = length(one - near) <= length(other - near) ? one : other;
+    if (length(best - placement.degrees) < 1e-9)
+        return placement;
+    Placement result = placement;
+    result.degrees = asFloat(best);
+    const Matrix was = rotationFromDegrees(placement.degrees);
+    result.rest = transposed(rotationFromDegrees(result.degrees)) * (was * placement.rest);
     return result;
 }
 

@@ -26,4 +26,9 @@ struct Placement {
 
 Placement place(const Affine &local, const Matrix &parentRest);
 
+// The same rotation by those angles that lie nearest to `near`: without jumps from one frame of a
+// movement to the next, be it by whole turns, by the other three angles that mean the same, or
+// where the second angle is a quarter turn and the other two say the same.
+Placement turnedNear(const Placement &placement, const Vector &near);
+
 } // namespace ravolt::tool

@@ -1,9 +1,11 @@
 // Each node of the model becomes one node of the scene:
 // - without triangles: a plain node, or a hidden mesh when it is turned, as plain nodes of the
-//   format have no rotation;
+//   format have no rotation, or when it is a bone, as the engine's bones are meshes;
 // - with triangles of one material: a mesh;
 // - with more: such a node with a child mesh for each material, and for each piece of a mesh that
 //   is above the format's limit.
+// With skins all of them stand below a node "HumanoidRoot", and so do the skinned meshes, unmoved:
+// the engine bends them in the frame of that node, wherever their own nodes in the model are.
 // Scale, shear and mirroring travel down the tree as the rest of each node's matrix and end in
 // vertices and positions.
 
@@ -11,13 +13,11 @@
 
 #include "tools/convert/lights.h"
 #include "tools/convert/meshes.h"
-#include "tools/convert/pose.h"
-#include "tools/convert/transforms.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <set>
+#include <utility>
 
 namespace ravolt::tool {
 
@@ -30,15 +30,38 @@ ravolt::RveVector floats(const Vector &v) {
     return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
 }
 
+// What a name may be longer by than that of a node of the model: the number of a piece and the
+// like.
+constexpr std::size_t roomForMore = 12;
+
 // One mesh of the scene to be: some triangles of one material.
 struct Part {
     std::string material;
     Geometry geometry;
 };
 
-ravolt::RveMesh meshFrom(Part part) {
+ravolt::RveSkin skinFrom(const Geometry &geometry, const Skeleton &skeleton) {
+    ravolt::RveSkin skin;
+    skin.weightsPerVertex = bonesOfAVertex;
+    const std::vector<std::uint32_t> bones = bonesOf(geometry);
+    for (std::uint32_t joint : bones)
+        skin.bones.push_back(skeleton.joints()[joint].name);
+    for (const Holders &holders : geometry.holders)
+        for (std::size_t k = 0; k < bonesOfAVertex; ++k) {
+            const bool holds = holders.weight[k] > 0;
+            const auto place = std::lower_bound(bones.begin(), bones.end(), holders.bone[k]);
+            skin.boneIndices.push_back(holds ? static_cast<std::uint8_t>(place - bones.begin())
+                                             : std::uint8_t{0});
+            skin.boneWeights.push_back(holders.weight[k]);
+        }
+    return skin;
+}
+
+ravolt::RveMesh meshFrom(Part part, const Skeleton &skeleton) {
     const Bounds bounds = boundsOf(part.geometry);
     ravolt::RveMesh mesh;
+    if (!part.geometry.holders.empty())
+        mesh.skin = skinFrom(part.geometry, skeleton);
     mesh.material = part.material;
     mesh.radius = bounds.radius;
     mesh.minimum = {bounds.minimum.x, bounds.minimum.y, bounds.minimum.z};
@@ -55,173 +78,180 @@ ravolt::RveMesh meshFrom(Part part) {
     return mesh;
 }
 
-// The frame of one node while its subtree is built.
-struct Frame {
-    Affine local;      // of the model, relative to the parent in the scene
-    Matrix parentRest; // see place()
-    Affine parent;     // where the parent in the scene stands, position and rotation alone
-    int level = 0;
-};
-
 class TreeBuilder {
   public:
-    TreeBuilder(const Model &source, const std::vector<Surface> &materials, double factor,
-                Report &lines, Progress &bar)
-        : scene(source.scene()), surfaces(materials), lights(source, lines), report(lines),
-          progress(bar), outermost{Matrix() * factor, {}}, places(placesOfNodes(scene, outermost)) {
-    }
+    TreeBuilder(const Model &source, const std::vector<Surface> &materials, Skeleton &joints,
+                Skins &allSkins, const Clips &allClips, Report &lines, Progress &bar)
+        : scene(source.scene()), surfaces(materials), skeleton(joints), skins(allSkins),
+          clips(allClips), lights(source, lines), report(lines), progress(bar) {}
 
     RveNode build();
 
   private:
-    // The node with its subtree. Below the deepest level it comes without its children, which
-    // follow it in the list.
-    std::vector<RveNode> nodes(const aiNode &node, const Frame &frame);
+    struct Parts {
+        std::vector<Part> rigid, skinned;
+    };
 
-    std::vector<Part> partsOf(const aiNode &node, const Matrix &rest, const Affine &rigid);
-    void fill(RveNode &target, std::vector<Part> parts);
-    void addLights(RveNode &target, const aiNode &node, const Placement &placement);
-    std::string nameOf(const aiNode &node);
-    Affine localOf(const aiNode &node);
+    void addNode(std::size_t joint, RveNode &home);
+    Parts partsOf(std::size_t joint);
+    void addPieces(std::size_t joint, const std::string &material, Geometry geometry,
+                   std::vector<Part> &parts);
+    RveNode meshNode(const std::string &name, Part part);
+    void fill(RveNode &target, std::vector<Part> parts, bool bone);
+    void addSkinned(const std::string &name, std::vector<Part> parts);
+    void addLights(RveNode &target, std::size_t joint);
+    bool standsStill(std::size_t joint) const;
+    bool isNothingButSkin(std::size_t joint, const Parts &parts) const;
     void checkTotals();
 
     const aiScene &scene;
     const std::vector<Surface> &surfaces;
-    Lights lights;
+    Skeleton &skeleton;
+    Skins &skins;
+    const Clips &clips;
+    ModelLights lights;
     Report &report;
     Progress &progress;
-    Affine outermost;
-    NodePlaces places;
-    std::size_t drawn = 0, made = 0, meshesDone = 0, shortenedNames = 0;
+    std::vector<std::vector<std::size_t>> children; // of each joint in the scene
+    std::vector<RveNode> skinned;                   // below the skeleton's root
+    std::size_t drawn = 0, made = 0, meshesDone = 0;
     Dropped dropped;
-    bool flattened = false;
 };
 
-// The format's texts end at a zero and are at most 255 bytes long.
-std::string TreeBuilder::nameOf(const aiNode &node) {
-    std::string name = node.mName.C_Str();
-    if (name.empty() && node.mNumMeshes > 0)
-        name = scene.mMeshes[node.mMeshes[0]]->mName.C_Str();
-    if (name.empty())
-        name = "node";
-    constexpr std::size_t roomForNumber = 12;
-    if (name.size() > ravolt::rveTextLength - roomForNumber) {
-        name.resize(ravolt::rveTextLength - roomForNumber);
-        ++shortenedNames;
-    }
-    return name;
+bool TreeBuilder::standsStill(std::size_t joint) const {
+    return !skins.isBone(joint) && !clips.moves(joint);
 }
 
-Affine TreeBuilder::localOf(const aiNode &node) {
-    const Affine local = affineFrom(node.mTransformation);
-    if (isFinite(local))
-        return local;
-    report.warn("node '" + nameOf(node) + "': its transform has no finite values and is left out");
-    return Affine();
-}
-
-std::vector<Part> TreeBuilder::partsOf(const aiNode &node, const Matrix &rest,
-                                       const Affine &rigid) {
-    Affine toNode;
-    invert(rigid, toNode);
-    std::map<unsigned int, Geometry> byMaterial;
+TreeBuilder::Parts TreeBuilder::partsOf(std::size_t joint) {
+    const aiNode &node = *skeleton.joints()[joint].node;
+    std::map<unsigned int, Geometry> rigid, skinnedOnes; // by material
     for (unsigned int i = 0; i < node.mNumMeshes; ++i) {
         const aiMesh &mesh = *scene.mMeshes[node.mMeshes[i]];
         progress.update(static_cast<double>(meshesDone++) / std::max(1u, scene.mNumMeshes));
         if (!(mesh.mPrimitiveTypes & aiPrimitiveType_TRIANGLE))
             continue;
         const Surface &surface = surfaces[mesh.mMaterialIndex];
+        const bool isSkinned = skins.isSkinned(node.mMeshes[i]);
         Carrying carrying;
-        carrying.rest = rest;
-        carrying.posed = poseOf(mesh, places, rigid * Affine{rest, {}});
-        for (Affine &map : carrying.posed)
-            map = toNode * map;
+        carrying.rest = skeleton.ownPose().placement[joint].rest;
+        if (isSkinned)
+            skins.carry(node.mMeshes[i], joint, carrying);
         // Some exporters number the sets from 1.
         carrying.channel = mesh.mTextureCoords[surface.channel] ? surface.channel : 0;
         carrying.texture = surface.texture;
         carrying.bothSides = surface.bothSides;
-        const Dropped lost = append(byMaterial[mesh.mMaterialIndex], mesh, carrying);
+        const Dropped lost =
+            append((isSkinned ? skinnedOnes : rigid)[mesh.mMaterialIndex], mesh, carrying);
         dropped.tooFar += lost.tooFar;
         dropped.withoutArea += lost.withoutArea;
     }
-
-    std::vector<Part> parts;
-    for (auto &[material, geometry] : byMaterial) {
-        if (geometry.empty())
-            continue;
-        std::vector<Geometry> pieces = split(std::move(geometry));
-        if (pieces.size() > 1)
-            report.note("node '" + nameOf(node) + "': mesh split into " +
-                        std::to_string(pieces.size()) + ", one holds at most " +
-                        std::to_string(meshLimit) + " vertices or faces");
-        for (Geometry &piece : pieces)
-            parts.push_back({surfaces[material].name, std::move(piece)});
-    }
+    Parts parts;
+    for (auto &[material, geometry] : rigid)
+        addPieces(joint, surfaces[material].name, std::move(geometry), parts.rigid);
+    for (auto &[material, geometry] : skinnedOnes)
+        addPieces(joint, surfaces[material].name, std::move(geometry), parts.skinned);
     return parts;
 }
 
-void TreeBuilder::fill(RveNode &target, std::vector<Part> parts) {
+void TreeBuilder::addPieces(std::size_t joint, const std::string &material, Geometry geometry,
+                            std::vector<Part> &parts) {
+    if (geometry.empty())
+        return;
+    const std::string where = "node '" + skeleton.joints()[joint].name + "': ";
+    const std::size_t bones = bonesOf(geometry).size();
+    std::vector<Geometry> pieces = split(std::move(geometry));
+    if (pieces.size() > 1 && bones > bonesOfAMesh)
+        report.note(where + "mesh of " + std::to_string(bones) + " bones split into " +
+                    std::to_string(pieces.size()) + ", one holds at most " +
+                    std::to_string(bonesOfAMesh));
+    else if (pieces.size() > 1)
+        report.note(where + "mesh split into " + std::to_string(pieces.size()) +
+                    ", one holds at most " + std::to_string(meshLimit) + " vertices or faces");
+    for (Geometry &piece : pieces)
+        parts.push_back({material, std::move(piece)});
+}
+
+RveNode TreeBuilder::meshNode(const std::string &name, Part part) {
+    RveNode node;
+    node.kind = RveKind::mesh;
+    node.name = name;
+    node.mesh = meshFrom(std::move(part), skeleton);
+    ++made;
+    return node;
+}
+
+void TreeBuilder::fill(RveNode &target, std::vector<Part> parts, bool bone) {
     drawn += parts.size();
     if (parts.size() == 1) {
         target.kind = RveKind::mesh;
-        target.mesh = meshFrom(std::move(parts[0]));
+        target.mesh = meshFrom(std::move(parts[0]), skeleton);
         return;
     }
     const bool turned = target.rotation != ravolt::RveVector{0, 0, 0};
-    target.kind = turned ? RveKind::mesh : RveKind::node;
+    target.kind = turned || bone ? RveKind::mesh : RveKind::node;
     target.mesh.hidden = true;
     target.mesh.material = ""; // "[none]" would be worth a complaint of the engine
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        RveNode child;
-        child.kind = RveKind::mesh;
-        child.name = target.name + "_" + std::to_string(i + 1);
-        child.mesh = meshFrom(std::move(parts[i]));
-        target.children.push_back(std::move(child));
-        ++made;
-    }
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        target.children.push_back(
+            meshNode(skeleton.freeName(target.name + "_" + std::to_string(i + 1), roomForMore),
+                     std::move(parts[i])));
+}
+
+void TreeBuilder::addSkinned(const std::string &name, std::vector<Part> parts) {
+    drawn += parts.size();
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        skinned.push_back(meshNode(
+            i == 0 ? name : skeleton.freeName(name + "_" + std::to_string(i + 1), roomForMore),
+            std::move(parts[i])));
 }
 
 // A node that is nothing but a light becomes the light; others get it as a child.
-void TreeBuilder::addLights(RveNode &target, const aiNode &node, const Placement &placement) {
+void TreeBuilder::addLights(RveNode &target, std::size_t joint) {
+    const Placement &placement = skins.bindPose().placement[joint];
+    const aiNode &node = *skeleton.joints()[joint].node;
     const std::vector<const aiLight *> own = lights.of(node.mName.C_Str());
     drawn += own.size();
-    if (own.size() == 1 && node.mNumMeshes == 0 && node.mNumChildren == 0) {
+    if (own.size() == 1 && node.mNumMeshes == 0 && node.mNumChildren == 0 && standsStill(joint)) {
         const Affine rigid{rotationFromDegrees(placement.degrees), placement.position};
+        const std::string name = target.name;
         target = lights.convert(*own[0], rigid * Affine{placement.rest, {}});
+        target.name = name;
         return;
     }
     for (const aiLight *light : own) {
         RveNode child = lights.convert(*light, {placement.rest, {}});
-        child.name = target.name + "_light";
+        child.name = skeleton.freeName(target.name + "_light", roomForMore);
         target.children.push_back(std::move(child));
         ++made;
     }
 }
 
-std::vector<RveNode> TreeBuilder::nodes(const aiNode &node, const Frame &frame) {
-    const Placement placement = place(frame.local, frame.parentRest);
-    const Affine rigid =
-        frame.parent * Affine{rotationFromDegrees(placement.degrees), placement.position};
-    std::vector<RveNode> result(1);
-    result[0].name = nameOf(node);
-    result[0].position = floats(placement.position);
-    result[0].rotation = floats(placement.degrees);
-    fill(result[0], partsOf(node, placement.rest, rigid));
-    addLights(result[0], node, placement);
-    ++made;
+// Such a node gives way to its mesh, which then has its name.
+bool TreeBuilder::isNothingButSkin(std::size_t joint, const Parts &parts) const {
+    return !parts.skinned.empty() && parts.rigid.empty() && children[joint].empty() &&
+           standsStill(joint) && lights.of(skeleton.joints()[joint].node->mName.C_Str()).empty();
+}
 
-    const bool deep = frame.level >= deepestLevel && node.mNumChildren > 0;
-    flattened |= deep;
-    for (unsigned int i = 0; i < node.mNumChildren; ++i) {
-        const Affine local = localOf(*node.mChildren[i]);
-        const Frame inner =
-            deep ? Frame{frame.local * local, frame.parentRest, frame.parent, frame.level}
-                 : Frame{local, placement.rest, rigid, frame.level + 1};
-        std::vector<RveNode> below = nodes(*node.mChildren[i], inner);
-        std::vector<RveNode> &home = deep ? result : result[0].children;
-        std::move(below.begin(), below.end(), std::back_inserter(home));
+// The node with its subtree, below `home`.
+void TreeBuilder::addNode(std::size_t joint, RveNode &home) {
+    Parts parts = partsOf(joint);
+    if (isNothingButSkin(joint, parts)) {
+        addSkinned(skeleton.joints()[joint].name, std::move(parts.skinned));
+        return;
     }
-    return result;
+    const Placement &placement = skins.bindPose().placement[joint];
+    RveNode result;
+    result.name = skeleton.joints()[joint].name;
+    result.position = floats(placement.position);
+    result.rotation = floats(placement.degrees);
+    fill(result, std::move(parts.rigid), skins.isBone(joint));
+    if (!parts.skinned.empty())
+        addSkinned(skeleton.freeName(result.name + "_skin", roomForMore), std::move(parts.skinned));
+    addLights(result, joint);
+    ++made;
+    for (std::size_t child : children[joint])
+        addNode(child, result);
+    home.children.push_back(std::move(result));
 }
 
 void TreeBuilder::checkTotals() {
@@ -230,12 +260,6 @@ void TreeBuilder::checkTotals() {
                     " dropped: too far away for single precision");
     if (dropped.withoutArea)
         report.note(counted(dropped.withoutArea, "face", "faces") + " without area left out");
-    if (shortenedNames)
-        report.warn(counted(shortenedNames, "name", "names") +
-                    " of nodes cut: a name has at most 255 characters");
-    if (flattened)
-        report.warn("nodes below level " + std::to_string(deepestLevel) +
-                    " moved up to it: the engine tells places in the world down to there");
     if (drawn > drawnAtOnce)
         report.warn(std::to_string(drawn) + " meshes and lights: the engine draws at most " +
                     std::to_string(drawnAtOnce) + " in a frame");
@@ -246,24 +270,34 @@ void TreeBuilder::checkTotals() {
 }
 
 RveNode TreeBuilder::build() {
+    const std::vector<Joint> &joints = skeleton.joints();
+    children.resize(joints.size());
+    std::vector<std::size_t> tops;
+    for (std::size_t i = 0; i < joints.size(); ++i)
+        (joints[i].parent == nowhere ? tops : children[joints[i].parent]).push_back(i);
+
     RveNode root;
     root.kind = RveKind::mesh;
     root.name = "[root]";
     root.mesh.hidden = true;
-    Frame frame;
-    frame.local = localOf(*scene.mRootNode);
-    frame.parentRest = outermost.linear;
-    frame.level = 1;
-    root.children = nodes(*scene.mRootNode, frame);
+    for (std::size_t top : tops)
+        addNode(top, root);
+    if (skins.any()) {
+        RveNode figure;
+        figure.name = skeletonRootName;
+        figure.children = std::exchange(root.children, {});
+        std::move(skinned.begin(), skinned.end(), std::back_inserter(figure.children));
+        root.children.push_back(std::move(figure));
+    }
     checkTotals();
     return root;
 }
 
 } // namespace
 
-RveNode convertTree(const Model &model, const std::vector<Surface> &surfaces, double scale,
-                    Report &report, Progress &progress) {
-    return TreeBuilder(model, surfaces, scale, report, progress).build();
+RveNode convertTree(const Model &model, const std::vector<Surface> &surfaces, Skeleton &skeleton,
+                    Skins &skins, const Clips &clips, Report &report, Progress &progress) {
+    return TreeBuilder(model, surfaces, skeleton, skins, clips, report, progress).build();
 }
 
 } // namespace ravolt::tool

@@ -1,0 +1,514 @@
+// Every animated model of assimp's test collection (Debian's package assimp-testmodels): where the
+// engine puts vertices and nodes in each frame of each clip, bent by the processor, beside where
+// assimp's own data put them at that time, evaluated by assimp's own means. animated.tsv has the
+// outcome, and for each clip the bound of the error with its reason.
+//
+// RAVOLT_ANIMATED_RENEW=FILE appends what was found, as lines of animated.tsv, to FILE.
+
+#include "tests/tools/support.h"
+#include "tools/convert/import.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <iomanip>
+#include <map>
+#include <memory>
+#include <ravolt.h>
+#include <set>
+#include <sstream>
+
+namespace {
+
+using namespace tool_test;
+
+const fs::path collection = "/usr/share/assimp/models";
+
+// Corners of triangles in the world.
+using Corners = std::array<Vector, 3>;
+
+// ---- assimp's data -------------------------------------------------------------------------
+
+aiVector3D mixed(const aiVectorKey &a, const aiVectorKey &b, float factor) {
+    return a.mValue + (b.mValue - a.mValue) * factor;
+}
+
+aiQuaternion mixed(const aiQuatKey &a, const aiQuatKey &b, float factor) {
+    aiQuaternion result;
+    aiQuaternion::Interpolate(result, a.mValue, b.mValue, factor);
+    return result;
+}
+
+// Files state rotations by a few digits, and assimp does not keep the length between close keys.
+aiVector3D mended(const aiVector3D &value) { return value; }
+aiQuaternion mended(aiQuaternion value) { return value.Normalize(); }
+
+bool isHeld(const aiScene &scene, const aiMesh &mesh) {
+    return std::any_of(mesh.mBones, mesh.mBones + mesh.mNumBones, [&](const aiBone *bone) {
+        return bone->mNumWeights > 0 && scene.mRootNode->FindNode(bone->mName);
+    });
+}
+
+// The value of a channel's keys at that time; outside of them as the channel says.
+template <class Key>
+auto valueAt(const Key *keys, unsigned int number, aiAnimBehaviour before, aiAnimBehaviour after,
+             double ticks) -> decltype(keys->mValue) {
+    const Key &first = keys[0], &last = keys[number - 1];
+    const bool early = ticks<first.mTime, late = ticks> last.mTime;
+    const aiAnimBehaviour outside = early ? before : after;
+    if ((early || late) && outside == aiAnimBehaviour_REPEAT && last.mTime > first.mTime) {
+        while (ticks < first.mTime)
+            ticks += last.mTime - first.mTime;
+        while (ticks > last.mTime)
+            ticks -= last.mTime - first.mTime;
+    } else if ((early || late) && outside != aiAnimBehaviour_LINEAR) {
+        return early ? first.mValue : last.mValue;
+    }
+    if (number == 1)
+        return first.mValue;
+    unsigned int next = 1;
+    while (next + 1 < number && keys[next].mTime <= ticks)
+        ++next;
+    const Key &a = keys[next - 1], &b = keys[next];
+    return mixed(a, b, static_cast<float>((ticks - a.mTime) / (b.mTime - a.mTime)));
+}
+
+aiMatrix4x4 localAt(const aiNodeAnim &channel, double ticks) {
+    const auto at = [&](const auto *keys, unsigned int number) {
+        return mended(valueAt(keys, number, channel.mPreState, channel.mPostState, ticks));
+    };
+    // First the scaling, then the rotation, then the translation, as assimp's own documentation
+    // says; its constructor from the three turns before it scales.
+    aiMatrix4x4 scaling, translation;
+    aiMatrix4x4::Scaling(at(channel.mScalingKeys, channel.mNumScalingKeys), scaling);
+    aiMatrix4x4::Translation(at(channel.mPositionKeys, channel.mNumPositionKeys), translation);
+    const aiQuaternion rotation = at(channel.mRotationKeys, channel.mNumRotationKeys);
+    return translation * aiMatrix4x4(rotation.GetMatrix()) * scaling;
+}
+
+// A model at one time.
+class Reference {
+  public:
+    explicit Reference(const aiScene &model) : scene(model) {}
+
+    void stand(const aiAnimation *animation, double ticks) {
+        moved.clear();
+        places.clear();
+        for (unsigned int i = 0; animation && i < animation->mNumChannels; ++i) {
+            const aiNodeAnim &channel = *animation->mChannels[i];
+            moved[scene.mRootNode->FindNode(channel.mNodeName)] = localAt(channel, ticks);
+        }
+        place(*scene.mRootNode, Affine());
+    }
+
+    // Of nodes whose names are their own. A node that holds a skinned mesh is not looked at: its
+    // name may be that of the mesh, which stands with the skeleton.
+    std::map<std::string, Vector> nodes() const {
+        std::map<std::string, int> number;
+        std::map<std::string, Vector> result;
+        for (const auto &[node, affine] : places) {
+            ++number[node->mName.C_Str()];
+            result[node->mName.C_Str()] = affine.offset;
+            for (unsigned int i = 0; i < node->mNumMeshes; ++i)
+                if (isHeld(scene, *scene.mMeshes[node->mMeshes[i]]))
+                    ++number[node->mName.C_Str()];
+        }
+        for (const auto &[name, count] : number)
+            if (count > 1 || name.empty())
+                result.erase(name);
+        return result;
+    }
+
+    // The rigid or the skinned triangles, node by node, within a node by material. `bones` is how
+    // many of a vertex count.
+    std::vector<Corners> triangles(bool skinned, std::size_t bones) const {
+        std::vector<Corners> result;
+        gather(*scene.mRootNode, skinned, bones, result);
+        return result;
+    }
+
+    double size() const {
+        Vector low{1e300, 1e300, 1e300}, high = low * -1;
+        for (const bool skinned : {false, true})
+            for (const Corners &corners : triangles(skinned, 100))
+                for (const Vector &p : corners) {
+                    low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+                    high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+                }
+        return length(high - low);
+    }
+
+  private:
+    void place(const aiNode &node, const Affine &parent) {
+        const auto found = moved.find(&node);
+        const Affine here =
+            parent * affineFrom(found == moved.end() ? node.mTransformation : found->second);
+        places[&node] = here;
+        for (unsigned int i = 0; i < node.mNumChildren; ++i)
+            place(*node.mChildren[i], here);
+    }
+
+    void gather(const aiNode &node, bool skinned, std::size_t bones,
+                std::vector<Corners> &result) const {
+        std::map<unsigned int, std::vector<const aiMesh *>> byMaterial;
+        for (unsigned int i = 0; i < node.mNumMeshes; ++i) {
+            const aiMesh &mesh = *scene.mMeshes[node.mMeshes[i]];
+            if (mesh.mPrimitiveTypes & aiPrimitiveType_TRIANGLE && skinned == isHeld(scene, mesh))
+                byMaterial[mesh.mMaterialIndex].push_back(&mesh);
+        }
+        for (const auto &[material, meshes] : byMaterial)
+            for (const aiMesh *mesh : meshes)
+                addMesh(*mesh, node, bones, result);
+        for (unsigned int i = 0; i < node.mNumChildren; ++i)
+            gather(*node.mChildren[i], skinned, bones, result);
+    }
+
+    void addMesh(const aiMesh &mesh, const aiNode &node, std::size_t bones,
+                 std::vector<Corners> &result) const {
+        const std::vector<Vector> vertices = verticesOf(mesh, node, bones);
+        const std::size_t first = result.size();
+        for (unsigned int f = 0; f < mesh.mNumFaces; ++f) {
+            const unsigned int *index = mesh.mFaces[f].mIndices;
+            const auto corner = [&](int k) { return vectorFrom(mesh.mVertices[index[k]]); };
+            const Vector a = corner(1) - corner(0), b = corner(2) - corner(0);
+            if (length(cross(a, b)) > 1e-9 * std::max(dot(a, a), dot(b, b))) // else not to be seen
+                result.push_back({vertices[index[0]], vertices[index[1]], vertices[index[2]]});
+        }
+        int twoSided = 0;
+        scene.mMaterials[mesh.mMaterialIndex]->Get(AI_MATKEY_TWOSIDED, twoSided);
+        const std::size_t last = result.size();
+        for (std::size_t i = first; twoSided && i < last; ++i)
+            result.push_back(Corners(result[i]));
+    }
+
+    std::vector<Vector> verticesOf(const aiMesh &mesh, const aiNode &node,
+                                   std::size_t bones) const {
+        std::vector<std::vector<std::pair<double, Vector>>> held(mesh.mNumVertices);
+        for (unsigned int b = 0; b < mesh.mNumBones; ++b) {
+            const aiBone &bone = *mesh.mBones[b];
+            const aiNode *by = scene.mRootNode->FindNode(bone.mName);
+            if (!by)
+                continue;
+            const Affine map = places.at(by) * affineFrom(bone.mOffsetMatrix);
+            for (unsigned int i = 0; i < bone.mNumWeights; ++i) {
+                const unsigned int vertex = bone.mWeights[i].mVertexId;
+                if (bone.mWeights[i].mWeight > 0)
+                    held[vertex].emplace_back(bone.mWeights[i].mWeight,
+                                              map(vectorFrom(mesh.mVertices[vertex])));
+            }
+        }
+        std::vector<Vector> result;
+        for (unsigned int v = 0; v < mesh.mNumVertices; ++v) {
+            std::stable_sort(held[v].begin(), held[v].end(),
+                             [](const auto &a, const auto &b) { return a.first > b.first; });
+            held[v].resize(std::min(held[v].size(), bones));
+            Vector sum;
+            double weights = 0;
+            for (const auto &[weight, place] : held[v]) {
+                sum = sum + place * weight;
+                weights += weight;
+            }
+            result.push_back(weights > 0 ? sum * (1 / weights)
+                                         : places.at(&node)(vectorFrom(mesh.mVertices[v])));
+        }
+        return result;
+    }
+
+    const aiScene &scene;
+    std::map<const aiNode *, aiMatrix4x4> moved;
+    std::map<const aiNode *, Affine> places;
+};
+
+// ---- the engine ----------------------------------------------------------------------------
+
+class Played {
+  public:
+    Played() {
+        RVSETTINGS settings;
+        settings.setWindowX(64);
+        settings.setWindowY(64);
+        settings.setShaders(false); // the processor bends
+        if (!RAVOLT::init(&settings))
+            throw Failure("the engine does not start");
+        root = RAVOLT::load("scene.rve");
+        if (!root)
+            throw Failure("the scene does not load");
+        gather(root);
+    }
+    ~Played() { RAVOLT::free(); }
+
+    std::vector<Corners> triangles(bool skinned) {
+        std::vector<Corners> result;
+        for (RVMESH *mesh : meshes)
+            if (mesh->isSkinned() == skinned)
+                add(*mesh, skinned ? bent(*mesh) : mesh->getVertexPtr(), result);
+        return result;
+    }
+
+    // Without the node, nothing.
+    bool place(const std::string &name, Vector &result) const {
+        RVNODE *node = root->findByNameInHierarchy(name.c_str());
+        if (!node)
+            return false;
+        const Z3MMATRIX matrix = node->getFinalMatrix(nullptr);
+        result = {matrix.e[12], matrix.e[13], matrix.e[14]};
+        return true;
+    }
+
+    RVNODE *root = nullptr;
+
+  private:
+    void gather(RVNODE *node) {
+        if (node->getType() == RV_NODE_TYPE_MESH) {
+            RVMESH *mesh = static_cast<RVMESH *>(node);
+            if (mesh->getNumberOfFaces())
+                meshes.push_back(mesh);
+            mesh->setDisplayStatus(false);
+        }
+        for (unsigned int i = 0; i < node->getNumberOfChildren(); ++i)
+            gather(node->getChild(i));
+    }
+
+    // What the engine draws of a mesh that is alone in the frame.
+    const Z3MVECTOR3D *bent(RVMESH &mesh) {
+        mesh.setDisplayStatus(true);
+        RAVOLT::clear(true, true, false);
+        RAVOLT::begin3D(nullptr);
+        root->pass(true);
+        RAVOLT::end3D(true);
+        mesh.setDisplayStatus(false);
+        void *vertices = nullptr;
+        glGetPointerv(GL_VERTEX_ARRAY_POINTER, &vertices);
+        if (!vertices || vertices == mesh.getVertexPtr())
+            throw Failure("the mesh is not bent");
+        return static_cast<const Z3MVECTOR3D *>(vertices);
+    }
+
+    static void add(RVMESH &mesh, const Z3MVECTOR3D *vertices, std::vector<Corners> &result) {
+        const Z3MMATRIX matrix = mesh.getFinalMatrix(nullptr);
+        const float *m = matrix.e;
+        const auto world = [&](unsigned short index) {
+            const Z3MVECTOR3D &v = vertices[index];
+            return Vector{m[0] * v.x + m[4] * v.y + m[8] * v.z + m[12],
+                          m[1] * v.x + m[5] * v.y + m[9] * v.z + m[13],
+                          m[2] * v.x + m[6] * v.y + m[10] * v.z + m[14]};
+        };
+        for (unsigned int i = 0; i < mesh.getNumberOfFaces(); ++i) {
+            const unsigned short *v = mesh.getFacePtr()[i].vertex;
+            result.push_back({world(v[0]), world(v[1]), world(v[2])});
+        }
+    }
+
+    std::vector<RVMESH *> meshes;
+};
+
+// ---- side by side --------------------------------------------------------------------------
+
+// The largest distance between corners; triangles may be turned round.
+double difference(const std::vector<Corners> &shown, const std::vector<Corners> &stated) {
+    if (shown.size() != stated.size())
+        return 1e300;
+    double largest = 0;
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        const Corners &a = shown[i], &b = stated[i];
+        const double same = std::max(length(a[1] - b[1]), length(a[2] - b[2]));
+        const double turned = std::max(length(a[1] - b[2]), length(a[2] - b[1]));
+        largest = std::max({largest, length(a[0] - b[0]), std::min(same, turned)});
+    }
+    return largest;
+}
+
+struct Errors {
+    double vertices = 0; // with the four strongest bones
+    double allBones = 0;
+    double nodes = 0;
+};
+
+void compare(Played &played, const Reference &reference, double size, Errors &errors) {
+    const auto raise = [size](double &error, double found) {
+        error = std::max(error, found / size);
+    };
+    const std::vector<Corners> rigid = played.triangles(false), skinned = played.triangles(true);
+    raise(errors.vertices, difference(rigid, reference.triangles(false, 4)));
+    raise(errors.vertices, difference(skinned, reference.triangles(true, 4)));
+    raise(errors.allBones, difference(rigid, reference.triangles(false, 100)));
+    raise(errors.allBones, difference(skinned, reference.triangles(true, 100)));
+    for (const auto &[name, stated] : reference.nodes()) {
+        Vector shown;
+        if (played.place(name, shown))
+            raise(errors.nodes, length(shown - stated));
+    }
+}
+
+// The last time that a clip shows.
+double lastTick(const aiAnimation &animation) {
+    double last = 0;
+    bool goesOn = false;
+    for (unsigned int i = 0; i < animation.mNumChannels; ++i) {
+        const aiNodeAnim &channel = *animation.mChannels[i];
+        if (channel.mNumPositionKeys)
+            last = std::max(last, channel.mPositionKeys[channel.mNumPositionKeys - 1].mTime);
+        if (channel.mNumRotationKeys)
+            last = std::max(last, channel.mRotationKeys[channel.mNumRotationKeys - 1].mTime);
+        if (channel.mNumScalingKeys)
+            last = std::max(last, channel.mScalingKeys[channel.mNumScalingKeys - 1].mTime);
+        goesOn = goesOn || channel.mPostState >= aiAnimBehaviour_LINEAR;
+    }
+    return goesOn ? animation.mDuration : std::min(last, animation.mDuration);
+}
+
+constexpr double framesPerSecond = 30;
+
+Errors play(const aiScene &scene, const Clip &clip, Played &played) {
+    RVANIM anim;
+    if (!anim.load(clipFile("scene.rve", clip.name).c_str()))
+        throw Failure("the clip does not load");
+    anim.setTranslating(true);
+    const aiAnimation *animation = clip.animation < 0 ? nullptr : scene.mAnimations[clip.animation];
+    const double tps =
+        animation && animation->mTicksPerSecond > 0 ? animation->mTicksPerSecond : 25;
+    Reference reference(scene);
+    Errors errors;
+    for (unsigned int frame = 0; frame < anim.getNumberOfFrames(); ++frame) {
+        EXPECT_TRUE(anim.apply(frame, played.root));
+        const double ticks =
+            animation ? std::min(frame / framesPerSecond * tps, lastTick(*animation)) : 0;
+        reference.stand(animation, ticks);
+        compare(played, reference, reference.size(), errors);
+    }
+    return errors;
+}
+
+// A model without clips, as it is loaded.
+Errors stand(const aiScene &scene, Played &played) {
+    Reference reference(scene);
+    reference.stand(nullptr, 0);
+    Errors errors;
+    compare(played, reference, reference.size(), errors);
+    return errors;
+}
+
+std::string text(double number) {
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%.1e", number);
+    return buffer;
+}
+
+struct Outcome {
+    std::string what; // "CLIP<tab>FRAMES", or what else became of the model
+    Errors errors;
+};
+
+std::vector<Outcome> outcomesOf(const std::string &model) {
+    ConvertOptions options;
+    options.model = collection / model;
+    options.scene = "scene.rve";
+    Report report;
+    Progress silent(false);
+    try {
+        const std::vector<Clip> clips = make(options).clips;
+        convertModel(options, report, silent);
+        const Model source(options.model.string(), report, silent);
+        Played played;
+        std::vector<Outcome> outcomes;
+        for (const Clip &clip : clips)
+            outcomes.push_back({clip.name + "\t" + std::to_string(clip.frames.frames.size()),
+                                play(source.scene(), clip, played)});
+        if (outcomes.empty())
+            outcomes.push_back({"no clip\t0", stand(source.scene(), played)});
+        return outcomes;
+    } catch (const Failure &) {
+        return {{"refused\t0", {}}};
+    }
+}
+
+bool isAnimated(const std::string &model) {
+    Assimp::Importer importer;
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
+    const aiScene *scene = importer.ReadFile((collection / model).string(), 0);
+    return scene && (scene->mNumAnimations > 0 ||
+                     std::any_of(scene->mMeshes, scene->mMeshes + scene->mNumMeshes,
+                                 [](const aiMesh *mesh) { return mesh->mNumBones > 0; }));
+}
+
+std::vector<std::string> modelsIn(const std::string &folder) {
+    const std::set<std::string> others = {".png", ".jpg", ".tga",  ".bin", ".md",
+                                          ".txt", ".zip", ".glsl", ".bmp"};
+    std::vector<std::string> models;
+    for (const auto &entry : fs::recursive_directory_iterator(collection / folder)) {
+        const std::string model = fs::relative(entry.path(), collection).string();
+        if (entry.is_regular_file() && !others.count(entry.path().extension().string()) &&
+            isAnimated(model))
+            models.push_back(model);
+    }
+    std::sort(models.begin(), models.end());
+    return models;
+}
+
+// A line of animated.tsv, behind its model, clip and frames: the errors found when it was written,
+// the bounds, and why.
+struct Expectation {
+    double boundOfVertices = 0, boundOfAllBones = 0, boundOfNodes = 0;
+};
+
+std::map<std::string, Expectation> expectations() {
+    std::map<std::string, Expectation> result;
+    std::ifstream table(RAVOLT_ANIMATED_TABLE);
+    for (std::string line; std::getline(table, line);) {
+        if (line.empty() || line[0] == '#')
+            continue;
+        std::vector<std::string> columns;
+        std::istringstream stream(line);
+        for (std::string column; std::getline(stream, column, '\t');)
+            columns.push_back(column);
+        if (columns.size() != 10) {
+            ADD_FAILURE() << line;
+            continue;
+        }
+        result[columns[0] + "\t" + columns[1] + "\t" + columns[2]] = {
+            std::stod(columns[6]), std::stod(columns[7]), std::stod(columns[8])};
+    }
+    return result;
+}
+
+class Animated : public ::testing::TestWithParam<const char *> {};
+
+TEST_P(Animated, MovesAsTheModelSays) {
+    ASSERT_TRUE(fs::exists(collection)) << "no models: install assimp-testmodels";
+    std::map<std::string, Expectation> expected = expectations();
+    std::ofstream renewed;
+    if (const char *file = std::getenv("RAVOLT_ANIMATED_RENEW"))
+        renewed.open(file, std::ios::app);
+
+    for (const std::string &model : modelsIn(GetParam()))
+        for (const Outcome &outcome : outcomesOf(model)) {
+            const std::string line = model + "\t" + outcome.what;
+            renewed << line << "\t" << text(outcome.errors.vertices) << "\t"
+                    << text(outcome.errors.allBones) << "\t" << text(outcome.errors.nodes)
+                    << "\t1e-5\t1e-5\t1e-5\tsingle precision\n";
+            const auto found = expected.find(line);
+            if (found == expected.end()) {
+                ADD_FAILURE() << "not in the table: " << line;
+                continue;
+            }
+            EXPECT_LE(outcome.errors.vertices, found->second.boundOfVertices) << line;
+            EXPECT_LE(outcome.errors.allBones, found->second.boundOfAllBones) << line;
+            EXPECT_LE(outcome.errors.nodes, found->second.boundOfNodes) << line;
+            expected.erase(found);
+        }
+    for (const auto &[line, expectation] : expected)
+        EXPECT_NE(line.substr(0, line.find('/')), GetParam()) << line << " is not there";
+}
+
+INSTANTIATE_TEST_SUITE_P(Models, Animated,
+                         ::testing::Values("3DS", "ASE", "BVH", "CSM", "Collada", "FBX", "LWS",
+                                           "MD5", "MDL", "SMD", "X", "glTF2"),
+                         [](const auto &folder) {
+                             return std::string(std::isdigit(folder.param[0]) ? "Folder" : "") +
+                                    folder.param;
+                         });
+
+} // namespace

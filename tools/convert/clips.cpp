@@ -1,0 +1,214 @@
+// Every clip states all the nodes that any clip of the model moves, so that whichever comes after
+// which, no limb stays behind in the pose of another clip. A clip has one frame more than full
+// intervals; when the movement ends between two frames, the last one shows its end.
+
+#include "tools/convert/clips.h"
+
+#include "tools/convert/files.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+
+namespace ravolt::tool {
+
+namespace {
+
+// assimp's own choice where a model does not state the length of a tick.
+constexpr double usualTicksPerSecond = 25;
+
+// The name of the clip that shows the model's own pose, where the file has another one.
+constexpr const char *poseName = "pose";
+
+std::string inSmallLetters(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+std::array<float, 3> floats(const Vector &v) {
+    return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
+}
+
+std::string rounded(double number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f", number);
+    return text;
+}
+
+} // namespace
+
+Clips::Clips(const aiScene &model, const Skeleton &joints, const Skins &allSkins,
+             double framesPerSecond, Report &lines)
+    : scene(model), skeleton(joints), skins(allSkins), fps(framesPerSecond), report(lines),
+      moved(joints.joints().size(), false) {
+    const Pose &bind = skins.bindPose();
+    for (const Affine &world : bind.world)
+        size = std::max(size, length(world.offset - bind.world[0].offset));
+    if (skins.differsFromOwnPose()) {
+        report.note("the skin is bound in another pose than the model's own, which becomes the "
+                    "clip '" +
+                    std::string(poseName) + "'");
+        sources.emplace_back();
+        sources.back().shownName = poseName;
+        sources.back().name = freeName(poseName);
+    }
+    for (unsigned int i = 0; i < scene.mNumAnimations; ++i)
+        read(i);
+
+    std::vector<std::vector<bool>> moving;
+    for (const Source &source : sources) {
+        moving.push_back(movedBy(source));
+        for (std::size_t i = 0; i < moved.size(); ++i)
+            moved[i] = moved[i] || moving.back()[i];
+    }
+    const auto number = std::count(moved.begin(), moved.end(), true);
+    for (std::size_t i = 0; i < sources.size(); ++i)
+        write(sources[i],
+              number > static_cast<std::ptrdiff_t>(ravolt::rvaBones) ? moving[i] : moved);
+}
+
+std::string Clips::freeName(const std::string &wanted) {
+    std::string plain = wanted.empty() ? "clip" : plainName(wanted);
+    std::replace(plain.begin(), plain.end(), '.', '_'); // a full stop ends the name of the scene
+    std::string name = plain;
+    for (int number = 2; !names.insert(inSmallLetters(name)).second; ++number)
+        name = plain + "_" + std::to_string(number);
+    return name;
+}
+
+void Clips::read(unsigned int index) {
+    const aiAnimation &animation = *scene.mAnimations[index];
+    Source source;
+    source.animation = static_cast<int>(index);
+    source.name = freeName(animation.mName.C_Str());
+    source.shownName = animation.mName.length ? animation.mName.C_Str() : source.name;
+    if (animation.mNumMeshChannels || animation.mNumMorphMeshChannels)
+        report.warn("clip '" + source.shownName +
+                    "': changes of shape left out, a clip moves nodes alone");
+    std::size_t unknown = 0;
+    std::set<std::size_t> known;
+    double last = 0;
+    bool goesOn = false;
+    for (unsigned int i = 0; i < animation.mNumChannels; ++i) {
+        const aiNodeAnim &channel = *animation.mChannels[i];
+        const std::size_t joint = skeleton.find(channel.mNodeName.C_Str());
+        if (joint == nowhere)
+            ++unknown;
+        else if (known.insert(joint).second)
+            source.tracks.push_back({joint, Motion(channel)});
+    }
+    for (const Track &track : source.tracks) {
+        last = std::max(last, track.motion.lastKey());
+        goesOn = goesOn || track.motion.goesOn();
+    }
+    if (unknown)
+        report.warn("clip '" + source.shownName + "': " + counted(unknown, "node", "nodes") +
+                    " that the model does not have left out");
+
+    // Some readers state durations far behind the last key.
+    const double duration = std::isfinite(animation.mDuration) ? animation.mDuration : 0;
+    const double end = duration <= 0 ? last : goesOn ? duration : std::min(duration, last);
+    if (std::isfinite(animation.mTicksPerSecond) && animation.mTicksPerSecond > 0)
+        source.ticksPerSecond = animation.mTicksPerSecond;
+    else
+        source.ticksPerSecond = usualTicksPerSecond;
+    source.seconds = end / source.ticksPerSecond;
+    constexpr double sameFrame = 1e-3; // what keys on a frame may miss it by
+    const double frames = std::ceil(source.seconds * fps - sameFrame) + 1;
+    source.frames = ravolt::rvaFrames;
+    if (frames <= static_cast<double>(ravolt::rvaFrames))
+        source.frames = static_cast<std::size_t>(std::max(1.0, frames));
+    else
+        report.warn("clip '" + source.shownName + "': " + rounded(source.seconds) +
+                    " seconds cut to " + rounded(static_cast<double>(ravolt::rvaFrames - 1) / fps) +
+                    ", a clip has " + std::to_string(ravolt::rvaFrames) + " frames at most");
+    sources.push_back(std::move(source));
+}
+
+// Visits the pose of each frame.
+template <class Visit> void Clips::play(const Source &source, const Visit &visit) const {
+    Pose before = skins.bindPose();
+    for (std::size_t frame = 0; frame < source.frames; ++frame) {
+        const double seconds = std::min(static_cast<double>(frame) / fps, source.seconds);
+        std::vector<Affine> locals = skeleton.ownLocals();
+        for (const Track &track : source.tracks)
+            locals[track.joint] =
+                track.motion.at(seconds * source.ticksPerSecond,
+                                skeleton.joints()[track.joint].node->mTransformation);
+        before = skeleton.poseOf(locals, before);
+        visit(before);
+    }
+}
+
+bool Clips::differs(const Placement &placement, std::size_t joint) const {
+    const Placement &still = skins.bindPose().placement[joint];
+    return length(placement.degrees - still.degrees) > 1e-4 ||
+           length(placement.position - still.position) > size * 1e-6;
+}
+
+// What stands on the joint would have to change its size.
+bool Clips::isRescaled(const Placement &placement, std::size_t joint) const {
+    const Matrix &own = skeleton.ownPose().placement[joint].rest;
+    double change = 0;
+    for (std::size_t i = 0; i < 3; ++i)
+        for (std::size_t j = 0; j < 3; ++j)
+            change = std::max(change, std::abs(placement.rest.row[i][j] - own.row[i][j]));
+    return change > largestEntry(own) * 1e-3;
+}
+
+std::vector<bool> Clips::movedBy(const Source &source) {
+    std::vector<bool> moving(moved.size(), false), rescaled(moved.size(), false);
+    play(source, [&](const Pose &pose) {
+        for (std::size_t i = 0; i < moving.size(); ++i) {
+            moving[i] = moving[i] || differs(pose.placement[i], i);
+            const bool shown = skins.isBone(i) || skeleton.joints()[i].node->mNumMeshes > 0;
+            rescaled[i] = rescaled[i] || (shown && isRescaled(pose.placement[i], i));
+        }
+    });
+    if (const auto number = std::count(rescaled.begin(), rescaled.end(), true))
+        report.warn("clip '" + source.shownName + "': scaling of " +
+                    counted(static_cast<std::size_t>(number), "node", "nodes") +
+                    " left out, a clip holds places and rotations alone");
+    return moving;
+}
+
+// Those joints that a clip has room for.
+std::vector<std::size_t> Clips::held(const std::string &name, const std::vector<bool> &moving) {
+    std::vector<std::size_t> joints;
+    for (std::size_t i = 0; i < moving.size(); ++i)
+        if (moving[i])
+            joints.push_back(i);
+    if (joints.size() > ravolt::rvaBones) {
+        report.warn("clip '" + name + "': moves " + std::to_string(joints.size()) +
+                    " nodes, a clip holds the first " + std::to_string(ravolt::rvaBones) +
+                    " of them");
+        joints.resize(ravolt::rvaBones);
+    }
+    return joints;
+}
+
+void Clips::write(const Source &source, const std::vector<bool> &moving) {
+    const std::vector<std::size_t> joints = held(source.shownName, moving);
+    if (joints.empty()) {
+        report.note("clip '" + source.shownName + "' left out: it moves nothing");
+        return;
+    }
+    Clip clip;
+    clip.name = source.name;
+    clip.animation = source.animation;
+    for (std::size_t joint : joints)
+        clip.frames.bones.push_back(skeleton.joints()[joint].name);
+    play(source, [&](const Pose &pose) {
+        std::vector<ravolt::RvaEntry> entries;
+        for (std::size_t joint : joints) {
+            const Placement &at = pose.placement[joint];
+            entries.push_back({floats(at.degrees), floats(at.position), true});
+        }
+        clip.frames.frames.push_back(std::move(entries));
+    });
+    clips.push_back(std::move(clip));
+}
+
+} // namespace ravolt::tool

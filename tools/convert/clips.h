@@ -1,0 +1,68 @@
+#pragma once
+
+// Movements of a model as clips (RVA): for each frame the place and the rotation of each node that
+// some clip of the model moves.
+
+#include "tools/convert/motion.h"
+#include "tools/convert/skeleton.h"
+#include "tools/convert/skins.h"
+#include "tools/report.h"
+#include "tools/writers/rvaWriter.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ravolt::tool {
+
+struct Clip {
+    std::string name;   // fit for a file name, told apart from all others of the model
+    int animation = -1; // which one of the model; -1 for its own pose
+    ravolt::RvaClip frames;
+};
+
+class Clips {
+  public:
+    // `fps` is the number of frames in a second.
+    Clips(const aiScene &scene, const Skeleton &skeleton, const Skins &skins, double fps,
+          Report &report);
+
+    bool moves(std::size_t joint) const { return moved[joint]; }
+    const std::vector<Clip> &all() const { return clips; }
+
+  private:
+    struct Track {
+        std::size_t joint;
+        Motion motion;
+    };
+    struct Source {
+        std::string shownName, name;
+        int animation = -1;
+        std::vector<Track> tracks;
+        double ticksPerSecond = 25;
+        double seconds = 0;
+        std::size_t frames = 1;
+    };
+
+    void read(unsigned int index);
+    std::string freeName(const std::string &wanted);
+    template <class Visit> void play(const Source &source, const Visit &visit) const;
+    std::vector<bool> movedBy(const Source &source);
+    bool differs(const Placement &placement, std::size_t joint) const;
+    bool isRescaled(const Placement &placement, std::size_t joint) const;
+    std::vector<std::size_t> held(const std::string &name, const std::vector<bool> &moving);
+    void write(const Source &source, const std::vector<bool> &moving);
+
+    const aiScene &scene;
+    const Skeleton &skeleton;
+    const Skins &skins;
+    double fps;
+    Report &report;
+    double size = 0; // of the skeleton
+    std::vector<Source> sources;
+    std::vector<bool> moved;
+    std::set<std::string> names; // in small letters
+    std::vector<Clip> clips;
+};
+
+} // namespace ravolt::tool

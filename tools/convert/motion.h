@@ -1,0 +1,53 @@
+#pragma once
+
+// Movements of a model as functions of time, from the keys that its file states. Times are those of
+// the model, in ticks.
+
+#include "tools/convert/algebra.h"
+
+#include <assimp/anim.h>
+#include <optional>
+#include <vector>
+
+namespace ravolt::tool {
+
+// A rotation.
+struct Quaternion {
+    double w = 1, x = 0, y = 0, z = 0;
+};
+
+Matrix matrixFrom(const Quaternion &q);
+// The shorter way round, and beyond its ends for factors outside of 0 to 1.
+Quaternion between(const Quaternion &a, const Quaternion &b, double factor);
+
+// One node's movement.
+class Motion {
+  public:
+    explicit Motion(const aiNodeAnim &channel);
+
+    // The node's transform at that time; what the channel does not state is taken from `own`, the
+    // one that the node has without it.
+    Affine at(double ticks, const aiMatrix4x4 &own) const;
+
+    double lastKey() const;
+    // Whether it goes on behind its last key.
+    bool goesOn() const {
+        return after == aiAnimBehaviour_LINEAR || after == aiAnimBehaviour_REPEAT;
+    }
+
+  private:
+    template <class Value> struct Key {
+        double time;
+        Value value;
+    };
+    template <class Value> using Keys = std::vector<Key<Value>>;
+
+    template <class Value>
+    std::optional<Value> valueAt(const Keys<Value> &keys, double ticks) const;
+
+    aiAnimBehaviour before, after;
+    Keys<Vector> positions, scalings;
+    Keys<Quaternion> rotations;
+};
+
+} // namespace ravolt::tool

@@ -1,0 +1,123 @@
+#include "tools/convert/skeleton.h"
+
+#include "tools/writers/rveWriter.h"
+
+namespace ravolt::tool {
+
+namespace {
+
+bool same(const Matrix &a, const Matrix &b) { return a.row == b.row; }
+
+bool same(const Affine &a, const Affine &b) {
+    return same(a.linear, b.linear) && a.offset.x == b.offset.x && a.offset.y == b.offset.y &&
+           a.offset.z == b.offset.z;
+}
+
+// The format's texts end at a zero and are at most 255 bytes long.
+std::string nameInModel(const aiScene &scene, const aiNode &node) {
+    std::string name = node.mName.C_Str();
+    if (name.empty() && node.mNumMeshes > 0)
+        name = scene.mMeshes[node.mMeshes[0]]->mName.C_Str();
+    return name.empty() ? "node" : name;
+}
+
+} // namespace
+
+Skeleton::Skeleton(const aiScene &model, double scale, int firstLevel, Report &lines)
+    : scene(model), report(lines), outermost{Matrix() * scale, {}},
+      names({"[root]", skeletonRootName}) {
+    gather(*scene.mRootNode, nowhere, nowhere, firstLevel);
+    own = pose(locals, nullptr);
+    if (shortenedNames)
+        report.warn(counted(shortenedNames, "name", "names") +
+                    " of nodes cut: a name has at most 255 characters");
+    if (renamed)
+        report.note(counted(renamed, "node", "nodes") +
+                    " renamed: bones and clips find nodes by names, which must differ");
+    if (flattened)
+        report.warn("nodes below level " + std::to_string(deepestLevel) +
+                    " moved up to it: the engine tells places in the world down to there");
+}
+
+std::string Skeleton::freeName(const std::string &wanted, std::size_t more) {
+    constexpr std::size_t roomForNumber = 12;
+    const std::size_t longest = ravolt::rveTextLength - roomForNumber + more;
+    std::string name = wanted.substr(0, longest);
+    for (int number = 2; !names.insert(name).second; ++number)
+        name = wanted.substr(0, longest) + "_" + std::to_string(number);
+    return name;
+}
+
+Affine Skeleton::finiteLocal(const aiNode &node) {
+    const Affine local = affineFrom(node.mTransformation);
+    if (isFinite(local))
+        return local;
+    report.warn("node '" + nameInModel(scene, node) +
+                "': its transform has no finite values and is left out");
+    return Affine();
+}
+
+void Skeleton::gather(const aiNode &node, std::size_t parent, std::size_t parentInModel,
+                      int level) {
+    const std::size_t here = list.size();
+    const std::string wanted = nameInModel(scene, node);
+    const std::string name = freeName(wanted);
+    if (name.rfind(wanted, 0) != 0)
+        ++shortenedNames;
+    else if (name != wanted)
+        ++renamed;
+    list.push_back({&node, name, parent, parentInModel, level});
+    locals.push_back(finiteLocal(node));
+    byName.emplace(node.mName.C_Str(), here); // the first stays
+
+    const bool deep = level >= deepestLevel && node.mNumChildren > 0;
+    flattened |= deep;
+    for (unsigned int i = 0; i < node.mNumChildren; ++i)
+        if (deep)
+            gather(*node.mChildren[i], parent, here, level);
+        else
+            gather(*node.mChildren[i], here, here, level + 1);
+}
+
+std::size_t Skeleton::find(const char *name) const {
+    const auto found = byName.find(name);
+    return found == byName.end() ? nowhere : found->second;
+}
+
+Pose Skeleton::poseOf(const std::vector<Affine> &localTransforms, const Pose &before) const {
+    return pose(localTransforms, &before);
+}
+
+// Whether a joint stands as in the model's own pose, which is then known already.
+bool Skeleton::standsAsOwn(std::size_t index, const std::vector<Affine> &localTransforms,
+                           const Pose &made) const {
+    const Joint &joint = list[index];
+    return !own.placement.empty() && joint.parent == joint.parentInModel &&
+           same(localTransforms[index], locals[index]) &&
+           (joint.parent == nowhere ||
+            same(made.placement[joint.parent].rest, own.placement[joint.parent].rest));
+}
+
+Pose Skeleton::pose(const std::vector<Affine> &localTransforms, const Pose *before) const {
+    Pose made;
+    std::vector<Affine> relative; // to the parent in the scene
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        const Joint &joint = list[i];
+        const bool moved = joint.parent != joint.parentInModel;
+        const bool isTop = joint.parent == nowhere;
+        relative.push_back(moved ? relative[joint.parentInModel] * localTransforms[i]
+                                 : localTransforms[i]);
+        Placement at =
+            standsAsOwn(i, localTransforms, made)
+                ? own.placement[i]
+                : place(relative[i], isTop ? outermost.linear : made.placement[joint.parent].rest);
+        if (before)
+            at = turnedNear(at, before->placement[i].degrees);
+        const Affine local{rotationFromDegrees(at.degrees), at.position};
+        made.placement.push_back(at);
+        made.world.push_back(isTop ? local : made.world[joint.parent] * local);
+    }
+    return made;
+}
+
+} // namespace ravolt::tool

@@ -1,0 +1,84 @@
+#pragma once
+
+// The nodes of a model in one list, as the scene will have them: under names that are told apart,
+// each below the node that is its parent in the scene, and placed by a position and a rotation.
+
+#include "tools/convert/algebra.h"
+#include "tools/convert/transforms.h"
+#include "tools/report.h"
+
+#include <assimp/scene.h>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ravolt::tool {
+
+// Levels of nodes in a scene. The format and the engine's drawing go deeper, but
+// RVNODE::getFinalMatrix, by which a scene is framed and its nodes are placed in the world, knows
+// 63 ancestors; the pieces of a node and its lights stand one level below it.
+constexpr int deepestLevel = 60;
+
+// Bones are told relative to the ancestor of this name, so that a figure can be put anywhere.
+constexpr const char *skeletonRootName = "HumanoidRoot";
+
+constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
+
+struct Joint {
+    const aiNode *node = nullptr;
+    std::string name;
+    std::size_t parent = nowhere;        // in the scene; nowhere for the top
+    std::size_t parentInModel = nowhere; // another one below the deepest level
+    int level = 0;
+};
+
+// Where all nodes stand at one time. `world` is without their rests.
+struct Pose {
+    std::vector<Placement> placement;
+    std::vector<Affine> world;
+};
+
+class Skeleton {
+  public:
+    // `firstLevel` is that of the model's root in the scene, `scale` a factor for all lengths.
+    Skeleton(const aiScene &scene, double scale, int firstLevel, Report &report);
+
+    // Parents stand before their children, in the order of the model.
+    const std::vector<Joint> &joints() const { return list; }
+
+    // The first node of that name in the model; nowhere when there is none.
+    std::size_t find(const char *nameInModel) const;
+
+    // A name that nothing else of the scene has, at most `more` characters below the limit.
+    std::string freeName(const std::string &wanted, std::size_t more = 0);
+
+    // The model's own transforms, each relative to its parent in the model.
+    const std::vector<Affine> &ownLocals() const { return locals; }
+    const Pose &ownPose() const { return own; }
+
+    // With angles as near as can be to those of `before`.
+    Pose poseOf(const std::vector<Affine> &localTransforms, const Pose &before) const;
+
+    const Affine &top() const { return outermost; }
+
+  private:
+    void gather(const aiNode &node, std::size_t parent, std::size_t parentInModel, int level);
+    Affine finiteLocal(const aiNode &node);
+    bool standsAsOwn(std::size_t index, const std::vector<Affine> &localTransforms,
+                     const Pose &made) const;
+    Pose pose(const std::vector<Affine> &localTransforms, const Pose *before) const;
+
+    const aiScene &scene;
+    Report &report;
+    Affine outermost;
+    std::vector<Joint> list;
+    std::map<std::string, std::size_t> byName;
+    std::set<std::string> names;
+    std::vector<Affine> locals;
+    Pose own;
+    std::size_t shortenedNames = 0, renamed = 0;
+    bool flattened = false;
+};
+
+} // namespace ravolt::tool

@@ -1,0 +1,197 @@
+// For a joint j with the rest r and a mesh that it holds by the offset matrix o, r * o carries the
+// data of the mesh into the frame that the engine moves. In the file's pose all joints of a vertex
+// must agree on where it stands, which fixes how the joints that hold vertices together stand to
+// each other: world(a) * r_a * o_a = world(b) * r_b * o_b.
+
+#include "tools/convert/skins.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+namespace ravolt::tool {
+
+namespace {
+
+// Position and rotation alone.
+Affine inverseOfRigid(const Affine &rigid) {
+    const Matrix back = transposed(rigid.linear);
+    return {back, back * rigid.offset * -1};
+}
+
+void addWeighted(Affine &sum, const Affine &map, double weight) {
+    for (std::size_t i = 0; i < 3; ++i)
+        for (std::size_t j = 0; j < 3; ++j)
+            sum.linear.row[i][j] += map.linear.row[i][j] * weight;
+    sum.offset = sum.offset + map.offset * weight;
+}
+
+double difference(const Matrix &a, const Matrix &b) {
+    double largest = 0;
+    for (std::size_t i = 0; i < 3; ++i)
+        for (std::size_t j = 0; j < 3; ++j)
+            largest = std::max(largest, std::abs(a.row[i][j] - b.row[i][j]));
+    return largest;
+}
+
+// How large a figure is, by the places of its joints.
+double spreadOf(const Pose &pose) {
+    double spread = 0;
+    for (const Affine &world : pose.world)
+        spread = std::max(spread, length(world.offset - pose.world[0].offset));
+    return spread;
+}
+
+} // namespace
+
+Skins::Skins(const aiScene &model, const Skeleton &joints, Report &report)
+    : scene(model), skeleton(joints), bones(joints.joints().size(), false) {
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+        skins.push_back(read(*scene.mMeshes[i]));
+    for (std::size_t i = 0; i < skeleton.joints().size(); ++i) {
+        const aiNode &node = *skeleton.joints()[i].node;
+        for (unsigned int k = 0; k < node.mNumMeshes; ++k) {
+            const Skin &skin = skins[node.mMeshes[k]];
+            for (const Held &held : skin.held)
+                for (const Hold &hold : held)
+                    if (hold.weight > 0)
+                        bones[hold.bone == nowhere ? i : skin.joints[hold.bone]] = true;
+        }
+    }
+    setBindPose();
+    if (simplified)
+        report.warn(counted(simplified, "vertex", "vertices") + " held by more than " +
+                    std::to_string(bonesOfAVertex) + " bones: the strongest kept");
+}
+
+bool Skins::any() const {
+    return std::any_of(skins.begin(), skins.end(),
+                       [](const Skin &skin) { return !skin.held.empty(); });
+}
+
+Skins::Skin Skins::read(const aiMesh &mesh) {
+    Skin skin;
+    std::vector<std::vector<Hold>> all(mesh.mNumVertices);
+    bool any = false;
+    for (unsigned int b = 0; b < mesh.mNumBones; ++b) {
+        const aiBone &bone = *mesh.mBones[b];
+        const std::size_t joint = skeleton.find(bone.mName.C_Str());
+        const Affine offset = affineFrom(bone.mOffsetMatrix);
+        skin.joints.push_back(joint);
+        skin.toJoint.push_back(offset);
+        if (joint == nowhere || !isFinite(offset))
+            continue;
+        skin.toJoint[b] = Affine{skeleton.ownPose().placement[joint].rest, {}} * offset;
+        for (unsigned int i = 0; i < bone.mNumWeights; ++i)
+            if (bone.mWeights[i].mWeight > 0) {
+                all[bone.mWeights[i].mVertexId].push_back({b, bone.mWeights[i].mWeight});
+                any = true;
+            }
+    }
+    if (!any)
+        return {};
+    for (std::vector<Hold> &holds : all) {
+        std::stable_sort(holds.begin(), holds.end(),
+                         [](const Hold &a, const Hold &b) { return a.weight > b.weight; });
+        simplified += holds.size() > bonesOfAVertex;
+        if (holds.empty())
+            holds.push_back({nowhere, 1});
+        Held held;
+        double sum = 0;
+        for (std::size_t k = 0; k < std::min(holds.size(), held.size()); ++k)
+            sum += holds[k].weight;
+        for (std::size_t k = 0; k < std::min(holds.size(), held.size()); ++k)
+            held[k] = {holds[k].bone, holds[k].weight / sum};
+        skin.held.push_back(held);
+    }
+    return skin;
+}
+
+std::vector<std::vector<Skins::Tie>> Skins::ties() const {
+    std::vector<std::vector<Tie>> result(bones.size());
+    for (const Skin &skin : skins) {
+        std::set<std::pair<std::size_t, std::size_t>> pairs; // of bones of this mesh
+        for (const Held &held : skin.held)
+            for (std::size_t k = 1; k < held.size() && held[k].weight > 0; ++k)
+                pairs.emplace(held[0].bone, held[k].bone);
+        for (const auto &[a, b] : pairs) {
+            Affine back;
+            if (skin.joints[a] == skin.joints[b])
+                continue;
+            if (invert(skin.toJoint[b], back))
+                result[skin.joints[a]].push_back({skin.joints[b], skin.toJoint[a] * back});
+            if (invert(skin.toJoint[a], back))
+                result[skin.joints[b]].push_back({skin.joints[a], skin.toJoint[b] * back});
+        }
+    }
+    return result;
+}
+
+// Where the joints that hold vertices together stand, group by group. The first joint of a group
+// stands as in the model's own pose.
+std::vector<std::optional<Affine>> Skins::boundPlaces() const {
+    const std::vector<std::vector<Tie>> tied = ties();
+    std::vector<std::optional<Affine>> places(bones.size());
+    for (std::size_t first = 0; first < bones.size(); ++first) {
+        if (tied[first].empty() || places[first])
+            continue;
+        places[first] = skeleton.ownPose().world[first];
+        std::vector<std::size_t> group = {first};
+        for (std::size_t next = 0; next < group.size(); ++next)
+            for (const Tie &tie : tied[group[next]])
+                if (!places[tie.joint]) {
+                    const Affine whole = *places[group[next]] * tie.across;
+                    const Placement rigid = place(whole, Matrix());
+                    places[tie.joint] = {rotationFromDegrees(rigid.degrees), rigid.position};
+                    group.push_back(tie.joint);
+                }
+    }
+    return places;
+}
+
+void Skins::setBindPose() {
+    const Pose &own = skeleton.ownPose();
+    const std::vector<std::optional<Affine>> bound = boundPlaces();
+    const double tolerance = 1e-5, distance = spreadOf(own) * 1e-5;
+    bind = own;
+    for (std::size_t i = 0; i < bones.size(); ++i) {
+        const std::size_t parent = skeleton.joints()[i].parent;
+        const Affine above = parent == nowhere ? Affine() : bind.world[parent];
+        Placement &at = bind.placement[i];
+        const Affine usual = above * Affine{rotationFromDegrees(at.degrees), at.position};
+        bind.world[i] = usual;
+        if (!bound[i])
+            continue;
+        const Affine &wanted = *bound[i];
+        if (difference(usual.linear, wanted.linear) < tolerance &&
+            length(usual.offset - wanted.offset) <= distance)
+            continue;
+        changed = true;
+        const Placement local =
+            turnedNear(place(inverseOfRigid(above) * wanted, Matrix()), at.degrees);
+        at.degrees = local.degrees;
+        at.position = local.position;
+        bind.world[i] = above * Affine{rotationFromDegrees(at.degrees), at.position};
+    }
+}
+
+void Skins::carry(unsigned int mesh, std::size_t joint, Carrying &carrying) {
+    const Skin &skin = skins[mesh];
+    const Affine own = bind.world[joint] * Affine{bind.placement[joint].rest, {}};
+    for (const Held &held : skin.held) {
+        Affine map{Matrix() * 0, {}};
+        Holders holders;
+        for (std::size_t k = 0; k < held.size() && held[k].weight > 0; ++k) {
+            const bool free = held[k].bone == nowhere;
+            const std::size_t by = free ? joint : skin.joints[held[k].bone];
+            addWeighted(map, free ? own : bind.world[by] * skin.toJoint[held[k].bone],
+                        held[k].weight);
+            holders.bone[k] = static_cast<std::uint32_t>(by);
+            holders.weight[k] = static_cast<float>(held[k].weight);
+        }
+        carrying.posed.push_back(map);
+        carrying.holders.push_back(holders);
+    }
+}
+
+} // namespace ravolt::tool

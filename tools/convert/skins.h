@@ -1,0 +1,66 @@
+#pragma once
+
+// Skins: which joints hold each vertex of a mesh. The engine bends a mesh from the pose that its
+// tree has in the file, so that pose must be the one that the skin was bound in, and the vertices
+// stand where the joints hold them there.
+
+#include "tools/convert/meshes.h"
+#include "tools/convert/skeleton.h"
+
+#include <array>
+#include <assimp/scene.h>
+#include <optional>
+#include <vector>
+
+namespace ravolt::tool {
+
+class Skins {
+  public:
+    Skins(const aiScene &scene, const Skeleton &skeleton, Report &report);
+
+    bool any() const;
+    bool isSkinned(unsigned int mesh) const { return !skins[mesh].held.empty(); }
+    bool isBone(std::size_t joint) const { return bones[joint]; }
+
+    // The pose of the model, but for joints that hold vertices together: those stand as when the
+    // skin was bound.
+    const Pose &bindPose() const { return bind; }
+    bool differsFromOwnPose() const { return changed; }
+
+    // For each vertex of a mesh on the node `joint`: how it goes into the frame of the scene in
+    // that pose, and what holds it. A vertex without a bone is held by the node itself.
+    void carry(unsigned int mesh, std::size_t joint, Carrying &carrying);
+
+  private:
+    // One of the joints that hold a vertex, and which bone of the mesh that is.
+    struct Hold {
+        std::size_t bone = nowhere;
+        double weight = 0;
+    };
+    using Held = std::array<Hold, bonesOfAVertex>;
+    struct Skin {
+        std::vector<std::size_t> joints; // of each bone
+        std::vector<Affine> toJoint;     // from the mesh's data to the frame of the joint
+        std::vector<Held> held;          // for each vertex; empty when nothing is skinned
+    };
+    // A mesh has vertices that two joints hold together.
+    struct Tie {
+        std::size_t joint = 0; // the other one
+        Affine across;         // from its frame to that of the first
+    };
+
+    Skin read(const aiMesh &mesh);
+    std::vector<std::vector<Tie>> ties() const;
+    std::vector<std::optional<Affine>> boundPlaces() const;
+    void setBindPose();
+
+    const aiScene &scene;
+    const Skeleton &skeleton;
+    std::vector<Skin> skins;
+    std::vector<bool> bones;
+    Pose bind;
+    bool changed = false;
+    std::size_t simplified = 0; // vertices that lost bones
+};
+
+} // namespace ravolt::tool
