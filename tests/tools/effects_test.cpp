@@ -6,6 +6,7 @@
 #include "tools/stage/engine.h"
 #include "tools/stage/picture.h"
 #include "tools/stage/stage.h"
+#include "tools/writers/rveWriter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -293,6 +294,47 @@ TEST_F(EffectsOnStage, WireframeIsDrawnWithoutThoseOfTheWholePicture) {
     stage.setEffects(with({Effect::depthOfField}));
     EXPECT_EQ(largestDifference(ravolt::tool::shoot(stage, size), plain), 0);
     stage.setWireframe(false);
+}
+
+// A square whose only bone has gone to the right.
+TEST_F(EffectsOnStage, LeaveMeshesWithBonesBentWhenPerPixelLightingIsOff) {
+    ravolt::RveScene scene;
+    scene.root.kind = ravolt::RveKind::mesh;
+    scene.root.name = "[root]";
+    ravolt::RveNode bone;
+    bone.kind = ravolt::RveKind::mesh;
+    bone.name = "bone";
+    ravolt::RveNode square = bone;
+    square.name = "square";
+    square.mesh.vertices = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+    square.mesh.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
+    square.mesh.faces = {{0, 1, 2}, {0, 2, 3}};
+    square.mesh.material = "a";
+    square.mesh.skin.weightsPerVertex = 4;
+    square.mesh.skin.boneIndices.assign(16, 0);
+    for (int vertex = 0; vertex < 4; ++vertex)
+        for (const float weight : {1.0f, 0.0f, 0.0f, 0.0f})
+            square.mesh.skin.boneWeights.push_back(weight);
+    square.mesh.skin.bones = {"bone"};
+    scene.root.children = {bone, square};
+    ravolt::RveMaterial material;
+    material.name = "a";
+    scene.materials = {material};
+    ASSERT_EQ(ravolt::writeRve("scene.rve", scene), "");
+    for (const bool programs : {false, true}) {
+        drawing.programs = programs;
+        Engine engine(size, "test", false, "ravolt_log.txt", drawing);
+        RVNODE *root = engine.load("scene.rve");
+        root->findByNameInHierarchy("bone")->setPosition(1.5f, 0.0f, 0.0f);
+        Stage stage(root);
+        stage.setYaw(0);
+        stage.setPitch(0);
+        stage.setZoom(0.5);
+        ravolt::tool::shoot(stage, size);
+        const Picture picture = ravolt::tool::shoot(stage, size);
+        EXPECT_GT(brightnessAt(picture, 0.65, 0.5), 80) << programs;
+        EXPECT_LT(brightnessAt(picture, 0.45, 0.5), 60) << programs;
+    }
 }
 
 TEST_F(EffectsOnStage, PrintNothing) {

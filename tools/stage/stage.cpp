@@ -30,6 +30,10 @@ Stage::Stage(RVNODE *root)
         around.radius = 1;
     RVOPENGL::setBackgroundColor(background[0], background[1], background[2], 1.0f);
     lookFromTheFront();
+    walk(scene, [this](RVNODE *node) {
+        const RVMESH *mesh = visibleMesh(node);
+        bentByPrograms = bentByPrograms || (mesh && mesh->isSkinned() && RVSHADER::useSkinning());
+    });
 }
 
 void Stage::lookFromTheFront() {
@@ -155,7 +159,9 @@ void Stage::wishForEffects(double distance) {
     const auto wish = [](bool on, void (*switchOn)(), void (*switchOff)()) {
         on ? switchOn() : switchOff();
     };
-    wish(effects.isOn(Effect::perPixel), RVSETTINGS::forceShadersOn, RVSETTINGS::forceShadersOff);
+    // Without programs a mesh that they bend would stand in its bind pose.
+    wish(effects.isOn(Effect::perPixel) || bentByPrograms, RVSETTINGS::forceShadersOn,
+         RVSETTINGS::forceShadersOff);
     wish(effects.isOn(Effect::shadows), RAVOLT::shadowingOn, RAVOLT::shadowingOff);
     wish(whole && effects.isOn(Effect::bloom), RAVOLT::bloomingOn, RAVOLT::bloomingOff);
     wish(whole && effects.isOn(Effect::toneMapping), RAVOLT::HDROn, RAVOLT::HDROff);

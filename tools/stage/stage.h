@@ -82,6 +82,7 @@ class Stage {
     Lights lights;
     RVNODE *floor = nullptr; // made when it is first wanted
     Effects effects;
+    bool bentByPrograms = false; // whether a mesh has bones that programs apply
     std::vector<RVHELPER *> boxes;
     double yaw = 30, pitch = 20, zoom = 1;
     PicturePart part;
