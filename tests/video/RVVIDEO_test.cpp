@@ -159,10 +159,10 @@ TEST_F(Video, UpdateOfTheEngineDoesNothing) {
     EXPECT_EQ(framesOfFilms, framesShown(**film, wholeFilm));
 }
 
-// On purpose, and stated: see the header.
+// On purpose: see the header.
 TEST_F(Video, DestructorLeavesTheFileOpen) {
 #if defined(__SANITIZE_ADDRESS__)
-    const __lsan::ScopedDisabler leakIsStated;
+    const __lsan::ScopedDisabler leakIsMeant;
 #endif
     auto *video = new RVVIDEO;
     ASSERT_TRUE(video->load("film"));

@@ -189,6 +189,11 @@ TEST(DamagedFilm, FieldsLowerThanAMacroblockAreSkipped) {
     EXPECT_EQ(0u, playThrough(film).frames);
 }
 
+// The decoder would ask for gigabytes.
+TEST(DamagedFilm, SizeThatNoTextureHasGetsNoMemory) {
+    EXPECT_EQ(0u, playThrough(withGiantSize(bytesOf("ffmpeg2_64x48_b"))).frames);
+}
+
 class DamagedFilms : public SilentEngineTest {};
 
 // The same through the class, with a texture.

@@ -55,6 +55,17 @@ inline Bytes bytesOf(const std::string &film) {
 // Sizes in whole macroblocks, as the decoder has them.
 inline unsigned int wholeBlocks(unsigned int pixels) { return (pixels + 15) / 16 * 16; }
 
+// A film with all bits set that the extension of a sequence adds on top of its width and height.
+inline Bytes withGiantSize(Bytes film) {
+    for (std::size_t place = 0; place + 7 < film.size(); ++place)
+        if (film[place] == 0 && film[place + 1] == 0 && film[place + 2] == 1 &&
+            film[place + 3] == 0xb5 && film[place + 4] >> 4 == 1) {
+            film[place + 5] |= 1;    // width, high bit
+            film[place + 6] |= 0xe0; // width, low bit; height, both
+        }
+    return film;
+}
+
 // A film of a test. Its stream is closed when it goes, which the destructor of RVVIDEO leaves out.
 class TestFilm {
   public:

@@ -241,17 +241,6 @@ Bytes withSize(Bytes film, unsigned int width, unsigned int height) {
     return film;
 }
 
-// The extension behind it has two more bits of each, in front of those twelve: all set here.
-Bytes withGiantSize(Bytes film) {
-    for (std::size_t place = 0; place + 7 < film.size(); ++place)
-        if (film[place] == 0 && film[place + 1] == 0 && film[place + 2] == 1 &&
-            film[place + 3] == 0xb5 && film[place + 4] >> 4 == 1) {
-            film[place + 5] |= 1;    // width, high bit
-            film[place + 6] |= 0xe0; // width, low bit; height, both
-        }
-    return film;
-}
-
 TEST_F(Frames, SizeThatNoTextureHasIsNotEvenDecoded) {
     const Bytes film = bytesOf("ffmpeg2_64x48_b");
     writeFile("giant", withGiantSize(film) + film);
