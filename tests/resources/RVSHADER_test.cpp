@@ -532,16 +532,32 @@ TEST_F(ShaderTest, ResetForgetsAndDisables) {
 // --- Values
 
 TEST_F(ShaderTest, ValuesWithoutAProgramDoNothing) {
-    recorder.start();
-    EXPECT_FALSE(RVSHADER::bindTexture(0));
-    EXPECT_FALSE(RVSHADER::bindTexture(16));
-    EXPECT_FALSE(RVSHADER::bindSizes(1, 2));
-    EXPECT_FALSE(RVSHADER::bindLuminanceAndExposure(1, 2));
-    EXPECT_FALSE(RVSHADER::bindFocusAndRange(1, 2));
-    EXPECT_FALSE(RVSHADER::bindNearAndFarPlane(1, 2));
-    EXPECT_FALSE(RVSHADER::bindBones(0, nullptr, nullptr, 1, 2));
-    EXPECT_FALSE(RVSHADER::unbindBones());
-    EXPECT_TRUE(recorder.stop().empty());
+    for (const bool enabled : {false, true}) {
+        SCOPED_TRACE(enabled);
+        if (enabled)
+            RVSHADER::enable();
+        recorder.start();
+        EXPECT_FALSE(RVSHADER::bindTexture(0));
+        EXPECT_FALSE(RVSHADER::bindTexture(16));
+        EXPECT_FALSE(RVSHADER::bindSizes(1, 2));
+        EXPECT_FALSE(RVSHADER::bindLuminanceAndExposure(1, 2));
+        EXPECT_FALSE(RVSHADER::bindFocusAndRange(1, 2));
+        EXPECT_FALSE(RVSHADER::bindNearAndFarPlane(1, 2));
+        EXPECT_FALSE(RVSHADER::bindBones(0, nullptr, nullptr, 1, 2));
+        EXPECT_FALSE(RVSHADER::unbindBones());
+        EXPECT_TRUE(recorder.stop().empty());
+    }
+}
+
+TEST_F(ShaderTest, BonesOfAProgramThatIsGoneStayAsTheyAre) {
+    makeOperative(shader);
+    shader->render(nullptr);
+    const float zero[4] = {};
+    ASSERT_TRUE(RVSHADER::bindBones(1, zero, zero, 1, 2));
+    delete shader;
+    EXPECT_TRUE(callsOf([] { EXPECT_FALSE(RVSHADER::unbindBones()); }).empty());
+    RVSHADER::pplDirectA->render(nullptr);
+    EXPECT_TRUE(RVSHADER::unbindBones());
 }
 
 TEST_F(ShaderTest, ValuesGoToTheirSlots) {
