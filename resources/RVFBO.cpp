@@ -143,6 +143,13 @@ void RVFBO::keepTexture() {
     }
 }
 
+bool RVFBO::holds(const RVTEXTURE *wanted) {
+    for (const RVFBO *target = firstFbo; target; target = target->next)
+        if (target->texture == wanted)
+            return true;
+    return false;
+}
+
 void RVFBO::attach() {
     attachedGlId = texture->getGLId();
     RVOPENGL::glFramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, attachment, GL_TEXTURE_2D, attachedGlId,

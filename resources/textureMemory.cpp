@@ -1,4 +1,5 @@
 #include "ravolt/RAVOLT.h"
+#include "ravolt/RVFBO.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
@@ -69,6 +70,10 @@ bool RVTEXTURE::unload(bool releaseBitmap) {
     return freed;
 }
 
+// What stands in a render target cannot come back, and may be the frame that is being drawn. The
+// engine's targets live until its end, and to throw them out would win nothing.
+bool RVTEXTURE::isWorthUnloading() const { return memorySize != 0 || !RVFBO::holds(this); }
+
 // On purpose: the newest go first, and those not used for the longest time survive.
 bool RVTEXTURE::garbageCollect(unsigned long keep) {
     const unsigned int number = getNumberOfTextures();
@@ -86,7 +91,7 @@ bool RVTEXTURE::garbageCollect(unsigned long keep) {
     logCandidates(textures, number, keep);
 
     for (index = 0; index < number; ++index)
-        if (RAVOLT::getUsedVideoMemory() >= keep)
+        if (RAVOLT::getUsedVideoMemory() >= keep && textures[index]->isWorthUnloading())
             textures[index]->unload(true);
     const unsigned int dead = deleteUnreferenced(textures, number);
 

@@ -40,7 +40,8 @@ class RV_API RVFBO {
     bool isOk();
 
     // Makes the target current, and its whole area the viewport, unless it is current already;
-    // brings its texture back when that was thrown out. `data` is ignored. Always true.
+    // brings its texture back, empty, when the application has unloaded it. `data` is ignored.
+    // Always true.
     bool render(void *data);
 
     // Back to the window. The viewport stays as it is.
@@ -76,6 +77,7 @@ class RV_API RVFBO {
   private:
     void attach();
     void keepTexture();
+    static bool holds(const RVTEXTURE *texture); // whether one of the targets has it
 
     unsigned int id;
     char name[256];
@@ -92,5 +94,6 @@ class RV_API RVFBO {
     static RVFBO *currentFbo; // NULL for the window
     static int viewport[4];   // On purpose: used by nothing. No target keeps a viewport.
 
+    friend class RVTEXTURE; // keeps the collector from what targets hold
     friend struct ravolt::Registry<RVFBO>;
 };

@@ -71,7 +71,8 @@ class RV_API RVTEXTURE {
 
     // The collector: unloads textures, the most recently rendered first, while `keep` bytes of
     // video memory or more are used; then deletes every texture without references, except one that
-    // is being uploaded. False when there are no textures, or no memory to sort them.
+    // is being uploaded. The image of a render target is not unloaded where it counts for nothing.
+    // False when there are no textures, or no memory to sort them.
     static bool garbageCollect(unsigned long keep);
 
     // Deletes all textures; every pointer to one is invalid then, also those that materials hold.
@@ -129,6 +130,7 @@ class RV_API RVTEXTURE {
     void releaseUpload();
     void releasePixels();
     void makeRoom();
+    bool isWorthUnloading() const;
     void bindForUpload() const;
     void replacePixels(unsigned int width, unsigned int height, unsigned int rowLength,
                        const void *pixels, bool rgb = true) const;
