@@ -18,6 +18,7 @@
 #include <SDL/SDL.h>
 
 #include <iterator>
+#include <utility>
 
 namespace {
 
@@ -69,7 +70,7 @@ bool RAVOLT::startClasses(RVSETTINGS &settings) {
         {[](RVSETTINGS &asked) { return asked.init(); },
          "   [!] Unable to init settings @ RAVOLT::init\n", [] { return RVSETTINGS::free(); }},
         {[](RVSETTINGS &) { return RVOPENGL::init(); },
-         "   [!] Unable to init OpenGL @ RAVOLT::init\n", [] { return RVOPENGL::free(); }},
+         "   [!] Unable to init OpenGL @ RAVOLT::init\n", undoOpenGL},
         {[](RVSETTINGS &) {
              RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
              return RVSHADER::init();
@@ -92,6 +93,21 @@ bool RAVOLT::startClasses(RVSETTINGS &settings) {
         return false;
     }
     return true;
+}
+
+// The render targets go without a word, while their context is there: in the next one their names
+// would be those of other things.
+bool RAVOLT::undoOpenGL() {
+    for (RVFBO *&target : RVOPENGL::fbo) {
+        RVTEXTURE *const texture = target ? target->getTexture() : nullptr;
+        delete std::exchange(target, nullptr);
+        if (!texture)
+            continue;
+        texture->releasePixels();
+        texture->releaseUpload();
+        delete texture;
+    }
+    return RVOPENGL::free();
 }
 
 void RAVOLT::findVideoMemory() {

@@ -135,6 +135,7 @@ class RV_API RAVOLT {
 
   private:
     static bool startClasses(RVSETTINGS &settings);
+    static bool undoOpenGL();
     static void findVideoMemory();
     static void drawList(bool (*isDrawn)(const RVNODE &node));
     static void drawSkybox();

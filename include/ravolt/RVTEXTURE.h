@@ -162,7 +162,7 @@ class RV_API RVTEXTURE {
     static char texturePath[256];
 
     friend class RVFBO;   // brings the texture of a target back
-    friend class RAVOLT;  // binds the shadow map without a texture unit being on
+    friend class RAVOLT;  // binds the shadow map with its unit off, undoes a failed start
     friend class RVVIDEO; // replaces the pixels by a film's
     friend struct ravolt::Registry<RVTEXTURE>;
 };

@@ -4,6 +4,7 @@
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
 #include "ravolt/RVELEMENT.h"
+#include "ravolt/RVFBO.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
@@ -370,6 +371,22 @@ TEST_F(LifecycleTest, FailedListUndoesOpenGLSettingsAndSdl) {
     EXPECT_FALSE(calls.contains("SDL_GetVideoInfo"));
     EXPECT_EQ(logBehind("   OpenGL initialized\n"), logOfFailedList);
     expectCleanStart();
+}
+
+// Their names would mean other things in the next context.
+TEST_F(LifecycleTest, AFailedStartLeavesNoTargetsAndTexturesBehind) {
+    recorder.failAllocation(4096 * sizeof(RVELEMENT));
+    const Calls calls = failingStart();
+    EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
+    EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
+    for (int index = 0; index < 14; ++index)
+        EXPECT_EQ(RVOPENGL::getFbo(index), nullptr) << index;
+    for (const char *name :
+         {"glDeleteFramebuffersEXT", "glDeleteTextures", "glDeleteRenderbuffersEXT"})
+        EXPECT_TRUE(calls.haveInOrder({{calls.named(name).back()}, {"SDL_Quit"}})) << name;
+    EXPECT_EQ(calls.count("glDeleteFramebuffersEXT"), 14u);
+    EXPECT_EQ(calls.count("glDeleteRenderbuffersEXT"), 2u);
+    EXPECT_EQ(logBehind("   OpenGL initialized\n"), logOfFailedList);
 }
 
 TEST_F(LifecycleTest, FailedOrderOfTheListUndoesTheSame) {
