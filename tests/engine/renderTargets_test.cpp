@@ -1,0 +1,188 @@
+// How the engine's render targets are made, call by call before a silent driver, and what remains
+// when OpenGL refuses one of them.
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVFBO.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
+#include "ravolt/RVTEXTURE.h"
+#include "tests/engine/brightSquare.h"
+#include "tests/support/engineFixture.h"
+
+#include <string>
+#include <vector>
+
+namespace ravolt::test {
+namespace {
+
+// --- their making
+
+struct Sizes {
+    const char *name;
+    int sceneX, sceneY, map;
+};
+
+class PoolCalls : public SilentEngineTest, public testing::WithParamInterface<Sizes> {
+  protected:
+    PoolCalls() {
+        settings.setFBOSizeX(GetParam().sceneX);
+        settings.setFBOSizeY(GetParam().sceneY);
+        settings.setShadowMapSize(GetParam().map);
+    }
+};
+
+struct Made {
+    int index, width, height, format; // format as RVTEXTURE::create takes it
+    bool depthBuffer = false;
+};
+
+// The order in which their textures are made.
+std::vector<Made> poolOf(const Sizes &sizes) {
+    const int x = sizes.sceneX, y = sizes.sceneY;
+    return {{2, sizes.map, sizes.map, 5},
+            {0, x, y, 6, true},
+            {1, x, y, 6, true},
+            {3, 256, 256, 6},
+            {4, x, y, 6},
+            {5, x, y, 6},
+            {6, x / 2, y / 2, 4},
+            {7, x / 2, y / 2, 4},
+            {8, x / 4, y / 4, 4},
+            {9, x / 4, y / 4, 4},
+            {10, x / 8, y / 8, 4},
+            {11, x / 8, y / 8, 4},
+            {12, x / 16, y / 16, 4},
+            {13, x / 16, y / 16, 4}};
+}
+
+Call imageCall(const Made &made) {
+    const int width = made.width, height = made.height;
+    switch (made.format) {
+    case 4:
+        return {"glTexImage2D", GL_TEXTURE_2D,    0,         GL_RGBA, width, height, 0,
+                GL_RGBA,        GL_UNSIGNED_BYTE, anyAddress};
+    case 5:
+        return {"glTexImage2D",     GL_TEXTURE_2D,    0, GL_DEPTH_COMPONENT, width, height, 0,
+                GL_DEPTH_COMPONENT, GL_UNSIGNED_BYTE, 0};
+    default:
+        return {"glTexImage2D", GL_TEXTURE_2D,     0, GL_RGBA16F_ARB, width, height, 0,
+                GL_RGBA,        GL_HALF_FLOAT_ARB, 0};
+    }
+}
+
+Calls callsThatMake(const std::vector<Made> &pool) {
+    std::vector<Call> calls;
+    for (const Made &made : pool) {
+        const RVFBO *target = RVOPENGL::getFbo(made.index);
+        const GLuint name = target->getGLId(), texture = target->getTexture()->getGLId();
+        const bool isDepth = made.format == 5;
+        calls.push_back({"glBindTexture", GL_TEXTURE_2D, texture});
+        calls.push_back(imageCall(made));
+        calls.push_back({"glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, name});
+        calls.push_back({"glViewport", 0, 0, 0, 0}); // it has no size yet
+        if (isDepth) {
+            calls.push_back({"glReadBuffer", GL_NONE});
+            calls.push_back({"glDrawBuffer", GL_NONE});
+        }
+        calls.push_back({"glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT,
+                         isDepth ? GL_DEPTH_ATTACHMENT_EXT : GL_COLOR_ATTACHMENT0_EXT,
+                         GL_TEXTURE_2D, texture, 0});
+        if (made.depthBuffer)
+            calls.push_back({"glRenderbufferStorageEXT", GL_RENDERBUFFER_EXT, GL_DEPTH_COMPONENT24,
+                             made.width, made.height});
+        calls.push_back({"glCheckFramebufferStatusEXT", GL_FRAMEBUFFER_EXT});
+        calls.push_back({"glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, 0});
+    }
+    return Calls(calls);
+}
+
+TEST_P(PoolCalls, AreThoseOfTheirTable) {
+    recorder.start();
+    ASSERT_TRUE(restart());
+    Calls calls = recorder.stop();
+    // From the first target's making to the look-up of the next extension.
+    std::vector<Call> making;
+    bool inside = false;
+    for (const Call &call : calls) {
+        if (call.name == "glGenFramebuffersEXT")
+            inside = true;
+        if (inside && call.name == "SDL_GL_GetProcAddress")
+            break;
+        if (inside)
+            making.push_back(call);
+    }
+    calls = Calls(making);
+    const std::vector<Made> pool = poolOf(GetParam());
+    EXPECT_EQ(calls.named({"glBindTexture", "glTexImage2D", "glBindFramebufferEXT", "glViewport",
+                           "glReadBuffer", "glDrawBuffer", "glFramebufferTexture2DEXT",
+                           "glRenderbufferStorageEXT", "glCheckFramebufferStatusEXT"}),
+              callsThatMake(pool));
+    EXPECT_EQ(calls.count("glFramebufferRenderbufferEXT"), 2u);
+    std::vector<Call> filters;
+    for (const Made &made : pool)
+        filters.push_back({"glTexParameteri", GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
+                           made.index == 3 ? GL_LINEAR_MIPMAP_LINEAR : GL_LINEAR});
+    EXPECT_EQ(calls.where([](const Call &call) {
+        return call.name == "glTexParameteri" && call.arguments[1] == GL_TEXTURE_MIN_FILTER;
+    }),
+              Calls(filters));
+    for (const Made &made : pool) {
+        EXPECT_EQ(RVOPENGL::getFbo(made.index)->getSizeX(), made.width) << made.index;
+        EXPECT_EQ(RVOPENGL::getFbo(made.index)->getSizeY(), made.height) << made.index;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(OfSizes, PoolCalls,
+                         testing::Values(Sizes{"Usual", 1024, 768, 1024}, Sizes{"Odd", 101, 77, 33},
+                                         Sizes{"TooSmallForAllLevels", 15, 31, 1}),
+                         [](const auto &tested) { return std::string(tested.param.name); });
+
+// --- refused ones
+
+class RefusedTarget : public SilentEngineTest, public testing::WithParamInterface<int> {
+  protected:
+    RefusedTarget() { settings.setShaders(true); }
+
+    void TearDown() override {
+        RAVOLT::bloomingOff();
+        RAVOLT::HDROff();
+        RAVOLT::DOFOff();
+        RAVOLT::shadowingOff();
+        RVSHADER::reset();
+        SilentEngineTest::TearDown();
+    }
+};
+
+TEST_P(RefusedTarget, IsReportedAndUsedAllTheSame) {
+    recorder.refuse("glCheckFramebufferStatusEXT", static_cast<unsigned int>(GetParam()), 1);
+    const LogMark mark = markLog();
+    ASSERT_TRUE(restart());
+    const std::string log = logTextSince(mark);
+    const std::string line = "   [!] FBO not complete (error 0) @ RVFBO::isOk\n";
+    const std::size_t place =
+        log.find("      GL_EXT_framebuffer_object\n" + line + "      GL_ARB_occlusion_query\n");
+    EXPECT_NE(place, std::string::npos) << log;
+    EXPECT_EQ(problemsSince(mark).size(), 2u) << "the line, and no video memory was found";
+    EXPECT_TRUE(RVOPENGL::useFBO());
+    EXPECT_TRUE(RVSHADER::useBloom() && RVSHADER::useDOF() && RVSHADER::useShadows());
+    for (int index = 0; index < 14; ++index) {
+        ASSERT_NE(RVOPENGL::getFbo(index), nullptr) << index;
+        EXPECT_NE(RVOPENGL::getFbo(index)->getTexture(), nullptr) << index;
+    }
+    RAVOLT::bloomingOn();
+    RAVOLT::DOFOn();
+    auto *square = new BrightSquare;
+    recorder.start();
+    drawFrame(nullptr, square);
+    RAVOLT::swap();
+    const Calls calls = recorder.stop();
+    EXPECT_EQ(square->draws(RV_OPENGL_PROFILE_FULL), 1);
+    EXPECT_EQ(square->draws(RV_OPENGL_PROFILE_ZPASS), 1);
+    EXPECT_EQ(calls.named("glBindFramebufferEXT").back(),
+              (Call{"glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, 0}));
+}
+
+INSTANTIATE_TEST_SUITE_P(InTheOrderOfTheirMaking, RefusedTarget, testing::Range(0, 14));
+
+} // namespace
+} // namespace ravolt::test
