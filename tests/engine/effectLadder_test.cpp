@@ -1,0 +1,146 @@
+// All effects asked for, on drivers that lack something: what is left out, and that the frame is
+// drawn. Before a silent driver, so that every lack can be had.
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVFBO.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
+#include "ravolt/RVTEXTURE.h"
+#include "tests/engine/brightSquare.h"
+#include "tests/engine/openGLAccess.h"
+#include "tests/engine/supportedEffects.h"
+#include "tests/support/engineFixture.h"
+
+#include <cstdio>
+#include <string>
+
+namespace ravolt::test {
+namespace {
+
+class EffectLadder : public SilentEngineTest {
+  protected:
+    EffectLadder() { settings.setShaders(true); }
+
+    void SetUp() override { forgetCapabilities(); } // the test says what the driver is like
+
+    void TearDown() override {
+        RAVOLT::bloomingOff();
+        RAVOLT::HDROff();
+        RAVOLT::DOFOff();
+        RAVOLT::shadowingOff();
+        RVSHADER::reset();
+        SilentEngineTest::TearDown();
+        forgetCapabilities();
+    }
+
+    void start() {
+        SilentEngineTest::SetUp();
+        caster = new RVLIGHT;
+        caster->setLightType(RV_LIGHT_TYPE_SPOT);
+        caster->setDirection(Z3MVECTOR3D(0.6f, 0, -0.8f));
+        caster->castShadows(true);
+        square = new BrightSquare;
+        square->link(caster);
+        RAVOLT::bloomingOn();
+        RAVOLT::HDROn();
+        RAVOLT::DOFOn();
+        RAVOLT::shadowingOn();
+    }
+
+    Calls callsOfAFrame() {
+        testing::internal::CaptureStdout();
+        recorder.start();
+        drawFrame(nullptr, caster);
+        RAVOLT::swap();
+        const Calls calls = recorder.stop();
+        std::fflush(stdout);
+        printed = testing::internal::GetCapturedStdout();
+        return calls;
+    }
+
+    void expectFrame(const Supported &drawn) {
+        const Calls calls = callsOfAFrame();
+        EXPECT_EQ(square->draws(RV_OPENGL_PROFILE_FULL), drawn.shadows ? 2 : 1);
+        EXPECT_EQ(square->draws(RV_OPENGL_PROFILE_FLAT), drawn.shadows ? 1 : 0);
+        EXPECT_EQ(square->draws(RV_OPENGL_PROFILE_ZPASS), drawn.depthOfField ? 1 : 0);
+        EXPECT_EQ(calls.count("glGenerateMipmapEXT"), drawn.bloom ? 1u : 0u);
+        EXPECT_EQ(printed.empty(), !drawn.bloom) << printed;
+        EXPECT_EQ(calls.count("glCopyTexSubImage2D"),
+                  (drawn.bloom ? 1u : 0u) + (drawn.depthOfField ? 1u : 0u));
+        if (!drawn.bloom && !drawn.shadows && !drawn.depthOfField) {
+            EXPECT_FALSE(calls.contains("glBindFramebufferEXT"));
+        } else {
+            EXPECT_EQ(calls.named("glBindFramebufferEXT").back(),
+                      (Call{"glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, 0}));
+        }
+        EXPECT_EQ(calls.back().name, "SDL_GL_SwapBuffers");
+    }
+
+    RVLIGHT *caster = nullptr;
+    BrightSquare *square = nullptr;
+    std::string printed;
+};
+
+// --- without an extension, with few units, without shaders
+
+class LackingDriver : public EffectLadder, public testing::WithParamInterface<Driver> {};
+
+TEST_P(LackingDriver, LeavesOutTheEffectsThatNeedItAndDrawsTheFrame) {
+    const Driver &driver = GetParam();
+    driver.pretend(recorder, settings);
+    start();
+    EXPECT_EQ(RVSHADER::useBloom(), driver.left.bloom);
+    EXPECT_EQ(RVSHADER::useShadows(), driver.left.shadows);
+    EXPECT_EQ(RVSHADER::useDOF(), driver.left.depthOfField);
+    EXPECT_EQ(RAVOLT::isShadowed(), driver.left.shadows);
+    EXPECT_TRUE(RAVOLT::isBlooming()) << "the wish stays";
+    expectFrame(driver.left);
+}
+
+INSTANTIATE_TEST_SUITE_P(Without, LackingDriver, testing::ValuesIn(drivers),
+                         [](const auto &tested) { return std::string(tested.param.name); });
+
+// --- without a function of an extension
+
+class WithoutFunction : public EffectLadder, public testing::WithParamInterface<const char *> {};
+
+TEST_P(WithoutFunction, ItIsNeverCalledAndTheFrameIsDrawn) {
+    const std::string name = GetParam();
+    recorder.nullEntryPoint(name);
+    start();
+    EXPECT_TRUE(RVOPENGL::useFBO() && RVOPENGL::useShaders() && RVOPENGL::useMultitexturing());
+    const Calls calls = callsOfAFrame();
+    EXPECT_FALSE(calls.contains(name));
+    EXPECT_GE(square->draws(RV_OPENGL_PROFILE_FULL), 1);
+    EXPECT_EQ(calls.back().name, "SDL_GL_SwapBuffers");
+    // A silent driver compiles the text that it is not given.
+    if (isOfFramebuffers(name) || (isOfCompiling(name) && name != "glShaderSourceARB")) {
+        EXPECT_FALSE(calls.contains("glBindFramebufferEXT")) << "straight into the window";
+        EXPECT_EQ(square->profiles, std::vector<RV_OPENGL_PROFILE>{RV_OPENGL_PROFILE_FULL});
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, WithoutFunction, testing::ValuesIn(functions),
+                         [](const auto &tested) { return std::string(tested.param); });
+
+// --- with a stage that does not compile
+
+class WithoutStage : public EffectLadder, public testing::WithParamInterface<unsigned int> {};
+
+TEST_P(WithoutStage, TheEffectsThatNeedItAreLeftOutAndTheFrameIsDrawn) {
+    const Supported left = programs[GetParam() / 2].left;
+    recorder.refuse("glGetObjectParameterivARB", GetParam(), 1);
+    start();
+    EXPECT_EQ(RVSHADER::useBloom(), left.bloom);
+    EXPECT_EQ(RVSHADER::useShadows(), left.shadows);
+    EXPECT_EQ(RVSHADER::useDOF(), left.depthOfField);
+    expectFrame(left);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, WithoutStage, testing::Range(0u, 70u), [](const auto &tested) {
+    return std::string(programs[tested.param / 2].name) + (tested.param % 2 ? "Pixel" : "Vertex");
+});
+
+} // namespace
+} // namespace ravolt::test

@@ -1,0 +1,133 @@
+#pragma once
+
+// Drivers that lack something, and which of the effects are left on each.
+
+#include "ravolt/RVSETTINGS.h"
+#include "tests/support/recorder.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <iterator>
+#include <ostream>
+#include <string>
+
+namespace ravolt::test {
+
+struct Supported {
+    bool bloom = false, shadows = false, depthOfField = false;
+};
+
+constexpr Supported all{true, true, true}, nothing{};
+
+// --- without an extension, with few units, without shaders
+
+struct Driver {
+    const char *name;
+    const char *extension; // that is hidden; NULL for none
+    Supported left;
+    const char *vendor = "Somebody";
+    int units = 16;
+    bool shadersWanted = true;
+
+    void pretend(Recorder &recorder, RVSETTINGS &settings) const {
+        if (extension)
+            recorder.hideExtension(extension);
+        recorder.setVendor(vendor);
+        recorder.setTextureUnits(units);
+        settings.setShaders(shadersWanted);
+    }
+};
+
+inline void PrintTo(const Driver &driver, std::ostream *out) { *out << driver.name; }
+
+constexpr Driver drivers[] = {
+    {"Nothing", nullptr, all},
+    {"Anisotropy", "GL_EXT_texture_filter_anisotropic", all},
+    {"Multitexturing", "GL_ARB_multitexture", nothing},
+    {"VertexBuffers", "GL_ARB_vertex_buffer_object", all},
+    {"VertexShaders", "GL_ARB_vertex_shader", nothing},
+    {"FragmentShaders", "GL_ARB_fragment_shader", nothing},
+    {"DepthTextures", "GL_ARB_depth_texture", all},
+    {"ShadowComparison", "GL_ARB_shadow", all},
+    {"TexturesOfAnySize", "GL_ARB_texture_non_power_of_two", nothing},
+    {"FloatTextures", "GL_ARB_texture_float", nothing},
+    {"Framebuffers", "GL_EXT_framebuffer_object", nothing},
+    {"OcclusionQueries", "GL_ARB_occlusion_query", all},
+    {"AllExtensions", "GL_", nothing},
+    {"OurTrust", nullptr, nothing, "ATI Technologies Inc."},
+    {"SixteenUnits", nullptr, nothing, "Somebody", 8},
+    {"TheWishForShaders", nullptr, nothing, "Somebody", 16, false},
+};
+
+// --- without a function of an extension
+
+constexpr const char *functions[] = {
+#define RV_GL_ENTRY_POINT(group, name) #name,
+#include "engine/glEntryPoints.inc"
+};
+
+// Without these there are no render targets, though the flag says so.
+inline bool isOfFramebuffers(const std::string &name) {
+    return name.find("EXT") != std::string::npos;
+}
+
+inline bool isIn(std::initializer_list<const char *> names, const std::string &name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// Without these no stage compiles.
+inline bool isOfCompiling(const std::string &name) {
+    return isIn({"glCreateShaderObjectARB", "glShaderSourceARB", "glCompileShaderARB",
+                 "glGetObjectParameterivARB"},
+                name);
+}
+
+// --- without a program
+
+// The programs in the order of their making, and what falls with each.
+struct Program {
+    const char *name;
+    Supported left = all;
+};
+
+constexpr Supported noShadows{true, false, true}, noDepthOfField{true, true, false},
+    shadowsAlone{false, true, false};
+
+constexpr Program programs[] = {{"pplDirect"},
+                                {"pplOmni"},
+                                {"pplSpot"},
+                                {"pplDirectA"},
+                                {"pplOmniA"},
+                                {"pplSpotA"},
+                                {"pplDirectT"},
+                                {"pplOmniT"},
+                                {"pplSpotT"},
+                                {"pplDirectTA"},
+                                {"pplOmniTA"},
+                                {"pplSpotTA"},
+                                {"pplSpotS", noShadows},
+                                {"pplSpotSA", noShadows},
+                                {"pplSpotTS", noShadows},
+                                {"pplSpotTSA", noShadows},
+                                {"passthrough"},
+                                {"passthroughA"},
+                                {"passthroughZPass"},
+                                {"passthroughZPassA"},
+                                {"bloomBright", shadowsAlone},
+                                {"bloomToneMapping"},
+                                {"bloomCombine", shadowsAlone},
+                                {"bloomForceAlpha"},
+                                {"bloomV", shadowsAlone},
+                                {"bloomH", shadowsAlone},
+                                {"gaussian"},
+                                {"emitter"},
+                                {"dofCombine", noDepthOfField},
+                                {"dof", noDepthOfField},
+                                {"skydome"},
+                                {"water"},
+                                {"waterS"},
+                                {"terrainComplex"},
+                                {"terrainSimple"}};
+static_assert(std::size(programs) == 35);
+
+} // namespace ravolt::test
