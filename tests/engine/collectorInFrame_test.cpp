@@ -53,9 +53,7 @@ class CollectorInFrame : public EngineTest {
     }
 
     // The largest difference of a channel in the next frame.
-    int changeFrom(const Picture &plain) {
-        return differenceOf(pictureOfAFrame(), plain).maximum;
-    }
+    int changeFrom(const Picture &plain) { return differenceOf(pictureOfAFrame(), plain).maximum; }
 
     // Does it once, in the draw of that profile.
     void during(RV_OPENGL_PROFILE profile, const std::function<void()> &action) {
