@@ -18,19 +18,19 @@ enum RV_VIDEO_STATUS {
 // The file and the decoder of a film; the inside of the library alone knows it.
 struct RVVIDEO_STREAM;
 
-// A film on a texture: an MPEG-1 or MPEG-2 elementary video stream, of which each displayed frame
-// is copied into a texture that the application has made. It is no node: whatever shows the texture
-// shows the film. There is no clock: the film advances in `update` alone, by as many steps as the
-// application asks for. Films stand in a registry, which owns them: make them with `new`;
-// RAVOLT::free or cleanUp deletes those that the application has not deleted. A library built
-// without its decoder has the class all the same, but no film loads.
+// A film on a texture: an MPEG-1 or MPEG-2 elementary video stream, of which each displayed frame is
+// copied into a texture that the application has made. It is no node: whatever shows the texture
+// shows the film. There is no clock: the film advances in `update` alone, by as many steps as are
+// asked for. Films stand in a registry, which owns them: make them with `new`; RAVOLT::free or
+// cleanUp deletes those that the application has not deleted. A library built without its decoder
+// has the class all the same, but no film loads.
 class RV_API RVVIDEO {
   public:
     // Registers the film under a fresh identifier and the name "[video ID]"; stopped, without file
     // and texture.
     RVVIDEO();
-    // Gives the identifier back and leaves the registry. A file and a decoder that are still open
-    // stay so: play a film to its end, or load NULL, before it goes.
+    // Gives the identifier back and leaves the registry. A file and a decoder that are open stay so:
+    // load NULL before a film goes. (At its end a film is open again, at its start.)
     ~RVVIDEO();
 
     // A copy has the values of every field, the stream, the identifier and the name included, so

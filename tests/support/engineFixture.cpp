@@ -5,6 +5,7 @@
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVTEXTURE.h"
+#include "ravolt/RVVIDEO.h"
 #include "ravolt/zlf.h"
 #include "tests/support/recorderState.h"
 
@@ -41,6 +42,7 @@ void expectNothingLeft() {
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
     EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 0u);
     EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
+    EXPECT_EQ(RVVIDEO::getNumberOfVideos(), 0u);
     EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
     const unsigned int id = zlfNewId();
     EXPECT_EQ(id, 1u) << "the identifiers below it were not given back";

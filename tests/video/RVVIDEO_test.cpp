@@ -143,7 +143,7 @@ TEST_F(Video, CleanUpDeletesAllAndSaysWhetherThereWereAny) {
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(Video, EngineDeletesWhatIsLeftAndTheTexturesBefore) {
+TEST_F(Video, EngineDeletesWhatIsLeft) {
     (new RVVIDEO)->setTexture(screen);
     new RVVIDEO;
     EXPECT_TRUE(RAVOLT::free());
