@@ -338,6 +338,8 @@ struct Driver {
     bool shadersWanted;
 };
 
+void PrintTo(const Driver &driver, std::ostream *out) { *out << driver.name; }
+
 class AnyCombination : public GlStart, public testing::WithParamInterface<Driver> {};
 
 TEST_P(AnyCombination, OfTheExtensionsIsALineAndAFlagEach) {

@@ -22,6 +22,8 @@ struct Sizes {
     int sceneX, sceneY, map;
 };
 
+void PrintTo(const Sizes &sizes, std::ostream *out) { *out << sizes.name; }
+
 class PoolCalls : public SilentEngineTest, public testing::WithParamInterface<Sizes> {
   protected:
     PoolCalls() {

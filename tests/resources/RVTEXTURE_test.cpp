@@ -4,6 +4,7 @@
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
 #include "tests/resources/tgaFiles.h"
 #include "tests/support/engineFixture.h"
 
@@ -323,6 +324,54 @@ TEST_F(Texture, OtherHeaderDrawsBlack) {
     EXPECT_TRUE(texture->render(nullptr));
     EXPECT_NOTHING_LOGGED();
     EXPECT_EQ(Bytes(192), levelPixels(texture, 0, 3));
+}
+
+// --- Units that the fixed-function pipeline does not have
+
+class ShadedTexture : public Texture {
+  protected:
+    ShadedTexture() { settings.setShaders(true); }
+
+    static Pixel drawnPixel() {
+        glDisable(GL_DEPTH_TEST);
+        glMatrixMode(GL_PROJECTION);
+        glPushMatrix();
+        glLoadIdentity();
+        glMatrixMode(GL_MODELVIEW);
+        glLoadIdentity();
+        glRectf(-1, -1, 1, 1);
+        glMatrixMode(GL_PROJECTION);
+        glPopMatrix();
+        glMatrixMode(GL_MODELVIEW);
+        glEnable(GL_DEPTH_TEST);
+        return pixelAt(64, 48);
+    }
+};
+
+TEST_F(ShadedTexture, AProgramReadsTheLastUnitAndTheFixedFunctionsGoOnBehindIt) {
+    GLint fixedUnits = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_UNITS, &fixedUnits);
+    ASSERT_LT(fixedUnits, RV_TEXTURE_UNITS);
+    Bytes green;
+    for (int pixel = 0; pixel < 4; ++pixel)
+        green.insert(green.end(), {0, 255, 0, 255});
+    RVTEXTURE *texture = makeTexture(2, 2, 4, green, false);
+    auto *program = new RVSHADER;
+    ASSERT_TRUE(program->loadVertexShader("v", "void main() { gl_Position = ftransform(); }"));
+    ASSERT_TRUE(program->loadPixelShader(
+        "p", "uniform sampler2D textureSampler15;"
+             "void main() { gl_FragColor = texture2D(textureSampler15, vec2(0.5)); }"));
+    ASSERT_TRUE(program->load(nullptr, nullptr, true));
+    program->render(nullptr);
+    unsigned int unit = RV_TEXTURE_UNITS - 1;
+    EXPECT_TRUE(texture->render(&unit));
+    EXPECT_PIXEL(drawnPixel(), (Pixel{0, 255, 0}), 0);
+
+    RVSHADER::disable();
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVOPENGL::glActiveTextureARB(GL_TEXTURE0);
+    glColor4f(1, 0, 0, 1);
+    EXPECT_PIXEL(drawnPixel(), (Pixel{255, 0, 0}), 0);
 }
 
 } // namespace
