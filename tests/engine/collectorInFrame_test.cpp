@@ -57,11 +57,11 @@ class CollectorInFrame : public EngineTest {
 
     // Does it once, in the draw of that profile.
     void during(RV_OPENGL_PROFILE profile, const std::function<void()> &action) {
-        square->meanwhile = [this, profile, action] {
-            if (RVOPENGL::getProfile() != profile)
-                return;
-            square->meanwhile = [] {};
-            action();
+        square->meanwhile = [profile, action, done = false]() mutable {
+            if (!done && RVOPENGL::getProfile() == profile) {
+                done = true;
+                action();
+            }
         };
     }
 };
