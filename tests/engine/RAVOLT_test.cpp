@@ -4,6 +4,7 @@
 #include "ravolt/RAVOLT.h"
 
 #include "ravolt/RVNODE.h"
+#include "tests/engine/adaptedLuminance.h"
 #include "tests/support/logReader.h"
 #include "tests/support/recorder.h"
 
@@ -52,6 +53,7 @@ TEST_F(RavoltTest, StartValuesAreStated) {
     EXPECT_EQ(RAVOLT::getHDRExposure(), 1.0f);
     EXPECT_EQ(RAVOLT::getDOFFocus(), 1.0f);
     EXPECT_EQ(RAVOLT::getDOFRange(), 2.0f);
+    EXPECT_EQ(adaptedLuminance(), 1.0f);
 }
 
 TEST_F(RavoltTest, SwitchesTurnOnAndOff) {

@@ -8,18 +8,16 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
-#include "tests/engine/openGLAccess.h"
+#include "tests/engine/adaptedLuminance.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <map>
 #include <string>
-#include <thread>
 
 namespace ravolt::test {
 namespace {
@@ -117,6 +115,7 @@ class Effects : public EngineTest {
         RAVOLT::wireframeOff();
         RAVOLT::setBloomingIntensity(1);
         RAVOLT::setHDRExposure(1);
+        adaptedLuminance() = 1;
         RAVOLT::setDOFFocus(1);
         RAVOLT::setDOFRange(2);
         glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
@@ -323,7 +322,31 @@ TEST_F(Effects, AnEmptyListRunsAllEffectsOnTheBackground) {
     EXPECT_NE(printedBy(nullptr), "");
     EXPECT_EQ(texelOf(4, 32, 24), (std::array<float, 4>{0, 0, 0, 1})) << "nothing is that bright";
     EXPECT_NEAR(texelOf(3, 128, 128)[2], 0.6, 0.001) << "the background alone is measured";
+    EXPECT_NOTHING_LOGGED();
     expectStateOfAFrame();
+
+    RAVOLT::shadowingOn();
+    printedBy(nullptr);
+    EXPECT_LOGGED_EXACTLY(noCaster);
+    expectStateOfAFrame();
+}
+
+TEST_F(Effects, AViewBeyondWhiteGlowsAllOver) {
+    RAVOLT::bloomingOn();
+    auto *wall = new Wall({0.5f, 0.75f, 1, 1}); // the whole view
+    wall->half = 10;
+    wall->layers = 2;
+    RAVOLT::clear(true, true, false);
+    RAVOLT::begin3D(camera);
+    wall->pass();
+    RAVOLT::end3D(false);
+    const double luminance = 0.3 * 1 + 0.59 * 1.5 + 0.11 * 2;
+    EXPECT_NEAR(texelOf(4, 32, 24)[0], 1 * luminance, 0.01);
+    EXPECT_NEAR(texelOf(4, 32, 24)[2], 2 * luminance, 0.01);
+    // The levels of the blur hold no more than 1, and there are four.
+    EXPECT_NEAR(texelOf(0, 32, 24)[0], 1 + 4, 0.02);
+    EXPECT_NEAR(texelOf(0, 32, 24)[2], 2 + 4, 0.02);
+    RVFBO::unbind();
 }
 
 // --- tone mapping
@@ -398,31 +421,64 @@ TEST_F(Effects, ToneMappingIsThePictureOfItsFormula) {
     }
 }
 
+// A frame of the given length over a background; returns the measured luminance, as printed.
+struct AdaptingFrame {
+    double seconds, grey, adapted;
+};
+
+// The luminance is 1 at first. Each frame goes on from where the one before has ended.
+constexpr AdaptingFrame adaptingFrames[] = {
+    {0.5, 0.25, 0.625},    // half of the gap of 0.75, down
+    {0.25, 0.25, 0.53125}, // a quarter of 0.375
+    {0.5, 1.0, 0.765625},  // up
+    {1.0, 0.25, 0.25},     // a second closes the gap
+    {1.5, 1.0, 1.375},     // more than that overshoots
+    {0.5, 1.0, 1.1875},    // and comes back
+    {0.5, 0.0, 0.59375},   // black
+};
+
 TEST_F(Effects, TheEyeAdaptsByTheGapASecond) {
     RAVOLT::bloomingOn();
     RAVOLT::HDROn();
-    RVOPENGL::setBackgroundColor(0.25f, 0.25f, 0.25f, 1);
-    double before = 0;
-    for (int frame = 0; frame < 6; ++frame) {
-        RAVOLT::clear(true, true, false);
-        RAVOLT::begin3D(camera);
+    adaptedLuminance() = 1;
+    recorder.stopClock();
+    RAVOLT::updateTimer(); // the clock starts with the first frame
+    RAVOLT::swap();
+    for (const AdaptingFrame &frame : adaptingFrames) {
+        const auto grey = static_cast<float>(frame.grey);
+        RVOPENGL::setBackgroundColor(grey, grey, grey, 1);
+        recorder.letPass(frame.seconds);
         recorder.start();
-        testing::internal::CaptureStdout();
-        RAVOLT::end3D(true);
-        std::fflush(stdout);
-        const std::string line = testing::internal::GetCapturedStdout();
-        const double adapted = adaptedIn(recorder.stop());
-        const double luminance = std::atof(line.c_str() + 11);
-        const double seconds = static_cast<double>(RAVOLT::getFPSfactor());
-        if (frame > 0) {
-            const double wanted = luminance > before
-                                      ? before + seconds * std::abs(before - luminance)
-                                      : before - seconds * std::abs(before - luminance);
-            EXPECT_NEAR(adapted, wanted, 1e-5) << frame;
-        }
-        before = adapted;
+        const std::string line = printedBy(nullptr);
+        EXPECT_NEAR(adaptedIn(recorder.stop()), frame.adapted, 0.0005) << frame.seconds;
+        EXPECT_NEAR(std::atof(line.c_str() + 11), frame.grey, 0.0005);
         RAVOLT::swap();
-        std::this_thread::sleep_for(std::chrono::milliseconds(40));
+    }
+    RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
+}
+
+// The wall fills the view in part; red counts 0.3, green 0.59 and blue 0.11 of it, also beyond 1.
+TEST_F(Effects, TheLuminanceIsThatOfTheWholePicture) {
+    RAVOLT::bloomingOn();
+    RAVOLT::HDROn();
+    RVOPENGL::setBackgroundColor(0, 0, 0, 1);
+    const struct {
+        std::array<float, 4> color;
+        int layers;
+        double share; // of the view, by its width
+        double luminance;
+    } rows[] = {
+        {{1, 0, 0, 1}, 1, 1, 0.3},          {{0, 1, 0, 1}, 1, 1, 0.59},
+        {{0, 0, 1, 1}, 1, 1, 0.11},         {{1, 1, 1, 1}, 3, 1, 3},
+        {{0, 1, 0, 1}, 2, 0.5, 0.5 * 1.18}, {{0.5f, 0.25f, 1, 1}, 1, 0.25, 0.25 * 0.4075},
+    };
+    for (const auto &row : rows) {
+        auto *wall = new Wall(row.color);
+        wall->layers = row.layers;
+        wall->half = 4; // beyond the view of 5.52 by 4.14
+        wall->setPosition(static_cast<float>(5.5228 * (1 - row.share) + 1.2386), 0, 0);
+        EXPECT_NEAR(std::atof(printedBy(wall).c_str() + 11), row.luminance, 0.012 * row.luminance);
+        delete wall;
     }
     RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
 }
@@ -573,6 +629,17 @@ TEST_F(Shadows, SkipKeepsTheMapForOneFrameWithAShadowPass) {
     EXPECT_EQ(flatDraws(*wall), 1) << "skipped";
     draw({light, wall});
     EXPECT_EQ(flatDraws(*wall), 2);
+    EXPECT_NOTHING_LOGGED();
+    expectStateOfAFrame();
+}
+
+TEST_F(Shadows, AMapThatIsKeptBeforeOneWasDrawnIsReadAsItIs) {
+    RAVOLT::shadowingOn();
+    RAVOLT::skipShadowsGeneration();
+    auto *wall = new Wall({0, 1, 0, 1});
+    draw({newCaster({0, 4, 0}, {0, -0.6f, -0.8f}), wall});
+    EXPECT_EQ(flatDraws(*wall), 0);
+    EXPECT_PIXEL(pixelAt(64, 48), (Pixel{0, 255, 0}), 0);
     EXPECT_NOTHING_LOGGED();
     expectStateOfAFrame();
 }

@@ -486,6 +486,36 @@ TEST_F(TargetSelection, WorksOnTargetZeroAndLeavesItBound) {
     RVFBO::unbind();
 }
 
+class BloomingSelection : public Selection {
+  protected:
+    BloomingSelection() { settings.setShaders(true); }
+};
+
+// The frame has gone back to the window; a selection takes its target up again and keeps it.
+TEST_F(BloomingSelection, ABlockOfFlatThingsBehindItLandsInTargetZero) {
+    RAVOLT::bloomingOn();
+    drawFrame(camera, new Square);
+    ASSERT_EQ(RVFBO::getCurrent(), nullptr);
+    RAVOLT::select(32, 96 - 24);
+    EXPECT_EQ(RVFBO::getCurrent(), RVOPENGL::getFbo(0));
+    const Pixel before = [] {
+        RVFBO::unbind();
+        const Pixel pixel = pixelAt(centreX, centreY);
+        RVOPENGL::getFbo(0)->render(nullptr);
+        return pixel;
+    }();
+    RAVOLT::begin2D();
+    glColor4f(0, 0, 1, 1);
+    glRecti(0, 48, 64, 0);
+    RAVOLT::end2D();
+    RAVOLT::bloomingOff();
+    std::array<unsigned char, 4> bytes{};
+    glReadPixels(32, 24, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
+    EXPECT_EQ(bytes, (std::array<unsigned char, 4>{0, 0, 255, 255}));
+    RVFBO::unbind();
+    EXPECT_EQ(pixelAt(centreX, centreY), before);
+}
+
 TEST_F(TargetSelection, TheBackgroundOfTheTargetIsZero) {
     drawFrame(camera, new Square);
     EXPECT_EQ(RAVOLT::select(1, 95), 0u);

@@ -12,7 +12,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
-#include "tests/engine/openGLAccess.h"
+#include "tests/engine/adaptedLuminance.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/recorderState.h"
@@ -23,13 +23,6 @@
 #include <vector>
 
 namespace ravolt::test {
-
-// The adapted luminance, which no accessor hands out.
-struct AdaptedLuminance {
-    using Type = float *;
-    friend Type reach(AdaptedLuminance);
-};
-template struct Opened<AdaptedLuminance, &RAVOLT::HDRCurrentLuminance>;
 
 namespace {
 
@@ -191,7 +184,7 @@ class WholeFrame : public SilentEngineTest {
         switchAllOn();
         recorder.stopClock();
         frame(true);
-        *reach(AdaptedLuminance()) = luminanceBefore;
+        adaptedLuminance() = luminanceBefore;
         recorder.letPass(0.25);
     }
 
@@ -205,7 +198,7 @@ class WholeFrame : public SilentEngineTest {
         RAVOLT::setHDRExposure(1);
         RAVOLT::setDOFFocus(1);
         RAVOLT::setDOFRange(2);
-        *reach(AdaptedLuminance()) = 1;
+        adaptedLuminance() = 1;
         SilentEngineTest::TearDown();
     }
 
@@ -512,7 +505,7 @@ Steps untilTheMainPass() {
 TEST_F(WholeFrame, MakesTheStatedCallsStepByStep) {
     expectSteps(frame(true), opening() + untilTheMainPass() + bloomWithHDR() +
                                  depthOfFieldAfterBloom() + finalCopy());
-    EXPECT_NEAR(*reach(AdaptedLuminance()), luminanceBefore * 0.75f, 1e-6f);
+    EXPECT_NEAR(adaptedLuminance(), luminanceBefore * 0.75f, 1e-6f);
 }
 
 TEST_F(WholeFrame, EndsBehindTheDepthOfFieldWithoutBlit) {
@@ -563,7 +556,7 @@ TEST_F(WholeFrame, LeavesTheToneMappingOutWithoutHDR) {
     RAVOLT::HDROff();
     expectSteps(frame(true), opening() + untilTheMainPass() + brightParts() + backToTheScene() +
                                  overlay() + depthOfFieldAfterBloom() + finalCopy());
-    EXPECT_EQ(*reach(AdaptedLuminance()), luminanceBefore);
+    EXPECT_EQ(adaptedLuminance(), luminanceBefore);
 }
 
 TEST_F(WholeFrame, LeavesTheToneMappingOutWithoutBloom) {
@@ -572,7 +565,7 @@ TEST_F(WholeFrame, LeavesTheToneMappingOutWithoutBloom) {
                 opening() + untilTheMainPass() +
                     depthOfField(blendingOff + lightingOff, levelsForTheFirstTime(), levelsOff()) +
                     finalCopy());
-    EXPECT_EQ(*reach(AdaptedLuminance()), luminanceBefore);
+    EXPECT_EQ(adaptedLuminance(), luminanceBefore);
 }
 
 } // namespace
