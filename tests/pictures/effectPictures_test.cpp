@@ -3,9 +3,16 @@
 
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVLIGHT.h"
+#include "ravolt/RVOPENGL.h"
+#include "tests/engine/adaptedLuminance.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <vector>
 
 using namespace ravolt;
 using namespace ravolt::test;
@@ -55,6 +62,8 @@ class EffectPictures : public EngineTest {
         RAVOLT::DOFOff();
         RAVOLT::shadowingOff();
         RAVOLT::setHDRExposure(1);
+        RAVOLT::setBloomingIntensity(1);
+        adaptedLuminance() = 1;
         RAVOLT::setDOFFocus(1);
         RAVOLT::setDOFRange(2);
         EngineTest::TearDown();
@@ -114,6 +123,111 @@ TEST_F(EffectPictures, AllTogether) {
     RAVOLT::bloomingOn();
     focusOnTheMiddle();
     expectPicture("effects_all");
+}
+
+// Frames of no length count as a second, in which the eye adapts to all of the picture.
+TEST_F(EffectPictures, AllTogetherWithToneMapping) {
+    brighten();
+    recorder.stopClock();
+    RAVOLT::shadowingOn();
+    RAVOLT::bloomingOn();
+    RAVOLT::setBloomingIntensity(0.25f);
+    RAVOLT::HDROn();
+    RAVOLT::setHDRExposure(0.5f);
+    focusOnTheMiddle();
+    expectPicture("effects_allToneMapped");
+}
+
+// Squares that shine by themselves, grey above and orange below, most of them beyond white, seen by
+// an eye that comes from somewhere brighter.
+class BrightnessPictures : public EngineTest {
+  protected:
+    static constexpr float adapted = 16;
+    static constexpr float values[] = {0.5f, 1, 1.5f, 2, 3, 4};
+
+    BrightnessPictures() {
+        settings.setShaders(true);
+        settings.setFBOSizeX(128);
+        settings.setFBOSizeY(96);
+    }
+
+    void SetUp() override {
+        EngineTest::SetUp();
+        RVOPENGL::setBackgroundColor(0.1f, 0.1f, 0.1f, 1);
+        RveScene scene;
+        std::vector<RveNode> squares;
+        for (std::size_t column = 0; column < std::size(values); ++column)
+            for (bool upper : {true, false}) {
+                const float value = values[column], x = (static_cast<float>(column) - 2.5f) * 1.8f;
+                const std::string name = std::to_string(column) + (upper ? "grey" : "orange");
+                RveMaterial material = coloured(name, {0, 0, 0, 1});
+                material.ambient = material.specular = {0, 0, 0, 1};
+                material.selfIllumination = {value, upper ? value : value / 2,
+                                             upper ? value : value / 8, 1};
+                scene.materials.push_back(material);
+                squares.push_back(
+                    placed(squareMesh(name, name, 0.6f), {x, upper ? 2.f : -2.f, -12}));
+            }
+        scene.root = rootOver(squares);
+        root = loadScene(scene);
+        auto *light = new RVLIGHT; // its programs let values through that are beyond white
+        light->setPosition(0, 0, 20);
+        light->link(root);
+        RAVOLT::bloomingOn();
+        RAVOLT::setBloomingIntensity(0.25f);
+        recorder.stopClock();
+    }
+
+    void TearDown() override {
+        RAVOLT::bloomingOff();
+        RAVOLT::HDROff();
+        RAVOLT::setBloomingIntensity(1);
+        adaptedLuminance() = 1;
+        RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
+        EngineTest::TearDown();
+    }
+
+    Picture picture() {
+        RAVOLT::swap();
+        recorder.letPass(1.0 / 64);
+        adaptedLuminance() = adapted;
+        drawFrame(nullptr, root);
+        return readFrame();
+    }
+
+    // The middle of a grey square.
+    static Pixel greyOf(const Picture &picture, std::size_t column) {
+        const float x = (static_cast<float>(column) - 2.5f) * 1.8f / (12 * 0.41421f);
+        return picture.at(static_cast<int>(64 + x * 48), static_cast<int>(48 - 2 / 4.9705f * 48));
+    }
+
+    RVNODE *root = nullptr;
+};
+
+TEST_F(BrightnessPictures, BloomAlone) {
+    picture();
+    const Picture clipped = picture();
+    EXPECT_PICTURE(clipped, "effects_brightness", edges);
+    for (std::size_t column = 1; column < std::size(values); ++column)
+        EXPECT_PIXEL(greyOf(clipped, column), (Pixel{255, 255, 255}), 1) << column;
+}
+
+TEST_F(BrightnessPictures, ToneMapping) {
+    RAVOLT::HDROn();
+    picture();
+    const Picture mapped = picture();
+    EXPECT_PICTURE(mapped, "effects_toneMapping", edges);
+    EXPECT_EQ(differenceOf(picture(), mapped).maximum, 0);
+    // With the exposure 1 a value is shown by its square over what the eye has adapted to. The glow
+    // is added behind that.
+    RAVOLT::setBloomingIntensity(0);
+    const Picture withoutGlow = picture();
+    for (std::size_t column = 0; column < std::size(values); ++column) {
+        const double shown = 255.0 * static_cast<double>(values[column] * values[column] / adapted);
+        const auto wanted = static_cast<unsigned char>(std::min(shown, 255.0));
+        EXPECT_PIXEL(greyOf(withoutGlow, column), (Pixel{wanted, wanted, wanted}), 5) << column;
+        EXPECT_GE(greyOf(mapped, column).red, greyOf(withoutGlow, column).red) << column;
+    }
 }
 
 } // namespace
