@@ -18,7 +18,6 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
-#include "resources/framebuffers.h"
 
 #include <cmath>
 #include <cstdio>
@@ -108,17 +107,11 @@ void drawFocused(float focus, float range) {
 
 } // namespace
 
-bool RAVOLT::Effects::haveBloom() {
-    return blooming && RVSHADER::useBloom() && ravolt::framebuffersWork();
-}
+bool RAVOLT::Effects::haveBloom() { return blooming && RVSHADER::useBloom() && haveTargets(); }
 
-bool RAVOLT::Effects::haveDepthOfField() {
-    return DOF && RVSHADER::useDOF() && ravolt::framebuffersWork();
-}
+bool RAVOLT::Effects::haveDepthOfField() { return DOF && RVSHADER::useDOF() && haveTargets(); }
 
-bool RAVOLT::Effects::haveShadows() {
-    return shadowing && RVSHADER::useShadows() && ravolt::framebuffersWork();
-}
+bool RAVOLT::Effects::haveShadows() { return shadowing && RVSHADER::useShadows() && haveTargets(); }
 
 void RAVOLT::Effects::forgetList() {
     RVOPENGL::blendingOff();

@@ -128,10 +128,13 @@ bool RAVOLT::clear(bool color, bool depth, bool stencil) {
     return true;
 }
 
+// The pool's pointers, and what the programs can do, outlive the engine; what they name does not.
+bool RAVOLT::haveTargets() { return active && ravolt::framebuffersWork(); }
+
 // Asked by the settings or by an effect that composes the picture.
 bool RAVOLT::wantsTarget() {
     if (RVSETTINGS::getSDLForceFBO())
-        return ravolt::framebuffersWork(); // without targets the wish is ignored
+        return haveTargets(); // without targets the wish is ignored
     return Effects::haveBloom() || Effects::haveDepthOfField();
 }
 
@@ -160,7 +163,7 @@ bool RAVOLT::end3D(bool blit) {
         Effects::bloom();
     if (Effects::haveDepthOfField())
         Effects::depthOfField();
-    if (blit && renderingOnFbo && !RVSETTINGS::getSDLForceFBO())
+    if (blit && renderingOnFbo && haveTargets() && !RVSETTINGS::getSDLForceFBO())
         showScene();
     return true;
 }

@@ -29,6 +29,23 @@ unsigned int reportedVideoMemory() {
     return info ? info->video_mem << 10 : 0;
 }
 
+const RVSHADER *lastProgram() {
+    const RVSHADER *last = nullptr;
+    for (const RVSHADER *program = RVSHADER::getFirst(); program; program = program->getNext())
+        last = program;
+    return last;
+}
+
+// Those that were made since `last` was the last one.
+void dropProgramsBehind(const RVSHADER *last) {
+    RVSHADER *program = last ? last->getNext() : RVSHADER::getFirst();
+    while (program) {
+        RVSHADER *const next = program->getNext();
+        delete program;
+        program = next;
+    }
+}
+
 } // namespace
 
 bool RAVOLT::init(RVSETTINGS *settings) {
@@ -59,7 +76,8 @@ bool RAVOLT::init(RVSETTINGS *settings) {
     return true;
 }
 
-// The classes in their order. When one fails, those before it are freed, the last first.
+// The classes in their order. When one fails, those before it are freed, the last first. The targets
+// and programs that were made go too, without a line in the log.
 bool RAVOLT::startClasses(RVSETTINGS &settings) {
     struct Row {
         bool (*start)(RVSETTINGS &settings);
@@ -84,10 +102,12 @@ bool RAVOLT::startClasses(RVSETTINGS &settings) {
         {[](RVSETTINGS &) { return RVMESH::init(); },
          "   [!] Unable to initialize mesh class @ RAVOLT::init\n", [] { return RVMESH::free(); }},
     };
+    const RVSHADER *const foreign = lastProgram();
     for (const Row *row = rows; row != std::end(rows); ++row) {
         if (row->start(settings))
             continue;
         zlfLog("%s", row->failure);
+        dropProgramsBehind(foreign);
         while (row != rows)
             (--row)->stop();
         return false;

@@ -92,7 +92,7 @@ class RV_API RAVOLT {
     static void shadowingOff();
     static bool isShadowed();
 
-    // The next frame keeps the last shadow map.
+    // The next frame that has shadows keeps the last shadow map.
     static void skipShadowsGeneration();
 
     // Bloom, and the alpha of its overlay (1 at first). A wish: it may be on where the display
@@ -113,6 +113,8 @@ class RV_API RAVOLT {
     // Depth of field. A depth is coded as (distance from the eye + near plane) / far plane. `focus`
     // (1 at first) is the code that is sharp; the blur is complete where the code is 1 / `range`
     // away from it (range is 2 at first).
+    // Depths are coded before lights are picked: a mesh that has met no light yet, as in the first
+    // frame, counts as far away.
     static void DOFOn();
     static void DOFOff();
     static void setDOFFocus(float focus);
@@ -139,6 +141,7 @@ class RV_API RAVOLT {
     static void findVideoMemory();
     static void drawList(bool (*isDrawn)(const RVNODE &node));
     static void drawSkybox();
+    static bool haveTargets();
     static bool wantsTarget();
     static void showScene();
     struct Effects;

@@ -10,6 +10,7 @@
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "tests/engine/openGLAccess.h"
@@ -39,7 +40,7 @@ bool __wrap__ZN6RVMESH4initEv() { return !meshClassFails && __real__ZN6RVMESH4in
 
 namespace ravolt::test {
 
-// The private start and stop of RVSETTINGS, handed out by explicit instantiations.
+// The private start and stop of RVSETTINGS and RVSHADER, handed out by explicit instantiations.
 struct SettingsInit {
     using Type = bool (RVSETTINGS::*)();
     friend Type reach(SettingsInit);
@@ -48,6 +49,16 @@ struct SettingsFree {
     using Type = bool (*)();
     friend Type reach(SettingsFree);
 };
+struct ShadersInit {
+    using Type = bool (*)();
+    friend Type reach(ShadersInit);
+};
+struct ShadersFree {
+    using Type = bool (*)();
+    friend Type reach(ShadersFree);
+};
+template struct Opened<ShadersInit, &RVSHADER::init>;
+template struct Opened<ShadersFree, &RVSHADER::free>;
 template struct Opened<SettingsInit, &RVSETTINGS::init>;
 template struct Opened<SettingsFree, &RVSETTINGS::free>;
 
@@ -83,6 +94,18 @@ class LifecycleTest : public SilentTest {
         const std::string log = logTextSince(mark);
         const std::size_t place = log.rfind(line);
         return place == std::string::npos ? "not there: " + line : log.substr(place + line.size());
+    }
+
+    // The engine's own targets, textures and programs went with the start that made them.
+    static void expectNothingLeft() {
+        EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
+        EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
+        EXPECT_EQ(RVSHADER::getNumberOfShaders(), 0u);
+        EXPECT_EQ(RAVOLT::getUsedVideoMemory(), 0u);
+        EXPECT_EQ(RVTEXTURE::getUsedMemory(), 0);
+        const unsigned int id = zlfNewId();
+        EXPECT_EQ(id, 1u);
+        releaseId(id);
     }
 
     // A start that works tells that nothing of the failed one is left.
@@ -370,6 +393,7 @@ TEST_F(LifecycleTest, FailedListUndoesOpenGLSettingsAndSdl) {
     EXPECT_EQ(calls.back(), Call("SDL_Quit"));
     EXPECT_FALSE(calls.contains("SDL_GetVideoInfo"));
     EXPECT_EQ(logBehind("   OpenGL initialized\n"), logOfFailedList);
+    expectNothingLeft();
     expectCleanStart();
 }
 
@@ -396,6 +420,7 @@ TEST_F(LifecycleTest, FailedOrderOfTheListUndoesTheSame) {
     EXPECT_FALSE(RAVOLT::init(nullptr));
     EXPECT_FALSE(RVELEMENT::isActive());
     EXPECT_EQ(logBehind("   OpenGL initialized\n"), logOfFailedList);
+    expectNothingLeft();
     expectCleanStart();
 }
 
@@ -425,7 +450,79 @@ TEST_F(LifecycleTest, FailedMeshClassUndoesTheListAndTheRest) {
               "   Release settings...\n"
               "   Settings released\n");
     meshClassFails = false;
+    expectNothingLeft();
     expectCleanStart();
+}
+
+// Objects that were there before the start are the application's.
+TEST_F(LifecycleTest, AFailedStartLeavesWhatItHasNotMade) {
+    auto *target = new RVFBO;
+    auto *texture = new RVTEXTURE;
+    auto *program = new RVSHADER;
+    meshClassFails = true;
+    failingStart();
+    meshClassFails = false;
+    EXPECT_EQ(RVFBO::getNumberOfFbos(), 1u);
+    EXPECT_EQ(RVTEXTURE::findById(texture->getId()), texture);
+    EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 1u);
+    EXPECT_EQ(RVSHADER::findById(program->getId()), program);
+    EXPECT_EQ(RVSHADER::getNumberOfShaders(), 1u);
+    delete target;
+    delete texture;
+    delete program;
+    expectNothingLeft();
+    expectCleanStart();
+}
+
+TEST_F(LifecycleTest, ClassesOfProgramsThatFailUndoTheTargets) {
+    RVSETTINGS settings;
+    settings.setShaders(true);
+    ASSERT_TRUE((settings.*reach(SettingsInit()))());
+    ASSERT_TRUE(startOpenGL());
+    ASSERT_TRUE(reach(ShadersInit())());
+    ASSERT_TRUE(stopOpenGL());
+    ASSERT_TRUE(reach(SettingsFree())());
+    const unsigned int programs = RVSHADER::getNumberOfShaders();
+    const unsigned int targets = RVFBO::getNumberOfFbos();
+    mark = markLog();
+    EXPECT_FALSE(RAVOLT::init(&settings));
+    EXPECT_EQ(logBehind("   OpenGL initialized\n"),
+              "   [!] Shaders already active @ RVSHADER::init\n"
+              "   [!] Unable to init shaders @ RAVOLT::init\n"
+              "   Release OpenGL...\n"
+              "   OpenGL released\n"
+              "   Release settings...\n"
+              "   Settings released\n");
+    EXPECT_EQ(RVSHADER::getNumberOfShaders(), programs);
+    EXPECT_EQ(RVFBO::getNumberOfFbos(), targets);
+    EXPECT_TRUE(reach(ShadersFree())());
+    RVFBO::cleanUp();
+    RVTEXTURE::cleanUp();
+    RVSHADER::cleanUp();
+    expectCleanStart();
+}
+
+// The pool's pointers stay, and name nothing any more.
+TEST_F(LifecycleTest, AFrameOfAStoppedEngineAsksForNoTarget) {
+    RVSETTINGS settings;
+    settings.setShaders(true);
+    settings.setForceFBO(true);
+    ASSERT_TRUE(RAVOLT::init(&settings));
+    ASSERT_TRUE(RVSHADER::useBloom());
+    RAVOLT::bloomingOn();
+    RAVOLT::DOFOn();
+    RAVOLT::shadowingOn();
+    ASSERT_TRUE(RAVOLT::free());
+    recorder.start();
+    RAVOLT::clear(true, true, false);
+    RAVOLT::begin3D(nullptr);
+    RAVOLT::end3D(true);
+    const Calls calls = recorder.stop();
+    RAVOLT::bloomingOff();
+    RAVOLT::DOFOff();
+    RAVOLT::shadowingOff();
+    EXPECT_EQ(calls[0], Call("glClear", GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT));
+    EXPECT_FALSE(calls.contains("glBindFramebufferEXT"));
 }
 
 // --- Video memory
