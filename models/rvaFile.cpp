@@ -6,6 +6,7 @@
 #include "foundation/bytes.h"
 #include "foundation/platform.h"
 #include "foundation/text.h"
+#include "models/modelFile.h"
 #include "ravolt/zlf.h"
 
 #include <algorithm>
@@ -38,24 +39,6 @@ constexpr std::size_t longestSavedName = 254;
 constexpr std::size_t entryBytes = 2 * 3 * sizeof(float) + 1;
 
 // --- Reading
-
-// Whether the whole file is in `file`; a log line otherwise.
-bool readWhole(const char *path, ravolt::FileBytes &file) {
-    switch (file.read(path)) {
-    case ravolt::FileBytes::Result::ok:
-        return true;
-    case ravolt::FileBytes::Result::notOpened:
-        zlfLog("   [!] Unable to open file %s @ RVANIM::load\n", path);
-        return false;
-    case ravolt::FileBytes::Result::outOfMemory:
-        zlfLog("   [!] Out of memory for file %s @ RVANIM::load\n", path);
-        return false;
-    case ravolt::FileBytes::Result::shortRead:
-        zlfLog("   [!] Corrupted file %s @ RVANIM::load\n", path);
-        return false;
-    }
-    return false;
-}
 
 bool readHeader(const char *path, const ravolt::FileBytes &file) {
     const std::string_view header(reinterpret_cast<const char *>(file.data()),
@@ -117,15 +100,15 @@ class Output {
 } // namespace
 
 bool RVANIM::load(const char *newFileName) try {
-    const std::string name = std::string(rvaPath) + (newFileName ? newFileName : "");
+    const std::string name = newFileName ? std::string(rvaPath) + newFileName : "";
     const char *path = name.c_str();
-    if (!newFileName || !zlfFileExists(path)) {
+    if (!zlfFileExists(path)) {
         zlfLog("   [!] Invalid params or file not found @ RVANIM::load\n");
         return false;
     }
     zlfLog("\n   Loading RVA file '%s'...\n", path);
     ravolt::FileBytes file;
-    if (!readWhole(path, file) || !readHeader(path, file))
+    if (!ravolt::readModelFile(path, "RVANIM::load", file) || !readHeader(path, file))
         return false;
     RvaRecord record;
     if (!readRecord(ByteReader(file.data(), file.size(), headerBytes), record)) {

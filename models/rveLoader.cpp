@@ -11,6 +11,7 @@
 #include "foundation/bytes.h"
 #include "foundation/text.h"
 #include "models/loadIndex.h"
+#include "models/modelFile.h"
 #include "models/rveRecords.h"
 #include "scene/nodeRecords.h"
 #include "scene/nodeTree.h"
@@ -245,24 +246,6 @@ struct DestroyTree {
 
 bool namesXml(const char *path) { return std::strstr(path, ".xml") || std::strstr(path, ".XML"); }
 
-// Whether the whole file is in `file`; a log line otherwise.
-bool readWhole(const char *path, ravolt::FileBytes &file) {
-    switch (file.read(path)) {
-    case ravolt::FileBytes::Result::ok:
-        return true;
-    case ravolt::FileBytes::Result::notOpened:
-        zlfLog("   [!] Unable to open file %s @ RAVOLT::load\n", path);
-        return false;
-    case ravolt::FileBytes::Result::outOfMemory:
-        zlfLog("   [!] Out of memory for file %s @ RAVOLT::load\n", path);
-        return false;
-    case ravolt::FileBytes::Result::shortRead:
-        zlfLog("   [!] Corrupted file %s @ RAVOLT::load\n", path);
-        return false;
-    }
-    return false;
-}
-
 // Whether the file opens with a magic of ours, which also says how old its format is.
 bool readHeader(const char *path, const ravolt::FileBytes &file) {
     const std::string header(reinterpret_cast<const char *>(file.data()),
@@ -295,9 +278,9 @@ bool checkWhole(const char *path, const ravolt::FileBytes &file) {
 } // namespace
 
 RVNODE *RAVOLT::load(const char *fileName) try {
-    const std::string name = std::string(rvePath) + (fileName ? fileName : "");
+    const std::string name = fileName ? std::string(rvePath) + fileName : "";
     const char *path = name.c_str();
-    if (!fileName || !zlfFileExists(path)) {
+    if (!zlfFileExists(path)) {
         zlfLog("   [!] Invalid params or file not found @ RAVOLT::load\n");
         return nullptr;
     }
@@ -307,7 +290,8 @@ RVNODE *RAVOLT::load(const char *fileName) try {
     }
     zlfLog("\n   Loading RVE file '%s'...\n", path);
     ravolt::FileBytes file;
-    if (!readWhole(path, file) || !readHeader(path, file) || !checkWhole(path, file))
+    if (!ravolt::readModelFile(path, "RAVOLT::load", file) || !readHeader(path, file) ||
+        !checkWhole(path, file))
         return nullptr;
 
     Additions additions;

@@ -27,7 +27,7 @@ FLOORS = {
         "ravolt/RVNODE", "ravolt/RVCAMERA", "ravolt/RVELEMENT", "ravolt/RVLIGHT",
         "ravolt/RVHELPER"],
     4: ["ravolt/RVANIM", "ravolt/RVMESH", "models/RVANIM", "models/RVMESH", "models/skinning", "models/meshLoad",
-        "models/loadIndex", "models/rvaFile", "models/rveRecords", "ravolt/RVVIDEO", "video/"],
+        "models/loadIndex", "models/modelFile", "models/rvaFile", "models/rveRecords", "ravolt/RVVIDEO", "video/"],
     5: ["scene/pass", "scene/sort"],
     6: ["engine/frame", "engine/effects", "engine/shadows", "engine/select", "models/rveLoader"],
     7: ["engine/lifecycle", "engine/loadHook", "engine/window", "engine/windowSystem",

@@ -373,6 +373,14 @@ TEST_F(RvaFile, FileTooLargeForTheMemoryIsRefused) {
     EXPECT_TRUE(clip.load("clip.rva"));
 }
 
+TEST_F(RvaFile, NoNameNeedsNoMemory) {
+    RVANIM::setRVAPath(std::string(250, 'p').c_str());
+    recorder.failAllocation(200, 0, 1);
+    EXPECT_FALSE(clip.load(nullptr));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params or file not found @ RVANIM::load\n");
+}
+
 TEST_F(RvaFile, NameTooLargeForTheMemoryIsRefused) {
     const std::string name(600, 'n');
     RVANIM::setRVAPath("moves/");

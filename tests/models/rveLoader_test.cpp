@@ -495,6 +495,15 @@ TEST_F(RveLoaderTest, LoadWithoutMemoryLeavesNothing) {
     ASSERT_TRUE(restart());
 }
 
+TEST_F(RveLoaderTest, NoNameNeedsNoMemory) {
+    RAVOLT::setRVEPath(std::string(250, 'p').c_str());
+    recorder.failAllocation(200, 0, 1);
+    EXPECT_EQ(RAVOLT::load(nullptr), nullptr);
+    recorder.allocationsWork();
+    RAVOLT::setRVEPath(nullptr);
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params or file not found @ RAVOLT::load\n");
+}
+
 TEST_F(RveLoaderTest, PipeIsNoFile) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
