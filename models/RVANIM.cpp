@@ -20,6 +20,18 @@ RVANIM *RVANIM::firstAnim = nullptr;
 RVANIM *RVANIM::lastAnim = nullptr;
 char RVANIM::rvaPath[256] = "";
 
+namespace {
+
+bool setComponent(RVBONEFRAME *entry, float Z3MVECTOR3D::*component, float degrees) {
+    if (!entry)
+        return false;
+    entry->rotation.*component = degrees;
+    entry->set = true;
+    return true;
+}
+
+} // namespace
+
 RVANIM::RVANIM() : id(zlfNewId()) {
     ravolt::formatText(fileName, "[anim %d]", id);
     AnimRegistry::append(firstAnim, lastAnim, this);
@@ -96,53 +108,47 @@ Z3MVECTOR3D RVANIM::getFrameRotation(unsigned int frame, unsigned int bone) cons
                                                            : Z3MVECTOR3D();
 }
 
+// The entry, where it may be set; otherwise NULL, with the message in the log.
 // On purpose: the frame that follows the last one passes, a bone behind the last one does not.
-bool RVANIM::isSettable(unsigned int frame, unsigned int bone) const {
-    return frame <= numberOfFrames && frame <= RV_ANIM_FRAMES && bone < storedBones();
+RVBONEFRAME *RVANIM::settable(unsigned int frame, unsigned int bone, const char *message) {
+    if (frame <= numberOfFrames && frame <= RV_ANIM_FRAMES && bone < storedBones())
+        return &keyframe[frame][bone];
+    zlfLog("%s", message);
+    return nullptr;
 }
 
 bool RVANIM::setFrame(unsigned int frame, unsigned int bone, float x, float y, float z) {
-    if (!isSettable(frame, bone)) {
-        zlfLog("   [!] Invalid params @ RVANIM::setFrame\n");
+    RVBONEFRAME *entry = settable(frame, bone, "   [!] Invalid params @ RVANIM::setFrame\n");
+    if (!entry)
         return false;
-    }
-    keyframe[frame][bone].rotation.set(x, y, z);
-    return keyframe[frame][bone].set = true;
+    entry->rotation.set(x, y, z);
+    entry->set = true;
+    return true;
 }
 
 bool RVANIM::setFrameRotationX(unsigned int frame, unsigned int bone, float degrees) {
-    if (!isSettable(frame, bone)) {
-        zlfLog("   [!] Invalid params @ RVANIM::setFrameRotationX\n");
-        return false;
-    }
-    keyframe[frame][bone].rotation.x = degrees;
-    return keyframe[frame][bone].set = true;
+    return setComponent(
+        settable(frame, bone, "   [!] Invalid params @ RVANIM::setFrameRotationX\n"),
+        &Z3MVECTOR3D::x, degrees);
 }
 
 bool RVANIM::setFrameRotationY(unsigned int frame, unsigned int bone, float degrees) {
-    if (!isSettable(frame, bone)) {
-        zlfLog("   [!] Invalid params @ RVANIM::setFrameRotationY\n");
-        return false;
-    }
-    keyframe[frame][bone].rotation.y = degrees;
-    return keyframe[frame][bone].set = true;
+    return setComponent(
+        settable(frame, bone, "   [!] Invalid params @ RVANIM::setFrameRotationY\n"),
+        &Z3MVECTOR3D::y, degrees);
 }
 
 bool RVANIM::setFrameRotationZ(unsigned int frame, unsigned int bone, float degrees) {
-    if (!isSettable(frame, bone)) {
-        zlfLog("   [!] Invalid params @ RVANIM::setFrameRotationZ\n");
-        return false;
-    }
-    keyframe[frame][bone].rotation.z = degrees;
-    return keyframe[frame][bone].set = true;
+    return setComponent(
+        settable(frame, bone, "   [!] Invalid params @ RVANIM::setFrameRotationZ\n"),
+        &Z3MVECTOR3D::z, degrees);
 }
 
 bool RVANIM::unsetFrame(unsigned int frame, unsigned int bone) {
-    if (!isSettable(frame, bone)) {
-        zlfLog("   [!] Invalid params @ RVANIM::unsetFrame\n");
+    RVBONEFRAME *entry = settable(frame, bone, "   [!] Invalid params @ RVANIM::unsetFrame\n");
+    if (!entry)
         return false;
-    }
-    keyframe[frame][bone].set = false;
+    entry->set = false;
     return true;
 }
 

@@ -123,7 +123,7 @@ class RV_API RVANIM {
     char *getFilename();
 
   private:
-    bool isSettable(unsigned int frame, unsigned int bone) const;
+    RVBONEFRAME *settable(unsigned int frame, unsigned int bone, const char *message);
     unsigned int storedBones() const;
     unsigned int storedFrames() const;
     void fillSegment(unsigned int bone, unsigned int from, unsigned int to);
