@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string>
 
 // Films: the registry, the file, the status and the way of a frame into its texture.
@@ -95,12 +96,18 @@ void RVVIDEO::share(RVVIDEO_STREAM *other) {
 }
 
 bool RVVIDEO::load(const char *filename) {
+    if (stream)
+        stream->refusedBy = nullptr; // another film, another line in the log
+    return open(filename);
+}
+
+bool RVVIDEO::open(const char *filename) try {
     if (stream && stream->file) {
         close();
         status = RV_VIDEO_STOP;
     }
-    const std::string path = std::string(mpgPath) + (filename ? filename : "");
-    if (!filename || !zlfFileExists(path.c_str())) {
+    const std::string path = filename ? std::string(mpgPath) + filename : "";
+    if (!zlfFileExists(path.c_str())) {
         zlfLog("   [!] Invalid params or file not found @ RVVIDEO::load\n");
         return false;
     }
@@ -120,6 +127,9 @@ bool RVVIDEO::load(const char *filename) {
     ravolt::copyText(name, filename); // which may be the name itself
     status = RV_VIDEO_STOP;
     return true;
+} catch (const std::bad_alloc &) {
+    zlfLog("   [!] Out of memory for file %s%s @ RVVIDEO::load\n", mpgPath, filename);
+    return false;
 }
 
 void RVVIDEO::close() {
@@ -136,7 +146,7 @@ bool RVVIDEO::update(unsigned int steps) {
         return true;
     if (status == RV_VIDEO_REWIND && stream->size == 0) {
         close();
-        load(name);
+        open(name);
         return true;
     }
     for (; steps && status != RV_VIDEO_STOP && stream->file; --steps)
@@ -155,7 +165,7 @@ void RVVIDEO::step() {
 void RVVIDEO::startAgain() {
     const bool wasLooping = status == RV_VIDEO_PLAYLOOP;
     close();
-    load(name);
+    open(name);
     if (wasLooping)
         status = RV_VIDEO_PLAYLOOP;
 }
@@ -198,6 +208,10 @@ RVVIDEO *RVVIDEO::findById(unsigned int id) { return VideoRegistry::findById(fir
 RVVIDEO *RVVIDEO::findByFilename(const char *filename) {
     return VideoRegistry::findByText(firstVideo, &RVVIDEO::name, filename);
 }
+
+RVVIDEO *RVVIDEO::getFirst() { return firstVideo; }
+RVVIDEO *RVVIDEO::getNext() const { return next; }
+RVVIDEO *RVVIDEO::getPrevious() const { return previous; }
 
 char *RVVIDEO::getMPGPath() { return mpgPath; }
 void RVVIDEO::setMPGPath(const char *path) { ravolt::copyText(mpgPath, path); }

@@ -18,8 +18,8 @@ enum RV_VIDEO_STATUS {
 // The file and the decoder of a film; the inside of the library alone knows it.
 struct RVVIDEO_STREAM;
 
-// A film on a texture: an MPEG-1 or MPEG-2 elementary video stream, of which each displayed frame is
-// copied into a texture that the application has made. It is no node: whatever shows the texture
+// A film on a texture: an MPEG-1 or MPEG-2 elementary video stream, of which each displayed frame
+// is copied into a texture that the application has made. It is no node: whatever shows the texture
 // shows the film. There is no clock: the film advances in `update` alone, by as many steps as are
 // asked for. Films stand in a registry, which owns them: make them with `new`; RAVOLT::free or
 // cleanUp deletes those that the application has not deleted. A library built without its decoder
@@ -29,8 +29,8 @@ class RV_API RVVIDEO {
     // Registers the film under a fresh identifier and the name "[video ID]"; stopped, without file
     // and texture.
     RVVIDEO();
-    // Gives the identifier back and leaves the registry. A file and a decoder that are open stay so:
-    // load NULL before a film goes. (At its end a film is open again, at its start.)
+    // Gives the identifier back and leaves the registry. A file and a decoder that are open stay
+    // so: load NULL before a film goes. (At its end a film is open again, at its start.)
     ~RVVIDEO();
 
     // A copy has the values of every field, the stream, the identifier and the name included, so
@@ -43,7 +43,7 @@ class RV_API RVVIDEO {
 
     // Opens a film and stops it at its start; `filename` is taken behind the path of setMPGPath. A
     // film that is open is closed first, whatever comes then. False, with a line in the log, for
-    // NULL, no such file, or no decoder. What the file holds is not looked at yet.
+    // NULL, no such file, no decoder, or no memory. What the file holds is not looked at yet.
     bool load(const char *filename);
 
     // Takes `steps` steps of the decoder, of which a frame needs a varying number, in any status
@@ -78,6 +78,10 @@ class RV_API RVVIDEO {
     // The first match in order of creation, or NULL. Letters count as they stand.
     static RVVIDEO *findById(unsigned int id);
     static RVVIDEO *findByFilename(const char *filename);
+    static RVVIDEO *getFirst();
+    // The neighbours in order of creation. A copy has those that its original had then.
+    RVVIDEO *getNext() const;
+    RVVIDEO *getPrevious() const;
 
     // What is put before every file name, with no separator added; NULL empties it. At most 255
     // characters are kept. The engine's start does not take it from the settings: hand
@@ -88,6 +92,7 @@ class RV_API RVVIDEO {
   private:
     void copyFields(const RVVIDEO &other);
     void share(RVVIDEO_STREAM *other);
+    bool open(const char *filename);
     void close();
     void step();
     void startAgain();

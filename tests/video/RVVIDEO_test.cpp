@@ -119,6 +119,19 @@ TEST_F(Video, FirstMatchInOrderOfCreationIsFound) {
     EXPECT_EQ(nullptr, RVVIDEO::findById(65535));
 }
 
+TEST_F(Video, RegistryKeepsTheOrderOfCreation) {
+    EXPECT_EQ(nullptr, RVVIDEO::getFirst());
+    const RVVIDEO *first = new RVVIDEO, *second = new RVVIDEO, *third = new RVVIDEO;
+    EXPECT_EQ(first, RVVIDEO::getFirst());
+    EXPECT_EQ(nullptr, first->getPrevious());
+    EXPECT_EQ(second, first->getNext());
+    EXPECT_EQ(second, third->getPrevious());
+    EXPECT_EQ(nullptr, third->getNext());
+    delete second;
+    EXPECT_EQ(third, first->getNext());
+    EXPECT_EQ(first, third->getPrevious());
+}
+
 TEST_F(Video, DestructorGivesTheIdentifierBackAndLeavesTheRegistry) {
     const RVVIDEO *first = new RVVIDEO, *middle = new RVVIDEO, *last = new RVVIDEO;
     const unsigned int id = middle->getId();
@@ -275,6 +288,28 @@ TEST_F(Video, WithoutMemoryForItsStreamNothingIsLoaded) {
     const RVVIDEO copy(*film);
     EXPECT_EQ(film->getId(), copy.getId());
     zlfFree(nullptr); // the count of the block that was not had
+}
+
+TEST_F(Video, NameTooLargeForTheMemoryIsRefused) {
+    const std::string name(600, 'n');
+    const auto film = openFilm();
+    RVVIDEO::setMPGPath("films/");
+    recorder.failAllocation(600, 0, 1);
+    EXPECT_FALSE((*film)->load(name.c_str()));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for file films/" + name + " @ RVVIDEO::load\n");
+    EXPECT_EQ(filesBefore, openFiles());
+    EXPECT_EQ(RV_VIDEO_STOP, (*film)->getStatus());
+}
+
+TEST_F(Video, NoNameNeedsNoMemory) {
+    const TestFilm film;
+    RVVIDEO::setMPGPath(std::string(250, 'p').c_str());
+    markLog();
+    recorder.failAllocation(200, 0, 1);
+    EXPECT_FALSE(film->load(nullptr));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY(notFound);
 }
 
 TEST_F(Video, SecondFilmClosesTheFirst) {

@@ -6,6 +6,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "tests/support/engineFixture.h"
 #include "tests/video/films.h"
+#include "video/stream.h"
 
 #include <gtest/gtest.h>
 
@@ -89,6 +90,18 @@ TEST_F(Frames, FilmWithoutAnEndLosesWhatItCannotKnowToBeComplete) {
 
 TEST_F(Frames, EndInTheLastBlockStillShowsTheLastFrame) {
     const TestFilm video(pathOf("ffmpeg2_176x144"));
+    video->setTexture(makeScreen(256, 256));
+    video->play();
+    EXPECT_EQ(framesOfFilms, callsOf(*video).count("glTexSubImage2D"));
+}
+
+TEST_F(Frames, EndInTheMiddleOfTheLastBlockStillShowsTheLastFrame) {
+    Bytes film = bytesOf("ffmpeg2_176x144");
+    const std::size_t room = filmBlock - film.size() % filmBlock;
+    ASSERT_GT(room, 1u);
+    film.insert(film.end(), room / 2, 0);
+    writeFile("film", film);
+    const TestFilm video("film");
     video->setTexture(makeScreen(256, 256));
     video->play();
     EXPECT_EQ(framesOfFilms, callsOf(*video).count("glTexSubImage2D"));
@@ -187,6 +200,20 @@ TEST_F(Frames, FrameLargerThanItsTextureIsRefusedWithOneLine) {
         }
         EXPECT_LOGGED_TIMES(1, tooLarge);
     }
+}
+
+TEST_F(Frames, AnotherFilmThatIsTooLargeHasALineOfItsOwn) {
+    const TestFilm video(pathOf("ffmpeg2_50x38"));
+    video->setTexture(makeScreen(16, 16));
+    video->play();
+    markLog();
+    EXPECT_EQ(Calls(), callsOf(*video));
+    ASSERT_TRUE(video->load(pathOf("ffmpeg2_64x48_b").c_str()));
+    for (int turn = 0; turn < 3; ++turn) {
+        video->play();
+        EXPECT_EQ(Calls(), callsOf(*video));
+    }
+    EXPECT_LOGGED_TIMES(2, tooLarge);
 }
 
 // --- A new size in the middle
