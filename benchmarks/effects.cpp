@@ -1,5 +1,6 @@
 // The frame's effects: a frame of the engine's with each of them beside the same passes by
-// hand-written OpenGL.
+// hand-written OpenGL, which shares buffers and lights once, or takes the meshes one by one as the
+// engine does.
 
 #include "benchScene.h"
 #include "handEffects.h"
@@ -8,6 +9,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <functional>
 #include <string>
 
 namespace {
@@ -38,11 +40,11 @@ void byEngine(benchmark::State &state, const bench::Effects &effects) {
         bench::drawByEngine(started.scene);
 }
 
-void byHand(benchmark::State &state, const bench::Effects &effects) {
+void byHand(benchmark::State &state, const bench::Effects &effects, bench::Buffers buffers) {
     const bench::Silence silence;
     const Started started(effects);
     const bench::Pixels wanted = bench::readWindow();
-    bench::HandEffects hand(started.scene, effects);
+    bench::HandEffects hand(started.scene, effects, buffers);
     // What the engine's frame leaves on must not stand.
     RAVOLT::begin3D(started.scene.camera);
     hand.draw();
@@ -51,15 +53,24 @@ void byHand(benchmark::State &state, const bench::Effects &effects) {
         hand.draw();
 }
 
+using Job = std::function<void(benchmark::State &)>;
+
+void add(const std::string &name, const Job &job) {
+    benchmark::RegisterBenchmark(name.c_str(), job)->Unit(benchmark::kMillisecond);
+}
+
 [[maybe_unused]] const bool registered = [] {
-    for (const bench::Effects &effects : bench::effects) {
+    using bench::Effects, bench::Buffers;
+    for (const Effects &effects : bench::effects) {
+        const Job engine = [&effects](benchmark::State &state) { byEngine(state, effects); };
+        const auto hand = [&effects](Buffers buffers) {
+            return
+                [&effects, buffers](benchmark::State &state) { byHand(state, effects, buffers); };
+        };
         const std::string job = std::string("1,000 lit nodes: ") + effects.name;
-        const auto engine = [&effects](benchmark::State &state) { byEngine(state, effects); };
-        const auto hand = [&effects](benchmark::State &state) { byHand(state, effects); };
-        benchmark::RegisterBenchmark((job + "/ravolt").c_str(), engine)
-            ->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark((job + "/baseline").c_str(), hand)
-            ->Unit(benchmark::kMillisecond);
+        add(job + "/ravolt", engine);
+        add(job + "/baseline", hand(Buffers::shared));
+        add(job + "/one by one", hand(Buffers::own));
     }
     return true;
 }();

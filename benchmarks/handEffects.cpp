@@ -104,6 +104,21 @@ void setSpot() {
     glLightfv(GL_LIGHT0, GL_SPOT_DIRECTION, direction);
 }
 
+void drawMarker() {
+    constexpr float s = 2.0f;
+    constexpr float corner[][3] = {{0, s, 0},   {s, -s, -s}, {-s, -s, -s}, {0, s, 0},
+                                   {s, -s, s},  {-s, -s, s}, {0, s, 0},    {s, -s, s},
+                                   {s, -s, -s}, {0, s, 0},   {-s, -s, s},  {-s, -s, -s}};
+    glDisable(GL_LIGHTING);
+    glTranslatef(spot.position[0], spot.position[1], spot.position[2] - spot.cameraDistance);
+    glColor4fv(spot.diffuse);
+    glBegin(GL_LINE_STRIP);
+    for (const auto &point : corner)
+        glVertex3fv(point);
+    glEnd();
+    glEnable(GL_LIGHTING);
+}
+
 // Nothing but pictures: no depth test, the identity on both matrices.
 void startPictures() {
     glDisable(GL_DEPTH_TEST);
@@ -145,11 +160,12 @@ void HandEffects::Program::set(int location, float value) const {
     RVOPENGL::glUniform1fARB(location, value);
 }
 
-HandEffects::HandEffects(const Scene &scene, const Effects &wantedEffects)
-    : meshes(scene), wanted(wantedEffects), adapted(1), lit("pplSpotT"), shadowed("pplSpotTS"),
-      flat("passthrough"), depth("passhtroughZPass"), brightParts("bloomBright"),
-      blurX("bloomVert"), blurY("bloomHor"), sum("bloomCombine"), mean("dofCombine"),
-      tones("bloomToneMapping"), glow("bloomForceAlpha"), focused("dof") {
+HandEffects::HandEffects(const Scene &scene, const Effects &wantedEffects, Buffers buffers)
+    : meshes(scene, buffers), wanted(wantedEffects), litOneByOne(buffers == Buffers::own),
+      adapted(1), lit("pplSpotT"), shadowed("pplSpotTS"), flat("passthrough"),
+      depth("passhtroughZPass"), brightParts("bloomBright"), blurX("bloomVert"), blurY("bloomHor"),
+      sum("bloomCombine"), mean("dofCombine"), tones("bloomToneMapping"), glow("bloomForceAlpha"),
+      focused("dof") {
     makeLightView(lightView);
     // Where the engine's own adaptation stands.
     glGetUniformfvARB(tones.object, tones.luminance, &adapted);
@@ -200,7 +216,7 @@ void HandEffects::draw() {
 void HandEffects::drawMeshes() const {
     if (!wanted.programs) {
         glEnable(GL_LIGHTING);
-        meshes.draw();
+        drawList();
         glDisable(GL_LIGHTING);
         return;
     }
@@ -211,7 +227,19 @@ void HandEffects::drawMeshes() const {
         program.set(program.width, size);
         program.set(program.height, size);
     }
-    meshes.draw();
+    drawList();
+}
+
+void HandEffects::drawList() const {
+    if (!litOneByOne) {
+        meshes.draw();
+        return;
+    }
+    meshes.draw([](const Placement &) {
+        setSpot();
+        drawMarker();
+    });
+    glDisable(GL_LIGHTING);
 }
 
 void HandEffects::drawDepths() const {

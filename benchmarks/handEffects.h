@@ -10,7 +10,7 @@ namespace bench {
 
 class HandEffects {
   public:
-    HandEffects(const Scene &scene, const Effects &wanted);
+    HandEffects(const Scene &scene, const Effects &wanted, Buffers buffers = Buffers::shared);
     void draw();
 
   private:
@@ -26,6 +26,7 @@ class HandEffects {
 
     HandMeshes meshes;
     Effects wanted;
+    bool litOneByOne;
     float adapted; // luminance, from frame to frame
     float lightView[16];
     Program lit, shadowed, flat, depth;
@@ -35,6 +36,7 @@ class HandEffects {
     void drawMap() const;
     void setMapMatrix(unsigned int mode) const;
     void drawMeshes() const;
+    void drawList() const;
     void drawBloom();
     void drawFocus() const;
     void blur(int source, const Program &combine) const;

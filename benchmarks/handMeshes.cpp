@@ -16,6 +16,20 @@ void fill(GLuint buffer, const std::vector<float> &values) {
                               GL_STATIC_DRAW_ARB);
 }
 
+GLuint uploadTexture(int number) {
+    const std::vector<unsigned char> texels = makeTexture(number);
+    GLuint texture = 0;
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, RVOPENGL::getAnisotropicLevel());
+    glTexParameteri(GL_TEXTURE_2D, GL_GENERATE_MIPMAP, GL_TRUE);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 64, 64, 0, GL_RGB, GL_UNSIGNED_BYTE, texels.data());
+    return texture;
+}
+
 void unbindBuffers() {
     RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
     RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
@@ -23,21 +37,28 @@ void unbindBuffers() {
 
 } // namespace
 
-HandMeshes::HandMeshes(const Scene &scene) : placements(bench::placements(scene)) {
+HandMeshes::HandMeshes(const Scene &scene, Buffers wantedBuffers)
+    : buffers(wantedBuffers), placements(bench::placements(scene)) {
     std::stable_sort(placements.begin(), placements.end(), [](const auto &a, const auto &b) {
         return std::tie(a.shape, a.lights) < std::tie(b.shape, b.lights);
     });
-    for (int i = 0; i <= numberOfShapes; ++i)
-        upload(i);
+    for (int shape = 0; shape <= numberOfShapes; ++shape)
+        textures.push_back(uploadTexture(shape));
+    if (buffers == Buffers::own)
+        for (const Placement &placement : placements)
+            upload(placement.shape);
+    else
+        for (int shape = 0; shape <= numberOfShapes; ++shape)
+            upload(shape);
     unbindBuffers();
 }
 
 HandMeshes::~HandMeshes() {
-    for (Stored &stored : shapes) {
-        RVOPENGL::glDeleteBuffersARB(3, stored.buffers);
-        RVOPENGL::glDeleteBuffersARB(1, &stored.elements);
-        glDeleteTextures(1, &stored.texture);
+    for (Stored &one : stored) {
+        RVOPENGL::glDeleteBuffersARB(3, one.buffers);
+        RVOPENGL::glDeleteBuffersARB(1, &one.elements);
     }
+    glDeleteTextures(static_cast<GLsizei>(textures.size()), textures.data());
 }
 
 void HandMeshes::start() {
@@ -57,26 +78,18 @@ void HandMeshes::end() {
 
 void HandMeshes::upload(int number) {
     const Shape shape = makeShape(number);
-    Stored &stored = shapes[number];
-    RVOPENGL::glGenBuffersARB(3, stored.buffers);
-    RVOPENGL::glGenBuffersARB(1, &stored.elements);
-    fill(stored.buffers[0], shape.positions);
-    fill(stored.buffers[1], shape.normals);
-    fill(stored.buffers[2], shape.uvs);
-    RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, stored.elements);
+    Stored one{};
+    RVOPENGL::glGenBuffersARB(3, one.buffers);
+    RVOPENGL::glGenBuffersARB(1, &one.elements);
+    fill(one.buffers[0], shape.positions);
+    fill(one.buffers[1], shape.normals);
+    fill(one.buffers[2], shape.uvs);
+    RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, one.elements);
     RVOPENGL::glBufferDataARB(GL_ELEMENT_ARRAY_BUFFER_ARB, shape.indices.size() * 2,
                               shape.indices.data(), GL_STATIC_DRAW_ARB);
-    stored.count = static_cast<GLsizei>(shape.indices.size());
-
-    const std::vector<unsigned char> texels = makeTexture(number);
-    glGenTextures(1, &stored.texture);
-    glBindTexture(GL_TEXTURE_2D, stored.texture);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, RVOPENGL::getAnisotropicLevel());
-    glTexParameteri(GL_TEXTURE_2D, GL_GENERATE_MIPMAP, GL_TRUE);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 64, 64, 0, GL_RGB, GL_UNSIGNED_BYTE, texels.data());
+    one.texture = textures[number];
+    one.count = static_cast<GLsizei>(shape.indices.size());
+    stored.push_back(one);
 }
 
 void HandMeshes::select(const Stored &stored) {
@@ -90,24 +103,24 @@ void HandMeshes::select(const Stored &stored) {
     RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, stored.elements);
 }
 
-void HandMeshes::drawOne(const Placement &placement) const {
-    glLoadMatrixf(placement.matrix);
-    glDrawElements(GL_TRIANGLES, shapes[placement.shape].count, GL_UNSIGNED_SHORT, nullptr);
+void HandMeshes::drawOne(std::size_t placement) const {
+    glLoadMatrixf(placements[placement].matrix);
+    glDrawElements(GL_TRIANGLES, storedOf(placement).count, GL_UNSIGNED_SHORT, nullptr);
 }
 
 void HandMeshes::drawPositions() const {
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);
     glDisableClientState(GL_NORMAL_ARRAY);
-    int shape = -1;
-    for (const Placement &placement : placements) {
-        if (placement.shape != shape) {
-            const Stored &stored = shapes[placement.shape];
-            RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, stored.buffers[0]);
+    const Stored *selected = nullptr;
+    for (std::size_t i = 0; i < placements.size(); ++i) {
+        const Stored &one = storedOf(i);
+        if (&one != selected) {
+            RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, one.buffers[0]);
             glVertexPointer(3, GL_FLOAT, 0, nullptr);
-            RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, stored.elements);
+            RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, one.elements);
         }
-        shape = placement.shape;
-        drawOne(placement);
+        selected = &one;
+        drawOne(i);
     }
     glEnableClientState(GL_TEXTURE_COORD_ARRAY);
     glEnableClientState(GL_NORMAL_ARRAY);

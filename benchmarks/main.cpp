@@ -1,5 +1,6 @@
 // Runs the benchmarks and prints, after Google Benchmark's own table, the ratio of each
-// "JOB/ravolt" to its "JOB/baseline", and that of each "GROUP: JOB" to its "GROUP: plain".
+// "JOB/ravolt" to its "JOB/baseline" and "JOB/one by one", and to that of the plain frame where the
+// job is one of the frames "GROUP: JOB".
 
 #include "benchScene.h"
 
@@ -25,14 +26,17 @@ class RatioReporter : public benchmark::ConsoleReporter {
     }
 
     void printRatios() const {
-        std::printf("\n%-44s %10s %10s\n", "engine to baseline", "time", "thread");
-        for (const auto &[job, pair] : times)
-            printRatio(job, pair.engine, pair.baseline);
-        std::printf("\n%-44s %10s %10s\n", "engine to plain frame", "time", "thread");
-        for (const auto &[job, pair] : times) {
+        printHead("engine to baseline");
+        for (const auto &[job, kinds] : times)
+            printRatio(job, kinds, "ravolt", kinds, "baseline");
+        printHead("engine to baseline, one by one");
+        for (const auto &[job, kinds] : times)
+            printRatio(job, kinds, "ravolt", kinds, "one by one");
+        printHead("engine to plain frame");
+        for (const auto &[job, kinds] : times) {
             const auto plain = times.find(job.substr(0, job.rfind(':')) + ": plain");
             if (plain != times.end())
-                printRatio(job, pair.engine, plain->second.engine);
+                printRatio(job, kinds, "ravolt", plain->second, "ravolt");
         }
     }
 
@@ -40,25 +44,27 @@ class RatioReporter : public benchmark::ConsoleReporter {
     struct Time {
         double real = 0, thread = 0;
     };
-    struct Pair {
-        Time engine, baseline;
-    };
-    std::map<std::string, Pair> times;
+    using Kinds = std::map<std::string, Time>;
+    std::map<std::string, Kinds> times; // by job
 
-    static void printRatio(const std::string &job, const Time &one, const Time &other) {
-        if (one.real > 0 && other.real > 0)
-            std::printf("%-44s %9.2fx %9.2fx\n", job.c_str(), one.real / other.real,
-                        one.thread / other.thread);
+    static void printHead(const char *title) {
+        std::printf("\n%-44s %10s %10s\n", title, "time", "thread");
+    }
+
+    static void printRatio(const std::string &job, const Kinds &upper, const char *upperKind,
+                           const Kinds &lower, const char *lowerKind) {
+        const auto one = upper.find(upperKind), other = lower.find(lowerKind);
+        if (one != upper.end() && other != lower.end() && other->second.real > 0)
+            std::printf("%-44s %9.2fx %9.2fx\n", job.c_str(), one->second.real / other->second.real,
+                        one->second.thread / other->second.thread);
     }
 
     void add(const Run &run) {
         const std::string &name = run.run_name.function_name;
         const std::size_t slash = name.rfind('/');
-        if (slash == std::string::npos)
-            return;
-        Pair &pair = times[name.substr(0, slash)];
-        (name.substr(slash + 1) == "ravolt" ? pair.engine : pair.baseline) = {
-            run.GetAdjustedRealTime(), run.GetAdjustedCPUTime()};
+        if (slash != std::string::npos)
+            times[name.substr(0, slash)][name.substr(slash + 1)] = {run.GetAdjustedRealTime(),
+                                                                    run.GetAdjustedCPUTime()};
     }
 };
 
