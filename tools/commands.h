@@ -34,11 +34,14 @@ struct ShowOptions {
     bool normals = false;
     bool boxes = false;
     EffectOptions effects;
+    std::string clip; // a name, or an RVA file; empty for none
+    double fps = 30;  // frames of clips in a second
 };
 
 struct ShotOptions : ShowOptions {
     std::filesystem::path output;
-    int frames = 1; // above 1: a turn round the scene, OUT_000.png and so on
+    int frame = 0;      // of the clip
+    std::string frames; // a number above 1: a turn round the scene; FIRST..LAST: of the clip
 };
 
 void runShot(const ShotOptions &options, const Talk &talk);
@@ -49,6 +52,9 @@ struct ViewOptions : ShowOptions {
 };
 
 void runView(const ViewOptions &options, const Talk &talk);
+
+// Throws WrongOptions when the frames that `shot` is to draw make no sense.
+void checkFrames(const ShotOptions &options);
 
 // The keys of the viewer, for the help.
 std::string viewKeys();

@@ -18,6 +18,12 @@ namespace {
 
 using namespace ravolt::tool;
 
+// A name with a number in it is counted on from 0, whichever frame comes first.
+constexpr const char *filmHelp =
+    "A film of a clip, of an even size:\n"
+    "  ravolt shot MODEL --clip NAME --frames 0.. -o film_%04d.png\n"
+    "  ffmpeg -framerate 30 -i film_%04d.png -pix_fmt yuv420p film.mp4\n";
+
 constexpr const char *exitCodes = "Exit codes: 0 done, 1 the job failed, 2 wrong options.";
 
 struct Options {
@@ -56,6 +62,7 @@ void check(const ShowOptions &options) {
     requireWithin("--yaw", options.yaw.value_or(0), -36000, 36000);
     requireWithin("--pitch", options.pitch.value_or(0), -89, 89);
     requireWithin("--zoom", options.zoom, 0.05, 50);
+    requireWithin("--fps", options.fps, 0.1, 1000);
     check(options.effects);
 }
 
@@ -131,6 +138,11 @@ void addShow(CLI::App &command, Options &options, ShowOptions &to) {
                      "Show a model's surfaces from behind too; no effect on a scene file");
     command.add_flag("--normals", to.normals, "Show normals, one unit long");
     command.add_flag("--boxes", to.boxes, "Show bounding boxes");
+    command.add_option("--clip", to.clip,
+                       "Show this clip: the CLIP of a file SCENE.CLIP.rva beside the scene, that "
+                       "of an animation of the model, or any RVA file");
+    command.add_option("--fps", to.fps, "Frames of a model's clips in a second, 0.1 to 1000")
+        ->capture_default_str();
     addEffects(command, to.effects);
     addTalk(command, options);
 }
@@ -152,13 +164,16 @@ CLI::App *addShot(CLI::App &app, Options &options) {
         ->required();
     command
         ->add_option("--frames", options.shot.frames,
-                     "Go once round the scene in that many pictures, OUT_000.png and so on")
-        ->check(CLI::Range(1, 10000))
+                     "N: go once round the scene in N pictures, OUT_000.png and so on; "
+                     "FIRST..LAST: these frames of the clip, or FIRST.. up to its end")
+        ->default_str("1");
+    command->add_option("--frame", options.shot.frame, "Frame of the clip, from 0")
+        ->check(CLI::Range(0, 1023))
         ->capture_default_str();
     command->add_option("--sdl", options.sdlFolder,
                         "Folder of SDL 1.2's interface over SDL 2, which draws without a display "
                         "(looked for in /usr/lib)");
-    command->footer(exitCodes);
+    command->footer(filmHelp + std::string(exitCodes));
     return command;
 }
 
@@ -195,6 +210,7 @@ int run(int argc, char **argv) {
     } else if (shot->parsed()) {
         check(options.shot);
         checkPicture(options.shot.output);
+        checkFrames(options.shot);
         options.shot.size = sizeFrom(options.size);
         requireDisplayOrOffscreen(argv, options.sdlFolder, options.talk.verbose);
         runShot(options.shot, options.talk);

@@ -17,15 +17,22 @@ void say(const Report &report, const Talk &talk) {
             std::fprintf(stderr, "ravolt: note: %s\n", line.c_str());
 }
 
-SceneToShow::SceneToShow(const ShowOptions &wanted, const Talk &talk) {
-    if (isScene(wanted.input)) {
+SceneToShow::SceneToShow(const ShowOptions &wanted, const Talk &talk) : clip(wanted.clip) {
+    if (isScene(wanted.input))
         scene = wanted.input;
-        return;
-    }
+    else
+        convert(wanted, talk);
+    clipFiles = clipsBeside(scene);
+    if (isClipFile(clip))
+        clip = std::filesystem::absolute(clip).string();
+}
+
+void SceneToShow::convert(const ShowOptions &wanted, const Talk &talk) {
     folder.emplace();
     ConvertOptions options;
     options.model = wanted.input;
     options.twoSided = wanted.twoSided;
+    options.fps = wanted.fps;
     options.scene = scene = folder->path() / "scene.rve";
     runGuarded(wanted.input.string(), [&] {
         Report report;

@@ -5,9 +5,12 @@
 
 #include "tools/commands.h"
 #include "tools/convert/files.h"
+#include "tools/stage/playback.h"
 
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace ravolt::tool {
 
@@ -20,10 +23,17 @@ class SceneToShow {
     SceneToShow(const ShowOptions &wanted, const Talk &talk);
 
     const std::filesystem::path &file() const { return scene; }
+    // Its clips, and the one that is wanted, for a time when the working folder is another.
+    const std::vector<ClipFile> &clips() const { return clipFiles; }
+    const std::string &wantedClip() const { return clip; }
 
   private:
+    void convert(const ShowOptions &wanted, const Talk &talk);
+
     std::optional<TemporaryFolder> folder;
     std::filesystem::path scene;
+    std::vector<ClipFile> clipFiles;
+    std::string clip;
 };
 
 } // namespace ravolt::tool

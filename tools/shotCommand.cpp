@@ -4,11 +4,14 @@
 #include "tools/scene.h"
 #include "tools/show.h"
 #include "tools/stage/picture.h"
+#include "tools/stage/playback.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <regex>
 
 namespace ravolt::tool {
 
@@ -18,15 +21,95 @@ namespace {
 
 constexpr int largestWhole = 4096; // which takes a gigabyte of the card
 
-fs::path frameFile(const fs::path &output, int frame, int frames) {
-    if (frames == 1)
+constexpr int mostPictures = 10000;
+
+// What is drawn, one picture after the other.
+struct Series {
+    int pictures = 1;
+    int firstFrame = 0;
+    bool ofClip = false;   // or a turn round the scene
+    bool toTheEnd = false; // of the clip, whose length is not known yet
+    int digits = 3;        // of the number in file names that do not say
+};
+
+// A whole number from 0 to `most`; -1 for anything else.
+int wholeNumber(const std::string &text, int most) {
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    return whole && number >= 0 && number <= most ? number : -1;
+}
+
+Series seriesFrom(const ShotOptions &options) {
+    Series series;
+    series.firstFrame = options.frame;
+    const std::string &text = options.frames;
+    const std::size_t dots = text.find("..");
+    if (text.empty())
+        return series;
+    if (dots == std::string::npos) {
+        series.pictures = wholeNumber(text, mostPictures);
+        if (series.pictures < 1)
+            throw WrongOptions("--frames " + text + ": expected a number from 1 to " +
+                               std::to_string(mostPictures) + ", or FIRST..LAST");
+        return series;
+    }
+    constexpr int lastFrame = static_cast<int>(ravolt::rvaFrames) - 1;
+    const std::string last = text.substr(dots + 2);
+    series.ofClip = true;
+    series.digits = 4;
+    series.toTheEnd = last.empty();
+    series.firstFrame = wholeNumber(text.substr(0, dots), lastFrame);
+    const int end = last.empty() ? lastFrame : wholeNumber(last, lastFrame);
+    if (series.firstFrame < 0 || end < series.firstFrame)
+        throw WrongOptions("--frames " + text + ": expected FIRST..LAST, from 0 to " +
+                           std::to_string(lastFrame));
+    series.pictures = end - series.firstFrame + 1;
+    return series;
+}
+
+// Puts the number where the name has "%d", "%4d" or "%04d"; else in front of the ending. One
+// picture alone keeps a name without such a place.
+fs::path pictureFile(const fs::path &output, int picture, const Series &series) {
+    std::string name = output.filename().string();
+    static const std::regex place("%0?([1-9]?)d");
+    std::smatch found;
+    int digits = series.digits;
+    std::size_t at = output.stem().string().size(), length = 0;
+    std::string before = "_";
+    if (std::regex_search(name, found, place)) {
+        at = static_cast<std::size_t>(found.position());
+        length = static_cast<std::size_t>(found.length());
+        digits = found[1].length() ? std::stoi(found[1]) : 1;
+        before.clear();
+    } else if (series.pictures == 1) {
         return output;
+    }
     char number[24];
-    std::snprintf(number, sizeof number, "_%03d", frame);
-    return output.parent_path() / (output.stem().string() + number + output.extension().string());
+    std::snprintf(number, sizeof number, "%0*d", digits, picture);
+    return output.parent_path() / name.replace(at, length, before + number);
+}
+
+// Fits the series to the clip, now that its length is known.
+void fit(Series &series, const ShotOptions &options, const Playback &playback) {
+    const int frames = playback.frames();
+    if (series.ofClip && series.toTheEnd)
+        series.pictures = std::max(1, frames - series.firstFrame);
+    const int last = series.firstFrame + (series.ofClip ? series.pictures : 1) - 1;
+    if (last >= frames)
+        throw WrongOptions((series.ofClip ? "--frames " + options.frames
+                                          : "--frame " + std::to_string(options.frame)) +
+                           ": the clip '" + playback.name() + "' has frames 0 to " +
+                           std::to_string(frames - 1));
 }
 
 } // namespace
+
+void checkFrames(const ShotOptions &options) {
+    const Series series = seriesFrom(options);
+    if (options.clip.empty() && (series.ofClip || options.frame > 0))
+        throw WrongOptions("which clip? There is no --clip");
+}
 
 Drawing drawingFor(const ShowOptions &options, bool programs) {
     Drawing drawing;
@@ -89,21 +172,33 @@ void runShot(const ShotOptions &options, const Talk &talk) {
                            ": with bloom, tone mapping or depth of field at most " +
                            std::to_string(largestWhole) + " pixels in each direction");
     Engine engine(windowFor(options.size), "ravolt", false, QuietStart::log(), drawing);
-    Stage stage(engine.load(scene.file()));
+    RVNODE *root = engine.load(scene.file());
+    Stage stage(root);
+    Playback playback(root, scene.clips());
+    Series series = seriesFrom(options);
+    if (!options.clip.empty()) {
+        playback.choose(scene.wantedClip());
+        stage.setSphere(playback.sphere());
+        fit(series, options, playback);
+        playback.setFrame(series.firstFrame);
+    }
     arrange(stage, options, talk);
     warnOfMissingTextures(talk);
     settle(stage);
     const double start = stage.getYaw();
     bool something = false;
     {
-        Progress progress(!talk.quiet && options.frames > 1);
+        Progress progress(!talk.quiet && series.pictures > 1);
         progress.step("drawing", 0, 1);
-        for (int frame = 0; frame < options.frames; ++frame) {
-            stage.setYaw(start + 360.0 * frame / options.frames);
+        for (int i = 0; i < series.pictures; ++i) {
+            if (series.ofClip)
+                playback.setFrame(series.firstFrame + i);
+            else
+                stage.setYaw(start + 360.0 * i / series.pictures);
             const Picture picture = shoot(stage, options.size);
             something = something || showsSomething(picture);
-            writePng(picture, frameFile(output, frame, options.frames));
-            progress.update(static_cast<double>(frame + 1) / options.frames);
+            writePng(picture, pictureFile(output, i, series));
+            progress.update(static_cast<double>(i + 1) / series.pictures);
         }
     }
     if (!something)

@@ -6,6 +6,7 @@
 #include "tools/scene.h"
 #include "tools/show.h"
 #include "tools/stage/picture.h"
+#include "tools/stage/playback.h"
 
 #include <SDL.h>
 #include <algorithm>
@@ -28,10 +29,12 @@ constexpr double spinDegreesPerSecond = 40;
 
 class Viewer {
   public:
-    Viewer(Stage &shown, const ViewOptions &wanted, std::string itsTitle, fs::path stem)
-        : stage(shown), options(wanted), title(std::move(itsTitle)), pictureStem(std::move(stem)),
-          firstYaw(shown.getYaw()), firstPitch(shown.getPitch()), wireframe(wanted.wireframe),
-          normals(wanted.normals), boxes(wanted.boxes), spinning(wanted.spin) {}
+    Viewer(Stage &shown, Playback &played, const ViewOptions &wanted, std::string itsTitle,
+           fs::path stem)
+        : stage(shown), playback(played), options(wanted), title(std::move(itsTitle)),
+          pictureStem(std::move(stem)), firstYaw(shown.getYaw()), firstPitch(shown.getPitch()),
+          wireframe(wanted.wireframe), normals(wanted.normals), boxes(wanted.boxes),
+          spinning(wanted.spin) {}
 
     void run();
 
@@ -60,6 +63,14 @@ class Viewer {
     void farther() { stage.setZoom(stage.getZoom() / zoomPerStep); }
     void leave() { open = false; }
     void help() { say(viewKeys()); }
+    void nextClip() { chooseClip(false); }
+    void clipBefore() { chooseClip(true); }
+    void pause();
+    void oneFrameOn() { step(1); }
+    void oneFrameBack() { step(-1); }
+    void chooseClip(bool backwards);
+    void step(int frames);
+    bool playOn(double seconds);
     void toggle(Effect effect);
     void nextNumber();
     void changeNumber(double value);
@@ -76,6 +87,7 @@ class Viewer {
     void savePicture();
 
     Stage &stage;
+    Playback &playback;
     const ViewOptions &options;
     std::string title;
     fs::path pictureStem;
@@ -85,6 +97,8 @@ class Viewer {
     bool open = true, dragging = false, changed = true, pictureWanted = false;
     bool drawn = false; // in the last turn of the loop
     int pictures = 0;
+    bool paused = false;    // the clip
+    double clipSeconds = 0; // since its first frame
 };
 
 const std::vector<Viewer::Key> &Viewer::keys() {
@@ -101,6 +115,12 @@ const std::vector<Viewer::Key> &Viewer::keys() {
                             [&row](Viewer &viewer) { viewer.toggle(row.effect); }});
         }
         const std::vector<Key> rest = {
+            {SDLK_c, "c", "next clip; behind the last one stands the scene as loaded",
+             &Viewer::nextClip},
+            {SDLK_x, "x", "the clip before", &Viewer::clipBefore},
+            {SDLK_k, "k", "let the clip stand still, and go on", &Viewer::pause},
+            {SDLK_PERIOD, ".", "one frame of the clip on", &Viewer::oneFrameOn},
+            {SDLK_COMMA, ",", "one frame of it back", &Viewer::oneFrameBack},
             {SDLK_TAB, "Tab", "next number of the effects that are on", &Viewer::nextNumber},
             {SDLK_PAGEUP, "PgUp", "more of it", &Viewer::more},
             {SDLK_PAGEDOWN, "PgDown", "less of it", &Viewer::less},
@@ -131,7 +151,10 @@ void Viewer::say(const std::string &line) {
 
 // What is on, in the window's title.
 void Viewer::showState() {
-    const std::string state = title + " - " + stage.getEffects().names();
+    std::string state = title;
+    if (!playback.empty())
+        state += " - " + playback.state();
+    state += " - " + stage.getEffects().names();
     SDL_WM_SetCaption(state.c_str(), nullptr);
 }
 
@@ -154,6 +177,44 @@ void Viewer::toggle(Effect effect) {
     stage.setEffects(effects);
     say("effects: " + effects.names());
     showState();
+}
+
+void Viewer::chooseClip(bool backwards) {
+    if (playback.empty()) {
+        say("clip: there are none");
+        return;
+    }
+    playback.next(backwards);
+    stage.setSphere(playback.sphere());
+    clipSeconds = 0;
+    say("clip: " + playback.state());
+    showState();
+}
+
+void Viewer::pause() {
+    paused = !paused;
+    clipSeconds = playback.frame() / options.fps;
+    say("clip: " + playback.state() + (paused ? ", standing still" : ""));
+}
+
+void Viewer::step(int frames) {
+    paused = true;
+    playback.setFrame(playback.frame() + frames);
+    say("clip: " + playback.state());
+    showState();
+}
+
+// Whether another frame of the clip is due.
+bool Viewer::playOn(double seconds) {
+    if (paused || playback.frames() < 2)
+        return false;
+    clipSeconds = std::fmod(clipSeconds + seconds, playback.frames() / options.fps);
+    const int due = std::min(static_cast<int>(clipSeconds * options.fps), playback.frames() - 1);
+    if (due == playback.frame())
+        return false;
+    playback.setFrame(due);
+    showState();
+    return true;
 }
 
 void Viewer::nextNumber() {
@@ -273,10 +334,11 @@ void Viewer::run() {
         while (SDL_PollEvent(&event))
             take(event);
         const Clock::time_point now = Clock::now();
-        if (spinning)
-            stage.setYaw(stage.getYaw() +
-                         spinDegreesPerSecond * std::chrono::duration<double>(now - last).count());
+        const double passed = std::chrono::duration<double>(now - last).count();
         last = now;
+        if (spinning)
+            stage.setYaw(stage.getYaw() + spinDegreesPerSecond * passed);
+        changed = playOn(passed) || changed;
         const bool due = changed || spinning || stage.getEffects().isOn(Effect::toneMapping);
         if (due) {
             changed = false;
@@ -311,10 +373,17 @@ void runView(const ViewOptions &options, const Talk &talk) {
     const LogAtEnd logged(talk);
     const std::string title = "ravolt - " + options.input.filename().string();
     Engine engine(options.size, title, true, QuietStart::log(), drawingFor(options, true));
-    Stage stage(engine.load(scene.file()));
+    RVNODE *root = engine.load(scene.file());
+    Stage stage(root);
+    Playback playback(root, scene.clips());
+    if (!options.clip.empty())
+        playback.choose(scene.wantedClip());
+    else if (!playback.empty())
+        playback.choose(std::size_t{0});
+    stage.setSphere(playback.sphere());
     arrange(stage, options, talk);
     warnOfMissingTextures(talk);
-    Viewer(stage, options, title, pictures).run();
+    Viewer(stage, playback, options, title, pictures).run();
 }
 
 } // namespace ravolt::tool

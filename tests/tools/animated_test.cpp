@@ -135,6 +135,8 @@ class Reference {
         for (const bool skinned : {false, true})
             for (const Corners &corners : triangles(skinned, 100))
                 for (const Vector &p : corners) {
+                    if (!isFinite(p))
+                        continue;
                     low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
                     high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
                 }
@@ -187,11 +189,15 @@ class Reference {
     std::vector<Vector> verticesOf(const aiMesh &mesh, const aiNode &node,
                                    std::size_t bones) const {
         std::vector<std::vector<std::pair<double, Vector>>> held(mesh.mNumVertices);
+        std::vector<bool> lost(mesh.mNumVertices, false); // by bones that the model lacks
         for (unsigned int b = 0; b < mesh.mNumBones; ++b) {
             const aiBone &bone = *mesh.mBones[b];
             const aiNode *by = scene.mRootNode->FindNode(bone.mName);
-            if (!by)
+            if (!by) {
+                for (unsigned int i = 0; i < bone.mNumWeights; ++i)
+                    lost[bone.mWeights[i].mVertexId] = true;
                 continue;
+            }
             const Affine map = places.at(by) * affineFrom(bone.mOffsetMatrix);
             for (unsigned int i = 0; i < bone.mNumWeights; ++i) {
                 const unsigned int vertex = bone.mWeights[i].mVertexId;
@@ -211,8 +217,12 @@ class Reference {
                 sum = sum + place * weight;
                 weights += weight;
             }
-            result.push_back(weights > 0 ? sum * (1 / weights)
-                                         : places.at(&node)(vectorFrom(mesh.mVertices[v])));
+            if (weights > 0)
+                result.push_back(sum * (1 / weights));
+            else if (lost[v])
+                result.push_back(Vector{} * std::nan("")); // nothing says where it is
+            else
+                result.push_back(places.at(&node)(vectorFrom(mesh.mVertices[v])));
         }
         return result;
     }
@@ -307,6 +317,10 @@ class Played {
 
 // ---- side by side --------------------------------------------------------------------------
 
+double distance(const Vector &shown, const Vector &stated) {
+    return isFinite(stated) ? length(shown - stated) : 0;
+}
+
 // The largest distance between corners; triangles may be turned round.
 double difference(const std::vector<Corners> &shown, const std::vector<Corners> &stated) {
     if (shown.size() != stated.size())
@@ -314,9 +328,9 @@ double difference(const std::vector<Corners> &shown, const std::vector<Corners> 
     double largest = 0;
     for (std::size_t i = 0; i < shown.size(); ++i) {
         const Corners &a = shown[i], &b = stated[i];
-        const double same = std::max(length(a[1] - b[1]), length(a[2] - b[2]));
-        const double turned = std::max(length(a[1] - b[2]), length(a[2] - b[1]));
-        largest = std::max({largest, length(a[0] - b[0]), std::min(same, turned)});
+        const double same = std::max(distance(a[1], b[1]), distance(a[2], b[2]));
+        const double turned = std::max(distance(a[1], b[2]), distance(a[2], b[1]));
+        largest = std::max({largest, distance(a[0], b[0]), std::min(same, turned)});
     }
     return largest;
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace {
@@ -95,30 +96,8 @@ TEST(CommandLine, HasTheSameEffectsInEachCommandThatDraws) {
         EXPECT_NE(view.find(key), std::string::npos) << key;
 }
 
-// A square that rises by one in a tenth of a second.
-void writeMovingSquare() {
-    writeFile("move.x", R"(xof 0303txt 0032
-Frame square {
-  FrameTransformMatrix {
-    1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0;;
-  }
-  Mesh {
-    4; 0.0;0.0;0.0;, 0.0;1.0;0.0;, 1.0;1.0;0.0;, 1.0;0.0;0.0;;
-    1; 4;0;1;2;3;;
-  }
-}
-AnimTicksPerSecond { 10; }
-AnimationSet rise {
-  Animation {
-    {square}
-    AnimationKey { 2; 2; 0;3;0.0,0.0,0.0;;, 1;3;0.0,1.0,0.0;;; }
-  }
-}
-)");
-}
-
 TEST(CommandLine, ConvertsClipsBesideTheScene) {
-    writeMovingSquare();
+    writeMovingSquare("move.x");
     const Outcome done = run("convert move.x -o moved.rve");
     EXPECT_EQ(done.code, 0) << done.err;
     EXPECT_TRUE(done.out.find(", 1 clip\n") != std::string::npos) << done.out;
@@ -137,7 +116,7 @@ TEST(CommandLine, ConvertsClipsBesideTheScene) {
 }
 
 TEST(CommandLine, LeavesNoClipBehindWhenTheSceneCannotBeWritten) {
-    writeMovingSquare();
+    writeMovingSquare("move.x");
     fs::create_directories("full");
     std::error_code error;
     fs::remove("full/scene.rve", error);
@@ -413,6 +392,87 @@ TEST(CommandLine, ShootsScenesAndModels) {
     EXPECT_EQ(run("shot m.obj -o model.png --size 64x48").code, 0);
     EXPECT_TRUE(isPng("scene.png"));
     EXPECT_EQ(contentsOf("scene.png"), contentsOf("model.png"));
+}
+
+TEST(CommandLine, ShootsFramesOfClips) {
+    writeMovingSquare("move.x");
+    const std::string shot = "shot move.x --size 64x48 --two-sided ";
+    EXPECT_EQ(run(shot + "-o still.png").code, 0);
+    EXPECT_EQ(run(shot + "-o first.png --clip rise").code, 0);
+    EXPECT_EQ(run(shot + "-o last.png --clip rise --frame 3").code, 0);
+    EXPECT_FALSE(contentsOf("first.png") == contentsOf("last.png"));
+
+    EXPECT_EQ(run(shot + "-o all.png --clip rise --frames 0..").code, 0);
+    EXPECT_TRUE(contentsOf("all_0000.png") == contentsOf("first.png"));
+    EXPECT_TRUE(contentsOf("all_0003.png") == contentsOf("last.png"));
+    EXPECT_FALSE(fs::exists("all_0004.png"));
+    EXPECT_EQ(run(shot + "-o part%02d_x.png --clip rise --frames 2..3").code, 0);
+    EXPECT_TRUE(contentsOf("part01_x.png") == contentsOf("last.png"));
+    EXPECT_FALSE(fs::exists("part02_x.png"));
+}
+
+TEST(CommandLine, FindsClipsBesideASceneOrWhereTheyAreNamed) {
+    writeMovingSquare("move.x");
+    fs::create_directories("clips");
+    EXPECT_EQ(run("convert move.x --two-sided -o moved.rve").code, 0);
+    EXPECT_EQ(run("shot moved.rve --size 64x48 --clip rise --frame 3 -o beside.png").code, 0);
+    fs::rename("moved.rise.rva", "clips/any.rva");
+    EXPECT_EQ(run("shot moved.rve --size 64x48 --clip clips/any.rva --frame 3 -o named.png").code,
+              0);
+    EXPECT_TRUE(contentsOf("beside.png") == contentsOf("named.png"));
+}
+
+TEST(CommandLine, SaysWhatIsWrongWithAClipAndItsFrames) {
+    writeMovingSquare("move.x");
+    writeSquare();
+    writeFile("broken.rva", "no clip");
+    const std::string broken = fs::absolute("broken.rva").string();
+    for (const auto &[arguments, code, line] :
+         std::vector<std::tuple<std::string, int, std::string>>{
+             {"move.x --clip fall", 2, "no clip 'fall': there are rise"},
+             {"m.obj --clip fall", 2, "no clip 'fall': there are none"},
+             {"move.x --clip broken.rva", 1, broken + ": is no clip that can be played"},
+             {"move.x --clip rise --frame 4", 2, "--frame 4: the clip 'rise' has frames 0 to 3"},
+             {"move.x --clip rise --frames 1..4", 2,
+              "--frames 1..4: the clip 'rise' has frames 0 to 3"},
+             {"move.x --clip rise --frames 9..", 2,
+              "--frames 9..: the clip 'rise' has frames 0 to 3"},
+             {"move.x --clip rise --frames 3..1", 2,
+              "--frames 3..1: expected FIRST..LAST, from 0 to 1023"},
+             {"move.x --clip rise --frames 0..1024", 2,
+              "--frames 0..1024: expected FIRST..LAST, from 0 to 1023"},
+             {"move.x --frames 0..1", 2, "which clip? There is no --clip"},
+             {"move.x --frame 1", 2, "which clip? There is no --clip"},
+             {"move.x --frames 1x", 2,
+              "--frames 1x: expected a number from 1 to 10000, or FIRST..LAST"},
+             {"move.x --fps 0", 2, "--fps 0: expected a number from 0.1 to 1000"}}) {
+        const Outcome wrong = run("shot " + arguments + " --size 64x48 -o wrong.png");
+        EXPECT_EQ(wrong.code, code) << arguments;
+        EXPECT_EQ(wrong.err, "ravolt: " + line + "\n") << arguments;
+        EXPECT_FALSE(fs::exists("wrong.png")) << arguments;
+    }
+}
+
+// Word for word but for the names, which are placeholders.
+TEST(CommandLine, MakesAFilmAsTheHelpSays) {
+    writeMovingSquare("move.x");
+    const std::string help = run("shot --help").out;
+    const auto lineFrom = [&](const std::string &start) {
+        const std::size_t at = help.find("\n  " + start);
+        EXPECT_NE(at, std::string::npos) << start;
+        return help.substr(at + 3, help.find('\n', at + 1) - at - 3);
+    };
+    EXPECT_EQ(lineFrom("ravolt shot "),
+              "ravolt shot MODEL --clip NAME --frames 0.. -o film_%04d.png");
+    EXPECT_EQ(run("shot move.x --clip rise --frames 0.. -o film_%04d.png").code, 0);
+    fs::remove("film.mp4");
+    const std::string command = lineFrom("ffmpeg ");
+    ASSERT_EQ(std::system((command + " >film.log 2>&1 </dev/null").c_str()), 0)
+        << contentsOf("film.log");
+    ASSERT_EQ(std::system("ffprobe -v error -count_frames -show_entries stream=nb_read_frames "
+                          "-of csv=p=0 film.mp4 >film.txt"),
+              0);
+    EXPECT_EQ(contentsOf("film.txt"), "4\n");
 }
 
 TEST(CommandLine, ShootsATurn) {

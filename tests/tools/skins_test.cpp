@@ -169,6 +169,17 @@ TEST_F(SkinsTest, PassOverBonesThatNoNodeIs) {
     const aiScene &scene = figure.finish();
     Skeleton own(scene, 1, 2, report);
     EXPECT_FALSE(Skins(scene, own, report).any());
+    EXPECT_EQ(report.warnings(), (std::vector<std::string>{"1 bone that no node is left out"}));
+}
+
+TEST_F(SkinsTest, LetVerticesOfMissingBonesFollowTheirNeighbours) {
+    mesh->bone("low", {0, 0, 0}, {{0, 1}, {1, 0.25f}});
+    mesh->bone("nobody", {0, 0, 0}, {{1, 0.75f}, {2, 1}});
+    const Carrying carrying = carried(3);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(skeleton->joints()[carrying.holders[i].bone[0]].name, "low");
+        EXPECT_EQ(carrying.holders[i].weight[0], 1);
+    }
 }
 
 TEST(Skeleton, TellsItsNodesApartByTheirNames) {

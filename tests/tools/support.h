@@ -35,6 +35,28 @@ inline std::string squareObj(const std::string &library, const std::string &mate
            "\nf 1/1/1 2/2/1 3/3/1 4/4/1\n";
 }
 
+// A square that rises by one in a tenth of a second.
+inline void writeMovingSquare(const fs::path &file) {
+    writeFile(file, R"(xof 0303txt 0032
+Frame square {
+  FrameTransformMatrix {
+    1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0;;
+  }
+  Mesh {
+    4; 0.0;0.0;0.0;, 0.0;1.0;0.0;, 1.0;1.0;0.0;, 1.0;0.0;0.0;;
+    1; 4;0;1;2;3;;
+  }
+}
+AnimTicksPerSecond { 10; }
+AnimationSet rise {
+  Animation {
+    {square}
+    AnimationKey { 2; 2; 0;3;0.0,0.0,0.0;;, 1;3;0.0,1.0,0.0;;; }
+  }
+}
+)");
+}
+
 struct Made {
     ravolt::RveScene scene;
     std::vector<Clip> clips;

@@ -24,8 +24,9 @@ class ViewKeys : public ::testing::Test {
         writeFile(file, squareObj("m.mtl", "a"));
     }
 
-    void startViewer(const std::string &before = "") const {
-        const std::string command = before + " '" RAVOLT_TOOL "' view " + file +
+    void startViewer(const std::string &before = "", const std::string &shown = "") const {
+        const std::string command = before + " '" RAVOLT_TOOL "' view " +
+                                    (shown.empty() ? file : shown) +
                                     " --seconds 60 --size 160x120 >said 2>&1 </dev/null &";
         ASSERT_EQ(std::system(command.c_str()), 0);
     }
@@ -92,6 +93,58 @@ TEST_F(ViewKeys, OnX11ShowTheListOfKeys) {
     EXPECT_TRUE(window.goes());
     EXPECT_NE(said().find("  5       bloom\n"), std::string::npos) << said();
     EXPECT_NE(said().find("lights: headlight\n"), std::string::npos) << said();
+}
+
+// A frame lasts ten seconds here, so that the clip does not go on by itself.
+TEST_F(ViewKeys, OnX11ChooseClipsAndStepThroughThem) {
+    const std::string model = "clip" + std::to_string(getpid()) + ".x";
+    writeMovingSquare(model);
+    startViewer("", model + " --fps 0.1");
+    const std::string named = "ravolt - " + model + " - ";
+    OtherWindow window(named);
+    ASSERT_TRUE(window.isThere());
+    const auto shows = [&](const std::string &state) {
+        const std::string whole = named + state + " - no effects";
+        EXPECT_EQ(window.titleOnceItIs(whole), whole);
+    };
+    shows("rise 0/1");
+    for (const auto &[key, state] :
+         std::vector<std::pair<std::string, std::string>>{{"period", "rise 1/1"},
+                                                          {"period", "rise 0/1"},
+                                                          {"comma", "rise 1/1"},
+                                                          {"c", "no clip"},
+                                                          {"c", "rise 0/1"},
+                                                          {"x", "no clip"},
+                                                          {"x", "rise 0/1"}}) {
+        window.press(key);
+        shows(state);
+    }
+    for (const char *key : {"k", "k", "q"})
+        window.press(key);
+    EXPECT_TRUE(window.goes());
+    EXPECT_EQ(said(), "clip: rise 1/1\nclip: rise 0/1\nclip: rise 1/1\nclip: no clip\n"
+                      "clip: rise 0/1\nclip: no clip\nclip: rise 0/1\nclip: rise 0/1\n"
+                      "clip: rise 0/1, standing still\n");
+}
+
+TEST_F(ViewKeys, OnX11PlayClips) {
+    const std::string model = "play" + std::to_string(getpid()) + ".x";
+    writeMovingSquare(model);
+    startViewer("", model + " --fps 10");
+    OtherWindow window("ravolt - " + model + " - rise 1/1 - no effects");
+    EXPECT_TRUE(window.isThere());
+    window.press("q");
+    EXPECT_TRUE(window.goes());
+}
+
+TEST_F(ViewKeys, OnX11SayThatThereIsNoClip) {
+    startViewer();
+    OtherWindow window(title);
+    ASSERT_TRUE(window.isThere());
+    window.press("c");
+    window.press("q");
+    EXPECT_TRUE(window.goes());
+    EXPECT_EQ(said(), "clip: there are none\n");
 }
 
 } // namespace

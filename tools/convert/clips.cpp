@@ -18,9 +18,6 @@ namespace {
 // assimp's own choice where a model does not state the length of a tick.
 constexpr double usualTicksPerSecond = 25;
 
-// The name of the clip that shows the model's own pose, where the file has another one.
-constexpr const char *poseName = "pose";
-
 std::string inSmallLetters(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -49,10 +46,10 @@ Clips::Clips(const aiScene &model, const Skeleton &joints, const Skins &allSkins
     if (skins.differsFromOwnPose()) {
         report.note("the skin is bound in another pose than the model's own, which becomes the "
                     "clip '" +
-                    std::string(poseName) + "'");
+                    std::string(poseClipName) + "'");
         sources.emplace_back();
-        sources.back().shownName = poseName;
-        sources.back().name = freeName(poseName);
+        sources.back().shownName = poseClipName;
+        sources.back().name = freeName(poseClipName);
     }
     for (unsigned int i = 0; i < scene.mNumAnimations; ++i)
         read(i);

@@ -15,6 +15,9 @@
 
 namespace ravolt::tool {
 
+// The name of the clip that shows the model's own pose, where its skin is bound in another.
+constexpr const char *poseClipName = "pose";
+
 struct Clip {
     std::string name;   // fit for a file name, told apart from all others of the model
     int animation = -1; // which one of the model; -1 for its own pose

@@ -59,6 +59,8 @@ Skins::Skins(const aiScene &model, const Skeleton &joints, Report &report)
         }
     }
     setBindPose();
+    if (!missing.empty())
+        report.warn(counted(missing.size(), "bone", "bones") + " that no node is left out");
     if (simplified)
         report.warn(counted(simplified, "vertex", "vertices") + " held by more than " +
                     std::to_string(bonesOfAVertex) + " bones: the strongest kept");
@@ -69,9 +71,28 @@ bool Skins::any() const {
                        [](const Skin &skin) { return !skin.held.empty(); });
 }
 
+// Vertices that were held by missing bones alone would stay behind when all around them moves.
+void Skins::followNeighbours(const aiMesh &mesh, const std::vector<bool> &lost,
+                             std::vector<std::vector<Hold>> &holds) {
+    for (bool again = true; again;) {
+        again = false;
+        for (unsigned int f = 0; f < mesh.mNumFaces; ++f)
+            for (unsigned int i = 0; i < mesh.mFaces[f].mNumIndices; ++i)
+                for (unsigned int k = 0; k < mesh.mFaces[f].mNumIndices; ++k) {
+                    const unsigned int to = mesh.mFaces[f].mIndices[i];
+                    const unsigned int from = mesh.mFaces[f].mIndices[k];
+                    if (lost[to] && holds[to].empty() && !holds[from].empty()) {
+                        holds[to] = holds[from];
+                        again = true;
+                    }
+                }
+    }
+}
+
 Skins::Skin Skins::read(const aiMesh &mesh) {
     Skin skin;
     std::vector<std::vector<Hold>> all(mesh.mNumVertices);
+    std::vector<bool> lost(mesh.mNumVertices, false); // by bones that the model does not have
     bool any = false;
     for (unsigned int b = 0; b < mesh.mNumBones; ++b) {
         const aiBone &bone = *mesh.mBones[b];
@@ -79,8 +100,12 @@ Skins::Skin Skins::read(const aiMesh &mesh) {
         const Affine offset = affineFrom(bone.mOffsetMatrix);
         skin.joints.push_back(joint);
         skin.toJoint.push_back(offset);
-        if (joint == nowhere || !isFinite(offset))
+        if (joint == nowhere || !isFinite(offset)) {
+            missing.insert(bone.mName.C_Str());
+            for (unsigned int i = 0; i < bone.mNumWeights; ++i)
+                lost[bone.mWeights[i].mVertexId] = true;
             continue;
+        }
         skin.toJoint[b] = Affine{skeleton.ownPose().placement[joint].rest, {}} * offset;
         for (unsigned int i = 0; i < bone.mNumWeights; ++i)
             if (bone.mWeights[i].mWeight > 0) {
@@ -90,6 +115,7 @@ Skins::Skin Skins::read(const aiMesh &mesh) {
     }
     if (!any)
         return {};
+    followNeighbours(mesh, lost, all);
     for (std::vector<Hold> &holds : all) {
         std::stable_sort(holds.begin(), holds.end(),
                          [](const Hold &a, const Hold &b) { return a.weight > b.weight; });

@@ -10,6 +10,8 @@
 #include <array>
 #include <assimp/scene.h>
 #include <optional>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace ravolt::tool {
@@ -50,6 +52,8 @@ class Skins {
     };
 
     Skin read(const aiMesh &mesh);
+    static void followNeighbours(const aiMesh &mesh, const std::vector<bool> &lost,
+                                 std::vector<std::vector<Hold>> &holds);
     std::vector<std::vector<Tie>> ties() const;
     std::vector<std::optional<Affine>> boundPlaces() const;
     void setBindPose();
@@ -60,7 +64,8 @@ class Skins {
     std::vector<bool> bones;
     Pose bind;
     bool changed = false;
-    std::size_t simplified = 0; // vertices that lost bones
+    std::set<std::string> missing; // bones
+    std::size_t simplified = 0;    // vertices that lost bones
 };
 
 } // namespace ravolt::tool

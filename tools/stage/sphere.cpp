@@ -18,11 +18,13 @@ Affine worldOf(RVNODE *node) {
             {m[12], m[13], m[14]}};
 }
 
-std::vector<Vector> placesOfVertices(RVNODE *root) {
+enum class Kind { rigid, skinned, any };
+
+std::vector<Vector> placesOfVertices(RVNODE *root, Kind kind) {
     std::vector<Vector> places;
     walk(root, [&](RVNODE *node) {
         const RVMESH *mesh = visibleMesh(node);
-        if (!mesh)
+        if (!mesh || (kind != Kind::any && mesh->isSkinned() != (kind == Kind::skinned)))
             return;
         const Affine world = worldOf(node);
         const Z3MVECTOR3D *vertices = mesh->getVertexPtr();
@@ -32,17 +34,7 @@ std::vector<Vector> placesOfVertices(RVNODE *root) {
     return places;
 }
 
-} // namespace
-
-const RVMESH *visibleMesh(const RVNODE *node) {
-    if (node->getType() != RV_NODE_TYPE_MESH)
-        return nullptr;
-    const RVMESH *mesh = static_cast<const RVMESH *>(node);
-    return !mesh->isHidden() && mesh->getNumberOfFaces() > 0 ? mesh : nullptr;
-}
-
-Sphere sphereAround(RVNODE *root) {
-    const std::vector<Vector> places = placesOfVertices(root);
+Sphere sphereOf(const std::vector<Vector> &places) {
     Sphere sphere;
     if (places.empty())
         return sphere;
@@ -57,6 +49,62 @@ Sphere sphereAround(RVNODE *root) {
         sphere.radius = std::max(sphere.radius, length(p - sphere.center));
     return sphere;
 }
+
+Vector positive(const Vector &v) {
+    return {std::max(v.x, 0.0), std::max(v.y, 0.0), std::max(v.z, 0.0)};
+}
+
+} // namespace
+
+const RVMESH *visibleMesh(const RVNODE *node) {
+    if (node->getType() != RV_NODE_TYPE_MESH)
+        return nullptr;
+    const RVMESH *mesh = static_cast<const RVMESH *>(node);
+    return !mesh->isHidden() && mesh->getNumberOfFaces() > 0 ? mesh : nullptr;
+}
+
+Sphere sphereAround(RVNODE *root) { return sphereOf(placesOfVertices(root, Kind::any)); }
+
+void Extent::Box::take(const Vector &p) {
+    if (empty)
+        low = high = p;
+    empty = false;
+    low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+    high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+}
+
+Extent::Extent(RVNODE *root) : scene(root) {
+    Box skins;
+    for (const Vector &place : placesOfVertices(scene, Kind::skinned))
+        skins.take(place);
+    const Box around = bones();
+    if (!skins.empty && !around.empty) {
+        below = positive(around.low - skins.low);
+        above = positive(skins.high - around.high);
+    }
+}
+
+// Bones are meshes that are not to be seen themselves.
+Extent::Box Extent::bones() const {
+    Box box;
+    walk(scene, [&](RVNODE *node) {
+        if (node->getType() == RV_NODE_TYPE_MESH && !visibleMesh(node) && node->getParent())
+            box.take(worldOf(node).offset);
+    });
+    return box;
+}
+
+void Extent::add() {
+    for (const Vector &place : placesOfVertices(scene, Kind::rigid))
+        places.push_back(place);
+    const Box box = bones();
+    if (!box.empty && (length(below) > 0 || length(above) > 0)) {
+        places.push_back(box.low - below);
+        places.push_back(box.high + above);
+    }
+}
+
+Sphere Extent::sphere() const { return places.empty() ? sphereAround(scene) : sphereOf(places); }
 
 std::vector<Vector> facings(RVNODE *root, double size) {
     std::vector<Vector> result;

@@ -21,6 +21,30 @@ struct Sphere {
 // The radius is 0 when there are none.
 Sphere sphereAround(RVNODE *root);
 
+// The room that a scene takes while it moves. Rigid meshes are measured by their vertices, skinned
+// ones by their bones, with as much around them as when the scene stands as it was loaded. Make it
+// at that time.
+class Extent {
+  public:
+    explicit Extent(RVNODE *root);
+
+    void add(); // the scene as it stands now
+    // Without any such time the one around the scene as it was loaded.
+    Sphere sphere() const;
+
+  private:
+    struct Box {
+        Vector low, high;
+        bool empty = true;
+        void take(const Vector &place);
+    };
+    Box bones() const;
+
+    RVNODE *scene;
+    Vector below, above; // what of the skins is beyond their bones
+    std::vector<Vector> places;
+};
+
 // The triangles of the visible meshes as vectors along their normals, each as long as twice its
 // area; scaled by the scene's own size, so that nothing overflows.
 std::vector<Vector> facings(RVNODE *root, double size);

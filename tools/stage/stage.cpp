@@ -26,14 +26,19 @@ constexpr float background[3] = {0.16f, 0.18f, 0.22f};
 
 Stage::Stage(RVNODE *root)
     : scene(root), around(sphereAround(root)), camera(new RVCAMERA), lights(root) {
-    if (around.radius == 0)
-        around.radius = 1;
+    setSphere(around);
     RVOPENGL::setBackgroundColor(background[0], background[1], background[2], 1.0f);
     lookFromTheFront();
     walk(scene, [this](RVNODE *node) {
         const RVMESH *mesh = visibleMesh(node);
         bentByPrograms = bentByPrograms || (mesh && mesh->isSkinned() && RVSHADER::useSkinning());
     });
+}
+
+void Stage::setSphere(const Sphere &wanted) {
+    around = wanted;
+    if (around.radius == 0)
+        around.radius = 1;
 }
 
 void Stage::lookFromTheFront() {

@@ -66,7 +66,9 @@ class Stage {
     // The window has a new size.
     void resize(int width, int height);
 
+    // What the camera goes round and keeps in view; at first the scene as it stands.
     const Sphere &sphere() const { return around; }
+    void setSphere(const Sphere &wanted);
 
   private:
     View viewNow() const;

@@ -1,0 +1,105 @@
+#include "tools/stage/playback.h"
+
+#include "tests/tools/support.h"
+#include "tools/stage/engine.h"
+#include "tools/writers/rvaWriter.h"
+#include "tools/writers/rveWriter.h"
+
+#include <gtest/gtest.h>
+#include <ravolt.h>
+
+namespace {
+
+using namespace tool_test;
+using ravolt::RveKind;
+using ravolt::RveNode;
+
+RveNode square(const std::string &name) {
+    RveNode node;
+    node.kind = RveKind::mesh;
+    node.name = name;
+    node.mesh.vertices = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
+    node.mesh.normals.assign(4, {0, 0, 1});
+    node.mesh.faces = {{0, 1, 2}, {0, 2, 3}};
+    return node;
+}
+
+// A square that climbs by ten in each of the frames.
+ravolt::RvaClip climbing(std::size_t frames) {
+    ravolt::RvaClip clip;
+    clip.bones = {"square"};
+    for (std::size_t i = 0; i < frames; ++i)
+        clip.frames.push_back({{{0, 0, 0}, {0, 10 * static_cast<float>(i), 0}, true}});
+    return clip;
+}
+
+class PlaybackTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ravolt::RveScene scene;
+        scene.root.kind = RveKind::mesh;
+        scene.root.name = "[root]";
+        scene.root.mesh.hidden = true;
+        scene.root.children.push_back(square("square"));
+        scene.root.children[0].position = {0, 5, 0};
+        fs::create_directories("played");
+        ASSERT_EQ(ravolt::writeRve("played/scene.rve", scene), "");
+        ASSERT_EQ(ravolt::writeRva("played/scene.climb.rva", climbing(3)), "");
+        ASSERT_EQ(ravolt::writeRva("played/scene.pose.rva", climbing(1)), "");
+        ASSERT_EQ(ravolt::writeRva("played/scene.run.rva", climbing(2)), "");
+        ASSERT_EQ(ravolt::writeRva("played/scene.2.run.rva", climbing(2)), "");
+        ASSERT_EQ(ravolt::writeRva("played/scenery.run.rva", climbing(2)), "");
+        clips = clipsBeside("played/scene.rve");
+    }
+
+    std::vector<ClipFile> clips;
+};
+
+TEST_F(PlaybackTest, FindsTheClipsOfASceneAndNoOthers) {
+    std::vector<std::string> names;
+    for (const ClipFile &clip : clips)
+        names.push_back(clip.name);
+    EXPECT_EQ(names, (std::vector<std::string>{"climb", "run", "pose"}));
+    EXPECT_EQ(clips[0].file, fs::absolute("played/scene.climb.rva"));
+}
+
+TEST_F(PlaybackTest, ShowsFramesAndTheSceneAsLoaded) {
+    Engine engine({64, 64}, "test", false, "ravolt_log.txt");
+    RVNODE *root = engine.load("played/scene.rve");
+    RVNODE *node = root->findByNameInHierarchy("square");
+    Playback playback(root, clips);
+    EXPECT_EQ(playback.state(), "no clip");
+    EXPECT_EQ(node->getPosition().y, 5);
+    playback.choose("climb");
+    EXPECT_EQ(playback.state(), "climb 0/2");
+    EXPECT_EQ(node->getPosition().y, 0);
+    playback.setFrame(2);
+    EXPECT_EQ(node->getPosition().y, 20);
+    playback.setFrame(3); // on from the end
+    EXPECT_EQ(playback.frame(), 0);
+    playback.setFrame(-1);
+    EXPECT_EQ(playback.frame(), 2);
+    playback.next(false);
+    EXPECT_EQ(playback.state(), "run 0/1");
+    playback.next(true);
+    playback.next(true);
+    EXPECT_EQ(playback.state(), "no clip");
+    EXPECT_EQ(node->getPosition().y, 5);
+    fs::current_path("..");
+}
+
+TEST_F(PlaybackTest, MeasuresTheRoomOfAllFrames) {
+    Engine engine({64, 64}, "test", false, "ravolt_log.txt");
+    Playback playback(engine.load("played/scene.rve"), clips);
+    EXPECT_NEAR(playback.sphere().center.y, 5.5, 1e-5);
+    playback.choose("climb");
+    playback.setFrame(1);
+    const Sphere sphere = playback.sphere();
+    EXPECT_NEAR(sphere.center.y, 10.5, 1e-5);
+    EXPECT_NEAR(sphere.lowest, 0, 1e-5);
+    EXPECT_GT(sphere.radius, 10.5);
+    EXPECT_EQ(playback.frame(), 1);
+    fs::current_path("..");
+}
+
+} // namespace

@@ -1,0 +1,154 @@
+#include "tools/stage/playback.h"
+
+#include "tools/convert/clips.h"
+#include "tools/failure.h"
+#include "tools/stage/walk.h"
+
+#include <algorithm>
+#include <ravolt/RVANIM.h>
+#include <tuple>
+
+namespace ravolt::tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char *ending = ".rva";
+
+// Of which clips are looked at for the room that they take.
+constexpr int framesOfAGlance = 24;
+
+Vector vectorFrom(const Z3MVECTOR3D &v) { return {v.x, v.y, v.z}; }
+
+Z3MVECTOR3D floats(const Vector &v) {
+    return Z3MVECTOR3D(static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z));
+}
+
+} // namespace
+
+std::vector<ClipFile> clipsBeside(const fs::path &scene) {
+    const fs::path whole = fs::absolute(scene);
+    const std::string start = whole.stem().string() + ".";
+    std::vector<ClipFile> clips;
+    std::error_code error;
+    for (const fs::directory_entry &entry : fs::directory_iterator(whole.parent_path(), error)) {
+        const fs::path name = entry.path().filename();
+        const std::string stem = name.stem().string();
+        if (name.extension() != ending || stem.rfind(start, 0) != 0)
+            continue;
+        const std::string clip = stem.substr(start.size());
+        // A full stop more: the clip of another scene, whose name begins with this one's.
+        if (!clip.empty() && clip.find('.') == std::string::npos)
+            clips.push_back({clip, entry.path()});
+    }
+    std::sort(clips.begin(), clips.end(), [](const ClipFile &a, const ClipFile &b) {
+        const auto rank = [](const ClipFile &clip) {
+            return std::make_tuple(clip.name == poseClipName, clip.name);
+        };
+        return rank(a) < rank(b);
+    });
+    return clips;
+}
+
+bool isClipFile(const std::string &nameOrFile) {
+    return fs::path(nameOrFile).extension() == ending;
+}
+
+Playback::Playback(RVNODE *root, std::vector<ClipFile> files) : scene(root) {
+    for (ClipFile &file : files)
+        clips.push_back({std::move(file)});
+    walk(scene, [this](RVNODE *node) {
+        still.push_back({node, vectorFrom(node->getPosition()), vectorFrom(node->getRotation())});
+    });
+}
+
+RVANIM *Playback::clipOf(std::size_t index) {
+    Entry &entry = clips[index];
+    if (!entry.clip) {
+        RVANIM *loaded = new RVANIM; // the engine's registry owns it
+        if (!loaded->load(entry.file.file.c_str()) || loaded->getNumberOfFrames() == 0) {
+            delete loaded;
+            throw Failure(entry.file.file.string(), "is no clip that can be played");
+        }
+        loaded->setTranslating(true);
+        entry.clip = loaded;
+    }
+    return entry.clip;
+}
+
+void Playback::standStill() {
+    for (const Still &one : still) {
+        one.node->setPosition(floats(one.position));
+        one.node->setRotation(floats(one.degrees));
+    }
+}
+
+void Playback::choose(std::size_t index) {
+    if (index != none)
+        clipOf(index);
+    standStill();
+    current = index;
+    show(0);
+}
+
+void Playback::choose(const std::string &nameOrFile) {
+    for (std::size_t i = 0; i < clips.size(); ++i)
+        if (clips[i].file.name == nameOrFile)
+            return choose(i);
+    if (isClipFile(nameOrFile)) {
+        const fs::path file = nameOrFile;
+        const std::string name = file.stem().string();
+        clips.push_back({{name.substr(name.rfind('.') + 1), file}});
+        return choose(clips.size() - 1);
+    }
+    std::string all;
+    for (const Entry &entry : clips)
+        all += (all.empty() ? ": there are " : ", ") + entry.file.name;
+    throw WrongOptions("no clip '" + nameOrFile + "'" + (all.empty() ? ": there are none" : all));
+}
+
+void Playback::next(bool backwards) {
+    const std::size_t ring = clips.size() + 1; // none is behind the last
+    const std::size_t place = current == none ? clips.size() : current;
+    const std::size_t wanted = (place + (backwards ? ring - 1 : 1)) % ring;
+    choose(wanted == clips.size() ? none : wanted);
+}
+
+std::string Playback::name() const { return current == none ? "" : clips[current].file.name; }
+
+int Playback::frames() const {
+    return current == none ? 1 : clips[current].clip->getNumberOfFrames();
+}
+
+void Playback::show(int index) {
+    shown = index;
+    if (current != none)
+        clips[current].clip->apply(static_cast<unsigned int>(index), scene);
+}
+
+void Playback::setFrame(int index) {
+    const int count = frames();
+    show((index % count + count) % count);
+}
+
+std::string Playback::state() const {
+    return current == none
+               ? "no clip"
+               : name() + " " + std::to_string(shown) + "/" + std::to_string(frames() - 1);
+}
+
+Sphere Playback::sphere() {
+    const int before = shown;
+    standStill();
+    Extent extent(scene);
+    const int step = std::max(1, frames() / framesOfAGlance);
+    for (int index = 0; current != none && index < frames(); index += step) {
+        show(index);
+        extent.add();
+    }
+    show(before);
+    return extent.sphere();
+}
+
+} // namespace ravolt::tool

@@ -1,0 +1,79 @@
+#pragma once
+
+// Clips that are played on a scene: those that stand beside its file, or one that is named.
+
+#include "tools/stage/sphere.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+class RVANIM;
+class RVNODE;
+
+namespace ravolt::tool {
+
+struct ClipFile {
+    std::string name;
+    std::filesystem::path file; // absolute
+};
+
+// SCENE.NAME.rva beside SCENE.rve, by name; the model's own pose comes last.
+std::vector<ClipFile> clipsBeside(const std::filesystem::path &scene);
+
+// Whether that is the file of a clip rather than a name.
+bool isClipFile(const std::string &nameOrFile);
+
+class Playback {
+  public:
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+
+    // On the engine's scene `root`, as loaded. Make it after the engine, and drop it before.
+    Playback(RVNODE *root, std::vector<ClipFile> clips);
+
+    bool empty() const { return clips.empty(); }
+
+    // Shows the first frame of a clip; `none` is the scene as it was loaded. The clip of a name, or
+    // the one in an RVA file. Throws Failure when the file is broken, WrongOptions when there is no
+    // such clip.
+    void choose(std::size_t index);
+    void choose(const std::string &nameOrFile);
+    // The next one, or the one before; between the last and the first is none.
+    void next(bool backwards);
+
+    std::size_t chosen() const { return current; }
+    std::string name() const; // of the chosen clip
+    int frames() const;       // of it; 1 with none
+    int frame() const { return shown; }
+    void setFrame(int index); // counted on from the end, and back from the start
+
+    // "walk 3/30": the clip, its frame from 0 and its last frame.
+    std::string state() const;
+
+    // Around the scene in all frames of the chosen clip. The frame that is shown stays.
+    Sphere sphere();
+
+  private:
+    void show(int index);
+    void standStill();
+    RVANIM *clipOf(std::size_t index);
+
+    struct Entry {
+        ClipFile file;
+        RVANIM *clip = nullptr; // of the engine, once it is loaded
+    };
+    struct Still {
+        RVNODE *node;
+        Vector position, degrees;
+    };
+
+    RVNODE *scene;
+    std::vector<Entry> clips;
+    std::vector<Still> still; // all nodes as they were loaded
+    std::size_t current = none;
+    int shown = 0;
+};
+
+} // namespace ravolt::tool
