@@ -152,7 +152,7 @@ TEST_F(MeshTest, MaterialCountsItsMeshes) {
 }
 
 TEST_F(MeshTest, LoadUploadsEachArrayOnceAndUnbinds) {
-    writeBytes("scene.rve", bytesOf({{}, rootOver({squareMesh("square")})}));
+    writeFile("scene.rve", bytesOf({{}, rootOver({squareMesh("square")})}));
     recorder.start();
     ASSERT_NE(RAVOLT::load("scene.rve"), nullptr);
     const Calls calls = recorder.stop();
@@ -171,7 +171,7 @@ TEST_F(MeshTest, SkinIsUploadedAsFloats) {
     RveNode square = squareMesh("square");
     square.mesh.skin = {
         2, std::vector<std::uint8_t>(8, 0), std::vector<float>(8, 0.5f), {"square"}};
-    writeBytes("scene.rve", bytesOf({{}, rootOver({square})}));
+    writeFile("scene.rve", bytesOf({{}, rootOver({square})}));
     recorder.start();
     ASSERT_NE(RAVOLT::load("scene.rve"), nullptr);
     const Calls uploads = recorder.stop().named("glBufferDataARB");

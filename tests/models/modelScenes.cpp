@@ -2,8 +2,6 @@
 
 #include "ravolt/RAVOLT.h"
 
-#include <fstream>
-
 #include <gtest/gtest.h>
 
 namespace ravolt::test {
@@ -53,14 +51,8 @@ Bytes bytesOf(const RveScene &scene, RveVersion version) {
     return result.bytes;
 }
 
-void writeBytes(const std::string &fileName, const Bytes &bytes) {
-    std::ofstream file(fileName, std::ios::binary);
-    file.write(reinterpret_cast<const char *>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-}
-
 RVNODE *loadBytes(const Bytes &bytes) {
-    writeBytes("scene.rve", bytes);
+    writeFile("scene.rve", bytes);
     return RAVOLT::load("scene.rve");
 }
 

@@ -4,14 +4,13 @@
 
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
+#include "tests/support/files.h"
 #include "tools/writers/rveWriter.h"
 
 #include <string>
 #include <vector>
 
 namespace ravolt::test {
-
-using Bytes = std::vector<unsigned char>;
 
 // A mesh without geometry, named "[root]", over these children.
 RveNode rootOver(std::vector<RveNode> children);
@@ -31,8 +30,6 @@ RveMaterial materialNamed(const std::string &name, float transparency = 1.0f);
 
 // The scene as the bytes of its file; an error of the writer fails the test.
 Bytes bytesOf(const RveScene &scene, RveVersion version = RveVersion::v16a);
-
-void writeBytes(const std::string &fileName, const Bytes &bytes);
 
 // Loads these bytes as "scene.rve".
 RVNODE *loadBytes(const Bytes &bytes);

@@ -4,6 +4,7 @@
 #include "ravolt/RVANIM.h"
 
 #include "tests/support/fileLimit.h"
+#include "tests/support/files.h"
 #include "tests/support/logReader.h"
 #include "tests/support/recorder.h"
 #include "tests/support/shortReads.h"
@@ -12,8 +13,6 @@
 #include <bit>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
 
 #include <unistd.h>
@@ -24,8 +23,6 @@ using namespace ravolt;
 using namespace ravolt::test;
 
 namespace {
-
-using Bytes = std::vector<unsigned char>;
 
 constexpr char corrupted[] = "   [!] Corrupted file clip.rva @ RVANIM::load\n";
 constexpr char invalidHeader[] = "   [!] Invalid header in file clip.rva @ RVANIM::load\n";
@@ -44,17 +41,6 @@ Bytes bytesOf(const RvaClip &clip) {
     const RvaResult result = encodeRva(clip);
     EXPECT_EQ(result.error, "");
     return result.bytes;
-}
-
-void writeBytes(const std::string &name, const Bytes &bytes) {
-    std::ofstream file(name, std::ios::binary);
-    file.write(reinterpret_cast<const char *>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-}
-
-Bytes readBytes(const std::string &name) {
-    std::ifstream file(name, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), {});
 }
 
 void putCount(Bytes &bytes, std::size_t at, unsigned int count) {
@@ -115,7 +101,7 @@ class RvaFile : public RecorderTest {
     }
 
     bool loadBytes(const Bytes &bytes) {
-        writeBytes("clip.rva", bytes);
+        writeFile("clip.rva", bytes);
         markLog();
         return clip.load("clip.rva");
     }
@@ -137,7 +123,7 @@ class RvaFile : public RecorderTest {
 
     // The file is refused with these lines, and the clip is what it was.
     void expectRefused(const Bytes &bytes, const std::string &lines) {
-        writeBytes("clip.rva", bytes);
+        writeFile("clip.rva", bytes);
         const Contents before(clip);
         markLog();
         EXPECT_FALSE(clip.load("clip.rva"));
@@ -352,7 +338,7 @@ TEST_F(RvaFile, PipeIsNoFile) {
 }
 
 TEST_F(RvaFile, FileThatCannotBeReadWholeIsCorrupted) {
-    writeBytes("clip.rva", bytesOf(randomClip(1, 1)));
+    writeFile("clip.rva", bytesOf(randomClip(1, 1)));
     {
         const ShortReads shortReads;
         EXPECT_FALSE(clip.load("clip.rva"));
@@ -362,7 +348,7 @@ TEST_F(RvaFile, FileThatCannotBeReadWholeIsCorrupted) {
 
 TEST_F(RvaFile, FileTooLargeForTheMemoryIsRefused) {
     const Bytes bytes = bytesOf(randomClip(20, 20));
-    writeBytes("clip.rva", bytes);
+    writeFile("clip.rva", bytes);
     const Contents before(clip);
     recorder.failAllocation(bytes.size());
     EXPECT_FALSE(clip.load("clip.rva"));
@@ -401,7 +387,7 @@ TEST_F(RvaFile, SaveWritesWhatTheWriterWrites) {
         markLog();
         EXPECT_TRUE(clip.save("saved.rva"));
         EXPECT_LOGGED_EXACTLY(saving);
-        EXPECT_TRUE(readBytes("saved.rva") == bytes);
+        EXPECT_TRUE(readFile("saved.rva") == bytes);
     }
 }
 
@@ -421,20 +407,20 @@ TEST_F(RvaFile, ClipMadeBySettersIsSavedAndLoadsAgain) {
     wanted.frames[1][0].rotation = {10, 20, 30};
     wanted.frames[2][0].rotation = {20, 40, 60};
     wanted.frames[2][1].translation = {1, 2, 3};
-    EXPECT_EQ(readBytes("saved.rva"), bytesOf(wanted));
-    EXPECT_EQ(readBytes("saved.rva")[separatorAt], 0x1a);
+    EXPECT_EQ(readFile("saved.rva"), bytesOf(wanted));
+    EXPECT_EQ(readFile("saved.rva")[separatorAt], 0x1a);
 
     RVANIM &other = *new RVANIM;
     EXPECT_TRUE(other.load("saved.rva"));
     EXPECT_TRUE(other.save("again.rva"));
-    EXPECT_EQ(readBytes("again.rva"), readBytes("saved.rva"));
+    EXPECT_EQ(readFile("again.rva"), readFile("saved.rva"));
 }
 
 TEST_F(RvaFile, SaveTakesTheNameAsItIsAndDoesNotKeepIt) {
     RVANIM::setRVAPath("no such folder/");
     const std::string name = clip.getFilename();
     EXPECT_TRUE(clip.save("saved.rva"));
-    EXPECT_EQ(readBytes("saved.rva"), bytesOf(randomClip(0, 0)));
+    EXPECT_EQ(readFile("saved.rva"), bytesOf(randomClip(0, 0)));
     EXPECT_EQ(clip.getFilename(), name);
 }
 
@@ -445,15 +431,15 @@ TEST_F(RvaFile, NameOf255CharactersLosesItsLastOneInTheFile) {
         clip.setBoneName(1, "next");
         ASSERT_TRUE(clip.save("saved.rva"));
         const std::size_t kept = std::min<std::size_t>(length, 254);
-        EXPECT_EQ(readBytes("saved.rva"), bytesOf({{std::string(kept, 'n'), "next"}, {}}));
+        EXPECT_EQ(readFile("saved.rva"), bytesOf({{std::string(kept, 'n'), "next"}, {}}));
         EXPECT_EQ(clip.getBoneName(0), std::string(length, 'n'));
     }
 }
 
 TEST_F(RvaFile, SaveReplacesAnOldFile) {
-    writeBytes("saved.rva", Bytes(10000, 'x'));
+    writeFile("saved.rva", Bytes(10000, 'x'));
     EXPECT_TRUE(clip.save("saved.rva"));
-    EXPECT_EQ(readBytes("saved.rva").size(), namesAt);
+    EXPECT_EQ(readFile("saved.rva").size(), namesAt);
 }
 
 TEST_F(RvaFile, SaveRefusesNoNameAndWhatItCannotOpen) {
@@ -466,7 +452,7 @@ TEST_F(RvaFile, SaveRefusesNoNameAndWhatItCannotOpen) {
 }
 
 TEST_F(RvaFile, ClipWithCountsBeyondTheStorageIsNotSaved) {
-    writeBytes("saved.rva", {'o', 'l', 'd'});
+    writeFile("saved.rva", {'o', 'l', 'd'});
     for (const auto &[bones, frames] : {std::pair{129u, 0u}, {0u, 1025u}, {65535u, 65535u}}) {
         clip.setNumberOfBones(bones);
         clip.setNumberOfFrames(frames);
@@ -474,7 +460,7 @@ TEST_F(RvaFile, ClipWithCountsBeyondTheStorageIsNotSaved) {
         EXPECT_FALSE(clip.save("saved.rva"));
         EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVANIM::save\n");
     }
-    EXPECT_EQ(readBytes("saved.rva"), (Bytes{'o', 'l', 'd'}));
+    EXPECT_EQ(readFile("saved.rva"), (Bytes{'o', 'l', 'd'}));
 }
 
 // The log grows under the same limit, so the clip has to be larger than it.
@@ -493,7 +479,7 @@ TEST_F(RvaFile, FullDiskIsNoticedWhereverItEnds) {
             EXPECT_FALSE(clip.save("saved.rva")) << room;
         }
         EXPECT_LOGGED_EXACTLY(std::string(saving) + notWritten);
-        EXPECT_EQ(readBytes("saved.rva"),
+        EXPECT_EQ(readFile("saved.rva"),
                   Bytes(whole.begin(), whole.begin() + static_cast<long>(room)));
     }
     const FileLimit limit(RLIMIT_FSIZE, whole.size());

@@ -303,7 +303,7 @@ TEST_F(RveLoaderTest, LargeFileLoadsInLinearTime) {
             skin.mesh.skin.bones.push_back("mesh " + std::to_string(number - bone));
         scene.root.children.push_back(skin);
     }
-    writeBytes("scene.rve", bytesOf(scene));
+    writeFile("scene.rve", bytesOf(scene));
     const std::clock_t begin = std::clock();
     EXPECT_NE(RAVOLT::load("scene.rve"), nullptr);
     EXPECT_LT(double(std::clock() - begin) / CLOCKS_PER_SEC, 3.0);
@@ -397,7 +397,7 @@ TEST_F(RveLoaderTest, TexturesOfAKnownMaterialAreLoadedAllTheSame) {
 
 TEST_F(RveLoaderTest, PathIsPutInFrontOfTheName) {
     std::filesystem::create_directory("models");
-    writeBytes("models/box.rve", bytesOf({{}, rootOver({})}));
+    writeFile("models/box.rve", bytesOf({{}, rootOver({})}));
     RAVOLT::setRVEPath("models/");
     EXPECT_NE(RAVOLT::load("box.rve"), nullptr);
     EXPECT_LOGGED("   Loading RVE file 'models/box.rve'...");
@@ -413,12 +413,12 @@ TEST_F(RveLoaderTest, NullAndMissingFilesAreReported) {
 
 TEST_F(RveLoaderTest, NamesWithXmlAnywhereHaveNoReaderYet) {
     for (const char *name : {"scene.xml", "scene.xml.rve", "SCENE.XML"}) {
-        writeBytes(name, bytesOf({{}, rootOver({})}));
+        writeFile(name, bytesOf({{}, rootOver({})}));
         markLog();
         EXPECT_EQ(RAVOLT::load(name), nullptr) << name;
         EXPECT_LOGGED_EXACTLY("   [!] No reader for XML scenes @ RAVOLT::load\n");
     }
-    writeBytes("scene.Xml", bytesOf({{}, rootOver({})}));
+    writeFile("scene.Xml", bytesOf({{}, rootOver({})}));
     EXPECT_NE(RAVOLT::load("scene.Xml"), nullptr);
 }
 
@@ -462,7 +462,7 @@ TEST_F(RveLoaderTest, LoadWithoutMemoryLeavesNothing) {
     writePicture("wall_n.tga");
     RveScene scene = fullScene();
     scene.materials.push_back(texturedMaterial("wall", "wall_d.tga"));
-    writeBytes("scene.rve", bytesOf(scene));
+    writeFile("scene.rve", bytesOf(scene));
     const unsigned int textures = RVTEXTURE::getNumberOfTextures();
     const unsigned int firstId = zlfNewId();
     releaseId(firstId);

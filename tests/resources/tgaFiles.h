@@ -2,14 +2,11 @@
 
 // TGA files for the tests, made byte by byte.
 
+#include "tests/support/files.h"
+
 #include <cstdint>
-#include <fstream>
-#include <string>
-#include <vector>
 
 namespace ravolt::test {
-
-using Bytes = std::vector<unsigned char>;
 
 constexpr unsigned int plainType = 2, packedType = 10;
 constexpr std::size_t tgaHeaderSize = 18;
@@ -25,11 +22,6 @@ inline Bytes tgaHeader(unsigned int type, unsigned int width, unsigned int heigh
     header.push_back(static_cast<unsigned char>(bits));
     header.push_back(static_cast<unsigned char>(descriptor));
     return header;
-}
-
-inline Bytes operator+(Bytes left, const Bytes &right) {
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
 }
 
 inline Bytes repeated(std::size_t times, const Bytes &bytes) {
@@ -48,12 +40,6 @@ inline Bytes pattern(std::size_t size) {
         byte = static_cast<unsigned char>(state >> 24);
     }
     return bytes;
-}
-
-inline void writeFile(const std::string &name, const Bytes &bytes) {
-    std::ofstream file(name, std::ios::binary);
-    file.write(reinterpret_cast<const char *>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
 }
 
 // A plain file of one colour, 24 bits.

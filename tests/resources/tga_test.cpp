@@ -244,9 +244,7 @@ TEST(TgaWriter, SaysWhenTheFileCannotBeWritten) {
     const Bytes pixels = {1, 2, 3};
     EXPECT_FALSE(writeTga("no/such/folder.tga", {1, 1, 3, false, pixels.data()}));
     EXPECT_TRUE(writeTga("good.tga", {1, 1, 3, false, pixels.data()}));
-    std::ifstream file("good.tga", std::ios::binary);
-    const Bytes bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    EXPECT_EQ(tgaHeader(plainType, 1, 1, 24) + (Bytes{3, 2, 1}), bytes);
+    EXPECT_EQ(tgaHeader(plainType, 1, 1, 24) + (Bytes{3, 2, 1}), readFile("good.tga"));
 }
 
 TEST(TgaWriter, LeavesNoPartOfAFile) {

@@ -3,7 +3,7 @@
 #include "ravolt/RVVIDEO.h"
 
 #include "ravolt/zlf.h"
-#include "tests/resources/tgaFiles.h"
+#include "tests/support/files.h"
 #include "tests/support/logReader.h"
 
 #include <gtest/gtest.h>

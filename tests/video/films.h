@@ -4,10 +4,8 @@
 
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
-#include "tests/resources/tgaFiles.h"
+#include "tests/support/files.h"
 
-#include <fstream>
-#include <iterator>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -46,8 +44,7 @@ inline const Film films[] = {
 inline std::string pathOf(const std::string &film) { return RAVOLT_FILMS + film; }
 
 inline Bytes bytesOf(const std::string &film) {
-    std::ifstream file(pathOf(film), std::ios::binary);
-    Bytes bytes{std::istreambuf_iterator<char>(file), {}};
+    const Bytes bytes = readFile(pathOf(film));
     EXPECT_FALSE(bytes.empty()) << film;
     return bytes;
 }
