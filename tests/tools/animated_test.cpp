@@ -7,6 +7,7 @@
 
 #include "tests/tools/support.h"
 #include "tools/convert/import.h"
+#include "tools/stage/sphere.h"
 
 #include <algorithm>
 #include <array>
@@ -131,16 +132,13 @@ class Reference {
     }
 
     double size() const {
-        Vector low{1e300, 1e300, 1e300}, high = low * -1;
+        Box box;
         for (const bool skinned : {false, true})
             for (const Corners &corners : triangles(skinned, 100))
-                for (const Vector &p : corners) {
-                    if (!isFinite(p))
-                        continue;
-                    low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
-                    high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
-                }
-        return length(high - low);
+                for (const Vector &place : corners)
+                    if (isFinite(place))
+                        box.take(place);
+        return length(box.high - box.low);
     }
 
   private:

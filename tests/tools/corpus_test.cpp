@@ -67,15 +67,6 @@ std::vector<GLenum> openGlErrors() {
     return errors;
 }
 
-struct Box {
-    Vector low{1e300, 1e300, 1e300}, high{-1e300, -1e300, -1e300};
-
-    void add(const Vector &p) {
-        low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
-        high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
-    }
-};
-
 // Where the model's own matrices, in double precision, put its triangles.
 void addTriangles(const aiScene &scene, const aiNode &node, const Affine &parent, Box &box) {
     const Affine here = parent * affineFrom(node.mTransformation);
@@ -84,7 +75,7 @@ void addTriangles(const aiScene &scene, const aiNode &node, const Affine &parent
         for (unsigned int f = 0; f < mesh.mNumFaces; ++f)
             if (mesh.mFaces[f].mNumIndices == 3)
                 for (int k = 0; k < 3; ++k)
-                    box.add(here(vectorFrom(mesh.mVertices[mesh.mFaces[f].mIndices[k]])));
+                    box.take(here(vectorFrom(mesh.mVertices[mesh.mFaces[f].mIndices[k]])));
     }
     for (unsigned int i = 0; i < node.mNumChildren; ++i)
         addTriangles(scene, *node.mChildren[i], here, box);

@@ -15,7 +15,7 @@ namespace tool_test {
 
 template <class T> void handOver(const std::vector<T *> &from, T **&to, unsigned int &number) {
     number = static_cast<unsigned int>(from.size());
-    to = new T *[from.size()];
+    to = from.empty() ? nullptr : new T *[from.size()]; // assimp keeps none of nothing
     std::copy(from.begin(), from.end(), to);
 }
 

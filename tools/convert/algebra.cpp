@@ -47,6 +47,14 @@ Matrix cofactors(const Matrix &m) {
 
 double determinantOf(const Matrix &m) { return dot(m.column(0), cross(m.column(1), m.column(2))); }
 
+double largestDifference(const Matrix &a, const Matrix &b) {
+    double largest = 0;
+    for (std::size_t i = 0; i < 3; ++i)
+        for (std::size_t j = 0; j < 3; ++j)
+            largest = std::max(largest, std::abs(a.row[i][j] - b.row[i][j]));
+    return largest;
+}
+
 double largestEntry(const Matrix &m) {
     double largest = 0;
     for (const auto &row : m.row)

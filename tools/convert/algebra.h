@@ -45,7 +45,8 @@ Vector operator*(const Matrix &m, const Vector &v);
 Matrix transposed(const Matrix &m); // the inverse of a rotation
 Matrix cofactors(const Matrix &m);
 double determinantOf(const Matrix &m);
-double largestEntry(const Matrix &m); // by its absolute value
+double largestEntry(const Matrix &m);                       // by its absolute value
+double largestDifference(const Matrix &a, const Matrix &b); // of two entries
 
 // The matrix that carries normals along with `linear`: its inverse transpose times the absolute
 // value of the determinant, which exists for a singular matrix too.

@@ -40,9 +40,7 @@ Clips::Clips(const aiScene &model, const Skeleton &joints, const Skins &allSkins
              double framesPerSecond, Report &lines)
     : scene(model), skeleton(joints), skins(allSkins), fps(framesPerSecond), report(lines),
       moved(joints.joints().size(), false) {
-    const Pose &bind = skins.bindPose();
-    for (const Affine &world : bind.world)
-        size = std::max(size, length(world.offset - bind.world[0].offset));
+    size = spreadOf(skins.bindPose());
     if (skins.differsFromOwnPose()) {
         report.note("the skin is bound in another pose than the model's own, which becomes the "
                     "clip '" +
@@ -148,11 +146,7 @@ bool Clips::differs(const Placement &placement, std::size_t joint) const {
 // What stands on the joint would have to change its size.
 bool Clips::isRescaled(const Placement &placement, std::size_t joint) const {
     const Matrix &own = skeleton.ownPose().placement[joint].rest;
-    double change = 0;
-    for (std::size_t i = 0; i < 3; ++i)
-        for (std::size_t j = 0; j < 3; ++j)
-            change = std::max(change, std::abs(placement.rest.row[i][j] - own.row[i][j]));
-    return change > largestEntry(own) * 1e-3;
+    return largestDifference(placement.rest, own) > largestEntry(own) * 1e-3;
 }
 
 std::vector<bool> Clips::movedBy(const Source &source) {

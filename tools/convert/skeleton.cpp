@@ -2,6 +2,8 @@
 
 #include "tools/writers/rveWriter.h"
 
+#include <algorithm>
+
 namespace ravolt::tool {
 
 namespace {
@@ -22,6 +24,13 @@ std::string nameInModel(const aiScene &scene, const aiNode &node) {
 }
 
 } // namespace
+
+double spreadOf(const Pose &pose) {
+    double spread = 0;
+    for (const Affine &world : pose.world)
+        spread = std::max(spread, length(world.offset - pose.world[0].offset));
+    return spread;
+}
 
 Skeleton::Skeleton(const aiScene &model, double scale, int firstLevel, Report &lines)
     : scene(model), report(lines), outermost{Matrix() * scale, {}},

@@ -39,6 +39,9 @@ struct Pose {
     std::vector<Affine> world;
 };
 
+// How large a figure is, by the places of its joints.
+double spreadOf(const Pose &pose);
+
 class Skeleton {
   public:
     // `firstLevel` is that of the model's root in the scene, `scale` a factor for all lengths.

@@ -26,22 +26,6 @@ void addWeighted(Affine &sum, const Affine &map, double weight) {
     sum.offset = sum.offset + map.offset * weight;
 }
 
-double difference(const Matrix &a, const Matrix &b) {
-    double largest = 0;
-    for (std::size_t i = 0; i < 3; ++i)
-        for (std::size_t j = 0; j < 3; ++j)
-            largest = std::max(largest, std::abs(a.row[i][j] - b.row[i][j]));
-    return largest;
-}
-
-// How large a figure is, by the places of its joints.
-double spreadOf(const Pose &pose) {
-    double spread = 0;
-    for (const Affine &world : pose.world)
-        spread = std::max(spread, length(world.offset - pose.world[0].offset));
-    return spread;
-}
-
 } // namespace
 
 Skins::Skins(const aiScene &model, const Skeleton &joints, Report &report)
@@ -90,6 +74,8 @@ void Skins::followNeighbours(const aiMesh &mesh, const std::vector<bool> &lost,
 }
 
 Skins::Skin Skins::read(const aiMesh &mesh) {
+    if (mesh.mNumBones == 0)
+        return {};
     Skin skin;
     std::vector<std::vector<Hold>> all(mesh.mNumVertices);
     std::vector<bool> lost(mesh.mNumVertices, false); // by bones that the model does not have
@@ -189,7 +175,7 @@ void Skins::setBindPose() {
         if (!bound[i])
             continue;
         const Affine &wanted = *bound[i];
-        if (difference(usual.linear, wanted.linear) < tolerance &&
+        if (largestDifference(usual.linear, wanted.linear) < tolerance &&
             length(usual.offset - wanted.offset) <= distance)
             continue;
         changed = true;

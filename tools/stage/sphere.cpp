@@ -36,15 +36,11 @@ std::vector<Vector> placesOfVertices(RVNODE *root, Kind kind) {
 
 Sphere sphereOf(const std::vector<Vector> &places) {
     Sphere sphere;
-    if (places.empty())
-        return sphere;
-    Vector low = places[0], high = places[0];
-    for (const Vector &p : places) {
-        low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
-        high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
-    }
-    sphere.center = (low + high) * 0.5;
-    sphere.lowest = low.y;
+    Box box;
+    for (const Vector &place : places)
+        box.take(place);
+    sphere.center = (box.low + box.high) * 0.5;
+    sphere.lowest = box.low.y;
     for (const Vector &p : places)
         sphere.radius = std::max(sphere.radius, length(p - sphere.center));
     return sphere;
@@ -65,7 +61,7 @@ const RVMESH *visibleMesh(const RVNODE *node) {
 
 Sphere sphereAround(RVNODE *root) { return sphereOf(placesOfVertices(root, Kind::any)); }
 
-void Extent::Box::take(const Vector &p) {
+void Box::take(const Vector &p) {
     if (empty)
         low = high = p;
     empty = false;
@@ -85,7 +81,7 @@ Extent::Extent(RVNODE *root) : scene(root) {
 }
 
 // Bones are meshes that are not to be seen themselves.
-Extent::Box Extent::bones() const {
+Box Extent::bones() const {
     Box box;
     walk(scene, [&](RVNODE *node) {
         if (node->getType() == RV_NODE_TYPE_MESH && !visibleMesh(node) && node->getParent())

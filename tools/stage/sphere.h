@@ -17,6 +17,13 @@ struct Sphere {
     double lowest = 0; // height of the scene's lowest point
 };
 
+struct Box {
+    Vector low, high;
+    bool empty = true;
+
+    void take(const Vector &place);
+};
+
 // Around all vertices of the visible meshes under `root`, in the world. Needs the live engine.
 // The radius is 0 when there are none.
 Sphere sphereAround(RVNODE *root);
@@ -33,11 +40,6 @@ class Extent {
     Sphere sphere() const;
 
   private:
-    struct Box {
-        Vector low, high;
-        bool empty = true;
-        void take(const Vector &place);
-    };
     Box bones() const;
 
     RVNODE *scene;
