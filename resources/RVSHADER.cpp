@@ -59,6 +59,16 @@ namespace {
 
 constexpr char noName[] = "[none]";
 
+// Without one of these no program would be right: a stage counts as not compiled then, so that what
+// needs it is left out, instead of drawn wrongly.
+bool canBeProgrammed() {
+    return RVOPENGL::glShaderSourceARB && RVOPENGL::glCompileShaderARB &&
+           RVOPENGL::glGetObjectParameterivARB && RVOPENGL::glCreateProgramObjectARB &&
+           RVOPENGL::glAttachObjectARB && RVOPENGL::glLinkProgramARB &&
+           RVOPENGL::glUseProgramObjectARB && RVOPENGL::glGetUniformLocationARB &&
+           RVOPENGL::glUniform1iARB && RVOPENGL::glUniform1fARB;
+}
+
 } // namespace
 
 RVSHADER::RVSHADER()
@@ -198,7 +208,7 @@ bool RVSHADER::compile(const Stage &stage, const char *stageName, const char *so
     ravolt::call<RVOPENGL::glCompileShaderARB>(object);
     ravolt::call<RVOPENGL::glGetObjectParameterivARB>(object, GLenum{GL_OBJECT_COMPILE_STATUS_ARB},
                                                       &status);
-    if (!status) {
+    if (!status || !canBeProgrammed()) {
         zlfLog(stage.notCompiled, stageName);
         return false;
     }

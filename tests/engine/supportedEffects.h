@@ -6,7 +6,6 @@
 #include "tests/support/recorder.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <iterator>
 #include <ostream>
 #include <string>
@@ -71,15 +70,22 @@ inline bool isOfFramebuffers(const std::string &name) {
     return name.find("EXT") != std::string::npos;
 }
 
-inline bool isIn(std::initializer_list<const char *> names, const std::string &name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
+// Without one of these there is no program.
+constexpr const char *functionsOfPrograms[] = {"glCreateShaderObjectARB",
+                                               "glShaderSourceARB",
+                                               "glCompileShaderARB",
+                                               "glGetObjectParameterivARB",
+                                               "glCreateProgramObjectARB",
+                                               "glAttachObjectARB",
+                                               "glLinkProgramARB",
+                                               "glUseProgramObjectARB",
+                                               "glGetUniformLocationARB",
+                                               "glUniform1iARB",
+                                               "glUniform1fARB"};
 
-// Without these no stage compiles.
-inline bool isOfCompiling(const std::string &name) {
-    return isIn({"glCreateShaderObjectARB", "glShaderSourceARB", "glCompileShaderARB",
-                 "glGetObjectParameterivARB"},
-                name);
+inline bool isOfPrograms(const std::string &name) {
+    return std::find(std::begin(functionsOfPrograms), std::end(functionsOfPrograms), name) !=
+           std::end(functionsOfPrograms);
 }
 
 // --- without a program
