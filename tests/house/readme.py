@@ -8,10 +8,12 @@ import re
 import sys
 
 
-def only(text, language):
+def only(text, language, holding=""):
+    """The one block of a language that holds a text; others are pieces of code."""
     blocks = re.findall(rf"^```{language}\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
+    blocks = [block for block in blocks if holding in block]
     if len(blocks) != 1:
-        sys.exit(f"README.md has {len(blocks)} blocks of {language}, not one")
+        sys.exit(f"README.md has {len(blocks)} blocks of {language} with '{holding}', not one")
     return blocks[0]
 
 
@@ -19,7 +21,7 @@ def main():
     text = (pathlib.Path(sys.argv[1]) / "README.md").read_text()
     folder = pathlib.Path(sys.argv[2])
     folder.mkdir(parents=True, exist_ok=True)
-    (folder / "hello.cpp").write_text(only(text, "cpp"))
+    (folder / "hello.cpp").write_text(only(text, "cpp", "int main("))
     (folder / "CMakeLists.txt").write_text(only(text, "cmake"))
 
 
