@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# Installs what is needed, builds, and shows a real model that was converted to the engine's scene
-# format, under a spot light on a stage, with one effect after the other: per-pixel lighting, soft
-# shadows, bloom, tone mapping, depth of field that pulls its focus, and all of them together.
+# Installs what is needed, builds, and shows real models that were converted to the engine's formats,
+# under a spot light on a stage: a character walks round a truck, and beside them a film of the truck,
+# which the engine itself has drawn, plays on a screen. Meanwhile comes one effect after the other:
+# per-pixel lighting, soft shadows, bloom, tone mapping, depth of field that pulls its focus, and all
+# of them together.
 #
 #   ./demo.sh            in a window; without a display it leaves pictures in demo-pictures/
 #   ./demo.sh --pictures pictures, with a display too
@@ -11,7 +13,7 @@ self=$(readlink -f "$0")
 cd "$(dirname "$self")" || exit 1
 source scripts/common.sh
 
-model=/usr/share/assimp/models/glTF/CesiumMilkTruck/CesiumMilkTruck.gltf
+models=/usr/share/assimp/models
 frames=54 # six for each part
 pictures=demo-pictures
 
@@ -34,15 +36,25 @@ configure_and_build release
 build=$PWD/build/release
 stage=$PWD/build/demo
 mkdir -p "$stage"
-echo "Converting $model"
-"$build/bin/ravolt" convert "$model" -o "$stage/truck.rve" &&
-    "$build/bin/ravolt" convert media/stage.obj --prefix stage_ -o "$stage/stage.rve" ||
-    fail "the model or its stage could not be converted"
+convert() { # MODEL NAME: with materials of its own, which scenes otherwise share by their names
+    echo "Converting $1"
+    "$build/bin/ravolt" convert "$1" --prefix "$2_" -o "$stage/$2.rve" ||
+        fail "$1 could not be converted"
+}
+convert "$models/glTF/CesiumMilkTruck/CesiumMilkTruck.gltf" truck
+convert "$models/X/Testwuson.X" wisent
+convert media/stage.obj stage
+if [ ! "$stage/truck.m2v" -nt "$build/bin/ravolt" ]; then
+    echo "Making a film of the truck"
+    scripts/makeFilm.sh "$build/bin/ravolt" "$stage/truck.rve" "$stage/truck.m2v" ||
+        fail "the film could not be made"
+fi
+show=("$build/bin/effects" ./truck.rve ./stage.rve ./wisent.rve ./wisent.Wuson_Walk.rva ./truck.m2v)
 
 cd "$stage" || exit 1 # the engine's log lands here
 if [ -n "$window" ]; then
-    echo "Showing the model; Escape or closing the window ends the demo"
-    "$build/bin/effects" ./truck.rve ./stage.rve >/dev/null ||
+    echo "Showing the stage; Escape or closing the window ends the demo"
+    "${show[@]}" >/dev/null ||
         fail "the demo ended badly; the engine's log is $stage/ravolt_log.txt"
     exit 0
 fi
@@ -53,8 +65,7 @@ echo "Drawing a picture of each effect without a display"
 rm -rf "../../$pictures"
 mkdir -p "../../$pictures"
 LD_LIBRARY_PATH=$compatible SDL_VIDEODRIVER=offscreen LIBGL_ALWAYS_SOFTWARE=1 \
-    "$build/bin/effects" --frames "$frames" --picture "../../$pictures/%s.png" \
-    ./truck.rve ./stage.rve >/dev/null ||
+    "${show[@]}" --frames "$frames" --picture "../../$pictures/%s.png" >/dev/null ||
     fail "the demo ended badly; the engine's log is $stage/ravolt_log.txt"
 echo "The pictures, named for the effects, are in $pictures:"
 ls "../../$pictures"

@@ -42,22 +42,26 @@ void requireDisplay() {
 
 } // namespace
 
-Example::Example(int argc, char **argv) {
+std::string folderOf(const std::string &file) { return file.substr(0, file.find_last_of('/') + 1); }
+
+Example::Example(int argc, char **argv, std::initializer_list<const char *> wanted) {
+    bool sensible = true;
     for (int i = 1; i < argc; ++i) {
         if (!std::strcmp(argv[i], "--frames") && i + 1 < argc) {
             frames = std::atoi(argv[++i]);
         } else if (!std::strcmp(argv[i], "--picture") && i + 1 < argc) {
             picture = argv[++i];
-        } else if (argv[i][0] != '-' && !scene) {
-            scene = argv[i];
-        } else if (argv[i][0] != '-' && !stage) {
-            stage = argv[i];
         } else {
-            std::fprintf(stderr,
-                         "usage: %s [--frames N] [--picture FILE.png] [SCENE.rve [STAGE.rve]]\n",
-                         argv[0]);
-            std::exit(2);
+            sensible = sensible && argv[i][0] != '-';
+            files.push_back(argv[i]);
         }
+    }
+    if (!sensible || files.size() != wanted.size()) {
+        std::fprintf(stderr, "usage: %s [--frames N] [--picture FILE.png]", argv[0]);
+        for (const char *file : wanted)
+            std::fprintf(stderr, " %s", file);
+        std::fprintf(stderr, "\n");
+        std::exit(2);
     }
     requireDisplay();
 }

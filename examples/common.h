@@ -3,18 +3,22 @@
 // What the examples share and what is not about the engine: the command line, the window's events,
 // and pictures of the frame.
 //
-//   EXAMPLE [--frames N] [--picture FILE.png] [SCENE.rve [STAGE.rve]]
+//   EXAMPLE [--frames N] [--picture FILE.png] FILE ...
 //
 // With --frames the program ends by itself after N frames. With --picture it writes the last one;
 // a "%03d" in the name makes it write them all, and a "%s" those that have a label.
 
-class RVSETTINGS;
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+// The part of a file's name up to the last slash, which stays; empty when there is none.
+std::string folderOf(const std::string &file);
 
 struct Example {
-    int frames = 0;                // 0: until the window is closed
-    const char *picture = nullptr; // NULL: none
-    const char *scene = nullptr;   // the first free argument
-    const char *stage = nullptr;   // the second
+    int frames = 0;                  // 0: until the window is closed
+    const char *picture = nullptr;   // NULL: none
+    std::vector<const char *> files; // as many as the constructor was told to want
 
     int frame = 0;               // frames that have been shown
     const char *label = nullptr; // of the frame's picture; NULL: the frame has none
@@ -22,9 +26,10 @@ struct Example {
     int mouseX = -1, mouseY = -1; // last click in window pixels, -1 for none since the last frame
     int wheel = 0;                // wheel steps since the last frame
 
-    // Reads the command line. Ends the program with a usage line when it makes no sense, and with
-    // advice when there is no display to open a window on.
-    Example(int argc, char **argv);
+    // Reads the command line; `wanted` are the files that it must name, as the usage line calls
+    // them. Ends the program with that line when it makes no sense, and with advice when there is
+    // no display to open a window on.
+    Example(int argc, char **argv, std::initializer_list<const char *> wanted = {});
 
     // To be called once after each RAVOLT::swap: takes the window's events and writes the picture
     // that is due. False when it is time to stop.

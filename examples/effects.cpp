@@ -1,7 +1,11 @@
 // The effects in turn: a model on a stage under a spot light, which casts soft shadows, among lamps
-// that are brighter than white and glow, seen by a camera that pulls its focus.
+// that are brighter than white and glow, seen by a camera that pulls its focus. A character walks
+// round the model, and beside it a film plays on a screen.
 
+#include "cinema.h"
 #include "common.h"
+#include "stage.h"
+#include "walker.h"
 
 #include <ravolt.h>
 
@@ -36,7 +40,7 @@ const Part parts[] = {
     {"9 all effects", true, true, true, true, 18, 9.5f, RVSHADER::useDOF},
 };
 constexpr int numberOfParts = sizeof parts / sizeof *parts;
-constexpr float secondsOfAPart = 4, nearPlane = 0.5f, farPlane = 40;
+constexpr float secondsOfAPart = 4;
 constexpr float blurredAfter = 5; // metres before and behind the focus
 
 void turn(bool on, void (*switchOn)(), void (*switchOff)()) { on ? switchOn() : switchOff(); }
@@ -59,81 +63,57 @@ void announce(const Part &part) {
     SDL_WM_SetCaption(("Ravolt: " + line).c_str(), nullptr);
 }
 
-RVLIGHT *makeSpot() {
-    RVLIGHT *spot = new RVLIGHT();
-    spot->setLightType(RV_LIGHT_TYPE_SPOT);
-    spot->setPosition(7.0f, 9.0f, 5.0f); // not straight above: such a light casts no shadow
-    spot->setTargetNode(spot);
-    spot->setTarget(0.0f, 0.5f, 0.0f);
-    spot->setCutOff(32.0f);
-    spot->setExponent(10.0f);
-    spot->setAmbient(0.0f, 0.0f, 0.0f, 1.0f);
-    spot->setDiffuse(1.1f, 1.05f, 0.95f, 1.0f);
-    spot->setSpecular(1.0f, 1.0f, 1.0f, 1.0f);
-    spot->castShadows(true);
-    spot->setShadowNearPlane(4.0f);
-    spot->setShadowFarPlane(40.0f);
-    return spot;
+// The card bends meshes by programs alone, so that one which is to be bent needs a program also
+// where the fixed functions light the others.
+void keepBent(RVNODE *node, RVSHADER *program) {
+    RVMESH *mesh = node->getType() == RV_NODE_TYPE_MESH ? static_cast<RVMESH *>(node) : nullptr;
+    if (mesh && mesh->isSkinned() && mesh->getMaterial())
+        mesh->getMaterial()->setShader(program);
+    for (unsigned int i = 0; i < node->getNumberOfChildren(); ++i)
+        keepBent(node->getChild(i), program);
 }
 
 } // namespace
 
 int main(int argc, char **argv) {
     // init
-    Example example(argc, argv);
-    if (!example.stage) {
-        std::fprintf(stderr,
-                     "usage: effects [--frames N] [--picture FILE.png] SCENE.rve STAGE.rve\n");
-        return 2;
-    }
-    const std::string scene = example.scene;
-    RVSETTINGS settings;
-    settings.setTitle("Ravolt: effects");
-    settings.setWindowX(960);
-    settings.setWindowY(600);
-    settings.setFBOSizeX(960);
-    settings.setFBOSizeY(600);
-    settings.setShadowMapSize(384); // the smaller, the softer
-    settings.setColorDepth(32);
-    settings.setZetaDepth(24);
-    settings.setShaders(true);
-    settings.setTexturePath(scene.substr(0, scene.find_last_of('/') + 1).c_str());
-    if (!RAVOLT::init(&settings))
+    Example example(argc, argv,
+                    {"SCENE.rve", "STAGE.rve", "CHARACTER.rve", "CLIP.rva", "FILM.m2v"});
+    if (!openStage("Ravolt: effects", example.files[0]))
         return 1;
-    RVNODE *model = RAVOLT::load(example.scene), *stage = RAVOLT::load(example.stage);
-    if (!model || !stage) {
+    RVNODE *model = RAVOLT::load(example.files[0]), *stage = RAVOLT::load(example.files[1]);
+    Walker walker(example.files[2], example.files[3]);
+    if (!model || !stage || !walker.isReady()) {
         RAVOLT::free();
         return 1;
     }
     model->setRotation(0.0f, -25.0f, 0.0f);
     model->setPosition(0.9f, 0.0f, -0.6f);
+    Cinema cinema(example.files[4]);
+    cinema.showOn(stage, "screen");
     RVLIGHT *spot = makeSpot();
-    RVCAMERA *camera = new RVCAMERA();
-    camera->setTarget(0.2f, 0.9f, 0.0f);
-    camera->setTargetNode(camera);
-    RVOPENGL::setNearPlane(nearPlane);
-    RVOPENGL::setFarPlane(farPlane);
-    RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
-    RVOPENGL::setBackgroundColor(0.03f, 0.04f, 0.07f, 1.0f);
-    RVOPENGL::setGlobalAmbientLight(0.2f, 0.2f, 0.24f, 1.0f);
+    RVCAMERA *camera = makeCamera();
     RAVOLT::setBloomingIntensity(0.8f);
     RAVOLT::setHDRExposure(8.0f);
 
-    float time = 0; // in parts
+    float time = 0, before = 0; // in parts
     int shown = -1;
     do {
         // update
         if (static_cast<int>(time) != shown)
             announce(parts[(shown = static_cast<int>(time)) % numberOfParts]);
-        show(parts[shown % numberOfParts], time - static_cast<float>(shown));
-        const float angle = 0.25f + 0.15f * std::sin(0.5f * time);
-        camera->setPosition(10.0f * std::sin(angle), 2.4f, 10.0f * std::cos(angle));
+        const Part &part = parts[shown % numberOfParts];
+        show(part, time - static_cast<float>(shown));
+        keepBent(walker.getNode(), part.perPixel ? nullptr : RVSHADER::pplSpotA);
+        goRound(camera, 17 + 5 * std::sin(0.5f * time));
+        walker.advance((time - before) * secondsOfAPart);
+        cinema.advance((time - before) * secondsOfAPart);
+        before = time;
         // A run of N frames goes through all parts once; the last picture of each is kept.
         time = example.frames
                    ? (static_cast<float>(example.frame) + 1.001f) * numberOfParts / example.frames
                    : time + example.seconds() / secondsOfAPart;
-        example.label =
-            static_cast<int>(time) != shown ? parts[shown % numberOfParts].name : nullptr;
+        example.label = static_cast<int>(time) != shown ? part.name : nullptr;
 
         // draw
         RAVOLT::clear(true, true, false);
@@ -141,6 +121,7 @@ int main(int argc, char **argv) {
         spot->pass(true);
         stage->pass(true);
         model->pass(true);
+        walker.getNode()->pass(true);
         RAVOLT::end3D(true);
         RAVOLT::swap();
     } while (example.next());

@@ -51,13 +51,8 @@ RVLIGHT *makeLight(const Z3MVECTOR3D &from, float brightness) {
 } // namespace
 
 int main(int argc, char **argv) {
-    Example example(argc, argv);
-    if (!example.scene) {
-        std::fprintf(stderr, "usage: turntable [--frames N] [--picture FILE.png] SCENE.rve\n");
-        return 2;
-    }
-    const std::string scene = example.scene;
-    const std::string folder = scene.substr(0, scene.find_last_of('/') + 1);
+    Example example(argc, argv, {"SCENE.rve"});
+    const std::string scene = example.files[0], folder = folderOf(scene);
 
     RVSETTINGS settings;
     settings.setTitle("Ravolt: turntable");

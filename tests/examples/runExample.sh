@@ -1,29 +1,43 @@
 #!/bin/sh
-# runExample.sh CONVERTER EXAMPLE FRAMES PICTURES [MODEL...]: runs an example for some frames in this
-# folder, with the scenes that are converted from the models. It fails on the example's exit status,
-# on a problem in its log, on a leak in the log's closing statistics, and when it does not leave as
-# many pictures as it should.
+# runExample.sh CONVERTER EXAMPLE FRAMES PICTURES [FILE...]: runs an example for some frames in this
+# folder. A FILE is a model, which is converted; a clip (.rva), which a conversion before it has made;
+# or a film (.m2v), which is made of the first scene. It fails on the example's exit status, on a
+# problem in its log, on a leak in the log's closing statistics, and when it does not leave as many
+# pictures as it should or the last two thirds of many show the same.
 set -eu
+scripts=$(dirname "$0")/../../scripts
 converter=$1 example=$2 frames=$3 pictures=$4
 shift 4
 
-scenes=
-for model in "$@"; do
-    scene=./$(basename "${model%.*}").rve
-    "$converter" convert "$model" -o "$scene"
-    scenes="$scenes $scene"
+files=
+for file in "$@"; do
+    case $file in
+    *.rva) made=./$file ;;
+    *.m2v)
+        made=./$file
+        "$scripts/makeFilm.sh" "$converter" "${files%% *}" "$made" 25
+        ;;
+    *)
+        name=$(basename "${file%.*}")
+        made=./$name.rve
+        "$converter" convert "$file" --prefix "${name}_" -o "$made"
+        ;;
+    esac
+    files="${files:+$files }$made"
 done
 name=picture.png
-[ "$pictures" -eq 1 ] || name=picture_%s.png
+[ "$pictures" -eq 1 ] || name=picture_%s.png       # those that the example labels
+[ "$pictures" -ne "$frames" ] || name=picture_%d.png # all
 rm -f picture*.png
-"$example" --frames "$frames" --picture "$name" $scenes >output.txt || {
+"$example" --frames "$frames" --picture "$name" $files >output.txt || {
     cat output.txt
     echo "FAILED: exit status"
     exit 1
 }
 
 # What stands there without a fault: a machine without a graphics card, a model without normal maps.
-problems=$(grep -F '[!]' ravolt_log.txt | grep -vF -e 'No VRam detected' -e 'normal map not found' || true)
+problems=$(grep -F '[!]' ravolt_log.txt | grep -vF -e 'No VRam detected' -e 'normal map not found' \
+    ${EXCUSED:+-e "$EXCUSED"} || true)
 if [ -n "$problems" ]; then
     echo "FAILED: problems in the log:"
     echo "$problems"
@@ -37,5 +51,10 @@ fi
 found=$(find . -name 'picture*.png' -size +0 | wc -l)
 if [ "$found" -ne "$pictures" ]; then
     echo "FAILED: $found pictures instead of $pictures"
+    exit 1
+fi
+if [ "$pictures" -eq "$frames" ] &&
+    cmp -s "picture_$(printf %03d $((frames / 3))).png" "picture_$(printf %03d $((frames - 1))).png"; then
+    echo "FAILED: nothing moves"
     exit 1
 fi

@@ -1,0 +1,36 @@
+// A character that walks: a clip moves its bones, the card bends its skin, and it casts a shadow.
+
+#include "common.h"
+#include "stage.h"
+#include "walker.h"
+
+#include <ravolt.h>
+
+int main(int argc, char **argv) {
+    Example example(argc, argv, {"STAGE.rve", "CHARACTER.rve", "CLIP.rva"});
+    if (!openStage("Ravolt: character", example.files[0]))
+        return 1;
+    RVNODE *stage = RAVOLT::load(example.files[0]);
+    Walker walker(example.files[1], example.files[2]);
+    if (!stage || !walker.isReady()) {
+        RAVOLT::free();
+        return 1;
+    }
+    RVLIGHT *spot = makeSpot();
+    RVCAMERA *camera = makeCamera();
+    RAVOLT::shadowingOn();
+
+    do {
+        walker.advance(example.seconds());
+        RAVOLT::clear(true, true, false);
+        RAVOLT::begin3D(camera);
+        spot->pass(true);
+        stage->pass(true);
+        walker.getNode()->pass(true);
+        RAVOLT::end3D(true);
+        RAVOLT::swap();
+    } while (example.next());
+
+    RAVOLT::free();
+    return 0;
+}

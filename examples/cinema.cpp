@@ -1,0 +1,49 @@
+#include "cinema.h"
+
+#include <ravolt.h>
+
+#include <cstdio>
+
+namespace {
+
+constexpr float length = 5; // seconds
+
+// The film's steps are those of its decoder, of which each frame takes a different number. A
+// showing without a texture, which drops the frames, tells how many the whole film takes.
+unsigned int countSteps(RVVIDEO *film) {
+    unsigned int steps = 0;
+    for (film->play(); film->getStatus() == RV_VIDEO_PLAY; ++steps)
+        film->update(1);
+    return steps;
+}
+
+} // namespace
+
+Cinema::Cinema(const char *file) : film(new RVVIDEO()), texture(new RVTEXTURE()) {
+    texture->setFilter(true, false, true); // no mipmaps, which would keep the first picture
+    texture->create(512, 256, 3);
+    if (!film->load(file)) {
+        std::fprintf(stderr, "The film was not loaded; ravolt_log.txt says why.\n");
+        return;
+    }
+    stepsPerSecond = static_cast<float>(countSteps(film)) / length;
+    film->setTexture(texture);
+    film->playLoop();
+}
+
+void Cinema::showOn(RVNODE *scene, const char *mesh) {
+    RVNODE *node = scene->findByNameInHierarchy(mesh);
+    if (!node || node->getType() != RV_NODE_TYPE_MESH)
+        return;
+    if (RVMATERIAL *material = static_cast<RVMESH *>(node)->getMaterial()) {
+        material->setTexture(0, texture);
+        material->setEmission(1.0f, 1.0f, 1.0f, 1.0f); // whatever light falls on it
+    }
+}
+
+void Cinema::advance(float seconds) {
+    due += seconds * stepsPerSecond;
+    const unsigned int steps = static_cast<unsigned int>(due);
+    film->update(steps);
+    due -= static_cast<float>(steps);
+}

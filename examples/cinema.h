@@ -1,0 +1,25 @@
+#pragma once
+
+class RVNODE;
+class RVTEXTURE;
+class RVVIDEO;
+
+// A film as scripts/makeFilm.sh makes it, 320 by 240 pixels and 5 seconds, on a mesh, again and
+// again. Its file stays open as long as the program runs.
+class Cinema {
+  public:
+    // Loads the film; when that fails it says so, and the picture stays black.
+    explicit Cinema(const char *file);
+
+    // Puts the picture onto the mesh of this name. The mesh shows it by its texture coordinates:
+    // the picture is 320 of 512 texels wide and 240 of 256 high, its first row at V = 0.
+    void showOn(RVNODE *scene, const char *mesh);
+
+    void advance(float seconds);
+
+  private:
+    RVVIDEO *film;
+    RVTEXTURE *texture;
+    float stepsPerSecond = 0;
+    float due = 0; // steps
+};

@@ -1,0 +1,35 @@
+// A film on a screen: MPEG-1 or MPEG-2 video, decoded into the texture of a mesh.
+
+#include "cinema.h"
+#include "common.h"
+#include "stage.h"
+
+#include <ravolt.h>
+
+int main(int argc, char **argv) {
+    Example example(argc, argv, {"STAGE.rve", "FILM.m2v"});
+    if (!openStage("Ravolt: film", example.files[0]))
+        return 1;
+    RVNODE *stage = RAVOLT::load(example.files[0]);
+    if (!stage) {
+        RAVOLT::free();
+        return 1;
+    }
+    Cinema cinema(example.files[1]);
+    cinema.showOn(stage, "screen");
+    RVLIGHT *spot = makeSpot();
+    RVCAMERA *camera = makeCamera();
+
+    do {
+        cinema.advance(example.seconds());
+        RAVOLT::clear(true, true, false);
+        RAVOLT::begin3D(camera);
+        spot->pass(true);
+        stage->pass(true);
+        RAVOLT::end3D(true);
+        RAVOLT::swap();
+    } while (example.next());
+
+    RAVOLT::free();
+    return 0;
+}

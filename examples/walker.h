@@ -1,0 +1,24 @@
+#pragma once
+
+class RVANIM;
+class RVNODE;
+
+// A character that walks round a circle: a clip moves its bones, and its place follows its feet.
+class Walker {
+  public:
+    // Loads the character and its clip.
+    Walker(const char *scene, const char *clipFile);
+    bool isReady() const; // both have been loaded
+
+    void advance(float seconds);
+
+    // What to pass: the middle of the circle, which the character hangs on.
+    RVNODE *getNode() const { return middle; }
+
+  private:
+    RVNODE *middle;
+    RVNODE *character;
+    RVANIM *clip;
+    bool hasClip;
+    float time = 0;
+};
