@@ -9,6 +9,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/zlf.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <utility>
@@ -59,6 +60,11 @@ void chooseClientUnit0() {
 
 RVFBO *RVOPENGL::getFbo(int index) {
     return index >= 0 && index < static_cast<int>(std::size(fbo)) ? fbo[index] : nullptr;
+}
+
+void RVOPENGL::forgetFbo(const RVFBO *target) {
+    std::replace(std::begin(fbo), std::end(fbo), const_cast<RVFBO *>(target),
+                 static_cast<RVFBO *>(nullptr));
 }
 
 bool RVOPENGL::isActive() { return active; }

@@ -107,9 +107,17 @@ void drawFocused(float focus, float range) {
 
 } // namespace
 
-bool RAVOLT::Effects::haveBloom() { return blooming && RVSHADER::useBloom() && haveTargets(); }
+// The flags outlive the programs, which the application may have deleted.
+bool RAVOLT::Effects::haveBloom() {
+    return blooming && RVSHADER::useBloom() && RVSHADER::bloomBright && RVSHADER::bloomCombine &&
+           RVSHADER::bloomH && RVSHADER::bloomV && RVSHADER::bloomToneMapping &&
+           RVSHADER::bloomForceAlpha && haveTargets();
+}
 
-bool RAVOLT::Effects::haveDepthOfField() { return DOF && RVSHADER::useDOF() && haveTargets(); }
+bool RAVOLT::Effects::haveDepthOfField() {
+    return DOF && RVSHADER::useDOF() && RVSHADER::dofCombine && RVSHADER::dof && RVSHADER::bloomH &&
+           RVSHADER::bloomV && haveTargets();
+}
 
 bool RAVOLT::Effects::haveShadows() { return shadowing && RVSHADER::useShadows() && haveTargets(); }
 

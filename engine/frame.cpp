@@ -19,6 +19,9 @@
 #include "resources/framebuffers.h"
 #include "scene/localTransform.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
 
 bool isAny(const RVNODE &) { return true; }
@@ -128,8 +131,12 @@ bool RAVOLT::clear(bool color, bool depth, bool stencil) {
     return true;
 }
 
-// The pool's pointers, and what the programs can do, outlive the engine; what they name does not.
-bool RAVOLT::haveTargets() { return active && ravolt::framebuffersWork(); }
+// The application may have deleted one of them, or its texture, with all others.
+bool RAVOLT::haveTargets() {
+    return active && ravolt::framebuffersWork() &&
+           std::all_of(std::begin(RVOPENGL::fbo), std::end(RVOPENGL::fbo),
+                       [](const RVFBO *target) { return target && target->getTexture(); });
+}
 
 // Asked by the settings or by an effect that composes the picture.
 bool RAVOLT::wantsTarget() {

@@ -76,8 +76,8 @@ bool RAVOLT::init(RVSETTINGS *settings) {
     return true;
 }
 
-// The classes in their order. When one fails, those before it are freed, the last first. The targets
-// and programs that were made go too, without a line in the log.
+// The classes in their order. When one fails, those before it are freed, the last first. The
+// targets and programs that were made go too, without a line in the log.
 bool RAVOLT::startClasses(RVSETTINGS &settings) {
     struct Row {
         bool (*start)(RVSETTINGS &settings);

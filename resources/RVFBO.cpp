@@ -55,6 +55,7 @@ RVFBO::~RVFBO() {
         if (glId)
             RVOPENGL::glDeleteFramebuffersEXT(1, &glId);
     }
+    RVOPENGL::forgetFbo(this);
     FboRegistry::unlink(firstFbo, lastFbo, this);
 }
 
@@ -131,13 +132,9 @@ bool RVFBO::render(void *) {
 // The target must be current. A texture that has been uploaded anew has another name; one that was
 // thrown out comes back, empty; one that was deleted is compared and not followed.
 void RVFBO::keepTexture() {
+    texture = getTexture();
     seenReleases = RVTEXTURE::releases;
-    const RVTEXTURE *living = RVTEXTURE::getFirst();
-    while (living && living != texture)
-        living = living->getNext();
-    if (!living) {
-        texture = nullptr;
-    } else if (texture->getGLId() != attachedGlId) {
+    if (texture && texture->getGLId() != attachedGlId) {
         texture->restore();
         attach();
     }
@@ -178,6 +175,13 @@ RVFBO *RVFBO::getCurrent() { return currentFbo; }
 unsigned int RVFBO::getId() const { return id; }
 unsigned int RVFBO::getGLId() const { return glId; }
 char *RVFBO::getName() { return name; }
-RVTEXTURE *RVFBO::getTexture() const { return texture; }
+RVTEXTURE *RVFBO::getTexture() const {
+    if (seenReleases == RVTEXTURE::releases)
+        return texture;
+    RVTEXTURE *living = RVTEXTURE::getFirst();
+    while (living && living != texture)
+        living = living->getNext();
+    return living;
+}
 int RVFBO::getSizeX() const { return sizeX; }
 int RVFBO::getSizeY() const { return sizeY; }

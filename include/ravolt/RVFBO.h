@@ -10,8 +10,7 @@ class RVTEXTURE;
 // effects are made of. The fourteen targets of the engine are handed out by RVOPENGL::getFbo;
 // applications can make others. All targets stand in a registry, which owns them: make them with
 // `new`; RAVOLT::free or cleanUp deletes those that the application has not deleted. The texture
-// stays with the registry of textures; a target whose texture is deleted has none from
-// its next render on. Needs the
+// stays with the registry of textures; a target whose texture is deleted has none. Needs the
 // engine's context; without RVOPENGL::useFBO() every target is an empty shell.
 class RV_API RVFBO {
   public:
@@ -70,7 +69,7 @@ class RV_API RVFBO {
     unsigned int getId() const;
     unsigned int getGLId() const; // OpenGL's name; 0 without frame buffer objects
     char *getName();
-    RVTEXTURE *getTexture() const; // NULL at first
+    RVTEXTURE *getTexture() const; // NULL at first, and when it was deleted
     int getSizeX() const;          // in pixels; 0 at first
     int getSizeY() const;
 

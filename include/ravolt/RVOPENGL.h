@@ -184,6 +184,7 @@ class RV_API RVOPENGL {
 
   private:
     friend class RAVOLT;
+    friend class RVFBO; // a target that goes leaves the pool
     friend struct ravolt::GlStart;
 
     static bool init();
@@ -191,6 +192,7 @@ class RV_API RVOPENGL {
     static bool reset();
     static bool isActive();
 
+    static void forgetFbo(const RVFBO *target);
     static RVFBO *fbo[14];
     static float anisotropicLevel;
     static bool active;

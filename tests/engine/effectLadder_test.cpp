@@ -123,6 +123,35 @@ TEST_P(WithoutFunction, ItIsNeverCalledAndTheFrameIsDrawn) {
 INSTANTIATE_TEST_SUITE_P(Each, WithoutFunction, testing::ValuesIn(functions),
                          [](const auto &tested) { return std::string(tested.param); });
 
+// --- after the application has deleted what the effects are made of
+
+struct Deletion {
+    const char *name;
+    bool (*cleanUp)();
+    Supported left;
+};
+
+void PrintTo(const Deletion &deletion, std::ostream *out) { *out << deletion.name; }
+
+class WithoutWhatWasDeleted : public EffectLadder, public testing::WithParamInterface<Deletion> {};
+
+TEST_P(WithoutWhatWasDeleted, TheFrameIsDrawn) {
+    start();
+    expectFrame(all);
+    RVFBO::unbind();
+    EXPECT_TRUE(GetParam().cleanUp());
+    for (int frame = 0; frame < 2; ++frame) {
+        square->profiles.clear();
+        expectFrame(GetParam().left);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, WithoutWhatWasDeleted,
+                         testing::Values(Deletion{"Targets", RVFBO::cleanUp, nothing},
+                                         Deletion{"Textures", RVTEXTURE::cleanUp, nothing},
+                                         Deletion{"Programs", RVSHADER::cleanUp, shadowsAlone}),
+                         [](const auto &tested) { return std::string(tested.param.name); });
+
 // --- with a stage that does not compile
 
 class WithoutStage : public EffectLadder, public testing::WithParamInterface<unsigned int> {};
