@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Reads the #include lines of the library and fails on an arrow to a higher floor, on a circle, and
-on a public header that includes more than it may.
+"""Reads the #include lines of the library and fails on an arrow to a higher floor, on a circle, on a
+public header that includes more than it may, and on a source that the picture of the floors in
+docs/architecture.md does not show, or shows on another floor.
 
     includes.py ROOT            checks the sources under ROOT
     includes.py ROOT --self     checks that the check itself finds each kind of fault
@@ -26,8 +27,9 @@ FLOORS = {
         "scene/entryOrder",
         "ravolt/RVNODE", "ravolt/RVCAMERA", "ravolt/RVELEMENT", "ravolt/RVLIGHT",
         "ravolt/RVHELPER"],
-    4: ["ravolt/RVANIM", "ravolt/RVMESH", "models/RVANIM", "models/RVMESH", "models/skinning", "models/meshLoad",
-        "models/loadIndex", "models/modelFile", "models/rvaFile", "models/rveRecords", "ravolt/RVVIDEO", "video/"],
+    4: ["ravolt/RVANIM", "ravolt/RVMESH", "ravolt/RVVIDEO",
+        "models/RVANIM", "models/RVMESH", "models/skinning", "models/meshLoad", "models/loadIndex",
+        "models/modelFile", "models/rvaFile", "models/rveRecords", "video/"],
     5: ["scene/pass", "scene/sort"],
     6: ["engine/frame", "engine/effects", "engine/shadows", "engine/select", "models/rveLoader"],
     7: ["engine/lifecycle", "engine/loadHook", "engine/window", "engine/windowSystem",
@@ -128,6 +130,25 @@ def circle_faults(files):
         yield from walk(module)
 
 
+def picture_of(text):
+    """Floor by floor the words that the picture has there; a line without a number goes on."""
+    floors, floor = {}, None
+    block = re.search(r"^```\n(7 .*?)^```", text, re.M | re.S)
+    for line in block[1].splitlines() if block else ():
+        if line[:1].isdigit():
+            floor = int(line[0])
+        floors.setdefault(floor, set()).update(re.findall(r"\w+", line))
+    return floors
+
+
+def picture_faults(files, picture):
+    for path in files:
+        folder = path.split("/")[0]
+        shown = folder if floor_of(path) == 0 else module_of(path)
+        if folder != "ravolt" and shown not in picture.get(floor_of(path), set()):
+            yield f"{path}: docs/architecture.md does not show it on floor {floor_of(path)}"
+
+
 def faults(files):
     return [*floor_faults(files), *header_faults(files), *circle_faults(files)]
 
@@ -145,14 +166,22 @@ def self_test():
         {"scene/unknown.cpp": ""},
         {"foundation/text.cpp": '#include "foundation/missing.h"'},
     ]
-    return faults(good) == [] and all(len(faults(files)) == 1 for files in bad)
+    picture = picture_of("```\n7  front door  engine/window\n6  frame  engine/frame\n"
+                         "              select\n0  ground  math/*\n```\n")
+    shown = {"engine/frame.cpp": "", "engine/select.cpp": "", "math/Z3MMATRIX.cpp": ""}
+    hidden = [{"engine/effects.cpp": ""}, {"foundation/log.cpp": ""}, {"engine/lifecycle.cpp": ""}]
+    return (faults(good) == [] and all(len(faults(files)) == 1 for files in bad)
+            and [*picture_faults(shown, picture)] == []
+            and all(len([*picture_faults(files, picture)]) == 1 for files in hidden))
 
 
 def main():
     if "--self" in sys.argv:
         sys.exit(0 if self_test() else "the check does not find what it should")
-    files = read(Path(sys.argv[1]))
-    found = faults(files)
+    root = Path(sys.argv[1])
+    files = read(root)
+    picture = picture_of((root / "docs/architecture.md").read_text(encoding="utf-8"))
+    found = faults(files) + [*picture_faults(files, picture)]
     for fault in found:
         print(fault)
     print(f"{len(files)} files, {len(found)} faults")
