@@ -99,7 +99,7 @@ class RV_API RVSHADER {
     // false when no program is in use.
     // Points the sampler of a unit, 0 to 15, at that unit. True for any other unit, too.
     static bool bindTexture(unsigned int unit);
-    // The place of each bone as a quaternion (4 floats) and a translation (3 floats), at most 100
+    // The place of each bone as a quaternion (x, y, z, w) and a translation (3 floats), at most 100
     // bones; bone numbers and weights of the vertices, 4 floats each, from two vertex buffers.
     static bool bindBones(unsigned int count, const float *quat, const float *trans,
                           unsigned int indexBuffer, unsigned int weightBuffer);
@@ -107,7 +107,10 @@ class RV_API RVSHADER {
     static bool unbindBones();
     // Width and height of a texture, in pixels.
     static bool bindSizes(int x, int y);
+    // For tone mapping: the luminance that the eye is used to, above 0 and 1 for white, and the
+    // number of RAVOLT::setHDRExposure.
     static bool bindLuminanceAndExposure(float luminance, float exposure);
+    // For depth of field: the numbers of RAVOLT::setDOFFocus and setDOFRange.
     static bool bindFocusAndRange(float focus, float range);
     // Distances in scene units.
     static bool bindNearAndFarPlane(float nearPlane, float farPlane);
