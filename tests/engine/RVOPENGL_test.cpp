@@ -5,6 +5,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "tests/engine/openGLAccess.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/glState.h"
 
 #include <array>
 #include <cmath>
@@ -20,28 +21,10 @@ using Numbers = std::array<float, 16>;
 
 const Numbers identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
-Numbers matrixOf(GLenum name) {
-    Numbers numbers{};
-    glGetFloatv(name, numbers.data());
-    return numbers;
-}
-
 std::array<float, 4> colorOf(GLenum name) {
     std::array<float, 4> color{};
     glGetFloatv(name, color.data());
     return color;
-}
-
-std::array<int, 4> viewport() {
-    std::array<int, 4> numbers{};
-    glGetIntegerv(GL_VIEWPORT, numbers.data());
-    return numbers;
-}
-
-int integerOf(GLenum name) {
-    int value = 0;
-    glGetIntegerv(name, &value);
-    return value;
 }
 
 float lightNumber(GLenum light, GLenum name) {
@@ -314,7 +297,7 @@ TEST_F(OpenGL, LightsAboveTheFourthKeepOpenGLsDefaults) {
 }
 
 TEST_F(OpenGL, TheStartShowsTheWholeWindowInPerspective) {
-    EXPECT_EQ(viewport(), (std::array{0, 0, width, height}));
+    EXPECT_EQ(viewportNow(), (std::array{0, 0, width, height}));
     expectNear(matrixOf(GL_PROJECTION_MATRIX), perspective(45, double(width) / height, 1, 1024));
     EXPECT_EQ(matrixOf(GL_MODELVIEW_MATRIX), identity);
     EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);
@@ -326,7 +309,7 @@ TEST_F(OpenGL, ResizeCountsFromTheTopAndTakesTheParametersInForce) {
     RVOPENGL::setFarPlane(200);
     glTranslatef(1, 2, 3);
     EXPECT_TRUE(RVOPENGL::resize(10, 20, 60, 30));
-    EXPECT_EQ(viewport(), (std::array{10, height - 20 - 30, 60, 30}));
+    EXPECT_EQ(viewportNow(), (std::array{10, height - 20 - 30, 60, 30}));
     expectNear(matrixOf(GL_PROJECTION_MATRIX), perspective(60, 2, 0.5, 200));
     EXPECT_EQ(matrixOf(GL_MODELVIEW_MATRIX), identity);
     EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);

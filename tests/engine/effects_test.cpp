@@ -11,6 +11,7 @@
 #include "tests/engine/adaptedLuminance.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/glState.h"
 
 #include <algorithm>
 #include <array>
@@ -25,12 +26,6 @@ namespace {
 constexpr Pixel background{51, 51, 153};
 const std::string noCaster =
     "   [!] Invalid shadow pass: no shadow casters detected @ RAVOLT::end3D\n";
-
-int integerOf(GLenum name) {
-    int values[4] = {};
-    glGetIntegerv(name, values);
-    return values[0];
-}
 
 GLuint targetName(int index) { return RVOPENGL::getFbo(index)->getGLId(); }
 GLuint textureName(int index) { return RVOPENGL::getFbo(index)->getTexture()->getGLId(); }

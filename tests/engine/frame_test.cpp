@@ -9,6 +9,7 @@
 #include "tests/engine/openGLAccess.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/glState.h"
 
 #include <array>
 #include <chrono>
@@ -22,18 +23,6 @@ using Numbers = std::array<float, 16>;
 constexpr Pixel background{51, 51, 153};
 constexpr Pixel red{255, 0, 0};
 constexpr Pixel green{0, 255, 0};
-
-int integerOf(GLenum name) {
-    int values[4] = {};
-    glGetIntegerv(name, values);
-    return values[0];
-}
-
-Numbers matrixOf(GLenum name) {
-    Numbers numbers{};
-    glGetFloatv(name, numbers.data());
-    return numbers;
-}
 
 // Leaves a call of its own in a recording: a point size that is its number.
 class Signature : public CustomNode {

@@ -16,6 +16,7 @@
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/glState.h"
 #include "tests/support/recorderState.h"
 
 #include <array>
@@ -52,24 +53,6 @@ RV_OPEN(textureArrayStatus, RVOPENGL, Flag)
 namespace {
 
 using Numbers = std::array<float, 16>;
-
-int integerOf(GLenum name) {
-    int values[4] = {};
-    glGetIntegerv(name, values);
-    return values[0];
-}
-
-Numbers matrixOf(GLenum name) {
-    Numbers numbers{};
-    glGetFloatv(name, numbers.data());
-    return numbers;
-}
-
-std::array<int, 4> viewport() {
-    std::array<int, 4> values{};
-    glGetIntegerv(GL_VIEWPORT, values.data());
-    return values;
-}
 
 // A cube that hangs on one bone, with four weights a vertex.
 RveNode skinnedCube(const std::string &name, const std::string &bone) {
@@ -265,7 +248,7 @@ TEST_F(WholeScene, LeavesTheStatedStateInTheWindow) {
         expectStateOfTheFrame();
         EXPECT_EQ(integerOf(GL_FRAMEBUFFER_BINDING_EXT), window.binding);
         EXPECT_EQ(RVFBO::getCurrent(), nullptr);
-        EXPECT_EQ(viewport(), (std::array{0, 0, width, height}));
+        EXPECT_EQ(viewportNow(), (std::array{0, 0, width, height}));
         EXPECT_EQ(integerOf(GL_DRAW_BUFFER), window.buffer);
         EXPECT_EQ(programInUse(), 0);
         EXPECT_EQ(*reach(Cache_currentShader()), nullptr);
@@ -291,7 +274,7 @@ TEST_F(WholeScene, LeavesTheStatedStateInTargetZeroWithoutBlit) {
         const RVFBO *target = RVOPENGL::getFbo(0);
         EXPECT_EQ(integerOf(GL_FRAMEBUFFER_BINDING_EXT), static_cast<int>(target->getGLId()));
         EXPECT_EQ(RVFBO::getCurrent(), target);
-        EXPECT_EQ(viewport(), (std::array{0, 0, target->getSizeX(), target->getSizeY()}));
+        EXPECT_EQ(viewportNow(), (std::array{0, 0, target->getSizeX(), target->getSizeY()}));
         EXPECT_EQ(*reach(Cache_currentShader()), RVSHADER::dof) << "nothing has ended it";
         EXPECT_NE(programInUse(), 0);
         EXPECT_EQ(matrixOf(GL_PROJECTION_MATRIX), projection);
@@ -316,7 +299,7 @@ TEST_F(WholeScene, LeavesTheStatedStateBehindEachEffectAlone) {
         RAVOLT::end3D(true);
         EXPECT_EQ(RVOPENGL::getProfile(), RV_OPENGL_PROFILE_FULL);
         EXPECT_EQ(integerOf(GL_FRAMEBUFFER_BINDING_EXT), window.binding);
-        EXPECT_EQ(viewport(), (std::array{0, 0, width, height}));
+        EXPECT_EQ(viewportNow(), (std::array{0, 0, width, height}));
         EXPECT_EQ(integerOf(GL_PROJECTION_STACK_DEPTH), 1);
         EXPECT_EQ(integerOf(GL_MODELVIEW_STACK_DEPTH), 1);
         EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);

@@ -10,6 +10,7 @@
 #include "ravolt/zlf.h"
 #include "tests/engine/openGLAccess.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/glState.h"
 
 #include <SDL/SDL.h>
 
@@ -23,19 +24,7 @@
 namespace ravolt::test {
 namespace {
 
-int integerOf(GLenum name) {
-    int values[4] = {};
-    glGetIntegerv(name, values);
-    return values[0];
-}
-
 using Box = std::array<int, 4>;
-
-Box viewportNow() {
-    Box box{};
-    glGetIntegerv(GL_VIEWPORT, box.data());
-    return box;
-}
 
 int textureLevel(GLenum name, int level = 0) {
     int value = 0;

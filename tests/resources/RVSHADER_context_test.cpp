@@ -3,6 +3,7 @@
 #include "ravolt/RVSHADER.h"
 
 #include "ravolt/RVOPENGL.h"
+#include "tests/resources/parameterNames.h"
 #include "tests/support/engineFixture.h"
 
 #include <SDL.h>
@@ -22,43 +23,13 @@ using Names = std::set<std::string>;
 
 constexpr unsigned int absent = ~0u; // OpenGL's -1
 
-// The parameters by slot, as they stand without another name.
-const std::array<std::string, RVSHADER::parameters> slotNames = {"textureSampler0",
-                                                                 "textureSampler1",
-                                                                 "width",
-                                                                 "height",
-                                                                 "boneQuat",
-                                                                 "boneTrans",
-                                                                 "boneIndex",
-                                                                 "boneWeight",
-                                                                 "textureSampler2",
-                                                                 "textureSampler3",
-                                                                 "maxLuminance",
-                                                                 "exposure",
-                                                                 "focus",
-                                                                 "range",
-                                                                 "near",
-                                                                 "far",
-                                                                 "textureSampler4",
-                                                                 "textureSampler5",
-                                                                 "textureSampler6",
-                                                                 "textureSampler7",
-                                                                 "textureSampler8",
-                                                                 "textureSampler9",
-                                                                 "textureSampler10",
-                                                                 "textureSampler11",
-                                                                 "textureSampler12",
-                                                                 "textureSampler13",
-                                                                 "textureSampler14",
-                                                                 "textureSampler15"};
-
 const std::map<unsigned int, std::string> terrainNames = {
     {2, "inv"}, {3, "repeat1"}, {4, "repeat2"}, {5, "repeat3"}, {6, "repeat4"}};
 
 std::string nameIn(const std::string &program, unsigned int slot) {
     if (program.rfind("terrain", 0) == 0 && terrainNames.count(slot))
         return terrainNames.at(slot);
-    return program.rfind("water", 0) == 0 && slot == 20 ? "repeat" : slotNames[slot];
+    return program.rfind("water", 0) == 0 && slot == 20 ? "repeat" : parameterNames[slot];
 }
 
 // "sampler0" and so on for the units.
@@ -215,7 +186,7 @@ TEST_F(ShaderState, ValuesArriveInTheProgramInUse) {
     const auto expectValue = [&](RVSHADER &shader, unsigned int slot, float expected) {
         GLfloat found = -1;
         get(programOf(shader), static_cast<GLint>(shader.getParam(slot)), &found);
-        EXPECT_EQ(found, expected) << slotNames[slot];
+        EXPECT_EQ(found, expected) << parameterNames[slot];
     };
     RVSHADER::passthroughZPass->render(nullptr);
     EXPECT_TRUE(RVSHADER::bindNearAndFarPlane(0.5f, 300));

@@ -7,6 +7,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "tests/resources/parameterNames.h"
 #include "tests/support/engineFixture.h"
 
 #include <gtest/gtest.h>
@@ -23,35 +24,6 @@ namespace {
 
 constexpr unsigned int size = 28; // of the parameter table
 constexpr unsigned int builtins = 35;
-
-const char *const parameterNames[size] = {"textureSampler0",
-                                          "textureSampler1",
-                                          "width",
-                                          "height",
-                                          "boneQuat",
-                                          "boneTrans",
-                                          "boneIndex",
-                                          "boneWeight",
-                                          "textureSampler2",
-                                          "textureSampler3",
-                                          "maxLuminance",
-                                          "exposure",
-                                          "focus",
-                                          "range",
-                                          "near",
-                                          "far",
-                                          "textureSampler4",
-                                          "textureSampler5",
-                                          "textureSampler6",
-                                          "textureSampler7",
-                                          "textureSampler8",
-                                          "textureSampler9",
-                                          "textureSampler10",
-                                          "textureSampler11",
-                                          "textureSampler12",
-                                          "textureSampler13",
-                                          "textureSampler14",
-                                          "textureSampler15"};
 
 constexpr unsigned int samplerSlots[RV_TEXTURE_UNITS] = {0,  1,  8,  9,  16, 17, 18, 19,
                                                          20, 21, 22, 23, 24, 25, 26, 27};
