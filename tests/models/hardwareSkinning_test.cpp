@@ -66,6 +66,7 @@ struct Look {
     const char *byProgram, *byProcessor; // the names of the programs
     RV_LIGHT_TYPE light;
     bool textured;
+    bool shadowed = false; // by something that the camera does not see
 };
 
 void PrintTo(const Look &look, std::ostream *out) { *out << look.byProgram; }
@@ -75,11 +76,12 @@ const Look looks[] = {
     {"pplDirectA", "pplDirect", RV_LIGHT_TYPE_DIRECTIONAL, false},
     {"pplDirectTA", "pplDirectT", RV_LIGHT_TYPE_DIRECTIONAL, true},
     {"pplSpotTA", "pplSpotT", RV_LIGHT_TYPE_SPOT, true},
+    {"pplSpotTSA", "pplSpotTS", RV_LIGHT_TYPE_SPOT, true, true},
 };
 
 // What one run of the engine made of the strip.
 struct Outcome {
-    Picture lit, flat;
+    Picture unshadowed, lit, flat;
     std::vector<Z3MVECTOR3D> clientVertices, clientNormals; // the processor's
     std::optional<ProgramBones> bones;                      // the program's
 };
@@ -91,6 +93,7 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
     void TearDown() override {
         RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
         RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
+        RAVOLT::shadowingOff();
         RVLIGHT::lightingOff();
         RVSHADER::reset();
         EngineTest::TearDown();
@@ -104,7 +107,11 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
         RveMaterial paint = materialNamed("paint");
         paint.diffuse = {0.9f, 0.6f, 0.3f, 1};
         paint.shininess = 8;
-        RVNODE *root = loadScene(RveScene{{paint}, rootOver({figure})});
+        std::vector<RveNode> nodes = {figure};
+        if (look.shadowed)
+            nodes.push_back(
+                placed(squareMesh("blocker", "plain", 2), {0.4f, -0.6f, -6}, {0, 180, 0}));
+        RVNODE *root = loadScene({{paint, materialNamed("plain")}, rootOver(nodes)});
         RVNODE::findByName("HumanoidRoot")->setPosition(0, 0, -12);
         meshNamed("left")->rotate(0, 0, 15);
         meshNamed("middle")->rotate(10, 25, -50);
@@ -116,6 +123,9 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
         light->setExponent(4);
         light->setDirection(0.3f, -0.2f, -1);
         light->setPosition(-2, 1, 2);
+        light->castShadows(look.shadowed);
+        light->setShadowNearPlane(1);
+        light->setShadowFarPlane(40);
         light->link(root);
         if (look.textured)
             meshNamed("strip")->getMaterial()->setTexture(0, makeTexture());
@@ -146,6 +156,12 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
         return "none";
     }
 
+    Calls callsOfAFrame(RVNODE *root) {
+        recorder.start();
+        drawFrame(nullptr, root);
+        return recorder.stop();
+    }
+
     Outcome draw(bool byProgram, const Look &look) {
         RVOPENGL::setBackgroundColor(0, 0, 0, 1);
         RVNODE *root = loadFigure(look);
@@ -154,17 +170,20 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
         meshNamed("strip")->setAuxId(0xff4080ffu);
         RVLIGHT::lightingOn();
         Outcome outcome;
-        recorder.start();
-        drawFrame(nullptr, root);
-        const Calls calls = recorder.stop();
-        outcome.lit = readFrame();
+        const Calls bending = callsOfAFrame(root);
         if (byProgram) {
-            outcome.bones.emplace(calls);
+            outcome.bones.emplace(bending);
         } else {
             outcome.clientVertices = clientArray(GL_VERTEX_ARRAY_POINTER, vertices);
             outcome.clientNormals = clientArray(GL_NORMAL_ARRAY_POINTER, vertices);
         }
+        outcome.unshadowed = readFrame();
+        if (look.shadowed)
+            RAVOLT::shadowingOn();
+        const Calls calls = callsOfAFrame(root);
+        outcome.lit = readFrame();
         EXPECT_EQ(programOf(calls, recorder), byProgram ? look.byProgram : look.byProcessor);
+        RAVOLT::shadowingOff();
         RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
         drawFrame(nullptr, root);
         outcome.flat = readFrame();
@@ -211,6 +230,7 @@ TEST_P(HardwareSkinningTest, ProgramBendsAsTheProcessorDoes) {
     // The pictures: samples on edges may fall to either side.
     EXPECT_GT(pixelsOtherThanBlack(processor.lit), 500u);
     EXPECT_LE(differenceOf(processor.lit, program.lit).mean, 0.05);
+    EXPECT_EQ(differenceOf(program.unshadowed, program.lit).mean > 1, GetParam().shadowed);
     EXPECT_GT(pixelsOtherThanBlack(processor.flat), 500u);
     EXPECT_LE(differenceOf(processor.flat, program.flat).mean, 0.05);
     EXPECT_PIXEL(program.flat.at(width / 2, height / 2), (Pixel{255, 128, 64}), 1);
@@ -220,6 +240,8 @@ TEST_P(HardwareSkinningTest, ProgramBendsAsTheProcessorDoes) {
 TEST_P(HardwareSkinningTest, MovedBonesChangeThePicture) {
     const Picture before = draw(true, GetParam()).lit;
     meshNamed("middle")->rotate(0, 0, 60);
+    if (GetParam().shadowed)
+        RAVOLT::shadowingOn();
     drawFrame(nullptr, RVNODE::findByName("[root]"));
     EXPECT_GT(differenceOf(before, readFrame()).mean, 1.0);
 }

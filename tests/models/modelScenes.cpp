@@ -38,6 +38,12 @@ RveNode squareMesh(const std::string &name, const std::string &material, float h
     return node;
 }
 
+RveNode placed(RveNode node, RveVector position, RveVector rotation) {
+    node.position = position;
+    node.rotation = rotation;
+    return node;
+}
+
 RveMaterial materialNamed(const std::string &name, float transparency) {
     RveMaterial material;
     material.name = name;

@@ -26,6 +26,8 @@ RveNode emptyMesh(const std::string &name, RveVector position = {0, 0, 0},
 RveNode squareMesh(const std::string &name, const std::string &material = "[none]",
                    float half = 1.0f);
 
+RveNode placed(RveNode node, RveVector position, RveVector rotation = {0, 0, 0});
+
 RveMaterial materialNamed(const std::string &name, float transparency = 1.0f);
 
 // The scene as the bytes of its file; an error of the writer fails the test.

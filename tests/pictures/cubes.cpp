@@ -37,12 +37,6 @@ RveNode cubeMesh(const std::string &name, const std::string &material) {
     return node;
 }
 
-RveNode placed(RveNode node, RveVector position, RveVector rotation) {
-    node.position = position;
-    node.rotation = rotation;
-    return node;
-}
-
 RveMaterial coloured(const std::string &name, RveColor diffuse, float transparency) {
     RveMaterial material = materialNamed(name, transparency);
     material.diffuse = diffuse;

@@ -11,8 +11,6 @@ namespace ravolt::test {
 // A cube of 24 vertices from -1 to 1, each side with the whole texture.
 RveNode cubeMesh(const std::string &name, const std::string &material);
 
-RveNode placed(RveNode node, RveVector position, RveVector rotation = {0, 0, 0});
-
 RveMaterial coloured(const std::string &name, RveColor diffuse, float transparency = 1);
 
 } // namespace ravolt::test
