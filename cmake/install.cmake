@@ -19,10 +19,11 @@ install(FILES ${PROJECT_BINARY_DIR}/RavoltConfig.cmake ${PROJECT_BINARY_DIR}/Rav
 # The way from ravolt.pc back to the prefix, so that an installed tree may be moved.
 file(RELATIVE_PATH RAVOLT_BACK_TO_PREFIX
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-# What a program needs beside the library only when it takes the library's objects into itself.
-set(RAVOLT_PRIVATE_PACKAGES "sdl gl")
+# What a program needs beside the library only when it takes the library's objects into itself. As
+# packages they would have to be installed for every program, since pkg-config looks for all it reads.
+set(RAVOLT_PRIVATE_LIBRARIES "-lSDL -lGL -lX11")
 if(RAVOLT_VIDEO)
-    string(APPEND RAVOLT_PRIVATE_PACKAGES " libmpeg2 libmpeg2convert")
+    string(APPEND RAVOLT_PRIVATE_LIBRARIES " -lmpeg2 -lmpeg2convert")
 endif()
 configure_file(cmake/ravolt.pc.in ${PROJECT_BINARY_DIR}/ravolt.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/ravolt.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -41,6 +41,9 @@ checkHello "README, CMake"
 PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name ravolt.pc)")
 export PKG_CONFIG_PATH
 libraries=$(pkg-config --variable=libdir ravolt) || fail "pkg-config does not know ravolt"
+# No other package is needed for an application, that of the decoder least of all.
+PKG_CONFIG_LIBDIR=$PKG_CONFIG_PATH pkg-config --cflags --libs ravolt >/dev/null ||
+    fail "pkg-config asks for other packages"
 # The application needs nothing newer than C++11.
 "$compiler" -std=c++11 "$application/main.cpp" -o application \
     $(pkg-config --cflags --libs ravolt) "-Wl,-rpath,$libraries" || fail "pkg-config: it does not build"
