@@ -5,6 +5,7 @@
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVFBO.h"
 #include "tests/engine/brightSquare.h"
+#include "tests/engine/forgetEffects.h"
 #include "tests/resources/tgaFiles.h"
 #include "tests/support/engineFixture.h"
 
@@ -40,10 +41,7 @@ class CollectorInFrame : public EngineTest {
     }
 
     void TearDown() override {
-        RAVOLT::bloomingOff();
-        RAVOLT::DOFOff();
-        RAVOLT::setDOFFocus(1);
-        RAVOLT::setDOFRange(2);
+        forgetEffects();
         EngineTest::TearDown();
     }
 

@@ -8,6 +8,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/engine/brightSquare.h"
+#include "tests/engine/forgetEffects.h"
 #include "tests/engine/openGLAccess.h"
 #include "tests/engine/supportedEffects.h"
 #include "tests/support/engineFixture.h"
@@ -25,10 +26,7 @@ class EffectLadder : public SilentEngineTest {
     void SetUp() override { forgetCapabilities(); } // the test says what the driver is like
 
     void TearDown() override {
-        RAVOLT::bloomingOff();
-        RAVOLT::HDROff();
-        RAVOLT::DOFOff();
-        RAVOLT::shadowingOff();
+        forgetEffects();
         RVSHADER::reset();
         SilentEngineTest::TearDown();
         forgetCapabilities();

@@ -10,6 +10,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
+#include "tests/engine/forgetEffects.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
@@ -85,13 +86,8 @@ class MeshEffects : public EngineTest {
     }
 
     void TearDown() override {
-        RAVOLT::bloomingOff();
-        RAVOLT::HDROff();
-        RAVOLT::DOFOff();
-        RAVOLT::shadowingOff();
+        forgetEffects();
         RAVOLT::setSkybox(nullptr);
-        RAVOLT::setDOFFocus(1);
-        RAVOLT::setDOFRange(2);
         EngineTest::TearDown();
     }
 

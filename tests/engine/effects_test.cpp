@@ -9,6 +9,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/engine/adaptedLuminance.h"
+#include "tests/engine/forgetEffects.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/glState.h"
@@ -103,16 +104,8 @@ class Effects : public EngineTest {
     }
 
     void TearDown() override {
-        RAVOLT::bloomingOff();
-        RAVOLT::HDROff();
-        RAVOLT::DOFOff();
-        RAVOLT::shadowingOff();
+        forgetEffects();
         RAVOLT::wireframeOff();
-        RAVOLT::setBloomingIntensity(1);
-        RAVOLT::setHDRExposure(1);
-        adaptedLuminance() = 1;
-        RAVOLT::setDOFFocus(1);
-        RAVOLT::setDOFRange(2);
         glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
         glPointSize(1);
         EngineTest::TearDown();

@@ -7,6 +7,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "tests/engine/brightSquare.h"
+#include "tests/engine/forgetEffects.h"
 #include "tests/engine/openGLAccess.h"
 #include "tests/engine/supportedEffects.h"
 #include "tests/support/engineFixture.h"
@@ -37,10 +38,7 @@ class LadderPictures : public EngineTest {
     }
 
     void TearDown() override {
-        RAVOLT::bloomingOff();
-        RAVOLT::DOFOff();
-        RAVOLT::setDOFFocus(1);
-        RAVOLT::setDOFRange(2);
+        forgetEffects();
         recorder.reset();
         recorder.forgiveUnits();
         forgetCapabilities();

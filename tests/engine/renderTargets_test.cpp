@@ -7,6 +7,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/engine/brightSquare.h"
+#include "tests/engine/forgetEffects.h"
 #include "tests/support/engineFixture.h"
 
 #include <string>
@@ -146,10 +147,7 @@ class RefusedTarget : public SilentEngineTest, public testing::WithParamInterfac
     RefusedTarget() { settings.setShaders(true); }
 
     void TearDown() override {
-        RAVOLT::bloomingOff();
-        RAVOLT::HDROff();
-        RAVOLT::DOFOff();
-        RAVOLT::shadowingOff();
+        forgetEffects();
         RVSHADER::reset();
         SilentEngineTest::TearDown();
     }

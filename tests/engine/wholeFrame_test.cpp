@@ -13,6 +13,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/engine/adaptedLuminance.h"
+#include "tests/engine/forgetEffects.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/recorderState.h"
@@ -190,15 +191,7 @@ class WholeFrame : public SilentEngineTest {
 
     void TearDown() override {
         RAVOLT::setSkybox(nullptr);
-        RAVOLT::bloomingOff();
-        RAVOLT::HDROff();
-        RAVOLT::DOFOff();
-        RAVOLT::shadowingOff();
-        RAVOLT::setBloomingIntensity(1);
-        RAVOLT::setHDRExposure(1);
-        RAVOLT::setDOFFocus(1);
-        RAVOLT::setDOFRange(2);
-        adaptedLuminance() = 1;
+        forgetEffects();
         SilentEngineTest::TearDown();
     }
 

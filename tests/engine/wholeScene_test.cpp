@@ -12,6 +12,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
+#include "tests/engine/forgetEffects.h"
 #include "tests/engine/openGLAccess.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
@@ -101,10 +102,7 @@ class WholeScene : public EngineTest {
 
     void TearDown() override {
         RAVOLT::setSkybox(nullptr);
-        RAVOLT::bloomingOff();
-        RAVOLT::HDROff();
-        RAVOLT::DOFOff();
-        RAVOLT::shadowingOff();
+        forgetEffects();
         EngineTest::TearDown();
     }
 

@@ -5,6 +5,7 @@
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVOPENGL.h"
 #include "tests/engine/adaptedLuminance.h"
+#include "tests/engine/forgetEffects.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
@@ -57,15 +58,7 @@ class EffectPictures : public EngineTest {
     }
 
     void TearDown() override {
-        RAVOLT::bloomingOff();
-        RAVOLT::HDROff();
-        RAVOLT::DOFOff();
-        RAVOLT::shadowingOff();
-        RAVOLT::setHDRExposure(1);
-        RAVOLT::setBloomingIntensity(1);
-        adaptedLuminance() = 1;
-        RAVOLT::setDOFFocus(1);
-        RAVOLT::setDOFRange(2);
+        forgetEffects();
         EngineTest::TearDown();
     }
 
@@ -179,10 +172,7 @@ class BrightnessPictures : public EngineTest {
     }
 
     void TearDown() override {
-        RAVOLT::bloomingOff();
-        RAVOLT::HDROff();
-        RAVOLT::setBloomingIntensity(1);
-        adaptedLuminance() = 1;
+        forgetEffects();
         RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
         EngineTest::TearDown();
     }
