@@ -118,6 +118,33 @@ int largestDifference(const Picture &a, const Picture &b) {
     return a.pixels.size() == b.pixels.size() ? largest : 256;
 }
 
+// A square that stands upright, and the only bone that bends it.
+void writeSquareWithBone() {
+    ravolt::RveScene scene;
+    scene.root.kind = ravolt::RveKind::mesh;
+    scene.root.name = "[root]";
+    ravolt::RveNode bone;
+    bone.kind = ravolt::RveKind::mesh;
+    bone.name = "bone";
+    ravolt::RveNode square = bone;
+    square.name = "square";
+    square.mesh.vertices = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+    square.mesh.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
+    square.mesh.faces = {{0, 1, 2}, {0, 2, 3}};
+    square.mesh.material = "a";
+    square.mesh.skin.weightsPerVertex = 4;
+    square.mesh.skin.boneIndices.assign(16, 0);
+    for (int vertex = 0; vertex < 4; ++vertex)
+        for (const float weight : {1.0f, 0.0f, 0.0f, 0.0f})
+            square.mesh.skin.boneWeights.push_back(weight);
+    square.mesh.skin.bones = {"bone"};
+    scene.root.children = {bone, square};
+    ravolt::RveMaterial material;
+    material.name = "a";
+    scene.materials = {material};
+    ASSERT_EQ(ravolt::writeRve("scene.rve", scene), "");
+}
+
 class EffectsOnStage : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -296,31 +323,8 @@ TEST_F(EffectsOnStage, WireframeIsDrawnWithoutThoseOfTheWholePicture) {
     stage.setWireframe(false);
 }
 
-// A square whose only bone has gone to the right.
 TEST_F(EffectsOnStage, LeaveMeshesWithBonesBentWhenPerPixelLightingIsOff) {
-    ravolt::RveScene scene;
-    scene.root.kind = ravolt::RveKind::mesh;
-    scene.root.name = "[root]";
-    ravolt::RveNode bone;
-    bone.kind = ravolt::RveKind::mesh;
-    bone.name = "bone";
-    ravolt::RveNode square = bone;
-    square.name = "square";
-    square.mesh.vertices = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
-    square.mesh.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
-    square.mesh.faces = {{0, 1, 2}, {0, 2, 3}};
-    square.mesh.material = "a";
-    square.mesh.skin.weightsPerVertex = 4;
-    square.mesh.skin.boneIndices.assign(16, 0);
-    for (int vertex = 0; vertex < 4; ++vertex)
-        for (const float weight : {1.0f, 0.0f, 0.0f, 0.0f})
-            square.mesh.skin.boneWeights.push_back(weight);
-    square.mesh.skin.bones = {"bone"};
-    scene.root.children = {bone, square};
-    ravolt::RveMaterial material;
-    material.name = "a";
-    scene.materials = {material};
-    ASSERT_EQ(ravolt::writeRve("scene.rve", scene), "");
+    writeSquareWithBone();
     for (const bool programs : {false, true}) {
         drawing.programs = programs;
         Engine engine(size, "test", false, "ravolt_log.txt", drawing);
@@ -335,6 +339,26 @@ TEST_F(EffectsOnStage, LeaveMeshesWithBonesBentWhenPerPixelLightingIsOff) {
         EXPECT_GT(brightnessAt(picture, 0.65, 0.5), 80) << programs;
         EXPECT_LT(brightnessAt(picture, 0.45, 0.5), 60) << programs;
     }
+}
+
+// Whose bone has gone to the right: its shadow goes with it, in the first picture too.
+TEST_F(EffectsOnStage, ShadowsOfBentMeshesAreThereFromTheFirstPictureOn) {
+    writeSquareWithBone();
+    Engine engine(size, "test", false, "ravolt_log.txt", drawing);
+    RVNODE *root = engine.load("scene.rve");
+    Stage stage(root);
+    root->findByNameInHierarchy("bone")->setPosition(1.5f, 0.0f, 0.0f);
+    stage.setYaw(0);
+    stage.setZoom(0.5);
+    Effects effects = with({Effect::shadows, Effect::floor});
+    effects.set(Number::spotYaw, 180); // back faces alone cast shadows
+    stage.setEffects(effects);
+    settle(stage);
+    const Picture first = ravolt::tool::shoot(stage, size);
+    EXPECT_EQ(largestDifference(ravolt::tool::shoot(stage, size), first), 0);
+    effects.switchOff(Effect::shadows);
+    stage.setEffects(effects);
+    EXPECT_GT(largestDifference(ravolt::tool::shoot(stage, size), first), 30);
 }
 
 TEST_F(EffectsOnStage, PrintNothing) {

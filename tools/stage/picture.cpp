@@ -86,7 +86,7 @@ void drawUnkept(Stage &stage) {
 
 void drawAfterPause(Stage &stage) {
     const Effects effects = stage.getEffects();
-    if (!effects.needWholePicture())
+    if (!effects.needWholePicture() && !effects.isOn(Effect::shadows))
         return;
     Effects without = effects;
     without.switchOff(Effect::toneMapping);

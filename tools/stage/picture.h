@@ -30,9 +30,10 @@ WindowSize windowFor(WindowSize picture);
 // the picture as a whole the engine must keep the picture.
 Picture shoot(Stage &stage, WindowSize size);
 
-// After a pause the engine would take the first frame for one that lasted all that time, and depth
-// of field has no lights to go by in the very first one. So this draws one that is not kept, where
-// the effects ask for it.
+// After a pause the engine would take the first frame for one that lasted all that time, and in the
+// very first one depth of field and shadows have no lights to go by, without which meshes with
+// bones cast the shadow of their bind pose. So this draws one that is not kept, where the effects
+// ask for it.
 void drawAfterPause(Stage &stage);
 
 // Draws frames that are not kept until effects which look at earlier frames have settled: tone
