@@ -40,8 +40,8 @@ struct ShowOptions {
 
 struct ShotOptions : ShowOptions {
     std::filesystem::path output;
-    int frame = 0;      // of the clip
-    std::string frames; // a number above 1: a turn round the scene; FIRST..LAST: of the clip
+    int frame = 0;            // of the clip
+    std::string frames = "1"; // a number above 1: a turn round the scene; FIRST..LAST: of the clip
 };
 
 void runShot(const ShotOptions &options, const Talk &talk);

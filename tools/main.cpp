@@ -56,8 +56,10 @@ void check(const ConvertOptions &options) {
     requireWithin("--fps", options.fps, 0.1, 1000);
 }
 
-void check(const ShowOptions &options) {
+void check(const CLI::App &command, const ShowOptions &options) {
     requireName("SCENE", options.input);
+    if (command.count("--clip"))
+        requireName("--clip", options.clip);
     requireWithin("--rig", options.rig, 0, 4);
     requireWithin("--yaw", options.yaw.value_or(0), -36000, 36000);
     requireWithin("--pitch", options.pitch.value_or(0), -89, 89);
@@ -121,7 +123,9 @@ CLI::App *addConvert(CLI::App &app, Options &options) {
 void addShow(CLI::App &command, Options &options, ShowOptions &to) {
     command.add_option("SCENE", to.input, "A scene file, or a model, which is converted first")
         ->required();
-    command.add_option("--size", options.size, "Size of the picture in pixels, WIDTHxHEIGHT")
+    command
+        .add_option("--size", options.size,
+                    "Size of the picture in pixels, WIDTHxHEIGHT, each up to 8192")
         ->capture_default_str();
     std::string rigs = "Lights:";
     for (int i = 0; i < 5; ++i)
@@ -165,8 +169,9 @@ CLI::App *addShot(CLI::App &app, Options &options) {
     command
         ->add_option("--frames", options.shot.frames,
                      "N: go once round the scene in N pictures, OUT_000.png and so on; "
-                     "FIRST..LAST: these frames of the clip, or FIRST.. up to its end")
-        ->default_str("1");
+                     "FIRST..LAST: these frames of the clip, or FIRST.. up to its end, as "
+                     "OUT_0000.png and so on")
+        ->capture_default_str();
     command->add_option("--frame", options.shot.frame, "Frame of the clip, from 0")
         ->check(CLI::Range(0, 1023))
         ->capture_default_str();
@@ -202,13 +207,13 @@ int run(int argc, char **argv) {
         QuietStart::clear(); // no engine, so nothing to log
         runConvert(options.convert, options.talk);
     } else if (view->parsed()) {
-        check(options.view);
+        check(*view, options.view);
         requireWithin("--seconds", options.view.seconds, 0, 1e9);
         options.view.size = sizeFrom(options.size);
         requireDisplay();
         runView(options.view, options.talk);
     } else if (shot->parsed()) {
-        check(options.shot);
+        check(*shot, options.shot);
         checkPicture(options.shot.output);
         checkFrames(options.shot);
         options.shot.size = sizeFrom(options.size);

@@ -45,8 +45,6 @@ Series seriesFrom(const ShotOptions &options) {
     series.firstFrame = options.frame;
     const std::string &text = options.frames;
     const std::size_t dots = text.find("..");
-    if (text.empty())
-        return series;
     if (dots == std::string::npos) {
         series.pictures = wholeNumber(text, mostPictures);
         if (series.pictures < 1)
@@ -109,6 +107,9 @@ void checkFrames(const ShotOptions &options) {
     const Series series = seriesFrom(options);
     if (options.clip.empty() && (series.ofClip || options.frame > 0))
         throw WrongOptions("which clip? There is no --clip");
+    if (series.ofClip && options.frame > 0)
+        throw WrongOptions("--frame " + std::to_string(options.frame) + ": --frames " +
+                           options.frames + " tells the frames already");
 }
 
 Drawing drawingFor(const ShowOptions &options, bool programs) {
@@ -144,9 +145,16 @@ void warn(const std::string &line, const Talk &talk) {
         std::fprintf(stderr, "ravolt: warning: %s\n", line.c_str());
 }
 
-void warnOfMissingTextures(const Talk &talk) {
-    for (const std::string &file : Engine::missingFiles(QuietStart::log()))
-        warn("texture " + file + " cannot be opened", talk);
+void leaveOutBrokenTextures(const Talk &talk) {
+    for (const std::string &complaint : Engine::leaveOutBrokenTextures(QuietStart::log()))
+        warn(complaint + ": drawn without", talk);
+}
+
+void warnOfStrangers(const Playback &playback, const Talk &talk) {
+    if (const std::size_t number = playback.strangers())
+        warn("clip '" + playback.name() + "' moves " + counted(number, "node", "nodes") +
+                 " that the scene does not have",
+             talk);
 }
 
 LogAtEnd::~LogAtEnd() {
@@ -178,12 +186,13 @@ void runShot(const ShotOptions &options, const Talk &talk) {
     Series series = seriesFrom(options);
     if (!options.clip.empty()) {
         playback.choose(scene.wantedClip());
+        warnOfStrangers(playback, talk);
         stage.setSphere(playback.sphere());
         fit(series, options, playback);
         playback.setFrame(series.firstFrame);
     }
     arrange(stage, options, talk);
-    warnOfMissingTextures(talk);
+    leaveOutBrokenTextures(talk);
     settle(stage);
     const double start = stage.getYaw();
     bool something = false;

@@ -9,6 +9,8 @@
 
 namespace ravolt::tool {
 
+class Playback;
+
 // How the engine has to be started for the effects; `programs` also when none of them is on yet.
 Drawing drawingFor(const ShowOptions &options, bool programs);
 
@@ -19,8 +21,11 @@ void arrange(Stage &stage, const ShowOptions &options, const Talk &talk);
 // Says one line on standard error.
 void warn(const std::string &line, const Talk &talk);
 
-// Warns of each texture of the scene that the engine did not find.
-void warnOfMissingTextures(const Talk &talk);
+// Draws materials without textures that the engine could not load, and warns of each of these.
+void leaveOutBrokenTextures(const Talk &talk);
+
+// Warns of nodes that the chosen clip moves and the scene does not have.
+void warnOfStrangers(const Playback &playback, const Talk &talk);
 
 // Copies the engine's log to standard error at its end when `verbose`, also when a job fails.
 class LogAtEnd {

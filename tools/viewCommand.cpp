@@ -380,9 +380,10 @@ void runView(const ViewOptions &options, const Talk &talk) {
         playback.choose(scene.wantedClip());
     else if (!playback.empty())
         playback.choose(std::size_t{0});
+    warnOfStrangers(playback, talk);
     stage.setSphere(playback.sphere());
     arrange(stage, options, talk);
-    warnOfMissingTextures(talk);
+    leaveOutBrokenTextures(talk);
     Viewer(stage, playback, options, title, pictures).run();
 }
 

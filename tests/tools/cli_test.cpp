@@ -323,19 +323,33 @@ TEST(CommandLine, PutsItsLogWhereTemporaryFilesGo) {
     EXPECT_TRUE(fs::is_empty(place));
 }
 
-TEST(CommandLine, WarnsOfTexturesThatAreNotThere) {
+TEST(CommandLine, DrawsWithoutTexturesThatCannotBeLoadedAndSaysSo) {
     writeFile("picture.ppm", fourColors());
-    writeFile("m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd picture.ppm\n");
+    writeFile("m.mtl", "newmtl a\nKd 0.9 0.9 0.9\nmap_Kd picture.ppm\n");
+    writeFile("bare.mtl", "newmtl a\nKd 0.9 0.9 0.9\n");
     writeFile("m.obj", squareObj("m.mtl", "a"));
+    writeFile("bare.obj", squareObj("bare.mtl", "a"));
     EXPECT_EQ(run("convert m.obj -o m.rve").code, 0);
+    EXPECT_EQ(run("convert bare.obj -o bare.rve").code, 0);
     EXPECT_EQ(run("shot m.rve -o m.png --size 64x48").err, "");
-    fs::remove("picture_d.tga");
-    const std::string line = "ravolt: warning: texture picture_d.tga cannot be opened\n";
-    for (const char *arguments : {"shot m.rve -o m.png --size 64x48", "view m.rve --seconds 0.1"}) {
-        const Outcome result = run(arguments);
-        EXPECT_EQ(result.code, 0);
-        EXPECT_EQ(result.err, line);
+    std::string line;
+    for (const bool cut : {true, false}) {
+        if (cut)
+            fs::resize_file("picture_d.tga", 20);
+        else
+            fs::remove("picture_d.tga");
+        line = std::string("ravolt: warning: ") + (cut ? "File corrupted" : "Unable to open file") +
+               " picture_d.tga: drawn without\n";
+        for (const char *effect : {"", " --per-pixel"}) {
+            const std::string how = std::string(" --size 64x48") + effect;
+            EXPECT_EQ(run("shot m.rve -o m.png" + how).err, line) << cut << how;
+            EXPECT_EQ(run("shot bare.rve -o bare.png" + how).err, "");
+            EXPECT_TRUE(contentsOf("m.png") == contentsOf("bare.png")) << cut << how;
+        }
     }
+    const Outcome seen = run("view m.rve --seconds 0.1");
+    EXPECT_EQ(seen.code, 0);
+    EXPECT_EQ(seen.err, line);
     EXPECT_EQ(run("shot m.rve -o m.png --size 64x48 -q").err, "");
 }
 
@@ -445,12 +459,28 @@ TEST(CommandLine, SaysWhatIsWrongWithAClipAndItsFrames) {
              {"move.x --frame 1", 2, "which clip? There is no --clip"},
              {"move.x --frames 1x", 2,
               "--frames 1x: expected a number from 1 to 10000, or FIRST..LAST"},
+             {"move.x --clip rise --frame 2 --frames 0..1", 2,
+              "--frame 2: --frames 0..1 tells the frames already"},
+             {"move.x --clip ''", 2, "--clip: the name is empty"},
+             {"move.x --frames ''", 2,
+              "--frames : expected a number from 1 to 10000, or FIRST..LAST"},
              {"move.x --fps 0", 2, "--fps 0: expected a number from 0.1 to 1000"}}) {
         const Outcome wrong = run("shot " + arguments + " --size 64x48 -o wrong.png");
         EXPECT_EQ(wrong.code, code) << arguments;
         EXPECT_EQ(wrong.err, "ravolt: " + line + "\n") << arguments;
         EXPECT_FALSE(fs::exists("wrong.png")) << arguments;
     }
+}
+
+TEST(CommandLine, WarnsOfAClipOfAnotherModel) {
+    writeMovingSquare("move.x");
+    writeSquare();
+    EXPECT_EQ(run("convert move.x -o moved.rve").code, 0);
+    const std::string line =
+        "ravolt: warning: clip 'rise' moves 1 node that the scene does not have\n";
+    for (const char *arguments : {"shot m.obj -o m.png --size 64x48", "view m.obj --seconds 0.1"})
+        EXPECT_EQ(run(std::string(arguments) + " --clip moved.rise.rva").err, line) << arguments;
+    EXPECT_EQ(run("shot m.obj -o m.png --size 64x48 --clip moved.rise.rva -q").err, "");
 }
 
 // Word for word but for the names, which are placeholders.

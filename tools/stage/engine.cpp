@@ -6,8 +6,10 @@
 #include <fstream>
 #include <ravolt/RAVOLT.h>
 #include <ravolt/RVFBO.h>
+#include <ravolt/RVMATERIAL.h>
 #include <ravolt/RVOPENGL.h>
 #include <ravolt/RVSETTINGS.h>
+#include <ravolt/RVTEXTURE.h>
 
 namespace ravolt::tool {
 
@@ -44,20 +46,24 @@ std::string Engine::complaint() const {
     return last;
 }
 
-std::vector<std::string> Engine::missingFiles(const fs::path &log) {
-    const std::string start = "[!] Unable to open file ";
+std::vector<std::string> Engine::leaveOutBrokenTextures(const fs::path &log) {
+    for (RVMATERIAL *material = RVMATERIAL::getFirst(); material; material = material->getNext())
+        for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot) {
+            const RVTEXTURE *texture = material->getTexture(slot);
+            // One that was only thrown out of video memory again has a size.
+            if (texture && !texture->isLoaded() && texture->getSizeX() == 0)
+                material->setTexture(slot, nullptr);
+        }
     std::ifstream stream(log);
-    std::vector<std::string> files;
+    std::vector<std::string> complaints;
     for (std::string line; std::getline(stream, line);) {
-        const std::size_t at = line.find(start);
-        if (at == std::string::npos)
+        if (line.find("[!] ") == std::string::npos || !line.ends_with(" @ RVTEXTURE::loadTGA"))
             continue;
-        std::string file = line.substr(at + start.size());
-        file = file.substr(0, file.rfind(" @ "));
-        if (std::find(files.begin(), files.end(), file) == files.end())
-            files.push_back(file);
+        const std::string complaint = plainComplaint(line);
+        if (std::find(complaints.begin(), complaints.end(), complaint) == complaints.end())
+            complaints.push_back(complaint);
     }
-    return files;
+    return complaints;
 }
 
 Engine::Engine(WindowSize size, const std::string &title, bool resizable, const fs::path &log,

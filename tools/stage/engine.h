@@ -38,8 +38,10 @@ class Engine {
     // scene's folder, so that textures are found beside it by their bare names.
     RVNODE *load(const std::filesystem::path &scene);
 
-    // The files named by lines of the engine's log as ones that it could not open, each once.
-    static std::vector<std::string> missingFiles(const std::filesystem::path &log);
+    // Takes the textures that could not be loaded off their materials, whose colours are seen then:
+    // programs would make black of them. Returns the complaints of the engine's log, each once:
+    // "Unable to open file a.tga".
+    static std::vector<std::string> leaveOutBrokenTextures(const std::filesystem::path &log);
 
   private:
     std::string complaint() const;

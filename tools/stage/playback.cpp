@@ -132,6 +132,14 @@ void Playback::setFrame(int index) {
     show((index % count + count) % count);
 }
 
+std::size_t Playback::strangers() const {
+    std::size_t number = 0;
+    for (unsigned int bone = 0; current != none && bone < clips[current].clip->getNumberOfBones();
+         ++bone)
+        number += !scene->findByNameInHierarchy(clips[current].clip->getBoneName(bone));
+    return number;
+}
+
 std::string Playback::state() const {
     return current == none
                ? "no clip"

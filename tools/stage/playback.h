@@ -49,6 +49,9 @@ class Playback {
     int frame() const { return shown; }
     void setFrame(int index); // counted on from the end, and back from the start
 
+    // How many nodes the chosen clip moves that the scene does not have.
+    std::size_t strangers() const;
+
     // "walk 3/30": the clip, its frame from 0 and its last frame.
     std::string state() const;
 
