@@ -446,6 +446,7 @@ TEST(CommandLine, SaysWhatIsWrongWithAClipAndItsFrames) {
              {"move.x --clip fall", 2, "no clip 'fall': there are rise"},
              {"m.obj --clip fall", 2, "no clip 'fall': there are none"},
              {"move.x --clip broken.rva", 1, broken + ": is no clip that can be played"},
+             {"move.x --clip gone.rva", 1, fs::absolute("gone.rva").string() + ": no such file"},
              {"move.x --clip rise --frame 4", 2, "--frame 4: the clip 'rise' has frames 0 to 3"},
              {"move.x --clip rise --frames 1..4", 2,
               "--frames 1..4: the clip 'rise' has frames 0 to 3"},

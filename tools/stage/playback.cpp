@@ -66,6 +66,9 @@ Playback::Playback(RVNODE *root, std::vector<ClipFile> files) : scene(root) {
 RVANIM *Playback::clipOf(std::size_t index) {
     Entry &entry = clips[index];
     if (!entry.clip) {
+        std::error_code error;
+        if (!fs::exists(entry.file.file, error))
+            throw Failure(entry.file.file.string(), "no such file");
         RVANIM *loaded = new RVANIM; // the engine's registry owns it
         if (!loaded->load(entry.file.file.c_str()) || loaded->getNumberOfFrames() == 0) {
             delete loaded;
