@@ -130,14 +130,19 @@ bool RVFBO::render(void *) {
 }
 
 // The target must be current. A texture that has been uploaded anew has another name; one that was
-// thrown out comes back, empty; one that was deleted is compared and not followed.
+// thrown out comes back, empty.
 void RVFBO::keepTexture() {
-    texture = getTexture();
     seenReleases = RVTEXTURE::releases;
     if (texture && texture->getGLId() != attachedGlId) {
         texture->restore();
         attach();
     }
+}
+
+void RVFBO::forgetTexture(const RVTEXTURE *gone) {
+    for (RVFBO *target = firstFbo; target; target = target->next)
+        if (target->texture == gone)
+            target->texture = nullptr;
 }
 
 bool RVFBO::holds(const RVTEXTURE *wanted) {
@@ -175,13 +180,6 @@ RVFBO *RVFBO::getCurrent() { return currentFbo; }
 unsigned int RVFBO::getId() const { return id; }
 unsigned int RVFBO::getGLId() const { return glId; }
 char *RVFBO::getName() { return name; }
-RVTEXTURE *RVFBO::getTexture() const {
-    if (seenReleases == RVTEXTURE::releases)
-        return texture;
-    RVTEXTURE *living = RVTEXTURE::getFirst();
-    while (living && living != texture)
-        living = living->getNext();
-    return living;
-}
+RVTEXTURE *RVFBO::getTexture() const { return texture; }
 int RVFBO::getSizeX() const { return sizeX; }
 int RVFBO::getSizeY() const { return sizeY; }

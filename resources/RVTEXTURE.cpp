@@ -115,6 +115,7 @@ RVTEXTURE::RVTEXTURE()
 RVTEXTURE::~RVTEXTURE() {
     unload(true);
     forgetBindings();
+    leaveTargets();
     releaseId(id);
     TextureRegistry::unlink(firstTexture, lastTexture, this);
 }

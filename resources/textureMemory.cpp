@@ -70,6 +70,8 @@ bool RVTEXTURE::unload(bool releaseBitmap) {
     return freed;
 }
 
+void RVTEXTURE::leaveTargets() { RVFBO::forgetTexture(this); }
+
 // What stands in a render target cannot come back, and may be the frame that is being drawn. The
 // engine's targets live until its end, and to throw them out would win nothing.
 bool RVTEXTURE::isWorthUnloading() const { return memorySize != 0 || !RVFBO::holds(this); }

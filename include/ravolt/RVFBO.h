@@ -76,6 +76,7 @@ class RV_API RVFBO {
   private:
     void attach();
     void keepTexture();
+    static void forgetTexture(const RVTEXTURE *gone);
     static bool holds(const RVTEXTURE *texture); // whether one of the targets has it
 
     unsigned int id;
@@ -93,6 +94,6 @@ class RV_API RVFBO {
     static RVFBO *currentFbo; // NULL for the window
     static int viewport[4];   // On purpose: used by nothing. No target keeps a viewport.
 
-    friend class RVTEXTURE; // keeps the collector from what targets hold
+    friend class RVTEXTURE; // keeps the collector from what targets hold; says what goes
     friend struct ravolt::Registry<RVFBO>;
 };

@@ -130,6 +130,7 @@ class RV_API RVTEXTURE {
     void releaseUpload();
     void releasePixels();
     void makeRoom();
+    void leaveTargets();
     bool isWorthUnloading() const;
     void bindForUpload() const;
     void replacePixels(unsigned int width, unsigned int height, unsigned int rowLength,
