@@ -89,6 +89,25 @@ TEST(Skins, LeaveRigidScenesWithoutASkeletonsRoot) {
     EXPECT_FALSE(find(make("m.obj").scene.root, "HumanoidRoot"));
 }
 
+TEST(Skins, SayWhenThereAreMoreThanOneFrameBends) {
+    for (const int number : {256, 257}) {
+        std::string text = "xof 0303txt 0032\nFrame bone { }\n";
+        for (int i = 0; i < number; ++i)
+            text += "Frame f" + std::to_string(i) +
+                    " { Mesh { 3; 0.0;0.0;0.0;, 1.0;0.0;0.0;, 0.0;1.0;0.0;; 1; " +
+                    "3;0;1;2;; XSkinMeshHeader { 1; 1; 1; } SkinWeights { \"bone\"; 3; 0, 1, 2; "
+                    "1.0, 1.0, 1.0; 1.0,0.0,0.0,0.0, 0.0,1.0,0.0,0.0, 0.0,0.0,1.0,0.0, "
+                    "0.0,0.0,0.0,1.0;; } } }\n";
+        writeFile("many.x", text);
+        const Made made = make("many.x");
+        EXPECT_EQ(made.report.warnings().size(), number == 257 ? 1u : 0u)
+            << joined(made.report.warnings());
+        EXPECT_EQ(contains(made.report.warnings(), "257 meshes with bones: the engine draws at "
+                                                   "most 256 in a frame"),
+                  number == 257);
+    }
+}
+
 // A figure of two joints, one above the other, and a triangle.
 class SkinsTest : public ::testing::Test {
   protected:

@@ -263,6 +263,11 @@ void TreeBuilder::checkTotals() {
     if (drawn > drawnAtOnce)
         report.warn(std::to_string(drawn) + " meshes and lights: the engine draws at most " +
                     std::to_string(drawnAtOnce) + " in a frame");
+    constexpr std::size_t bentAtOnce = 256;
+    if (skinned.size() > bentAtOnce)
+        report.warn(std::to_string(skinned.size()) +
+                    " meshes with bones: the engine draws at most " + std::to_string(bentAtOnce) +
+                    " in a frame");
     constexpr std::size_t identities = 65535;
     if (made > identities)
         report.warn(std::to_string(made) + " nodes: the engine can tell " +
