@@ -20,9 +20,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 namespace bench {
 
 namespace {
@@ -308,20 +305,6 @@ void use(const Effects &wanted) {
     RAVOLT::setHDRExposure(exposure);
     RAVOLT::setDOFFocus(focus);
     RAVOLT::setDOFRange(range);
-}
-
-Silence::Silence() {
-    std::fflush(stdout);
-    output = dup(STDOUT_FILENO);
-    const int nowhere = ::open("/dev/null", O_WRONLY);
-    dup2(nowhere, STDOUT_FILENO);
-    close(nowhere);
-}
-
-Silence::~Silence() {
-    std::fflush(stdout);
-    dup2(output, STDOUT_FILENO);
-    close(output);
 }
 
 void destroy(Scene &scene) {

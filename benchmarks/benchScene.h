@@ -67,18 +67,6 @@ constexpr Effects effects[] = {
 };
 void use(const Effects &wanted);
 
-// Holds standard output back while it lives: tone mapping writes a line for each frame.
-class Silence {
-  public:
-    Silence();
-    ~Silence();
-    Silence(const Silence &) = delete;
-    Silence &operator=(const Silence &) = delete;
-
-  private:
-    int output;
-};
-
 // Writes a scene file of that many triangles in meshes of 10,000; its path.
 std::string writeTriangleScene(int triangles);
 

@@ -6,6 +6,7 @@
 #include "handEffects.h"
 
 #include "ravolt/RAVOLT.h"
+#include "tools/stage/silence.h"
 
 #include <benchmark/benchmark.h>
 
@@ -34,14 +35,14 @@ struct Started {
 };
 
 void byEngine(benchmark::State &state, const bench::Effects &effects) {
-    const bench::Silence silence;
+    const ravolt::tool::Silence silence;
     const Started started(effects);
     for (auto _ : state)
         bench::drawByEngine(started.scene);
 }
 
 void byHand(benchmark::State &state, const bench::Effects &effects, bench::Buffers buffers) {
-    const bench::Silence silence;
+    const ravolt::tool::Silence silence;
     const Started started(effects);
     const bench::Pixels wanted = bench::readWindow();
     bench::HandEffects hand(started.scene, effects, buffers);
