@@ -51,9 +51,10 @@ Skeleton::Skeleton(const aiScene &model, double scale, int firstLevel, Report &l
 std::string Skeleton::freeName(const std::string &wanted, std::size_t more) {
     constexpr std::size_t roomForNumber = 12;
     const std::size_t longest = ravolt::rveTextLength - roomForNumber + more;
-    std::string name = wanted.substr(0, longest);
-    for (int number = 2; !names.insert(name).second; ++number)
-        name = wanted.substr(0, longest) + "_" + std::to_string(number);
+    const std::string plain = wanted.substr(0, longest);
+    std::string name = plain;
+    while (!names.insert(name).second)
+        name = plain + "_" + std::to_string(++numbers.try_emplace(plain, 1).first->second);
     return name;
 }
 

@@ -78,6 +78,7 @@ class Skeleton {
     std::vector<Joint> list;
     std::map<std::string, std::size_t> byName;
     std::set<std::string> names;
+    std::map<std::string, int> numbers; // the last one behind a name that others have too
     std::vector<Affine> locals;
     Pose own;
     std::size_t shortenedNames = 0, renamed = 0;
