@@ -2,6 +2,7 @@
 // used to the light over time, it draws all the time.
 
 #include "tools/commands.h"
+#include "tools/failure.h"
 #include "tools/quietStart.h"
 #include "tools/scene.h"
 #include "tools/show.h"
@@ -184,7 +185,12 @@ void Viewer::chooseClip(bool backwards) {
         say("clip: there are none");
         return;
     }
-    playback.next(backwards);
+    try {
+        playback.next(backwards);
+    } catch (const Failure &failure) {
+        say(failure.what());
+        return;
+    }
     stage.setSphere(playback.sphere());
     clipSeconds = 0;
     say("clip: " + playback.state());
@@ -353,6 +359,16 @@ void Viewer::run() {
     }
 }
 
+// The first clip that can be played.
+void chooseFirst(Playback &playback, const Talk &talk) {
+    while (!playback.empty())
+        try {
+            return playback.next(false);
+        } catch (const Failure &failure) {
+            warn(failure.what(), talk);
+        }
+}
+
 } // namespace
 
 std::string viewKeys() {
@@ -378,8 +394,8 @@ void runView(const ViewOptions &options, const Talk &talk) {
     Playback playback(root, scene.clips());
     if (!options.clip.empty())
         playback.choose(scene.wantedClip());
-    else if (!playback.empty())
-        playback.choose(std::size_t{0});
+    else
+        chooseFirst(playback, talk);
     warnOfStrangers(playback, talk);
     stage.setSphere(playback.sphere());
     arrange(stage, options, talk);

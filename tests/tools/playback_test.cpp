@@ -1,10 +1,12 @@
 #include "tools/stage/playback.h"
 
 #include "tests/tools/support.h"
+#include "tools/failure.h"
 #include "tools/stage/engine.h"
 #include "tools/writers/rvaWriter.h"
 #include "tools/writers/rveWriter.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 #include <ravolt.h>
 
@@ -85,6 +87,21 @@ TEST_F(PlaybackTest, ShowsFramesAndTheSceneAsLoaded) {
     playback.next(true);
     EXPECT_EQ(playback.state(), "no clip");
     EXPECT_EQ(node->getPosition().y, 5);
+    fs::current_path("..");
+}
+
+TEST_F(PlaybackTest, GoesPastBrokenClips) {
+    std::ofstream("played/scene.run.rva") << "no clip";
+    Engine engine({64, 64}, "test", false, "ravolt_log.txt");
+    Playback playback(engine.load("played/scene.rve"), clips);
+    playback.next(false);
+    EXPECT_EQ(playback.name(), "climb");
+    EXPECT_THROW(playback.next(false), Failure);
+    EXPECT_EQ(playback.name(), "climb");
+    playback.next(false);
+    EXPECT_EQ(playback.name(), "pose");
+    playback.next(true);
+    EXPECT_EQ(playback.name(), "climb");
     fs::current_path("..");
 }
 

@@ -115,7 +115,16 @@ void Playback::next(bool backwards) {
     const std::size_t ring = clips.size() + 1; // none is behind the last
     const std::size_t place = current == none ? clips.size() : current;
     const std::size_t wanted = (place + (backwards ? ring - 1 : 1)) % ring;
-    choose(wanted == clips.size() ? none : wanted);
+    if (wanted == clips.size())
+        return choose(none);
+    try {
+        choose(wanted);
+    } catch (const Failure &) {
+        clips.erase(clips.begin() + static_cast<std::ptrdiff_t>(wanted));
+        if (current != none && current > wanted)
+            --current;
+        throw;
+    }
 }
 
 std::string Playback::name() const { return current == none ? "" : clips[current].file.name; }

@@ -40,7 +40,8 @@ class Playback {
     // such clip.
     void choose(std::size_t index);
     void choose(const std::string &nameOrFile);
-    // The next one, or the one before; between the last and the first is none.
+    // The next one, or the one before; between the last and the first is none. Throws Failure for
+    // one whose file is broken: what is shown stays, and that clip is there no more.
     void next(bool backwards);
 
     std::size_t chosen() const { return current; }
