@@ -30,8 +30,8 @@ enum RV_OPENGL_PROFILE {
 
 class RV_API RVOPENGL {
   public:
-    // A render target of the pool, index 0 to 13; NULL for any other index and while there is no
-    // pool. The pool stays the engine's.
+    // A render target of the pool, index 0 to 13; NULL for any other index, while there is no pool,
+    // and for one that was deleted. The pool stays the engine's.
     static RVFBO *getFbo(int index);
 
     // What the driver offers, as found at start-up.
