@@ -10,6 +10,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/models/modelScenes.h"
+#include "tests/resources/programNames.h"
 #include "tests/support/engineFixture.h"
 
 #include <fstream>
@@ -26,12 +27,7 @@ class MeshProgramTest : public SilentEngineTest {
     MeshProgramTest() { settings.setShaders(true); }
     void SetUp() override {
         SilentEngineTest::SetUp();
-        for (RVSHADER *each = RVSHADER::getFirst(); each; each = each->getNext()) {
-            RVSHADER::disable();
-            recorder.start();
-            each->render(nullptr);
-            nameOf[recorder.stop()[0].arguments[0]] = each->getName();
-        }
+        nameOf = programNames(recorder);
         nameOf[0] = "none";
         start();
     }

@@ -7,6 +7,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
+#include "tests/resources/programNames.h"
 #include "tests/support/engineFixture.h"
 
 #include <gtest/gtest.h>
@@ -23,13 +24,7 @@ class MaterialProgramTest : public SilentEngineTest {
     MaterialProgramTest() { settings.setShaders(true); }
     void SetUp() override {
         SilentEngineTest::SetUp();
-        for (RVSHADER *each = RVSHADER::getFirst(); each; each = each->getNext()) {
-            RVSHADER::disable();
-            recorder.start();
-            each->render(nullptr);
-            nameOf[recorder.stop()[0].arguments[0]] = each->getName();
-        }
-        RVSHADER::disable();
+        nameOf = programNames(recorder);
         RVMATERIAL::reset();
         material = new RVMATERIAL;
         texture = new RVTEXTURE;
