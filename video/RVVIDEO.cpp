@@ -12,6 +12,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 
 // Films: the registry, the file, the status and the way of a frame into its texture.
 //
@@ -45,10 +46,41 @@ bool isThere(const RVTEXTURE *texture) {
     return each;
 }
 
+// One line in the log about a texture is enough.
+bool isFirstRefusal(RVVIDEO_STREAM &stream, const RVTEXTURE *texture) {
+    return std::exchange(stream.refusedBy, texture) != texture;
+}
+
+// Room for a frame that is turned; kept for the next ones. False when memory runs out.
+bool reserveRows(RVVIDEO_STREAM &stream, std::size_t bytes) {
+    if (stream.rowsSize >= bytes)
+        return true;
+    delete[] stream.rows;
+    stream.rows = new (std::nothrow) unsigned char[bytes];
+    stream.rowsSize = stream.rows ? bytes : 0;
+    return stream.rows;
+}
+
+// The picture of a frame with its rows bottom up; without pixels when memory runs out. The
+// decoder's own memory stays as it is, since a frame may be shown twice.
+FilmFrame flip(RVVIDEO_STREAM &stream, const FilmFrame &frame) {
+    const std::size_t rowBytes = std::size_t(frame.width) * 3;
+    if (!reserveRows(stream, rowBytes * frame.pictureHeight))
+        return {};
+    unsigned char *target = stream.rows;
+    for (unsigned int row = frame.pictureHeight; row-- > 0; target += rowBytes)
+        std::memcpy(target, frame.pixels + row * rowBytes, rowBytes);
+    FilmFrame flipped = frame;
+    flipped.pixels = stream.rows;
+    flipped.height = frame.pictureHeight;
+    return flipped;
+}
+
 } // namespace
 
 RVVIDEO::RVVIDEO()
-    : id(zlfNewId()), texture(nullptr), status(RV_VIDEO_STOP), stream(makeStream()), ownId(id) {
+    : id(zlfNewId()), texture(nullptr), status(RV_VIDEO_STOP), stream(makeStream()), ownId(id),
+      flipped(false) {
     ravolt::formatText(name, "[video %d]", id);
     VideoRegistry::append(firstVideo, lastVideo, this);
 }
@@ -84,14 +116,17 @@ void RVVIDEO::copyFields(const RVVIDEO &other) {
     std::memcpy(name, other.name, sizeof name);
     texture = other.texture;
     status = other.status;
+    flipped = other.flipped;
     share(other.stream);
 }
 
 void RVVIDEO::share(RVVIDEO_STREAM *other) {
     if (other)
         ++other->users;
-    if (stream && --stream->users == 0)
+    if (stream && --stream->users == 0) {
+        delete[] stream->rows;
         zlfFree(stream);
+    }
     stream = other;
 }
 
@@ -177,13 +212,18 @@ void RVVIDEO::show(const FilmFrame &frame) {
         return;
     const unsigned int sizeX = texture->getSizeX(), sizeY = texture->getSizeY();
     if (frame.pictureWidth > sizeX || frame.pictureHeight > sizeY) {
-        if (stream->refusedBy != texture)
+        if (isFirstRefusal(*stream, texture))
             zlfLog("   [!] Frame larger than its texture @ RVVIDEO::update\n");
-        stream->refusedBy = texture;
         return;
     }
-    texture->replacePixels(std::min(frame.width, sizeX), std::min(frame.height, sizeY), frame.width,
-                           frame.pixels);
+    const FilmFrame copied = flipped ? flip(*stream, frame) : frame;
+    if (!copied.pixels) {
+        if (isFirstRefusal(*stream, texture))
+            zlfLog("   [!] Out of memory @ RVVIDEO::update\n");
+        return;
+    }
+    texture->replacePixels(std::min(copied.width, sizeX), std::min(copied.height, sizeY),
+                           copied.width, copied.pixels);
     RVMATERIAL::reset(); // its textures may no longer be bound
 }
 
@@ -195,6 +235,10 @@ RV_VIDEO_STATUS RVVIDEO::getStatus() const { return status; }
 
 void RVVIDEO::setTexture(RVTEXTURE *newTexture) { texture = newTexture; }
 RVTEXTURE *RVVIDEO::getTexture() const { return texture; }
+
+void RVVIDEO::flipOn() { flipped = true; }
+void RVVIDEO::flipOff() { flipped = false; }
+bool RVVIDEO::isFlipped() const { return flipped; }
 
 unsigned int RVVIDEO::getId() const { return id; }
 char *RVVIDEO::getName() { return name; }

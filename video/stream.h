@@ -36,5 +36,7 @@ struct RVVIDEO_STREAM {
 
     ravolt::FilmFrame decoded[ravolt::framesOfDecoder]; // what has been decoded of the sequence
     unsigned int users;                                 // films that share the stream
+    unsigned char *rows;                                // owned: a frame with its rows bottom up
+    std::size_t rowsSize;                               // bytes
     const RVTEXTURE *refusedBy; // compared, never followed: the log has its line about this texture
 };

@@ -67,6 +67,15 @@ class RV_API RVVIDEO {
     void setTexture(RVTEXTURE *texture);
     RVTEXTURE *getTexture() const;
 
+    // Additional: copies each frame with its rows bottom up, from the next frame on (off at first).
+    // The last row of the picture is then at V = 0, so that the video stands upright on a quad
+    // whose V = 0 is its lower edge; its first row ends at V = (picture height) / (texture height).
+    // Only the rows of the picture are copied, not those that fill its last macroblocks. A frame
+    // that there is no memory to turn is dropped, with one line in the log.
+    void flipOn();
+    void flipOff();
+    bool isFlipped() const;
+
     unsigned int getId() const;
     // The name of the file as given to load, without the path; at most 255 characters are kept.
     char *getName();
@@ -105,6 +114,7 @@ class RV_API RVVIDEO {
     RV_VIDEO_STATUS status;
     RVVIDEO_STREAM *stream;
     unsigned int ownId; // to be given back; 0 for a copy, which is not registered
+    bool flipped;
 
     static RVVIDEO *firstVideo, *lastVideo;
     static char mpgPath[256];

@@ -100,6 +100,7 @@ TEST_F(Video, NewOneIsStoppedAndHasNothing) {
     EXPECT_NE(0u, video->getId());
     EXPECT_EQ(RV_VIDEO_STOP, video->getStatus());
     EXPECT_EQ(nullptr, video->getTexture());
+    EXPECT_FALSE(video->isFlipped());
     EXPECT_EQ(defaultName(*video), RVVIDEO::findById(video->getId())->getName());
 }
 
@@ -524,6 +525,19 @@ TEST_F(Video, CopyGoesOnWithTheSameFilmAndOwnsNothing) {
     }
     EXPECT_EQ(&**film, RVVIDEO::findById((*film)->getId()));
     EXPECT_EQ(framesOfFilms, framesShown(**film, wholeFilm)); // the shared stream is at its start
+}
+
+TEST_F(Video, FlippingIsKeptByLoadingAndTakenByCopies) {
+    const auto film = openFilm();
+    (*film)->flipOn();
+    EXPECT_TRUE((*film)->isFlipped());
+    EXPECT_TRUE((*film)->load("film"));
+    EXPECT_TRUE((*film)->isFlipped());
+    const RVVIDEO copy(**film);
+    EXPECT_TRUE(copy.isFlipped());
+    (*film)->flipOff();
+    EXPECT_FALSE((*film)->isFlipped());
+    EXPECT_TRUE(copy.isFlipped());
 }
 
 TEST_F(Video, CopyOutlivesItsOriginal) {

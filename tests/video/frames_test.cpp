@@ -80,6 +80,33 @@ TEST_F(Frames, EachFrameIsOneCopyOfWholeMacroblocks) {
     }
 }
 
+TEST_F(Frames, FlippedFrameIsOneCopyOfThePicturesRows) {
+    for (const Film &film : films) {
+        const TestFilm video(pathOf(film.name));
+        video->setTexture(makeScreen(512, 512));
+        video->flipOn();
+        video->play();
+        const Calls calls = callsOf(*video).named("glTexSubImage2D");
+        ASSERT_EQ(framesOfFilms, calls.size()) << film.name;
+        for (const Call &call : calls)
+            EXPECT_EQ(copied(wholeBlocks(film.width), film.height), call);
+    }
+}
+
+TEST_F(Frames, FlippedFrameWithoutMemoryIsDroppedWithOneLine) {
+    const TestFilm video(pathOf("ffmpeg1_352x288_b"));
+    video->setTexture(makeScreen(512, 512));
+    video->play();
+    callsOf(*video, 20); // the decoder has its memory
+    video->flipOn();
+    markLog();
+    recorder.failAllocation(352 * 288 * 3);
+    EXPECT_EQ(Calls(), callsOf(*video, 15));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVVIDEO::update\n");
+    EXPECT_LT(0u, callsOf(*video, 15).count("glTexSubImage2D"));
+}
+
 // The last picture is complete only when something follows it, and the last but one is shown then.
 TEST_F(Frames, FilmWithoutAnEndLosesWhatItCannotKnowToBeComplete) {
     const TestFilm video(pathOf("ffmpeg2_176x144.noend"));

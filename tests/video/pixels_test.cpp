@@ -201,6 +201,47 @@ TEST_P(Pixels, AreTheSameInATextureOfThePicturesSize) {
     }
 }
 
+// The rows of the picture alone, the other way up, from the frame on at which the switch was
+// turned.
+TEST_P(Pixels, AreThoseOfTheUnflippedFrameBottomUp) {
+    const Film &film = GetParam();
+    for (const unsigned int margin : {0u, 21u}) {
+        const TestFilm plain(pathOf(film.name)), flipped(pathOf(film.name));
+        RVTEXTURE *upright = makeScreen(film.width + margin, film.height + margin);
+        RVTEXTURE *turned = makeScreen(film.width + margin, film.height + margin);
+        plain->setTexture(upright);
+        flipped->setTexture(turned);
+        plain->play();
+        flipped->play();
+        for (const bool flip : {true, false, true, true}) {
+            flip ? flipped->flipOn() : flipped->flipOff();
+            ASSERT_TRUE(nextFrame(*plain) && nextFrame(*flipped));
+            const Bytes is = pixelsOf(*turned), wanted = pixelsOf(*upright);
+            const std::size_t rowBytes = std::size_t(upright->getSizeX()) * 3;
+            for (unsigned int y = 0; y < film.height; ++y) {
+                const unsigned int other = flip ? film.height - 1 - y : y;
+                const unsigned char *row = &wanted[other * rowBytes];
+                ASSERT_TRUE(std::equal(row, row + film.width * 3, &is[y * rowBytes]))
+                    << "row " << y << ", flipped: " << flip;
+            }
+        }
+    }
+}
+
+TEST_P(Pixels, OfAFlippedFrameEndWithThePicture) {
+    const Film &film = GetParam();
+    const TestFilm video(pathOf(film.name));
+    RVTEXTURE *screen = makeScreen(film.width + 21, film.height + 21);
+    video->setTexture(screen);
+    video->flipOn();
+    video->play();
+    ASSERT_TRUE(nextFrame(*video));
+    const Bytes pixels = pixelsOf(*screen);
+    const auto above =
+        pixels.begin() + std::ptrdiff_t(film.height) * std::ptrdiff_t(screen->getSizeX()) * 3;
+    EXPECT_TRUE(std::all_of(above, pixels.end(), [](unsigned char value) { return value == 0; }));
+}
+
 INSTANTIATE_TEST_SUITE_P(Films, Pixels, testing::ValuesIn(films),
                          [](const auto &film) { return std::string(film.param.name); });
 
