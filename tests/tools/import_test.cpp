@@ -1,6 +1,8 @@
 #include "tools/convert/import.h"
 
+#include "tests/tools/figure.h"
 #include "tests/tools/support.h"
+#include "tools/convert/vertices.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -134,6 +136,69 @@ TEST(CleanScene, GivesCornersTheirOwnVerticesWhereNormalsAreToBeMade) {
     ASSERT_EQ(bone->mNumWeights, 2u);
     EXPECT_EQ(mesh.mVertices[bone->mWeights[0].mVertexId], square[2]);
     EXPECT_EQ(mesh.mVertices[bone->mWeights[1].mVertexId], square[2]);
+}
+
+// Six vertices for the four corners of a square.
+std::unique_ptr<aiScene> sceneOfTwoTriangles() {
+    return sceneWith({square[0], square[1], square[2], square[0], square[2], square[3]},
+                     {{0, 1, 2}, {3, 4, 5}});
+}
+
+std::vector<aiVector3D> cornersOf(const aiMesh &mesh) {
+    std::vector<aiVector3D> corners;
+    for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
+        for (unsigned int k = 0; k < mesh.mFaces[i].mNumIndices; ++k)
+            corners.push_back(mesh.mVertices[mesh.mFaces[i].mIndices[k]]);
+    return corners;
+}
+
+TEST(WeldVertices, JoinsEqualOnes) {
+    const auto scene = sceneOfTwoTriangles();
+    aiMesh &mesh = *scene->mMeshes[0];
+    const std::vector<aiVector3D> corners = cornersOf(mesh);
+    weldVertices(mesh);
+    EXPECT_EQ(mesh.mNumVertices, 4u);
+    EXPECT_EQ(cornersOf(mesh), corners);
+}
+
+TEST(WeldVertices, KeepsThoseApartThatDifferInNormalOrTextureCoordinates) {
+    const auto scene = sceneOfTwoTriangles();
+    aiMesh &mesh = *scene->mMeshes[0];
+    mesh.mNormals[3] = aiVector3D(0, 0, 1);
+    mesh.mTextureCoords[1] = new aiVector3D[6];
+    mesh.mTextureCoords[1][4] = aiVector3D(0.5f, 0, 0);
+    weldVertices(mesh);
+    EXPECT_EQ(mesh.mNumVertices, 6u);
+}
+
+void addBone(aiMesh &mesh, const std::vector<aiVertexWeight> &weights) {
+    aiBone *bone = new aiBone;
+    bone->mNumWeights = static_cast<unsigned int>(weights.size());
+    bone->mWeights = new aiVertexWeight[weights.size()];
+    std::copy(weights.begin(), weights.end(), bone->mWeights);
+    std::vector<aiBone *> bones(mesh.mBones, mesh.mBones + mesh.mNumBones);
+    bones.push_back(bone);
+    delete[] mesh.mBones;
+    tool_test::handOver(bones, mesh.mBones, mesh.mNumBones);
+}
+
+// Two legs that touch each other at two corners, of which one is moved alike on both sides.
+TEST(WeldVertices, KeepsThoseApartThatOtherBonesMove) {
+    const auto scene = sceneOfTwoTriangles();
+    aiMesh &mesh = *scene->mMeshes[0];
+    addBone(mesh, {{0, 1}, {1, 1}, {2, 0.5f}, {4, 0.5f}});
+    addBone(mesh, {{2, 0.5f}, {3, 1}, {4, 0.5f}, {5, 1}});
+    const std::vector<aiVector3D> corners = cornersOf(mesh);
+    weldVertices(mesh);
+    EXPECT_EQ(mesh.mNumVertices, 5u);
+    EXPECT_EQ(cornersOf(mesh), corners);
+    const aiBone &left = *mesh.mBones[0], &right = *mesh.mBones[1];
+    ASSERT_EQ(left.mNumWeights, 3u);
+    ASSERT_EQ(right.mNumWeights, 3u);
+    EXPECT_EQ(left.mWeights[0].mVertexId, mesh.mFaces[0].mIndices[0]);
+    EXPECT_EQ(left.mWeights[2].mVertexId, mesh.mFaces[1].mIndices[1]);
+    EXPECT_EQ(right.mWeights[0].mVertexId, mesh.mFaces[0].mIndices[2]);
+    EXPECT_EQ(right.mWeights[1].mVertexId, mesh.mFaces[1].mIndices[0]);
 }
 
 std::string reading(const std::string &path) {

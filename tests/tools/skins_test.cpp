@@ -1,4 +1,5 @@
 #include "tests/tools/figure.h"
+#include "tests/tools/gltfData.h"
 #include "tests/tools/support.h"
 #include "tools/convert/skins.h"
 
@@ -81,6 +82,39 @@ TEST(Skins, NameTheirBonesWhichAreHiddenMeshes) {
         EXPECT_TRUE(node->mesh.hidden) << bone;
     }
     EXPECT_TRUE(ravolt::encodeRve(made.scene).ok());
+}
+
+// Two squares side by side, each with four corners of its own, and a bone for each.
+TEST(Skins, KeepTouchingPartsOfTwoBonesApart) {
+    GltfData data;
+    const int points =
+        data.points({0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 1, 0, 0, 2, 0, 0, 2, 1, 0, 1, 1, 0});
+    const int faces = data.indices({0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7});
+    const int normals =
+        data.points({0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1});
+    const int joints = data.joints({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                                    1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0});
+    const int weights = data.fours({1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0,
+                                    1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0});
+    const int bind = data.bindPlaces({{0, 0, 0}, {0, 0, 0}});
+    const auto number = [](int value) { return std::to_string(value); };
+    writeFile("legs.gltf", R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0,1,2]}],
+        "nodes":[{"name":"body","mesh":0,"skin":0},{"name":"left"},{"name":"right"}],
+        "skins":[{"joints":[1,2],"inverseBindMatrices":)" +
+                               number(bind) + R"(}],
+        "meshes":[{"primitives":[{"attributes":{"POSITION":)" +
+                               number(points) + R"(,"NORMAL":)" + number(normals) +
+                               R"(,"JOINTS_0":)" + number(joints) + R"(,"WEIGHTS_0":)" +
+                               number(weights) + R"(},"indices":)" + number(faces) + "}]}]," +
+                               data.members() + "}");
+    const Made made = make("legs.gltf");
+    const ravolt::RveMesh &mesh = find(made.scene.root, "body")->mesh;
+    ASSERT_EQ(mesh.faces.size(), 4u);
+    EXPECT_EQ(mesh.vertices.size(), 8u);
+    for (std::size_t face = 0; face < 4; ++face)
+        for (const std::uint16_t vertex : mesh.faces[face])
+            EXPECT_EQ(mesh.skin.bones.at(mesh.skin.boneIndices.at(4 * vertex)),
+                      face < 2 ? "left" : "right");
 }
 
 TEST(Skins, LeaveRigidScenesWithoutASkeletonsRoot) {

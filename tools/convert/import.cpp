@@ -5,6 +5,7 @@
 #include "tools/convert/import.h"
 
 #include "tools/convert/gltf1.h"
+#include "tools/convert/vertices.h"
 #include "tools/failure.h"
 
 #include <algorithm>
@@ -25,8 +26,7 @@ namespace {
 constexpr float creaseAngle = 60;
 
 constexpr unsigned int steps = aiProcess_Triangulate | aiProcess_SortByPType |
-                               aiProcess_GenSmoothNormals | aiProcess_GenUVCoords |
-                               aiProcess_JoinIdenticalVertices;
+                               aiProcess_GenSmoothNormals | aiProcess_GenUVCoords;
 
 // Hands assimp's steps to our progress bar.
 class Handler : public Assimp::ProgressHandler {
@@ -121,62 +121,6 @@ std::size_t zeroBadTexturePlaces(aiMesh &mesh) {
     return zeroed;
 }
 
-template <class T> void spread(T *&array, const std::vector<unsigned int> &from) {
-    if (!array)
-        return;
-    T *result = new T[from.size()];
-    for (std::size_t i = 0; i < from.size(); ++i)
-        result[i] = array[from[i]];
-    delete[] array;
-    array = result;
-}
-
-void spreadWeights(aiMesh &mesh, const std::vector<std::vector<unsigned int>> &copies) {
-    for (unsigned int b = 0; b < mesh.mNumBones; ++b) {
-        aiBone &bone = *mesh.mBones[b];
-        std::vector<aiVertexWeight> weights;
-        for (unsigned int i = 0; i < bone.mNumWeights; ++i)
-            for (unsigned int copy : copies[bone.mWeights[i].mVertexId])
-                weights.emplace_back(copy, bone.mWeights[i].mWeight);
-        delete[] bone.mWeights;
-        bone.mNumWeights = static_cast<unsigned int>(weights.size());
-        bone.mWeights = new aiVertexWeight[weights.size()];
-        std::copy(weights.begin(), weights.end(), bone.mWeights);
-    }
-}
-
-// Gives each corner of each face a vertex of its own where normals are still to be made: only so
-// can creases stay sharp. Equal vertices are joined again afterwards.
-void unshareVertices(aiMesh &mesh) {
-    std::size_t corners = 0;
-    for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
-        corners += mesh.mFaces[i].mNumIndices;
-    constexpr std::size_t most = 1u << 28; // beyond, the mesh is rather left smooth
-    if (mesh.mNormals || mesh.mNumAnimMeshes || corners == mesh.mNumVertices || corners > most)
-        return;
-    std::vector<unsigned int> from;
-    from.reserve(corners);
-    std::vector<std::vector<unsigned int>> copies(mesh.mNumBones ? mesh.mNumVertices : 0);
-    for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
-        for (unsigned int k = 0; k < mesh.mFaces[i].mNumIndices; ++k) {
-            unsigned int &index = mesh.mFaces[i].mIndices[k];
-            const unsigned int own = static_cast<unsigned int>(from.size());
-            from.push_back(index);
-            if (!copies.empty())
-                copies[index].push_back(own);
-            index = own;
-        }
-    spread(mesh.mVertices, from);
-    spread(mesh.mTangents, from);
-    spread(mesh.mBitangents, from);
-    for (aiVector3D *&channel : mesh.mTextureCoords)
-        spread(channel, from);
-    for (aiColor4D *&channel : mesh.mColors)
-        spread(channel, from);
-    spreadWeights(mesh, copies);
-    mesh.mNumVertices = static_cast<unsigned int>(from.size());
-}
-
 // Nodes that name a mesh which does not exist lose it.
 void dropBadReferences(aiNode &node, unsigned int numberOfMeshes) {
     const auto end = std::remove_if(node.mMeshes, node.mMeshes + node.mNumMeshes,
@@ -260,6 +204,9 @@ Model::Model(const std::string &path, Report &report, Progress &progress) {
         hasTextureTransforms() ? steps : steps | aiProcess_TransformUVCoords);
     if (!current)
         throw Failure(path, oneLine(importer.GetErrorString()));
+    // assimp's own step joins vertices of different bones.
+    for (unsigned int i = 0; i < current->mNumMeshes; ++i)
+        weldVertices(*current->mMeshes[i]);
 }
 
 } // namespace ravolt::tool
