@@ -64,12 +64,24 @@ class RV_API RAVOLT {
     static long getTimeStamp();
 
     // Id of the mesh or custom node under the pixel (x, y) of the window, counted from its top
-    // left; 0 for none. Draws the last 3D block again, so call it between `end3D` and `begin2D`.
-    // The depth of the pixel is lost.
+    // left; 0 for none. In landscape mode the pixel is (height of the window - y, x). A node with
+    // an auxiliary id is reported by that instead. Ids are read back from colours: at a colour
+    // depth of 16 bits (RVSETTINGS::getSDLColorDepth) their low 16 bits, at 24 their low 24, at 32
+    // all; at other depths the colour is taken as it is read, and an id may lose bits anywhere.
+    // Draws the last 3D block again, so call it between `end3D` and `begin2D`. The depth of the
+    // pixel is lost. While bloom or depth of field is on, or the settings force target 0, the pixel
+    // is one of target 0, and that target is bound on return: call RVFBO::unbind before a 2D block
+    // that is meant for the window.
     static unsigned int select(int x, int y);
 
     // Loads a scene file (RVE), found under the RVE path, and returns its root, or NULL with a
-    // log line. The node registry owns the tree.
+    // log line. The node registry owns the tree. The textures that the file names are loaded
+    // with it, from the texture path, and the programs NAMEVS.glsl and NAMEPS.glsl, from the shader
+    // path. A texture NAME_d.tga is joined by the normal map NAME_n.tga when a file of that name is
+    // there without the path (it is then read from the texture path). What cannot be read is
+    // logged, and the scene is loaded all the same. Clips are not loaded: see RVANIM. A material
+    // whose name is registered already stays as it is and serves the meshes of the file, so give
+    // the materials of different scenes different names.
     static RVNODE *load(const char *fileName);
 
     // Video memory in bytes: what there is, what is charged, and the difference, which wraps
@@ -82,12 +94,16 @@ class RV_API RAVOLT {
     static unsigned int pushVideoMemory(unsigned int bytes);
     static unsigned int popVideoMemory(unsigned int bytes);
 
-    // Polygons as lines, without culling, from the next `end3D` to the next `begin2D`.
+    // Polygons as lines, without culling, from the next `end3D` to the next `begin2D`. While bloom
+    // or depth of field is on, the quad that copies the picture to the window is drawn as lines,
+    // too, so that hardly anything of the picture is seen: switch these effects off for wireframes.
     static void wireframeOn();
     static void wireframeOff();
     static bool isWireframed();
 
-    // Shadows of spot lights. `shadowingOn` is ignored where the shadow programs are missing.
+    // Shadows of one spot light per frame: the last one in the render list that casts shadows (see
+    // RVLIGHT::castShadows). A frame without one is drawn without shadows and logs a line.
+    // `shadowingOn` is ignored where the shadow programs are missing.
     static void shadowingOn();
     static void shadowingOff();
     static bool isShadowed();
@@ -103,7 +119,8 @@ class RV_API RAVOLT {
     static void setBloomingIntensity(float intensity);
     static float getBloomingIntensity();
 
-    // Tone mapping, which acts only together with bloom, and its exposure (1 at first).
+    // Tone mapping, which acts only together with bloom, and its exposure (1 at first). Each frame
+    // with tone mapping prints the line "luminance: VALUE" to standard output.
     static void HDROn();
     static void HDROff();
     static bool isHDR();

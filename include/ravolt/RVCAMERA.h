@@ -7,7 +7,18 @@
 
 // The node that makes the view. RAVOLT::begin3D renders it, which loads the modelview matrix from
 // the camera's own fields (a parent plays no part, nor does the origin) and publishes it for the
-// rest of the frame. Aim it with setTargetNode and setTarget. Needs the live OpenGL context.
+// rest of the frame. Needs the live OpenGL context.
+//
+// Without a target node the view is made in one of two ways, by the positioning:
+// - RV_NODE_POSITIONING_VECTORS: the camera stands at `position`, rolled by `rotation.z` about its
+//   view line, then pitched by `rotation.x`, then turned by `rotation.y` about the world's Y, in
+//   degrees. This is another order than that of all other nodes (see RVNODE).
+// - RV_NODE_POSITIONING_MATRIX: `matrix` is the view itself, world to eye; it is not inverted.
+// With a target node (setTargetNode, setTarget) the camera looks from its place at the target, with
+// `upDirection` upwards. Its place is `position` or, by matrix, the last column of `matrix`. A
+// target at the camera's own place, or one straight along `upDirection`, defines no view: the
+// matrix is then degenerate, without a log line, and nothing is seen. Choose another up direction
+// for such a view.
 class RV_API RVCAMERA : public RVNODE {
   public:
     RVCAMERA();
@@ -19,7 +30,8 @@ class RV_API RVCAMERA : public RVNODE {
     RVCAMERA(const RVCAMERA &other);
     RVCAMERA &operator=(const RVCAMERA &) = default;
 
-    // Rotation about X, Y and Z in degrees, put before the view; no effect on an aimed camera.
+    // Rotation of the eye space about X, then Y, then Z in degrees, outermost in the view; no
+    // effect on an aimed camera.
     void setPreRotation(float x, float y, float z) { preRotation = Z3MVECTOR3D(x, y, z); }
     void setPreRotation(const Z3MVECTOR3D &value) { preRotation = value; }
     Z3MVECTOR3D getPreRotation() const { return preRotation; }
@@ -31,7 +43,9 @@ class RV_API RVCAMERA : public RVNODE {
     // World to eye, as of this camera's last render.
     Z3MMATRIX *getThisCameraMatrix() { return &thisCameraMatrix; }
 
-    // The view of the last render, whichever camera it was. The camera is NULL before the first
+    // The view of the last render, whichever camera it was. The position is that camera's
+    // `position` or, by matrix, the last column of its `matrix`, which without a target node is the
+    // translation of the view and not the place of the eye. The camera is NULL before the first
     // render and after that camera is gone.
     static Z3MMATRIX *getCameraMatrix() { return &cameraMatrix; }
     static Z3MVECTOR3D getCameraPosition() { return cameraPosition; }

@@ -26,11 +26,14 @@ class RV_API RVELEMENT {
 
     static bool isActive() { return active; }
 
-    // Empties the list.
+    // Empties the list. The fields of the entries keep their values until a pass fills the entry
+    // again, `param1` and the nearest lights beyond that; the skeleton cache and the clipping stay.
     static void reset();
 
-    // Distance clipping, off at first: meshes and helpers farther from the eye than the radius and
-    // twice their own radius take no entry, and each says so in the log.
+    // Distance clipping, off at first: meshes and helpers take no entry when their origin is
+    // farther from the eye than the clipping radius plus twice their own radius (RVMESH::getRadius,
+    // RVHELPER::setRadius, which is not computed from the helper's box). Each of them logs a line
+    // in each frame. Their children are tested for themselves; other nodes are never clipped.
     static void clippingOn() { clipping = true; }
     static void clippingOff() { clipping = false; }
 
@@ -52,15 +55,19 @@ class RV_API RVELEMENT {
     // Plain nodes and hidden or clipped meshes take no entry. The flag has no effect.
     static bool pass(RVNODE *node, bool flag);
 
-    // Walks the tree under `node` from the present modelview matrix and notes where the bones of
-    // `mesh` stand, in the entry of the skeleton cache in the making. False with a log line for
-    // NULL.
+    // Walks the tree from `node` down, beginning with the current modelview matrix, and stores the
+    // matrix of each bone of `mesh` in the next free entry of the skeleton cache. For `pass`, which
+    // calls it with the parent of a skinned mesh. False, with a log line, for NULL alone: a skinned
+    // mesh without a parent then keeps the bone matrices that its entry held before. True says
+    // nothing about how many bones were found, and is returned for a full cache, too.
     static bool passSkeleton(RVNODE *node, RVMESH *mesh);
 
     // Orders of drawing; false when there is nothing to sort. sort2D keeps the order of the pass
-    // among nodes that were never raised. sort3D puts lights first, then what is opaque, then what
-    // is transparent, from back to front; without lights and transparent entries the order of the
-    // pass stands.
+    // among nodes that were never raised. sort3D puts lights first, then opaque entries (by texture
+    // and material), then transparent ones from back to front, by the eye-space z of their origin
+    // minus their radius: one sort per node, not per triangle, so that large transparent meshes
+    // that overlap in depth may be drawn in the wrong order. Helpers count as transparent. Without
+    // lights and transparent entries the order of the pass stands.
     static bool sort2D();
     static bool sort3D();
 

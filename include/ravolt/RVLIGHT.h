@@ -16,8 +16,11 @@ enum RV_LIGHT_TYPE : int {
 
 // A source of light. A scene may have any number: when an object is drawn, activateNearest sets
 // OpenGL's lights 0 to 3 to the four nearest to it. A light shines along `direction` in its own
-// frame, or at its target; see RVNODE. Each set-up also draws a small pyramid where the light
-// stands. Needs the live OpenGL context to be rendered.
+// frame, or at its target; see RVNODE. Its own `rotation` turns the direction twice: leave it at 0
+// and set `direction`, or rotate a parent. The aim at a target starts from the light's own
+// position, without its parents', so that a light under a moved parent misses; a target at that
+// very position gives the direction (0, 0, 0). Each set-up also draws a small pyramid
+// where the light stands. Needs the live OpenGL context to be rendered.
 class RV_API RVLIGHT : public RVNODE {
   public:
     RVLIGHT();
@@ -45,8 +48,8 @@ class RV_API RVLIGHT : public RVNODE {
     static void lightingOff();
     static bool getLighting() { return lighting; }
 
-    // RV_LIGHT_TYPE_OMNI at first. Any other number than the three shines as that one, and the log
-    // says so at each rendering.
+    // RV_LIGHT_TYPE_OMNI at first. A number that is none of the three types shines as an omni light
+    // and logs a line at each rendering.
     void setLightType(RV_LIGHT_TYPE value) { lightType = value; }
     RV_LIGHT_TYPE getLightType() const { return lightType; }
 
@@ -81,8 +84,10 @@ class RV_API RVLIGHT : public RVNODE {
     void setExclusive(bool value) { exclusive = value; }
     bool isExclusive() const { return exclusive; }
 
-    // Shadows of a spot light (none at first), and the distances from the light, in units of the
-    // scene and above 0, between which they fall: 1 and 1024 at first.
+    // Shadows of a spot light (none at first), with RAVOLT::shadowingOn; one light casts in a
+    // frame. The distances from the light, in units of the scene and above 0, between which they
+    // fall: 1 and 1024 at first. The cut-off must be below 90. A light that shines straight along
+    // the world's Y casts no usable shadow: tilt it a little.
     void castShadows(bool value) { shadowCaster = value; }
     bool isShadowCaster() const { return shadowCaster; }
     void setShadowNearPlane(float distance) { shadowNearPlane = distance; }

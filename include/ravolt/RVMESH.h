@@ -38,11 +38,16 @@ struct RV_API RVSKELETON {
 };
 
 // A mesh of triangles that draws itself in each kind of pass, from vertex buffers where the driver
-// has them. A skinned mesh is moved by bones, which are meshes of the same tree: each pass notes
-// their places in the skeleton cache, and drawing bends the vertices after them, on the graphics
-// card where RVSHADER::useSkinning holds. A mesh owns its arrays and buffers and counts as one user
-// of its material. Meshes with geometry come from RAVOLT::load alone; one made with `new` draws
-// nothing. Needs the live OpenGL context.
+// has them. A skinned mesh is moved by bones. Bones must be meshes, which may be empty, below the
+// parent of the skinned mesh: a node of another type, or elsewhere, does not move the skin, which
+// then follows a stale matrix. Each pass stores
+// the bones' matrices in the skeleton cache, so that one tree may be passed several times in a
+// frame, each time in another pose; drawing skins the vertices by them, on the GPU where
+// RVSHADER::useSkinning holds. A mesh owns its arrays and buffers and counts as one user of its
+// material. Meshes with geometry come from RAVOLT::load alone; one made with `new` draws nothing.
+// A mesh with a transparent material is drawn inner faces first, then outer ones; without lighting
+// (RVLIGHT::lightingOff) it is drawn once, as an opaque one, though still blended. Needs the live
+// OpenGL context.
 class RV_API RVMESH : public RVNODE {
   public:
     RVMESH();
@@ -98,6 +103,8 @@ class RV_API RVMESH : public RVNODE {
     // Never set by the engine.
     bool isClosed() const;
 
+    // A flag of the application's own: nothing of the engine reads it, and every mesh casts shadows
+    // (see RAVOLT::shadowingOn).
     bool getShadowCaster() const;
     void setShadowCaster(bool caster);
 
@@ -109,7 +116,10 @@ class RV_API RVMESH : public RVNODE {
     Z3MVECTOR3D getMinimum() const;
     Z3MVECTOR3D getMaximum() const;
 
-    // Lowers the count of the old material and raises that of the new one; NULL for none.
+    // Lowers the count of the old material and raises that of the new one; NULL for none. A skinned
+    // mesh marks its material as skinned when it is loaded (RVMATERIAL::setSkinning), not here:
+    // mark the new material yourself. Rigid meshes may share a marked material; they are drawn by
+    // the programs for rigid meshes.
     void setMaterial(RVMATERIAL *material);
     RVMATERIAL *getMaterial() const;
 

@@ -156,9 +156,10 @@ class RV_API RVNODE {
     // when it was hidden or clipped since.
     Z3MMATRIX *getCachedMatrix() { return &cachedMatrix; }
 
-    // The transform from the node to the world, or to the space around the ancestor of that name
-    // (which takes part). Needs the live OpenGL context in modelview mode. At most 63 ancestors;
-    // beyond that an identity and a log line.
+    // The transform from the node to the world, or to the space around its nearest ancestor of that
+    // name (whose own transform is included). The node's own name is not compared: it never stops
+    // the walk. A name that no ancestor has is as NULL. Needs the live OpenGL context in modelview
+    // mode. At most 63 ancestors; beyond that an identity and a log line.
     Z3MMATRIX getFinalMatrix(const char *stopName);
 
     RVNODE *getParent() const { return parent; }

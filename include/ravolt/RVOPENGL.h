@@ -34,12 +34,15 @@ class RV_API RVOPENGL {
     // and for one that was deleted. The pool stays the engine's.
     static RVFBO *getFbo(int index);
 
-    // What the driver offers, as found at start-up.
+    // What the driver offers, as found at start-up. A flag that is set is never cleared: over a
+    // second start in the same process it stays true, also where the new settings request no
+    // shaders or the new display offers less. The one exception is useMultitexturing, which a
+    // start that finds fewer than 16 image units clears.
     static bool useVBO();
     static bool useAnisotropic();
     static bool useFBO();
     static bool useMultitexturing(); // false with fewer than 16 image units
-    static bool useShaders();        // false too when the settings did not ask for shaders
+    static bool useShaders();        // looked for only when the settings request shaders
     static bool useOcclusionQuery();
 
     // The driver's largest anisotropy; 0 without the extension.

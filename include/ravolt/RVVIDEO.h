@@ -30,7 +30,8 @@ class RV_API RVVIDEO {
     // and texture.
     RVVIDEO();
     // Gives the identifier back and leaves the registry. A file and a decoder that are open stay
-    // so: load NULL before a film goes. (At its end a film is open again, at its start.)
+    // so: close them before with load(NULL), which gives false and logs its line for a file that
+    // was not found. (At its end a video is open again, at its start.)
     ~RVVIDEO();
 
     // A copy has the values of every field, the stream, the identifier and the name included, so
@@ -48,10 +49,13 @@ class RV_API RVVIDEO {
 
     // Takes `steps` steps of the decoder, of which a frame needs a varying number, in any status
     // but RV_VIDEO_STOP. Each frame that is due is copied to the origin of the texture, first row
-    // at V = 0; the picture needs a texture of 24 or 32 bits, in video memory, that is at least as
-    // large and without mipmaps. A larger frame is refused, with one line in the log. Without a
-    // texture the frames are dropped. The end of the file takes the film back to its start, by
-    // another load. A rewind is carried out at the end only. Broken data are passed over. Needs the
+    // at V = 0; the picture needs a texture of 24 or 32 bits, in video memory, without
+    // mipmaps and at least as wide and as high as the picture in pixels. A larger frame is refused,
+    // with one line in the log. Of width and height rounded up to multiples of 16 (height of 32 for
+    // interlaced MPEG-2) the texture has room for the whole macroblocks, else it gets the picture
+    // alone. Without a texture the frames are dropped. The end of the file takes the film back to
+    // its start, by another load of its name behind the path of that moment, with the lines that
+    // load logs. A rewind is carried out at the end only. Broken data are passed over. Needs the
     // engine's context. Always true.
     bool update(unsigned int steps);
 
@@ -93,8 +97,9 @@ class RV_API RVVIDEO {
     RVVIDEO *getPrevious() const;
 
     // What is put before every file name, with no separator added; NULL empties it. At most 255
-    // characters are kept. The engine's start does not take it from the settings: hand
-    // RVSETTINGS::getMPGPath on.
+    // characters are kept. A video that is played looks for its file behind it again at each end,
+    // so do not change it meanwhile. The engine's start does not take it from the settings: pass on
+    // RVSETTINGS::getMPGPath yourself.
     static char *getMPGPath();
     static void setMPGPath(const char *path);
 

@@ -516,6 +516,21 @@ TEST_F(BloomingSelection, ABlockOfFlatThingsBehindItLandsInTargetZero) {
     EXPECT_EQ(pixelAt(centreX, centreY), before);
 }
 
+TEST_F(BloomingSelection, UnbindingBringsTheBlockBehindItToTheWindow) {
+    RAVOLT::bloomingOn();
+    drawFrame(camera, new Square);
+    RAVOLT::select(32, 96 - 24);
+    RVFBO::unbind();
+    RAVOLT::begin2D();
+    glColor4f(0, 0, 1, 1);
+    glRecti(100, 90, 128, 80); // pixels of the window
+    RAVOLT::end2D();
+    RAVOLT::bloomingOff();
+    EXPECT_PIXEL(pixelAt(127, 81), (Pixel{0, 0, 255, 255}), 0);
+    EXPECT_PIXEL(pixelAt(101, 89), (Pixel{0, 0, 255, 255}), 0);
+    EXPECT_FALSE(pixelAt(98, 85) == (Pixel{0, 0, 255, 255}));
+}
+
 TEST_F(TargetSelection, TheBackgroundOfTheTargetIsZero) {
     drawFrame(camera, new Square);
     EXPECT_EQ(RAVOLT::select(1, 95), 0u);

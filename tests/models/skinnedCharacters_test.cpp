@@ -58,7 +58,7 @@ class CharactersTest : public EngineTest, public testing::WithParamInterface<Way
 
     // A far light, and a frame in which the meshes under `root` find it: programs draw what has a
     // light alone, and a flat pass goes by the last lit one.
-    static void light(RVNODE *root) {
+    static RVNODE *light(RVNODE *root) {
         RVLIGHT *lamp = new RVLIGHT;
         lamp->setLightType(RV_LIGHT_TYPE_DIRECTIONAL);
         lamp->setDirection(0, 0, -1);
@@ -66,6 +66,7 @@ class CharactersTest : public EngineTest, public testing::WithParamInterface<Way
         lamp->link(root);
         RVLIGHT::lightingOn();
         drawFrame(nullptr, root);
+        return lamp;
     }
 
     static Picture drawFlat(RVNODE *root) {
@@ -260,6 +261,36 @@ TEST_P(CharactersTest, ClipsMoveThePicture) {
         EXPECT_PIXEL(picture.at(100, 30), frame ? red : green, 1);
         EXPECT_NEAR(static_cast<double>(picture.pixelsUnlike(black)), 2 * scale() * scale(), 40);
     }
+}
+
+// Each pass records the place and the bones of its moment. What moves the whole figure is a node
+// above HumanoidRoot: the mesh itself is placed when it is drawn, by what stands at and below that
+// node then.
+TEST_P(CharactersTest, OneTreeIsDrawnInThePoseAndPlaceOfEachOfItsPasses) {
+    RVNODE *root =
+        loadScene({nodeNamed("HumanoidRoot", {emptyMesh("arm"), squareOn("arm", "skin", 0.5f)})});
+    const int x[] = {20, 64, 108}, y[] = {20, 70, 48};
+    RVNODE *lamp = light(root);
+    lamp->unlink();
+    // The first frame finds each entry its light.
+    for (const RV_OPENGL_PROFILE profile : {RV_OPENGL_PROFILE_FULL, RV_OPENGL_PROFILE_FLAT}) {
+        RVOPENGL::setProfile(profile);
+        RAVOLT::clear(true, true, false);
+        RAVOLT::begin3D(nullptr);
+        lamp->pass();
+        for (unsigned int pass = 0; pass < 3; ++pass) {
+            skinUnder(*root).setAuxId(0xffu << 8 * pass); // red, green, blue
+            meshNamed("arm")->setPosition(unitsX(x[pass]), 0, 0);
+            root->setPosition(0, unitsY(y[pass]), -10);
+            root->pass();
+        }
+        RAVOLT::end3D(true);
+    }
+    const Picture picture = readFrame();
+    const Pixel colors[] = {{255, 0, 0, 255}, {0, 255, 0, 255}, {0, 0, 255, 255}};
+    for (unsigned int pass = 0; pass < 3; ++pass)
+        EXPECT_PIXEL(picture.at(x[pass], y[pass]), colors[pass], 1);
+    EXPECT_NEAR(static_cast<double>(picture.pixelsUnlike(black)), 3 * scale() * scale(), 60);
 }
 
 // --- Tables

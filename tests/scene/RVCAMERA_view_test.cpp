@@ -182,6 +182,28 @@ TEST_F(CameraView, TargetAtItsOwnPlaceGivesZeroAxes) {
     EXPECT_EQ(matrix.e[15], 1);
 }
 
+TEST_F(CameraView, AimAlongItsUpDirectionHasNoSideAndNoTop) {
+    camera->setPosition(0, 5, 0);
+    camera->setTargetNode(camera); // at the origin, straight below
+    const Z3MMATRIX &matrix = view();
+    for (const int column : {0, 4, 8, 12}) {
+        EXPECT_EQ(matrix.e[column], 0) << column;
+        EXPECT_EQ(matrix.e[column + 1], 0) << column;
+    }
+    EXPECT_FLOAT_EQ(matrix.e[6], 1);
+}
+
+// The view is the matrix itself; the position published is its last column, not where the eye is.
+TEST_F(CameraView, PositionOfAMatrixIsItsLastColumnAlsoWhereThatIsNotTheEye) {
+    Z3MMATRIX matrix;
+    matrix.setTranslation(0, 0, -5); // the view from (0, 0, 5)
+    camera->setMatrix(matrix);
+    camera->setPosition(1, 2, 3);
+    camera->setPositioning(RV_NODE_POSITIONING_MATRIX);
+    expectNear(view().getTranslation(), 0, 0, -5);
+    expectNear(RVCAMERA::getCameraPosition(), 0, 0, -5);
+}
+
 TEST_F(CameraView, LastRenderPublishesTheStatics) {
     RVCAMERA *other = new RVCAMERA;
     other->setPosition(9, 0, 0);

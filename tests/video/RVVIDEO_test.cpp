@@ -209,6 +209,16 @@ TEST_F(Video, FilmIsSoughtBehindTheFolder) {
     EXPECT_TRUE(film->load("ilm"));
 }
 
+TEST_F(Video, EndOfTheFilmLooksForItBehindThePathOfThatMoment) {
+    const auto film = openFilm();
+    (*film)->playLoop();
+    framesShown(**film, 20);
+    RVVIDEO::setMPGPath("elsewhere/");
+    EXPECT_TRUE((*film)->update(wholeFilm));
+    EXPECT_LOGGED_EXACTLY(notFound);
+    EXPECT_EQ(filesBefore, openFiles());
+}
+
 TEST_F(Video, StartOfTheEngineDoesNotTakeTheFolderFromTheSettings) {
     RVVIDEO::setMPGPath("mine/");
     settings.setMPGPath("theirs/");
