@@ -1,10 +1,12 @@
-# What an installed Ravolt consists of: the library, its headers, a CMake package and ravolt.pc.
+# What an installed Ravolt consists of: the library, its headers, the documents that these name, a
+# CMake package and ravolt.pc.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS ravolt EXPORT RavoltTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(FILES docs/formats.md docs/additions.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(EXPORT RavoltTargets NAMESPACE Ravolt::
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
 

@@ -21,11 +21,13 @@ class RV_API RVSETTINGS {
     // Reads the keys RAVOLT_... of a settings file (one `key=value` a line, texts in double quotes,
     // # opens a comment); a key that is absent leaves its field alone. False with a log line when
     // `filename` is NULL or no such file is there, true in every other case. Blanks and tabs are
-    // dropped, in quoted texts too. Reading a flag overwrites the flags declared behind it, see
-    // docs/formats.md.
+    // dropped, in quoted texts too. Reading a flag overwrites the flags declared behind it. The
+    // keys are listed in formats.md, which is installed in the documentation folder
+    // (share/doc/ravolt).
     bool load(const char *filename);
 
-    // Whether SDL can open such a window; needs SDL's video to be up. Opens nothing.
+    // Whether SDL can open such a window. Opens nothing. Before RAVOLT::init call
+    // SDL_Init(SDL_INIT_VIDEO): without it the result is false.
     bool isOk();
 
     // Window caption; empty for a window without frame. The engine's banner at first.
@@ -90,12 +92,13 @@ class RV_API RVSETTINGS {
     bool getForceFBO() const;
 
     // Texts put in front of file names: scenes, animations, videos, textures, shaders, fonts. All
-    // empty at first. The engine hands all but the video path on when it starts.
+    // empty at first. At its start the engine passes on all but the video path, which the
+    // application passes on itself: RVVIDEO::setMPGPath(settings.getMPGPath()).
     void setRVEPath(const char *path);
     char *getRVEPath();
     void setRVAPath(const char *path);
     char *getRVAPath();
-    void setMPGPath(const char *path);
+    void setMPGPath(const char *path); // not passed on: see RVVIDEO::setMPGPath
     char *getMPGPath();
     void setTexturePath(const char *path);
     char *getTexturePath();
@@ -109,7 +112,9 @@ class RV_API RVSETTINGS {
 
     // Call on a resize event: gives window and viewport the new size in pixels, (x, y) being the
     // viewport's corner counted from the window's top left. The context and its objects live on;
-    // render targets keep their sizes. A size below 1 is logged and changes no window. Always true.
+    // render targets keep their sizes. A size below 1 is logged and changes no window, but the size
+    // in force and the projection take it all the same, so that nothing sensible is drawn until the
+    // next good size: skip such events. Always true.
     static bool resize(int x, int y, int sizeX, int sizeY);
 
     // Change what getSDLShaders says of the running engine.

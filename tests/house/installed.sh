@@ -20,6 +20,14 @@ check() {
 
 cmake --install "$build" --prefix "$prefix" >install.log 2>&1 || fail "$(cat install.log)"
 
+# The documents, and every other one that a public header names.
+for document in formats.md additions.md; do
+    cmp "$source/docs/$document" "$prefix/share/doc/ravolt/$document" || fail "$document is not installed"
+done
+for document in $(grep -hoE '[a-z]+\.md' "$prefix"/include/ravolt/*.h | sort -u); do
+    [ -f "$prefix/share/doc/ravolt/$document" ] || fail "a header names $document, which is not installed"
+done
+
 cmake -S "$application" -B package "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_CXX_COMPILER=$compiler" \
     >package.log 2>&1 && cmake --build package >>package.log 2>&1 || fail "$(cat package.log)"
 ./package/application || fail "the application of the CMake package ends with $?"
