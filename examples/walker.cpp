@@ -26,10 +26,15 @@ Walker::Walker(const char *scene, const char *clipFile)
 
 bool Walker::isReady() const { return character && hasClip; }
 
+// The clip loops: its last frame equals the first one and would be shown twice.
+unsigned int Walker::period() const {
+    const unsigned int frames = clip->getNumberOfFrames();
+    return frames > 1 ? frames - 1 : 1;
+}
+
 // A clip has no clock: the frame is the application's choice.
 void Walker::advance(float seconds) {
     time += seconds;
-    const unsigned int frame = static_cast<unsigned int>(time * framesPerSecond);
-    clip->apply(frame % clip->getNumberOfFrames(), character);
+    clip->apply(static_cast<unsigned int>(time * framesPerSecond) % period(), character);
     middle->setRotation(0.0f, start + turn * time, 0.0f);
 }

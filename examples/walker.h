@@ -16,6 +16,8 @@ class Walker {
     RVNODE *getNode() const { return middle; }
 
   private:
+    unsigned int period() const; // frames until the clip begins again
+
     RVNODE *middle;
     RVNODE *character;
     RVANIM *clip;
