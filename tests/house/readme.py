@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the application of README.md, and its CMakeLists.txt, into a folder.
+"""Writes the application of README.md, its CMakeLists.txt, and its other pieces of C++ as one file,
+samples.inc, into a folder.
 
 readme.py SOURCE FOLDER
 """
@@ -8,10 +9,13 @@ import re
 import sys
 
 
+def blocks_of(text, language):
+    return re.findall(rf"^```{language}\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
+
+
 def only(text, language, holding=""):
     """The one block of a language that holds a text; others are pieces of code."""
-    blocks = re.findall(rf"^```{language}\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
-    blocks = [block for block in blocks if holding in block]
+    blocks = [block for block in blocks_of(text, language) if holding in block]
     if len(blocks) != 1:
         sys.exit(f"README.md has {len(blocks)} blocks of {language} with '{holding}', not one")
     return blocks[0]
@@ -23,6 +27,8 @@ def main():
     folder.mkdir(parents=True, exist_ok=True)
     (folder / "hello.cpp").write_text(only(text, "cpp", "int main("))
     (folder / "CMakeLists.txt").write_text(only(text, "cmake"))
+    pieces = [block for block in blocks_of(text, "cpp") if "int main(" not in block]
+    (folder / "samples.inc").write_text(re.sub("^#include.*$", "", "".join(pieces), flags=re.MULTILINE))
 
 
 if __name__ == "__main__":

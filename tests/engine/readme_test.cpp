@@ -1,0 +1,131 @@
+// The pieces of code in the README do what is written beside them.
+
+#include "ravolt.h"
+#include "tests/support/engineFixture.h"
+#include "tests/support/files.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace readme {
+#include "samples.inc"
+}
+
+namespace ravolt::test {
+namespace {
+
+constexpr Pixel red{255, 0, 0, 255}, green{0, 255, 0, 255}, blue{0, 0, 255, 255},
+    white{255, 255, 255, 255};
+
+class Readme : public EngineTest {
+  protected:
+    Readme() { settings.setColorDepth(32); }
+
+    // A character of one bone and a clip that moves it by one unit a frame.
+    RVNODE *makeCharacter() {
+        RVNODE *character = new RVNODE, *bone = new RVNODE;
+        bone->setName("bone");
+        bone->link(character);
+        return character;
+    }
+    RVANIM *makeClip(unsigned int frames) {
+        RVANIM *clip = new RVANIM;
+        clip->setNumberOfBones(1);
+        clip->setBoneName(0, "bone");
+        clip->setNumberOfFrames(frames);
+        clip->setTranslating(true);
+        for (unsigned int frame = 0; frame < frames; ++frame)
+            clip->getKeyframe(frame, 0)->translation.set(static_cast<float>(frame), 0, 0);
+        return clip;
+    }
+};
+
+TEST_F(Readme, LoopShowsNoFrameTwice) {
+    RVNODE *character = makeCharacter();
+    const RVANIM *clip = makeClip(5); // the last one stands for the first
+    std::vector<float> shown;
+    for (unsigned int tick = 0; tick < 9; ++tick) {
+        readme::play(clip, character, (static_cast<float>(tick) + 0.5f) / 30);
+        shown.push_back(character->getChild(0)->getPosition().x);
+    }
+    EXPECT_EQ(shown, (std::vector<float>{0, 1, 2, 3, 0, 1, 2, 3, 0}));
+}
+
+TEST_F(Readme, LoopOfOneFrameOrNoneIsNoFailure) {
+    RVNODE *character = makeCharacter();
+    const RVANIM *pose = makeClip(1), *nothing = makeClip(0);
+    for (const float seconds : {0.0f, 0.5f, 100.0f}) {
+        character->getChild(0)->setPosition(7, 7, 7);
+        readme::play(nothing, character, seconds);
+        EXPECT_EQ(character->getChild(0)->getPosition().x, 7);
+        readme::play(pose, character, seconds);
+        EXPECT_EQ(character->getChild(0)->getPosition().x, 0);
+    }
+}
+
+TEST_F(Readme, EachPassOfACharacterStandsWhereItStoodThen) {
+    RVNODE *character = makeCharacter();
+    (new readme::Axes)->link(character->getChild(0));
+    RAVOLT::clear(true, true, false);
+    RAVOLT::begin3D(nullptr);
+    readme::drawCrowd(makeClip(3), character);
+    ASSERT_EQ(RVELEMENT::getNumberOfPassedElements(), 3u);
+    RAVOLT::end3D(true);
+    EXPECT_EQ(character->getPosition().x, 4);
+}
+
+TEST_F(Readme, CustomNodeIsSeenAndFound) {
+    auto *axes = new readme::Axes;
+    axes->setPosition(0, 0, -3);
+    drawFrame(nullptr, axes);
+    const Picture picture = readFrame();
+    const int middleX = width / 2, middleY = height / 2;
+    int found = 0;
+    for (int row = middleY - 1; row <= middleY + 1; ++row)
+        found += picture.at(middleX + 10, row) == red;
+    EXPECT_EQ(found, 1);
+    found = 0;
+    for (int column = middleX - 1; column <= middleX + 1; ++column)
+        found += picture.at(column, middleY - 10) == green;
+    EXPECT_EQ(found, 1);
+    found = 0;
+    for (int row = middleY - 1; row <= middleY + 2; ++row)
+        found += RAVOLT::select(middleX + 10, row) == axes->getId();
+    EXPECT_EQ(found, 1);
+}
+
+TEST_F(Readme, CustomNodeLeavesTheLightsAsTheyWere) {
+    auto *axes = new readme::Axes;
+    RVLIGHT::lightingOn();
+    drawFrame(nullptr, axes);
+    EXPECT_TRUE(RVLIGHT::getLighting());
+    RVLIGHT::lightingOff();
+    drawFrame(nullptr, axes);
+    EXPECT_FALSE(RVLIGHT::getLighting());
+}
+
+// Two by two pixels, the lower row first: red and green below, blue and white above.
+TEST_F(Readme, PictureStandsUprightInPixelsOfTheWindow) {
+    Bytes image = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0, 2, 0, 24, 0};
+    for (const Pixel pixel : {red, green, blue, white})
+        image.insert(image.end(), {pixel.blue, pixel.green, pixel.red});
+    writeFile("logo.tga", image);
+    RVTEXTURE::setPath(nullptr);
+    auto *logo = readme::loadPicture("logo.tga");
+    logo->setPosition(10, 20);
+    drawFrame(nullptr, nullptr);
+    const Pixel background = pixelAt(64, 48);
+    readme::drawOverlay(logo);
+    EXPECT_PIXEL(pixelAt(10, 20), blue, 0);
+    EXPECT_PIXEL(pixelAt(11, 20), white, 0);
+    EXPECT_PIXEL(pixelAt(10, 21), red, 0);
+    EXPECT_PIXEL(pixelAt(11, 21), green, 0);
+    EXPECT_PIXEL(pixelAt(9, 20), background, 0);
+    EXPECT_PIXEL(pixelAt(12, 20), background, 0);
+    EXPECT_PIXEL(pixelAt(10, 19), background, 0);
+    EXPECT_PIXEL(pixelAt(10, 22), background, 0);
+}
+
+} // namespace
+} // namespace ravolt::test
