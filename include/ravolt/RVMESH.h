@@ -39,10 +39,10 @@ struct RV_API RVSKELETON {
 
 // A mesh of triangles that draws itself in each kind of pass, from vertex buffers where the driver
 // has them. A skinned mesh is moved by bones. Bones must be meshes, which may be empty, below the
-// parent of the skinned mesh: a node of another type, or elsewhere, does not move the skin, which
-// then follows a stale matrix. Each pass stores
-// the bones' matrices in the skeleton cache, so that one tree may be passed several times in a
-// frame, each time in another pose; drawing skins the vertices by them, on the GPU where
+// parent of the skinned mesh: a node of another type, or elsewhere, does not move the skin. Each
+// pass stores the bones' matrices in the skeleton cache, so that one tree may be passed several
+// times in a frame, each time in another pose (but placed by a node above "HumanoidRoot": that one
+// and those down to the mesh count as they stand when it is drawn). Drawing skins, on the GPU where
 // RVSHADER::useSkinning holds. A mesh owns its arrays and buffers and counts as one user of its
 // material. Meshes with geometry come from RAVOLT::load alone; one made with `new` draws nothing.
 // A mesh with a transparent material is drawn inner faces first, then outer ones; without lighting
