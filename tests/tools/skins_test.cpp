@@ -217,6 +217,29 @@ TEST_F(SkinsTest, KeepThePoseOfTheModelWhereNoVertexIsShared) {
     EXPECT_NEAR(carrying.posed[2]({0, 0, 0}).y, -1, 1e-9);
 }
 
+TEST_F(SkinsTest, SayWhenTheyAreBoundInDifferentPosesOnOneSkeleton) {
+    FigureMesh *coat = figure.triangle(figure.node("coat", nullptr, {0, 0, 0}));
+    mesh->bone("low", {0, 0, 0}, {{0, 0.5f}, {1, 1}, {2, 1}});
+    mesh->bone("high", {0, -2, 0}, {{0, 0.5f}});
+    coat->bone("low", {0, 0, 0}, {{0, 0.5f}, {1, 0.5f}, {2, 1}});
+    coat->bone("high", {0, -3, 0}, {{0, 0.5f}, {1, 0.5f}});
+    carried(3);
+    EXPECT_EQ(report.warnings(),
+              (std::vector<std::string>{
+                  "skins bound in different poses on one skeleton, a scene has one pose: 2 "
+                  "vertices of several bones moved only about as the model says"}));
+}
+
+TEST_F(SkinsTest, MayShareASkeletonInOnePose) {
+    FigureMesh *coat = figure.triangle(figure.node("coat", nullptr, {0, 0, 0}));
+    for (FigureMesh *one : {mesh, coat}) {
+        one->bone("low", {0, 0, 0}, {{0, 0.5f}, {1, 1}, {2, 1}});
+        one->bone("high", {0, -2, 0}, {{0, 0.5f}});
+    }
+    carried(3);
+    EXPECT_TRUE(report.warnings().empty());
+}
+
 TEST_F(SkinsTest, PassOverBonesThatNoNodeIs) {
     mesh->bone("nobody", {0, 0, 0}, {{0, 1}, {1, 1}, {2, 1}});
     const aiScene &scene = figure.finish();

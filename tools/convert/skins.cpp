@@ -43,6 +43,7 @@ Skins::Skins(const aiScene &model, const Skeleton &joints, Report &report)
         }
     }
     setBindPose();
+    warnOfOtherBindPoses(report);
     if (!missing.empty())
         report.warn(counted(missing.size(), "bone", "bones") + " that no node is left out");
     if (simplified)
@@ -185,6 +186,33 @@ void Skins::setBindPose() {
         at.position = local.position;
         bind.world[i] = above * Affine{rotationFromDegrees(at.degrees), at.position};
     }
+}
+
+// Whether all joints of a vertex agree on where it stands.
+bool Skins::fitsBindPose(const Skin &skin, const aiMesh &mesh, std::size_t vertex,
+                         double tolerance) const {
+    const Vector position = vectorFrom(mesh.mVertices[vertex]);
+    const auto placed = [&](const Hold &hold) {
+        return (bind.world[skin.joints[hold.bone]] * skin.toJoint[hold.bone])(position);
+    };
+    const Held &held = skin.held[vertex];
+    for (std::size_t k = 1; k < held.size() && held[k].weight > 0; ++k)
+        if (length(placed(held[k]) - placed(held[0])) > tolerance)
+            return false;
+    return true;
+}
+
+// A scene has one pose in which all its skins are bound.
+void Skins::warnOfOtherBindPoses(Report &report) const {
+    const double tolerance = spreadOf(bind) * 1e-3;
+    std::size_t vertices = 0;
+    for (std::size_t i = 0; i < skins.size(); ++i)
+        for (std::size_t vertex = 0; vertex < skins[i].held.size(); ++vertex)
+            vertices += !fitsBindPose(skins[i], *scene.mMeshes[i], vertex, tolerance);
+    if (vertices)
+        report.warn("skins bound in different poses on one skeleton, a scene has one pose: " +
+                    counted(vertices, "vertex", "vertices") +
+                    " of several bones moved only about as the model says");
 }
 
 void Skins::carry(unsigned int mesh, std::size_t joint, Carrying &carrying) {

@@ -57,6 +57,9 @@ class Skins {
     std::vector<std::vector<Tie>> ties() const;
     std::vector<std::optional<Affine>> boundPlaces() const;
     void setBindPose();
+    bool fitsBindPose(const Skin &skin, const aiMesh &mesh, std::size_t vertex,
+                      double tolerance) const;
+    void warnOfOtherBindPoses(Report &report) const;
 
     const aiScene &scene;
     const Skeleton &skeleton;
