@@ -2,6 +2,7 @@
 // makes no sense.
 
 #include "tools/commands.h"
+#include "tools/convert/clips.h"
 #include "tools/display.h"
 #include "tools/failure.h"
 #include "tools/quietStart.h"
@@ -53,7 +54,7 @@ void check(const ConvertOptions &options) {
     requireName("MODEL", options.model);
     requireName("--output", options.scene);
     requireWithin("--scale", options.scale, 1e-30, 1e30);
-    requireWithin("--fps", options.fps, 0.1, 1000);
+    requireWithin("--fps", options.fps, leastFps, mostFps);
 }
 
 void check(const CLI::App &command, const ShowOptions &options) {
@@ -64,7 +65,7 @@ void check(const CLI::App &command, const ShowOptions &options) {
     requireWithin("--yaw", options.yaw.value_or(0), -36000, 36000);
     requireWithin("--pitch", options.pitch.value_or(0), -89, 89);
     requireWithin("--zoom", options.zoom, 0.05, 50);
-    requireWithin("--fps", options.fps, 0.1, 1000);
+    requireWithin("--fps", options.fps, leastFps, mostFps);
     check(options.effects);
 }
 

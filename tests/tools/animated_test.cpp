@@ -372,7 +372,7 @@ double lastTick(const aiAnimation &animation) {
             last = std::max(last, channel.mScalingKeys[channel.mNumScalingKeys - 1].mTime);
         goesOn = goesOn || channel.mPostState >= aiAnimBehaviour_LINEAR;
     }
-    return goesOn ? animation.mDuration : std::min(last, animation.mDuration);
+    return goesOn ? animation.mDuration : last;
 }
 
 constexpr double framesPerSecond = 30;

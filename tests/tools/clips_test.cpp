@@ -82,8 +82,32 @@ TEST_F(ClipsTest, AreCutAtTheMostFramesAClipCanHave) {
     EXPECT_NEAR(heights(clip).back(), 1023, 1e-3);
     EXPECT_EQ(report.warnings(),
               (std::vector<std::string>{"clip 'long': 200.0 seconds cut to 102.3, a clip has 1024 "
-                                        "frames at most"}));
+                                        "frames at most: --fps 5.1 fits"}));
     EXPECT_TRUE(ravolt::encodeRva(clip.frames).ok());
+}
+
+TEST_F(ClipsTest, AreWholeAtTheRateThatTheWarningNames) {
+    figure.clip("long", 1, 200)->move("arm", {{0, {0, 0, 0}}, {200, {0, 2000, 0}}});
+    EXPECT_EQ(heights(convert(5.1).at(0)).back(), 2000);
+    EXPECT_TRUE(report.warnings().empty());
+}
+
+TEST_F(ClipsTest, NameNoRateThatIsNotOffered) {
+    figure.clip("days", 1, 200000)->move("arm", {{0, {0, 0, 0}}, {200000, {0, 2000, 0}}});
+    convert();
+    EXPECT_EQ(report.warnings(),
+              (std::vector<std::string>{"clip 'days': 200000.0 seconds cut to 102.3, a clip has "
+                                        "1024 frames at most"}));
+}
+
+TEST_F(ClipsTest, StartWithTheFirstKeyWhereKeysAreNumberedFromOne) {
+    figure.clip("up", 10, 4)->move("arm", {{1, {0, 1, 0}}, {5, {0, 5, 0}}});
+    EXPECT_EQ(heights(convert().at(0)), (std::vector<float>{1, 2, 3, 4, 5}));
+}
+
+TEST_F(ClipsTest, LoseNoKeyBehindTheStatedDuration) {
+    figure.clip("up", 10, 3)->move("arm", {{0, {0, 0, 0}}, {5, {0, 5, 0}}});
+    EXPECT_EQ(heights(convert().at(0)), (std::vector<float>{0, 1, 2, 3, 4, 5}));
 }
 
 TEST_F(ClipsTest, TurnWithoutJumps) {
@@ -140,6 +164,23 @@ TEST_F(ClipsTest, HoldTheNodesThatTheyHaveRoomFor) {
                   "clip 'all': moves 130 nodes, a clip holds the first 128 of them"}));
 }
 
+TEST_F(ClipsTest, SayThatTheyHaveNoRoomForWhatOthersMove) {
+    for (const int first : {0, 100}) {
+        FigureClip *clip = figure.clip("part" + std::to_string(first), 100, 10);
+        for (int i = first; i < first + 100; ++i) {
+            const std::string name = "node" + std::to_string(i);
+            figure.node(name, nullptr, {0, 0, 0});
+            clip->move(name, {{0, {0, 0, 0}}, {10, {0, 1, 0}}});
+        }
+    }
+    for (const Clip &clip : convert())
+        EXPECT_EQ(clip.frames.bones.size(), 100u);
+    EXPECT_EQ(report.warnings(),
+              (std::vector<std::string>{
+                  "the clips move 200 nodes together, a clip holds 128: each has its own alone, "
+                  "the others stay as the clip before has put them"}));
+}
+
 TEST_F(ClipsTest, HaveNamesThatFilesCanHave) {
     for (const char *name : {"", "Run", "run", "a/b.c", "../x"})
         figure.clip(name, 100, 10)->move("arm", {{0, {0, 0, 0}}, {10, {0, 1, 0}}});
@@ -194,6 +235,42 @@ TEST_F(ClipsTest, ShowTheModelsPoseWhereTheFileHasAnother) {
     EXPECT_EQ(clip.animation, -1);
     EXPECT_EQ(clip.frames.bones, (std::vector<std::string>{"high"}));
     EXPECT_EQ(heights(clip), (std::vector<float>{1}));
+}
+
+// ---- files that number their frames from one ------------------------------------------------
+
+template <class... T> std::string bytesOf(T... values) {
+    std::string bytes;
+    (bytes.append(reinterpret_cast<const char *>(&values), sizeof values), ...);
+    return bytes;
+}
+
+std::string chunk(const char *tag, const std::string &content) {
+    return tag + bytesOf(static_cast<int>(content.size())) + content;
+}
+
+TEST(Clips, OfB3dFilesHaveTheirLastKey) {
+    const std::string brush = bytesOf(-1), none("\0", 1);
+    const std::string vertices =
+        chunk("VRTS", bytesOf(0, 0, 0, 0.f, 0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 1.f, 0.f));
+    const std::string mesh =
+        chunk("MESH", brush + vertices + chunk("TRIS", brush + bytesOf(0, 1, 2)));
+    const auto key = [](int frame) { return bytesOf(frame, 0.f, static_cast<float>(frame), 0.f); };
+    const std::string keys = chunk("KEYS", bytesOf(1) + key(1) + key(2) + key(5));
+    const std::string node = "arm" + none +
+                             bytesOf(0.f, 0.f, 0.f, 1.f, 1.f, 1.f, 1.f, 0.f, 0.f, 0.f) + mesh +
+                             keys + chunk("ANIM", bytesOf(0, 4, 10.f));
+    writeFile("arm.b3d", chunk("BB3D", bytesOf(1) + chunk("NODE", node)));
+    ConvertOptions options;
+    options.model = "arm.b3d";
+    options.scene = "scene.rve";
+    options.fps = 10;
+    const Made made = make(options);
+    ASSERT_EQ(made.clips.size(), 1u) << joined(made.report.warnings());
+    std::vector<float> heights;
+    for (const auto &frame : made.clips[0].frames.frames)
+        heights.push_back(frame[0].translation[1]);
+    EXPECT_EQ(heights, (std::vector<float>{1, 2, 3, 4, 5}));
 }
 
 // ---- motions -------------------------------------------------------------------------------

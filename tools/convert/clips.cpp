@@ -10,6 +10,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 namespace ravolt::tool {
 
@@ -31,6 +32,16 @@ std::array<float, 3> floats(const Vector &v) {
 std::string rounded(double number) {
     char text[32];
     std::snprintf(text, sizeof text, "%.1f", number);
+    return text;
+}
+
+// Names the option by which a clip is not cut, to two digits that count.
+std::string fittingRate(double most) {
+    if (most < leastFps)
+        return "";
+    const double unit = std::pow(10, std::floor(std::log10(most)) - 1);
+    char text[32];
+    std::snprintf(text, sizeof text, ": --fps %.2g fits", std::floor(most / unit) * unit);
     return text;
 }
 
@@ -58,10 +69,18 @@ Clips::Clips(const aiScene &model, const Skeleton &joints, const Skins &allSkins
         for (std::size_t i = 0; i < moved.size(); ++i)
             moved[i] = moved[i] || moving.back()[i];
     }
-    const auto number = std::count(moved.begin(), moved.end(), true);
+    const auto number = static_cast<std::size_t>(std::count(moved.begin(), moved.end(), true));
+    const bool tooMany = number > ravolt::rvaBones;
+    if (tooMany && sources.size() > 1)
+        warnOfOthersMoves(number);
     for (std::size_t i = 0; i < sources.size(); ++i)
-        write(sources[i],
-              number > static_cast<std::ptrdiff_t>(ravolt::rvaBones) ? moving[i] : moved);
+        write(sources[i], tooMany ? moving[i] : moved);
+}
+
+void Clips::warnOfOthersMoves(std::size_t number) {
+    report.warn("the clips move " + std::to_string(number) + " nodes together, a clip holds " +
+                std::to_string(ravolt::rvaBones) +
+                ": each has its own alone, the others stay as the clip before has put them");
 }
 
 std::string Clips::freeName(const std::string &wanted) {
@@ -84,8 +103,6 @@ void Clips::read(unsigned int index) {
                     "': changes of shape left out, a clip moves nodes alone");
     std::size_t unknown = 0;
     std::set<std::size_t> known;
-    double last = 0;
-    bool goesOn = false;
     for (unsigned int i = 0; i < animation.mNumChannels; ++i) {
         const aiNodeAnim &channel = *animation.mChannels[i];
         const std::size_t joint = skeleton.find(channel.mNodeName.C_Str());
@@ -94,32 +111,43 @@ void Clips::read(unsigned int index) {
         else if (known.insert(joint).second)
             source.tracks.push_back({joint, Motion(channel)});
     }
-    for (const Track &track : source.tracks) {
-        last = std::max(last, track.motion.lastKey());
-        goesOn = goesOn || track.motion.goesOn();
-    }
     if (unknown)
         report.warn("clip '" + source.shownName + "': " + counted(unknown, "node", "nodes") +
                     " that the model does not have left out");
 
-    // Some readers state durations far behind the last key.
-    const double duration = std::isfinite(animation.mDuration) ? animation.mDuration : 0;
-    const double end = duration <= 0 ? last : goesOn ? duration : std::min(duration, last);
+    setTimes(source, animation);
+    sources.push_back(std::move(source));
+}
+
+// Some readers state durations far behind the last key, and some formats number their frames from
+// one: then the keys reach beyond the duration, and the clip starts with the first of them.
+void Clips::setTimes(Source &source, const aiAnimation &animation) {
+    double first = std::numeric_limits<double>::infinity(), last = 0;
+    bool goesOn = false;
+    for (const Track &track : source.tracks) {
+        first = std::min(first, track.motion.firstKey());
+        last = std::max(last, track.motion.lastKey());
+        goesOn = goesOn || track.motion.goesOn();
+    }
+    const double duration =
+        std::isfinite(animation.mDuration) ? std::max(0.0, animation.mDuration) : 0;
+    const double end = goesOn && duration > 0 ? duration : last;
+    if (!goesOn && std::isfinite(first) && last > duration && last - first <= duration)
+        source.firstTick = first;
     if (std::isfinite(animation.mTicksPerSecond) && animation.mTicksPerSecond > 0)
         source.ticksPerSecond = animation.mTicksPerSecond;
     else
         source.ticksPerSecond = usualTicksPerSecond;
-    source.seconds = end / source.ticksPerSecond;
+    source.seconds = (end - source.firstTick) / source.ticksPerSecond;
     constexpr double sameFrame = 1e-3; // what keys on a frame may miss it by
     const double frames = std::ceil(source.seconds * fps - sameFrame) + 1;
-    source.frames = ravolt::rvaFrames;
-    if (frames <= static_cast<double>(ravolt::rvaFrames))
-        source.frames = static_cast<std::size_t>(std::max(1.0, frames));
-    else
+    constexpr auto most = static_cast<double>(ravolt::rvaFrames);
+    source.frames = static_cast<std::size_t>(std::clamp(frames, 1.0, most));
+    if (frames > most)
         report.warn("clip '" + source.shownName + "': " + rounded(source.seconds) +
-                    " seconds cut to " + rounded(static_cast<double>(ravolt::rvaFrames - 1) / fps) +
-                    ", a clip has " + std::to_string(ravolt::rvaFrames) + " frames at most");
-    sources.push_back(std::move(source));
+                    " seconds cut to " + rounded((most - 1) / fps) + ", a clip has " +
+                    std::to_string(ravolt::rvaFrames) + " frames at most" +
+                    fittingRate((most - 1) / source.seconds));
 }
 
 // Visits the pose of each frame.
@@ -130,7 +158,7 @@ template <class Visit> void Clips::play(const Source &source, const Visit &visit
         std::vector<Affine> locals = skeleton.ownLocals();
         for (const Track &track : source.tracks)
             locals[track.joint] =
-                track.motion.at(seconds * source.ticksPerSecond,
+                track.motion.at(source.firstTick + seconds * source.ticksPerSecond,
                                 skeleton.joints()[track.joint].node->mTransformation);
         before = skeleton.poseOf(locals, before);
         visit(before);

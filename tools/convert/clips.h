@@ -18,6 +18,9 @@ namespace ravolt::tool {
 // The name of the clip that shows the model's own pose, where its skin is bound in another.
 constexpr const char *poseClipName = "pose";
 
+// Frames of a clip in a second.
+constexpr double leastFps = 0.1, mostFps = 1000;
+
 struct Clip {
     std::string name;   // fit for a file name, told apart from all others of the model
     int animation = -1; // which one of the model; -1 for its own pose
@@ -43,17 +46,20 @@ class Clips {
         int animation = -1;
         std::vector<Track> tracks;
         double ticksPerSecond = 25;
+        double firstTick = 0;
         double seconds = 0;
         std::size_t frames = 1;
     };
 
     void read(unsigned int index);
+    void setTimes(Source &source, const aiAnimation &animation);
     std::string freeName(const std::string &wanted);
     template <class Visit> void play(const Source &source, const Visit &visit) const;
     std::vector<bool> movedBy(const Source &source);
     bool differs(const Placement &placement, std::size_t joint) const;
     bool isRescaled(const Placement &placement, std::size_t joint) const;
     std::vector<std::size_t> held(const std::string &name, const std::vector<bool> &moving);
+    void warnOfOthersMoves(std::size_t number);
     void write(const Source &source, const std::vector<bool> &moving);
 
     const aiScene &scene;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace ravolt::tool {
 
@@ -76,14 +77,27 @@ Motion::Motion(const aiNodeAnim &channel) : before(channel.mPreState), after(cha
     std::stable_sort(rotations.begin(), rotations.end(), earlier);
 }
 
+template <class Visit> void Motion::eachTrack(const Visit &visit) const {
+    visit(positions);
+    visit(scalings);
+    visit(rotations);
+}
+
+double Motion::firstKey() const {
+    double first = std::numeric_limits<double>::infinity();
+    eachTrack([&](const auto &keys) {
+        if (keys.size() > 1)
+            first = std::min(first, keys.front().time);
+    });
+    return first;
+}
+
 double Motion::lastKey() const {
     double last = 0;
-    if (!positions.empty())
-        last = std::max(last, positions.back().time);
-    if (!scalings.empty())
-        last = std::max(last, scalings.back().time);
-    if (!rotations.empty())
-        last = std::max(last, rotations.back().time);
+    eachTrack([&](const auto &keys) {
+        if (!keys.empty())
+            last = std::max(last, keys.back().time);
+    });
     return last;
 }
 

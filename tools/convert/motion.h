@@ -29,6 +29,8 @@ class Motion {
     // one that the node has without it.
     Affine at(double ticks, const aiMatrix4x4 &own) const;
 
+    // Where the movement starts: a key that is alone says no time. Infinite when all are.
+    double firstKey() const;
     double lastKey() const;
     // Whether it goes on behind its last key.
     bool goesOn() const {
@@ -42,6 +44,7 @@ class Motion {
     };
     template <class Value> using Keys = std::vector<Key<Value>>;
 
+    template <class Visit> void eachTrack(const Visit &visit) const;
     template <class Value>
     std::optional<Value> valueAt(const Keys<Value> &keys, double ticks) const;
 
