@@ -31,6 +31,7 @@ struct ShowOptions {
     double zoom = 1;                  // a factor
     bool wireframe = false;
     bool twoSided = false; // of a model
+    SourceOptions sources; // likewise
     bool normals = false;
     bool boxes = false;
     EffectOptions effects;

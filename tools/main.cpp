@@ -95,6 +95,18 @@ void addTalk(CLI::App &command, Options &options) {
         ->excludes(quiet);
 }
 
+// What may be read for a model, and where its textures are looked for.
+void addSources(CLI::App &command, SourceOptions &to) {
+    command
+        .add_option("--textures", to.textureFolders,
+                    "A folder where textures are looked for too; may be stated again")
+        ->type_name("DIR")
+        ->take_all()
+        ->expected(1);
+    command.add_flag("--follow", to.follow,
+                     "Open files wherever the model names them: for models that you trust");
+}
+
 CLI::App *addConvert(CLI::App &app, Options &options) {
     CLI::App *command = app.add_subcommand(
         "convert", "Make a scene file (RVE), with textures (TGA) and clips (RVA), of a model");
@@ -105,6 +117,7 @@ CLI::App *addConvert(CLI::App &app, Options &options) {
         ->add_option("-o,--output", to.scene,
                      "The scene file; textures and clips (SCENE.CLIP.rva) go beside it")
         ->required();
+    addSources(*command, to.sources);
     command->add_flag("--normal-maps", to.normalMaps, "Write normal maps too, as NAME_n.tga");
     command->add_flag("--two-sided", to.twoSided, "Make every surface visible from behind too");
     command->add_option("--max-texture", to.largestTexture, "Longest side of a texture in pixels")
@@ -141,6 +154,7 @@ void addShow(CLI::App &command, Options &options, ShowOptions &to) {
                      "Show lines only, without bloom and depth of field");
     command.add_flag("--two-sided", to.twoSided,
                      "Show a model's surfaces from behind too; no effect on a scene file");
+    addSources(command, to.sources);
     command.add_flag("--normals", to.normals, "Show normals, one unit long");
     command.add_flag("--boxes", to.boxes, "Show bounding boxes");
     command.add_option("--clip", to.clip,

@@ -6,7 +6,10 @@ namespace ravolt::tool {
 
 namespace {
 
-void addOnce(std::vector<std::string> &lines, const std::string &line) {
+// Names in models may hold anything, and lines go to terminals.
+void addOnce(std::vector<std::string> &lines, std::string line) {
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 127; }, '?');
     if (std::find(lines.begin(), lines.end(), line) == lines.end())
         lines.push_back(line);
 }

@@ -33,6 +33,7 @@ void SceneToShow::convert(const ShowOptions &wanted, const Talk &talk) {
     options.model = wanted.input;
     options.twoSided = wanted.twoSided;
     options.fps = wanted.fps;
+    options.sources = wanted.sources;
     options.scene = scene = folder->path() / "scene.rve";
     runGuarded(wanted.input.string(), [&] {
         Report report;

@@ -267,6 +267,23 @@ TEST(CommandLine, WarnsOfABrokenTextureAndGoesOn) {
 }
 
 // assimp 5.2 crashes on a skin that leaves out its optional matrices.
+TEST(CommandLine, ReadsTexturesElsewhereOnRequestAlone) {
+    writeFile("far/wall.ppm", fourColors());
+    writeFile("m/m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd ../far/wall.ppm\n");
+    writeFile("m/m.obj", squareObj("m.mtl", "a"));
+    EXPECT_EQ(run("convert m/m.obj -o x.rve").err,
+              "ravolt: warning: texture '../far/wall.ppm' lies outside the model's folders, which "
+              "--follow allows: the material's colours are used\n");
+    EXPECT_FALSE(fs::exists("wall_d.tga"));
+    for (const std::string command :
+         {"convert m/m.obj -o x.rve", "shot m/m.obj -o x.png --size 32x32"})
+        for (const std::string option : {" --follow", " --textures m --textures far"})
+            EXPECT_EQ(run(command + option).err, "") << command << option;
+    EXPECT_TRUE(fs::exists("wall_d.tga"));
+    EXPECT_EQ(run("convert m/m.obj -o x.rve --textures gone").err,
+              "ravolt: gone: no such folder\n");
+}
+
 TEST(CommandLine, OutlivesACrashOfTheReader) {
     writeFile("skin.bin", std::string(156, '\0'));
     writeFile("skin.gltf", R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0,1]}],

@@ -621,4 +621,10 @@ TEST(Report, SaysEachLineOnce) {
     EXPECT_EQ(report.warnings(), (std::vector<std::string>{"a", "b"}));
 }
 
+TEST(Report, HasNoControlCharacters) {
+    Report report;
+    report.warn("a\x1b[31m\nb");
+    EXPECT_EQ(report.warnings(), std::vector<std::string>{"a?[31m?b"});
+}
+
 } // namespace

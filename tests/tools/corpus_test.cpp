@@ -90,7 +90,8 @@ bool hasBones(const aiScene &scene) {
 void expectPlacesKept(const std::string &model, const Sphere &found) {
     Report report;
     Progress silent(false);
-    const Model source((collection / model).string(), report, silent);
+    ModelFiles files(collection / model, {}, report);
+    const Model source((collection / model).string(), files, report, silent);
     if (hasBones(source.scene()))
         return;
     Box box;
@@ -129,6 +130,7 @@ std::string outcomeOf(const std::string &model) {
     ConvertOptions options;
     options.model = collection / model;
     options.scene = "scene.rve";
+    options.sources.follow = true; // the models of one folder use pictures of another
     Report report;
     Progress silent(false);
     try {

@@ -8,51 +8,6 @@ namespace {
 
 using namespace tool_test;
 
-class FindBeside : public ::testing::Test {
-  protected:
-    FindBeside() {
-        writeFile("models/a/scene.obj", "");
-        writeFile("models/a/wall.png", "");
-        writeFile("models/a/Textures/Brick.PNG", "");
-        writeFile("models/a/with space.png", "");
-        writeFile("models/b/wood.jpg", "");
-        writeFile("models/alone.png", "");
-    }
-
-    std::string find(const std::string &stated) {
-        const fs::path found = findBeside("models/a", stated);
-        return found.empty() ? "" : fs::relative(fs::canonical(found)).string();
-    }
-};
-
-TEST_F(FindBeside, TakesAPathAsItIs) {
-    EXPECT_EQ(find("wall.png"), "models/a/wall.png");
-    EXPECT_EQ(find("./wall.png"), "models/a/wall.png");
-    EXPECT_EQ(find("../b/wood.jpg"), "models/b/wood.jpg");
-    EXPECT_EQ(find(fs::absolute("models/alone.png")), "models/alone.png");
-}
-
-TEST_F(FindBeside, ReadsPathsOfOtherSystems) {
-    EXPECT_EQ(find("textures\\brick.png"), "models/a/Textures/Brick.PNG");
-    EXPECT_EQ(find("..\\B\\WOOD.JPG"), "models/b/wood.jpg");
-    EXPECT_EQ(find("file:///home/who/models/a/wall.png"), "models/a/wall.png");
-    EXPECT_EQ(find("with%20space.png"), "models/a/with space.png");
-}
-
-TEST_F(FindBeside, LooksForTexturesThatMovedWithTheirModel) {
-    EXPECT_EQ(find("C:\\work\\house\\wall.png"), "models/a/wall.png");
-    EXPECT_EQ(find("D:\\models\\b\\wood.jpg"), "models/b/wood.jpg");
-    EXPECT_EQ(find("/nowhere/Textures/Brick.PNG"), "models/a/Textures/Brick.PNG");
-}
-
-TEST_F(FindBeside, FindsNothingWhereNothingIs) {
-    EXPECT_EQ(find(""), "");
-    EXPECT_EQ(find("missing.png"), "");
-    EXPECT_EQ(find("Textures"), "");    // a folder
-    EXPECT_EQ(find("x/alone.png"), ""); // one folder up a mere name is too little
-    EXPECT_EQ(find("%zz%"), "");
-}
-
 TEST(WrittenFiles, GoAwayUnlessKept) {
     writeFile("gone.txt", "x");
     writeFile("kept.txt", "x");

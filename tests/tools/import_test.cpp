@@ -205,7 +205,8 @@ std::string reading(const std::string &path) {
     return failureOf([&] {
         Report report;
         Progress silent(false);
-        const Model model(path, report, silent);
+        ModelFiles files(path, {}, report);
+        const Model model(path, files, report, silent);
     });
 }
 

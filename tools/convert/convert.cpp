@@ -60,7 +60,6 @@ fs::path outputFolder(const ConvertOptions &options) {
 
 Textures::Options textureOptions(const ConvertOptions &options, const fs::path &folder) {
     Textures::Options result;
-    result.modelFolder = options.model.parent_path();
     result.outputFolder = folder;
     std::error_code error;
     if (fs::exists(options.scene, error) && !fs::is_regular_file(options.scene, error))
@@ -96,10 +95,11 @@ Converted makeScene(const ConvertOptions &options, Report &report, Progress &pro
     if (!(std::isfinite(options.scale) && options.scale > 0))
         throw Failure("the scale must be a number above 0");
     const fs::path folder = outputFolder(options);
-    const Model model(options.model.string(), report, progress);
+    ModelFiles files(options.model, options.sources, report);
+    const Model model(options.model.string(), files, report, progress);
     reportUnheld(model.scene(), report);
 
-    Textures textures(model.scene(), textureOptions(options, folder), report, written);
+    Textures textures(model.scene(), files, textureOptions(options, folder), report, written);
     Converted made;
     progress.step("materials and textures", 0.5, 0.75);
     const std::vector<Surface> surfaces =

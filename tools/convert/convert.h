@@ -5,6 +5,7 @@
 
 #include "tools/convert/clips.h"
 #include "tools/convert/files.h"
+#include "tools/convert/modelFiles.h"
 #include "tools/progress.h"
 #include "tools/report.h"
 #include "tools/writers/rveWriter.h"
@@ -17,8 +18,9 @@ namespace ravolt::tool {
 struct ConvertOptions {
     std::filesystem::path model;
     std::filesystem::path scene; // the file to write; textures and clips go beside it
-    bool normalMaps = false;     // also write NAME_n.tga
-    bool twoSided = false;       // every surface can be seen from behind
+    SourceOptions sources;
+    bool normalMaps = false; // also write NAME_n.tga
+    bool twoSided = false;   // every surface can be seen from behind
     unsigned int largestTexture = 4096;
     double scale = 1;   // of all lengths
     double fps = 30;    // frames of a clip in a second

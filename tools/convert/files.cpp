@@ -2,7 +2,6 @@
 
 #include "tools/failure.h"
 
-#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -16,91 +15,7 @@ namespace {
 
 constexpr std::size_t longestPlainName = 96;
 
-bool equalButForCase(const std::string &a, const std::string &b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-        return std::tolower(static_cast<unsigned char>(x)) ==
-               std::tolower(static_cast<unsigned char>(y));
-    });
-}
-
-// `name` in `folder`, in whatever letter case; empty when there is none.
-fs::path entryOf(const fs::path &folder, const std::string &name) {
-    std::error_code error;
-    if (name == "." || name == "..")
-        return folder / name;
-    if (fs::exists(folder / name, error))
-        return folder / name;
-    for (const fs::directory_entry &entry : fs::directory_iterator(folder, error))
-        if (equalButForCase(entry.path().filename().string(), name))
-            return entry.path();
-    return {};
-}
-
-// The file at the parts from `first` on, below `folder`.
-fs::path below(fs::path folder, const std::vector<std::string> &parts, std::size_t first) {
-    for (std::size_t i = first; i < parts.size() && !folder.empty(); ++i)
-        folder = entryOf(folder, parts[i]);
-    std::error_code error;
-    return !folder.empty() && fs::is_regular_file(folder, error) ? folder : fs::path();
-}
-
-// "%20" and the like, as in addresses.
-std::string withoutEscapes(const std::string &text) {
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i)
-        if (text[i] == '%' && i + 2 < text.size() &&
-            std::isxdigit(static_cast<unsigned char>(text[i + 1])) &&
-            std::isxdigit(static_cast<unsigned char>(text[i + 2]))) {
-            result += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
-            i += 2;
-        } else {
-            result += text[i];
-        }
-    return result;
-}
-
-std::vector<std::string> partsOf(const std::string &path) {
-    std::vector<std::string> parts;
-    std::size_t start = 0;
-    while (start <= path.size()) {
-        const std::size_t end = std::min(path.find('/', start), path.size());
-        const std::string part = path.substr(start, end - start);
-        if (!part.empty() && part != ".")
-            parts.push_back(part);
-        start = end + 1;
-    }
-    return parts;
-}
-
-fs::path findParts(const fs::path &folder, const std::vector<std::string> &parts) {
-    for (std::size_t first = 0; first < parts.size(); ++first)
-        for (const fs::path &place : {folder, folder / ".."}) {
-            // One folder up a mere file name is too little to go by.
-            if (place != folder && first + 1 == parts.size() && parts.size() > 1)
-                continue;
-            const fs::path found = below(place, parts, first);
-            if (!found.empty())
-                return found;
-        }
-    return {};
-}
-
 } // namespace
-
-fs::path findBeside(const fs::path &folder, std::string stated) {
-    if (stated.empty() || stated.find('\0') != std::string::npos)
-        return {};
-    std::error_code error;
-    if (fs::path(stated).is_absolute() && fs::is_regular_file(stated, error))
-        return stated;
-    for (const char *prefix : {"file://", "file:"})
-        if (stated.rfind(prefix, 0) == 0)
-            stated.erase(0, std::strlen(prefix));
-    std::replace(stated.begin(), stated.end(), '\\', '/');
-    const fs::path base = folder.empty() ? fs::path(".") : folder;
-    const fs::path found = findParts(base, partsOf(stated));
-    return found.empty() ? findParts(base, partsOf(withoutEscapes(stated))) : found;
-}
 
 WrittenFiles::~WrittenFiles() {
     std::error_code error;

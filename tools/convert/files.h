@@ -1,19 +1,12 @@
 #pragma once
 
-// Files of a conversion: those that the model names, as far as they can be found, and those that
-// are written.
+// Files that a conversion writes.
 
 #include <filesystem>
 #include <string>
 #include <vector>
 
 namespace ravolt::tool {
-
-// Finds a file by the path that a model in `folder` states for it. Models name their textures by
-// paths of the machine that made them: backslashes, other letter case, folders that are not here.
-// So the stated path is tried first, then ever shorter ends of it, beside the model and one folder
-// up. An empty path when nothing is found.
-std::filesystem::path findBeside(const std::filesystem::path &folder, std::string stated);
 
 // The files that a conversion has written. They are removed again unless `keep` is called, so that
 // a conversion which fails leaves nothing behind.

@@ -161,7 +161,7 @@ void cleanScene(aiScene &scene, Report &report) {
                     " without a finite value set to zero");
 }
 
-Model::Model(const std::string &path, Report &report, Progress &progress) {
+Model::Model(const std::string &path, ModelFiles &files, Report &report, Progress &progress) {
     std::error_code error;
     if (!std::filesystem::exists(path, error))
         throw Failure(path, "no such file");
@@ -170,6 +170,7 @@ Model::Model(const std::string &path, Report &report, Progress &progress) {
     if (std::filesystem::is_regular_file(path, error) && std::filesystem::is_empty(path, error))
         throw Failure(path, "is empty");
 
+    importer.SetIOHandler(files.makeIoSystem()); // the importer deletes it
     Handler handler(progress);
     importer.SetProgressHandler(&handler);
     // The importer deletes its handler unless it is taken away again.

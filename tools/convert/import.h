@@ -4,6 +4,7 @@
 // trust every index and every number: triangles with vertices that do not exist or that lie
 // nowhere are dropped, and so are weights of such vertices. Everything dropped is reported.
 
+#include "tools/convert/modelFiles.h"
 #include "tools/progress.h"
 #include "tools/report.h"
 
@@ -16,7 +17,8 @@ namespace ravolt::tool {
 class Model {
   public:
     // Throws Failure, with one line, when the file cannot be read or holds nothing to draw.
-    Model(const std::string &path, Report &report, Progress &progress);
+    // Further files of the model are read through `files`.
+    Model(const std::string &path, ModelFiles &files, Report &report, Progress &progress);
 
     const aiScene &scene() const { return *current; }
 

@@ -53,17 +53,25 @@ std::string nameOf(const aiTexture *embedded, const std::string &path) {
 
 } // namespace
 
+Image Textures::readFile(const std::string &path, std::string &reason) {
+    const auto [file, outside] = files.texture(path);
+    if (file.empty()) {
+        reason = outside ? "lies outside the model's folders, which --follow allows" : "not found";
+        return {};
+    }
+    if (outside)
+        report.warn(called(path) + " lies outside the model's folders: '" + file.string() +
+                    "' is used in its place; --follow opens it");
+    return decodeFile(file, reason);
+}
+
 Image Textures::read(const std::string &path) {
     std::string reason;
     Image image;
     if (const aiTexture *embedded = scene.GetEmbeddedTexture(path.c_str())) {
         image = decodeEmbedded(*embedded, reason);
     } else {
-        const std::filesystem::path file = findBeside(options.modelFolder, path);
-        if (file.empty())
-            reason = "not found";
-        else
-            image = decodeFile(file, reason);
+        image = readFile(path, reason);
     }
     if (image.empty())
         report.warn(called(path) + " " + reason + ": the material's colours are used");

@@ -5,6 +5,7 @@
 
 #include "tools/convert/files.h"
 #include "tools/convert/images.h"
+#include "tools/convert/modelFiles.h"
 #include "tools/report.h"
 
 #include <assimp/scene.h>
@@ -34,7 +35,6 @@ struct CoverFile {
 class Textures {
   public:
     struct Options {
-        std::filesystem::path modelFolder;
         std::filesystem::path outputFolder;
         // Why no file may be written there; empty when they may.
         std::string forbidden;
@@ -42,8 +42,9 @@ class Textures {
         unsigned int largest = largestTexture;
     };
 
-    Textures(const aiScene &model, const Options &settings, Report &lines, WrittenFiles &files)
-        : scene(model), options(settings), report(lines), written(files) {}
+    Textures(const aiScene &model, ModelFiles &sources, const Options &settings, Report &lines,
+             WrittenFiles &output)
+        : scene(model), files(sources), options(settings), report(lines), written(output) {}
 
     // Each cover is written once. Pictures that are missing or broken are reported and left out;
     // throws Failure only when a file cannot be written.
@@ -51,12 +52,14 @@ class Textures {
 
   private:
     Image read(const std::string &path);
+    Image readFile(const std::string &path, std::string &reason);
     Image fitted(Image image, const std::string &path, bool sRgb);
     std::string freeName(const std::string &path);
     void write(const std::string &name, const Image &image, bool withAlpha);
     CoverFile make(const Cover &cover);
 
     const aiScene &scene;
+    ModelFiles &files;
     Options options;
     Report &report;
     WrittenFiles &written;
