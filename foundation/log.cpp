@@ -97,7 +97,7 @@ TimeText timeOfDay() {
 bool openFile(const char *filename) {
     if (state.file)
         return false;
-    state.file = std::fopen(filename, "wt");
+    state.file = ravolt::platform::replaceFile(filename).release();
     if (!state.file)
         return false;
     if (std::strstr(filename, ".html")) {

@@ -31,9 +31,14 @@ std::uint32_t systemTime();
 std::int64_t counter();
 std::int64_t counterFrequency();
 
-// Opens a file for reading, in binary; NULL when that fails or the name is NULL. A folder is no
-// file.
+// Opens a regular file for reading, in binary; NULL when that fails or the name is NULL. Anything
+// else, as a folder, a FIFO or a device, is no file, and opening one does not wait.
 File openForReading(const char *filename);
+
+// Opens a regular file for writing, made anew or emptied; NULL when that fails. A symbolic link is
+// not followed, a FIFO not waited for, and a file with other names keeps its contents under those.
+// A character device may be written to.
+File replaceFile(const char *filename);
 
 } // namespace platform
 

@@ -4,8 +4,10 @@
 #include <ctime>
 #include <limits>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysinfo.h>
+#include <unistd.h>
 
 namespace ravolt::platform {
 
@@ -18,6 +20,35 @@ timespec now(clockid_t clock) {
     clock_gettime(clock, &time);
     return time;
 }
+
+// Closes what it owns.
+class Descriptor {
+  public:
+    explicit Descriptor(int opened) : number(opened) {}
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    ~Descriptor() {
+        if (isOpen())
+            close(number);
+    }
+
+    bool isOpen() const { return number >= 0; }
+    int get() const { return number; }
+
+    // As a stream, which owns it from now on; NULL when memory runs out.
+    File toStream(const char *mode) {
+        File stream(fdopen(number, mode));
+        if (stream)
+            number = -1;
+        return stream;
+    }
+
+  private:
+    int number;
+};
+
+// To open may not wait for the other end of a FIFO, nor make a terminal the process's own.
+constexpr int neverWait = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
 } // namespace
 
@@ -59,11 +90,39 @@ std::int64_t counter() {
 std::int64_t counterFrequency() { return nanoseconds; }
 
 File openForReading(const char *filename) {
-    File file(filename ? std::fopen(filename, "rb") : nullptr);
+    Descriptor file(filename ? open(filename, O_RDONLY | neverWait) : -1);
     struct stat status {};
-    if (file && fstat(fileno(file.get()), &status) == 0 && S_ISDIR(status.st_mode))
+    if (!file.isOpen() || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return nullptr;
-    return file;
+    return file.toStream("rb");
+}
+
+namespace {
+
+// Whether the file may be written to from its start, and then is empty. A character device is
+// written to as it is, and its writes may wait.
+bool makeWritable(const Descriptor &file, const struct stat &status) {
+    if (S_ISCHR(status.st_mode))
+        return fcntl(file.get(), F_SETFL, 0) == 0;
+    return S_ISREG(status.st_mode) && ftruncate(file.get(), 0) == 0;
+}
+
+} // namespace
+
+File replaceFile(const char *filename) {
+    constexpr int flags = O_WRONLY | O_CREAT | O_NOFOLLOW | neverWait;
+    constexpr mode_t permissions = 0666; // less the process's umask
+    struct stat status {};
+    Descriptor file(open(filename, flags, permissions));
+    if (!file.isOpen() || fstat(file.get(), &status) != 0)
+        return nullptr;
+    if (!S_ISREG(status.st_mode) || status.st_nlink <= 1)
+        return makeWritable(file, status) ? file.toStream("w") : nullptr;
+    // A file with a second name is not truncated: under that name it stays as it is.
+    if (unlink(filename) != 0)
+        return nullptr;
+    Descriptor fresh(open(filename, flags | O_EXCL, permissions));
+    return fresh.isOpen() ? fresh.toStream("w") : nullptr;
 }
 
 } // namespace ravolt::platform

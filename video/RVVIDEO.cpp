@@ -148,7 +148,7 @@ bool RVVIDEO::open(const char *filename) try {
     }
     zlfLog("\n");
     zlfLog("   Loading MPG file '%s'...\n", filename);
-    ravolt::File file(zlfOpenFile(path.c_str(), "rb"));
+    ravolt::File file = ravolt::platform::openForReading(path.c_str());
     if (!file) {
         zlfLog("   [!] Unable to open file %s @ RVVOLT::load\n", path.c_str());
         return false;

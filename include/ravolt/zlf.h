@@ -32,8 +32,10 @@ struct zlfPARSER {
 
 // Opens the log, replacing an old file, and creates the tables of identifiers and timers. A name
 // that holds ".html" anywhere makes an HTML log, and so will be every later log of the process.
-// False when a log is open already or the file cannot be written. NULL creates the tables alone and
-// is true; the log then stays closed.
+// False when a log is open already or the file cannot be written; nothing has changed then. The log
+// is a regular file or a character device: a symbolic link is not followed, a FIFO is refused, and
+// a file that has other names keeps its contents under those.
+// NULL creates the tables alone and is true; the log then stays closed.
 RV_API bool zlfOpenLog(const char *filename);
 
 // Writes the closing statistics, closes the log and releases the identifiers. Always true.
@@ -115,7 +117,9 @@ RV_API bool zlfGetString(zlfPARSER *parser, const char *key, char *value);
 
 // --- Files and time
 
-// Bytes, or -1 when the name is NULL, the file cannot be opened or its size does not fit.
+// Bytes, or -1 when the name is NULL, the file cannot be opened or its size does not fit. Here and
+// wherever the library reads a file, what is no regular file, as a folder, a FIFO or a device,
+// cannot be opened; a symbolic link to a regular file can.
 RV_API int zlfGetFileSize(const char *filename);
 
 // Whether the file opens for reading; NULL gives false.

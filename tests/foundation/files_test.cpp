@@ -1,6 +1,9 @@
+#include "foundation/bytes.h"
 #include "tests/foundation/ownLog.h"
 
 #include <filesystem>
+
+#include <sys/stat.h>
 
 namespace ravolt::test {
 namespace {
@@ -33,6 +36,21 @@ TEST(Files, ExistWhenTheyOpenForReading) {
     EXPECT_FALSE(zlfFileExists(nullptr));
     EXPECT_FALSE(zlfFileExists(""));
     EXPECT_FALSE(zlfFileExists(".")) << "a folder is no file";
+}
+
+// Without a writer, to open a FIFO for reading would wait for one.
+TEST(Files, AreRegularFiles) {
+    ASSERT_EQ(mkfifo("fifo", 0600), 0);
+    EXPECT_FALSE(zlfFileExists("fifo"));
+    EXPECT_EQ(zlfGetFileSize("fifo"), -1);
+    EXPECT_FALSE(zlfFileExists("/dev/null"));
+    zlfPARSER parser;
+    EXPECT_FALSE(zlfOpenParser(&parser, "fifo"));
+    FileBytes bytes;
+    EXPECT_EQ(bytes.read("fifo"), FileBytes::Result::notOpened);
+    writeFile("behind", "text");
+    std::filesystem::create_symlink("behind", "link");
+    EXPECT_EQ(zlfGetFileSize("link"), 4) << "what is read may stand behind a link";
 }
 
 TEST(Files, OpenInTheModeAskedFor) {

@@ -2,6 +2,13 @@
 
 #include "foundation/text.h"
 
+#include <filesystem>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace ravolt::test {
 namespace {
 
@@ -25,6 +32,15 @@ std::string echoOf(auto function) {
     function();
     zlfSetConsoleEcho(false);
     return testing::internal::GetCapturedStdout();
+}
+
+// The open files that a program started by this one would have too.
+std::vector<int> inheritedFiles() {
+    std::vector<int> found;
+    for (int file = 0; file < 256; ++file)
+        if (const int flags = fcntl(file, F_GETFD); flags >= 0 && !(flags & FD_CLOEXEC))
+            found.push_back(file);
+    return found;
 }
 
 TEST_F(Log, IsCompleteFromHeaderToStatistics) {
@@ -133,6 +149,51 @@ TEST_F(Log, AFileThatCannotBeWrittenLeavesNoTables) {
     EXPECT_FALSE(zlfOpenLog("no such folder/log.txt"));
     EXPECT_FALSE(zlfLog("nowhere\n"));
     EXPECT_EQ(zlfNewId(), 0u);
+}
+
+TEST_F(Log, ASymbolicLinkIsNotFollowed) {
+    writeFile("precious.txt", "text");
+    std::filesystem::create_symlink("precious.txt", "link.txt");
+    std::filesystem::create_symlink("not there.txt", "dangling.txt");
+    EXPECT_FALSE(zlfOpenLog("link.txt"));
+    EXPECT_EQ(readFile("precious.txt"), "text");
+    EXPECT_FALSE(zlfOpenLog("dangling.txt"));
+    EXPECT_FALSE(zlfFileExists("not there.txt"));
+    EXPECT_FALSE(zlfLog("nowhere\n"));
+    EXPECT_EQ(zlfNewId(), 0u);
+}
+
+TEST_F(Log, AFileWithASecondNameKeepsItsTextThere) {
+    writeFile("precious.txt", "text");
+    std::remove("log.txt");
+    std::filesystem::create_hard_link("precious.txt", "log.txt");
+    EXPECT_TRUE(zlfOpenLog("log.txt"));
+    EXPECT_TRUE(zlfLog("here\n"));
+    EXPECT_EQ(readFile("precious.txt"), "text");
+    EXPECT_TRUE(readFile("log.txt").ends_with("here\n"));
+}
+
+TEST_F(Log, AFifoIsRefusedWithoutWaiting) {
+    ASSERT_EQ(mkfifo("fifo.txt", 0600), 0);
+    EXPECT_FALSE(zlfOpenLog("fifo.txt"));
+    const int reader = open("fifo.txt", O_RDONLY | O_NONBLOCK);
+    EXPECT_FALSE(zlfOpenLog("fifo.txt")) << "with a reader at its other end";
+    char byte;
+    EXPECT_EQ(read(reader, &byte, 1), 0) << "nothing was written";
+    close(reader);
+    EXPECT_FALSE(zlfOpenLog(".")) << "a folder";
+}
+
+TEST_F(Log, ADeviceCanBeWrittenTo) {
+    EXPECT_TRUE(zlfOpenLog("/dev/null"));
+    EXPECT_TRUE(zlfLog("nowhere\n"));
+    EXPECT_EQ(zlfNewId(), 1u);
+}
+
+TEST_F(Log, IsNoFileOfTheProgramsThatTheProcessStarts) {
+    const std::vector<int> before = inheritedFiles();
+    ASSERT_TRUE(zlfOpenLog("log.txt"));
+    EXPECT_EQ(inheritedFiles(), before);
 }
 
 TEST_F(Log, WithoutMemoryForTheIdentifiersItStillOpens) {
