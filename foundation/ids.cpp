@@ -2,7 +2,6 @@
 #include "ravolt/zlf.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 // One byte per identifier, 0 for free. Every identifier below `lowest` is taken, so that the search
@@ -24,8 +23,6 @@ constinit State ids;
 namespace ravolt {
 
 void createIdTable() {
-    // On purpose: a table that is there already goes without being counted as a release.
-    std::free(ids.table);
     ids.table = static_cast<unsigned char *>(zlfMalloc(tableBytes));
     ids.lowest = 1;
     if (ids.table)

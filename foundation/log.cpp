@@ -18,6 +18,7 @@ constexpr std::size_t lineSize = 1024;
 
 struct State {
     std::FILE *file = nullptr; // NULL: logging is off
+    bool tables = false;       // those of identifiers and timers are made
     bool html = false;         // set by a name with ".html", never cleared
     bool consoleEcho = true;
 };
@@ -95,8 +96,6 @@ TimeText timeOfDay() {
 }
 
 bool openFile(const char *filename) {
-    if (state.file)
-        return false;
     state.file = ravolt::platform::replaceFile(filename).release();
     if (!state.file)
         return false;
@@ -141,19 +140,27 @@ void makeTitle(char (&title)[80], const char *from, const char *detail) {
 
 } // namespace
 
+// The tables are made once until the log closes: made anew, they would give the identifiers and
+// timers in use a second time.
 bool zlfOpenLog(const char *filename) {
+    if (state.file || (!filename && state.tables))
+        return false;
     if (filename && !openFile(filename))
         return false;
     ravolt::restartPeak();
     const TimeText time = dateAndTime();
-    ravolt::createIdTable();
-    ravolt::markAllTimersFree();
+    if (!state.tables) {
+        ravolt::createIdTable();
+        ravolt::markAllTimersFree();
+        state.tables = true;
+    }
     logHeader(time.text);
     return true;
 }
 
 bool zlfCloseLog() {
     ravolt::releaseIdTable(); // first, so that its own block counts in the figures below
+    state.tables = false;
     if (!state.file)
         return true;
     const TimeText time = dateAndTime();

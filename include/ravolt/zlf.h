@@ -35,7 +35,9 @@ struct zlfPARSER {
 // False when a log is open already or the file cannot be written; nothing has changed then. The log
 // is a regular file or a character device: a symbolic link is not followed, a FIFO is refused, and
 // a file that has other names keeps its contents under those.
-// NULL creates the tables alone and is true; the log then stays closed.
+// NULL creates the tables alone and is true; the log then stays closed. A later call with a name
+// opens it beside the same tables. NULL is false, and changes nothing, when there are tables: new
+// ones would give identifiers that living objects have.
 RV_API bool zlfOpenLog(const char *filename);
 
 // Writes the closing statistics, closes the log and releases the identifiers. Always true.

@@ -132,17 +132,53 @@ TEST_F(Log, AnOpeningWithoutANameMakesTheTablesAlone) {
     EXPECT_EQ(zlfNewId(), 0u);
 }
 
-TEST_F(Log, AnOpeningWithoutANameInAnOpenLogMakesTheTablesAnew) {
-    systemFaults.realTime = someTime;
+TEST_F(Log, AnOpeningWithoutANameInAnOpenLogFailsAndChangesNothing) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
     EXPECT_EQ(zlfNewId(), 1u);
+    EXPECT_EQ(zlfNewTimer(1.0f), 0);
+    const std::string text = readFile("log.txt");
     const int live = liveBlocks();
+    EXPECT_FALSE(zlfOpenLog(nullptr));
+    EXPECT_EQ(liveBlocks(), live);
+    EXPECT_EQ(readFile("log.txt"), text);
+    EXPECT_EQ(zlfNewId(), 2u);
+    EXPECT_EQ(zlfNewTimer(1.0f), 1);
+}
+
+TEST_F(Log, ASecondOpeningWithoutANameFailsAndKeepsTheTables) {
+    ASSERT_TRUE(zlfOpenLog(nullptr));
+    EXPECT_EQ(zlfNewId(), 1u);
+    EXPECT_EQ(zlfNewTimer(1.0f), 0);
+    const int live = liveBlocks();
+    EXPECT_FALSE(zlfOpenLog(nullptr));
+    EXPECT_EQ(liveBlocks(), live);
+    EXPECT_EQ(zlfNewId(), 2u);
+    EXPECT_EQ(zlfNewTimer(1.0f), 1);
+    zlfCloseLog();
     EXPECT_TRUE(zlfOpenLog(nullptr));
     EXPECT_EQ(zlfNewId(), 1u);
-    EXPECT_EQ(liveBlocks(), live + 1);
-    const std::string header =
-        "[Zenlor foundation 0.4 started at 5/3/2024 7:8:9.4]\n" + dashes + "\n";
-    EXPECT_EQ(readFile("log.txt"), header + header);
+}
+
+TEST_F(Log, AFileAfterAnOpeningWithoutANameKeepsTheTables) {
+    systemFaults.realTime = someTime;
+    const int atFirst = liveBlocks();
+    ASSERT_TRUE(zlfOpenLog(nullptr));
+    EXPECT_EQ(zlfNewId(), 1u);
+    EXPECT_EQ(zlfNewTimer(1.0f), 0);
+    EXPECT_TRUE(zlfOpenLog("log.txt"));
+    EXPECT_EQ(readFile("log.txt"),
+              "[Zenlor foundation 0.4 started at 5/3/2024 7:8:9.4]\n" + dashes + "\n");
+    EXPECT_EQ(zlfNewId(), 2u);
+    EXPECT_EQ(zlfNewTimer(1.0f), 1);
+    zlfCloseLog();
+    EXPECT_EQ(liveBlocks(), atFirst);
+}
+
+TEST_F(Log, AFileThatFailsAfterAnOpeningWithoutANameKeepsTheTables) {
+    ASSERT_TRUE(zlfOpenLog(nullptr));
+    EXPECT_EQ(zlfNewId(), 1u);
+    EXPECT_FALSE(zlfOpenLog("no such folder/log.txt"));
+    EXPECT_EQ(zlfNewId(), 2u);
 }
 
 TEST_F(Log, AFileThatCannotBeWrittenLeavesNoTables) {
