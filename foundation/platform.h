@@ -15,8 +15,9 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 namespace platform {
 
-// Bytes of physical memory in use on the whole machine. More than a signed 32-bit number holds
-// counts as the largest such number.
+// Bytes of physical memory of the whole machine that no program could have, which does not count
+// what the system merely caches; 0 when the system does not say. More than a signed 32-bit number
+// holds counts as the largest such number.
 std::uint32_t physicalMemoryInUse();
 
 struct LocalTime {

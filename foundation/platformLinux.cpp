@@ -1,12 +1,13 @@
 #include "foundation/platform.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <limits>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/sysinfo.h>
 #include <unistd.h>
 
 namespace ravolt::platform {
@@ -50,18 +51,28 @@ class Descriptor {
 // To open may not wait for the other end of a FIFO, nor make a terminal the process's own.
 constexpr int neverWait = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
+// The number behind `key` in the text of /proc/meminfo, in kilobytes; 0 when it is not there.
+std::uint64_t memoryFigure(const char *text, const char *key) {
+    const char *found = std::strstr(text, key);
+    return found ? std::strtoull(found + std::strlen(key), nullptr, 10) : 0;
+}
+
 } // namespace
 
+// The file is opened each time: a descriptor kept open would have to outlive an application that
+// closes all descriptors, and might then be another file's.
 std::uint32_t physicalMemoryInUse() {
-    struct sysinfo machine {};
-    if (sysinfo(&machine) != 0)
+    char text[256] = ""; // both figures are in the first lines
+    const Descriptor file(open("/proc/meminfo", O_RDONLY | O_CLOEXEC));
+    if (!file.isOpen() || read(file.get(), text, sizeof text - 1) <= 0)
         return 0;
-    const std::uint64_t used =
-        static_cast<std::uint64_t>(machine.totalram - machine.freeram - machine.bufferram) *
-        machine.mem_unit;
+    const std::uint64_t total = memoryFigure(text, "MemTotal:");
+    const std::uint64_t available = memoryFigure(text, "MemAvailable:");
+    if (available == 0 || available > total)
+        return 0;
     // On purpose: the figure stops where it can still be logged as a signed number of bytes.
     constexpr std::uint64_t largest = std::numeric_limits<std::int32_t>::max();
-    return static_cast<std::uint32_t>(std::min(used, largest));
+    return static_cast<std::uint32_t>(std::min((total - available) * 1024, largest));
 }
 
 LocalTime localTime() {

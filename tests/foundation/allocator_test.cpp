@@ -1,3 +1,4 @@
+#include "foundation/platform.h"
 #include "tests/foundation/ownLog.h"
 
 #include <cstring>
@@ -43,6 +44,15 @@ TEST(Allocator, StillCountsAfterTheLogHasClosed) {
     zlfFree(zlfMalloc(10));
     EXPECT_EQ(memoryFigures().allocations, before.allocations + 1);
     EXPECT_EQ(memoryFigures().releases, before.releases + 1);
+}
+
+TEST(Allocator, MemoryThatTheSystemMerelyCachesIsNotInUse) {
+    systemFaults.memoryInUse = 3 << 20;
+    EXPECT_EQ(platform::physicalMemoryInUse(), 3u << 20);
+    systemFaults.memoryUnknown = true;
+    EXPECT_EQ(platform::physicalMemoryInUse(), 0u);
+    systemFaults = {};
+    EXPECT_GT(platform::physicalMemoryInUse(), 0u);
 }
 
 TEST(Allocator, RaisesThePeakAndNeverLowersIt) {

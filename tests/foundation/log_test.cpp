@@ -105,6 +105,14 @@ TEST_F(Log, AFigureThatDoesNotFitIsTheLargestThatDoes) {
         std::string::npos);
 }
 
+TEST_F(Log, WithoutAFigureOfTheSystemThePeakIsZero) {
+    systemFaults.memoryUnknown = true;
+    ASSERT_TRUE(zlfOpenLog("log.txt"));
+    zlfCloseLog();
+    EXPECT_NE(readFile("log.txt").find("Max. physical memory usage: 0.00 mb (0 bytes)\n"),
+              std::string::npos);
+}
+
 TEST_F(Log, OpeningReplacesAnOldFile) {
     writeFile("log.txt", "old");
     ASSERT_TRUE(zlfOpenLog("log.txt"));
