@@ -3,6 +3,7 @@
 
 #include "ravolt/RVANIM.h"
 
+#include "tests/models/goneFile.h"
 #include "tests/support/fileLimit.h"
 #include "tests/support/files.h"
 #include "tests/support/logReader.h"
@@ -331,10 +332,17 @@ TEST_F(RvaFile, PipeIsNoFile) {
     ASSERT_EQ(pipe(ends), 0);
     const std::string name = "/dev/fd/" + std::to_string(ends[0]);
     EXPECT_FALSE(clip.load(name.c_str()));
-    EXPECT_LOGGED_EXACTLY("\n   Loading RVA file '" + name + "'...\n   [!] Unable to open file " +
-                          name + " @ RVANIM::load\n");
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params or file not found @ RVANIM::load\n");
     close(ends[0]);
     close(ends[1]);
+}
+
+TEST_F(RvaFile, FileThatGoesBeforeItIsOpenedIsNamed) {
+    everyFileExists = true;
+    EXPECT_FALSE(clip.load("gone.rva"));
+    everyFileExists = false;
+    EXPECT_LOGGED_EXACTLY("\n   Loading RVA file 'gone.rva'...\n"
+                          "   [!] Unable to open file gone.rva @ RVANIM::load\n");
 }
 
 TEST_F(RvaFile, FileThatCannotBeReadWholeIsCorrupted) {

@@ -4,6 +4,7 @@
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "tests/models/goneFile.h"
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
 #include "tools/writers/tgaWriter.h"
@@ -509,9 +510,16 @@ TEST_F(RveLoaderTest, PipeIsNoFile) {
     ASSERT_EQ(pipe(ends), 0);
     const std::string name = "/dev/fd/" + std::to_string(ends[0]);
     EXPECT_EQ(RAVOLT::load(name.c_str()), nullptr);
-    EXPECT_LOGGED("   [!] Unable to open file " + name + " @ RAVOLT::load");
+    EXPECT_LOGGED("   [!] Invalid params or file not found @ RAVOLT::load");
     close(ends[0]);
     close(ends[1]);
+}
+
+TEST_F(RveLoaderTest, FileThatGoesBeforeItIsOpenedIsNamed) {
+    everyFileExists = true;
+    EXPECT_EQ(RAVOLT::load("gone.rve"), nullptr);
+    everyFileExists = false;
+    EXPECT_LOGGED("   [!] Unable to open file gone.rve @ RAVOLT::load");
 }
 
 // The reader of a mesh body alone cannot know where its bytes end, but it keeps its own tables.
