@@ -1,4 +1,4 @@
-#include "foundation/tables.h"
+#include "foundation/services.h"
 #include "ravolt/zlf.h"
 
 #include <algorithm>

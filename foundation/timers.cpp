@@ -1,5 +1,5 @@
 #include "foundation/platform.h"
-#include "foundation/tables.h"
+#include "foundation/services.h"
 #include "ravolt/zlf.h"
 
 #include <algorithm>

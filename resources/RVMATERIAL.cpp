@@ -1,6 +1,6 @@
 #include "ravolt/RVMATERIAL.h"
 
-#include "engine/stateCache.h"
+#include "engine/gl/stateCache.h"
 #include "foundation/registry.h"
 #include "foundation/text.h"
 #include "ravolt/RAVOLT.h"

@@ -1,6 +1,6 @@
 #include "ravolt/RVTEXTURE.h"
 
-#include "engine/stateCache.h"
+#include "engine/gl/stateCache.h"
 #include "foundation/bytes.h"
 #include "foundation/registry.h"
 #include "foundation/text.h"

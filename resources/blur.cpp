@@ -3,7 +3,7 @@
 // the identity on the modelview matrix; depth test, blending, lighting and colour mask are the
 // caller's.
 
-#include "engine/screenQuad.h"
+#include "engine/gl/screenQuad.h"
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"

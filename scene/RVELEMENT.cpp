@@ -1,4 +1,4 @@
-// The entry and the storage of the list; scene/pass.cpp fills it and scene/sort.cpp orders it.
+// The entry and the storage of the list; scene/list/pass.cpp fills it and scene/list/sort.cpp orders it.
 //
 // Invariants: the storage exists exactly while the list is active. The first
 // `numberOfPassedElements` pointers are a permutation of as many first entries.

@@ -3,7 +3,7 @@
 
 #include "ravolt/RVLIGHT.h"
 
-#include "engine/stateCache.h"
+#include "engine/gl/stateCache.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"

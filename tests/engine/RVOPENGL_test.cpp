@@ -119,7 +119,7 @@ TEST_F(OpenGL, FindsAllThatThisDriverOffers) {
 
 TEST_F(OpenGL, LoadsEveryEntryPointOfTheList) {
 #define RV_GL_ENTRY_POINT(group, name) EXPECT_NE(RVOPENGL::name, nullptr) << #name;
-#include "engine/glEntryPoints.inc"
+#include "engine/gl/glEntryPoints.inc"
 }
 
 TEST_F(OpenGL, HasFourteenTargetsAndNoneForAnyOtherIndex) {

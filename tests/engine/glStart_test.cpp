@@ -199,7 +199,7 @@ std::vector<std::string> listedNames(const std::string &group) {
 #define RV_GL_ENTRY_POINT(extension, name)                                                         \
     if (group == #extension)                                                                       \
         names.push_back(#name);
-#include "engine/glEntryPoints.inc"
+#include "engine/gl/glEntryPoints.inc"
     return names;
 }
 
@@ -207,7 +207,7 @@ bool isLoaded(const std::string &wanted) {
 #define RV_GL_ENTRY_POINT(group, name)                                                             \
     if (wanted == #name)                                                                           \
         return RVOPENGL::name != nullptr;
-#include "engine/glEntryPoints.inc"
+#include "engine/gl/glEntryPoints.inc"
     ADD_FAILURE() << wanted << " is not in the list";
     return false;
 }

@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char *entryPoints[] = {
 #define RV_GL_ENTRY_POINT(group, name) #name,
-#include "engine/glEntryPoints.inc"
+#include "engine/gl/glEntryPoints.inc"
 };
 
 class NullEntryPoint : public SilentEngineTest, public testing::WithParamInterface<const char *> {

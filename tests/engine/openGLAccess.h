@@ -54,7 +54,7 @@ inline void forgetCapabilities() {
     for (RVFBO *&target : *reach(Door_fbo()))
         target = nullptr;
 #define RV_GL_ENTRY_POINT(group, name) RVOPENGL::name = nullptr;
-#include "engine/glEntryPoints.inc"
+#include "engine/gl/glEntryPoints.inc"
 }
 
 } // namespace ravolt::test

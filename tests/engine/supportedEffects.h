@@ -62,7 +62,7 @@ constexpr Driver drivers[] = {
 
 constexpr const char *functions[] = {
 #define RV_GL_ENTRY_POINT(group, name) #name,
-#include "engine/glEntryPoints.inc"
+#include "engine/gl/glEntryPoints.inc"
 };
 
 // Without these there are no render targets, though the flag says so.

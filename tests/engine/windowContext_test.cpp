@@ -1,7 +1,7 @@
 // The window with a real context: what a resize leaves alive, the handle and the placement, what
 // the two SDL libraries report.
 
-#include "engine/windowSystem.h"
+#include "engine/app/windowSystem.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVSETTINGS.h"
 #include "tests/support/engineFixture.h"

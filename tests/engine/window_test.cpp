@@ -1,7 +1,7 @@
 // RVSETTINGS as it opens the window: what SDL is asked and in which order, the splash, the log, the
 // view in force. No display: a silent driver stands behind.
 
-#include "engine/splash.h"
+#include "engine/app/splash.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
 #include "ravolt/RVOPENGL.h"

@@ -2,7 +2,7 @@
 
 // A log of the test's own, in place of the one that the library opens as it is loaded.
 
-#include "foundation/tables.h"
+#include "foundation/services.h"
 #include "ravolt/zlf.h"
 #include "tests/foundation/systemFaults.h"
 

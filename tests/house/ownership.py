@@ -14,34 +14,34 @@ from pathlib import Path
 # Exceptions: a source and why. Says: what the comment at the top of the first owner names.
 ROWS = [
     {"what": r"gl(Enable|Disable)\(GL_(BLEND|CULL_FACE|SCISSOR_TEST)\b",
-     "owners": ["engine/RVOPENGL.cpp"], "says": ["only", "blending", "culling"],
+     "owners": ["engine/gl/RVOPENGL.cpp"], "says": ["only", "blending", "culling"],
      "exceptions": {
-         ("engine/frame.cpp", "GL_CULL_FACE"): "wireframe and the 2D block go around the cache",
-         ("engine/shadows.cpp", "GL_CULL_FACE"): "the shadow map takes back faces whatever is set",
-         ("engine/select.cpp", "GL_SCISSOR_TEST"): "picking cuts out one pixel by itself"}},
+         ("engine/frame/frame.cpp", "GL_CULL_FACE"): "wireframe and the 2D block go around the cache",
+         ("engine/frame/shadows.cpp", "GL_CULL_FACE"): "the shadow map takes back faces whatever is set",
+         ("engine/frame/select.cpp", "GL_SCISSOR_TEST"): "picking cuts out one pixel by itself"}},
     {"what": r"gl(Enable|Disable)ClientState\(GL_(VERTEX|INDEX|NORMAL|COLOR|TEXTURE_COORD)_ARRAY\b",
-     "owners": ["engine/RVOPENGL.cpp"], "says": ["only", "client arrays"],
+     "owners": ["engine/gl/RVOPENGL.cpp"], "says": ["only", "client arrays"],
      "exceptions": {
          ("models/RVMESH.cpp", "GL_TEXTURE_COORD_ARRAY"):
              "the coordinates of the second unit, which have no cached switch"}},
     {"what": r"glLightModelf\(GL_LIGHT_MODEL_TWO_SIDE\b",
-     "owners": ["engine/RVOPENGL.cpp"], "says": ["only", "two-sided"], "exceptions": {}},
+     "owners": ["engine/gl/RVOPENGL.cpp"], "says": ["only", "two-sided"], "exceptions": {}},
     {"what": r"gl(Enable|Disable)\((GL_LIGHTING|GL_LIGHT\d|light)\b|glLightfv?\(",
      "owners": ["scene/RVLIGHT.cpp"], "says": ["only", "GL_LIGHTING", "lights"],
-     "exceptions": {("engine/glStart.cpp", "glLightf"): "the base state of a new context"}},
+     "exceptions": {("engine/app/glStart.cpp", "glLightf"): "the base state of a new context"}},
     {"what": r"gl(Enable|Disable)\(GL_TEXTURE_2D\b|glBindTexture\(|glActiveTextureARB\(",
      "owners": ["resources/RVTEXTURE.cpp", "resources/textureUpload.cpp"],
      "says": ["only", "glBindTexture", "GL_TEXTURE_2D"],
      "exceptions": {
-         ("engine/shadows.cpp", ""): "the shadow map is bound on a unit that stays off",
-         ("engine/splash.cpp", ""): "drawn before the engine knows the driver"}},
+         ("engine/frame/shadows.cpp", ""): "the shadow map is bound on a unit that stays off",
+         ("engine/app/splash.cpp", ""): "drawn before the engine knows the driver"}},
     {"what": r"gl(Gen|Delete|Prioritize)Textures\(|glTex(Sub)?Image2D\(|glTexParameter[if]\(",
      "owners": ["resources/RVTEXTURE.cpp", "resources/textureUpload.cpp",
                 "resources/textureMemory.cpp"],
      "says": ["only", "glGenTextures", "glDeleteTextures"],
      "exceptions": {
          ("resources/blur.cpp", "glTexParameteri"): "one level is left out while it is drawn into",
-         ("engine/splash.cpp", ""): "drawn before the engine knows the driver"}},
+         ("engine/app/splash.cpp", ""): "drawn before the engine knows the driver"}},
     {"what": r"glMaterialfv?\(",
      "owners": ["resources/RVMATERIAL.cpp"], "says": ["only", "glMaterial"],
      "exceptions": {("scene/RVHELPER.cpp", ""): "debug shapes are lit and have no material"}},
@@ -53,14 +53,14 @@ ROWS = [
     {"what": r"gl(Gen|Delete)BuffersARB\(|glBufferDataARB\(",
      "owners": ["models/RVMESH.cpp", "models/meshLoad.cpp"], "says": [],
      "exceptions": {}},
-    {"what": r"glReadPixels\(", "owners": ["engine/select.cpp"], "says": [],
+    {"what": r"glReadPixels\(", "owners": ["engine/frame/select.cpp"], "says": [],
      "exceptions": {("resources/blur.cpp", ""): "the mean luminance is one pixel of a target"}},
-    {"what": r"glClear\(", "owners": ["engine/frame.cpp"], "says": [],
+    {"what": r"glClear\(", "owners": ["engine/frame/frame.cpp"], "says": [],
      "exceptions": {
-         ("engine/effects.cpp", ""): "the depth pass clears its targets",
-         ("engine/shadows.cpp", ""): "the shadow map is cleared",
+         ("engine/frame/effects.cpp", ""): "the depth pass clears its targets",
+         ("engine/frame/shadows.cpp", ""): "the shadow map is cleared",
          ("resources/blur.cpp", ""): "the luminance target is cleared",
-         ("engine/splash.cpp", ""): "drawn before the first frame"}},
+         ("engine/app/splash.cpp", ""): "drawn before the first frame"}},
     {"what": r"\bmpeg2\w*\(", "owners": ["video/decoder.cpp"], "says": ["only", "libmpeg2"],
      "exceptions": {}},
 ]
@@ -116,12 +116,12 @@ def faults(files):
 
 def self_test():
     top = "// Only here may blending, culling, two-sided lighting and the client arrays be switched.\n"
-    good = {"engine/RVOPENGL.cpp": top + "glEnable(GL_BLEND);",
+    good = {"engine/gl/RVOPENGL.cpp": top + "glEnable(GL_BLEND);",
             "engine/other.cpp": "glEnable(GL_DEPTH_TEST); // not glEnable(GL_BLEND)"}
     bad = [{**good, "engine/other.cpp": "glDisable(GL_CULL_FACE);"},
            {**good, "engine/other.cpp": "glLightfv(light, 0, 0);"},
-           {**good, "engine/frame.cpp": ""}]
-    silent = {"engine/RVOPENGL.cpp": "// Nothing.\n"}
+           {**good, "engine/frame/frame.cpp": ""}]
+    silent = {"engine/gl/RVOPENGL.cpp": "// Nothing.\n"}
     return (not list(faults(good)) and all(len(list(faults(files))) == 1 for files in bad) and
             list(faults(silent)))
 

@@ -3,7 +3,7 @@
 
 #include "ravolt/RVFBO.h"
 
-#include "engine/screenQuad.h"
+#include "engine/gl/screenQuad.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"

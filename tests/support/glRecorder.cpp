@@ -150,7 +150,7 @@ struct Trampoline<Of, Result (*)(Arguments...)> {
 };
 
 #define RV_GL_ENTRY_POINT(extension, name) DESCRIBE(name)
-#include "engine/glEntryPoints.inc"
+#include "engine/gl/glEntryPoints.inc"
 #undef RV_GL_ENTRY_POINT
 
 struct EntryRow {
@@ -160,7 +160,7 @@ struct EntryRow {
 
 constexpr EntryRow entryRows[] = {
 #define RV_GL_ENTRY_POINT(extension, name) {#name, &Trampoline<Of_##name, decltype(&::name)>::over},
-#include "engine/glEntryPoints.inc"
+#include "engine/gl/glEntryPoints.inc"
 #undef RV_GL_ENTRY_POINT
 };
 

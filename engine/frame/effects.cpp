@@ -7,9 +7,9 @@
 // which nothing else uses, filled by OpenGL from target 0 just before. The picture is that of the
 // formulas on every driver.
 
-#include "engine/effects.h"
+#include "engine/frame/effects.h"
 
-#include "engine/screenQuad.h"
+#include "engine/gl/screenQuad.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVLIGHT.h"

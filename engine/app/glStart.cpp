@@ -2,7 +2,7 @@
 // rung ends as log lines and a flag, and none of them stops the start. An extension is found when
 // its name stands anywhere in the driver's list. A flag that a former start has set stays set.
 
-#include "engine/renderTargets.h"
+#include "resources/renderTargets.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
@@ -32,7 +32,7 @@ template <auto &pointer> bool fetch(const char *name) {
 
 constexpr EntryPoint entryPoints[] = {
 #define RV_GL_ENTRY_POINT(group, name) {group, #name, fetch<RVOPENGL::name>},
-#include "engine/glEntryPoints.inc"
+#include "engine/gl/glEntryPoints.inc"
 };
 
 // False when one of them is missing; the others are fetched all the same.

@@ -1,7 +1,7 @@
 // The splash picture, drawn from distances: every shape is a function that tells how far a point
 // lies outside its edge, so that edges come out smooth. Coordinates are pixels from the top left.
 
-#include "engine/splash.h"
+#include "engine/app/splash.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
-// The record, its file, and the view in force. Only RVSETTINGS::init (engine/window.cpp) fills the
+// The record, its file, and the view in force. Only RVSETTINGS::init (engine/app/window.cpp) fills the
 // view; this source hands it out.
 
 #include "ravolt/RVSETTINGS.h"
 
-#include "engine/banner.h"
+#include "engine/state/version.h"
 #include "foundation/text.h"
 #include "ravolt/zlf.h"
 

@@ -2,8 +2,8 @@
 // exactly this order: what must be known before the window stands (library, attributes, flags,
 // caption), the window, what was obtained.
 
-#include "engine/splash.h"
-#include "engine/windowSystem.h"
+#include "engine/app/splash.h"
+#include "engine/app/windowSystem.h"
 #include "foundation/text.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"

@@ -1,9 +1,9 @@
 // The splash is drawn with OpenGL 1.1 alone and directly: the cached switches of RVOPENGL start
 // only after it, so it leaves what they cache as a new context has it.
 
-#include "engine/splash.h"
+#include "engine/app/splash.h"
 
-#include "engine/windowSystem.h"
+#include "engine/app/windowSystem.h"
 #include "ravolt/RAVOLT.h"
 
 #include <GL/gl.h>

@@ -2,7 +2,7 @@
 // id can be built, and closes after the last one is gone. Hence the priority, ahead of all static
 // objects (the numbers up to 100 are the compiler's own).
 
-#include "engine/banner.h"
+#include "engine/state/version.h"
 #include "ravolt/zlf.h"
 
 namespace {

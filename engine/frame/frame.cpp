@@ -3,8 +3,8 @@
 // profile and target decide what that produces. A projection pushed by begin2D is popped by end2D;
 // everything else leaves the stacks as it found them.
 
-#include "engine/effects.h"
-#include "engine/screenQuad.h"
+#include "engine/frame/effects.h"
+#include "engine/gl/screenQuad.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVELEMENT.h"

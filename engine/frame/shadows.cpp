@@ -2,9 +2,9 @@
 // list is drawn with that map on unit 1, whose texture matrix takes places in eye space to the map.
 // The map survives the frame, which is what RAVOLT::skipShadowsGeneration relies on.
 
-#include "engine/effects.h"
+#include "engine/frame/effects.h"
 
-#include "engine/screenQuad.h"
+#include "engine/gl/screenQuad.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVFBO.h"

@@ -1,5 +1,5 @@
 // The engine's state: switches, frame clock and stamp, video-memory ledger. Nothing here starts or
-// stops anything, and only `init` and `free` (engine/lifecycle.cpp) write `active`: what a run
+// stops anything, and only `init` and `free` (engine/app/lifecycle.cpp) write `active`: what a run
 // leaves in the other members, the next one finds.
 
 #include "ravolt/RAVOLT.h"

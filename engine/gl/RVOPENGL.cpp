@@ -1,11 +1,11 @@
-// The engine's side of OpenGL's state. The flags say what start-up has found (engine/glStart.cpp)
+// The engine's side of OpenGL's state. The flags say what start-up has found (engine/app/glStart.cpp)
 // and nothing here writes them. A switch and its flag change together, and only here may blending,
 // culling, two-sided lighting and the client arrays be switched; the frame and the selection drive
 // culling and scissor directly on purpose, and say so where they do.
 
 #include "ravolt/RVOPENGL.h"
 
-#include "engine/stateCache.h"
+#include "engine/gl/stateCache.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/zlf.h"
 
@@ -40,7 +40,7 @@ float RVOPENGL::angleOfView = 45.0f;
 RV_OPENGL_PROFILE RVOPENGL::currentProfile = RV_OPENGL_PROFILE_FULL;
 
 #define RV_GL_ENTRY_POINT(group, name) decltype(RVOPENGL::name) RVOPENGL::name = nullptr;
-#include "engine/glEntryPoints.inc"
+#include "engine/gl/glEntryPoints.inc"
 
 namespace {
 

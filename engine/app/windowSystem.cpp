@@ -2,7 +2,7 @@
 // lock and unlock. The window manager may take windows away at any time, hence the error handler:
 // Xlib's own would end the process.
 
-#include "engine/windowSystem.h"
+#include "engine/app/windowSystem.h"
 
 #include <SDL/SDL.h>
 #include <SDL/SDL_syswm.h>

@@ -2,7 +2,7 @@
 // their textures, in the order of the rows. One that OpenGL refuses is reported by RVFBO::isOk and
 // kept all the same.
 
-#include "engine/renderTargets.h"
+#include "resources/renderTargets.h"
 
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVSETTINGS.h"

@@ -1,7 +1,7 @@
 // What lies under a pixel: the last 3D block is drawn once more into that pixel alone, with
 // identities for colours, and the pixel is read and put back. Its depth is lost.
 
-#include "engine/screenQuad.h"
+#include "engine/gl/screenQuad.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"

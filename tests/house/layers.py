@@ -1,0 +1,82 @@
+"""The layers of the library: the one table of which folder stands on which. The check of the
+includes reads it, and the diagram in docs/architecture.md is made from it.
+
+    layers.py ROOT            prints the diagram
+    layers.py ROOT --write    brings docs/architecture.md up to date
+"""
+
+import re
+import sys
+from pathlib import Path
+
+# From the ground: what a layer is, and its folders with the public headers whose classes they
+# implement. A folder includes itself and the folders on lower layers, never a neighbour.
+LAYERS = [
+    ("foundation", {"foundation": ["api", "zlf"]}),
+    ("mathematics", {"math": ["vectorFamily", "Z3MVECTOR2D", "Z3MVECTOR3D", "Z3MVECTOR4D",
+                              "Z3MPLANE", "Z3MMATRIX"]}),
+    ("engine state", {"engine/state": ["RAVOLT", "RVSETTINGS"]}),
+    ("OpenGL state", {"engine/gl": ["RVOPENGL", "shadowMatrixStack"]}),
+    ("resources", {"resources": ["RVTEXTURE", "RVMATERIAL", "RVSHADER", "RVFBO"]}),
+    ("scene", {"scene": ["RVNODE", "RVCAMERA", "RVELEMENT", "RVLIGHT", "RVHELPER"]}),
+    ("drawables", {"models": ["RVANIM", "RVMESH"], "video": ["RVVIDEO"]}),
+    ("render list", {"scene/list": []}),
+    ("frame, loaders", {"engine/frame": [], "models/loader": []}),
+    ("application", {"engine/app": []}),
+]
+
+# The layer of each folder, and the folder of each public header.
+LAYER = {folder: number for number, (_, folders) in enumerate(LAYERS) for folder in folders}
+FOLDER_OF_HEADER = {f"ravolt/{header}.h": folder for _, folders in LAYERS
+                    for folder, headers in folders.items() for header in headers}
+
+DOCUMENT = "docs/architecture.md"
+WIDTH = 100
+DIAGRAM = re.compile(r"(<!-- layers -->\n```\n).*?(```\n)", re.S)
+
+
+def modules_in(root, folder):
+    """The sources and headers of a folder, those of one name once."""
+    paths = [path for path in (root / folder).iterdir()
+             if path.suffix in (".cpp", ".h", ".inc", ".glsl")]
+    names = sorted({path.stem for path in paths}, key=lambda name: (name.lower(), name))
+    return names + ["shaders/*"] if (root / folder / "shaders").is_dir() else names
+
+
+def wrapped(words, first, width):
+    """The words in lines of at most `width` characters, the first one after `first`."""
+    lines, line = [], first
+    for word in words:
+        if len(line) + 2 + len(word) > width:
+            lines.append(line)
+            line = " " * len(first)
+        line += "  " + word
+    return lines + [line]
+
+
+def diagram(root):
+    """The layers from the top, each with its folders and what is in them."""
+    lines = []
+    for number, (title, folders) in reversed([*enumerate(LAYERS)]):
+        for index, folder in enumerate(folders):
+            name = f"{number}  {title}" if index == 0 else ""
+            lines += wrapped(modules_in(root, folder), f"{name:18} {folder + '/':14}", WIDTH)
+    return "\n".join(lines) + "\n"
+
+
+def with_diagram(text, drawn):
+    return DIAGRAM.sub(lambda match: match[1] + drawn + match[2], text)
+
+
+def main():
+    root = Path(sys.argv[1])
+    drawn = diagram(root)
+    if "--write" not in sys.argv:
+        print(drawn, end="")
+        return
+    document = root / DOCUMENT
+    document.write_text(with_diagram(document.read_text(encoding="utf-8"), drawn), encoding="utf-8")
+
+
+if __name__ == "__main__":
+    main()
