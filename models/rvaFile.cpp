@@ -7,6 +7,7 @@
 #include "foundation/platform.h"
 #include "foundation/text.h"
 #include "models/modelFile.h"
+#include "models/rvaFormat.h"
 #include "ravolt/zlf.h"
 
 #include <algorithm>
@@ -29,14 +30,11 @@ struct ravolt::RvaRecord {
 
 namespace {
 
-constexpr std::string_view magic = "RVA file v1.6a";
-// Behind the magic; nobody reads it.
-constexpr unsigned char separator = 0x1a;
-constexpr std::size_t headerBytes = magic.size() + sizeof separator;
+using namespace ravolt::rva;
+static_assert(maxBones == RV_ANIM_BONES && maxFrames == RV_ANIM_FRAMES);
+
 // On purpose: a name's length with its terminator is written as one byte would hold it.
 constexpr std::size_t longestSavedName = 254;
-
-constexpr std::size_t entryBytes = 2 * 3 * sizeof(float) + 1;
 
 // --- Reading
 

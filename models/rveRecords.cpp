@@ -1,6 +1,7 @@
 #include "models/rveRecords.h"
 
 #include "foundation/bytes.h"
+#include "models/rveFormat.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,12 +12,8 @@ namespace ravolt {
 
 namespace {
 
-constexpr std::size_t vectorBytes = 3 * sizeof(float);
-constexpr std::size_t uvBytes = 2 * sizeof(float);
-constexpr std::size_t faceBytes = 3 * sizeof(std::uint16_t);
-// What format 1.5a held for each vertex and each face, and nobody needs any more.
-constexpr std::size_t obsoleteVertexBytes = 12;
-constexpr std::size_t obsoleteFaceBytes = 16;
+using namespace rve;
+static_assert(maxBones == RV_BONES);
 
 const unsigned char *takeArray(ByteReader &reader, std::size_t count, std::size_t bytes) {
     return count ? reader.take(count * bytes) : nullptr;
@@ -39,7 +36,7 @@ void readSkin(ByteReader &reader, MeshRecord &mesh) {
     mesh.boneIndices = takeArray(reader, weights, 1);
     mesh.boneWeights = takeArray(reader, weights, sizeof(float));
     mesh.numberOfBones = reader.read<std::uint16_t>();
-    if (mesh.numberOfBones > RV_BONES) {
+    if (mesh.numberOfBones > maxBones) {
         reader.fail();
         return;
     }
@@ -74,7 +71,7 @@ bool readMaterialRecord(ByteReader &reader, MaterialRecord &material) {
 }
 
 bool readMeshRecord(ByteReader &reader, bool obsolete, MeshRecord &mesh) {
-    reader.skip(4); // reserved
+    reader.skip(rve::reservedBytes);
     mesh.name = reader.readText().data();
     mesh.position = reader.read<Z3MVECTOR3D>();
     mesh.rotation = reader.read<Z3MVECTOR3D>();

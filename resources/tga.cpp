@@ -1,6 +1,7 @@
 #include "resources/tga.h"
 
 #include "foundation/bytes.h"
+#include "resources/tgaFormat.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -13,22 +14,22 @@ namespace ravolt {
 
 namespace {
 
-constexpr std::size_t kindSize = 12;
-constexpr unsigned char uncompressedKind[kindSize] = {0, 0, 2};
-constexpr unsigned char runLengthKind[kindSize] = {0, 0, 10};
-constexpr unsigned int repeatFlag = 128;
+using tga::repeatFlag;
+
+constexpr unsigned char uncompressedKind[tga::kindBytes] = {0, 0, tga::uncompressed};
+constexpr unsigned char runLengthKind[tga::kindBytes] = {0, 0, tga::runLength};
 // On purpose: any of the upper four bits of the descriptor counts as an origin at the top.
 constexpr unsigned int smallestTopDescriptor = 16;
 
 TgaKind kindOf(const unsigned char *header) {
-    if (std::memcmp(header, uncompressedKind, kindSize) == 0)
+    if (std::memcmp(header, uncompressedKind, tga::kindBytes) == 0)
         return TgaKind::uncompressed;
-    if (std::memcmp(header, runLengthKind, kindSize) == 0)
+    if (std::memcmp(header, runLengthKind, tga::kindBytes) == 0)
         return TgaKind::runLength;
     return TgaKind::unsupported;
 }
 
-bool isSupportedSize(unsigned int size) { return size >= 1 && size <= tgaLargestSize; }
+bool isSupportedSize(unsigned int size) { return size >= 1 && size <= tga::maxSize; }
 
 // The pixels that a packet stands for; its byte below 128 announces that many and one literal ones.
 std::size_t packetPixels(unsigned int packet) {
@@ -113,7 +114,7 @@ void reverseRows(const TgaImage &image, unsigned char *pixels) {
 
 TgaResult inspectTga(const void *file, std::size_t size, TgaImage &image) {
     ByteReader reader(file, size);
-    const unsigned char *kind = reader.take(kindSize);
+    const unsigned char *kind = reader.take(tga::kindBytes);
     image.width = reader.read<std::uint16_t>();
     image.height = reader.read<std::uint16_t>();
     const unsigned int bits = reader.read<std::uint8_t>();

@@ -7,8 +7,6 @@
 
 namespace ravolt {
 
-constexpr unsigned int tgaLargestSize = 4096;
-
 enum class TgaKind { uncompressed, runLength, unsupported };
 
 enum class TgaResult { ok, corrupted, unsupportedDepthOrSizes };

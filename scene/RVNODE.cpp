@@ -24,12 +24,10 @@ using Nodes = ravolt::Registry<RVNODE>;
 
 namespace {
 
-// On purpose: the vertical scroll bar has the horizontal one's name, and a terrain the plain one.
 constexpr const char *defaultName[] = {
-    "[node %d]",      "[node %d]",       "[light %d]",      "[mesh %d]",   "[camera %d]",
-    "[emitter %d]",   "[skydome %d]",    "[water %d]",      "[node %d]",   "[helper %d]",
-    "[node %d]",      "[box %d]",        "[label %d]",      "[button %d]", "[window %d]",
-    "[textfield %d]", "[hscrollbar %d]", "[hscrollbar %d]", "[node %d]"};
+#define RV_NODE_KIND(type, name, defaultName, ...) defaultName,
+#include "scene/nodeKinds.inc"
+};
 
 // Row of a type in the tables; a client's own numbers count as custom.
 unsigned int rowOf(RV_NODE_TYPE type) {
@@ -72,10 +70,10 @@ void logTreeLine(const RVNODE &node, int depth) {
 RVNODE *RVNODE::firstNode = nullptr;
 RVNODE *RVNODE::lastNode = nullptr;
 
-char RVNODE::typeName[19][256] = {"node",      "root",       "light",      "mesh",    "camera",
-                                  "emitter",   "skydome",    "water",      "terrain", "helper",
-                                  "sound",     "box",        "label",      "button",  "window",
-                                  "textfield", "hscrollbar", "vscrollbar", "custom"};
+char RVNODE::typeName[19][256] = {
+#define RV_NODE_KIND(type, name, ...) name,
+#include "scene/nodeKinds.inc"
+};
 
 // --- Identity and registry
 

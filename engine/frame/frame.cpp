@@ -18,6 +18,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "resources/framebuffers.h"
 #include "scene/localTransform.h"
+#include "scene/nodeTraits.h"
 
 #include <algorithm>
 #include <iterator>
@@ -26,9 +27,7 @@ namespace {
 
 bool isAny(const RVNODE &) { return true; }
 
-bool isFlat(const RVNODE &node) {
-    return node.getType() != RV_NODE_TYPE_LIGHT && node.getType() != RV_NODE_TYPE_MESH;
-}
+bool isInBlock2D(const RVNODE &node) { return ravolt::traitsOf(node).inBlock2D; }
 
 void forgetLastPass() {
     RVELEMENT::reset();
@@ -185,7 +184,7 @@ bool RAVOLT::begin2D() {
 
 bool RAVOLT::end2D() {
     RVELEMENT::sort2D();
-    drawList(isFlat);
+    drawList(isInBlock2D);
     ravolt::popProjection();
     if (RVOPENGL::isCulled())
         glEnable(GL_CULL_FACE);

@@ -10,6 +10,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
+#include "scene/nodeTraits.h"
 
 #include <array>
 
@@ -43,9 +44,7 @@ PixelBytes readPixel(const WindowPixel &pixel) {
     return bytes;
 }
 
-bool isSelectable(const RVNODE &node) {
-    return node.getType() == RV_NODE_TYPE_MESH || node.getType() == RV_NODE_TYPE_CUSTOM;
-}
+bool isPickable(const RVNODE &node) { return ravolt::traitsOf(node).pickable; }
 
 // Limits drawing to the pixel; directly, so that the scissor switch stays as the application set
 // it.
@@ -131,7 +130,7 @@ unsigned int RAVOLT::select(int x, int y) {
     clear(true, true, false);
     glDepthFunc(GL_LEQUAL);
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
-    drawList(isSelectable);
+    drawList(isPickable);
     RVOPENGL::setBackgroundColor(background);
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
 

@@ -14,6 +14,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "scene/nodeClass.h"
+#include "scene/nodeTraits.h"
 
 namespace {
 
@@ -26,13 +27,6 @@ bool isCaster(RVNODE &node) {
         return false;
     const RVLIGHT &light = static_cast<const RVLIGHT &>(node);
     return light.getLightType() == RV_LIGHT_TYPE_SPOT && light.isShadowCaster();
-}
-
-// The sky and what reaches to the horizon would leave the caster no depth to tell things apart.
-bool castsShadow(const RVNODE &node) {
-    const int type = node.getType();
-    return type != RV_NODE_TYPE_SKYDOME && type != RV_NODE_TYPE_WATER &&
-           type != RV_NODE_TYPE_TERRAIN;
 }
 
 // Multiplies the cone's perspective onto the projection, which must be on a slot of its own.
@@ -162,12 +156,14 @@ RVLIGHT *RAVOLT::Effects::findCaster() {
     return caster;
 }
 
-// Without the lights. The entries stand in the caster's eye space while they are drawn.
+// Without the lights, and without the sky and what reaches to the horizon, which would leave the
+// caster no depth to tell things apart. The entries stand in the caster's eye space while they are
+// drawn.
 void RAVOLT::Effects::drawDepthsOf(const Z3MMATRIX &eyeToLight) {
     const unsigned int first = RVELEMENT::getNumberOfLights();
     for (unsigned int index = first; index < RVELEMENT::numberOfPassedElements; ++index) {
         RVELEMENT *element = RVELEMENT::elementPointer[index];
-        if (!castsShadow(*element->getNode()))
+        if (!ravolt::traitsOf(*element->getNode()).casts)
             continue;
         const Z3MMATRIX matrix = *element->getMatrix();
         *element->getMatrix() = matrix * eyeToLight;

@@ -102,8 +102,6 @@ class RV_API RVELEMENT {
 
     static bool drawsItself(const RVNODE &node);
     static bool isClipped(const RVNODE &node, const Z3MMATRIX &eye);
-    static bool isTransparent(const RVNODE &node);
-    static float radiusOf(const RVNODE &node);
     static void enter(RVNODE &node);
     static unsigned int enterSkeleton(RVMESH &mesh);
     static void noteBone(const RVNODE &node, const RVMESH &mesh);

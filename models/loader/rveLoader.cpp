@@ -1,6 +1,5 @@
 #include "ravolt/RAVOLT.h"
 
-#include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
@@ -12,8 +11,9 @@
 #include "foundation/text.h"
 #include "models/loadIndex.h"
 #include "models/modelFile.h"
+#include "models/rveFormat.h"
 #include "models/rveRecords.h"
-#include "scene/nodeRecords.h"
+#include "scene/nodeTraits.h"
 #include "scene/nodeTree.h"
 
 #include <cstring>
@@ -31,21 +31,11 @@
 using ravolt::ByteReader;
 using ravolt::LoadIndex;
 using ravolt::MaterialRecord;
-using ravolt::MeshRecord;
 using ravolt::NodeTree;
 
+namespace rve = ravolt::rve;
+
 namespace {
-
-constexpr std::string_view magic = "RVE file v1.6a";
-constexpr std::string_view obsoleteMagic = "RVE file v1.5a";
-// The magic and its terminator, which nobody reads.
-constexpr std::size_t headerBytes = 15;
-// Deeper trees would overflow the stack of whoever walks them.
-constexpr std::size_t deepestTree = 1024;
-
-constexpr char noName[] = "[none]";
-
-enum NodeKind : unsigned char { kindPlain = 0, kindLight = 1, kindMesh = 2 };
 
 enum class Verdict { good, corrupted, unknownKind };
 
@@ -55,51 +45,25 @@ struct LoadState {
     unsigned int nodes = 0;
 } state;
 
-bool isNone(const char *text) { return std::strcmp(text, noName) == 0; }
+bool isNone(const char *text) { return std::strcmp(text, rve::noName) == 0; }
 
 // --- The first walk
-
-// Checks the body behind a kind byte, and adds its number of children to `open`.
-Verdict checkBody(ByteReader &reader, unsigned char kind, std::vector<unsigned int> &open) {
-    switch (kind) {
-    case kindPlain: {
-        ravolt::PlainNodeRecord record;
-        if (!ravolt::readPlainNodeRecord(reader, record))
-            return Verdict::corrupted;
-        open.push_back(record.numberOfChildren);
-        return Verdict::good;
-    }
-    case kindLight: {
-        ravolt::LightRecord record;
-        if (!ravolt::readLightRecord(reader, record))
-            return Verdict::corrupted;
-        open.push_back(record.numberOfChildren);
-        return Verdict::good;
-    }
-    case kindMesh: {
-        MeshRecord record;
-        if (!ravolt::readMeshRecord(reader, state.obsolete, record) ||
-            !ravolt::indicesInRange(record))
-            return Verdict::corrupted;
-        open.push_back(record.numberOfChildren);
-        return Verdict::good;
-    }
-    default:
-        return Verdict::unknownKind;
-    }
-}
 
 // `open` holds, for each node on the way down from the root, how many children are still to come.
 Verdict checkTree(ByteReader &reader) {
     std::vector<unsigned int> open;
-    open.reserve(deepestTree);
+    open.reserve(rve::maxTreeDepth);
     do {
         const unsigned char kind = reader.read<unsigned char>();
-        if (!reader.ok() || open.size() == deepestTree)
+        if (!reader.ok() || open.size() == rve::maxTreeDepth)
             return Verdict::corrupted;
-        const Verdict verdict = checkBody(reader, kind, open);
-        if (verdict != Verdict::good)
-            return verdict;
+        const ravolt::NodeReader *nodeReader = ravolt::readerOf(kind);
+        if (!nodeReader)
+            return Verdict::unknownKind;
+        unsigned int children = 0;
+        if (!nodeReader->check(reader, state.obsolete, children))
+            return Verdict::corrupted;
+        open.push_back(children);
         while (!open.empty() && open.back() == 0)
             open.pop_back();
         if (!open.empty())
@@ -249,11 +213,11 @@ bool namesXml(const char *path) { return std::strstr(path, ".xml") || std::strst
 // Whether the file opens with a magic of ours, which also says how old its format is.
 bool readHeader(const char *path, const ravolt::FileBytes &file) {
     const std::string header(reinterpret_cast<const char *>(file.data()),
-                             std::min(file.size(), magic.size()));
-    state.obsolete = header == obsoleteMagic;
+                             std::min(file.size(), rve::magic.size()));
+    state.obsolete = header == rve::obsoleteMagic;
     if (state.obsolete) {
         zlfLog("   [!] Obsolete RVE file format detected: re-export your model with 1.6a\n");
-    } else if (header != magic) {
+    } else if (header != rve::magic) {
         zlfLog("   [!] Invalid header in file %s @ RAVOLT::load\n", path);
         return false;
     }
@@ -262,7 +226,7 @@ bool readHeader(const char *path, const ravolt::FileBytes &file) {
 }
 
 bool checkWhole(const char *path, const ravolt::FileBytes &file) {
-    switch (checkFile(ByteReader(file.data(), file.size(), headerBytes))) {
+    switch (checkFile(ByteReader(file.data(), file.size(), rve::headerBytes))) {
     case Verdict::good:
         return true;
     case Verdict::corrupted:
@@ -295,7 +259,7 @@ RVNODE *RAVOLT::load(const char *fileName) try {
         return nullptr;
 
     Additions additions;
-    ByteReader reader(file.data(), file.size(), headerBytes);
+    ByteReader reader(file.data(), file.size(), rve::headerBytes);
     buildMaterials(reader, path, additions);
     state.nodes = 0;
     char *bytes = reinterpret_cast<char *>(const_cast<unsigned char *>(file.data()));
@@ -318,20 +282,11 @@ RVNODE *RAVOLT::load(const char *fileName) try {
 // NULL when memory runs out or the kind is unknown; nothing of the subtree is left then.
 // The caller knows the place among the parent's children, and puts the node there.
 RVNODE *RAVOLT::recursiveLoad(char *buffer, long *cursor, RVNODE * /*parent*/) {
-    RVNODE *node = nullptr;
-    switch (static_cast<unsigned char>(buffer[(*cursor)++])) {
-    case kindPlain:
-        node = RVNODE::load(buffer, cursor);
-        break;
-    case kindLight:
-        node = RVLIGHT::load(buffer, cursor);
-        break;
-    case kindMesh:
-        node = RVMESH::load(buffer, cursor, state.obsolete);
-        break;
-    default:
+    const ravolt::NodeReader *nodeReader =
+        ravolt::readerOf(static_cast<unsigned char>(buffer[(*cursor)++]));
+    if (!nodeReader)
         zlfLog("   [!] Unknow type @ RAVOLT::recursiveLoad\n");
-    }
+    RVNODE *node = nodeReader ? nodeReader->load(buffer, cursor, state.obsolete) : nullptr;
     if (!node)
         return nullptr;
     for (unsigned int i = 0; i < node->getNumberOfChildren(); ++i) {

@@ -3,14 +3,13 @@
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
-#include "ravolt/RVHELPER.h"
-#include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 #include "scene/localTransform.h"
 #include "scene/nodeClass.h"
+#include "scene/nodeTraits.h"
 
 #include <algorithm>
 #include <iterator>
@@ -51,39 +50,20 @@ bool RVELEMENT::pass(RVNODE *node, bool) {
     return true;
 }
 
-// A plain node is a pure transform.
 bool RVELEMENT::drawsItself(const RVNODE &node) {
-    if (node.getType() == RV_NODE_TYPE_NODE)
-        return false;
-    return !isMesh(node) || !asMesh(node).isHidden();
+    return ravolt::traitsOf(node).listed && !(isMesh(node) && asMesh(node).isHidden());
 }
 
 // What counts is the distance from the eye to the node's origin, the end of the modelview matrix.
 // On purpose: a clipped node says so in every frame.
 bool RVELEMENT::isClipped(const RVNODE &node, const Z3MMATRIX &eye) {
-    const RV_NODE_TYPE type = node.getType();
-    if (type != RV_NODE_TYPE_MESH && type != RV_NODE_TYPE_HELPER)
+    if (!ravolt::traitsOf(node).clipped)
         return false;
     const float distance = eye.getTranslation().length();
-    if (!(clippingRadius + 2.0f * radiusOf(node) < distance))
+    if (!(clippingRadius + 2.0f * ravolt::radiusOf(node) < distance))
         return false;
     zlfLog(" (clipped) %s at distance %.2f\n", node.getName(), static_cast<double>(distance));
     return true;
-}
-
-float RVELEMENT::radiusOf(const RVNODE &node) {
-    if (isMesh(node))
-        return asMesh(node).getRadius();
-    if (ravolt::NodeClass::is(node, RV_NODE_TYPE_HELPER))
-        return static_cast<const RVHELPER &>(node).getRadius();
-    return 0.0f;
-}
-
-bool RVELEMENT::isTransparent(const RVNODE &node) {
-    if (!isMesh(node))
-        return node.getType() == RV_NODE_TYPE_HELPER;
-    const RVMATERIAL *material = asMesh(node).getMaterial();
-    return material && material->isTransparent();
 }
 
 void RVELEMENT::enter(RVNODE &node) {
@@ -103,8 +83,8 @@ void RVELEMENT::enter(RVNODE &node) {
         entry.param1 = enterSkeleton(static_cast<RVMESH &>(node));
 
     ++numberOfPassedElements;
-    entry.countedAsLight = node.getType() == RV_NODE_TYPE_LIGHT;
-    entry.countedAsTransparent = isTransparent(node);
+    entry.countedAsLight = ravolt::traitsOf(node).order == ravolt::DrawOrder::light;
+    entry.countedAsTransparent = ravolt::isTransparent(node);
     numberOfLights += entry.countedAsLight;
     numberOfTransparencies += entry.countedAsTransparent;
 }

@@ -8,6 +8,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "scene/entryOrder.h"
 #include "scene/nodeClass.h"
+#include "scene/nodeTraits.h"
 
 namespace {
 
@@ -43,9 +44,9 @@ bool RVELEMENT::sort3D() {
 void RVELEMENT::sortByGroup() {
     ravolt::orderEntries(elementPointer, numberOfPassedElements,
                          [](const RVELEMENT &entry) -> std::uint64_t {
-                             if (entry.node->getType() == RV_NODE_TYPE_LIGHT)
+                             if (ravolt::traitsOf(*entry.node).order == ravolt::DrawOrder::light)
                                  return 0;
-                             if (isTransparent(*entry.node))
+                             if (ravolt::isTransparent(*entry.node))
                                  return std::uint64_t(2) << 32;
                              return std::uint64_t(1) << 32 | surfaceKey(*entry.node);
                          });
@@ -55,7 +56,7 @@ void RVELEMENT::sortByGroup() {
 void RVELEMENT::sortByDepth() {
     RVELEMENT **const first = elementPointer + (numberOfPassedElements - numberOfTransparencies);
     ravolt::orderEntries(first, numberOfTransparencies, [](const RVELEMENT &entry) {
-        return ravolt::orderedBits(entry.matrix.e[14] - radiusOf(*entry.node));
+        return ravolt::orderedBits(entry.matrix.e[14] - ravolt::radiusOf(*entry.node));
     });
 }
 

@@ -4,9 +4,6 @@ namespace ravolt {
 
 namespace {
 
-constexpr char magic[] = "RVA file v1.6a";
-constexpr std::uint8_t separator = 0x1a; // stands in place of the magic's terminator
-
 void putFrame(ByteWriter &writer, std::size_t number, const RvaClip &clip) {
     const std::vector<RvaEntry> &frame = clip.frames[number];
     if (frame.size() != clip.bones.size())
@@ -22,8 +19,8 @@ void putFrame(ByteWriter &writer, std::size_t number, const RvaClip &clip) {
 
 RvaResult encodeRva(const RvaClip &clip) {
     ByteWriter writer;
-    writer.put(magic, sizeof(magic) - 1);
-    writer.putByte(separator);
+    writer.put(rva::magic.data(), rva::magic.size());
+    writer.putByte(rva::separator);
     writer.putCount("the clip", clip.bones.size(), rvaBones, "bones");
     writer.putCount("the clip", clip.frames.size(), rvaFrames, "frames");
     for (const std::string &bone : clip.bones)

@@ -4,6 +4,7 @@
 // engine is needed. What a file cannot hold, or the engine would refuse, is an error that names the
 // thing and its limit.
 
+#include "models/rvaFormat.h"
 #include "tools/writers/byteWriter.h"
 
 #include <array>
@@ -14,8 +15,8 @@ namespace ravolt {
 
 // Limits of the format's reader.
 constexpr std::size_t rvaNameLength = writtenTextLength; // characters of a bone's name
-constexpr std::size_t rvaBones = 128;
-constexpr std::size_t rvaFrames = 1024;
+constexpr std::size_t rvaBones = rva::maxBones;
+constexpr std::size_t rvaFrames = rva::maxFrames;
 
 // One bone in one frame.
 struct RvaEntry {

@@ -1,17 +1,13 @@
 #include "tools/writers/rveWriter.h"
 
+#include "models/rveFormat.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace ravolt {
 
 namespace {
-
-constexpr char magic[] = "RVE file v1.6a";
-constexpr char obsoleteMagic[] = "RVE file v1.5a";
-// What the obsolete format holds for each vertex and each face; its readers skip it.
-constexpr std::size_t obsoleteVertexBytes = 12;
-constexpr std::size_t obsoleteFaceBytes = 16;
 
 RveVector difference(const RveVector &a, const RveVector &b) {
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
@@ -26,7 +22,8 @@ class Writer : private ByteWriter {
     explicit Writer(RveVersion formatVersion) : version(formatVersion) {}
 
     RveResult write(const RveScene &scene) {
-        put(version == RveVersion::v16a ? magic : obsoleteMagic, sizeof(magic));
+        put((version == RveVersion::v16a ? rve::magic : rve::obsoleteMagic).data(),
+            rve::headerBytes);
         putCount("the scene", scene.materials.size(), rveMaterials, "materials");
         for (const RveMaterial &material : scene.materials)
             putMaterial(material);
@@ -85,7 +82,7 @@ class Writer : private ByteWriter {
     }
 
     void putLight(const std::string &where, const RveNode &node) {
-        putZeros(4);
+        putZeros(rve::reservedBytes);
         putByte(static_cast<std::uint8_t>(node.light.type));
         putText(where, node.name);
         putFloats(node.position);
@@ -98,7 +95,7 @@ class Writer : private ByteWriter {
     void putMesh(const std::string &where, const RveNode &node) {
         const RveMesh &mesh = node.mesh;
         checkMesh(where, mesh);
-        putZeros(4);
+        putZeros(rve::reservedBytes);
         putText(where, node.name);
         putFloats(node.position);
         putFloats(node.rotation);
@@ -125,7 +122,7 @@ class Writer : private ByteWriter {
         putArray(mesh.vertices);
         putArray(mesh.normals);
         if (obsolete)
-            putZeros(mesh.vertices.size() * obsoleteVertexBytes);
+            putZeros(mesh.vertices.size() * rve::obsoleteVertexBytes);
         putArray(mesh.uvs);
         putArray(mesh.faces);
         if (mesh.faceNormals.empty())
@@ -133,7 +130,7 @@ class Writer : private ByteWriter {
         else
             putArray(mesh.faceNormals);
         if (obsolete)
-            putZeros(mesh.faces.size() * obsoleteFaceBytes);
+            putZeros(mesh.faces.size() * rve::obsoleteFaceBytes);
     }
 
     void putComputedFaceNormals(const RveMesh &mesh) {

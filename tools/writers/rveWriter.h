@@ -4,6 +4,7 @@
 // of plain nodes, lights and meshes. Nothing of the engine is needed. What a file cannot hold, or
 // the engine would refuse, is an error that names the thing and its limit.
 
+#include "models/rveFormat.h"
 #include "tools/writers/byteWriter.h"
 
 #include <array>
@@ -19,18 +20,18 @@ using RveColor = std::array<float, 4>;
 // Limits of the format and of its reader.
 constexpr std::size_t rveTextLength = writtenTextLength; // characters of any name
 constexpr std::size_t rveMaterials = 65535;
-constexpr std::size_t rveChildren = 65535; // of one node
-constexpr std::size_t rveVertices = 65535; // also texture coordinates and faces, of one mesh
-constexpr std::size_t rveWeights = 65535;  // of one vertex
-constexpr std::size_t rveBones = 100;      // of one mesh
-constexpr std::size_t rveDepth = 1024;     // nodes from the root to the deepest one
+constexpr std::size_t rveChildren = 65535;      // of one node
+constexpr std::size_t rveVertices = 65535;      // also texture coordinates and faces, of one mesh
+constexpr std::size_t rveWeights = 65535;       // of one vertex
+constexpr std::size_t rveBones = rve::maxBones; // of one mesh
+constexpr std::size_t rveDepth = rve::maxTreeDepth; // nodes from the root to the deepest one
 
 enum class RveVersion { v15a, v16a };
 
 struct RveMaterial {
     std::string name;
-    std::string texture = "[none]"; // file name; its normal map has "_n.tga" for the last six
-    std::string shader = "[none]";
+    std::string texture = rve::noName; // file name; its normal map has "_n.tga" for the last six
+    std::string shader = rve::noName;
     RveColor ambient = {0.2f, 0.2f, 0.2f, 1.0f};
     RveColor diffuse = {0.6f, 0.6f, 0.6f, 1.0f};
     RveColor specular = {0.2f, 0.2f, 0.2f, 1.0f};
@@ -58,7 +59,7 @@ struct RveSkin {
 };
 
 struct RveMesh {
-    std::string material = "[none]";
+    std::string material = rve::noName;
     float radius = 0.0f;
     RveVector minimum = {0.0f, 0.0f, 0.0f};
     RveVector maximum = {0.0f, 0.0f, 0.0f};
@@ -71,7 +72,11 @@ struct RveMesh {
     RveSkin skin;
 };
 
-enum class RveKind : std::uint8_t { node, light, mesh };
+enum class RveKind : std::uint8_t {
+    node = rve::kindNode,
+    light = rve::kindLight,
+    mesh = rve::kindMesh
+};
 
 struct RveNode {
     RveKind kind = RveKind::node;

@@ -1,5 +1,6 @@
 #include "tools/writers/tgaWriter.h"
 
+#include "resources/tgaFormat.h"
 #include "tools/writers/wholeFile.h"
 
 #include <algorithm>
@@ -12,10 +13,6 @@ namespace ravolt {
 
 namespace {
 
-constexpr unsigned int uncompressedType = 2, runLengthType = 10;
-constexpr unsigned int topLeftOrigin = 32, alphaBits = 8;
-constexpr unsigned int longestPacket = 128, repeatFlag = 128;
-
 using Bytes = std::vector<unsigned char>;
 
 void putNumber(Bytes &file, unsigned int number, unsigned int bytes) {
@@ -25,13 +22,14 @@ void putNumber(Bytes &file, unsigned int number, unsigned int bytes) {
 
 void putHeader(Bytes &file, const TgaPicture &picture, TgaEncoding encoding) {
     putNumber(file, 0, 2);
-    putNumber(file, encoding == TgaEncoding::runLength ? runLengthType : uncompressedType, 1);
+    putNumber(file, encoding == TgaEncoding::runLength ? tga::runLength : tga::uncompressed, 1);
     file.resize(file.size() + 9);
     putNumber(file, picture.width, 2);
     putNumber(file, picture.height, 2);
     putNumber(file, picture.channels * 8, 1);
     putNumber(file,
-              (picture.topRowFirst ? topLeftOrigin : 0) + (picture.channels == 4 ? alphaBits : 0),
+              (picture.topRowFirst ? tga::topLeftOrigin : 0) +
+                  (picture.channels == 4 ? tga::alphaBits : 0),
               1);
 }
 
@@ -48,7 +46,7 @@ struct Row {
     // How many pixels from x on equal the one at x, that one included, in one packet.
     unsigned int equalFrom(unsigned int x) const {
         unsigned int count = 1;
-        while (x + count < width && count < longestPacket &&
+        while (x + count < width && count < tga::maxPacket &&
                std::memcmp(at(x), at(x + count), channels) == 0)
             ++count;
         return count;
@@ -57,7 +55,7 @@ struct Row {
     // How many pixels from x on go by before two neighbours are equal, at least one.
     unsigned int literalFrom(unsigned int x) const {
         unsigned int count = 1;
-        while (x + count < width && count < longestPacket && equalFrom(x + count) == 1)
+        while (x + count < width && count < tga::maxPacket && equalFrom(x + count) == 1)
             ++count;
         return count;
     }
@@ -78,7 +76,7 @@ struct Row {
         for (unsigned int x = 0; x < width;) {
             const unsigned int equal = equalFrom(x);
             const unsigned int count = equal > 1 ? equal : literalFrom(x);
-            putNumber(file, count - 1 + (equal > 1 ? repeatFlag : 0), 1);
+            putNumber(file, count - 1 + (equal > 1 ? tga::repeatFlag : 0), 1);
             putPixels(file, x, equal > 1 ? 1 : count);
             x += count;
         }

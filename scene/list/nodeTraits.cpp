@@ -1,0 +1,100 @@
+// The table of the node kinds with the functions of their classes, on the floor above all of them.
+
+#include "scene/nodeTraits.h"
+
+#include "models/rveFormat.h"
+#include "models/rveRecords.h"
+#include "ravolt/RVHELPER.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVNODE.h"
+#include "scene/nodeClass.h"
+#include "scene/nodeRecords.h"
+
+#include <iterator>
+
+namespace ravolt {
+
+namespace {
+
+float meshRadius(const RVNODE &node) { return static_cast<const RVMESH &>(node).getRadius(); }
+
+float helperRadius(const RVNODE &node) { return static_cast<const RVHELPER &>(node).getRadius(); }
+
+template <class Record>
+bool checkRecord(bool whole, const Record &record, unsigned int &numberOfChildren) {
+    numberOfChildren = record.numberOfChildren;
+    return whole;
+}
+
+constexpr NodeReader plainNodeRow = {
+    rve::kindNode,
+    [](ByteReader &reader, bool, unsigned int &children) {
+        PlainNodeRecord record;
+        return checkRecord(readPlainNodeRecord(reader, record), record, children);
+    },
+    [](char *buffer, long *cursor, bool) { return RVNODE::load(buffer, cursor); }};
+
+constexpr NodeReader lightRow = {
+    rve::kindLight,
+    [](ByteReader &reader, bool, unsigned int &children) {
+        LightRecord record;
+        return checkRecord(readLightRecord(reader, record), record, children);
+    },
+    [](char *buffer, long *cursor, bool) { return RVLIGHT::load(buffer, cursor); }};
+
+constexpr NodeReader meshRow = {rve::kindMesh,
+                                [](ByteReader &reader, bool obsolete, unsigned int &children) {
+                                    MeshRecord record;
+                                    const bool whole = readMeshRecord(reader, obsolete, record) &&
+                                                       indicesInRange(record);
+                                    return checkRecord(whole, record, children);
+                                },
+                                [](char *buffer, long *cursor, bool obsolete) {
+                                    return RVMESH::load(buffer, cursor, obsolete);
+                                }};
+
+// The names of the columns' functions in the table.
+constexpr auto none = nullptr;
+constexpr const NodeReader *plainNodeReader = &plainNodeRow, *lightReader = &lightRow,
+                           *meshReader = &meshRow;
+
+constexpr NodeTraits kinds[] = {
+#define RV_NODE_KIND(type, name, defaultName, listed, clipped, order, inBlock2D, casts, pickable,  \
+                     radius, reader)                                                               \
+    {listed, clipped, DrawOrder::order, inBlock2D, casts, pickable, radius, reader},
+#include "scene/nodeKinds.inc"
+};
+static_assert(std::size(kinds) == RV_NODE_TYPE_CUSTOM + 1);
+
+constexpr NodeTraits unknownKind = {true, false, DrawOrder::opaque, true, true, false, none, none};
+
+} // namespace
+
+const NodeTraits &traitsOf(const RVNODE &node) {
+    const auto type = static_cast<unsigned int>(node.getType());
+    return type < std::size(kinds) ? kinds[type] : unknownKind;
+}
+
+float radiusOf(const RVNODE &node) {
+    const NodeTraits &traits = traitsOf(node);
+    return traits.radius && NodeClass::is(node, node.getType()) ? traits.radius(node) : 0.0f;
+}
+
+bool isTransparent(const RVNODE &node) {
+    const DrawOrder order = traitsOf(node).order;
+    if (order != DrawOrder::byMaterial || !NodeClass::is(node, node.getType()))
+        return order == DrawOrder::transparent;
+    const RVMATERIAL *material = static_cast<const RVMESH &>(node).getMaterial();
+    return material && material->isTransparent();
+}
+
+const NodeReader *readerOf(unsigned char kind) {
+    for (const NodeTraits &traits : kinds)
+        if (traits.reader && traits.reader->kind == kind)
+            return traits.reader;
+    return nullptr;
+}
+
+} // namespace ravolt
