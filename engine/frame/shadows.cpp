@@ -94,6 +94,35 @@ class BackFaces {
     bool culled;
 };
 
+// Shifts the depths of what is filled while it lives, unless both numbers are 0: then OpenGL's own
+// offset, which may be the application's, stays in force.
+class DepthOffset {
+  public:
+    DepthOffset(float factor, float units) : shifts(factor != 0.0f || units != 0.0f) {
+        if (!shifts)
+            return;
+        enabled = glIsEnabled(GL_POLYGON_OFFSET_FILL);
+        glGetFloatv(GL_POLYGON_OFFSET_FACTOR, &oldFactor);
+        glGetFloatv(GL_POLYGON_OFFSET_UNITS, &oldUnits);
+        glPolygonOffset(factor, units);
+        glEnable(GL_POLYGON_OFFSET_FILL);
+    }
+    ~DepthOffset() {
+        if (!shifts)
+            return;
+        if (!enabled)
+            glDisable(GL_POLYGON_OFFSET_FILL);
+        glPolygonOffset(oldFactor, oldUnits);
+    }
+    DepthOffset(const DepthOffset &) = delete;
+    DepthOffset &operator=(const DepthOffset &) = delete;
+
+  private:
+    bool shifts;
+    bool enabled = false;
+    float oldFactor = 0.0f, oldUnits = 0.0f;
+};
+
 void startDepths() {
     shadowMap().render(nullptr);
     glColorMask(0, 0, 0, 0);
@@ -178,7 +207,10 @@ void RAVOLT::Effects::drawMap(const Z3MMATRIX &eyeToLight) {
         const BackFaces backFaces;
         glGetIntegerv(GL_VIEWPORT, viewport);
         startDepths();
-        drawDepthsOf(eyeToLight);
+        {
+            const DepthOffset offset(shadowOffsetFactor, shadowOffsetUnits);
+            drawDepthsOf(eyeToLight);
+        }
         endDepths();
     }
     if (renderingOnFbo)

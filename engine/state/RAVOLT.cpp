@@ -29,6 +29,8 @@ float RAVOLT::HDRExposure = 1.0f;
 float RAVOLT::HDRCurrentLuminance = 1.0f;
 float RAVOLT::DOFFocus = 1.0f;
 float RAVOLT::DOFRange = 2.0f;
+float RAVOLT::shadowOffsetFactor = 0.0f;
+float RAVOLT::shadowOffsetUnits = 0.0f;
 
 namespace {
 
@@ -84,6 +86,15 @@ void RAVOLT::shadowingOff() { shadowing = false; }
 bool RAVOLT::isShadowed() { return shadowing; }
 
 void RAVOLT::skipShadowsGeneration() { skipShadows = true; }
+
+void RAVOLT::setShadowOffset(float factor, float units) {
+    shadowOffsetFactor = factor;
+    shadowOffsetUnits = units;
+}
+
+float RAVOLT::getShadowOffsetFactor() { return shadowOffsetFactor; }
+
+float RAVOLT::getShadowOffsetUnits() { return shadowOffsetUnits; }
 
 void RAVOLT::bloomingOn() { blooming = true; }
 

@@ -111,6 +111,14 @@ class RV_API RAVOLT {
     // The next frame that has shadows keeps the last shadow map.
     static void skipShadowsGeneration();
 
+    // Additional: polygon offset (as in glPolygonOffset) of what is drawn into the shadow map; 0
+    // and 0 at first, which leaves OpenGL's offset as it is. The map is drawn from back faces, and
+    // where the faces of a model are doubled, as those of two-sided materials are, a lit face
+    // shadows itself in stripes. (4, 8) removes them.
+    static void setShadowOffset(float factor, float units);
+    static float getShadowOffsetFactor();
+    static float getShadowOffsetUnits();
+
     // Bloom, and the alpha of its overlay (1 at first). A wish: it may be on where the display
     // cannot do it.
     static void bloomingOn();
@@ -184,4 +192,6 @@ class RV_API RAVOLT {
     static float HDRCurrentLuminance; // adapted from frame to frame
     static float DOFFocus;
     static float DOFRange;
+    static float shadowOffsetFactor;
+    static float shadowOffsetUnits;
 };

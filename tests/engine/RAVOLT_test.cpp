@@ -106,6 +106,15 @@ TEST_F(RavoltTest, FiguresOfTheEffectsAreKept) {
     }
 }
 
+TEST_F(RavoltTest, ShadowOffsetIsNothingAtFirstAndKept) {
+    EXPECT_EQ(RAVOLT::getShadowOffsetFactor(), 0.0f);
+    EXPECT_EQ(RAVOLT::getShadowOffsetUnits(), 0.0f);
+    RAVOLT::setShadowOffset(4.5f, -8.0f);
+    EXPECT_EQ(RAVOLT::getShadowOffsetFactor(), 4.5f);
+    EXPECT_EQ(RAVOLT::getShadowOffsetUnits(), -8.0f);
+    RAVOLT::setShadowOffset(0, 0);
+}
+
 TEST_F(RavoltTest, ScenePathIsCopiedCutAndEmptied) {
     RAVOLT::setRVEPath("scenes/");
     EXPECT_STREQ(RAVOLT::getRVEPath(), "scenes/");

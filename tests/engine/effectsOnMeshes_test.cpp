@@ -269,6 +269,67 @@ TEST_F(ShadowsOnTheFloor, DoNotComeFromTheSkybox) {
     expectShadow(frame(), plain, light, box, box);
 }
 
+// --- the offset of the map
+
+// Each face once more from behind, as a two-sided material has it.
+RveNode doubled(RveNode node) {
+    RveMesh &mesh = node.mesh;
+    const auto count = static_cast<std::uint16_t>(mesh.vertices.size());
+    for (std::uint16_t index = 0; index < count; ++index) {
+        mesh.vertices.push_back(mesh.vertices[index]);
+        const RveVector &normal = mesh.normals[index];
+        mesh.normals.push_back({-normal[0], -normal[1], -normal[2]});
+        mesh.uvs.push_back(mesh.uvs[index]);
+    }
+    const std::size_t faces = mesh.faces.size();
+    const auto behind = [count](std::uint16_t index) {
+        return static_cast<std::uint16_t>(index + count);
+    };
+    for (std::size_t face = 0; face < faces; ++face) {
+        const auto [a, b, c] = mesh.faces[face];
+        mesh.faces.push_back({behind(a), behind(c), behind(b)});
+    }
+    return node;
+}
+
+class ShadowsOfDoubledFaces : public ShadowsOnTheFloor {
+  protected:
+    // Of the pixels, those that differ from the picture of the same scene with faces doubled.
+    double shareThatDiffers(const Picture &single) {
+        drawFrame(camera, twice);
+        const Picture picture = readFrame();
+        int different = 0;
+        for (int y = 0; y < picture.height; ++y)
+            for (int x = 0; x < picture.width; ++x)
+                different += !pixelNear(picture.at(x, y), single.at(x, y), 8);
+        return different / static_cast<double>(picture.width * picture.height);
+    }
+
+    void SetUp() override {
+        ShadowsOnTheFloor::SetUp();
+        RveNode floor = placed(squareMesh("floor2", "paint", 20), {0, 0, 0}, {-90, 0, 0});
+        twice = loadScene({{coloured("paint", {0.8f, 0.8f, 0.8f, 1})},
+                           rootOver({doubled(floor), doubled(cubeMesh("box2", "paint"))})});
+        for (const char *box : {"box", "box2"}) {
+            meshNamed(box)->setPosition(0, 2, 0);
+            meshNamed(box)->setRotation(20, 30, 0);
+        }
+    }
+
+    RVNODE *twice = nullptr;
+};
+
+TEST_F(ShadowsOfDoubledFaces, AreStripedWithoutAnOffsetAndThoseOfSingleFacesWithIt) {
+    RAVOLT::shadowingOn();
+    RVLIGHT *light = newCaster({-6, 11, 1}, {0, 0, 0});
+    const Picture single = frame();
+    light->unlink();
+    light->link(twice);
+    EXPECT_GT(shareThatDiffers(single), 0.1);
+    RAVOLT::setShadowOffset(4, 8);
+    EXPECT_LT(shareThatDiffers(single), 0.01);
+}
+
 // --- what the passes leave for each other
 
 // The map is drawn without materials, and so must not leave one for applied.

@@ -756,6 +756,69 @@ TEST_F(Shadows, ThePassMakesTheStatedCalls) {
     EXPECT_EQ(calls.count(Call{"glEnable", GL_CULL_FACE}), 0u);
 }
 
+// An offset of the application's own stays in force as well.
+TEST_F(Shadows, WithoutAnOffsetOpenGLsOwnStaysInTheMap) {
+    EXPECT_EQ(RAVOLT::getShadowOffsetFactor(), 0);
+    EXPECT_EQ(RAVOLT::getShadowOffsetUnits(), 0);
+    RAVOLT::shadowingOn();
+    const std::vector<RVNODE *> nodes{newCaster({0, 4, 0}, {0, -0.6f, -0.8f}), new Wall};
+    glPolygonOffset(3, 5);
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    const Calls calls = callsOf([&] { draw(nodes); });
+    EXPECT_TRUE(glIsEnabled(GL_POLYGON_OFFSET_FILL));
+    glDisable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(0, 0);
+    EXPECT_FALSE(calls.contains("glPolygonOffset"));
+    EXPECT_FALSE(calls.contains("glIsEnabled"));
+    EXPECT_EQ(calls.count(Call{"glEnable", GL_POLYGON_OFFSET_FILL}), 0u);
+    EXPECT_EQ(calls.count(Call{"glDisable", GL_POLYGON_OFFSET_FILL}), 0u);
+}
+
+TEST_F(Shadows, TheOffsetIsAroundTheDrawingOfTheMapAlone) {
+    RAVOLT::shadowingOn();
+    RAVOLT::setShadowOffset(4, 8);
+    EXPECT_EQ(RAVOLT::getShadowOffsetFactor(), 4);
+    EXPECT_EQ(RAVOLT::getShadowOffsetUnits(), 8);
+    auto *wall = new Wall;
+    wall->number = 7;
+    const std::vector<RVNODE *> nodes{newCaster({0, 4, 0}, {0, -0.6f, -0.8f}), wall};
+    const Calls calls = callsOf([&] { draw(nodes); });
+    EXPECT_TRUE(calls.haveInOrder({{"glShadeModel", GL_FLAT},
+                                   {"glClear", GL_DEPTH_BUFFER_BIT},
+                                   {"glPolygonOffset", 4, 8},
+                                   {"glEnable", GL_POLYGON_OFFSET_FILL},
+                                   {"glPointSize", 7},
+                                   {"glDisable", GL_POLYGON_OFFSET_FILL},
+                                   {"glPolygonOffset", 0, 0},
+                                   {"glColorMask", 1, 1, 1, 1},
+                                   {"glShadeModel", GL_SMOOTH},
+                                   {"glPointSize", 7},
+                                   {"glPointSize", 7}}));
+    EXPECT_EQ(calls.count("glPolygonOffset"), 2u);
+
+    RAVOLT::skipShadowsGeneration();
+    EXPECT_FALSE(callsOf([&] { draw(nodes); }).contains("glPolygonOffset")) << "no map is drawn";
+}
+
+TEST_F(Shadows, TheOffsetOfTheApplicationReturnsBehindTheMap) {
+    RAVOLT::shadowingOn();
+    const std::vector<RVNODE *> nodes{newCaster({0, 4, 0}, {0, -0.6f, -0.8f}), new Wall};
+    glPolygonOffset(3, 5);
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    for (const auto &[factor, units] : {std::pair{4.0f, 0.0f}, {0.0f, -8.0f}}) {
+        RAVOLT::setShadowOffset(factor, units);
+        EXPECT_TRUE(
+            callsOf([&] {
+                draw(nodes);
+            }).haveInOrder({{"glPolygonOffset", factor, units}, {"glPolygonOffset", 3, 5}}));
+        EXPECT_TRUE(glIsEnabled(GL_POLYGON_OFFSET_FILL));
+        EXPECT_EQ(integerOf(GL_POLYGON_OFFSET_FACTOR), 3);
+        EXPECT_EQ(integerOf(GL_POLYGON_OFFSET_UNITS), 5);
+    }
+    glDisable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(0, 0);
+}
+
 TEST_F(Shadows, CullingThatIsOffIsOnForTheMapAlone) {
     RAVOLT::shadowingOn();
     RVOPENGL::cullingOff();

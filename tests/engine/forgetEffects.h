@@ -16,6 +16,7 @@ inline void forgetEffects() {
     RAVOLT::setHDRExposure(1);
     RAVOLT::setDOFFocus(1);
     RAVOLT::setDOFRange(2);
+    RAVOLT::setShadowOffset(0, 0);
     adaptedLuminance() = 1;
 }
 
