@@ -17,12 +17,17 @@
 
 #include <SDL/SDL.h>
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
 namespace {
 
 constexpr unsigned int leastVideoMemory = 16 << 20; // bytes, where none is reported
+
+// The ledger counts up to 4 GB and may charge more than the budget, and log lines show its figures
+// as signed numbers: both stay right with a budget below 2 GB.
+constexpr int largestBudget = 2047; // megabytes
 
 unsigned int reportedVideoMemory() {
     const SDL_VideoInfo *info = SDL_GetVideoInfo();
@@ -70,7 +75,7 @@ bool RAVOLT::init(RVSETTINGS *settings) {
         return false;
     }
     timer = zlfNewTimer(1.0f);
-    findVideoMemory();
+    findVideoMemory(settings->getVideoMemory());
     zlfLog("   Initialization complete\n\n");
     active = true;
     return true;
@@ -130,8 +135,10 @@ bool RAVOLT::undoOpenGL() {
     return RVOPENGL::free();
 }
 
-void RAVOLT::findVideoMemory() {
-    videoMemoryTotal = reportedVideoMemory();
+void RAVOLT::findVideoMemory(int budget) {
+    const bool given = budget > 0;
+    videoMemoryTotal = given ? static_cast<unsigned int>(std::min(budget, largestBudget)) << 20
+                             : reportedVideoMemory();
     if (!videoMemoryTotal) {
         zlfLog("   [!] No VRam detected: software mode supposed (16 MB allocated by default)\n");
         videoMemoryTotal = leastVideoMemory;
@@ -139,7 +146,11 @@ void RAVOLT::findVideoMemory() {
     char driver[64] = "";
     SDL_VideoDriverName(driver, sizeof driver);
     zlfLog("   Driver name: %s\n", driver);
-    zlfLog("   VRam detected: %d KB\n", videoMemoryTotal >> 10);
+    const unsigned int kilobytes = videoMemoryTotal >> 10;
+    if (given)
+        zlfLog("   VRam budget: %d KB\n", kilobytes);
+    else
+        zlfLog("   VRam detected: %d KB\n", kilobytes);
 }
 
 bool RAVOLT::free() {

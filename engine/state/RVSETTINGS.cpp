@@ -46,7 +46,8 @@ RVSETTINGS::RVSETTINGS()
       fullScreen(false), resizable(false), landscape(false), CAVESplashScreen(false),
       audioChannels(16), audioBuffers(32), audioElements(128), renderingElements(0),
       useShaders(false), shadowMapSize(1024), FBOSizeX(1024), FBOSizeY(768), waterSize(256),
-      forceFBO(false), rvePath(), rvaPath(), mpgPath(), texturePath(), shaderPath(), fontPath() {
+      forceFBO(false), rvePath(), rvaPath(), mpgPath(), texturePath(), shaderPath(), fontPath(),
+      videoMemory(0) {
     ravolt::copyText(title, ravolt::banner);
 }
 
@@ -97,6 +98,7 @@ bool RVSETTINGS::load(const char *filename) {
         {"RAVOLT_audioChannels", &RVSETTINGS::audioChannels, plain},
         {"RAVOLT_audioBuffers", &RVSETTINGS::audioBuffers, plain},
         {"RAVOLT_audioElements", &RVSETTINGS::audioElements, plain},
+        {"RAVOLT_videoMemory", &RVSETTINGS::videoMemory, plain},
     };
     struct TextRow {
         const char *key;
@@ -212,6 +214,10 @@ int RVSETTINGS::getFBOSizeY() const { return FBOSizeY; }
 void RVSETTINGS::setWaterSize(int pixels) { waterSize = pixels; }
 
 int RVSETTINGS::getWaterSize() const { return waterSize; }
+
+void RVSETTINGS::setVideoMemory(int megabytes) { videoMemory = megabytes; }
+
+int RVSETTINGS::getVideoMemory() const { return videoMemory; }
 
 void RVSETTINGS::setForceFBO(bool on) { forceFBO = on; }
 

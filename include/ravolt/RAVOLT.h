@@ -163,7 +163,7 @@ class RV_API RAVOLT {
   private:
     static bool startClasses(RVSETTINGS &settings);
     static bool undoOpenGL();
-    static void findVideoMemory();
+    static void findVideoMemory(int budget);
     static void drawList(bool (*isDrawn)(const RVNODE &node));
     static void drawSkybox();
     static bool haveTargets();

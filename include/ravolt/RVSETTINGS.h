@@ -91,6 +91,11 @@ class RV_API RVSETTINGS {
     void setForceFBO(bool on);
     bool getForceFBO() const;
 
+    // Additional: budget of the video memory in megabytes of 1,048,576 bytes (0); more than 2047
+    // means 2047. 0 and less leave it at what SDL reports, or at 16 MB where SDL reports nothing.
+    void setVideoMemory(int megabytes);
+    int getVideoMemory() const;
+
     // Texts put in front of file names: scenes, animations, videos, textures, shaders, fonts. All
     // empty at first. At its start the engine passes on all but the video path, which the
     // application passes on itself: RVVIDEO::setMPGPath(settings.getMPGPath()).
@@ -189,6 +194,7 @@ class RV_API RVSETTINGS {
     char texturePath[256];
     char shaderPath[256];
     char fontPath[256];
+    int videoMemory; // megabytes; 0 for what SDL reports
 
     struct InForce {
         bool active;

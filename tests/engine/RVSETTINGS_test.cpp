@@ -58,6 +58,7 @@ const NumberField numberFields[] = {
     {"RAVOLT_FBOSizeX", 1024, &RVSETTINGS::setFBOSizeX, &RVSETTINGS::getFBOSizeX},
     {"RAVOLT_FBOSizeY", 768, &RVSETTINGS::setFBOSizeY, &RVSETTINGS::getFBOSizeY},
     {"RAVOLT_waterSize", 256, &RVSETTINGS::setWaterSize, &RVSETTINGS::getWaterSize},
+    {"RAVOLT_videoMemory", 0, &RVSETTINGS::setVideoMemory, &RVSETTINGS::getVideoMemory},
 };
 
 struct FlagField {
@@ -118,6 +119,7 @@ const std::string completeFile = "# A settings file with every key\n"
                                  "RAVOLT_audioChannels=7\n"
                                  "RAVOLT_audioBuffers=8\n"
                                  "RAVOLT_audioElements=9\n"
+                                 "RAVOLT_videoMemory=512\n"
                                  "RAVOLT_title=\"Thunder\"\n"
                                  "RAVOLT_rvePath=\"scenes/\"\n"
                                  "RAVOLT_rvaPath=\"moves/\"\n"
@@ -222,6 +224,7 @@ TEST_F(SettingsTest, LoadReadsEveryKey) {
     wanted.setAudioChannels(7);
     wanted.setAudioBuffers(8);
     wanted.setAudioElements(9);
+    wanted.setVideoMemory(512);
     wanted.setTitle("Thunder");
     wanted.setRVEPath("scenes/");
     wanted.setRVAPath("moves/");

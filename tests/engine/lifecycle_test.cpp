@@ -537,6 +537,42 @@ TEST_F(LifecycleTest, VideoMemoryIsWhatSdlReports) {
                                                          "   Initialization complete\n\n");
 }
 
+TEST_F(LifecycleTest, AVideoMemoryBudgetStandsForWhatSdlReports) {
+    struct Row {
+        int budget;
+        unsigned int bytes;
+        const char *figure;
+    };
+    for (const Row &row :
+         {Row{64, 67108864u, "65536"}, Row{1, 1048576u, "1024"}, Row{2047, 2146435072u, "2096128"},
+          Row{2048, 2146435072u, "2096128"}, Row{2147483647, 2146435072u, "2096128"}}) {
+        for (const unsigned int reported : {0u, 262144u}) {
+            recorder.videoMemory(reported);
+            recorder.driverName("x11");
+            RVSETTINGS settings;
+            settings.setVideoMemory(row.budget);
+            ASSERT_TRUE(RAVOLT::init(&settings));
+            EXPECT_EQ(RAVOLT::getVideoMemory(), row.bytes);
+            EXPECT_EQ(logBehind("   4096 elements allocated\n"),
+                      "   Driver name: x11\n"
+                      "   VRam budget: " +
+                          std::string(row.figure) +
+                          " KB\n"
+                          "   Initialization complete\n\n");
+            RAVOLT::free();
+        }
+    }
+}
+
+TEST_F(LifecycleTest, ANegativeVideoMemoryBudgetIsNone) {
+    recorder.videoMemory(262144);
+    RVSETTINGS settings;
+    settings.setVideoMemory(-1);
+    ASSERT_TRUE(RAVOLT::init(&settings));
+    EXPECT_EQ(RAVOLT::getVideoMemory(), 268435456u);
+    EXPECT_LOGGED("   VRam detected: 262144 KB");
+}
+
 TEST_F(LifecycleTest, NoVideoMemoryMeans16Megabytes) {
     for (const unsigned int kilobytes : {0u, 4194304u}) { // 4 GB wrap to nothing
         recorder.videoMemory(kilobytes);
