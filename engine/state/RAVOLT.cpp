@@ -21,6 +21,7 @@ bool RAVOLT::DOF = false;
 bool RAVOLT::skipShadows = false;
 bool RAVOLT::renderingOnFbo = false;
 char RAVOLT::rvePath[256] = "";
+bool RAVOLT::confiningFiles = false;
 RVNODE *RAVOLT::skybox = nullptr;
 int RAVOLT::timer = -1;
 int RAVOLT::timeStamp = 65536; // On purpose: not 0.
@@ -134,6 +135,12 @@ void RAVOLT::updateVideo() {}
 void RAVOLT::setRVEPath(const char *path) { ravolt::copyText(rvePath, path); }
 
 char *RAVOLT::getRVEPath() { return rvePath; }
+
+void RAVOLT::confineFilesOn() { confiningFiles = true; }
+
+void RAVOLT::confineFilesOff() { confiningFiles = false; }
+
+bool RAVOLT::isConfiningFiles() { return confiningFiles; }
 
 void RAVOLT::setSkybox(RVNODE *node) { skybox = node; }
 

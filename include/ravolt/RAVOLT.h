@@ -84,6 +84,17 @@ class RV_API RAVOLT {
     // the materials of different scenes different names.
     static RVNODE *load(const char *fileName);
 
+    // Additional: whether scene files are confined to the paths of their kinds (off at first);
+    // advised for files from untrusted sources. While it is on, the name of a texture or a program
+    // in a scene file that is absolute or has a component ".." is refused with a log line, and the
+    // material goes without it. A slash and a backslash separate components, and a drive letter
+    // makes a name absolute, on every system. Symbolic links are followed: a link below a path that
+    // points elsewhere is not detected. What the application itself names, as in `load`, is not
+    // confined.
+    static void confineFilesOn();
+    static void confineFilesOff();
+    static bool isConfiningFiles();
+
     // Video memory in bytes: what there is, what is charged, and the difference, which wraps
     // below zero.
     static unsigned int getVideoMemory();
@@ -184,6 +195,7 @@ class RV_API RAVOLT {
     static bool skipShadows;
     static bool renderingOnFbo; // this frame draws into render target 0, not into the window
     static char rvePath[256];
+    static bool confiningFiles;
     static RVNODE *skybox;
     static int timer; // slot of the foundation's timers; keeps its value after `free`
     static int timeStamp;

@@ -113,6 +113,16 @@ class Additions {
     LoadIndex index;
 };
 
+// Whether a record names a file, and one that it may name.
+bool namesFile(const char *name) {
+    if (isNone(name))
+        return false;
+    if (!RAVOLT::isConfiningFiles() || ravolt::staysBelowPath(name))
+        return true;
+    zlfLog("   [!] File name %s leaves its path: refused @ RAVOLT::load\n", name);
+    return false;
+}
+
 // A texture whose file cannot be read is used all the same.
 RVTEXTURE *findOrLoadTexture(const char *fileName, Additions &additions) {
     if (RVTEXTURE *texture = LoadIndex::findTexture(fileName))
@@ -157,12 +167,13 @@ RVSHADER *findOrLoadShader(const char *name, Additions &additions) {
 void buildMaterial(const MaterialRecord &record, Additions &additions) {
     RVTEXTURE *diffuse = nullptr;
     RVTEXTURE *normalMap = nullptr;
-    if (!isNone(record.textureName)) {
+    // The name of a normal map leaves the path only if that of the texture does.
+    if (namesFile(record.textureName)) {
         diffuse = findOrLoadTexture(record.textureName, additions);
         normalMap = findOrLoadNormalMap(record.textureName, additions);
     }
     RVSHADER *shader =
-        isNone(record.shaderName) ? nullptr : findOrLoadShader(record.shaderName, additions);
+        namesFile(record.shaderName) ? findOrLoadShader(record.shaderName, additions) : nullptr;
     if (LoadIndex::findMaterial(record.name))
         return;
 

@@ -2,6 +2,7 @@
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "tests/models/goneFile.h"
@@ -381,6 +382,112 @@ TEST_F(RveLoaderTest, ShortTextureNameIsCutToTheSuffixAlone) {
     }
     EXPECT_LOGGED_TIMES(3, "   normal map: _n.tga");
 }
+
+// --- Names that leave their path
+
+// A texture beside the folder of the textures, and its normal map.
+struct OutsideFiles {
+    OutsideFiles() {
+        std::filesystem::create_directory("inside");
+        writePicture("outside_d.tga");
+        writePicture("inside/wall_d.tga");
+        RVTEXTURE::setPath("inside/");
+    }
+    ~OutsideFiles() { RAVOLT::confineFilesOff(); }
+};
+
+TEST_F(RveLoaderTest, NamesMayLeaveThePathOfTheTexturesUnlessFilesAreConfined) {
+    const OutsideFiles files;
+    EXPECT_FALSE(RAVOLT::isConfiningFiles());
+    loadScene(sceneWith(texturedMaterial("wall", "../outside_d.tga")));
+    const RVTEXTURE *texture = RVMATERIAL::findByName("wall")->getTexture(0);
+    ASSERT_NE(texture, nullptr);
+    EXPECT_EQ(texture->getSizeX(), 2u) << "its file was read";
+    EXPECT_NOT_LOGGED("   [!] File name ../outside_d.tga leaves its path: refused @ RAVOLT::load");
+}
+
+TEST_F(RveLoaderTest, ConfinedFilesGoWithoutATextureOutsideAndItsNormalMap) {
+    const OutsideFiles files;
+    std::filesystem::create_directory("deep");
+    writePicture("deep/outside_n.tga");
+    RAVOLT::confineFilesOn();
+    EXPECT_TRUE(RAVOLT::isConfiningFiles());
+    const std::string absolute = std::filesystem::absolute("outside_d.tga").string();
+    unsigned int number = 0;
+    for (const std::string &name :
+         {std::string("../outside_d.tga"), absolute, std::string("a/../../outside_d.tga"),
+          std::string(".."), std::string("a/.."), std::string("..\\outside_d.tga"),
+          std::string("\\outside_d.tga"), std::string("C:outside_d.tga"),
+          std::string("deep/../deep/outside_d.tga")}) {
+        const std::string material = "material " + std::to_string(number++);
+        const unsigned int before = RVTEXTURE::getNumberOfTextures();
+        markLog();
+        loadScene(sceneWith(texturedMaterial(material, name)));
+        const RVMATERIAL *made = RVMATERIAL::findByName(material.c_str());
+        ASSERT_NE(made, nullptr) << name;
+        EXPECT_EQ(made->getTexture(0), nullptr) << name;
+        EXPECT_EQ(made->getTexture(1), nullptr) << name;
+        EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), before) << name;
+        EXPECT_LOGGED_TIMES(1, "   [!] File name " + name +
+                                   " leaves its path: refused @ RAVOLT::load");
+        EXPECT_NOT_LOGGED("   normal map: deep/../deep/outside_n.tga");
+    }
+}
+
+TEST_F(RveLoaderTest, ConfinedFilesGoWithoutATextureOutsideThatIsThereAlready) {
+    const OutsideFiles files;
+    (new RVTEXTURE)->load("../outside_d.tga");
+    RAVOLT::confineFilesOn();
+    loadScene(sceneWith(texturedMaterial("wall", "../outside_d.tga")));
+    EXPECT_EQ(RVMATERIAL::findByName("wall")->getTexture(0), nullptr);
+}
+
+TEST_F(RveLoaderTest, ConfinedFilesHaveTheNamesThatStayBelowThePath) {
+    const OutsideFiles files;
+    std::filesystem::create_directory("inside/..a");
+    writePicture("inside/..a/b..tga");
+    std::filesystem::create_directory("inside/...");
+    writePicture("inside/.../wall_d.tga");
+    RAVOLT::confineFilesOn();
+    unsigned int number = 0;
+    for (const char *name :
+         {"wall_d.tga", "./wall_d.tga", "..a/b..tga", ".../wall_d.tga", "..a//b..tga"}) {
+        const std::string material = "material " + std::to_string(number++);
+        loadScene(sceneWith(texturedMaterial(material, name)));
+        const RVTEXTURE *texture = RVMATERIAL::findByName(material.c_str())->getTexture(0);
+        ASSERT_NE(texture, nullptr) << name;
+        EXPECT_EQ(texture->getSizeX(), 2u) << name;
+    }
+}
+
+TEST_F(RveLoaderTest, ConfinedFilesGoWithoutAProgramOutside) {
+    const OutsideFiles files;
+    RveScene scene = sceneWith(materialNamed("wall"));
+    scene.materials[0].shader = "../glow";
+    RAVOLT::confineFilesOn();
+    const unsigned int before = RVSHADER::getNumberOfShaders();
+    loadScene(scene);
+    EXPECT_EQ(RVMATERIAL::findByName("wall")->getShader(), nullptr);
+    EXPECT_EQ(RVSHADER::getNumberOfShaders(), before);
+    EXPECT_LOGGED_TIMES(1, "   [!] File name ../glow leaves its path: refused @ RAVOLT::load");
+
+    scene.materials[0].name = "second wall";
+    RAVOLT::confineFilesOff();
+    loadScene(scene);
+    EXPECT_NE(RVMATERIAL::findByName("second wall")->getShader(), nullptr);
+    EXPECT_EQ(RVSHADER::getNumberOfShaders(), before + 1);
+}
+
+TEST_F(RveLoaderTest, TheApplicationsOwnNameIsNotConfined) {
+    const OutsideFiles files;
+    writeFile("scene.rve", bytesOf(sceneWith(texturedMaterial("wall", "wall_d.tga"))));
+    RAVOLT::setRVEPath("inside/");
+    RAVOLT::confineFilesOn();
+    EXPECT_NE(RAVOLT::load("../scene.rve"), nullptr);
+    EXPECT_NE(RVMATERIAL::findByName("wall")->getTexture(0), nullptr);
+}
+
+// --- Files
 
 TEST_F(RveLoaderTest, EmptyTextureNameIsATextureThatCannotBeRead) {
     loadScene(sceneWith(texturedMaterial("wall", "")));
