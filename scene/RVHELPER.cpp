@@ -28,7 +28,7 @@ constexpr Face faces[] = {{{0, 0, -1}, {0, 2, 3, 0, 3, 1}}, {{0, 0, 1}, {4, 5, 7
                           {{0, 1, 0}, {2, 6, 7, 2, 7, 3}},  {{0, -1, 0}, {0, 1, 5, 0, 5, 4}}};
 
 // The lines, by corners.
-constexpr unsigned char firstStrip[] = {1, 2, 3, 7, 6, 2};
+constexpr unsigned char firstStrip[] = {5, 2, 3, 7, 6, 2};
 constexpr unsigned char secondStrip[] = {7, 0, 1, 5, 4, 0};
 // On purpose: with the lead-in of the two strips, the first two pairs are the space diagonals.
 constexpr unsigned char pairs[] = {1, 6, 4, 3, 0, 2, 1, 3, 4, 6, 5, 7};

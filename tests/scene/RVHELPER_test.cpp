@@ -81,7 +81,7 @@ TEST_F(HelperTest, DrawsTheEdgesAndFourSpaceDiagonals) {
     helper->setMax(Z3MVECTOR3D(4, 5, 6));
     const Calls calls = recordRender().named({"glBegin", "glVertex3f", "glEnd"});
     constexpr double x = -1, y = -2, z = -3, X = 4, Y = 5, Z = 6;
-    EXPECT_EQ(calls, (Calls{{"glBegin", GL_LINE_STRIP}, {"glVertex3f", X, y, z},
+    EXPECT_EQ(calls, (Calls{{"glBegin", GL_LINE_STRIP}, {"glVertex3f", X, y, Z},
                             {"glVertex3f", x, Y, z},    {"glVertex3f", X, Y, z},
                             {"glVertex3f", X, Y, Z},    {"glVertex3f", x, Y, Z},
                             {"glVertex3f", x, Y, z},    {"glEnd"},
