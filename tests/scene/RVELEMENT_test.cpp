@@ -783,6 +783,32 @@ TEST_F(ElementTest, HelperIsTransparentWhateverItsAlpha) {
     EXPECT_EQ(drawingOrder(), (Nodes{opaque, node}));
 }
 
+// Made by an application, since the engine has no class of that type.
+class EmitterNode : public RVNODE {
+  public:
+    EmitterNode() { type = RV_NODE_TYPE_EMITTER; }
+};
+
+TEST_F(ElementTest, NodesOfTheTypeOfEmittersAreTransparent) {
+    using EmitterProbe = Probe<EmitterNode>;
+    EmitterProbe *near = place(new EmitterProbe(drawn), 0, 0, -3);
+    HelperProbe *middle = helper(-6);
+    EmitterProbe *far = place(new EmitterProbe(drawn), 0, 0, -9);
+    CustomProbe *opaque = custom(-1);
+    EXPECT_EQ(drawingOrder(), (Nodes{opaque, far, middle, near})) << "back to front";
+}
+
+// Counted in the pass: two take part in the sort by depth.
+TEST_F(ElementTest, TwoNodesOfTheTypeOfEmittersAreSortedByDepth) {
+    using EmitterProbe = Probe<EmitterNode>;
+    EmitterProbe *near = place(new EmitterProbe(drawn), 0, 0, -3);
+    EmitterProbe *far = place(new EmitterProbe(drawn), 0, 0, -9);
+    EXPECT_EQ(drawingOrder(), (Nodes{far, near}));
+    far->unlink();
+    delete far;
+    EXPECT_EQ(drawingOrder(), (Nodes{near}));
+}
+
 TEST_F(ElementTest, NaNAndInfiniteDepthsHaveTheirPlace) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     constexpr float nan = std::numeric_limits<float>::quiet_NaN();
