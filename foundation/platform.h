@@ -2,6 +2,7 @@
 
 // What the foundation asks of the operating system.
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -19,6 +20,9 @@ namespace platform {
 // what the system merely caches; 0 when the system does not say. More than a signed 32-bit number
 // holds counts as the largest such number.
 std::uint32_t physicalMemoryInUse();
+
+// Makes `bytes` bytes zero. Whole pages among them take no memory until they are written.
+void clear(void *block, std::size_t bytes);
 
 struct LocalTime {
     unsigned int day, month, year, hour, minute, second, millisecond;

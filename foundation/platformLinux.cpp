@@ -7,6 +7,7 @@
 #include <limits>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -73,6 +74,22 @@ std::uint32_t physicalMemoryInUse() {
     // On purpose: the figure stops where it can still be logged as a signed number of bytes.
     constexpr std::uint64_t largest = std::numeric_limits<std::int32_t>::max();
     return static_cast<std::uint32_t>(std::min((total - available) * 1024, largest));
+}
+
+// Pages that are dropped come back as zeros. Huge ones would take memory for what is beside the
+// bytes that are written.
+void clear(void *block, std::size_t bytes) {
+    unsigned char *const begin = static_cast<unsigned char *>(block), *const end = begin + bytes;
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t before = (page - reinterpret_cast<std::uintptr_t>(begin) % page) % page;
+    const std::size_t whole = before < bytes ? (bytes - before) / page * page : 0;
+    unsigned char *const first = begin + std::min(before, bytes), *const last = first + whole;
+    if (whole)
+        madvise(first, whole, MADV_NOHUGEPAGE); // a system without them refuses
+    if (whole && madvise(first, whole, MADV_DONTNEED) != 0)
+        std::memset(first, 0, whole);
+    std::memset(begin, 0, static_cast<std::size_t>(first - begin));
+    std::memset(last, 0, static_cast<std::size_t>(end - last));
 }
 
 LocalTime localTime() {

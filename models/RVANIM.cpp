@@ -1,5 +1,6 @@
 #include "ravolt/RVANIM.h"
 
+#include "foundation/platform.h"
 #include "foundation/registry.h"
 #include "foundation/text.h"
 #include "ravolt/RVMESH.h"
@@ -33,6 +34,8 @@ bool setComponent(RVBONEFRAME *entry, float Z3MVECTOR3D::*component, float degre
 } // namespace
 
 RVANIM::RVANIM() : id(zlfNewId()) {
+    ravolt::platform::clear(boneName, sizeof boneName);
+    ravolt::platform::clear(keyframe, sizeof keyframe);
     ravolt::formatText(fileName, "[anim %d]", id);
     AnimRegistry::append(firstAnim, lastAnim, this);
 }

@@ -25,7 +25,8 @@ struct RV_API RVBONEFRAME {
 // knows by name alone. `apply` copies one frame onto the nodes of a tree; the skinned meshes of
 // that tree bend after them. There is no clock and nothing between two frames: the application
 // picks the number of the frame. Clips come from RVA files (load) or from the setters, and save
-// writes such files. Each takes some 3.5 MiB, whatever its length. All clips stand in a registry,
+// writes such files. Each takes some 3.5 MiB of addresses, whatever its length, and memory for the
+// frames that are set. All clips stand in a registry,
 // which owns them: make them with `new`; RAVOLT::free or cleanUp deletes those that the application
 // has not deleted. No OpenGL is needed.
 class RV_API RVANIM {
@@ -134,9 +135,13 @@ class RV_API RVANIM {
     bool translating = false;
     unsigned short numberOfBones = 0;
     unsigned short numberOfFrames = 0;
-    char boneName[RV_ANIM_BONES][256] = {};
-    // One frame more than a clip has, since the one that follows its last may be set.
-    RVBONEFRAME keyframe[RV_ANIM_FRAMES + 1][RV_ANIM_BONES];
+    // Zeroed by the constructor as a block of memory: what is never set takes none. For the same
+    // reason the entries are in a union, where they have no constructors that would write to them.
+    char boneName[RV_ANIM_BONES][256];
+    union {
+        // One frame more than a clip has, since the one that follows its last may be set.
+        RVBONEFRAME keyframe[RV_ANIM_FRAMES + 1][RV_ANIM_BONES];
+    };
     RVANIM *previous, *next;
 
     static RVANIM *firstAnim, *lastAnim;

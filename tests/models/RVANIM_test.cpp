@@ -6,7 +6,13 @@
 #include "ravolt/zlf.h"
 #include "tests/support/logReader.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstring>
+#include <fstream>
+#include <memory>
+#include <new>
 #include <random>
 #include <string>
 #include <vector>
@@ -41,6 +47,73 @@ class Anim : public testing::Test {
 
     RVANIM &clip; // the registry's
 };
+
+// --- Memory
+
+// Of this process, in bytes.
+std::size_t residentMemory() {
+    std::ifstream file("/proc/self/statm");
+    std::size_t all = 0, resident = 0;
+    file >> all >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+constexpr std::size_t bytesOfAClip = sizeof(RVANIM);
+
+TEST_F(Anim, EmptyClipsTakeNoMemoryToSpeakOf) {
+    const std::size_t before = residentMemory();
+    for (int number = 0; number < 100; ++number)
+        new RVANIM;
+    EXPECT_LT(residentMemory(), before + 10 * bytesOfAClip);
+}
+
+// What they hold is gone with them, also where the same memory serves others.
+TEST_F(Anim, ClipsInMemoryThatWasUsedAreEmptyAndSmall) {
+    const auto makeFull = [] {
+        for (int number = 0; number < 20; ++number) {
+            RVANIM &full = *new RVANIM;
+            for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone)
+                full.setBoneName(bone, "bone");
+            full.setNumberOfBones(RV_ANIM_BONES);
+            full.setNumberOfFrames(RV_ANIM_FRAMES);
+            for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; ++frame)
+                for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone)
+                    full.setFrame(frame, bone, 1, 2, 3);
+        }
+    };
+    const std::size_t before = residentMemory();
+    makeFull();
+    EXPECT_GT(residentMemory(), before + 19 * bytesOfAClip);
+    RVANIM::cleanUp();
+    for (int number = 0; number < 20; ++number)
+        new RVANIM;
+    EXPECT_LT(residentMemory(), before + 4 * bytesOfAClip);
+    for (RVANIM *each = RVANIM::getFirst(); each; each = each->getNext())
+        for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; ++frame)
+            for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone) {
+                ASSERT_STREQ(each->getBoneName(bone), "");
+                ASSERT_FALSE(each->getKeyframe(frame, bone)->set);
+                ASSERT_TRUE(isVector(each->getFrameRotation(frame, bone), 0, 0, 0));
+            }
+}
+
+// On any storage, whatever it held.
+TEST_F(Anim, AClipOutsideTheHeapIsEmptyToo) {
+    const auto storage = std::make_unique<unsigned char[]>(sizeof(RVANIM) + 4096);
+    for (const std::size_t offset : {0u, 8u, 4088u}) {
+        std::fill_n(storage.get(), sizeof(RVANIM) + 4096, static_cast<unsigned char>(0xA5));
+        RVANIM *each = new (storage.get() + offset) RVANIM;
+        for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; ++frame)
+            for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone) {
+                ASSERT_STREQ(each->getBoneName(bone), "");
+                ASSERT_FALSE(each->getKeyframe(frame, bone)->set);
+                ASSERT_TRUE(isVector(each->getFrameRotation(frame, bone), 0, 0, 0));
+            }
+        each->~RVANIM();
+        EXPECT_EQ(storage[offset + sizeof(RVANIM)], 0xA5) << "what is behind it stays";
+        EXPECT_TRUE(offset == 0 || storage[offset - 1] == 0xA5);
+    }
+}
 
 // --- The registry
 
