@@ -287,10 +287,12 @@ float RVMESH::getRadius() const { return radius; }
 Z3MVECTOR3D RVMESH::getMinimum() const { return minimum; }
 Z3MVECTOR3D RVMESH::getMaximum() const { return maximum; }
 
+RVMESH::MaterialUse::MaterialUse(const MaterialUse &other) : counts(false) { set(other.get()); }
+
 void RVMESH::MaterialUse::set(RVMATERIAL *newMaterial) {
     if (counts && material)
         material->decReferences();
-    material = newMaterial;
+    material.set(newMaterial);
     if (counts && material)
         material->incReferences();
 }

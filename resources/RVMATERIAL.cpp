@@ -10,7 +10,6 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 
-#include <algorithm>
 #include <cstring>
 #include <iterator>
 #include <string>
@@ -54,8 +53,7 @@ bool readsShadowMap(const RVSHADER *program) {
 RVMATERIAL::RVMATERIAL()
     : id(zlfNewId()), timeStamp(0), references(0), ambient(0.2f, 0.2f, 0.2f, 1.0f),
       diffuse(0.6f, 0.6f, 0.6f, 1.0f), specular(0.2f, 0.2f, 0.2f, 1.0f),
-      emission(0.0f, 0.0f, 0.0f, 1.0f), transparency(1.0f), shininess(0.0f), texture(),
-      shader(nullptr), skinned(false) {
+      emission(0.0f, 0.0f, 0.0f, 1.0f), transparency(1.0f), shininess(0.0f), skinned(false) {
     ravolt::formatText(name, "[material %d]", id);
     MaterialRegistry::append(firstMaterial, lastMaterial, this);
 }
@@ -83,7 +81,7 @@ bool RVMATERIAL::render(void *data) {
 // NULL for the fixed functions. An explicit program needs no light and no wish for shaders.
 RVSHADER *RVMATERIAL::chooseProgram(const int *lightType) const {
     if (shader || !RVSETTINGS::getSDLShaders() || !lightType)
-        return shader;
+        return shader.get();
     if (*lightType < 0 || *lightType >= static_cast<int>(std::size(litPrograms)))
         return nullptr;
     return *litPrograms[*lightType][isTextured()][isSkinned()][RAVOLT::isShadowed()];
@@ -145,14 +143,14 @@ bool RVMATERIAL::setTexture(unsigned int slot, RVTEXTURE *newTexture) {
     }
     if (texture[slot])
         texture[slot]->decReferences();
-    texture[slot] = newTexture;
+    texture[slot].set(newTexture);
     if (newTexture)
         newTexture->incReferences();
     return true;
 }
 
 RVTEXTURE *RVMATERIAL::getTexture(unsigned int slot) const {
-    return slot < RV_TEXTURE_UNITS ? texture[slot] : nullptr;
+    return slot < RV_TEXTURE_UNITS ? texture[slot].get() : nullptr;
 }
 
 // On purpose: the slots are no counted references, and skinned stays as it is.
@@ -167,8 +165,9 @@ void RVMATERIAL::clone(const RVMATERIAL *source) {
     emission = source->emission;
     transparency = source->transparency;
     shininess = source->shininess;
-    std::copy(std::begin(source->texture), std::end(source->texture), texture);
-    shader = source->shader;
+    for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot)
+        texture[slot].set(source->texture[slot].get());
+    shader.set(source->shader.get());
 }
 
 void RVMATERIAL::setName(const char *newName) {
@@ -206,12 +205,12 @@ void RVMATERIAL::setTransparency(float newTransparency) { transparency = newTran
 float RVMATERIAL::getTransparency() const { return transparency; }
 void RVMATERIAL::setShininess(float newShininess) { shininess = newShininess; }
 float RVMATERIAL::getShininess() const { return shininess; }
-void RVMATERIAL::setShader(RVSHADER *newShader) { shader = newShader; }
-RVSHADER *RVMATERIAL::getShader() const { return shader; }
+void RVMATERIAL::setShader(RVSHADER *newShader) { shader.set(newShader); }
+RVSHADER *RVMATERIAL::getShader() const { return shader.get(); }
 void RVMATERIAL::setSkinning(bool newSkinned) { skinned = newSkinned; }
 
 bool RVMATERIAL::isTransparent() const { return transparency != 1.0f; }
-bool RVMATERIAL::isTextured() const { return texture[0] != nullptr; }
+bool RVMATERIAL::isTextured() const { return texture[0].get() != nullptr; }
 bool RVMATERIAL::isSkinned() const { return skinned; }
 
 bool RVMATERIAL::cleanUp() {

@@ -2,6 +2,7 @@
 
 #include "ravolt/Z3MVECTOR4D.h"
 #include "ravolt/api.h"
+#include "ravolt/weakPointer.h"
 
 class RVSHADER;
 class RVTEXTURE;
@@ -16,23 +17,26 @@ class RV_API RVMATERIAL {
     // Registers the material under a fresh identifier and the name "[material ID]"; grey, opaque,
     // without textures.
     RVMATERIAL();
-    // Gives the identifier back and leaves the registry. The textures' references stay as they are.
+    // Gives the identifier back and leaves the registry; meshes that have the material are without
+    // one then. The textures' references stay as they are.
     ~RVMATERIAL();
     RVMATERIAL(const RVMATERIAL &) = delete;
     RVMATERIAL &operator=(const RVMATERIAL &) = delete;
 
     // Applies the material, unless it was the last one applied since reset, whatever light was told
     // then. `data` is NULL or points to the type of the light that will shine, an int of
-    // RV_LIGHT_TYPE, which chooses the program with textures, skin and shadows; the fixed functions
-    // draw without it. Overwrites the alpha of all four colours by the transparency. Units beyond
-    // the material's own textures stay as an earlier material left them. Always true.
+    // RV_LIGHT_TYPE, which chooses the program with textures, skin and shadows. Without a light the
+    // fixed functions draw, unless setShader names a program. Overwrites the alpha of all four
+    // colours by the transparency. Units beyond the material's own textures stay as an earlier
+    // material left them. Always true.
     bool render(void *data);
 
     // Makes the next render apply everything: for code that changed OpenGL's state by itself.
     static void reset();
 
     // Puts a texture (NULL for none) into a slot from 0 to 15, which is also its unit, and moves
-    // the reference counts along. False, with a line in the log, for another slot.
+    // the reference counts along. A slot is empty again once its texture is deleted. False, with a
+    // line in the log, for another slot.
     bool setTexture(unsigned int slot, RVTEXTURE *texture);
     // NULL for an empty or bad slot.
     RVTEXTURE *getTexture(unsigned int slot) const;
@@ -67,8 +71,8 @@ class RV_API RVMATERIAL {
     // OpenGL's exponent, from 0 to 128.
     void setShininess(float shininess);
     float getShininess() const;
-    // An explicit program, before any other; NULL for none. The material does not own it: it has to
-    // live as long as it is set.
+    // An explicit program, before any other and also without a light (`render(NULL)`); NULL for
+    // none, and again once the program is deleted. The material does not own it.
     void setShader(RVSHADER *shader);
     RVSHADER *getShader() const;
     // Whether the programs that bend the mesh are chosen.
@@ -80,7 +84,7 @@ class RV_API RVMATERIAL {
     bool isTextured() const;
     bool isSkinned() const;
 
-    // Deletes all materials; every pointer to one is invalid then, also those that meshes hold.
+    // Deletes all materials; every pointer to one is invalid then, but meshes are without material.
     // False when there are none.
     static bool cleanUp();
 
@@ -118,13 +122,15 @@ class RV_API RVMATERIAL {
     Z3MVECTOR4D emission;
     float transparency;
     float shininess;
-    RVTEXTURE *texture[RV_TEXTURE_UNITS];
-    RVSHADER *shader;
+    ravolt::WeakPointer<RVTEXTURE> texture[RV_TEXTURE_UNITS];
+    ravolt::WeakPointer<RVSHADER> shader;
     bool skinned;
     RVMATERIAL *previous, *next;
+    ravolt::WeakPointers<RVMATERIAL> weakPointers;
 
     static RVMATERIAL *firstMaterial, *lastMaterial;
     static RVMATERIAL *currentMaterial; // the last one applied; compared, never followed
 
     friend struct ravolt::Registry<RVMATERIAL>;
+    friend class ravolt::WeakPointer<RVMATERIAL>;
 };

@@ -6,6 +6,7 @@
 #include "ravolt/Z3MVECTOR3D.h"
 #include "ravolt/Z3MVECTOR4D.h"
 #include "ravolt/api.h"
+#include "ravolt/weakPointer.h"
 
 class RVELEMENT;
 class RVMATERIAL;
@@ -119,7 +120,7 @@ class RV_API RVMESH : public RVNODE {
     // Lowers the count of the old material and raises that of the new one; NULL for none. A skinned
     // mesh marks its material as skinned when it is loaded (RVMATERIAL::setSkinning), not here:
     // mark the new material yourself. Rigid meshes may share a marked material; they are drawn by
-    // the programs for rigid meshes.
+    // the programs for rigid meshes. There is no material again once it is deleted.
     void setMaterial(RVMATERIAL *material);
     RVMATERIAL *getMaterial() const;
 
@@ -143,19 +144,19 @@ class RV_API RVMESH : public RVNODE {
     // The material, with this mesh as one of its users: copies start as none and never become one.
     class MaterialUse {
       public:
-        MaterialUse() : material(nullptr), counts(true) {}
-        MaterialUse(const MaterialUse &other) : material(other.material), counts(false) {}
+        MaterialUse() : counts(true) {}
+        MaterialUse(const MaterialUse &other);
         MaterialUse &operator=(const MaterialUse &other) {
-            set(other.material);
+            set(other.get());
             return *this;
         }
         ~MaterialUse() { set(nullptr); }
 
         void set(RVMATERIAL *newMaterial);
-        RVMATERIAL *get() const { return material; }
+        RVMATERIAL *get() const { return material.get(); }
 
       private:
-        RVMATERIAL *material;
+        ravolt::WeakPointer<RVMATERIAL> material;
         bool counts;
     };
 

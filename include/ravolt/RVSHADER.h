@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ravolt/api.h"
+#include "ravolt/weakPointer.h"
 
 namespace ravolt {
 struct BuiltinPrograms;
@@ -20,7 +21,8 @@ class RV_API RVSHADER {
 
     // Registers the program under a fresh identifier and the name "[shader ID]"; inoperative.
     RVSHADER();
-    // Deletes what OpenGL holds of it, gives the identifier back and leaves the registry.
+    // Deletes what OpenGL holds of it, gives the identifier back and leaves the registry; materials
+    // that had it as their explicit program have none then.
     ~RVSHADER();
     RVSHADER(const RVSHADER &) = delete;
     RVSHADER &operator=(const RVSHADER &) = delete;
@@ -190,6 +192,7 @@ class RV_API RVSHADER {
     unsigned int programObject;
     unsigned int param[parameters];
     RVSHADER *previous, *next;
+    ravolt::WeakPointers<RVSHADER> weakPointers;
 
     static RVSHADER *firstShader, *lastShader;
     static RVSHADER *currentShader; // in use; NULL for none
@@ -209,5 +212,6 @@ class RV_API RVSHADER {
     static bool terrainFlag;
 
     friend struct ravolt::Registry<RVSHADER>;
+    friend class ravolt::WeakPointer<RVSHADER>;
     friend struct ravolt::BuiltinPrograms;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ravolt/api.h"
+#include "ravolt/weakPointer.h"
 
 class RAVOLT;
 class RVFBO;
@@ -17,7 +18,8 @@ class RV_API RVTEXTURE {
   public:
     // Registers the texture under a fresh identifier and the name "[texture ID]".
     RVTEXTURE();
-    // Unloads, gives the identifier back and leaves the registry.
+    // Unloads, gives the identifier back and leaves the registry; the slots of materials that had
+    // the texture are empty then.
     ~RVTEXTURE();
     RVTEXTURE(const RVTEXTURE &) = delete;
     RVTEXTURE &operator=(const RVTEXTURE &) = delete;
@@ -75,7 +77,7 @@ class RV_API RVTEXTURE {
     // False when there are no textures, or no memory to sort them.
     static bool garbageCollect(unsigned long keep);
 
-    // Deletes all textures; every pointer to one is invalid then, also those that materials hold.
+    // Deletes all textures; every pointer to one is invalid then, but slots of materials are empty.
     // False when there are none.
     static bool cleanUp();
 
@@ -154,6 +156,7 @@ class RV_API RVTEXTURE {
     bool clamp;
     bool mipmapped; // the last update counted the texture with its chain
     RVTEXTURE *previous, *next;
+    ravolt::WeakPointers<RVTEXTURE> weakPointers;
 
     static RVTEXTURE *firstTexture, *lastTexture;
     static unsigned long usedMemory;
@@ -166,4 +169,5 @@ class RV_API RVTEXTURE {
     friend class RAVOLT;  // binds the shadow map with its unit off, undoes a failed start
     friend class RVVIDEO; // replaces the pixels by a film's
     friend struct ravolt::Registry<RVTEXTURE>;
+    friend class ravolt::WeakPointer<RVTEXTURE>;
 };

@@ -4,6 +4,7 @@
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
@@ -206,6 +207,56 @@ TEST_F(MeshTest, CopySharesTheArraysAndReleasesNothing) {
     }
     EXPECT_FALSE(recorder.stop().contains("glDeleteBuffersARB"));
     EXPECT_EQ(mesh->getVertexPtr()[1].x, 1.0f);
+}
+
+TEST_F(MeshTest, MeshesOfADeletedMaterialHaveNone) {
+    RVMESH *const square = makeSquare(), *const other = new RVMESH;
+    RVMATERIAL *const paint = square->getMaterial(), *const glass = new RVMATERIAL;
+    const RVMESH copy(*square);
+    other->setMaterial(paint);
+    other->setMaterial(glass);
+    delete paint;
+    EXPECT_EQ(square->getMaterial(), nullptr);
+    EXPECT_EQ(copy.getMaterial(), nullptr);
+    EXPECT_EQ(other->getMaterial(), glass);
+    EXPECT_TRUE(render(square).contains("glDrawElements"));
+
+    square->setMaterial(glass);
+    EXPECT_EQ(glass->getReferences(), 2);
+    RVMATERIAL::cleanUp();
+    EXPECT_EQ(square->getMaterial(), nullptr);
+    EXPECT_EQ(other->getMaterial(), nullptr);
+}
+
+// Between the pass and the drawing.
+TEST_F(MeshTest, AFrameIsDrawnWithoutWhatWasDeletedMeanwhile) {
+    for (const float transparency : {1.0f, 0.5f}) {
+        RVMESH *const square = makeSquare(transparency);
+        RVTEXTURE *const texture = new RVTEXTURE;
+        texture->create(2, 2, 3);
+        RVMATERIAL *const paint = square->getMaterial();
+        paint->setTexture(0, texture);
+        RVSHADER *const program = new RVSHADER;
+        paint->setShader(program);
+        auto *light = new RVLIGHT;
+        const auto drawWithout = [&](auto &gone) {
+            RAVOLT::begin3D(nullptr);
+            light->pass();
+            square->getParent()->pass();
+            delete &gone;
+            recorder.start();
+            RAVOLT::end3D(true);
+            EXPECT_TRUE(recorder.stop().contains("glDrawElements"));
+        };
+        drawWithout(*texture);
+        EXPECT_EQ(paint->getTexture(0), nullptr);
+        drawWithout(*program);
+        EXPECT_EQ(paint->getShader(), nullptr);
+        drawWithout(*paint);
+        EXPECT_EQ(square->getMaterial(), nullptr);
+        drawWithout(*light);
+        RVNODE::cleanUp();
+    }
 }
 
 TEST_F(MeshTest, AssignmentMovesTheCountOfTheMaterialAlong) {

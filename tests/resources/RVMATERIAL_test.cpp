@@ -2,9 +2,14 @@
 
 #include "ravolt/RVMATERIAL.h"
 
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "tests/support/logReader.h"
+
+#include <ctime>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -22,6 +27,7 @@ class Material : public testing::Test {
     ~Material() override {
         RVMATERIAL::cleanUp();
         RVTEXTURE::cleanUp();
+        RVSHADER::cleanUp();
     }
 
     RVMATERIAL &material; // the registry's
@@ -130,6 +136,93 @@ TEST_F(Material, DeletedMaterialLeavesItsTexturesReferences) {
     second->setTexture(0, texture);
     delete second;
     EXPECT_EQ(1, texture->getReferences());
+}
+
+TEST_F(Material, SlotsOfADeletedTextureAreEmpty) {
+    RVTEXTURE *const wall = new RVTEXTURE, *const floor = new RVTEXTURE;
+    RVMATERIAL *const other = new RVMATERIAL, *const twin = new RVMATERIAL;
+    material.setTexture(0, wall);
+    material.setTexture(1, floor);
+    material.setTexture(15, wall);
+    other->setTexture(3, wall);
+    other->setTexture(3, floor); // no more
+    other->setTexture(7, wall);
+    twin->clone(&material);
+    delete wall;
+    for (const RVMATERIAL *each : {&material, other, twin})
+        for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot) {
+            const bool hasFloor = slot == (each == other ? 3u : 1u);
+            EXPECT_EQ(each->getTexture(slot), hasFloor ? floor : nullptr) << slot;
+        }
+    EXPECT_FALSE(material.isTextured());
+    EXPECT_EQ(floor->getReferences(), 2);
+
+    RVTEXTURE *const next = new RVTEXTURE; // perhaps where the first one was
+    EXPECT_EQ(material.getTexture(0), nullptr);
+    material.setTexture(0, next);
+    EXPECT_EQ(next->getReferences(), 1);
+    delete twin;
+    delete floor;
+    EXPECT_EQ(other->getTexture(3), nullptr);
+    RVTEXTURE::cleanUp();
+    EXPECT_EQ(material.getTexture(0), nullptr);
+    EXPECT_NOT_LOGGED("   [!] Invalid params @ RVMATERIAL::setTexture");
+}
+
+// The collector takes what nothing counts as its own, and a clone counts nothing.
+TEST_F(Material, SlotsOfACloneAreEmptyWhenTheCollectorTakesTheirTexture) {
+    RVTEXTURE *const wall = new RVTEXTURE;
+    RVMATERIAL *const twin = new RVMATERIAL;
+    material.setTexture(2, wall);
+    twin->clone(&material);
+    material.setTexture(2, nullptr);
+    EXPECT_EQ(twin->getTexture(2), wall);
+    RVTEXTURE::garbageCollect(0);
+    EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
+    EXPECT_EQ(twin->getTexture(2), nullptr);
+}
+
+TEST_F(Material, ADeletedProgramIsExplicitNoMore) {
+    RVSHADER *const glow = new RVSHADER, *const glass = new RVSHADER;
+    RVMATERIAL *const other = new RVMATERIAL, *const twin = new RVMATERIAL;
+    material.setShader(glow);
+    other->setShader(glow);
+    other->setShader(glass);
+    twin->clone(&material);
+    delete glow;
+    EXPECT_EQ(material.getShader(), nullptr);
+    EXPECT_EQ(twin->getShader(), nullptr);
+    EXPECT_EQ(other->getShader(), glass);
+    delete other;
+    material.setShader(glass);
+    RVSHADER::cleanUp();
+    EXPECT_EQ(material.getShader(), nullptr);
+}
+
+TEST_F(Material, ManyTexturesWithTheirMaterialsAreDeletedInLinearTime) {
+    constexpr int number = 10'000;
+    for (const bool oneByOne : {false, true}) {
+        std::vector<RVTEXTURE *> textures;
+        for (int index = 0; index < number; ++index) {
+            textures.push_back(new RVTEXTURE);
+            RVMATERIAL *const each = new RVMATERIAL;
+            for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot)
+                each->setTexture(
+                    slot, textures[static_cast<std::size_t>(index) * slot % textures.size()]);
+        }
+        const std::clock_t begin = std::clock();
+        if (oneByOne)
+            for (RVTEXTURE *each : textures)
+                delete each;
+        else
+            RVTEXTURE::cleanUp();
+        const double seconds = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+        RecordProperty(oneByOne ? "oneByOne" : "cleanUp", std::to_string(seconds));
+        EXPECT_LT(seconds, 1.0);
+        for (const RVMATERIAL *each = RVMATERIAL::getFirst(); each; each = each->getNext())
+            ASSERT_EQ(each->getTexture(0), nullptr);
+        RVMATERIAL::cleanUp();
+    }
 }
 
 TEST_F(Material, CloneTakesTheSurfaceAndNoReferences) {
