@@ -67,15 +67,15 @@ bool RVFBO::bindTexture(int place, RVTEXTURE *newTexture) {
     if (!framebuffersWork())
         return false;
     render(nullptr);
-    if (place != 0 && place != 1) {
+    if (place != RV_FBO_COLOR && place != RV_FBO_DEPTH) {
         zlfLog("   [!] Invalid operation @ RVFBO::bindTexture\n");
         return false;
     }
-    if (place == 1) { // a target with depth alone has no colour to draw or read
+    if (place == RV_FBO_DEPTH) { // a target with depth alone has no colour to draw or read
         glReadBuffer(GL_NONE);
         glDrawBuffer(GL_NONE);
     }
-    attachment = place == 1 ? GL_DEPTH_ATTACHMENT_EXT : GL_COLOR_ATTACHMENT0_EXT;
+    attachment = place == RV_FBO_DEPTH ? GL_DEPTH_ATTACHMENT_EXT : GL_COLOR_ATTACHMENT0_EXT;
     texture = newTexture;
     attach();
     sizeX = static_cast<int>(texture->getSizeX());
@@ -91,7 +91,7 @@ bool RVFBO::bindRenderBuffer(int place, int newSizeX, int newSizeY) {
         RVOPENGL::glDeleteRenderbuffersEXT(1, &renderBuffer);
     RVOPENGL::glGenRenderbuffersEXT(1, &renderBuffer);
     RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, renderBuffer);
-    if (place != 2) {
+    if (place != RV_FBO_DEPTH_BUFFER) {
         // On purpose: an older name of the method, and the new, empty buffer stays.
         zlfLog("   [!] Invalid operation @ RVFBO::bindBuffer\n");
         return false;

@@ -38,10 +38,12 @@ namespace {
 
 constexpr char dynamicName[] = "[dynamic]";
 constexpr unsigned int largestSize = 4096;
-constexpr unsigned int smallestDepth = 3, largestDepth = 6;
+constexpr unsigned int smallestDepth = RV_TEXTURE_RGB, largestDepth = RV_TEXTURE_HALF_FLOAT;
 constexpr unsigned int budgetBytesPerPixel = 4;
 
-bool hasPixelCopy(unsigned int depth) { return depth == 3 || depth == 4; }
+bool hasPixelCopy(unsigned int depth) {
+    return depth == RV_TEXTURE_RGB || depth == RV_TEXTURE_RGBA;
+}
 
 unsigned char *allocatePixels(std::size_t bytes) {
     return static_cast<unsigned char *>(zlfMalloc(std::max<std::size_t>(bytes, 1)));

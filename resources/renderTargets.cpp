@@ -11,9 +11,12 @@
 namespace {
 
 enum Size { scene, shadowMap, luminance };
-enum Format : unsigned int { bytes = 4, depth = 5, halfFloats = 6 };
+enum Format : unsigned int {
+    bytes = RV_TEXTURE_RGBA,
+    depth = RV_TEXTURE_DEPTH,
+    halfFloats = RV_TEXTURE_HALF_FLOAT
+};
 enum Filter { plain, mipmapped };
-enum Attachment { colorTexture = 0, depthTexture = 1, depthBuffer = 2 };
 
 struct Row {
     int index;
@@ -68,9 +71,9 @@ void furnish(RVFBO &target, const Row &row) {
     texture->setFilter(true, row.filter == mipmapped, true);
     texture->create(static_cast<unsigned int>(pixels.width),
                     static_cast<unsigned int>(pixels.height), row.format);
-    target.bindTexture(row.format == depth ? depthTexture : colorTexture, texture);
+    target.bindTexture(row.format == depth ? RV_FBO_DEPTH : RV_FBO_COLOR, texture);
     if (row.hasDepthBuffer)
-        target.bindRenderBuffer(depthBuffer, pixels.width, pixels.height);
+        target.bindRenderBuffer(RV_FBO_DEPTH_BUFFER, pixels.width, pixels.height);
     target.isOk();
     RVFBO::unbind();
 }

@@ -5,13 +5,20 @@
 class RVSHADER;
 class RVTEXTURE;
 
+// Additional: names for the attachments of bindTexture and bindRenderBuffer.
+constexpr int RV_FBO_COLOR = 0;        // a texture as colour
+constexpr int RV_FBO_DEPTH = 1;        // a texture as depth, of a target without colour
+constexpr int RV_FBO_DEPTH_BUFFER = 2; // a depth buffer of the target's own
+
 // A render target: a frame buffer object of OpenGL with one colour or depth texture, an optional
 // depth render buffer, and the size they share; also the two operations on whole images that the
 // effects are made of. The fourteen targets of the engine are handed out by RVOPENGL::getFbo;
 // applications can make others. All targets stand in a registry, which owns them: make them with
 // `new`; RAVOLT::free or cleanUp deletes those that the application has not deleted. The texture
-// stays with the registry of textures; a target whose texture is deleted has none. Needs the
-// engine's context; without RVOPENGL::useFBO() every target is an empty shell.
+// stays with the registry of textures, and the target is no user of it: call its incReferences, or
+// the collector deletes it (the engine does so for its own targets). A target whose texture is
+// deleted has none. Needs the engine's context; without RVOPENGL::useFBO() every target is an empty
+// shell.
 class RV_API RVFBO {
   public:
     // Registers the target under a fresh identifier and the name "[fbo ID]"; nothing is attached.
@@ -22,16 +29,16 @@ class RV_API RVFBO {
     RVFBO(const RVFBO &) = delete;
     RVFBO &operator=(const RVFBO &) = delete;
 
-    // Attaches a texture that is in video memory: 0 as colour, 1 as depth of a target without
-    // colour. The target takes its size and is current afterwards; the viewport follows with the
-    // next change of target. False without frame buffer objects; false, with a line in the log, for
-    // NULL and for any other attachment.
+    // Attaches a texture that is in video memory: RV_FBO_COLOR, or RV_FBO_DEPTH for a target
+    // without colour. The target takes its size and is current afterwards; the viewport follows
+    // with the next change of target. False without frame buffer objects; false, with a line in the
+    // log, for NULL and for any other attachment.
     bool bindTexture(int attachment, RVTEXTURE *texture);
 
     // Attaches a depth buffer of its own, of 24 bits and the given size in pixels, in place of a
-    // former one: attachment 2. The target takes the size and is current afterwards. False without
-    // frame buffer objects; false, with a line in the log, for any other attachment, where the
-    // former buffer is gone all the same.
+    // former one: RV_FBO_DEPTH_BUFFER. The target takes the size and is current afterwards. False
+    // without frame buffer objects; false, with a line in the log, for any other attachment, where
+    // the former buffer is gone all the same.
     bool bindRenderBuffer(int attachment, int sizeX, int sizeY);
 
     // Whether OpenGL can draw into it; when not, the log has OpenGL's status. The target is current

@@ -42,9 +42,9 @@ class RV_API RVMATERIAL {
     RVTEXTURE *getTexture(unsigned int slot) const;
 
     // Copies colours, transparency, shininess, textures and shader, and takes the other's name with
-    // the own identifier behind it. The textures' references are not raised, and setTexture
-    // lowers that of a texture it replaces all the same: see that something else holds them, or the
-    // collector may delete them. NULL changes nothing.
+    // the own identifier behind it. The textures' references are not raised, and setTexture lowers
+    // that of a texture it replaces all the same: see that something else counts as their user, or
+    // the collector may delete them, which empties the slots. NULL changes nothing.
     void clone(const RVMATERIAL *source);
 
     // NULL, or 256 characters and more, changes nothing.

@@ -29,7 +29,8 @@ class RV_API RVSHADER {
 
     // Compiles the stages from files behind the path of setPath (NULL for a stage without file),
     // unless they are compiled already by the two calls below; links them, which can fail unseen,
-    // and finds the parameters. The program is in use afterwards. False, with a line in the log,
+    // and finds the parameters. Each sampler textureSampler0 to textureSampler15 points at the unit
+    // of its number from then on. The program is in use afterwards. False, with a line in the log,
     // for a stage that cannot be read or compiled; the program is left as it was then.
     bool load(const char *vertexFile, const char *pixelFile, bool alreadyCompiled);
 
@@ -71,8 +72,9 @@ class RV_API RVSHADER {
 
     // Builds the programs below and finds out what they are good for; free leaves the programs to
     // cleanUp and the flags as they are. For RAVOLT::init and RAVOLT::free. A machine without
-    // shaders is no failure; init is false, with a line in the log, when it has run already, and
-    // free when init has not run.
+    // shaders is no failure. While the shader system is active a second init is refused, false with
+    // a line in the log, but the pointers below then name new programs, all inoperative. free is
+    // false when the system is not active.
     static bool init();
     static bool free();
     // Whether init has found shaders wanted and supported.
@@ -147,7 +149,7 @@ class RV_API RVSHADER {
     static RVSHADER *pplSpotSA;
     static RVSHADER *pplSpotTS;
     static RVSHADER *pplSpotTSA;
-    // The colour as it is, and the depth as alpha.
+    // The colour as it is; ZPass writes the depth as alpha. A is skinned.
     static RVSHADER *passthrough;
     static RVSHADER *passthroughA;
     static RVSHADER *passthroughZPass;
@@ -159,12 +161,14 @@ class RV_API RVSHADER {
     static RVSHADER *bloomForceAlpha;
     static RVSHADER *bloomV;
     static RVSHADER *bloomH;
-    // For the application.
+    // A blur for the application; the engine does not use it.
     static RVSHADER *gaussian;
+    // Particles: billboards built in the vertex stage.
     static RVSHADER *emitter;
     // Depth of field.
     static RVSHADER *dofCombine;
     static RVSHADER *dof;
+    // Sky, water (S with the shadow map), terrain.
     static RVSHADER *skydome;
     static RVSHADER *water;
     static RVSHADER *waterS;

@@ -7,6 +7,12 @@ class RAVOLT;
 class RVFBO;
 class RVVIDEO;
 
+// Additional: names for the formats that `create` takes as depth.
+constexpr unsigned int RV_TEXTURE_RGB = 3;        // three bytes a pixel
+constexpr unsigned int RV_TEXTURE_RGBA = 4;       // four bytes a pixel
+constexpr unsigned int RV_TEXTURE_DEPTH = 5;      // a shadow map
+constexpr unsigned int RV_TEXTURE_HALF_FLOAT = 6; // a floating-point render target
+
 // A two-dimensional OpenGL texture with its pixel copy in main memory. Pixels come from a TGA file
 // (load), or the texture starts empty (create); the first render uploads them. Every upload is
 // counted against RAVOLT's video memory, and an upload that finds too little free starts the
@@ -25,9 +31,10 @@ class RV_API RVTEXTURE {
     RVTEXTURE &operator=(const RVTEXTURE &) = delete;
 
     // Makes an empty texture, named "[dynamic]", and uploads it. Sizes in pixels, at most 4096;
-    // `depth` is 3 (RGB), 4 (RGBA), 5 (shadow map) or 6 (floating-point render target), and only 3
-    // and 4 have a pixel copy, which starts black. It counts for nothing in the video memory. Set
-    // the filter before. False, with a line in the log, for bad parameters or no memory.
+    // `depth` is RV_TEXTURE_RGB, RV_TEXTURE_RGBA, RV_TEXTURE_DEPTH or RV_TEXTURE_HALF_FLOAT; only
+    // the first two have a pixel copy, which starts black. It counts for nothing in the video
+    // memory. Set the filter before. False, with a line in the log, for bad parameters or no
+    // memory.
     bool create(unsigned int sizeX, unsigned int sizeY, unsigned int depth);
 
     // Reads a TGA file of 24 or 32 bits, plain or run-length, from 1 to 4096 pixels each way, into
@@ -74,7 +81,9 @@ class RV_API RVTEXTURE {
     // The collector: unloads textures, the most recently rendered first, while `keep` bytes of
     // video memory or more are used; then deletes every texture without references, except one that
     // is being uploaded. The image of a render target is not unloaded where it counts for nothing.
-    // False when there are no textures, or no memory to sort them.
+    // The textures of the engine's own targets have a reference; that of an application's target
+    // needs one (incReferences), since a target counts as no user of its texture. False when there
+    // are no textures, or no memory to sort them.
     static bool garbageCollect(unsigned long keep);
 
     // Deletes all textures; every pointer to one is invalid then, but slots of materials are empty.
