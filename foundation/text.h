@@ -3,6 +3,7 @@
 // Bounded text: every name and path in the engine is an array of 256 bytes, and every copy or
 // formatting into one goes through here. What is too long is cut, and the result is terminated.
 
+#include <climits>
 #include <cstdarg>
 #include <cstddef>
 
@@ -26,6 +27,20 @@ void applyFormat(char *target, const char *stored);
 template <std::size_t N> void copyText(char (&target)[N], const char *source) {
     copyText(target, N, source);
 }
+
+// The name of a file behind the path of its folder. What is too long for the system is cut, and
+// stays too long for it: no other file passes for the one that is meant.
+class FilePath {
+  public:
+    FilePath(const char *folder, const char *name) {
+        formatText(text, PATH_MAX + 1, "%s%s", folder, name);
+    }
+
+    const char *get() const { return text; }
+
+  private:
+    char text[PATH_MAX + 1]; // the system counts the end of the text, and takes PATH_MAX at most
+};
 
 template <std::size_t N, class... Arguments>
 void formatText(char (&target)[N], const char *format, Arguments... arguments) {

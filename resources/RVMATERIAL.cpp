@@ -12,7 +12,6 @@
 
 #include <cstring>
 #include <iterator>
-#include <string>
 
 // Materials: the registry, and what a surface is to OpenGL. Only here may glMaterial be called; the
 // debug shapes, which have no material, do it too.
@@ -157,8 +156,9 @@ RVTEXTURE *RVMATERIAL::getTexture(unsigned int slot) const {
 void RVMATERIAL::clone(const RVMATERIAL *source) {
     if (!source)
         return;
-    const std::string base = source->name; // the source may be this material
-    ravolt::formatText(name, "%s%d", base.c_str(), id);
+    char base[sizeof name]; // the source may be this material
+    ravolt::copyText(base, source->name);
+    ravolt::formatText(name, "%s%d", base, id);
     ambient = source->ambient;
     diffuse = source->diffuse;
     specular = source->specular;

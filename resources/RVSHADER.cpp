@@ -9,7 +9,6 @@
 #include "resources/extensionCall.h"
 
 #include <cstring>
-#include <string>
 
 // Programs: the registry, their making, and the one in use. Only here and in shaderParameters.cpp,
 // where their values are, may OpenGL's functions for programs be called; what the engine's own
@@ -175,14 +174,14 @@ bool RVSHADER::readAndCompile(const Stage &stage, const char *stageName, const c
     if (source)
         return compile(stage, stageName, source);
 
-    const std::string path = std::string(shaderPath) + stageName;
-    if (!zlfFileExists(path.c_str())) {
-        zlfLog(stage.notFound, path.c_str());
+    const ravolt::FilePath path(shaderPath, stageName);
+    if (!zlfFileExists(path.get())) {
+        zlfLog(stage.notFound, path.get());
         return false;
     }
     ravolt::FileBytes file;
-    if (file.read(path.c_str()) != ravolt::FileBytes::Result::ok) {
-        zlfLog(stage.notRead, path.c_str());
+    if (file.read(path.get()) != ravolt::FileBytes::Result::ok) {
+        zlfLog(stage.notRead, path.get());
         return false;
     }
     // An empty file has no text at all, and OpenGL is told so.

@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string>
 
 // Textures: the registry, the file reader and the state of the units. The upload is in
 // textureUpload.cpp, what concerns the budget in textureMemory.cpp; only these three may call
@@ -156,10 +155,10 @@ bool RVTEXTURE::load(const char *name) {
     if (std::strcmp(name, dynamicName) == 0)
         return true;
 
-    const std::string path = std::string(texturePath) + name;
+    const ravolt::FilePath path(texturePath, name);
     FileBytes file;
     ravolt::TgaImage image;
-    if (!readImage(path.c_str(), file, image))
+    if (!readImage(path.get(), file, image))
         return false;
 
     depth = image.depth;
@@ -167,7 +166,7 @@ bool RVTEXTURE::load(const char *name) {
         releasePixels();
         usedMemory -= memorySize;
     }
-    bitmap = makePixels(path.c_str(), image);
+    bitmap = makePixels(path.get(), image);
     if (!bitmap)
         return false;
     sizeX = image.width;

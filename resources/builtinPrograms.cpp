@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 
 RVSHADER *RVSHADER::pplDirect = nullptr;
 RVSHADER *RVSHADER::pplOmni = nullptr;
@@ -130,7 +131,7 @@ struct BuiltinPrograms {
         const char *unsupported;
     };
 
-    static void construct();
+    static bool construct(); // false when memory runs out; those made so far stay
     static void clearFlags();
     static void compile();
     static void probe();
@@ -214,12 +215,16 @@ const BuiltinPrograms::Feature BuiltinPrograms::features[] = {
      .unsupported = "      Terrain not supported\n"},
 };
 
-void BuiltinPrograms::construct() {
+bool BuiltinPrograms::construct() {
     for (const Program &each : programs) {
         if (!RVSHADER::active)
             delete *each.program; // left over from a start that failed further on
-        *each.program = new RVSHADER;
+        RVSHADER *const made = new (std::nothrow) RVSHADER;
+        if (!made)
+            return false;
+        *each.program = made;
     }
+    return true;
 }
 
 void BuiltinPrograms::clearFlags() {
@@ -261,7 +266,10 @@ void BuiltinPrograms::probe() {
 
 bool RVSHADER::init() {
     using ravolt::BuiltinPrograms;
-    BuiltinPrograms::construct();
+    if (!BuiltinPrograms::construct()) {
+        zlfLog("   [!] Out of memory @ RVSHADER::init\n");
+        return false;
+    }
     if (!active)
         BuiltinPrograms::clearFlags(); // a former run's
     if (!RVSETTINGS::getSDLShaders())

@@ -8,6 +8,11 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVTEXTURE.h"
 
+#include <algorithm>
+#include <iterator>
+#include <new>
+#include <utility>
+
 namespace {
 
 enum Size { scene, shadowMap, luminance };
@@ -64,9 +69,11 @@ Pixels sizeOf(const Row &row) {
 }
 
 // The reference keeps the texture from the collector.
-void furnish(RVFBO &target, const Row &row) {
+bool attachTexture(RVFBO &target, const Row &row) {
     const Pixels pixels = sizeOf(row);
-    RVTEXTURE *texture = new RVTEXTURE;
+    RVTEXTURE *texture = new (std::nothrow) RVTEXTURE;
+    if (!texture)
+        return false;
     texture->incReferences();
     texture->setFilter(true, row.filter == mipmapped, true);
     texture->create(static_cast<unsigned int>(pixels.width),
@@ -76,13 +83,27 @@ void furnish(RVFBO &target, const Row &row) {
         target.bindRenderBuffer(RV_FBO_DEPTH_BUFFER, pixels.width, pixels.height);
     target.isOk();
     RVFBO::unbind();
+    return true;
+}
+
+void deleteTargets(RVFBO *(&pool)[ravolt::renderTargets]) {
+    for (RVFBO *&target : pool) {
+        RVTEXTURE *const texture = target ? target->getTexture() : nullptr;
+        delete std::exchange(target, nullptr);
+        delete texture;
+    }
 }
 
 } // namespace
 
-void ravolt::makeRenderTargets(RVFBO *(&pool)[renderTargets]) {
+bool ravolt::makeRenderTargets(RVFBO *(&pool)[renderTargets]) {
     for (RVFBO *&target : pool)
-        target = new RVFBO;
-    for (const Row &row : rows)
-        furnish(*pool[row.index], row);
+        target = new (std::nothrow) RVFBO;
+    const bool made = std::find(std::begin(pool), std::end(pool), nullptr) == std::end(pool) &&
+                      std::all_of(std::begin(rows), std::end(rows), [&pool](const Row &row) {
+                          return attachTexture(*pool[row.index], row);
+                      });
+    if (!made)
+        deleteTargets(pool);
+    return made;
 }

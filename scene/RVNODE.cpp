@@ -1,5 +1,5 @@
 // Invariants: a node is in the registry from its constructor to its destructor, unless it is a
-// copy. `children` has exactly `numberOfChildren` entries and is NULL for none; an entry is NULL
+// copy. `children` has `numberOfChildren` entries in use and is NULL for none; an entry is NULL
 // only between reserveChildren and place. A child's parent has it in its array, as long as nobody
 // deletes a linked node.
 
@@ -33,6 +33,8 @@ constexpr const char *defaultName[] = {
 unsigned int rowOf(RV_NODE_TYPE type) {
     return std::min<unsigned int>(static_cast<unsigned int>(type), RV_NODE_TYPE_CUSTOM);
 }
+
+using Places = std::unique_ptr<RVNODE *[]>;
 
 constexpr unsigned int deepestAncestry = 64;
 
@@ -216,6 +218,19 @@ RVNODE *RVNODE::getChild(unsigned int index) const {
 }
 
 bool RVNODE::link(RVNODE *newParent) {
+    if (!mayLink(newParent))
+        return false;
+    // The array grows by exactly one: no other length than the number of children is kept.
+    RVNODE **const grown = new (std::nothrow) RVNODE *[newParent->numberOfChildren + 1];
+    if (!grown) {
+        zlfLog("   [!] Out of memory @ RVNODE::link\n");
+        return false;
+    }
+    attach(*newParent, grown);
+    return true;
+}
+
+bool RVNODE::mayLink(const RVNODE *newParent) {
     const bool borrows = newParent && newParent->children && !newParent->isRegistered();
     if (!newParent || newParent == this || borrows) {
         zlfLog("   [!] Invalid param @ RVNODE::link\n");
@@ -225,14 +240,16 @@ bool RVNODE::link(RVNODE *newParent) {
         zlfLog("   [!] Node %s has already a parent @ RVNODE::link\n", name);
         return false;
     }
-    // The array grows by exactly one: its length is the number of children, nothing else is kept.
-    RVNODE **grown = new RVNODE *[newParent->numberOfChildren + 1];
-    std::copy_n(newParent->children, newParent->numberOfChildren, grown);
-    grown[newParent->numberOfChildren++] = this;
-    delete[] newParent->children;
-    newParent->children = grown;
-    parent = newParent;
     return true;
+}
+
+// `grown` has room for the children of the new parent and this one.
+void RVNODE::attach(RVNODE &newParent, RVNODE **grown) {
+    std::copy_n(newParent.children, newParent.numberOfChildren, grown);
+    grown[newParent.numberOfChildren++] = this;
+    delete[] newParent.children;
+    newParent.children = grown;
+    parent = &newParent;
 }
 
 bool RVNODE::unlink() {
@@ -242,7 +259,6 @@ bool RVNODE::unlink() {
     }
     RVNODE **const begin = parent->children;
     RVNODE **const end = begin + parent->numberOfChildren;
-    RVNODE **shrunk = nullptr;
     // On purpose: an only child is not compared with this node.
     if (parent->numberOfChildren != 1) {
         RVNODE **const own = std::find(begin, end, this);
@@ -250,29 +266,39 @@ bool RVNODE::unlink() {
             zlfLog("   [!] Consistency problem with %s @ RVNODE::unlink\n", name);
             return false;
         }
-        shrunk = new RVNODE *[parent->numberOfChildren - 1];
-        std::copy(own + 1, end, std::copy(begin, own, shrunk));
+        std::copy(own + 1, end, own);
+    } else {
+        delete[] begin;
+        parent->children = nullptr;
     }
-    delete[] begin;
-    parent->children = shrunk;
     --parent->numberOfChildren;
     parent = nullptr;
     return true;
 }
 
+// A child leaves its old place once there is room for it in the new one: without memory all nodes
+// stay in the tree.
 bool RVNODE::remove() {
     if (!parent) {
         zlfLog("   [!] Node %s already unlinked @ RVNODE::remove\n", name);
         return false;
     }
     const unsigned int number = numberOfChildren;
-    const std::unique_ptr<RVNODE *[]> orphans(new RVNODE *[number]);
-    std::copy_n(children, number, orphans.get());
+    const Places orphans(new (std::nothrow) RVNODE *[number]);
+    if (orphans)
+        std::copy_n(children, number, orphans.get());
     for (unsigned int index = 0; index < number; ++index) {
-        if (RVNODE *orphan = orphans[index]) {
-            orphan->unlink();
-            orphan->link(parent);
+        Places grown(orphans ? new (std::nothrow) RVNODE *[parent->numberOfChildren + 1] : nullptr);
+        if (!grown) {
+            zlfLog("   [!] Out of memory @ RVNODE::remove\n");
+            return false;
         }
+        RVNODE *const orphan = orphans[index];
+        if (!orphan)
+            continue;
+        orphan->unlink();
+        if (orphan->mayLink(parent))
+            orphan->attach(*parent, grown.release());
     }
     return unlink();
 }

@@ -268,6 +268,10 @@ bool RVOPENGL::init() {
     const char *extensions = driverText(GL_EXTENSIONS);
     logDriver(extensions);
     ravolt::GlStart::climbLadder(extensions);
+    if (useFBO() && !fbo[0]) {
+        zlfLog("   [!] Out of memory @ RVOPENGL::init\n");
+        return false;
+    }
     ravolt::GlStart::repeatSwitches();
     reset();
     zlfLog("   OpenGL initialized\n");

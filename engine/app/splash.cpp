@@ -5,6 +5,7 @@
 
 #include "engine/app/windowSystem.h"
 #include "ravolt/RAVOLT.h"
+#include "ravolt/zlf.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -21,8 +22,7 @@ void setPixelCoordinates(int windowX, int windowY) {
 }
 
 // Makes the picture the bound texture and returns its name.
-GLuint uploadPicture() {
-    const std::vector<unsigned char> picture = ravolt::splashPicture();
+GLuint uploadPicture(const unsigned char *picture) {
     GLuint texture = 0;
     glGenTextures(1, &texture);
     glBindTexture(GL_TEXTURE_2D, texture);
@@ -30,7 +30,7 @@ GLuint uploadPicture() {
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     glTexImage2D(GL_TEXTURE_2D, 0, 3, ravolt::splashSize, ravolt::splashSize, 0, GL_BGR_EXT,
-                 GL_UNSIGNED_BYTE, picture.data());
+                 GL_UNSIGNED_BYTE, picture);
     return texture;
 }
 
@@ -59,12 +59,17 @@ void drawSplash(int windowX, int windowY, bool CAVE, const SystemWindow &window)
     glClear(GL_COLOR_BUFFER_BIT);
     setPixelCoordinates(windowX, windowY);
 
+    const std::unique_ptr<unsigned char[]> picture = splashPicture();
+    if (!picture)
+        zlfLog("   [!] Out of memory for the splash picture @ RVSETTINGS::init\n");
+
     glEnable(GL_TEXTURE_2D);
-    const GLuint texture = uploadPicture();
+    const GLuint texture = uploadPicture(picture.get());
     glColor4f(1, 1, 1, 1);
     if (CAVE)
         window.keepOnTop();
-    drawPicture(CAVE ? windowX / 2 : windowX, windowY);
+    if (picture)
+        drawPicture(CAVE ? windowX / 2 : windowX, windowY);
     glDisable(GL_TEXTURE_2D);
 
     RAVOLT::swap();

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
+#include <new>
 
 namespace {
 
@@ -47,21 +49,26 @@ float toStroke(Point p, const Stroke &stroke) {
     return std::sqrt(dot(away, away));
 }
 
-// Strokes along an arc of a circle; degrees clockwise from the right.
-void addArc(std::vector<Stroke> &strokes, Point middle, float size, float from, float to) {
-    constexpr int parts = 24;
+constexpr int arcParts = 24;
+
+// Strokes along an arc of a circle; degrees clockwise from the right. Returns what is behind them.
+Stroke *drawArc(Stroke *stroke, Point middle, float size, float from, float to) {
     const auto at = [&](int part) {
-        const float angle = (from + (to - from) * static_cast<float>(part) / parts) * 0.01745329f;
+        const float angle =
+            (from + (to - from) * static_cast<float>(part) / arcParts) * 0.01745329f;
         return Point{middle.x + size * std::cos(angle), middle.y + size * std::sin(angle)};
     };
-    for (int part = 0; part < parts; ++part)
-        strokes.push_back({at(part), at(part + 1)});
+    for (int part = 0; part < arcParts; ++part)
+        *stroke++ = {at(part), at(part + 1)};
+    return stroke;
 }
 
 // The name, 30 pixels high between the lines 202 and 232.
-std::vector<Stroke> lettering() {
+using Lettering = std::array<Stroke, 13 + 2 * arcParts>;
+
+Lettering lettering() {
     constexpr float top = 202.0f, bottom = 232.0f, waist = 218.0f;
-    std::vector<Stroke> strokes = {
+    constexpr Stroke straight[] = {
         {{22, bottom}, {22, top}},   {{22, top}, {32, top}},         // R
         {{22, waist}, {32, waist}},  {{31, waist}, {41, bottom}},    //
         {{54, bottom}, {66, top}},   {{66, top}, {78, bottom}},      // A
@@ -70,8 +77,11 @@ std::vector<Stroke> lettering() {
         {{175, top}, {175, bottom}}, {{175, bottom}, {192, bottom}}, // L
         {{204, top}, {230, top}},    {{217, top}, {217, bottom}},    // T
     };
-    addArc(strokes, {32, (top + waist) / 2}, (waist - top) / 2, -90, 90);
-    addArc(strokes, {143, (top + bottom) / 2}, (bottom - top) / 2, 0, 360); // O
+    static_assert(std::size(straight) + 2 * arcParts == std::tuple_size_v<Lettering>);
+    Lettering strokes;
+    Stroke *arcs = std::copy(std::begin(straight), std::end(straight), strokes.data());
+    arcs = drawArc(arcs, {32, (top + waist) / 2}, (waist - top) / 2, -90, 90);
+    drawArc(arcs, {143, (top + bottom) / 2}, (bottom - top) / 2, 0, 360); // O
     return strokes;
 }
 
@@ -122,11 +132,14 @@ Color emblem(Point p) {
 
 namespace ravolt {
 
-std::vector<unsigned char> splashPicture() {
+std::unique_ptr<unsigned char[]> splashPicture() {
     constexpr float halfStroke = 2.6f, nameStarts = 195.0f;
-    const std::vector<Stroke> name = lettering();
-    std::vector<unsigned char> picture;
-    picture.reserve(splashSize * splashSize * 3);
+    constexpr std::size_t bytes = splashSize * splashSize * 3;
+    std::unique_ptr<unsigned char[]> picture(new (std::nothrow) unsigned char[bytes]);
+    if (!picture)
+        return nullptr;
+    const Lettering name = lettering();
+    unsigned char *written = picture.get();
     for (int row = splashSize - 1; row >= 0; --row) {
         for (int column = 0; column < splashSize; ++column) {
             const Point p = {static_cast<float>(column) + 0.5f, static_cast<float>(row) + 0.5f};
@@ -138,7 +151,7 @@ std::vector<unsigned char> splashPicture() {
                 color = mix(color, night, cover(distance - halfStroke));
             }
             for (const float part : {color.blue, color.green, color.red})
-                picture.push_back(static_cast<unsigned char>(part * 255.0f + 0.5f));
+                *written++ = static_cast<unsigned char>(part * 255.0f + 0.5f);
         }
     }
     return picture;

@@ -170,15 +170,16 @@ class RV_API RVNODE {
     RVNODE *getChild(unsigned int index) const;
 
     // Becomes the last child of the node given. False with a log line for NULL, for the node
-    // itself, for a copy with children (they stand in its original's array), and when there is a
-    // parent already. Cycles are not looked for, and walks never end in one.
+    // itself, for a copy with children (they stand in its original's array), when there is a parent
+    // already, and without memory. Cycles are not looked for, and walks never end in one.
     bool link(RVNODE *newParent);
 
     // Leaves the parent and keeps its own children. False with a log line without a parent.
     bool unlink();
 
     // Leaves the tree alone: its children become the last ones of its parent. Nothing is deleted.
-    // False with a log line for a root.
+    // False with a log line for a root, and without memory; the node and those of its children that
+    // have not moved yet then stay where they are.
     bool remove();
 
     // Depth first, this node included; NULL for none.
@@ -247,6 +248,8 @@ class RV_API RVNODE {
     }
 
     static void dissolveTrees();
+    bool mayLink(const RVNODE *newParent);
+    void attach(RVNODE &newParent, RVNODE **grown);
     template <class Test> RVNODE *findInHierarchy(const Test &matches);
 
     unsigned int id;
@@ -273,7 +276,7 @@ class RV_API RVNODE {
     RVNODE *next;
     unsigned int numberOfChildren;
     RVNODE *parent;
-    RVNODE **children; // exactly numberOfChildren entries, owned; NULL without children
+    RVNODE **children; // numberOfChildren entries in use, owned; NULL without children
     Registration registration;
 
     static RVNODE *lastNode;

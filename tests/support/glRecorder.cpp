@@ -117,6 +117,7 @@ template <class Of, class Result, class Real, class... Arguments>
 Result through(Real real, Arguments... arguments) {
     if (Inside::isTrue())
         return real()(arguments...);
+    const Inside ownWork; // its memory is none of the library's
     State &state = recorderState();
     Call *call = state.recording ? state.record(writeCall(Of::name, arguments...)) : nullptr;
     if (state.refuses(Of::name))

@@ -15,6 +15,7 @@ struct Heap {
     std::size_t failFrom = 0; // 0: no failures
     Refusal refusal;
     std::atomic<unsigned long> allocations{0};
+    unsigned int refusedBlocks = 0; // calls of malloc alone
 
     bool refuses(std::size_t bytes) {
         allocations.fetch_add(1, std::memory_order_relaxed);

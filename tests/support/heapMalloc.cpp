@@ -7,6 +7,9 @@ extern "C" {
 void *__real_malloc(std::size_t bytes);
 
 void *__wrap_malloc(std::size_t bytes) {
-    return ravolt::test::heap.refuses(bytes) ? nullptr : __real_malloc(bytes);
+    if (!ravolt::test::heap.refuses(bytes))
+        return __real_malloc(bytes);
+    ++ravolt::test::heap.refusedBlocks;
+    return nullptr;
 }
 }

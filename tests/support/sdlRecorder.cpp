@@ -220,11 +220,11 @@ void *SDL_GL_GetProcAddress(const char *name) {
     if (Inside::isTrue())
         return real(name);
     State &state = entered("SDL_GL_GetProcAddress", name);
+    Inside inside;
     if (state.nullEntryPoints.count(name))
         return nullptr;
     if (state.silent)
         return trampolineOf(name, nullptr);
-    Inside inside;
     void *found = real(name);
     return found ? trampolineOf(name, found) : nullptr;
 }

@@ -1,0 +1,228 @@
+// A whole life of the engine in which one allocation of the library fails, each in turn: no
+// exception gets out, the end and another start work, nothing is left behind.
+
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVANIM.h"
+#include "ravolt/RVCAMERA.h"
+#include "ravolt/RVFBO.h"
+#include "ravolt/RVHELPER.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/RVVIDEO.h"
+#include "ravolt/zlf.h"
+#include "tests/engine/forgetEffects.h"
+#include "tests/models/modelScenes.h"
+#include "tests/support/engineFixture.h"
+#include "tests/support/files.h"
+#include "tests/support/heap.h"
+#include "tools/writers/tgaWriter.h"
+
+#include <new>
+#include <set>
+#include <string>
+
+namespace ravolt::test {
+
+namespace {
+
+// The memory of the object itself is the application's and always there; what its constructor
+// allocates is the library's.
+template <class T> T *make() {
+    void *memory;
+    {
+        const Inside application;
+        memory = ::operator new(sizeof(T));
+    }
+    return new (memory) T;
+}
+
+RveScene sceneOfEverything() {
+    RveNode skinned = squareMesh("skinned", "stone");
+    skinned.mesh.skin.weightsPerVertex = 4;
+    skinned.mesh.skin.boneIndices.assign(16, 0);
+    skinned.mesh.skin.boneWeights.assign(16, 0.25f);
+    skinned.mesh.skin.bones = {"bone"};
+    RveNode light = nodeNamed("lamp");
+    light.kind = RveKind::light;
+    light.light.type = RveLightType::spot;
+    RveScene scene{{materialNamed("stone"), materialNamed("glass", 0.5f)},
+                   rootOver({nodeNamed("group", {skinned, light}), emptyMesh("bone"),
+                             squareMesh("pane", "glass")})};
+    scene.materials[0].texture = "wall_d.tga";
+    scene.materials[1].shader = "own";
+    return scene;
+}
+
+class WithoutMemory : public SilentTest {
+  protected:
+    void SetUp() override {
+        SilentTest::SetUp();
+        const unsigned char pixels[4 * 3] = {};
+        TgaPicture picture;
+        picture.width = picture.height = 2;
+        picture.pixels = pixels;
+        ASSERT_TRUE(writeTga("wall_d.tga", picture));
+        ASSERT_TRUE(writeTga("wall_n.tga", picture));
+        writeFile("life.rve", bytesOf(sceneOfEverything()));
+        writeFile("ownVS.glsl", Bytes{' '});
+        writeFile("ownPS.glsl", Bytes{' '});
+        settings.setShaders(true);
+        zlfSetConsoleEcho(false);
+        ASSERT_TRUE(endsInOrder()); // and so from here on
+    }
+    void TearDown() override {
+        recorder.allocationsWork();
+        RAVOLT::free();
+        forgetEffects();
+        zlfSetConsoleEcho(true);
+        SilentTest::TearDown();
+    }
+
+    void textures() {
+        auto *texture = make<RVTEXTURE>();
+        texture->incReferences();
+        texture->load("wall_d.tga");
+        texture->update();
+        texture->setFilter(true, true, true);
+        texture->unload(true);
+        texture->reload();
+        texture->unload(true);
+        texture->render(nullptr);
+        const char pixels[8 * 8 * 4] = {};
+        texture->create(8, 8, 4);
+        texture->unload(true);
+        texture->modify(pixels, true);
+        RVTEXTURE::garbageCollect(0);
+    }
+
+    void resources() {
+        textures();
+        auto *program = make<RVSHADER>();
+        program->load("ownVS.glsl", "ownPS.glsl", false);
+        auto *material = make<RVMATERIAL>();
+        auto *copy = make<RVMATERIAL>();
+        copy->clone(material);
+        auto *clip = make<RVANIM>();
+        clip->save("life.rva");
+        clip->load("life.rva");
+        auto *video = make<RVVIDEO>();
+        video->load("life.rve"); // no film, but a file
+        video->play();
+        video->update(2);
+    }
+
+    static void tree() {
+        auto *root = make<RVNODE>(), *middle = make<RVNODE>();
+        middle->link(root);
+        for (int child = 0; child < 3; ++child)
+            make<RVNODE>()->link(middle);
+        middle->remove();
+        middle->link(root);
+        middle->unlink();
+    }
+
+    static void frame(RVNODE *root) {
+        auto *camera = make<RVCAMERA>();
+        RAVOLT::shadowingOn();
+        RAVOLT::bloomingOn();
+        RAVOLT::HDROn();
+        RAVOLT::DOFOn();
+        for (int number = 0; number < 2; ++number) {
+            RAVOLT::clear(true, true, false);
+            RAVOLT::begin3D(camera);
+            if (root)
+                root->pass(true);
+            RAVOLT::end3D(true);
+            RAVOLT::select(1, 1);
+            RAVOLT::begin2D();
+            if (root)
+                root->pass();
+            RAVOLT::end2D();
+            RAVOLT::swap();
+        }
+    }
+
+    void life() {
+        if (!RAVOLT::init(&settings))
+            return;
+        RVNODE *const root = RAVOLT::load("life.rve");
+        resources();
+        tree();
+        frame(root);
+        RAVOLT::free();
+    }
+
+    // A life with these allocations refused. Whether any was.
+    bool lifeWithout(unsigned int after, unsigned int times) {
+        const LogMark mark = logMark();
+        const unsigned int blocks = heap.refusedBlocks;
+        recorder.failAllocation(1, after, times);
+        try {
+            life();
+        } catch (...) {
+            ADD_FAILURE() << "an exception got out";
+        }
+        const bool refused = heap.refusal.after == 0 && heap.refusal.times != times;
+        recorder.allocationsWork();
+        for (const std::string &line : problemsSince(mark))
+            problems.insert(line);
+        RAVOLT::free();
+        expectNothingLeft();
+        // A block that was refused counts as live for good.
+        EXPECT_EQ(finalMemoryRatio() - ratio, static_cast<int>(heap.refusedBlocks - blocks));
+        ratio += static_cast<int>(heap.refusedBlocks - blocks);
+        return refused;
+    }
+
+    static void expectNothingLeft() {
+        EXPECT_FALSE(RAVOLT::isActive());
+        EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
+        EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 0u);
+        EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
+        EXPECT_EQ(RVSHADER::getNumberOfShaders(), 0u);
+        EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
+        const unsigned int id = zlfNewId();
+        EXPECT_EQ(id, 1u);
+        releaseId(id);
+    }
+
+    bool endsInOrder() {
+        const bool started = RAVOLT::init(&settings);
+        const bool ended = RAVOLT::free();
+        ratio = finalMemoryRatio();
+        return started && ended;
+    }
+
+    RVSETTINGS settings = smallSettings();
+    int ratio = 0;
+    std::set<std::string> problems;
+};
+
+TEST_F(WithoutMemory, EachAllocationMayFailByItself) {
+    unsigned int after = 0;
+    for (; lifeWithout(after, 1) && !HasFailure(); ++after)
+        ASSERT_TRUE(endsInOrder()) << "after allocation " << after;
+    EXPECT_GT(after, 80u) << "the life has gone through more than the start";
+    EXPECT_FALSE(HasFailure()) << "at allocation " << after;
+    for (const char *line :
+         {"   [!] Out of memory for the splash picture @ RVSETTINGS::init",
+          "   [!] Out of memory @ RVOPENGL::init", "   [!] Out of memory @ RVSHADER::init",
+          "   [!] Out of memory @ RVNODE::link", "   [!] Out of memory @ RVNODE::remove"})
+        EXPECT_EQ(problems.count(line), 1u) << line;
+}
+
+TEST_F(WithoutMemory, AllAllocationsMayFailFromEachOn) {
+    constexpr unsigned int forever = 1'000'000; // counted down, so that it shows
+    unsigned int after = 0;
+    for (; lifeWithout(after, forever) && !HasFailure(); ++after)
+        ASSERT_TRUE(endsInOrder()) << "after allocation " << after;
+    EXPECT_FALSE(HasFailure()) << "at allocation " << after;
+}
+
+} // namespace
+
+} // namespace ravolt::test
