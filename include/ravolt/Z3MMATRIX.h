@@ -120,8 +120,12 @@ class RV_API Z3MMATRIX {
                            v.x * e[3] + v.y * e[7] + v.z * e[11] + v.w * e[15]);
     }
 
-    // On purpose: this pair has the sense of rotation opposite to that of setRotation.
-    // fromQuaternion overwrites all sixteen elements and returns a copy.
+    // Two conversions that belong together. On purpose: this pair has the sense of rotation
+    // opposite to that of setRotation, so toQuaterion of such a matrix is the conjugate of its
+    // rotation. fromQuaternion overwrites all sixteen elements and returns a copy.
+    // On purpose: where the sum of elements 0, 5 and 10 is not above -1, as for half a turn,
+    // toQuaterion gives the conjugate of what it gives otherwise if element 0 is the largest of the
+    // three, or element 10 is.
     Z3MMATRIX fromQuaternion(Z3MVECTOR4D q);
     Z3MVECTOR4D toQuaterion() const;
 

@@ -40,7 +40,9 @@ class RV_API Z3MVECTOR4D : public ravolt::VectorFamily<Z3MVECTOR4D, 4> {
     // (0, 0, 0, 1); returns a copy.
     Z3MVECTOR4D quaternionSetIdentity() { return set(0.0f, 0.0f, 0.0f, 1.0f); }
 
-    // The quaternion of the three angles, in radians, unlike those of Z3MMATRIX; returns a copy.
+    // The quaternion of three turns, by angles in radians, unlike those of Z3MMATRIX; returns a
+    // copy. On purpose: the first angle turns about y, the second about x, the third about z. It is
+    // the product of the three in this order, y times x times z, so that z turns first.
     Z3MVECTOR4D quaternionSetEulers(float angleX, float angleY, float angleZ);
     Z3MVECTOR4D quaternionSetEulers(const Z3MVECTOR3D &angles);
 

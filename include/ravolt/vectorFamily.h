@@ -142,6 +142,8 @@ template <class Vector, int N> class VectorFamily {
     }
 
     // The angle between the two in radians, 0 to pi; 0 where it has none, as with a zero vector.
+    // On purpose: also where rounding takes the cosine beyond 1 or -1, so that vectors of opposite
+    // directions may give 0 instead of pi.
     double angle(const Vector &other) const {
         const double lengths = static_cast<double>(length()) * other.length();
         const double result = std::acos((self() % other) / lengths);

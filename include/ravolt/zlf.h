@@ -11,7 +11,8 @@
 #include <cstddef>
 #include <cstdio>
 
-// One timer. Timers are named by their index, 0 to 7; -1 means none.
+// One timer, as the library keeps it: no function gives it out. Timers are named by their index, 0
+// to 7; -1 means none.
 struct zlfTIMER {
     float fps;           // rate / factor, at the last adjourn
     float factor;        // elapsed time in units of 1 / rate seconds, at the last adjourn
@@ -47,8 +48,9 @@ RV_API bool zlfCloseLog();
 // to this text when the call returns. False when no log is open.
 __attribute__((format(printf, 1, 2))) RV_API bool zlfLog(const char *format, ...);
 
-// Logs an error in three lines: the time, `from` with `detail` (which may be NULL or empty), and
-// the text, cut at 255 bytes. Always false, so that a caller can return its result.
+// Logs an error in three lines: the time, a title, and the text, cut at 255 bytes. The title is
+// `from` and " - Error", and behind it " (", `detail` and ")" unless `detail` is NULL or empty; it
+// is cut at 79 bytes. Always false, so that a caller can return its result.
 __attribute__((format(printf, 3, 4))) RV_API bool zlfLogError(const char *from, const char *detail,
                                                               const char *format, ...);
 
@@ -90,7 +92,9 @@ RV_API void releaseId(unsigned int id);
 // --- Key and value files
 
 // Reads the file into memory; false and a log line when it cannot be read or is empty. What is
-// opened must be closed.
+// opened must be closed; a parser that is opened while it is open loses the memory of the first
+// file. After a failure nothing is to be closed: after the line "is corrupted" `data` is not NULL,
+// but its memory is gone already.
 RV_API bool zlfOpenParser(zlfPARSER *parser, const char *filename);
 // Releases the memory. False and a log line for NULL and for a parser that is not open.
 RV_API bool zlfCloseParser(zlfPARSER *parser);
@@ -106,9 +110,11 @@ RV_API bool zlfRemoveComments(zlfPARSER *parser, char marker);
 RV_API bool zlfReadLine(zlfPARSER *parser, char *line);
 RV_API bool zlfReadToken(zlfPARSER *parser, char *line);
 
-// The value of the first line that contains `key` anywhere, blanks and tabs not counted. The
-// character behind the key is skipped, whatever it is. False, with `value` as it was, when no line
-// has the key. A missing number is 0. These do not move the position of the parser.
+// The value of the first line that contains `key` anywhere, blanks and tabs of the line not
+// counted: "window size" in a file is the key "windowsize", a key that holds a blank itself is
+// never found, and a number of "1 024" is 1024. The character behind the key is skipped, whatever
+// it is. False, with `value` as it was, when no line has the key. A missing number is 0. These do
+// not move the position of the parser.
 RV_API bool zlfGetInt(zlfPARSER *parser, const char *key, int *value);
 RV_API bool zlfGetFloat(zlfPARSER *parser, const char *key, float *value);
 
