@@ -59,7 +59,7 @@ class LineCursor {
 
 // What stands in `text` behind `key`, blanks and tabs not counted, when `text` starts with it;
 // a view of no data when not.
-std::string_view behindKey(std::string_view text, std::string_view key) {
+std::string_view textAfterKey(std::string_view text, std::string_view key) {
     for (const char wanted : key) {
         while (!text.empty() && isBlank(text.front()))
             text.remove_prefix(1);
@@ -75,7 +75,7 @@ std::string_view findKey(std::string_view line, std::string_view key) {
     if (key.empty())
         return line;
     for (std::size_t at = 0; (at = line.find(key.front(), at)) != line.npos; ++at)
-        if (const std::string_view rest = behindKey(line.substr(at), key); rest.data())
+        if (const std::string_view rest = textAfterKey(line.substr(at), key); rest.data())
             return rest;
     return {};
 }

@@ -38,19 +38,19 @@ void setPickingColor(unsigned int id) {
 
 // While one lives, a material that skinned meshes share chooses the programs for rigid ones: those
 // that bend would move a rigid mesh with the bones that they were told last.
-class RigidUse {
+class ScopedUnskinned {
   public:
-    RigidUse(RVMATERIAL &shared, bool rigid)
+    ScopedUnskinned(RVMATERIAL &shared, bool rigid)
         : material(shared), changed(rigid && shared.isSkinned()) {
         if (changed)
             setSkinning(false);
     }
-    ~RigidUse() {
+    ~ScopedUnskinned() {
         if (changed)
             setSkinning(true);
     }
-    RigidUse(const RigidUse &) = delete;
-    RigidUse &operator=(const RigidUse &) = delete;
+    ScopedUnskinned(const ScopedUnskinned &) = delete;
+    ScopedUnskinned &operator=(const ScopedUnskinned &) = delete;
 
   private:
     void setSkinning(bool skinned) const {
@@ -71,11 +71,11 @@ Z3MMATRIX RVMESH::boneMatrix[RV_BONES];
 Z3MVECTOR3D RVMESH::boneTrans[RV_BONES];
 Z3MVECTOR4D RVMESH::boneQuat[RV_BONES];
 
-RVMESH::RVMESH() { become(RV_NODE_TYPE_MESH); }
+RVMESH::RVMESH() { initType(RV_NODE_TYPE_MESH); }
 
 RVMESH::RVMESH(const RVMESH &other) : RVNODE(other), material(other.material) {
     *this = other;
-    keepClass(RV_NODE_TYPE_MESH);
+    setDynamicClass(RV_NODE_TYPE_MESH);
 }
 
 bool RVMESH::init() {
@@ -122,7 +122,7 @@ bool RVMESH::render(void *element) {
         shadeFlat(entry);
     if (isSkinned() && !animate(entry.getParam1()))
         return false;
-    leaveProgram(entry);
+    disableUnusableProgram(entry);
     drawSurfaces(entry, transparent);
     if (isSkinned())
         RVSHADER::unbindBones();
@@ -137,7 +137,7 @@ bool RVMESH::shade(RVELEMENT &entry) const {
     RVMATERIAL *const paint = material.get();
     if (!paint)
         return false;
-    const RigidUse use(*paint, !isSkinned());
+    const ScopedUnskinned use(*paint, !isSkinned());
     // On purpose: without lighting a transparent mesh is drawn as an opaque one, in one go.
     if (!RVLIGHT::getLighting()) {
         paint->render(nullptr);
@@ -180,8 +180,8 @@ void RVMESH::shadeFlat(const RVELEMENT &entry) const {
 
 // Without a light the fixed functions draw. On purpose: also in the passes that need none, and a
 // mesh that a program should bend stands in its bind pose then.
-void RVMESH::leaveProgram(const RVELEMENT &entry) const {
-    const bool stiff = isStiff();
+void RVMESH::disableUnusableProgram(const RVELEMENT &entry) const {
+    const bool stiff = cannotSkin();
     if (entry.getNearestLight(0) && !stiff)
         return;
     RVSHADER::unbindBones(); // while the program that they were bound for is known
@@ -278,10 +278,10 @@ void RVMESH::setShadowCaster(bool caster) { shadowCaster = caster; }
 bool RVMESH::isSkinned() const { return numberOfWeights != 0; }
 
 // The programs take four weights a vertex.
-bool RVMESH::isBentByProgram() const { return RVSHADER::useSkinning() && numberOfWeights == 4; }
+bool RVMESH::isSkinnedByProgram() const { return RVSHADER::useSkinning() && numberOfWeights == 4; }
 
 // Neither way to bend it is there.
-bool RVMESH::isStiff() const { return isSkinned() && !isBentByProgram() && !skinnedVertex; }
+bool RVMESH::cannotSkin() const { return isSkinned() && !isSkinnedByProgram() && !skinnedVertex; }
 
 float RVMESH::getRadius() const { return radius; }
 Z3MVECTOR3D RVMESH::getMinimum() const { return minimum; }

@@ -18,7 +18,7 @@
 #include <new>
 
 // The mesh body of a scene file becomes a mesh: its arrays are copied out of the file with one
-// memcpy each, then uploaded. What is allocated is entered in `holdings` at once, so that a mesh
+// memcpy each, then uploaded. What is allocated is entered in `owned` at once, so that a mesh
 // given up half-way releases it. Indices are taken as checked by the caller.
 
 using ravolt::MeshRecord;
@@ -74,10 +74,10 @@ unsigned int createBuffer(GLenum target, const void *data, std::size_t bytes) {
 } // namespace
 
 RVMESH::~RVMESH() {
-    for (unsigned int buffer : holdings.buffer)
+    for (unsigned int buffer : owned.buffer)
         if (buffer && RVOPENGL::glDeleteBuffersARB)
             RVOPENGL::glDeleteBuffersARB(1, &buffer);
-    for (void *block : holdings.block)
+    for (void *block : owned.block)
         if (block)
             zlfFree(block);
 }
@@ -130,7 +130,7 @@ void RVMESH::assignMaterial(const char *materialName) {
 }
 
 template <class T> bool RVMESH::allocate(T *&array, unsigned int holding, unsigned long bytes) {
-    array = static_cast<T *>(holdings.block[holding] = zlfMalloc(bytes));
+    array = static_cast<T *>(owned.block[holding] = zlfMalloc(bytes));
     return array != nullptr;
 }
 
@@ -197,7 +197,7 @@ bool RVMESH::copySkin(const MeshRecord &record) {
 void RVMESH::createBuffers() {
     const std::size_t vectors = numberOfVertices * sizeof(Z3MVECTOR3D);
     const std::size_t weights = std::size_t{numberOfVertices} * numberOfWeights * sizeof(float);
-    unsigned int *const buffer = holdings.buffer;
+    unsigned int *const buffer = owned.buffer;
     if (vertex) {
         buffer[bufferVertex] = createBuffer(GL_ARRAY_BUFFER_ARB, vertex, vectors);
         buffer[bufferNormal] = createBuffer(GL_ARRAY_BUFFER_ARB, vertexNormal, vectors);

@@ -52,7 +52,7 @@ bool RVMESH::animate(unsigned int skeleton) {
         boneMatrix[i] = skeletonElement[skeleton].matrix[i] * inverseMesh;
         boneMatrix[i] = bone[i].matrix * boneMatrix[i];
     }
-    if (isBentByProgram())
+    if (isSkinnedByProgram())
         animateByProgram();
     else if (skinnedVertex)
         animateVertices();

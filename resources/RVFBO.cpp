@@ -55,7 +55,7 @@ RVFBO::~RVFBO() {
         if (glId)
             RVOPENGL::glDeleteFramebuffersEXT(1, &glId);
     }
-    RVOPENGL::forgetFbo(this);
+    RVOPENGL::onTargetDestroyed(this);
     FboRegistry::unlink(firstFbo, lastFbo, this);
 }
 
@@ -125,13 +125,13 @@ bool RVFBO::render(void *) {
         currentFbo = this;
     }
     if (seenReleases != RVTEXTURE::releases)
-        keepTexture();
+        reattachTexture();
     return true;
 }
 
 // The target must be current. A texture that has been uploaded anew has another name; one that was
 // thrown out comes back, empty.
-void RVFBO::keepTexture() {
+void RVFBO::reattachTexture() {
     seenReleases = RVTEXTURE::releases;
     if (texture && texture->getGLId() != attachedGlId) {
         texture->restore();
@@ -139,7 +139,7 @@ void RVFBO::keepTexture() {
     }
 }
 
-void RVFBO::forgetTexture(const RVTEXTURE *gone) {
+void RVFBO::onTextureDestroyed(const RVTEXTURE *gone) {
     for (RVFBO *target = firstFbo; target; target = target->next)
         if (target->texture == gone)
             target->texture = nullptr;

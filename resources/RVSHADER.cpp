@@ -94,7 +94,7 @@ RVSHADER::~RVSHADER() {
     // Values must not go to a program that is gone, nor a new one at this address pass for in use.
     if (currentShader == this)
         currentShader = nullptr;
-    forgetBuiltin(this);
+    onProgramDestroyed(this);
     ShaderRegistry::unlink(firstShader, lastShader, this);
 }
 

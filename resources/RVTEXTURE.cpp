@@ -115,8 +115,8 @@ RVTEXTURE::RVTEXTURE()
 
 RVTEXTURE::~RVTEXTURE() {
     unload(true);
-    forgetBindings();
-    leaveTargets();
+    invalidateBindings();
+    detachFromTargets();
     releaseId(id);
     TextureRegistry::unlink(firstTexture, lastTexture, this);
 }
@@ -254,7 +254,7 @@ bool RVTEXTURE::texturingOff(unsigned int unit) {
     return true;
 }
 
-void RVTEXTURE::forgetBindings() {
+void RVTEXTURE::invalidateBindings() {
     for (RVTEXTURE *&bound : channelCache)
         if (bound == this)
             bound = nullptr;

@@ -247,11 +247,13 @@ void BuiltinPrograms::compile() {
 }
 
 void BuiltinPrograms::probe() {
-    const auto isThere = [](RVSHADER **program) { return !program || (*program)->isOperative(); };
+    const auto isNullOrOperative = [](RVSHADER **program) {
+        return !program || (*program)->isOperative();
+    };
     const auto holds = [](bool (*condition)()) { return !condition || condition(); };
     for (const Feature &feature : features) {
         *feature.flag =
-            std::all_of(std::begin(feature.needs), std::end(feature.needs), isThere) &&
+            std::all_of(std::begin(feature.needs), std::end(feature.needs), isNullOrOperative) &&
             std::all_of(std::begin(feature.conditions), std::end(feature.conditions), holds);
         zlfLog("%s", *feature.flag ? feature.supported : feature.unsupported);
         if (*feature.flag)
@@ -302,7 +304,7 @@ bool RVSHADER::free() {
     return true;
 }
 
-void RVSHADER::forgetBuiltin(const RVSHADER *program) {
+void RVSHADER::onProgramDestroyed(const RVSHADER *program) {
     for (const Program &each : programs)
         if (*each.program == program)
             *each.program = nullptr;

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr unsigned int mostBones = 100; // the size of the programs' arrays
+constexpr unsigned int maxBones = 100; // the size of the programs' arrays
 
 // The parameters by slot. Slots are shared by all programs, and some programs have a slot of theirs
 // bound to another name after load.
@@ -70,7 +70,7 @@ enum Slot : unsigned int {
 constexpr unsigned int samplerSlot[RV_TEXTURE_UNITS] = {0,  1,  8,  9,  16, 17, 18, 19,
                                                         20, 21, 22, 23, 24, 25, 26, 27};
 
-constexpr unsigned int notHeld = ~0u; // OpenGL's -1
+constexpr unsigned int noLocation = ~0u; // OpenGL's -1
 
 GLint location(const RVSHADER &program, unsigned int slot) {
     return static_cast<GLint>(program.getParam(slot));
@@ -94,15 +94,15 @@ void bindAttribute(GLuint attribute, unsigned int buffer) {
 void RVSHADER::findParameters() {
     for (unsigned int slot = 0; slot < parameters; ++slot)
         bindParam(slot, parameterNames[slot].name, parameterNames[slot].attribute);
-    wireSamplers();
+    assignSamplerUnits();
 }
 
 // A texture that is bound to a unit already is not bound again for a program that comes later, so
 // each sampler points at its unit from the start. It also keeps samplers of two kinds off one unit,
 // with which no program runs.
-void RVSHADER::wireSamplers() const {
+void RVSHADER::assignSamplerUnits() const {
     for (unsigned int unit = 0; unit < RV_TEXTURE_UNITS; ++unit)
-        if (param[samplerSlot[unit]] != notHeld && currentShader == this)
+        if (param[samplerSlot[unit]] != noLocation && currentShader == this)
             bindTexture(unit);
 }
 
@@ -115,7 +115,7 @@ bool RVSHADER::bindParam(unsigned int slot, const char *paramName, bool attribut
         render(nullptr);
     const auto find =
         attribute ? RVOPENGL::glGetAttribLocationARB : RVOPENGL::glGetUniformLocationARB;
-    param[slot] = find ? static_cast<unsigned int>(find(programObject, paramName)) : notHeld;
+    param[slot] = find ? static_cast<unsigned int>(find(programObject, paramName)) : noLocation;
     return true;
 }
 
@@ -138,7 +138,7 @@ bool RVSHADER::bindBones(unsigned int count, const float *quat, const float *tra
     if (!currentShader || !enabled)
         return false;
     const RVSHADER &program = *currentShader;
-    const GLsizei bones = static_cast<GLsizei>(std::min(count, mostBones));
+    const GLsizei bones = static_cast<GLsizei>(std::min(count, maxBones));
     ravolt::call<RVOPENGL::glUniform4fvARB>(location(program, slotBoneQuat), bones, quat);
     ravolt::call<RVOPENGL::glUniform3fvARB>(location(program, slotBoneTrans), bones, trans);
     bindAttribute(program.param[slotBoneIndex], indexBuffer);

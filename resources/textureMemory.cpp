@@ -16,7 +16,7 @@
 namespace {
 
 // The texture that has made the collector run; NULL when nothing has.
-const RVTEXTURE *underUpload = nullptr;
+const RVTEXTURE *uploading = nullptr;
 
 struct FreeBlock {
     void operator()(void *block) const { zlfFree(block); }
@@ -41,7 +41,7 @@ void logCandidates(const TextureArray &textures, unsigned int number, unsigned l
 unsigned int deleteUnreferenced(const TextureArray &textures, unsigned int number) {
     unsigned int dead = 0;
     for (unsigned int index = 0; index < number; ++index) {
-        if (textures[index]->getReferences() >= 1 || textures[index] == underUpload)
+        if (textures[index]->getReferences() >= 1 || textures[index] == uploading)
             continue;
         delete textures[index];
         ++dead;
@@ -70,11 +70,11 @@ bool RVTEXTURE::unload(bool releaseBitmap) {
     return freed;
 }
 
-void RVTEXTURE::leaveTargets() { RVFBO::forgetTexture(this); }
+void RVTEXTURE::detachFromTargets() { RVFBO::onTextureDestroyed(this); }
 
 // What stands in a render target cannot come back, and may be the frame that is being drawn. The
 // engine's targets live until its end, and to throw them out would win nothing.
-bool RVTEXTURE::isWorthUnloading() const { return memorySize != 0 || !RVFBO::holds(this); }
+bool RVTEXTURE::isEvictable() const { return memorySize != 0 || !RVFBO::holds(this); }
 
 // On purpose: the newest go first, and those not used for the longest time survive.
 bool RVTEXTURE::garbageCollect(unsigned long keep) {
@@ -93,7 +93,7 @@ bool RVTEXTURE::garbageCollect(unsigned long keep) {
     logCandidates(textures, number, keep);
 
     for (index = 0; index < number; ++index)
-        if (RAVOLT::getUsedVideoMemory() >= keep && textures[index]->isWorthUnloading())
+        if (RAVOLT::getUsedVideoMemory() >= keep && textures[index]->isEvictable())
             textures[index]->unload(true);
     const unsigned int dead = deleteUnreferenced(textures, number);
 
@@ -105,7 +105,7 @@ bool RVTEXTURE::garbageCollect(unsigned long keep) {
 
 // On purpose: a mipmapped texture was counted for twice of what this takes back.
 void RVTEXTURE::releaseUpload() {
-    forgetBindings(); // also of a texture without a name, which is bound as nothing
+    invalidateBindings(); // also of a texture without a name, which is bound as nothing
     if (!glId)
         return;
     glDeleteTextures(1, &glId);
@@ -115,7 +115,7 @@ void RVTEXTURE::releaseUpload() {
 }
 
 void RVTEXTURE::releasePixels() {
-    if (bitmap && this != underUpload)
+    if (bitmap && this != uploading)
         zlfFree(bitmap);
     bitmap = nullptr;
 }
@@ -128,9 +128,9 @@ void RVTEXTURE::makeRoom() {
     if (RAVOLT::getFreeVideoMemory() >= needed)
         return;
     zlfLog("   Garbage collector at %d\n", static_cast<int>(RAVOLT::getTimeStamp()));
-    underUpload = this;
+    uploading = this;
     garbageCollect(RAVOLT::getVideoMemory() - needed);
-    underUpload = nullptr;
+    uploading = nullptr;
 }
 
 // Without a context there is no name, and nothing that unload could take back.

@@ -9,11 +9,11 @@ RVCAMERA *RVCAMERA::thisPassCamera = nullptr;
 Z3MVECTOR3D RVCAMERA::cameraPosition;
 Z3MMATRIX RVCAMERA::cameraMatrix;
 
-RVCAMERA::RVCAMERA() : upDirection(0, 1, 0) { become(RV_NODE_TYPE_CAMERA); }
+RVCAMERA::RVCAMERA() : upDirection(0, 1, 0) { initType(RV_NODE_TYPE_CAMERA); }
 
 RVCAMERA::RVCAMERA(const RVCAMERA &other) : RVNODE(other) {
     *this = other;
-    keepClass(RV_NODE_TYPE_CAMERA);
+    setDynamicClass(RV_NODE_TYPE_CAMERA);
 }
 
 // The view outlives its camera, which may have been a temporary one; the pointer does not.

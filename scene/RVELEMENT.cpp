@@ -1,4 +1,5 @@
-// The entry and the storage of the list; scene/list/pass.cpp fills it and scene/list/sort.cpp orders it.
+// The entry and the storage of the list; scene/list/pass.cpp fills it and scene/list/sort.cpp
+// orders it.
 //
 // Invariants: the storage exists exactly while the list is active. The first
 // `numberOfPassedElements` pointers are a permutation of as many first entries.
@@ -71,14 +72,14 @@ void RVELEMENT::reset() {
 }
 
 // A node that is gone leaves the list, however often it was passed.
-void RVELEMENT::forget(const RVNODE &node) {
+void RVELEMENT::removeNode(const RVNODE &node) {
     for (unsigned int place = numberOfPassedElements; place-- > 0;)
         if (elementPointer[place]->node == &node)
-            takeOut(place);
+            removeEntry(place);
 }
 
 // The order of the others stays, and the last entry of the storage fills the gap there.
-void RVELEMENT::takeOut(unsigned int place) {
+void RVELEMENT::removeEntry(unsigned int place) {
     RVELEMENT *const gone = elementPointer[place];
     numberOfLights -= gone->countedAsLight;
     numberOfTransparencies -= gone->countedAsTransparent;

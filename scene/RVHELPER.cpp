@@ -92,12 +92,12 @@ void setMaterial(const Z3MVECTOR4D &color) {
 RVHELPER::RVHELPER()
     : radius(1.0f), thickness(1.0f), color(1.0, 0.8, 0.2, 0.5), reserved2(1, 1, 1), min(-1, -1, -1),
       max(1, 1, 1) {
-    become(RV_NODE_TYPE_HELPER);
+    initType(RV_NODE_TYPE_HELPER);
 }
 
 RVHELPER::RVHELPER(const RVHELPER &other) : RVNODE(other) {
     *this = other;
-    keepClass(RV_NODE_TYPE_HELPER);
+    setDynamicClass(RV_NODE_TYPE_HELPER);
 }
 
 RVHELPER::~RVHELPER() = default;

@@ -34,12 +34,12 @@ RVLIGHT::RVLIGHT()
     : lightType(RV_LIGHT_TYPE_OMNI), ambient(0.2, 0.2, 0.2, 1), diffuse(0.7, 0.7, 0.7, 1),
       specular(0.2, 0.2, 0.2, 1), attenuation(1, 0, 0), cutOff(allAround), exponent(0),
       exclusive(false), shadowCaster(false), shadowNearPlane(1.0f), shadowFarPlane(1024.0f) {
-    become(RV_NODE_TYPE_LIGHT);
+    initType(RV_NODE_TYPE_LIGHT);
 }
 
 RVLIGHT::RVLIGHT(const RVLIGHT &other) : RVNODE(other) {
     *this = other;
-    keepClass(RV_NODE_TYPE_LIGHT);
+    setDynamicClass(RV_NODE_TYPE_LIGHT);
 }
 
 RVLIGHT::~RVLIGHT() = default;

@@ -36,11 +36,11 @@ unsigned int rowOf(RV_NODE_TYPE type) {
 
 using Places = std::unique_ptr<RVNODE *[]>;
 
-constexpr unsigned int deepestAncestry = 64;
+constexpr unsigned int maxAncestors = 64;
 
 // The ancestors of a node from its parent upward.
 struct Ancestry {
-    RVNODE *node[deepestAncestry];
+    RVNODE *node[maxAncestors];
     unsigned int depth = 0;
 
     // Walks up to the root, or to the first ancestor called `stopName`, which is taken in. False
@@ -48,7 +48,7 @@ struct Ancestry {
     bool collect(RVNODE *parent, const char *stopName) {
         for (depth = 0; parent; parent = parent->getParent()) {
             node[depth++] = parent;
-            if (depth == deepestAncestry)
+            if (depth == maxAncestors)
                 return false;
             if (stopName && std::strcmp(parent->getName(), stopName) == 0)
                 break;
@@ -86,7 +86,7 @@ RVNODE::RVNODE(bool)
     : id(zlfNewId()), auxId(0), timeStamp(0), data(nullptr),
       positioning(RV_NODE_POSITIONING_VECTORS), targetNode(nullptr), previous(nullptr),
       next(nullptr), numberOfChildren(0), parent(nullptr), children(nullptr) {
-    become(RV_NODE_TYPE_NODE);
+    initType(RV_NODE_TYPE_NODE);
     registration.id = id;
     registration.done = true;
     Nodes::append(firstNode, lastNode, this);
@@ -97,7 +97,7 @@ RVNODE::~RVNODE() {
     if (RAVOLT::getSkybox() == this)
         RAVOLT::setSkybox(nullptr);
     if (registration.entered == RAVOLT::getTimeStamp())
-        RVELEMENT::forget(*this);
+        RVELEMENT::removeNode(*this);
     if (!isRegistered())
         return;
     releaseId(registration.id);
@@ -134,9 +134,9 @@ RVNODE &RVNODE::operator=(const RVNODE &other) {
     return *this;
 }
 
-void RVNODE::become(RV_NODE_TYPE newType) {
+void RVNODE::initType(RV_NODE_TYPE newType) {
     type = newType;
-    keepClass(newType);
+    setDynamicClass(newType);
     ravolt::formatText(name, defaultName[rowOf(newType)], static_cast<int>(id));
 }
 
@@ -153,14 +153,14 @@ RVNODE *RVNODE::findById(unsigned int id) { return Nodes::findById(firstNode, id
 bool RVNODE::cleanUp() {
     if (!firstNode)
         return false;
-    dissolveTrees();
+    unlinkAll();
     const unsigned int released = Nodes::cleanUp(firstNode);
     zlfLog("   %d node(s) released @ RVNODE::cleanUp\n", static_cast<int>(released));
     return true;
 }
 
 // Parents go before their children, whose destructors may look at them.
-void RVNODE::dissolveTrees() {
+void RVNODE::unlinkAll() {
     for (RVNODE *node = firstNode; node; node = node->next) {
         delete[] node->children;
         node->children = nullptr;

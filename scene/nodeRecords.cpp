@@ -40,7 +40,7 @@ bool readLightRecord(ByteReader &reader, LightRecord &record) {
 namespace {
 
 // A node that cannot have its places goes again.
-RVNODE *withPlaces(RVNODE *node, unsigned int count) {
+RVNODE *reserveOrDelete(RVNODE *node, unsigned int count) {
     if (NodeTree::reserveChildren(*node, count))
         return node;
     delete node;
@@ -59,7 +59,7 @@ RVNODE *makePlainNode(const PlainNodeRecord &record) {
     node->setName(record.name);
     node->setPosition(record.position);
     node->setOrigin(record.origin);
-    return withPlaces(node, record.numberOfChildren);
+    return reserveOrDelete(node, record.numberOfChildren);
 }
 
 RVNODE *makeLight(const LightRecord &record) {
@@ -75,7 +75,7 @@ RVNODE *makeLight(const LightRecord &record) {
     light->setAmbient(opaque(record.color / 5.0f));
     light->setDiffuse(opaque(record.color));
     light->setSpecular(opaque(record.color / 10.0f));
-    return withPlaces(light, record.numberOfChildren);
+    return reserveOrDelete(light, record.numberOfChildren);
 }
 
 namespace {

@@ -39,7 +39,7 @@ RVVIDEO_STREAM *makeStream() {
 }
 
 // The collector deletes textures that nobody holds a reference on.
-bool isThere(const RVTEXTURE *texture) {
+bool isRegistered(const RVTEXTURE *texture) {
     const RVTEXTURE *each = RVTEXTURE::getFirst();
     while (each && each != texture)
         each = each->getNext();
@@ -208,7 +208,7 @@ void RVVIDEO::startAgain() {
 // A texture of the picture's size that is smaller than the whole macroblocks gets the picture
 // alone.
 void RVVIDEO::show(const FilmFrame &frame) {
-    if (!texture || !isThere(texture) || !texture->getGLId())
+    if (!texture || !isRegistered(texture) || !texture->getGLId())
         return;
     const unsigned int sizeX = texture->getSizeX(), sizeY = texture->getSizeY();
     if (frame.pictureWidth > sizeX || frame.pictureHeight > sizeY) {

@@ -35,7 +35,7 @@ void readBlock(RVVIDEO_STREAM &stream) {
     mpeg2_buffer(stream.decoder, stream.buffer, stream.buffer + stream.size);
 }
 
-void forgetFrames(RVVIDEO_STREAM &stream) {
+void clearFrames(RVVIDEO_STREAM &stream) {
     std::fill(std::begin(stream.decoded), std::end(stream.decoded), FilmFrame{});
 }
 
@@ -47,7 +47,7 @@ FilmFrame frameOf(const mpeg2_sequence_t &sequence, const unsigned char *pixels)
 // Gives the size of a sequence that is too large, without pixels; what follows is passed over until
 // the next sequence starts.
 FilmFrame startSequence(RVVIDEO_STREAM &stream) {
-    forgetFrames(stream);
+    clearFrames(stream);
     const FilmFrame size = frameOf(*stream.sequence, nullptr);
     if (size.width > largestSize || size.height > largestSize) {
         mpeg2_reset(stream.decoder, 1);
@@ -73,7 +73,7 @@ FilmFrame *entryOf(RVVIDEO_STREAM &stream, const unsigned char *pixels) {
 }
 
 // A picture has been decoded into its buffer, unless it was skipped.
-void enterPicture(RVVIDEO_STREAM &stream) {
+void addPicture(RVVIDEO_STREAM &stream) {
     const mpeg2_info_t &info = *stream.info;
     if (!info.sequence || !info.current_fbuf || !info.current_fbuf->buf[0] ||
         (info.current_picture->flags & PIC_FLAG_SKIP))
@@ -84,7 +84,7 @@ void enterPicture(RVVIDEO_STREAM &stream) {
         *entry = frameOf(*info.sequence, pixels);
 }
 
-FilmFrame dueFrame(RVVIDEO_STREAM &stream) {
+FilmFrame displayFrame(RVVIDEO_STREAM &stream) {
     const mpeg2_fbuf_t *const buffer = stream.info->display_fbuf;
     const FilmFrame *const entry =
         buffer && buffer->buf[0] ? entryOf(stream, buffer->buf[0]) : nullptr;
@@ -99,7 +99,7 @@ bool ravolt::startDecoder(RVVIDEO_STREAM &stream) {
         return false;
     stream.info = mpeg2_info(stream.decoder);
     stream.sequence = nullptr;
-    forgetFrames(stream);
+    clearFrames(stream);
     return true;
 }
 
@@ -121,12 +121,12 @@ ravolt::FilmFrame ravolt::decodeStep(RVVIDEO_STREAM &stream) {
         startPicture(stream);
         return {};
     case STATE_SLICE:
-        enterPicture(stream);
-        return dueFrame(stream);
+        addPicture(stream);
+        return displayFrame(stream);
     case STATE_END:
     case STATE_INVALID_END: {
-        const FilmFrame last = dueFrame(stream);
-        forgetFrames(stream);
+        const FilmFrame last = displayFrame(stream);
+        clearFrames(stream);
         return last;
     }
     default: // On purpose: broken data are passed over without a word.

@@ -2,12 +2,12 @@
 // rung ends as log lines and a flag, and none of them stops the start. An extension is found when
 // its name stands anywhere in the driver's list. A flag that a former start has set stays set.
 
-#include "resources/renderTargets.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "resources/renderTargets.h"
 
 #include <SDL/SDL.h>
 
@@ -82,7 +82,7 @@ namespace ravolt {
 struct GlStart {
     // One thing that a driver may offer. NULL (or `none`) in a column is a hole: nothing is
     // fetched, said or set there.
-    struct Rung {
+    struct Capability {
         const char *needs[2];        // extensions, both of them
         bool (*isWanted)() = always; // else the rung is passed over in silence
         bool (*isUsable)() = always; // asked once found; says itself what is wrong
@@ -97,8 +97,8 @@ struct GlStart {
 
     static void readAnisotropy();
     static void countTextureUnits();
-    static bool climb(const Rung &rung, const char *extensions);
-    static void climbLadder(const char *extensions);
+    static bool detect(const Capability &capability, const char *extensions);
+    static void detectCapabilities(const char *extensions);
     static void makePool();
     static void repeatSwitches();
 };
@@ -124,28 +124,28 @@ void GlStart::countTextureUnits() {
 void GlStart::makePool() { makeRenderTargets(RVOPENGL::fbo); }
 
 // False when something that the rung needs is missing.
-bool GlStart::climb(const Rung &rung, const char *extensions) {
-    for (const char *needed : rung.needs) {
+bool GlStart::detect(const Capability &capability, const char *extensions) {
+    for (const char *needed : capability.needs) {
         if (!needed || std::strstr(extensions, needed))
             continue;
-        zlfLog("%s", rung.missing);
+        zlfLog("%s", capability.missing);
         return false;
     }
-    if (!rung.isUsable())
+    if (!capability.isUsable())
         return true;
-    if (!fetchGroup(rung.entries) && rung.incomplete)
-        zlfLog("%s", rung.incomplete);
-    if (rung.found)
-        zlfLog("%s", rung.found);
-    if (rung.flag)
-        *rung.flag = true;
-    if (rung.measure)
-        rung.measure();
+    if (!fetchGroup(capability.entries) && capability.incomplete)
+        zlfLog("%s", capability.incomplete);
+    if (capability.found)
+        zlfLog("%s", capability.found);
+    if (capability.flag)
+        *capability.flag = true;
+    if (capability.measure)
+        capability.measure();
     return true;
 }
 
-void GlStart::climbLadder(const char *extensions) {
-    static const Rung ladder[] = {
+void GlStart::detectCapabilities(const char *extensions) {
+    static const Capability capabilities[] = {
         {.needs = {"GL_EXT_texture_filter_anisotropic"},
          .entries = none,
          .incomplete = nullptr,
@@ -218,11 +218,11 @@ void GlStart::climbLadder(const char *extensions) {
          .flag = &RVOPENGL::OcclusionQueryFlag},
     };
     bool chainHolds = true;
-    for (const Rung &rung : ladder) {
-        if (!rung.isWanted() || (rung.chained && !chainHolds))
+    for (const Capability &capability : capabilities) {
+        if (!capability.isWanted() || (capability.chained && !chainHolds))
             continue;
-        const bool found = climb(rung, extensions);
-        if (rung.chained)
+        const bool found = detect(capability, extensions);
+        if (capability.chained)
             chainHolds = found;
     }
 }
@@ -267,7 +267,7 @@ bool RVOPENGL::init() {
     zlfLog("   Init OpenGL...\n");
     const char *extensions = driverText(GL_EXTENSIONS);
     logDriver(extensions);
-    ravolt::GlStart::climbLadder(extensions);
+    ravolt::GlStart::detectCapabilities(extensions);
     if (useFBO() && !fbo[0]) {
         zlfLog("   [!] Out of memory @ RVOPENGL::init\n");
         return false;

@@ -23,7 +23,7 @@
 
 namespace {
 
-constexpr unsigned int leastVideoMemory = 16 << 20; // bytes, where none is reported
+constexpr unsigned int minVideoMemory = 16 << 20; // bytes, where none is reported
 
 // The ledger counts up to 4 GB and may charge more than the budget, and log lines show its figures
 // as signed numbers: both stay right with a budget below 2 GB.
@@ -42,7 +42,7 @@ const RVSHADER *lastProgram() {
 }
 
 // Those that were made since `last` was the last one.
-void dropProgramsBehind(const RVSHADER *last) {
+void deleteProgramsAfter(const RVSHADER *last) {
     RVSHADER *program = last ? last->getNext() : RVSHADER::getFirst();
     while (program) {
         RVSHADER *const next = program->getNext();
@@ -112,7 +112,7 @@ bool RAVOLT::startClasses(RVSETTINGS &settings) {
         if (row->start(settings))
             continue;
         zlfLog("%s", row->failure);
-        dropProgramsBehind(foreign);
+        deleteProgramsAfter(foreign);
         while (row != rows)
             (--row)->stop();
         return false;
@@ -141,7 +141,7 @@ void RAVOLT::findVideoMemory(int budget) {
                              : reportedVideoMemory();
     if (!videoMemoryTotal) {
         zlfLog("   [!] No VRam detected: software mode supposed (16 MB allocated by default)\n");
-        videoMemoryTotal = leastVideoMemory;
+        videoMemoryTotal = minVideoMemory;
     }
     char driver[64] = "";
     SDL_VideoDriverName(driver, sizeof driver);

@@ -67,7 +67,7 @@ void drawSplash(int windowX, int windowY, bool CAVE, const SystemWindow &window)
     const GLuint texture = uploadPicture(picture.get());
     glColor4f(1, 1, 1, 1);
     if (CAVE)
-        window.keepOnTop();
+        window.raiseToTop();
     if (picture)
         drawPicture(CAVE ? windowX / 2 : windowX, windowY);
     glDisable(GL_TEXTURE_2D);

@@ -22,7 +22,7 @@ namespace {
 struct {
     int bits = 0;
     Uint32 flags = 0;
-} firstAsked;
+} requestedMode;
 
 Uint32 modeFlags(bool fullScreen, bool resizable) {
     return static_cast<Uint32>(SDL_OPENGL) | static_cast<Uint32>(fullScreen  ? SDL_FULLSCREEN
@@ -45,7 +45,7 @@ bool RVSETTINGS::isOk() {
 }
 
 bool RVSETTINGS::init() {
-    if (inForce.active) {
+    if (applied.active) {
         zlfLog("   [!] Settings already active\n");
         return false;
     }
@@ -54,18 +54,18 @@ bool RVSETTINGS::init() {
         zlfLog("   [!] Incompatible config @ RVSETTINGS::init\n");
         return false;
     }
-    handOutPaths();
-    askForContext();
+    applyPaths();
+    setContextAttributes();
     if (!openWindow()) {
         zlfLog("   [!] Unsupported video config (%s) @ RVSETTINGS::init\n", SDL_GetError());
         return false;
     }
     const ravolt::SystemWindow window;
-    inForce.window = window.handle();
+    applied.window = window.handle();
     window.setOuterSize(windowX, windowY); // On purpose: the frame has the size of the content.
     ravolt::drawSplash(windowX, windowY, CAVESplashScreen, window);
-    takeInForce();
-    inForce.active = true;
+    recordObtainedMode();
+    applied.active = true;
     return true;
 }
 
@@ -87,7 +87,7 @@ void RVSETTINGS::logRequest() {
 }
 
 // On purpose: the video path is not handed on; applications do so themselves.
-void RVSETTINGS::handOutPaths() {
+void RVSETTINGS::applyPaths() {
     RAVOLT::setRVEPath(rvePath);
     zlfLog("          RVE path    : '%s'\n", rvePath);
     RVANIM::setRVAPath(rvaPath);
@@ -99,7 +99,7 @@ void RVSETTINGS::handOutPaths() {
     zlfLog("          Font path   : '%s'\n", fontPath);
 }
 
-void RVSETTINGS::askForContext() const {
+void RVSETTINGS::setContextAttributes() const {
     const int channel = colorDepth == 16 ? 5 : 8;
     const struct {
         SDL_GLattr attribute;
@@ -119,72 +119,72 @@ void RVSETTINGS::askForContext() const {
 
 bool RVSETTINGS::openWindow() {
     const bool titled = title[0] != '\0';
-    firstAsked.bits = colorDepth;
-    firstAsked.flags = modeFlags(fullScreen, resizable) | static_cast<Uint32>(SDL_HWSURFACE) |
-                       static_cast<Uint32>(titled ? 0 : SDL_NOFRAME);
+    requestedMode.bits = colorDepth;
+    requestedMode.flags = modeFlags(fullScreen, resizable) | static_cast<Uint32>(SDL_HWSURFACE) |
+                          static_cast<Uint32>(titled ? 0 : SDL_NOFRAME);
     if (!fullScreen && titled)
         SDL_WM_SetCaption(title, nullptr);
-    return SDL_SetVideoMode(windowX, windowY, firstAsked.bits, firstAsked.flags) != nullptr;
+    return SDL_SetVideoMode(windowX, windowY, requestedMode.bits, requestedMode.flags) != nullptr;
 }
 
 // The view takes the depths as obtained, the rest as asked for.
 // On purpose: it never takes the audio figures and the render list's capacity, which stay 0.
-void RVSETTINGS::takeInForce() {
+void RVSETTINGS::recordObtainedMode() {
     const int red = obtained(SDL_GL_RED_SIZE), green = obtained(SDL_GL_GREEN_SIZE),
               blue = obtained(SDL_GL_BLUE_SIZE), alpha = obtained(SDL_GL_ALPHA_SIZE);
-    inForce.zetaDepth = obtained(SDL_GL_DEPTH_SIZE);
-    inForce.stencilDepth = obtained(SDL_GL_STENCIL_SIZE);
+    applied.zetaDepth = obtained(SDL_GL_DEPTH_SIZE);
+    applied.stencilDepth = obtained(SDL_GL_STENCIL_SIZE);
     obtained(SDL_GL_DOUBLEBUFFER);
 
-    ravolt::copyText(inForce.title, title);
-    inForce.windowX = windowX;
-    inForce.windowY = windowY;
-    inForce.colorDepth = red + green + blue + alpha;
-    inForce.fullScreen = fullScreen;
-    inForce.resizable = resizable;
-    inForce.landscape = landscape;
-    inForce.useShaders = useShaders;
-    inForce.forceFBO = forceFBO;
-    inForce.shadowMapSize = shadowMapSize;
-    inForce.FBOSizeX = FBOSizeX;
-    inForce.FBOSizeY = FBOSizeY;
-    inForce.waterSize = waterSize;
+    ravolt::copyText(applied.title, title);
+    applied.windowX = windowX;
+    applied.windowY = windowY;
+    applied.colorDepth = red + green + blue + alpha;
+    applied.fullScreen = fullScreen;
+    applied.resizable = resizable;
+    applied.landscape = landscape;
+    applied.useShaders = useShaders;
+    applied.forceFBO = forceFBO;
+    applied.shadowMapSize = shadowMapSize;
+    applied.FBOSizeX = FBOSizeX;
+    applied.FBOSizeY = FBOSizeY;
+    applied.waterSize = waterSize;
 
     zlfLog("      Color bits (RGBA): %d, %d, %d, %d\n", red, green, blue, alpha);
-    zlfLog("      Shadow map size: %d\n", inForce.shadowMapSize);
-    zlfLog("      FBO map sizes  : %d, %d\n", inForce.FBOSizeX, inForce.FBOSizeY);
+    zlfLog("      Shadow map size: %d\n", applied.shadowMapSize);
+    zlfLog("      FBO map sizes  : %d, %d\n", applied.FBOSizeX, applied.FBOSizeY);
     zlfLog("      Configuration used:\n");
-    zlfLog("          SizeX: %u, SizeY: %u\n", inForce.windowX, inForce.windowY);
-    zlfLog("          depth: %u, zeta: %u, stencil: %u\n", inForce.colorDepth, inForce.zetaDepth,
-           inForce.stencilDepth);
-    zlfLog("          title: '%s'\n", inForce.title);
-    zlfLog("          fullscreen: %d\n", inForce.fullScreen);
-    zlfLog("          landscape : %d\n", inForce.landscape);
-    zlfLog("          shaders: %d\n", inForce.useShaders);
-    zlfLog("          audio: c: %d, b: %d, e: %d\n", inForce.audioChannels, inForce.audioBuffers,
-           inForce.audioElements);
+    zlfLog("          SizeX: %u, SizeY: %u\n", applied.windowX, applied.windowY);
+    zlfLog("          depth: %u, zeta: %u, stencil: %u\n", applied.colorDepth, applied.zetaDepth,
+           applied.stencilDepth);
+    zlfLog("          title: '%s'\n", applied.title);
+    zlfLog("          fullscreen: %d\n", applied.fullScreen);
+    zlfLog("          landscape : %d\n", applied.landscape);
+    zlfLog("          shaders: %d\n", applied.useShaders);
+    zlfLog("          audio: c: %d, b: %d, e: %d\n", applied.audioChannels, applied.audioBuffers,
+           applied.audioElements);
     zlfLog("   Settings initialized\n");
 }
 
 bool RVSETTINGS::free() {
-    if (!inForce.active)
+    if (!applied.active)
         return false;
     zlfLog("   Release settings...\n");
     zlfLog("   Settings released\n");
-    inForce.active = false;
+    applied.active = false;
     return true;
 }
 
 bool RVSETTINGS::resize(int x, int y, int sizeX, int sizeY) {
-    const int oldX = inForce.windowX, oldY = inForce.windowY;
-    inForce.windowX = sizeX; // RVOPENGL::resize reads the new size
-    inForce.windowY = sizeY;
+    const int oldX = applied.windowX, oldY = applied.windowY;
+    applied.windowX = sizeX; // RVOPENGL::resize reads the new size
+    applied.windowY = sizeY;
     if (!RVOPENGL::resize(x, y, sizeX, sizeY)) {
-        inForce.windowX = oldX;
-        inForce.windowY = oldY;
+        applied.windowX = oldX;
+        applied.windowY = oldY;
         return false;
     }
-    if (inForce.active && sizeX > 0 && sizeY > 0) // a size of 0 would stand for the whole screen
-        SDL_SetVideoMode(sizeX, sizeY, firstAsked.bits, firstAsked.flags);
+    if (applied.active && sizeX > 0 && sizeY > 0) // a size of 0 would stand for the whole screen
+        SDL_SetVideoMode(sizeX, sizeY, requestedMode.bits, requestedMode.flags);
     return true;
 }

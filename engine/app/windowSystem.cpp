@@ -119,7 +119,7 @@ void SystemWindow::setOuterSize(int width, int height) const {
                   static_cast<unsigned int>(wanted.height));
 }
 
-void SystemWindow::keepOnTop() const {
+void SystemWindow::raiseToTop() const {
     if (!window)
         return;
     const Connection connection(display, lock, unlock);

@@ -18,7 +18,7 @@ class SystemWindow {
     void setOuterSize(int width, int height) const;
 
     // Moves the window to the screen's top left corner and above all others; the size stays.
-    void keepOnTop() const;
+    void raiseToTop() const;
 
   private:
     void *display = nullptr;

@@ -66,7 +66,7 @@ float adapt(float current, float luminance, float seconds) {
     return luminance > current ? current + seconds * difference : current - seconds * difference;
 }
 
-void mapTones(float luminance, float exposure) {
+void toneMap(float luminance, float exposure) {
     renderCopyOfScene();
     RVSHADER::bloomToneMapping->render(nullptr);
     RVSHADER::bindLuminanceAndExposure(luminance, exposure);
@@ -76,7 +76,7 @@ void mapTones(float luminance, float exposure) {
 }
 
 // Adds the blurred bright parts to the scene.
-void drawGlow(float intensity) {
+void compositeBloom(float intensity) {
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     ravolt::screenOrtho(scene().getSizeX(), scene().getSizeY());
@@ -94,7 +94,7 @@ void drawGlow(float intensity) {
 }
 
 // Mixes the scene with its blurred copy by the depths.
-void drawFocused(float focus, float range) {
+void compositeDepthOfField(float focus, float range) {
     scene().render(nullptr);
     RVSHADER::dof->render(nullptr);
     RVSHADER::bindFocusAndRange(focus, range);
@@ -121,7 +121,7 @@ bool RAVOLT::Effects::haveDepthOfField() {
 
 bool RAVOLT::Effects::haveShadows() { return shadowing && RVSHADER::useShadows() && haveTargets(); }
 
-void RAVOLT::Effects::forgetList() {
+void RAVOLT::Effects::invalidateAfterList() {
     RVOPENGL::blendingOff();
     RVMATERIAL::reset();
 }
@@ -138,7 +138,7 @@ void RAVOLT::Effects::depthPass() {
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
     scene().render(nullptr);
     glClear(GL_DEPTH_BUFFER_BIT);
-    forgetList();
+    invalidateAfterList();
 }
 
 void RAVOLT::Effects::bloom() {
@@ -155,12 +155,12 @@ void RAVOLT::Effects::bloom() {
         if (HDR) {
             std::printf("luminance: %f\n", static_cast<double>(luminance));
             HDRCurrentLuminance = adapt(HDRCurrentLuminance, luminance, getFPSfactor());
-            mapTones(HDRCurrentLuminance, HDRExposure);
+            toneMap(HDRCurrentLuminance, HDRExposure);
         }
-        drawGlow(bloomingIntensity);
+        compositeBloom(bloomingIntensity);
     }
     glEnable(GL_DEPTH_TEST);
-    forgetList();
+    invalidateAfterList();
 }
 
 void RAVOLT::Effects::depthOfField() {
@@ -172,9 +172,9 @@ void RAVOLT::Effects::depthOfField() {
         glColor4f(0, 0, 0, 1);
         glDisable(GL_DEPTH_TEST);
         blurKeepingDepths(scene(), RVSHADER::dofCombine);
-        drawFocused(DOFFocus, DOFRange);
+        compositeDepthOfField(DOFFocus, DOFRange);
         glEnable(GL_DEPTH_TEST);
     }
     glEnable(GL_DEPTH_TEST);
-    forgetList();
+    invalidateAfterList();
 }

@@ -26,7 +26,7 @@ struct RAVOLT::Effects {
   private:
     // What the list has drawn behind the materials' back, and the blending of its last entry, must
     // not reach what follows.
-    static void forgetList();
+    static void invalidateAfterList();
     static RVLIGHT *findCaster();
     static void drawMap(const Z3MMATRIX &eyeToLight);
     static void drawDepthsOf(const Z3MMATRIX &eyeToLight);

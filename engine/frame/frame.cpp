@@ -25,11 +25,11 @@
 
 namespace {
 
-bool isAny(const RVNODE &) { return true; }
+bool isAnyNode(const RVNODE &) { return true; }
 
 bool isInBlock2D(const RVNODE &node) { return ravolt::traitsOf(node).inBlock2D; }
 
-void forgetLastPass() {
+void resetFrameState() {
     RVELEMENT::reset();
     RVSHADER::reset();
     RVMATERIAL::reset();
@@ -147,7 +147,7 @@ bool RAVOLT::wantsTarget() {
 bool RAVOLT::begin3D(RVCAMERA *camera) {
     updateTimer();
     ++timeStamp;
-    forgetLastPass();
+    resetFrameState();
     loadView(camera);
     return true;
 }
@@ -164,7 +164,7 @@ bool RAVOLT::end3D(bool blit) {
         drawSkybox();
     if (Effects::haveShadows())
         Effects::shadows();
-    drawList(isAny);
+    drawList(isAnyNode);
     if (Effects::haveBloom())
         Effects::bloom();
     if (Effects::haveDepthOfField())

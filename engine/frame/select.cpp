@@ -55,7 +55,7 @@ void limitTo(const WindowPixel &pixel) {
 
 // The reverse of how an identity becomes a colour: the lowest byte is red, at 16 bits in fields of
 // 5, 6 and 5 with red the highest.
-unsigned int decodeIdentity(const PixelBytes &bytes, int colorDepth) {
+unsigned int decodeObjectId(const PixelBytes &bytes, int colorDepth) {
     const unsigned int red = bytes[0], green = bytes[1], blue = bytes[2], alpha = bytes[3];
     if (colorDepth == 16)
         return red >> 3 << 11 | green >> 2 << 5 | blue >> 3;
@@ -64,7 +64,7 @@ unsigned int decodeIdentity(const PixelBytes &bytes, int colorDepth) {
 }
 
 // Texturing stays as it is, on purpose: the point takes part in what is still enabled.
-void putBack(const WindowPixel &pixel, const PixelBytes &color) {
+void restorePixel(const WindowPixel &pixel, const PixelBytes &color) {
     const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
     glDisable(GL_DEPTH_TEST);
     glMatrixMode(GL_PROJECTION);
@@ -135,7 +135,7 @@ unsigned int RAVOLT::select(int x, int y) {
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
 
     const PixelBytes after = readPixel(pixel);
-    putBack(pixel, before);
+    restorePixel(pixel, before);
     RVMATERIAL::reset(); // the flat drawing has undone what the last material had set
-    return decodeIdentity(after, RVSETTINGS::getSDLColorDepth());
+    return decodeObjectId(after, RVSETTINGS::getSDLColorDepth());
 }

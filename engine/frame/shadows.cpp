@@ -218,7 +218,7 @@ void RAVOLT::Effects::drawMap(const Z3MMATRIX &eyeToLight) {
     else
         RVFBO::unbind();
     glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
-    forgetList();
+    invalidateAfterList();
 }
 
 void RAVOLT::Effects::shadows() {
@@ -236,9 +236,9 @@ void RAVOLT::Effects::shadows() {
 
     loadMapMatrix(caster);
     bindMap();
-    RVTEXTURE::forgetUnit(mapUnit);
+    RVTEXTURE::invalidateUnit(mapUnit);
     drawList([](const RVNODE &) { return true; });
     unloadMapMatrix();
-    RVTEXTURE::forgetUnit(mapUnit);
-    forgetList();
+    RVTEXTURE::invalidateUnit(mapUnit);
+    invalidateAfterList();
 }

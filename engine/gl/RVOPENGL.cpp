@@ -1,7 +1,7 @@
-// The engine's side of OpenGL's state. The flags say what start-up has found (engine/app/glStart.cpp)
-// and nothing here writes them. A switch and its flag change together, and only here may blending,
-// culling, two-sided lighting and the client arrays be switched; the frame and the selection drive
-// culling and scissor directly on purpose, and say so where they do.
+// The engine's side of OpenGL's state. The flags say what start-up has found
+// (engine/app/glStart.cpp) and nothing here writes them. A switch and its flag change together, and
+// only here may blending, culling, two-sided lighting and the client arrays be switched; the frame
+// and the selection drive culling and scissor directly on purpose, and say so where they do.
 
 #include "ravolt/RVOPENGL.h"
 
@@ -47,8 +47,8 @@ namespace {
 constexpr float halfDegree = 0.008726646192371845f; // in radians
 
 // The two halves of a switch: whether OpenGL must be told, and the change of its flag.
-bool enter(bool &flag) { return !ravolt::cacheHit(std::exchange(flag, true)); }
-bool leave(bool &flag) { return !ravolt::cacheHit(!std::exchange(flag, false)); }
+bool mustEnable(bool &flag) { return !ravolt::cacheHit(std::exchange(flag, true)); }
+bool mustDisable(bool &flag) { return !ravolt::cacheHit(!std::exchange(flag, false)); }
 
 // The array of texture coordinates is always that of unit 0.
 void chooseClientUnit0() {
@@ -62,7 +62,7 @@ RVFBO *RVOPENGL::getFbo(int index) {
     return index >= 0 && index < static_cast<int>(std::size(fbo)) ? fbo[index] : nullptr;
 }
 
-void RVOPENGL::forgetFbo(const RVFBO *target) {
+void RVOPENGL::onTargetDestroyed(const RVFBO *target) {
     std::replace(std::begin(fbo), std::end(fbo), const_cast<RVFBO *>(target),
                  static_cast<RVFBO *>(nullptr));
 }
@@ -158,100 +158,100 @@ bool RVOPENGL::setFrustum(float left, float right, float bottom, float top, floa
 }
 
 void RVOPENGL::cullingOn() {
-    if (enter(culling))
+    if (mustEnable(culling))
         glEnable(GL_CULL_FACE);
 }
 
 void RVOPENGL::cullingOff() {
-    if (leave(culling))
+    if (mustDisable(culling))
         glDisable(GL_CULL_FACE);
 }
 
 bool RVOPENGL::isCulled() { return culling; }
 
 void RVOPENGL::blendingOn() {
-    if (enter(blending))
+    if (mustEnable(blending))
         glEnable(GL_BLEND);
 }
 
 void RVOPENGL::blendingOff() {
-    if (leave(blending))
+    if (mustDisable(blending))
         glDisable(GL_BLEND);
 }
 
 bool RVOPENGL::isBlended() { return blending; }
 
 void RVOPENGL::scissorOn() {
-    if (enter(scissor))
+    if (mustEnable(scissor))
         glEnable(GL_SCISSOR_TEST);
 }
 
 void RVOPENGL::scissorOff() {
-    if (leave(scissor))
+    if (mustDisable(scissor))
         glDisable(GL_SCISSOR_TEST);
 }
 
 void RVOPENGL::twoSideOn() {
-    if (enter(twoSide))
+    if (mustEnable(twoSide))
         glLightModelf(GL_LIGHT_MODEL_TWO_SIDE, 1);
 }
 
 void RVOPENGL::twoSideOff() {
-    if (leave(twoSide))
+    if (mustDisable(twoSide))
         glLightModelf(GL_LIGHT_MODEL_TWO_SIDE, 0);
 }
 
 bool RVOPENGL::isTwoSide() { return twoSide; }
 
 void RVOPENGL::vertexArrayOn() {
-    if (enter(vertexArrayStatus))
+    if (mustEnable(vertexArrayStatus))
         glEnableClientState(GL_VERTEX_ARRAY);
 }
 
 void RVOPENGL::vertexArrayOff() {
-    if (leave(vertexArrayStatus))
+    if (mustDisable(vertexArrayStatus))
         glDisableClientState(GL_VERTEX_ARRAY);
 }
 
 void RVOPENGL::indexArrayOn() {
-    if (enter(indexArrayStatus))
+    if (mustEnable(indexArrayStatus))
         glEnableClientState(GL_INDEX_ARRAY);
 }
 
 void RVOPENGL::indexArrayOff() {
-    if (leave(indexArrayStatus))
+    if (mustDisable(indexArrayStatus))
         glDisableClientState(GL_INDEX_ARRAY);
 }
 
 void RVOPENGL::normalArrayOn() {
-    if (enter(normalArrayStatus))
+    if (mustEnable(normalArrayStatus))
         glEnableClientState(GL_NORMAL_ARRAY);
 }
 
 void RVOPENGL::normalArrayOff() {
-    if (leave(normalArrayStatus))
+    if (mustDisable(normalArrayStatus))
         glDisableClientState(GL_NORMAL_ARRAY);
 }
 
 void RVOPENGL::colorArrayOn() {
-    if (enter(colorArrayStatus))
+    if (mustEnable(colorArrayStatus))
         glEnableClientState(GL_COLOR_ARRAY);
 }
 
 void RVOPENGL::colorArrayOff() {
-    if (leave(colorArrayStatus))
+    if (mustDisable(colorArrayStatus))
         glDisableClientState(GL_COLOR_ARRAY);
 }
 
 void RVOPENGL::textureArrayOn() {
-    if (!enter(textureArrayStatus))
+    if (!mustEnable(textureArrayStatus))
         return;
     chooseClientUnit0();
     glEnableClientState(GL_TEXTURE_COORD_ARRAY);
 }
 
 void RVOPENGL::textureArrayOff() {
-    if (!leave(textureArrayStatus))
+    if (!mustDisable(textureArrayStatus))
         return;
     chooseClientUnit0();
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);

@@ -1,5 +1,5 @@
-// The record, its file, and the view in force. Only RVSETTINGS::init (engine/app/window.cpp) fills the
-// view; this source hands it out.
+// The record, its file, and the view in force. Only RVSETTINGS::init (engine/app/window.cpp) fills
+// the view; this source hands it out.
 
 #include "ravolt/RVSETTINGS.h"
 
@@ -9,7 +9,7 @@
 
 #include <cstring>
 
-RVSETTINGS::InForce RVSETTINGS::inForce = {};
+RVSETTINGS::Applied RVSETTINGS::applied = {};
 
 namespace {
 
@@ -247,46 +247,46 @@ void RVSETTINGS::setFontPath(const char *path) { replaceText(fontPath, path); }
 
 char *RVSETTINGS::getFontPath() { return fontPath; }
 
-bool RVSETTINGS::isActive() { return inForce.active; }
+bool RVSETTINGS::isActive() { return applied.active; }
 
-void RVSETTINGS::forceShadersOff() { inForce.useShaders = false; }
+void RVSETTINGS::forceShadersOff() { applied.useShaders = false; }
 
-void RVSETTINGS::forceShadersOn() { inForce.useShaders = true; }
+void RVSETTINGS::forceShadersOn() { applied.useShaders = true; }
 
-char *RVSETTINGS::getSDLTitle() { return inForce.title; }
+char *RVSETTINGS::getSDLTitle() { return applied.title; }
 
-int RVSETTINGS::getSDLWindowX() { return inForce.windowX; }
+int RVSETTINGS::getSDLWindowX() { return applied.windowX; }
 
-int RVSETTINGS::getSDLWindowY() { return inForce.windowY; }
+int RVSETTINGS::getSDLWindowY() { return applied.windowY; }
 
-int RVSETTINGS::getSDLColorDepth() { return inForce.colorDepth; }
+int RVSETTINGS::getSDLColorDepth() { return applied.colorDepth; }
 
-int RVSETTINGS::getSDLZetaDepth() { return inForce.zetaDepth; }
+int RVSETTINGS::getSDLZetaDepth() { return applied.zetaDepth; }
 
-int RVSETTINGS::getSDLStencilDepth() { return inForce.stencilDepth; }
+int RVSETTINGS::getSDLStencilDepth() { return applied.stencilDepth; }
 
-bool RVSETTINGS::isSDLFullScreen() { return inForce.fullScreen; }
+bool RVSETTINGS::isSDLFullScreen() { return applied.fullScreen; }
 
-bool RVSETTINGS::isSDLResizable() { return inForce.resizable; }
+bool RVSETTINGS::isSDLResizable() { return applied.resizable; }
 
-bool RVSETTINGS::isSDLLandscape() { return inForce.landscape; }
+bool RVSETTINGS::isSDLLandscape() { return applied.landscape; }
 
-bool RVSETTINGS::getSDLShaders() { return inForce.useShaders; }
+bool RVSETTINGS::getSDLShaders() { return applied.useShaders; }
 
-int RVSETTINGS::getSDLShadowMapSize() { return inForce.shadowMapSize; }
+int RVSETTINGS::getSDLShadowMapSize() { return applied.shadowMapSize; }
 
-int RVSETTINGS::getSDLFBOSizeX() { return inForce.FBOSizeX; }
+int RVSETTINGS::getSDLFBOSizeX() { return applied.FBOSizeX; }
 
-int RVSETTINGS::getSDLFBOSizeY() { return inForce.FBOSizeY; }
+int RVSETTINGS::getSDLFBOSizeY() { return applied.FBOSizeY; }
 
-int RVSETTINGS::getSDLWaterSize() { return inForce.waterSize; }
+int RVSETTINGS::getSDLWaterSize() { return applied.waterSize; }
 
-bool RVSETTINGS::getSDLForceFBO() { return inForce.forceFBO; }
+bool RVSETTINGS::getSDLForceFBO() { return applied.forceFBO; }
 
-void *RVSETTINGS::getSDLWindow() { return inForce.window; }
+void *RVSETTINGS::getSDLWindow() { return applied.window; }
 
-int RVSETTINGS::getZLAAudioChannels() { return inForce.audioChannels; }
+int RVSETTINGS::getZLAAudioChannels() { return applied.audioChannels; }
 
-int RVSETTINGS::getZLAAudioBuffers() { return inForce.audioBuffers; }
+int RVSETTINGS::getZLAAudioBuffers() { return applied.audioBuffers; }
 
-int RVSETTINGS::getZLAAudioElements() { return inForce.audioElements; }
+int RVSETTINGS::getZLAAudioElements() { return applied.audioElements; }

@@ -100,13 +100,13 @@ class RV_API RVELEMENT {
     friend class RVMESH;
     friend class RVNODE;
 
-    static bool drawsItself(const RVNODE &node);
+    static bool isListed(const RVNODE &node);
     static bool isClipped(const RVNODE &node, const Z3MMATRIX &eye);
-    static void enter(RVNODE &node);
-    static unsigned int enterSkeleton(RVMESH &mesh);
-    static void noteBone(const RVNODE &node, const RVMESH &mesh);
-    static void forget(const RVNODE &node);
-    static void takeOut(unsigned int place);
+    static void addEntry(RVNODE &node);
+    static unsigned int addSkeleton(RVMESH &mesh);
+    static void storeBoneMatrix(const RVNODE &node, const RVMESH &mesh);
+    static void removeNode(const RVNODE &node);
+    static void removeEntry(unsigned int place);
     static void sortByGroup();
     static void sortByDepth();
 

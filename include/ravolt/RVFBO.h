@@ -82,8 +82,8 @@ class RV_API RVFBO {
 
   private:
     void attach();
-    void keepTexture();
-    static void forgetTexture(const RVTEXTURE *gone);
+    void reattachTexture();
+    static void onTextureDestroyed(const RVTEXTURE *gone);
     static bool holds(const RVTEXTURE *texture); // whether one of the targets has it
 
     unsigned int id;

@@ -161,10 +161,10 @@ class RV_API RVMESH : public RVNODE {
     };
 
     // What this very object must release: copies start without it, and assignment leaves it alone.
-    struct Holdings {
-        Holdings() : block(), buffer() {}
-        Holdings(const Holdings &) : block(), buffer() {}
-        Holdings &operator=(const Holdings &) { return *this; }
+    struct OwnedStorage {
+        OwnedStorage() : block(), buffer() {}
+        OwnedStorage(const OwnedStorage &) : block(), buffer() {}
+        OwnedStorage &operator=(const OwnedStorage &) { return *this; }
 
         void *block[7];
         unsigned int buffer[6];
@@ -176,13 +176,13 @@ class RV_API RVMESH : public RVNODE {
     bool copyGeometry(const ravolt::MeshRecord &record);
     bool copySkin(const ravolt::MeshRecord &record);
     void createBuffers();
-    bool isBentByProgram() const;
-    bool isStiff() const;
+    bool isSkinnedByProgram() const;
+    bool cannotSkin() const;
     void animateByProgram() const;
     void animateVertices();
     bool shade(RVELEMENT &entry) const;
     void shadeFlat(const RVELEMENT &entry) const;
-    void leaveProgram(const RVELEMENT &entry) const;
+    void disableUnusableProgram(const RVELEMENT &entry) const;
     void drawSurfaces(const RVELEMENT &entry, bool transparent) const;
     void bindArrays() const;
     void drawFaces() const;
@@ -227,7 +227,7 @@ class RV_API RVMESH : public RVNODE {
     unsigned int boneIndexBuffer = 0;
     unsigned int boneWeightBuffer = 0;
 
-    Holdings holdings;
+    OwnedStorage owned;
 
     static RVSKELETON *skeletonElement;  // RV_SKELETONS entries; NULL while the engine is down
     static unsigned int currentSkeleton; // entries used in this frame

@@ -207,10 +207,10 @@ class RV_API RVNODE {
   protected:
     // Sets the type and writes its default name, as "[mesh 12]"; for constructors of the type's own
     // class, as which the engine takes the object from then on.
-    void become(RV_NODE_TYPE newType);
+    void initType(RV_NODE_TYPE newType);
 
     // For copy constructors of the type's own class: the copy is an object of that class, too.
-    void keepClass(RV_NODE_TYPE ownClass) { registration.madeAs = ownClass; }
+    void setDynamicClass(RV_NODE_TYPE ownClass) { registration.madeAs = ownClass; }
 
     // False for a copy, which must give nothing back.
     bool isRegistered() const { return registration.done; }
@@ -247,7 +247,7 @@ class RV_API RVNODE {
         assign(vector, vector.x + x, vector.y + y, vector.z + z);
     }
 
-    static void dissolveTrees();
+    static void unlinkAll();
     bool mayLink(const RVNODE *newParent);
     void attach(RVNODE &newParent, RVNODE **grown);
     template <class Test> RVNODE *findInHierarchy(const Test &matches);

@@ -195,7 +195,7 @@ class RV_API RVOPENGL {
     static bool reset();
     static bool isActive();
 
-    static void forgetFbo(const RVFBO *target);
+    static void onTargetDestroyed(const RVFBO *target);
     static RVFBO *fbo[14];
     static float anisotropicLevel;
     static bool active;

@@ -160,10 +160,10 @@ class RV_API RVSETTINGS {
 
     // The steps of init, in their order.
     void logRequest();
-    void handOutPaths();
-    void askForContext() const;
+    void applyPaths();
+    void setContextAttributes() const;
     bool openWindow();
-    void takeInForce();
+    void recordObtainedMode();
 
     void storeOverFlags(int flag, unsigned int value);
 
@@ -196,7 +196,7 @@ class RV_API RVSETTINGS {
     char fontPath[256];
     int videoMemory; // megabytes; 0 for what SDL reports
 
-    struct InForce {
+    struct Applied {
         bool active;
         char title[256];
         int windowX;
@@ -219,5 +219,5 @@ class RV_API RVSETTINGS {
         int audioElements;
         int renderingElements;
     };
-    static InForce inForce;
+    static Applied applied;
 };

@@ -182,8 +182,8 @@ class RV_API RVSHADER {
     bool compile(const Stage &stage, const char *stageName, const char *source);
     void link(bool vertex, bool pixel);
     void findParameters();
-    void wireSamplers() const;
-    static void forgetBuiltin(const RVSHADER *program);
+    void assignSamplerUnits() const;
+    static void onProgramDestroyed(const RVSHADER *program);
 
     unsigned int id;
     char name[256];

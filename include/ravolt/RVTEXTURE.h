@@ -135,14 +135,14 @@ class RV_API RVTEXTURE {
     void setCubeType(unsigned int cubeType);
 
   private:
-    void forgetBindings();
+    void invalidateBindings();
     void restore();
-    static void forgetUnit(unsigned int unit) { channelCache[unit] = nullptr; }
+    static void invalidateUnit(unsigned int unit) { channelCache[unit] = nullptr; }
     void releaseUpload();
     void releasePixels();
     void makeRoom();
-    void leaveTargets();
-    bool isWorthUnloading() const;
+    void detachFromTargets();
+    bool isEvictable() const;
     void bindForUpload() const;
     void replacePixels(unsigned int width, unsigned int height, unsigned int rowLength,
                        const void *pixels, bool rgb = true) const;

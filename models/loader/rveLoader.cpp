@@ -84,12 +84,12 @@ Verdict checkFile(ByteReader reader) {
 
 // What a load has added to the registries of materials, programs and textures; taken back if it
 // fails. Room is made beforehand, so that noting a new object cannot fail.
-class Additions {
+class LoadTransaction {
   public:
-    Additions() = default;
-    Additions(const Additions &) = delete;
-    Additions &operator=(const Additions &) = delete;
-    ~Additions() {
+    LoadTransaction() = default;
+    LoadTransaction(const LoadTransaction &) = delete;
+    LoadTransaction &operator=(const LoadTransaction &) = delete;
+    ~LoadTransaction() {
         for (RVMATERIAL *material : materials) {
             for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot)
                 material->setTexture(slot, nullptr);
@@ -124,19 +124,19 @@ bool namesFile(const char *name) {
 }
 
 // A texture whose file cannot be read is used all the same.
-RVTEXTURE *findOrLoadTexture(const char *fileName, Additions &additions) {
+RVTEXTURE *findOrLoadTexture(const char *fileName, LoadTransaction &transaction) {
     if (RVTEXTURE *texture = LoadIndex::findTexture(fileName))
         return texture;
     RVTEXTURE *texture = new RVTEXTURE;
-    additions.textures.push_back(texture);
+    transaction.textures.push_back(texture);
     texture->load(fileName);
-    additions.index.add(*texture);
+    transaction.index.add(*texture);
     return texture;
 }
 
 // The normal map stands beside the diffuse texture: its name has "_n.tga" for the last six
 // characters, whatever these are. NULL when there is none.
-RVTEXTURE *findOrLoadNormalMap(const char *textureName, Additions &additions) {
+RVTEXTURE *findOrLoadNormalMap(const char *textureName, LoadTransaction &transaction) {
     std::string name = textureName;
     name.resize(name.size() - std::min<std::size_t>(name.size(), 6));
     name += "_n.tga";
@@ -146,17 +146,17 @@ RVTEXTURE *findOrLoadNormalMap(const char *textureName, Additions &additions) {
         return nullptr;
     }
     zlfLog("   normal map: %s\n", name.c_str());
-    return findOrLoadTexture(name.c_str(), additions);
+    return findOrLoadTexture(name.c_str(), transaction);
 }
 
 // A program that cannot be made is used all the same: its objects are drawn without.
-RVSHADER *findOrLoadShader(const char *name, Additions &additions) {
+RVSHADER *findOrLoadShader(const char *name, LoadTransaction &transaction) {
     if (RVSHADER *shader = RVSHADER::findByName(name))
         return shader;
     const std::string vertexFile = std::string(name) + "VS.glsl";
     const std::string pixelFile = std::string(name) + "PS.glsl";
     RVSHADER *shader = new RVSHADER;
-    additions.shaders.push_back(shader);
+    transaction.shaders.push_back(shader);
     shader->load(vertexFile.c_str(), pixelFile.c_str(), false);
     shader->setName(name);
     return shader;
@@ -164,27 +164,27 @@ RVSHADER *findOrLoadShader(const char *name, Additions &additions) {
 
 // A material of that name that is there already stays as it is; the textures and the program of the
 // record are loaded all the same.
-void buildMaterial(const MaterialRecord &record, Additions &additions) {
+void buildMaterial(const MaterialRecord &record, LoadTransaction &transaction) {
     RVTEXTURE *diffuse = nullptr;
     RVTEXTURE *normalMap = nullptr;
     // The name of a normal map leaves the path only if that of the texture does.
     if (namesFile(record.textureName)) {
-        diffuse = findOrLoadTexture(record.textureName, additions);
-        normalMap = findOrLoadNormalMap(record.textureName, additions);
+        diffuse = findOrLoadTexture(record.textureName, transaction);
+        normalMap = findOrLoadNormalMap(record.textureName, transaction);
     }
     RVSHADER *shader =
-        namesFile(record.shaderName) ? findOrLoadShader(record.shaderName, additions) : nullptr;
+        namesFile(record.shaderName) ? findOrLoadShader(record.shaderName, transaction) : nullptr;
     if (LoadIndex::findMaterial(record.name))
         return;
 
     RVMATERIAL *material = new RVMATERIAL;
-    additions.materials.push_back(material);
+    transaction.materials.push_back(material);
     material->setAmbient(record.ambient);
     material->setDiffuse(record.diffuse);
     material->setSpecular(record.specular);
     material->setEmission(record.selfIllumination);
     material->setName(record.name);
-    additions.index.add(*material);
+    transaction.index.add(*material);
     material->setTexture(0, diffuse);
     material->setTexture(1, normalMap);
     material->setTransparency(record.transparency);
@@ -192,17 +192,17 @@ void buildMaterial(const MaterialRecord &record, Additions &additions) {
     material->setShader(shader);
 }
 
-void buildMaterials(ByteReader &reader, const char *fileName, Additions &additions) {
+void buildMaterials(ByteReader &reader, const char *fileName, LoadTransaction &transaction) {
     const unsigned int number = reader.read<std::uint16_t>();
-    additions.materials.reserve(number);
-    additions.shaders.reserve(number);
-    additions.textures.reserve(2 * number);
+    transaction.materials.reserve(number);
+    transaction.shaders.reserve(number);
+    transaction.textures.reserve(2 * number);
     if (!number)
         zlfLog("   [!] Warning: no material found in file %s\n", fileName);
     MaterialRecord record;
     for (unsigned int i = 0; i < number; ++i) {
         ravolt::readMaterialRecord(reader, record);
-        buildMaterial(record, additions);
+        buildMaterial(record, transaction);
     }
 }
 
@@ -269,21 +269,21 @@ RVNODE *RAVOLT::load(const char *fileName) try {
         !checkWhole(path, file))
         return nullptr;
 
-    Additions additions;
+    LoadTransaction transaction;
     ByteReader reader(file.data(), file.size(), rve::headerBytes);
-    buildMaterials(reader, path, additions);
+    buildMaterials(reader, path, transaction);
     state.nodes = 0;
     char *bytes = reinterpret_cast<char *>(const_cast<unsigned char *>(file.data()));
     long cursor = static_cast<long>(reader.position());
     std::unique_ptr<RVNODE, DestroyTree> root(recursiveLoad(bytes, &cursor, nullptr));
     if (!root)
         return nullptr;
-    additions.index.addTree(*root);
+    transaction.index.addTree(*root);
     recursiveInitBones(root.get(), root.get());
     zlfFree(file.release());
     zlfLog("   File .RVE loaded (%u nodes)\n", state.nodes);
     RVNODE::displayTree(root.get());
-    additions.keep();
+    transaction.keep();
     return root.release();
 } catch (const std::bad_alloc &) {
     zlfLog("   [!] Out of memory for file %s%s @ RAVOLT::load\n", rvePath, fileName);

@@ -42,15 +42,15 @@ bool RVELEMENT::pass(RVNODE *node, bool) {
     }
     const ravolt::ModelviewScope scope;
     ravolt::applyLocalTransform(*node);
-    if (drawsItself(*node))
-        enter(*node);
+    if (isListed(*node))
+        addEntry(*node);
     for (unsigned int index = 0; index < node->getNumberOfChildren(); ++index)
         if (RVNODE *child = node->getChild(index))
             child->pass(false);
     return true;
 }
 
-bool RVELEMENT::drawsItself(const RVNODE &node) {
+bool RVELEMENT::isListed(const RVNODE &node) {
     return ravolt::traitsOf(node).listed && !(isMesh(node) && asMesh(node).isHidden());
 }
 
@@ -66,7 +66,7 @@ bool RVELEMENT::isClipped(const RVNODE &node, const Z3MMATRIX &eye) {
     return true;
 }
 
-void RVELEMENT::enter(RVNODE &node) {
+void RVELEMENT::addEntry(RVNODE &node) {
     Z3MMATRIX &eye = element[numberOfPassedElements].matrix;
     glGetFloatv(GL_MODELVIEW_MATRIX, eye.e);
     if (clipping && isClipped(node, eye))
@@ -80,7 +80,7 @@ void RVELEMENT::enter(RVNODE &node) {
     elementPointer[numberOfPassedElements] = &entry;
     // On purpose: other entries keep the number that an earlier frame left.
     if (isMesh(node) && asMesh(node).isSkinned())
-        entry.param1 = enterSkeleton(static_cast<RVMESH &>(node));
+        entry.param1 = addSkeleton(static_cast<RVMESH &>(node));
 
     ++numberOfPassedElements;
     entry.countedAsLight = ravolt::traitsOf(node).order == ravolt::DrawOrder::light;
@@ -89,7 +89,7 @@ void RVELEMENT::enter(RVNODE &node) {
     numberOfTransparencies += entry.countedAsTransparent;
 }
 
-unsigned int RVELEMENT::enterSkeleton(RVMESH &mesh) {
+unsigned int RVELEMENT::addSkeleton(RVMESH &mesh) {
     if (!RVMESH::skeletonElement || RVMESH::currentSkeleton >= skeletonCacheSize) {
         zlfLog("   [!] Skeleton cache full @ RVELEMENT::pass\n");
         return skeletonCacheSize;
@@ -109,7 +109,7 @@ bool RVELEMENT::passSkeleton(RVNODE *node, RVMESH *mesh) {
     const ravolt::ModelviewScope scope;
     ravolt::applyLocalTransform(*node);
     if (isMesh(*node))
-        noteBone(*node, *mesh);
+        storeBoneMatrix(*node, *mesh);
     for (unsigned int index = 0; index < node->getNumberOfChildren(); ++index)
         if (RVNODE *child = node->getChild(index))
             passSkeleton(child, mesh);
@@ -117,7 +117,7 @@ bool RVELEMENT::passSkeleton(RVNODE *node, RVMESH *mesh) {
 }
 
 // The first bone that `node` moves; the cache is left alone when it is full or missing.
-void RVELEMENT::noteBone(const RVNODE &node, const RVMESH &mesh) {
+void RVELEMENT::storeBoneMatrix(const RVNODE &node, const RVMESH &mesh) {
     if (!RVMESH::skeletonElement || RVMESH::currentSkeleton >= skeletonCacheSize)
         return;
     RVSKELETON &skeleton = RVMESH::skeletonElement[RVMESH::currentSkeleton];

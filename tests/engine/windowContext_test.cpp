@@ -213,7 +213,7 @@ TEST_F(WindowContextTest, WithoutX11PlacementDoesNothing) {
     const ravolt::SystemWindow window;
     EXPECT_EQ(window.handle(), nullptr);
     window.setOuterSize(1, 1);
-    window.keepOnTop();
+    window.raiseToTop();
     EXPECT_EQ(SDL_GetVideoSurface()->w, width);
 }
 
@@ -273,7 +273,7 @@ TEST_F(CaveWindowTest, OnX11IsOnTopWithItsSize) {
     XMapRaised(other.display, cover);
     XSync(other.display, False);
     ASSERT_EQ(other.topmost(), cover);
-    ravolt::SystemWindow().keepOnTop();
+    ravolt::SystemWindow().raiseToTop();
     EXPECT_EQ(other.topmost(), engineWindow());
     XDestroyWindow(other.display, cover);
 }
