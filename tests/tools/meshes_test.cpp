@@ -137,6 +137,74 @@ TEST(Meshes, ShowsBothSidesWhenAsked) {
     EXPECT_NEAR(geometry.normals[geometry.faces[1][0]].z, -1, 1e-6);
 }
 
+// A box from (0, 0, 0) to (1, 1, 1) without shared vertices, seen from outside.
+std::unique_ptr<aiMesh> box(bool inward = false, std::size_t faces = 12, float side = 1) {
+    const int quads[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
+                             {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
+    std::vector<aiVector3D> points;
+    std::vector<std::array<unsigned int, 3>> triangles;
+    for (const auto &quad : quads)
+        for (const int half : {0, 1}) {
+            const auto first = static_cast<unsigned int>(points.size());
+            for (const int corner : {quad[0], quad[1 + half], quad[2 + half]})
+                points.emplace_back(side * static_cast<float>(corner & 1),
+                                    side * static_cast<float>(corner >> 1 & 1),
+                                    side * static_cast<float>(corner >> 2));
+            if (triangles.size() < faces)
+                triangles.push_back(
+                    {first, inward ? first + 2 : first + 1, inward ? first + 1 : first + 2});
+        }
+    return meshFrom(points, triangles);
+}
+
+std::size_t facesOfBothSides(const aiMesh &mesh) {
+    Carrying carrying;
+    carrying.bothSides = true;
+    Geometry geometry;
+    append(geometry, mesh, carrying);
+    return geometry.faces.size();
+}
+
+TEST(Meshes, DoublesNoClosedPart) {
+    EXPECT_EQ(facesOfBothSides(*box()), 12u);
+    EXPECT_EQ(facesOfBothSides(*box(true)), 24u);      // a room
+    EXPECT_EQ(facesOfBothSides(*box(false, 11)), 22u); // a hole
+    EXPECT_EQ(facesOfBothSides(*box(false, 12, 1e-3f)), 12u);
+    const auto wrong = box();
+    std::swap(wrong->mFaces[3].mIndices[1], wrong->mFaces[3].mIndices[2]);
+    EXPECT_EQ(facesOfBothSides(*wrong), 24u); // one triangle the other way round
+    const auto sheet = meshFrom({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 1}});
+    EXPECT_EQ(facesOfBothSides(*sheet), 4u); // closed, but nothing inside
+}
+
+TEST(Meshes, DoublesTheOpenPartsBesideClosedOnes) {
+    Carrying carrying;
+    carrying.bothSides = true;
+    Geometry geometry;
+    append(geometry, *triangle(), carrying);
+    append(geometry, *box(), carrying);
+    EXPECT_EQ(geometry.faces.size(), 14u);
+    EXPECT_EQ(geometry.positions.size(), 42u);
+    append(geometry, *box(), carrying); // parts are those of one mesh
+    EXPECT_EQ(geometry.faces.size(), 26u);
+}
+
+TEST(Meshes, DoublesSkinsThatBonesTearOpen) {
+    const auto mesh = box();
+    Carrying carrying;
+    carrying.posed.resize(mesh->mNumVertices);
+    carrying.holders.resize(mesh->mNumVertices);
+    for (Holders &holders : carrying.holders)
+        holders.weight[0] = 1;
+    carrying.bothSides = true;
+    Geometry whole, torn;
+    append(whole, *mesh, carrying);
+    EXPECT_EQ(whole.faces.size(), 12u);
+    carrying.holders[0].bone[0] = 1;
+    append(torn, *mesh, carrying);
+    EXPECT_EQ(torn.faces.size(), 24u);
+}
+
 TEST(Meshes, FillsTexturePlacesWhereOneOfTwoMeshesHasNone) {
     const auto plain = triangle(), placed = triangle();
     placed->mNumUVComponents[0] = 2;

@@ -4,6 +4,8 @@
 
 #include "tools/convert/meshes.h"
 
+#include "tools/convert/closedParts.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -113,27 +115,39 @@ void pullIn(Geometry &geometry, std::size_t first) {
             geometry.positions[i] = home;
 }
 
-// The triangles from `firstFace` on a second time, with the vertices from `firstVertex` on a second
-// time, facing the other way.
-void addBacks(Geometry &geometry, std::size_t firstVertex, std::size_t firstFace) {
-    const std::size_t vertices = geometry.positions.size(), faces = geometry.faces.size();
-    const auto shift = static_cast<std::uint32_t>(vertices - firstVertex);
-    for (std::size_t i = firstVertex; i < vertices; ++i) {
-        const Point normal = geometry.normals[i], position = geometry.positions[i];
-        geometry.positions.push_back(position);
-        geometry.normals.push_back({-normal.x, -normal.y, -normal.z});
-        if (geometry.placed) {
-            const TexturePlace place = geometry.texturePlaces[i];
-            geometry.texturePlaces.push_back(place);
-        }
-        if (!geometry.holders.empty()) {
-            const Holders holders = geometry.holders[i];
-            geometry.holders.push_back(holders);
-        }
+// Copies a vertex with its normal turned round, and returns the index of the copy.
+std::uint32_t addBackOf(Geometry &geometry, std::uint32_t vertex) {
+    const Point normal = geometry.normals[vertex], position = geometry.positions[vertex];
+    geometry.positions.push_back(position);
+    geometry.normals.push_back({-normal.x, -normal.y, -normal.z});
+    if (geometry.placed) {
+        const TexturePlace place = geometry.texturePlaces[vertex];
+        geometry.texturePlaces.push_back(place);
     }
-    for (std::size_t i = firstFace; i < faces; ++i) {
-        const auto [a, b, c] = geometry.faces[i];
-        geometry.faces.push_back({a + shift, c + shift, b + shift});
+    if (!geometry.holders.empty()) {
+        const Holders holders = geometry.holders[vertex];
+        geometry.holders.push_back(holders);
+    }
+    return static_cast<std::uint32_t>(geometry.positions.size() - 1);
+}
+
+// The triangles from `firstFace` on a second time, facing the other way, except those whose back
+// nobody can see.
+void addBacks(Geometry &geometry, std::size_t firstVertex, std::size_t firstFace) {
+    const std::vector<bool> closed = closedOutward(geometry, firstFace);
+    std::vector<std::uint32_t> backs(geometry.positions.size() - firstVertex, unused);
+    const auto back = [&](std::uint32_t vertex) {
+        std::uint32_t &copy = backs[vertex - firstVertex];
+        if (copy == unused)
+            copy = addBackOf(geometry, vertex);
+        return copy;
+    };
+    for (std::size_t i = 0; i < closed.size(); ++i) {
+        if (closed[i])
+            continue;
+        const auto [a, b, c] = geometry.faces[firstFace + i];
+        const std::uint32_t backOfA = back(a), backOfB = back(b), backOfC = back(c);
+        geometry.faces.push_back({backOfA, backOfC, backOfB});
     }
 }
 

@@ -63,7 +63,8 @@ struct Carrying {
     std::vector<Holders> holders; // as many
     unsigned int channel = 0;     // which set of texture coordinates
     TextureTransform texture;     // applied to them
-    bool bothSides = false;       // each triangle a second time, seen from behind
+    bool bothSides = false;       // each triangle a second time, seen from behind, but for those
+                                  // of closed parts
 };
 
 // Triangles that append leaves out, as they would not be seen.
