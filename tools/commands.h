@@ -30,8 +30,9 @@ struct ShowOptions {
     std::optional<double> yaw, pitch; // degrees; without them the stage's own
     double zoom = 1;                  // a factor
     bool wireframe = false;
-    bool twoSided = false; // of a model
-    SourceOptions sources; // likewise
+    bool twoSided = false;              // of a model
+    SourceOptions sources;              // likewise
+    AlphaUse alpha = AlphaUse::picture; // of textures of a model that does not say
     bool normals = false;
     bool boxes = false;
     EffectOptions effects;

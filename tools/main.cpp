@@ -13,6 +13,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <new>
 
 namespace {
@@ -95,6 +96,19 @@ void addTalk(CLI::App &command, Options &options) {
         ->excludes(quiet);
 }
 
+void addAlpha(CLI::App &command, AlphaUse &to) {
+    static const std::map<std::string, AlphaUse> words = {{"auto", AlphaUse::picture},
+                                                          {"opaque", AlphaUse::opaque},
+                                                          {"cutout", AlphaUse::cutout},
+                                                          {"blend", AlphaUse::blended}};
+    command
+        .add_option("--alpha", to,
+                    "What the alpha of a texture does where the model does not say: opaque, cutout "
+                    "or blend; auto looks at the pixels (auto)")
+        ->transform(CLI::CheckedTransformer(words))
+        ->type_name("WORD");
+}
+
 // What may be read for a model, and where its textures are looked for.
 void addSources(CLI::App &command, SourceOptions &to) {
     command
@@ -119,6 +133,7 @@ CLI::App *addConvert(CLI::App &app, Options &options) {
         ->required();
     addSources(*command, to.sources);
     command->add_flag("--normal-maps", to.normalMaps, "Write normal maps too, as NAME_n.tga");
+    addAlpha(*command, to.alpha);
     command->add_flag("--two-sided", to.twoSided, "Make every surface visible from behind too");
     command->add_option("--max-texture", to.largestTexture, "Longest side of a texture in pixels")
         ->check(CLI::Range(1u, 4096u))
@@ -154,6 +169,7 @@ void addShow(CLI::App &command, Options &options, ShowOptions &to) {
                      "Show lines only, without bloom and depth of field");
     command.add_flag("--two-sided", to.twoSided,
                      "Show a model's surfaces from behind too; no effect on a scene file");
+    addAlpha(command, to.alpha);
     addSources(command, to.sources);
     command.add_flag("--normals", to.normals, "Show normals, one unit long");
     command.add_flag("--boxes", to.boxes, "Show bounding boxes");

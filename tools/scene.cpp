@@ -34,6 +34,7 @@ void SceneToShow::convert(const ShowOptions &wanted, const Talk &talk) {
     options.twoSided = wanted.twoSided;
     options.fps = wanted.fps;
     options.sources = wanted.sources;
+    options.alpha = wanted.alpha;
     options.scene = scene = folder->path() / "scene.rve";
     runGuarded(wanted.input.string(), [&] {
         Report report;

@@ -1,6 +1,7 @@
 #include "tests/tools/support.h"
 #include "tools/writers/tgaWriter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <set>
@@ -362,6 +363,81 @@ TEST(Convert, BlendsWhereTheModelWantsItsTexturesAlpha) {
     EXPECT_EQ(makeBlended("OPAQUE", 100).scene.materials.at(0).transparency, 1);
     EXPECT_EQ(bitsOf("c_d.tga"), 24);
     EXPECT_EQ(makeBlended("BLEND", 255).scene.materials.at(0).transparency, 1);
+}
+
+void writeAlphas(const std::string &file, std::vector<unsigned char> alphas) {
+    std::vector<unsigned char> pixels;
+    for (unsigned char alpha : alphas)
+        pixels.insert(pixels.end(), {9, 9, 9, alpha});
+    ravolt::TgaPicture picture;
+    picture.width = picture.height = 2;
+    picture.channels = 4;
+    picture.pixels = pixels.data();
+    ASSERT_TRUE(ravolt::writeTga(file, picture));
+}
+
+std::vector<unsigned char> alphasIn(const std::string &file) {
+    std::string reason;
+    const Image image = decodeFile(file, reason);
+    std::vector<unsigned char> alphas;
+    for (std::size_t i = 3; i < image.pixels.size(); i += 4)
+        alphas.push_back(image.pixels[i]);
+    std::sort(alphas.begin(), alphas.end());
+    return alphas;
+}
+
+// Of a format that has no word on the alpha of textures.
+Made makeSilent(const std::string &more = "", AlphaUse alpha = AlphaUse::picture) {
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd c.tga\n" + more);
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    ConvertOptions options;
+    options.model = "m.obj";
+    options.scene = "scene.rve";
+    options.alpha = alpha;
+    return make(options);
+}
+
+float opacityOf(const Made &made) { return made.scene.materials.at(0).transparency; }
+
+TEST(Convert, LooksAtThePixelsWhereAFormatIsSilentOnAlpha) {
+    writeAlphas("c.tga", {255, 255, 0, 255});
+    const Made cut = makeSilent();
+    EXPECT_LT(opacityOf(cut), 1);
+    EXPECT_EQ(bitsOf("c_d.tga"), 32);
+    EXPECT_EQ(cut.report.notes(),
+              std::vector<std::string>{"texture 'c.tga': its alpha cuts holes"});
+    writeAlphas("c.tga", {255, 100, 0, 255});
+    const Made blended = makeSilent();
+    EXPECT_LT(opacityOf(blended), 1);
+    EXPECT_EQ(blended.report.notes(),
+              std::vector<std::string>{"texture 'c.tga': its alpha blends"});
+    for (unsigned char same : {0, 255}) {
+        writeAlphas("c.tga", {same, same, same, same});
+        EXPECT_EQ(opacityOf(makeSilent()), 1);
+        EXPECT_EQ(bitsOf("c_d.tga"), 24);
+    }
+    writeAlphas("c.tga", {255, 255, 0, 255});
+    EXPECT_EQ(opacityOf(makeSilent("d 0.5\n")), 0.5f); // said
+    EXPECT_EQ(bitsOf("c_d.tga"), 24);
+}
+
+TEST(Convert, UsesAlphaAsTheCallerSays) {
+    writeAlphas("c.tga", {255, 120, 130, 0});
+    EXPECT_EQ(opacityOf(makeSilent("", AlphaUse::opaque)), 1);
+    EXPECT_EQ(bitsOf("c_d.tga"), 24);
+    EXPECT_LT(opacityOf(makeSilent("", AlphaUse::cutout)), 1);
+    EXPECT_EQ(alphasIn("c_d.tga"), (std::vector<unsigned char>{0, 0, 255, 255}));
+    EXPECT_LT(opacityOf(makeSilent("", AlphaUse::blended)), 1);
+    EXPECT_EQ(alphasIn("c_d.tga"), (std::vector<unsigned char>{0, 120, 130, 255}));
+    writeAlphas("c.tga", {255, 255, 255, 255});
+    EXPECT_EQ(opacityOf(makeSilent("", AlphaUse::blended)), 1); // nothing to blend
+}
+
+TEST(Convert, CutsOutWhereAMaterialMasks) {
+    makeBlended("MASK", 100);
+    EXPECT_EQ(alphasIn("c_d.tga"), std::vector<unsigned char>{0});
+    EXPECT_EQ(opacityOf(makeBlended("MASK", 130)), 1);
+    EXPECT_EQ(bitsOf("c_d.tga"), 24);
 }
 
 TEST(Convert, PutsAnOpacityMapIntoTheTexture) {

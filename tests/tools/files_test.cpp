@@ -79,6 +79,36 @@ TEST(Images, TakeOpacityFromAMapsBrightnessOrAlpha) {
     EXPECT_FALSE(isSeeThrough(plain(2, 2, 255)));
 }
 
+// A picture whose pixels have these alphas, `many` of each.
+Image withAlphas(const std::vector<std::pair<int, unsigned int>> &alphas) {
+    Image image;
+    image.height = 1;
+    for (const auto &[alpha, many] : alphas)
+        for (unsigned int i = 0; i < many; ++i, ++image.width)
+            image.pixels.insert(image.pixels.end(), {1, 2, 3, static_cast<unsigned char>(alpha)});
+    return image;
+}
+
+TEST(Images, ShowWhatTheirAlphaIsFor) {
+    EXPECT_EQ(alphaOf(plain(4, 4, 255)), Alpha::opaque);
+    EXPECT_EQ(alphaOf(plain(4, 4, 0)), Alpha::opaque); // nobody filled it in
+    EXPECT_EQ(alphaOf(plain(4, 4, 128)), Alpha::blended);
+    EXPECT_EQ(alphaOf(withAlphas({{247, 996}, {0, 4}})), Alpha::opaque);
+    EXPECT_EQ(alphaOf(withAlphas({{247, 995}, {8, 5}})), Alpha::cutout);
+    EXPECT_EQ(alphaOf(withAlphas({{246, 995}, {8, 5}})), Alpha::blended);
+    EXPECT_EQ(alphaOf(withAlphas({{255, 700}, {128, 200}, {0, 100}})), Alpha::cutout);
+    EXPECT_EQ(alphaOf(withAlphas({{255, 699}, {128, 201}, {0, 100}})), Alpha::blended);
+    EXPECT_EQ(alphaOf(withAlphas({{255, 950}, {128, 50}})), Alpha::blended); // no hole
+    EXPECT_EQ(alphaOf(withAlphas({{0, 996}, {255, 4}})), Alpha::opaque);
+}
+
+TEST(Images, AreCutOutAtAThreshold) {
+    Image image = withAlphas({{0, 1}, {127, 1}, {128, 1}, {255, 1}});
+    cutOut(image, 128);
+    EXPECT_EQ(image.pixels,
+              (std::vector<unsigned char>{1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 255, 1, 2, 3, 255}));
+}
+
 TEST(Images, SayWhatIsWrongWithThem) {
     std::string reason;
     EXPECT_TRUE(decodeMemory(nullptr, 0, reason).empty());

@@ -102,9 +102,9 @@ Converted makeScene(const ConvertOptions &options, Report &report, Progress &pro
     Textures textures(model.scene(), files, textureOptions(options, folder), report, written);
     Converted made;
     progress.step("materials and textures", 0.5, 0.75);
-    const std::vector<Surface> surfaces =
-        convertMaterials(model, {options.normalMaps, options.twoSided, options.prefix}, textures,
-                         report, progress, made.scene.materials);
+    const std::vector<Surface> surfaces = convertMaterials(
+        model, {options.normalMaps, options.twoSided, options.alpha, options.prefix}, textures,
+        report, progress, made.scene.materials);
     progress.step("bones and clips", 0.75, 0.85);
     const bool withBones = hasBones(model.scene());
     Skeleton skeleton(model.scene(), options.scale, withBones ? 2 : 1, report);

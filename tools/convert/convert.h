@@ -6,6 +6,7 @@
 #include "tools/convert/clips.h"
 #include "tools/convert/files.h"
 #include "tools/convert/modelFiles.h"
+#include "tools/convert/textures.h"
 #include "tools/progress.h"
 #include "tools/report.h"
 #include "tools/writers/rveWriter.h"
@@ -19,8 +20,9 @@ struct ConvertOptions {
     std::filesystem::path model;
     std::filesystem::path scene; // the file to write; textures and clips go beside it
     SourceOptions sources;
-    bool normalMaps = false; // also write NAME_n.tga
-    bool twoSided = false;   // every surface can be seen from behind
+    bool normalMaps = false;            // also write NAME_n.tga
+    bool twoSided = false;              // every surface can be seen from behind
+    AlphaUse alpha = AlphaUse::picture; // of textures where the model does not say
     unsigned int largestTexture = 4096;
     double scale = 1;   // of all lengths
     double fps = 30;    // frames of a clip in a second

@@ -131,6 +131,23 @@ bool isSeeThrough(const Image &image) {
     return false;
 }
 
+Alpha alphaOf(const Image &image) {
+    std::size_t clear = 0, solid = 0;
+    for (std::size_t i = 3; i < image.pixels.size(); i += 4) {
+        clear += image.pixels[i] <= 8;
+        solid += image.pixels[i] >= 247;
+    }
+    const std::size_t all = image.pixels.size() / 4;
+    if ((all - solid) * 200 < all || (all - clear) * 200 < all)
+        return Alpha::opaque;
+    return (all - solid - clear) * 5 <= all && clear * 200 >= all ? Alpha::cutout : Alpha::blended;
+}
+
+void cutOut(Image &image, unsigned char threshold) {
+    for (std::size_t i = 3; i < image.pixels.size(); i += 4)
+        image.pixels[i] = image.pixels[i] >= threshold ? 255 : 0;
+}
+
 void applyOpacity(Image &image, const Image &map) {
     const bool fromAlpha = isSeeThrough(map);
     const Image fitting = resized(map, image.width, image.height, false);

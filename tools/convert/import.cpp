@@ -201,6 +201,9 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
     // assimp states a glTF 2 transform about another centre than its own step turns by, so those
     // are applied to the coordinates of each material.
     linearColors = isReadBy(importer, "glTF2");
+    for (const char *format :
+         {"glTF", "Autodesk FBX", "Collada", "LightWave", "X3D", "3D Manufacturing"})
+        alphaSaid = alphaSaid || isReadBy(importer, format);
     current = importer.ApplyPostProcessing(
         hasTextureTransforms() ? steps : steps | aiProcess_TransformUVCoords);
     if (!current)

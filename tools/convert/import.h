@@ -28,11 +28,14 @@ class Model {
     bool hasHalfCones() const { return linearColors; }
     // Whether the transforms of textures are still to be applied to the texture coordinates.
     bool hasTextureTransforms() const { return linearColors; }
+    // Whether the format has a word on what the alpha of a texture means.
+    bool saysAlpha() const { return alphaSaid; }
 
   private:
     Assimp::Importer importer;
     const aiScene *current = nullptr;
     bool linearColors = false;
+    bool alphaSaid = false;
 };
 
 // Drops what cannot be drawn; see above. For the import, and for its tests.

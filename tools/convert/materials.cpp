@@ -80,6 +80,25 @@ std::string firstPath(const aiMaterial &material, std::initializer_list<aiTextur
     return "";
 }
 
+// The alpha from which on a glTF material that masks is solid; 0 for any other.
+unsigned char cutOf(const aiMaterial &material) {
+    aiString mode;
+    if (material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) != aiReturn_SUCCESS ||
+        std::strcmp(mode.C_Str(), "MASK") != 0)
+        return 0;
+    const float cut = limited(numberOf(material, "$mat.gltf.alphaCutoff", 0.5f), 0, 1, 0.5f);
+    return static_cast<unsigned char>(std::max(1.0f, std::ceil(cut * 255)));
+}
+
+// Whether the format or the material says what the alpha of its picture means.
+bool saysAlpha(const aiMaterial &material, const Model &model) {
+    int flags = 0;
+    material.Get(AI_MATKEY_TEXFLAGS(aiTextureType_DIFFUSE, 0), flags);
+    return model.saysAlpha() || !pathOf(material, aiTextureType_OPACITY).empty() ||
+           (flags & (aiTextureFlags_UseAlpha | aiTextureFlags_IgnoreAlpha)) != 0 ||
+           numberOf(material, "$mat.opacity", 1) < 1;
+}
+
 // Whether the alpha of the material's own picture is meant as opacity.
 bool usesAlpha(const aiMaterial &material) {
     aiString mode;
@@ -278,7 +297,10 @@ ravolt::RveMaterial Converter::convert(const aiMaterial &material, Surface &surf
     ravolt::RveMaterial out;
     out.name = surface.name = freeName(material);
 
-    const Source source = coverOf(material, out.name, options.normalMaps, report);
+    Source source = coverOf(material, out.name, options.normalMaps, report);
+    source.cover.cut = cutOf(material);
+    if (!saysAlpha(material, model))
+        source.cover.alpha = options.alpha;
     const CoverFile file = textures.file(source.cover);
     if (!file.name.empty()) {
         out.texture = file.name;

@@ -27,6 +27,7 @@ struct Surface {
 struct MaterialOptions {
     bool normalMaps = false;
     bool twoSided = false;
+    AlphaUse alpha = AlphaUse::picture; // of formats that do not say
     std::string prefix;
 };
 

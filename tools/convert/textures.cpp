@@ -123,6 +123,27 @@ void Textures::write(const std::string &name, const Image &image, bool withAlpha
         throw Failure(file.string(), "cannot be written");
 }
 
+void Textures::applyAlphaUse(Image &image, const Cover &cover) {
+    constexpr unsigned char half = 128;
+    AlphaUse use = cover.alpha;
+    if (use == AlphaUse::picture) {
+        const Alpha found = alphaOf(image);
+        use = found == Alpha::opaque   ? AlphaUse::opaque
+              : found == Alpha::cutout ? AlphaUse::cutout
+                                       : AlphaUse::blended;
+        if (use == AlphaUse::cutout)
+            report.note(called(cover.color) + ": its alpha cuts holes");
+        if (use == AlphaUse::blended)
+            report.note(called(cover.color) + ": its alpha blends");
+    }
+    if (use == AlphaUse::opaque)
+        cutOut(image, 0);
+    if (use == AlphaUse::cutout)
+        cutOut(image, half);
+    if (use == AlphaUse::stated && cover.cut)
+        cutOut(image, cover.cut);
+}
+
 CoverFile Textures::make(const Cover &cover) {
     Image image = read(cover.color);
     if (image.empty())
@@ -132,7 +153,9 @@ CoverFile Textures::make(const Cover &cover) {
         if (const Image map = read(cover.opacity); !map.empty())
             applyOpacity(image, map);
 
-    const bool seeThrough = !cover.opacity.empty() && isSeeThrough(image);
+    applyAlphaUse(image, cover);
+    const bool seeThrough =
+        (!cover.opacity.empty() || cover.alpha != AlphaUse::stated) && isSeeThrough(image);
     const std::string name = freeName(cover.color);
     write(name + "_d.tga", image, seeThrough);
     if (!cover.normals.empty())

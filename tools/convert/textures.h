@@ -17,11 +17,22 @@
 
 namespace ravolt::tool {
 
+// Whose word on a picture's alpha holds.
+enum class AlphaUse {
+    stated,  // the opacity of the cover says it all
+    picture, // the pixels decide
+    opaque,
+    cutout,
+    blended,
+};
+
 // What covers one surface, by the model's own paths; empty for none.
 struct Cover {
     std::string color;
     std::string opacity; // a map of its own, or `color` again when that picture's alpha counts
     std::string normals;
+    AlphaUse alpha = AlphaUse::stated;
+    unsigned char cut = 0; // with `stated`: pixels of a lower alpha are holes, all others solid
 
     auto operator<=>(const Cover &) const = default;
 };
@@ -55,6 +66,7 @@ class Textures {
     Image readFile(const std::string &path, std::string &reason);
     Image fitted(Image image, const std::string &path, bool sRgb);
     std::string freeName(const std::string &path);
+    void applyAlphaUse(Image &image, const Cover &cover);
     void write(const std::string &name, const Image &image, bool withAlpha);
     CoverFile make(const Cover &cover);
 
