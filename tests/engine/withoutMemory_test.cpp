@@ -110,9 +110,10 @@ class WithoutMemory : public SilentTest {
         clip->save("life.rva");
         clip->load("life.rva");
         auto *video = make<RVVIDEO>();
-        video->load("life.rve"); // no film, but a file
+        video->load("life.rve"); // no video, but a file
         video->play();
         video->update(2);
+        video->load(nullptr); // closes the file, which the destructor leaves open
     }
 
     static void tree() {
