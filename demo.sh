@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is needed, builds, and shows real models that were converted to the engine's formats,
-# under a spot light on a stage: a character walks round a truck, and beside them a film of the truck,
+# under a spot light on a stage: a character walks round a truck, and beside them a video of the truck,
 # which the engine itself has drawn, plays on a screen. Meanwhile comes one effect after the other:
 # per-pixel lighting, soft shadows, bloom, tone mapping, depth of field that pulls its focus, and all
 # of them together.
@@ -45,9 +45,9 @@ convert "$models/glTF/CesiumMilkTruck/CesiumMilkTruck.gltf" truck
 convert "$models/X/Testwuson.X" wisent
 convert media/stage.obj stage
 if [ ! "$stage/truck.m2v" -nt "$build/bin/ravolt" ]; then
-    echo "Making a film of the truck"
-    scripts/makeFilm.sh "$build/bin/ravolt" "$stage/truck.rve" "$stage/truck.m2v" ||
-        fail "the film could not be made"
+    echo "Making a video of the truck"
+    scripts/makeVideo.sh "$build/bin/ravolt" "$stage/truck.rve" "$stage/truck.m2v" ||
+        fail "the video could not be made"
 fi
 show=("$build/bin/effects" ./truck.rve ./stage.rve ./wisent.rve ./wisent.Wuson_Walk.rva ./truck.m2v)
 

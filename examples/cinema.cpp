@@ -8,27 +8,27 @@ namespace {
 
 constexpr float length = 5; // seconds
 
-// The film's steps are those of its decoder, of which each frame takes a different number. A
-// showing without a texture, which drops the frames, tells how many the whole film takes.
-unsigned int countSteps(RVVIDEO *film) {
+// The video's steps are those of its decoder, of which each frame takes a different number. A
+// showing without a texture, which drops the frames, tells how many the whole video takes.
+unsigned int countSteps(RVVIDEO *video) {
     unsigned int steps = 0;
-    for (film->play(); film->getStatus() == RV_VIDEO_PLAY; ++steps)
-        film->update(1);
+    for (video->play(); video->getStatus() == RV_VIDEO_PLAY; ++steps)
+        video->update(1);
     return steps;
 }
 
 } // namespace
 
-Cinema::Cinema(const char *file) : film(new RVVIDEO()), texture(new RVTEXTURE()) {
+Cinema::Cinema(const char *file) : video(new RVVIDEO()), texture(new RVTEXTURE()) {
     texture->setFilter(true, false, true); // no mipmaps, which would keep the first picture
     texture->create(512, 256, 3);
-    if (!film->load(file)) {
-        std::fprintf(stderr, "The film was not loaded; ravolt_log.txt says why.\n");
+    if (!video->load(file)) {
+        std::fprintf(stderr, "The video was not loaded; ravolt_log.txt says why.\n");
         return;
     }
-    stepsPerSecond = static_cast<float>(countSteps(film)) / length;
-    film->setTexture(texture);
-    film->playLoop();
+    stepsPerSecond = static_cast<float>(countSteps(video)) / length;
+    video->setTexture(texture);
+    video->playLoop();
 }
 
 void Cinema::showOn(RVNODE *scene, const char *mesh) {
@@ -44,6 +44,6 @@ void Cinema::showOn(RVNODE *scene, const char *mesh) {
 void Cinema::advance(float seconds) {
     due += seconds * stepsPerSecond;
     const unsigned int steps = static_cast<unsigned int>(due);
-    film->update(steps);
+    video->update(steps);
     due -= static_cast<float>(steps);
 }

@@ -4,11 +4,11 @@ class RVNODE;
 class RVTEXTURE;
 class RVVIDEO;
 
-// A film as scripts/makeFilm.sh makes it, 320 by 240 pixels and 5 seconds, on a mesh, again and
+// A video as scripts/makeVideo.sh makes it, 320 by 240 pixels and 5 seconds, on a mesh, again and
 // again. Its file stays open as long as the program runs.
 class Cinema {
   public:
-    // Loads the film; when that fails it says so, and the picture stays black.
+    // Loads the video; when that fails it says so, and the picture stays black.
     explicit Cinema(const char *file);
 
     // Puts the picture onto the mesh of this name. The mesh shows it by its texture coordinates:
@@ -18,7 +18,7 @@ class Cinema {
     void advance(float seconds);
 
   private:
-    RVVIDEO *film;
+    RVVIDEO *video;
     RVTEXTURE *texture;
     float stepsPerSecond = 0;
     float due = 0; // steps

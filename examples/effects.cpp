@@ -1,6 +1,6 @@
 // The effects in turn: a model on a stage under a spot light, which casts soft shadows, among lamps
 // that are brighter than white and glow, seen by a camera that pulls its focus. A character walks
-// round the model, and beside it a film plays on a screen.
+// round the model, and beside it a video plays on a screen.
 
 #include "cinema.h"
 #include "common.h"
@@ -78,7 +78,7 @@ void keepBent(RVNODE *node, RVSHADER *program) {
 int main(int argc, char **argv) {
     // init
     Example example(argc, argv,
-                    {"SCENE.rve", "STAGE.rve", "CHARACTER.rve", "CLIP.rva", "FILM.m2v"});
+                    {"SCENE.rve", "STAGE.rve", "CHARACTER.rve", "CLIP.rva", "VIDEO.m2v"});
     if (!openStage("Ravolt: effects", example.files[0]))
         return 1;
     RVNODE *model = RAVOLT::load(example.files[0]), *stage = RAVOLT::load(example.files[1]);

@@ -21,10 +21,10 @@ namespace {
 using namespace ravolt::tool;
 
 // A name with a number in it is counted on from 0, whichever frame comes first.
-constexpr const char *filmHelp =
-    "A film of a clip, of an even size:\n"
-    "  ravolt shot MODEL --clip NAME --frames 0.. -o film_%04d.png\n"
-    "  ffmpeg -framerate 30 -i film_%04d.png -pix_fmt yuv420p film.mp4\n";
+constexpr const char *videoHelp =
+    "A video of a clip, of an even size:\n"
+    "  ravolt shot MODEL --clip NAME --frames 0.. -o video_%04d.png\n"
+    "  ffmpeg -framerate 30 -i video_%04d.png -pix_fmt yuv420p video.mp4\n";
 
 constexpr const char *exitCodes = "Exit codes: 0 done, 1 the job failed, 2 wrong options.";
 
@@ -209,7 +209,7 @@ CLI::App *addShot(CLI::App &app, Options &options) {
     command->add_option("--sdl", options.sdlFolder,
                         "Folder of SDL 1.2's interface over SDL 2, which draws without a display "
                         "(looked for in /usr/lib)");
-    command->footer(filmHelp + std::string(exitCodes));
+    command->footer(videoHelp + std::string(exitCodes));
     return command;
 }
 

@@ -14,12 +14,12 @@
 #include <string>
 #include <utility>
 
-// Films: the registry, the file, the status and the way of a frame into its texture.
+// Videos: the registry, the file, the status and the way of a frame into its texture.
 //
-// Invariants: a stream has a file exactly when it has a decoder. A stream lives as long as a film,
+// Invariants: a stream has a file exactly when it has a decoder. A stream lives as long as a video,
 // or a copy of one, points to it.
 
-using ravolt::FilmFrame;
+using ravolt::VideoFrame;
 using VideoRegistry = ravolt::Registry<RVVIDEO>;
 
 RVVIDEO *RVVIDEO::firstVideo = nullptr;
@@ -63,14 +63,14 @@ bool reserveRows(RVVIDEO_STREAM &stream, std::size_t bytes) {
 
 // The picture of a frame with its rows bottom up; without pixels when memory runs out. The
 // decoder's own memory stays as it is, since a frame may be shown twice.
-FilmFrame flip(RVVIDEO_STREAM &stream, const FilmFrame &frame) {
+VideoFrame flip(RVVIDEO_STREAM &stream, const VideoFrame &frame) {
     const std::size_t rowBytes = std::size_t(frame.width) * 3;
     if (!reserveRows(stream, rowBytes * frame.pictureHeight))
         return {};
     unsigned char *target = stream.rows;
     for (unsigned int row = frame.pictureHeight; row-- > 0; target += rowBytes)
         std::memcpy(target, frame.pixels + row * rowBytes, rowBytes);
-    FilmFrame flipped = frame;
+    VideoFrame flipped = frame;
     flipped.pixels = stream.rows;
     flipped.height = frame.pictureHeight;
     return flipped;
@@ -132,7 +132,7 @@ void RVVIDEO::share(RVVIDEO_STREAM *other) {
 
 bool RVVIDEO::load(const char *filename) {
     if (stream)
-        stream->refusedBy = nullptr; // another film, another line in the log
+        stream->refusedBy = nullptr; // another video, another line in the log
     return open(filename);
 }
 
@@ -175,7 +175,7 @@ void RVVIDEO::close() {
     ravolt::stopDecoder(*stream);
 }
 
-// On purpose: a rewind waits for the end of the film.
+// On purpose: a rewind waits for the end of the video.
 bool RVVIDEO::update(unsigned int steps) {
     if (!stream)
         return true;
@@ -190,7 +190,7 @@ bool RVVIDEO::update(unsigned int steps) {
 }
 
 void RVVIDEO::step() {
-    const FilmFrame frame = ravolt::decodeStep(*stream);
+    const VideoFrame frame = ravolt::decodeStep(*stream);
     if (frame.width)
         show(frame);
     if (stream->size == 0)
@@ -207,7 +207,7 @@ void RVVIDEO::startAgain() {
 
 // A texture of the picture's size that is smaller than the whole macroblocks gets the picture
 // alone.
-void RVVIDEO::show(const FilmFrame &frame) {
+void RVVIDEO::show(const VideoFrame &frame) {
     if (!texture || !isRegistered(texture) || !texture->getGLId())
         return;
     const unsigned int sizeX = texture->getSizeX(), sizeY = texture->getSizeY();
@@ -216,7 +216,7 @@ void RVVIDEO::show(const FilmFrame &frame) {
             zlfLog("   [!] Frame larger than its texture @ RVVIDEO::update\n");
         return;
     }
-    const FilmFrame copied = flipped ? flip(*stream, frame) : frame;
+    const VideoFrame copied = flipped ? flip(*stream, frame) : frame;
     if (!copied.pixels) {
         if (isFirstRefusal(*stream, texture))
             zlfLog("   [!] Out of memory @ RVVIDEO::update\n");

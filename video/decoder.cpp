@@ -1,4 +1,4 @@
-// The decoder of films: only here, and at no other place of the library, are functions of libmpeg2
+// The decoder of videos: only here, and at no other place of the library, are functions of libmpeg2
 // called.
 //
 // Invariant: `decoded` has an entry for each of the decoder's frame buffers that holds a frame of
@@ -20,7 +20,7 @@ extern "C" { // which its headers leave out
 
 namespace {
 
-using ravolt::FilmFrame;
+using ravolt::VideoFrame;
 
 // No texture is larger. Beyond it the decoder would ask for gigabytes, and not look whether it got
 // them.
@@ -36,19 +36,19 @@ void readBlock(RVVIDEO_STREAM &stream) {
 }
 
 void clearFrames(RVVIDEO_STREAM &stream) {
-    std::fill(std::begin(stream.decoded), std::end(stream.decoded), FilmFrame{});
+    std::fill(std::begin(stream.decoded), std::end(stream.decoded), VideoFrame{});
 }
 
-FilmFrame frameOf(const mpeg2_sequence_t &sequence, const unsigned char *pixels) {
+VideoFrame frameOf(const mpeg2_sequence_t &sequence, const unsigned char *pixels) {
     return {pixels, sequence.width, sequence.height, sequence.picture_width,
             sequence.picture_height};
 }
 
 // Gives the size of a sequence that is too large, without pixels; what follows is passed over until
 // the next sequence starts.
-FilmFrame startSequence(RVVIDEO_STREAM &stream) {
+VideoFrame startSequence(RVVIDEO_STREAM &stream) {
     clearFrames(stream);
-    const FilmFrame size = frameOf(*stream.sequence, nullptr);
+    const VideoFrame size = frameOf(*stream.sequence, nullptr);
     if (size.width > largestSize || size.height > largestSize) {
         mpeg2_reset(stream.decoder, 1);
         stream.sequence = nullptr;
@@ -64,11 +64,11 @@ void startPicture(RVVIDEO_STREAM &stream) {
 }
 
 // NULL asks for an empty entry.
-FilmFrame *entryOf(RVVIDEO_STREAM &stream, const unsigned char *pixels) {
-    FilmFrame *const end = std::end(stream.decoded);
-    FilmFrame *const found =
+VideoFrame *entryOf(RVVIDEO_STREAM &stream, const unsigned char *pixels) {
+    VideoFrame *const end = std::end(stream.decoded);
+    VideoFrame *const found =
         std::find_if(std::begin(stream.decoded), end,
-                     [=](const FilmFrame &frame) { return frame.pixels == pixels; });
+                     [=](const VideoFrame &frame) { return frame.pixels == pixels; });
     return found == end ? nullptr : found;
 }
 
@@ -79,16 +79,16 @@ void addPicture(RVVIDEO_STREAM &stream) {
         (info.current_picture->flags & PIC_FLAG_SKIP))
         return;
     const unsigned char *const pixels = info.current_fbuf->buf[0];
-    FilmFrame *const known = entryOf(stream, pixels);
-    if (FilmFrame *const entry = known ? known : entryOf(stream, nullptr))
+    VideoFrame *const known = entryOf(stream, pixels);
+    if (VideoFrame *const entry = known ? known : entryOf(stream, nullptr))
         *entry = frameOf(*info.sequence, pixels);
 }
 
-FilmFrame displayFrame(RVVIDEO_STREAM &stream) {
+VideoFrame displayFrame(RVVIDEO_STREAM &stream) {
     const mpeg2_fbuf_t *const buffer = stream.info->display_fbuf;
-    const FilmFrame *const entry =
+    const VideoFrame *const entry =
         buffer && buffer->buf[0] ? entryOf(stream, buffer->buf[0]) : nullptr;
-    return entry ? *entry : FilmFrame{};
+    return entry ? *entry : VideoFrame{};
 }
 
 } // namespace
@@ -108,7 +108,7 @@ void ravolt::stopDecoder(RVVIDEO_STREAM &stream) {
     stream.decoder = nullptr;
 }
 
-ravolt::FilmFrame ravolt::decodeStep(RVVIDEO_STREAM &stream) {
+ravolt::VideoFrame ravolt::decodeStep(RVVIDEO_STREAM &stream) {
     stream.state = mpeg2_parse(stream.decoder);
     stream.sequence = stream.info->sequence;
     switch (stream.state) {
@@ -125,7 +125,7 @@ ravolt::FilmFrame ravolt::decodeStep(RVVIDEO_STREAM &stream) {
         return displayFrame(stream);
     case STATE_END:
     case STATE_INVALID_END: {
-        const FilmFrame last = displayFrame(stream);
+        const VideoFrame last = displayFrame(stream);
         clearFrames(stream);
         return last;
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a film asks of its decoder. A build without libmpeg2 has one that never starts.
+// What a video asks of its decoder. A build without libmpeg2 has one that never starts.
 
 #include "video/stream.h"
 
@@ -12,6 +12,6 @@ void stopDecoder(RVVIDEO_STREAM &stream);
 
 // One step of the parser, for a stream whose decoder has started and whose file is open. Gives the
 // frame that is due, which holds until the next step; without pixels when none is.
-FilmFrame decodeStep(RVVIDEO_STREAM &stream);
+VideoFrame decodeStep(RVVIDEO_STREAM &stream);
 
 } // namespace ravolt

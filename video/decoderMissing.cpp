@@ -4,4 +4,4 @@
 
 bool ravolt::startDecoder(RVVIDEO_STREAM &) { return false; }
 void ravolt::stopDecoder(RVVIDEO_STREAM &) {}
-ravolt::FilmFrame ravolt::decodeStep(RVVIDEO_STREAM &) { return {}; }
+ravolt::VideoFrame ravolt::decodeStep(RVVIDEO_STREAM &) { return {}; }

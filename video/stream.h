@@ -1,6 +1,6 @@
 #pragma once
 
-// The file and the decoder of a film. Nothing of libmpeg2's headers is needed to hold it.
+// The file and the decoder of a video. Nothing of libmpeg2's headers is needed to hold it.
 
 #include <cstddef>
 #include <cstdio>
@@ -14,19 +14,19 @@ namespace ravolt {
 
 // A frame in the decoder's memory: R G B, eight bits each, rows of `width` pixels without gaps
 // between them. Width and height are whole macroblocks; the picture fills the first part of each.
-struct FilmFrame {
+struct VideoFrame {
     const unsigned char *pixels; // NULL for no frame
     unsigned int width, height;
     unsigned int pictureWidth, pictureHeight;
 };
 
-constexpr std::size_t filmBlock = 4096;    // bytes read at a time
-constexpr std::size_t framesOfDecoder = 3; // that it works with at a time
+constexpr std::size_t blockBytes = 4096; // bytes read at a time
+constexpr std::size_t decoderFrames = 3; // that it works with at a time
 
 } // namespace ravolt
 
 struct RVVIDEO_STREAM {
-    unsigned char buffer[ravolt::filmBlock];
+    unsigned char buffer[ravolt::blockBytes];
     mpeg2dec_s *decoder;
     const mpeg2_info_s *info;
     const mpeg2_sequence_s *sequence;
@@ -34,9 +34,9 @@ struct RVVIDEO_STREAM {
     int size;        // of the last block read; -1 after load, 0 at the end of the file
     std::FILE *file; // NULL when none is open
 
-    ravolt::FilmFrame decoded[ravolt::framesOfDecoder]; // what has been decoded of the sequence
-    unsigned int users;                                 // films that share the stream
-    unsigned char *rows;                                // owned: a frame with its rows bottom up
-    std::size_t rowsSize;                               // bytes
+    ravolt::VideoFrame decoded[ravolt::decoderFrames]; // what has been decoded of the sequence
+    unsigned int users;                                // videos that share the stream
+    unsigned char *rows;                               // owned: a frame with its rows bottom up
+    std::size_t rowsSize;                              // bytes
     const RVTEXTURE *refusedBy; // compared, never followed: the log has its line about this texture
 };

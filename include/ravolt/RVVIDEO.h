@@ -4,10 +4,10 @@
 
 class RVTEXTURE;
 namespace ravolt {
-struct FilmFrame;
+struct VideoFrame;
 }
 
-// What a film does at the next update.
+// What a video does at the next update.
 enum RV_VIDEO_STATUS {
     RV_VIDEO_STOP = 0,
     RV_VIDEO_PLAY = 1,     // at its end it rewinds and stops
@@ -15,18 +15,18 @@ enum RV_VIDEO_STATUS {
     RV_VIDEO_REWIND = 3    // plays to its end, rewinds and stops
 };
 
-// The file and the decoder of a film; the inside of the library alone knows it.
+// The file and the decoder of a video; the inside of the library alone knows it.
 struct RVVIDEO_STREAM;
 
-// A film on a texture: an MPEG-1 or MPEG-2 elementary video stream, of which each displayed frame
+// A video on a texture: an MPEG-1 or MPEG-2 elementary video stream, of which each displayed frame
 // is copied into a texture that the application has made. It is no node: whatever shows the texture
-// shows the film. There is no clock: the film advances in `update` alone, by as many steps as are
-// asked for. Films stand in a registry, which owns them: make them with `new`; RAVOLT::free or
+// shows the video. There is no clock: the video advances in `update` alone, by as many steps as are
+// asked for. Videos stand in a registry, which owns them: make them with `new`; RAVOLT::free or
 // cleanUp deletes those that the application has not deleted. A library built without its decoder
-// has the class all the same, but no film loads.
+// has the class all the same, but no video loads.
 class RV_API RVVIDEO {
   public:
-    // Registers the film under a fresh identifier and the name "[video ID]"; stopped, without file
+    // Registers the video under a fresh identifier and the name "[video ID]"; stopped, without file
     // and texture.
     RVVIDEO();
     // Gives the identifier back and leaves the registry. A file and a decoder that are open stay
@@ -35,15 +35,15 @@ class RV_API RVVIDEO {
     ~RVVIDEO();
 
     // A copy has the values of every field, the stream, the identifier and the name included, so
-    // that it goes on with the same film; it is not registered and gives no identifier back. The
+    // that it goes on with the same video; it is not registered and gives no identifier back. The
     // stream stays as long as anything shares it.
     RVVIDEO(const RVVIDEO &other);
-    // Copies every field. A registered film keeps its place in the registry and still gives back
+    // Copies every field. A registered video keeps its place in the registry and still gives back
     // the identifier that it was created with.
     RVVIDEO &operator=(const RVVIDEO &other);
 
-    // Opens a film and stops it at its start; `filename` is taken behind the path of setMPGPath. A
-    // film that is open is closed first, whatever comes then. False, with a line in the log, for
+    // Opens a video and stops it at its start; `filename` is taken behind the path of setMPGPath. A
+    // video that is open is closed first, whatever comes then. False, with a line in the log, for
     // NULL, no such file, no decoder, or no memory. What the file holds is not looked at yet.
     bool load(const char *filename);
 
@@ -53,7 +53,7 @@ class RV_API RVVIDEO {
     // mipmaps and at least as wide and as high as the picture in pixels. A larger frame is refused,
     // with one line in the log. Of width and height rounded up to multiples of 16 (height of 32 for
     // interlaced MPEG-2) the texture has room for the whole macroblocks, else it gets the picture
-    // alone. Without a texture the frames are dropped. The end of the file takes the film back to
+    // alone. Without a texture the frames are dropped. The end of the file takes the video back to
     // its start, by another load of its name behind the path of that moment, with the lines that
     // load logs. A rewind is carried out at the end only. Broken data are passed over. Needs the
     // engine's context. Always true.
@@ -67,7 +67,7 @@ class RV_API RVVIDEO {
     RV_VIDEO_STATUS getStatus() const;
 
     // Where the frames go; NULL for nowhere. The texture's references are not counted: see that
-    // something else holds one, or the collector may delete it, and the film then goes nowhere.
+    // something else holds one, or the collector may delete it, and the video then goes nowhere.
     void setTexture(RVTEXTURE *texture);
     RVTEXTURE *getTexture() const;
 
@@ -84,7 +84,7 @@ class RV_API RVVIDEO {
     // The name of the file as given to load, without the path; at most 255 characters are kept.
     char *getName();
 
-    // Deletes all films; every pointer to one is invalid then. False when there are none.
+    // Deletes all videos; every pointer to one is invalid then. False when there are none.
     static bool cleanUp();
 
     static unsigned int getNumberOfVideos();
@@ -110,7 +110,7 @@ class RV_API RVVIDEO {
     void close();
     void step();
     void startAgain();
-    void show(const ravolt::FilmFrame &frame);
+    void show(const ravolt::VideoFrame &frame);
 
     unsigned int id;
     char name[256];

@@ -502,7 +502,7 @@ TEST(CommandLine, WarnsOfAClipOfAnotherModel) {
 }
 
 // Word for word but for the names, which are placeholders.
-TEST(CommandLine, MakesAFilmAsTheHelpSays) {
+TEST(CommandLine, MakesAVideoAsTheHelpSays) {
     writeMovingSquare("move.x");
     const std::string help = run("shot --help").out;
     const auto lineFrom = [&](const std::string &start) {
@@ -511,16 +511,16 @@ TEST(CommandLine, MakesAFilmAsTheHelpSays) {
         return help.substr(at + 3, help.find('\n', at + 1) - at - 3);
     };
     EXPECT_EQ(lineFrom("ravolt shot "),
-              "ravolt shot MODEL --clip NAME --frames 0.. -o film_%04d.png");
-    EXPECT_EQ(run("shot move.x --clip rise --frames 0.. -o film_%04d.png").code, 0);
-    fs::remove("film.mp4");
+              "ravolt shot MODEL --clip NAME --frames 0.. -o video_%04d.png");
+    EXPECT_EQ(run("shot move.x --clip rise --frames 0.. -o video_%04d.png").code, 0);
+    fs::remove("video.mp4");
     const std::string command = lineFrom("ffmpeg ");
-    ASSERT_EQ(std::system((command + " >film.log 2>&1 </dev/null").c_str()), 0)
-        << contentsOf("film.log");
+    ASSERT_EQ(std::system((command + " >video.log 2>&1 </dev/null").c_str()), 0)
+        << contentsOf("video.log");
     ASSERT_EQ(std::system("ffprobe -v error -count_frames -show_entries stream=nb_read_frames "
-                          "-of csv=p=0 film.mp4 >film.txt"),
+                          "-of csv=p=0 video.mp4 >video.txt"),
               0);
-    EXPECT_EQ(contentsOf("film.txt"), "4\n");
+    EXPECT_EQ(contentsOf("video.txt"), "4\n");
 }
 
 TEST(CommandLine, ShootsATurn) {

@@ -1,4 +1,4 @@
-// Films as objects: registry, file, status, copies. What becomes of their frames is in
+// Videos as objects: registry, file, status, copies. What becomes of their frames is in
 // frames_test.cpp.
 
 #include "ravolt/RVVIDEO.h"
@@ -7,7 +7,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/zlf.h"
 #include "tests/support/engineFixture.h"
-#include "tests/video/films.h"
+#include "tests/video/videos.h"
 
 #include <gtest/gtest.h>
 
@@ -57,29 +57,29 @@ std::ptrdiff_t openFiles() {
     return std::distance(Folder("/proc/self/fd"), Folder());
 }
 
-// A short film in the test's folder, and a texture in front of a silent driver.
+// A short video in the test's folder, and a texture in front of a silent driver.
 class Video : public SilentEngineTest {
   protected:
     void SetUp() override {
         SilentEngineTest::SetUp();
-        fs::copy_file(pathOf("ffmpeg2_64x48_b"), "film", fs::copy_options::overwrite_existing);
+        fs::copy_file(pathOf("ffmpeg2_64x48_b"), "video", fs::copy_options::overwrite_existing);
         screen = makeScreen(64, 64);
         filesBefore = openFiles();
     }
 
     void TearDown() override {
         decoderFails = everyFileExists = false;
-        EXPECT_EQ(filesBefore, openFiles()) << "a film is still open";
+        EXPECT_EQ(filesBefore, openFiles()) << "a video is still open";
         RVVIDEO::cleanUp();
         RVVIDEO::setMPGPath(nullptr);
         SilentEngineTest::TearDown();
     }
 
-    std::unique_ptr<TestFilm> openFilm() {
-        auto film = std::make_unique<TestFilm>("film");
-        (*film)->setTexture(screen);
+    std::unique_ptr<TestVideo> openVideo() {
+        auto video = std::make_unique<TestVideo>("video");
+        (*video)->setTexture(screen);
         markLog();
-        return film;
+        return video;
     }
 
     // Frames that reach the texture meanwhile.
@@ -105,16 +105,16 @@ TEST_F(Video, NewOneIsStoppedAndHasNothing) {
 }
 
 TEST_F(Video, FirstMatchInOrderOfCreationIsFound) {
-    EXPECT_EQ(nullptr, RVVIDEO::findByFilename("film"));
+    EXPECT_EQ(nullptr, RVVIDEO::findByFilename("video"));
     EXPECT_EQ(nullptr, RVVIDEO::findById(1));
     EXPECT_EQ(0u, RVVIDEO::getNumberOfVideos());
-    const TestFilm first("film"), second("film");
-    const TestFilm third;
+    const TestVideo first("video"), second("video");
+    const TestVideo third;
     EXPECT_EQ(3u, RVVIDEO::getNumberOfVideos());
-    EXPECT_EQ(&*first, RVVIDEO::findByFilename("film"));
+    EXPECT_EQ(&*first, RVVIDEO::findByFilename("video"));
     EXPECT_EQ(&*third, RVVIDEO::findByFilename(defaultName(*third).c_str()));
     EXPECT_EQ(&*second, RVVIDEO::findById(second->getId()));
-    EXPECT_EQ(nullptr, RVVIDEO::findByFilename("Film"));
+    EXPECT_EQ(nullptr, RVVIDEO::findByFilename("Video"));
     EXPECT_EQ(nullptr, RVVIDEO::findByFilename("fil"));
     EXPECT_EQ(nullptr, RVVIDEO::findByFilename(nullptr));
     EXPECT_EQ(nullptr, RVVIDEO::findById(65535));
@@ -165,12 +165,12 @@ TEST_F(Video, EngineDeletesWhatIsLeft) {
 }
 
 TEST_F(Video, UpdateOfTheEngineDoesNothing) {
-    const auto film = openFilm();
-    (*film)->play();
+    const auto video = openVideo();
+    (*video)->play();
     recorder.start();
     RAVOLT::updateVideo();
     EXPECT_EQ(Calls(), recorder.stop());
-    EXPECT_EQ(framesOfFilms, framesShown(**film, wholeFilm));
+    EXPECT_EQ(framesPerVideo, framesShown(**video, wholeVideo));
 }
 
 // On purpose: see the header.
@@ -179,7 +179,7 @@ TEST_F(Video, DestructorLeavesTheFileOpen) {
     const __lsan::ScopedDisabler leakIsMeant;
 #endif
     auto *video = new RVVIDEO;
-    ASSERT_TRUE(video->load("film"));
+    ASSERT_TRUE(video->load("video"));
     delete video;
     EXPECT_EQ(filesBefore + 1, openFiles());
     filesBefore = openFiles();
@@ -187,34 +187,34 @@ TEST_F(Video, DestructorLeavesTheFileOpen) {
 
 // --- The folder
 
-TEST_F(Video, FolderOfFilmsIsCutAtItsBufferAndEmptiedByNull) {
+TEST_F(Video, FolderOfVideosIsCutAtItsBufferAndEmptiedByNull) {
     EXPECT_STREQ("", RVVIDEO::getMPGPath());
-    RVVIDEO::setMPGPath("films/");
-    EXPECT_STREQ("films/", RVVIDEO::getMPGPath());
+    RVVIDEO::setMPGPath("videos/");
+    EXPECT_STREQ("videos/", RVVIDEO::getMPGPath());
     RVVIDEO::setMPGPath(std::string(300, 'x').c_str());
     EXPECT_EQ(std::string(255, 'x'), RVVIDEO::getMPGPath());
     RVVIDEO::setMPGPath(nullptr);
     EXPECT_STREQ("", RVVIDEO::getMPGPath());
 }
 
-TEST_F(Video, FilmIsSoughtBehindTheFolder) {
+TEST_F(Video, VideoIsSoughtBehindTheFolder) {
     fs::create_directory("folder");
-    fs::rename("film", "folder/film");
-    const TestFilm film;
-    EXPECT_FALSE(film->load("film"));
+    fs::rename("video", "folder/video");
+    const TestVideo video;
+    EXPECT_FALSE(video->load("video"));
     RVVIDEO::setMPGPath("folder/");
-    EXPECT_TRUE(film->load("film"));
-    EXPECT_STREQ("film", film->getName());
-    RVVIDEO::setMPGPath("folder/f"); // no separator is added
-    EXPECT_TRUE(film->load("ilm"));
+    EXPECT_TRUE(video->load("video"));
+    EXPECT_STREQ("video", video->getName());
+    RVVIDEO::setMPGPath("folder/v"); // no separator is added
+    EXPECT_TRUE(video->load("ideo"));
 }
 
-TEST_F(Video, EndOfTheFilmLooksForItBehindThePathOfThatMoment) {
-    const auto film = openFilm();
-    (*film)->playLoop();
-    framesShown(**film, 20);
+TEST_F(Video, EndOfTheVideoLooksForItBehindThePathOfThatMoment) {
+    const auto video = openVideo();
+    (*video)->playLoop();
+    framesShown(**video, 20);
     RVVIDEO::setMPGPath("elsewhere/");
-    EXPECT_TRUE((*film)->update(wholeFilm));
+    EXPECT_TRUE((*video)->update(wholeVideo));
     EXPECT_LOGGED_EXACTLY(notFound);
     EXPECT_EQ(filesBefore, openFiles());
 }
@@ -230,129 +230,129 @@ TEST_F(Video, StartOfTheEngineDoesNotTakeTheFolderFromTheSettings) {
 // --- Loading
 
 TEST_F(Video, LoadTellsTheNameAndTakesIt) {
-    const TestFilm film;
+    const TestVideo video;
     markLog();
-    EXPECT_TRUE(film->load("film"));
-    EXPECT_LOGGED_EXACTLY(loading("film"));
-    EXPECT_STREQ("film", film->getName());
-    EXPECT_EQ(RV_VIDEO_STOP, film->getStatus());
+    EXPECT_TRUE(video->load("video"));
+    EXPECT_LOGGED_EXACTLY(loading("video"));
+    EXPECT_STREQ("video", video->getName());
+    EXPECT_EQ(RV_VIDEO_STOP, video->getStatus());
     EXPECT_EQ(filesBefore + 1, openFiles());
 }
 
 TEST_F(Video, WhatIsNoFileIsNotFound) {
     fs::create_directory("folder.m2v");
-    const TestFilm film;
-    for (const char *name : {"missing", "folder.m2v", "folder.m2v/", "", "film/"}) {
+    const TestVideo video;
+    for (const char *name : {"missing", "folder.m2v", "folder.m2v/", "", "video/"}) {
         markLog();
-        EXPECT_FALSE(film->load(name)) << name;
+        EXPECT_FALSE(video->load(name)) << name;
         EXPECT_LOGGED_EXACTLY(notFound);
-        EXPECT_EQ(RV_VIDEO_STOP, film->getStatus());
-        EXPECT_EQ(defaultName(*film), film->getName());
+        EXPECT_EQ(RV_VIDEO_STOP, video->getStatus());
+        EXPECT_EQ(defaultName(*video), video->getName());
     }
 }
 
 TEST_F(Video, NullIsRefusedWhateverTheFolder) {
-    const TestFilm film;
-    for (const std::string &folder : {std::string(), std::string("film"), std::string(255, 'x')}) {
+    const TestVideo video;
+    for (const std::string &folder : {std::string(), std::string("video"), std::string(255, 'x')}) {
         RVVIDEO::setMPGPath(folder.c_str());
         markLog();
-        EXPECT_FALSE(film->load(nullptr));
+        EXPECT_FALSE(video->load(nullptr));
         EXPECT_LOGGED_EXACTLY(notFound);
     }
 }
 
 TEST_F(Video, FileThatCannotBeOpenedIsNamedWithItsFolder) {
-    const TestFilm film;
+    const TestVideo video;
     RVVIDEO::setMPGPath("folder/");
     everyFileExists = true;
     markLog();
-    EXPECT_FALSE(film->load("gone"));
+    EXPECT_FALSE(video->load("gone"));
     EXPECT_LOGGED_EXACTLY(loading("gone") +
                           "   [!] Unable to open file folder/gone @ RVVOLT::load\n");
-    EXPECT_EQ(defaultName(*film), film->getName());
+    EXPECT_EQ(defaultName(*video), video->getName());
 }
 
 TEST_F(Video, WithoutADecoderTheFileIsClosedAgain) {
-    const TestFilm film;
+    const TestVideo video;
     decoderFails = true;
     markLog();
-    EXPECT_FALSE(film->load("film"));
-    EXPECT_LOGGED_EXACTLY(loading("film") + noDecoder);
+    EXPECT_FALSE(video->load("video"));
+    EXPECT_LOGGED_EXACTLY(loading("video") + noDecoder);
     EXPECT_EQ(filesBefore, openFiles());
-    film->play();
-    EXPECT_TRUE(film->update(100));
-    EXPECT_EQ(RV_VIDEO_PLAY, film->getStatus());
+    video->play();
+    EXPECT_TRUE(video->update(100));
+    EXPECT_EQ(RV_VIDEO_PLAY, video->getStatus());
     decoderFails = false;
-    EXPECT_TRUE(film->load("film"));
+    EXPECT_TRUE(video->load("video"));
 }
 
 TEST_F(Video, WithoutMemoryForItsStreamNothingIsLoaded) {
     recorder.failAllocation(4096, 0, 1);
-    const TestFilm film;
+    const TestVideo video;
     recorder.allocationsWork();
     markLog();
-    EXPECT_FALSE(film->load("film"));
-    EXPECT_LOGGED_EXACTLY(loading("film") + noDecoder);
+    EXPECT_FALSE(video->load("video"));
+    EXPECT_LOGGED_EXACTLY(loading("video") + noDecoder);
     EXPECT_EQ(filesBefore, openFiles());
-    film->rewind();
-    EXPECT_TRUE(film->update(10));
-    const RVVIDEO copy(*film);
-    EXPECT_EQ(film->getId(), copy.getId());
+    video->rewind();
+    EXPECT_TRUE(video->update(10));
+    const RVVIDEO copy(*video);
+    EXPECT_EQ(video->getId(), copy.getId());
     zlfFree(nullptr); // the count of the block that was not had
 }
 
 TEST_F(Video, NameTooLargeForTheMemoryIsRefused) {
     const std::string name(600, 'n');
-    const auto film = openFilm();
-    RVVIDEO::setMPGPath("films/");
+    const auto video = openVideo();
+    RVVIDEO::setMPGPath("videos/");
     recorder.failAllocation(600, 0, 1);
-    EXPECT_FALSE((*film)->load(name.c_str()));
+    EXPECT_FALSE((*video)->load(name.c_str()));
     recorder.allocationsWork();
-    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for file films/" + name + " @ RVVIDEO::load\n");
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for file videos/" + name + " @ RVVIDEO::load\n");
     EXPECT_EQ(filesBefore, openFiles());
-    EXPECT_EQ(RV_VIDEO_STOP, (*film)->getStatus());
+    EXPECT_EQ(RV_VIDEO_STOP, (*video)->getStatus());
 }
 
 TEST_F(Video, NoNameNeedsNoMemory) {
-    const TestFilm film;
+    const TestVideo video;
     RVVIDEO::setMPGPath(std::string(250, 'p').c_str());
     markLog();
     recorder.failAllocation(200, 0, 1);
-    EXPECT_FALSE(film->load(nullptr));
+    EXPECT_FALSE(video->load(nullptr));
     recorder.allocationsWork();
     EXPECT_LOGGED_EXACTLY(notFound);
 }
 
-TEST_F(Video, SecondFilmClosesTheFirst) {
+TEST_F(Video, SecondVideoClosesTheFirst) {
     fs::copy_file(pathOf("ffmpeg1_16x16"), "other");
-    const auto film = openFilm();
-    (*film)->play();
-    const std::size_t begun = framesShown(**film, 20);
+    const auto video = openVideo();
+    (*video)->play();
+    const std::size_t begun = framesShown(**video, 20);
     EXPECT_GT(begun, 0u);
-    EXPECT_LT(begun, framesOfFilms);
-    EXPECT_TRUE((*film)->load("other"));
+    EXPECT_LT(begun, framesPerVideo);
+    EXPECT_TRUE((*video)->load("other"));
     EXPECT_EQ(filesBefore + 1, openFiles());
-    EXPECT_EQ(RV_VIDEO_STOP, (*film)->getStatus());
-    EXPECT_STREQ("other", (*film)->getName());
-    (*film)->play();
+    EXPECT_EQ(RV_VIDEO_STOP, (*video)->getStatus());
+    EXPECT_STREQ("other", (*video)->getName());
+    (*video)->play();
     recorder.start();
-    (*film)->update(wholeFilm);
+    (*video)->update(wholeVideo);
     const Calls frames = recorder.stop().named("glTexSubImage2D");
-    EXPECT_EQ(framesOfFilms, frames.size());
+    EXPECT_EQ(framesPerVideo, frames.size());
     EXPECT_EQ(16, frames[0].arguments.at(4));
 }
 
-TEST_F(Video, FailedLoadClosesAndStopsTheFirstFilmToo) {
+TEST_F(Video, FailedLoadClosesAndStopsTheFirstVideoToo) {
     for (const char *name : {"missing", static_cast<const char *>(nullptr)}) {
-        const auto film = openFilm();
-        (*film)->playLoop();
-        (*film)->update(20);
-        EXPECT_FALSE((*film)->load(name));
+        const auto video = openVideo();
+        (*video)->playLoop();
+        (*video)->update(20);
+        EXPECT_FALSE((*video)->load(name));
         EXPECT_EQ(filesBefore, openFiles());
-        EXPECT_EQ(RV_VIDEO_STOP, (*film)->getStatus());
-        EXPECT_STREQ("film", (*film)->getName());
-        (*film)->play();
-        EXPECT_EQ(0u, framesShown(**film, wholeFilm));
+        EXPECT_EQ(RV_VIDEO_STOP, (*video)->getStatus());
+        EXPECT_STREQ("video", (*video)->getName());
+        (*video)->play();
+        EXPECT_EQ(0u, framesShown(**video, wholeVideo));
     }
 }
 
@@ -360,12 +360,12 @@ TEST_F(Video, NameLongerThanItsBufferIsCutAndNotFoundAgain) {
     std::string name;
     while (name.size() < 300)
         name += "./";
-    name += "film";
-    const TestFilm film(name);
-    EXPECT_EQ(name.substr(0, 255), film->getName());
-    film->play();
+    name += "video";
+    const TestVideo video(name);
+    EXPECT_EQ(name.substr(0, 255), video->getName());
+    video->play();
     markLog();
-    EXPECT_TRUE(film->update(wholeFilm));
+    EXPECT_TRUE(video->update(wholeVideo));
     EXPECT_LOGGED_EXACTLY(notFound); // what is cut names a folder
     EXPECT_EQ(filesBefore, openFiles());
 }
@@ -373,8 +373,8 @@ TEST_F(Video, NameLongerThanItsBufferIsCutAndNotFoundAgain) {
 // --- Status
 
 TEST_F(Video, StatusIsStoredAndNothingElse) {
-    const auto film = openFilm();
-    RVVIDEO &video = **film;
+    const auto opened = openVideo();
+    RVVIDEO &video = **opened;
     recorder.start();
     video.play();
     EXPECT_EQ(RV_VIDEO_PLAY, video.getStatus());
@@ -392,208 +392,209 @@ TEST_F(Video, StatusIsStoredAndNothingElse) {
     EXPECT_EQ(3, RV_VIDEO_REWIND);
 }
 
-TEST_F(Video, StoppedFilmStaysWhereItIs) {
-    const auto film = openFilm();
-    EXPECT_EQ(0u, framesShown(**film, wholeFilm));
-    (*film)->play();
-    const std::size_t begun = framesShown(**film, 20);
-    (*film)->stop();
-    EXPECT_EQ(0u, framesShown(**film, wholeFilm));
-    (*film)->play();
-    EXPECT_EQ(framesOfFilms, begun + framesShown(**film, wholeFilm));
+TEST_F(Video, StoppedVideoStaysWhereItIs) {
+    const auto video = openVideo();
+    EXPECT_EQ(0u, framesShown(**video, wholeVideo));
+    (*video)->play();
+    const std::size_t begun = framesShown(**video, 20);
+    (*video)->stop();
+    EXPECT_EQ(0u, framesShown(**video, wholeVideo));
+    (*video)->play();
+    EXPECT_EQ(framesPerVideo, begun + framesShown(**video, wholeVideo));
 }
 
 TEST_F(Video, PlayingWithoutAFileDoesNothing) {
-    const TestFilm film;
-    film->setTexture(screen);
-    film->play();
+    const TestVideo video;
+    video->setTexture(screen);
+    video->play();
     markLog();
-    EXPECT_EQ(0u, framesShown(*film, 1000));
-    EXPECT_EQ(RV_VIDEO_PLAY, film->getStatus());
-    film->playLoop();
-    EXPECT_EQ(0u, framesShown(*film, 1000));
-    EXPECT_EQ(RV_VIDEO_PLAYLOOP, film->getStatus());
+    EXPECT_EQ(0u, framesShown(*video, 1000));
+    EXPECT_EQ(RV_VIDEO_PLAY, video->getStatus());
+    video->playLoop();
+    EXPECT_EQ(0u, framesShown(*video, 1000));
+    EXPECT_EQ(RV_VIDEO_PLAYLOOP, video->getStatus());
     EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(Video, NoStepsDoNothing) {
-    const auto film = openFilm();
+    const auto video = openVideo();
     for (auto status : {&RVVIDEO::play, &RVVIDEO::playLoop, &RVVIDEO::rewind}) {
-        (**film.*status)();
-        EXPECT_EQ(0u, framesShown(**film, 0));
+        (**video.*status)();
+        EXPECT_EQ(0u, framesShown(**video, 0));
     }
-    EXPECT_EQ(RV_VIDEO_REWIND, (*film)->getStatus());
+    EXPECT_EQ(RV_VIDEO_REWIND, (*video)->getStatus());
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(Video, PlayedFilmStopsAtItsStart) {
-    const auto film = openFilm();
+TEST_F(Video, PlayedVideoStopsAtItsStart) {
+    const auto video = openVideo();
     for (int turn = 0; turn < 3; ++turn) {
         markLog();
-        (*film)->play();
-        EXPECT_EQ(framesOfFilms, framesShown(**film, wholeFilm));
-        EXPECT_EQ(RV_VIDEO_STOP, (*film)->getStatus());
-        EXPECT_LOGGED_EXACTLY(loading("film"));
+        (*video)->play();
+        EXPECT_EQ(framesPerVideo, framesShown(**video, wholeVideo));
+        EXPECT_EQ(RV_VIDEO_STOP, (*video)->getStatus());
+        EXPECT_LOGGED_EXACTLY(loading("video"));
         EXPECT_EQ(filesBefore + 1, openFiles());
     }
 }
 
-TEST_F(Video, LoopedFilmGoesOnInTheSameUpdate) {
-    const auto film = openFilm();
-    (*film)->play();
+TEST_F(Video, LoopedVideoGoesOnInTheSameUpdate) {
+    const auto video = openVideo();
+    (*video)->play();
     unsigned int steps = 0;
-    for (; (*film)->getStatus() == RV_VIDEO_PLAY; ++steps)
-        (*film)->update(1);
+    for (; (*video)->getStatus() == RV_VIDEO_PLAY; ++steps)
+        (*video)->update(1);
     markLog();
-    (*film)->playLoop();
-    EXPECT_EQ(3 * framesOfFilms, framesShown(**film, 3 * steps));
-    EXPECT_EQ(RV_VIDEO_PLAYLOOP, (*film)->getStatus());
-    EXPECT_LOGGED_EXACTLY(loading("film") + loading("film") + loading("film"));
+    (*video)->playLoop();
+    EXPECT_EQ(3 * framesPerVideo, framesShown(**video, 3 * steps));
+    EXPECT_EQ(RV_VIDEO_PLAYLOOP, (*video)->getStatus());
+    EXPECT_LOGGED_EXACTLY(loading("video") + loading("video") + loading("video"));
 }
 
 TEST_F(Video, RewindInTheMiddlePlaysToTheEndFirst) {
-    const auto film = openFilm();
-    (*film)->playLoop();
-    const std::size_t begun = framesShown(**film, 20);
-    (*film)->rewind();
-    EXPECT_EQ(0u, framesShown(**film, 0));
-    EXPECT_EQ(RV_VIDEO_REWIND, (*film)->getStatus());
-    EXPECT_EQ(framesOfFilms, begun + framesShown(**film, wholeFilm));
-    EXPECT_EQ(RV_VIDEO_STOP, (*film)->getStatus());
-    EXPECT_LOGGED_EXACTLY(loading("film"));
+    const auto video = openVideo();
+    (*video)->playLoop();
+    const std::size_t begun = framesShown(**video, 20);
+    (*video)->rewind();
+    EXPECT_EQ(0u, framesShown(**video, 0));
+    EXPECT_EQ(RV_VIDEO_REWIND, (*video)->getStatus());
+    EXPECT_EQ(framesPerVideo, begun + framesShown(**video, wholeVideo));
+    EXPECT_EQ(RV_VIDEO_STOP, (*video)->getStatus());
+    EXPECT_LOGGED_EXACTLY(loading("video"));
 }
 
 TEST_F(Video, RewindAtTheEndIsCarriedOutWithoutAStep) {
-    const auto film = openFilm();
-    fs::rename("film", "away"); // so that the film finds no start at its end
-    (*film)->play();
-    EXPECT_EQ(framesOfFilms, framesShown(**film, wholeFilm));
+    const auto video = openVideo();
+    fs::rename("video", "away"); // so that the video finds no start at its end
+    (*video)->play();
+    EXPECT_EQ(framesPerVideo, framesShown(**video, wholeVideo));
     EXPECT_LOGGED_EXACTLY(notFound);
     EXPECT_EQ(filesBefore, openFiles());
 
-    (*film)->rewind();
+    (*video)->rewind();
     markLog();
-    EXPECT_EQ(0u, framesShown(**film, 0));
+    EXPECT_EQ(0u, framesShown(**video, 0));
     EXPECT_LOGGED_EXACTLY(notFound);
-    EXPECT_EQ(RV_VIDEO_REWIND, (*film)->getStatus());
+    EXPECT_EQ(RV_VIDEO_REWIND, (*video)->getStatus());
 
-    fs::rename("away", "film");
+    fs::rename("away", "video");
     markLog();
-    EXPECT_EQ(0u, framesShown(**film, 1000));
-    EXPECT_LOGGED_EXACTLY(loading("film"));
-    EXPECT_EQ(RV_VIDEO_STOP, (*film)->getStatus());
-    (*film)->play();
-    EXPECT_EQ(framesOfFilms, framesShown(**film, wholeFilm));
+    EXPECT_EQ(0u, framesShown(**video, 1000));
+    EXPECT_LOGGED_EXACTLY(loading("video"));
+    EXPECT_EQ(RV_VIDEO_STOP, (*video)->getStatus());
+    (*video)->play();
+    EXPECT_EQ(framesPerVideo, framesShown(**video, wholeVideo));
 }
 
 TEST_F(Video, RewindBeforeTheFirstLoadLooksForItsDefaultName) {
-    const TestFilm film;
-    film->rewind();
+    const TestVideo video;
+    video->rewind();
     markLog();
-    EXPECT_TRUE(film->update(0));
+    EXPECT_TRUE(video->update(0));
     EXPECT_LOGGED_EXACTLY(notFound);
 }
 
 TEST_F(Video, LoopWhoseFileHasGoneEndsWithoutOne) {
-    const auto film = openFilm();
-    fs::remove("film");
-    (*film)->playLoop();
-    EXPECT_EQ(framesOfFilms, framesShown(**film, wholeFilm));
-    EXPECT_EQ(RV_VIDEO_PLAYLOOP, (*film)->getStatus());
-    EXPECT_EQ(0u, framesShown(**film, wholeFilm));
+    const auto video = openVideo();
+    fs::remove("video");
+    (*video)->playLoop();
+    EXPECT_EQ(framesPerVideo, framesShown(**video, wholeVideo));
+    EXPECT_EQ(RV_VIDEO_PLAYLOOP, (*video)->getStatus());
+    EXPECT_EQ(0u, framesShown(**video, wholeVideo));
     EXPECT_LOGGED_EXACTLY(notFound);
 }
 
 TEST_F(Video, EmptyFileIsAtItsEndAtOnce) {
     writeFile("empty", {});
-    const TestFilm film("empty");
-    film->setTexture(screen);
-    film->play();
-    EXPECT_EQ(0u, framesShown(*film, 1));
-    EXPECT_EQ(RV_VIDEO_STOP, film->getStatus());
-    film->playLoop();
+    const TestVideo video("empty");
+    video->setTexture(screen);
+    video->play();
+    EXPECT_EQ(0u, framesShown(*video, 1));
+    EXPECT_EQ(RV_VIDEO_STOP, video->getStatus());
+    video->playLoop();
     markLog();
-    EXPECT_EQ(0u, framesShown(*film, 2)); // each step ends it
+    EXPECT_EQ(0u, framesShown(*video, 2)); // each step ends it
     EXPECT_LOGGED_EXACTLY(loading("empty") + loading("empty"));
 }
 
 // --- Copies
 
-TEST_F(Video, CopyGoesOnWithTheSameFilmAndOwnsNothing) {
-    const auto film = openFilm();
-    (*film)->play();
-    const std::size_t begun = framesShown(**film, 20);
+TEST_F(Video, CopyGoesOnWithTheSameVideoAndOwnsNothing) {
+    const auto video = openVideo();
+    (*video)->play();
+    const std::size_t begun = framesShown(**video, 20);
     {
-        RVVIDEO copy(**film);
-        EXPECT_EQ((*film)->getId(), copy.getId());
-        EXPECT_STREQ("film", copy.getName());
+        RVVIDEO copy(**video);
+        EXPECT_EQ((*video)->getId(), copy.getId());
+        EXPECT_STREQ("video", copy.getName());
         EXPECT_EQ(screen, copy.getTexture());
         EXPECT_EQ(RV_VIDEO_PLAY, copy.getStatus());
         EXPECT_EQ(1u, RVVIDEO::getNumberOfVideos());
-        EXPECT_EQ(framesOfFilms, begun + framesShown(copy, wholeFilm));
+        EXPECT_EQ(framesPerVideo, begun + framesShown(copy, wholeVideo));
         EXPECT_EQ(RV_VIDEO_STOP, copy.getStatus());
     }
-    EXPECT_EQ(&**film, RVVIDEO::findById((*film)->getId()));
-    EXPECT_EQ(framesOfFilms, framesShown(**film, wholeFilm)); // the shared stream is at its start
+    EXPECT_EQ(&**video, RVVIDEO::findById((*video)->getId()));
+    EXPECT_EQ(framesPerVideo,
+              framesShown(**video, wholeVideo)); // the shared stream is at its start
 }
 
 TEST_F(Video, FlippingIsKeptByLoadingAndTakenByCopies) {
-    const auto film = openFilm();
-    (*film)->flipOn();
-    EXPECT_TRUE((*film)->isFlipped());
-    EXPECT_TRUE((*film)->load("film"));
-    EXPECT_TRUE((*film)->isFlipped());
-    const RVVIDEO copy(**film);
+    const auto video = openVideo();
+    (*video)->flipOn();
+    EXPECT_TRUE((*video)->isFlipped());
+    EXPECT_TRUE((*video)->load("video"));
+    EXPECT_TRUE((*video)->isFlipped());
+    const RVVIDEO copy(**video);
     EXPECT_TRUE(copy.isFlipped());
-    (*film)->flipOff();
-    EXPECT_FALSE((*film)->isFlipped());
+    (*video)->flipOff();
+    EXPECT_FALSE((*video)->isFlipped());
     EXPECT_TRUE(copy.isFlipped());
 }
 
 TEST_F(Video, CopyOutlivesItsOriginal) {
     auto *video = new RVVIDEO;
-    ASSERT_TRUE(video->load("film"));
+    ASSERT_TRUE(video->load("video"));
     video->setTexture(screen);
     RVVIDEO copy(*video);
     delete video;
     EXPECT_EQ(0u, RVVIDEO::getNumberOfVideos());
     copy.play();
-    EXPECT_EQ(framesOfFilms, framesShown(copy, wholeFilm));
+    EXPECT_EQ(framesPerVideo, framesShown(copy, wholeVideo));
     copy.load(nullptr);
 }
 
 TEST_F(Video, AssignmentCopiesTheFieldsAndKeepsThePlaceInTheRegistry) {
-    const auto film = openFilm();
-    (*film)->playLoop();
+    const auto video = openVideo();
+    (*video)->playLoop();
     auto *other = new RVVIDEO, *last = new RVVIDEO;
     const unsigned int own = other->getId();
-    *other = **film;
-    EXPECT_EQ((*film)->getId(), other->getId());
-    EXPECT_STREQ("film", other->getName());
+    *other = **video;
+    EXPECT_EQ((*video)->getId(), other->getId());
+    EXPECT_STREQ("video", other->getName());
     EXPECT_EQ(screen, other->getTexture());
     EXPECT_EQ(RV_VIDEO_PLAYLOOP, other->getStatus());
     EXPECT_EQ(3u, RVVIDEO::getNumberOfVideos());
     EXPECT_EQ(last, RVVIDEO::findById(last->getId()));
     other->play();
-    EXPECT_EQ(framesOfFilms, framesShown(*other, wholeFilm));
+    EXPECT_EQ(framesPerVideo, framesShown(*other, wholeVideo));
     delete other;
     EXPECT_EQ(2u, RVVIDEO::getNumberOfVideos());
-    EXPECT_EQ(&**film, RVVIDEO::findByFilename("film"));
+    EXPECT_EQ(&**video, RVVIDEO::findByFilename("video"));
     const RVVIDEO *again = new RVVIDEO;
     EXPECT_EQ(own, again->getId());
 }
 
 TEST_F(Video, AssignmentToItselfAndToACopyChangeNoRegistry) {
-    const auto film = openFilm();
-    RVVIDEO &same = **film;
-    same = **film;
+    const auto video = openVideo();
+    RVVIDEO &same = **video;
+    same = **video;
     RVVIDEO copy(same);
-    const TestFilm other;
+    const TestVideo other;
     copy = *other;
     EXPECT_EQ(other->getId(), copy.getId());
     EXPECT_EQ(2u, RVVIDEO::getNumberOfVideos());
     same.play();
-    EXPECT_EQ(framesOfFilms, framesShown(same, wholeFilm));
+    EXPECT_EQ(framesPerVideo, framesShown(same, wholeVideo));
 }
 
 } // namespace

@@ -1,11 +1,11 @@
-// Films that are cut off, damaged or none at all. Nothing here may crash, hang, or leave its
+// Videos that are cut off, damaged or none at all. Nothing here may crash, hang, or leave its
 // memory, which the sanitizers watch: every pixel of every frame that the decoder hands out is
 // read.
 
 #include "ravolt/RVVIDEO.h"
 
 #include "tests/support/engineFixture.h"
-#include "tests/video/films.h"
+#include "tests/video/videos.h"
 #include "video/decoder.h"
 
 #include <gtest/gtest.h>
@@ -23,29 +23,29 @@ namespace ravolt::test {
 namespace {
 
 // Small ones, so that there can be many.
-const char *const smallFilms[] = {"ffmpeg1_16x16", "ffmpeg1_50x38_b", "ffmpeg2_50x38",
-                                  "ffmpeg2_64x48_b", "mjpegtools2_64x48"};
+const char *const smallVideos[] = {"ffmpeg1_16x16", "ffmpeg1_50x38_b", "ffmpeg2_50x38",
+                                   "ffmpeg2_64x48_b", "mjpegtools2_64x48"};
 
 struct Played {
     unsigned int frames = 0;
     unsigned long pixels = 0; // their sum, so that each one has been read
 };
 
-// Decodes a film from memory, to its end.
-Played playThrough(Bytes film) {
+// Decodes a video from memory, to its end.
+Played playThrough(Bytes data) {
     Played played;
-    if (film.empty())
+    if (data.empty())
         return played;
     auto stream = std::make_unique<RVVIDEO_STREAM>();
-    stream->file = fmemopen(film.data(), film.size(), "rb");
+    stream->file = fmemopen(data.data(), data.size(), "rb");
     EXPECT_TRUE(startDecoder(*stream));
     std::size_t steps = 0;
     for (stream->size = -1; stream->size != 0; ++steps) {
-        if (steps > film.size() + 100) {
-            ADD_FAILURE() << "the film does not end";
+        if (steps > data.size() + 100) {
+            ADD_FAILURE() << "the video does not end";
             break;
         }
-        const FilmFrame frame = decodeStep(*stream);
+        const VideoFrame frame = decodeStep(*stream);
         if (!frame.pixels)
             continue;
         ++played.frames;
@@ -67,25 +67,25 @@ class Damage {
     std::size_t below(std::size_t limit) { return numbers() % limit; }
 
     // Some bits, anywhere.
-    void flipBits(Bytes &film) {
+    void flipBits(Bytes &data) {
         for (std::size_t count = 1 + below(20); count > 0; --count)
-            film[below(film.size())] ^= static_cast<unsigned char>(1u << below(8));
+            data[below(data.size())] ^= static_cast<unsigned char>(1u << below(8));
     }
 
     // Some bytes of headers, which stand behind start codes.
-    void spoilHeaders(Bytes &film) {
+    void spoilHeaders(Bytes &data) {
         const Bytes start = {0, 0, 1};
         std::vector<std::size_t> codes;
-        for (auto at = film.begin();; ++at) {
-            at = std::search(at, film.end(), start.begin(), start.end());
-            if (at == film.end())
+        for (auto at = data.begin();; ++at) {
+            at = std::search(at, data.end(), start.begin(), start.end());
+            if (at == data.end())
                 break;
-            codes.push_back(static_cast<std::size_t>(at - film.begin()));
+            codes.push_back(static_cast<std::size_t>(at - data.begin()));
         }
         for (std::size_t count = 1 + below(10); count > 0 && !codes.empty(); --count) {
             const std::size_t place = codes[below(codes.size())] + 3 + below(12);
-            if (place < film.size())
-                film[place] = static_cast<unsigned char>(numbers());
+            if (place < data.size())
+                data[place] = static_cast<unsigned char>(numbers());
         }
     }
 
@@ -106,8 +106,8 @@ class Damage {
     std::mt19937 numbers;
 };
 
-TEST(DamagedFilm, CutAnywhereItPlaysAsFarAsItGoes) {
-    for (const char *name : smallFilms) {
+TEST(DamagedVideo, CutAnywhereItPlaysAsFarAsItGoes) {
+    for (const char *name : smallVideos) {
         const Bytes whole = bytesOf(name);
         const std::size_t step = whole.size() / 400 + 1;
         unsigned int most = 0;
@@ -117,53 +117,53 @@ TEST(DamagedFilm, CutAnywhereItPlaysAsFarAsItGoes) {
             EXPECT_GE(played.frames, most) << name << " cut at " << size;
             most = played.frames;
         }
-        EXPECT_GE(most, framesOfFilms - 2) << name;
-        EXPECT_EQ(framesOfFilms, playThrough(whole).frames) << name;
+        EXPECT_GE(most, framesPerVideo - 2) << name;
+        EXPECT_EQ(framesPerVideo, playThrough(whole).frames) << name;
     }
 }
 
-TEST(DamagedFilm, CutAtItsFrontItPlaysFromWhereItCan) {
-    for (const char *name : smallFilms) {
+TEST(DamagedVideo, CutAtItsFrontItPlaysFromWhereItCan) {
+    for (const char *name : smallVideos) {
         const Bytes whole = bytesOf(name);
         for (std::size_t from = 0; from < whole.size(); from += whole.size() / 200 + 1)
             EXPECT_LE(
                 playThrough(Bytes(whole.begin() + static_cast<std::ptrdiff_t>(from), whole.end()))
                     .frames,
-                framesOfFilms);
+                framesPerVideo);
     }
 }
 
-TEST(DamagedFilm, FlippedBitsAndSpoiledHeadersArePassedOver) {
+TEST(DamagedVideo, FlippedBitsAndSpoiledHeadersArePassedOver) {
     unsigned int frames = 0;
     for (unsigned int seed = 0; seed < 1500; ++seed) {
         Damage damage(seed);
-        Bytes film = bytesOf(smallFilms[damage.below(std::size(smallFilms))]);
-        damage.flipBits(film);
+        Bytes data = bytesOf(smallVideos[damage.below(std::size(smallVideos))]);
+        damage.flipBits(data);
         if (seed % 2)
-            damage.spoilHeaders(film);
+            damage.spoilHeaders(data);
         SCOPED_TRACE(seed);
-        frames += playThrough(film).frames;
+        frames += playThrough(data).frames;
     }
-    EXPECT_GT(frames, 1500u); // damage does not end a film
+    EXPECT_GT(frames, 1500u); // damage does not end a video
 }
 
-TEST(DamagedFilm, FilmsThatBreakOffIntoOthersArePassedOver) {
+TEST(DamagedVideo, VideosThatBreakOffIntoOthersArePassedOver) {
     for (unsigned int seed = 0; seed < 300; ++seed) {
         Damage damage(seed);
-        Bytes film;
+        Bytes data;
         for (int part = 0; part < 3; ++part) {
-            Bytes next = bytesOf(smallFilms[damage.below(std::size(smallFilms))]);
+            Bytes next = bytesOf(smallVideos[damage.below(std::size(smallVideos))]);
             if (damage.below(2))
                 damage.flipBits(next);
             next.resize(damage.below(next.size()) + 1);
-            film = film + next;
+            data = data + next;
         }
         SCOPED_TRACE(seed);
-        playThrough(film);
+        playThrough(data);
     }
 }
 
-TEST(DamagedFilm, GarbageHasNoFrames) {
+TEST(DamagedVideo, GarbageHasNoFrames) {
     for (unsigned int seed = 0; seed < 40; ++seed) {
         Damage damage(seed);
         EXPECT_EQ(0u, playThrough(damage.garbage(1 + damage.below(20000), false)).frames);
@@ -175,46 +175,46 @@ TEST(DamagedFilm, GarbageHasNoFrames) {
 
 // Sequence and picture tell the decoder of fields, of which each has half of the lines: eight here.
 // The decoder would write sixteen.
-TEST(DamagedFilm, FieldsLowerThanAMacroblockAreSkipped) {
-    Bytes film = bytesOf("ffmpeg2_16x16");
-    EXPECT_EQ(framesOfFilms, playThrough(film).frames);
+TEST(DamagedVideo, FieldsLowerThanAMacroblockAreSkipped) {
+    Bytes data = bytesOf("ffmpeg2_16x16");
+    EXPECT_EQ(framesPerVideo, playThrough(data).frames);
     const Bytes extension = {0, 0, 1, 0xb5};
-    for (auto at = film.begin();; ++at) {
-        at = std::search(at, film.end() - 8, extension.begin(), extension.end());
-        if (at == film.end() - 8)
+    for (auto at = data.begin();; ++at) {
+        at = std::search(at, data.end() - 8, extension.begin(), extension.end());
+        if (at == data.end() - 8)
             break;
         if (at[4] >> 4 == 8) // of a picture
             at[6] = static_cast<unsigned char>((at[6] & ~3) | 1);
     }
-    EXPECT_EQ(0u, playThrough(film).frames);
+    EXPECT_EQ(0u, playThrough(data).frames);
 }
 
 // The decoder would ask for gigabytes.
-TEST(DamagedFilm, SizeThatNoTextureHasGetsNoMemory) {
+TEST(DamagedVideo, SizeThatNoTextureHasGetsNoMemory) {
     EXPECT_EQ(0u, playThrough(withGiantSize(bytesOf("ffmpeg2_64x48_b"))).frames);
 }
 
-class DamagedFilms : public SilentEngineTest {};
+class DamagedVideos : public SilentEngineTest {};
 
 // The same through the class, with a texture.
-TEST_F(DamagedFilms, LoadAndPlayLikeAnyOther) {
-    const TestFilm video;
+TEST_F(DamagedVideos, LoadAndPlayLikeAnyOther) {
+    const TestVideo video;
     video->setTexture(makeScreen(64, 64));
     for (unsigned int seed = 0; seed < 60; ++seed) {
         Damage damage(seed);
-        Bytes film = bytesOf(smallFilms[damage.below(std::size(smallFilms))]);
-        damage.flipBits(film);
-        damage.spoilHeaders(film);
-        film.resize(film.size() - damage.below(film.size() / 2));
-        writeFile("damaged", film);
+        Bytes data = bytesOf(smallVideos[damage.below(std::size(smallVideos))]);
+        damage.flipBits(data);
+        damage.spoilHeaders(data);
+        data.resize(data.size() - damage.below(data.size() / 2));
+        writeFile("damaged", data);
         ASSERT_TRUE(video->load("damaged"));
         video->play();
-        EXPECT_TRUE(video->update(wholeFilm));
+        EXPECT_TRUE(video->update(wholeVideo));
         EXPECT_EQ(RV_VIDEO_STOP, video->getStatus());
     }
-    for (const Bytes &film :
+    for (const Bytes &data :
          {Bytes(), Bytes(1, 0), Bytes(4096, 0), Damage(1).garbage(5000, true)}) {
-        writeFile("garbage", film);
+        writeFile("garbage", data);
         ASSERT_TRUE(video->load("garbage"));
         video->playLoop();
         EXPECT_TRUE(video->update(100));

@@ -27,13 +27,13 @@ class VideoWithoutDecoder : public testing::Test {
     void TearDown() override { zlfCloseLog(); }
 };
 
-TEST_F(VideoWithoutDecoder, FilmDoesNotLoad) {
-    writeFile("film", Bytes{0, 0, 1, 0xb3});
+TEST_F(VideoWithoutDecoder, VideoDoesNotLoad) {
+    writeFile("video", Bytes{0, 0, 1, 0xb3});
     RVVIDEO video;
     const auto before = openFiles();
     markLog();
-    EXPECT_FALSE(video.load("film"));
-    EXPECT_LOGGED_EXACTLY("\n   Loading MPG file 'film'...\n"
+    EXPECT_FALSE(video.load("video"));
+    EXPECT_LOGGED_EXACTLY("\n   Loading MPG file 'video'...\n"
                           "   [!] Decoder failed to initialize @ RVVIDEO::load\n");
     EXPECT_EQ(before, openFiles());
     EXPECT_EQ(RV_VIDEO_STOP, video.getStatus());

@@ -1,11 +1,11 @@
-// What of a film reaches its texture, and by which calls.
+// What of a video reaches its texture, and by which calls.
 
 #include "ravolt/RVVIDEO.h"
 
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVOPENGL.h"
 #include "tests/support/engineFixture.h"
-#include "tests/video/films.h"
+#include "tests/video/videos.h"
 #include "video/stream.h"
 
 #include <gtest/gtest.h>
@@ -32,13 +32,13 @@ class Frames : public SilentEngineTest {
                 GL_UNSIGNED_BYTE,  anyAddress};
     }
 
-    Calls callsOf(RVVIDEO &video, unsigned int steps = wholeFilm) {
+    Calls callsOf(RVVIDEO &video, unsigned int steps = wholeVideo) {
         recorder.start();
         EXPECT_TRUE(video.update(steps));
         return recorder.stop();
     }
 
-    // The sizes of the frames that a film copies, each size with the number of frames in a row.
+    // The sizes of the frames that a video copies, each size with the number of frames in a row.
     struct Run {
         unsigned int frames, across, down;
         Run(unsigned int number, unsigned int sizeX, unsigned int sizeY)
@@ -62,39 +62,39 @@ class Frames : public SilentEngineTest {
 };
 
 TEST_F(Frames, EachFrameIsOneCopyOfWholeMacroblocks) {
-    for (const Film &film : films) {
-        const TestFilm video(pathOf(film.name));
+    for (const VideoSample &sample : samples) {
+        const TestVideo video(pathOf(sample.name));
         RVTEXTURE *screen = makeScreen(512, 512);
         video->setTexture(screen);
         video->play();
         const Calls calls = callsOf(*video);
-        ASSERT_EQ(4 * framesOfFilms, calls.size()) << film.name;
-        for (unsigned int frame = 0; frame < framesOfFilms; ++frame) {
+        ASSERT_EQ(4 * framesPerVideo, calls.size()) << sample.name;
+        for (unsigned int frame = 0; frame < framesPerVideo; ++frame) {
             EXPECT_EQ(Call("glActiveTextureARB", GL_TEXTURE0), calls[4 * frame]);
             EXPECT_EQ(Call("glBindTexture", GL_TEXTURE_2D, screen->getGLId()),
                       calls[4 * frame + 1]);
             EXPECT_EQ(Call("glPixelStorei", GL_UNPACK_ALIGNMENT, 1), calls[4 * frame + 2]);
-            EXPECT_EQ(copied(wholeBlocks(film.width), wholeBlocks(film.height)),
+            EXPECT_EQ(copied(wholeBlocks(sample.width), wholeBlocks(sample.height)),
                       calls[4 * frame + 3]);
         }
     }
 }
 
 TEST_F(Frames, FlippedFrameIsOneCopyOfThePicturesRows) {
-    for (const Film &film : films) {
-        const TestFilm video(pathOf(film.name));
+    for (const VideoSample &sample : samples) {
+        const TestVideo video(pathOf(sample.name));
         video->setTexture(makeScreen(512, 512));
         video->flipOn();
         video->play();
         const Calls calls = callsOf(*video).named("glTexSubImage2D");
-        ASSERT_EQ(framesOfFilms, calls.size()) << film.name;
+        ASSERT_EQ(framesPerVideo, calls.size()) << sample.name;
         for (const Call &call : calls)
-            EXPECT_EQ(copied(wholeBlocks(film.width), film.height), call);
+            EXPECT_EQ(copied(wholeBlocks(sample.width), sample.height), call);
     }
 }
 
 TEST_F(Frames, FlippedFrameWithoutMemoryIsDroppedWithOneLine) {
-    const TestFilm video(pathOf("ffmpeg1_352x288_b"));
+    const TestVideo video(pathOf("ffmpeg1_352x288_b"));
     video->setTexture(makeScreen(512, 512));
     video->play();
     callsOf(*video, 20); // the decoder has its memory
@@ -108,34 +108,34 @@ TEST_F(Frames, FlippedFrameWithoutMemoryIsDroppedWithOneLine) {
 }
 
 // The last picture is complete only when something follows it, and the last but one is shown then.
-TEST_F(Frames, FilmWithoutAnEndLosesWhatItCannotKnowToBeComplete) {
-    const TestFilm video(pathOf("ffmpeg2_176x144.noend"));
+TEST_F(Frames, VideoWithoutAnEndLosesWhatItCannotKnowToBeComplete) {
+    const TestVideo video(pathOf("ffmpeg2_176x144.noend"));
     video->setTexture(makeScreen(256, 256));
     video->play();
-    EXPECT_EQ(framesOfFilms - 2, callsOf(*video).count("glTexSubImage2D"));
+    EXPECT_EQ(framesPerVideo - 2, callsOf(*video).count("glTexSubImage2D"));
 }
 
 TEST_F(Frames, EndInTheLastBlockStillShowsTheLastFrame) {
-    const TestFilm video(pathOf("ffmpeg2_176x144"));
+    const TestVideo video(pathOf("ffmpeg2_176x144"));
     video->setTexture(makeScreen(256, 256));
     video->play();
-    EXPECT_EQ(framesOfFilms, callsOf(*video).count("glTexSubImage2D"));
+    EXPECT_EQ(framesPerVideo, callsOf(*video).count("glTexSubImage2D"));
 }
 
 TEST_F(Frames, EndInTheMiddleOfTheLastBlockStillShowsTheLastFrame) {
-    Bytes film = bytesOf("ffmpeg2_176x144");
-    const std::size_t room = filmBlock - film.size() % filmBlock;
+    Bytes data = bytesOf("ffmpeg2_176x144");
+    const std::size_t room = blockBytes - data.size() % blockBytes;
     ASSERT_GT(room, 1u);
-    film.insert(film.end(), room / 2, 0);
-    writeFile("film", film);
-    const TestFilm video("film");
+    data.insert(data.end(), room / 2, 0);
+    writeFile("video", data);
+    const TestVideo video("video");
     video->setTexture(makeScreen(256, 256));
     video->play();
-    EXPECT_EQ(framesOfFilms, callsOf(*video).count("glTexSubImage2D"));
+    EXPECT_EQ(framesPerVideo, callsOf(*video).count("glTexSubImage2D"));
 }
 
 TEST_F(Frames, OneFrameTakesManySteps) {
-    const TestFilm video(pathOf("ffmpeg2_176x144"));
+    const TestVideo video(pathOf("ffmpeg2_176x144"));
     video->setTexture(makeScreen(256, 256));
     video->play();
     std::size_t steps = 0;
@@ -145,7 +145,7 @@ TEST_F(Frames, OneFrameTakesManySteps) {
 }
 
 TEST_F(Frames, WithoutATextureTheyAreDropped) {
-    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    const TestVideo video(pathOf("ffmpeg2_64x48_b"));
     video->play();
     markLog();
     EXPECT_EQ(Calls(), callsOf(*video));
@@ -154,11 +154,11 @@ TEST_F(Frames, WithoutATextureTheyAreDropped) {
 }
 
 TEST_F(Frames, TextureMayComeAndGoInTheMiddle) {
-    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    const TestVideo video(pathOf("ffmpeg2_64x48_b"));
     RVTEXTURE *first = makeScreen(64, 64), *second = makeScreen(64, 64);
     video->setTexture(first);
     EXPECT_EQ(first, video->getTexture());
-    EXPECT_EQ(1, first->getReferences()); // its own: the film counts none
+    EXPECT_EQ(1, first->getReferences()); // its own: the video counts none
     video->play();
     EXPECT_TRUE(
         callsOf(*video, 20).contains(Call("glBindTexture", GL_TEXTURE_2D, first->getGLId())));
@@ -171,7 +171,7 @@ TEST_F(Frames, TextureMayComeAndGoInTheMiddle) {
 }
 
 TEST_F(Frames, TextureThatIsNotInVideoMemoryGetsNothing) {
-    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    const TestVideo video(pathOf("ffmpeg2_64x48_b"));
     RVTEXTURE *screen = makeScreen(64, 64);
     screen->unload(true);
     video->setTexture(screen);
@@ -184,7 +184,7 @@ TEST_F(Frames, TextureThatIsNotInVideoMemoryGetsNothing) {
 }
 
 TEST_F(Frames, DeletedTextureGetsNothing) {
-    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    const TestVideo video(pathOf("ffmpeg2_64x48_b"));
     RVTEXTURE *screen = makeScreen(64, 64);
     video->setTexture(screen);
     video->play();
@@ -195,12 +195,12 @@ TEST_F(Frames, DeletedTextureGetsNothing) {
 }
 
 TEST_F(Frames, TextureOfThePicturesSizeGetsThePictureAlone) {
-    const TestFilm video(pathOf("ffmpeg2_50x38"));
+    const TestVideo video(pathOf("ffmpeg2_50x38"));
     RVTEXTURE *screen = makeScreen(50, 38);
     video->setTexture(screen);
     video->play();
     Calls calls = callsOf(*video);
-    EXPECT_EQ(framesOfFilms, calls.count(copied(50, 38)));
+    EXPECT_EQ(framesPerVideo, calls.count(copied(50, 38)));
     EXPECT_EQ(Calls({{"glActiveTextureARB", GL_TEXTURE0},
                      {"glBindTexture", GL_TEXTURE_2D, screen->getGLId()},
                      {"glPixelStorei", GL_UNPACK_ALIGNMENT, 1},
@@ -211,12 +211,12 @@ TEST_F(Frames, TextureOfThePicturesSizeGetsThePictureAlone) {
     video->setTexture(makeScreen(64, 38));
     video->play();
     calls = callsOf(*video);
-    EXPECT_EQ(framesOfFilms, calls.count(copied(64, 38)));
-    EXPECT_EQ(4 * framesOfFilms, calls.size());
+    EXPECT_EQ(framesPerVideo, calls.count(copied(64, 38)));
+    EXPECT_EQ(4 * framesPerVideo, calls.size());
 }
 
 TEST_F(Frames, FrameLargerThanItsTextureIsRefusedWithOneLine) {
-    const TestFilm video(pathOf("ffmpeg2_50x38"));
+    const TestVideo video(pathOf("ffmpeg2_50x38"));
     markLog();
     for (const auto &size : {std::pair{49u, 64u}, std::pair{64u, 37u}, std::pair{16u, 16u}}) {
         video->setTexture(makeScreen(size.first, size.second));
@@ -229,8 +229,8 @@ TEST_F(Frames, FrameLargerThanItsTextureIsRefusedWithOneLine) {
     }
 }
 
-TEST_F(Frames, AnotherFilmThatIsTooLargeHasALineOfItsOwn) {
-    const TestFilm video(pathOf("ffmpeg2_50x38"));
+TEST_F(Frames, AnotherVideoThatIsTooLargeHasALineOfItsOwn) {
+    const TestVideo video(pathOf("ffmpeg2_50x38"));
     video->setTexture(makeScreen(16, 16));
     video->play();
     markLog();
@@ -249,7 +249,7 @@ TEST_F(Frames, NewSizeCopiesNothingUntilItsFirstFrame) {
     const Bytes small = bytesOf("ffmpeg2_64x48_b"), large = bytesOf("ffmpeg2_176x144");
     const Bytes endlessSmall = bytesOf("ffmpeg2_64x48_b.noend");
     const Bytes endlessLarge = bytesOf("ffmpeg2_176x144.noend");
-    const unsigned int all = framesOfFilms;
+    const unsigned int all = framesPerVideo;
     const struct {
         const char *name;
         Bytes bytes;
@@ -267,7 +267,7 @@ TEST_F(Frames, NewSizeCopiesNothingUntilItsFirstFrame) {
     };
     for (const auto &row : rows) {
         writeFile(row.name, row.bytes);
-        const TestFilm video(row.name);
+        const TestVideo video(row.name);
         video->setTexture(makeScreen(256, 256));
         EXPECT_EQ(row.runs, sizesCopied(*video)) << row.name;
     }
@@ -275,30 +275,30 @@ TEST_F(Frames, NewSizeCopiesNothingUntilItsFirstFrame) {
 
 TEST_F(Frames, NewSizeThatIsTooLargeIsRefusedWithOneLineAndTheRestIsShown) {
     const Bytes small = bytesOf("ffmpeg2_64x48_b"), large = bytesOf("ffmpeg2_176x144");
-    writeFile("film", small + large + small);
-    const TestFilm video("film");
+    writeFile("video", small + large + small);
+    const TestVideo video("video");
     video->setTexture(makeScreen(64, 48));
     markLog();
-    EXPECT_EQ((std::vector<Run>{{2 * framesOfFilms, 64, 48}}), sizesCopied(*video));
+    EXPECT_EQ((std::vector<Run>{{2 * framesPerVideo, 64, 48}}), sizesCopied(*video));
     EXPECT_LOGGED_TIMES(1, tooLarge);
 }
 
 // Width and height stand in the twelve bits each behind the start code of a sequence.
-Bytes withSize(Bytes film, unsigned int width, unsigned int height) {
-    for (std::size_t place = 0; place + 7 < film.size(); ++place)
-        if (film[place] == 0 && film[place + 1] == 0 && film[place + 2] == 1 &&
-            film[place + 3] == 0xb3) {
-            film[place + 4] = static_cast<unsigned char>(width >> 4);
-            film[place + 5] = static_cast<unsigned char>((width << 4) | (height >> 8));
-            film[place + 6] = static_cast<unsigned char>(height);
+Bytes withSize(Bytes data, unsigned int width, unsigned int height) {
+    for (std::size_t place = 0; place + 7 < data.size(); ++place)
+        if (data[place] == 0 && data[place + 1] == 0 && data[place + 2] == 1 &&
+            data[place + 3] == 0xb3) {
+            data[place + 4] = static_cast<unsigned char>(width >> 4);
+            data[place + 5] = static_cast<unsigned char>((width << 4) | (height >> 8));
+            data[place + 6] = static_cast<unsigned char>(height);
         }
-    return film;
+    return data;
 }
 
 TEST_F(Frames, SizeThatNoTextureHasIsNotEvenDecoded) {
-    const Bytes film = bytesOf("ffmpeg2_64x48_b");
-    writeFile("giant", withGiantSize(film) + film);
-    const TestFilm video("giant");
+    const Bytes data = bytesOf("ffmpeg2_64x48_b");
+    writeFile("giant", withGiantSize(data) + data);
+    const TestVideo video("giant");
     video->setTexture(makeScreen(64, 48));
     video->playLoop();
     markLog();
@@ -307,11 +307,11 @@ TEST_F(Frames, SizeThatNoTextureHasIsNotEvenDecoded) {
     EXPECT_LOGGED_TIMES(1, tooLarge);
 }
 
-TEST_F(Frames, SizeThatIsNotTheFilmsOwnIsDecodedAsFarAsItGoes) {
+TEST_F(Frames, SizeThatIsNotTheVideosOwnIsDecodedAsFarAsItGoes) {
     for (const auto &size : {std::pair{16u, 16u}, std::pair{2048u, 16u}, std::pair{16u, 2048u},
                              std::pair{1u, 1u}, std::pair{4095u, 33u}}) {
-        writeFile("film", withSize(bytesOf("ffmpeg2_64x48_b"), size.first, size.second));
-        const TestFilm video("film");
+        writeFile("video", withSize(bytesOf("ffmpeg2_64x48_b"), size.first, size.second));
+        const TestVideo video("video");
         video->setTexture(makeScreen(4096, 4096));
         video->play();
         EXPECT_TRUE(
@@ -323,7 +323,7 @@ TEST_F(Frames, SizeThatIsNotTheFilmsOwnIsDecodedAsFarAsItGoes) {
 // --- What the engine takes to be bound
 
 TEST_F(Frames, TextureBoundBeforeIsBoundAnew) {
-    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    const TestVideo video(pathOf("ffmpeg2_64x48_b"));
     video->setTexture(makeScreen(64, 64));
     RVTEXTURE *wall = makeScreen(8, 8);
     wall->render(nullptr);
@@ -339,7 +339,7 @@ TEST_F(Frames, TextureBoundBeforeIsBoundAnew) {
 }
 
 TEST_F(Frames, MaterialAppliedBeforeIsAppliedAnew) {
-    const TestFilm video(pathOf("ffmpeg2_64x48_b"));
+    const TestVideo video(pathOf("ffmpeg2_64x48_b"));
     video->setTexture(makeScreen(64, 64));
     auto *material = new RVMATERIAL;
     RVTEXTURE *wall = makeScreen(8, 8);

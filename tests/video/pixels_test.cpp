@@ -1,10 +1,10 @@
-// The pixels that reach the texture, against what another decoder makes of the same film.
+// The pixels that reach the texture, against what another decoder makes of the same video.
 
 #include "ravolt/RVVIDEO.h"
 
 #include "ravolt/RVOPENGL.h"
 #include "tests/support/engineFixture.h"
-#include "tests/video/films.h"
+#include "tests/video/videos.h"
 
 #include <gtest/gtest.h>
 
@@ -46,29 +46,30 @@ struct Distance {
     }
 };
 
-// The planes of a film as the other decoder has them, and their colours by the formula of BT.601:
-// each chroma sample stands for two by two pixels, of the same field where the film has two, and
+// The planes of a video as the other decoder has them, and their colours by the formula of BT.601:
+// each chroma sample stands for two by two pixels, of the same field where the video has two, and
 // its share is rounded to whole steps of luma.
 class Planes {
   public:
-    explicit Planes(const Film &shown) : film(shown), bytes(bytesOf(film.name + ".yuv"s)) {
-        EXPECT_EQ(frameBytes() * framesOfFilms, bytes.size()) << film.name;
+    explicit Planes(const VideoSample &shown)
+        : sample(shown), bytes(bytesOf(sample.name + ".yuv"s)) {
+        EXPECT_EQ(frameBytes() * framesPerVideo, bytes.size()) << sample.name;
     }
 
     Color at(unsigned int frame, unsigned int x, unsigned int y) const {
         constexpr double lumaRange = 219, chromaRange = 224, share = lumaRange / chromaRange;
         constexpr double kr = 0.299, kb = 0.114, kg = 1 - kr - kb;
         const unsigned char *const lumas = bytes.data() + frameBytes() * frame;
-        const unsigned char *const blues = lumas + std::size_t(film.width) * film.height;
+        const unsigned char *const blues = lumas + std::size_t(sample.width) * sample.height;
         const unsigned char *const reds = blues + chromaWidth() * chromaHeight();
-        const unsigned int row = film.fields ? y / 4 * 2 + y % 2 : y / 2;
+        const unsigned int row = sample.fields ? y / 4 * 2 + y % 2 : y / 2;
         const std::size_t chroma = row * chromaWidth() + x / 2;
         const double blue = 2 * (1 - kb) * share * (blues[chroma] - 128);
         const double red = 2 * (1 - kr) * share * (reds[chroma] - 128);
         const long shares[] = {std::lround(red),
                                std::lround(-kb / kg * blue) + std::lround(-kr / kg * red),
                                std::lround(blue)};
-        const int light = lumas[std::size_t(y) * film.width + x] - 16;
+        const int light = lumas[std::size_t(y) * sample.width + x] - 16;
         Color color;
         for (int channel = 0; channel < 3; ++channel)
             color.channels[channel] = static_cast<int>(std::clamp(
@@ -77,23 +78,23 @@ class Planes {
     }
 
   private:
-    std::size_t chromaWidth() const { return (film.width + 1) / 2; }
-    std::size_t chromaHeight() const { return (film.height + 1) / 2; }
+    std::size_t chromaWidth() const { return (sample.width + 1) / 2; }
+    std::size_t chromaHeight() const { return (sample.height + 1) / 2; }
     std::size_t frameBytes() const {
-        return std::size_t(film.width) * film.height + 2 * chromaWidth() * chromaHeight();
+        return std::size_t(sample.width) * sample.height + 2 * chromaWidth() * chromaHeight();
     }
 
-    Film film;
+    VideoSample sample;
     Bytes bytes;
 };
 
 // What the other decoder's own conversion makes of them, in even sizes.
 class Colors {
   public:
-    explicit Colors(const Film &film)
-        : width(film.width / 2 * 2), height(film.height / 2 * 2),
-          bytes(bytesOf(film.name + ".rgb"s)) {
-        EXPECT_EQ(std::size_t(width) * height * 3 * framesOfFilms, bytes.size()) << film.name;
+    explicit Colors(const VideoSample &sample)
+        : width(sample.width / 2 * 2), height(sample.height / 2 * 2),
+          bytes(bytesOf(sample.name + ".rgb"s)) {
+        EXPECT_EQ(std::size_t(width) * height * 3 * framesPerVideo, bytes.size()) << sample.name;
     }
 
     bool has(unsigned int x, unsigned int y) const { return x < width && y < height; }
@@ -106,7 +107,7 @@ class Colors {
     Bytes bytes;
 };
 
-class Pixels : public EngineTest, public testing::WithParamInterface<Film> {
+class Pixels : public EngineTest, public testing::WithParamInterface<VideoSample> {
   protected:
     // Goes on to the next frame that is copied to the texture.
     bool nextFrame(RVVIDEO &video) {
@@ -129,21 +130,21 @@ class Pixels : public EngineTest, public testing::WithParamInterface<Film> {
 };
 
 TEST_P(Pixels, AreThoseOfTheOtherDecoder) {
-    const Film &film = GetParam();
-    const TestFilm video(pathOf(film.name));
-    RVTEXTURE *screen = makeScreen(wholeBlocks(film.width), wholeBlocks(film.height));
+    const VideoSample &sample = GetParam();
+    const TestVideo video(pathOf(sample.name));
+    RVTEXTURE *screen = makeScreen(wholeBlocks(sample.width), wholeBlocks(sample.height));
     video->setTexture(screen);
     video->play();
 
-    const Planes planes(film);
-    const Colors colors(film);
+    const Planes planes(sample);
+    const Colors colors(sample);
     Distance toPlanes, toColors, firstToPlanes;
     unsigned int frame = 0;
     for (; nextFrame(*video); ++frame) {
-        ASSERT_LT(frame, framesOfFilms);
+        ASSERT_LT(frame, framesPerVideo);
         const Bytes shown = pixelsOf(*screen);
-        for (unsigned int y = 0; y < film.height; ++y)
-            for (unsigned int x = 0; x < film.width; ++x) {
+        for (unsigned int y = 0; y < sample.height; ++y)
+            for (unsigned int x = 0; x < sample.width; ++x) {
                 const Color is(&shown[(std::size_t(y) * screen->getSizeX() + x) * 3]);
                 const Color wanted = planes.at(frame, x, y);
                 toPlanes.add(is, wanted);
@@ -153,7 +154,7 @@ TEST_P(Pixels, AreThoseOfTheOtherDecoder) {
                     toColors.add(is, colors.at(frame, x, y));
             }
     }
-    EXPECT_EQ(framesOfFilms, frame);
+    EXPECT_EQ(framesPerVideo, frame);
     // The two decoders round their inverse transform each in its own way, by one step of a sample
     // here and there, and what is predicted carries it on until the next picture of its own.
     EXPECT_GT(firstToPlanes.psnr(), 57.0);
@@ -167,16 +168,16 @@ TEST_P(Pixels, AreThoseOfTheOtherDecoder) {
     EXPECT_LE(toColors.maximum, 8);
     std::printf("%-30s planes: PSNR %5.2f dB, largest %d (first frame %5.2f dB, %d); "
                 "rgb: PSNR %5.2f dB, largest %d\n",
-                film.name, toPlanes.psnr(), toPlanes.maximum, firstToPlanes.psnr(),
+                sample.name, toPlanes.psnr(), toPlanes.maximum, firstToPlanes.psnr(),
                 firstToPlanes.maximum, toColors.psnr(), toColors.maximum);
 }
 
-// Rows that are no multiple of four bytes, in the film's memory and in the texture.
+// Rows that are no multiple of four bytes, in the video's memory and in the texture.
 TEST_P(Pixels, AreTheSameInATextureOfThePicturesSize) {
-    const Film &film = GetParam();
-    const TestFilm video(pathOf(film.name)), cut(pathOf(film.name));
-    RVTEXTURE *whole = makeScreen(wholeBlocks(film.width) + 5, wholeBlocks(film.height) + 3);
-    RVTEXTURE *exact = makeScreen(film.width, film.height);
+    const VideoSample &sample = GetParam();
+    const TestVideo video(pathOf(sample.name)), cut(pathOf(sample.name));
+    RVTEXTURE *whole = makeScreen(wholeBlocks(sample.width) + 5, wholeBlocks(sample.height) + 3);
+    RVTEXTURE *exact = makeScreen(sample.width, sample.height);
     video->setTexture(whole);
     cut->setTexture(exact);
     video->play();
@@ -187,13 +188,13 @@ TEST_P(Pixels, AreTheSameInATextureOfThePicturesSize) {
         const Bytes wide = pixelsOf(*whole), narrow = pixelsOf(*exact);
         for (unsigned int y = 0; y < whole->getSizeY(); ++y) {
             const auto row = wide.begin() + std::ptrdiff_t(y) * whole->getSizeX() * 3;
-            const auto end = row + std::ptrdiff_t(wholeBlocks(film.width)) * 3;
-            if (y < film.height) {
-                const auto other = narrow.begin() + std::ptrdiff_t(y) * film.width * 3;
-                EXPECT_TRUE(std::equal(other, other + film.width * 3, row)) << y;
+            const auto end = row + std::ptrdiff_t(wholeBlocks(sample.width)) * 3;
+            if (y < sample.height) {
+                const auto other = narrow.begin() + std::ptrdiff_t(y) * sample.width * 3;
+                EXPECT_TRUE(std::equal(other, other + sample.width * 3, row)) << y;
             }
             // What lies beside the frame stays as it was.
-            const auto beside = y < wholeBlocks(film.height) ? end : row;
+            const auto beside = y < wholeBlocks(sample.height) ? end : row;
             EXPECT_TRUE(std::all_of(beside, row + whole->getSizeX() * 3, [](unsigned char value) {
                 return value == 0;
             })) << y;
@@ -204,11 +205,11 @@ TEST_P(Pixels, AreTheSameInATextureOfThePicturesSize) {
 // The rows of the picture alone, the other way up, from the frame on at which the switch was
 // turned.
 TEST_P(Pixels, AreThoseOfTheUnflippedFrameBottomUp) {
-    const Film &film = GetParam();
+    const VideoSample &sample = GetParam();
     for (const unsigned int margin : {0u, 21u}) {
-        const TestFilm plain(pathOf(film.name)), flipped(pathOf(film.name));
-        RVTEXTURE *upright = makeScreen(film.width + margin, film.height + margin);
-        RVTEXTURE *turned = makeScreen(film.width + margin, film.height + margin);
+        const TestVideo plain(pathOf(sample.name)), flipped(pathOf(sample.name));
+        RVTEXTURE *upright = makeScreen(sample.width + margin, sample.height + margin);
+        RVTEXTURE *turned = makeScreen(sample.width + margin, sample.height + margin);
         plain->setTexture(upright);
         flipped->setTexture(turned);
         plain->play();
@@ -218,10 +219,10 @@ TEST_P(Pixels, AreThoseOfTheUnflippedFrameBottomUp) {
             ASSERT_TRUE(nextFrame(*plain) && nextFrame(*flipped));
             const Bytes is = pixelsOf(*turned), wanted = pixelsOf(*upright);
             const std::size_t rowBytes = std::size_t(upright->getSizeX()) * 3;
-            for (unsigned int y = 0; y < film.height; ++y) {
-                const unsigned int other = flip ? film.height - 1 - y : y;
+            for (unsigned int y = 0; y < sample.height; ++y) {
+                const unsigned int other = flip ? sample.height - 1 - y : y;
                 const unsigned char *row = &wanted[other * rowBytes];
-                ASSERT_TRUE(std::equal(row, row + film.width * 3, &is[y * rowBytes]))
+                ASSERT_TRUE(std::equal(row, row + sample.width * 3, &is[y * rowBytes]))
                     << "row " << y << ", flipped: " << flip;
             }
         }
@@ -229,21 +230,21 @@ TEST_P(Pixels, AreThoseOfTheUnflippedFrameBottomUp) {
 }
 
 TEST_P(Pixels, OfAFlippedFrameEndWithThePicture) {
-    const Film &film = GetParam();
-    const TestFilm video(pathOf(film.name));
-    RVTEXTURE *screen = makeScreen(film.width + 21, film.height + 21);
+    const VideoSample &sample = GetParam();
+    const TestVideo video(pathOf(sample.name));
+    RVTEXTURE *screen = makeScreen(sample.width + 21, sample.height + 21);
     video->setTexture(screen);
     video->flipOn();
     video->play();
     ASSERT_TRUE(nextFrame(*video));
     const Bytes pixels = pixelsOf(*screen);
     const auto above =
-        pixels.begin() + std::ptrdiff_t(film.height) * std::ptrdiff_t(screen->getSizeX()) * 3;
+        pixels.begin() + std::ptrdiff_t(sample.height) * std::ptrdiff_t(screen->getSizeX()) * 3;
     EXPECT_TRUE(std::all_of(above, pixels.end(), [](unsigned char value) { return value == 0; }));
 }
 
-INSTANTIATE_TEST_SUITE_P(Films, Pixels, testing::ValuesIn(films),
-                         [](const auto &film) { return std::string(film.param.name); });
+INSTANTIATE_TEST_SUITE_P(Videos, Pixels, testing::ValuesIn(samples),
+                         [](const auto &sample) { return std::string(sample.param.name); });
 
 } // namespace
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The films that makeFilms.sh leaves in the build folder, and films put together from them.
+// The videos that makeVideos.sh leaves in the build folder, and videos put together from them.
 
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
@@ -14,17 +14,17 @@
 
 namespace ravolt::test {
 
-constexpr unsigned int framesOfFilms = 12;
-constexpr unsigned int wholeFilm = 1000000; // more steps than any film has
+constexpr unsigned int framesPerVideo = 12;
+constexpr unsigned int wholeVideo = 1000000; // more steps than any video has
 
-struct Film {
+struct VideoSample {
     const char *name;
     unsigned int width, height;
     bool fields = false; // of two moments in each frame
 
-    friend void PrintTo(const Film &film, std::ostream *out) { *out << film.name; }
+    friend void PrintTo(const VideoSample &sample, std::ostream *out) { *out << sample.name; }
 };
-inline const Film films[] = {
+inline const VideoSample samples[] = {
     {"ffmpeg1_16x16", 16, 16},
     {"ffmpeg1_50x38_b", 50, 38},
     {"ffmpeg1_352x288_b", 352, 288},
@@ -41,41 +41,41 @@ inline const Film films[] = {
     {"mjpegtools2_352x288_fields_b", 352, 288, true},
 };
 
-inline std::string pathOf(const std::string &film) { return RAVOLT_FILMS + film; }
+inline std::string pathOf(const std::string &name) { return RAVOLT_VIDEOS + name; }
 
-inline Bytes bytesOf(const std::string &film) {
-    const Bytes bytes = readFile(pathOf(film));
-    EXPECT_FALSE(bytes.empty()) << film;
+inline Bytes bytesOf(const std::string &name) {
+    const Bytes bytes = readFile(pathOf(name));
+    EXPECT_FALSE(bytes.empty()) << name;
     return bytes;
 }
 
 // Sizes in whole macroblocks, as the decoder has them.
 inline unsigned int wholeBlocks(unsigned int pixels) { return (pixels + 15) / 16 * 16; }
 
-// A film with all bits set that the extension of a sequence adds on top of its width and height.
-inline Bytes withGiantSize(Bytes film) {
-    for (std::size_t place = 0; place + 7 < film.size(); ++place)
-        if (film[place] == 0 && film[place + 1] == 0 && film[place + 2] == 1 &&
-            film[place + 3] == 0xb5 && film[place + 4] >> 4 == 1) {
-            film[place + 5] |= 1;    // width, high bit
-            film[place + 6] |= 0xe0; // width, low bit; height, both
+// A video with all bits set that the extension of a sequence adds on top of its width and height.
+inline Bytes withGiantSize(Bytes data) {
+    for (std::size_t place = 0; place + 7 < data.size(); ++place)
+        if (data[place] == 0 && data[place + 1] == 0 && data[place + 2] == 1 &&
+            data[place + 3] == 0xb5 && data[place + 4] >> 4 == 1) {
+            data[place + 5] |= 1;    // width, high bit
+            data[place + 6] |= 0xe0; // width, low bit; height, both
         }
-    return film;
+    return data;
 }
 
-// A film of a test. Its stream is closed when it goes, which the destructor of RVVIDEO leaves out.
-class TestFilm {
+// A video of a test. Its stream is closed when it goes, which the destructor of RVVIDEO leaves out.
+class TestVideo {
   public:
-    TestFilm() : video(new RVVIDEO) {}
-    explicit TestFilm(const std::string &path) : TestFilm() {
+    TestVideo() : video(new RVVIDEO) {}
+    explicit TestVideo(const std::string &path) : TestVideo() {
         EXPECT_TRUE(video->load(path.c_str()));
     }
-    ~TestFilm() {
+    ~TestVideo() {
         video->load(nullptr);
         delete video;
     }
-    TestFilm(const TestFilm &) = delete;
-    TestFilm &operator=(const TestFilm &) = delete;
+    TestVideo(const TestVideo &) = delete;
+    TestVideo &operator=(const TestVideo &) = delete;
 
     RVVIDEO *operator->() const { return video; }
     RVVIDEO &operator*() const { return *video; }
@@ -84,7 +84,7 @@ class TestFilm {
     RVVIDEO *video;
 };
 
-// A texture for films, with a reference; the engine owns it.
+// A texture for videos, with a reference; the engine owns it.
 inline RVTEXTURE *makeScreen(unsigned int width, unsigned int height) {
     auto *texture = new RVTEXTURE;
     texture->setFilter(false, false, true);

@@ -1,7 +1,7 @@
 #!/bin/sh
-# makeFilms.sh FOLDER: makes the films of the tests there by two encoders, ffmpeg's and that of
+# makeVideos.sh FOLDER: makes the videos of the tests there by two encoders, ffmpeg's and that of
 # mjpegtools, and beside each NAME what ffmpeg's decoder makes of it: NAME.yuv, the planes, and
-# NAME.rgb, the colours. One thread and no time stamps, so that a film comes out the same each time.
+# NAME.rgb, the colours. One thread and no time stamps, so that a video comes out the same each time.
 set -eu
 mkdir -p "$1"
 cd "$1"
@@ -46,8 +46,8 @@ byMjpegtools() {
     reference "$1" "${5:-}"
 }
 
-# reference NAME [field]: chroma as the nearest sample, of the same field where the film has two; the
-# matrix of BT.601, which the engine's decoder takes for all films. The scaler would move the chroma
+# reference NAME [field]: chroma as the nearest sample, of the same field where the video has two; the
+# matrix of BT.601, which the engine's decoder takes for all videos. The scaler would move the chroma
 # of odd sizes: NAME.rgb leaves their last column and row out.
 reference() {
     interlaced=0

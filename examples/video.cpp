@@ -1,4 +1,4 @@
-// A film on a screen: MPEG-1 or MPEG-2 video, decoded into the texture of a mesh.
+// A video on a screen: MPEG-1 or MPEG-2 video, decoded into the texture of a mesh.
 
 #include "cinema.h"
 #include "common.h"
@@ -7,8 +7,8 @@
 #include <ravolt.h>
 
 int main(int argc, char **argv) {
-    Example example(argc, argv, {"STAGE.rve", "FILM.m2v"});
-    if (!openStage("Ravolt: film", example.files[0]))
+    Example example(argc, argv, {"STAGE.rve", "VIDEO.m2v"});
+    if (!openStage("Ravolt: video", example.files[0]))
         return 1;
     RVNODE *stage = RAVOLT::load(example.files[0]);
     if (!stage) {

@@ -1,4 +1,4 @@
-// Films: a whole film through the engine, kept to itself or onto a texture, beside the decoder's
+// Videos: a whole video through the engine, kept to itself or onto a texture, beside the decoder's
 // library alone, with and without the upload by hand.
 
 #include "benchScene.h"
@@ -25,26 +25,26 @@ extern "C" { // which its headers leave out
 namespace {
 
 constexpr int width = 720, height = 576, frames = 50;
-constexpr unsigned int wholeFilm = 1000000; // more steps than the film has
+constexpr unsigned int wholeVideo = 1000000; // more steps than the video has
 
-// The film is made by ffmpeg for as long as a benchmark runs.
-class Film {
+// The video is made by ffmpeg for as long as a benchmark runs.
+class VideoFile {
   public:
-    const char *const path = "bench_film.m2v";
-    Film() {
+    const char *const path = "bench_video.m2v";
+    VideoFile() {
         std::string command = "ffmpeg -nostdin -v error -y -threads 1 -f lavfi -i testsrc2=size=";
         command += std::to_string(width) + "x" + std::to_string(height);
         command += ":rate=25 -frames:v " + std::to_string(frames);
         command += " -pix_fmt yuv420p -c:v mpeg2video -bf 2 -q:v 4 -f mpeg2video ";
         made = std::system((command + path).c_str()) == 0;
     }
-    ~Film() { std::remove(path); }
-    Film(const Film &) = delete;
-    Film &operator=(const Film &) = delete;
+    ~VideoFile() { std::remove(path); }
+    VideoFile(const VideoFile &) = delete;
+    VideoFile &operator=(const VideoFile &) = delete;
 
     bool isMade(benchmark::State &state) const {
         if (!made)
-            state.SkipWithError("ffmpeg does not make the film");
+            state.SkipWithError("ffmpeg does not make the video");
         return made;
     }
 
@@ -52,7 +52,7 @@ class Film {
     bool made;
 };
 
-// In video memory, of the film's size.
+// In video memory, of the video's size.
 RVTEXTURE *makeTexture() {
     RVTEXTURE *texture = new RVTEXTURE;
     texture->incReferences();
@@ -63,16 +63,16 @@ RVTEXTURE *makeTexture() {
 
 void byEngine(benchmark::State &state, bool shown) {
     bench::startEngine(false);
-    const Film film;
-    if (!film.isMade(state))
+    const VideoFile file;
+    if (!file.isMade(state))
         return;
     RVTEXTURE *texture = makeTexture();
     RVVIDEO *video = new RVVIDEO;
-    video->load(film.path);
+    video->load(file.path);
     video->setTexture(shown ? texture : nullptr);
     for (auto _ : state) {
         video->play();
-        video->update(wholeFilm); // which takes it back to its start
+        video->update(wholeVideo); // which takes it back to its start
         glFinish();
     }
     state.SetItemsProcessed(state.iterations() * frames);
@@ -121,13 +121,13 @@ std::vector<unsigned char> pixelsOf(const RVTEXTURE &texture) {
     return pixels;
 }
 
-// What the engine leaves in the texture at the end of the film.
-std::vector<unsigned char> lastPixels(const Film &film, RVTEXTURE *texture) {
+// What the engine leaves in the texture at the end of the video.
+std::vector<unsigned char> lastPixels(const VideoFile &file, RVTEXTURE *texture) {
     RVVIDEO *video = new RVVIDEO;
-    video->load(film.path);
+    video->load(file.path);
     video->setTexture(texture);
     video->play();
-    video->update(wholeFilm);
+    video->update(wholeVideo);
     video->load(nullptr);
     delete video;
     return pixelsOf(*texture);
@@ -135,14 +135,14 @@ std::vector<unsigned char> lastPixels(const Film &film, RVTEXTURE *texture) {
 
 void byLibrary(benchmark::State &state, bool shown) {
     bench::startEngine(false);
-    const Film film;
-    if (!film.isMade(state))
+    const VideoFile file;
+    if (!file.isMade(state))
         return;
     RVTEXTURE *texture = makeTexture();
-    const std::vector<unsigned char> wanted = lastPixels(film, texture);
+    const std::vector<unsigned char> wanted = lastPixels(file, texture);
     int number = 0;
     for (auto _ : state) {
-        number = decode(film.path, [=](const unsigned char *pixels, const mpeg2_sequence_t &size) {
+        number = decode(file.path, [=](const unsigned char *pixels, const mpeg2_sequence_t &size) {
             if (!shown)
                 return;
             glBindTexture(GL_TEXTURE_2D, texture->getGLId());
@@ -168,12 +168,12 @@ void libraryShows(benchmark::State &state) { byLibrary(state, true); }
     const auto add = [](const char *name, void (*job)(benchmark::State &)) {
         benchmark::RegisterBenchmark(name, job)->Unit(benchmark::kMillisecond);
     };
-    add("film, decoded/ravolt", engineKeeps);
-    add("film, decoded/baseline", libraryKeeps);
-    add("film, onto a texture/ravolt", engineShows);
-    add("film, onto a texture/baseline", libraryShows);
-    add("film, onto a texture, to decoding/ravolt", engineShows);
-    add("film, onto a texture, to decoding/baseline", libraryKeeps);
+    add("video, decoded/ravolt", engineKeeps);
+    add("video, decoded/baseline", libraryKeeps);
+    add("video, onto a texture/ravolt", engineShows);
+    add("video, onto a texture/baseline", libraryShows);
+    add("video, onto a texture, to decoding/ravolt", engineShows);
+    add("video, onto a texture, to decoding/baseline", libraryKeeps);
     return true;
 }();
 
