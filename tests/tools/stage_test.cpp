@@ -6,9 +6,11 @@
 #include "tools/stage/engine.h"
 #include "tools/stage/picture.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <numbers>
 #include <ravolt.h>
 
 namespace {
@@ -139,6 +141,63 @@ TEST_F(StageTest, LightsTheSceneByEachRig) {
         const Picture picture = shoot(0, 0, 1, rig);
         EXPECT_GT(at(picture, 0.5, 0.5).r, 60) << rig;
     }
+}
+
+// A ball of radius 1.
+std::string ballObj() {
+    constexpr int rings = 24, sectors = 48;
+    std::string text = "mtllib m.mtl\nusemtl a\n";
+    for (int ring = 0; ring <= rings; ++ring)
+        for (int sector = 0; sector < sectors; ++sector) {
+            const double down = std::numbers::pi * ring / rings,
+                         round = 2 * std::numbers::pi * sector / sectors;
+            const std::string point = " " + std::to_string(std::sin(down) * std::sin(round)) + " " +
+                                      std::to_string(std::cos(down)) + " " +
+                                      std::to_string(std::sin(down) * std::cos(round)) + "\n";
+            text += "v" + point + "vn" + point;
+        }
+    const auto corner = [](int ring, int sector) {
+        const std::string number = std::to_string(1 + ring * sectors + sector % sectors);
+        return " " + number + "//" + number;
+    };
+    for (int ring = 0; ring < rings; ++ring)
+        for (int sector = 0; sector < sectors; ++sector)
+            text += "f" + corner(ring, sector) + corner(ring + 1, sector) +
+                    corner(ring + 1, sector + 1) + corner(ring, sector + 1) + "\n";
+    return text;
+}
+
+// The brightness of each pixel that is not background, from dark to bright.
+std::vector<int> sortedBrightness(const Picture &picture) {
+    std::vector<int> all;
+    for (std::size_t i = 0; i < picture.pixels.size(); i += 3) {
+        const unsigned char *p = &picture.pixels[i];
+        if (!Stage::isBackground(p[0], p[1], p[2]))
+            all.push_back((p[0] + p[1] + p[2]) / 3);
+    }
+    std::sort(all.begin(), all.end());
+    return all;
+}
+
+TEST_F(StageTest, ShowsTheShapeOfBlackPlasticInTheStudio) {
+    writeFile("m.mtl", "newmtl a\nKa 0 0 0\nKd 0.02 0.02 0.02\nKs 0.3 0.3 0.3\nNs 30\nillum 2\n");
+    writeFile("m.obj", ballObj());
+    convert("m.obj");
+    const std::vector<int> values = sortedBrightness(shoot(30, 20, 1, 0));
+    ASSERT_GT(values.size(), 1000u);
+    EXPECT_GT(values[values.size() * 95 / 100], 60);
+    EXPECT_GT(values[values.size() * 75 / 100], 20);
+    EXPECT_LT(values[values.size() * 25 / 100], 10); // and it is still black
+}
+
+TEST_F(StageTest, DoesNotBurnOutWhiteInTheStudio) {
+    writeFile("m.mtl", "newmtl a\nKa 1 1 1\nKd 1 1 1\nKs 0.3 0.3 0.3\nNs 30\nillum 2\n");
+    writeFile("m.obj", ballObj());
+    convert("m.obj");
+    const std::vector<int> values = sortedBrightness(shoot(30, 20, 1, 0));
+    ASSERT_GT(values.size(), 1000u);
+    EXPECT_LT(values[values.size() * 75 / 100], 250);
+    EXPECT_GT(values[values.size() / 2], 150);
 }
 
 // Changing from a rig of three lights to one of a single light leaves no light behind.

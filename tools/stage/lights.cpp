@@ -24,10 +24,11 @@ constexpr double pyramid = 10;        // well above the size of a light's shape
 constexpr double spotPyramid = 0.004; // what it is scaled to, in radii of the scene
 constexpr float spotAmbient = 0.2f;
 
-// One light of a rig: where it comes from, in the axes of the view or of the world.
+// One light of a rig: where it comes from, in the axes of the view or of the world. The shine of
+// black plastic is all that one sees of it, so a light may be brighter in highlights.
 struct RigLight {
     double right, up, back;
-    float brightness;
+    float brightness, highlight;
 };
 
 struct Rig {
@@ -42,10 +43,13 @@ const std::vector<Rig> &rigs() {
         {"studio",
          true,
          0.25f,
-         {{-0.6, 0.7, 0.7, 0.75f}, {0.9, 0.1, 0.5, 0.3f}, {0.3, 0.6, -0.9, 0.35f}}},
-        {"headlight", true, 0.2f, {{0, 0, 1, 0.85f}}},
-        {"sun", false, 0.3f, {{0.5, 0.8, 0.4, 0.9f}}},
-        {"low sun", false, 0.15f, {{-1, 0.25, 0.2, 0.95f}}},
+         {{-0.6, 0.7, 0.7, 0.65f, 1.0f},    // key
+          {0.9, 0.1, 0.5, 0.25f, 1.0f},     // fill
+          {0.3, 0.6, -0.9, 0.5f, 4.0f},     // rim
+          {-0.9, -0.3, -0.6, 0.2f, 3.0f}}}, // rim of the other side
+        {"headlight", true, 0.2f, {{0, 0, 1, 0.85f, 0.85f}}},
+        {"sun", false, 0.3f, {{0.5, 0.8, 0.4, 0.9f, 0.9f}}},
+        {"low sun", false, 0.15f, {{-1, 0.25, 0.2, 0.95f, 0.95f}}},
     };
     return all;
 }
@@ -58,11 +62,11 @@ void setGlobalAmbient(float ambient) {
     RVOPENGL::setGlobalAmbientLight(ambient, ambient, ambient, 1.0f);
 }
 
-void shine(RVLIGHT &light, double brightness) {
-    const float b = static_cast<float>(brightness);
+void shine(RVLIGHT &light, double brightness, double highlight) {
+    const float b = static_cast<float>(brightness), h = static_cast<float>(highlight);
     light.setAmbient(0, 0, 0, 1);
     light.setDiffuse(b, b, b, 1);
-    light.setSpecular(b, b, b, 1);
+    light.setSpecular(h, h, h, 1);
 }
 
 } // namespace
@@ -118,7 +122,7 @@ void Lights::arrange(const View &view, const Sphere &scene, const Effects &effec
         // Nearer lights, which cannot leave the tree, come second.
         light->setExclusive(!own && !spotIsOn);
         light->setDirection(floats(view.back * -1.0));
-        shine(*light, 0);
+        shine(*light, 0, 0);
     }
     const double behind = pyramid + view.distance;
     for (std::size_t i = 0; i < rigLights.size(); ++i) {
@@ -142,7 +146,7 @@ void Lights::arrangeRig(const View &view, double brightness) {
                                                     view.back * light.back
                                               : Vector{light.right, light.up, light.back};
         rigLights[i]->setDirection(floats(unit(from) * -1.0));
-        shine(*rigLights[i], light.brightness * brightness);
+        shine(*rigLights[i], light.brightness * brightness, light.highlight * brightness);
     }
 }
 
@@ -162,7 +166,8 @@ void Lights::arrangeSpot(const Sphere &scene, const Effects &effects) {
     spot->castShadows(effects.isOn(Effect::shadows));
     spot->setShadowNearPlane(f(std::max(distance - 1.05 * scene.radius, 0.05 * distance)));
     spot->setShadowFarPlane(f(distance + 8 * scene.radius));
-    shine(*spot, effects.get(Number::brightness));
+    const double brightness = effects.get(Number::brightness);
+    shine(*spot, brightness, brightness);
     setGlobalAmbient(spotAmbient);
 }
 
