@@ -42,6 +42,7 @@ struct ShowOptions {
 
 struct ShotOptions : ShowOptions {
     std::filesystem::path output;
+    bool smooth = true;       // drawn twice as large
     int frame = 0;            // of the clip
     std::string frames = "1"; // a number above 1: a turn round the scene; FIRST..LAST: of the clip
 };

@@ -203,6 +203,10 @@ CLI::App *addShot(CLI::App &app, Options &options) {
                      "FIRST..LAST: these frames of the clip, or FIRST.. up to its end, as "
                      "OUT_0000.png and so on")
         ->capture_default_str();
+    command->add_flag("!--no-smooth", options.shot.smooth,
+                      "Leave edges jagged: draw in the size of the picture, where otherwise it is "
+                      "drawn twice as large, up to 4096 pixels and 2048 with effects of the whole "
+                      "picture, and without lines");
     command->add_option("--frame", options.shot.frame, "Frame of the clip, from 0")
         ->check(CLI::Range(0, 1023))
         ->capture_default_str();

@@ -164,6 +164,25 @@ LogAtEnd::~LogAtEnd() {
     std::cerr << log.rdbuf();
 }
 
+namespace {
+
+bool keepsPicture(const ShotOptions &options) {
+    return effectsFrom(options.effects).needWholePicture() && !options.wireframe;
+}
+
+// Twice the size for a smooth picture, but where that is too large. Lines are one pixel wide, and
+// would fade.
+WindowSize sizeToDraw(const ShotOptions &options) {
+    const WindowSize size = options.size;
+    const bool lines = options.wireframe || options.normals || options.boxes;
+    const int largest = (keepsPicture(options) ? largestWhole : 2 * largestWhole) / 2;
+    if (!options.smooth || lines || std::max(size.width, size.height) > largest)
+        return size;
+    return {2 * size.width, 2 * size.height};
+}
+
+} // namespace
+
 void runShot(const ShotOptions &options, const Talk &talk) {
     const fs::path output = fs::absolute(options.output); // the engine works in another folder
     std::error_code error;
@@ -172,14 +191,16 @@ void runShot(const ShotOptions &options, const Talk &talk) {
 
     const SceneToShow scene(options, talk);
     const LogAtEnd logged(talk);
+    const WindowSize drawn = sizeToDraw(options);
     Drawing drawing = drawingFor(options, false);
-    drawing.keepPicture = effectsFrom(options.effects).needWholePicture() && !options.wireframe;
+    drawing.picture = drawn;
+    drawing.keepPicture = keepsPicture(options);
     if (drawing.keepPicture && std::max(options.size.width, options.size.height) > largestWhole)
         throw WrongOptions("--size " + std::to_string(options.size.width) + "x" +
                            std::to_string(options.size.height) +
                            ": with bloom, tone mapping or depth of field at most " +
                            std::to_string(largestWhole) + " pixels in each direction");
-    Engine engine(windowFor(options.size), "ravolt", false, QuietStart::log(), drawing);
+    Engine engine(windowFor(drawn), "ravolt", false, QuietStart::log(), drawing);
     RVNODE *root = engine.load(scene.file());
     Stage stage(root);
     Playback playback(root, scene.clips());
@@ -204,7 +225,9 @@ void runShot(const ShotOptions &options, const Talk &talk) {
                 playback.setFrame(series.firstFrame + i);
             else
                 stage.setYaw(start + 360.0 * i / series.pictures);
-            const Picture picture = shoot(stage, options.size);
+            Picture picture = shoot(stage, drawn);
+            if (drawn.width > options.size.width)
+                picture = halved(picture);
             something = something || showsSomething(picture);
             writePng(picture, pictureFile(output, i, series));
             progress.update(static_cast<double>(i + 1) / series.pictures);

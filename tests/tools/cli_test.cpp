@@ -142,6 +142,17 @@ TEST(CommandLine, ShootsEffects) {
     }
 }
 
+TEST(CommandLine, ShootsSmoothPicturesUnlessToldNotTo) {
+    writeSquare();
+    for (const char *option : {"", " --bloom", " --wireframe"}) {
+        const std::string shot = "shot m.obj --size 64x48 -o ";
+        const bool lines = option == std::string(" --wireframe"); // which would fade
+        EXPECT_EQ(run(shot + "smooth.png" + option).code, 0);
+        EXPECT_EQ(run(shot + "jagged.png --no-smooth" + option).code, 0);
+        EXPECT_EQ(contentsOf("smooth.png") == contentsOf("jagged.png"), lines) << option;
+    }
+}
+
 TEST(CommandLine, SaysInOneLineWhatTheDisplayCannotDo) {
     writeSquare();
     const std::string bloom = "shot m.obj -o m.png --size 64x48 --bloom --floor";

@@ -346,6 +346,38 @@ TEST_F(StageTest, DrawsLargePicturesInPartsThatFit) {
     EXPECT_LT(different, once.pixels.size() / 1000);
 }
 
+// A surface that shines by itself has one colour; only where pixels are halved is there another.
+TEST_F(StageTest, SmoothsTheEdgesOfAHalvedPicture) {
+    writeFile("m.mtl", "newmtl a\nKa 0 0 0\nKd 0 0 0\nKe 1 1 1\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    convert("m.obj");
+    const auto between = [](const Picture &picture) {
+        int number = 0;
+        for (std::size_t i = 0; i < picture.pixels.size(); i += 3)
+            number += picture.pixels[i] > 60 && picture.pixels[i] < 230;
+        return number;
+    };
+    Engine engine(size, "test", false, "ravolt_log.txt");
+    Stage stage(engine.load("scene.rve"));
+    stage.setYaw(20);
+    EXPECT_EQ(between(ravolt::tool::shoot(stage, size)), 0);
+    const Picture smooth = halved(ravolt::tool::shoot(stage, {2 * size.width, 2 * size.height}));
+    EXPECT_EQ(smooth.width, size.width);
+    EXPECT_EQ(smooth.height, size.height);
+    EXPECT_EQ(smooth.pixels.size(), std::size_t(3 * size.width * size.height));
+    EXPECT_GT(between(smooth), 30);
+    EXPECT_EQ(at(smooth, 0.5, 0.5).r, 255);
+}
+
+TEST(PictureTest, HalvesToTheMeanOfFourPixels) {
+    const Picture picture = {
+        4, 2, {0, 0, 9, 4, 0, 9, 8, 1, 2, 8, 1, 2, 0, 0, 9, 4, 3, 9, 8, 1, 3, 8, 1, 3}};
+    const Picture half = halved(picture);
+    EXPECT_EQ(half.width, 2);
+    EXPECT_EQ(half.height, 1);
+    EXPECT_EQ(half.pixels, (std::vector<unsigned char>{2, 1, 9, 8, 1, 3}));
+}
+
 TEST_F(StageTest, TakesTheFewestPartsForALargePicture) {
     const auto window = [](int width, int height) {
         const WindowSize result = windowFor({width, height});

@@ -107,6 +107,22 @@ void settle(Stage &stage) {
     drawUnkept(stage);
 }
 
+Picture halved(const Picture &picture) {
+    Picture half;
+    half.width = picture.width / 2;
+    half.height = picture.height / 2;
+    const auto row = 3 * static_cast<std::size_t>(picture.width);
+    half.pixels.reserve(row / 2 * static_cast<std::size_t>(half.height));
+    for (std::size_t y = 0; y < static_cast<std::size_t>(half.height); ++y)
+        for (std::size_t x = 0; x < static_cast<std::size_t>(half.width); ++x)
+            for (std::size_t channel = 0; channel < 3; ++channel) {
+                const unsigned char *four = &picture.pixels[2 * y * row + 6 * x + channel];
+                const int sum = four[0] + four[3] + four[row] + four[row + 3];
+                half.pixels.push_back(static_cast<unsigned char>((sum + 2) / 4));
+            }
+    return half;
+}
+
 bool showsSomething(const Picture &picture) {
     for (std::size_t i = 0; i < picture.pixels.size(); i += 3)
         if (!Stage::isBackground(picture.pixels[i], picture.pixels[i + 1], picture.pixels[i + 2]))

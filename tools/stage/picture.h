@@ -40,6 +40,9 @@ void drawAfterPause(Stage &stage);
 // mapping takes a second to get used to the light.
 void settle(Stage &stage);
 
+// Half as wide and as high: each pixel is the mean of four, so that edges are smooth.
+Picture halved(const Picture &picture);
+
 // Whether something is to be seen in it.
 bool showsSomething(const Picture &picture);
 
