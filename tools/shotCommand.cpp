@@ -3,6 +3,7 @@
 #include "tools/quietStart.h"
 #include "tools/scene.h"
 #include "tools/show.h"
+#include "tools/stage/glow.h"
 #include "tools/stage/picture.h"
 #include "tools/stage/playback.h"
 
@@ -140,6 +141,15 @@ void arrange(Stage &stage, const ShowOptions &options, const Talk &talk) {
     stage.setEffects(effects);
 }
 
+void makeGlow(Stage &stage, const ShowOptions &options) {
+    Effects effects = stage.getEffects();
+    const auto &stated = options.effects.numbers[static_cast<std::size_t>(Number::brightness)];
+    if (!effects.isOn(Effect::bloom) || stated || options.wireframe)
+        return;
+    effects.set(Number::brightness, brightnessForBloom(stage));
+    stage.setEffects(effects);
+}
+
 void warn(const std::string &line, const Talk &talk) {
     if (!talk.quiet)
         std::fprintf(stderr, "ravolt: warning: %s\n", line.c_str());
@@ -214,6 +224,7 @@ void runShot(const ShotOptions &options, const Talk &talk) {
     }
     arrange(stage, options, talk);
     leaveOutBrokenTextures(talk);
+    makeGlow(stage, options);
     settle(stage);
     const double start = stage.getYaw();
     bool something = false;

@@ -18,6 +18,10 @@ Drawing drawingFor(const ShowOptions &options, bool programs);
 // cannot do.
 void arrange(Stage &stage, const ShowOptions &options, const Talk &talk);
 
+// With bloom, and without a brightness among the options, makes the light so bright that some of
+// the scene glows. After the scene stands as it will be drawn.
+void makeGlow(Stage &stage, const ShowOptions &options);
+
 // Says one line on standard error.
 void warn(const std::string &line, const Talk &talk);
 

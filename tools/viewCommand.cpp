@@ -73,6 +73,7 @@ class Viewer {
     void step(int frames);
     bool playOn(double seconds);
     void toggle(Effect effect);
+    void fitBrightness();
     void nextNumber();
     void changeNumber(double value);
     void more();
@@ -95,6 +96,7 @@ class Viewer {
     double firstYaw, firstPitch;
     bool wireframe, normals, boxes, spinning;
     Number number = Number::brightness; // that the keys change
+    double brightnessForGlow = 0;       // found from the scene when bloom came on
     bool open = true, dragging = false, changed = true, pictureWanted = false;
     bool drawn = false; // in the last turn of the loop
     int pictures = 0;
@@ -176,8 +178,22 @@ void Viewer::toggle(Effect effect) {
     }
     effects.isOn(effect) ? effects.switchOff(effect) : effects.switchOn(effect);
     stage.setEffects(effects);
+    fitBrightness();
     say("effects: " + effects.names());
     showState();
+}
+
+// Bloom comes and goes with its brightness, unless the user has chosen another.
+void Viewer::fitBrightness() {
+    Effects effects = stage.getEffects();
+    const double usual = rowOf(Number::brightness).start, now = effects.get(Number::brightness);
+    if (effects.isOn(Effect::bloom) && now == usual) {
+        makeGlow(stage, options);
+        brightnessForGlow = stage.getEffects().get(Number::brightness);
+    } else if (!effects.isOn(Effect::bloom) && now == brightnessForGlow) {
+        effects.set(Number::brightness, usual);
+        stage.setEffects(effects);
+    }
 }
 
 void Viewer::chooseClip(bool backwards) {
@@ -333,6 +349,7 @@ void Viewer::run() {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point start = Clock::now();
     Clock::time_point last = start;
+    fitBrightness();
     showState();
     SDL_EnableKeyRepeat(SDL_DEFAULT_REPEAT_DELAY, SDL_DEFAULT_REPEAT_INTERVAL);
     while (open) {

@@ -142,6 +142,16 @@ TEST(CommandLine, ShootsEffects) {
     }
 }
 
+TEST(CommandLine, ShootsBloomThatIsSeenWithoutABrightness) {
+    writeSquare();
+    const std::string shot = "shot m.obj --size 64x48 --yaw 0 -o ";
+    EXPECT_EQ(run(shot + "plain.png --per-pixel").code, 0);
+    EXPECT_EQ(run(shot + "bloom.png --bloom").code, 0);
+    EXPECT_EQ(run(shot + "stated.png --bloom --brightness 1").code, 0);
+    EXPECT_FALSE(contentsOf("bloom.png") == contentsOf("plain.png"));
+    EXPECT_TRUE(contentsOf("stated.png") == contentsOf("plain.png"));
+}
+
 TEST(CommandLine, ShootsSmoothPicturesUnlessToldNotTo) {
     writeSquare();
     for (const char *option : {"", " --bloom", " --wireframe"}) {

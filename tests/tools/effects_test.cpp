@@ -4,6 +4,7 @@
 
 #include "tests/tools/support.h"
 #include "tools/stage/engine.h"
+#include "tools/stage/glow.h"
 #include "tools/stage/picture.h"
 #include "tools/stage/stage.h"
 #include "tools/writers/rveWriter.h"
@@ -153,8 +154,8 @@ class EffectsOnStage : public ::testing::Test {
         drawing.picture = size;
     }
 
-    static void makeScene(const std::string &model) {
-        writeFile("m.mtl", "newmtl a\nKa 1 1 1\nKd 0.9 0.9 0.9\n");
+    static void makeScene(const std::string &model, const std::string &diffuse = "0.9 0.9 0.9") {
+        writeFile("m.mtl", "newmtl a\nKa 1 1 1\nKd " + diffuse + "\n");
         writeFile("m.obj", model);
         ConvertOptions options;
         options.model = "m.obj";
@@ -224,6 +225,7 @@ TEST_F(EffectsOnStage, TheFloorCoversTheGround) {
 TEST_F(EffectsOnStage, OnlyWhatIsBrighterThanWhiteGlows) {
     Effects dim = with({Effect::perPixel}), bright = dim;
     bright.set(Number::brightness, 4);
+    bright.set(Number::bloomIntensity, 1);
     const auto glow = [&](Effects effects) {
         const Picture plain = shoot(effects);
         effects.switchOn(Effect::bloom);
@@ -236,6 +238,44 @@ TEST_F(EffectsOnStage, OnlyWhatIsBrighterThanWhiteGlows) {
     EXPECT_LT(glow(bright), 0.6 * usual);
 }
 
+// Which `covered` are: those that are not the background of the same picture.
+double partAtWhite(const Picture &picture, const Picture &covered) {
+    double all = 0, white = 0;
+    for (std::size_t i = 0; i < picture.pixels.size(); i += 3) {
+        const unsigned char *pixel = &covered.pixels[i];
+        if (Stage::isBackground(pixel[0], pixel[1], pixel[2]))
+            continue;
+        ++all;
+        white += std::min({picture.pixels[i], picture.pixels[i + 1], picture.pixels[i + 2]}) == 255;
+    }
+    return white / all;
+}
+
+TEST_F(EffectsOnStage, SomeOfTheSceneGlowsAtTheBrightnessForBloom) {
+    for (const std::vector<Effect> &lit : {std::vector<Effect>{}, {Effect::shadows}}) {
+        for (const char *diffuse : {"0.95 0.95 0.95", "0.4 0.4 0.4", "0.6 0.2 0.1"}) {
+            makeScene(boxObj(), diffuse);
+            Engine engine(window, "test", false, "ravolt_log.txt", drawing);
+            Stage stage(engine.load("scene.rve"));
+            Effects effects = with(lit);
+            effects.switchOn(Effect::perPixel);
+            effects.switchOn(Effect::bloom);
+            stage.setEffects(effects);
+            effects.set(Number::brightness, brightnessForBloom(stage));
+            EXPECT_EQ(stage.getEffects().get(Number::brightness), 1); // as it was
+            stage.setEffects(effects);
+            settle(stage);
+            const Picture glowing = ravolt::tool::shoot(stage, size);
+            effects.switchOff(Effect::bloom);
+            stage.setEffects(effects);
+            const Picture plain = ravolt::tool::shoot(stage, size);
+            EXPECT_GT(mean(glowing) - mean(plain), 0.5) << diffuse << effects.names();
+            // One face of the box at most, which is lit alike all over.
+            EXPECT_LT(partAtWhite(glowing, plain), 0.4) << diffuse << effects.names();
+        }
+    }
+}
+
 TEST_F(EffectsOnStage, ToneMappingMakesContrastTheMoreTheLowerItsExposure) {
     Effects effects = with({Effect::spot, Effect::floor, Effect::bloom});
     const auto contrast = [&] {
@@ -244,6 +284,7 @@ TEST_F(EffectsOnStage, ToneMappingMakesContrastTheMoreTheLowerItsExposure) {
     };
     const double plain = contrast();
     effects.switchOn(Effect::toneMapping);
+    EXPECT_GT(contrast(), 1.2 * plain);
     effects.set(Number::exposure, 16);
     const double gentle = contrast();
     effects.set(Number::exposure, 1);

@@ -61,15 +61,29 @@ TEST_F(ViewKeys, OnX11SwitchEffectsWithWhatTheyNeedAndTheTitleTellsThem) {
 }
 
 TEST_F(ViewKeys, OnX11ChangeTheNumbersOfTheEffectsThatAreOn) {
-    startViewer();
+    startViewer("", file + " --brightness 2");
     OtherWindow window(title);
     ASSERT_TRUE(window.isThere());
     for (const char *key : {"5", "Tab", "Prior", "Prior", "Next", "Home", "Tab", "Next", "q"})
         window.press(key);
     EXPECT_TRUE(window.goes());
-    EXPECT_EQ(said(), "effects: per-pixel lighting, bloom\n--bloom-intensity 1\n"
-                      "--bloom-intensity 1.1\n--bloom-intensity 1.2\n--bloom-intensity 1.1\n"
-                      "--bloom-intensity 1\n--brightness 1\n--brightness 0.75\n");
+    EXPECT_EQ(said(), "effects: per-pixel lighting, bloom\n--bloom-intensity 0.5\n"
+                      "--bloom-intensity 0.6\n--bloom-intensity 0.7\n--bloom-intensity 0.6\n"
+                      "--bloom-intensity 0.5\n--brightness 2\n--brightness 1.75\n");
+}
+
+TEST_F(ViewKeys, OnX11BringBloomWithABrightnessAndTakeItAwayAgain) {
+    startViewer();
+    OtherWindow window(title);
+    ASSERT_TRUE(window.isThere());
+    for (const char *key : {"5", "Tab", "Tab", "5", "Tab", "q"}) // the brightness, both times
+        window.press(key);
+    EXPECT_TRUE(window.goes());
+    const std::string text = said(), number = "--brightness ";
+    const std::size_t with = text.find(number), without = text.rfind(number);
+    ASSERT_NE(with, std::string::npos);
+    EXPECT_GT(std::stod(text.substr(with + number.size())), 1.1) << text;
+    EXPECT_EQ(text.substr(without), "--brightness 1\n") << text;
 }
 
 TEST_F(ViewKeys, OnX11SayWhatTheDisplayCannotDo) {
