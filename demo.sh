@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is needed, builds, and shows real models that were converted to the engine's formats,
-# under a spot light on a stage: a character walks round a truck, and beside them a video of the truck,
+# on a stage by day and by night: a character walks round a truck, and beside them a video of the truck,
 # which the engine itself has drawn, plays on a screen. Meanwhile comes one effect after the other:
 # per-pixel lighting, soft shadows, bloom, tone mapping, depth of field that pulls its focus, and all
 # of them together.

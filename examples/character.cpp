@@ -10,7 +10,7 @@ int main(int argc, char **argv) {
     Example example(argc, argv, {"STAGE.rve", "CHARACTER.rve", "CLIP.rva"});
     if (!openStage("Ravolt: character", example.files[0]))
         return 1;
-    RVNODE *stage = RAVOLT::load(example.files[0]);
+    RVNODE *stage = loadStage(example.files[0]);
     Walker walker(example.files[1], example.files[2]);
     if (!stage || !walker.isReady()) {
         RAVOLT::free();
@@ -28,7 +28,7 @@ int main(int argc, char **argv) {
         stage->pass(true);
         walker.getNode()->pass(true);
         RAVOLT::end3D(true);
-        RAVOLT::swap();
+        showFrame();
     } while (example.next());
 
     RAVOLT::free();

@@ -1,6 +1,7 @@
-// The effects in turn: a model on a stage under a spot light, which casts soft shadows, among lamps
-// that are brighter than white and glow, seen by a camera that pulls its focus. A character walks
-// round the model, and beside it a video plays on a screen.
+// The effects in turn: a model on a stage, by day under a far spot light and by night in the pool
+// of a near one, which casts soft shadows, among lamps that are brighter than white and glow, seen
+// by a camera that pulls its focus. A character walks round the model, and beside it a video plays
+// on a screen.
 
 #include "cinema.h"
 #include "common.h"
@@ -21,7 +22,10 @@ namespace {
 // part without a focus has no depth of field.
 struct Part {
     const char *name;
-    bool perPixel, shadows, bloom, tones;
+    Daytime time;
+    bool perPixel, shadows;
+    float bloom; // intensity; 0 for none
+    bool tones;
     float focusFrom, focusTo;
     bool (*works)(); // on this display
 };
@@ -29,15 +33,16 @@ struct Part {
 bool always() { return true; }
 
 const Part parts[] = {
-    {"1 fixed-function lighting", false, false, false, false, 0, 0, always},
-    {"2 per-pixel lighting", true, false, false, false, 0, 0, RVSHADER::usePPL},
-    {"3 soft shadows", true, true, false, false, 0, 0, RVSHADER::useShadows},
-    {"4 bloom", true, false, true, false, 0, 0, RVSHADER::useBloom},
-    {"5 bloom with tone mapping", true, false, true, true, 0, 0, RVSHADER::useBloom},
-    {"6 focus on the truck", true, false, false, false, 18, 9.5f, RVSHADER::useDOF},
-    {"7 focus pulled to the front", true, false, false, false, 9.5f, 5.8f, RVSHADER::useDOF},
-    {"8 focus pulled to the back", true, false, false, false, 5.8f, 18, RVSHADER::useDOF},
-    {"9 all effects", true, true, true, true, 18, 9.5f, RVSHADER::useDOF},
+    {"1 fixed-function lighting", Daytime::night, false, false, 0, false, 0, 0, always},
+    {"2 per-pixel lighting", Daytime::night, true, false, 0, false, 0, 0, RVSHADER::usePPL},
+    {"3 soft shadows", Daytime::day, true, true, 0, false, 0, 0, RVSHADER::useShadows},
+    {"4 bloom", Daytime::night, true, true, 1.2f, false, 0, 0, RVSHADER::useBloom},
+    {"5 bloom with tone mapping", Daytime::night, true, true, 1.2f, true, 0, 0, RVSHADER::useBloom},
+    {"6 focus on the truck", Daytime::day, true, true, 0, false, 18, 9.5f, RVSHADER::useDOF},
+    {"7 focus pulled to the front", Daytime::day, true, true, 0, false, 9.5f, 5.8f,
+     RVSHADER::useDOF},
+    {"8 focus pulled to the back", Daytime::day, true, true, 0, false, 5.8f, 18, RVSHADER::useDOF},
+    {"9 all effects", Daytime::night, true, true, 1.0f, true, 18, 9.5f, RVSHADER::useDOF},
 };
 constexpr int numberOfParts = sizeof parts / sizeof *parts;
 constexpr float secondsOfAPart = 4;
@@ -45,10 +50,12 @@ constexpr float blurredAfter = 5; // metres before and behind the focus
 
 void turn(bool on, void (*switchOn)(), void (*switchOff)()) { on ? switchOn() : switchOff(); }
 
-void show(const Part &part, float progress) {
+void show(const Part &part, float progress, RVLIGHT *spot) {
     turn(part.perPixel, RVSETTINGS::forceShadersOn, RVSETTINGS::forceShadersOff);
     turn(part.shadows, RAVOLT::shadowingOn, RAVOLT::shadowingOff);
-    turn(part.bloom, RAVOLT::bloomingOn, RAVOLT::bloomingOff);
+    setDaytime(spot, part.time, part.tones ? 0.75f : 1.0f); // tone mapping brightens
+    turn(part.bloom > 0, RAVOLT::bloomingOn, RAVOLT::bloomingOff);
+    RAVOLT::setBloomingIntensity(part.bloom);
     turn(part.tones, RAVOLT::HDROn, RAVOLT::HDROff); // acts within bloom alone
     turn(part.focusTo > 0, RAVOLT::DOFOn, RAVOLT::DOFOff);
     const float pulled = 0.5f - 0.5f * std::cos(3.1415927f * std::fmin(1.0f, 1.6f * progress));
@@ -73,6 +80,15 @@ void keepBent(RVNODE *node, RVSHADER *program) {
         keepBent(node->getChild(i), program);
 }
 
+// Tone mapping closes the gap between the light and what the eye is used to by the part of a second
+// that a frame takes. In a run for pictures, whose frames take any time, this frame takes a second.
+void letTheEyeAdapt() {
+    RAVOLT::begin2D();
+    RAVOLT::end2D();
+    RAVOLT::swap();
+    SDL_Delay(1000);
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -81,7 +97,7 @@ int main(int argc, char **argv) {
                     {"SCENE.rve", "STAGE.rve", "CHARACTER.rve", "CLIP.rva", "VIDEO.m2v"});
     if (!openStage("Ravolt: effects", example.files[0]))
         return 1;
-    RVNODE *model = RAVOLT::load(example.files[0]), *stage = RAVOLT::load(example.files[1]);
+    RVNODE *model = RAVOLT::load(example.files[0]), *stage = loadStage(example.files[1]);
     Walker walker(example.files[2], example.files[3]);
     if (!model || !stage || !walker.isReady()) {
         RAVOLT::free();
@@ -93,8 +109,7 @@ int main(int argc, char **argv) {
     cinema.showOn(stage, "screen");
     RVLIGHT *spot = makeSpot();
     RVCAMERA *camera = makeCamera();
-    RAVOLT::setBloomingIntensity(0.8f);
-    RAVOLT::setHDRExposure(8.0f);
+    RAVOLT::setHDRExposure(4.0f);
 
     float time = 0, before = 0; // in parts
     int shown = -1;
@@ -103,8 +118,8 @@ int main(int argc, char **argv) {
         if (static_cast<int>(time) != shown)
             announce(parts[(shown = static_cast<int>(time)) % numberOfParts]);
         const Part &part = parts[shown % numberOfParts];
-        show(part, time - static_cast<float>(shown));
-        keepBent(walker.getNode(), part.perPixel ? nullptr : RVSHADER::pplSpotA);
+        show(part, time - static_cast<float>(shown), spot);
+        keepBent(walker.getNode(), part.perPixel ? nullptr : RVSHADER::pplSpotTA);
         goRound(camera, 17 + 5 * std::sin(0.5f * time));
         walker.advance((time - before) * secondsOfAPart);
         cinema.advance((time - before) * secondsOfAPart);
@@ -114,6 +129,8 @@ int main(int argc, char **argv) {
                    ? (static_cast<float>(example.frame) + 1.001f) * numberOfParts / example.frames
                    : time + example.seconds() / secondsOfAPart;
         example.label = static_cast<int>(time) != shown ? part.name : nullptr;
+        if (part.tones && example.frames && example.label)
+            letTheEyeAdapt();
 
         // draw
         RAVOLT::clear(true, true, false);
@@ -123,7 +140,7 @@ int main(int argc, char **argv) {
         model->pass(true);
         walker.getNode()->pass(true);
         RAVOLT::end3D(true);
-        RAVOLT::swap();
+        showFrame();
     } while (example.next());
 
     // free

@@ -6,14 +6,43 @@
 
 #include <cmath>
 
+namespace {
+
+struct Lighting {
+    float x, y, z; // not straight above: such a light casts no shadow
+    float cutOff, exponent;
+    float red, green, blue;
+    float shadowNear, shadowFar;
+    float ambientRed, ambientGreen, ambientBlue;
+};
+
+const Lighting day = {-30, 36, 30, 38, 0, 0.80f, 0.77f, 0.70f, 30, 110, 0.36f, 0.38f, 0.42f};
+const Lighting night = {-3.5f, 12, 9, 20, 10, 0.9f, 0.85f, 0.76f, 4, 40, 0.16f, 0.17f, 0.24f};
+
+RVNODE *skies[2] = {}; // each under a node of its own, by Daytime
+
+// Takes a dome out of the stage, to be drawn round the camera.
+RVNODE *takeSky(RVNODE *stage, const char *name) {
+    RVNODE *holder = new RVNODE();
+    if (RVNODE *dome = stage->findByNameInHierarchy(name)) {
+        dome->unlink();
+        dome->link(holder);
+    }
+    return holder;
+}
+
+} // namespace
+
 bool openStage(const char *title, const char *file) {
+    constexpr int width = 960, height = 600;
     RVSETTINGS settings;
     settings.setTitle(title);
-    settings.setWindowX(960);
-    settings.setWindowY(600);
-    settings.setFBOSizeX(960);
-    settings.setFBOSizeY(600);
-    settings.setShadowMapSize(384); // the smaller, the softer
+    settings.setWindowX(width);
+    settings.setWindowY(height);
+    settings.setFBOSizeX(2 * width);
+    settings.setFBOSizeY(2 * height);
+    settings.setForceFBO(true);
+    settings.setShadowMapSize(4096); // smaller ones show steps on faces that the light grazes
     settings.setColorDepth(32);
     settings.setZetaDepth(24);
     settings.setShaders(true);
@@ -21,37 +50,72 @@ bool openStage(const char *title, const char *file) {
     return RAVOLT::init(&settings);
 }
 
-RVLIGHT *makeSpot() {
+RVNODE *loadStage(const char *file) {
+    RVNODE *stage = RAVOLT::load(file);
+    if (stage) {
+        skies[static_cast<int>(Daytime::day)] = takeSky(stage, "sky_day");
+        skies[static_cast<int>(Daytime::night)] = takeSky(stage, "sky_night");
+    }
+    return stage;
+}
+
+RVLIGHT *makeSpot(Daytime time) {
     RVLIGHT *spot = new RVLIGHT();
     spot->setLightType(RV_LIGHT_TYPE_SPOT);
-    spot->setPosition(7.0f, 9.0f, 5.0f); // not straight above: such a light casts no shadow
     spot->setTargetNode(spot);
-    spot->setTarget(0.0f, 0.5f, 0.0f);
-    spot->setCutOff(32.0f);
-    spot->setExponent(10.0f);
+    spot->setTarget(0.4f, 0.5f, 0.0f);
     spot->setAmbient(0.0f, 0.0f, 0.0f, 1.0f);
-    spot->setDiffuse(1.1f, 1.05f, 0.95f, 1.0f);
-    spot->setSpecular(1.0f, 1.0f, 1.0f, 1.0f);
     spot->castShadows(true);
-    spot->setShadowNearPlane(4.0f);
-    spot->setShadowFarPlane(40.0f);
+    setDaytime(spot, time);
     return spot;
+}
+
+void setDaytime(RVLIGHT *spot, Daytime time, float brightness) {
+    const Lighting &light = time == Daytime::day ? day : night;
+    spot->setPosition(light.x, light.y, light.z);
+    spot->setCutOff(light.cutOff);
+    spot->setExponent(light.exponent);
+    const Z3MVECTOR4D color(light.red * brightness, light.green * brightness,
+                            light.blue * brightness, 1.0f);
+    spot->setDiffuse(color);
+    spot->setSpecular(color);
+    spot->setShadowNearPlane(light.shadowNear);
+    spot->setShadowFarPlane(light.shadowFar);
+    RVOPENGL::setGlobalAmbientLight(light.ambientRed, light.ambientGreen, light.ambientBlue, 1.0f);
+    RAVOLT::setSkybox(skies[static_cast<int>(time)]);
 }
 
 RVCAMERA *makeCamera() {
     RVCAMERA *camera = new RVCAMERA();
-    camera->setTarget(0.2f, 0.9f, 0.0f);
+    camera->setTarget(0.0f, 1.2f, 0.0f);
     camera->setTargetNode(camera);
     goRound(camera, 17);
     RVOPENGL::setNearPlane(nearPlane);
     RVOPENGL::setFarPlane(farPlane);
     RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
-    RVOPENGL::setBackgroundColor(0.03f, 0.04f, 0.07f, 1.0f);
-    RVOPENGL::setGlobalAmbientLight(0.2f, 0.2f, 0.24f, 1.0f);
     return camera;
 }
 
 void goRound(RVCAMERA *camera, float degrees) {
     const float angle = degrees * 3.1415927f / 180;
     camera->setPosition(10.0f * std::sin(angle), 2.4f, 10.0f * std::cos(angle));
+}
+
+void showFrame() {
+    if (RVOPENGL::useFBO()) { // else the frame is in the window already
+        const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+        RVFBO::unbind();
+        glViewport(0, 0, width, height);
+        RAVOLT::begin2D();
+        RVOPENGL::getFbo(0)->getTexture()->render(nullptr); // its filter takes the mean of four
+        glColor4f(1, 1, 1, 1);
+        glBegin(GL_QUADS);
+        glTexCoord2f(0, 1), glVertex2i(0, 0);
+        glTexCoord2f(0, 0), glVertex2i(0, height);
+        glTexCoord2f(1, 0), glVertex2i(width, height);
+        glTexCoord2f(1, 1), glVertex2i(width, 0);
+        glEnd();
+        RAVOLT::end2D();
+    }
+    RAVOLT::swap();
 }

@@ -1,21 +1,38 @@
 #pragma once
 
-// The stage that several examples play on, media/stage.obj: its window, its light and its camera.
+// The stage that several examples play on, media/stage.obj: its window, its sky, its light and its
+// camera.
 
 class RVCAMERA;
 class RVLIGHT;
+class RVNODE;
 
-constexpr float nearPlane = 0.5f, farPlane = 40; // metres
+constexpr float nearPlane = 0.5f, farPlane = 125; // metres
+
+enum class Daytime {
+    day,  // a far spot light for the sun
+    night // one above the stage, whose cone ends on it
+};
 
 // Starts the engine, with programs and with textures from the folder of `file`. False when it does
 // not start; its log says why.
 bool openStage(const char *title, const char *file);
 
-// A spot light that casts soft shadows.
-RVLIGHT *makeSpot();
+// The stage itself, without its skies. NULL when it cannot be loaded.
+RVNODE *loadStage(const char *file);
 
-// A camera in front of the stage, on its background.
+// The stage's only light, which casts soft shadows.
+RVLIGHT *makeSpot(Daytime time = Daytime::day);
+
+// Light and sky for a time of the day.
+void setDaytime(RVLIGHT *spot, Daytime time, float brightness = 1);
+
+// A camera in front of the stage.
 RVCAMERA *makeCamera();
 
 // Takes the camera some degrees round the stage.
 void goRound(RVCAMERA *camera, float degrees);
+
+// Shows the frame in the window, in place of RAVOLT::swap. Frames are drawn twice as large into
+// render target 0, so that edges are smooth.
+void showFrame();

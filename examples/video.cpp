@@ -10,7 +10,7 @@ int main(int argc, char **argv) {
     Example example(argc, argv, {"STAGE.rve", "VIDEO.m2v"});
     if (!openStage("Ravolt: video", example.files[0]))
         return 1;
-    RVNODE *stage = RAVOLT::load(example.files[0]);
+    RVNODE *stage = loadStage(example.files[0]);
     if (!stage) {
         RAVOLT::free();
         return 1;
@@ -27,7 +27,7 @@ int main(int argc, char **argv) {
         spot->pass(true);
         stage->pass(true);
         RAVOLT::end3D(true);
-        RAVOLT::swap();
+        showFrame();
     } while (example.next());
 
     RAVOLT::free();

@@ -2,12 +2,47 @@
 
 #include <ravolt.h>
 
+#include <random>
+
 namespace {
 
 constexpr float framesPerSecond = 30; // as the converter samples clips
 constexpr float radius = 3.65f;       // metres
 constexpr float pace = 0.335f;        // metres per second, so that no foot slides
 constexpr float start = 135, turn = pace / radius * 180 / 3.1415927f; // degrees, per second
+
+// Brown hair that hangs down: each column goes its own way from pixel to pixel.
+RVTEXTURE *makeFur() {
+    constexpr unsigned int size = 256;
+    RVTEXTURE *fur = new RVTEXTURE();
+    fur->create(size, size, 3);
+    std::minstd_rand dice(1);
+    for (unsigned int x = 0; x < size; ++x) {
+        float tone = 0.6f;
+        for (unsigned int y = 0; y < size; ++y) {
+            tone +=
+                0.1f * (0.6f - tone) + 0.12f * (static_cast<float>(dice() % 1000) / 1000 - 0.5f);
+            unsigned char *pixel = fur->getBitmap() + 3 * (y * size + x);
+            pixel[0] = static_cast<unsigned char>(165 * tone);
+            pixel[1] = static_cast<unsigned char>(105 * tone);
+            pixel[2] = static_cast<unsigned char>(62 * tone);
+        }
+    }
+    fur->update();
+    return fur;
+}
+
+void dress(RVNODE *node, RVTEXTURE *fur) {
+    RVMESH *mesh = node->getType() == RV_NODE_TYPE_MESH ? static_cast<RVMESH *>(node) : nullptr;
+    if (mesh && mesh->getMaterial() && !mesh->getMaterial()->isTextured()) {
+        mesh->getMaterial()->setTexture(0, fur);
+        mesh->getMaterial()->setAmbient(1.0f, 1.0f, 1.0f, 1.0f);
+        mesh->getMaterial()->setDiffuse(1.0f, 1.0f, 1.0f, 1.0f);
+        mesh->getMaterial()->setSpecular(0.0f, 0.0f, 0.0f, 1.0f);
+    }
+    for (unsigned int i = 0; i < node->getNumberOfChildren(); ++i)
+        dress(node->getChild(i), fur);
+}
 
 } // namespace
 
@@ -17,6 +52,7 @@ Walker::Walker(const char *scene, const char *clipFile)
     clip->setTranslating(true); // the bones' places too, not their rotations alone
     if (!isReady())
         return;
+    dress(character, makeFur());
     character->setPosition(radius, 0.0f, 0.0f);
     character->setRotation(0.0f, 180.0f, 0.0f);
     character->link(middle);
