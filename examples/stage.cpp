@@ -47,7 +47,10 @@ bool openStage(const char *title, const char *file) {
     settings.setZetaDepth(24);
     settings.setShaders(true);
     settings.setTexturePath(folderOf(file).c_str());
-    return RAVOLT::init(&settings);
+    if (!RAVOLT::init(&settings))
+        return false;
+    RAVOLT::setShadowOffset(4, 8); // two-sided surfaces would shadow themselves in stripes
+    return true;
 }
 
 RVNODE *loadStage(const char *file) {

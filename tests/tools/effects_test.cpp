@@ -195,6 +195,34 @@ TEST_F(EffectsOnStage, TheSpotsShadowFallsToTheOtherSide) {
     }
 }
 
+TEST_F(EffectsOnStage, TwoSidedSurfacesDoNotShadowThemselves) {
+    writeFile("m.mtl", "newmtl a\nKa 1 1 1\nKd 0.9 0.9 0.9\n");
+    writeFile("m.obj", boxObj());
+    ConvertOptions options;
+    options.model = "m.obj";
+    options.scene = "scene.rve";
+    options.twoSided = true;
+    Report report;
+    Progress silent(false);
+    convertModel(options, report, silent);
+    Effects effects = with({Effect::shadows});
+    effects.set(Number::spotYaw, 20);
+    const Picture shadowed = shoot(effects);
+    effects.switchOff(Effect::shadows);
+    const Picture lit = shoot(effects);
+    // The box's top and front, far from its edges; no more than an occasional pixel is darker.
+    int pixels = 0, darker = 0;
+    for (const auto &[left, right, upper, lower] :
+         {std::array{0.52, 0.62, 0.38, 0.42}, std::array{0.52, 0.62, 0.52, 0.6}})
+        for (double y = upper; y < lower; y += 1.0 / size.height)
+            for (double x = left; x < right; x += 1.0 / size.width) {
+                ++pixels;
+                darker += brightnessAt(shadowed, x, y) < 0.9 * brightnessAt(lit, x, y);
+            }
+    EXPECT_GT(pixels, 200);
+    EXPECT_LT(darker, pixels / 50);
+}
+
 // A cone so narrow that it meets no corner of the square.
 TEST_F(EffectsOnStage, PerPixelLightingLightsTheMiddleOfASurface) {
     makeScene(squareObj("m.mtl", "a"));

@@ -163,6 +163,7 @@ void Lights::arrangeSpot(const Sphere &scene, const Effects &effects) {
     spot->setDirection(floats(from * -1.0));
     spot->setCutOff(f(effects.get(Number::spotAngle) / 2));
     spot->setExponent(f(effects.get(Number::spotFade)));
+    RAVOLT::setShadowOffset(4, 8); // two-sided surfaces would shadow themselves in stripes
     spot->castShadows(effects.isOn(Effect::shadows));
     spot->setShadowNearPlane(f(std::max(distance - 1.05 * scene.radius, 0.05 * distance)));
     spot->setShadowFarPlane(f(distance + 8 * scene.radius));
