@@ -33,7 +33,8 @@ int main(int argc, char **argv) {
 
     RVSETTINGS settings;
     settings.setTitle("Ravolt: picking");
-    settings.setColorDepth(32); // all four bytes of an identifier fit into a pixel
+    settings.setVideoMemory(256); // megabytes for textures
+    settings.setColorDepth(32);   // all four bytes of an identifier fit into a pixel
     settings.setRVEPath(folder.c_str());
     settings.setTexturePath(folder.c_str());
     if (!RAVOLT::init(&settings))

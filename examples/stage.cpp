@@ -43,6 +43,7 @@ bool openStage(const char *title, const char *file) {
     settings.setFBOSizeY(2 * height);
     settings.setForceFBO(true);
     settings.setShadowMapSize(4096); // smaller ones show steps on faces that the light grazes
+    settings.setVideoMemory(256);    // megabytes; SDL reports none, and 16 would be assumed
     settings.setColorDepth(32);
     settings.setZetaDepth(24);
     settings.setShaders(true);

@@ -58,6 +58,7 @@ int main(int argc, char **argv) {
     settings.setTitle("Ravolt: turntable");
     settings.setWindowX(960);
     settings.setWindowY(600);
+    settings.setVideoMemory(256); // megabytes for textures
     settings.setColorDepth(32);
     settings.setZetaDepth(24);
     settings.setRVEPath(folder.c_str());

@@ -458,6 +458,13 @@ TEST_F(StageTest, TellsScenesFromModels) {
     EXPECT_EQ(failureOf([] { isScene("missing"); }), "missing: no such file");
 }
 
+// What SDL reports, or nothing, would make the engine load the textures of a larger scene anew in
+// each frame.
+TEST_F(StageTest, HasRoomForTheTexturesOfALargeScene) {
+    Engine engine(size, "test", false, "ravolt_log.txt");
+    EXPECT_GE(RAVOLT::getVideoMemory(), 256u << 20);
+}
+
 TEST_F(StageTest, PassesOnTheEnginesReasonForABadScene) {
     writeFile("bad.rve", "RVE file v9.9z");
     Engine engine(size, "test", false, "ravolt_log.txt");

@@ -27,6 +27,13 @@ std::string plainComplaint(const std::string &line) {
     return text;
 }
 
+constexpr int videoMemory = 512; // megabytes
+
+// A texture that could not be loaded.
+bool isOfATexture(const std::string &line) {
+    return line.find("[!] ") != std::string::npos && line.ends_with(" @ RVTEXTURE::loadTGA");
+}
+
 bool keepsPicture() { return RVSETTINGS::getSDLForceFBO() && RVOPENGL::useFBO(); }
 
 } // namespace
@@ -57,7 +64,7 @@ std::vector<std::string> Engine::leaveOutBrokenTextures(const fs::path &log) {
     std::ifstream stream(log);
     std::vector<std::string> complaints;
     for (std::string line; std::getline(stream, line);) {
-        if (line.find("[!] ") == std::string::npos || !line.ends_with(" @ RVTEXTURE::loadTGA"))
+        if (!isOfATexture(line))
             continue;
         const std::string complaint = plainComplaint(line);
         if (std::find(complaints.begin(), complaints.end(), complaint) == complaints.end())
@@ -76,6 +83,7 @@ Engine::Engine(WindowSize size, const std::string &title, bool resizable, const 
     settings.setResizable(resizable);
     settings.setColorDepth(24);
     settings.setZetaDepth(24);
+    settings.setVideoMemory(videoMemory);
     settings.setShaders(drawing.programs);
     settings.setShadowMapSize(drawing.shadowMap);
     settings.setFBOSizeX(drawing.picture.width);
