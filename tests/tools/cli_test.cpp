@@ -391,6 +391,29 @@ TEST(CommandLine, DrawsWithoutTexturesThatCannotBeLoadedAndSaysSo) {
     EXPECT_EQ(run("shot m.rve -o m.png --size 64x48 -q").err, "");
 }
 
+// The texture is there, and would be seen.
+TEST(CommandLine, OpensNoTextureOutsideTheScenesFolder) {
+    writeFile("picture.ppm", fourColors());
+    writeFile("m.mtl", "newmtl a\nKd 0.9 0.9 0.9\nmap_Kd picture.ppm\n");
+    writeFile("bare.mtl", "newmtl a\nKd 0.9 0.9 0.9\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    writeFile("bare.obj", squareObj("bare.mtl", "a"));
+    fs::create_directory("scene");
+    EXPECT_EQ(run("convert m.obj -o scene/m.rve").code, 0);
+    EXPECT_EQ(run("convert bare.obj -o bare.rve").code, 0);
+    fs::rename("scene/picture_d.tga", "secret.tga");
+    std::string scene = contentsOf("scene/m.rve");
+    const std::string usual = "picture_d.tga", outside = "../secret.tga";
+    const std::size_t place = scene.find(usual);
+    ASSERT_NE(place, std::string::npos);
+    writeFile("scene/m.rve", scene.replace(place, usual.size(), outside));
+
+    EXPECT_EQ(run("shot scene/m.rve -o m.png --size 64x48").err,
+              "ravolt: warning: File name ../secret.tga leaves its path: refused: drawn without\n");
+    EXPECT_EQ(run("shot bare.rve -o bare.png --size 64x48").err, "");
+    EXPECT_TRUE(contentsOf("m.png") == contentsOf("bare.png"));
+}
+
 TEST(CommandLine, WarnsOfAnEmptyPicture) {
     writeSquare();
     EXPECT_EQ(run("shot m.obj -o m.png --size 64x48").err, "");

@@ -29,9 +29,10 @@ std::string plainComplaint(const std::string &line) {
 
 constexpr int videoMemory = 512; // megabytes
 
-// A texture that could not be loaded.
+// A texture that could not be loaded, or whose name leads out of the scene's folder.
 bool isOfATexture(const std::string &line) {
-    return line.find("[!] ") != std::string::npos && line.ends_with(" @ RVTEXTURE::loadTGA");
+    return line.find("[!] ") != std::string::npos &&
+           (line.ends_with(" @ RVTEXTURE::loadTGA") || line.ends_with(": refused @ RAVOLT::load"));
 }
 
 bool keepsPicture() { return RVSETTINGS::getSDLForceFBO() && RVOPENGL::useFBO(); }
@@ -103,6 +104,7 @@ RVNODE *Engine::load(const fs::path &scene) {
     std::error_code error;
     const fs::path file = fs::absolute(scene);
     fs::current_path(file.parent_path(), error);
+    RAVOLT::confineFilesOn(); // scenes come from anywhere
     RVNODE *root = error ? nullptr : RAVOLT::load(file.filename().c_str());
     if (!root)
         throw Failure(scene.string(), error ? error.message() : complaint());
