@@ -1,5 +1,6 @@
 #include "ravolt/RVMESH.h"
 
+#include "engine/gl/bindings.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
@@ -20,9 +21,9 @@ namespace {
 
 // Where OpenGL finds an array: at the start of its buffer, now bound, or in our own memory.
 const void *arraySource(GLenum target, unsigned int buffer, const void *array) {
-    if (!RVOPENGL::useVBO() || !RVOPENGL::glBindBufferARB)
+    if (!ravolt::canBindBuffers())
         return array;
-    RVOPENGL::glBindBufferARB(target, buffer);
+    ravolt::bindBuffer(target, buffer);
     return buffer ? nullptr : array;
 }
 
@@ -97,13 +98,12 @@ void RVMESH::reset() {
     RVOPENGL::colorArrayOff();
     RVOPENGL::textureArrayOff();
     if (RVOPENGL::glClientActiveTextureARB) {
-        RVOPENGL::glClientActiveTextureARB(GL_TEXTURE1);
+        ravolt::selectClientUnit(1);
         glDisableClientState(GL_TEXTURE_COORD_ARRAY);
-        RVOPENGL::glClientActiveTextureARB(GL_TEXTURE0);
+        ravolt::selectClientUnit(0);
     }
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);
-    if (RVOPENGL::useVBO() && RVOPENGL::glBindBufferARB)
-        RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
+    ravolt::bindBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
 }
 
 bool RVMESH::render(void *element) {

@@ -5,6 +5,8 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/zlf.h"
 
+#include "engine/gl/bindings.h"
+#include "engine/gl/entryPoint.h"
 #include "foundation/bytes.h"
 #include "foundation/text.h"
 #include "models/loadIndex.h"
@@ -75,8 +77,8 @@ unsigned int createBuffer(GLenum target, const void *data, std::size_t bytes) {
 
 RVMESH::~RVMESH() {
     for (unsigned int buffer : owned.buffer)
-        if (buffer && RVOPENGL::glDeleteBuffersARB)
-            RVOPENGL::glDeleteBuffersARB(1, &buffer);
+        if (buffer)
+            ravolt::callIfPresent<RVOPENGL::glDeleteBuffersARB>(1, &buffer);
     for (void *block : owned.block)
         if (block)
             zlfFree(block);
@@ -218,8 +220,5 @@ void RVMESH::createBuffers() {
     boneIndexBuffer = buffer[bufferBoneIndex];
     boneWeightBuffer = buffer[bufferBoneWeight];
 
-    if (RVOPENGL::useVBO() && RVOPENGL::glBindBufferARB) {
-        RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
-        RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
-    }
+    ravolt::unbindBuffers();
 }

@@ -1,12 +1,12 @@
 #include "ravolt/RVSHADER.h"
 
+#include "engine/gl/entryPoint.h"
 #include "engine/gl/stateCache.h"
 #include "foundation/bytes.h"
 #include "foundation/registry.h"
 #include "foundation/text.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
-#include "resources/extensionCall.h"
 
 #include <cstring>
 
@@ -84,12 +84,12 @@ RVSHADER::~RVSHADER() {
     if (RVOPENGL::useShaders()) {
         for (const unsigned int object : {vertexObject, pixelObject}) {
             if (object && programObject)
-                ravolt::call<RVOPENGL::glDetachObjectARB>(programObject, object);
+                ravolt::callIfPresent<RVOPENGL::glDetachObjectARB>(programObject, object);
             if (object)
-                ravolt::call<RVOPENGL::glDeleteObjectARB>(object);
+                ravolt::callIfPresent<RVOPENGL::glDeleteObjectARB>(object);
         }
         if (programObject)
-            ravolt::call<RVOPENGL::glDeleteObjectARB>(programObject);
+            ravolt::callIfPresent<RVOPENGL::glDeleteObjectARB>(programObject);
     }
     // Values must not go to a program that is gone, nor a new one at this address pass for in use.
     if (currentShader == this)
@@ -114,15 +114,15 @@ bool RVSHADER::load(const char *vertexFile, const char *pixelFile, bool alreadyC
 // The link's status is not read: a program that does not link holds no parameters.
 void RVSHADER::link(bool vertex, bool pixel) {
     if (programObject)
-        ravolt::call<RVOPENGL::glDeleteObjectARB>(programObject);
+        ravolt::callIfPresent<RVOPENGL::glDeleteObjectARB>(programObject);
     if (currentShader == this)
         currentShader = nullptr; // what OpenGL has in use is the old one
-    programObject = ravolt::call<RVOPENGL::glCreateProgramObjectARB>();
+    programObject = ravolt::callIfPresent<RVOPENGL::glCreateProgramObjectARB>();
     if (vertex)
-        ravolt::call<RVOPENGL::glAttachObjectARB>(programObject, vertexObject);
+        ravolt::callIfPresent<RVOPENGL::glAttachObjectARB>(programObject, vertexObject);
     if (pixel)
-        ravolt::call<RVOPENGL::glAttachObjectARB>(programObject, pixelObject);
-    ravolt::call<RVOPENGL::glLinkProgramARB>(programObject);
+        ravolt::callIfPresent<RVOPENGL::glAttachObjectARB>(programObject, pixelObject);
+    ravolt::callIfPresent<RVOPENGL::glLinkProgramARB>(programObject);
 }
 
 bool RVSHADER::loadVertexShader(const char *stageName, const char *source) {
@@ -193,20 +193,20 @@ bool RVSHADER::compile(const Stage &stage, const char *stageName, const char *so
     unsigned int &object = this->*stage.object;
     if (object) {
         if (programObject || stage.detachesAlways)
-            ravolt::call<RVOPENGL::glDetachObjectARB>(programObject, object);
-        ravolt::call<RVOPENGL::glDeleteObjectARB>(object);
+            ravolt::callIfPresent<RVOPENGL::glDetachObjectARB>(programObject, object);
+        ravolt::callIfPresent<RVOPENGL::glDeleteObjectARB>(object);
     }
-    object = ravolt::call<RVOPENGL::glCreateShaderObjectARB>(stage.type);
+    object = ravolt::callIfPresent<RVOPENGL::glCreateShaderObjectARB>(stage.type);
     if (!object) {
         zlfLog("%s", stage.notCreated);
         return false;
     }
     GLint status = 0;
-    ravolt::call<RVOPENGL::glShaderSourceARB>(object, GLsizei{1}, &source,
-                                              static_cast<const GLint *>(nullptr));
-    ravolt::call<RVOPENGL::glCompileShaderARB>(object);
-    ravolt::call<RVOPENGL::glGetObjectParameterivARB>(object, GLenum{GL_OBJECT_COMPILE_STATUS_ARB},
-                                                      &status);
+    ravolt::callIfPresent<RVOPENGL::glShaderSourceARB>(object, GLsizei{1}, &source,
+                                                       static_cast<const GLint *>(nullptr));
+    ravolt::callIfPresent<RVOPENGL::glCompileShaderARB>(object);
+    ravolt::callIfPresent<RVOPENGL::glGetObjectParameterivARB>(
+        object, GLenum{GL_OBJECT_COMPILE_STATUS_ARB}, &status);
     if (!status || !canBeProgrammed()) {
         zlfLog(stage.notCompiled, stageName);
         return false;
@@ -223,7 +223,7 @@ bool RVSHADER::render(void *) {
     if (ravolt::cacheHit(currentShader == this))
         return true;
     enable();
-    ravolt::call<RVOPENGL::glUseProgramObjectARB>(programObject);
+    ravolt::callIfPresent<RVOPENGL::glUseProgramObjectARB>(programObject);
     currentShader = this;
     return true;
 }
@@ -243,7 +243,7 @@ bool RVSHADER::disable() {
         return false;
     if (ravolt::cacheHit(!enabled))
         return true;
-    ravolt::call<RVOPENGL::glUseProgramObjectARB>(0u);
+    ravolt::callIfPresent<RVOPENGL::glUseProgramObjectARB>(0u);
     currentShader = nullptr;
     enabled = false;
     return true;

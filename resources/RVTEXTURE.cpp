@@ -1,5 +1,6 @@
 #include "ravolt/RVTEXTURE.h"
 
+#include "engine/gl/bindings.h"
 #include "engine/gl/stateCache.h"
 #include "foundation/bytes.h"
 #include "foundation/registry.h"
@@ -98,9 +99,10 @@ unsigned char *makePixels(const char *path, const ravolt::TgaImage &image) {
     return pixels;
 }
 
-void selectUnit(unsigned int unit) {
-    if (RVOPENGL::useMultitexturing() && RVOPENGL::glActiveTextureARB)
-        RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + unit);
+// Without multitexturing unit 0 stays the active one.
+void activateUnit(unsigned int unit) {
+    if (RVOPENGL::useMultitexturing())
+        ravolt::selectUnit(unit);
 }
 
 } // namespace
@@ -216,7 +218,7 @@ bool RVTEXTURE::render(void *data) {
     if (!glId)
         reload();
     texturingOn(unit);
-    selectUnit(unit);
+    activateUnit(unit);
     glBindTexture(GL_TEXTURE_2D, glId);
     RVSHADER::bindTexture(unit);
     channelCache[unit] = this;
@@ -231,7 +233,7 @@ bool RVTEXTURE::texturingOn(unsigned int unit) {
     }
     if (ravolt::cacheHit(channelActive[unit]))
         return true;
-    selectUnit(unit);
+    activateUnit(unit);
     glEnable(GL_TEXTURE_2D);
     channelActive[unit] = true;
     return true;
@@ -248,7 +250,7 @@ bool RVTEXTURE::texturingOff(unsigned int unit) {
     }
     if (ravolt::cacheHit(!channelActive[unit]))
         return true;
-    selectUnit(unit);
+    activateUnit(unit);
     glDisable(GL_TEXTURE_2D);
     channelActive[unit] = false;
     return true;

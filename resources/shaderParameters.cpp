@@ -1,8 +1,8 @@
 #include "ravolt/RVSHADER.h"
 
+#include "engine/gl/entryPoint.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
-#include "resources/extensionCall.h"
 
 #include <algorithm>
 #include <iterator>
@@ -77,7 +77,7 @@ GLint location(const RVSHADER &program, unsigned int slot) {
 }
 
 void setFloat(const RVSHADER &program, unsigned int slot, float value) {
-    ravolt::call<RVOPENGL::glUniform1fARB>(location(program, slot), value);
+    ravolt::callIfPresent<RVOPENGL::glUniform1fARB>(location(program, slot), value);
 }
 
 // An array that is on is read at every vertex: without a buffer behind it, from nowhere.
@@ -85,7 +85,7 @@ void bindAttribute(GLuint attribute, unsigned int buffer) {
     if (!buffer || !RVOPENGL::glBindBufferARB || !RVOPENGL::glVertexAttribPointerARB)
         return;
     RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, buffer);
-    ravolt::call<RVOPENGL::glEnableVertexAttribArrayARB>(attribute);
+    ravolt::callIfPresent<RVOPENGL::glEnableVertexAttribArrayARB>(attribute);
     RVOPENGL::glVertexAttribPointerARB(attribute, 4, GL_FLOAT, GL_FALSE, 0, nullptr);
 }
 
@@ -128,8 +128,8 @@ bool RVSHADER::bindTexture(unsigned int unit) {
     if (!currentShader || !enabled)
         return false;
     if (unit < RV_TEXTURE_UNITS)
-        ravolt::call<RVOPENGL::glUniform1iARB>(location(*currentShader, samplerSlot[unit]),
-                                               static_cast<GLint>(unit));
+        ravolt::callIfPresent<RVOPENGL::glUniform1iARB>(location(*currentShader, samplerSlot[unit]),
+                                                        static_cast<GLint>(unit));
     return true;
 }
 
@@ -139,8 +139,9 @@ bool RVSHADER::bindBones(unsigned int count, const float *quat, const float *tra
         return false;
     const RVSHADER &program = *currentShader;
     const GLsizei bones = static_cast<GLsizei>(std::min(count, maxBones));
-    ravolt::call<RVOPENGL::glUniform4fvARB>(location(program, slotBoneQuat), bones, quat);
-    ravolt::call<RVOPENGL::glUniform3fvARB>(location(program, slotBoneTrans), bones, trans);
+    ravolt::callIfPresent<RVOPENGL::glUniform4fvARB>(location(program, slotBoneQuat), bones, quat);
+    ravolt::callIfPresent<RVOPENGL::glUniform3fvARB>(location(program, slotBoneTrans), bones,
+                                                     trans);
     bindAttribute(program.param[slotBoneIndex], indexBuffer);
     bindAttribute(program.param[slotBoneWeight], weightBuffer);
     bonesBound = true;
@@ -150,8 +151,10 @@ bool RVSHADER::bindBones(unsigned int count, const float *quat, const float *tra
 bool RVSHADER::unbindBones() {
     if (!currentShader || !enabled || !bonesBound)
         return false;
-    ravolt::call<RVOPENGL::glDisableVertexAttribArrayARB>(currentShader->param[slotBoneIndex]);
-    ravolt::call<RVOPENGL::glDisableVertexAttribArrayARB>(currentShader->param[slotBoneWeight]);
+    ravolt::callIfPresent<RVOPENGL::glDisableVertexAttribArrayARB>(
+        currentShader->param[slotBoneIndex]);
+    ravolt::callIfPresent<RVOPENGL::glDisableVertexAttribArrayARB>(
+        currentShader->param[slotBoneWeight]);
     bonesBound = false;
     return true;
 }

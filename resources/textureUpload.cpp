@@ -1,3 +1,4 @@
+#include "engine/gl/bindings.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
@@ -140,8 +141,7 @@ void RVTEXTURE::replacePixels(unsigned int width, unsigned int height, unsigned 
 }
 
 void RVTEXTURE::bindForUpload() const {
-    if (RVOPENGL::glActiveTextureARB)
-        RVOPENGL::glActiveTextureARB(GL_TEXTURE0);
+    ravolt::selectUnit(0);
     channelCache[0] = nullptr;
     glBindTexture(GL_TEXTURE_2D, glId);
 }

@@ -2,6 +2,7 @@
 
 #include "ravolt/RVHELPER.h"
 
+#include "engine/gl/bindings.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
@@ -63,15 +64,10 @@ void drawArrays(GLenum culledSide) {
     glDrawArrays(GL_TRIANGLES, 0, boxVertices);
 }
 
-void bindNoBuffer() {
-    if (RVOPENGL::useVBO() && RVOPENGL::glBindBufferARB)
-        RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
-}
-
 void setArrays() {
-    bindNoBuffer();
+    ravolt::bindBuffer(GL_ARRAY_BUFFER_ARB, 0);
     RVOPENGL::vertexArrayOn();
-    bindNoBuffer();
+    ravolt::bindBuffer(GL_ARRAY_BUFFER_ARB, 0);
     RVOPENGL::normalArrayOn();
     RVOPENGL::textureArrayOff();
     RVOPENGL::colorArrayOff();

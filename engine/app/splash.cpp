@@ -4,6 +4,7 @@
 #include "engine/app/splash.h"
 
 #include "engine/app/windowSystem.h"
+#include "engine/gl/screenQuad.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/zlf.h"
 
@@ -11,15 +12,6 @@
 #include <GL/glext.h>
 
 namespace {
-
-void setPixelCoordinates(int windowX, int windowY) {
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    glViewport(0, 0, windowX, windowY);
-    glOrtho(0, windowX, windowY, 0, -1, 1);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
-}
 
 // Makes the picture the bound texture and returns its name.
 GLuint uploadPicture(const unsigned char *picture) {
@@ -36,18 +28,8 @@ GLuint uploadPicture(const unsigned char *picture) {
 
 void drawPicture(int areaX, int areaY) {
     constexpr int half = ravolt::splashSize / 2;
-    const int left = areaX / 2 - half, right = areaX / 2 + half;
-    const int top = areaY / 2 - half, bottom = areaY / 2 + half;
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, 1);
-    glVertex2i(left, top);
-    glTexCoord2f(0, 0);
-    glVertex2i(left, bottom);
-    glTexCoord2f(1, 0);
-    glVertex2i(right, bottom);
-    glTexCoord2f(1, 1);
-    glVertex2i(right, top);
-    glEnd();
+    const int x = areaX / 2, y = areaY / 2;
+    ravolt::drawQuad(x - half, y - half, x + half, y + half);
 }
 
 } // namespace
@@ -57,7 +39,8 @@ namespace ravolt {
 void drawSplash(int windowX, int windowY, bool CAVE, const SystemWindow &window) {
     glClearColor(1, 1, 1, 1);
     glClear(GL_COLOR_BUFFER_BIT);
-    setPixelCoordinates(windowX, windowY);
+    resetProjection();
+    applyWindowProjection(windowX, windowY);
 
     const std::unique_ptr<unsigned char[]> picture = splashPicture();
     if (!picture)

@@ -77,11 +77,8 @@ void toneMap(float luminance, float exposure) {
 
 // Adds the blurred bright parts to the scene.
 void compositeBloom(float intensity) {
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    ravolt::screenOrtho(scene().getSizeX(), scene().getSizeY());
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
+    ravolt::resetProjection();
+    ravolt::applyPixelProjection(scene().getSizeX(), scene().getSizeY());
     RVOPENGL::blendingOn();
     glBlendFunc(GL_SRC_ALPHA, GL_ONE);
     RVSHADER::bloomForceAlpha->render(nullptr);

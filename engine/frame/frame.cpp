@@ -4,6 +4,7 @@
 // everything else leaves the stacks as it found them.
 
 #include "engine/frame/effects.h"
+#include "engine/gl/bindings.h"
 #include "engine/gl/screenQuad.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
@@ -70,15 +71,12 @@ void startFlatDrawing() {
 
 // Vertices, colours and texture coordinates, from the application's memory.
 void setFlatArrays() {
-    if (RVOPENGL::useVBO() && RVOPENGL::glBindBufferARB) {
-        RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
-        RVOPENGL::glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
-    }
+    ravolt::unbindBuffers();
     RVOPENGL::vertexArrayOn();
     RVOPENGL::normalArrayOff();
     RVOPENGL::colorArrayOn();
-    if (RVOPENGL::useMultitexturing() && RVOPENGL::glClientActiveTextureARB)
-        RVOPENGL::glClientActiveTextureARB(GL_TEXTURE0);
+    if (RVOPENGL::useMultitexturing())
+        ravolt::selectClientUnit(0);
     RVOPENGL::textureArrayOn();
 }
 
@@ -90,12 +88,10 @@ void pushPixelProjection() {
     ravolt::pushProjection();
     if (RVSETTINGS::isSDLLandscape()) {
         glRotatef(90, 0, 0, 1);
-        ravolt::screenOrtho(height, width);
+        ravolt::applyPixelProjection(height, width);
     } else {
-        ravolt::screenOrtho(width, height);
+        ravolt::applyPixelProjection(width, height);
     }
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
 }
 
 // The view's rotation and the sky's own: the sky turns with the camera and never moves.
@@ -207,10 +203,7 @@ void RAVOLT::showScene() {
     const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
     RVFBO::unbind();
     ravolt::pushProjection();
-    glViewport(0, 0, width, height);
-    ravolt::screenOrtho(width, height);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
+    ravolt::applyWindowProjection(width, height);
     RVTEXTURE::texturingOn(0);
     RVOPENGL::blendingOff();
     RVLIGHT::lightingOff();

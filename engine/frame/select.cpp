@@ -67,12 +67,8 @@ unsigned int decodeObjectId(const PixelBytes &bytes, int colorDepth) {
 void restorePixel(const WindowPixel &pixel, const PixelBytes &color) {
     const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
     glDisable(GL_DEPTH_TEST);
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    glViewport(0, 0, width, height);
-    ravolt::screenOrtho(width, height);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
+    ravolt::resetProjection();
+    ravolt::applyWindowProjection(width, height);
     RVSHADER::disable(); // the last program of the frame may light what it draws
     RVLIGHT::lightingOff();
     RVOPENGL::blendingOff();

@@ -4,6 +4,7 @@
 
 #include "engine/frame/effects.h"
 
+#include "engine/gl/bindings.h"
 #include "engine/gl/screenQuad.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVELEMENT.h"
@@ -138,14 +139,9 @@ void endDepths() {
     glShadeModel(GL_SMOOTH);
 }
 
-void selectUnit(GLenum unit) {
-    if (RVOPENGL::glActiveTextureARB)
-        RVOPENGL::glActiveTextureARB(unit);
-}
-
 // From eye space through the world to the map, whose coordinates and depths run from 0 to 1.
 void loadMapMatrix(const Caster &caster) {
-    selectUnit(GL_TEXTURE0 + mapUnit);
+    ravolt::selectUnit(mapUnit);
     glMatrixMode(GL_TEXTURE);
     glLoadIdentity();
     glTranslatef(0.5f, 0.5f, 0.5f);
@@ -160,15 +156,15 @@ void loadMapMatrix(const Caster &caster) {
 void bindMap() {
     glBindTexture(GL_TEXTURE_2D, shadowMap().getTexture()->getGLId());
     RVSHADER::bindTexture(mapUnit);
-    selectUnit(GL_TEXTURE0);
+    ravolt::selectUnit(0);
 }
 
 void unloadMapMatrix() {
-    selectUnit(GL_TEXTURE0 + mapUnit);
+    ravolt::selectUnit(mapUnit);
     glMatrixMode(GL_TEXTURE);
     glLoadIdentity();
     glMatrixMode(GL_MODELVIEW);
-    selectUnit(GL_TEXTURE0);
+    ravolt::selectUnit(0);
     RVTEXTURE::texturingOff(mapUnit);
 }
 

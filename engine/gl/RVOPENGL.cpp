@@ -5,6 +5,7 @@
 
 #include "ravolt/RVOPENGL.h"
 
+#include "engine/gl/entryPoint.h"
 #include "engine/gl/stateCache.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/zlf.h"
@@ -49,12 +50,6 @@ constexpr float halfDegree = 0.008726646192371845f; // in radians
 // The two halves of a switch: whether OpenGL must be told, and the change of its flag.
 bool mustEnable(bool &flag) { return !ravolt::cacheHit(std::exchange(flag, true)); }
 bool mustDisable(bool &flag) { return !ravolt::cacheHit(!std::exchange(flag, false)); }
-
-// The array of texture coordinates is always that of unit 0.
-void chooseClientUnit0() {
-    if (RVOPENGL::glClientActiveTextureARB)
-        RVOPENGL::glClientActiveTextureARB(GL_TEXTURE0);
-}
 
 } // namespace
 
@@ -246,13 +241,13 @@ void RVOPENGL::colorArrayOff() {
 void RVOPENGL::textureArrayOn() {
     if (!mustEnable(textureArrayStatus))
         return;
-    chooseClientUnit0();
+    ravolt::callIfPresent<RVOPENGL::glClientActiveTextureARB>(GL_TEXTURE0);
     glEnableClientState(GL_TEXTURE_COORD_ARRAY);
 }
 
 void RVOPENGL::textureArrayOff() {
     if (!mustDisable(textureArrayStatus))
         return;
-    chooseClientUnit0();
+    ravolt::callIfPresent<RVOPENGL::glClientActiveTextureARB>(GL_TEXTURE0);
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);
 }

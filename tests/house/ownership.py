@@ -29,10 +29,12 @@ ROWS = [
     {"what": r"gl(Enable|Disable)\((GL_LIGHTING|GL_LIGHT\d|light)\b|glLightfv?\(",
      "owners": ["scene/RVLIGHT.cpp"], "says": ["only", "GL_LIGHTING", "lights"],
      "exceptions": {("engine/app/glStart.cpp", "glLightf"): "the base state of a new context"}},
-    {"what": r"gl(Enable|Disable)\(GL_TEXTURE_2D\b|glBindTexture\(|glActiveTextureARB\(",
+    {"what": r"gl(Enable|Disable)\(GL_TEXTURE_2D\b|glBindTexture\("
+             r"|glActiveTextureARB[(>]|\bselectUnit\(",
      "owners": ["resources/RVTEXTURE.cpp", "resources/textureUpload.cpp"],
      "says": ["only", "glBindTexture", "GL_TEXTURE_2D"],
      "exceptions": {
+         ("engine/gl/bindings.h", ""): "the one call, for the owners",
          ("engine/frame/shadows.cpp", ""): "the shadow map is bound on a unit that stays off",
          ("engine/app/splash.cpp", ""): "drawn before the engine knows the driver"}},
     {"what": r"gl(Gen|Delete|Prioritize)Textures\(|glTex(Sub)?Image2D\(|glTexParameter[if]\(",
@@ -50,7 +52,7 @@ ROWS = [
              r"|(Enable|Disable)VertexAttribArray)ARB[(>]",
      "owners": ["resources/RVSHADER.cpp", "resources/shaderParameters.cpp"],
      "says": ["only", "programs"], "exceptions": {}},
-    {"what": r"gl(Gen|Delete)BuffersARB\(|glBufferDataARB\(",
+    {"what": r"gl(Gen|Delete)BuffersARB[(>]|glBufferDataARB[(>]",
      "owners": ["models/RVMESH.cpp", "models/meshLoad.cpp"], "says": [],
      "exceptions": {}},
     {"what": r"glReadPixels\(", "owners": ["engine/frame/select.cpp"], "says": [],
