@@ -58,7 +58,7 @@ TEST(Files, OpenInTheModeAskedFor) {
     ASSERT_NE(file, nullptr);
     std::fputs("text", file);
     std::fclose(file);
-    EXPECT_EQ(readFile("opened"), "text");
+    EXPECT_EQ(readText("opened"), "text");
     EXPECT_EQ(zlfOpenFile("nowhere", "r"), nullptr);
     EXPECT_EQ(zlfOpenFile(nullptr, "r"), nullptr);
     EXPECT_EQ(zlfOpenFile("opened", nullptr), nullptr);

@@ -19,9 +19,9 @@ class HtmlLog : public NoLog {
     // What the log makes of a text.
     std::string translated(const std::string &text) {
         EXPECT_TRUE(zlfOpenLog("log.html"));
-        const std::size_t before = readFile("log.html").size();
+        const std::size_t before = readText("log.html").size();
         zlfLog("%s", text.c_str());
-        std::string result = readFile("log.html").substr(before);
+        std::string result = readText("log.html").substr(before);
         zlfCloseLog();
         return result;
     }
@@ -42,7 +42,7 @@ TEST_F(HtmlLog, IsCompleteFromHeaderToStatistics) {
                   "Total allocated memory (zlfMalloc): %.2f mb (%u bytes)<BR>\n",
                   static_cast<int>(before.allocations - before.releases), before.allocations + 1,
                   before.releases + 1, requested / 1048576.0, requested);
-    EXPECT_EQ(readFile("log.html"),
+    EXPECT_EQ(readText("log.html"),
               "<HTML><BODY>" + header + "&nbsp&nbsp text<BR>\n<H4><BR>\n" + rule + statistics +
                   "[Zenlor foundation 0.4 terminated at 5/3/2024 7:8:9.4]<BR>\n"
                   "</H4></BODY></HTML>");
@@ -50,7 +50,7 @@ TEST_F(HtmlLog, IsCompleteFromHeaderToStatistics) {
 
 TEST_F(HtmlLog, ANameWithTheEndingInItsMiddleCounts) {
     ASSERT_TRUE(zlfOpenLog("log.html.txt"));
-    EXPECT_EQ(readFile("log.html.txt"), "<HTML><BODY>" + header);
+    EXPECT_EQ(readText("log.html.txt"), "<HTML><BODY>" + header);
 }
 
 TEST_F(HtmlLog, ARunOfBlanksKeepsItsLastOne) {
@@ -87,9 +87,9 @@ TEST_F(HtmlLog, TheConsoleGetsThePlainText) {
 
 TEST_F(HtmlLog, AnErrorIsInBoldLetters) {
     ASSERT_TRUE(zlfOpenLog("log.html"));
-    const std::size_t before = readFile("log.html").size();
+    const std::size_t before = readText("log.html").size();
     EXPECT_FALSE(zlfLogError("place", "detail", "bad %d", 7));
-    EXPECT_EQ(readFile("log.html").substr(before), "Time:&nbsp <B>7:8:9.4</B><BR>\n"
+    EXPECT_EQ(readText("log.html").substr(before), "Time:&nbsp <B>7:8:9.4</B><BR>\n"
                                                    "From:&nbsp <B>place - Error (detail)</B><BR>\n"
                                                    "Error: <B>bad 7</B><BR>\n<BR>\n");
 }
@@ -98,9 +98,9 @@ TEST_F(HtmlLog, ALaterTextLogIsHtmlWithoutItsOpening) {
     ASSERT_TRUE(zlfOpenLog("log.html"));
     zlfCloseLog();
     ASSERT_TRUE(zlfOpenLog("log.txt"));
-    EXPECT_EQ(readFile("log.txt"), header);
+    EXPECT_EQ(readText("log.txt"), header);
     zlfCloseLog();
-    EXPECT_TRUE(readFile("log.txt").ends_with("</H4></BODY></HTML>"));
+    EXPECT_TRUE(readText("log.txt").ends_with("</H4></BODY></HTML>"));
 }
 
 } // namespace

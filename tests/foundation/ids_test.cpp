@@ -19,7 +19,7 @@ TEST_F(Ids, StartAtOneAndTheLowestFreeOneComesFirst) {
     EXPECT_EQ(zlfNewId(), 2u);
     EXPECT_EQ(zlfNewId(), 3u);
     EXPECT_EQ(zlfNewId(), 4u);
-    EXPECT_EQ(logged(), "");
+    EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(Ids, AreTheLowestFreeOnesWhateverComesAndGoes) {
@@ -42,17 +42,17 @@ TEST_F(Ids, AreTheLowestFreeOnesWhateverComesAndGoes) {
             taken.erase(one);
         }
     }
-    EXPECT_EQ(logged(), "");
+    EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(Ids, RunOutAfter65535) {
     for (unsigned int id = 1; id <= 65535; ++id)
         ASSERT_EQ(zlfNewId(), id);
-    EXPECT_EQ(logged(), "");
+    EXPECT_NOTHING_LOGGED();
     EXPECT_EQ(zlfNewId(), 0u);
-    EXPECT_EQ(logged(), "zlfNewId: all ID are used\n");
+    EXPECT_LOGGED_EXACTLY("zlfNewId: all ID are used\n");
     EXPECT_EQ(zlfNewId(), 0u);
-    EXPECT_EQ(logged(), "zlfNewId: all ID are used\n");
+    EXPECT_LOGGED_EXACTLY("zlfNewId: all ID are used\n");
     releaseId(65535);
     EXPECT_EQ(zlfNewId(), 65535u);
     releaseId(40000);
@@ -62,19 +62,19 @@ TEST_F(Ids, RunOutAfter65535) {
 
 TEST_F(Ids, RefuseAReleaseOutsideTheirRange) {
     releaseId(0);
-    EXPECT_EQ(logged(), "releaseId: invalid params (0)\n");
+    EXPECT_LOGGED_EXACTLY("releaseId: invalid params (0)\n");
     releaseId(65536);
-    EXPECT_EQ(logged(), "releaseId: invalid params (65536)\n");
+    EXPECT_LOGGED_EXACTLY("releaseId: invalid params (65536)\n");
     releaseId(0xFFFFFFFFu);
-    EXPECT_EQ(logged(), "releaseId: invalid params (-1)\n");
+    EXPECT_LOGGED_EXACTLY("releaseId: invalid params (-1)\n");
 }
 
 TEST_F(Ids, ReportASecondReleaseWithoutALineEnd) {
     releaseId(zlfNewId());
     releaseId(1);
-    EXPECT_EQ(logged(), "releaseId: ID already released (1)");
+    EXPECT_LOGGED_EXACTLY("releaseId: ID already released (1)");
     releaseId(65535);
-    EXPECT_EQ(logged(), "releaseId: ID already released (65535)");
+    EXPECT_LOGGED_EXACTLY("releaseId: ID already released (65535)");
     EXPECT_EQ(zlfNewId(), 1u);
 }
 

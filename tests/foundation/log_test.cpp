@@ -57,7 +57,7 @@ TEST_F(Log, IsCompleteFromHeaderToStatistics) {
 
     const unsigned int allocations = before.allocations + 3, releases = before.releases + 2;
     const unsigned int requested = before.bytesRequested + 262144 + 1000 + 24;
-    EXPECT_EQ(readFile("log.txt"),
+    EXPECT_EQ(readText("log.txt"),
               "[Zenlor foundation 0.4 started at 5/3/2024 7:8:9.4]\n" + dashes + "\n" +
                   "   7 and seven\n"
                   "\n" +
@@ -77,7 +77,7 @@ TEST_F(Log, ABalancedProgramHasARatioOfZero) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
     zlfFree(zlfMalloc(10));
     zlfCloseLog();
-    EXPECT_NE(readFile("log.txt").find(
+    EXPECT_NE(readText("log.txt").find(
                   format("Final memory ratio: 0 (%u/%u)\n", allocations + 2, allocations + 2)),
               std::string::npos);
 }
@@ -92,7 +92,7 @@ TEST_F(Log, ThePeakIsTheHighestFigureSinceTheOpening) {
     systemFaults.memoryInUse = 1024;
     zlfFree(zlfMalloc(1));
     zlfCloseLog();
-    EXPECT_NE(readFile("log.txt").find("Max. physical memory usage: 3.50 mb (3670016 bytes)\n"),
+    EXPECT_NE(readText("log.txt").find("Max. physical memory usage: 3.50 mb (3670016 bytes)\n"),
               std::string::npos);
 }
 
@@ -101,7 +101,7 @@ TEST_F(Log, AFigureThatDoesNotFitIsTheLargestThatDoes) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
     zlfCloseLog();
     EXPECT_NE(
-        readFile("log.txt").find("Max. physical memory usage: 2048.00 mb (2147483647 bytes)\n"),
+        readText("log.txt").find("Max. physical memory usage: 2048.00 mb (2147483647 bytes)\n"),
         std::string::npos);
 }
 
@@ -109,14 +109,14 @@ TEST_F(Log, WithoutAFigureOfTheSystemThePeakIsZero) {
     systemFaults.memoryUnknown = true;
     ASSERT_TRUE(zlfOpenLog("log.txt"));
     zlfCloseLog();
-    EXPECT_NE(readFile("log.txt").find("Max. physical memory usage: 0.00 mb (0 bytes)\n"),
+    EXPECT_NE(readText("log.txt").find("Max. physical memory usage: 0.00 mb (0 bytes)\n"),
               std::string::npos);
 }
 
 TEST_F(Log, OpeningReplacesAnOldFile) {
     writeFile("log.txt", "old");
     ASSERT_TRUE(zlfOpenLog("log.txt"));
-    EXPECT_EQ(readFile("log.txt").find("old"), std::string::npos);
+    EXPECT_EQ(readText("log.txt").find("old"), std::string::npos);
 }
 
 TEST_F(Log, ASecondOpeningFailsAndLeavesTheFirstFileOpen) {
@@ -125,7 +125,7 @@ TEST_F(Log, ASecondOpeningFailsAndLeavesTheFirstFileOpen) {
     EXPECT_FALSE(zlfOpenLog("second.txt"));
     EXPECT_FALSE(zlfFileExists("second.txt"));
     EXPECT_TRUE(zlfLog("still here\n"));
-    EXPECT_NE(readFile("first.txt").find("\nstill here\n"), std::string::npos);
+    EXPECT_NE(readText("first.txt").find("\nstill here\n"), std::string::npos);
     EXPECT_EQ(zlfNewId(), 2u);
 }
 
@@ -144,11 +144,11 @@ TEST_F(Log, AnOpeningWithoutANameInAnOpenLogFailsAndChangesNothing) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
     EXPECT_EQ(zlfNewId(), 1u);
     EXPECT_EQ(zlfNewTimer(1.0f), 0);
-    const std::string text = readFile("log.txt");
+    const std::string text = readText("log.txt");
     const int live = liveBlocks();
     EXPECT_FALSE(zlfOpenLog(nullptr));
     EXPECT_EQ(liveBlocks(), live);
-    EXPECT_EQ(readFile("log.txt"), text);
+    EXPECT_EQ(readText("log.txt"), text);
     EXPECT_EQ(zlfNewId(), 2u);
     EXPECT_EQ(zlfNewTimer(1.0f), 1);
 }
@@ -174,7 +174,7 @@ TEST_F(Log, AFileAfterAnOpeningWithoutANameKeepsTheTables) {
     EXPECT_EQ(zlfNewId(), 1u);
     EXPECT_EQ(zlfNewTimer(1.0f), 0);
     EXPECT_TRUE(zlfOpenLog("log.txt"));
-    EXPECT_EQ(readFile("log.txt"),
+    EXPECT_EQ(readText("log.txt"),
               "[Zenlor foundation 0.4 started at 5/3/2024 7:8:9.4]\n" + dashes + "\n");
     EXPECT_EQ(zlfNewId(), 2u);
     EXPECT_EQ(zlfNewTimer(1.0f), 1);
@@ -200,7 +200,7 @@ TEST_F(Log, ASymbolicLinkIsNotFollowed) {
     std::filesystem::create_symlink("precious.txt", "link.txt");
     std::filesystem::create_symlink("not there.txt", "dangling.txt");
     EXPECT_FALSE(zlfOpenLog("link.txt"));
-    EXPECT_EQ(readFile("precious.txt"), "text");
+    EXPECT_EQ(readText("precious.txt"), "text");
     EXPECT_FALSE(zlfOpenLog("dangling.txt"));
     EXPECT_FALSE(zlfFileExists("not there.txt"));
     EXPECT_FALSE(zlfLog("nowhere\n"));
@@ -213,8 +213,8 @@ TEST_F(Log, AFileWithASecondNameKeepsItsTextThere) {
     std::filesystem::create_hard_link("precious.txt", "log.txt");
     EXPECT_TRUE(zlfOpenLog("log.txt"));
     EXPECT_TRUE(zlfLog("here\n"));
-    EXPECT_EQ(readFile("precious.txt"), "text");
-    EXPECT_TRUE(readFile("log.txt").ends_with("here\n"));
+    EXPECT_EQ(readText("precious.txt"), "text");
+    EXPECT_TRUE(readText("log.txt").ends_with("here\n"));
 }
 
 TEST_F(Log, AFifoIsRefusedWithoutWaiting) {
@@ -244,16 +244,16 @@ TEST_F(Log, WithoutMemoryForTheIdentifiersItStillOpens) {
     systemFaults.failMallocOf = 0x40000;
     EXPECT_TRUE(zlfOpenLog("log.txt"));
     EXPECT_EQ(zlfNewId(), 0u);
-    EXPECT_NE(readFile("log.txt").find("zlfNewId: ID table not initialized\n"), std::string::npos);
+    EXPECT_NE(readText("log.txt").find("zlfNewId: ID table not initialized\n"), std::string::npos);
     zlfCloseLog();
 }
 
 TEST_F(Log, IsQuietlyFalseWhenClosed) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
     zlfCloseLog();
-    const std::string text = readFile("log.txt");
+    const std::string text = readText("log.txt");
     EXPECT_EQ(echoOf([] { EXPECT_FALSE(zlfLog("late\n")); }), "");
-    EXPECT_EQ(readFile("log.txt"), text);
+    EXPECT_EQ(readText("log.txt"), text);
     EXPECT_TRUE(zlfCloseLog());
 }
 
@@ -267,30 +267,30 @@ TEST_F(Log, CanBeOpenedAgain) {
 
 TEST_F(Log, WritesEachTextAtOnce) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
-    const std::size_t header = readFile("log.txt").size();
+    const std::size_t header = readText("log.txt").size();
     zlfLog("part");
-    EXPECT_EQ(readFile("log.txt").substr(header), "part");
+    EXPECT_EQ(readText("log.txt").substr(header), "part");
     zlfLog(" of a line  \n");
-    EXPECT_EQ(readFile("log.txt").substr(header), "part of a line  \n");
+    EXPECT_EQ(readText("log.txt").substr(header), "part of a line  \n");
 }
 
 TEST_F(Log, CutsATextAt1023Bytes) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
-    const std::size_t header = readFile("log.txt").size();
+    const std::size_t header = readText("log.txt").size();
     for (const std::size_t length : {1022, 1023, 1024, 5000}) {
-        const std::size_t before = readFile("log.txt").size();
+        const std::size_t before = readText("log.txt").size();
         EXPECT_TRUE(zlfLog("%s", std::string(length, 'x').c_str()));
-        EXPECT_EQ(readFile("log.txt").size() - before, std::min<std::size_t>(length, 1023));
+        EXPECT_EQ(readText("log.txt").size() - before, std::min<std::size_t>(length, 1023));
     }
-    EXPECT_EQ(readFile("log.txt").find_first_not_of('x', header), std::string::npos);
+    EXPECT_EQ(readText("log.txt").find_first_not_of('x', header), std::string::npos);
 }
 
 TEST_F(Log, TakesNoFormatAsNoText) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
-    const std::string text = readFile("log.txt");
+    const std::string text = readText("log.txt");
     const char *volatile none = nullptr;
     EXPECT_FALSE(zlfLog(none, 1));
-    EXPECT_EQ(readFile("log.txt"), text);
+    EXPECT_EQ(readText("log.txt"), text);
 }
 
 TEST_F(Log, IsEchoedToTheConsoleUnlessSwitchedOff) {
@@ -303,17 +303,17 @@ TEST_F(Log, IsEchoedToTheConsoleUnlessSwitchedOff) {
 
 TEST_F(Log, TheConsoleReadsTheTextASecondTime) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
-    const std::size_t header = readFile("log.txt").size();
+    const std::size_t header = readText("log.txt").size();
     EXPECT_EQ(echoOf([] { zlfLog("%s\n", "100%% of %s, %n and 5%"); }), "100% of %s, %n and 5%\n");
-    EXPECT_EQ(readFile("log.txt").substr(header), "100%% of %s, %n and 5%\n");
+    EXPECT_EQ(readText("log.txt").substr(header), "100%% of %s, %n and 5%\n");
 }
 
 TEST_F(Log, AnErrorIsThreeRecords) {
     systemFaults.realTime = someTime;
     ASSERT_TRUE(zlfOpenLog("log.txt"));
-    const std::size_t header = readFile("log.txt").size();
+    const std::size_t header = readText("log.txt").size();
     EXPECT_FALSE(zlfLogError("place", "detail", "bad %d", 7));
-    EXPECT_EQ(readFile("log.txt").substr(header), "Time:  7:8:9.4\n"
+    EXPECT_EQ(readText("log.txt").substr(header), "Time:  7:8:9.4\n"
                                                   "From:  place - Error (detail)\n"
                                                   "Error: bad 7\n\n");
 }
@@ -321,19 +321,19 @@ TEST_F(Log, AnErrorIsThreeRecords) {
 TEST_F(Log, AnErrorWithoutADetailHasNoParentheses) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
     for (const char *detail : {static_cast<const char *>(nullptr), ""}) {
-        const std::size_t before = readFile("log.txt").size();
+        const std::size_t before = readText("log.txt").size();
         EXPECT_FALSE(zlfLogError("place", detail, "bad"));
-        EXPECT_NE(readFile("log.txt").find("From:  place - Error\n", before), std::string::npos);
+        EXPECT_NE(readText("log.txt").find("From:  place - Error\n", before), std::string::npos);
     }
     EXPECT_FALSE(zlfLogError(nullptr, nullptr, "bad"));
-    EXPECT_NE(readFile("log.txt").find("From:   - Error\n"), std::string::npos);
+    EXPECT_NE(readText("log.txt").find("From:   - Error\n"), std::string::npos);
 }
 
 TEST_F(Log, AnErrorIsCutAtItsBuffers) {
     ASSERT_TRUE(zlfOpenLog("log.txt"));
     const std::string from(100, 'f'), text(300, 't');
     zlfLogError(from.c_str(), "detail", "%s", text.c_str());
-    const std::string log = readFile("log.txt");
+    const std::string log = readText("log.txt");
     EXPECT_NE(log.find("From:  " + from.substr(0, 79) + "\n"), std::string::npos);
     EXPECT_NE(log.find("Error: " + text.substr(0, 255) + "\n\n"), std::string::npos);
 }

@@ -5,27 +5,15 @@
 #include "foundation/services.h"
 #include "ravolt/zlf.h"
 #include "tests/foundation/systemFaults.h"
+#include "tests/support/files.h"
+#include "tests/support/logReader.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <fstream>
-#include <iterator>
-#include <string>
 
 #include <gtest/gtest.h>
 
 namespace ravolt::test {
-
-inline std::string readFile(const std::string &name) {
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline void writeFile(const std::string &name, const std::string &bytes) {
-    std::remove(name.c_str()); // some file systems are slow to overwrite
-    std::ofstream(name, std::ios::binary).write(bytes.data(), static_cast<long>(bytes.size()));
-}
 
 // zlfMalloc calls minus zlfFree calls.
 inline int liveBlocks() {
@@ -59,23 +47,14 @@ class NoLog : public testing::Test {
     }
 };
 
-// "own.txt" is open.
+// "own.txt" is open, and what the expectations about the log read.
 class OwnLog : public NoLog {
   protected:
     OwnLog() {
         zlfOpenLog("own.txt");
-        start = readFile("own.txt").size();
+        readLogOf("own.txt");
     }
-
-    // What was logged since the start of the test, or since the last call.
-    std::string logged() {
-        const std::string text = readFile("own.txt").substr(start);
-        start += text.size();
-        return text;
-    }
-
-  private:
-    std::size_t start;
+    ~OwnLog() override { readLogOf("ravolt_log.txt"); }
 };
 
 } // namespace ravolt::test

@@ -77,34 +77,34 @@ TEST_F(Parser, ReadsAFileWhole) {
     EXPECT_EQ(parser.size, 0);
     EXPECT_EQ(parser.position, 0);
     EXPECT_EQ(liveBlocks(), live);
-    EXPECT_EQ(logged(), "");
+    EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(Parser, RefusesToOpenWithoutItsArguments) {
     EXPECT_FALSE(zlfOpenParser(nullptr, "keys.txt"));
-    EXPECT_EQ(logged(), "zlfOpenParser: invalid params\n");
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: invalid params\n");
     EXPECT_FALSE(zlfOpenParser(&parser, nullptr));
-    EXPECT_EQ(logged(), "zlfOpenParser: invalid params\n");
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: invalid params\n");
 }
 
 TEST_F(Parser, RefusesAFileThatDoesNotOpen) {
     EXPECT_FALSE(zlfOpenParser(&parser, "no such file"));
-    EXPECT_EQ(logged(), "zlfOpenParser: unable to open file no such file\n");
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: unable to open file no such file\n");
     EXPECT_FALSE(zlfOpenParser(&parser, "."));
-    EXPECT_EQ(logged(), "zlfOpenParser: unable to open file .\n");
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: unable to open file .\n");
 }
 
 TEST_F(Parser, RefusesAnEmptyFile) {
     writeFile("keys.txt", "");
     EXPECT_FALSE(zlfOpenParser(&parser, "keys.txt"));
-    EXPECT_EQ(logged(), "zlfOpenParser: file 'keys.txt' is empty\n");
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: file 'keys.txt' is empty\n");
 }
 
 TEST_F(Parser, RefusesAFileWithoutMemoryForIt) {
     writeFile("keys.txt", "0123456789");
     systemFaults.failMallocOf = 11;
     EXPECT_FALSE(zlfOpenParser(&parser, "keys.txt"));
-    EXPECT_EQ(logged(), "zlfOpenParser: out of memory (11 bytes needed)\n");
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: out of memory (11 bytes needed)\n");
     EXPECT_EQ(parser.data, nullptr);
 }
 
@@ -113,7 +113,7 @@ TEST_F(Parser, RefusesAShortReadAndDoesNotCountItsRelease) {
     const int live = liveBlocks();
     systemFaults.shortRead = true;
     EXPECT_FALSE(zlfOpenParser(&parser, "keys.txt"));
-    EXPECT_EQ(logged(), "zlfOpenParser: file 'keys.txt' is corrupted\n");
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: file 'keys.txt' is corrupted\n");
     EXPECT_EQ(liveBlocks(), live + 1);
     EXPECT_NE(parser.data, nullptr);
 
@@ -124,7 +124,7 @@ TEST_F(Parser, RefusesAShortReadAndDoesNotCountItsRelease) {
     EXPECT_FALSE(zlfGetInt(&parser, "0", &value));
     EXPECT_FALSE(zlfRemoveComments(&parser, '0'));
     EXPECT_FALSE(zlfCloseParser(&parser));
-    EXPECT_EQ(logged(), "zlfCloseParser: parser already free\n");
+    EXPECT_LOGGED_EXACTLY("zlfCloseParser: parser already free\n");
     EXPECT_EQ(liveBlocks(), live + 1);
     parser.data = nullptr;
 }
@@ -134,19 +134,19 @@ TEST_F(Parser, RefusesAFileOfMoreThan31Bits) {
     std::filesystem::resize_file("huge", 0x7FFFFFFE);
     const int live = liveBlocks();
     EXPECT_FALSE(zlfOpenParser(&parser, "huge"));
-    EXPECT_EQ(logged(), "zlfOpenParser: file 'huge' is corrupted\n");
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: file 'huge' is corrupted\n");
     EXPECT_EQ(liveBlocks(), live);
 }
 
 TEST_F(Parser, RefusesToCloseWhatIsNotOpen) {
     EXPECT_FALSE(zlfCloseParser(nullptr));
-    EXPECT_EQ(logged(), "zlfCloseParser: invalid params\n");
+    EXPECT_LOGGED_EXACTLY("zlfCloseParser: invalid params\n");
     EXPECT_FALSE(zlfCloseParser(&parser));
-    EXPECT_EQ(logged(), "zlfCloseParser: parser already free\n");
+    EXPECT_LOGGED_EXACTLY("zlfCloseParser: parser already free\n");
     open("a");
     EXPECT_TRUE(zlfCloseParser(&parser));
     EXPECT_FALSE(zlfCloseParser(&parser));
-    EXPECT_EQ(logged(), "zlfCloseParser: parser already free\n");
+    EXPECT_LOGGED_EXACTLY("zlfCloseParser: parser already free\n");
 }
 
 TEST_F(Parser, IsSafeWithoutAFileAndWithoutArguments) {
@@ -389,7 +389,7 @@ TEST_F(Parser, WithoutTheKeyTheValueIsLeftAlone) {
     EXPECT_EQ(number, 7);
     EXPECT_EQ(real, 7.5f);
     EXPECT_STREQ(text, "as it was");
-    EXPECT_EQ(logged(), "");
+    EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(Parser, StoresAllFourBytesOfAnInt) {

@@ -10,14 +10,14 @@ constexpr std::int64_t second = 1'000'000'000;
 TEST_F(Timers, AreGivenFromTheFirstFreeOneOn) {
     for (int i = 0; i < 8; ++i)
         EXPECT_EQ(zlfNewTimer(1.0f), i);
-    EXPECT_EQ(logged(), "");
+    EXPECT_NOTHING_LOGGED();
     EXPECT_EQ(zlfNewTimer(1.0f), -1);
-    EXPECT_EQ(logged(), "zlfNewTimer: no more timers\n");
+    EXPECT_LOGGED_EXACTLY("zlfNewTimer: no more timers\n");
     zlfFreeTimer(5);
     zlfFreeTimer(2);
     EXPECT_EQ(zlfNewTimer(1.0f), 2);
     EXPECT_EQ(zlfNewTimer(1.0f), 5);
-    EXPECT_EQ(logged(), "");
+    EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(Timers, WithARateOfZeroStayFree) {
@@ -95,13 +95,13 @@ TEST_F(Timers, RefuseABadIndexAndAFreeSlot) {
     zlfNewTimer(1.0f);
     for (const int timer : {-1, 8, 1, 1000000, -2147483647}) {
         zlfFreeTimer(timer);
-        EXPECT_EQ(logged(), "zlfFreeTimer: wrong params\n");
+        EXPECT_LOGGED_EXACTLY("zlfFreeTimer: wrong params\n");
         EXPECT_FALSE(zlfAdjournTimer(timer));
-        EXPECT_EQ(logged(), "zlfAdjournTimer: wrong params\n");
+        EXPECT_LOGGED_EXACTLY("zlfAdjournTimer: wrong params\n");
         EXPECT_EQ(zlfGetTimerFactor(timer), -1.0f);
-        EXPECT_EQ(logged(), "zlfGetTimerFactor: wrong params\n");
+        EXPECT_LOGGED_EXACTLY("zlfGetTimerFactor: wrong params\n");
         EXPECT_EQ(zlfGetTimerFps(timer), -1.0f);
-        EXPECT_EQ(logged(), "zlfGetTimerFps: wrong params\n");
+        EXPECT_LOGGED_EXACTLY("zlfGetTimerFps: wrong params\n");
     }
 }
 

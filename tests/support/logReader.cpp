@@ -11,7 +11,7 @@
 namespace ravolt::test {
 namespace {
 
-constexpr const char *logName = "ravolt_log.txt";
+std::string logName = "ravolt_log.txt";
 
 LogMark currentMark = 0;
 
@@ -27,6 +27,11 @@ LogMark logMark() {
 }
 
 LogMark markLog() { return currentMark = logMark(); }
+
+void readLogOf(const std::string &fileName) {
+    logName = fileName;
+    markLog();
+}
 
 // Only what is wanted is read: a test of bad input asks thousands of times.
 std::string logTextSince(LogMark mark) {
@@ -72,6 +77,7 @@ testing::AssertionResult loggedTimes(const std::string &line, std::size_t times)
 
 testing::AssertionResult loggedExactly(const std::string &text) {
     const std::string found = logTextSince(currentMark);
+    markLog();
     if (found == text)
         return testing::AssertionSuccess();
     return testing::AssertionFailure()
@@ -86,7 +92,7 @@ int finalMemoryRatio() {
     int ratio = -9999;
     if (at != std::string::npos)
         std::sscanf(text.c_str() + at + std::strlen(before), "%d", &ratio);
-    zlfOpenLog(logName);
+    zlfOpenLog(logName.c_str());
     currentMark = 0;
     return ratio;
 }

@@ -4,7 +4,9 @@
 //
 //     markLog();
 //     EXPECT_FALSE(settings.load(nullptr));
-//     EXPECT_LOGGED("   [!] Invalid params @ RVSETTINGS::load");
+//     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVSETTINGS::load\n");
+//     EXPECT_TRUE(settings.load("settings.txt"));
+//     EXPECT_NOTHING_LOGGED();
 
 #include <string>
 #include <vector>
@@ -29,11 +31,14 @@ std::vector<std::string> problemsSince(LogMark mark);
 // The mark from which the expectations below read: set by the engine's fixtures before each test
 // body, and by this call.
 LogMark markLog();
+// The log that all this reads from now on, marked at its end.
+void readLogOf(const std::string &fileName);
 
 // The line (without its line end) stands in the log since the mark; exactly `times`.
 testing::AssertionResult logged(const std::string &line);
 testing::AssertionResult loggedTimes(const std::string &line, std::size_t times);
-// What was logged since the mark is this, byte for byte, line ends included.
+// What was logged since the mark is this, byte for byte, line ends included. The mark moves behind
+// it: the next expectation reads on from there.
 testing::AssertionResult loggedExactly(const std::string &text);
 
 // Closes the log, reads "Final memory ratio: N" in it, and opens it anew and empty under its name.

@@ -25,6 +25,17 @@ TEST(logReader, ReadsWhatWasLoggedSinceTheMark) {
     EXPECT_EQ(problemsSince(0), std::vector<std::string>{"   [!] one (1)"});
 }
 
+TEST(logReader, AnExactExpectationMovesTheMarkBehindWhatItHasRead) {
+    markLog();
+    zlfLog("one\n");
+    EXPECT_LOGGED_EXACTLY("one\n");
+    EXPECT_NOTHING_LOGGED();
+    zlfLog("two\n");
+    EXPECT_FALSE(loggedExactly("one\n"));
+    zlfLog("three\n");
+    EXPECT_LOGGED_EXACTLY("three\n");
+}
+
 TEST(logReader, FinalMemoryRatioOpensTheLogAnew) {
     zlfLog("old\n");
     const int before = finalMemoryRatio();

@@ -6,11 +6,7 @@
 // out are its own too. Each one writes down its name and arguments while a recording runs, tells a
 // lie where a test asked for one, and calls the real function.
 //
-//     Recorder &recorder = Recorder::instance();
-//     recorder.start();
-//     RVOPENGL::blendingOn();
-//     Calls calls = recorder.stop();
-//     EXPECT_EQ(calls, (Calls{{"glEnable", GL_BLEND}}));
+//     EXPECT_EQ(callsOf(RVOPENGL::blendingOn), (Calls{{"glEnable", GL_BLEND}}));
 //
 // In silent mode nothing behind the recorder is called: SDL succeeds, the driver is a plausible one
 // that has every extension, and matrices, viewport, switches and object names are kept. Calls that
@@ -176,6 +172,14 @@ class Recorder {
     Recorder();
     State *hidden;
 };
+
+// What `step` calls.
+template <class Step> Calls callsOf(Step step) {
+    Recorder &recorder = Recorder::instance();
+    recorder.start();
+    step();
+    return recorder.stop();
+}
 
 // Puts the recorder back after each test.
 class RecorderTest : public testing::Test {
