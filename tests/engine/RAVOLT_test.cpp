@@ -115,15 +115,6 @@ TEST_F(RavoltTest, ShadowOffsetIsNothingAtFirstAndKept) {
     RAVOLT::setShadowOffset(0, 0);
 }
 
-TEST_F(RavoltTest, ScenePathIsCopiedCutAndEmptied) {
-    RAVOLT::setRVEPath("scenes/");
-    EXPECT_STREQ(RAVOLT::getRVEPath(), "scenes/");
-    RAVOLT::setRVEPath(std::string(400, 'p').c_str());
-    EXPECT_EQ(RAVOLT::getRVEPath(), std::string(255, 'p'));
-    RAVOLT::setRVEPath(nullptr);
-    EXPECT_STREQ(RAVOLT::getRVEPath(), "");
-}
-
 TEST_F(RavoltTest, SkyboxIsKeptAndNotOwned) {
     RVNODE *sky = new RVNODE;
     RAVOLT::setSkybox(sky);
@@ -175,9 +166,7 @@ TEST_F(RavoltTest, ClearBuildsTheMaskAndClearsNothingForNothing) {
         EXPECT_TRUE(RAVOLT::clear(row.color, row.depth, row.stencil));
         EXPECT_EQ(recorder.stop(), (Calls{{"glClear", row.mask}}));
     }
-    recorder.start();
-    EXPECT_TRUE(RAVOLT::clear(false, false, false));
-    EXPECT_TRUE(recorder.stop().empty());
+    EXPECT_TRUE(callsOf([&] { EXPECT_TRUE(RAVOLT::clear(false, false, false)); }).empty());
 }
 
 TEST_F(RavoltTest, SwapWaitsForTheCardBeforeItShowsThePicture) {
@@ -191,7 +180,6 @@ TEST_F(RavoltTest, SwapWaitsForTheCardBeforeItShowsThePicture) {
 TEST_F(RavoltTest, ClockOfAStoppedEngineIsLoggedAndMinusOne) {
     RAVOLT::updateTimer();
     EXPECT_LOGGED_EXACTLY("zlfAdjournTimer: wrong params\n");
-    markLog();
     EXPECT_EQ(RAVOLT::getFPSfactor(), -1.0f);
     EXPECT_EQ(RAVOLT::getFPS(), -1.0f);
     EXPECT_LOGGED_EXACTLY("zlfGetTimerFactor: wrong params\n"

@@ -4,6 +4,7 @@
 #include "ravolt/RVSETTINGS.h"
 
 #include "ravolt/zlf.h"
+#include "tests/support/files.h"
 #include "tests/support/logReader.h"
 
 #include <gtest/gtest.h>
@@ -76,13 +77,6 @@ const FlagField flagFields[] = {
     {nullptr, &RVSETTINGS::setForceFBO, &RVSETTINGS::getForceFBO},
 };
 
-void writeFile(const char *name, const std::string &text) {
-    std::FILE *file = std::fopen(name, "wb");
-    ASSERT_NE(file, nullptr);
-    ASSERT_EQ(std::fwrite(text.data(), 1, text.size(), file), text.size());
-    std::fclose(file);
-}
-
 bool loadText(RVSETTINGS &settings, const std::string &text) {
     writeFile("settings.txt", text);
     return settings.load("settings.txt");
@@ -100,33 +94,27 @@ std::string dump(RVSETTINGS &settings) {
     return all;
 }
 
-const std::string completeFile = "# A settings file with every key\n"
-                                 "RAVOLT_windowX=800\n"
-                                 "RAVOLT_windowY=600\n"
-                                 "RAVOLT_colorDepth=32\n"
-                                 "RAVOLT_zetaDepth=24\n"
-                                 "RAVOLT_stencilDepth=8\n"
-                                 "RAVOLT_fullScreen=1\n"
-                                 "RAVOLT_resizable=1\n"
-                                 "RAVOLT_landscape=1\n"
-                                 "RAVOLT_CAVESplashScreen=1\n"
-                                 "RAVOLT_renderingElements=2048\n"
-                                 "RAVOLT_useShaders=1\n"
-                                 "RAVOLT_shadowMapSize=512\n"
-                                 "RAVOLT_FBOSizeX=640\n"
-                                 "RAVOLT_FBOSizeY=400\n"
-                                 "RAVOLT_waterSize=128\n"
-                                 "RAVOLT_audioChannels=7\n"
-                                 "RAVOLT_audioBuffers=8\n"
-                                 "RAVOLT_audioElements=9\n"
-                                 "RAVOLT_videoMemory=512\n"
-                                 "RAVOLT_title=\"Thunder\"\n"
-                                 "RAVOLT_rvePath=\"scenes/\"\n"
-                                 "RAVOLT_rvaPath=\"moves/\"\n"
-                                 "RAVOLT_mpgPath=\"videos/\"\n"
-                                 "RAVOLT_texturePath=\"textures/\"\n"
-                                 "RAVOLT_shaderPath=\"shaders/\"\n"
-                                 "RAVOLT_fontPath=\"fonts/\"\n";
+// A record in which every field with a key has a value of its own, and the file that says so.
+RVSETTINGS completeSettings;
+const std::string completeFile = [] {
+    std::string text = "# A settings file with every key\n";
+    int number = 300;
+    for (const NumberField &field : numberFields) {
+        (completeSettings.*field.set)(++number);
+        text += field.key + ("=" + std::to_string(number)) + "\n";
+    }
+    for (const FlagField &field : flagFields)
+        if (field.key) {
+            (completeSettings.*field.set)(true);
+            text += field.key + std::string("=1\n");
+        }
+    for (const TextField &field : textFields) {
+        const std::string folder = "folder" + std::to_string(++number) + "/";
+        (completeSettings.*field.set)(folder.c_str());
+        text += field.key + ("=\"" + folder) + "\"\n";
+    }
+    return text;
+}();
 
 class SettingsTest : public testing::Test {
   protected:
@@ -205,34 +193,7 @@ TEST_F(SettingsTest, LoadRefusesNullAndMissingFiles) {
 
 TEST_F(SettingsTest, LoadReadsEveryKey) {
     ASSERT_TRUE(loadText(settings, completeFile));
-    RVSETTINGS wanted;
-    wanted.setWindowX(800);
-    wanted.setWindowY(600);
-    wanted.setColorDepth(32);
-    wanted.setZetaDepth(24);
-    wanted.setStencilDepth(8);
-    wanted.setFullScreen(true);
-    wanted.setResizable(true);
-    wanted.setLandscape(true);
-    wanted.setCAVESplashScreen(true);
-    wanted.setRenderingElements(2048);
-    wanted.setShaders(true);
-    wanted.setShadowMapSize(512);
-    wanted.setFBOSizeX(640);
-    wanted.setFBOSizeY(400);
-    wanted.setWaterSize(128);
-    wanted.setAudioChannels(7);
-    wanted.setAudioBuffers(8);
-    wanted.setAudioElements(9);
-    wanted.setVideoMemory(512);
-    wanted.setTitle("Thunder");
-    wanted.setRVEPath("scenes/");
-    wanted.setRVAPath("moves/");
-    wanted.setMPGPath("videos/");
-    wanted.setTexturePath("textures/");
-    wanted.setShaderPath("shaders/");
-    wanted.setFontPath("fonts/");
-    EXPECT_EQ(dump(settings), dump(wanted));
+    EXPECT_EQ(dump(settings), dump(completeSettings));
     EXPECT_NOTHING_LOGGED();
 }
 

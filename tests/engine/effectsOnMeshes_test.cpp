@@ -90,12 +90,6 @@ class MeshEffects : public EngineTest {
         RAVOLT::setSkybox(nullptr);
         EngineTest::TearDown();
     }
-
-    template <class Step> Calls callsOf(Step step) {
-        recorder.start();
-        step();
-        return recorder.stop();
-    }
 };
 
 // --- where shadows fall

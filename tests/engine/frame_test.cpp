@@ -78,12 +78,6 @@ class Frame : public EngineTest {
         glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
         EngineTest::TearDown();
     }
-
-    template <class Step> Calls callsOf(Step step) {
-        recorder.start();
-        step();
-        return recorder.stop();
-    }
 };
 
 class LandscapeFrame : public Frame {
@@ -145,7 +139,6 @@ TEST_F(Frame, Begin3DWithoutACameraUsesADefaultOneThatIsGoneAfterwards) {
     const unsigned int nodes = RVNODE::getNumberOfNodes();
     const unsigned int freeId = zlfNewId();
     releaseId(freeId);
-    markLog();
 
     EXPECT_TRUE(RAVOLT::begin3D(nullptr));
     const Numbers identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
@@ -327,30 +320,6 @@ TEST_F(Frame, TheSkyIsItsFirstChildWithoutTranslation) {
         EXPECT_NEAR(first->matrix.e[index], identity.e[index], 1e-6f) << index;
 }
 
-TEST_F(Frame, TheSkyIsDrawnBeforeTheListByTheStatedCalls) {
-    Signature list(2);
-    auto *sky = new CustomNode;
-    (new Signature(1))->link(sky);
-    sky->setRotation(10, 20, 30);
-    RAVOLT::setSkybox(sky);
-    RVLIGHT::lightingOn();
-    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
-    RAVOLT::begin3D(camera);
-    list.pass();
-    EXPECT_EQ(callsOf([] { RAVOLT::end3D(true); }),
-              (Calls{{"glDisable", GL_LIGHTING},
-                     {"glColor4f", 1, 1, 1, 1},
-                     {"glLoadIdentity"},
-                     {"glMultMatrixf", 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1},
-                     {"glRotatef", 10, 1, 0, 0},
-                     {"glRotatef", 20, 0, 1, 0},
-                     {"glRotatef", 30, 0, 0, 1},
-                     {"glGetFloatv", GL_MODELVIEW_MATRIX},
-                     {"glPointSize", 1},
-                     {"glPointSize", 2}}));
-    glPointSize(1);
-}
-
 TEST_F(Frame, TheSkyTurnsTexturingOff) {
     auto *sky = new CustomNode;
     auto *child = new SkyChild;
@@ -369,7 +338,6 @@ TEST_F(Frame, ASkyboxWithoutChildrenDrawsNothing) {
     Signature list(2);
     RAVOLT::begin3D(camera);
     list.pass();
-    markLog();
     const Calls calls = callsOf([] { EXPECT_TRUE(RAVOLT::end3D(true)); });
     EXPECT_TRUE(drawings.empty());
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVNODE::getChild\n");
@@ -552,16 +520,12 @@ TEST_F(Frame, ASceneAfterA2DBlockIsAsBefore) {
 TEST_F(Frame, WithWishesForEffectsIsDrawnAsWithout) {
     RVNODE *scene = wall(red);
     drawFrame(camera, scene);
-    recorder.start();
-    drawFrame(camera, scene);
-    const Calls plain = recorder.stop();
+    const Calls plain = callsOf([&] { drawFrame(camera, scene); });
     RAVOLT::bloomingOn();
     RAVOLT::HDROn();
     RAVOLT::DOFOn();
     RAVOLT::shadowingOn();
-    recorder.start();
-    drawFrame(camera, scene);
-    EXPECT_EQ(recorder.stop(), plain);
+    EXPECT_EQ(callsOf([&] { drawFrame(camera, scene); }), plain);
     EXPECT_TRUE(RAVOLT::isBlooming());
     EXPECT_FALSE(RAVOLT::isShadowed());
     RAVOLT::bloomingOff();

@@ -141,13 +141,34 @@ std::vector<std::string> logOfStop(const std::string &nodes = "", const std::str
     return lines;
 }
 
+// The end of a failed start.
+const std::string settingsUndone = "   Release settings...\n"
+                                   "   Settings released\n";
+const std::string allUndone = "   Release OpenGL...\n"
+                              "   OpenGL released\n" +
+                              settingsUndone;
+
 const std::string logOfFailedList =
     "   [!] Out of memory @ RVELEMENT::init\n"
-    "   [!] Rendering elements failed to initialize @ RAVOLT::init\n"
-    "   Release OpenGL...\n"
-    "   OpenGL released\n"
-    "   Release settings...\n"
-    "   Settings released\n";
+    "   [!] Rendering elements failed to initialize @ RAVOLT::init\n" +
+    allUndone;
+
+// All timers but those that run already; gives them back.
+class OtherTimers {
+  public:
+    OtherTimers() {
+        for (int timer = zlfNewTimer(1); timer != -1; timer = zlfNewTimer(1))
+            all.push_back(timer);
+    }
+    ~OtherTimers() {
+        for (const int timer : all)
+            zlfFreeTimer(timer);
+    }
+    OtherTimers(const OtherTimers &) = delete;
+    OtherTimers &operator=(const OtherTimers &) = delete;
+
+    std::vector<int> all;
+};
 
 } // namespace
 
@@ -210,9 +231,7 @@ TEST_F(LifecycleTest, ListCapacityBelowOneOrTooLargeMeans4096) {
 TEST_F(LifecycleTest, StopFollowsItsChain) {
     ASSERT_TRUE(RAVOLT::init(nullptr));
     mark = markLog();
-    recorder.start();
-    EXPECT_TRUE(RAVOLT::free());
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { EXPECT_TRUE(RAVOLT::free()); });
     EXPECT_EQ(linesSince(mark), logOfStop());
     EXPECT_EQ(calls.back(), Call("SDL_Quit"));
     EXPECT_EQ(calls.count("SDL_Quit"), 1u);
@@ -239,36 +258,26 @@ TEST_F(LifecycleTest, StopDestroysWhatLivesNodesFirst) {
 }
 
 TEST_F(LifecycleTest, StopOfAStoppedEngineSaysNothing) {
-    recorder.start();
-    EXPECT_FALSE(RAVOLT::free());
-    EXPECT_TRUE(recorder.stop().empty());
+    EXPECT_TRUE(callsOf([&] { EXPECT_FALSE(RAVOLT::free()); }).empty());
     EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(LifecycleTest, StopFreesTheTimer) {
-    std::vector<int> others;
-    for (int timer = zlfNewTimer(1); timer != -1; timer = zlfNewTimer(1))
-        others.push_back(timer);
-    zlfFreeTimer(others.front());
+    const OtherTimers others;
+    zlfFreeTimer(others.all.front());
     ASSERT_TRUE(RAVOLT::init(nullptr));
     EXPECT_EQ(zlfNewTimer(1), -1); // the engine has the last one
     ASSERT_TRUE(RAVOLT::free());
-    EXPECT_EQ(zlfNewTimer(1), others.front());
-    for (const int timer : others)
-        zlfFreeTimer(timer);
+    EXPECT_EQ(zlfNewTimer(1), others.all.front());
 }
 
 TEST_F(LifecycleTest, StartDoesNotMindThatAllTimersAreTaken) {
-    std::vector<int> others;
-    for (int timer = zlfNewTimer(1); timer != -1; timer = zlfNewTimer(1))
-        others.push_back(timer);
+    const OtherTimers others;
     markLog();
     EXPECT_TRUE(RAVOLT::init(nullptr));
     EXPECT_LOGGED_TIMES(1, "zlfNewTimer: no more timers");
     EXPECT_TRUE(RAVOLT::free());
     EXPECT_LOGGED_TIMES(1, "zlfFreeTimer: wrong params");
-    for (const int timer : others)
-        zlfFreeTimer(timer);
 }
 
 // --- Start again
@@ -278,9 +287,7 @@ TEST_F(LifecycleTest, SecondStartLeavesTheRunningEngineUntouched) {
     RVSETTINGS other;
     other.setWindowX(99);
     markLog();
-    recorder.start();
-    EXPECT_FALSE(RAVOLT::init(&other));
-    EXPECT_TRUE(recorder.stop().empty());
+    EXPECT_TRUE(callsOf([&] { EXPECT_FALSE(RAVOLT::init(&other)); }).empty());
     EXPECT_LOGGED_EXACTLY("   [!] RAVOLT already active\n");
     EXPECT_TRUE(RAVOLT::isActive());
     EXPECT_EQ(RVSETTINGS::getSDLWindowX(), 640);
@@ -380,13 +387,14 @@ TEST_F(LifecycleTest, FailedOpenGLUndoesSettingsAndSdl) {
     EXPECT_EQ(calls.back(), Call("SDL_Quit"));
     EXPECT_EQ(logBehind("   Settings initialized\n"),
               "   [!] OpenGL already active @ RVOPENGL::init\n"
-              "   [!] Unable to init OpenGL @ RAVOLT::init\n"
-              "   Release settings...\n"
-              "   Settings released\n");
+              "   [!] Unable to init OpenGL @ RAVOLT::init\n" +
+                  settingsUndone);
     EXPECT_TRUE(stopOpenGL());
     expectCleanStart();
 }
 
+// Targets, textures and programs go while their context is there: their names would mean other
+// things in the next one.
 TEST_F(LifecycleTest, FailedListUndoesOpenGLSettingsAndSdl) {
     recorder.failAllocation(4096 * sizeof(RVELEMENT));
     const Calls calls = failingStart();
@@ -394,15 +402,6 @@ TEST_F(LifecycleTest, FailedListUndoesOpenGLSettingsAndSdl) {
     EXPECT_FALSE(calls.contains("SDL_GetVideoInfo"));
     EXPECT_EQ(logBehind("   OpenGL initialized\n"), logOfFailedList);
     expectNothingLeft();
-    expectCleanStart();
-}
-
-// Their names would mean other things in the next context.
-TEST_F(LifecycleTest, AFailedStartLeavesNoTargetsAndTexturesBehind) {
-    recorder.failAllocation(4096 * sizeof(RVELEMENT));
-    const Calls calls = failingStart();
-    EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
-    EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
     for (int index = 0; index < 14; ++index)
         EXPECT_EQ(RVOPENGL::getFbo(index), nullptr) << index;
     for (const char *name :
@@ -410,7 +409,7 @@ TEST_F(LifecycleTest, AFailedStartLeavesNoTargetsAndTexturesBehind) {
         EXPECT_TRUE(calls.haveInOrder({{calls.named(name).back()}, {"SDL_Quit"}})) << name;
     EXPECT_EQ(calls.count("glDeleteFramebuffersEXT"), 14u);
     EXPECT_EQ(calls.count("glDeleteRenderbuffersEXT"), 2u);
-    EXPECT_EQ(logBehind("   OpenGL initialized\n"), logOfFailedList);
+    expectCleanStart();
 }
 
 TEST_F(LifecycleTest, FailedOrderOfTheListUndoesTheSame) {
@@ -429,11 +428,8 @@ TEST_F(LifecycleTest, ListThatIsThereAlreadyUndoesTheRest) {
     EXPECT_FALSE(RAVOLT::init(nullptr));
     EXPECT_EQ(logBehind("   OpenGL initialized\n"),
               "   [!] Already active @ RVELEMENT::init\n"
-              "   [!] Rendering elements failed to initialize @ RAVOLT::init\n"
-              "   Release OpenGL...\n"
-              "   OpenGL released\n"
-              "   Release settings...\n"
-              "   Settings released\n");
+              "   [!] Rendering elements failed to initialize @ RAVOLT::init\n" +
+                  allUndone);
     EXPECT_TRUE(RVELEMENT::isActive()); // the start did not make it
     RVELEMENT::free();
     expectCleanStart();
@@ -444,11 +440,7 @@ TEST_F(LifecycleTest, FailedMeshClassUndoesTheListAndTheRest) {
     const Calls calls = failingStart();
     EXPECT_EQ(calls.back(), Call("SDL_Quit"));
     EXPECT_EQ(logBehind("   4096 elements allocated\n"),
-              "   [!] Unable to initialize mesh class @ RAVOLT::init\n"
-              "   Release OpenGL...\n"
-              "   OpenGL released\n"
-              "   Release settings...\n"
-              "   Settings released\n");
+              "   [!] Unable to initialize mesh class @ RAVOLT::init\n" + allUndone);
     meshClassFails = false;
     expectNothingLeft();
     expectCleanStart();
@@ -474,6 +466,7 @@ TEST_F(LifecycleTest, AFailedStartLeavesWhatItHasNotMade) {
     expectCleanStart();
 }
 
+// The only way for them to fail is that they have run.
 TEST_F(LifecycleTest, ClassesOfProgramsThatFailUndoTheTargets) {
     RVSETTINGS settings;
     settings.setShaders(true);
@@ -485,14 +478,12 @@ TEST_F(LifecycleTest, ClassesOfProgramsThatFailUndoTheTargets) {
     const unsigned int programs = RVSHADER::getNumberOfShaders();
     const unsigned int targets = RVFBO::getNumberOfFbos();
     mark = markLog();
-    EXPECT_FALSE(RAVOLT::init(&settings));
+    EXPECT_EQ(callsOf([&] { EXPECT_FALSE(RAVOLT::init(&settings)); }).back(), Call("SDL_Quit"));
+    EXPECT_FALSE(RVSETTINGS::isActive());
     EXPECT_EQ(logBehind("   OpenGL initialized\n"),
               "   [!] Shaders already active @ RVSHADER::init\n"
-              "   [!] Unable to init shaders @ RAVOLT::init\n"
-              "   Release OpenGL...\n"
-              "   OpenGL released\n"
-              "   Release settings...\n"
-              "   Settings released\n");
+              "   [!] Unable to init shaders @ RAVOLT::init\n" +
+                  allUndone);
     EXPECT_EQ(RVSHADER::getNumberOfShaders(), programs);
     EXPECT_EQ(RVFBO::getNumberOfFbos(), targets);
     EXPECT_TRUE(reach(ShadersFree())());

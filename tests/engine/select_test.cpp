@@ -8,6 +8,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/glState.h"
 
 #include <array>
 
@@ -76,13 +77,19 @@ class Selection : public EngineTest {
     void SetUp() override {
         EngineTest::SetUp();
         camera = new RVCAMERA;
-        markLog();
     }
-};
 
-class Selection24 : public Selection {
-  protected:
-    Selection24() { settings.setColorDepth(24); }
+    // What a frame of this scene has in its centre.
+    unsigned int selectedIn(RVNODE *scene) {
+        drawFrame(camera, scene);
+        return RAVOLT::select(centreX, centreY);
+    }
+
+    static RVMESH *newMesh() {
+        RVMESH *mesh = loadMesh(squareBody());
+        EXPECT_NE(mesh, nullptr);
+        return mesh;
+    }
 };
 
 class LandscapeSelection : public Selection {
@@ -108,56 +115,39 @@ TEST_F(Selection, ACustomNodeIsFoundByItsIdAndThePixelStaysAsItWas) {
     EXPECT_EQ(bytesAt(centreX, centreY), before);
 }
 
-TEST_F(Selection, TheAuxiliaryIdTakesThePlaceOfTheId) {
-    auto *node = new Square;
-    node->setAuxId(0x81c2a3f4);
-    drawFrame(camera, node);
-    ASSERT_EQ(RVSETTINGS::getSDLColorDepth(), 32);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0x81c2a3f4u);
+// With 24 bits the highest byte of an identity does not count.
+class SelectionOfDepth : public Selection, public testing::WithParamInterface<int> {
+  protected:
+    SelectionOfDepth() { settings.setColorDepth(GetParam()); }
+    void SetUp() override {
+        Selection::SetUp();
+        ASSERT_EQ(RVSETTINGS::getSDLColorDepth(), GetParam());
+    }
+};
+
+TEST_P(SelectionOfDepth, ANodeIsFoundByItsIdOrItsAuxiliaryId) {
+    for (RVNODE *node : {static_cast<RVNODE *>(new Square), static_cast<RVNODE *>(newMesh())}) {
+        EXPECT_EQ(selectedIn(node), node->getId());
+        EXPECT_EQ(RAVOLT::select(centreX, centreY), node->getId()) << "once more";
+        EXPECT_EQ(RAVOLT::select(2, 90), 0u);
+        node->setAuxId(0x81c2a3f4);
+        EXPECT_EQ(selectedIn(node), GetParam() == 32 ? 0x81c2a3f4u : 0x00c2a3f4u);
+    }
 }
 
-TEST_F(Selection24, TheHighestByteDoesNotCountWithoutAlpha) {
-    auto *node = new Square;
-    node->setAuxId(0x81c2a3f4);
-    drawFrame(camera, node);
-    ASSERT_EQ(RVSETTINGS::getSDLColorDepth(), 24);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0x00c2a3f4u);
-}
+INSTANTIATE_TEST_SUITE_P(Bits, SelectionOfDepth, testing::Values(24, 32));
 
-TEST_F(Selection24, ACustomNodeIsFoundByItsId) {
-    auto *node = new Square;
-    drawFrame(camera, node);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), node->getId());
-    EXPECT_EQ(RAVOLT::select(2, 90), 0u);
-}
-
-TEST_F(Selection, AMeshIsFoundByItsIdAndItsAuxiliaryId) {
-    RVMESH *mesh = loadMesh(squareBody());
-    ASSERT_NE(mesh, nullptr);
-    drawFrame(camera, mesh);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), mesh->getId());
-    EXPECT_EQ(RAVOLT::select(2, 90), 0u);
-    mesh->setAuxId(0x01020304);
-    drawFrame(camera, mesh);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0x01020304u);
-}
-
-TEST_F(Selection24, AMeshIsFoundByItsId) {
-    RVMESH *mesh = loadMesh(squareBody());
-    ASSERT_NE(mesh, nullptr);
-    drawFrame(camera, mesh);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), mesh->getId());
-    EXPECT_EQ(RAVOLT::select(2, 90), 0u);
-}
-
-TEST_F(Selection, TheNearestOfSeveralIsFound) {
+TEST_F(Selection, TheNearestOfSeveralIsFoundUntilItIsDeleted) {
     auto *far = new Square;
     far->setPosition(0, 0, -1);
     auto *near = new Square;
     near->link(far);
     near->setPosition(0, 0, 2);
+    EXPECT_EQ(selectedIn(far), near->getId());
     drawFrame(camera, far);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), near->getId());
+    near->unlink();
+    delete near;
+    EXPECT_EQ(RAVOLT::select(centreX, centreY), far->getId());
 }
 
 TEST_F(Selection, OnlyMeshesAndCustomNodesAreDrawn) {
@@ -184,13 +174,6 @@ TEST_F(Selection, NodesAreDrawnFlatAndTheProfileIsFullAgain) {
     EXPECT_EQ(RVOPENGL::getProfile(), RV_OPENGL_PROFILE_FULL);
 }
 
-TEST_F(Selection, TwoSelectionsOfAFrameAgree) {
-    auto *node = new Square;
-    drawFrame(camera, node);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), node->getId());
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), node->getId());
-}
-
 TEST_F(Selection, OutsideTheWindowIsNothing) {
     drawFrame(camera, new Square);
     for (const auto &[x, y] : {std::pair{-1, 48}, {128, 48}, {64, -1}, {64, 0}, {64, 97}})
@@ -212,23 +195,10 @@ TEST_F(Selection, AfterBegin2DOnlyACustomNodeOfThatBlockIsFound) {
     RAVOLT::end2D();
 }
 
-TEST_F(Selection, ANodeThatIsDeletedIsFoundNoMore) {
-    auto *far = new Square;
-    far->setPosition(0, 0, -1);
-    auto *near = new Square;
-    near->link(far);
-    near->setPosition(0, 0, 2);
-    drawFrame(camera, far);
-    near->unlink();
-    delete near;
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), far->getId());
-}
-
 // The 2D block leaves the array of colours on.
 TEST_F(Selection, AMeshIsFoundAfterA2DBlockWithColours) {
     const unsigned char colors[4][4] = {{9, 9, 9, 9}, {9, 9, 9, 9}, {9, 9, 9, 9}, {9, 9, 9, 9}};
-    RVMESH *mesh = loadMesh(squareBody());
-    ASSERT_NE(mesh, nullptr);
+    RVMESH *mesh = newMesh();
     RAVOLT::begin2D();
     glColorPointer(4, GL_UNSIGNED_BYTE, 0, colors);
     mesh->pass();
@@ -241,8 +211,7 @@ TEST_F(Selection, AMeshIsFoundAfterA2DBlockWithColours) {
 TEST_F(Selection, UnderWireframeOnlyLinesAreFound) {
     auto *node = new Square;
     RAVOLT::wireframeOn();
-    drawFrame(camera, node);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0u);
+    EXPECT_EQ(selectedIn(node), 0u);
     unsigned int found = 0;
     for (int x = 0; x < centreX && !found; ++x)
         found = RAVOLT::select(x, centreY);
@@ -275,18 +244,13 @@ TEST_F(Selection, MatricesViewportAndBackgroundAreAsBefore) {
     RVOPENGL::setBackgroundColor(0.1f, 0.2f, 0.3f, 0.4f);
     glViewport(3, 4, 50, 60);
     glTranslatef(1, 2, 3);
-    std::array<float, 16> modelview{}, projection{}, now{};
-    glGetFloatv(GL_MODELVIEW_MATRIX, modelview.data());
-    glGetFloatv(GL_PROJECTION_MATRIX, projection.data());
+    const auto modelview = matrixOf(GL_MODELVIEW_MATRIX);
+    const auto projection = matrixOf(GL_PROJECTION_MATRIX);
     RAVOLT::select(centreX, centreY);
 
-    glGetFloatv(GL_MODELVIEW_MATRIX, now.data());
-    EXPECT_EQ(now, modelview);
-    glGetFloatv(GL_PROJECTION_MATRIX, now.data());
-    EXPECT_EQ(now, projection);
-    std::array<int, 4> viewport{};
-    glGetIntegerv(GL_VIEWPORT, viewport.data());
-    EXPECT_EQ(viewport, (std::array{3, 4, 50, 60}));
+    EXPECT_EQ(matrixOf(GL_MODELVIEW_MATRIX), modelview);
+    EXPECT_EQ(matrixOf(GL_PROJECTION_MATRIX), projection);
+    EXPECT_EQ(viewportNow(), (std::array{3, 4, 50, 60}));
     std::array<float, 4> color{};
     glGetFloatv(GL_COLOR_CLEAR_VALUE, color.data());
     EXPECT_EQ(color, (std::array{0.1f, 0.2f, 0.3f, 0.4f}));
@@ -303,12 +267,8 @@ TEST_F(Selection, TheFramesStateIsSetAtTheEnd) {
     EXPECT_FALSE(RVLIGHT::getLighting());
     EXPECT_FALSE(RVOPENGL::isBlended());
     EXPECT_TRUE(glIsEnabled(GL_DEPTH_TEST));
-    int function = 0;
-    glGetIntegerv(GL_DEPTH_FUNC, &function);
-    EXPECT_EQ(function, GL_LESS);
-    int mode = 0;
-    glGetIntegerv(GL_MATRIX_MODE, &mode);
-    EXPECT_EQ(mode, GL_MODELVIEW);
+    EXPECT_EQ(integerOf(GL_DEPTH_FUNC), GL_LESS);
+    EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);
 }
 
 TEST_F(Selection, TheScissorTestIsDrivenBehindItsSwitch) {
@@ -316,9 +276,7 @@ TEST_F(Selection, TheScissorTestIsDrivenBehindItsSwitch) {
     RVOPENGL::scissorOn();
     RAVOLT::select(centreX, centreY);
     EXPECT_FALSE(glIsEnabled(GL_SCISSOR_TEST));
-    recorder.start();
-    RVOPENGL::scissorOn(); // still counts as on
-    EXPECT_TRUE(recorder.stop().empty());
+    EXPECT_TRUE(callsOf(RVOPENGL::scissorOn).empty()) << "still counts as on";
     RVOPENGL::scissorOff();
 }
 
@@ -335,9 +293,7 @@ TEST_F(Selection, TheCallsComeInTheStatedOrder) {
     drawFrame(camera, node);
     RVLIGHT::lightingOn();
     RVOPENGL::blendingOn();
-    recorder.start();
-    RAVOLT::select(40, 30);
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { RAVOLT::select(40, 30); });
     const int row = height - 30;
     EXPECT_TRUE(calls.haveInOrder({{"glGetIntegerv", GL_VIEWPORT},
                                    {"glReadPixels", 40, row, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE},
@@ -382,9 +338,7 @@ TEST_F(Selection, TheCallsComeInTheStatedOrder) {
 
 TEST_F(LandscapeSelection, CoordinatesAreTurnedBeforeTheyAreUsed) {
     drawFrame(camera, new Square);
-    recorder.start();
-    RAVOLT::select(70, 30);
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { RAVOLT::select(70, 30); });
     const int x = height - 30, y = 70;
     EXPECT_EQ(calls.named("glReadPixels"),
               (Calls{{"glReadPixels", x, height - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE},
@@ -451,12 +405,10 @@ class Selection16 : public Selection {
 };
 
 TEST_F(Selection16, AMeshComesBackByItsLow16Bits) {
-    RVMESH *mesh = loadMesh(squareBody());
-    ASSERT_NE(mesh, nullptr);
+    RVMESH *mesh = newMesh();
     for (unsigned int identity : {0x00000001u, 0x0000f81fu, 0x00001234u, 0xabcd8421u}) {
         mesh->setAuxId(identity);
-        drawFrame(camera, mesh);
-        EXPECT_EQ(RAVOLT::select(centreX, centreY), identity & 0xffff);
+        EXPECT_EQ(selectedIn(mesh), identity & 0xffff);
     }
 }
 
@@ -474,9 +426,7 @@ TEST_F(TargetSelection, WorksOnTargetZeroAndLeavesItBound) {
     RVFBO::unbind();
     // The target is 64 by 48; select counts its rows as those of the window.
     const int x = 32, y = 96 - 24;
-    recorder.start();
-    EXPECT_EQ(RAVOLT::select(x, y), node->getId());
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { EXPECT_EQ(RAVOLT::select(x, y), node->getId()); });
     EXPECT_EQ(RVFBO::getCurrent(), RVOPENGL::getFbo(0));
     EXPECT_EQ(calls.named({"glBindFramebufferEXT", "glReadPixels", "glClear"}).names(),
               (std::vector<std::string>{"glReadPixels", "glBindFramebufferEXT", "glClear",

@@ -3,6 +3,7 @@
 #include "ravolt/Z3MMATRIX.h"
 #include "ravolt/shadowMatrixStack.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/expectNear.h"
 
 #include <GL/gl.h>
 
@@ -46,11 +47,6 @@ Numbers product(const Numbers &a, const Numbers &b) {
     return result;
 }
 
-void expectNear(const Numbers &actual, const Numbers &wanted) {
-    for (std::size_t index = 0; index < wanted.size(); ++index)
-        EXPECT_NEAR(actual[index], wanted[index], 1e-5f) << "element " << index;
-}
-
 // Both stacks start a test empty and as identity, in the mirror and in OpenGL.
 class MatrixMirror : public EngineTest {
   protected:
@@ -63,12 +59,6 @@ class MatrixMirror : public EngineTest {
     void TearDown() override {
         emptyBoth();
         EngineTest::TearDown();
-    }
-
-    Calls callsOf(const std::function<void()> &step) {
-        recorder.start();
-        step();
-        return recorder.stop();
     }
 
     void expectAgreement() {

@@ -107,9 +107,7 @@ Calls program(const RVSHADER *shader) {
     Recorder &recorder = Recorder::instance();
     const Calls before = recorder.stop();
     RVSHADER::disable();
-    recorder.start();
-    const_cast<RVSHADER *>(shader)->render(nullptr);
-    const Calls use = recorder.stop();
+    const Calls use = callsOf([&] { const_cast<RVSHADER *>(shader)->render(nullptr); });
     RVSHADER::disable();
     return use;
 }
@@ -180,7 +178,7 @@ class WholeFrame : public SilentEngineTest {
         roots = {glass, light, new Marked<Dome>("dome"), new Marked<CustomNode>("wall")};
         auto *sky = new RVNODE;
         (new Marked<CustomNode>("sky"))->link(sky);
-        sky->setRotation(0, 30, 0);
+        sky->setRotation(10, 20, 30);
         RAVOLT::setSkybox(sky);
         switchAllOn();
         recorder.stopClock();
@@ -285,7 +283,9 @@ Steps skybox() {
         {"3.1 skybox: state", texturingOff(0) + texturingOff(1) + lightingOff + color(1, 1, 1, 1)},
         {"3.2 skybox: matrix",
          identity + matrix("glMultMatrixf", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, -1, -2, -3, 1}) +
-             Calls{{"glRotatef", 30, 0, 1, 0}}},
+             Calls{{"glRotatef", 10, 1, 0, 0},
+                   {"glRotatef", 20, 0, 1, 0},
+                   {"glRotatef", 30, 0, 0, 1}}},
         {"3.3 skybox: its reading", readModelview},
         {"3.5 skybox: first child", drawn("sky", full)}};
 }
@@ -538,7 +538,6 @@ TEST_F(WholeFrame, LeavesTheMapOutWhenItIsKept) {
 
 TEST_F(WholeFrame, LeavesTheShadowsOutWithoutACaster) {
     caster->castShadows(false);
-    markLog();
     expectSteps(frame(true), opening() + depthPass() + skybox() + mainPass(glass(full)) +
                                  bloomWithHDR() + depthOfFieldAfterBloom() + finalCopy());
     EXPECT_LOGGED_EXACTLY(
