@@ -47,9 +47,7 @@ class MeshTest : public SilentEngineTest {
     // What a render of the mesh calls. Materials and lights speak for themselves elsewhere.
     Calls render(RVMESH *mesh, const RVELEMENT *prepared = nullptr) {
         RVELEMENT entry = prepared ? *prepared : RVELEMENT();
-        recorder.start();
-        EXPECT_TRUE(mesh->render(&entry));
-        return recorder.stop();
+        return callsOf([&] { EXPECT_TRUE(mesh->render(&entry)); });
     }
 
     // The calls from the matrix on.
@@ -128,9 +126,7 @@ TEST_F(MeshTest, ChildrenOfAHiddenMeshAreDrawn) {
     hidden.mesh.hidden = true;
     hidden.children = {squareMesh("child")};
     RVNODE *root = loadScene({hidden});
-    recorder.start();
-    drawFrame(nullptr, root);
-    EXPECT_EQ(recorder.stop().count("glDrawElements"), 1u);
+    EXPECT_EQ(callsOf([&] { drawFrame(nullptr, root); }).count("glDrawElements"), 1u);
 }
 
 TEST_F(MeshTest, MaterialCountsItsMeshes) {
@@ -190,9 +186,7 @@ TEST_F(MeshTest, DestructorDeletesItsBuffers) {
         deletions.emplace_back("glDeleteBuffersARB", made.arguments);
     ASSERT_EQ(deletions.size(), 4u);
     mesh->unlink();
-    recorder.start();
-    delete mesh;
-    EXPECT_EQ(recorder.stop(), Calls(deletions));
+    EXPECT_EQ(callsOf([&] { delete mesh; }), Calls(deletions));
 }
 
 TEST_F(MeshTest, CopySharesTheArraysAndReleasesNothing) {
@@ -382,9 +376,7 @@ TEST_F(MeshTest, SkinnedMeshIsDrawnFromItsBentArrays) {
     RveNode square = squareMesh("square");
     square.mesh.skin = {1, {0, 0, 0, 0}, {1, 1, 1, 1}, {"square"}};
     RVNODE *root = loadScene({square});
-    recorder.start();
-    drawFrame(nullptr, root);
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { drawFrame(nullptr, root); });
     EXPECT_TRUE(calls.haveInOrder({{"glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0},
                                    {"glVertexPointer", 3, GL_FLOAT, 0, anyAddress},
                                    {"glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0},
@@ -483,9 +475,7 @@ TEST_F(MeshTest, LightsOfEarlierFramesAreNotFollowed) {
 TEST_F(MeshTest, MaterialIsAppliedOnceForARunOfMeshes) {
     loadScene(RveScene{{materialNamed("paint")},
                        rootOver({squareMesh("one", "paint"), squareMesh("two", "paint")})});
-    recorder.start();
-    drawFrame(nullptr, meshNamed("[root]"));
-    EXPECT_EQ(recorder.stop().count("glMaterialf"), 1u);
+    EXPECT_EQ(callsOf([&] { drawFrame(nullptr, meshNamed("[root]")); }).count("glMaterialf"), 1u);
 }
 
 // --- Flat passes
@@ -511,9 +501,7 @@ TEST_P(PickingColorTest, IdentityBecomesTheColor) {
     mesh->setAuxId(wanted.id);
     for (RV_OPENGL_PROFILE profile : {RV_OPENGL_PROFILE_FLAT, RV_OPENGL_PROFILE_ZPASS}) {
         RVOPENGL::setProfile(profile);
-        recorder.start();
-        drawFrame(nullptr, mesh);
-        EXPECT_EQ(recorder.stop().named("glColor4f"),
+        EXPECT_EQ(callsOf([&] { drawFrame(nullptr, mesh); }).named("glColor4f"),
                   (Calls{{"glColor4f", wanted.color[0], wanted.color[1], wanted.color[2],
                           wanted.color[3]}}));
     }
@@ -535,9 +523,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(MeshTest, WithoutAnAuxiliaryIdTheOwnOneIsTheColor) {
     RVMESH *mesh = makeSquare();
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
-    recorder.start();
-    drawFrame(nullptr, mesh);
-    EXPECT_EQ(recorder.stop().named("glColor4f"),
+    EXPECT_EQ(callsOf([&] { drawFrame(nullptr, mesh); }).named("glColor4f"),
               (Calls{{"glColor4f", mesh->getId() / 255.0, 0, 0, 0}}));
 }
 

@@ -142,24 +142,20 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
     }
 
     // The name of the program that was used last.
-    static std::string programOf(const Calls &calls, Recorder &recorder) {
+    static std::string programOf(const Calls &calls) {
         const Calls used = calls.named("glUseProgramObjectARB").where([](const Call &call) {
             return call.arguments[0] != 0;
         });
         for (RVSHADER *each = RVSHADER::getFirst(); each && used.size(); each = each->getNext()) {
             RVSHADER::disable();
-            recorder.start();
-            each->render(nullptr);
-            if (recorder.stop().contains(used.back()))
+            if (callsOf([&] { each->render(nullptr); }).contains(used.back()))
                 return each->getName();
         }
         return "none";
     }
 
     Calls callsOfAFrame(RVNODE *root) {
-        recorder.start();
-        drawFrame(nullptr, root);
-        return recorder.stop();
+        return callsOf([&] { drawFrame(nullptr, root); });
     }
 
     Outcome draw(bool byProgram, const Look &look) {
@@ -182,7 +178,7 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
             RAVOLT::shadowingOn();
         const Calls calls = callsOfAFrame(root);
         outcome.lit = readFrame();
-        EXPECT_EQ(programOf(calls, recorder), byProgram ? look.byProgram : look.byProcessor);
+        EXPECT_EQ(programOf(calls), byProgram ? look.byProgram : look.byProcessor);
         RAVOLT::shadowingOff();
         RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
         drawFrame(nullptr, root);

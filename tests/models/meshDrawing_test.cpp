@@ -122,9 +122,7 @@ TEST_F(MeshDrawingTest, BuffersOfTheSkinHoldBoneNumbersAndWeightsAsFloats) {
     RveNode square = squareMesh("square");
     const std::vector<float> weights = {0.25f, 0.75f, 1, 0, 0.5f, 0.5f, 0.125f, 0.875f};
     square.mesh.skin = {2, {0, 1, 2, 0, 1, 2, 0, 2}, weights, {"a", "b", "c"}};
-    recorder.start();
-    loadScene({square});
-    const Calls made = recorder.stop().named("glGenBuffersARB");
+    const Calls made = callsOf([&] { loadScene({square}); }).named("glGenBuffersARB");
     ASSERT_EQ(made.size(), 6u);
     const auto name = [&](std::size_t i) {
         return static_cast<unsigned int>(made[i].arguments.back());

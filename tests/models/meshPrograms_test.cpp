@@ -13,7 +13,6 @@
 #include "tests/resources/programNames.h"
 #include "tests/support/engineFixture.h"
 
-#include <fstream>
 #include <map>
 #include <string>
 
@@ -27,7 +26,7 @@ class MeshProgramTest : public SilentEngineTest {
     MeshProgramTest() { settings.setShaders(true); }
     void SetUp() override {
         SilentEngineTest::SetUp();
-        nameOf = programNames(recorder);
+        nameOf = programNames();
         nameOf[0] = "none";
         start();
     }
@@ -70,9 +69,7 @@ class MeshProgramTest : public SilentEngineTest {
         RVELEMENT light, entry;
         entry.setNearestLight(0, lit ? &light : nullptr);
         RVOPENGL::setProfile(profile);
-        recorder.start();
-        EXPECT_TRUE(mesh->render(&entry));
-        return recorder.stop();
+        return callsOf([&] { EXPECT_TRUE(mesh->render(&entry)); });
     }
 
     // The programs that were put in use, one after the other.
@@ -166,9 +163,7 @@ TEST_F(MeshProgramTest, LitMeshesAreDrawnByTheProgramOfTheirLight) {
     light->link(meshNamed("[root]"));
     mesh->setPosition(0, 0, -5);
     RVLIGHT::lightingOn();
-    recorder.start();
-    drawFrame(nullptr, meshNamed("[root]"));
-    const Names names = programs(recorder.stop());
+    const Names names = programs(callsOf([&] { drawFrame(nullptr, meshNamed("[root]")); }));
     ASSERT_FALSE(names.empty());
     EXPECT_EQ(names.back(), "pplOmni");
 }
@@ -235,9 +230,7 @@ TEST_F(MeshProgramTest, RigidMeshOfASkinnedMaterialTakesTheRigidPrograms) {
     light->setLightType(RV_LIGHT_TYPE_SPOT);
     light->link(root);
     RVLIGHT::lightingOn();
-    recorder.start();
-    drawFrame(nullptr, root);
-    const Names names = programs(recorder.stop());
+    const Names names = programs(callsOf([&] { drawFrame(nullptr, root); }));
     ASSERT_GE(names.size(), 3u);
     EXPECT_EQ(Names(names.end() - 3, names.end()), (Names{"pplSpot", "pplSpotA", "pplSpot"}));
     EXPECT_TRUE(meshNamed("skin")->getMaterial()->isSkinned());
@@ -256,10 +249,6 @@ TEST_F(MeshProgramTest, NormalsAreDrawnWithoutAProgramAndNotForASkinThatAProgram
 }
 
 // --- Scene files
-
-void writeText(const std::string &name, const std::string &text) {
-    std::ofstream(name, std::ios::binary) << text;
-}
 
 RveMaterial shadedMaterial(const std::string &name, const std::string &shader) {
     RveMaterial material = materialNamed(name);
@@ -280,8 +269,8 @@ TEST_F(MeshProgramTest, SceneWithoutAProgramLeavesTheChoice) {
 }
 
 TEST_F(MeshProgramTest, SceneNamesAProgramInFiles) {
-    writeText("toonVS.glsl", "v");
-    writeText("toonPS.glsl", "p");
+    writeFile("toonVS.glsl", "v");
+    writeFile("toonPS.glsl", "p");
     loadScene(
         RveScene{{shadedMaterial("one", "toon"), shadedMaterial("two", "toon")}, rootOver({})});
     EXPECT_LOGGED_TIMES(1, "   Vertex shader: toonVS.glsl, compiled");
@@ -323,15 +312,11 @@ TEST_F(MeshProgramTest, SettingsHandThePathOut) {
 
 TEST_F(MeshProgramTest, BothBlocksOfAFrameBeginWithoutAProgram) {
     RVSHADER::gaussian->render(nullptr);
-    recorder.start();
-    RAVOLT::begin3D(nullptr);
-    EXPECT_EQ(programs(recorder.stop()), Names{"none"});
+    EXPECT_EQ(programs(callsOf([&] { RAVOLT::begin3D(nullptr); })), Names{"none"});
     EXPECT_FALSE(RVSHADER::bindTexture(0));
     RAVOLT::end3D(true);
     RVSHADER::gaussian->render(nullptr);
-    recorder.start();
-    RAVOLT::begin2D();
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { RAVOLT::begin2D(); });
     EXPECT_EQ(programs(calls), Names{"none"});
     EXPECT_TRUE(calls.haveInOrder({{"glPolygonMode", GL_FRONT_AND_BACK, GL_FILL},
                                    {"glUseProgramObjectARB", 0},

@@ -322,7 +322,6 @@ TEST_F(RvaFile, NoNameAndNoFileAreRefused) {
     EXPECT_FALSE(clip.load("no such clip.rva"));
     EXPECT_LOGGED_EXACTLY(line + line);
     std::filesystem::create_directory("folder.rva");
-    markLog();
     EXPECT_FALSE(clip.load("folder.rva"));
     EXPECT_LOGGED_EXACTLY(line);
 }
@@ -453,7 +452,6 @@ TEST_F(RvaFile, SaveReplacesAnOldFile) {
 TEST_F(RvaFile, SaveRefusesNoNameAndWhatItCannotOpen) {
     EXPECT_FALSE(clip.save(nullptr));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVANIM::save\n");
-    markLog();
     EXPECT_FALSE(clip.save("no such folder/clip.rva"));
     EXPECT_LOGGED_EXACTLY("\n   Saving RVA file 'no such folder/clip.rva'...\n"
                           "   [!] Unable to open file no such folder/clip.rva @ RVANIM::save\n");
@@ -464,7 +462,6 @@ TEST_F(RvaFile, ClipWithCountsBeyondTheStorageIsNotSaved) {
     for (const auto &[bones, frames] : {std::pair{129u, 0u}, {0u, 1025u}, {65535u, 65535u}}) {
         clip.setNumberOfBones(bones);
         clip.setNumberOfFrames(frames);
-        markLog();
         EXPECT_FALSE(clip.save("saved.rva"));
         EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVANIM::save\n");
     }

@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 
 using namespace ravolt;
@@ -28,19 +27,6 @@ constexpr char obsoleteFormat[] =
 // Offsets in the files of the tests below.
 constexpr std::size_t numberOfMaterialsAt = 15;
 constexpr std::size_t rootAt = 17; // in a file without materials
-
-std::size_t logSize() { return std::filesystem::file_size("ravolt_log.txt"); }
-
-// The log behind `from` alone, since thousands of loads make a long one.
-std::vector<std::string> problemsBehind(std::size_t from) {
-    std::ifstream log("ravolt_log.txt", std::ios::binary);
-    log.seekg(static_cast<std::streamoff>(from));
-    std::vector<std::string> problems;
-    for (std::string line; std::getline(log, line);)
-        if (line.find("[!]") != std::string::npos)
-            problems.push_back(line);
-    return problems;
-}
 
 // What a load could leave behind.
 struct Traces {
@@ -69,9 +55,9 @@ class RveBadInputTest : public SilentEngineTest {
     // The file is refused whole, with this line alone.
     void expectRefused(const Bytes &bytes, const std::string &line) {
         const Traces before;
-        const std::size_t mark = logSize();
+        const LogMark mark = logMark();
         EXPECT_EQ(loadBytes(bytes), nullptr);
-        std::vector<std::string> problems = problemsBehind(mark);
+        std::vector<std::string> problems = problemsSince(mark);
         if (!problems.empty() && problems[0] == obsoleteFormat)
             problems.erase(problems.begin());
         EXPECT_EQ(problems, std::vector<std::string>{line});
@@ -82,12 +68,12 @@ class RveBadInputTest : public SilentEngineTest {
     // Returns whether it loaded; what it loaded is gone again.
     bool expectRefusedOrLoaded(const Bytes &bytes) {
         const Traces before;
-        const std::size_t mark = logSize();
+        const LogMark mark = logMark();
         if (loadBytes(bytes)) {
             takeBack();
             return true;
         }
-        const std::vector<std::string> problems = problemsBehind(mark);
+        const std::vector<std::string> problems = problemsSince(mark);
         EXPECT_EQ(problems.size(), 1u);
         for (const std::string &line : problems)
             EXPECT_TRUE(line == corrupted || line == invalidHeader || line == unknownKind) << line;
@@ -406,7 +392,6 @@ TEST_F(RveBadInputTest, FileThatCannotBeReadWholeIsCorrupted) {
 TEST_F(RveBadInputTest, FolderIsNoFile) {
     const Traces before;
     std::filesystem::create_directory("folder.rve");
-    markLog();
     EXPECT_EQ(RAVOLT::load("folder.rve"), nullptr);
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params or file not found @ RAVOLT::load\n");
     EXPECT_TRUE(before == Traces());
@@ -437,9 +422,7 @@ TEST_F(RveBadInputTest, TreeOfAHundredLevelsIsDrawn) {
         chain = above;
     }
     RVNODE *root = loadScene({chain});
-    recorder.start();
-    drawFrame(nullptr, root);
-    EXPECT_EQ(recorder.stop().count("glDrawElements"), 100u);
+    EXPECT_EQ(callsOf([&] { drawFrame(nullptr, root); }).count("glDrawElements"), 100u);
 }
 
 TEST_F(RveBadInputTest, UnknownTypeOfLightLoads) {

@@ -15,12 +15,6 @@ void add(Vector &sum, double weight, const Vector &vector) {
 
 Vector asDouble(const Z3MVECTOR3D &vector) { return {vector.x, vector.y, vector.z}; }
 
-void expectNear(const Z3MVECTOR3D &actual, const Vector &expected, double tolerance) {
-    EXPECT_NEAR(actual.x, expected[0], tolerance);
-    EXPECT_NEAR(actual.y, expected[1], tolerance);
-    EXPECT_NEAR(actual.z, expected[2], tolerance);
-}
-
 Vector Transform::direction(const Vector &v) const {
     Vector result{};
     for (int row = 0; row < 3; ++row)

@@ -4,6 +4,7 @@
 // precision, written from the definition, and the arithmetic of the programs.
 
 #include "tests/models/modelScenes.h"
+#include "tests/support/expectNear.h"
 #include "tests/support/recorder.h"
 
 #include <array>
@@ -17,7 +18,6 @@ using Vector = std::array<double, 3>;
 
 void add(Vector &sum, double weight, const Vector &vector);
 Vector asDouble(const Z3MVECTOR3D &vector);
-void expectNear(const Z3MVECTOR3D &actual, const Vector &expected, double tolerance);
 
 struct Transform {
     std::array<double, 9> turn{1, 0, 0, 0, 1, 0, 0, 0, 1}; // rows

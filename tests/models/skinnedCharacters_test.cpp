@@ -94,9 +94,9 @@ class CharactersTest : public EngineTest, public testing::WithParamInterface<Way
             ASSERT_EQ(program.trans.size(), 3 * skin.bones.size());
             for (unsigned int v = 0; v < vertices; ++v) {
                 const Influences influences = influencesOf(skin, v);
-                const Vector bent = program.bent(mesh.getVertexPtr()[v], influences);
-                expectNear({bent[0], bent[1], bent[2]},
-                           bentPoint(bones, mesh.getVertexPtr()[v], influences), 2e-4);
+                const Z3MVECTOR3D &vertex = mesh.getVertexPtr()[v];
+                expectNear(program.bent(vertex, influences), bentPoint(bones, vertex, influences),
+                           2e-4);
             }
         } else {
             const std::vector<Z3MVECTOR3D> bent = clientArray(GL_VERTEX_ARRAY_POINTER, vertices);

@@ -245,9 +245,7 @@ TEST_F(SkinningTest, CacheHolds256SkeletonsAFrame) {
     const std::size_t first = 1; // the root's own entry stands before them
     for (int frame = 0; frame < 2; ++frame) {
         markLog();
-        recorder.start();
-        drawFrame(nullptr, root);
-        EXPECT_EQ(recorder.stop().count("glDrawElements"), 256u);
+        EXPECT_EQ(callsOf([&] { drawFrame(nullptr, root); }).count("glDrawElements"), 256u);
         EXPECT_LOGGED_TIMES(1, "   [!] Skeleton cache full @ RVELEMENT::pass");
         EXPECT_LOGGED_TIMES(1, "   [!] Animation not computed (cache full) @ RVMESH::animate");
         EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 257 + first);

@@ -33,9 +33,7 @@ class MaterialCalls : public SilentEngineTest {
     }
 
     Calls renderCalls(RVMATERIAL *rendered, void *data = nullptr) {
-        recorder.start();
-        EXPECT_TRUE(rendered->render(data));
-        return recorder.stop();
+        return callsOf([&] { EXPECT_TRUE(rendered->render(data)); });
     }
 
     static Call color(GLenum name, double red, double green, double blue, double alpha) {
@@ -51,7 +49,7 @@ TEST_F(MaterialCalls, NewMaterialAppliesItsColoursAndNothingElse) {
                                             color(GL_DIFFUSE, 0.6f, 0.6f, 0.6f, 1),
                                             color(GL_SPECULAR, 0.2f, 0.2f, 0.2f, 1),
                                             {"glMaterialf", GL_FRONT_AND_BACK, GL_SHININESS, 0}}));
-    EXPECT_EQ(RAVOLT::getTimeStamp(), material->getTimeStamp());
+    EXPECT_EQ(material->getTimeStamp(), RAVOLT::getTimeStamp());
 }
 
 TEST_F(MaterialCalls, TransparentMaterialOverwritesAlphaBlendsAndThenBinds) {
@@ -74,10 +72,10 @@ TEST_F(MaterialCalls, TransparentMaterialOverwritesAlphaBlendsAndThenBinds) {
                                             {"glEnable", GL_TEXTURE_2D},
                                             {"glActiveTextureARB", GL_TEXTURE0},
                                             {"glBindTexture", GL_TEXTURE_2D, texture->getGLId()}}));
-    EXPECT_EQ(0.5f, material->getAmbient().w);
-    EXPECT_EQ(0.5f, material->getDiffuse().w);
-    EXPECT_EQ(0.5f, material->getSpecular().w);
-    EXPECT_EQ(0.5f, material->getEmission().w);
+    EXPECT_EQ(material->getAmbient().w, 0.5f);
+    EXPECT_EQ(material->getDiffuse().w, 0.5f);
+    EXPECT_EQ(material->getSpecular().w, 0.5f);
+    EXPECT_EQ(material->getEmission().w, 0.5f);
 }
 
 TEST_F(MaterialCalls, OpaqueMaterialSwitchesBlendingOff) {
@@ -132,10 +130,10 @@ TEST_F(MaterialCalls, TexturesThatComeBackWithinRenderStandOnTheirUnits) {
         material->setTexture(slot, texture);
     }
     const Calls calls = renderCalls(material);
-    EXPECT_EQ(3u, calls.count("glTexImage2D"));
+    EXPECT_EQ(calls.count("glTexImage2D"), 3u);
     std::map<double, double> bound = boundAfter(calls);
     for (const unsigned int slot : slots)
-        EXPECT_EQ(material->getTexture(slot)->getGLId(), bound[GL_TEXTURE0 + slot]) << slot;
+        EXPECT_EQ(bound[GL_TEXTURE0 + slot], material->getTexture(slot)->getGLId()) << slot;
     // And the cache knows it.
     RVMATERIAL::reset();
     EXPECT_FALSE(renderCalls(material).contains("glBindTexture"));
@@ -151,15 +149,15 @@ TEST_F(MaterialCalls, TextureWithoutAFileIsLookedForOnceAndLeavesItsUnitUnbound)
     const Calls calls = renderCalls(material);
     EXPECT_LOGGED_TIMES(1, "   [!] Invalid params @ RVTEXTURE::update");
     std::map<double, double> bound = boundAfter(calls);
-    EXPECT_EQ(other->getGLId(), bound[GL_TEXTURE0]);
-    EXPECT_EQ(0u, bound[GL_TEXTURE1]);
+    EXPECT_EQ(bound[GL_TEXTURE0], other->getGLId());
+    EXPECT_EQ(bound[GL_TEXTURE1], 0u);
 }
 
 TEST_F(MaterialCalls, UntexturedMaterialSwitchesAllUnitsOff) {
     RVTEXTURE::texturingOn(0);
     RVTEXTURE::texturingOn(9);
     const Calls calls = renderCalls(material);
-    EXPECT_EQ(2u, calls.count(Call{"glDisable", GL_TEXTURE_2D}));
+    EXPECT_EQ(calls.count(Call{"glDisable", GL_TEXTURE_2D}), 2u);
 }
 
 TEST_F(MaterialCalls, TexturedMaterialLeavesOtherUnitsOn) {
@@ -190,7 +188,7 @@ TEST_F(MaterialCalls, CachedRenderRefreshesTheStampOnly) {
     renderCalls(material);
     RAVOLT::begin3D(nullptr); // resets
     renderCalls(material);
-    EXPECT_EQ(RAVOLT::getTimeStamp(), material->getTimeStamp());
+    EXPECT_EQ(material->getTimeStamp(), RAVOLT::getTimeStamp());
     EXPECT_TRUE(renderCalls(material).empty());
 }
 

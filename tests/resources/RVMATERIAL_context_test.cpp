@@ -38,14 +38,14 @@ TEST_F(MaterialState, ColoursStandOnBothFaces) {
         EXPECT_EQ((Color{0.5f, 0.625f, 0.75f, 0.5f}), held(face, GL_DIFFUSE));
         EXPECT_EQ((Color{0.875f, 1.0f, 0.0f, 0.5f}), held(face, GL_SPECULAR));
         EXPECT_EQ((Color{0.25f, 0.5f, 0.75f, 0.5f}), held(face, GL_EMISSION));
-        EXPECT_EQ(64.0f, held(face, GL_SHININESS)[0]);
+        EXPECT_EQ(held(face, GL_SHININESS)[0], 64.0f);
     }
     EXPECT_TRUE(glIsEnabled(GL_BLEND));
     GLint factor = 0;
     glGetIntegerv(GL_BLEND_SRC, &factor);
-    EXPECT_EQ(GL_SRC_ALPHA, factor);
+    EXPECT_EQ(factor, GL_SRC_ALPHA);
     glGetIntegerv(GL_BLEND_DST, &factor);
-    EXPECT_EQ(GL_ONE_MINUS_SRC_ALPHA, factor);
+    EXPECT_EQ(factor, GL_ONE_MINUS_SRC_ALPHA);
 }
 
 TEST_F(MaterialState, OpaqueUntexturedMaterialLeavesPlainState) {
@@ -73,7 +73,7 @@ TEST_F(MaterialState, SlotsAreBoundOnTheirUnits) {
         RVOPENGL::glActiveTextureARB(static_cast<GLenum>(unit));
         GLint bound = 0;
         glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
-        EXPECT_EQ(static_cast<GLint>(texture->getGLId()), bound);
+        EXPECT_EQ(bound, static_cast<GLint>(texture->getGLId()));
         EXPECT_TRUE(glIsEnabled(GL_TEXTURE_2D));
     }
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
@@ -94,8 +94,8 @@ TEST_F(MaterialState, TexturesThatComeBackWithinRenderAreBoundOnTheirUnits) {
         RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + slot);
         GLint bound = 0;
         glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
-        EXPECT_NE(0, bound);
-        EXPECT_EQ(static_cast<GLint>(material.getTexture(slot)->getGLId()), bound) << slot;
+        EXPECT_NE(bound, 0);
+        EXPECT_EQ(bound, static_cast<GLint>(material.getTexture(slot)->getGLId())) << slot;
     }
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
 }

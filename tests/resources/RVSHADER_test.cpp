@@ -9,6 +9,7 @@
 #include "ravolt/zlf.h"
 #include "tests/resources/parameterNames.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/files.h"
 
 #include <gtest/gtest.h>
 
@@ -27,13 +28,6 @@ constexpr unsigned int builtins = 35;
 
 constexpr unsigned int samplerSlots[RV_TEXTURE_UNITS] = {0,  1,  8,  9,  16, 17, 18, 19,
                                                          20, 21, 22, 23, 24, 25, 26, 27};
-
-void writeText(const std::string &name, const std::string &text) {
-    std::FILE *file = std::fopen(name.c_str(), "wb");
-    ASSERT_NE(file, nullptr);
-    std::fwrite(text.data(), 1, text.size(), file);
-    std::fclose(file);
-}
 
 class ShaderTest : public SilentEngineTest {
   protected:
@@ -55,12 +49,6 @@ class ShaderTest : public SilentEngineTest {
         ASSERT_TRUE(made->loadPixelShader("p", "pixel text"));
         ASSERT_TRUE(made->load(nullptr, nullptr, true));
         RVSHADER::disable();
-    }
-
-    template <class Action> Calls callsOf(Action action) {
-        recorder.start();
-        action();
-        return recorder.stop();
     }
 
     // OpenGL's name of the program: what it puts in use.
@@ -101,33 +89,6 @@ TEST_F(ShaderTest, NewProgramIsRegisteredAndInoperative) {
     EXPECT_EQ(shader->getNext(), nullptr);
 }
 
-TEST_F(ShaderTest, FindByNameGivesTheFirstAndMindsTheCase) {
-    RVSHADER *second = new RVSHADER;
-    shader->setName("glow");
-    second->setName("glow");
-    EXPECT_EQ(RVSHADER::findByName("glow"), shader);
-    EXPECT_EQ(RVSHADER::findByName("Glow"), nullptr);
-    EXPECT_EQ(RVSHADER::findByName(nullptr), nullptr);
-    EXPECT_EQ(RVSHADER::findById(60000), nullptr);
-}
-
-TEST_F(ShaderTest, SetNameIgnoresNullAndLongNames) {
-    shader->setName(std::string(255, 'n').c_str());
-    EXPECT_EQ(shader->getName(), std::string(255, 'n'));
-    shader->setName(std::string(256, 'x').c_str());
-    shader->setName(nullptr);
-    EXPECT_EQ(shader->getName(), std::string(255, 'n'));
-    shader->setName(shader->getName() + 250);
-    EXPECT_STREQ(shader->getName(), "nnnnn");
-}
-
-TEST_F(ShaderTest, PathIsCutAt255AndEmptiedByNull) {
-    RVSHADER::setPath(std::string(300, 'p').c_str());
-    EXPECT_EQ(RVSHADER::getPath(), std::string(255, 'p'));
-    RVSHADER::setPath(nullptr);
-    EXPECT_STREQ(RVSHADER::getPath(), "");
-}
-
 TEST_F(ShaderTest, CleanUpDeletesAllAndCounts) {
     EXPECT_TRUE(RVSHADER::cleanUp());
     EXPECT_LOGGED_EXACTLY("   36 shader(s) released\n");
@@ -157,7 +118,7 @@ TEST_F(ShaderTest, DestructorLeavesOutWhatThereIsNot) {
     shader->loadVertexShader("v", "text"); // in no program
     EXPECT_EQ(callsOf([&] { delete shader; }).names(),
               std::vector<std::string>{"glDeleteObjectARB"});
-    writeText("glowPS.glsl", "p");
+    writeFile("glowPS.glsl", "p");
     RVSHADER *half = new RVSHADER; // a program of one stage
     ASSERT_TRUE(half->load(nullptr, "glowPS.glsl", false));
     EXPECT_EQ(
@@ -195,9 +156,7 @@ TEST_F(ShaderTest, VertexTextIsCompiledUnderItsLabel) {
 }
 
 TEST_F(ShaderTest, PixelTextIsCompiledUnderItsLabel) {
-    recorder.start();
-    EXPECT_TRUE(shader->loadPixelShader("label", "the text"));
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { EXPECT_TRUE(shader->loadPixelShader("label", "the text")); });
     EXPECT_EQ(calls[0], Call("glCreateShaderObjectARB", GL_FRAGMENT_SHADER_ARB));
     EXPECT_EQ(calls[1].text, "the text");
     EXPECT_LOGGED_EXACTLY("   Pixel shader : label, compiled\n");
@@ -214,7 +173,6 @@ TEST_F(ShaderTest, PixelTextIsCompiledUnderItsLabel) {
 TEST_F(ShaderTest, NullNamesAreRefused) {
     EXPECT_FALSE(shader->loadVertexShader(nullptr, "text"));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVSHADER::loadVertexShader\n");
-    markLog();
     EXPECT_FALSE(shader->loadPixelShader(nullptr, "text"));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVSHADER::loadPixelxShader\n");
 }
@@ -223,13 +181,12 @@ TEST_F(ShaderTest, MissingFilesAreNamedWithTheirPath) {
     RVSHADER::setPath("nowhere/");
     EXPECT_FALSE(shader->loadVertexShader("a.glsl", nullptr));
     EXPECT_LOGGED_EXACTLY("   [!] File not found nowhere/a.glsl @ RVSHADER::loadVertexShader\n");
-    markLog();
     EXPECT_FALSE(shader->loadPixelShader("a.glsl", nullptr));
     EXPECT_LOGGED_EXACTLY("   [!] File not found nowhere/a.glsl @ RVSHADER::loadPixelShader\n");
 }
 
 TEST_F(ShaderTest, UnreadableFilesAreNamed) {
-    writeText("large.glsl", std::string(100000, ' '));
+    writeFile("large.glsl", std::string(100000, ' '));
     recorder.failAllocation(100000);
     EXPECT_FALSE(shader->loadVertexShader("large.glsl", nullptr));
     EXPECT_FALSE(shader->loadPixelShader("large.glsl", nullptr));
@@ -276,7 +233,7 @@ TEST_F(ShaderTest, AFailedStageIsInoperativeWhateverFailed) {
 
 TEST_F(ShaderTest, FilesAreReadWhole) {
     const std::string text = "first line\nsecond line\n";
-    writeText("own.glsl", text);
+    writeFile("own.glsl", text);
     recorder.start();
     EXPECT_TRUE(shader->loadVertexShader("own.glsl", nullptr));
     EXPECT_EQ(recorder.stop().named("glShaderSourceARB")[0].text, text);
@@ -284,10 +241,8 @@ TEST_F(ShaderTest, FilesAreReadWhole) {
 }
 
 TEST_F(ShaderTest, EmptyFilesHaveNoTextAtAll) {
-    writeText("empty.glsl", "");
-    recorder.start();
-    shader->loadVertexShader("empty.glsl", nullptr);
-    const Calls calls = recorder.stop();
+    writeFile("empty.glsl", "");
+    const Calls calls = callsOf([&] { shader->loadVertexShader("empty.glsl", nullptr); });
     EXPECT_EQ(calls.named("glShaderSourceARB")[0].text, "");
     EXPECT_TRUE(calls.contains("glCompileShaderARB"));
 }
@@ -323,9 +278,7 @@ TEST_F(ShaderTest, OldPixelObjectIsDetachedFromNoProgramToo) {
 TEST_F(ShaderTest, LoadLinksAndFindsAllParametersInTheirOrder) {
     shader->loadVertexShader("v", "text");
     shader->loadPixelShader("p", "text");
-    recorder.start();
-    EXPECT_TRUE(shader->load(nullptr, nullptr, true));
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { EXPECT_TRUE(shader->load(nullptr, nullptr, true)); });
     const double program = calls[1].arguments[0];
     EXPECT_EQ(calls[0].name, "glCreateProgramObjectARB");
     EXPECT_EQ(calls[1].name, "glAttachObjectARB");
@@ -356,8 +309,8 @@ TEST_F(ShaderTest, LoadPointsEachSamplerAtItsUnit) {
 }
 
 TEST_F(ShaderTest, LoadOfFilesCompilesThem) {
-    writeText("glowVS.glsl", "v");
-    writeText("glowPS.glsl", "p");
+    writeFile("glowVS.glsl", "v");
+    writeFile("glowPS.glsl", "p");
     EXPECT_TRUE(shader->load("glowVS.glsl", "glowPS.glsl", false));
     EXPECT_TRUE(shader->isOperative());
     EXPECT_LOGGED_EXACTLY("   Vertex shader: glowVS.glsl, compiled\n"
@@ -365,8 +318,8 @@ TEST_F(ShaderTest, LoadOfFilesCompilesThem) {
 }
 
 TEST_F(ShaderTest, LoadOfOneFileAttachesItsObjectAlone) {
-    writeText("glowVS.glsl", "v");
-    writeText("glowPS.glsl", "p");
+    writeFile("glowVS.glsl", "v");
+    writeFile("glowPS.glsl", "p");
     Calls calls = callsOf([&] { EXPECT_TRUE(shader->load(nullptr, "glowPS.glsl", false)); });
     const double pixel = calls.named("glShaderSourceARB")[0].arguments[0];
     ASSERT_EQ(calls.count("glAttachObjectARB"), 1u);
@@ -389,7 +342,7 @@ TEST_F(ShaderTest, LoadOfWhatIsCompiledReadsNoFiles) {
 }
 
 TEST_F(ShaderTest, LoadStopsAtTheFirstFailure) {
-    writeText("glowPS.glsl", "p");
+    writeFile("glowPS.glsl", "p");
     recorder.start();
     EXPECT_FALSE(shader->load("missing", "glowPS.glsl", false));
     EXPECT_FALSE(shader->load(nullptr, "missing", false));
@@ -397,9 +350,7 @@ TEST_F(ShaderTest, LoadStopsAtTheFirstFailure) {
 }
 
 TEST_F(ShaderTest, LoadOfNothingFindsTheParametersOfProgramZero) {
-    recorder.start();
-    EXPECT_TRUE(shader->load(nullptr, nullptr, false));
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { EXPECT_TRUE(shader->load(nullptr, nullptr, false)); });
     EXPECT_FALSE(calls.contains("glCreateProgramObjectARB"));
     EXPECT_EQ(calls[0], Call("glUseProgramObjectARB", 0));
     EXPECT_EQ(calls.named({"glGetUniformLocationARB", "glGetAttribLocationARB"}).size(), size);
@@ -408,9 +359,7 @@ TEST_F(ShaderTest, LoadOfNothingFindsTheParametersOfProgramZero) {
 TEST_F(ShaderTest, LoadAgainReplacesTheProgramAlsoInUse) {
     makeOperative(shader);
     const double old = programOf(shader);
-    recorder.start();
-    EXPECT_TRUE(shader->load(nullptr, nullptr, true));
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { EXPECT_TRUE(shader->load(nullptr, nullptr, true)); });
     EXPECT_EQ(calls[0], Call("glDeleteObjectARB", old));
     const double program = calls.named("glLinkProgramARB")[0].arguments[0];
     EXPECT_NE(program, old);
@@ -599,9 +548,7 @@ TEST_F(ShaderTest, TexturesPointTheSamplersOfTheProgramInUse) {
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     shader->render(nullptr);
     unsigned int unit = 9;
-    recorder.start();
-    EXPECT_TRUE(texture->render(&unit));
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { EXPECT_TRUE(texture->render(&unit)); });
     EXPECT_TRUE(calls.haveInOrder({{"glBindTexture", GL_TEXTURE_2D, texture->getGLId()},
                                    {"glUniform1iARB", shader->getParam(21), 9}}));
     EXPECT_TRUE(callsOf([&] { texture->render(&unit); }).empty()); // cached

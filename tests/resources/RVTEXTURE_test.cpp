@@ -111,10 +111,11 @@ TEST_F(Texture, FilterAndWrapAreAsSet) {
     RVTEXTURE *texture = makeTexture(4, 4, 3, Bytes(48), false);
     for (const Row &row : rows) {
         texture->setFilter(row.linear, row.mipmap, row.clamp);
-        EXPECT_EQ(row.magnification, parameter(texture, GL_TEXTURE_MAG_FILTER));
-        EXPECT_EQ(row.minification, parameter(texture, GL_TEXTURE_MIN_FILTER));
-        EXPECT_EQ(row.wrap, parameter(texture, GL_TEXTURE_WRAP_S));
-        EXPECT_EQ(row.wrap, parameter(texture, GL_TEXTURE_WRAP_T));
+        EXPECT_EQ(parameter(texture, GL_TEXTURE_MAG_FILTER), row.magnification);
+        EXPECT_EQ(parameter(texture, GL_TEXTURE_MIN_FILTER), row.minification);
+        EXPECT_EQ(parameter(texture, GL_TEXTURE_WRAP_S), row.wrap);
+        EXPECT_EQ(parameter(texture, GL_TEXTURE_WRAP_T), row.wrap);
+        EXPECT_EQ(levelParameter(texture, 1, GL_TEXTURE_WIDTH), row.mipmap ? 2 : 0);
     }
 }
 
@@ -125,8 +126,8 @@ TEST_F(Texture, AnisotropyIsTheDriversLargest) {
     GLfloat level = 0, largest = 0;
     glGetTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, &level);
     glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &largest);
-    EXPECT_EQ(largest, level);
-    EXPECT_EQ(largest, RVOPENGL::getAnisotropicLevel());
+    EXPECT_EQ(level, largest);
+    EXPECT_EQ(RVOPENGL::getAnisotropicLevel(), largest);
 }
 
 TEST_F(Texture, PixelsArriveByteForByte) {
@@ -134,7 +135,7 @@ TEST_F(Texture, PixelsArriveByteForByte) {
     for (const unsigned int depth : {3u, 4u}) {
         const Bytes pixels = pattern(5 * 3 * depth);
         const RVTEXTURE *texture = makeTexture(5, 3, depth, pixels, false);
-        EXPECT_EQ(pixels, levelPixels(texture, 0, depth));
+        EXPECT_EQ(levelPixels(texture, 0, depth), pixels);
     }
 }
 
@@ -145,7 +146,7 @@ TEST_F(Texture, LoadedFileArrives) {
     ASSERT_TRUE(texture->load("two.tga"));
     ASSERT_TRUE(texture->render(nullptr));
     // The file's top row is OpenGL's last one.
-    EXPECT_EQ((Bytes{4, 5, 6, 1, 2, 3}), levelPixels(texture, 0, 3));
+    EXPECT_EQ(levelPixels(texture, 0, 3), (Bytes{4, 5, 6, 1, 2, 3}));
 }
 
 TEST_F(Texture, ChainOfASquareIsTheMeanOfEachLevelAbove) {
@@ -153,14 +154,14 @@ TEST_F(Texture, ChainOfASquareIsTheMeanOfEachLevelAbove) {
         const unsigned int size = 32;
         Bytes wanted = pattern(size * size * depth);
         const RVTEXTURE *texture = makeTexture(size, size, depth, wanted, true);
-        EXPECT_EQ(wanted, levelPixels(texture, 0, depth));
+        EXPECT_EQ(levelPixels(texture, 0, depth), wanted);
         GLint level = 1;
         for (unsigned int edge = size; edge > 1; edge /= 2, ++level) {
             wanted = halvedImage(wanted, edge, depth);
-            EXPECT_EQ(wanted, levelPixels(texture, level, depth)) << level;
+            EXPECT_EQ(levelPixels(texture, level, depth), wanted) << level;
         }
-        EXPECT_EQ(6, level);
-        EXPECT_EQ(0, levelParameter(texture, level, GL_TEXTURE_WIDTH));
+        EXPECT_EQ(level, 6);
+        EXPECT_EQ(levelParameter(texture, level, GL_TEXTURE_WIDTH), 0);
         // The last level stands where the image began.
         EXPECT_EQ(wanted, Bytes(texture->getBitmap(), texture->getBitmap() + depth));
     }
@@ -184,7 +185,7 @@ TEST_F(Texture, ChainsOfOtherShapesStayInsideTheirPixels) {
         for (const unsigned int depth : {3u, 4u}) {
             const Bytes pixels = pattern(std::size_t(shape[0]) * shape[1] * depth);
             const RVTEXTURE *texture = makeTexture(shape[0], shape[1], depth, pixels, true);
-            EXPECT_EQ(pixels, levelPixels(texture, 0, depth)) << shape[0] << "x" << shape[1];
+            EXPECT_EQ(levelPixels(texture, 0, depth), pixels) << shape[0] << "x" << shape[1];
         }
 }
 
@@ -194,8 +195,8 @@ TEST_F(Texture, ModifyReplacesTheImageAndLeavesTheLevels) {
         const Bytes first = levelPixels(texture, 1, depth);
         const Bytes pixels = repeated(16 * depth, {7});
         EXPECT_TRUE(texture->modify(reinterpret_cast<const char *>(pixels.data()), false));
-        EXPECT_EQ(pixels, levelPixels(texture, 0, depth));
-        EXPECT_EQ(first, levelPixels(texture, 1, depth));
+        EXPECT_EQ(levelPixels(texture, 0, depth), pixels);
+        EXPECT_EQ(levelPixels(texture, 1, depth), first);
     }
 }
 
@@ -207,7 +208,7 @@ TEST_F(Texture, SecondKeepUploads) {
     const char *pixels = "abcdefghijkl";
     EXPECT_TRUE(texture->modify(pixels, true));
     const Bytes wanted(pixels, pixels + 12);
-    EXPECT_EQ(wanted, levelPixels(texture, 0, 3));
+    EXPECT_EQ(levelPixels(texture, 0, 3), wanted);
     EXPECT_EQ(wanted, Bytes(texture->getBitmap(), texture->getBitmap() + 12));
 }
 
@@ -215,24 +216,32 @@ TEST_F(Texture, ShadowMapIsADepthTextureThatCompares) {
     RVTEXTURE *texture = new RVTEXTURE;
     texture->setFilter(true, false, true);
     ASSERT_TRUE(texture->create(64, 32, 5));
-    EXPECT_EQ(64, levelParameter(texture, 0, GL_TEXTURE_WIDTH));
-    EXPECT_EQ(32, levelParameter(texture, 0, GL_TEXTURE_HEIGHT));
+    EXPECT_EQ(levelParameter(texture, 0, GL_TEXTURE_WIDTH), 64);
+    EXPECT_EQ(levelParameter(texture, 0, GL_TEXTURE_HEIGHT), 32);
     EXPECT_GT(levelParameter(texture, 0, GL_TEXTURE_DEPTH_SIZE), 0);
-    EXPECT_EQ(GL_COMPARE_R_TO_TEXTURE, parameter(texture, GL_TEXTURE_COMPARE_MODE));
-    EXPECT_EQ(GL_LEQUAL, parameter(texture, GL_TEXTURE_COMPARE_FUNC));
+    EXPECT_EQ(parameter(texture, GL_TEXTURE_COMPARE_MODE), GL_COMPARE_R_TO_TEXTURE);
+    EXPECT_EQ(parameter(texture, GL_TEXTURE_COMPARE_FUNC), GL_LEQUAL);
+    EXPECT_EQ(parameter(texture, GL_TEXTURE_MAX_ANISOTROPY_EXT), 1);
+    EXPECT_EQ(texture->getBitmap(), nullptr);
 }
 
-TEST_F(Texture, FloatTargetHasHalfFloats) {
+TEST_F(Texture, FloatTargetHasHalfFloatsAndNoLevelsOfItsOwn) {
     RVTEXTURE *texture = new RVTEXTURE;
-    texture->setFilter(true, false, true);
-    ASSERT_TRUE(texture->create(16, 16, 6));
-    EXPECT_EQ(GL_RGBA16F_ARB, levelParameter(texture, 0, GL_TEXTURE_INTERNAL_FORMAT));
+    ASSERT_TRUE(texture->create(64, 32, 6));
+    EXPECT_EQ(levelParameter(texture, 0, GL_TEXTURE_WIDTH), 64);
+    EXPECT_EQ(levelParameter(texture, 0, GL_TEXTURE_HEIGHT), 32);
+    EXPECT_EQ(levelParameter(texture, 0, GL_TEXTURE_INTERNAL_FORMAT), GL_RGBA16F_ARB);
+    EXPECT_EQ(levelParameter(texture, 1, GL_TEXTURE_WIDTH), 0);
+    EXPECT_EQ(parameter(texture, GL_TEXTURE_MIN_FILTER), GL_LINEAR_MIPMAP_LINEAR);
+    EXPECT_EQ(parameter(texture, GL_TEXTURE_COMPARE_MODE), GL_NONE);
+    EXPECT_EQ(parameter(texture, GL_TEXTURE_MAX_ANISOTROPY_EXT), 1);
+    EXPECT_EQ(texture->getBitmap(), nullptr);
 }
 
 TEST_F(Texture, CreatedTextureIsBlack) {
     RVTEXTURE *texture = new RVTEXTURE;
     ASSERT_TRUE(texture->create(4, 4, 4));
-    EXPECT_EQ(Bytes(64), levelPixels(texture, 0, 4));
+    EXPECT_EQ(levelPixels(texture, 0, 4), Bytes(64));
 }
 
 TEST_F(Texture, AllUnitsThatTheDriverHasAreEnabled) {
@@ -258,8 +267,8 @@ TEST_F(Texture, RenderBindsOnItsUnit) {
     GLint active = 0, bound = 0;
     glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
     glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
-    EXPECT_EQ(GL_TEXTURE2, active);
-    EXPECT_EQ(static_cast<GLint>(texture->getGLId()), bound);
+    EXPECT_EQ(active, GL_TEXTURE2);
+    EXPECT_EQ(bound, static_cast<GLint>(texture->getGLId()));
     EXPECT_TRUE(glIsEnabled(GL_TEXTURE_2D));
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
 }
@@ -273,20 +282,20 @@ TEST_F(Texture, ThrownOutTextureIsSeenAgain) {
     ASSERT_TRUE(red->load("red.tga"));
     ASSERT_TRUE(big->load("big.tga"));
     const Pixel before = drawn(red);
-    EXPECT_NEAR(200, before.red, 1);
+    EXPECT_NEAR(before.red, 200, 1);
     RAVOLT::begin3D(nullptr); // the next stamp
     leaveFree(0);
     const Pixel green = drawn(big);
-    EXPECT_NEAR(100, green.green, 1);
+    EXPECT_NEAR(green.green, 100, 1);
     EXPECT_FALSE(red->isLoaded());
     EXPECT_LOGGED("[BEGIN GARBAGE COLLECTOR]");
     EXPECT_LOGGED("   red.tga unloaded");
     RAVOLT::begin3D(nullptr);
     const Pixel after = drawn(red);
     EXPECT_TRUE(red->isLoaded());
-    EXPECT_NEAR(before.red, after.red, 1);
-    EXPECT_NEAR(before.green, after.green, 1);
-    EXPECT_NEAR(before.blue, after.blue, 1);
+    EXPECT_NEAR(after.red, before.red, 1);
+    EXPECT_NEAR(after.green, before.green, 1);
+    EXPECT_NEAR(after.blue, before.blue, 1);
 }
 
 TEST_F(Texture, CollectorDoesNotTakeThePixelsThatItMakesRoomFor) {
@@ -300,8 +309,8 @@ TEST_F(Texture, CollectorDoesNotTakeThePixelsThatItMakesRoomFor) {
     ASSERT_TRUE(texture->render(nullptr));
     EXPECT_LOGGED("[BEGIN GARBAGE COLLECTOR]");
     EXPECT_LOGGED("   many.tga unloaded");
-    EXPECT_EQ(pixels, levelPixels(texture, 0, 3));
-    EXPECT_EQ(halvedImage(pixels, 16, 3), levelPixels(texture, 1, 3));
+    EXPECT_EQ(levelPixels(texture, 0, 3), pixels);
+    EXPECT_EQ(levelPixels(texture, 1, 3), halvedImage(pixels, 16, 3));
 }
 
 TEST_F(Texture, BudgetStartsEmptyAndAnImageFillsIt) {
@@ -313,7 +322,7 @@ TEST_F(Texture, BudgetStartsEmptyAndAnImageFillsIt) {
     texture->setFilter(true, false, false);
     ASSERT_TRUE(texture->load("wide.tga"));
     ASSERT_TRUE(texture->render(nullptr));
-    EXPECT_EQ(used + 4096 * 4, RAVOLT::getUsedVideoMemory());
+    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used + 4096 * 4);
 }
 
 TEST_F(Texture, OtherHeaderDrawsBlack) {
@@ -323,7 +332,7 @@ TEST_F(Texture, OtherHeaderDrawsBlack) {
     markLog();
     EXPECT_TRUE(texture->render(nullptr));
     EXPECT_NOTHING_LOGGED();
-    EXPECT_EQ(Bytes(192), levelPixels(texture, 0, 3));
+    EXPECT_EQ(levelPixels(texture, 0, 3), Bytes(192));
 }
 
 // --- Units that the fixed-function pipeline does not have

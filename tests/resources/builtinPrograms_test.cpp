@@ -330,32 +330,6 @@ TEST_F(WithoutShaderExtensionTest, LackIsReportedAndIsNoFailure) {
         EXPECT_FALSE(feature.use()) << feature.name;
 }
 
-// The only way for it to fail is that it has run.
-TEST_F(BuiltinProgramsTest, FailedInitUndoesOpenGLSettingsAndSdl) {
-    ASSERT_TRUE(RAVOLT::free());
-    RVSETTINGS::forceShadersOn();
-    ASSERT_TRUE(RVSHADER::init());
-    const LogMark mark = markLog();
-    recorder.start();
-    EXPECT_FALSE(RAVOLT::init(&settings));
-    EXPECT_EQ(recorder.stop().back(), Call("SDL_Quit"));
-    const std::string log = logTextSince(mark);
-    const std::size_t end = log.find("   OpenGL initialized\n");
-    ASSERT_NE(end, std::string::npos);
-    EXPECT_EQ(log.substr(end), "   OpenGL initialized\n"
-                               "   [!] Shaders already active @ RVSHADER::init\n"
-                               "   [!] Unable to init shaders @ RAVOLT::init\n"
-                               "   Release OpenGL...\n"
-                               "   OpenGL released\n"
-                               "   Release settings...\n"
-                               "   Settings released\n");
-    EXPECT_FALSE(RVSETTINGS::isActive());
-    RVSHADER::free();
-    RVSHADER::cleanUp();
-    ASSERT_TRUE(RAVOLT::init(&settings));
-    EXPECT_EQ(RVSHADER::getNumberOfShaders(), 35u);
-}
-
 TEST_F(BuiltinProgramsTest, ProgramsOfAFailedStartGoWithIt) {
     ASSERT_TRUE(RAVOLT::free());
     ASSERT_TRUE(RVELEMENT::init(1)); // what comes behind the programs fails

@@ -24,7 +24,7 @@ class MaterialProgramTest : public SilentEngineTest {
     MaterialProgramTest() { settings.setShaders(true); }
     void SetUp() override {
         SilentEngineTest::SetUp();
-        nameOf = programNames(recorder);
+        nameOf = programNames();
         RVMATERIAL::reset();
         material = new RVMATERIAL;
         texture = new RVTEXTURE;
@@ -43,9 +43,7 @@ class MaterialProgramTest : public SilentEngineTest {
         RVMATERIAL::reset();
         RVSHADER::gaussian->render(nullptr);
         int type = lightType ? *lightType : 0;
-        recorder.start();
-        EXPECT_TRUE(material->render(lightType ? &type : nullptr));
-        return recorder.stop();
+        return callsOf([&] { EXPECT_TRUE(material->render(lightType ? &type : nullptr)); });
     }
 
     // The name of the program that is put in use; "" for the fixed functions.
@@ -169,22 +167,16 @@ TEST_F(MaterialProgramTest, SameMaterialKeepsItsProgramUntilReset) {
     RVMATERIAL::reset();
     material->render(&light);
     light = 2;
-    recorder.start();
-    material->render(&light);
-    EXPECT_TRUE(recorder.stop().empty());
+    EXPECT_TRUE(callsOf([&] { material->render(&light); }).empty());
     RVMATERIAL::reset();
-    recorder.start();
-    material->render(&light);
-    EXPECT_TRUE(recorder.stop().contains("glUseProgramObjectARB"));
+    EXPECT_TRUE(callsOf([&] { material->render(&light); }).contains("glUseProgramObjectARB"));
 }
 
 TEST_F(MaterialProgramTest, NextMaterialWithTheSameProgramDoesNotPutItInUseAgain) {
     RVMATERIAL *other = new RVMATERIAL;
     int light = 1;
     material->render(&light);
-    recorder.start();
-    other->render(&light);
-    EXPECT_FALSE(recorder.stop().contains("glUseProgramObjectARB"));
+    EXPECT_FALSE(callsOf([&] { other->render(&light); }).contains("glUseProgramObjectARB"));
 }
 
 } // namespace

@@ -11,13 +11,11 @@
 
 namespace ravolt::test {
 
-inline std::map<double, std::string> programNames(Recorder &recorder) {
+inline std::map<double, std::string> programNames() {
     std::map<double, std::string> names;
     for (RVSHADER *each = RVSHADER::getFirst(); each; each = each->getNext()) {
         RVSHADER::disable();
-        recorder.start();
-        each->render(nullptr);
-        names[recorder.stop()[0].arguments[0]] = each->getName();
+        names[callsOf([&] { each->render(nullptr); })[0].arguments[0]] = each->getName();
     }
     RVSHADER::disable();
     return names;

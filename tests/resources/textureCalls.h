@@ -33,12 +33,6 @@ class TextureCalls : public SilentEngineTest {
         return texture;
     }
 
-    template <class Action> Calls callsOf(Action action) {
-        recorder.start();
-        action();
-        return recorder.stop();
-    }
-
     Calls renderCalls(RVTEXTURE *texture, unsigned int unit = 0) {
         return callsOf([&] { EXPECT_TRUE(texture->render(&unit)); });
     }

@@ -52,20 +52,20 @@ class TextureFile : public RecorderTest {
 };
 
 TEST_F(TextureFile, NewTextureHasItsDefaults) {
-    EXPECT_EQ("[texture " + std::to_string(texture.getId()) + "]", texture.getFilename());
-    EXPECT_NE(0u, texture.getId());
-    EXPECT_EQ(0, texture.getTimeStamp());
-    EXPECT_EQ(0, texture.getReferences());
-    EXPECT_EQ(nullptr, texture.getBitmap());
-    EXPECT_EQ(0u, texture.getSizeX());
-    EXPECT_EQ(0u, texture.getSizeY());
-    EXPECT_EQ(0u, texture.getGLId());
+    EXPECT_EQ(texture.getFilename(), "[texture " + std::to_string(texture.getId()) + "]");
+    EXPECT_NE(texture.getId(), 0u);
+    EXPECT_EQ(texture.getTimeStamp(), 0);
+    EXPECT_EQ(texture.getReferences(), 0);
+    EXPECT_EQ(texture.getBitmap(), nullptr);
+    EXPECT_EQ(texture.getSizeX(), 0u);
+    EXPECT_EQ(texture.getSizeY(), 0u);
+    EXPECT_EQ(texture.getGLId(), 0u);
     EXPECT_FALSE(texture.isLoaded());
     EXPECT_TRUE(texture.isTrilinear());
     EXPECT_TRUE(texture.isMipmapped());
     EXPECT_FALSE(texture.isClamped());
-    EXPECT_EQ(nullptr, texture.getNext());
-    EXPECT_EQ(nullptr, texture.getPrevious());
+    EXPECT_EQ(texture.getNext(), nullptr);
+    EXPECT_EQ(texture.getPrevious(), nullptr);
 }
 
 TEST_F(TextureFile, SettersKeepWhatTheyAreGiven) {
@@ -75,20 +75,20 @@ TEST_F(TextureFile, SettersKeepWhatTheyAreGiven) {
     EXPECT_TRUE(texture.isClamped());
     texture.setCubeType(7);
     texture.decReferences();
-    EXPECT_EQ(-1, texture.getReferences());
+    EXPECT_EQ(texture.getReferences(), -1);
     texture.incReferences();
     texture.incReferences();
-    EXPECT_EQ(1, texture.getReferences());
+    EXPECT_EQ(texture.getReferences(), 1);
     EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(TextureFile, LoadKeepsPixelsSizesAndName) {
     writeFile("two.tga", tgaHeader(plainType, 1, 2, 24) + Bytes{3, 2, 1, 6, 5, 4});
     EXPECT_TRUE(texture.load("two.tga"));
-    EXPECT_STREQ("two.tga", texture.getFilename());
-    EXPECT_EQ(1u, texture.getSizeX());
-    EXPECT_EQ(2u, texture.getSizeY());
-    EXPECT_EQ((Bytes{1, 2, 3, 4, 5, 6}), bitmapOf(texture, 3));
+    EXPECT_STREQ(texture.getFilename(), "two.tga");
+    EXPECT_EQ(texture.getSizeX(), 1u);
+    EXPECT_EQ(texture.getSizeY(), 2u);
+    EXPECT_EQ(bitmapOf(texture, 3), (Bytes{1, 2, 3, 4, 5, 6}));
     EXPECT_FALSE(texture.isLoaded());
     EXPECT_NOTHING_LOGGED();
 }
@@ -115,16 +115,11 @@ TEST_F(TextureFile, PathStandsBeforeTheNameAndNotInIt) {
     mkdir("path", 0777);
     writeFile("path/x1.tga", plainTga(1, 1));
     RVTEXTURE::setPath("path/x");
-    EXPECT_STREQ("path/x", RVTEXTURE::getPath());
+    EXPECT_STREQ(RVTEXTURE::getPath(), "path/x");
     EXPECT_TRUE(texture.load("1.tga"));
-    EXPECT_STREQ("1.tga", texture.getFilename());
+    EXPECT_STREQ(texture.getFilename(), "1.tga");
     RVTEXTURE::setPath(nullptr);
-    EXPECT_STREQ("", RVTEXTURE::getPath());
-}
-
-TEST_F(TextureFile, OverlongPathIsCut) {
-    RVTEXTURE::setPath(std::string(300, 'p').c_str());
-    EXPECT_EQ(std::string(255, 'p'), RVTEXTURE::getPath());
+    EXPECT_STREQ(RVTEXTURE::getPath(), "");
 }
 
 TEST_F(TextureFile, OverlongNameIsCut) {
@@ -132,46 +127,52 @@ TEST_F(TextureFile, OverlongNameIsCut) {
     mkdir(std::string(150, '.').c_str(), 0777);
     writeFile(name, plainTga(1, 1));
     EXPECT_TRUE(texture.load(name.c_str()));
-    EXPECT_EQ(name.substr(0, 255), texture.getFilename());
-    EXPECT_EQ(texture.getId(), RVTEXTURE::findById(texture.getId())->getId());
-}
-
-TEST_F(TextureFile, LoadOfNoNameIsRefused) {
-    EXPECT_FALSE(texture.load(nullptr));
-    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVTEXTURE@loadTGA\n");
+    EXPECT_EQ(texture.getFilename(), name.substr(0, 255));
+    EXPECT_EQ(RVTEXTURE::findById(texture.getId())->getId(), texture.getId());
 }
 
 TEST_F(TextureFile, LoadOfADynamicTextureChangesNothing) {
     writeFile("[dynamic]", plainTga(1, 1));
     const std::string name = texture.getFilename();
     EXPECT_TRUE(texture.load("[dynamic]"));
-    EXPECT_EQ(name, texture.getFilename());
-    EXPECT_EQ(nullptr, texture.getBitmap());
-    EXPECT_EQ(0, used());
+    EXPECT_EQ(texture.getFilename(), name);
+    EXPECT_EQ(texture.getBitmap(), nullptr);
+    EXPECT_EQ(used(), 0);
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(TextureFile, MissingFileIsReported) {
+TEST_F(TextureFile, WhatIsNoFileIsReported) {
+    EXPECT_FALSE(texture.load(nullptr));
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVTEXTURE@loadTGA\n");
+    mkdir("folder", 0777);
+    EXPECT_FALSE(texture.load("folder"));
+    EXPECT_LOGGED_EXACTLY("   [!] Unable to open file folder @ RVTEXTURE::loadTGA\n");
     RVTEXTURE::setPath("no/");
     EXPECT_FALSE(texture.load("where.tga"));
     EXPECT_LOGGED_EXACTLY("   [!] Unable to open file no/where.tga @ RVTEXTURE::loadTGA\n");
 }
 
-TEST_F(TextureFile, FolderIsNoFile) {
-    mkdir("folder", 0777);
-    EXPECT_FALSE(texture.load("folder"));
-    EXPECT_LOGGED_EXACTLY("   [!] Unable to open file folder @ RVTEXTURE::loadTGA\n");
-}
-
 TEST_F(TextureFile, FailedLoadKeepsNameAndPixels) {
     writeFile("good.tga", plainTga(2, 2));
     writeFile("cut.tga", Bytes(17));
+    writeFile("file.tga", plainTga(32, 32));
     ASSERT_TRUE(texture.load("good.tga"));
     EXPECT_FALSE(texture.load("none.tga"));
     EXPECT_FALSE(texture.load("cut.tga"));
-    EXPECT_STREQ("good.tga", texture.getFilename());
-    EXPECT_EQ(repeated(4, {10, 20, 30}), bitmapOf(texture, 3));
-    EXPECT_EQ(16, used());
+    markLog();
+    {
+        const ShortReads shortReads;
+        EXPECT_FALSE(texture.load("file.tga"));
+    }
+    EXPECT_LOGGED_EXACTLY("   [!] File corrupted file.tga @ RVTEXTURE::loadTGA\n");
+    recorder.failAllocation(32 * 32 * 3);
+    EXPECT_FALSE(texture.load("file.tga"));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for file.tga @ RVTEXTURE::loadTGA\n");
+    EXPECT_STREQ(texture.getFilename(), "good.tga");
+    EXPECT_EQ(bitmapOf(texture, 3), repeated(4, {10, 20, 30}));
+    EXPECT_EQ(used(), 16);
+    EXPECT_TRUE(texture.load("file.tga"));
 }
 
 struct BadFile {
@@ -189,12 +190,12 @@ TEST_P(BadTextureFile, IsRefusedWithOneLineAndNothingChanges) {
     const unsigned int id = nextId();
     EXPECT_FALSE(texture.load("bad.tga"));
     EXPECT_LOGGED_EXACTLY(GetParam().line);
-    EXPECT_EQ(name, texture.getFilename());
-    EXPECT_EQ(nullptr, texture.getBitmap());
-    EXPECT_EQ(0u, texture.getSizeX());
-    EXPECT_EQ(0, used());
-    EXPECT_EQ(id, nextId());
-    EXPECT_EQ(1u, RVTEXTURE::getNumberOfTextures());
+    EXPECT_EQ(texture.getFilename(), name);
+    EXPECT_EQ(texture.getBitmap(), nullptr);
+    EXPECT_EQ(texture.getSizeX(), 0u);
+    EXPECT_EQ(used(), 0);
+    EXPECT_EQ(nextId(), id);
+    EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 1u);
 }
 
 constexpr char unsupportedSizes[] =
@@ -224,74 +225,48 @@ TEST_F(TextureFile, LargestSizePasses) {
     writeFile("large.tga",
               tgaHeader(packedType, 4096, 4096, 24) + repeated(4096 * 32, {255, 3, 2, 1}));
     EXPECT_TRUE(texture.load("large.tga"));
-    EXPECT_EQ(4096u, texture.getSizeX());
-    EXPECT_EQ(4096u, texture.getSizeY());
+    EXPECT_EQ(texture.getSizeX(), 4096u);
+    EXPECT_EQ(texture.getSizeY(), 4096u);
     const unsigned char *last = texture.getBitmap() + (std::size_t(4096) * 4096 - 1) * 3;
     EXPECT_EQ((Bytes{1, 2, 3}), Bytes(last, last + 3));
-    EXPECT_EQ(4096 * 4096 * 4, used());
-}
-
-TEST_F(TextureFile, FileThatCannotBeReadWholeIsCorrupted) {
-    writeFile("good.tga", plainTga(1, 1));
-    writeFile("short.tga", plainTga(2, 2));
-    ASSERT_TRUE(texture.load("good.tga"));
-    {
-        const ShortReads shortReads;
-        EXPECT_FALSE(texture.load("short.tga"));
-    }
-    EXPECT_LOGGED_EXACTLY("   [!] File corrupted short.tga @ RVTEXTURE::loadTGA\n");
-    EXPECT_STREQ("good.tga", texture.getFilename());
-    EXPECT_EQ((Bytes{10, 20, 30}), bitmapOf(texture, 3));
-    EXPECT_TRUE(texture.load("short.tga"));
-}
-
-TEST_F(TextureFile, NoMemoryForTheFileIsReported) {
-    writeFile("file.tga", plainTga(32, 32));
-    writeFile("good.tga", plainTga(1, 1));
-    ASSERT_TRUE(texture.load("good.tga"));
-    recorder.failAllocation(32 * 32 * 3);
-    EXPECT_FALSE(texture.load("file.tga"));
-    recorder.allocationsWork();
-    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for file.tga @ RVTEXTURE::loadTGA\n");
-    EXPECT_EQ((Bytes{10, 20, 30}), bitmapOf(texture, 3));
+    EXPECT_EQ(used(), 4096 * 4096 * 4);
 }
 
 TEST_F(TextureFile, NoMemoryForThePixelsIsReportedAndTheFormerOnesAreGone) {
     writeFile("good.tga", plainTga(1, 1));
     writeFile("packed.tga", tgaHeader(packedType, 64, 64, 24) + repeated(32, {255, 1, 2, 3}));
     ASSERT_TRUE(texture.load("good.tga"));
-    ASSERT_EQ(4, used());
+    ASSERT_EQ(used(), 4);
     recorder.failAllocation(64 * 64 * 3);
     EXPECT_FALSE(texture.load("packed.tga"));
     recorder.allocationsWork();
     EXPECT_LOGGED_EXACTLY("   [!] Out of memory for packed.tga @ RVTEXTURE::loadTGA\n");
-    EXPECT_STREQ("good.tga", texture.getFilename());
-    EXPECT_EQ(nullptr, texture.getBitmap());
-    EXPECT_EQ(0, used());
+    EXPECT_STREQ(texture.getFilename(), "good.tga");
+    EXPECT_EQ(texture.getBitmap(), nullptr);
+    EXPECT_EQ(used(), 0);
 }
 
 TEST_F(TextureFile, OtherHeaderIsReportedAndCountsAsLoadedInBlack) {
     writeFile("other.tga", tgaHeader(3, 30, 20, 24) + Bytes(30 * 20 * 3));
     EXPECT_TRUE(texture.load("other.tga"));
     EXPECT_LOGGED_EXACTLY("   [!] Unsupported file header for other.tga @ RVTEXTURE::loadTGA\n");
-    EXPECT_STREQ("other.tga", texture.getFilename());
-    EXPECT_EQ(30u, texture.getSizeX());
-    EXPECT_EQ(20u, texture.getSizeY());
-    EXPECT_EQ(30 * 20 * 4, used());
-    ASSERT_NE(nullptr, texture.getBitmap());
-    EXPECT_EQ(Bytes(30 * 20 * 3), bitmapOf(texture, 3));
+    EXPECT_STREQ(texture.getFilename(), "other.tga");
+    EXPECT_EQ(texture.getSizeX(), 30u);
+    EXPECT_EQ(texture.getSizeY(), 20u);
+    EXPECT_EQ(used(), 30 * 20 * 4);
+    ASSERT_NE(texture.getBitmap(), nullptr);
+    EXPECT_EQ(bitmapOf(texture, 3), Bytes(30 * 20 * 3));
 
-    markLog();
     EXPECT_TRUE(texture.unload(true));
     EXPECT_LOGGED_EXACTLY("   other.tga unloaded\n");
-    EXPECT_EQ(0, used());
+    EXPECT_EQ(used(), 0);
 }
 
 TEST_F(TextureFile, OtherHeaderOf32BitsIsBlackInAllChannels) {
     writeFile("other.tga", tgaHeader(3, 5, 4, 32) + Bytes(5 * 4 * 4, 255));
     EXPECT_TRUE(texture.load("other.tga"));
-    ASSERT_NE(nullptr, texture.getBitmap());
-    EXPECT_EQ(Bytes(5 * 4 * 4), bitmapOf(texture, 4));
+    ASSERT_NE(texture.getBitmap(), nullptr);
+    EXPECT_EQ(bitmapOf(texture, 4), Bytes(5 * 4 * 4));
 }
 
 TEST_F(TextureFile, OtherHeaderOverEarlierPixelsReplacesThem) {
@@ -300,14 +275,14 @@ TEST_F(TextureFile, OtherHeaderOverEarlierPixelsReplacesThem) {
     identifier[0] = 5;
     writeFile("identifier.tga", identifier);
     ASSERT_TRUE(texture.load("good.tga"));
-    ASSERT_EQ(64, used());
+    ASSERT_EQ(used(), 64);
     EXPECT_TRUE(texture.load("identifier.tga")); // an image identifier field
-    EXPECT_EQ(16, used());
-    ASSERT_NE(nullptr, texture.getBitmap());
-    EXPECT_EQ(Bytes(2 * 2 * 3), bitmapOf(texture, 3));
+    EXPECT_EQ(used(), 16);
+    ASSERT_NE(texture.getBitmap(), nullptr);
+    EXPECT_EQ(bitmapOf(texture, 3), Bytes(2 * 2 * 3));
     EXPECT_TRUE(texture.load("good.tga"));
-    EXPECT_EQ(64, used());
-    EXPECT_EQ(repeated(16, {10, 20, 30}), bitmapOf(texture, 3));
+    EXPECT_EQ(used(), 64);
+    EXPECT_EQ(bitmapOf(texture, 3), repeated(16, {10, 20, 30}));
 }
 
 TEST_F(TextureFile, EveryPixelCountsFourBytes) {
@@ -315,23 +290,23 @@ TEST_F(TextureFile, EveryPixelCountsFourBytes) {
     for (const unsigned int channels : {3u, 4u}) {
         ASSERT_TRUE(writeTga("count.tga", {6, 5, channels, false, pixels.data()}));
         ASSERT_TRUE(texture.load("count.tga"));
-        EXPECT_EQ(6 * 5 * 4, used());
+        EXPECT_EQ(used(), 6 * 5 * 4);
     }
     EXPECT_TRUE(texture.unload(true));
-    EXPECT_EQ(0, used());
-    EXPECT_EQ(nullptr, texture.getBitmap());
+    EXPECT_EQ(used(), 0);
+    EXPECT_EQ(texture.getBitmap(), nullptr);
 }
 
 TEST_F(TextureFile, UnloadSaysWhetherItFreedSomething) {
     writeFile("some.tga", plainTga(1, 1));
     ASSERT_TRUE(texture.load("some.tga"));
     EXPECT_FALSE(texture.unload(false));
-    EXPECT_NE(nullptr, texture.getBitmap());
+    EXPECT_NE(texture.getBitmap(), nullptr);
     EXPECT_NOTHING_LOGGED();
     EXPECT_TRUE(texture.unload(true));
     EXPECT_LOGGED_EXACTLY("   some.tga unloaded\n");
     EXPECT_FALSE(texture.unload(true));
-    EXPECT_LOGGED_EXACTLY("   some.tga unloaded\n");
+    EXPECT_NOTHING_LOGGED();
 }
 
 class TextureBadInput : public TextureFile {
@@ -344,10 +319,10 @@ class TextureBadInput : public TextureFile {
         const bool otherKind =
             problems == std::vector<std::string>{
                             "   [!] Unsupported file header for bad.tga @ RVTEXTURE::loadTGA"};
-        EXPECT_EQ(loaded, problems.empty() || otherKind) << position;
+        EXPECT_EQ(problems.empty() || otherKind, loaded) << position;
         EXPECT_LE(problems.size(), 1u) << position;
-        EXPECT_EQ(1u, RVTEXTURE::getNumberOfTextures());
-        EXPECT_EQ(id, nextId()) << position;
+        EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 1u);
+        EXPECT_EQ(nextId(), id) << position;
     }
 
     void SetUp() override {
@@ -368,7 +343,7 @@ TEST_F(TextureBadInput, FileCutAtAnyByteIsRefused) {
         for (std::size_t size = whole.size(); size-- > 0;) {
             std::filesystem::resize_file("bad.tga", size);
             load(size);
-            ASSERT_EQ(nullptr, texture.getBitmap()) << size;
+            ASSERT_EQ(texture.getBitmap(), nullptr) << size;
         }
     }
 }
@@ -393,78 +368,16 @@ TEST_F(TextureBadInput, AnyByteChangedLoadsOrIsRefused) {
         }
         ASSERT_TRUE(file.good());
         EXPECT_TRUE(texture.load("bad.tga"));
-        EXPECT_EQ(pixels, bitmapOf(texture, 3));
+        EXPECT_EQ(bitmapOf(texture, 3), pixels);
     }
 }
 
-class TextureRegistry : public TextureFile {};
-
-TEST_F(TextureRegistry, KeepsTheOrderOfCreation) {
-    RVTEXTURE *second = new RVTEXTURE;
-    RVTEXTURE *third = new RVTEXTURE;
-    EXPECT_EQ(&texture, RVTEXTURE::getFirst());
-    EXPECT_EQ(second, texture.getNext());
-    EXPECT_EQ(third, second->getNext());
-    EXPECT_EQ(nullptr, third->getNext());
-    EXPECT_EQ(second, third->getPrevious());
-    EXPECT_EQ(3u, RVTEXTURE::getNumberOfTextures());
-
-    delete second;
-    EXPECT_EQ(third, texture.getNext());
-    EXPECT_EQ(&texture, third->getPrevious());
-    delete third;
-    EXPECT_EQ(nullptr, texture.getNext());
-    RVTEXTURE *fourth = new RVTEXTURE;
-    EXPECT_EQ(fourth, texture.getNext());
-    EXPECT_EQ(2u, RVTEXTURE::getNumberOfTextures());
-}
-
-TEST_F(TextureRegistry, DeletedHeadHandsOver) {
-    RVTEXTURE *first = RVTEXTURE::getFirst();
-    RVTEXTURE *second = new RVTEXTURE;
-    const unsigned int id = first->getId();
-    delete first;
-    EXPECT_EQ(second, RVTEXTURE::getFirst());
-    EXPECT_EQ(nullptr, second->getPrevious());
-    EXPECT_EQ(id, nextId());
-}
-
-TEST_F(TextureRegistry, FindsTheFirstMatch) {
-    writeFile("same.tga", plainTga(1, 1));
-    RVTEXTURE *second = new RVTEXTURE;
-    RVTEXTURE *third = new RVTEXTURE;
-    ASSERT_TRUE(second->load("same.tga"));
-    ASSERT_TRUE(third->load("same.tga"));
-    EXPECT_EQ(second, RVTEXTURE::findByFilename("same.tga"));
-    EXPECT_EQ(nullptr, RVTEXTURE::findByFilename("SAME.tga"));
-    EXPECT_EQ(nullptr, RVTEXTURE::findByFilename(nullptr));
-    EXPECT_EQ(third, RVTEXTURE::findById(third->getId()));
-    EXPECT_EQ(nullptr, RVTEXTURE::findById(60000));
-    EXPECT_EQ(&texture, RVTEXTURE::findByFilename(texture.getFilename()));
-}
-
-TEST_F(TextureRegistry, CleanUpDeletesAllAndCounts) {
-    new RVTEXTURE;
-    const unsigned int id = texture.getId();
-    EXPECT_TRUE(RVTEXTURE::cleanUp());
-    EXPECT_LOGGED_EXACTLY("   2 texture(s) released\n");
-    EXPECT_EQ(0u, RVTEXTURE::getNumberOfTextures());
-    EXPECT_EQ(nullptr, RVTEXTURE::getFirst());
-    EXPECT_EQ(nullptr, RVTEXTURE::findByFilename("x"));
-    EXPECT_EQ(nullptr, RVTEXTURE::findById(id));
-    EXPECT_EQ(id, nextId());
-
-    markLog();
-    EXPECT_FALSE(RVTEXTURE::cleanUp());
-    EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(TextureRegistry, CleanUpUnloadsPixelsWithALine) {
+TEST_F(TextureFile, CleanUpUnloadsPixelsWithALine) {
     writeFile("pixels.tga", plainTga(2, 1));
     ASSERT_TRUE(texture.load("pixels.tga"));
     EXPECT_TRUE(RVTEXTURE::cleanUp());
     EXPECT_LOGGED_EXACTLY("   pixels.tga unloaded\n   1 texture(s) released\n");
-    EXPECT_EQ(0, used());
+    EXPECT_EQ(used(), 0);
 }
 
 } // namespace

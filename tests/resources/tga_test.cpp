@@ -17,7 +17,7 @@ using namespace test;
 // The pixels of a file that must be good, or nothing.
 Bytes decoded(const Bytes &file) {
     TgaImage image;
-    EXPECT_EQ(TgaResult::ok, inspectTga(file.data(), file.size(), image));
+    EXPECT_EQ(inspectTga(file.data(), file.size(), image), TgaResult::ok);
     if (image.kind == TgaKind::unsupported)
         return {};
     Bytes pixels(image.bytes());
@@ -42,30 +42,45 @@ struct ExactCopy {
     unsigned char *bytes;
 };
 
-TEST(Tga, SwapsBlueAndRedOf24Bits) {
-    EXPECT_EQ((Bytes{3, 2, 1, 6, 5, 4}),
-              decoded(tgaHeader(plainType, 2, 1, 24) + Bytes{1, 2, 3, 4, 5, 6}));
-}
-
-TEST(Tga, SwapsBlueAndRedOf32BitsAndKeepsAlpha) {
-    EXPECT_EQ((Bytes{3, 2, 1, 9, 6, 5, 4, 8}),
-              decoded(tgaHeader(plainType, 2, 1, 32) + Bytes{1, 2, 3, 9, 4, 5, 6, 8}));
+TEST(Tga, DecodesPixelsAndPackets) {
+    const struct {
+        const char *name;
+        Bytes file, pixels;
+    } rows[] = {
+        {"24 bits swap blue and red",
+         tgaHeader(plainType, 2, 1, 24) + Bytes{1, 2, 3, 4, 5, 6},
+         {3, 2, 1, 6, 5, 4}},
+        {"32 bits keep their alpha",
+         tgaHeader(plainType, 2, 1, 32) + Bytes{1, 2, 3, 9, 4, 5, 6, 8},
+         {3, 2, 1, 9, 6, 5, 4, 8}},
+        {"whole rows of packets are reversed",
+         tgaHeader(packedType, 2, 2, 32, 40) +
+             Bytes{0x81, 1, 2, 3, 4, 0x01, 5, 6, 7, 8, 9, 10, 11, 12},
+         {7, 6, 5, 8, 11, 10, 9, 12, 3, 2, 1, 4, 3, 2, 1, 4}},
+        {"packet byte 128 is one repeated pixel",
+         tgaHeader(packedType, 2, 1, 24) + Bytes{128, 1, 2, 3, 128, 4, 5, 6},
+         {3, 2, 1, 6, 5, 4}},
+        {"packet byte 255 is 128 repeated pixels",
+         tgaHeader(packedType, 16, 8, 24) + Bytes{255, 1, 2, 3}, repeated(128, {3, 2, 1})},
+        {"bytes behind plain pixels are left alone",
+         tgaHeader(plainType, 1, 1, 24) + Bytes{1, 2, 3} + Bytes(26, 'x'),
+         {3, 2, 1}},
+        {"bytes behind packets are left alone",
+         tgaHeader(packedType, 1, 1, 24) + Bytes{0, 1, 2, 3} + Bytes(26, 'x'),
+         {3, 2, 1}},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(decoded(row.file), row.pixels) << row.name;
 }
 
 TEST(Tga, KeepsRowsOfDescriptorsBelow16AndReversesTheOthers) {
     const Bytes rows = {1, 1, 1, 2, 2, 2, 3, 3, 3};
     const Bytes reversed = {3, 3, 3, 2, 2, 2, 1, 1, 1};
     for (const unsigned int descriptor : {0, 1, 8, 15})
-        EXPECT_EQ(rows, decoded(tgaHeader(plainType, 1, 3, 24, descriptor) + rows)) << descriptor;
+        EXPECT_EQ(decoded(tgaHeader(plainType, 1, 3, 24, descriptor) + rows), rows) << descriptor;
     for (const unsigned int descriptor : {16, 32, 40, 47, 128, 255})
-        EXPECT_EQ(reversed, decoded(tgaHeader(plainType, 1, 3, 24, descriptor) + rows))
+        EXPECT_EQ(decoded(tgaHeader(plainType, 1, 3, 24, descriptor) + rows), reversed)
             << descriptor;
-}
-
-TEST(Tga, ReversesWholeRowsOfRunLengthFilesToo) {
-    const Bytes file = tgaHeader(packedType, 2, 2, 32, 40) +
-                       Bytes{0x81, 1, 2, 3, 4, 0x01, 5, 6, 7, 8, 9, 10, 11, 12};
-    EXPECT_EQ((Bytes{7, 6, 5, 8, 11, 10, 9, 12, 3, 2, 1, 4, 3, 2, 1, 4}), decoded(file));
 }
 
 TEST(Tga, PacketByte127Is128LiteralPixels) {
@@ -73,58 +88,44 @@ TEST(Tga, PacketByte127Is128LiteralPixels) {
     Bytes swapped = pixels;
     for (std::size_t i = 0; i < swapped.size(); i += 3)
         std::swap(swapped[i], swapped[i + 2]);
-    EXPECT_EQ(swapped, decoded(tgaHeader(packedType, 128, 1, 24) + Bytes{127} + pixels));
+    EXPECT_EQ(decoded(tgaHeader(packedType, 128, 1, 24) + Bytes{127} + pixels), swapped);
 }
 
-TEST(Tga, PacketByte128IsOneRepeatedPixel) {
-    EXPECT_EQ((Bytes{3, 2, 1, 6, 5, 4}),
-              decoded(tgaHeader(packedType, 2, 1, 24) + Bytes{128, 1, 2, 3, 128, 4, 5, 6}));
-}
-
-TEST(Tga, PacketByte255Is128RepeatedPixels) {
-    EXPECT_EQ(repeated(128, {3, 2, 1}),
-              decoded(tgaHeader(packedType, 16, 8, 24) + Bytes{255, 1, 2, 3}));
-}
-
-TEST(Tga, BytesBehindTheImageAreLeftAlone) {
-    EXPECT_EQ((Bytes{3, 2, 1}),
-              decoded(tgaHeader(plainType, 1, 1, 24) + Bytes{1, 2, 3} + Bytes(26, 'x')));
-    EXPECT_EQ((Bytes{3, 2, 1}),
-              decoded(tgaHeader(packedType, 1, 1, 24) + Bytes{0, 1, 2, 3} + Bytes(26, 'x')));
-}
-
-TEST(Tga, RunPastTheEndOfTheImageIsCorrupted) {
-    EXPECT_EQ(TgaResult::corrupted,
-              inspected(tgaHeader(packedType, 3, 1, 24) + Bytes{0x83, 1, 2, 3}));
-    EXPECT_EQ(TgaResult::corrupted,
-              inspected(tgaHeader(packedType, 1, 1, 24) + Bytes{1, 1, 2, 3, 4, 5, 6}));
-    EXPECT_EQ(TgaResult::ok, inspected(tgaHeader(packedType, 3, 1, 24) + Bytes{0x82, 1, 2, 3}));
-}
-
-TEST(Tga, RunPastTheEndOfTheFileIsCorrupted) {
-    EXPECT_EQ(TgaResult::corrupted,
-              inspected(tgaHeader(packedType, 2, 1, 24) + Bytes{1, 1, 2, 3, 4, 5}));
-    EXPECT_EQ(TgaResult::corrupted,
-              inspected(tgaHeader(packedType, 2, 1, 32) + Bytes{0x81, 1, 2, 3}));
-    EXPECT_EQ(TgaResult::corrupted,
-              inspected(tgaHeader(packedType, 2, 1, 24) + Bytes{0x80, 1, 2, 3}));
+TEST(Tga, RunsEndWithTheImageAndTheFile) {
+    const struct {
+        const char *name;
+        unsigned int width, bits;
+        Bytes packets;
+        TgaResult result;
+    } rows[] = {
+        {"up to the end", 3, 24, {0x82, 1, 2, 3}, TgaResult::ok},
+        {"run past the image", 3, 24, {0x83, 1, 2, 3}, TgaResult::corrupted},
+        {"literals past the image", 1, 24, {1, 1, 2, 3, 4, 5, 6}, TgaResult::corrupted},
+        {"literals past the file", 2, 24, {1, 1, 2, 3, 4, 5}, TgaResult::corrupted},
+        {"run past the file", 2, 32, {0x81, 1, 2, 3}, TgaResult::corrupted},
+        {"a packet too few", 2, 24, {0x80, 1, 2, 3}, TgaResult::corrupted},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(inspected(tgaHeader(packedType, row.width, 1, row.bits) + row.packets),
+                  row.result)
+            << row.name;
 }
 
 TEST(Tga, SizesReachFrom1To4096) {
     for (const unsigned int bad : {0u, 4097u, 65535u}) {
-        EXPECT_EQ(TgaResult::unsupportedDepthOrSizes,
-                  inspected(tgaHeader(plainType, bad, 1, 24) + Bytes(64)));
-        EXPECT_EQ(TgaResult::unsupportedDepthOrSizes,
-                  inspected(tgaHeader(plainType, 1, bad, 24) + Bytes(64)));
+        EXPECT_EQ(inspected(tgaHeader(plainType, bad, 1, 24) + Bytes(64)),
+                  TgaResult::unsupportedDepthOrSizes);
+        EXPECT_EQ(inspected(tgaHeader(plainType, 1, bad, 24) + Bytes(64)),
+                  TgaResult::unsupportedDepthOrSizes);
     }
-    EXPECT_EQ(TgaResult::ok, inspected(tgaHeader(plainType, 4096, 1, 24) + Bytes(4096 * 3)));
-    EXPECT_EQ(TgaResult::ok, inspected(tgaHeader(plainType, 1, 4096, 32) + Bytes(4096 * 4)));
+    EXPECT_EQ(inspected(tgaHeader(plainType, 4096, 1, 24) + Bytes(4096 * 3)), TgaResult::ok);
+    EXPECT_EQ(inspected(tgaHeader(plainType, 1, 4096, 32) + Bytes(4096 * 4)), TgaResult::ok);
 }
 
 TEST(Tga, OnlyDepthsOf24And32BitsAreSupported) {
     for (const unsigned int bits : {0, 1, 8, 15, 16, 23, 25, 33, 255})
-        EXPECT_EQ(TgaResult::unsupportedDepthOrSizes,
-                  inspected(tgaHeader(plainType, 1, 1, bits) + Bytes(64)))
+        EXPECT_EQ(inspected(tgaHeader(plainType, 1, 1, bits) + Bytes(64)),
+                  TgaResult::unsupportedDepthOrSizes)
             << bits;
 }
 
@@ -133,11 +134,11 @@ TEST(Tga, AnyOtherStartIsOfAnUnsupportedKindWhateverItsBody) {
         Bytes file = tgaHeader(plainType, 40, 30, 24);
         file[position] = 9;
         TgaImage image;
-        EXPECT_EQ(TgaResult::ok, inspectTga(file.data(), file.size(), image)) << position;
-        EXPECT_EQ(TgaKind::unsupported, image.kind) << position;
-        EXPECT_EQ(40u, image.width);
-        EXPECT_EQ(30u, image.height);
-        EXPECT_EQ(3u, image.depth);
+        EXPECT_EQ(inspectTga(file.data(), file.size(), image), TgaResult::ok) << position;
+        EXPECT_EQ(image.kind, TgaKind::unsupported) << position;
+        EXPECT_EQ(image.width, 40u);
+        EXPECT_EQ(image.height, 30u);
+        EXPECT_EQ(image.depth, 3u);
     }
 }
 
@@ -146,7 +147,7 @@ TEST(Tga, NoHeaderIsCorrupted) {
     for (std::size_t size = 0; size < header.size(); ++size) {
         const ExactCopy cut(header.data(), size);
         TgaImage image;
-        EXPECT_EQ(TgaResult::corrupted, inspectTga(cut.bytes, size, image)) << size;
+        EXPECT_EQ(inspectTga(cut.bytes, size, image), TgaResult::corrupted) << size;
     }
 }
 
@@ -176,24 +177,24 @@ TEST_P(TgaSamples, WriterAndReaderAgree) {
     for (const unsigned int width : {1u, 2u, 3u, 127u, 128u, 129u, 300u})
         for (const unsigned int height : {1u, 2u, 5u}) {
             const Bytes wanted = pixels(width, height);
-            EXPECT_EQ(wanted, decoded(file(wanted, width, height, false))) << width;
+            EXPECT_EQ(decoded(file(wanted, width, height, false)), wanted) << width;
 
             Bytes upsideDown;
             const std::size_t row = wanted.size() / height;
             for (std::size_t y = height; y-- > 0;)
                 upsideDown.insert(upsideDown.end(), wanted.begin() + static_cast<long>(y * row),
                                   wanted.begin() + static_cast<long>((y + 1) * row));
-            EXPECT_EQ(wanted, decoded(file(upsideDown, width, height, true))) << width;
+            EXPECT_EQ(decoded(file(upsideDown, width, height, true)), wanted) << width;
         }
 }
 
 TEST_P(TgaSamples, CutAtAnyByteIsCorrupted) {
     const Bytes whole = file(pixels(16, 12), 16, 12, false);
-    ASSERT_EQ(TgaResult::ok, inspected(whole));
+    ASSERT_EQ(inspected(whole), TgaResult::ok);
     for (std::size_t size = 0; size < whole.size(); ++size) {
         const ExactCopy cut(whole.data(), size);
         TgaImage image;
-        EXPECT_EQ(TgaResult::corrupted, inspectTga(cut.bytes, size, image)) << size;
+        EXPECT_EQ(inspectTga(cut.bytes, size, image), TgaResult::corrupted) << size;
     }
 }
 
@@ -224,27 +225,27 @@ INSTANTIATE_TEST_SUITE_P(Kinds, TgaSamples,
 
 TEST(TgaWriter, MakesPlainBytes) {
     const Bytes pixels = {1, 2, 3, 4, 5, 6};
-    EXPECT_EQ(tgaHeader(plainType, 1, 2, 24, 32) + (Bytes{3, 2, 1, 6, 5, 4}),
-              encodeTga({1, 2, 3, true, pixels.data()}));
+    EXPECT_EQ(encodeTga({1, 2, 3, true, pixels.data()}),
+              tgaHeader(plainType, 1, 2, 24, 32) + (Bytes{3, 2, 1, 6, 5, 4}));
 }
 
 TEST(TgaWriter, MakesPacketsThatEndWithTheRow) {
     const Bytes pixels = repeated(6, {1, 2, 3, 4});
-    EXPECT_EQ(tgaHeader(packedType, 3, 2, 32, 8) + repeated(2, {0x82, 3, 2, 1, 4}),
-              encodeTga({3, 2, 4, false, pixels.data()}, TgaEncoding::runLength));
+    EXPECT_EQ(encodeTga({3, 2, 4, false, pixels.data()}, TgaEncoding::runLength),
+              tgaHeader(packedType, 3, 2, 32, 8) + repeated(2, {0x82, 3, 2, 1, 4}));
 }
 
 TEST(TgaWriter, LiteralsEndBeforeARun) {
     const Bytes pixels = {1, 1, 1, 2, 2, 2, 3, 3, 3, 3, 3, 3};
-    EXPECT_EQ(tgaHeader(packedType, 4, 1, 24) + (Bytes{1, 1, 1, 1, 2, 2, 2, 0x81, 3, 3, 3}),
-              encodeTga({4, 1, 3, false, pixels.data()}, TgaEncoding::runLength));
+    EXPECT_EQ(encodeTga({4, 1, 3, false, pixels.data()}, TgaEncoding::runLength),
+              tgaHeader(packedType, 4, 1, 24) + (Bytes{1, 1, 1, 1, 2, 2, 2, 0x81, 3, 3, 3}));
 }
 
 TEST(TgaWriter, SaysWhenTheFileCannotBeWritten) {
     const Bytes pixels = {1, 2, 3};
     EXPECT_FALSE(writeTga("no/such/folder.tga", {1, 1, 3, false, pixels.data()}));
     EXPECT_TRUE(writeTga("good.tga", {1, 1, 3, false, pixels.data()}));
-    EXPECT_EQ(tgaHeader(plainType, 1, 1, 24) + (Bytes{3, 2, 1}), readFile("good.tga"));
+    EXPECT_EQ(readFile("good.tga"), tgaHeader(plainType, 1, 1, 24) + (Bytes{3, 2, 1}));
 }
 
 TEST(TgaWriter, LeavesNoPartOfAFile) {

@@ -2,6 +2,7 @@
 
 #include "resources/shaderTexts.h"
 #include "tests/resources/shaders/labels.h"
+#include "tests/support/files.h"
 
 #include <gtest/gtest.h>
 
@@ -19,12 +20,10 @@ std::string contents(const std::string &path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void write(const std::string &path, const char *text) { std::ofstream(path) << text; }
-
 // Compiles and links the two texts with the reference compiler; what it says but for file names.
 std::string secondOpinion(const char *vertexText, const char *pixelText, int &result) {
-    write("stage.vert", vertexText);
-    write("stage.frag", pixelText);
+    writeFile("stage.vert", vertexText);
+    writeFile("stage.frag", pixelText);
     result = std::system("glslangValidator -l stage.vert stage.frag >messages.txt 2>&1");
     std::string messages = contents("messages.txt");
     for (const char *name : {"stage.vert\n", "stage.frag\n"})
