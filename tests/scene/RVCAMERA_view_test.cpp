@@ -5,6 +5,7 @@
 #include "tests/scene/referenceMatrix.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/expectNear.h"
 
 #include <cmath>
 
@@ -34,12 +35,6 @@ class CameraView : public EngineTest {
         return own;
     }
 
-    static void expectNear(const Z3MVECTOR3D &actual, double x, double y, double z) {
-        EXPECT_NEAR(actual.x, x, 1e-5);
-        EXPECT_NEAR(actual.y, y, 1e-5);
-        EXPECT_NEAR(actual.z, z, 1e-5);
-    }
-
     RVCAMERA *camera = nullptr;
 };
 
@@ -52,7 +47,7 @@ TEST_F(CameraView, UndoesThePositionAndTheTurnsInItsOwnOrder) {
     expected.turnX(5).turnY(6).turnZ(7);
     expected.turnZ(-40).turnX(-20).turnY(-30).translate(-1, -2, -3);
     EXPECT_TRUE(isNear(view(), expected));
-    expectNear(RVCAMERA::getCameraPosition(), 1, 2, 3);
+    expectNear(RVCAMERA::getCameraPosition(), {1, 2, 3});
 }
 
 TEST_F(CameraView, CallsStandInTheirOrder) {
@@ -79,7 +74,7 @@ TEST_F(CameraView, MatrixIsTheViewAsItStands) {
     camera->setMatrix(matrix);
     camera->setPositioning(RV_NODE_POSITIONING_MATRIX);
     EXPECT_TRUE(isNear(view(), ReferenceMatrix().turnY(90).multiply(matrix)));
-    expectNear(RVCAMERA::getCameraPosition(), 3, 4, 5);
+    expectNear(RVCAMERA::getCameraPosition(), {3, 4, 5});
 }
 
 TEST_F(CameraView, IgnoresItsParent) {
@@ -88,7 +83,7 @@ TEST_F(CameraView, IgnoresItsParent) {
     camera->link(parent);
     camera->setPosition(1, 2, 3);
     EXPECT_TRUE(isNear(view(), ReferenceMatrix().translate(-1, -2, -3)));
-    expectNear(RVCAMERA::getCameraPosition(), 1, 2, 3);
+    expectNear(RVCAMERA::getCameraPosition(), {1, 2, 3});
 }
 
 // Rows x, y and z of the view by the stated steps, in double precision.
@@ -126,7 +121,7 @@ TEST_F(CameraView, AimsAtItsTargetAndForgetsThePreRotation) {
     camera->setTarget(-1, 2, 10);
     camera->setTargetNode(camera);
     EXPECT_TRUE(isNear(view(), lookAt({3, 4, 5}, {-1, 2, 10}, {0, 1, 0})));
-    expectNear(RVCAMERA::getCameraPosition(), 3, 4, 5);
+    expectNear(RVCAMERA::getCameraPosition(), {3, 4, 5});
 }
 
 // Known numbers: from (5, 0, 0) to the origin, the world's -x is ahead.
@@ -134,10 +129,10 @@ TEST_F(CameraView, LooksDownItsBackAxis) {
     camera->setPosition(5, 0, 0);
     camera->setTargetNode(camera);
     const Z3MMATRIX &matrix = view();
-    expectNear(matrix.getTranslation(), 0, 0, -5);
-    expectNear(matrix.rotate(Z3MVECTOR3D(-1, 0, 0)), 0, 0, -1);
-    expectNear(matrix.rotate(Z3MVECTOR3D(0, 1, 0)), 0, 1, 0);
-    expectNear(matrix.rotate(Z3MVECTOR3D(0, 0, -1)), 1, 0, 0);
+    expectNear(matrix.getTranslation(), {0, 0, -5});
+    expectNear(matrix.rotate(Z3MVECTOR3D(-1, 0, 0)), {0, 0, -1});
+    expectNear(matrix.rotate(Z3MVECTOR3D(0, 1, 0)), {0, 1, 0});
+    expectNear(matrix.rotate(Z3MVECTOR3D(0, 0, -1)), {1, 0, 0});
 }
 
 TEST_F(CameraView, UpDirectionTurnsAnAimedCamera) {
@@ -156,7 +151,7 @@ TEST_F(CameraView, AimsFromTheTranslationOfItsMatrix) {
     camera->setTarget(1, 2, 3);
     camera->setTargetNode(camera);
     EXPECT_TRUE(isNear(view(), lookAt({7, 8, 9}, {1, 2, 3}, {0, 1, 0})));
-    expectNear(RVCAMERA::getCameraPosition(), 7, 8, 9);
+    expectNear(RVCAMERA::getCameraPosition(), {7, 8, 9});
 }
 
 TEST_F(CameraView, AimsAtAnotherNodeWhereverItsParentsPutIt) {
@@ -200,8 +195,8 @@ TEST_F(CameraView, PositionOfAMatrixIsItsLastColumnAlsoWhereThatIsNotTheEye) {
     camera->setMatrix(matrix);
     camera->setPosition(1, 2, 3);
     camera->setPositioning(RV_NODE_POSITIONING_MATRIX);
-    expectNear(view().getTranslation(), 0, 0, -5);
-    expectNear(RVCAMERA::getCameraPosition(), 0, 0, -5);
+    expectNear(view().getTranslation(), {0, 0, -5});
+    expectNear(RVCAMERA::getCameraPosition(), {0, 0, -5});
 }
 
 TEST_F(CameraView, LastRenderPublishesTheStatics) {
@@ -244,13 +239,13 @@ TEST_F(CameraView, MoveDoomFollowsTheAxesOfTheLastView) {
     camera->render(nullptr);
     RVCAMERA *other = new RVCAMERA;
     other->moveDoom(0, 0, -2);
-    expectNear(other->getPosition(), -2, 0, 0);
-    expectNear(other->getDirection(), -2, 0, 0);
+    expectNear(other->getPosition(), {-2, 0, 0});
+    expectNear(other->getDirection(), {-2, 0, 0});
     other->moveDoom(3, 0, 0); // to the right
-    expectNear(other->getPosition(), -2, 0, -3);
+    expectNear(other->getPosition(), {-2, 0, -3});
     other->moveDoom(Z3MVECTOR3D(0, 4, 0));
-    expectNear(other->getPosition(), -2, 4, -3);
-    expectNear(other->getDirection(), 0, 4, 0);
+    expectNear(other->getPosition(), {-2, 4, -3});
+    expectNear(other->getDirection(), {0, 4, 0});
 }
 
 } // namespace

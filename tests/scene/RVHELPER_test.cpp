@@ -24,9 +24,7 @@ class HelperTest : public EngineTest {
     }
 
     Calls recordRender() {
-        recorder.start();
-        EXPECT_TRUE(helper->render(&element));
-        return recorder.stop();
+        return callsOf([&] { EXPECT_TRUE(helper->render(&element)); });
     }
 
     RVHELPER *helper = nullptr;
@@ -205,9 +203,7 @@ TEST_F(HelperTest, NextMaterialIsAppliedAnew) {
     RVMATERIAL *material = new RVMATERIAL;
     material->render(nullptr);
     helper->render(&element);
-    recorder.start();
-    material->render(nullptr);
-    EXPECT_TRUE(recorder.stop().contains("glMaterialfv"));
+    EXPECT_TRUE(callsOf([&] { material->render(nullptr); }).contains("glMaterialfv"));
 }
 
 TEST_F(HelperTest, RadiusDoesNotChangeTheDrawing) {

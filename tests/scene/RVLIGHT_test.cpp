@@ -121,7 +121,6 @@ TEST_F(LightTest, LoadWithoutMemoryLeavesNothingBehind) {
     const auto bytes = body.exact();
     for (const std::size_t failing : {sizeof(RVLIGHT), 2000 * sizeof(RVNODE *)}) {
         long cursor = 0;
-        markLog();
         recorder.failAllocation(failing);
         const RVNODE *light = RVLIGHT::load(bytes.get(), &cursor);
         recorder.allocationsWork();

@@ -138,19 +138,6 @@ TEST_F(NodeTest, UnknownTypeIsCalledCustom) {
     EXPECT_STREQ((new Strange)->getTypeName(), "custom");
 }
 
-TEST_F(NodeTest, NameOf256CharactersKeepsTheOldOne) {
-    RVNODE *node = make("old");
-    node->setName(std::string(256, 'x').c_str());
-    EXPECT_STREQ(node->getName(), "old");
-    node->setName(nullptr);
-    EXPECT_STREQ(node->getName(), "old");
-    node->setName(std::string(255, 'x').c_str());
-    EXPECT_EQ(node->getName(), std::string(255, 'x'));
-    node->setName("");
-    EXPECT_STREQ(node->getName(), "");
-    EXPECT_NOTHING_LOGGED();
-}
-
 TEST_F(NodeTest, PlainAccessorsKeepWhatTheyAreGiven) {
     RVNODE *node = new RVNODE;
     int something = 0;
@@ -211,70 +198,6 @@ TEST_F(NodeTest, MoveAndRotateAdd) {
 
 // --- Registry
 
-TEST_F(NodeTest, RegistryKeepsTheOrderOfCreation) {
-    EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
-    RVNODE *a = make("a"), *b = make("b"), *c = make("c"), *d = make("d");
-    EXPECT_EQ(registry(), (Nodes{a, b, c, d}));
-    EXPECT_EQ(RVNODE::getNumberOfNodes(), 4u);
-    EXPECT_EQ(a->getPreviousNode(), nullptr);
-    EXPECT_EQ(d->getPreviousNode(), c);
-    delete b;
-    EXPECT_EQ(registry(), (Nodes{a, c, d}));
-    EXPECT_EQ(c->getPreviousNode(), a);
-    delete a;
-    EXPECT_EQ(registry(), (Nodes{c, d}));
-    delete d;
-    EXPECT_EQ(registry(), (Nodes{c}));
-    RVNODE *e = make("e");
-    EXPECT_EQ(registry(), (Nodes{c, e}));
-    delete c;
-    delete e;
-    EXPECT_EQ(registry(), Nodes());
-    RVNODE *f = make("f");
-    EXPECT_EQ(registry(), (Nodes{f}));
-}
-
-TEST_F(NodeTest, FindByNameGivesTheOldestOfThatName) {
-    EXPECT_EQ(RVNODE::findByName("twin"), nullptr);
-    make("other");
-    RVNODE *first = make("twin");
-    make("twin");
-    EXPECT_EQ(RVNODE::findByName("twin"), first);
-    EXPECT_EQ(RVNODE::findByName("Twin"), nullptr);
-    EXPECT_EQ(RVNODE::findByName("twi"), nullptr);
-    EXPECT_EQ(RVNODE::findByName(nullptr), nullptr);
-}
-
-TEST_F(NodeTest, FindByIdGivesTheNodeOrNull) {
-    make("a");
-    RVNODE *node = make("b");
-    EXPECT_EQ(RVNODE::findById(node->getId()), node);
-    EXPECT_EQ(RVNODE::findById(65535), nullptr);
-}
-
-TEST_F(NodeTest, DestructorGivesTheIdBack) {
-    RVNODE *node = new RVNODE;
-    const unsigned int id = node->getId();
-    delete node;
-    EXPECT_EQ((new RVNODE)->getId(), id);
-    EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(NodeTest, CleanUpDeletesAllAndLogsTheirNumber) {
-    RVNODE *root = make("root");
-    make("child", root);
-    new RVLIGHT;
-    markLog();
-    EXPECT_TRUE(RVNODE::cleanUp());
-    EXPECT_LOGGED_EXACTLY("   3 node(s) released @ RVNODE::cleanUp\n");
-    EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
-}
-
-TEST_F(NodeTest, CleanUpOfAnEmptyRegistryIsFalseAndSilent) {
-    EXPECT_FALSE(RVNODE::cleanUp());
-    EXPECT_NOTHING_LOGGED();
-}
-
 TEST_F(NodeTest, CleanUpBearsADestructorThatDeletesItsSuccessor) {
     class Owner : public RVNODE {
       public:
@@ -304,7 +227,6 @@ TEST_F(NodeTest, CleanUpBearsDestructorsThatUnlink) {
     middle->link(root);
     leaf->link(middle);
     make("beside", root);
-    markLog();
     EXPECT_TRUE(RVNODE::cleanUp());
     EXPECT_LOGGED_EXACTLY("   4 node(s) released @ RVNODE::cleanUp\n");
     EXPECT_EQ(linked, 0u);
@@ -329,7 +251,6 @@ TEST_F(NodeTest, NodeBeyondTheLastIdIsBuiltWithZero) {
     for (unsigned int number = alive; number < 65535 && last; ++number)
         last = (new RVNODE)->getId();
     EXPECT_EQ(last, 65535u);
-    markLog();
     const RVNODE *node = new RVNODE;
     EXPECT_LOGGED_EXACTLY("zlfNewId: all ID are used\n");
     EXPECT_EQ(node->getId(), 0u);
@@ -361,7 +282,6 @@ TEST_F(NodeTest, LinkRefusesNullAndItself) {
 
 TEST_F(NodeTest, SecondLinkFailsUntilUnlink) {
     RVNODE *first = make("first"), *second = make("second"), *node = make("50%d", first);
-    markLog();
     EXPECT_FALSE(node->link(second));
     EXPECT_LOGGED_EXACTLY("   [!] Node 50%d has already a parent @ RVNODE::link\n");
     EXPECT_EQ(second->getNumberOfChildren(), 0u);
@@ -419,7 +339,6 @@ TEST_F(NodeTest, UnlinkDoesNotCompareAnOnlyChild) {
     EXPECT_TRUE(stranger.unlink());
     EXPECT_EQ(root->getNumberOfChildren(), 0u);
     EXPECT_EQ(only->getParent(), root);
-    markLog();
     EXPECT_FALSE(only->unlink());
     EXPECT_LOGGED_EXACTLY("   [!] Consistency problem with only @ RVNODE::unlink\n");
 }
@@ -449,7 +368,6 @@ TEST_F(NodeTest, RemoveOfALeafAndOfAnOnlyChild) {
 
 TEST_F(NodeTest, RemoveOfARootFailsAndKeepsItsChildren) {
     RVNODE *root = make("root"), *child = make("child", root);
-    markLog();
     EXPECT_FALSE(root->remove());
     EXPECT_LOGGED_EXACTLY("   [!] Node root already unlinked @ RVNODE::remove\n");
     EXPECT_EQ(childrenOf(*root), (Nodes{child}));
@@ -481,7 +399,6 @@ TEST_F(NodeTest, SearchInAHierarchyIsDepthFirst) {
 TEST_F(NodeTest, DisplayTreeIndentsByTwo) {
     RVNODE *root = make("root");
     RVNODE *left = make("left %s", root), *deep = make("deep", left), *right = make("right", root);
-    markLog();
     EXPECT_TRUE(RVNODE::displayTree(root));
     EXPECT_LOGGED_EXACTLY("   Tree for root:\n" + line(3, *root) + line(5, *left) + line(7, *deep) +
                           line(5, *right) + "\n");
@@ -489,7 +406,6 @@ TEST_F(NodeTest, DisplayTreeIndentsByTwo) {
 
 TEST_F(NodeTest, DisplayTreeOfALeafIsEmpty) {
     RVNODE *leaf = make("leaf");
-    markLog();
     EXPECT_TRUE(RVNODE::displayTree(leaf));
     EXPECT_LOGGED_EXACTLY("   Tree for leaf:\n   empty\n\n");
 }
@@ -502,7 +418,6 @@ TEST_F(NodeTest, DisplayTreeOfNullIsRefused) {
 
 TEST_F(NodeTest, DisplayTreeRecursiveLogsFromItsDepth) {
     RVNODE *node = make("node");
-    markLog();
     EXPECT_EQ(RVNODE::displayTreeRecursive(node, 4), nullptr);
     EXPECT_LOGGED_EXACTLY(line(4, *node));
 }
@@ -510,7 +425,6 @@ TEST_F(NodeTest, DisplayTreeRecursiveLogsFromItsDepth) {
 // One line a node, cut where it would be longer than the log takes.
 TEST_F(NodeTest, DisplayTreeCutsItsLines) {
     RVNODE *node = make(std::string(255, 'n').c_str());
-    markLog();
     RVNODE::displayTreeRecursive(node, 900);
     RVNODE::displayTreeRecursive(node, 5000);
     RVNODE::displayTreeRecursive(node, -7);
@@ -712,7 +626,6 @@ TEST_F(NodeTest, AnnouncedChildrenAreEmptyPlacesThatWalksSkip) {
     EXPECT_EQ(middle->getParent(), root);
     EXPECT_EQ(root->findByNameInHierarchy("middle"), middle);
     EXPECT_EQ(root->findByNameInHierarchy("nobody"), nullptr);
-    markLog();
     RVNODE::displayTree(root);
     EXPECT_LOGGED_EXACTLY("   Tree for root:\n" + line(3, *root) + line(5, *middle) + "\n");
     RVNODE *grandparent = make("grandparent");
@@ -736,7 +649,6 @@ TEST_F(NodeTest, LoadWithoutMemoryLeavesNothingBehind) {
     const auto bytes = body.exact();
     for (const std::size_t failing : {sizeof(RVNODE), 2000 * sizeof(RVNODE *)}) {
         long cursor = 0;
-        markLog();
         recorder.failAllocation(failing);
         const RVNODE *node = RVNODE::load(bytes.get(), &cursor);
         recorder.allocationsWork();

@@ -7,6 +7,7 @@
 #include "tests/scene/referenceMatrix.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/glState.h"
 
 #include <string>
 #include <vector>
@@ -15,11 +16,7 @@ using namespace ravolt::test;
 
 namespace {
 
-GLint modelviewDepth() {
-    GLint depth = 0;
-    glGetIntegerv(GL_MODELVIEW_STACK_DEPTH, &depth);
-    return depth;
-}
+GLint modelviewDepth() { return integerOf(GL_MODELVIEW_STACK_DEPTH); }
 
 Z3MMATRIX modelview() {
     Z3MMATRIX matrix;
@@ -57,6 +54,12 @@ class TransformTest : public EngineTest {
         return node;
     }
 
+    static void fillTheStack() {
+        const GLint limit = integerOf(GL_MAX_MODELVIEW_STACK_DEPTH);
+        while (modelviewDepth() < limit)
+            glPushMatrix();
+    }
+
     static Calls transformCalls(const Calls &calls) {
         return calls.named({"glPushMatrix", "glPopMatrix", "glLoadIdentity", "glTranslatef",
                             "glRotatef", "glMultMatrixf"});
@@ -79,9 +82,7 @@ TEST_F(FinalMatrix, CallsStandInTheirOrder) {
     RVNODE *root = make(nullptr, Z3MVECTOR3D(7, 8, 9));
     root->setPositioning(RV_NODE_POSITIONING_MATRIX);
     RVNODE *node = make(root, Z3MVECTOR3D(1, 2, 3), Z3MVECTOR3D(10, 20, 30));
-    recorder.start();
-    node->getFinalMatrix(nullptr);
-    EXPECT_EQ(transformCalls(recorder.stop()),
+    EXPECT_EQ(transformCalls(callsOf([&] { node->getFinalMatrix(nullptr); })),
               (Calls{{"glPushMatrix"},
                      {"glLoadIdentity"},
                      {"glMultMatrixf", 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1},
@@ -114,11 +115,18 @@ TEST_F(FinalMatrix, GoesThroughAllAncestorsOfEitherPositioning) {
 
 TEST_F(FinalMatrix, UnknownPositioningIsTheParentsFrame) {
     RVNODE *root = make(nullptr, Z3MVECTOR3D(1, 2, 3), Z3MVECTOR3D(0, 0, 90));
-    RVNODE *node = make(root, Z3MVECTOR3D(50, 50, 50), Z3MVECTOR3D(60, 60, 60));
+    Drawings drawn;
+    CustomProbe *node = new CustomProbe(drawn);
+    node->setPosition(50, 50, 50);
+    node->setRotation(60, 60, 60);
+    node->link(root);
     node->setPositioning(static_cast<RV_NODE_POSITIONING>(2));
     ReferenceMatrix expected;
     expected.node(Z3MVECTOR3D(1, 2, 3), Z3MVECTOR3D(0, 0, 90));
     EXPECT_TRUE(isNear(node->getFinalMatrix(nullptr), expected));
+    drawFrame(nullptr, root); // in the pass as well
+    ASSERT_EQ(drawn.size(), 1u);
+    EXPECT_TRUE(isNear(drawn[0].matrix, expected));
 }
 
 TEST_F(FinalMatrix, StopsAtTheNamedAncestorWhichTakesPart) {
@@ -148,15 +156,10 @@ TEST_F(FinalMatrix, LeavesTheModelviewMatrixAsItWas) {
     EXPECT_TRUE(isNear(modelview(), ReferenceMatrix().translate(5, 6, 7)));
 }
 
-TEST_F(FinalMatrix, Takes63Ancestors) {
-    RVNODE *node = makeChain(64);
-    EXPECT_EQ(node->getFinalMatrix(nullptr).getTranslation().x, 64);
+TEST_F(FinalMatrix, Takes63AncestorsAndRefuses64) {
+    EXPECT_EQ(makeChain(64)->getFinalMatrix(nullptr).getTranslation().x, 64);
     EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(FinalMatrix, Refuses64Ancestors) {
-    RVNODE *node = makeChain(65);
-    EXPECT_TRUE(isNear(node->getFinalMatrix(nullptr), ReferenceMatrix()));
+    EXPECT_TRUE(isNear(makeChain(65)->getFinalMatrix(nullptr), ReferenceMatrix()));
     EXPECT_LOGGED_EXACTLY("   [!] Depth overflow @ RVNODE::getFinalMatrix()\n");
 }
 
@@ -175,10 +178,7 @@ TEST_F(FinalMatrix, NamedAncestorMustStandBelowThe64th) {
 
 TEST_F(FinalMatrix, NeedsNoRoomOnTheStack) {
     RVNODE *node = make(nullptr, Z3MVECTOR3D(1, 2, 3));
-    GLint limit = 0;
-    glGetIntegerv(GL_MAX_MODELVIEW_STACK_DEPTH, &limit);
-    while (modelviewDepth() < limit)
-        glPushMatrix();
+    fillTheStack();
     glTranslatef(9, 9, 9);
     EXPECT_TRUE(isNear(node->getFinalMatrix(nullptr), ReferenceMatrix().translate(1, 2, 3)));
     EXPECT_TRUE(isNear(modelview(), ReferenceMatrix().translate(9, 9, 9)));
@@ -221,31 +221,17 @@ TEST_F(Pass, HoldsTheCamera) {
     EXPECT_TRUE(isNear(drawn[0].matrix, ReferenceMatrix().translate(4, 5, -14)));
 }
 
-TEST_F(Pass, UnknownPositioningIsTheParentsFrame) {
-    Drawings drawn;
-    RVNODE *root = make(nullptr, Z3MVECTOR3D(1, 2, 3));
-    CustomProbe *node = new CustomProbe(drawn);
-    node->setPosition(40, 50, 60);
-    node->setPositioning(static_cast<RV_NODE_POSITIONING>(2));
-    node->link(root);
-    drawFrame(nullptr, root);
-    ASSERT_EQ(drawn.size(), 1u);
-    EXPECT_TRUE(isNear(drawn[0].matrix, ReferenceMatrix().translate(1, 2, 3)));
-}
-
 TEST_F(Pass, CallsStandInTheirOrder) {
     RVNODE *root = make(nullptr, Z3MVECTOR3D(1, 2, 3), Z3MVECTOR3D(10, 0, 30));
     make(root, Z3MVECTOR3D(4, 5, 6));
-    recorder.start();
-    root->pass();
-    EXPECT_EQ(transformCalls(recorder.stop()), (Calls{{"glPushMatrix"},
-                                                      {"glTranslatef", 1, 2, 3},
-                                                      {"glRotatef", 10, 1, 0, 0},
-                                                      {"glRotatef", 30, 0, 0, 1},
-                                                      {"glPushMatrix"},
-                                                      {"glTranslatef", 4, 5, 6},
-                                                      {"glPopMatrix"},
-                                                      {"glPopMatrix"}}));
+    EXPECT_EQ(transformCalls(callsOf([&] { root->pass(); })), (Calls{{"glPushMatrix"},
+                                                                     {"glTranslatef", 1, 2, 3},
+                                                                     {"glRotatef", 10, 1, 0, 0},
+                                                                     {"glRotatef", 30, 0, 0, 1},
+                                                                     {"glPushMatrix"},
+                                                                     {"glTranslatef", 4, 5, 6},
+                                                                     {"glPopMatrix"},
+                                                                     {"glPopMatrix"}}));
 }
 
 // A chain in which each level has, behind the next level, a node of its own: where the stack ran
@@ -303,10 +289,7 @@ TEST_F(Pass, ApplicationsOwnMatricesMayFillTheStack) {
     first->link(root);
     second->link(root);
     RAVOLT::begin3D(nullptr);
-    GLint limit = 0;
-    glGetIntegerv(GL_MAX_MODELVIEW_STACK_DEPTH, &limit);
-    while (modelviewDepth() < limit)
-        glPushMatrix();
+    fillTheStack();
     root->pass();
     EXPECT_TRUE(isNear(modelview(), ReferenceMatrix()));
     while (modelviewDepth() > depthBefore)

@@ -118,7 +118,7 @@ TEST(DamagedVideo, CutAnywhereItPlaysAsFarAsItGoes) {
             most = played.frames;
         }
         EXPECT_GE(most, framesPerVideo - 2) << name;
-        EXPECT_EQ(framesPerVideo, playThrough(whole).frames) << name;
+        EXPECT_EQ(playThrough(whole).frames, framesPerVideo) << name;
     }
 }
 
@@ -166,18 +166,18 @@ TEST(DamagedVideo, VideosThatBreakOffIntoOthersArePassedOver) {
 TEST(DamagedVideo, GarbageHasNoFrames) {
     for (unsigned int seed = 0; seed < 40; ++seed) {
         Damage damage(seed);
-        EXPECT_EQ(0u, playThrough(damage.garbage(1 + damage.below(20000), false)).frames);
+        EXPECT_EQ(playThrough(damage.garbage(1 + damage.below(20000), false)).frames, 0u);
         playThrough(damage.garbage(20000, true));
     }
     for (const unsigned char byte : {0, 1, 255})
-        EXPECT_EQ(0u, playThrough(Bytes(10000, byte)).frames);
+        EXPECT_EQ(playThrough(Bytes(10000, byte)).frames, 0u);
 }
 
 // Sequence and picture tell the decoder of fields, of which each has half of the lines: eight here.
 // The decoder would write sixteen.
 TEST(DamagedVideo, FieldsLowerThanAMacroblockAreSkipped) {
     Bytes data = bytesOf("ffmpeg2_16x16");
-    EXPECT_EQ(framesPerVideo, playThrough(data).frames);
+    EXPECT_EQ(playThrough(data).frames, framesPerVideo);
     const Bytes extension = {0, 0, 1, 0xb5};
     for (auto at = data.begin();; ++at) {
         at = std::search(at, data.end() - 8, extension.begin(), extension.end());
@@ -186,12 +186,12 @@ TEST(DamagedVideo, FieldsLowerThanAMacroblockAreSkipped) {
         if (at[4] >> 4 == 8) // of a picture
             at[6] = static_cast<unsigned char>((at[6] & ~3) | 1);
     }
-    EXPECT_EQ(0u, playThrough(data).frames);
+    EXPECT_EQ(playThrough(data).frames, 0u);
 }
 
 // The decoder would ask for gigabytes.
 TEST(DamagedVideo, SizeThatNoTextureHasGetsNoMemory) {
-    EXPECT_EQ(0u, playThrough(withGiantSize(bytesOf("ffmpeg2_64x48_b"))).frames);
+    EXPECT_EQ(playThrough(withGiantSize(bytesOf("ffmpeg2_64x48_b"))).frames, 0u);
 }
 
 class DamagedVideos : public SilentEngineTest {};
@@ -210,7 +210,7 @@ TEST_F(DamagedVideos, LoadAndPlayLikeAnyOther) {
         ASSERT_TRUE(video->load("damaged"));
         video->play();
         EXPECT_TRUE(video->update(wholeVideo));
-        EXPECT_EQ(RV_VIDEO_STOP, video->getStatus());
+        EXPECT_EQ(video->getStatus(), RV_VIDEO_STOP);
     }
     for (const Bytes &data :
          {Bytes(), Bytes(1, 0), Bytes(4096, 0), Damage(1).garbage(5000, true)}) {
@@ -218,7 +218,7 @@ TEST_F(DamagedVideos, LoadAndPlayLikeAnyOther) {
         ASSERT_TRUE(video->load("garbage"));
         video->playLoop();
         EXPECT_TRUE(video->update(100));
-        EXPECT_EQ(RV_VIDEO_PLAYLOOP, video->getStatus());
+        EXPECT_EQ(video->getStatus(), RV_VIDEO_PLAYLOOP);
     }
 }
 

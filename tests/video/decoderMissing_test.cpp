@@ -35,23 +35,23 @@ TEST_F(VideoWithoutDecoder, VideoDoesNotLoad) {
     EXPECT_FALSE(video.load("video"));
     EXPECT_LOGGED_EXACTLY("\n   Loading MPG file 'video'...\n"
                           "   [!] Decoder failed to initialize @ RVVIDEO::load\n");
-    EXPECT_EQ(before, openFiles());
-    EXPECT_EQ(RV_VIDEO_STOP, video.getStatus());
-    EXPECT_STREQ(("[video " + std::to_string(video.getId()) + "]").c_str(), video.getName());
+    EXPECT_EQ(openFiles(), before);
+    EXPECT_EQ(video.getStatus(), RV_VIDEO_STOP);
+    EXPECT_STREQ(video.getName(), ("[video " + std::to_string(video.getId()) + "]").c_str());
 }
 
 TEST_F(VideoWithoutDecoder, RestOfTheClassIsThere) {
     auto *video = new RVVIDEO;
-    EXPECT_EQ(video, RVVIDEO::findById(video->getId()));
+    EXPECT_EQ(RVVIDEO::findById(video->getId()), video);
     markLog();
     video->playLoop();
     EXPECT_TRUE(video->update(1000));
-    EXPECT_EQ(RV_VIDEO_PLAYLOOP, video->getStatus());
+    EXPECT_EQ(video->getStatus(), RV_VIDEO_PLAYLOOP);
     EXPECT_NOTHING_LOGGED();
     EXPECT_FALSE(video->load(nullptr));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params or file not found @ RVVIDEO::load\n");
     EXPECT_TRUE(RVVIDEO::cleanUp());
-    EXPECT_EQ(0u, RVVIDEO::getNumberOfVideos());
+    EXPECT_EQ(RVVIDEO::getNumberOfVideos(), 0u);
 }
 
 } // namespace
