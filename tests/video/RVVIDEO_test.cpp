@@ -131,8 +131,8 @@ TEST_F(Video, VideoIsSoughtBehindTheFolder) {
     RVVIDEO::setMPGPath("folder/");
     EXPECT_TRUE(video->load("video"));
     EXPECT_STREQ(video->getName(), "video");
-    RVVIDEO::setMPGPath("folder/f"); // no separator is added
-    EXPECT_TRUE(video->load("ilm"));
+    RVVIDEO::setMPGPath("folder/v"); // no separator is added
+    EXPECT_TRUE(video->load("ideo"));
 }
 
 TEST_F(Video, EndOfTheVideoLooksForItBehindThePathOfThatMoment) {
