@@ -1,3 +1,8 @@
+// Clips: the registry, the entries and their use on a tree. Files are in rvaFile.cpp.
+//
+// The two counts are set by the application and may exceed the storage; every index is checked
+// against the storage too, and every loop ends with it.
+
 #include "ravolt/RVANIM.h"
 
 #include "foundation/platform.h"
@@ -10,11 +15,6 @@
 #include <algorithm>
 #include <cstring>
 
-// Clips: the registry, the entries and their use on a tree. Files are in rvaFile.cpp.
-//
-// The two counts are whatever the application says and may exceed the storage; every index is held
-// against the storage too, and every walk ends with it.
-
 using AnimRegistry = ravolt::Registry<RVANIM>;
 
 RVANIM *RVANIM::firstAnim = nullptr;
@@ -23,12 +23,44 @@ char RVANIM::rvaPath[256] = "";
 
 namespace {
 
+unsigned int storedBones(const RVANIM &clip) {
+    return std::min<unsigned int>(clip.getNumberOfBones(), RV_ANIM_BONES);
+}
+
+unsigned int storedFrames(const RVANIM &clip) {
+    return std::min<unsigned int>(clip.getNumberOfFrames(), RV_ANIM_FRAMES + 1);
+}
+
+// The entry if it may be set; otherwise NULL, with the message in the log.
+// On purpose: the frame after the last one is accepted, a bone after the last one is not.
+RVBONEFRAME *settableEntry(RVANIM &clip, unsigned int frame, unsigned int bone,
+                           const char *message) {
+    if (frame <= clip.getNumberOfFrames() && frame <= RV_ANIM_FRAMES && bone < storedBones(clip))
+        return clip.getKeyframe(frame, bone);
+    zlfLog("%s", message);
+    return nullptr;
+}
+
 bool setComponent(RVBONEFRAME *entry, float Z3MVECTOR3D::*component, float degrees) {
     if (!entry)
         return false;
     entry->rotation.*component = degrees;
     entry->set = true;
     return true;
+}
+
+// On purpose: if `from` is no key it is moved by one step itself, and all that follows is one step
+// ahead; and neighbours are not changed, key or not.
+void fillSegment(RVANIM &clip, unsigned int bone, unsigned int from, unsigned int to) {
+    if (to == from + 1)
+        return;
+    Z3MVECTOR3D rotation = clip.getFrameRotation(from, bone);
+    const Z3MVECTOR3D step = (clip.getFrameRotation(to, bone) - rotation) / (to - from);
+    for (unsigned int frame = from; frame < to; ++frame)
+        if (RVBONEFRAME *entry = clip.getKeyframe(frame, bone); !entry->set) {
+            rotation += step;
+            entry->rotation = rotation;
+        }
 }
 
 } // namespace
@@ -45,17 +77,9 @@ RVANIM::~RVANIM() {
     AnimRegistry::unlink(firstAnim, lastAnim, this);
 }
 
-unsigned int RVANIM::storedBones() const {
-    return std::min<unsigned int>(numberOfBones, RV_ANIM_BONES);
-}
-
-unsigned int RVANIM::storedFrames() const {
-    return std::min<unsigned int>(numberOfFrames, RV_ANIM_FRAMES + 1);
-}
-
 void RVANIM::reset() {
-    for (unsigned int frame = 0; frame < storedFrames(); ++frame)
-        std::fill_n(keyframe[frame], storedBones(), RVBONEFRAME());
+    for (unsigned int frame = 0; frame < storedFrames(*this); ++frame)
+        std::fill_n(keyframe[frame], storedBones(*this), RVBONEFRAME());
 }
 
 bool RVANIM::acquireStructure(const RVMESH *mesh) {
@@ -66,7 +90,7 @@ bool RVANIM::acquireStructure(const RVMESH *mesh) {
     if (!mesh->numberOfBones)
         return false;
     numberOfBones = mesh->numberOfBones;
-    for (unsigned int bone = 0; bone < storedBones(); ++bone)
+    for (unsigned int bone = 0; bone < storedBones(*this); ++bone)
         ravolt::copyText(boneName[bone], mesh->bone[bone].name);
     return true;
 }
@@ -76,7 +100,7 @@ int RVANIM::findBoneByName(const char *name) const {
         zlfLog("   [!] Invalid params @ RVANIM::findBoneByName\n");
         return -1;
     }
-    for (unsigned int bone = 0; bone < storedBones(); ++bone)
+    for (unsigned int bone = 0; bone < storedBones(*this); ++bone)
         if (std::strcmp(boneName[bone], name) == 0)
             return static_cast<int>(bone);
     return -1;
@@ -111,17 +135,9 @@ Z3MVECTOR3D RVANIM::getFrameRotation(unsigned int frame, unsigned int bone) cons
                                                            : Z3MVECTOR3D();
 }
 
-// The entry, where it may be set; otherwise NULL, with the message in the log.
-// On purpose: the frame that follows the last one passes, a bone behind the last one does not.
-RVBONEFRAME *RVANIM::settable(unsigned int frame, unsigned int bone, const char *message) {
-    if (frame <= numberOfFrames && frame <= RV_ANIM_FRAMES && bone < storedBones())
-        return &keyframe[frame][bone];
-    zlfLog("%s", message);
-    return nullptr;
-}
-
 bool RVANIM::setFrame(unsigned int frame, unsigned int bone, float x, float y, float z) {
-    RVBONEFRAME *entry = settable(frame, bone, "   [!] Invalid params @ RVANIM::setFrame\n");
+    RVBONEFRAME *entry =
+        settableEntry(*this, frame, bone, "   [!] Invalid params @ RVANIM::setFrame\n");
     if (!entry)
         return false;
     entry->rotation.set(x, y, z);
@@ -131,24 +147,25 @@ bool RVANIM::setFrame(unsigned int frame, unsigned int bone, float x, float y, f
 
 bool RVANIM::setFrameRotationX(unsigned int frame, unsigned int bone, float degrees) {
     return setComponent(
-        settable(frame, bone, "   [!] Invalid params @ RVANIM::setFrameRotationX\n"),
+        settableEntry(*this, frame, bone, "   [!] Invalid params @ RVANIM::setFrameRotationX\n"),
         &Z3MVECTOR3D::x, degrees);
 }
 
 bool RVANIM::setFrameRotationY(unsigned int frame, unsigned int bone, float degrees) {
     return setComponent(
-        settable(frame, bone, "   [!] Invalid params @ RVANIM::setFrameRotationY\n"),
+        settableEntry(*this, frame, bone, "   [!] Invalid params @ RVANIM::setFrameRotationY\n"),
         &Z3MVECTOR3D::y, degrees);
 }
 
 bool RVANIM::setFrameRotationZ(unsigned int frame, unsigned int bone, float degrees) {
     return setComponent(
-        settable(frame, bone, "   [!] Invalid params @ RVANIM::setFrameRotationZ\n"),
+        settableEntry(*this, frame, bone, "   [!] Invalid params @ RVANIM::setFrameRotationZ\n"),
         &Z3MVECTOR3D::z, degrees);
 }
 
 bool RVANIM::unsetFrame(unsigned int frame, unsigned int bone) {
-    RVBONEFRAME *entry = settable(frame, bone, "   [!] Invalid params @ RVANIM::unsetFrame\n");
+    RVBONEFRAME *entry =
+        settableEntry(*this, frame, bone, "   [!] Invalid params @ RVANIM::unsetFrame\n");
     if (!entry)
         return false;
     entry->set = false;
@@ -161,36 +178,22 @@ bool RVANIM::createKeyframes(unsigned int first, unsigned int last) {
         zlfLog("   [!] Invalid params @ RVANIM::createKeyframes\n");
         return false;
     }
-    for (unsigned int bone = 0; bone < storedBones(); ++bone)
+    for (unsigned int bone = 0; bone < storedBones(*this); ++bone)
         for (unsigned int from = first, to; from < last; from = to) {
             to = from + 1;
             while (to < last && !keyframe[to][bone].set)
                 ++to;
-            fillSegment(bone, from, to);
+            fillSegment(*this, bone, from, to);
         }
     return true;
 }
 
-// On purpose: where `from` is no key it takes a step itself, and what follows lies one step further
-// on; and neighbours are left alone, key or not.
-void RVANIM::fillSegment(unsigned int bone, unsigned int from, unsigned int to) {
-    if (to == from + 1)
-        return;
-    Z3MVECTOR3D rotation = keyframe[from][bone].rotation;
-    const Z3MVECTOR3D step = (keyframe[to][bone].rotation - rotation) / (to - from);
-    for (unsigned int frame = from; frame < to; ++frame)
-        if (!keyframe[frame][bone].set) {
-            rotation += step;
-            keyframe[frame][bone].rotation = rotation;
-        }
-}
-
 bool RVANIM::apply(unsigned int frame, RVNODE *root) const {
-    if (frame >= storedFrames() || !root) {
+    if (frame >= storedFrames(*this) || !root) {
         zlfLog("   [!] Invalid params @ RVANIM::apply\n");
         return false;
     }
-    for (unsigned int bone = 0; bone < storedBones(); ++bone) {
+    for (unsigned int bone = 0; bone < storedBones(*this); ++bone) {
         RVNODE *node = root->findByNameInHierarchy(boneName[bone]);
         if (!node)
             continue;

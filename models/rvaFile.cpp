@@ -1,5 +1,5 @@
-// Clips in files: RVANIM::load and RVANIM::save. A file is looked through to its end before the
-// clip takes anything of it, so that a bad one changes nothing.
+// Clips in files: RVANIM::load and RVANIM::save. A file is checked to its end before anything is
+// copied into the clip, so that a damaged one changes nothing.
 
 #include "ravolt/RVANIM.h"
 
@@ -18,23 +18,22 @@
 #include <string_view>
 
 using ravolt::ByteReader;
-using ravolt::RvaRecord;
 
-// A file as a view over its bytes.
-struct ravolt::RvaRecord {
+namespace {
+
+// A file as a view of its bytes.
+struct RvaRecord {
     std::uint16_t numberOfBones = 0;
     std::uint16_t numberOfFrames = 0;
     const char *boneName[RV_ANIM_BONES] = {};
     const unsigned char *entries = nullptr; // entryBytes for each bone of each frame
 };
 
-namespace {
-
 using namespace ravolt::rva;
 static_assert(maxBones == RV_ANIM_BONES && maxFrames == RV_ANIM_FRAMES);
 
-// On purpose: a name's length with its terminator is written as one byte would hold it.
-constexpr std::size_t longestSavedName = 254;
+// On purpose: the length of a name with its terminator is limited as if it were stored in a byte.
+constexpr std::size_t maxSavedName = 254;
 
 // --- Reading
 
@@ -49,7 +48,7 @@ bool readHeader(const char *path, const ravolt::FileBytes &file) {
     return true;
 }
 
-// Whether the file is whole and within the limits.
+// Whether the file is complete and within the limits.
 bool readRecord(ByteReader reader, RvaRecord &record) {
     record.numberOfBones = reader.read<std::uint16_t>();
     record.numberOfFrames = reader.read<std::uint16_t>();
@@ -60,6 +59,23 @@ bool readRecord(ByteReader reader, RvaRecord &record) {
     record.entries =
         reader.take(std::size_t{record.numberOfFrames} * record.numberOfBones * entryBytes);
     return reader.ok();
+}
+
+// Names and entries beyond the counts of the file do not change.
+void copyRecord(const RvaRecord &record, RVANIM &clip) {
+    clip.setNumberOfBones(record.numberOfBones);
+    clip.setNumberOfFrames(record.numberOfFrames);
+    for (unsigned int bone = 0; bone < record.numberOfBones; ++bone)
+        clip.setBoneName(bone, record.boneName[bone]);
+    ByteReader entries(record.entries,
+                       std::size_t{record.numberOfFrames} * record.numberOfBones * entryBytes);
+    for (unsigned int frame = 0; frame < record.numberOfFrames; ++frame)
+        for (unsigned int bone = 0; bone < record.numberOfBones; ++bone) {
+            RVBONEFRAME &entry = *clip.getKeyframe(frame, bone);
+            entry.rotation = entries.read<Z3MVECTOR3D>();
+            entry.translation = entries.read<Z3MVECTOR3D>();
+            entry.set = entries.read<std::uint8_t>() != 0;
+        }
 }
 
 // --- Writing
@@ -77,7 +93,7 @@ class Output {
     template <class T> void put(const T &value) { put(&value, sizeof value); }
 
     void putName(const char *name) {
-        put(name, strnlen(name, longestSavedName));
+        put(name, strnlen(name, maxSavedName));
         put('\0');
     }
 
@@ -87,7 +103,7 @@ class Output {
         put(static_cast<std::uint8_t>(entry.set));
     }
 
-    // Whether everything has reached the file.
+    // Whether everything has been written.
     bool close() { return std::fclose(file.release()) == 0 && good; }
 
   private:
@@ -113,28 +129,12 @@ bool RVANIM::load(const char *newFileName) try {
         zlfLog("   [!] Corrupted file %s @ RVANIM::load\n", path);
         return false;
     }
-    take(record);
+    copyRecord(record, *this);
     ravolt::copyText(fileName, newFileName);
     return true;
 } catch (const std::bad_alloc &) {
     zlfLog("   [!] Out of memory for file %s%s @ RVANIM::load\n", rvaPath, newFileName);
     return false;
-}
-
-// What the file does not have, names and entries beyond its counts, stays.
-void RVANIM::take(const RvaRecord &record) {
-    numberOfBones = record.numberOfBones;
-    numberOfFrames = record.numberOfFrames;
-    for (unsigned int bone = 0; bone < numberOfBones; ++bone)
-        ravolt::copyText(boneName[bone], record.boneName[bone]);
-    ByteReader entries(record.entries, std::size_t{numberOfFrames} * numberOfBones * entryBytes);
-    for (unsigned int frame = 0; frame < numberOfFrames; ++frame)
-        for (RVBONEFRAME *entry = keyframe[frame]; entry < keyframe[frame] + numberOfBones;
-             ++entry) {
-            entry->rotation = entries.read<Z3MVECTOR3D>();
-            entry->translation = entries.read<Z3MVECTOR3D>();
-            entry->set = entries.read<std::uint8_t>() != 0;
-        }
 }
 
 bool RVANIM::save(const char *path) const {
