@@ -1,12 +1,12 @@
+// The counters cover the whole life of the process and wrap at 32 bits. The sizes of blocks are not
+// stored, so the number of bytes in use is unknown.
+
 #include "foundation/platform.h"
 #include "foundation/services.h"
 #include "ravolt/zlf.h"
 
 #include <algorithm>
 #include <cstdlib>
-
-// The counters run over the whole life of the process and wrap at 32 bits. The size of a block is
-// not kept, so nothing is known of the bytes still held.
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Binary files: the whole file in memory, and a cursor over it that never leaves it.
+// Binary files: the whole file in memory, and a reader that stays within it.
 
 #include <cstddef>
 #include <cstdint>
@@ -47,10 +47,10 @@ class ByteReader {
         return value;
     }
 
-    // A zero-terminated text of at most `longest` characters, in place and without its zero, so
+    // A zero-terminated text of at most `maxLength` characters, in place and without its zero, so
     // that data() is a C string. A longer or unterminated one is a failure and reads as empty.
-    std::string_view readText(std::size_t longest = 255) {
-        const std::size_t window = failed ? 0 : (left() < longest + 1 ? left() : longest + 1);
+    std::string_view readText(std::size_t maxLength = 255) {
+        const std::size_t window = failed ? 0 : (left() < maxLength + 1 ? left() : maxLength + 1);
         const void *zero = window ? std::memchr(start + cursor, 0, window) : nullptr;
         if (!zero) {
             fail();
@@ -62,7 +62,7 @@ class ByteReader {
         return {text, length};
     }
 
-    // Gives the reader up: what was read makes no sense.
+    // Marks the reader as failed: what was read is invalid.
     void fail() {
         failed = true;
         cursor = end;
@@ -87,11 +87,11 @@ class FileBytes {
 
     Result read(const char *path);
 
-    // The file's bytes and, behind them, one zero.
+    // The file's bytes, followed by one zero.
     const unsigned char *data() const { return block; }
     std::size_t size() const { return length; }
 
-    // Hands the block to the caller, who releases it with zlfFree.
+    // Transfers the block to the caller, who releases it with zlfFree.
     unsigned char *release();
 
   private:

@@ -1,9 +1,9 @@
+// Only zlfOpenFile leaves a file open; its caller owns it.
+
 #include "foundation/platform.h"
 #include "ravolt/zlf.h"
 
 #include <climits>
-
-// Nothing here keeps a file open but zlfOpenFile, whose caller owns it.
 
 using ravolt::platform::openForReading;
 

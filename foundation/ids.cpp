@@ -1,11 +1,11 @@
+// One byte per identifier, 0 for free. Every identifier below `lowest` is in use, so that the
+// search for the lowest free one starts there.
+
 #include "foundation/services.h"
 #include "ravolt/zlf.h"
 
 #include <algorithm>
 #include <cstring>
-
-// One byte per identifier, 0 for free. Every identifier below `lowest` is taken, so that the search
-// for the lowest free one starts there.
 
 namespace {
 
@@ -13,7 +13,7 @@ constexpr std::size_t tableBytes = 0x40000; // On purpose: four times as large a
 constexpr unsigned int highestId = 65535;
 
 struct State {
-    unsigned char *table = nullptr; // from zlfMalloc, while the log's lifetime runs
+    unsigned char *table = nullptr; // from zlfMalloc; NULL before the log opens and after it closes
     unsigned int lowest = 1;        // no free identifier is below this one
 };
 constinit State ids;

@@ -1,3 +1,7 @@
+// Every text goes through write(), which flushes the file, so that the log is complete up to its
+// last text if the process crashes. The state is initialized at compile time, since the log opens
+// while the library is being loaded.
+
 #include "foundation/platform.h"
 #include "foundation/services.h"
 #include "foundation/text.h"
@@ -7,10 +11,6 @@
 #include <cstring>
 #include <string_view>
 
-// Every text goes through write(), and the file is flushed behind each, so that the log is complete
-// up to its last text if the process dies. The state is constant at the start, since the log opens
-// while the library is being loaded.
-
 namespace {
 
 constexpr char libraryName[] = "Zenlor foundation 0.4";
@@ -18,7 +18,7 @@ constexpr std::size_t lineSize = 1024;
 
 struct State {
     std::FILE *file = nullptr; // NULL: logging is off
-    bool tables = false;       // those of identifiers and timers are made
+    bool tables = false;       // those of identifiers and timers exist
     bool html = false;         // set by a name with ".html", never cleared
     bool consoleEcho = true;
 };
@@ -26,7 +26,7 @@ constinit State state;
 
 using Line = char[lineSize];
 
-// Appends to a line, whole pieces only: what does not fit ends the line for good.
+// Appends whole pieces to a line; append is false when a piece does not fit.
 class LineWriter {
   public:
     explicit LineWriter(Line &target) : line(target) { line[0] = '\0'; }
@@ -58,7 +58,7 @@ void translateToHtml(const Line &text, Line &html) {
     }
 }
 
-// On purpose: the console reads the finished text a second time as a format.
+// On purpose: for the console the finished text is used as a format a second time.
 void echo(const Line &text) {
     Line printed;
     ravolt::applyFormat(printed, text);
@@ -129,7 +129,7 @@ void logStatistics() {
            megabytes(figures.bytesRequested), figures.bytesRequested);
 }
 
-// The name of an error's place, in the 80 bytes that it has.
+// The title of an error, cut to 80 bytes.
 void makeTitle(char (&title)[80], const char *from, const char *detail) {
     from = from ? from : "";
     if (detail && *detail)
@@ -140,8 +140,8 @@ void makeTitle(char (&title)[80], const char *from, const char *detail) {
 
 } // namespace
 
-// The tables are made once until the log closes: made anew, they would give the identifiers and
-// timers in use a second time.
+// The tables are created once until the log closes: new ones would issue identifiers and timers
+// that are in use.
 bool zlfOpenLog(const char *filename) {
     if (state.file || (!filename && state.tables))
         return false;

@@ -1,3 +1,7 @@
+// The data of an open parser are `size` bytes, at least one, followed by a zero. A zero byte in the
+// file ends its text. Lines are examined in place: only a line that contains the key is copied, and
+// all copies are cut at 256 bytes.
+
 #include "foundation/platform.h"
 #include "foundation/text.h"
 #include "ravolt/zlf.h"
@@ -8,10 +12,6 @@
 #include <cstring>
 #include <string_view>
 
-// The data of an open parser are `size` bytes, at least one, and a zero behind them. A zero byte in
-// the file ends its text. Lines are looked at in place: only a line that holds the wanted key is
-// copied, and all copies are cut at 256 bytes.
-
 namespace {
 
 using ravolt::textSize;
@@ -19,12 +19,12 @@ using ravolt::textSize;
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 bool endsLine(char c) { return c == '\r' || c == '\n'; }
 
-// Walks over the lines of a parser from an offset of its own.
+// Iterates over the lines of a parser from an offset of its own.
 class LineCursor {
   public:
     LineCursor(const zlfPARSER &source, int start) : parser(source), position(start) {}
 
-    // False at the end of the file; `line` then stays as it was.
+    // False at the end of the file; `line` is then unchanged.
     bool next(std::string_view &line) {
         if (!parser.data || position < 0 || position >= parser.size)
             return false;
@@ -37,7 +37,7 @@ class LineCursor {
         // lost.
         if ((end = std::strchr(begin, '\r')))
             return take(line, begin, std::max(begin, end - 1), end);
-        // The end mark is then the byte behind the zero.
+        // The line ends at the byte after the zero.
         return take(line, begin, begin + std::strlen(begin), parser.data + parser.size + 1);
     }
 
@@ -45,20 +45,20 @@ class LineCursor {
 
   private:
     bool take(std::string_view &line, const char *begin, const char *end, const char *endMark) {
-        line = std::string_view(begin, static_cast<std::size_t>(end - begin)).substr(0, longest);
+        line = std::string_view(begin, static_cast<std::size_t>(end - begin)).substr(0, maxLength);
         position = static_cast<int>(endMark - parser.data) + 1;
         return true;
     }
 
-    static constexpr std::size_t longest = textSize - 1;
+    static constexpr std::size_t maxLength = textSize - 1;
 
     const zlfPARSER &parser;
     int position;
     bool moreLineFeeds = true; // once there is none, no later line has one
 };
 
-// What stands in `text` behind `key`, blanks and tabs not counted, when `text` starts with it;
-// a view of no data when not.
+// The text after `key` if `text` starts with it, blanks and tabs not counted; otherwise a view
+// without data.
 std::string_view textAfterKey(std::string_view text, std::string_view key) {
     for (const char wanted : key) {
         while (!text.empty() && isBlank(text.front()))
@@ -80,7 +80,8 @@ std::string_view findKey(std::string_view line, std::string_view key) {
     return {};
 }
 
-// Copies `text` without its blanks and tabs, from its character `skip` on; it has at most 255.
+// Copies `text`, of at most 255 characters, without its blanks and tabs and without the first
+// `skip` of its other characters.
 void copyToken(char *target, std::string_view text, int skip = 0) {
     for (const char c : text)
         if (!isBlank(c) && --skip < 0)
@@ -88,8 +89,8 @@ void copyToken(char *target, std::string_view text, int skip = 0) {
     *target = '\0';
 }
 
-// The value of the first line that holds the key: all of the token but the key, what is before it,
-// and the one character behind it. False when no line has the key.
+// The value in the first line that contains the key: everything after the key and the one character
+// that follows it, without blanks and tabs. False when no line has the key.
 bool findValue(const zlfPARSER *parser, const char *key, char (&value)[textSize]) {
     if (!parser || !key)
         return false;
@@ -110,7 +111,7 @@ bool readAll(zlfPARSER *parser, std::FILE *file, const char *filename) {
         zlfLog("zlfOpenParser: file '%s' is empty\n", filename);
         return false;
     }
-    if (length > INT_MAX - 2) { // the offsets are 32-bit numbers
+    if (length > INT_MAX - 2) { // offsets are 32-bit numbers
         zlfLog("zlfOpenParser: file '%s' is corrupted\n", filename);
         return false;
     }
@@ -124,8 +125,8 @@ bool readAll(zlfPARSER *parser, std::FILE *file, const char *filename) {
         return false;
     }
     if (std::fseek(file, 0, SEEK_SET) != 0 || std::fread(parser->data, 1, size, file) != size) {
-        // On purpose: this release is not counted, and `data` keeps its dead value. The size of 0
-        // says that it must not be followed.
+        // On purpose: this release is not counted, and `data` is left dangling. The size of 0 marks
+        // the parser as not open.
         std::free(parser->data);
         parser->size = 0;
         zlfLog("zlfOpenParser: file '%s' is corrupted\n", filename);

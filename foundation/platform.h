@@ -1,6 +1,6 @@
 #pragma once
 
-// What the foundation asks of the operating system.
+// What the foundation needs of the operating system.
 
 #include <cstddef>
 #include <cstdint>
@@ -16,12 +16,12 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 namespace platform {
 
-// Bytes of physical memory of the whole machine that no program could have, which does not count
-// what the system merely caches; 0 when the system does not say. More than a signed 32-bit number
-// holds counts as the largest such number.
+// Physical memory in use on the whole machine, in bytes, without the caches that the system would
+// release for a program; 0 when the system does not report it. Limited to the largest signed 32-bit
+// number.
 std::uint32_t physicalMemoryInUse();
 
-// Makes `bytes` bytes zero. Whole pages among them take no memory until they are written.
+// Sets `bytes` bytes to zero. Whole pages among them take no memory until they are written.
 void clear(void *block, std::size_t bytes);
 
 struct LocalTime {
@@ -37,12 +37,12 @@ std::int64_t counter();
 std::int64_t counterFrequency();
 
 // Opens a regular file for reading, in binary; NULL when that fails or the name is NULL. Anything
-// else, as a folder, a FIFO or a device, is no file, and opening one does not wait.
+// else, such as a folder, a FIFO or a device, is refused without waiting.
 File openForReading(const char *filename);
 
-// Opens a regular file for writing, made anew or emptied; NULL when that fails. A symbolic link is
-// not followed, a FIFO not waited for, and a file with other names keeps its contents under those.
-// A character device may be written to.
+// Opens a regular file for writing, created or truncated; NULL when that fails. A symbolic link is
+// not followed, a FIFO not waited for, and a file with several hard links keeps its contents under
+// the other names. A character device may be written to.
 File replaceFile(const char *filename);
 
 } // namespace platform

@@ -23,7 +23,7 @@ timespec now(clockid_t clock) {
     return time;
 }
 
-// Closes what it owns.
+// Owns a file descriptor.
 class Descriptor {
   public:
     explicit Descriptor(int opened) : number(opened) {}
@@ -37,7 +37,7 @@ class Descriptor {
     bool isOpen() const { return number >= 0; }
     int get() const { return number; }
 
-    // As a stream, which owns it from now on; NULL when memory runs out.
+    // Converts to a stream, which then owns the descriptor; NULL when memory runs out.
     File toStream(const char *mode) {
         File stream(fdopen(number, mode));
         if (stream)
@@ -49,10 +49,10 @@ class Descriptor {
     int number;
 };
 
-// To open may not wait for the other end of a FIFO, nor make a terminal the process's own.
+// Opening must not wait for the other end of a FIFO, nor make a terminal the controlling one.
 constexpr int neverWait = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
-// The number behind `key` in the text of /proc/meminfo, in kilobytes; 0 when it is not there.
+// The number after `key` in the text of /proc/meminfo, in kilobytes; 0 when the key is missing.
 std::uint64_t memoryFigure(const char *text, const char *key) {
     const char *found = std::strstr(text, key);
     return found ? std::strtoull(found + std::strlen(key), nullptr, 10) : 0;
@@ -76,8 +76,8 @@ std::uint32_t physicalMemoryInUse() {
     return static_cast<std::uint32_t>(std::min((total - available) * 1024, largest));
 }
 
-// Pages that are dropped come back as zeros. Huge ones would take memory for what is beside the
-// bytes that are written.
+// Discarded pages read as zeros. A huge page would take memory for all that surrounds the bytes
+// that are written.
 void clear(void *block, std::size_t bytes) {
     unsigned char *const begin = static_cast<unsigned char *>(block), *const end = begin + bytes;
     const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
@@ -127,8 +127,8 @@ File openForReading(const char *filename) {
 
 namespace {
 
-// Whether the file may be written to from its start, and then is empty. A character device is
-// written to as it is, and its writes may wait.
+// Whether the file can be written from its start; a regular file is truncated. Writes to a
+// character device may wait.
 bool makeWritable(const Descriptor &file, const struct stat &status) {
     if (S_ISCHR(status.st_mode))
         return fcntl(file.get(), F_SETFL, 0) == 0;
@@ -146,7 +146,7 @@ File replaceFile(const char *filename) {
         return nullptr;
     if (!S_ISREG(status.st_mode) || status.st_nlink <= 1)
         return makeWritable(file, status) ? file.toStream("w") : nullptr;
-    // A file with a second name is not truncated: under that name it stays as it is.
+    // A file with several hard links is not truncated: this name gets a new file.
     if (unlink(filename) != 0)
         return nullptr;
     Descriptor fresh(open(filename, flags | O_EXCL, permissions));

@@ -1,16 +1,16 @@
 #pragma once
 
-// The registry: an intrusive, doubly linked chain of all live objects of a class, in the order of
-// their creation. The class owns the two ends (static pointers) and each object its links
-// (`previous`, `next`); this template holds the rules and no state. A class that uses it declares
-// it a friend. The chain owns its objects: cleanUp deletes them.
+// The registry: an intrusive, doubly linked list of all live objects of a class, in the order of
+// their creation. The class has the two ends (static pointers) and each object its links
+// (`previous`, `next`); this template has the rules and no state. A class that uses it declares it
+// a friend. The list owns its objects: cleanUp deletes them.
 
 #include <cstring>
 
 namespace ravolt {
 
 template <class T> struct Registry {
-    // Puts `object` at the end of the chain.
+    // Appends `object` to the list.
     static void append(T *&first, T *&last, T *object) {
         object->previous = last;
         object->next = nullptr;
@@ -18,7 +18,7 @@ template <class T> struct Registry {
         last = object;
     }
 
-    // Takes `object` out of the chain. An object that does not stand in it, as a memberwise copy,
+    // Removes `object` from the list. An object that is not in it, such as a memberwise copy,
     // changes nothing.
     static void unlink(T *&first, T *&last, T *object) {
         T *&before = object->previous ? object->previous->next : first;
@@ -40,16 +40,16 @@ template <class T> struct Registry {
         return find(first, [id](const T &object) { return object.id == id; });
     }
 
-    // The first object in order of creation whose text field `text` equals `wanted`, letter by
-    // letter; NULL for none, or when `wanted` is NULL.
+    // The first object in order of creation whose text field `text` equals `wanted`; NULL for none,
+    // or when `wanted` is NULL.
     static T *findByText(T *first, char (T::*text)[256], const char *wanted) {
         if (!wanted)
             return nullptr;
         return find(first, [=](const T &object) { return std::strcmp(object.*text, wanted) == 0; });
     }
 
-    // Deletes all objects and returns how many deletions that took. The head is read anew each
-    // time, so a destructor may delete other members of the chain, its own successor too.
+    // Deletes all objects and returns how many deletions that took. The head is read again each
+    // time, so a destructor may delete other members of the list, its own successor too.
     static unsigned int cleanUp(T *&first) {
         unsigned int number = 0;
         for (; first; ++number)

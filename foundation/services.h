@@ -6,16 +6,17 @@
 
 namespace ravolt {
 
-// All of the program since it was loaded; they are never reset.
+// Totals since the library was loaded, which are never reset, and the peak.
 struct MemoryFigures {
     std::uint32_t allocations;    // calls of zlfMalloc
     std::uint32_t releases;       // calls of zlfFree
     std::uint32_t bytesRequested; // sum of all sizes given to zlfMalloc
-    std::uint32_t peakPhysical;   // highest memory use of the whole machine seen, in bytes
+    std::uint32_t
+        peakPhysical; // highest memory use of the whole machine since restartPeak, in bytes
 };
 MemoryFigures memoryFigures();
 
-// Makes the present memory use of the machine the peak.
+// Sets the peak to the present memory use of the machine.
 void restartPeak();
 
 void createIdTable();

@@ -7,7 +7,7 @@ namespace ravolt {
 
 void copyText(char *target, std::size_t size, const char *source) {
     const std::size_t length = source ? strnlen(source, size - 1) : 0;
-    std::memmove(target, source ? source : "", length); // a getter's own buffer may come back
+    std::memmove(target, source ? source : "", length); // the source may be the target itself
     target[length] = '\0';
 }
 

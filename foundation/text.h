@@ -19,8 +19,8 @@ void copyText(char *target, std::size_t size, const char *source);
                                               ...);
 
 // What printf would write for a stored text used as a format without arguments: `%%` gives one
-// percent sign, and any other conversion, which would need an argument, stands as it is.
-// Needs no more room than the stored text, and so may be `stored` itself.
+// percent sign, and any other conversion, which would need an argument, is copied unchanged. The
+// result is never longer than `stored`, which may be the target itself.
 void applyFormat(char *target, const char *stored);
 
 // The same two for an array.
@@ -28,8 +28,13 @@ template <std::size_t N> void copyText(char (&target)[N], const char *source) {
     copyText(target, N, source);
 }
 
-// The name of a file behind the path of its folder. What is too long for the system is cut, and
-// stays too long for it: no other file passes for the one that is meant.
+template <std::size_t N, class... Arguments>
+void formatText(char (&target)[N], const char *format, Arguments... arguments) {
+    formatText(target, N, format, arguments...);
+}
+
+// The path of a folder followed by the name of a file. A path that is too long for the system is
+// cut but remains too long for it, so that it never names another file.
 class FilePath {
   public:
     FilePath(const char *folder, const char *name) {
@@ -39,12 +44,7 @@ class FilePath {
     const char *get() const { return text; }
 
   private:
-    char text[PATH_MAX + 1]; // the system counts the end of the text, and takes PATH_MAX at most
+    char text[PATH_MAX + 1]; // the system accepts PATH_MAX bytes, the terminator included
 };
-
-template <std::size_t N, class... Arguments>
-void formatText(char (&target)[N], const char *format, Arguments... arguments) {
-    formatText(target, N, format, arguments...);
-}
 
 } // namespace ravolt

@@ -1,11 +1,11 @@
+// A timer with a rate of 0 is free. Its other fields are then stale.
+
 #include "foundation/platform.h"
 #include "foundation/services.h"
 #include "ravolt/zlf.h"
 
 #include <algorithm>
 #include <iterator>
-
-// A timer with a rate of 0 is free. Its other fields stay as they were.
 
 namespace {
 

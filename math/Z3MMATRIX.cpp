@@ -1,10 +1,10 @@
+// All arithmetic is in single precision. There are two conventions for the sense of rotation, each
+// with its own conversions; see the header.
+
 #include "ravolt/Z3MMATRIX.h"
 
 #include <cmath>
 #include <utility>
-
-// All arithmetic is in single precision. Two conventions of the sense of rotation stand side by
-// side, each with its own pair of conversions; see the header.
 
 namespace {
 

@@ -1,9 +1,9 @@
+// The members for quaternions that are longer than a line. All angles are radians, and quaternions
+// are assumed to be unit quaternions.
+
 #include "ravolt/Z3MVECTOR4D.h"
 
 #include <cmath>
-
-// The quaternion's members that are more than a line. All angles here are radians, and quaternions
-// are taken to be unit quaternions.
 
 Z3MVECTOR4D Z3MVECTOR4D::quaternionSetEulers(float angleX, float angleY, float angleZ) {
     const float sx = std::sin(angleX / 2.0f), cx = std::cos(angleX / 2.0f);

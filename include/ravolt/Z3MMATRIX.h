@@ -1,9 +1,9 @@
 #pragma once
 
-// A matrix of 4 by 4 floats, a value, in OpenGL's memory order: `e` goes to glLoadMatrixf and
-// glMultMatrixf as it is. The axes of a rotation stand in elements 0 to 2, 4 to 6 and 8 to 10, the
-// translation in 12 to 14, and element 15 is normally 1. `A * B` applies A first and then B: with
-// a translation T, `T * M` is what glMultMatrixf(T) makes of a current M. Angles are degrees.
+// A matrix of 4 by 4 floats, a value, in OpenGL's memory order: `e` can be passed to glLoadMatrixf
+// and glMultMatrixf. The axes of a rotation are elements 0 to 2, 4 to 6 and 8 to 10, the
+// translation is 12 to 14, and element 15 is normally 1. `A * B` applies A first and then B:
+// `T * M` is the current matrix after glMultMatrixf(T), if M was current. Angles are degrees.
 // Nothing here allocates or logs.
 
 #include "ravolt/Z3MVECTOR2D.h"
@@ -18,7 +18,7 @@ class RV_API Z3MMATRIX {
     // Identity.
     Z3MMATRIX() { setIdentity(); }
 
-    // Copies sixteen floats. A literal 0 is no such address.
+    // Copies sixteen floats. A literal 0 does not compile.
     Z3MMATRIX(std::nullptr_t) = delete;
     Z3MMATRIX(const float *elements) {
         for (int i = 0; i < 16; ++i)
@@ -120,12 +120,12 @@ class RV_API Z3MMATRIX {
                            v.x * e[3] + v.y * e[7] + v.z * e[11] + v.w * e[15]);
     }
 
-    // Two conversions that belong together. On purpose: this pair has the sense of rotation
-    // opposite to that of setRotation, so toQuaterion of such a matrix is the conjugate of its
-    // rotation. fromQuaternion overwrites all sixteen elements and returns a copy.
-    // On purpose: where the sum of elements 0, 5 and 10 is not above -1, as for half a turn,
-    // toQuaterion gives the conjugate of what it gives otherwise if element 0 is the largest of the
-    // three, or element 10 is.
+    // A pair of conversions. On purpose: their sense of rotation is opposite to that of
+    // setRotation, so toQuaterion of a matrix made by setRotation is the conjugate of its rotation.
+    // fromQuaternion overwrites all sixteen elements and returns a copy.
+    // On purpose: where the sum of elements 0, 5 and 10 is not above -1, as for half a turn, and
+    // element 0 or element 10 is the largest of the three, toQuaterion gives the conjugate of what
+    // it gives otherwise.
     Z3MMATRIX fromQuaternion(Z3MVECTOR4D q);
     Z3MVECTOR4D toQuaterion() const;
 

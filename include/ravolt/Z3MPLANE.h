@@ -19,7 +19,7 @@ class RV_API Z3MPLANE {
     Z3MPLANE(const Z3MVECTOR3D &normal, float offset)
         : a(normal.x), b(normal.y), c(normal.z), d(offset) {}
 
-    // The plane through three points, which stand counter-clockwise as seen from its front.
+    // The plane through three points, which are counter-clockwise as seen from its front.
     Z3MPLANE(const Z3MVECTOR3D &p, const Z3MVECTOR3D &q, const Z3MVECTOR3D &r) {
         Z3MVECTOR3D normal = (q - p) ^ (r - p);
         normal.normalize();
@@ -32,7 +32,7 @@ class RV_API Z3MPLANE {
         return Z3MVECTOR3D(a, b, c) % point + d;
     }
 
-    // True for a direction that runs against the normal, or in the plane.
+    // True for a direction whose angle with the normal is 90 degrees or more.
     bool isFrontFacingTo(const Z3MVECTOR3D &direction) const {
         return Z3MVECTOR3D(a, b, c) % direction <= 0.0f;
     }

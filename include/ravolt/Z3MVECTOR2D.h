@@ -17,7 +17,7 @@ class RV_API Z3MVECTOR2D : public ravolt::VectorFamily<Z3MVECTOR2D, 2> {
     template <class X, class Y, ravolt::EnableIf<ravolt::AreNumbers<X, Y>::value> = 0>
     Z3MVECTOR2D(X vx, Y vy) : x(static_cast<float>(vx)), y(static_cast<float>(vy)) {}
 
-    // Copies two floats. A literal 0 is no such address.
+    // Copies two floats. A literal 0 does not compile.
     Z3MVECTOR2D(std::nullptr_t) = delete;
     Z3MVECTOR2D(const float *values) : x(values[0]), y(values[1]) {}
 };

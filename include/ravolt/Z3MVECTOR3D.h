@@ -19,7 +19,7 @@ class RV_API Z3MVECTOR3D : public ravolt::VectorFamily<Z3MVECTOR3D, 3> {
     Z3MVECTOR3D(X vx, Y vy, Z vz)
         : x(static_cast<float>(vx)), y(static_cast<float>(vy)), z(static_cast<float>(vz)) {}
 
-    // Copies three floats. A literal 0 is no such address.
+    // Copies three floats. A literal 0 does not compile.
     Z3MVECTOR3D(std::nullptr_t) = delete;
     Z3MVECTOR3D(const float *values) : x(values[0]), y(values[1]), z(values[2]) {}
 

@@ -24,7 +24,7 @@ class RV_API Z3MVECTOR4D : public ravolt::VectorFamily<Z3MVECTOR4D, 4> {
         : x(static_cast<float>(vx)), y(static_cast<float>(vy)), z(static_cast<float>(vz)),
           w(static_cast<float>(vw)) {}
 
-    // Copies four floats. A literal 0 is no such address.
+    // Copies four floats. A literal 0 does not compile.
     Z3MVECTOR4D(std::nullptr_t) = delete;
     Z3MVECTOR4D(const float *values) : x(values[0]), y(values[1]), z(values[2]), w(values[3]) {}
 
@@ -40,13 +40,13 @@ class RV_API Z3MVECTOR4D : public ravolt::VectorFamily<Z3MVECTOR4D, 4> {
     // (0, 0, 0, 1); returns a copy.
     Z3MVECTOR4D quaternionSetIdentity() { return set(0.0f, 0.0f, 0.0f, 1.0f); }
 
-    // The quaternion of three turns, by angles in radians, unlike those of Z3MMATRIX; returns a
-    // copy. On purpose: the first angle turns about y, the second about x, the third about z. It is
-    // the product of the three in this order, y times x times z, so that z turns first.
+    // The quaternion of three rotations, by angles in radians (Z3MMATRIX takes degrees); returns a
+    // copy. On purpose: the first angle is about y, the second about x, the third about z. It is
+    // the product of the three in this order, y times x times z, so that z is applied first.
     Z3MVECTOR4D quaternionSetEulers(float angleX, float angleY, float angleZ);
     Z3MVECTOR4D quaternionSetEulers(const Z3MVECTOR3D &angles);
 
-    // On purpose: (x, y, z) as they stand. It is no inverse of quaternionSetEulers.
+    // On purpose: x, y and z themselves. It is not the inverse of quaternionSetEulers.
     Z3MVECTOR3D quaternionGetEulers() const { return Z3MVECTOR3D(x, y, z); }
 
     // The axis of the rotation in x, y, z and its angle in w, in radians. The axis is (0, 1, 0)

@@ -4,7 +4,7 @@
 #define RV_API __attribute__((visibility("default")))
 
 namespace ravolt {
-// Keeper of a class's chain of live objects; see foundation/registry.h.
+// The rules of a class's list of live objects; see foundation/registry.h.
 template <class T> struct Registry;
 } // namespace ravolt
 

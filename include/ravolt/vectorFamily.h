@@ -14,7 +14,7 @@ namespace ravolt {
 
 template <bool condition> using EnableIf = typename std::enable_if<condition, int>::type;
 
-// True when all of the types are numbers or enumerators, anything that a float can be made from.
+// True when all of the types are numbers or enumerators, anything that converts to float.
 template <class... Types> struct AreNumbers : std::true_type {};
 template <class First, class... Rest>
 struct AreNumbers<First, Rest...>
@@ -118,7 +118,7 @@ template <class Vector, int N> class VectorFamily {
         return set(values);
     }
 
-    // Stores the N floats at `values`; returns a copy. A literal 0 is no such address.
+    // Stores the N floats at `values`; returns a copy. A literal 0 does not compile.
     Vector set(std::nullptr_t) = delete;
     Vector set(const float *values) {
         for (int i = 0; i < N; ++i)
@@ -126,7 +126,7 @@ template <class Vector, int N> class VectorFamily {
         return self();
     }
 
-    // The point at `t` on the way to `other`: 0 is this, 1 is `other`. `t` is not clamped.
+    // Linear interpolation: 0 gives this vector, 1 gives `other`. `t` is not clamped.
     Vector lerp(const Vector &other, float t) const { return self() + (other - self()) * t; }
 
     float squaredLength() const { return self() % self(); }
@@ -141,7 +141,7 @@ template <class Vector, int N> class VectorFamily {
         return *this /= old == 0.0f ? 1.0f : old;
     }
 
-    // The angle between the two in radians, 0 to pi; 0 where it has none, as with a zero vector.
+    // The angle between the two in radians, 0 to pi; 0 where there is none, as with a zero vector.
     // On purpose: also where rounding takes the cosine beyond 1 or -1, so that vectors of opposite
     // directions may give 0 instead of pi.
     double angle(const Vector &other) const {

@@ -11,15 +11,15 @@
 #include <cstddef>
 #include <cstdio>
 
-// One timer, as the library keeps it: no function gives it out. Timers are named by their index, 0
-// to 7; -1 means none.
+// The library's record of one timer; no function returns it. Timers are identified by their index,
+// 0 to 7; -1 means none.
 struct zlfTIMER {
     float fps;           // rate / factor, at the last adjourn
     float factor;        // elapsed time in units of 1 / rate seconds, at the last adjourn
     float rate;          // given at creation; 0 marks a free timer
     long long frequency; // counter ticks per second
     long long current;   // counter at the last adjourn
-    long long last;      // counter at the adjourn before
+    long long last;      // counter at the previous adjourn
 };
 
 // A text file in memory. The record is the caller's; its data belong to the parser.
@@ -32,13 +32,13 @@ struct zlfPARSER {
 // --- Log
 
 // Opens the log, replacing an old file, and creates the tables of identifiers and timers. A name
-// that holds ".html" anywhere makes an HTML log, and so will be every later log of the process.
-// False when a log is open already or the file cannot be written; nothing has changed then. The log
-// is a regular file or a character device: a symbolic link is not followed, a FIFO is refused, and
-// a file that has other names keeps its contents under those.
-// NULL creates the tables alone and is true; the log then stays closed. A later call with a name
-// opens it beside the same tables. NULL is false, and changes nothing, when there are tables: new
-// ones would give identifiers that living objects have.
+// that contains ".html" makes an HTML log, and every later log of the process is HTML too. False
+// when a log is open already or the file cannot be written; nothing has changed then. The log is a
+// regular file or a character device: a symbolic link is not followed, a FIFO is refused, and of a
+// file with several hard links only this name is replaced.
+// NULL creates the tables only and returns true; the log stays closed. A later call with a name
+// opens the log and uses the same tables. If the tables exist already, NULL changes nothing and
+// returns false: new tables would issue identifiers that are in use.
 RV_API bool zlfOpenLog(const char *filename);
 
 // Writes the closing statistics, closes the log and releases the identifiers. Always true.
@@ -49,12 +49,12 @@ RV_API bool zlfCloseLog();
 __attribute__((format(printf, 1, 2))) RV_API bool zlfLog(const char *format, ...);
 
 // Logs an error in three lines: the time, a title, and the text, cut at 255 bytes. The title is
-// `from` and " - Error", and behind it " (", `detail` and ")" unless `detail` is NULL or empty; it
-// is cut at 79 bytes. Always false, so that a caller can return its result.
+// `from`, then " - Error" and, unless `detail` is NULL or empty, " (", `detail` and ")"; it is cut
+// at 79 bytes. Always false, so that a caller can return its result.
 __attribute__((format(printf, 3, 4))) RV_API bool zlfLogError(const char *from, const char *detail,
                                                               const char *format, ...);
 
-// Whether log texts are also printed to standard output; on at the start. There, "%%" in a finished
+// Whether log texts are also printed to standard output; on by default. There, "%%" in a finished
 // text is printed as one percent sign.
 RV_API void zlfSetConsoleEcho(bool on);
 
@@ -68,7 +68,7 @@ RV_API void zlfFree(void *block);
 // --- Timers
 
 // A timer whose factor counts units of 1 / rate seconds; its index, or -1 and a log line when all
-// eight are taken. A rate of 0 leaves the timer free.
+// eight are in use. A rate of 0 leaves the timer free.
 RV_API int zlfNewTimer(float rate);
 // A log line for a free timer or a bad index.
 RV_API void zlfFreeTimer(int timer);
@@ -86,21 +86,21 @@ RV_API float zlfGetTimerFps(int timer);
 
 // The lowest free identifier, 1 to 65535; 0 and a log line when there is none, or no table.
 RV_API unsigned int zlfNewId();
-// Gives an identifier back. A log line for 0, for one above 65535, and for one that is free.
+// Releases an identifier. A log line for 0, for one above 65535, and for one that is free.
 RV_API void releaseId(unsigned int id);
 
 // --- Key and value files
 
-// Reads the file into memory; false and a log line when it cannot be read or is empty. What is
-// opened must be closed; a parser that is opened while it is open loses the memory of the first
-// file. After a failure nothing is to be closed: after the line "is corrupted" `data` is not NULL,
-// but its memory is gone already.
+// Reads the file into memory; false and a log line when it cannot be read or is empty. Close every
+// parser that was opened: opening it a second time leaks the memory of the first file. After a
+// failure do not close it: after the line "is corrupted" `data` is not NULL, but its memory has
+// been freed.
 RV_API bool zlfOpenParser(zlfPARSER *parser, const char *filename);
 // Releases the memory. False and a log line for NULL and for a parser that is not open.
 RV_API bool zlfCloseParser(zlfPARSER *parser);
 
-// Blanks out everything from each `marker` to the end of its line, in quotes too. True when there
-// was at least one.
+// Overwrites with blanks from each `marker` to the end of its line, within quotes too. True when
+// there was at least one.
 RV_API bool zlfRemoveComments(zlfPARSER *parser, char marker);
 
 // The next line without its line feed, or the next line without blanks and tabs. `line` has room
@@ -111,23 +111,23 @@ RV_API bool zlfReadLine(zlfPARSER *parser, char *line);
 RV_API bool zlfReadToken(zlfPARSER *parser, char *line);
 
 // The value of the first line that contains `key` anywhere, blanks and tabs of the line not
-// counted: "window size" in a file is the key "windowsize", a key that holds a blank itself is
-// never found, and a number of "1 024" is 1024. The character behind the key is skipped, whatever
-// it is. False, with `value` as it was, when no line has the key. A missing number is 0. These do
+// counted: "window size" in a file is the key "windowsize", a key that contains a blank itself is
+// never found, and a number of "1 024" is 1024. The character after the key is skipped, whatever
+// it is. False, with `value` unchanged, when no line has the key. A missing number is 0. These do
 // not move the position of the parser.
 RV_API bool zlfGetInt(zlfPARSER *parser, const char *key, int *value);
 RV_API bool zlfGetFloat(zlfPARSER *parser, const char *key, float *value);
 
 // The text between the first and the last double quote of the value, without its blanks and tabs.
-// `value` has room for 256 bytes. Without a pair of quotes the result is false and `value` holds
-// the raw value.
+// `value` has room for 256 bytes. Without a pair of quotes the result is false and `value`
+// contains the raw value.
 RV_API bool zlfGetString(zlfPARSER *parser, const char *key, char *value);
 
 // --- Files and time
 
 // Bytes, or -1 when the name is NULL, the file cannot be opened or its size does not fit. Here and
-// wherever the library reads a file, what is no regular file, as a folder, a FIFO or a device,
-// cannot be opened; a symbolic link to a regular file can.
+// wherever the library reads a file, only regular files and symbolic links to them can be opened,
+// but no folder, FIFO or device.
 RV_API int zlfGetFileSize(const char *filename);
 
 // Whether the file opens for reading; NULL gives false.
@@ -137,7 +137,7 @@ RV_API bool zlfFileExists(const char *filename);
 RV_API FILE *zlfOpenFile(const char *filename, const char *mode);
 
 // File dialogs of the system: true when the user confirmed, and `file`, with room for 260 bytes,
-// then holds the path. On this system there are none, and both are false.
+// then contains the path. On this system there are none, and both are false.
 RV_API bool zlfOpenFileDialog(char *file, const char *filter);
 RV_API bool zlfSaveFileDialog(char *file, const char *extension, const char *filter);
 
