@@ -1,11 +1,11 @@
+// Invariant: objects are added in the order in which the finders of their classes search, and
+// `emplace` does not replace the first of a name.
+
 #include "models/loadIndex.h"
 
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVTEXTURE.h"
-
-// Invariant: `emplace` keeps the first of a name, and all come in the order in which the classes'
-// own finders meet them.
 
 namespace ravolt {
 

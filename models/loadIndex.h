@@ -1,8 +1,8 @@
 #pragma once
 
 // Textures, materials and nodes by their names while a scene file is loaded. A file may name tens
-// of thousands of them, and to walk the registries or the tree for each name would take the square
-// of that.
+// of thousands of them, and a search of the registries or the tree for each name would take
+// quadratic time.
 
 #include <string_view>
 #include <unordered_map>
@@ -13,33 +13,33 @@ class RVTEXTURE;
 
 namespace ravolt {
 
-// The finders give what the classes' own ones give: the first match in order of creation, or for
-// nodes in order of the walk. They use the index that lives, for what it has taken in, and the
-// classes' own finders otherwise. No name may change while an index lives, and nothing in it may be
-// deleted before the last look-up. One lives at a time.
+// The finders return what the finders of the classes return: the first match in order of creation,
+// or for nodes in depth-first order. They use the current index, if there is one, and otherwise
+// the finders of the classes. While an index exists no name may change, and nothing in it may be
+// deleted before the last search. There is at most one index at a time.
 class LoadIndex {
   public:
-    // Takes in all textures and materials that there are.
+    // Adds all registered textures and materials.
     LoadIndex();
     ~LoadIndex();
     LoadIndex(const LoadIndex &) = delete;
     LoadIndex &operator=(const LoadIndex &) = delete;
 
-    // Each new one, once it has its name.
+    // To be called for each new object once it has its name.
     void add(RVTEXTURE &texture);
     void add(RVMATERIAL &material);
-    // The finished tree.
+    // Adds the finished tree.
     void addTree(RVNODE &treeRoot);
 
     static RVTEXTURE *findTexture(const char *filename);
     static RVMATERIAL *findMaterial(const char *name);
-    // Anywhere under `root`, itself included.
+    // Searches `root` and all nodes below it.
     static RVNODE *findNode(RVNODE &root, const char *name);
 
   private:
     void addNodes(RVNODE &node);
 
-    // The keys are the objects' own texts.
+    // The keys point to the names in the objects.
     template <class T> using ByName = std::unordered_map<std::string_view, T *>;
 
     ByName<RVTEXTURE> textures;

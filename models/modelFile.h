@@ -6,13 +6,13 @@
 
 namespace ravolt {
 
-// Whether the whole file is in `file`; otherwise a line in the log that ends in the name of the
-// loader.
+// Reads the whole file into `file`. False, with a line in the log that ends in the name of the
+// loader, when that fails.
 bool readModelFile(const char *path, const char *loader, FileBytes &file);
 
-// Whether a file that is found by putting a path in front of `name` lies below that path, as far as
-// the name tells: it is not absolute and has no component "..". Names that come with a file may be
-// of any system, so both kinds of slashes separate and a drive letter counts as absolute.
+// Whether `name` appended to a path stays below that path: it is not absolute and has no component
+// "..". (Symbolic links are not considered.) A name in a file may come from any system, so slashes
+// and backslashes are separators, and a name with a drive letter is absolute.
 bool staysBelowPath(std::string_view name);
 
 } // namespace ravolt

@@ -10,7 +10,7 @@
 namespace ravolt::rva {
 
 inline constexpr std::string_view magic = "RVA file v1.6a";
-constexpr std::uint8_t separator = 0x1a; // after the magic; nobody reads it
+constexpr std::uint8_t separator = 0x1a; // after the magic; readers ignore it
 constexpr std::size_t headerBytes = magic.size() + sizeof separator;
 
 // One bone of one frame: rotation, translation, and whether it is a key.

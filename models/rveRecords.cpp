@@ -1,3 +1,5 @@
+// Counts are unsigned 16 bit numbers and elements are small, so no size computed here overflows.
+
 #include "models/rveRecords.h"
 
 #include "foundation/bytes.h"
@@ -5,8 +7,6 @@
 
 #include <algorithm>
 #include <cstring>
-
-// Counts are unsigned 16 bit numbers and elements are small, so no size computed here overflows.
 
 namespace ravolt {
 
@@ -46,13 +46,13 @@ void readSkin(ByteReader &reader, MeshRecord &mesh) {
 
 // The largest of `count` numbers that need not be aligned; 0 for none.
 template <class Number> Number largest(const unsigned char *bytes, std::size_t count) {
-    Number most = 0;
+    Number maximum = 0;
     for (std::size_t i = 0; i < count; ++i) {
         Number number;
         std::memcpy(&number, bytes + i * sizeof(Number), sizeof(Number));
-        most = std::max(most, number);
+        maximum = std::max(maximum, number);
     }
-    return most;
+    return maximum;
 }
 
 } // namespace

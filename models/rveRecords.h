@@ -1,8 +1,8 @@
 #pragma once
 
-// Records of a scene file as plain views over its bytes: texts and arrays stay where they are, so
-// the file's block must outlive the record. Arrays are not aligned; copy them out with memcpy.
-// Records of plain nodes and lights stand with those nodes, in scene/nodeRecords.h.
+// Records of a scene file as plain views of its bytes: texts and arrays are not copied, so the
+// file's block must outlive the record. Arrays are not aligned; copy them with memcpy. Records of
+// plain nodes and lights are in scene/nodeRecords.h.
 
 #include "ravolt/RVMESH.h"
 #include "ravolt/Z3MVECTOR3D.h"
@@ -26,7 +26,7 @@ struct MaterialRecord {
     float shininess = 0;
 };
 
-// An array that the file leaves out is NULL.
+// An array that is not in the file is NULL.
 struct MeshRecord {
     const char *name = "";
     Z3MVECTOR3D position;
@@ -53,14 +53,13 @@ struct MeshRecord {
     const char *boneName[RV_BONES] = {};
 };
 
-// Each reads one record and returns whether it stands whole in the bytes, with texts of at most
-// 255 characters and tables within their limits; the reader has failed otherwise. `obsolete`
-// means format 1.5a.
+// Each reads one record and returns whether it is complete, with texts of at most 255 characters
+// and tables within their limits; otherwise the reader has failed. `obsolete` means format 1.5a.
 bool readMaterialRecord(ByteReader &reader, MaterialRecord &record);
 bool readMeshRecord(ByteReader &reader, bool obsolete, MeshRecord &record);
 
-// Whether all indices of a mesh lie within their tables: vertices of faces below the number of
-// vertices (and of texture coordinates where there are some), bones below the number of bones.
+// Whether all indices of a mesh are within their tables: vertices of faces below the number of
+// vertices (and of texture coordinates if there are any), bones below the number of bones.
 bool indicesInRange(const MeshRecord &record);
 
 } // namespace ravolt

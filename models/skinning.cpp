@@ -1,15 +1,15 @@
+// Bones and the skinning of a mesh, by the program in use or by the processor. A bone's matrix for
+// drawing is the inverse bind matrix, times the bone's matrix in this frame, times the inverse
+// matrix of the mesh; all are relative to the ancestor "HumanoidRoot", so that moving the whole
+// figure deforms nothing. There are at most RV_BONES bones, and the bone indices of vertices are
+// below the number of bones.
+
 #include "ravolt/RVMESH.h"
 
 #include "ravolt/RVSHADER.h"
 #include "ravolt/zlf.h"
 
 #include "models/loadIndex.h"
-
-// Bones and the bending of a mesh, by the program in use or by the processor. A bone's matrix for
-// drawing leads from the bind pose, through the place of the bone in this frame, back into the
-// space of the mesh; all of it is taken relative to the ancestor "HumanoidRoot", so that moving the
-// whole figure bends nothing. Tables: at most RV_BONES bones, and bone numbers of vertices lie
-// below the number of bones.
 
 namespace {
 
@@ -68,8 +68,8 @@ void RVMESH::animateByProgram() const {
                         boneWeightBuffer);
 }
 
-// The weighted sum of what each bone makes of a vertex is what the weighted sum of the bones makes
-// of it, and that takes half the time.
+// Blends the matrices and transforms each vertex once, which equals the weighted sum of the vertex
+// transformed by each bone and takes half the time.
 void RVMESH::animateVertices() {
     const unsigned char *index = boneIndex;
     const float *weight = boneWeight;

@@ -1,3 +1,8 @@
+// Videos: the registry, the file, the status and the way of a frame into its texture.
+//
+// Invariants: a stream has a file exactly when it has a decoder. A stream lives as long as a video,
+// or a copy of one, points to it.
+
 #include "ravolt/RVVIDEO.h"
 
 #include "foundation/platform.h"
@@ -13,11 +18,6 @@
 #include <new>
 #include <string>
 #include <utility>
-
-// Videos: the registry, the file, the status and the way of a frame into its texture.
-//
-// Invariants: a stream has a file exactly when it has a decoder. A stream lives as long as a video,
-// or a copy of one, points to it.
 
 using ravolt::VideoFrame;
 using VideoRegistry = ravolt::Registry<RVVIDEO>;

@@ -1,10 +1,9 @@
-// The decoder of videos: only here, and at no other place of the library, are functions of libmpeg2
-// called.
+// The decoder of videos: the only source of the library that calls functions of libmpeg2.
 //
-// Invariant: `decoded` has an entry for each of the decoder's frame buffers that holds a frame of
-// the sequence at hand, with that frame's own size. The decoder goes on to tell of a buffer when
-// its sequence is over and the buffer released, and announces a new size before there is a frame of
-// it; a buffer without an entry is therefore never handed out.
+// Invariant: `decoded` has an entry for each of the decoder's frame buffers that contains a frame
+// of the current sequence, with the size of that frame. The decoder still reports a buffer after
+// its sequence has ended and the buffer has been freed, and it reports a new size before there is a
+// frame of it; a buffer without an entry is therefore never returned.
 
 #include "video/decoder.h"
 
@@ -12,7 +11,7 @@
 #include <cstdint>
 #include <iterator>
 
-extern "C" { // which its headers leave out
+extern "C" { // missing in its headers
 #include <mpeg2.h>
 
 #include <mpeg2convert.h>
@@ -22,13 +21,12 @@ namespace {
 
 using ravolt::VideoFrame;
 
-// No texture is larger. Beyond it the decoder would ask for gigabytes, and not look whether it got
-// them.
-constexpr unsigned int largestSize = 4096;
+// No texture is larger. For larger sizes the decoder would allocate gigabytes without checking the
+// result.
+constexpr unsigned int maxSize = 4096;
 
-// Half a picture of fewer lines is less than the decoder's macroblock, and it would write behind
-// it.
-constexpr unsigned int leastHeightOfFields = 32;
+// A field of a lower picture is lower than a macroblock of the decoder, which would write past it.
+constexpr unsigned int minHeightOfFields = 32;
 
 void readBlock(RVVIDEO_STREAM &stream) {
     stream.size = static_cast<int>(std::fread(stream.buffer, 1, sizeof stream.buffer, stream.file));
@@ -44,12 +42,12 @@ VideoFrame frameOf(const mpeg2_sequence_t &sequence, const unsigned char *pixels
             sequence.picture_height};
 }
 
-// Gives the size of a sequence that is too large, without pixels; what follows is passed over until
-// the next sequence starts.
+// Returns the size of a sequence that is too large, without pixels; the decoder then skips
+// everything until the next sequence.
 VideoFrame startSequence(RVVIDEO_STREAM &stream) {
     clearFrames(stream);
     const VideoFrame size = frameOf(*stream.sequence, nullptr);
-    if (size.width > largestSize || size.height > largestSize) {
+    if (size.width > maxSize || size.height > maxSize) {
         mpeg2_reset(stream.decoder, 1);
         stream.sequence = nullptr;
         return size;
@@ -60,10 +58,10 @@ VideoFrame startSequence(RVVIDEO_STREAM &stream) {
 
 void startPicture(RVVIDEO_STREAM &stream) {
     const bool isField = stream.info->current_picture->nb_fields == 1;
-    mpeg2_skip(stream.decoder, isField && stream.sequence->height < leastHeightOfFields);
+    mpeg2_skip(stream.decoder, isField && stream.sequence->height < minHeightOfFields);
 }
 
-// NULL asks for an empty entry.
+// `pixels` NULL finds an empty entry.
 VideoFrame *entryOf(RVVIDEO_STREAM &stream, const unsigned char *pixels) {
     VideoFrame *const end = std::end(stream.decoded);
     VideoFrame *const found =
@@ -129,7 +127,7 @@ ravolt::VideoFrame ravolt::decodeStep(RVVIDEO_STREAM &stream) {
         clearFrames(stream);
         return last;
     }
-    default: // On purpose: broken data are passed over without a word.
+    default: // On purpose: damaged data are skipped without a message.
         return {};
     }
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The file and the decoder of a video. Nothing of libmpeg2's headers is needed to hold it.
+// The file and the decoder of a video, without the headers of libmpeg2.
 
 #include <cstddef>
 #include <cstdio>
@@ -21,7 +21,7 @@ struct VideoFrame {
 };
 
 constexpr std::size_t blockBytes = 4096; // bytes read at a time
-constexpr std::size_t decoderFrames = 3; // that it works with at a time
+constexpr std::size_t decoderFrames = 3; // its frame buffers
 
 } // namespace ravolt
 
@@ -34,9 +34,9 @@ struct RVVIDEO_STREAM {
     int size;        // of the last block read; -1 after load, 0 at the end of the file
     std::FILE *file; // NULL when none is open
 
-    ravolt::VideoFrame decoded[ravolt::decoderFrames]; // what has been decoded of the sequence
+    ravolt::VideoFrame decoded[ravolt::decoderFrames]; // the decoded frames of the sequence
     unsigned int users;                                // videos that share the stream
     unsigned char *rows;                               // owned: a frame with its rows bottom up
     std::size_t rowsSize;                              // bytes
-    const RVTEXTURE *refusedBy; // compared, never followed: the log has its line about this texture
+    const RVTEXTURE *refusedBy; // compared, never followed: this texture has its line in the log
 };

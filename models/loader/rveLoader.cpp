@@ -1,3 +1,8 @@
+// A scene file is read twice. The first pass builds nothing and checks everything: bounds, kinds,
+// texts, tables, depth. Only a file that passes is built, so that the second pass need not check
+// its bytes, and an invalid file leaves no objects. Memory can still run out in the second pass;
+// then everything created so far is deleted.
+
 #include "ravolt/RAVOLT.h"
 
 #include "ravolt/RVMATERIAL.h"
@@ -23,11 +28,6 @@
 #include <string_view>
 #include <vector>
 
-// A scene file is walked twice. The first walk builds nothing and checks everything: bounds, kinds,
-// texts, tables, depth. Only a file that it passed is built, so that the readers of the second walk
-// may trust their bytes, and a bad file leaves nothing behind. Memory can still run out while a
-// file is built; then everything made so far goes again.
-
 using ravolt::ByteReader;
 using ravolt::LoadIndex;
 using ravolt::MaterialRecord;
@@ -39,7 +39,7 @@ namespace {
 
 enum class Verdict { good, corrupted, unknownKind };
 
-// What belongs to one load, for the functions that have no parameter for it.
+// The state of one load, for functions that have no parameter for it.
 struct LoadState {
     bool obsolete = false;
     unsigned int nodes = 0;
@@ -47,9 +47,9 @@ struct LoadState {
 
 bool isNone(const char *text) { return std::strcmp(text, rve::noName) == 0; }
 
-// --- The first walk
+// --- The first pass
 
-// `open` holds, for each node on the way down from the root, how many children are still to come.
+// `open` contains, for each node on the path from the root, how many children are still to come.
 Verdict checkTree(ByteReader &reader) {
     std::vector<unsigned int> open;
     open.reserve(rve::maxTreeDepth);
@@ -82,8 +82,9 @@ Verdict checkFile(ByteReader reader) {
 
 // --- Materials
 
-// What a load has added to the registries of materials, programs and textures; taken back if it
-// fails. Room is made beforehand, so that noting a new object cannot fail.
+// What a load has added to the registries of materials, programs and textures; deleted unless the
+// load is committed. The arrays are reserved beforehand, so that recording a new object cannot
+// fail.
 class LoadTransaction {
   public:
     LoadTransaction() = default;
@@ -101,7 +102,7 @@ class LoadTransaction {
             delete texture;
     }
 
-    void keep() {
+    void commit() {
         materials.clear();
         shaders.clear();
         textures.clear();
@@ -113,7 +114,7 @@ class LoadTransaction {
     LoadIndex index;
 };
 
-// Whether a record names a file, and one that it may name.
+// Whether a record names a file that it may name.
 bool namesFile(const char *name) {
     if (isNone(name))
         return false;
@@ -134,13 +135,13 @@ RVTEXTURE *findOrLoadTexture(const char *fileName, LoadTransaction &transaction)
     return texture;
 }
 
-// The normal map stands beside the diffuse texture: its name has "_n.tga" for the last six
+// The normal map of a diffuse texture: its name ends in "_n.tga" instead of the last six
 // characters, whatever these are. NULL when there is none.
 RVTEXTURE *findOrLoadNormalMap(const char *textureName, LoadTransaction &transaction) {
     std::string name = textureName;
     name.resize(name.size() - std::min<std::size_t>(name.size(), 6));
     name += "_n.tga";
-    // On purpose: the bare name is looked for, without the path of the textures.
+    // On purpose: the file is searched without the path of the textures.
     if (!zlfFileExists(name.c_str())) {
         zlfLog("   [!] normal map not found for %s\n", textureName);
         return nullptr;
@@ -149,7 +150,7 @@ RVTEXTURE *findOrLoadNormalMap(const char *textureName, LoadTransaction &transac
     return findOrLoadTexture(name.c_str(), transaction);
 }
 
-// A program that cannot be made is used all the same: its objects are drawn without.
+// A program that cannot be built is used all the same: its objects are drawn without it.
 RVSHADER *findOrLoadShader(const char *name, LoadTransaction &transaction) {
     if (RVSHADER *shader = RVSHADER::findByName(name))
         return shader;
@@ -162,8 +163,8 @@ RVSHADER *findOrLoadShader(const char *name, LoadTransaction &transaction) {
     return shader;
 }
 
-// A material of that name that is there already stays as it is; the textures and the program of the
-// record are loaded all the same.
+// A registered material of the same name is not changed; the textures and the program of the record
+// are loaded all the same.
 void buildMaterial(const MaterialRecord &record, LoadTransaction &transaction) {
     RVTEXTURE *diffuse = nullptr;
     RVTEXTURE *normalMap = nullptr;
@@ -221,7 +222,7 @@ struct DestroyTree {
 
 bool namesXml(const char *path) { return std::strstr(path, ".xml") || std::strstr(path, ".XML"); }
 
-// Whether the file opens with a magic of ours, which also says how old its format is.
+// Whether the file starts with a known magic, which also gives the version of the format.
 bool readHeader(const char *path, const ravolt::FileBytes &file) {
     const std::string header(reinterpret_cast<const char *>(file.data()),
                              std::min(file.size(), rve::magic.size()));
@@ -236,7 +237,7 @@ bool readHeader(const char *path, const ravolt::FileBytes &file) {
     return true;
 }
 
-bool checkWhole(const char *path, const ravolt::FileBytes &file) {
+bool checkContents(const char *path, const ravolt::FileBytes &file) {
     switch (checkFile(ByteReader(file.data(), file.size(), rve::headerBytes))) {
     case Verdict::good:
         return true;
@@ -266,7 +267,7 @@ RVNODE *RAVOLT::load(const char *fileName) try {
     zlfLog("\n   Loading RVE file '%s'...\n", path);
     ravolt::FileBytes file;
     if (!ravolt::readModelFile(path, "RAVOLT::load", file) || !readHeader(path, file) ||
-        !checkWhole(path, file))
+        !checkContents(path, file))
         return nullptr;
 
     LoadTransaction transaction;
@@ -283,15 +284,15 @@ RVNODE *RAVOLT::load(const char *fileName) try {
     zlfFree(file.release());
     zlfLog("   File .RVE loaded (%u nodes)\n", state.nodes);
     RVNODE::displayTree(root.get());
-    transaction.keep();
+    transaction.commit();
     return root.release();
 } catch (const std::bad_alloc &) {
     zlfLog("   [!] Out of memory for file %s%s @ RAVOLT::load\n", rvePath, fileName);
     return nullptr;
 }
 
-// NULL when memory runs out or the kind is unknown; nothing of the subtree is left then.
-// The caller knows the place among the parent's children, and puts the node there.
+// NULL when memory runs out or the kind is unknown; the subtree is then deleted. The caller stores
+// the node among the parent's children.
 RVNODE *RAVOLT::recursiveLoad(char *buffer, long *cursor, RVNODE * /*parent*/) {
     const ravolt::NodeReader *nodeReader =
         ravolt::readerOf(static_cast<unsigned char>(buffer[(*cursor)++]));
