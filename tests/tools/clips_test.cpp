@@ -25,7 +25,7 @@ class ClipsTest : public ::testing::Test {
         const aiScene &scene = figure.finish();
         skeleton = std::make_unique<Skeleton>(scene, 1, 1, report);
         skins = std::make_unique<Skins>(scene, *skeleton, report);
-        clips = std::make_unique<Clips>(scene, *skeleton, *skins, fps, report);
+        clips = std::make_unique<Clips>(scene, interpolations, *skeleton, *skins, fps, report);
         return clips->all();
     }
 
@@ -37,6 +37,7 @@ class ClipsTest : public ::testing::Test {
     }
 
     Figure figure;
+    Interpolations interpolations;
     Report report;
     std::unique_ptr<Skeleton> skeleton;
     std::unique_ptr<Skins> skins;

@@ -34,14 +34,29 @@ class GltfData {
         return floats("MAT4", 16, values);
     }
 
-    // The members of the file that hold all of it.
-    std::string members() const {
-        return R"("accessors":[)" + accessors + R"(],"bufferViews":[)" + views +
-               R"(],"buffers":[{"byteLength":)" + std::to_string(bytes.size()) +
-               R"(,"uri":"data:application/octet-stream;base64,)" + base64() + R"("}])";
+    // States a stride of the last one's values.
+    void strideOfLast(int bytesApart) {
+        views.insert(views.size() - 1, R"(,"byteStride":)" + std::to_string(bytesApart));
     }
 
+    // The members of the file that hold all of it.
+    std::string members() const {
+        return tables(R"(,"uri":"data:application/octet-stream;base64,)" + base64() + '"');
+    }
+    // Those of a binary file, which has the buffer itself elsewhere.
+    std::string membersOfBinary() const { return tables(""); }
+    // Those of a file whose buffer is that other file.
+    std::string membersWith(const std::string &uri) const {
+        return tables(R"(,"uri":")" + uri + '"');
+    }
+    const std::string &buffer() const { return bytes; }
+
   private:
+    std::string tables(const std::string &source) const {
+        return R"("accessors":[)" + accessors + R"(],"bufferViews":[)" + views +
+               R"(],"buffers":[{"byteLength":)" + std::to_string(bytes.size()) + source + "}]";
+    }
+
     template <class T>
     int add(int componentType, const std::string &type, std::size_t count,
             const std::vector<T> &values) {

@@ -47,10 +47,10 @@ std::string fittingRate(double most) {
 
 } // namespace
 
-Clips::Clips(const aiScene &model, const Skeleton &joints, const Skins &allSkins,
-             double framesPerSecond, Report &lines)
-    : scene(model), skeleton(joints), skins(allSkins), fps(framesPerSecond), report(lines),
-      moved(joints.joints().size(), false) {
+Clips::Clips(const aiScene &model, const Interpolations &ways, const Skeleton &joints,
+             const Skins &allSkins, double framesPerSecond, Report &lines)
+    : scene(model), interpolations(ways), skeleton(joints), skins(allSkins), fps(framesPerSecond),
+      report(lines), moved(joints.joints().size(), false) {
     size = spreadOf(skins.bindPose());
     if (skins.differsFromOwnPose()) {
         report.note("the skin is bound in another pose than the model's own, which becomes the "
@@ -101,19 +101,27 @@ void Clips::read(unsigned int index) {
     if (animation.mNumMeshChannels || animation.mNumMorphMeshChannels)
         report.warn("clip '" + source.shownName +
                     "': changes of shape left out, a clip moves nodes alone");
-    std::size_t unknown = 0;
+    std::size_t unknown = 0, straightened = 0;
     std::set<std::size_t> known;
     for (unsigned int i = 0; i < animation.mNumChannels; ++i) {
         const aiNodeAnim &channel = *animation.mChannels[i];
         const std::size_t joint = skeleton.find(channel.mNodeName.C_Str());
-        if (joint == nowhere)
+        if (joint == nowhere) {
             ++unknown;
-        else if (known.insert(joint).second)
-            source.tracks.push_back({joint, Motion(channel)});
+        } else if (known.insert(joint).second) {
+            const auto found = interpolations.find({index, channel.mNodeName.C_Str()});
+            const Interpolation way =
+                found == interpolations.end() ? Interpolation() : found->second;
+            straightened += way.lacksTangents();
+            source.tracks.push_back({joint, Motion(channel, way)});
+        }
     }
     if (unknown)
         report.warn("clip '" + source.shownName + "': " + counted(unknown, "node", "nodes") +
                     " that the model does not have left out");
+    if (straightened)
+        report.warn("clip '" + source.shownName + "': cubic interpolation of " +
+                    counted(straightened, "node", "nodes") + " replaced by a linear one");
 
     setTimes(source, animation);
     sources.push_back(std::move(source));

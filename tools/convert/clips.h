@@ -3,6 +3,7 @@
 // Movements of a model as clips (RVA): for each frame the place and the rotation of each node that
 // some clip of the model moves.
 
+#include "tools/convert/gltf2.h"
 #include "tools/convert/motion.h"
 #include "tools/convert/skeleton.h"
 #include "tools/convert/skins.h"
@@ -30,8 +31,8 @@ struct Clip {
 class Clips {
   public:
     // `fps` is the number of frames in a second.
-    Clips(const aiScene &scene, const Skeleton &skeleton, const Skins &skins, double fps,
-          Report &report);
+    Clips(const aiScene &scene, const Interpolations &interpolations, const Skeleton &skeleton,
+          const Skins &skins, double fps, Report &report);
 
     bool moves(std::size_t joint) const { return moved[joint]; }
     const std::vector<Clip> &all() const { return clips; }
@@ -63,6 +64,7 @@ class Clips {
     void write(const Source &source, const std::vector<bool> &moving);
 
     const aiScene &scene;
+    const Interpolations &interpolations;
     const Skeleton &skeleton;
     const Skins &skins;
     double fps;

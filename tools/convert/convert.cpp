@@ -109,7 +109,7 @@ Converted makeScene(const ConvertOptions &options, Report &report, Progress &pro
     const bool withBones = hasBones(model.scene());
     Skeleton skeleton(model.scene(), options.scale, withBones ? 2 : 1, report);
     Skins skins(model.scene(), skeleton, report);
-    const Clips clips(model.scene(), skeleton, skins, options.fps, report);
+    const Clips clips(model.scene(), model.interpolations(), skeleton, skins, options.fps, report);
     made.clips = clips.all();
     progress.step("meshes", 0.85, 0.95);
     made.scene.root = convertTree(model, surfaces, skeleton, skins, clips, report, progress);

@@ -9,13 +9,19 @@
 #include "tools/failure.h"
 
 #include <algorithm>
+#include <assimp/IOSystem.hpp>
+#include <assimp/MemoryIOWrapper.h>
 #include <assimp/ProgressHandler.hpp>
 #include <assimp/config.h>
 #include <assimp/importerdesc.h>
 #include <assimp/postprocess.h>
+#include <cctype>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace ravolt::tool {
@@ -45,6 +51,39 @@ class Handler : public Assimp::ProgressHandler {
 
     Progress &progress;
 };
+
+// The files of the model as they are, but for one of them.
+class ReplacedFile : public Assimp::IOSystem {
+  public:
+    ReplacedFile(ModelFiles &source, std::string replaced, const std::string &content)
+        : files(source.makeIoSystem()), path(std::move(replaced)), bytes(content) {}
+
+    bool Exists(const char *file) const override { return files->Exists(file); }
+    char getOsSeparator() const override { return files->getOsSeparator(); }
+    bool ComparePaths(const char *one, const char *second) const override {
+        return files->ComparePaths(one, second);
+    }
+
+    Assimp::IOStream *Open(const char *file, const char *mode) override {
+        if (!file || !mode || file != path || mode[0] != 'r')
+            return files->Open(file, mode);
+        return new Assimp::MemoryIOStream(reinterpret_cast<const std::uint8_t *>(bytes.data()),
+                                          bytes.size());
+    }
+    void Close(Assimp::IOStream *stream) override { delete stream; }
+
+  private:
+    const std::unique_ptr<Assimp::IOSystem> files;
+    const std::string path;
+    const std::string &bytes;
+};
+
+bool isGltf(const std::filesystem::path &file) {
+    std::string ending = file.extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ending == ".gltf" || ending == ".glb" || ending == ".vrm";
+}
 
 // One line, without the line ends that some importers put into their reasons.
 std::string oneLine(std::string text) {
@@ -161,6 +200,28 @@ void cleanScene(aiScene &scene, Report &report) {
                     " without a finite value set to zero");
 }
 
+// assimp reads what stands in place of the file; should it refuse that, the file as it is.
+void Model::readFile(const std::string &path, ModelFiles &files, Report &report) {
+    if (isGltf(path))
+        gltf2.emplace(files.part(path), report);
+    if (gltf2 && !gltf2->replacement().empty()) {
+        importer.SetIOHandler(new ReplacedFile(files, path, gltf2->replacement()));
+        const bool good = importer.ReadFile(path, 0);
+        importer.SetIOHandler(files.makeIoSystem());
+        if (good) {
+            ways = gltf2->takeInterpolations(const_cast<aiScene &>(*importer.GetScene()));
+            if (const std::size_t renamed = gltf2->renamedNodes())
+                report.note(counted(renamed, "node", "nodes") +
+                            " renamed: bones and clips find nodes by names, which must differ");
+            return;
+        }
+    }
+    if (!importer.ReadFile(path, 0))
+        throw Failure(path, oneLine(importer.GetErrorString()));
+    if (gltf2)
+        ways = gltf2->plainInterpolations();
+}
+
 Model::Model(const std::string &path, ModelFiles &files, Report &report, Progress &progress) {
     std::error_code error;
     if (!std::filesystem::exists(path, error))
@@ -170,7 +231,7 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
     if (std::filesystem::is_regular_file(path, error) && std::filesystem::is_empty(path, error))
         throw Failure(path, "is empty");
 
-    importer.SetIOHandler(files.makeIoSystem()); // the importer deletes it
+    importer.SetIOHandler(files.makeIoSystem()); // the importer deletes each one
     Handler handler(progress);
     importer.SetProgressHandler(&handler);
     // The importer deletes its handler unless it is taken away again.
@@ -184,15 +245,14 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
     importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, creaseAngle);
 
     progress.step("reading " + std::filesystem::path(path).filename().string(), 0, 0.35);
-    if (!importer.ReadFile(path, 0))
-        throw Failure(path, oneLine(importer.GetErrorString()));
+    readFile(path, files, report);
     // The scene belongs to the importer, which hands it out as constant; before the steps run
     // nobody else looks at it.
     aiScene &read = const_cast<aiScene &>(*importer.GetScene());
     if (!read.mRootNode)
         throw Failure(path, "has no nodes");
     if (isReadBy(importer, "glTF Importer"))
-        placeGltf1Nodes(read, path);
+        placeGltf1Nodes(read, files.part(path));
     cleanScene(read, report);
     if (!hasFaces(read))
         throw Failure(path, "has no triangles to draw");

@@ -4,12 +4,14 @@
 // trust every index and every number: triangles with vertices that do not exist or that lie
 // nowhere are dropped, and so are weights of such vertices. Everything dropped is reported.
 
+#include "tools/convert/gltf2.h"
 #include "tools/convert/modelFiles.h"
 #include "tools/progress.h"
 #include "tools/report.h"
 
 #include <assimp/Importer.hpp>
 #include <assimp/scene.h>
+#include <optional>
 #include <string>
 
 namespace ravolt::tool {
@@ -24,6 +26,8 @@ class Model {
 
     // glTF 2 states its colours in linear light; all other formats as they are shown.
     bool hasLinearColors() const { return linearColors; }
+    // How the movements go on between their keys, where it is not by straight lines.
+    const Interpolations &interpolations() const { return ways; }
     // Whether the cones of spot lights are stated as half angles.
     bool hasHalfCones() const { return linearColors; }
     // Whether the transforms of textures are still to be applied to the texture coordinates.
@@ -32,6 +36,10 @@ class Model {
     bool saysAlpha() const { return alphaSaid; }
 
   private:
+    void readFile(const std::string &path, ModelFiles &files, Report &report);
+
+    std::optional<Gltf2File> gltf2;
+    Interpolations ways;
     Assimp::Importer importer;
     const aiScene *current = nullptr;
     bool linearColors = false;

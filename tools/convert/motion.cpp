@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 
 namespace ravolt::tool {
 
@@ -18,8 +19,9 @@ Quaternion sum(const Quaternion &a, double u, const Quaternion &b, double v) {
     return {a.w * u + b.w * v, a.x * u + b.x * v, a.y * u + b.y * v, a.z * u + b.z * v};
 }
 
-std::optional<Quaternion> unitFrom(const aiQuaternion &q) {
-    const Quaternion read{q.w, q.x, q.y, q.z};
+Quaternion quaternionFrom(const aiQuaternion &q) { return {q.w, q.x, q.y, q.z}; }
+
+std::optional<Quaternion> unitFrom(const Quaternion &read) {
     const double size = std::sqrt(dotOf(read, read));
     if (!std::isfinite(size) || size < 1e-6)
         return std::nullopt;
@@ -28,6 +30,19 @@ std::optional<Quaternion> unitFrom(const aiQuaternion &q) {
 
 Vector between(const Vector &a, const Vector &b, double factor) { return a + (b - a) * factor; }
 
+Vector sum(const Vector &a, double u, const Vector &b, double v) { return a * u + b * v; }
+
+Vector finished(const Vector &value) { return value; }
+Quaternion finished(const Quaternion &value) { return unitFrom(value).value_or(Quaternion()); }
+
+// The cubic curve from `a` to `b` whose tangents are those by the whole way.
+template <class Value>
+Value curved(const Value &a, const Value &out, const Value &b, const Value &in, double factor) {
+    const double square = factor * factor, cube = square * factor;
+    return finished(sum(sum(a, 2 * cube - 3 * square + 1, out, cube - 2 * square + factor), 1,
+                        sum(b, 3 * square - 2 * cube, in, cube - square), 1));
+}
+
 // A time outside the keys as one that lies within, for movements that repeat.
 double wrapped(double ticks, double first, double last) {
     const double length = last - first;
@@ -35,6 +50,11 @@ double wrapped(double ticks, double first, double last) {
         return first;
     const double behind = std::fmod(ticks - first, length);
     return first + (behind < 0 ? behind + length : behind);
+}
+
+// Times of keys are rounded in files.
+bool isReached(double time, double ticks, double span) {
+    return ticks >= time - 1e-6 * std::max(std::abs(time), span);
 }
 
 } // namespace
@@ -58,23 +78,63 @@ Quaternion between(const Quaternion &a, const Quaternion &b, double factor) {
                sign * std::sin(factor * angle) / std::sin(angle));
 }
 
-Motion::Motion(const aiNodeAnim &channel) : before(channel.mPreState), after(channel.mPostState) {
+// The tangents of a key are found by its time.
+template <class Value, class Get>
+void Motion::addTangents(Keys<Value> &keys, const Interpolation &interpolation, const Get &get) {
+    if (keys.between != Between::cubic)
+        return;
+    keys.between = Between::linear;
+    if (interpolation.lacksTangents())
+        return;
+    std::map<double, Value> in, out;
+    get(*interpolation.incoming, in);
+    get(*interpolation.outgoing, out);
+    for (Key<Value> &key : keys.list) {
+        if (!in.count(key.time) || !out.count(key.time))
+            return;
+        const double scale = 1 / interpolation.ticksPerSecond;
+        key.incoming = sum(in[key.time], scale, Value{}, 0);
+        key.outgoing = sum(out[key.time], scale, Value{}, 0);
+    }
+    keys.between = Between::cubic;
+}
+
+Motion::Motion(const aiNodeAnim &channel, const Interpolation &interpolation)
+    : before(channel.mPreState), after(channel.mPostState) {
+    positions.between = interpolation.positions;
+    rotations.between = interpolation.rotations;
+    scalings.between = interpolation.scalings;
     const auto takeVectors = [](const aiVectorKey *from, unsigned int number, Keys<Vector> &keys) {
         for (unsigned int i = 0; i < number; ++i)
             if (const Vector value = vectorFrom(from[i].mValue);
                 std::isfinite(from[i].mTime) && isFinite(value))
-                keys.push_back({from[i].mTime, value});
+                keys.list.push_back({from[i].mTime, value});
     };
     takeVectors(channel.mPositionKeys, channel.mNumPositionKeys, positions);
     takeVectors(channel.mScalingKeys, channel.mNumScalingKeys, scalings);
     for (unsigned int i = 0; i < channel.mNumRotationKeys; ++i)
-        if (const auto value = unitFrom(channel.mRotationKeys[i].mValue);
+        if (const auto value = unitFrom(quaternionFrom(channel.mRotationKeys[i].mValue));
             value && std::isfinite(channel.mRotationKeys[i].mTime))
-            rotations.push_back({channel.mRotationKeys[i].mTime, *value});
+            rotations.list.push_back({channel.mRotationKeys[i].mTime, *value});
     const auto earlier = [](const auto &a, const auto &b) { return a.time < b.time; };
-    std::stable_sort(positions.begin(), positions.end(), earlier);
-    std::stable_sort(scalings.begin(), scalings.end(), earlier);
-    std::stable_sort(rotations.begin(), rotations.end(), earlier);
+    std::stable_sort(positions.list.begin(), positions.list.end(), earlier);
+    std::stable_sort(scalings.list.begin(), scalings.list.end(), earlier);
+    std::stable_sort(rotations.list.begin(), rotations.list.end(), earlier);
+
+    using Vectors = std::map<double, Vector>;
+    addTangents(positions, interpolation, [](const aiNodeAnim &from, Vectors &to) {
+        for (unsigned int i = 0; i < from.mNumPositionKeys; ++i)
+            to[from.mPositionKeys[i].mTime] = vectorFrom(from.mPositionKeys[i].mValue);
+    });
+    addTangents(scalings, interpolation, [](const aiNodeAnim &from, Vectors &to) {
+        for (unsigned int i = 0; i < from.mNumScalingKeys; ++i)
+            to[from.mScalingKeys[i].mTime] = vectorFrom(from.mScalingKeys[i].mValue);
+    });
+    addTangents(
+        rotations, interpolation, [](const aiNodeAnim &from, std::map<double, Quaternion> &to) {
+            for (unsigned int i = 0; i < from.mNumRotationKeys; ++i)
+                to[from.mRotationKeys[i].mTime] = quaternionFrom(from.mRotationKeys[i].mValue);
+        });
 }
 
 template <class Visit> void Motion::eachTrack(const Visit &visit) const {
@@ -86,8 +146,8 @@ template <class Visit> void Motion::eachTrack(const Visit &visit) const {
 double Motion::firstKey() const {
     double first = std::numeric_limits<double>::infinity();
     eachTrack([&](const auto &keys) {
-        if (keys.size() > 1)
-            first = std::min(first, keys.front().time);
+        if (keys.list.size() > 1)
+            first = std::min(first, keys.list.front().time);
     });
     return first;
 }
@@ -95,14 +155,15 @@ double Motion::firstKey() const {
 double Motion::lastKey() const {
     double last = 0;
     eachTrack([&](const auto &keys) {
-        if (!keys.empty())
-            last = std::max(last, keys.back().time);
+        if (!keys.list.empty())
+            last = std::max(last, keys.list.back().time);
     });
     return last;
 }
 
 template <class Value>
-std::optional<Value> Motion::valueAt(const Keys<Value> &keys, double ticks) const {
+std::optional<Value> Motion::valueAt(const Keys<Value> &track, double ticks) const {
+    const std::vector<Key<Value>> &keys = track.list;
     if (keys.empty())
         return std::nullopt;
     const bool early = ticks<keys.front().time, late = ticks> keys.back().time;
@@ -122,14 +183,24 @@ std::optional<Value> Motion::valueAt(const Keys<Value> &keys, double ticks) cons
     const double span = above->time - below->time;
     if (!(span > 0))
         return above->value;
-    return between(below->value, above->value, (ticks - below->time) / span);
+    const double factor = (ticks - below->time) / span;
+    switch (track.between) {
+    case Between::step:
+        return isReached(above->time, ticks, span) ? above->value : below->value;
+    case Between::cubic:
+        return curved(below->value, sum(below->outgoing, span, Value{}, 0), above->value,
+                      sum(above->incoming, span, Value{}, 0), factor);
+    case Between::linear:
+        break;
+    }
+    return between(below->value, above->value, factor);
 }
 
 Affine Motion::at(double ticks, const aiMatrix4x4 &own) const {
     aiVector3D ownScaling, ownPosition;
     aiQuaternion ownRotation;
     own.Decompose(ownScaling, ownRotation, ownPosition);
-    const Quaternion otherwise = unitFrom(ownRotation).value_or(Quaternion());
+    const Quaternion otherwise = unitFrom(quaternionFrom(ownRotation)).value_or(Quaternion());
     const Matrix rotation = matrixFrom(valueAt(rotations, ticks).value_or(otherwise));
     const Vector scaling = valueAt(scalings, ticks).value_or(vectorFrom(ownScaling));
     const Affine result{
