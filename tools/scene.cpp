@@ -22,6 +22,7 @@ SceneToShow::SceneToShow(const ShowOptions &wanted, const Talk &talk) : clip(wan
         scene = wanted.input;
     else
         convert(wanted, talk);
+    sceneSkins = readSkins(scene);
     clipFiles = clipsBeside(scene);
     if (isClipFile(clip))
         clip = std::filesystem::absolute(clip).string();

@@ -23,7 +23,9 @@ class SceneToShow {
     SceneToShow(const ShowOptions &wanted, const Talk &talk);
 
     const std::filesystem::path &file() const { return scene; }
-    // Its clips, and the one that is wanted, for a time when the working folder is another.
+    // Its skins and clips, and the clip that is wanted, for a time when the working folder is
+    // another.
+    const std::vector<SceneSkin> &skins() const { return sceneSkins; }
     const std::vector<ClipFile> &clips() const { return clipFiles; }
     const std::string &wantedClip() const { return clip; }
 
@@ -32,6 +34,7 @@ class SceneToShow {
 
     std::optional<TemporaryFolder> folder;
     std::filesystem::path scene;
+    std::vector<SceneSkin> sceneSkins;
     std::vector<ClipFile> clipFiles;
     std::string clip;
 };

@@ -213,7 +213,7 @@ void runShot(const ShotOptions &options, const Talk &talk) {
     Engine engine(windowFor(drawn), "ravolt", false, QuietStart::log(), drawing);
     RVNODE *root = engine.load(scene.file());
     Stage stage(root);
-    Playback playback(root, scene.clips());
+    Playback playback(root, scene.clips(), scene.skins());
     Series series = seriesFrom(options);
     if (!options.clip.empty()) {
         playback.choose(scene.wantedClip());

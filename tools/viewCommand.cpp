@@ -408,7 +408,7 @@ void runView(const ViewOptions &options, const Talk &talk) {
     Engine engine(options.size, title, true, QuietStart::log(), drawingFor(options, true));
     RVNODE *root = engine.load(scene.file());
     Stage stage(root);
-    Playback playback(root, scene.clips());
+    Playback playback(root, scene.clips(), scene.skins());
     if (!options.clip.empty())
         playback.choose(scene.wantedClip());
     else

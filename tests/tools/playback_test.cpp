@@ -3,11 +3,13 @@
 #include "tests/tools/support.h"
 #include "tools/failure.h"
 #include "tools/stage/engine.h"
+#include "tools/stage/skins.h"
 #include "tools/writers/rvaWriter.h"
 #include "tools/writers/rveWriter.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <ravolt.h>
 
 namespace {
@@ -117,6 +119,69 @@ TEST_F(PlaybackTest, MeasuresTheRoomOfAllFrames) {
     EXPECT_GT(sphere.radius, 10.5);
     EXPECT_EQ(playback.frame(), 1);
     fs::current_path("..");
+}
+
+// A square on a bone, ten away from it, and a bone far off that holds nothing.
+class SkinnedPlaybackTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        RveNode body = square("body");
+        body.mesh.skin.weightsPerVertex = 4;
+        body.mesh.skin.bones = {"bone"};
+        body.mesh.skin.boneIndices.assign(16, 0);
+        body.mesh.skin.boneWeights = {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
+        ravolt::RveScene scene;
+        scene.root = hidden("[root]");
+        scene.root.children.push_back(hidden("HumanoidRoot"));
+        std::vector<RveNode> &figure = scene.root.children[0].children;
+        figure.push_back(hidden("bone"));
+        figure[0].position = {10, 0, 0};
+        figure.push_back(hidden("target"));
+        figure[1].position = {0, 500, 0};
+        figure.push_back(body);
+        fs::create_directories("played");
+        ASSERT_EQ(ravolt::writeRve("played/scene.rve", scene), "");
+        ravolt::RvaClip clip;
+        clip.bones = {"bone"};
+        clip.frames = {{{{0, 0, 0}, {10, 0, 0}, true}}, {{{0, 0, 90}, {10, 0, 0}, true}}};
+        ASSERT_EQ(ravolt::writeRva("played/scene.turn.rva", clip), "");
+    }
+
+    static RveNode hidden(const std::string &name) {
+        RveNode node;
+        node.kind = RveKind::mesh;
+        node.name = name;
+        node.mesh.hidden = true;
+        node.mesh.material = "";
+        return node;
+    }
+};
+
+// In the second frame the square is turned about the bone, from x 0 to 1 to y -10 to -9.
+TEST_F(SkinnedPlaybackTest, MeasuresSkinsWhereTheirBonesPutThem) {
+    const std::vector<ClipFile> clips = clipsBeside("played/scene.rve");
+    const std::vector<SceneSkin> skins = readSkins("played/scene.rve");
+    Engine engine({64, 64}, "test", false, "ravolt_log.txt");
+    Playback playback(engine.load("played/scene.rve"), clips, skins);
+    playback.choose("turn");
+    const Sphere sphere = playback.sphere();
+    EXPECT_NEAR(sphere.lowest, -10, 1e-3);
+    EXPECT_NEAR(sphere.center.x, 5, 1e-3);
+    EXPECT_NEAR(sphere.center.y, -4.5, 1e-3);
+    EXPECT_LT(sphere.radius, 7.5);
+    fs::current_path("..");
+}
+
+TEST_F(SkinnedPlaybackTest, ReadsNoSkinsOfBrokenScenes) {
+    EXPECT_EQ(readSkins("played/scene.rve").size(), 1u);
+    EXPECT_EQ(readSkins("played/scene.rve")[0].node, 4u);
+    std::ifstream stream("played/scene.rve", std::ios::binary);
+    const std::string whole{std::istreambuf_iterator<char>(stream), {}};
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        writeFile("cut.rve", whole.substr(0, length));
+        EXPECT_TRUE(readSkins("cut.rve").empty()) << length;
+    }
+    EXPECT_TRUE(readSkins("missing.rve").empty());
 }
 
 } // namespace

@@ -55,7 +55,8 @@ bool isClipFile(const std::string &nameOrFile) {
     return fs::path(nameOrFile).extension() == ending;
 }
 
-Playback::Playback(RVNODE *root, std::vector<ClipFile> files) : scene(root) {
+Playback::Playback(RVNODE *root, std::vector<ClipFile> files, std::vector<SceneSkin> itsSkins)
+    : scene(root), skins(std::move(itsSkins)) {
     for (ClipFile &file : files)
         clips.push_back({std::move(file)});
     walk(scene, [this](RVNODE *node) {
@@ -161,7 +162,7 @@ std::string Playback::state() const {
 Sphere Playback::sphere() {
     const int before = shown;
     standStill();
-    Extent extent(scene);
+    Extent extent(scene, skins);
     const int step = std::max(1, frames() / framesOfAGlance);
     for (int index = 0; current != none && index < frames(); index += step) {
         show(index);

@@ -30,8 +30,9 @@ class Playback {
   public:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-    // On the engine's scene `root`, as loaded. Make it after the engine, and drop it before.
-    Playback(RVNODE *root, std::vector<ClipFile> clips);
+    // On the engine's scene `root`, as loaded, whose file has those skins. Make it after the
+    // engine, and drop it before.
+    Playback(RVNODE *root, std::vector<ClipFile> clips, std::vector<SceneSkin> skins = {});
 
     bool empty() const { return clips.empty(); }
 
@@ -74,6 +75,7 @@ class Playback {
     };
 
     RVNODE *scene;
+    std::vector<SceneSkin> skins;
     std::vector<Entry> clips;
     std::vector<Still> still; // all nodes as they were loaded
     std::size_t current = none;

@@ -1,5 +1,6 @@
 #include "tools/stage/sphere.h"
 
+#include "tools/convert/skeleton.h"
 #include "tools/stage/walk.h"
 
 #include <algorithm>
@@ -11,27 +12,30 @@ namespace {
 
 Vector vectorFrom(const Z3MVECTOR3D &v) { return {v.x, v.y, v.z}; }
 
-Affine worldOf(RVNODE *node) {
-    const Z3MMATRIX matrix = node->getFinalMatrix(nullptr);
+Affine affineFrom(const Z3MMATRIX &matrix) {
     const float *m = matrix.e; // column by column
     return {matrixOfColumns({m[0], m[1], m[2]}, {m[4], m[5], m[6]}, {m[8], m[9], m[10]}),
             {m[12], m[13], m[14]}};
 }
 
-enum class Kind { rigid, skinned, any };
+Affine worldOf(RVNODE *node) { return affineFrom(node->getFinalMatrix(nullptr)); }
 
-std::vector<Vector> placesOfVertices(RVNODE *root, Kind kind) {
-    std::vector<Vector> places;
-    walk(root, [&](RVNODE *node) {
-        const RVMESH *mesh = visibleMesh(node);
-        if (!mesh || (kind != Kind::any && mesh->isSkinned() != (kind == Kind::skinned)))
-            return;
-        const Affine world = worldOf(node);
-        const Z3MVECTOR3D *vertices = mesh->getVertexPtr();
-        for (unsigned int i = 0; i < mesh->getNumberOfVertices(); ++i)
-            places.push_back(world(vectorFrom(vertices[i])));
-    });
-    return places;
+// In the frame that the engine binds skins in.
+Affine inFigure(RVNODE *node) { return affineFrom(node->getFinalMatrix(skeletonRootName)); }
+
+Affine inverseOf(const Affine &transform) {
+    Affine result;
+    return invert(transform, result) ? result : Affine();
+}
+
+void addVertices(RVNODE *node, std::vector<Vector> &places) {
+    const RVMESH *mesh = visibleMesh(node);
+    if (!mesh)
+        return;
+    const Affine world = worldOf(node);
+    const Z3MVECTOR3D *vertices = mesh->getVertexPtr();
+    for (unsigned int i = 0; i < mesh->getNumberOfVertices(); ++i)
+        places.push_back(world(vectorFrom(vertices[i])));
 }
 
 Sphere sphereOf(const std::vector<Vector> &places) {
@@ -46,10 +50,6 @@ Sphere sphereOf(const std::vector<Vector> &places) {
     return sphere;
 }
 
-Vector positive(const Vector &v) {
-    return {std::max(v.x, 0.0), std::max(v.y, 0.0), std::max(v.z, 0.0)};
-}
-
 } // namespace
 
 const RVMESH *visibleMesh(const RVNODE *node) {
@@ -59,7 +59,11 @@ const RVMESH *visibleMesh(const RVNODE *node) {
     return !mesh->isHidden() && mesh->getNumberOfFaces() > 0 ? mesh : nullptr;
 }
 
-Sphere sphereAround(RVNODE *root) { return sphereOf(placesOfVertices(root, Kind::any)); }
+Sphere sphereAround(RVNODE *root) {
+    std::vector<Vector> places;
+    walk(root, [&](RVNODE *node) { addVertices(node, places); });
+    return sphereOf(places);
+}
 
 void Box::take(const Vector &p) {
     if (empty)
@@ -69,35 +73,55 @@ void Box::take(const Vector &p) {
     high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
 }
 
-Extent::Extent(RVNODE *root) : scene(root) {
-    Box skins;
-    for (const Vector &place : placesOfVertices(scene, Kind::skinned))
-        skins.take(place);
-    const Box around = bones();
-    if (!skins.empty && !around.empty) {
-        below = positive(around.low - skins.low);
-        above = positive(skins.high - around.high);
-    }
+Extent::Extent(RVNODE *root, const std::vector<SceneSkin> &all) : scene(root) {
+    std::vector<RVNODE *> nodes;
+    walk(scene, [&](RVNODE *node) { nodes.push_back(node); });
+    for (const SceneSkin &data : all)
+        if (data.node < nodes.size() && bind(data, nodes[data.node]))
+            followed.insert(nodes[data.node]);
 }
 
-// Bones are meshes that are not to be seen themselves.
-Box Extent::bones() const {
-    Box box;
-    walk(scene, [&](RVNODE *node) {
-        if (node->getType() == RV_NODE_TYPE_MESH && !visibleMesh(node) && node->getParent())
-            box.take(worldOf(node).offset);
-    });
-    return box;
+// False for a skin that is not that of the node.
+bool Extent::bind(const SceneSkin &data, RVNODE *node) {
+    const RVMESH *mesh = visibleMesh(node);
+    const int number = static_cast<int>(data.bones.size());
+    if (!mesh || !mesh->isSkinned() || mesh->getNumberOfBones() != number || !node->getParent() ||
+        std::any_of(data.boneIndices.begin(), data.boneIndices.end(),
+                    [=](std::uint8_t bone) { return bone >= number; }))
+        return false;
+    Skin skin{&data, node, {}};
+    for (const std::string &name : data.bones) {
+        RVNODE *bone = scene->findByNameInHierarchy(name.c_str());
+        skin.bones.push_back({bone, bone ? inverseOf(inFigure(bone)) : Affine()});
+    }
+    skins.push_back(std::move(skin));
+    return true;
+}
+
+// As the engine bends it: relative to its parent, in the frame of the figure.
+void Extent::add(const Skin &skin) {
+    const Affine toWorld = worldOf(skin.mesh) * inverseOf(inFigure(skin.mesh)) *
+                           inverseOf(worldOf(skin.mesh->getParent()));
+    std::vector<Affine> moved;
+    for (const Bone &bone : skin.bones)
+        moved.push_back(bone.node ? toWorld * worldOf(bone.node) * bone.toBone : Affine());
+    const SceneSkin &data = *skin.data;
+    for (std::size_t i = 0; i < data.vertices.size(); ++i) {
+        Vector place;
+        for (std::size_t k = i * data.weightsPerVertex; k < (i + 1) * data.weightsPerVertex; ++k)
+            if (data.boneWeights[k] != 0)
+                place = place + moved[data.boneIndices[k]](data.vertices[i]) * data.boneWeights[k];
+        places.push_back(place);
+    }
 }
 
 void Extent::add() {
-    for (const Vector &place : placesOfVertices(scene, Kind::rigid))
-        places.push_back(place);
-    const Box box = bones();
-    if (!box.empty && (length(below) > 0 || length(above) > 0)) {
-        places.push_back(box.low - below);
-        places.push_back(box.high + above);
-    }
+    walk(scene, [this](RVNODE *node) {
+        if (!followed.count(node))
+            addVertices(node, places);
+    });
+    for (const Skin &skin : skins)
+        add(skin);
 }
 
 Sphere Extent::sphere() const { return places.empty() ? sphereAround(scene) : sphereOf(places); }

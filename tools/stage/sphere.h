@@ -3,7 +3,9 @@
 // The extent of a scene.
 
 #include "tools/convert/algebra.h"
+#include "tools/stage/skins.h"
 
+#include <set>
 #include <vector>
 
 class RVMESH;
@@ -28,22 +30,34 @@ struct Box {
 // The radius is 0 when there are none.
 Sphere sphereAround(RVNODE *root);
 
-// The room that a scene takes while it moves. Rigid meshes are measured by their vertices, skinned
-// ones by their bones, with as much around them as when the scene stands as it was loaded. Make it
-// at that time.
+// The room that a scene takes while it moves, by its vertices: those of skins where their bones put
+// them. Make it when the scene stands as it was loaded, which is how its skins were bound.
 class Extent {
   public:
-    explicit Extent(RVNODE *root);
+    // `skins` are those of the scene's file; others count as they stand when they are loaded.
+    Extent(RVNODE *root, const std::vector<SceneSkin> &skins);
 
     void add(); // the scene as it stands now
     // Without any such time the one around the scene as it was loaded.
     Sphere sphere() const;
 
   private:
-    Box bones() const;
+    struct Bone {
+        RVNODE *node; // NULL: the scene does not have it
+        Affine toBone;
+    };
+    struct Skin {
+        const SceneSkin *data;
+        RVNODE *mesh;
+        std::vector<Bone> bones;
+    };
+
+    bool bind(const SceneSkin &data, RVNODE *node);
+    void add(const Skin &skin);
 
     RVNODE *scene;
-    Vector below, above; // what of the skins is beyond their bones
+    std::vector<Skin> skins;
+    std::set<const RVNODE *> followed; // the meshes of these
     std::vector<Vector> places;
 };
 
