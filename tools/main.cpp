@@ -139,7 +139,9 @@ CLI::App *addConvert(CLI::App &app, Options &options) {
         ->check(CLI::Range(1u, 4096u))
         ->capture_default_str();
     command->add_option("--scale", to.scale, "Factor for all lengths")->capture_default_str();
-    command->add_option("--fps", to.fps, "Frames of a clip in a second, 0.1 to 1000")
+    command
+        ->add_option("--fps", to.fps,
+                     "Frames of a clip in a second, 0.1 to 1000; a clip has at most 1024")
         ->capture_default_str();
     command->add_option("--prefix", to.prefix,
                         "Put in front of the names of materials and textures; the engine shares "
@@ -176,7 +178,9 @@ void addShow(CLI::App &command, Options &options, ShowOptions &to) {
     command.add_option("--clip", to.clip,
                        "Show this clip: the CLIP of a file SCENE.CLIP.rva beside the scene, that "
                        "of an animation of the model, or any RVA file");
-    command.add_option("--fps", to.fps, "Frames of a model's clips in a second, 0.1 to 1000")
+    command
+        .add_option("--fps", to.fps,
+                    "Frames of a model's clips in a second, 0.1 to 1000; a clip has at most 1024")
         ->capture_default_str();
     addEffects(command, to.effects);
     addTalk(command, options);
