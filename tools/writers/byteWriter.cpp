@@ -50,7 +50,7 @@ WrittenBytes ByteWriter::take() {
 std::string writeFile(const std::string &path, const WrittenBytes &written) {
     if (!written.ok())
         return written.error;
-    return writeWholeFile(path, written.bytes) ? "" : path + ": cannot be written";
+    return writeWholeFile(path, written.bytes);
 }
 
 } // namespace ravolt

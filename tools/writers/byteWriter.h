@@ -55,8 +55,7 @@ class ByteWriter {
     WrittenBytes result;
 };
 
-// What is wrong, or an empty text. Nothing is left of a file that cannot be written whole; one that
-// cannot be opened stays as it is.
+// What is wrong, or an empty text. A file that cannot be written whole stays as it was.
 std::string writeFile(const std::string &path, const WrittenBytes &written);
 
 } // namespace ravolt

@@ -34,8 +34,7 @@ using RvaResult = WrittenBytes;
 
 RvaResult encodeRva(const RvaClip &clip);
 
-// What is wrong, or an empty text. Nothing is left of a file that cannot be written
-// whole; one that cannot be opened stays as it is.
+// What is wrong, or an empty text. A file that cannot be written whole stays as it was.
 std::string writeRva(const std::string &path, const RvaClip &clip);
 
 } // namespace ravolt

@@ -100,8 +100,7 @@ using RveResult = WrittenBytes;
 
 RveResult encodeRve(const RveScene &scene, RveVersion version = RveVersion::v16a);
 
-// What is wrong, or an empty text. Nothing is left of a file that cannot be written
-// whole; one that cannot be opened stays as it is.
+// What is wrong, or an empty text. A file that cannot be written whole stays as it was.
 std::string writeRve(const std::string &path, const RveScene &scene,
                      RveVersion version = RveVersion::v16a);
 

@@ -100,7 +100,7 @@ Bytes encodeTga(const TgaPicture &picture, TgaEncoding encoding) {
 }
 
 bool writeTga(const std::string &path, const TgaPicture &picture, TgaEncoding encoding) {
-    return writeWholeFile(path, encodeTga(picture, encoding));
+    return writeWholeFile(path, encodeTga(picture, encoding)).empty();
 }
 
 } // namespace ravolt

@@ -21,8 +21,7 @@ struct TgaPicture {
 std::vector<unsigned char> encodeTga(const TgaPicture &picture,
                                      TgaEncoding encoding = TgaEncoding::uncompressed);
 
-// False when the file cannot be written whole; then nothing is left of it. One that cannot be
-// opened stays as it is.
+// False when the file cannot be written whole; then it stays as it was.
 bool writeTga(const std::string &path, const TgaPicture &picture,
               TgaEncoding encoding = TgaEncoding::uncompressed);
 

@@ -5,8 +5,8 @@
 
 namespace ravolt {
 
-// Whether the file could be written whole. What could be written of it otherwise is removed; a file
-// that could not be opened, and anything that is no regular file, stays.
-bool writeWholeFile(const std::string &path, const std::vector<unsigned char> &bytes);
+// What is wrong, or an empty text. A file that cannot be written whole stays as it was; see
+// FileTransaction.
+std::string writeWholeFile(const std::string &path, const std::vector<unsigned char> &bytes);
 
 } // namespace ravolt
