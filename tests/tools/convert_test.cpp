@@ -703,4 +703,50 @@ TEST(Report, HasNoControlCharacters) {
     EXPECT_EQ(report.warnings(), std::vector<std::string>{"a?[31m?b"});
 }
 
+TEST(Convert, NeverWritesToAFileThatItReads) {
+    fs::create_directories("own");
+    ravolt::TgaPicture picture;
+    const unsigned char pixel[] = {1, 2, 3};
+    picture.width = picture.height = 1;
+    picture.channels = 3;
+    picture.pixels = pixel;
+    ASSERT_TRUE(ravolt::writeTga("own/wood_d.tga", picture));
+    writeFile("own/wood.ppm", fourColors());
+    writeFile("own/m.mtl", "newmtl a\nmap_Kd wood.ppm\nnewmtl b\nmap_Kd wood_d.tga\n");
+    std::string model = squareObj("m.mtl", "a");
+    model += "usemtl b\nf 1/1/1 2/2/1 3/3/1\n";
+    writeFile("own/m.obj", model);
+    const auto before = fs::last_write_time("own/wood_d.tga");
+    const auto size = fs::file_size("own/wood_d.tga");
+
+    ConvertOptions options;
+    options.model = "own/m.obj";
+    options.scene = "own/scene.rve";
+    const Made made = make(options);
+    EXPECT_EQ(fs::file_size("own/wood_d.tga"), size);
+    EXPECT_EQ(fs::last_write_time("own/wood_d.tga"), before);
+    EXPECT_TRUE(fs::exists("own/wood_2_d.tga"));
+    EXPECT_TRUE(fs::exists("own/wood_d_d.tga"));
+    EXPECT_TRUE(contains(made.report.warnings(),
+                         "texture 'wood.ppm' is written to 'wood_2_d.tga', as the model reads "
+                         "'wood_d.tga'"))
+        << joined(made.report.warnings());
+
+    // Through a link it is the same file.
+    fs::create_hard_link("own/wood.ppm", "own/linked.rve");
+    fs::create_symlink("m.mtl", "own/library.rve");
+    for (const char *name : {"own/wood.ppm", "own/m.mtl", "own/linked.rve", "own/library.rve"}) {
+        options.scene = name;
+        EXPECT_EQ(failureOf([&] { make(options); }),
+                  std::string(name) + ": is read by this conversion; name another file");
+    }
+
+    // Nor does a texture take the scene's own name.
+    options.scene = "own/wood_2_d.tga";
+    fs::remove("own/wood_2_d.tga");
+    make(options);
+    EXPECT_TRUE(fs::exists("own/wood_3_d.tga"));
+    EXPECT_FALSE(fs::exists("own/wood_2_d.tga")) << "which is left to the scene";
+}
+
 } // namespace

@@ -8,19 +8,6 @@ namespace {
 
 using namespace tool_test;
 
-TEST(WrittenFiles, GoAwayUnlessKept) {
-    writeFile("gone.txt", "x");
-    writeFile("kept.txt", "x");
-    {
-        WrittenFiles lost, held;
-        lost.add("gone.txt");
-        held.add("kept.txt");
-        held.keep();
-    }
-    EXPECT_FALSE(fs::exists("gone.txt"));
-    EXPECT_TRUE(fs::exists("kept.txt"));
-}
-
 TEST(TemporaryFolder, GoesAwayWithItsContents) {
     fs::path path;
     {

@@ -67,11 +67,14 @@ struct Made {
 inline Made make(const ConvertOptions &options) {
     Made made;
     Progress silent(false);
-    WrittenFiles written;
-    Converted converted = makeScene(options, made.report, silent, written);
+    ravolt::FileTransaction files;
+    InputFiles inputs;
+    Converted converted = makeScene(options, made.report, silent, files, inputs);
     made.scene = std::move(converted.scene);
     made.clips = std::move(converted.clips);
-    written.keep();
+    const std::string error = files.commit();
+    if (!error.empty())
+        throw Failure(error);
     return made;
 }
 

@@ -1,6 +1,5 @@
 #include "tools/convert/convert.h"
 
-#include "tools/convert/files.h"
 #include "tools/convert/import.h"
 #include "tools/convert/inventory.h"
 #include "tools/convert/materials.h"
@@ -45,7 +44,7 @@ ConvertResult figuresOf(const Converted &made) {
     return result;
 }
 
-fs::path outputFolder(const ConvertOptions &options) {
+void checkTarget(const ConvertOptions &options) {
     const fs::path folder = options.scene.parent_path();
     std::error_code error;
     if (!folder.empty() && !fs::is_directory(folder, error))
@@ -55,12 +54,11 @@ fs::path outputFolder(const ConvertOptions &options) {
     // The model must survive its own conversion.
     if (fs::equivalent(options.scene, options.model, error))
         throw Failure(options.scene.string(), "is the model itself; name another file");
-    return folder;
 }
 
-Textures::Options textureOptions(const ConvertOptions &options, const fs::path &folder) {
+Textures::Options textureOptions(const ConvertOptions &options) {
     Textures::Options result;
-    result.outputFolder = folder;
+    result.scene = options.scene;
     std::error_code error;
     if (fs::exists(options.scene, error) && !fs::is_regular_file(options.scene, error))
         result.forbidden =
@@ -70,12 +68,12 @@ Textures::Options textureOptions(const ConvertOptions &options, const fs::path &
     return result;
 }
 
-// Passes a writer's complaint on.
-void throwIfAny(const std::string &error, const fs::path &file) {
-    if (error.rfind(file.string() + ": ", 0) == 0)
-        throw Failure(error);
+void stage(FileTransaction &files, const fs::path &file, const ravolt::WrittenBytes &written) {
+    if (!written.ok())
+        throw Failure(file.string(), written.error);
+    const std::string error = files.stage(file.string(), written.bytes);
     if (!error.empty())
-        throw Failure(file.string(), error);
+        throw Failure(error);
 }
 
 // Whether a skeleton's root will be needed: with it the tree is a level deeper.
@@ -91,15 +89,17 @@ fs::path clipFile(const fs::path &scene, const std::string &clip) {
 }
 
 Converted makeScene(const ConvertOptions &options, Report &report, Progress &progress,
-                    WrittenFiles &written) {
+                    FileTransaction &files, InputFiles &inputs) {
     if (!(std::isfinite(options.scale) && options.scale > 0))
         throw Failure("the scale must be a number above 0");
-    const fs::path folder = outputFolder(options);
-    ModelFiles files(options.model, options.sources, report);
-    const Model model(options.model.string(), files, report, progress);
+    checkTarget(options);
+    ModelFiles sources(options.model, options.sources, report);
+    const Model model(options.model.string(), sources, report, progress);
     reportUnheld(model.scene(), report);
 
-    Textures textures(model.scene(), files, textureOptions(options, folder), report, written);
+    Textures textures(model.scene(), sources, textureOptions(options), report, files, inputs);
+    if (inputs.contains(options.scene))
+        throw Failure(options.scene.string(), "is read by this conversion; name another file");
     Converted made;
     progress.step("materials and textures", 0.5, 0.75);
     const std::vector<Surface> surfaces = convertMaterials(
@@ -116,9 +116,26 @@ Converted makeScene(const ConvertOptions &options, Report &report, Progress &pro
     return made;
 }
 
-ConvertResult convertModel(const ConvertOptions &options, Report &report, Progress &progress) {
-    WrittenFiles written;
-    const Converted made = makeScene(options, report, progress, written);
+namespace {
+
+// A clip that would take the place of an input is given another name.
+fs::path freeClipFile(const fs::path &scene, const std::string &clip, const InputFiles &inputs,
+                      Report &report) {
+    std::string name = clip;
+    for (int number = 2; inputs.contains(clipFile(scene, name)); ++number)
+        name = clip + "_" + std::to_string(number);
+    if (name != clip)
+        report.warn("clip '" + clip + "' is written to '" +
+                    clipFile(scene, name).filename().string() + "', as the model reads '" +
+                    clipFile(scene, clip).filename().string() + "'");
+    return clipFile(scene, name);
+}
+
+} // namespace
+
+ConvertResult stageModel(const ConvertOptions &options, Report &report, Progress &progress,
+                         FileTransaction &files, InputFiles &inputs) {
+    const Converted made = makeScene(options, report, progress, files, inputs);
     const ConvertResult result = figuresOf(made);
     if (result.triangles == 0)
         throw Failure(options.model.string(), "has no triangles to draw");
@@ -129,13 +146,20 @@ ConvertResult convertModel(const ConvertOptions &options, Report &report, Progre
         !fs::is_regular_file(options.scene, none))
         throw Failure(options.scene.string(),
                       "is no regular file, so the clips cannot stand beside it");
-    for (const Clip &clip : made.clips) {
-        const fs::path file = clipFile(options.scene, clip.name);
-        throwIfAny(ravolt::writeRva(file.string(), clip.frames), file);
-        written.add(file);
-    }
-    throwIfAny(ravolt::writeRve(options.scene.string(), made.scene), options.scene);
-    written.keep();
+    for (const Clip &clip : made.clips)
+        stage(files, freeClipFile(options.scene, clip.name, inputs, report),
+              ravolt::encodeRva(clip.frames));
+    stage(files, options.scene, ravolt::encodeRve(made.scene));
+    return result;
+}
+
+ConvertResult convertModel(const ConvertOptions &options, Report &report, Progress &progress) {
+    FileTransaction files;
+    InputFiles inputs;
+    const ConvertResult result = stageModel(options, report, progress, files, inputs);
+    const std::string error = files.commit();
+    if (!error.empty())
+        throw Failure(error);
     return result;
 }
 

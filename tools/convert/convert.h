@@ -4,11 +4,12 @@
 // clips.
 
 #include "tools/convert/clips.h"
-#include "tools/convert/files.h"
+#include "tools/convert/inputs.h"
 #include "tools/convert/modelFiles.h"
 #include "tools/convert/textures.h"
 #include "tools/progress.h"
 #include "tools/report.h"
+#include "tools/writers/fileTransaction.h"
 #include "tools/writers/rveWriter.h"
 
 #include <filesystem>
@@ -49,13 +50,17 @@ struct Converted {
 // The file of a clip: SCENE.NAME.rva beside SCENE.rve.
 std::filesystem::path clipFile(const std::filesystem::path &scene, const std::string &clip);
 
-// What is made of a model, with its textures already written beside the scene file to be; they are
-// noted in `written`. Throws Failure.
+// What is made of a model, with its textures staged in `files`. What it reads is added to `inputs`.
+// Throws Failure.
 Converted makeScene(const ConvertOptions &options, Report &report, Progress &progress,
-                    WrittenFiles &written);
+                    FileTransaction &files, InputFiles &inputs);
 
-// The whole. Throws Failure, with one line, when there is no scene to be made or it cannot be
-// written; nothing is left behind then.
+// The whole, staged in `files`. Throws Failure, with one line, when there is no scene to be made or
+// it cannot be written, or would replace one of its own inputs.
+ConvertResult stageModel(const ConvertOptions &options, Report &report, Progress &progress,
+                         FileTransaction &files, InputFiles &inputs);
+
+// The whole, written. Throws Failure; all files are as they were then.
 ConvertResult convertModel(const ConvertOptions &options, Report &report, Progress &progress);
 
 } // namespace ravolt::tool

@@ -3,6 +3,7 @@
 #include "tools/failure.h"
 
 #include <cctype>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
@@ -16,13 +17,6 @@ namespace {
 constexpr std::size_t longestPlainName = 96;
 
 } // namespace
-
-WrittenFiles::~WrittenFiles() {
-    std::error_code error;
-    for (const fs::path &file : files)
-        if (fs::is_regular_file(file, error)) // never a device
-            fs::remove(file, error);
-}
 
 TemporaryFolder::TemporaryFolder() {
     const char *place = std::getenv("TMPDIR");

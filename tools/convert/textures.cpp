@@ -8,6 +8,7 @@
 #include "tools/writers/tgaWriter.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 
 namespace ravolt::tool {
@@ -51,10 +52,42 @@ std::string nameOf(const aiTexture *embedded, const std::string &path) {
     return own.empty() || own[0] == '*' ? "texture" + path.substr(1) : own;
 }
 
+std::string inSmallLetters(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+constexpr const char *colorEnding = "_d.tga";
+constexpr const char *normalEnding = "_n.tga";
+
 } // namespace
 
+Textures::Textures(const aiScene &model, ModelFiles &modelFiles, const Options &settings,
+                   Report &lines, FileTransaction &transaction, InputFiles &allInputs)
+    : scene(model), sources(modelFiles), options(settings), report(lines), files(transaction),
+      inputs(allInputs) {
+    addInputs();
+}
+
+void Textures::addInputs() {
+    for (unsigned int i = 0; i < scene.mNumMaterials; ++i)
+        for (int type = 0; type <= AI_TEXTURE_TYPE_MAX; ++type) {
+            const aiMaterial &material = *scene.mMaterials[i];
+            const auto kind = static_cast<aiTextureType>(type);
+            for (unsigned int k = 0; k < material.GetTextureCount(kind); ++k) {
+                aiString path;
+                if (material.GetTexture(kind, k, &path) == aiReturn_SUCCESS &&
+                    !scene.GetEmbeddedTexture(path.C_Str()))
+                    sources.texture(path.C_Str());
+            }
+        }
+    for (const std::filesystem::path &file : sources.opened())
+        inputs.add(file);
+}
+
 Image Textures::readFile(const std::string &path, std::string &reason) {
-    const auto [file, outside] = files.texture(path);
+    const auto [file, outside] = sources.texture(path);
     if (file.empty()) {
         reason = outside ? "lies outside the model's folders, which --follow allows" : "not found";
         return {};
@@ -91,19 +124,30 @@ Image Textures::fitted(Image image, const std::string &path, bool sRgb) {
     return resized(image, side, side, sRgb);
 }
 
+// The file that is read and would be replaced by one of that name; empty for none.
+std::string Textures::takenInput(const std::string &name) const {
+    for (const char *ending : {colorEnding, normalEnding})
+        if (inputs.contains(options.scene.parent_path() / (name + ending)))
+            return name + ending;
+    return "";
+}
+
 // Names that differ by letter case alone would be one file on some systems.
 std::string Textures::freeName(const std::string &path) {
     const std::string base =
         plainName(options.prefix + nameOf(scene.GetEmbeddedTexture(path.c_str()), path));
     std::string name = base;
-    const auto isTaken = [this](std::string wanted) {
-        std::transform(wanted.begin(), wanted.end(), wanted.begin(), [](char c) {
-            return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        });
-        return !names.insert(wanted).second;
+    const std::string sceneName = inSmallLetters(options.scene.filename().string());
+    const auto isTaken = [&](const std::string &wanted) {
+        const std::string small = inSmallLetters(wanted);
+        return small + colorEnding == sceneName || small + normalEnding == sceneName ||
+               !takenInput(wanted).empty() || !names.insert(small).second;
     };
     for (int number = 2; isTaken(name); ++number)
         name = base + "_" + std::to_string(number);
+    if (const std::string taken = takenInput(base); !taken.empty())
+        report.warn(called(path) + " is written to '" + name + colorEnding +
+                    "', as the model reads '" + taken + "'");
     return name;
 }
 
@@ -112,15 +156,16 @@ void Textures::write(const std::string &name, const Image &image, bool withAlpha
         throw Failure(options.forbidden);
     const unsigned int channels = withAlpha ? 4 : 3;
     const std::vector<unsigned char> pixels = bottomUp(image, channels);
-    const std::filesystem::path file = options.outputFolder / name;
+    const std::filesystem::path file = options.scene.parent_path() / name;
     ravolt::TgaPicture picture;
     picture.width = image.width;
     picture.height = image.height;
     picture.channels = channels;
     picture.pixels = pixels.data();
-    written.add(file);
-    if (!ravolt::writeTga(file.string(), picture, ravolt::TgaEncoding::runLength))
-        throw Failure(file.string(), "cannot be written");
+    const std::string error =
+        files.stage(file.string(), ravolt::encodeTga(picture, ravolt::TgaEncoding::runLength));
+    if (!error.empty())
+        throw Failure(error);
 }
 
 void Textures::applyAlphaUse(Image &image, const Cover &cover) {
@@ -157,11 +202,11 @@ CoverFile Textures::make(const Cover &cover) {
     const bool seeThrough =
         (!cover.opacity.empty() || cover.alpha != AlphaUse::stated) && isSeeThrough(image);
     const std::string name = freeName(cover.color);
-    write(name + "_d.tga", image, seeThrough);
+    write(name + colorEnding, image, seeThrough);
     if (!cover.normals.empty())
         if (Image normals = read(cover.normals); !normals.empty())
-            write(name + "_n.tga", fitted(std::move(normals), cover.normals, false), false);
-    return {name + "_d.tga", seeThrough};
+            write(name + normalEnding, fitted(std::move(normals), cover.normals, false), false);
+    return {name + colorEnding, seeThrough};
 }
 
 CoverFile Textures::file(const Cover &cover) {

@@ -5,8 +5,10 @@
 
 #include "tools/convert/files.h"
 #include "tools/convert/images.h"
+#include "tools/convert/inputs.h"
 #include "tools/convert/modelFiles.h"
 #include "tools/report.h"
+#include "tools/writers/fileTransaction.h"
 
 #include <assimp/scene.h>
 #include <filesystem>
@@ -46,35 +48,39 @@ struct CoverFile {
 class Textures {
   public:
     struct Options {
-        std::filesystem::path outputFolder;
+        std::filesystem::path scene; // textures go beside it
         // Why no file may be written there; empty when they may.
         std::string forbidden;
         std::string prefix;
         unsigned int largest = largestTexture;
     };
 
+    // All pictures that the model names, and whatever else it made the reader open, are added to
+    // `inputs`, and no file is given the name of an input.
     Textures(const aiScene &model, ModelFiles &sources, const Options &settings, Report &lines,
-             WrittenFiles &output)
-        : scene(model), files(sources), options(settings), report(lines), written(output) {}
+             FileTransaction &transaction, InputFiles &inputs);
 
-    // Each cover is written once. Pictures that are missing or broken are reported and left out;
+    // Each cover is staged once. Pictures that are missing or broken are reported and left out;
     // throws Failure only when a file cannot be written.
     CoverFile file(const Cover &cover);
 
   private:
+    void addInputs();
     Image read(const std::string &path);
     Image readFile(const std::string &path, std::string &reason);
     Image fitted(Image image, const std::string &path, bool sRgb);
+    std::string takenInput(const std::string &name) const;
     std::string freeName(const std::string &path);
     void applyAlphaUse(Image &image, const Cover &cover);
     void write(const std::string &name, const Image &image, bool withAlpha);
     CoverFile make(const Cover &cover);
 
     const aiScene &scene;
-    ModelFiles &files;
+    ModelFiles &sources;
     Options options;
     Report &report;
-    WrittenFiles &written;
+    FileTransaction &files;
+    InputFiles &inputs;
     std::map<Cover, CoverFile> made;
     std::set<std::string> names;
 };

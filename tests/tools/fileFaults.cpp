@@ -1,0 +1,74 @@
+#include "tests/tools/fileFaults.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <sys/mman.h>
+#include <sys/types.h>
+
+namespace ravolt::test {
+
+namespace {
+
+int *sharedCount() {
+    static int *const count = static_cast<int *>(
+        mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    return count;
+}
+
+} // namespace
+
+FileFaults::Kind FileFaults::planned = FileFaults::Kind::none;
+int FileFaults::countdown = 0;
+
+FileFaults::FileFaults(Kind kind, int number) {
+    *sharedCount() = 0;
+    planned = kind;
+    countdown = number;
+}
+
+FileFaults::~FileFaults() { planned = Kind::none; }
+
+int FileFaults::renames() { return *sharedCount(); }
+
+bool FileFaults::strikes() {
+    if (planned == Kind::none || --countdown != 0)
+        return false;
+    if (planned == Kind::kill)
+        raise(SIGKILL);
+    errno = ENOSPC;
+    return true;
+}
+
+void FileFaults::countRename() { ++*sharedCount(); }
+
+} // namespace ravolt::test
+
+using ravolt::test::FileFaults;
+
+extern "C" {
+
+ssize_t __real_write(int file, const void *bytes, std::size_t size);
+int __real_fsync(int file);
+int __real_rename(const char *from, const char *to);
+int __real_link(const char *from, const char *to);
+
+ssize_t __wrap_write(int file, const void *bytes, std::size_t size) {
+    return FileFaults::strikes() ? -1 : __real_write(file, bytes, size);
+}
+
+int __wrap_fsync(int file) { return FileFaults::strikes() ? -1 : __real_fsync(file); }
+
+int __wrap_rename(const char *from, const char *to) {
+    if (FileFaults::strikes())
+        return -1;
+    const int result = __real_rename(from, to);
+    if (result == 0)
+        FileFaults::countRename();
+    return result;
+}
+
+int __wrap_link(const char *from, const char *to) {
+    return FileFaults::strikes() ? -1 : __real_link(from, to);
+}
+}
