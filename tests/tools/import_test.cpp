@@ -2,9 +2,12 @@
 
 #include "tests/tools/figure.h"
 #include "tests/tools/support.h"
+#include "tools/convert/container.h"
 #include "tools/convert/vertices.h"
 
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
 #include <memory>
@@ -201,6 +204,45 @@ TEST(WeldVertices, KeepsThoseApartThatOtherBonesMove) {
     EXPECT_EQ(right.mWeights[1].mVertexId, mesh.mFaces[1].mIndices[0]);
 }
 
+// The pointers of a scene that a reader has left empty.
+TEST(CleanScene, DropsPointersToNothing) {
+    Report report;
+    const auto scene = sceneWith(square, {{0, 1, 2}});
+    scene->mRootNode->mNumChildren = 2;
+    scene->mRootNode->mChildren = new aiNode *[2] { nullptr, new aiNode("child") };
+    scene->mRootNode->mChildren[1]->mNumMeshes = 3;
+    aiMesh &mesh = *scene->mMeshes[0];
+    mesh.mNumBones = 2;
+    mesh.mBones = new aiBone *[2] { nullptr, new aiBone };
+    mesh.mBones[1]->mNumWeights = 5;
+    delete[] scene->mMeshes;
+    scene->mNumMeshes = 2;
+    scene->mMeshes = new aiMesh *[2] { &mesh, nullptr };
+    scene->mNumMaterials = 2;
+    delete scene->mMaterials[0];
+    delete[] scene->mMaterials;
+    scene->mMaterials = new aiMaterial *[2] { nullptr, new aiMaterial };
+    scene->mNumLights = 1;
+    scene->mLights = new aiLight *[1] { nullptr };
+    scene->mNumAnimations = 2;
+    scene->mAnimations = new aiAnimation *[2] { nullptr, new aiAnimation };
+    scene->mAnimations[1]->mNumChannels = 1;
+    scene->mAnimations[1]->mChannels = new aiNodeAnim *[1] { nullptr };
+    cleanScene(*scene, report);
+    ASSERT_EQ(scene->mRootNode->mNumChildren, 1u);
+    EXPECT_STREQ(scene->mRootNode->mChildren[0]->mName.C_Str(), "child");
+    EXPECT_EQ(scene->mRootNode->mChildren[0]->mNumMeshes, 0u);
+    ASSERT_EQ(mesh.mNumBones, 1u);
+    EXPECT_EQ(mesh.mBones[0]->mNumWeights, 0u);
+    ASSERT_EQ(scene->mNumMeshes, 2u) << "named by number";
+    EXPECT_EQ(scene->mMeshes[1]->mNumFaces, 0u);
+    ASSERT_EQ(scene->mNumMaterials, 2u) << "named by number";
+    EXPECT_NE(scene->mMaterials[0], nullptr);
+    EXPECT_EQ(scene->mNumLights, 0u);
+    ASSERT_EQ(scene->mNumAnimations, 1u);
+    EXPECT_EQ(scene->mAnimations[0]->mNumChannels, 0u);
+}
+
 std::string reading(const std::string &path) {
     return failureOf([&] {
         Report report;
@@ -228,6 +270,62 @@ TEST(Import, NamesTheFileAndTheReason) {
 TEST(Import, RefusesAModelWithoutTriangles) {
     writeFile("points.obj", "v 0 0 0\nv 1 0 0\n");
     EXPECT_EQ(reading("points.obj"), "points.obj: has no triangles to draw");
+}
+
+const fs::path collection = "/usr/share/assimp/models";
+
+TEST(Import, GoesPastAChildThatIsNone) {
+    if (!fs::exists(collection))
+        GTEST_SKIP() << "no collection of models";
+    EXPECT_EQ(reading(collection / "RAW/WithColor.raw"), "");
+}
+
+// A number of four bytes, the lowest first.
+std::string number(std::uint32_t value) {
+    std::string bytes;
+    for (int i = 0; i < 4; ++i, value >>= 8)
+        bytes += static_cast<char>(value);
+    return bytes;
+}
+
+TEST(Import, SaysOfACutFileThatItIsCutOff) {
+    using namespace std::string_literals;
+    const std::string scene = R"({"asset":{"version":"2.0"}}  )";
+    const std::string glb = "glTF" + number(2) + number(20 + 29 + 8 + 100) + number(29) + "JSON" +
+                            scene + number(100) + "BIN\0"s + std::string(100, 'x');
+    for (const auto &[name, bytes, reason] : std::vector<std::array<std::string, 3>>{
+             {"header.glb", glb.substr(0, 10), "a header has 12 bytes, the file has 10"},
+             {"data.glb", glb.substr(0, 90), "its header states 157 bytes, the file has 90"},
+             {"chunk.glb",
+              "glTF" + number(2) + number(28) + number(99) + "JSON" + number(0) + number(0),
+              "a chunk ends at 119 bytes, the file has 28"},
+             {"first.glb", "glTF" + number(1) + number(20) + number(9) + number(0),
+              "its scene ends at 29 bytes, the file has 20"},
+             {"m.3ds", "\x4d\x4d"s + number(500) + std::string(20, '\0'),
+              "its header states 500 bytes, the file has 26"},
+             {"m.lwo", "FORM\0\0\x01\0LWO2"s, "its header states 264 bytes, the file has 12"},
+             {"m.fbx",
+              "Kaydara FBX Binary  \0\x1a\0"s + number(7400) + number(1000) + std::string(30, '\0'),
+              "a record ends at 1000 bytes, the file has 61"},
+             {"end.fbx", "Kaydara FBX Binary  \0\x1a\0"s + number(7400),
+              "its records go on behind 27 bytes, the file has 27"}}) {
+        writeFile(name, bytes);
+        EXPECT_EQ(reading(name), name + ": is cut off: " + reason);
+    }
+    // Other damage than that.
+    writeFile("damaged.fbx", "Kaydara FBX Binary  \0\x1a\0"s + number(7500) +
+                                 std::string(8, '\x20') + std::string(30, '\0'));
+    EXPECT_EQ(cutOff("damaged.fbx"), "");
+    writeFile("whole.glb", glb);
+    EXPECT_EQ(reading("whole.glb").find("cut off"), std::string::npos);
+}
+
+TEST(Import, FindsNoWholeFileCutOff) {
+    if (!fs::exists(collection))
+        GTEST_SKIP() << "no collection of models";
+    for (const char *file : {"glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb",
+                             "FBX/spider.fbx", "3DS/fels.3ds", "LWO/LWO2/hierarchy.lwo"})
+        EXPECT_EQ(cutOff(collection / file), "") << file;
 }
 
 } // namespace

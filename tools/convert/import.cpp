@@ -4,6 +4,7 @@
 
 #include "tools/convert/import.h"
 
+#include "tools/convert/container.h"
 #include "tools/convert/gltf1.h"
 #include "tools/convert/vertices.h"
 #include "tools/failure.h"
@@ -94,6 +95,12 @@ std::string oneLine(std::string text) {
     return text.empty() ? "the reader gave no reason" : text;
 }
 
+// A file that was cut off has no other reason to fail.
+std::string reasonOf(const std::string &path, const std::string &readersReason) {
+    const std::string cut = cutOff(path);
+    return cut.empty() ? readersReason : cut;
+}
+
 // Whether the file was read by the importer of that name.
 bool isReadBy(const Assimp::Importer &importer, const char *name) {
     const int index = importer.GetPropertyInteger("importerIndex", -1);
@@ -110,6 +117,71 @@ bool isDrawable(const aiMesh &mesh, const aiFace &face) {
     return std::all_of(face.mIndices, face.mIndices + face.mNumIndices, [&](unsigned int index) {
         return index < mesh.mNumVertices && isFinite(mesh.mVertices[index]);
     });
+}
+
+// Some readers state more than they have made. Nothing behind this has to look at a pointer twice.
+template <class T> void dropNull(T **items, unsigned int &number) {
+    T **const end = items ? std::remove(items, items + number, nullptr) : items;
+    number = static_cast<unsigned int>(end - items);
+}
+
+// Those that are referred to by number.
+template <class T> void replaceNull(T **items, unsigned int &number) {
+    if (!items)
+        number = 0;
+    for (unsigned int i = 0; i < number; ++i)
+        if (!items[i])
+            items[i] = new T;
+}
+
+void dropNullInNode(aiNode &node) {
+    dropNull(node.mChildren, node.mNumChildren);
+    if (!node.mMeshes)
+        node.mNumMeshes = 0;
+    for (unsigned int i = 0; i < node.mNumChildren; ++i)
+        dropNullInNode(*node.mChildren[i]);
+}
+
+void dropNullInMesh(aiMesh &mesh) {
+    if (!mesh.mFaces)
+        mesh.mNumFaces = 0;
+    for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
+        if (!mesh.mFaces[i].mIndices)
+            mesh.mFaces[i].mNumIndices = 0;
+    dropNull(mesh.mBones, mesh.mNumBones);
+    for (unsigned int i = 0; i < mesh.mNumBones; ++i)
+        if (!mesh.mBones[i]->mWeights)
+            mesh.mBones[i]->mNumWeights = 0;
+    dropNull(mesh.mAnimMeshes, mesh.mNumAnimMeshes);
+}
+
+void dropNullInAnimation(aiAnimation &animation) {
+    dropNull(animation.mChannels, animation.mNumChannels);
+    dropNull(animation.mMeshChannels, animation.mNumMeshChannels);
+    dropNull(animation.mMorphMeshChannels, animation.mNumMorphMeshChannels);
+    for (unsigned int i = 0; i < animation.mNumChannels; ++i) {
+        aiNodeAnim &channel = *animation.mChannels[i];
+        if (!channel.mPositionKeys)
+            channel.mNumPositionKeys = 0;
+        if (!channel.mRotationKeys)
+            channel.mNumRotationKeys = 0;
+        if (!channel.mScalingKeys)
+            channel.mNumScalingKeys = 0;
+    }
+}
+
+void dropNullPointers(aiScene &scene) {
+    replaceNull(scene.mMeshes, scene.mNumMeshes);
+    replaceNull(scene.mMaterials, scene.mNumMaterials);
+    replaceNull(scene.mTextures, scene.mNumTextures);
+    dropNull(scene.mAnimations, scene.mNumAnimations);
+    dropNull(scene.mLights, scene.mNumLights);
+    dropNull(scene.mCameras, scene.mNumCameras);
+    dropNullInNode(*scene.mRootNode);
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+        dropNullInMesh(*scene.mMeshes[i]);
+    for (unsigned int i = 0; i < scene.mNumAnimations; ++i)
+        dropNullInAnimation(*scene.mAnimations[i]);
 }
 
 // Returns how many faces went. Faces swap their index arrays, so nothing is lost or freed twice.
@@ -178,6 +250,7 @@ bool hasFaces(const aiScene &scene) {
 } // namespace
 
 void cleanScene(aiScene &scene, Report &report) {
+    dropNullPointers(scene);
     std::size_t faces = 0, weights = 0, places = 0;
     for (unsigned int i = 0; i < scene.mNumMeshes; ++i) {
         aiMesh &mesh = *scene.mMeshes[i];
@@ -217,7 +290,7 @@ void Model::readFile(const std::string &path, ModelFiles &files, Report &report)
         }
     }
     if (!importer.ReadFile(path, 0))
-        throw Failure(path, oneLine(importer.GetErrorString()));
+        throw Failure(path, reasonOf(path, oneLine(importer.GetErrorString())));
     if (gltf2)
         ways = gltf2->plainInterpolations();
 }
@@ -230,6 +303,9 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
         throw Failure(path, "is a folder, not a model");
     if (std::filesystem::is_regular_file(path, error) && std::filesystem::is_empty(path, error))
         throw Failure(path, "is empty");
+    if (isGlb(path))
+        if (const std::string reason = cutOff(path); !reason.empty())
+            throw Failure(path, reason);
 
     importer.SetIOHandler(files.makeIoSystem()); // the importer deletes each one
     Handler handler(progress);
@@ -251,11 +327,11 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
     aiScene &read = const_cast<aiScene &>(*importer.GetScene());
     if (!read.mRootNode)
         throw Failure(path, "has no nodes");
+    cleanScene(read, report);
     if (isReadBy(importer, "glTF Importer"))
         placeGltf1Nodes(read, files.part(path));
-    cleanScene(read, report);
     if (!hasFaces(read))
-        throw Failure(path, "has no triangles to draw");
+        throw Failure(path, reasonOf(path, "has no triangles to draw"));
 
     progress.step("preparing", 0.35, 0.5);
     // assimp states a glTF 2 transform about another centre than its own step turns by, so those
