@@ -5,6 +5,7 @@
 
 #include "tools/convert/convert.h"
 #include "tools/effectOptions.h"
+#include "tools/guard.h"
 #include "tools/stage/engine.h"
 #include "tools/stage/stage.h"
 
@@ -21,7 +22,7 @@ struct Talk {
     bool verbose = false;
 };
 
-void runConvert(const ConvertOptions &options, const Talk &talk);
+void runConvert(const ConvertOptions &options, const Limits &limits, const Talk &talk);
 
 struct ShowOptions {
     std::filesystem::path input; // a scene, or a model
@@ -36,16 +37,19 @@ struct ShowOptions {
     bool normals = false;
     bool boxes = false;
     EffectOptions effects;
+    Limits limits;    // of a model's conversion
     std::string clip; // a name, or an RVA file; empty for none
     double fps = 30;  // frames of clips in a second
 };
 
 struct ShotOptions : ShowOptions {
-    std::filesystem::path output;
-    bool smooth = true;       // drawn twice as large
-    int frame = 0;            // of the clip
+    std::filesystem::path output; // "-" for standard output
+    bool smooth = true;           // drawn twice as large
+    int frame = 0;                // of the clip
     std::string frames = "1"; // a number above 1: a turn round the scene; FIRST..LAST: of the clip
 };
+
+constexpr const char *standardOutput = "-";
 
 void runShot(const ShotOptions &options, const Talk &talk);
 

@@ -8,32 +8,36 @@ namespace ravolt::tool {
 
 namespace {
 
-void sayFigures(const std::string &scene, const ConvertResult &result) {
-    std::printf("%s: %s, %s, %s, %s, %s, %s, %s, %s\n", scene.c_str(),
-                counted(result.nodes, "node", "nodes").c_str(),
-                counted(result.meshes, "mesh", "meshes").c_str(),
-                counted(result.triangles, "triangle", "triangles").c_str(),
-                counted(result.vertices, "vertex", "vertices").c_str(),
-                counted(result.lights, "light", "lights").c_str(),
-                counted(result.materials, "material", "materials").c_str(),
-                counted(result.textures, "texture", "textures").c_str(),
-                counted(result.clips, "clip", "clips").c_str());
+std::string figuresText(const std::string &scene, const ConvertResult &result) {
+    return scene + ": " + counted(result.nodes, "node", "nodes") + ", " +
+           counted(result.meshes, "mesh", "meshes") + ", " +
+           counted(result.triangles, "triangle", "triangles") + ", " +
+           counted(result.vertices, "vertex", "vertices") + ", " +
+           counted(result.lights, "light", "lights") + ", " +
+           counted(result.materials, "material", "materials") + ", " +
+           counted(result.textures, "texture", "textures") + ", " +
+           counted(result.clips, "clip", "clips");
 }
 
 } // namespace
 
-void runConvert(const ConvertOptions &options, const Talk &talk) {
-    runGuarded(options.model.string(), [&] {
-        Report report;
-        ConvertResult result;
-        {
-            Progress progress(!talk.quiet);
-            result = convertModel(options, report, progress);
-        }
-        say(report, talk);
-        if (!talk.quiet)
-            sayFigures(options.scene.string(), result);
-    });
+void runConvert(const ConvertOptions &options, const Limits &limits, const Talk &talk) {
+    GuardedJob done;
+    runGuarded(
+        options.model.string(), limits,
+        [&](GuardedJob &job) {
+            Report report;
+            ConvertResult result;
+            {
+                Progress progress(!talk.quiet);
+                result = stageModel(options, report, progress, job.files, job.inputs);
+            }
+            say(report, talk);
+            job.closingWords = figuresText(options.scene.string(), result);
+        },
+        done);
+    if (!talk.quiet)
+        std::printf("%s\n", done.closingWords.c_str());
 }
 
 } // namespace ravolt::tool

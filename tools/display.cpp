@@ -1,6 +1,7 @@
 #include "tools/display.h"
 
 #include "tools/failure.h"
+#include "tools/message.h"
 #include "tools/quietStart.h"
 
 #include <SDL.h>
@@ -72,7 +73,8 @@ void requireDisplay() {
                       "without: ravolt shot ... -o picture.png");
 }
 
-void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolder, bool verbose) {
+void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolder,
+                               const Talk &talk) {
     if (hasDisplay())
         return;
     if (isOverSdl2()) {
@@ -87,9 +89,7 @@ void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolde
             ": no library to draw with off screen. Install SDL 1.2's interface over SDL 2 "
             "(Debian: libsdl1.2-compat), or name its folder with --sdl, or set DISPLAY, "
             "or use xvfb-run");
-    if (verbose)
-        std::fprintf(stderr, "ravolt: no display: drawing off screen with %s/%s\n", folder.c_str(),
-                     libraryName);
+    note("no display: drawing off screen with " + folder + "/" + libraryName, talk);
     startAnew(arguments, folder);
 }
 

@@ -7,6 +7,8 @@
 
 namespace ravolt::tool {
 
+struct Talk;
+
 // Throws Failure, with advice, when no window can be opened: the classic SDL library would fall
 // into a text-mode driver then and garble the terminal.
 void requireDisplay();
@@ -14,6 +16,7 @@ void requireDisplay();
 // Makes sure that pictures can be drawn, off screen where there is no display; for that the program
 // may start itself anew with the other library, which is looked for in `libraryFolder` or, when
 // that is empty, in its usual places. Throws Failure, with advice, when there is no way.
-void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolder, bool verbose);
+void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolder,
+                               const Talk &talk);
 
 } // namespace ravolt::tool

@@ -1,11 +1,21 @@
+// The child tells its parent what it does in records: a letter, the length of a text, and the text.
+
 #include "tools/guard.h"
 
 #include "tools/failure.h"
+#include "tools/signals.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <new>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,42 +23,182 @@ namespace ravolt::tool {
 
 namespace {
 
+enum class Record : char { staged = 'S', input = 'I', closingWords = 'W', complaint = 'C' };
+
+bool memoryRanOut = false;
+
+[[noreturn]] void noteNoMemory() {
+    memoryRanOut = true;
+    throw std::bad_alloc();
+}
+
+std::string megabytesText(const Limits &limits) {
+    return "ran out of memory, of which it may take " + std::to_string(limits.megabytes) +
+           " MB (--max-memory)";
+}
+
 // What went wrong in the job; empty when nothing did.
-std::string complaintOf(const std::function<void()> &job) {
+std::string complaintOf(const std::string &file, const Limits &limits,
+                        const std::function<void()> &job) {
     try {
         job();
         return "";
     } catch (const std::bad_alloc &) {
-        return "out of memory";
+        return file + ": " + megabytesText(limits);
     } catch (const std::exception &error) {
+        if (memoryRanOut) // whatever the reader makes of it
+            return file + ": " + megabytesText(limits);
         return *error.what() ? error.what() : "failed without a reason";
     }
 }
 
-[[noreturn]] void beChild(int tellParent, const std::function<void()> &job) {
-    const std::string complaint = complaintOf(job);
-    std::fflush(nullptr);
-    std::size_t told = 0;
-    while (told < complaint.size()) {
-        const ssize_t count = write(tellParent, complaint.data() + told, complaint.size() - told);
-        if (count <= 0 && errno != EINTR)
-            break;
-        told += count > 0 ? static_cast<std::size_t>(count) : 0;
+void writeAll(int target, const void *data, std::size_t size) {
+    const char *bytes = static_cast<const char *>(data);
+    while (size > 0) {
+        const ssize_t count = write(target, bytes, size);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            _exit(1); // the parent is gone
+        bytes += count;
+        size -= static_cast<std::size_t>(count);
     }
-    // Past all destructors of the program: they are the parent's business.
+}
+
+void put(int target, Record record, const std::string &text) {
+    const auto length = static_cast<std::uint32_t>(text.size());
+    writeAll(target, &record, sizeof record);
+    writeAll(target, &length, sizeof length);
+    writeAll(target, text.data(), text.size());
+}
+
+using Staged = FileTransaction::Staged;
+
+std::string textOf(const Staged &file) {
+    return file.path + '\0' + file.target + '\0' + file.temporary + '\0' +
+           (file.replaced ? "r" : "");
+}
+
+Staged stagedFrom(const std::string &text) {
+    const std::size_t first = text.find('\0'), second = text.find('\0', first + 1);
+    const std::size_t third = text.find('\0', second + 1);
+    Staged file;
+    file.path = text.substr(0, first);
+    file.target = text.substr(first + 1, second - first - 1);
+    file.temporary = text.substr(second + 1, third - second - 1);
+    file.replaced = third + 1 < text.size();
+    return file;
+}
+
+// The address space that this process takes now, in bytes.
+rlim_t sizeNow() {
+    std::ifstream state("/proc/self/statm");
+    rlim_t pages = 0;
+    state >> pages;
+    return pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+}
+
+void setLimit(__rlimit_resource resource, rlim_t most) {
+    rlimit limit;
+    getrlimit(resource, &limit);
+    limit.rlim_cur = std::min(most, limit.rlim_max);
+    setrlimit(resource, &limit);
+}
+
+void setLimits(const Limits &limits) {
+    std::set_new_handler(noteNoMemory);
+    setLimit(RLIMIT_CORE, 0); // a file that nobody wants
+    setLimit(RLIMIT_CPU, limits.seconds);
+#ifndef __SANITIZE_ADDRESS__ // which reserves more than any machine has
+    setLimit(RLIMIT_AS, sizeNow() + (rlim_t(limits.megabytes) << 20));
+#endif
+}
+
+[[noreturn]] void beChild(int parent, const std::string &file, const Limits &limits,
+                          const std::function<void(GuardedJob &)> &job) {
+    ignoreSignals();
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    setLimits(limits);
+    GuardedJob own;
+    own.files.onStage = [&](const Staged &staged) { put(parent, Record::staged, textOf(staged)); };
+    const std::string complaint = complaintOf(file, limits, [&] { job(own); });
+    std::fflush(nullptr);
+    if (complaint.empty()) {
+        for (const InputFiles::Identity &input : own.inputs.all())
+            put(parent, Record::input,
+                std::string(reinterpret_cast<const char *>(&input), sizeof input));
+        put(parent, Record::closingWords, own.closingWords);
+    } else {
+        put(parent, Record::complaint, complaint);
+    }
+    // Past all destructors: files and program are the parent's business.
     _exit(complaint.empty() ? 0 : 1);
 }
 
-std::string readAll(int source) {
-    std::string text;
-    char part[1024];
-    for (ssize_t count; (count = read(source, part, sizeof part)) != 0;) {
+// Reads records until the child has closed its end. Returns the child's complaint.
+class Reader {
+  public:
+    Reader(int from, GuardedJob &target) : source(from), done(target) {}
+
+    // False when a signal has come before the end.
+    bool read();
+    const std::string &complaint() const { return childsComplaint; }
+
+  private:
+    void takeRecords();
+    void take(Record record, const std::string &text);
+
+    int source;
+    GuardedJob &done;
+    std::string bytes, childsComplaint;
+};
+
+bool Reader::read() {
+    constexpr int lookAgain = 100; // milliseconds: a signal may come just before `poll`
+    char part[4096];
+    while (!notedSignal()) {
+        pollfd waiting = {source, POLLIN, 0};
+        if (poll(&waiting, 1, lookAgain) <= 0)
+            continue;
+        const ssize_t count = ::read(source, part, sizeof part);
+        if (count == 0 || (count < 0 && errno != EINTR))
+            return true;
         if (count > 0)
-            text.append(part, static_cast<std::size_t>(count));
-        else if (errno != EINTR)
-            break;
+            bytes.append(part, static_cast<std::size_t>(count));
+        takeRecords();
     }
-    return text;
+    return false;
+}
+
+void Reader::takeRecords() {
+    constexpr std::size_t header = sizeof(Record) + sizeof(std::uint32_t);
+    while (bytes.size() >= header) {
+        std::uint32_t length = 0;
+        std::memcpy(&length, bytes.data() + sizeof(Record), sizeof length);
+        if (bytes.size() < header + length)
+            return;
+        take(static_cast<Record>(bytes[0]), bytes.substr(header, length));
+        bytes.erase(0, header + length);
+    }
+}
+
+void Reader::take(Record record, const std::string &text) {
+    InputFiles::Identity identity;
+    switch (record) {
+    case Record::staged:
+        done.files.adopt(stagedFrom(text));
+        break;
+    case Record::input:
+        std::memcpy(&identity, text.data(), std::min(sizeof identity, text.size()));
+        done.inputs.add(identity);
+        break;
+    case Record::closingWords:
+        done.closingWords = text;
+        break;
+    case Record::complaint:
+        childsComplaint = text;
+        break;
+    }
 }
 
 int waitFor(pid_t child) {
@@ -58,24 +208,18 @@ int waitFor(pid_t child) {
     return status;
 }
 
-} // namespace
+void endChild(pid_t child) {
+    kill(child, SIGKILL);
+    waitFor(child);
+    if (isatty(STDERR_FILENO))
+        std::fputs("\r\033[K", stderr); // its progress bar
+}
 
-void runGuarded(const std::string &file, const std::function<void()> &job) {
-    int ends[2];
-    std::fflush(nullptr);
-    if (pipe(ends) != 0)
-        throw Failure(std::string("cannot make a pipe: ") + std::strerror(errno));
-    const pid_t child = fork();
-    if (child == 0) {
-        close(ends[0]);
-        beChild(ends[1], job);
-    }
-    close(ends[1]);
-    const std::string complaint = child > 0 ? readAll(ends[0]) : "";
-    close(ends[0]);
-    if (child < 0)
-        throw Failure(std::string("cannot start a process: ") + std::strerror(errno));
-    const int status = waitFor(child);
+void throwIfFailed(const std::string &file, const Limits &limits, int status,
+                   const std::string &complaint) {
+    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU)
+        throw Failure(file, "took more than " + std::to_string(limits.seconds) +
+                                " seconds of processor time (--max-time)");
     if (WIFSIGNALED(status))
         throw Failure(file, std::string("the reader of such models crashed on it (") +
                                 strsignal(WTERMSIG(status)) + ")");
@@ -83,6 +227,36 @@ void runGuarded(const std::string &file, const std::function<void()> &job) {
         throw Failure(complaint);
     if (status != 0)
         throw Failure(file, "the reader of such models gave up on it");
+}
+
+} // namespace
+
+void runGuarded(const std::string &file, const Limits &limits,
+                const std::function<void(GuardedJob &)> &job, GuardedJob &done) {
+    int ends[2];
+    std::fflush(nullptr);
+    if (pipe(ends) != 0)
+        throw Failure(std::string("cannot make a pipe: ") + std::strerror(errno));
+    const pid_t child = fork();
+    if (child == 0) {
+        close(ends[0]);
+        beChild(ends[1], file, limits, job);
+    }
+    const int reason = errno;
+    close(ends[1]);
+    Reader reader(ends[0], done);
+    const bool whole = child > 0 && reader.read();
+    if (child > 0 && !whole)
+        endChild(child);
+    close(ends[0]);
+    if (child < 0)
+        throw Failure(std::string("cannot start a process: ") + std::strerror(reason));
+    const int status = whole ? waitFor(child) : 0;
+    throwIfInterrupted();
+    throwIfFailed(file, limits, status, reader.complaint());
+    const std::string error = done.files.commit();
+    if (!error.empty())
+        throw Failure(error);
 }
 
 } // namespace ravolt::tool

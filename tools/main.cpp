@@ -1,12 +1,14 @@
 // The command line of the content tool. Exit codes: 0 done, 1 the job failed, 2 the command line
-// makes no sense.
+// makes no sense, 128 + N a signal has ended it.
 
 #include "tools/commands.h"
 #include "tools/convert/clips.h"
 #include "tools/display.h"
 #include "tools/failure.h"
+#include "tools/message.h"
 #include "tools/quietStart.h"
 #include "tools/ranges.h"
+#include "tools/signals.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -26,12 +28,14 @@ constexpr const char *videoHelp =
     "  ravolt shot MODEL --clip NAME --frames 0.. -o video_%04d.png\n"
     "  ffmpeg -framerate 30 -i video_%04d.png -pix_fmt yuv420p video.mp4\n";
 
-constexpr const char *exitCodes = "Exit codes: 0 done, 1 the job failed, 2 wrong options.";
+constexpr const char *exitCodes = "Exit codes: 0 done, 1 the job failed, 2 wrong options, "
+                                  "128 + N ended by signal N.";
 
 struct Options {
     ConvertOptions convert;
     ShotOptions shot;
     ViewOptions view;
+    Limits limits;
     Talk talk;
     std::string size = "960x640";
     std::string sdlFolder;
@@ -54,6 +58,9 @@ void requireName(const char *what, const std::filesystem::path &name) {
 void check(const ConvertOptions &options) {
     requireName("MODEL", options.model);
     requireName("--output", options.scene);
+    if (options.scene == standardOutput)
+        throw WrongOptions("--output -: a scene has files beside it, so it cannot go to standard "
+                           "output; name a file");
     requireWithin("--scale", options.scale, 1e-30, 1e30);
     requireWithin("--fps", options.fps, leastFps, mostFps);
 }
@@ -72,6 +79,8 @@ void check(const CLI::App &command, const ShowOptions &options) {
 
 void checkPicture(const std::filesystem::path &output) {
     requireName("--output", output);
+    if (output == standardOutput)
+        return;
     std::string ending = output.extension().string();
     std::transform(ending.begin(), ending.end(), ending.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -87,6 +96,14 @@ void checkCommand(const CLI::App &app, const std::string &word) {
     });
     if (!known && (word.empty() || word[0] != '-'))
         throw WrongOptions("no command '" + word + "': there are convert, view and shot");
+}
+
+// CLI11's own words, and where to look.
+std::string complaintOf(const CLI::App &app, const CLI::ParseError &error) {
+    std::string command = "ravolt";
+    for (const CLI::App *parsed : app.get_subcommands())
+        command += " " + parsed->get_name();
+    return std::string(error.what()) + " (see " + command + " --help)";
 }
 
 void addTalk(CLI::App &command, Options &options) {
@@ -121,6 +138,15 @@ void addSources(CLI::App &command, SourceOptions &to) {
                      "Open files wherever the model names them: for models that you trust");
 }
 
+void addLimits(CLI::App &command, Limits &to) {
+    command.add_option("--max-memory", to.megabytes, "Megabytes that reading a model may take")
+        ->check(CLI::Range(16u, 1u << 20))
+        ->capture_default_str();
+    command.add_option("--max-time", to.seconds, "Seconds of processor time that it may take")
+        ->check(CLI::Range(1u, 1000000u))
+        ->capture_default_str();
+}
+
 CLI::App *addConvert(CLI::App &app, Options &options) {
     CLI::App *command = app.add_subcommand(
         "convert", "Make a scene file (RVE), with textures (TGA) and clips (RVA), of a model");
@@ -146,6 +172,7 @@ CLI::App *addConvert(CLI::App &app, Options &options) {
     command->add_option("--prefix", to.prefix,
                         "Put in front of the names of materials and textures; the engine shares "
                         "materials of the same name between scenes");
+    addLimits(*command, options.limits);
     addTalk(*command, options);
     command->footer(exitCodes);
     return command;
@@ -183,6 +210,7 @@ void addShow(CLI::App &command, Options &options, ShowOptions &to) {
                     "Frames of a model's clips in a second, 0.1 to 1000; a clip has at most 1024")
         ->capture_default_str();
     addEffects(command, to.effects);
+    addLimits(command, to.limits);
     addTalk(command, options);
 }
 
@@ -199,7 +227,9 @@ CLI::App *addShot(CLI::App &app, Options &options) {
     CLI::App *command =
         app.add_subcommand("shot", "Draw pictures of a scene or a model, without a display too");
     addShow(*command, options, options.shot);
-    command->add_option("-o,--output", options.shot.output, "The picture to write, a PNG file")
+    command
+        ->add_option("-o,--output", options.shot.output,
+                     "The picture to write, a PNG file; - for standard output")
         ->required();
     command
         ->add_option("--frames", options.shot.frames,
@@ -238,13 +268,15 @@ int run(int argc, char **argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? 0 : 2;
+        if (error.get_exit_code() == 0)
+            return app.exit(error); // the help, or the version
+        throw WrongOptions(complaintOf(app, error));
     }
 
     if (convert->parsed()) {
         check(options.convert);
         QuietStart::clear(); // no engine, so nothing to log
-        runConvert(options.convert, options.talk);
+        runConvert(options.convert, options.limits, options.talk);
     } else if (view->parsed()) {
         check(*view, options.view);
         requireWithin("--seconds", options.view.seconds, 0, 1e9);
@@ -256,7 +288,7 @@ int run(int argc, char **argv) {
         checkPicture(options.shot.output);
         checkFrames(options.shot);
         options.shot.size = sizeFrom(options.size);
-        requireDisplayOrOffscreen(argv, options.sdlFolder, options.talk.verbose);
+        requireDisplayOrOffscreen(argv, options.sdlFolder, options.talk);
         runShot(options.shot, options.talk);
     }
     return 0;
@@ -269,12 +301,16 @@ int main(int argc, char **argv) {
     try {
         return run(argc, argv);
     } catch (const std::bad_alloc &) {
-        std::fputs("ravolt: out of memory\n", stderr);
+        sayError("out of memory");
+    } catch (const Interrupted &end) {
+        return 128 + end.signal();
     } catch (const WrongOptions &error) {
-        std::fprintf(stderr, "ravolt: %s\n", error.what());
+        sayError(error.what());
         return 2;
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "ravolt: %s\n", error.what());
+        if (notedSignal()) // which has cut short what failed
+            return 128 + notedSignal();
+        sayError(error.what());
     }
     return 1;
 }

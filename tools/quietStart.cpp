@@ -1,9 +1,15 @@
 #include "tools/quietStart.h"
 
+#include "tools/message.h"
+#include "tools/signals.h"
+
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <ravolt/zlf.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -16,6 +22,7 @@ int userFolder = -1;
 int userOutput = -1;
 char logFolder[512];
 bool aside = false;
+sigset_t formerMask;
 
 // Goes to a fresh folder below `place`.
 bool goBelow(const char *place) {
@@ -27,6 +34,15 @@ bool goBelow(const char *place) {
 // Of all code in the process this runs first: no library's constructor has run yet, not even that
 // of getenv's own.
 void stepAside(int, char **, char **environment) {
+    // Signals wait until somebody can remove what is made here. A full disk and a reader that has
+    // gone shall fail a write, not end the process.
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&ending, number);
+    sigprocmask(SIG_BLOCK, &ending, &formerMask);
+    signal(SIGXFSZ, SIG_IGN);
+    signal(SIGPIPE, SIG_IGN);
     userFolder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     userOutput = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
@@ -48,6 +64,8 @@ void stepAside(int, char **, char **environment) {
 } // namespace
 
 QuietStart::QuietStart() {
+    noteSignals();
+    sigprocmask(SIG_SETMASK, &formerMask, nullptr);
     zlfSetConsoleEcho(false);
     std::fflush(stdout);
     if (userOutput >= 0) {
@@ -56,7 +74,7 @@ QuietStart::QuietStart() {
     }
     if (userFolder >= 0) {
         if (fchdir(userFolder) != 0)
-            std::perror("ravolt: cannot return to the working folder");
+            sayError(std::string("cannot return to the working folder: ") + std::strerror(errno));
         close(userFolder);
     }
 }

@@ -1,25 +1,20 @@
 #include "tools/scene.h"
 
 #include "tools/guard.h"
-
-#include <cmath>
-#include <cstdio>
+#include "tools/message.h"
 
 namespace ravolt::tool {
 
 void say(const Report &report, const Talk &talk) {
-    if (talk.quiet)
-        return;
     for (const std::string &line : report.warnings())
-        std::fprintf(stderr, "ravolt: warning: %s\n", line.c_str());
+        warn(line, talk);
     for (const std::string &line : report.notes())
-        if (talk.verbose)
-            std::fprintf(stderr, "ravolt: note: %s\n", line.c_str());
+        note(line, talk);
 }
 
 SceneToShow::SceneToShow(const ShowOptions &wanted, const Talk &talk) : clip(wanted.clip) {
     if (isScene(wanted.input))
-        scene = wanted.input;
+        inputFiles.add(scene = wanted.input);
     else
         convert(wanted, talk);
     sceneSkins = readSkins(scene);
@@ -37,14 +32,19 @@ void SceneToShow::convert(const ShowOptions &wanted, const Talk &talk) {
     options.sources = wanted.sources;
     options.alpha = wanted.alpha;
     options.scene = scene = folder->path() / "scene.rve";
-    runGuarded(wanted.input.string(), [&] {
-        Report report;
-        {
-            Progress progress(!talk.quiet);
-            convertModel(options, report, progress);
-        }
-        say(report, talk);
-    });
+    GuardedJob done;
+    runGuarded(
+        wanted.input.string(), wanted.limits,
+        [&](GuardedJob &job) {
+            Report report;
+            {
+                Progress progress(!talk.quiet);
+                stageModel(options, report, progress, job.files, job.inputs);
+            }
+            say(report, talk);
+        },
+        done);
+    inputFiles.add(done.inputs);
 }
 
 } // namespace ravolt::tool

@@ -23,6 +23,8 @@ class SceneToShow {
     SceneToShow(const ShowOptions &wanted, const Talk &talk);
 
     const std::filesystem::path &file() const { return scene; }
+    // What was read for it.
+    const InputFiles &inputs() const { return inputFiles; }
     // Its skins and clips, and the clip that is wanted, for a time when the working folder is
     // another.
     const std::vector<SceneSkin> &skins() const { return sceneSkins; }
@@ -35,6 +37,7 @@ class SceneToShow {
     std::optional<TemporaryFolder> folder;
     std::filesystem::path scene;
     std::vector<SceneSkin> sceneSkins;
+    InputFiles inputFiles;
     std::vector<ClipFile> clipFiles;
     std::string clip;
 };

@@ -1,8 +1,10 @@
 #include "tools/commands.h"
 #include "tools/failure.h"
+#include "tools/message.h"
 #include "tools/quietStart.h"
 #include "tools/scene.h"
 #include "tools/show.h"
+#include "tools/signals.h"
 #include "tools/stage/glow.h"
 #include "tools/stage/picture.h"
 #include "tools/stage/playback.h"
@@ -111,6 +113,8 @@ void checkFrames(const ShotOptions &options) {
     if (series.ofClip && options.frame > 0)
         throw WrongOptions("--frame " + std::to_string(options.frame) + ": --frames " +
                            options.frames + " tells the frames already");
+    if (options.output == standardOutput && (series.pictures > 1 || series.toTheEnd))
+        throw WrongOptions("--output -: standard output takes one picture, not many");
 }
 
 Drawing drawingFor(const ShowOptions &options, bool programs) {
@@ -150,11 +154,6 @@ void makeGlow(Stage &stage, const ShowOptions &options) {
     stage.setEffects(effects);
 }
 
-void warn(const std::string &line, const Talk &talk) {
-    if (!talk.quiet)
-        std::fprintf(stderr, "ravolt: warning: %s\n", line.c_str());
-}
-
 void leaveOutBrokenTextures(const Talk &talk) {
     for (const std::string &complaint : Engine::leaveOutBrokenTextures(QuietStart::log()))
         warn(complaint + ": drawn without", talk);
@@ -191,14 +190,29 @@ WindowSize sizeToDraw(const ShotOptions &options) {
     return {2 * size.width, 2 * size.height};
 }
 
-} // namespace
-
-void runShot(const ShotOptions &options, const Talk &talk) {
-    const fs::path output = fs::absolute(options.output); // the engine works in another folder
+// The engine works in another folder.
+fs::path outputOf(const ShotOptions &options) {
+    if (options.output == standardOutput)
+        return options.output;
+    fs::path output = fs::absolute(options.output);
     std::error_code error;
     if (!fs::is_directory(output.parent_path(), error))
         throw Failure(output.parent_path().string(), "no such folder");
+    return output;
+}
 
+void save(const Picture &picture, const fs::path &file, const InputFiles &inputs) {
+    if (file == standardOutput)
+        return printPng(picture);
+    if (inputs.contains(file))
+        throw Failure(file.string(), "is a file that was read for the picture; name another one");
+    writePng(picture, file);
+}
+
+} // namespace
+
+void runShot(const ShotOptions &options, const Talk &talk) {
+    const fs::path output = outputOf(options);
     const SceneToShow scene(options, talk);
     const LogAtEnd logged(talk);
     const WindowSize drawn = sizeToDraw(options);
@@ -232,6 +246,7 @@ void runShot(const ShotOptions &options, const Talk &talk) {
         Progress progress(!talk.quiet && series.pictures > 1);
         progress.step("drawing", 0, 1);
         for (int i = 0; i < series.pictures; ++i) {
+            throwIfInterrupted();
             if (series.ofClip)
                 playback.setFrame(series.firstFrame + i);
             else
@@ -240,7 +255,7 @@ void runShot(const ShotOptions &options, const Talk &talk) {
             if (drawn.width > options.size.width)
                 picture = halved(picture);
             something = something || showsSomething(picture);
-            writePng(picture, pictureFile(output, i, series));
+            save(picture, pictureFile(output, i, series), scene.inputs());
             progress.update(static_cast<double>(i + 1) / series.pictures);
         }
     }

@@ -22,9 +22,6 @@ void arrange(Stage &stage, const ShowOptions &options, const Talk &talk);
 // the scene glows. After the scene stands as it will be drawn.
 void makeGlow(Stage &stage, const ShowOptions &options);
 
-// Says one line on standard error.
-void warn(const std::string &line, const Talk &talk);
-
 // Draws materials without textures that the engine could not load, and warns of each of these.
 void leaveOutBrokenTextures(const Talk &talk);
 

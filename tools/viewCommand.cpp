@@ -3,9 +3,11 @@
 
 #include "tools/commands.h"
 #include "tools/failure.h"
+#include "tools/message.h"
 #include "tools/quietStart.h"
 #include "tools/scene.h"
 #include "tools/show.h"
+#include "tools/signals.h"
 #include "tools/stage/picture.h"
 #include "tools/stage/playback.h"
 
@@ -353,6 +355,7 @@ void Viewer::run() {
     showState();
     SDL_EnableKeyRepeat(SDL_DEFAULT_REPEAT_DELAY, SDL_DEFAULT_REPEAT_INTERVAL);
     while (open) {
+        throwIfInterrupted();
         SDL_Event event;
         while (SDL_PollEvent(&event))
             take(event);

@@ -117,6 +117,8 @@ bool isScene(const fs::path &file) {
         throw Failure(file.string(), "no such file");
     if (fs::is_directory(file, error))
         throw Failure(file.string(), "is a folder, not a scene or a model");
+    if (!fs::is_regular_file(file, error)) // it is read more than once
+        throw Failure(file.string(), "is no regular file");
     std::ifstream stream(file, std::ios::binary);
     if (!stream)
         throw Failure(file.string(), "cannot be read");

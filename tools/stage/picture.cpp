@@ -1,15 +1,61 @@
 #include "tools/stage/picture.h"
 
 #include "tools/failure.h"
+#include "tools/signals.h"
 #include "tools/stage/stage.h"
+#include "tools/writers/wholeFile.h"
 
 #include <algorithm>
 #include <chrono>
-#include <fstream>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
 #include <ravolt/RAVOLT.h>
 #include <ravolt/RVOPENGL.h>
+#include <set>
 #include <thread>
 
+namespace ravolt::tool {
+namespace {
+
+// The memory of the PNG writer, which goes on without asking whether it was given any. So this
+// throws, and what the writer holds then is freed by the one who called it.
+class Blocks {
+  public:
+    ~Blocks() {
+        while (!all.empty())
+            release(*all.begin());
+    }
+
+    static void *resize(void *former, std::size_t size) {
+        std::set<void *> room = {nullptr}; // made first, so that nothing fails behind the block
+        void *block = std::realloc(former, size);
+        if (!block)
+            throw std::bad_alloc();
+        all.erase(former);
+        auto entry = room.extract(room.begin());
+        entry.value() = block;
+        all.insert(std::move(entry));
+        return block;
+    }
+
+    static void release(void *block) {
+        all.erase(block);
+        std::free(block);
+    }
+
+  private:
+    static std::set<void *> all;
+};
+
+std::set<void *> Blocks::all;
+
+} // namespace
+} // namespace ravolt::tool
+
+#define STBIW_MALLOC(size) ravolt::tool::Blocks::resize(nullptr, size)
+#define STBIW_REALLOC(block, size) ravolt::tool::Blocks::resize(block, size)
+#define STBIW_FREE(block) ravolt::tool::Blocks::release(block)
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
 #if defined(__GNUC__)
@@ -45,7 +91,9 @@ void put(const Picture &tile, int left, int bottom, Picture &whole) {
 }
 
 void append(void *bytes, void *data, int size) {
-    static_cast<std::ostream *>(bytes)->write(static_cast<const char *>(data), size);
+    const auto *start = static_cast<const unsigned char *>(data);
+    auto &all = *static_cast<std::vector<unsigned char> *>(bytes);
+    all.insert(all.end(), start, start + size);
 }
 
 } // namespace
@@ -65,6 +113,7 @@ Picture shoot(Stage &stage, WindowSize size) {
     const bool inParts = width != size.width || height != size.height;
     for (int bottom = 0; bottom < size.height; bottom += height)
         for (int left = 0; left < size.width; left += width) {
+            throwIfInterrupted();
             if (inParts)
                 stage.setPart({size.width, size.height, left, bottom});
             stage.draw();
@@ -146,18 +195,26 @@ Picture takePicture() {
     return picture;
 }
 
+std::vector<unsigned char> encodePng(const Picture &picture) {
+    const Blocks blocks;
+    std::vector<unsigned char> bytes;
+    if (!stbi_write_png_to_func(append, &bytes, picture.width, picture.height, 3,
+                                picture.pixels.data(), picture.width * 3))
+        throw std::bad_alloc(); // it has no other reason
+    return bytes;
+}
+
+void printPng(const Picture &picture) {
+    const std::vector<unsigned char> bytes = encodePng(picture);
+    const std::size_t count = std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+    if (count != bytes.size() || std::fflush(stdout) != 0)
+        throw Failure("standard output", "cannot be written");
+}
+
 void writePng(const Picture &picture, const std::filesystem::path &file) {
-    std::ofstream stream(file, std::ios::binary);
-    const bool encoded =
-        stream && stbi_write_png_to_func(append, &stream, picture.width, picture.height, 3,
-                                         picture.pixels.data(), picture.width * 3);
-    stream.close(); // a full disk may show only now
-    if (encoded && stream)
-        return;
-    std::error_code error;
-    if (std::filesystem::is_regular_file(std::filesystem::symlink_status(file, error)))
-        std::filesystem::remove(file, error);
-    throw Failure(file.string(), "cannot be written");
+    const std::string error = writeWholeFile(file.string(), encodePng(picture));
+    if (!error.empty())
+        throw Failure(error);
 }
 
 } // namespace ravolt::tool

@@ -46,7 +46,13 @@ Picture halved(const Picture &picture);
 // Whether something is to be seen in it.
 bool showsSomething(const Picture &picture);
 
-// Throws Failure when the file cannot be written.
+// As a PNG file. Throws std::bad_alloc.
+std::vector<unsigned char> encodePng(const Picture &picture);
+
+// To standard output.
+void printPng(const Picture &picture);
+
+// Throws Failure when the file cannot be written, which then stays as it was.
 void writePng(const Picture &picture, const std::filesystem::path &file);
 
 } // namespace ravolt::tool

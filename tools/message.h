@@ -1,0 +1,20 @@
+#pragma once
+
+// Everything that the tool says on standard error, in lines that start with its name.
+
+#include <string>
+
+namespace ravolt::tool {
+
+struct Talk;
+
+// Why the job failed.
+void sayError(const std::string &line);
+
+// What is lost or wrong in the result; nothing with `quiet`.
+void warn(const std::string &line, const Talk &talk);
+
+// Anything else worth knowing, with `verbose` alone.
+void note(const std::string &line, const Talk &talk);
+
+} // namespace ravolt::tool
