@@ -4,8 +4,10 @@
 #include <bit>
 #include <climits>
 #include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <memory>
+#include <new>
 
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC
@@ -78,6 +80,8 @@ Image decodeMemory(const unsigned char *bytes, std::size_t size, std::string &re
     }
     const std::unique_ptr<unsigned char, decltype(&stbi_image_free)> pixels(
         stbi_load_from_memory(bytes, length, &width, &height, &channels, 4), &stbi_image_free);
+    if (!pixels && std::strcmp(stbi_failure_reason(), "outofmem") == 0)
+        throw std::bad_alloc(); // the picture is as good as any
     if (!pixels) {
         reason = std::string("is broken (") + stbi_failure_reason() + ")";
         return {};
@@ -116,11 +120,12 @@ Image resized(const Image &image, unsigned int width, unsigned int height, bool 
     result.width = width;
     result.height = height;
     result.pixels.resize(std::size_t(4) * width * height);
-    stbir_resize_uint8_generic(image.pixels.data(), static_cast<int>(image.width),
-                               static_cast<int>(image.height), 0, result.pixels.data(),
-                               static_cast<int>(width), static_cast<int>(height), 0, 4, 3, 0,
-                               STBIR_EDGE_CLAMP, STBIR_FILTER_DEFAULT,
-                               sRgb ? STBIR_COLORSPACE_SRGB : STBIR_COLORSPACE_LINEAR, nullptr);
+    if (!stbir_resize_uint8_generic(
+            image.pixels.data(), static_cast<int>(image.width), static_cast<int>(image.height), 0,
+            result.pixels.data(), static_cast<int>(width), static_cast<int>(height), 0, 4, 3, 0,
+            STBIR_EDGE_CLAMP, STBIR_FILTER_DEFAULT,
+            sRgb ? STBIR_COLORSPACE_SRGB : STBIR_COLORSPACE_LINEAR, nullptr))
+        throw std::bad_alloc(); // it has no other reason
     return result;
 }
 
