@@ -26,6 +26,30 @@ bool notes(pid_t process, int number) {
     return false;
 }
 
+// The process that the program reads models in; 0 while there is none.
+pid_t readerOf(pid_t program) {
+    const std::string number = std::to_string(program);
+    std::ifstream children("/proc/" + number + "/task/" + number + "/children");
+    pid_t child = 0;
+    children >> child;
+    return child;
+}
+
+// Of so many points every one is looked for among all, which takes seconds.
+void writeSlowModel() {
+    constexpr int points = 3000000, faces = points / 3;
+    std::string model = "ply\nformat ascii 1.0\nelement vertex " + std::to_string(points) +
+                        "\nproperty float x\nproperty float y\nproperty float z\nelement face " +
+                        std::to_string(faces) +
+                        "\nproperty list uchar int vertex_index\nend_header\n";
+    for (int i = 0; i < points; ++i)
+        model += std::to_string(i % 977) + " " + std::to_string(i % 1009) + " 0.5\n";
+    for (int i = 0; i < faces; ++i)
+        model += "3 " + std::to_string(3 * i) + " " + std::to_string(3 * i + 1) + " " +
+                 std::to_string(3 * i + 2) + "\n";
+    writeFile("slow.ply", model);
+}
+
 // A folder for what the program makes for passing use.
 class Ending : public ::testing::Test {
   protected:
@@ -37,7 +61,7 @@ class Ending : public ::testing::Test {
 
     // Starts the program, sends `number` as soon as it is time, and gives the exit code.
     int signalled(int number, const std::vector<std::string> &arguments,
-                  const std::function<bool()> &isTime) {
+                  const std::function<bool(pid_t)> &isTime) {
         const pid_t child = fork();
         if (child == 0) {
             setenv("TMPDIR", place.c_str(), 1);
@@ -50,7 +74,7 @@ class Ending : public ::testing::Test {
             _exit(127);
         }
         using namespace std::chrono_literals;
-        for (int i = 0; i < 6000 && !(notes(child, number) && isTime()); ++i)
+        for (int i = 0; i < 6000 && !(notes(child, number) && isTime(child)); ++i)
             std::this_thread::sleep_for(5ms);
         kill(child, number);
         int status = 0;
@@ -83,7 +107,7 @@ TEST_F(Ending, StopsShotBetweenTwoPicturesOnASignal) {
         EXPECT_EQ(signalled(number,
                             {"shot", "m.obj", "-o", "turn_%04d.png", "--frames", "9000", "--size",
                              "64x48"},
-                            [] { return fs::exists("turn_0001.png"); }),
+                            [](pid_t) { return fs::exists("turn_0001.png"); }),
                   128 + number);
         EXPECT_TRUE(isPng("turn_0001.png"));
         EXPECT_FALSE(fs::exists("turn_8999.png"));
@@ -97,22 +121,35 @@ TEST_F(Ending, StopsShotBetweenTwoPicturesOnASignal) {
 
 TEST_F(Ending, StopsViewOnASignal) {
     for (const int number : {SIGINT, SIGTERM})
-        EXPECT_EQ(signalled(number, {"view", "m.obj", "--size", "64x48"}, [&] { return works(); }),
-                  128 + number);
+        EXPECT_EQ(
+            signalled(number, {"view", "m.obj", "--size", "64x48"}, [&](pid_t) { return works(); }),
+            128 + number);
     EXPECT_FALSE(hasTemporaries());
 }
 
-// A reader that waits for its model cannot look at anything.
+// A reader that is halted does nothing by itself, nor does it take a signal.
 TEST_F(Ending, StopsConvertOnASignalWhateverTheReaderDoes) {
-    ASSERT_EQ(mkfifo("endless.obj", 0600), 0);
+    writeSlowModel();
     writeFile("scene.rve", "former");
-    for (const int number : {SIGINT, SIGTERM})
-        EXPECT_EQ(
-            signalled(number, {"convert", "endless.obj", "-o", "scene.rve"}, [] { return true; }),
-            128 + number);
-    EXPECT_EQ(run("shot endless.obj -o x.png").err, "ravolt: endless.obj: is no regular file\n");
+    for (const int number : {SIGINT, SIGTERM}) {
+        pid_t reader = 0;
+        EXPECT_EQ(signalled(number, {"convert", "slow.ply", "-o", "scene.rve"},
+                            [&](pid_t program) {
+                                reader = readerOf(program);
+                                return reader && kill(reader, SIGSTOP) == 0;
+                            }),
+                  128 + number);
+        EXPECT_TRUE(reader);
+        EXPECT_NE(kill(reader, 0), 0) << "is left behind";
+    }
     EXPECT_EQ(contentsOf("scene.rve"), "former");
     EXPECT_FALSE(hasTemporaries());
+}
+
+TEST_F(Ending, RefusesAPipeAsAModel) {
+    ASSERT_EQ(mkfifo("endless.obj", 0600), 0);
+    for (const char *command : {"shot endless.obj -o x.png", "convert endless.obj -o x.rve"})
+        EXPECT_EQ(run(command).err, "ravolt: endless.obj: is no regular file\n");
 }
 
 TEST_F(Ending, KeepsSignalsIgnoredThatWereIgnored) {
@@ -185,16 +222,7 @@ TEST_F(Ending, SaysInOneLineThatATextureTakesTooMuchMemory) {
 #endif
 
 TEST_F(Ending, SaysInOneLineThatAModelTakesTooMuchTime) {
-    // Of so many points every one is looked for among all.
-    std::string model = "ply\nformat ascii 1.0\nelement vertex 3000000\nproperty float x\n"
-                        "property float y\nproperty float z\nelement face 1000000\n"
-                        "property list uchar int vertex_index\nend_header\n";
-    for (int i = 0; i < 3000000; ++i)
-        model += std::to_string(i % 977) + " " + std::to_string(i % 1009) + " 0.5\n";
-    for (int i = 0; i < 1000000; ++i)
-        model += "3 " + std::to_string(3 * i) + " " + std::to_string(3 * i + 1) + " " +
-                 std::to_string(3 * i + 2) + "\n";
-    writeFile("slow.ply", model);
+    writeSlowModel();
     const Outcome result = run("convert slow.ply -o slow.rve --max-time 1");
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.err,

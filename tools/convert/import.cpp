@@ -301,7 +301,9 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
         throw Failure(path, "no such file");
     if (std::filesystem::is_directory(path, error))
         throw Failure(path, "is a folder, not a model");
-    if (std::filesystem::is_regular_file(path, error) && std::filesystem::is_empty(path, error))
+    if (!std::filesystem::is_regular_file(path, error))
+        throw Failure(path, "is no regular file");
+    if (std::filesystem::is_empty(path, error))
         throw Failure(path, "is empty");
     if (isGlb(path))
         if (const std::string reason = cutOff(path); !reason.empty())
