@@ -7,7 +7,7 @@ packages=(
     libx11-dev
     libmpeg2-4-dev libassimp-dev libstb-dev libcli11-dev assimp-testmodels
     xvfb
-    libgtest-dev libbenchmark-dev python3 clang-format glslang-tools ffmpeg mjpegtools
+    libgtest-dev libbenchmark-dev python3 clang-format-14 glslang-tools ffmpeg mjpegtools
 )
 
 # Says what went wrong and what to do about it, and ends the script.
