@@ -1,7 +1,7 @@
-// The engine's side of OpenGL's state. The flags say what start-up has found
-// (engine/app/glStart.cpp) and nothing here writes them. A switch and its flag change together, and
-// only here may blending, culling, two-sided lighting and the client arrays be switched; the frame
-// and the selection drive culling and scissor directly on purpose, and say so where they do.
+// The engine's side of OpenGL's state. The flags say what start-up has detected
+// (engine/gl/capabilities.cpp) and nothing here writes them. A switch and its flag change together,
+// and only here may blending, culling, two-sided lighting and the client arrays be switched; the
+// frame and the selection drive culling and scissor directly on purpose, and say so where they do.
 
 #include "ravolt/RVOPENGL.h"
 

@@ -16,10 +16,6 @@
 
 class RVFBO;
 
-namespace ravolt {
-struct GlStart;
-}
-
 // The kind of pass that is running, so that one render function serves all of them. The order of
 // the values counts: from FLAT on, there are no lights, textures and blending.
 enum RV_OPENGL_PROFILE {
@@ -188,13 +184,14 @@ class RV_API RVOPENGL {
   private:
     friend class RAVOLT;
     friend class RVFBO; // a target that goes leaves the pool
-    friend struct ravolt::GlStart;
+    struct Capabilities;
 
     static bool init();
     static bool free();
     static bool reset();
     static bool isActive();
 
+    static void reapplySwitches();
     static void onTargetDestroyed(const RVFBO *target);
     static RVFBO *fbo[14];
     static float anisotropicLevel;

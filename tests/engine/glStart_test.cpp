@@ -1,4 +1,5 @@
-// The capability ladder, rung by rung, before a driver that draws nothing and has what a test says.
+// The detection of the capabilities, one after the other, with a driver that draws nothing and
+// offers what a test says.
 
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVOPENGL.h"
@@ -292,7 +293,7 @@ TEST_F(GlStart, LogsAFullDriverLineByLine) {
     EXPECT_EQ(RVOPENGL::getAnisotropicLevel(), 8);
 }
 
-TEST_F(GlStart, FetchesEveryEntryPointInTheOrderOfTheRungs) {
+TEST_F(GlStart, FetchesEveryEntryPointInTheOrderOfTheTable) {
     show({});
     recorder.start();
     startOpenGL();
@@ -578,7 +579,7 @@ TEST_F(GlStart, ThePoolIsMadeTargetsFirstThenTheirTexturesWithTheMapAhead) {
               (Call{"glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, 0}));
 }
 
-TEST_F(GlStart, TheBaseStateIsSetAfterTheLadder) {
+TEST_F(GlStart, TheBaseStateIsSetAfterTheDetection) {
     show({});
     recorder.start();
     startOpenGL();

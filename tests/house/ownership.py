@@ -28,7 +28,7 @@ ROWS = [
      "owners": ["engine/gl/RVOPENGL.cpp"], "says": ["only", "two-sided"], "exceptions": {}},
     {"what": r"gl(Enable|Disable)\((GL_LIGHTING|GL_LIGHT\d|light)\b|glLightfv?\(",
      "owners": ["scene/RVLIGHT.cpp"], "says": ["only", "GL_LIGHTING", "lights"],
-     "exceptions": {("engine/app/glStart.cpp", "glLightf"): "the base state of a new context"}},
+     "exceptions": {("engine/app/openGL.cpp", "glLightf"): "the base state of a new context"}},
     {"what": r"gl(Enable|Disable)\(GL_TEXTURE_2D\b|glBindTexture\("
              r"|glActiveTextureARB[(>]|\bselectUnit\(",
      "owners": ["resources/RVTEXTURE.cpp", "resources/textureUpload.cpp"],

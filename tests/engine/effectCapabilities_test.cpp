@@ -19,9 +19,9 @@
 namespace ravolt::test {
 namespace {
 
-class EffectLadder : public SilentEngineTest {
+class EffectCapabilities : public SilentEngineTest {
   protected:
-    EffectLadder() { settings.setShaders(true); }
+    EffectCapabilities() { settings.setShaders(true); }
 
     void SetUp() override { forgetCapabilities(); } // the test says what the driver is like
 
@@ -82,7 +82,7 @@ class EffectLadder : public SilentEngineTest {
 
 // --- without an extension, with few units, without shaders
 
-class LackingDriver : public EffectLadder, public testing::WithParamInterface<Driver> {};
+class LackingDriver : public EffectCapabilities, public testing::WithParamInterface<Driver> {};
 
 TEST_P(LackingDriver, LeavesOutTheEffectsThatNeedItAndDrawsTheFrame) {
     const Driver &driver = GetParam();
@@ -101,7 +101,8 @@ INSTANTIATE_TEST_SUITE_P(Without, LackingDriver, testing::ValuesIn(drivers),
 
 // --- without a function of an extension
 
-class WithoutFunction : public EffectLadder, public testing::WithParamInterface<const char *> {};
+class WithoutFunction : public EffectCapabilities,
+                        public testing::WithParamInterface<const char *> {};
 
 TEST_P(WithoutFunction, ItIsNeverCalledAndTheFrameIsDrawn) {
     const std::string name = GetParam();
@@ -131,7 +132,8 @@ struct Deletion {
 
 void PrintTo(const Deletion &deletion, std::ostream *out) { *out << deletion.name; }
 
-class WithoutWhatWasDeleted : public EffectLadder, public testing::WithParamInterface<Deletion> {};
+class WithoutWhatWasDeleted : public EffectCapabilities,
+                              public testing::WithParamInterface<Deletion> {};
 
 TEST_P(WithoutWhatWasDeleted, TheFrameIsDrawn) {
     start();
@@ -152,7 +154,7 @@ INSTANTIATE_TEST_SUITE_P(Each, WithoutWhatWasDeleted,
 
 // --- with a stage that does not compile
 
-class WithoutStage : public EffectLadder, public testing::WithParamInterface<unsigned int> {};
+class WithoutStage : public EffectCapabilities, public testing::WithParamInterface<unsigned int> {};
 
 TEST_P(WithoutStage, TheEffectsThatNeedItAreLeftOutAndTheFrameIsDrawn) {
     const Supported left = programs[GetParam() / 2].left;

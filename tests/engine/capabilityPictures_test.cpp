@@ -1,6 +1,6 @@
 // All effects asked for, on drivers that lack something: the picture is that of a whole driver on
 // which only those effects are asked for that are left. The cases in which the picture could
-// differ; effectLadder_test.cpp has all of them, without pictures.
+// differ; effectCapabilities_test.cpp has all of them, without pictures.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
@@ -22,9 +22,9 @@ namespace {
 
 constexpr int center = 64, middle = 48;
 
-class LadderPictures : public EngineTest {
+class CapabilityPictures : public EngineTest {
   protected:
-    LadderPictures() { settings.setShaders(true); }
+    CapabilityPictures() { settings.setShaders(true); }
 
     void SetUp() override {
         forgetCapabilities();
@@ -86,7 +86,7 @@ class LadderPictures : public EngineTest {
     std::map<std::pair<bool, bool>, Picture> wanted; // by bloom and depth of field
 };
 
-TEST_F(LadderPictures, TheEffectsAreSeen) {
+TEST_F(CapabilityPictures, TheEffectsAreSeen) {
     const Picture plain = wanted[{false, false}], both = wanted[{true, true}];
     EXPECT_PIXEL(plain.at(center, middle), (Pixel{255, 255, 191}), 1);
     EXPECT_PIXEL(plain.at(2, 2), (Pixel{51, 51, 153}), 1);
@@ -97,7 +97,7 @@ TEST_F(LadderPictures, TheEffectsAreSeen) {
     expectSquareAndBackground(both);
 }
 
-TEST_F(LadderPictures, WithoutAnExtensionTheOtherEffectsAreSeen) {
+TEST_F(CapabilityPictures, WithoutAnExtensionTheOtherEffectsAreSeen) {
     for (const Driver &driver : drivers) {
         SCOPED_TRACE(driver.name);
         driver.pretend(recorder, settings);
@@ -108,7 +108,7 @@ TEST_F(LadderPictures, WithoutAnExtensionTheOtherEffectsAreSeen) {
     }
 }
 
-TEST_F(LadderPictures, WithoutAFunctionTheOtherEffectsAreSeen) {
+TEST_F(CapabilityPictures, WithoutAFunctionTheOtherEffectsAreSeen) {
     std::vector<const char *> needed = {"glGenFramebuffersEXT", "glGenerateMipmapEXT"};
     needed.insert(needed.end(), std::begin(functionsOfPrograms), std::end(functionsOfPrograms));
     for (const char *name : needed) {
@@ -126,7 +126,7 @@ TEST_F(LadderPictures, WithoutAFunctionTheOtherEffectsAreSeen) {
     }
 }
 
-TEST_F(LadderPictures, WithoutAProgramTheOtherEffectsAreSeen) {
+TEST_F(CapabilityPictures, WithoutAProgramTheOtherEffectsAreSeen) {
     for (unsigned int index = 0; index < std::size(programs); ++index) {
         const std::string name = programs[index].name;
         if (name.find("bloom") != 0 && name.find("dof") != 0 && name != "pplSpotS")
@@ -143,7 +143,7 @@ TEST_F(LadderPictures, WithoutAProgramTheOtherEffectsAreSeen) {
 }
 
 // Bloom does not ask for it.
-TEST_F(LadderPictures, WithoutItsProgramToneMappingLeavesThePictureAlone) {
+TEST_F(CapabilityPictures, WithoutItsProgramToneMappingLeavesThePictureAlone) {
     recorder.refuse("glCompileShaderARB", 2 * 21, 1);
     RAVOLT::HDROn();
     testing::internal::CaptureStdout();
