@@ -53,6 +53,12 @@ void deleteProgramsAfter(const RVSHADER *last) {
 
 } // namespace
 
+struct RAVOLT::Lifecycle {
+    static bool startClasses(RVSETTINGS &settings);
+    static bool undoOpenGL();
+    static void findVideoMemory(int budget);
+};
+
 bool RAVOLT::init(RVSETTINGS *settings) {
     if (active) {
         zlfLog("   [!] RAVOLT already active\n");
@@ -70,12 +76,12 @@ bool RAVOLT::init(RVSETTINGS *settings) {
         zlfLog("   [!] Standard configuration used\n");
         settings = &standard;
     }
-    if (!startClasses(*settings)) {
+    if (!Lifecycle::startClasses(*settings)) {
         SDL_Quit();
         return false;
     }
     timer = zlfNewTimer(1.0f);
-    findVideoMemory(settings->getVideoMemory());
+    Lifecycle::findVideoMemory(settings->getVideoMemory());
     zlfLog("   Initialization complete\n\n");
     active = true;
     return true;
@@ -83,7 +89,7 @@ bool RAVOLT::init(RVSETTINGS *settings) {
 
 // The classes in their order. When one fails, those before it are freed, the last first. The
 // targets and programs that were made go too, without a line in the log.
-bool RAVOLT::startClasses(RVSETTINGS &settings) {
+bool RAVOLT::Lifecycle::startClasses(RVSETTINGS &settings) {
     struct Row {
         bool (*start)(RVSETTINGS &settings);
         const char *failure;
@@ -122,7 +128,7 @@ bool RAVOLT::startClasses(RVSETTINGS &settings) {
 
 // The render targets go without a word, while their context is there: in the next one their names
 // would be those of other things.
-bool RAVOLT::undoOpenGL() {
+bool RAVOLT::Lifecycle::undoOpenGL() {
     for (RVFBO *&target : RVOPENGL::fbo) {
         RVTEXTURE *const texture = target ? target->getTexture() : nullptr;
         delete std::exchange(target, nullptr);
@@ -135,7 +141,7 @@ bool RAVOLT::undoOpenGL() {
     return RVOPENGL::free();
 }
 
-void RAVOLT::findVideoMemory(int budget) {
+void RAVOLT::Lifecycle::findVideoMemory(int budget) {
     const bool given = budget > 0;
     videoMemoryTotal = given ? static_cast<unsigned int>(std::min(budget, largestBudget)) << 20
                              : reportedVideoMemory();

@@ -7,7 +7,7 @@
 // which nothing else uses, filled by OpenGL from target 0 just before. The picture is that of the
 // formulas on every driver.
 
-#include "engine/frame/effects.h"
+#include "engine/frame/frameSteps.h"
 
 #include "engine/gl/screenQuad.h"
 #include "ravolt/RVELEMENT.h"
@@ -105,20 +105,20 @@ void compositeDepthOfField(float focus, float range) {
 } // namespace
 
 // The flags outlive the programs, which the application may have deleted.
-bool RAVOLT::Effects::haveBloom() {
+bool RAVOLT::Frame::haveBloom() {
     return blooming && RVSHADER::useBloom() && RVSHADER::bloomBright && RVSHADER::bloomCombine &&
            RVSHADER::bloomH && RVSHADER::bloomV && RVSHADER::bloomToneMapping &&
            RVSHADER::bloomForceAlpha && haveTargets();
 }
 
-bool RAVOLT::Effects::haveDepthOfField() {
+bool RAVOLT::Frame::haveDepthOfField() {
     return DOF && RVSHADER::useDOF() && RVSHADER::dofCombine && RVSHADER::dof && RVSHADER::bloomH &&
            RVSHADER::bloomV && haveTargets();
 }
 
-bool RAVOLT::Effects::haveShadows() { return shadowing && RVSHADER::useShadows() && haveTargets(); }
+bool RAVOLT::Frame::haveShadows() { return shadowing && RVSHADER::useShadows() && haveTargets(); }
 
-void RAVOLT::Effects::invalidateAfterList() {
+void RAVOLT::Frame::invalidateAfterList() {
     RVOPENGL::blendingOff();
     RVMATERIAL::reset();
 }
@@ -126,7 +126,7 @@ void RAVOLT::Effects::invalidateAfterList() {
 // On purpose: a mesh that no light was ever picked for leaves its program, here too, and the lights
 // are picked behind this pass. So in the first frame the alpha of the current colour, mostly 1,
 // stands for the depth of every mesh, and the focus on one of them blurs them all.
-void RAVOLT::Effects::depthPass() {
+void RAVOLT::Frame::drawDepths() {
     blurred().render(nullptr);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_ZPASS);
@@ -138,7 +138,7 @@ void RAVOLT::Effects::depthPass() {
     invalidateAfterList();
 }
 
-void RAVOLT::Effects::bloom() {
+void RAVOLT::Frame::applyBloom() {
     bright().render(nullptr);
     glDisable(GL_DEPTH_TEST);
     {
@@ -160,7 +160,7 @@ void RAVOLT::Effects::bloom() {
     invalidateAfterList();
 }
 
-void RAVOLT::Effects::depthOfField() {
+void RAVOLT::Frame::applyDepthOfField() {
     {
         const ravolt::PixelProjection pixels(scene().getSizeX(), scene().getSizeY());
         RVTEXTURE::texturingOn(0);

@@ -3,7 +3,7 @@
 // profile and target decide what that produces. A projection pushed by begin2D is popped by end2D;
 // everything else leaves the stacks as it found them.
 
-#include "engine/frame/effects.h"
+#include "engine/frame/frameSteps.h"
 #include "engine/gl/bindings.h"
 #include "engine/gl/screenQuad.h"
 #include "ravolt/RAVOLT.h"
@@ -115,7 +115,7 @@ void RAVOLT::shadowingOn() {
 
 bool RAVOLT::clear(bool color, bool depth, bool stencil) {
     // On purpose: where the target is not chosen, one that is left bound stays bound.
-    renderingOnFbo = wantsTarget();
+    renderingOnFbo = Frame::wantsTarget();
     if (renderingOnFbo)
         RVOPENGL::getFbo(0)->render(nullptr);
     const GLbitfield mask = (color ? GL_COLOR_BUFFER_BIT : 0u) |
@@ -127,17 +127,17 @@ bool RAVOLT::clear(bool color, bool depth, bool stencil) {
 }
 
 // The application may have deleted one of them, or its texture, with all others.
-bool RAVOLT::haveTargets() {
+bool RAVOLT::Frame::haveTargets() {
     return active && ravolt::framebuffersWork() &&
            std::all_of(std::begin(RVOPENGL::fbo), std::end(RVOPENGL::fbo),
                        [](const RVFBO *target) { return target && target->getTexture(); });
 }
 
 // Asked by the settings or by an effect that composes the picture.
-bool RAVOLT::wantsTarget() {
+bool RAVOLT::Frame::wantsTarget() {
     if (RVSETTINGS::getSDLForceFBO())
         return haveTargets(); // without targets the wish is ignored
-    return Effects::haveBloom() || Effects::haveDepthOfField();
+    return haveBloom() || haveDepthOfField();
 }
 
 bool RAVOLT::begin3D(RVCAMERA *camera) {
@@ -154,19 +154,19 @@ bool RAVOLT::end3D(bool blit) {
     RVELEMENT::sort3D();
     if (wireframe)
         startWireframe();
-    if (Effects::haveDepthOfField())
-        Effects::depthPass();
+    if (Frame::haveDepthOfField())
+        Frame::drawDepths();
     if (skybox)
-        drawSkybox();
-    if (Effects::haveShadows())
-        Effects::shadows();
-    drawList(isAnyNode);
-    if (Effects::haveBloom())
-        Effects::bloom();
-    if (Effects::haveDepthOfField())
-        Effects::depthOfField();
-    if (blit && renderingOnFbo && haveTargets() && !RVSETTINGS::getSDLForceFBO())
-        showScene();
+        Frame::drawSkybox();
+    if (Frame::haveShadows())
+        Frame::drawShadows();
+    Frame::drawMainPass();
+    if (Frame::haveBloom())
+        Frame::applyBloom();
+    if (Frame::haveDepthOfField())
+        Frame::applyDepthOfField();
+    if (blit && renderingOnFbo && Frame::haveTargets() && !RVSETTINGS::getSDLForceFBO())
+        Frame::presentScene();
     return true;
 }
 
@@ -180,7 +180,7 @@ bool RAVOLT::begin2D() {
 
 bool RAVOLT::end2D() {
     RVELEMENT::sort2D();
-    drawList(isInBlock2D);
+    Frame::drawList(isInBlock2D);
     ravolt::popProjection();
     if (RVOPENGL::isCulled())
         glEnable(GL_CULL_FACE);
@@ -188,8 +188,7 @@ bool RAVOLT::end2D() {
     return true;
 }
 
-// The entries in their order, as far as their nodes are wanted.
-void RAVOLT::drawList(bool (*isDrawn)(const RVNODE &node)) {
+void RAVOLT::Frame::drawList(bool (*isDrawn)(const RVNODE &node)) {
     for (unsigned int index = 0; index < RVELEMENT::numberOfPassedElements; ++index) {
         RVELEMENT *element = RVELEMENT::elementPointer[index];
         RVNODE *node = element->getNode();
@@ -198,8 +197,9 @@ void RAVOLT::drawList(bool (*isDrawn)(const RVNODE &node)) {
     }
 }
 
-// Brings the scene from its target to the window, scaled to the window's size.
-void RAVOLT::showScene() {
+void RAVOLT::Frame::drawMainPass() { drawList(isAnyNode); }
+
+void RAVOLT::Frame::presentScene() {
     const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
     RVFBO::unbind();
     ravolt::pushProjection();
@@ -217,7 +217,7 @@ void RAVOLT::showScene() {
 }
 
 // Only the first child; the skybox itself holds it and its rotation.
-void RAVOLT::drawSkybox() {
+void RAVOLT::Frame::drawSkybox() {
     RVMATERIAL::reset();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVLIGHT::lightingOff();

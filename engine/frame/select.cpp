@@ -1,8 +1,8 @@
 // What lies under a pixel: the last 3D block is drawn once more into that pixel alone, with
 // identities for colours, and the pixel is read and put back. Its depth is lost.
 
+#include "engine/frame/frameSteps.h"
 #include "engine/gl/screenQuad.h"
-#include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
@@ -126,7 +126,7 @@ unsigned int RAVOLT::select(int x, int y) {
     clear(true, true, false);
     glDepthFunc(GL_LEQUAL);
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
-    drawList(isPickable);
+    Frame::drawList(isPickable);
     RVOPENGL::setBackgroundColor(background);
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
 

@@ -2,7 +2,7 @@
 // list is drawn with that map on unit 1, whose texture matrix takes places in eye space to the map.
 // The map survives the frame, which is what RAVOLT::skipShadowsGeneration relies on.
 
-#include "engine/frame/effects.h"
+#include "engine/frame/frameSteps.h"
 
 #include "engine/gl/bindings.h"
 #include "engine/gl/screenQuad.h"
@@ -171,7 +171,7 @@ void unloadMapMatrix() {
 } // namespace
 
 // The last one in the order of the list.
-RVLIGHT *RAVOLT::Effects::findCaster() {
+RVLIGHT *RAVOLT::Frame::findCaster() {
     RVLIGHT *caster = nullptr;
     for (unsigned int index = 0; index < RVELEMENT::numberOfPassedElements; ++index) {
         RVNODE *node = RVELEMENT::elementPointer[index]->getNode();
@@ -184,7 +184,7 @@ RVLIGHT *RAVOLT::Effects::findCaster() {
 // Without the lights, and without the sky and what reaches to the horizon, which would leave the
 // caster no depth to tell things apart. The entries stand in the caster's eye space while they are
 // drawn.
-void RAVOLT::Effects::drawDepthsOf(const Z3MMATRIX &eyeToLight) {
+void RAVOLT::Frame::drawCasters(const Z3MMATRIX &eyeToLight) {
     const unsigned int first = RVELEMENT::getNumberOfLights();
     for (unsigned int index = first; index < RVELEMENT::numberOfPassedElements; ++index) {
         RVELEMENT *element = RVELEMENT::elementPointer[index];
@@ -197,15 +197,15 @@ void RAVOLT::Effects::drawDepthsOf(const Z3MMATRIX &eyeToLight) {
     }
 }
 
-void RAVOLT::Effects::drawMap(const Z3MMATRIX &eyeToLight) {
+void RAVOLT::Frame::drawMap(const Z3MMATRIX &eyeToLight) {
     GLint viewport[4] = {};
     {
         const BackFaces backFaces;
         glGetIntegerv(GL_VIEWPORT, viewport);
         startDepths();
         {
-            const DepthOffset offset(shadowOffsetFactor, shadowOffsetUnits);
-            drawDepthsOf(eyeToLight);
+            const DepthOffset offset(getShadowOffsetFactor(), getShadowOffsetUnits());
+            drawCasters(eyeToLight);
         }
         endDepths();
     }
@@ -217,7 +217,7 @@ void RAVOLT::Effects::drawMap(const Z3MMATRIX &eyeToLight) {
     invalidateAfterList();
 }
 
-void RAVOLT::Effects::shadows() {
+void RAVOLT::Frame::drawShadows() {
     RVLIGHT *light = findCaster();
     if (!light) {
         zlfLog("   [!] Invalid shadow pass: no shadow casters detected @ RAVOLT::end3D\n");

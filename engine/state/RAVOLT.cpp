@@ -21,7 +21,6 @@ bool RAVOLT::DOF = false;
 bool RAVOLT::skipShadows = false;
 bool RAVOLT::renderingOnFbo = false;
 char RAVOLT::rvePath[256] = "";
-bool RAVOLT::confiningFiles = false;
 RVNODE *RAVOLT::skybox = nullptr;
 int RAVOLT::timer = -1;
 int RAVOLT::timeStamp = 65536; // On purpose: not 0.
@@ -30,12 +29,12 @@ float RAVOLT::HDRExposure = 1.0f;
 float RAVOLT::HDRCurrentLuminance = 1.0f;
 float RAVOLT::DOFFocus = 1.0f;
 float RAVOLT::DOFRange = 2.0f;
-float RAVOLT::shadowOffsetFactor = 0.0f;
-float RAVOLT::shadowOffsetUnits = 0.0f;
 
 namespace {
 
 bool timerAdjourned = false; // the clock has advanced in this frame
+bool confiningFiles = false;
+float shadowOffsetFactor = 0.0f, shadowOffsetUnits = 0.0f;
 
 } // namespace
 

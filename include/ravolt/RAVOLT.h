@@ -172,15 +172,8 @@ class RV_API RAVOLT {
     static RVNODE *getSkybox();
 
   private:
-    static bool startClasses(RVSETTINGS &settings);
-    static bool undoOpenGL();
-    static void findVideoMemory(int budget);
-    static void drawList(bool (*isDrawn)(const RVNODE &node));
-    static void drawSkybox();
-    static bool haveTargets();
-    static bool wantsTarget();
-    static void showScene();
-    struct Effects;
+    struct Lifecycle; // the steps of `init` and `free`
+    struct Frame;     // the steps of a frame
     static RVNODE *recursiveLoad(char *buffer, long *cursor, RVNODE *parent);
     static bool recursiveInitBones(RVNODE *root, RVNODE *node);
 
@@ -195,7 +188,6 @@ class RV_API RAVOLT {
     static bool skipShadows;
     static bool renderingOnFbo; // this frame draws into render target 0, not into the window
     static char rvePath[256];
-    static bool confiningFiles;
     static RVNODE *skybox;
     static int timer; // slot of the foundation's timers; keeps its value after `free`
     static int timeStamp;
@@ -204,6 +196,4 @@ class RV_API RAVOLT {
     static float HDRCurrentLuminance; // adapted from frame to frame
     static float DOFFocus;
     static float DOFRange;
-    static float shadowOffsetFactor;
-    static float shadowOffsetUnits;
 };
