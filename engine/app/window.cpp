@@ -36,6 +36,73 @@ int obtained(SDL_GLattr attribute) {
     return value;
 }
 
+void logRequest(RVSETTINGS &requested) {
+    zlfLog("   Init settings...\n");
+    zlfLog("      Configuration to set:\n");
+    zlfLog("          X: %u, Y: %u\n", requested.getWindowX(), requested.getWindowY());
+    zlfLog("          depth: %u, zeta: %u, stencil: %u\n", requested.getColorDepth(),
+           requested.getZetaDepth(), requested.getStencilDepth());
+    zlfLog("          title: '%s'\n", requested.getTitle());
+    zlfLog("          fullscreen: %d\n", requested.isFullScreen());
+    zlfLog("          resizable : %d\n", requested.isResizable());
+    zlfLog("          landscape : %d\n", requested.isLandscape());
+    zlfLog("          shaders: %d\n", requested.getShaders());
+    zlfLog("          max elems: %d\n", requested.getRenderingElements());
+    zlfLog("          audio: c: %d, b: %d, e: %d\n", requested.getAudioChannels(),
+           requested.getAudioBuffers(), requested.getAudioElements());
+    zlfLog("          shadow map size: %d\n", requested.getShadowMapSize());
+    zlfLog("          FBO map sizes  : %d, %d\n", requested.getFBOSizeX(), requested.getFBOSizeY());
+    zlfLog("          Water map size : %d\n", requested.getWaterSize());
+}
+
+// On purpose: the video path is not handed on; applications do so themselves.
+void applyPaths(RVSETTINGS &requested) {
+    RAVOLT::setRVEPath(requested.getRVEPath());
+    zlfLog("          RVE path    : '%s'\n", requested.getRVEPath());
+    RVANIM::setRVAPath(requested.getRVAPath());
+    zlfLog("          RVA path    : '%s'\n", requested.getRVAPath());
+    RVTEXTURE::setPath(requested.getTexturePath());
+    zlfLog("          Texture path: '%s'\n", requested.getTexturePath());
+    RVSHADER::setPath(requested.getShaderPath());
+    zlfLog("          Shader path : '%s'\n", requested.getShaderPath());
+    zlfLog("          Font path   : '%s'\n", requested.getFontPath());
+}
+
+void setContextAttributes(const RVSETTINGS &requested) {
+    const int channel = requested.getColorDepth() == 16 ? 5 : 8;
+    const struct {
+        SDL_GLattr attribute;
+        int value;
+    } rows[] = {
+        {SDL_GL_RED_SIZE, channel},
+        {SDL_GL_GREEN_SIZE, channel},
+        {SDL_GL_BLUE_SIZE, channel},
+        {SDL_GL_ACCUM_RED_SIZE, 0},
+        {SDL_GL_ACCUM_GREEN_SIZE, 0},
+        {SDL_GL_ACCUM_BLUE_SIZE, 0},
+        {SDL_GL_ACCUM_ALPHA_SIZE, 0},
+        {SDL_GL_ALPHA_SIZE, requested.getColorDepth() == 32 ? 8 : 0},
+        {SDL_GL_DEPTH_SIZE, requested.getZetaDepth()},
+        {SDL_GL_STENCIL_SIZE, requested.getStencilDepth()},
+        {SDL_GL_DOUBLEBUFFER, 1},
+    };
+    SDL_GL_LoadLibrary(nullptr);
+    for (const auto &row : rows)
+        SDL_GL_SetAttribute(row.attribute, row.value);
+}
+
+bool openWindow(RVSETTINGS &requested) {
+    const bool titled = requested.getTitle()[0] != '\0';
+    requestedMode.bits = requested.getColorDepth();
+    requestedMode.flags = modeFlags(requested.isFullScreen(), requested.isResizable()) |
+                          static_cast<Uint32>(SDL_HWSURFACE) |
+                          static_cast<Uint32>(titled ? 0 : SDL_NOFRAME);
+    if (!requested.isFullScreen() && titled)
+        SDL_WM_SetCaption(requested.getTitle(), nullptr);
+    return SDL_SetVideoMode(requested.getWindowX(), requested.getWindowY(), requestedMode.bits,
+                            requestedMode.flags) != nullptr;
+}
+
 } // namespace
 
 bool RVSETTINGS::isOk() {
@@ -49,14 +116,14 @@ bool RVSETTINGS::init() {
         zlfLog("   [!] Settings already active\n");
         return false;
     }
-    logRequest();
+    logRequest(*this);
     if (!isOk()) {
         zlfLog("   [!] Incompatible config @ RVSETTINGS::init\n");
         return false;
     }
-    applyPaths();
-    setContextAttributes();
-    if (!openWindow()) {
+    applyPaths(*this);
+    setContextAttributes(*this);
+    if (!openWindow(*this)) {
         zlfLog("   [!] Unsupported video config (%s) @ RVSETTINGS::init\n", SDL_GetError());
         return false;
     }
@@ -67,64 +134,6 @@ bool RVSETTINGS::init() {
     recordObtainedMode();
     applied.active = true;
     return true;
-}
-
-void RVSETTINGS::logRequest() {
-    zlfLog("   Init settings...\n");
-    zlfLog("      Configuration to set:\n");
-    zlfLog("          X: %u, Y: %u\n", windowX, windowY);
-    zlfLog("          depth: %u, zeta: %u, stencil: %u\n", colorDepth, zetaDepth, stencilDepth);
-    zlfLog("          title: '%s'\n", title);
-    zlfLog("          fullscreen: %d\n", fullScreen);
-    zlfLog("          resizable : %d\n", resizable);
-    zlfLog("          landscape : %d\n", landscape);
-    zlfLog("          shaders: %d\n", useShaders);
-    zlfLog("          max elems: %d\n", renderingElements);
-    zlfLog("          audio: c: %d, b: %d, e: %d\n", audioChannels, audioBuffers, audioElements);
-    zlfLog("          shadow map size: %d\n", shadowMapSize);
-    zlfLog("          FBO map sizes  : %d, %d\n", FBOSizeX, FBOSizeY);
-    zlfLog("          Water map size : %d\n", waterSize);
-}
-
-// On purpose: the video path is not handed on; applications do so themselves.
-void RVSETTINGS::applyPaths() {
-    RAVOLT::setRVEPath(rvePath);
-    zlfLog("          RVE path    : '%s'\n", rvePath);
-    RVANIM::setRVAPath(rvaPath);
-    zlfLog("          RVA path    : '%s'\n", rvaPath);
-    RVTEXTURE::setPath(texturePath);
-    zlfLog("          Texture path: '%s'\n", texturePath);
-    RVSHADER::setPath(shaderPath);
-    zlfLog("          Shader path : '%s'\n", shaderPath);
-    zlfLog("          Font path   : '%s'\n", fontPath);
-}
-
-void RVSETTINGS::setContextAttributes() const {
-    const int channel = colorDepth == 16 ? 5 : 8;
-    const struct {
-        SDL_GLattr attribute;
-        int value;
-    } rows[] = {
-        {SDL_GL_RED_SIZE, channel},     {SDL_GL_GREEN_SIZE, channel},
-        {SDL_GL_BLUE_SIZE, channel},    {SDL_GL_ACCUM_RED_SIZE, 0},
-        {SDL_GL_ACCUM_GREEN_SIZE, 0},   {SDL_GL_ACCUM_BLUE_SIZE, 0},
-        {SDL_GL_ACCUM_ALPHA_SIZE, 0},   {SDL_GL_ALPHA_SIZE, colorDepth == 32 ? 8 : 0},
-        {SDL_GL_DEPTH_SIZE, zetaDepth}, {SDL_GL_STENCIL_SIZE, stencilDepth},
-        {SDL_GL_DOUBLEBUFFER, 1},
-    };
-    SDL_GL_LoadLibrary(nullptr);
-    for (const auto &row : rows)
-        SDL_GL_SetAttribute(row.attribute, row.value);
-}
-
-bool RVSETTINGS::openWindow() {
-    const bool titled = title[0] != '\0';
-    requestedMode.bits = colorDepth;
-    requestedMode.flags = modeFlags(fullScreen, resizable) | static_cast<Uint32>(SDL_HWSURFACE) |
-                          static_cast<Uint32>(titled ? 0 : SDL_NOFRAME);
-    if (!fullScreen && titled)
-        SDL_WM_SetCaption(title, nullptr);
-    return SDL_SetVideoMode(windowX, windowY, requestedMode.bits, requestedMode.flags) != nullptr;
 }
 
 // The view takes the depths as obtained, the rest as asked for.

@@ -39,6 +39,30 @@ class SettingsFile {
     zlfPARSER parser = {};
 };
 
+// The fields that a flag of a settings file may overwrite, in their order in memory.
+struct FlagCells {
+    bool *flags[4];
+    int &audioChannels;
+};
+
+// On purpose: a flag's number in the file is stored with all its four bytes over the fields from
+// `flag` on, as they stand in memory: fullScreen 0, resizable 1, landscape 2, CAVESplashScreen 3,
+// then the bytes of audioChannels, lowest first. A flag is on when its byte is not zero.
+void storeOverFlags(const FlagCells &cells, int flag, unsigned int value) {
+    constexpr int numberOfFlags = 4;
+    for (int cell = flag; cell < flag + 4; ++cell, value >>= 8) {
+        const unsigned int byte = value & 0xFFu;
+        if (cell < numberOfFlags) {
+            *cells.flags[cell] = byte != 0;
+            continue;
+        }
+        const int shift = 8 * (cell - numberOfFlags);
+        const unsigned int kept =
+            static_cast<unsigned int>(cells.audioChannels) & ~(0xFFu << shift);
+        cells.audioChannels = static_cast<int>(kept | byte << shift);
+    }
+}
+
 } // namespace
 
 RVSETTINGS::RVSETTINGS()
@@ -49,24 +73,6 @@ RVSETTINGS::RVSETTINGS()
       forceFBO(false), rvePath(), rvaPath(), mpgPath(), texturePath(), shaderPath(), fontPath(),
       videoMemory(0) {
     ravolt::copyText(title, ravolt::banner);
-}
-
-// On purpose: a flag's number in the file is stored with all its four bytes over the fields from
-// `flag` on, as they stand in memory: fullScreen 0, resizable 1, landscape 2, CAVESplashScreen 3,
-// then the bytes of audioChannels, lowest first. A flag is on when its byte is not zero.
-void RVSETTINGS::storeOverFlags(int flag, unsigned int value) {
-    bool *const flags[] = {&fullScreen, &resizable, &landscape, &CAVESplashScreen};
-    constexpr int numberOfFlags = 4;
-    for (int cell = flag; cell < flag + 4; ++cell, value >>= 8) {
-        const unsigned int byte = value & 0xFFu;
-        if (cell < numberOfFlags) {
-            *flags[cell] = byte != 0;
-            continue;
-        }
-        const int shift = 8 * (cell - numberOfFlags);
-        const unsigned int kept = static_cast<unsigned int>(audioChannels) & ~(0xFFu << shift);
-        audioChannels = static_cast<int>(kept | byte << shift);
-    }
 }
 
 // The rows stand in the order in which the file is asked; it is part of the format, since a flag's
@@ -123,6 +129,8 @@ bool RVSETTINGS::load(const char *filename) {
         return false;
     }
     SettingsFile file(filename);
+    const FlagCells cells = {{&fullScreen, &resizable, &landscape, &CAVESplashScreen},
+                             audioChannels};
     for (const NumberRow &row : numbers) {
         int value = 0;
         if (!file.read(row.key, &value))
@@ -132,7 +140,7 @@ bool RVSETTINGS::load(const char *filename) {
         else if (row.flag == alone)
             useShaders = (value & 0xFF) != 0;
         else
-            storeOverFlags(row.flag, static_cast<unsigned int>(value));
+            storeOverFlags(cells, row.flag, static_cast<unsigned int>(value));
     }
     for (const TextRow &row : texts)
         file.read(row.key, this->*row.field);

@@ -158,16 +158,9 @@ class RV_API RVSETTINGS {
     bool init();
     static bool free();
 
-    // The steps of init, in their order.
-    void logRequest();
-    void applyPaths();
-    void setContextAttributes() const;
-    bool openWindow();
     void recordObtainedMode();
 
-    void storeOverFlags(int flag, unsigned int value);
-
-    // The order is part of the settings file's format: see storeOverFlags.
+    // The order is part of the settings file's format: see `load`.
     char title[256];
     int windowX;
     int windowY;
