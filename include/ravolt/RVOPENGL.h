@@ -1,11 +1,10 @@
 #pragma once
 
-// What stands between the engine and the OpenGL driver: the extensions found at start-up as flags,
-// their entry points, the base state, the projection, and switches that remember what they set so
-// that a call which changes nothing does not reach the driver. Static members only; RAVOLT starts
-// and stops it. A missing extension is never fatal: ask the flag, not the pointer, before using a
-// feature. Everything here needs the context's thread; apart from plain reads and stores,
-// everything needs the context.
+// The layer between the engine and the OpenGL driver: flags for the extensions that start-up has
+// detected, their entry points, the base state, the projection, and cached switches, which call the
+// driver only for a change. Static members only; RAVOLT starts and stops it. A missing extension is
+// never fatal: test the flag, not the pointer, before using a feature. Everything here is for the
+// context's thread; all but plain reads and stores needs a current context.
 
 #include <GL/gl.h>
 
@@ -20,25 +19,25 @@ class RVFBO;
 // the values counts: from FLAT on, there are no lights, textures and blending.
 enum RV_OPENGL_PROFILE {
     RV_OPENGL_PROFILE_FULL = 1, // normal drawing
-    RV_OPENGL_PROFILE_FLAT = 2, // identities as flat colours: selection and shadow map
+    RV_OPENGL_PROFILE_FLAT = 2, // object ids as flat colours: selection and shadow map
     RV_OPENGL_PROFILE_ZPASS = 3 // depth coding: depth of field
 };
 
 class RV_API RVOPENGL {
   public:
     // A render target of the pool, index 0 to 13; NULL for any other index, while there is no pool,
-    // and for one that was deleted. The pool stays the engine's.
+    // and for one that was deleted. The engine owns the targets.
     static RVFBO *getFbo(int index);
 
-    // What the driver offers, as found at start-up. A flag that is set is never cleared: over a
-    // second start in the same process it stays true, also where the new settings request no
-    // shaders or the new display offers less. The one exception is useMultitexturing, which a
-    // start that finds fewer than 16 image units clears.
+    // What the driver offers, as detected at start-up. A flag that is set is never cleared: in a
+    // second start in the same process it is still true, even if the new settings request no
+    // shaders or the new display offers less. The one exception is useMultitexturing, which a start
+    // that finds fewer than 16 image units clears.
     static bool useVBO();
     static bool useAnisotropic();
     static bool useFBO();
     static bool useMultitexturing(); // false with fewer than 16 image units
-    static bool useShaders();        // looked for only when the settings request shaders
+    static bool useShaders();        // detected only when the settings request shaders
     static bool useOcclusionQuery();
 
     // The driver's largest anisotropy; 0 without the extension.
@@ -68,15 +67,15 @@ class RV_API RVOPENGL {
     static Z3MVECTOR4D getGlobalAmbientLight();
 
     // Viewport in pixels, y counted down from the window's top, and the projection for it, turned
-    // by 90 degrees in landscape mode. Always true: a size below 1 is logged and carried through.
+    // by 90 degrees in landscape mode. Always true: a size below 1 is logged and used all the same.
     static bool resize(int x, int y, int sizeX, int sizeY);
 
-    // Multiplies a perspective onto the current matrix and loads nothing first. Vertical angle in
-    // degrees, aspect as width by height.
+    // Multiplies a perspective onto the current matrix, without loading identity first. Vertical
+    // angle in degrees; the aspect is width / height.
     static void setPerspective(float angle, float aspect, float zNear, float zFar);
 
-    // Replaces the projection by a frustum and leaves the modelview mode current. Always true; the
-    // last argument is ignored on purpose.
+    // Replaces the projection with a frustum and makes the modelview matrix, set to identity, the
+    // current one. Always true; the last argument is ignored on purpose.
     static bool setFrustum(float left, float right, float bottom, float top, float zNear,
                            float zFar, bool unused);
 
@@ -116,13 +115,12 @@ class RV_API RVOPENGL {
     static void colorArrayOn();
     static void colorArrayOff();
 
-    // GL_TEXTURE_COORD_ARRAY, always that of unit 0: the unit becomes the client's active one
-    // first.
+    // GL_TEXTURE_COORD_ARRAY, always that of unit 0, which is made the client's active one first.
     static void textureArrayOn();
     static void textureArrayOff();
 
-    // The extension functions, named as OpenGL names them; NULL until start-up has found their
-    // extension. They keep their values after shutdown.
+    // The extension functions, named as in OpenGL; NULL until start-up has detected their
+    // extension. Shutdown does not reset them.
     // GL_ARB_multitexture
     static PFNGLACTIVETEXTUREARBPROC glActiveTextureARB;
     static PFNGLMULTITEXCOORD2FARBPROC glMultiTexCoord2fARB;
@@ -183,7 +181,7 @@ class RV_API RVOPENGL {
 
   private:
     friend class RAVOLT;
-    friend class RVFBO; // a target that goes leaves the pool
+    friend class RVFBO; // removes a destroyed target from the pool
     struct Capabilities;
 
     static bool init();

@@ -1,14 +1,14 @@
 #pragma once
 
-// Start-up settings, and the view of the settings in force.
+// Requested settings (objects), and the settings that the engine applied (static members).
 //
-// An object is a plain record: build it at any time, fill it by setters or from a file, hand it to
-// RAVOLT::init, which reads it and does not keep it. The static members (getSDL..., isSDL...,
-// getZLA...) tell what the running engine uses: zeros before the first start, and the last values
-// after RAVOLT::free.
+// An object is a plain record: create it at any time, fill it by setters or from a file, and pass
+// it to RAVOLT::init, which only reads it. The static getters (getSDL..., isSDL..., getZLA...)
+// return what the running engine uses: zeros before the first start, and the last values after
+// RAVOLT::free.
 //
-// Text setters take texts of up to 255 characters and silently drop a longer one or NULL; numbers
-// are taken as they come. Getters of texts hand out the object's own buffer.
+// Setters of texts accept up to 255 characters and silently ignore a longer text or NULL; numbers
+// are not checked. Getters of texts return the object's own buffer.
 
 #include "ravolt/api.h"
 
@@ -18,19 +18,19 @@ class RV_API RVSETTINGS {
   public:
     RVSETTINGS();
 
-    // Reads the keys RAVOLT_... of a settings file (one `key=value` a line, texts in double quotes,
-    // # opens a comment); a key that is absent leaves its field alone. False with a log line when
-    // `filename` is NULL or no such file is there, true in every other case. Blanks and tabs are
-    // dropped, in quoted texts too. Reading a flag overwrites the flags declared behind it. The
+    // Reads the keys RAVOLT_... of a settings file (one `key=value` per line, texts in double
+    // quotes, # begins a comment). An absent key does not change its field. False with a log line
+    // when `filename` is NULL or the file does not exist, else true. Blanks and tabs are removed,
+    // in quoted texts, too. Reading a flag overwrites the flags that are declared after it. The
     // keys are listed in formats.md, which is installed in the documentation folder
     // (share/doc/ravolt).
     bool load(const char *filename);
 
-    // Whether SDL can open such a window. Opens nothing. Before RAVOLT::init call
+    // Whether SDL can open such a window; none is opened. Before RAVOLT::init call
     // SDL_Init(SDL_INIT_VIDEO): without it the result is false.
     bool isOk();
 
-    // Window caption; empty for a window without frame. The engine's banner at first.
+    // Window caption; empty for a window without frame. By default the engine's name and version.
     void setTitle(const char *text);
     char *getTitle();
 
@@ -40,8 +40,8 @@ class RV_API RVSETTINGS {
     void setWindowY(int pixels);
     int getWindowY() const;
 
-    // Bits asked for: of a pixel (16), of its depth (16), of its stencil (0). A colour depth of 32
-    // asks for alpha.
+    // Requested bits of a pixel (16), of its depth (16), of its stencil (0). A colour depth of 32
+    // requests alpha.
     void setColorDepth(int bits);
     int getColorDepth() const;
     void setZetaDepth(int bits);
@@ -49,8 +49,9 @@ class RV_API RVSETTINGS {
     void setStencilDepth(int bits);
     int getStencilDepth() const;
 
-    // Flags, all off at first. A full screen is never resizable. Landscape turns the display by
-    // 90 degrees. A CAVE splash stands on the left half of a window kept on top.
+    // Flags, all off by default. A full-screen window is never resizable. Landscape turns the
+    // display by 90 degrees. With the CAVE splash the window stays on top, and the splash is in its
+    // left half.
     void setFullScreen(bool on);
     bool isFullScreen() const;
     void setResizable(bool on);
@@ -60,7 +61,7 @@ class RV_API RVSETTINGS {
     void setCAVESplashScreen(bool on);
     bool isCAVESplashScreen() const;
 
-    // Carried and logged only (16, 32, 128).
+    // Stored and logged, without effect (16, 32, 128).
     void setAudioChannels(int number);
     int getAudioChannels() const;
     void setAudioBuffers(int number);
@@ -68,11 +69,11 @@ class RV_API RVSETTINGS {
     void setAudioElements(int number);
     int getAudioElements() const;
 
-    // Most nodes drawn in one block (0); 0 and what is above 4096 mean 4096.
+    // Maximum number of nodes drawn in one block (0); 0 and values above 4096 mean 4096.
     void setRenderingElements(int number);
     int getRenderingElements() const;
 
-    // Asks for GLSL programs (off).
+    // Requests GLSL programs (off).
     void setShaders(bool on);
     bool getShaders() const;
 
@@ -87,23 +88,23 @@ class RV_API RVSETTINGS {
     void setWaterSize(int pixels);
     int getWaterSize() const;
 
-    // Draws always into render target 0 (off). No key of the settings file sets it.
+    // Always draws into render target 0 (off). No key of the settings file sets it.
     void setForceFBO(bool on);
     bool getForceFBO() const;
 
     // Additional: budget of the video memory in megabytes of 1,048,576 bytes (0); more than 2047
-    // means 2047. 0 and less leave it at what SDL reports, or at 16 MB where SDL reports nothing.
+    // means 2047. 0 and less mean what SDL reports, or 16 MB where SDL reports nothing.
     void setVideoMemory(int megabytes);
     int getVideoMemory() const;
 
-    // Texts put in front of file names: scenes, animations, videos, textures, shaders, fonts. All
-    // empty at first. At its start the engine passes on all but the video path, which the
-    // application passes on itself: RVVIDEO::setMPGPath(settings.getMPGPath()).
+    // Prefixes of file names: scenes, animations, videos, textures, shaders, fonts. All empty by
+    // default. RAVOLT::init passes all but the video path to their classes; the application passes
+    // that one itself: RVVIDEO::setMPGPath(settings.getMPGPath()).
     void setRVEPath(const char *path);
     char *getRVEPath();
     void setRVAPath(const char *path);
     char *getRVAPath();
-    void setMPGPath(const char *path); // not passed on: see RVVIDEO::setMPGPath
+    void setMPGPath(const char *path); // not applied by init: see RVVIDEO::setMPGPath
     char *getMPGPath();
     void setTexturePath(const char *path);
     char *getTexturePath();
@@ -112,21 +113,21 @@ class RV_API RVSETTINGS {
     void setFontPath(const char *path);
     char *getFontPath();
 
-    // Whether a window is open, from the start of the engine to its end.
+    // True from RAVOLT::init, once the window is open, to RAVOLT::free.
     static bool isActive();
 
-    // Call on a resize event: gives window and viewport the new size in pixels, (x, y) being the
-    // viewport's corner counted from the window's top left. The context and its objects live on;
-    // render targets keep their sizes. A size below 1 is logged and changes no window, but the size
-    // in force and the projection take it all the same, so that nothing sensible is drawn until the
-    // next good size: skip such events. Always true.
+    // Call it on a resize event: sets the size of window and viewport in pixels. (x, y) is the
+    // viewport's corner, counted from the window's top left. The context and its objects remain;
+    // render targets are not resized. A size below 1 is logged and changes no window, but the
+    // applied size and the projection take it all the same, so that nothing sensible is drawn until
+    // the next valid size: skip such events. Always true.
     static bool resize(int x, int y, int sizeX, int sizeY);
 
-    // Change what getSDLShaders says of the running engine.
+    // Change the result of getSDLShaders.
     static void forceShadersOff();
     static void forceShadersOn();
 
-    // The settings in force. Depths are those obtained: the colour depth is the sum of the red,
+    // The applied settings. Depths are those obtained: the colour depth is the sum of the red,
     // green, blue and alpha bits.
     static char *getSDLTitle();
     static int getSDLWindowX();
@@ -147,7 +148,7 @@ class RV_API RVSETTINGS {
     // The window system's handle: on X11 the window's number, cast. NULL where there is none.
     static void *getSDLWindow();
 
-    // 0 whatever was asked for.
+    // Always 0, whatever was requested.
     static int getZLAAudioChannels();
     static int getZLAAudioBuffers();
     static int getZLAAudioElements();

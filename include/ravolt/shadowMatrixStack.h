@@ -1,15 +1,15 @@
 #pragma once
 
-// A mirror of OpenGL's modelview and projection stacks, so that a matrix can be read without a
-// round trip to the driver. Each call changes the mirror and then makes the OpenGL call of the same
-// name; who uses it does all matrix work through it, since what goes to OpenGL directly is not
-// seen. The engine itself does not. Both stacks start as identity; each takes 32 pushes, which may
-// be more than OpenGL's own. A context must be current, except for glWrapperGetFloatv.
+// A mirror of OpenGL's modelview and projection stacks, from which a matrix can be read without a
+// round trip to the driver. Each call changes the mirror and then calls the OpenGL function of the
+// same name. Do all matrix work through it, since the mirror does not see direct calls; the engine
+// itself makes direct calls. Both stacks start as identity; each takes 32 pushes, which may be more
+// than OpenGL's own. A context must be current, except for glWrapperGetFloatv.
 
 #include "ravolt/api.h"
 
-// Chooses the stack: GL_MODELVIEW or GL_PROJECTION. Any other mode goes to OpenGL alone and leaves
-// the mirror where it was.
+// Chooses the stack: GL_MODELVIEW or GL_PROJECTION. Any other mode is passed to OpenGL alone and
+// does not change the mirror.
 RV_API void glWrapperMatrixMode(unsigned int mode);
 
 RV_API void glWrapperLoadIdentity();
@@ -22,8 +22,8 @@ RV_API void glWrapperMultMatrixf(const float *matrix);
 RV_API void glWrapperRotatef(float angle, float x, float y, float z);
 RV_API void glWrapperTranslatef(float x, float y, float z);
 
-// A push onto a full stack and a pop from an empty one log a line and do nothing else, in OpenGL
-// neither.
+// A push onto a full stack and a pop from an empty one log a line and have no other effect; OpenGL
+// is not called.
 RV_API void glWrapperPushMatrix();
 RV_API void glWrapperPopMatrix();
 
@@ -37,6 +37,6 @@ RV_API void glWrapperFrustum(double left, double right, double bottom, double to
 RV_API void glWrapperOrtho(double left, double right, double bottom, double top, double zNear,
                            double zFar);
 
-// Copies the top of a stack for GL_MODELVIEW_MATRIX or GL_PROJECTION_MATRIX to `matrix`, which has
-// room for sixteen floats and is never NULL; any other name does nothing.
+// Copies the top of a stack for GL_MODELVIEW_MATRIX or GL_PROJECTION_MATRIX to `matrix`, which must
+// have room for sixteen floats; any other name does nothing.
 RV_API void glWrapperGetFloatv(unsigned int name, float *matrix);
