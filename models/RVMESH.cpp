@@ -287,13 +287,15 @@ float RVMESH::getRadius() const { return radius; }
 Z3MVECTOR3D RVMESH::getMinimum() const { return minimum; }
 Z3MVECTOR3D RVMESH::getMaximum() const { return maximum; }
 
-RVMESH::MaterialUse::MaterialUse(const MaterialUse &other) : counts(false) { set(other.get()); }
+RVMESH::MaterialUse::MaterialUse(const MaterialUse &other) : counted(other.counted) {
+    set(other.get());
+}
 
 void RVMESH::MaterialUse::set(RVMATERIAL *newMaterial) {
-    if (counts && material)
+    if (*counted && material)
         material->decReferences();
     material.set(newMaterial);
-    if (counts && material)
+    if (*counted && material)
         material->incReferences();
 }
 

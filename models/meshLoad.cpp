@@ -76,10 +76,10 @@ unsigned int createBuffer(GLenum target, const void *data, std::size_t bytes) {
 } // namespace
 
 RVMESH::~RVMESH() {
-    for (unsigned int buffer : owned.buffer)
+    for (unsigned int buffer : owned->buffer)
         if (buffer)
             ravolt::callIfPresent<RVOPENGL::glDeleteBuffersARB>(1, &buffer);
-    for (void *block : owned.block)
+    for (void *block : owned->block)
         if (block)
             zlfFree(block);
 }
@@ -132,7 +132,7 @@ void RVMESH::assignMaterial(const char *materialName) {
 }
 
 template <class T> bool RVMESH::allocate(T *&array, unsigned int holding, unsigned long bytes) {
-    array = static_cast<T *>(owned.block[holding] = zlfMalloc(bytes));
+    array = static_cast<T *>(owned->block[holding] = zlfMalloc(bytes));
     return array != nullptr;
 }
 
@@ -199,7 +199,7 @@ bool RVMESH::copySkin(const MeshRecord &record) {
 void RVMESH::createBuffers() {
     const std::size_t vectors = numberOfVertices * sizeof(Z3MVECTOR3D);
     const std::size_t weights = std::size_t{numberOfVertices} * numberOfWeights * sizeof(float);
-    unsigned int *const buffer = owned.buffer;
+    unsigned int *const buffer = owned->buffer;
     if (vertex) {
         buffer[bufferVertex] = createBuffer(GL_ARRAY_BUFFER_ARB, vertex, vectors);
         buffer[bufferNormal] = createBuffer(GL_ARRAY_BUFFER_ARB, vertexNormal, vectors);

@@ -87,8 +87,8 @@ RVNODE::RVNODE(bool)
       positioning(RV_NODE_POSITIONING_VECTORS), targetNode(nullptr), previous(nullptr),
       next(nullptr), numberOfChildren(0), parent(nullptr), children(nullptr) {
     initType(RV_NODE_TYPE_NODE);
-    registration.id = id;
-    registration.done = true;
+    registration->id = id;
+    registration->registered = true;
     Nodes::append(firstNode, lastNode, this);
 }
 
@@ -96,11 +96,11 @@ RVNODE::RVNODE(bool)
 RVNODE::~RVNODE() {
     if (RAVOLT::getSkybox() == this)
         RAVOLT::setSkybox(nullptr);
-    if (registration.entered == RAVOLT::getTimeStamp())
+    if (registration->listStamp == RAVOLT::getTimeStamp())
         RVELEMENT::removeNode(*this);
     if (!isRegistered())
         return;
-    releaseId(registration.id);
+    releaseId(registration->id);
     delete[] children;
     Nodes::unlink(firstNode, lastNode, this);
 }

@@ -86,16 +86,16 @@ RVVIDEO::RVVIDEO()
 }
 
 RVVIDEO::RVVIDEO(const RVVIDEO &other)
-    : previous(other.previous), next(other.next), stream(nullptr), ownId(0) {
+    : previous(other.previous), next(other.next), stream(nullptr) {
     copyFields(other);
 }
 
 // On purpose: an open file and its decoder stay open.
 RVVIDEO::~RVVIDEO() {
     share(nullptr);
-    if (!ownId)
+    if (!*ownId)
         return;
-    releaseId(ownId);
+    releaseId(*ownId);
     VideoRegistry::unlink(firstVideo, lastVideo, this);
 }
 
@@ -103,7 +103,7 @@ RVVIDEO &RVVIDEO::operator=(const RVVIDEO &other) {
     if (this == &other)
         return *this;
     copyFields(other);
-    if (ownId)
+    if (*ownId)
         return *this;
     previous = other.previous;
     next = other.next;

@@ -6,6 +6,7 @@
 #include "ravolt/Z3MVECTOR3D.h"
 #include "ravolt/Z3MVECTOR4D.h"
 #include "ravolt/api.h"
+#include "ravolt/owned.h"
 #include "ravolt/weakPointer.h"
 
 class RVELEMENT;
@@ -144,7 +145,7 @@ class RV_API RVMESH : public RVNODE {
     // The material, with this mesh as one of its users: copies start as none and never become one.
     class MaterialUse {
       public:
-        MaterialUse() : counts(true) {}
+        MaterialUse() : counted(true) {}
         MaterialUse(const MaterialUse &other);
         MaterialUse &operator=(const MaterialUse &other) {
             set(other.get());
@@ -157,15 +158,11 @@ class RV_API RVMESH : public RVNODE {
 
       private:
         ravolt::WeakPointer<RVMATERIAL> material;
-        bool counts;
+        ravolt::Owned<bool> counted; // as a reference of the material
     };
 
-    // What this very object must release: copies start without it, and assignment leaves it alone.
-    struct OwnedStorage {
-        OwnedStorage() : block(), buffer() {}
-        OwnedStorage(const OwnedStorage &) : block(), buffer() {}
-        OwnedStorage &operator=(const OwnedStorage &) { return *this; }
-
+    // What the destructor releases; none for a copy.
+    struct Storage {
         void *block[7];
         unsigned int buffer[6];
     };
@@ -227,7 +224,7 @@ class RV_API RVMESH : public RVNODE {
     unsigned int boneIndexBuffer = 0;
     unsigned int boneWeightBuffer = 0;
 
-    OwnedStorage owned;
+    ravolt::Owned<Storage> owned;
 
     static RVSKELETON *skeletonElement;  // RV_SKELETONS entries; NULL while the engine is down
     static unsigned int currentSkeleton; // entries used in this frame

@@ -3,6 +3,7 @@
 #include "ravolt/Z3MMATRIX.h"
 #include "ravolt/Z3MVECTOR3D.h"
 #include "ravolt/api.h"
+#include "ravolt/owned.h"
 
 class RVELEMENT;
 
@@ -210,10 +211,10 @@ class RV_API RVNODE {
     void initType(RV_NODE_TYPE newType);
 
     // For copy constructors of the type's own class: the copy is an object of that class, too.
-    void setDynamicClass(RV_NODE_TYPE ownClass) { registration.madeAs = ownClass; }
+    void setDynamicClass(RV_NODE_TYPE ownClass) { registration->dynamicClass = ownClass; }
 
-    // False for a copy, which must give nothing back.
-    bool isRegistered() const { return registration.done; }
+    // False for a copy, which must release nothing.
+    bool isRegistered() const { return registration->registered; }
 
     static RVNODE *firstNode;
 
@@ -223,16 +224,12 @@ class RV_API RVNODE {
     friend struct ravolt::NodeTree;
     friend class RVELEMENT;
 
-    // What belongs to this very object: copies start without it, and assignment leaves it alone.
+    // The object's entry in the registry, and what else is not copied with its fields.
     struct Registration {
-        Registration() : id(0), done(false), madeAs(RV_NODE_TYPE_NODE), entered(0) {}
-        Registration(const Registration &) : Registration() {}
-        Registration &operator=(const Registration &) { return *this; }
-
-        unsigned int id; // to be given back
-        bool done;
-        RV_NODE_TYPE madeAs; // its class; `type` may come from another object
-        int entered;         // stamp of the frame in which it last entered the render list
+        bool registered;           // false for a copy
+        unsigned int id;           // to be released; `id` may come from another object
+        RV_NODE_TYPE dynamicClass; // its class; `type` may come from another object
+        int listStamp;             // of the frame in which it was last added to the render list
     };
 
     static void assign(Z3MVECTOR3D &vector, float x, float y) {
@@ -277,7 +274,7 @@ class RV_API RVNODE {
     unsigned int numberOfChildren;
     RVNODE *parent;
     RVNODE **children; // numberOfChildren entries in use, owned; NULL without children
-    Registration registration;
+    ravolt::Owned<Registration> registration;
 
     static RVNODE *lastNode;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ravolt/api.h"
+#include "ravolt/owned.h"
 
 class RVTEXTURE;
 namespace ravolt {
@@ -118,7 +119,7 @@ class RV_API RVVIDEO {
     RVVIDEO *previous, *next;
     RV_VIDEO_STATUS status;
     RVVIDEO_STREAM *stream;
-    unsigned int ownId; // to be given back; 0 for a copy, which is not registered
+    ravolt::Owned<unsigned int> ownId; // to be released; 0 for a copy, which is not registered
     bool flipped;
 
     static RVVIDEO *firstVideo, *lastVideo;

@@ -74,7 +74,7 @@ void RVELEMENT::addEntry(RVNODE &node) {
 
     RVELEMENT &entry = element[numberOfPassedElements];
     entry.node = &node;
-    node.registration.entered = static_cast<int>(RAVOLT::getTimeStamp());
+    node.registration->listStamp = static_cast<int>(RAVOLT::getTimeStamp());
     entry.auxId = node.getAuxId();
     *node.getCachedMatrix() = eye;
     elementPointer[numberOfPassedElements] = &entry;

@@ -12,7 +12,7 @@ from pathlib import Path
 # From the ground: what a layer is, and its folders with the public headers whose classes they
 # implement. A folder includes itself and the folders on lower layers, never a neighbour.
 LAYERS = [
-    ("foundation", {"foundation": ["api", "zlf", "weakPointer"]}),
+    ("foundation", {"foundation": ["api", "zlf", "owned", "weakPointer"]}),
     ("mathematics", {"math": ["vectorFamily", "Z3MVECTOR2D", "Z3MVECTOR3D", "Z3MVECTOR4D",
                               "Z3MPLANE", "Z3MMATRIX"]}),
     ("engine state", {"engine/state": ["RAVOLT", "RVSETTINGS"]}),
