@@ -5,6 +5,8 @@
 // (`previous`, `next`); this template has the rules and no state. A class that uses it declares it
 // a friend. The list owns its objects: cleanUp deletes them.
 
+#include "ravolt/weakPointer.h"
+
 #include <cstring>
 
 namespace ravolt {
@@ -56,6 +58,9 @@ template <class T> struct Registry {
             delete first;
         return number;
     }
+
+    // The weak pointers to `object`; see ravolt/weakPointer.h.
+    static WeakPointers<T> &weakPointers(T &object) { return object.weakPointers; }
 
   private:
     template <class Test> static T *find(T *object, Test matches) {

@@ -1,6 +1,7 @@
 #include "ravolt/RVMESH.h"
 
 #include "engine/gl/bindings.h"
+#include "foundation/registry.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
@@ -9,7 +10,8 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
-#include "scene/nodeClass.h"
+#include "scene/nodeInternals.h"
+#include "scene/renderList.h"
 
 #include <new>
 
@@ -145,8 +147,8 @@ bool RVMESH::shade(RVELEMENT &entry) const {
     }
     // An entry that no light was picked for keeps a pointer of an earlier frame.
     const RVELEMENT *nearest = entry.getNearestLight(0);
-    const RVNODE *node = RVELEMENT::isInList(nearest) ? nearest->getNode() : nullptr;
-    if (node && ravolt::NodeClass::is(*node, RV_NODE_TYPE_LIGHT)) {
+    const RVNODE *node = ravolt::RenderList::contains(nearest) ? nearest->getNode() : nullptr;
+    if (node && ravolt::NodeInternals::isObjectOf(*node, RV_NODE_TYPE_LIGHT)) {
         int lightType = static_cast<const RVLIGHT *>(node)->getLightType();
         paint->render(&lightType);
     } else {

@@ -11,7 +11,7 @@
 #include "foundation/text.h"
 #include "models/loadIndex.h"
 #include "models/rveRecords.h"
-#include "scene/nodeTree.h"
+#include "scene/nodeInternals.h"
 
 #include <cstddef>
 #include <cstring>
@@ -102,7 +102,7 @@ RVNODE *RVMESH::load(const char *buffer, long *cursor, bool obsolete) {
     mesh->describe(record);
     mesh->assignMaterial(record.materialName);
     if (!mesh->copyGeometry(record) || !mesh->copySkin(record) ||
-        !ravolt::NodeTree::reserveChildren(*mesh, record.numberOfChildren)) {
+        !ravolt::NodeInternals::reserveChildren(*mesh, record.numberOfChildren)) {
         zlfLog("   [!] Out of memory @ RVMESH::recursiveLoadZVE\n");
         return nullptr;
     }

@@ -7,6 +7,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "resources/framebuffers.h"
+#include "resources/textureInternals.h"
 
 // Render targets: the registry, what is attached, and which one is drawn into. What is done with
 // whole images is in blur.cpp. Only here may the functions of frame buffer objects be called but
@@ -36,9 +37,9 @@ bool ravolt::framebuffersWork() {
 using ravolt::framebuffersWork;
 
 RVFBO::RVFBO()
-    : id(zlfNewId()), previous(nullptr), next(nullptr), texture(nullptr), sizeX(0), sizeY(0),
-      glId(0), renderBuffer(0), attachment(GL_COLOR_ATTACHMENT0_EXT), attachedGlId(0),
-      seenReleases(RVTEXTURE::releases) {
+    : id(zlfNewId()), previous(nullptr), next(nullptr), sizeX(0), sizeY(0), glId(0),
+      renderBuffer(0), attachment(GL_COLOR_ATTACHMENT0_EXT), attachedGlId(0),
+      seenReleases(ravolt::TextureInternals::releasedUploads()) {
     ravolt::formatText(name, "[fbo %d]", id);
     if (framebuffersWork())
         RVOPENGL::glGenFramebuffersEXT(1, &glId);
@@ -76,7 +77,7 @@ bool RVFBO::bindTexture(int place, RVTEXTURE *newTexture) {
         glDrawBuffer(GL_NONE);
     }
     attachment = place == RV_FBO_DEPTH ? GL_DEPTH_ATTACHMENT_EXT : GL_COLOR_ATTACHMENT0_EXT;
-    texture = newTexture;
+    texture.set(newTexture);
     attach();
     sizeX = static_cast<int>(texture->getSizeX());
     sizeY = static_cast<int>(texture->getSizeY());
@@ -124,7 +125,7 @@ bool RVFBO::render(void *) {
         glViewport(0, 0, sizeX, sizeY);
         currentFbo = this;
     }
-    if (seenReleases != RVTEXTURE::releases)
+    if (seenReleases != ravolt::TextureInternals::releasedUploads())
         reattachTexture();
     return true;
 }
@@ -132,22 +133,16 @@ bool RVFBO::render(void *) {
 // The target must be current. A texture that has been uploaded anew has another name; one that was
 // thrown out comes back, empty.
 void RVFBO::reattachTexture() {
-    seenReleases = RVTEXTURE::releases;
+    seenReleases = ravolt::TextureInternals::releasedUploads();
     if (texture && texture->getGLId() != attachedGlId) {
-        texture->restore();
+        ravolt::TextureInternals::restore(*texture.get());
         attach();
     }
 }
 
-void RVFBO::onTextureDestroyed(const RVTEXTURE *gone) {
-    for (RVFBO *target = firstFbo; target; target = target->next)
-        if (target->texture == gone)
-            target->texture = nullptr;
-}
-
-bool RVFBO::holds(const RVTEXTURE *wanted) {
-    for (const RVFBO *target = firstFbo; target; target = target->next)
-        if (target->texture == wanted)
+bool ravolt::RenderTargets::useTexture(const RVTEXTURE *wanted) {
+    for (const RVFBO *target = RVFBO::firstFbo; target; target = target->next)
+        if (target->texture.get() == wanted)
             return true;
     return false;
 }
@@ -180,6 +175,6 @@ RVFBO *RVFBO::getCurrent() { return currentFbo; }
 unsigned int RVFBO::getId() const { return id; }
 unsigned int RVFBO::getGLId() const { return glId; }
 char *RVFBO::getName() { return name; }
-RVTEXTURE *RVFBO::getTexture() const { return texture; }
+RVTEXTURE *RVFBO::getTexture() const { return texture.get(); }
 int RVFBO::getSizeX() const { return sizeX; }
 int RVFBO::getSizeY() const { return sizeY; }

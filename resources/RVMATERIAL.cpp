@@ -47,6 +47,19 @@ bool readsShadowMap(const RVSHADER *program) {
            program == RVSHADER::pplSpotTS || program == RVSHADER::pplSpotTSA;
 }
 
+void applyProgram(RVSHADER *program) {
+    if (!program || !program->isOperative()) {
+        RVSHADER::disable();
+        return;
+    }
+    program->render(nullptr);
+    if (!readsShadowMap(program))
+        return;
+    const int size = RVSETTINGS::getSDLShadowMapSize();
+    RVSHADER::bindSizes(size, size);
+    RVSHADER::bindTexture(shadowMapUnit);
+}
+
 } // namespace
 
 RVMATERIAL::RVMATERIAL()
@@ -84,19 +97,6 @@ RVSHADER *RVMATERIAL::chooseProgram(const int *lightType) const {
     if (*lightType < 0 || *lightType >= static_cast<int>(std::size(litPrograms)))
         return nullptr;
     return *litPrograms[*lightType][isTextured()][isSkinned()][RAVOLT::isShadowed()];
-}
-
-void RVMATERIAL::applyProgram(RVSHADER *program) {
-    if (!program || !program->isOperative()) {
-        RVSHADER::disable();
-        return;
-    }
-    program->render(nullptr);
-    if (!readsShadowMap(program))
-        return;
-    const int size = RVSETTINGS::getSDLShadowMapSize();
-    RVSHADER::bindSizes(size, size);
-    RVSHADER::bindTexture(shadowMapUnit);
 }
 
 // On purpose: the alpha that was set in a colour is lost.

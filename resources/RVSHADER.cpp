@@ -7,6 +7,7 @@
 #include "foundation/text.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
+#include "resources/programPointers.h"
 
 #include <cstring>
 
@@ -94,7 +95,7 @@ RVSHADER::~RVSHADER() {
     // Values must not go to a program that is gone, nor a new one at this address pass for in use.
     if (currentShader == this)
         currentShader = nullptr;
-    onProgramDestroyed(this);
+    ravolt::onProgramDestroyed(this);
     ShaderRegistry::unlink(firstShader, lastShader, this);
 }
 

@@ -9,6 +9,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/zlf.h"
+#include "resources/textureInternals.h"
 #include "resources/tga.h"
 
 #include <algorithm>
@@ -118,7 +119,6 @@ RVTEXTURE::RVTEXTURE()
 RVTEXTURE::~RVTEXTURE() {
     unload(true);
     invalidateBindings();
-    detachFromTargets();
     releaseId(id);
     TextureRegistry::unlink(firstTexture, lastTexture, this);
 }
@@ -189,13 +189,27 @@ bool RVTEXTURE::reload() {
     return true;
 }
 
-// As reload, but also for a texture without a file, which comes back empty.
-void RVTEXTURE::restore() {
-    if (!glId && std::strcmp(filename, dynamicName) == 0)
-        create(sizeX, sizeY, depth);
+namespace ravolt {
+
+void TextureInternals::restore(RVTEXTURE &texture) {
+    if (!texture.glId && std::strcmp(texture.filename, dynamicName) == 0)
+        texture.create(texture.sizeX, texture.sizeY, texture.depth);
     else
-        reload();
+        texture.reload();
 }
+
+void TextureInternals::release(RVTEXTURE &texture) {
+    texture.releasePixels();
+    texture.releaseUpload();
+}
+
+void TextureInternals::invalidateUnit(unsigned int unit) {
+    RVTEXTURE::channelCache[unit] = nullptr;
+}
+
+unsigned long TextureInternals::releasedUploads() { return RVTEXTURE::releases; }
+
+} // namespace ravolt
 
 bool RVTEXTURE::setFilter(bool newLinear, bool newMipmap, bool newClamp) {
     linear = newLinear;

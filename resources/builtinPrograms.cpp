@@ -5,6 +5,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/zlf.h"
+#include "resources/programPointers.h"
 #include "resources/shaderTexts.h"
 
 #include <algorithm>
@@ -304,7 +305,7 @@ bool RVSHADER::free() {
     return true;
 }
 
-void RVSHADER::onProgramDestroyed(const RVSHADER *program) {
+void ravolt::onProgramDestroyed(const RVSHADER *program) {
     for (const Program &each : programs)
         if (*each.program == program)
             *each.program = nullptr;

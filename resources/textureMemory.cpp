@@ -1,8 +1,8 @@
 #include "ravolt/RAVOLT.h"
-#include "ravolt/RVFBO.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "resources/framebuffers.h"
 
 #include <algorithm>
 #include <memory>
@@ -70,11 +70,11 @@ bool RVTEXTURE::unload(bool releaseBitmap) {
     return freed;
 }
 
-void RVTEXTURE::detachFromTargets() { RVFBO::onTextureDestroyed(this); }
-
 // What stands in a render target cannot come back, and may be the frame that is being drawn. The
 // engine's targets live until its end, and to throw them out would win nothing.
-bool RVTEXTURE::isEvictable() const { return memorySize != 0 || !RVFBO::holds(this); }
+bool RVTEXTURE::isEvictable() const {
+    return memorySize != 0 || !ravolt::RenderTargets::useTexture(this);
+}
 
 // On purpose: the newest go first, and those not used for the longest time survive.
 bool RVTEXTURE::garbageCollect(unsigned long keep) {

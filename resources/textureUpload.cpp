@@ -2,6 +2,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "resources/textureInternals.h"
 
 #include <algorithm>
 #include <cstring>
@@ -122,15 +123,14 @@ bool RVTEXTURE::modify(const char *newBitmap, bool keep) {
     const bool rgb = depth == rgbDepth;
     if (keep)
         std::memmove(bitmap, newBitmap, pixels * (rgb ? 3 : 4));
-    replacePixels(sizeX, sizeY, sizeX, newBitmap, rgb);
+    ravolt::TextureInternals::replacePixels(*this, sizeX, sizeY, sizeX, newBitmap, rgb);
     return true;
 }
 
-// Replaces the first `width` pixels of the first `height` rows of the uploaded image. The rows of
-// the pixels given, of `rowLength` pixels, follow each other without gaps.
-void RVTEXTURE::replacePixels(unsigned int width, unsigned int height, unsigned int rowLength,
-                              const void *pixels, bool rgb) const {
-    bindForUpload();
+void ravolt::TextureInternals::replacePixels(const RVTEXTURE &texture, unsigned int width,
+                                             unsigned int height, unsigned int rowLength,
+                                             const void *pixels, bool rgb) {
+    texture.bindForUpload();
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     if (rowLength != width)
         glPixelStorei(GL_UNPACK_ROW_LENGTH, static_cast<GLint>(rowLength));

@@ -5,6 +5,45 @@
 
 #include "ravolt/RVOPENGL.h"
 
+namespace {
+
+Z3MVECTOR3D eyeOf(const RVCAMERA &camera) {
+    return camera.getPositioning() == RV_NODE_POSITIONING_MATRIX
+               ? camera.getMatrix().getTranslation()
+               : camera.getPosition();
+}
+
+// On purpose: a matrix is the view itself and not inverted, the vectors are undone in an order of
+// their own, and the origin plays no part.
+void applyOwnView(const RVCAMERA &camera) {
+    if (camera.getPositioning() == RV_NODE_POSITIONING_MATRIX) {
+        glMultMatrixf(camera.getMatrix().e);
+        return;
+    }
+    const Z3MVECTOR3D degrees = camera.getRotation();
+    const Z3MVECTOR3D place = camera.getPosition();
+    glRotatef(-degrees.z, 0, 0, 1);
+    glRotatef(-degrees.x, 1, 0, 0);
+    glRotatef(-degrees.y, 0, 1, 0);
+    glTranslatef(-place.x, -place.y, -place.z);
+}
+
+// On purpose: the whole matrix is replaced, so the pre-rotation has no effect on an aimed camera.
+void lookAt(const RVCAMERA &camera, const Z3MVECTOR3D &centre) {
+    const Z3MVECTOR3D from = eyeOf(camera);
+    Z3MVECTOR3D z = from - centre;
+    z.normalize();
+    Z3MVECTOR3D x = camera.getUpDirection() ^ z;
+    Z3MVECTOR3D y = z ^ x;
+    x.normalize();
+    y.normalize();
+    const Z3MMATRIX turn(x.x, y.x, z.x, 0, x.y, y.y, z.y, 0, x.z, y.z, z.z, 0, 0, 0, 0, 1);
+    glLoadMatrixf(turn.e);
+    glTranslatef(-from.x, -from.y, -from.z);
+}
+
+} // namespace
+
 RVCAMERA *RVCAMERA::thisPassCamera = nullptr;
 Z3MVECTOR3D RVCAMERA::cameraPosition;
 Z3MMATRIX RVCAMERA::cameraMatrix;
@@ -30,54 +69,20 @@ bool RVCAMERA::render(void *) {
 
     RVNODE *const aim = getTargetNode();
     if (!aim) {
-        applyOwnView();
+        applyOwnView(*this);
     } else if (aim == this) {
-        lookAt(getTarget());
+        lookAt(*this, getTarget());
     } else {
         const Z3MVECTOR3D centre = aim->getFinalMatrix(nullptr).getTranslation();
         glLoadIdentity();
-        lookAt(centre);
+        lookAt(*this, centre);
     }
 
-    cameraPosition = eye();
+    cameraPosition = eyeOf(*this);
     glGetFloatv(GL_MODELVIEW_MATRIX, cameraMatrix.e);
     thisCameraMatrix = cameraMatrix;
     thisPassCamera = this;
     return true;
-}
-
-Z3MVECTOR3D RVCAMERA::eye() const {
-    return getPositioning() == RV_NODE_POSITIONING_MATRIX ? getMatrix().getTranslation()
-                                                          : getPosition();
-}
-
-// On purpose: a matrix is the view itself and not inverted, the vectors are undone in an order of
-// their own, and the origin plays no part.
-void RVCAMERA::applyOwnView() const {
-    if (getPositioning() == RV_NODE_POSITIONING_MATRIX) {
-        glMultMatrixf(getMatrix().e);
-        return;
-    }
-    const Z3MVECTOR3D degrees = getRotation();
-    const Z3MVECTOR3D place = getPosition();
-    glRotatef(-degrees.z, 0, 0, 1);
-    glRotatef(-degrees.x, 1, 0, 0);
-    glRotatef(-degrees.y, 0, 1, 0);
-    glTranslatef(-place.x, -place.y, -place.z);
-}
-
-// On purpose: the whole matrix is replaced, so the pre-rotation has no effect on an aimed camera.
-void RVCAMERA::lookAt(const Z3MVECTOR3D &centre) const {
-    const Z3MVECTOR3D from = eye();
-    Z3MVECTOR3D z = from - centre;
-    z.normalize();
-    Z3MVECTOR3D x = upDirection ^ z;
-    Z3MVECTOR3D y = z ^ x;
-    x.normalize();
-    y.normalize();
-    const Z3MMATRIX turn(x.x, y.x, z.x, 0, x.y, y.y, z.y, 0, x.z, y.z, z.z, 0, 0, 0, 0, 1);
-    glLoadMatrixf(turn.e);
-    glTranslatef(-from.x, -from.y, -from.z);
 }
 
 void RVCAMERA::moveDoom(float x, float y, float z) {

@@ -8,6 +8,7 @@
 
 #include "ravolt/zlf.h"
 #include "scene/entryOrder.h"
+#include "scene/renderList.h"
 
 #include <algorithm>
 #include <new>
@@ -71,28 +72,47 @@ void RVELEMENT::reset() {
     numberOfTransparencies = 0;
 }
 
-// A node that is gone leaves the list, however often it was passed.
-void RVELEMENT::removeNode(const RVNODE &node) {
-    for (unsigned int place = numberOfPassedElements; place-- > 0;)
-        if (elementPointer[place]->node == &node)
-            removeEntry(place);
-}
-
-// The order of the others stays, and the last entry of the storage fills the gap there.
-void RVELEMENT::removeEntry(unsigned int place) {
-    RVELEMENT *const gone = elementPointer[place];
-    numberOfLights -= gone->countedAsLight;
-    numberOfTransparencies -= gone->countedAsTransparent;
-    std::copy(elementPointer + place + 1, elementPointer + numberOfPassedElements,
-              elementPointer + place);
-    --numberOfPassedElements;
-    RVELEMENT *const last = element + numberOfPassedElements;
-    if (gone == last)
-        return;
-    *gone = *last;
-    *std::find(elementPointer, elementPointer + numberOfPassedElements, last) = gone;
-}
-
 RVELEMENT *RVELEMENT::getLight(unsigned int index) {
     return index < numberOfLights ? elementPointer[index] : nullptr;
 }
+
+namespace ravolt {
+
+RVELEMENT *RenderList::entry(unsigned int index) { return RVELEMENT::elementPointer[index]; }
+
+bool RenderList::contains(const RVELEMENT *entry) {
+    const RVELEMENT *const storage = RVELEMENT::element;
+    return entry && storage && entry >= storage &&
+           entry < storage + RVELEMENT::numberOfPassedElements;
+}
+
+RVELEMENT RenderList::entryOutside(RVNODE *node) {
+    RVELEMENT entry;
+    entry.node = node;
+    return entry;
+}
+
+// A node may have been passed several times.
+void RenderList::removeNode(const RVNODE &node) {
+    for (unsigned int index = RVELEMENT::numberOfPassedElements; index-- > 0;)
+        if (RVELEMENT::elementPointer[index]->node == &node)
+            removeEntry(index);
+}
+
+// The order of the other entries does not change. The last entry of the storage is moved into the
+// gap.
+void RenderList::removeEntry(unsigned int index) {
+    RVELEMENT **const order = RVELEMENT::elementPointer;
+    RVELEMENT *const removed = order[index];
+    RVELEMENT::numberOfLights -= removed->countedAsLight;
+    RVELEMENT::numberOfTransparencies -= removed->countedAsTransparent;
+    std::copy(order + index + 1, order + RVELEMENT::numberOfPassedElements, order + index);
+    --RVELEMENT::numberOfPassedElements;
+    RVELEMENT *const last = RVELEMENT::element + RVELEMENT::numberOfPassedElements;
+    if (removed == last)
+        return;
+    *removed = *last;
+    *std::find(order, order + RVELEMENT::numberOfPassedElements, last) = removed;
+}
+
+} // namespace ravolt

@@ -83,6 +83,31 @@ void setMaterial(const Z3MVECTOR4D &color) {
     glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, 30);
 }
 
+void drawWire(const Z3MVECTOR3D &min, const Z3MVECTOR3D &max) {
+    const auto draw = [&](GLenum primitive, const auto &corners) {
+        glBegin(primitive);
+        for (const unsigned int corner : corners) {
+            const Z3MVECTOR3D point = cornerOf(min, max, corner);
+            glVertex3f(point.x, point.y, point.z);
+        }
+        glEnd();
+    };
+    draw(GL_LINE_STRIP, firstStrip);
+    draw(GL_LINE_STRIP, secondStrip);
+    draw(GL_LINES, pairs);
+}
+
+// The far side first, so that the near side blends over it.
+void drawSolid(const Z3MVECTOR3D &min, const Z3MVECTOR3D &max) {
+    const bool culled = RVOPENGL::isCulled();
+    fillArrays(min, max);
+    RVOPENGL::cullingOn();
+    drawArrays(GL_FRONT);
+    drawArrays(GL_BACK);
+    if (!culled)
+        RVOPENGL::cullingOff();
+}
+
 } // namespace
 
 RVHELPER::RVHELPER()
@@ -109,38 +134,13 @@ bool RVHELPER::render(void *element) {
     glLineWidth(thickness);
     RVLIGHT::lightingOff();
     glColor4fv(&color.x);
-    drawWire();
+    drawWire(min, max);
 
     RVLIGHT::lightingOn();
     RVOPENGL::blendingOn();
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    drawSolid();
+    drawSolid(min, max);
     RVOPENGL::blendingOff();
     RVMATERIAL::reset();
     return true;
-}
-
-void RVHELPER::drawWire() const {
-    const auto draw = [this](GLenum primitive, const auto &corners) {
-        glBegin(primitive);
-        for (const unsigned int corner : corners) {
-            const Z3MVECTOR3D point = cornerOf(min, max, corner);
-            glVertex3f(point.x, point.y, point.z);
-        }
-        glEnd();
-    };
-    draw(GL_LINE_STRIP, firstStrip);
-    draw(GL_LINE_STRIP, secondStrip);
-    draw(GL_LINES, pairs);
-}
-
-// The far side first, so that the near side blends over it.
-void RVHELPER::drawSolid() const {
-    const bool culled = RVOPENGL::isCulled();
-    fillArrays(min, max);
-    RVOPENGL::cullingOn();
-    drawArrays(GL_FRONT);
-    drawArrays(GL_BACK);
-    if (!culled)
-        RVOPENGL::cullingOff();
 }

@@ -19,14 +19,79 @@ constexpr unsigned int openGLLights = 8;
 
 constexpr float allAround = 180.0f;
 
-} // namespace
-
-// What OpenGL is told of the place and the direction of a light, in the light's own frame.
-struct RVLIGHT::Aim {
+// Position, direction and cut-off that OpenGL gets, in the light's own frame.
+struct Aim {
     float position[4];
     float direction[4]; // of which OpenGL reads three
     float cutOff;
 };
+
+// Turns the direction of a light with a target to that target.
+void aimAtTarget(RVLIGHT &light) {
+    RVNODE *const node = light.getTargetNode();
+    if (!node)
+        return;
+    const Z3MVECTOR3D place = light.getPositioning() == RV_NODE_POSITIONING_MATRIX
+                                  ? light.getMatrix().getTranslation()
+                                  : light.getPosition();
+    Z3MVECTOR3D way =
+        (node == &light ? light.getTarget() : node->getFinalMatrix(nullptr).getTranslation()) -
+        place;
+    way.normalize();
+    light.setDirection(way);
+}
+
+Aim aimByType(const RVLIGHT &light) {
+    const Z3MVECTOR3D way = light.getDirection();
+    const Aim omni = {{0, 0, 0, 1}, {0, 0, 0, 1}, allAround};
+    switch (light.getLightType()) {
+    case RV_LIGHT_TYPE_OMNI:
+        return omni;
+    case RV_LIGHT_TYPE_DIRECTIONAL:
+        return {{-way.x, -way.y, -way.z, 0}, {0, 0, 0, 0}, allAround};
+    case RV_LIGHT_TYPE_SPOT:
+        return {{0, 0, 0, 1}, {way.x, way.y, way.z, 1}, light.getCutOff()};
+    }
+    zlfLog("   [!] Consistency broken: unknow type for %s @ RVLIGHT::render\n", light.getName());
+    return omni;
+}
+
+void setUp(const RVLIGHT &source, const RVELEMENT &entry, const Aim &aim) {
+    const GLenum light = GL_LIGHT0 + entry.getParam1();
+    glEnable(light);
+    glLightfv(light, GL_AMBIENT, source.getAmbient());
+    glLightfv(light, GL_DIFFUSE, source.getDiffuse());
+    glLightfv(light, GL_SPECULAR, source.getSpecular());
+    glLightf(light, GL_SPOT_CUTOFF, aim.cutOff);
+    glLightf(light, GL_SPOT_EXPONENT, source.getExponent());
+    const Z3MVECTOR3D attenuation = source.getAttenuation();
+    glLightf(light, GL_CONSTANT_ATTENUATION, attenuation.x);
+    glLightf(light, GL_LINEAR_ATTENUATION, attenuation.y);
+    glLightf(light, GL_QUADRATIC_ATTENUATION, attenuation.z);
+    // On purpose: the matrix holds the rotation already, so a rotated light turns twice.
+    glLoadMatrixf(entry.getMatrix()->e);
+    ravolt::applyRotation(source.getRotation());
+    glLightfv(light, GL_POSITION, aim.position);
+    glLightfv(light, GL_SPOT_DIRECTION, aim.direction);
+}
+
+// On purpose: the shape is drawn at each set-up, and so for each object that the light reaches.
+void drawShape(const RVLIGHT &light, const RVELEMENT &entry) {
+    constexpr float s = 2.0f;
+    constexpr float corner[][3] = {{0, s, 0},   {s, -s, -s}, {-s, -s, -s}, {0, s, 0},
+                                   {s, -s, s},  {-s, -s, s}, {0, s, 0},    {s, -s, s},
+                                   {s, -s, -s}, {0, s, 0},   {-s, -s, s},  {-s, -s, -s}};
+    RVLIGHT::lightingOff();
+    glLoadMatrixf(entry.getMatrix()->e);
+    glColor4fv(light.getDiffuse());
+    glBegin(GL_LINE_STRIP);
+    for (const auto &point : corner)
+        glVertex3fv(point);
+    glEnd();
+    RVLIGHT::lightingOn();
+}
+
+} // namespace
 
 bool RVLIGHT::lighting = false;
 
@@ -89,74 +154,12 @@ bool RVLIGHT::render(void *element) {
         return false;
     }
     const RVELEMENT &entry = *static_cast<const RVELEMENT *>(element);
-    takeAim();
-    const Aim aim = aimByType();
+    aimAtTarget(*this);
+    const Aim aim = aimByType(*this);
     lightingOn();
     // A light that no object has asked for may hold the number that a mesh left in its entry.
     if (entry.getParam1() < openGLLights)
-        setUp(entry, aim);
-    drawShape(entry);
+        setUp(*this, entry, aim);
+    drawShape(*this, entry);
     return true;
-}
-
-void RVLIGHT::takeAim() {
-    RVNODE *const node = getTargetNode();
-    if (!node)
-        return;
-    const Z3MVECTOR3D place = getPositioning() == RV_NODE_POSITIONING_MATRIX
-                                  ? getMatrix().getTranslation()
-                                  : getPosition();
-    Z3MVECTOR3D way =
-        (node == this ? getTarget() : node->getFinalMatrix(nullptr).getTranslation()) - place;
-    way.normalize();
-    setDirection(way);
-}
-
-RVLIGHT::Aim RVLIGHT::aimByType() const {
-    const Z3MVECTOR3D way = getDirection();
-    const Aim omni = {{0, 0, 0, 1}, {0, 0, 0, 1}, allAround};
-    switch (lightType) {
-    case RV_LIGHT_TYPE_OMNI:
-        return omni;
-    case RV_LIGHT_TYPE_DIRECTIONAL:
-        return {{-way.x, -way.y, -way.z, 0}, {0, 0, 0, 0}, allAround};
-    case RV_LIGHT_TYPE_SPOT:
-        return {{0, 0, 0, 1}, {way.x, way.y, way.z, 1}, cutOff};
-    }
-    zlfLog("   [!] Consistency broken: unknow type for %s @ RVLIGHT::render\n", getName());
-    return omni;
-}
-
-void RVLIGHT::setUp(const RVELEMENT &entry, const Aim &aim) const {
-    const GLenum light = GL_LIGHT0 + entry.getParam1();
-    glEnable(light);
-    glLightfv(light, GL_AMBIENT, &ambient.x);
-    glLightfv(light, GL_DIFFUSE, &diffuse.x);
-    glLightfv(light, GL_SPECULAR, &specular.x);
-    glLightf(light, GL_SPOT_CUTOFF, aim.cutOff);
-    glLightf(light, GL_SPOT_EXPONENT, exponent);
-    glLightf(light, GL_CONSTANT_ATTENUATION, attenuation.x);
-    glLightf(light, GL_LINEAR_ATTENUATION, attenuation.y);
-    glLightf(light, GL_QUADRATIC_ATTENUATION, attenuation.z);
-    // On purpose: the matrix holds the rotation already, so a rotated light turns twice.
-    glLoadMatrixf(entry.getMatrix()->e);
-    ravolt::applyRotation(getRotation());
-    glLightfv(light, GL_POSITION, aim.position);
-    glLightfv(light, GL_SPOT_DIRECTION, aim.direction);
-}
-
-// On purpose: the shape is drawn at each set-up, and so for each object that the light reaches.
-void RVLIGHT::drawShape(const RVELEMENT &entry) const {
-    constexpr float s = 2.0f;
-    constexpr float corner[][3] = {{0, s, 0},   {s, -s, -s}, {-s, -s, -s}, {0, s, 0},
-                                   {s, -s, s},  {-s, -s, s}, {0, s, 0},    {s, -s, s},
-                                   {s, -s, -s}, {0, s, 0},   {-s, -s, s},  {-s, -s, -s}};
-    lightingOff();
-    glLoadMatrixf(entry.getMatrix()->e);
-    glColor4fv(&diffuse.x);
-    glBegin(GL_LINE_STRIP);
-    for (const auto &point : corner)
-        glVertex3fv(point);
-    glEnd();
-    lightingOn();
 }

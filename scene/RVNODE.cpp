@@ -1,18 +1,18 @@
 // Invariants: a node is in the registry from its constructor to its destructor, unless it is a
 // copy. `children` has `numberOfChildren` entries in use and is NULL for none; an entry is NULL
-// only between reserveChildren and place. A child's parent has it in its array, as long as nobody
-// deletes a linked node.
+// only between reserveChildren and setChild. A child's parent has it in its array, as long as
+// nobody deletes a linked node.
 
 #include "ravolt/RVNODE.h"
 
 #include "foundation/registry.h"
 #include "foundation/text.h"
 #include "ravolt/RAVOLT.h"
-#include "ravolt/RVELEMENT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 #include "scene/localTransform.h"
-#include "scene/nodeTree.h"
+#include "scene/nodeInternals.h"
+#include "scene/renderList.h"
 
 #include <algorithm>
 #include <cstring>
@@ -20,6 +20,7 @@
 #include <memory>
 #include <new>
 
+using ravolt::NodeInternals;
 using Nodes = ravolt::Registry<RVNODE>;
 
 namespace {
@@ -56,6 +57,17 @@ struct Ancestry {
         return true;
     }
 };
+
+// Depth first, `node` included; NULL for none.
+template <class Test> RVNODE *findInHierarchy(RVNODE &node, const Test &matches) {
+    if (matches(node))
+        return &node;
+    for (unsigned int index = 0; index < node.getNumberOfChildren(); ++index)
+        if (RVNODE *child = node.getChild(index))
+            if (RVNODE *found = findInHierarchy(*child, matches))
+                return found;
+    return nullptr;
+}
 
 // A line keeps room for its end: the log takes 1023 bytes at a time.
 void logTreeLine(const RVNODE &node, int depth) {
@@ -97,7 +109,7 @@ RVNODE::~RVNODE() {
     if (RAVOLT::getSkybox() == this)
         RAVOLT::setSkybox(nullptr);
     if (registration->listStamp == RAVOLT::getTimeStamp())
-        RVELEMENT::removeNode(*this);
+        ravolt::RenderList::removeNode(*this);
     if (!isRegistered())
         return;
     releaseId(registration->id);
@@ -153,20 +165,16 @@ RVNODE *RVNODE::findById(unsigned int id) { return Nodes::findById(firstNode, id
 bool RVNODE::cleanUp() {
     if (!firstNode)
         return false;
-    unlinkAll();
-    const unsigned int released = Nodes::cleanUp(firstNode);
-    zlfLog("   %d node(s) released @ RVNODE::cleanUp\n", static_cast<int>(released));
-    return true;
-}
-
-// Parents go before their children, whose destructors may look at them.
-void RVNODE::unlinkAll() {
+    // All are unlinked first: a destructor may look at its node's parent or children.
     for (RVNODE *node = firstNode; node; node = node->next) {
         delete[] node->children;
         node->children = nullptr;
         node->numberOfChildren = 0;
         node->parent = nullptr;
     }
+    const unsigned int released = Nodes::cleanUp(firstNode);
+    zlfLog("   %d node(s) released @ RVNODE::cleanUp\n", static_cast<int>(released));
+    return true;
 }
 
 void RVNODE::setName(const char *text) {
@@ -218,7 +226,7 @@ RVNODE *RVNODE::getChild(unsigned int index) const {
 }
 
 bool RVNODE::link(RVNODE *newParent) {
-    if (!mayLink(newParent))
+    if (!NodeInternals::mayLink(*this, newParent))
         return false;
     // The array grows by exactly one: no other length than the number of children is kept.
     RVNODE **const grown = new (std::nothrow) RVNODE *[newParent->numberOfChildren + 1];
@@ -226,30 +234,29 @@ bool RVNODE::link(RVNODE *newParent) {
         zlfLog("   [!] Out of memory @ RVNODE::link\n");
         return false;
     }
-    attach(*newParent, grown);
+    NodeInternals::append(*this, *newParent, grown);
     return true;
 }
 
-bool RVNODE::mayLink(const RVNODE *newParent) {
-    const bool borrows = newParent && newParent->children && !newParent->isRegistered();
-    if (!newParent || newParent == this || borrows) {
+bool NodeInternals::mayLink(const RVNODE &node, const RVNODE *parent) {
+    const bool sharesChildren = parent && parent->children && !parent->isRegistered();
+    if (!parent || parent == &node || sharesChildren) {
         zlfLog("   [!] Invalid param @ RVNODE::link\n");
         return false;
     }
-    if (parent) {
-        zlfLog("   [!] Node %s has already a parent @ RVNODE::link\n", name);
+    if (node.parent) {
+        zlfLog("   [!] Node %s has already a parent @ RVNODE::link\n", node.name);
         return false;
     }
     return true;
 }
 
-// `grown` has room for the children of the new parent and this one.
-void RVNODE::attach(RVNODE &newParent, RVNODE **grown) {
-    std::copy_n(newParent.children, newParent.numberOfChildren, grown);
-    grown[newParent.numberOfChildren++] = this;
-    delete[] newParent.children;
-    newParent.children = grown;
-    parent = &newParent;
+void NodeInternals::append(RVNODE &node, RVNODE &parent, RVNODE **grown) {
+    std::copy_n(parent.children, parent.numberOfChildren, grown);
+    grown[parent.numberOfChildren++] = &node;
+    delete[] parent.children;
+    parent.children = grown;
+    node.parent = &parent;
 }
 
 bool RVNODE::unlink() {
@@ -297,29 +304,20 @@ bool RVNODE::remove() {
         if (!orphan)
             continue;
         orphan->unlink();
-        if (orphan->mayLink(parent))
-            orphan->attach(*parent, grown.release());
+        if (NodeInternals::mayLink(*orphan, parent))
+            NodeInternals::append(*orphan, *parent, grown.release());
     }
     return unlink();
 }
 
 RVNODE *RVNODE::findByNameInHierarchy(const char *wanted) {
-    return findInHierarchy(
-        [wanted](const RVNODE &node) { return wanted && !std::strcmp(node.name, wanted); });
+    return findInHierarchy(*this, [wanted](const RVNODE &node) {
+        return wanted && !std::strcmp(node.getName(), wanted);
+    });
 }
 
 RVNODE *RVNODE::findByIdInHierarchy(unsigned int wanted) {
-    return findInHierarchy([wanted](const RVNODE &node) { return node.id == wanted; });
-}
-
-template <class Test> RVNODE *RVNODE::findInHierarchy(const Test &matches) {
-    if (matches(*this))
-        return this;
-    for (unsigned int index = 0; index < numberOfChildren; ++index)
-        if (RVNODE *child = children[index])
-            if (RVNODE *found = child->findInHierarchy(matches))
-                return found;
-    return nullptr;
+    return findInHierarchy(*this, [wanted](const RVNODE &node) { return node.getId() == wanted; });
 }
 
 bool RVNODE::displayTree(RVNODE *node) {
@@ -345,9 +343,15 @@ RVNODE *RVNODE::displayTreeRecursive(RVNODE *node, int depth) {
     return nullptr;
 }
 
-// --- Trees from files
+// --- Access for the library
 
-bool ravolt::NodeTree::reserveChildren(RVNODE &parent, unsigned int count) {
+bool NodeInternals::isObjectOf(const RVNODE &node, RV_NODE_TYPE type) {
+    return node.type == type && node.registration->dynamicClass == type;
+}
+
+void NodeInternals::setListStamp(RVNODE &node, int stamp) { node.registration->listStamp = stamp; }
+
+bool NodeInternals::reserveChildren(RVNODE &parent, unsigned int count) {
     if (count == 0)
         return true;
     parent.children = new (std::nothrow) RVNODE *[count]();
@@ -357,7 +361,7 @@ bool ravolt::NodeTree::reserveChildren(RVNODE &parent, unsigned int count) {
     return true;
 }
 
-void ravolt::NodeTree::place(RVNODE &parent, unsigned int index, RVNODE &child) {
+void NodeInternals::setChild(RVNODE &parent, unsigned int index, RVNODE &child) {
     parent.children[index] = &child;
     child.parent = &parent;
 }

@@ -8,7 +8,7 @@
 #include "ravolt/RVNODE.h"
 #include "ravolt/Z3MVECTOR4D.h"
 #include "ravolt/zlf.h"
-#include "scene/nodeTree.h"
+#include "scene/nodeInternals.h"
 
 #include <cstddef>
 #include <limits>
@@ -41,7 +41,7 @@ namespace {
 
 // A node that cannot have its places goes again.
 RVNODE *reserveOrDelete(RVNODE *node, unsigned int count) {
-    if (NodeTree::reserveChildren(*node, count))
+    if (NodeInternals::reserveChildren(*node, count))
         return node;
     delete node;
     return nullptr;

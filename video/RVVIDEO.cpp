@@ -11,6 +11,7 @@
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "resources/textureInternals.h"
 #include "video/decoder.h"
 
 #include <algorithm>
@@ -222,8 +223,9 @@ void RVVIDEO::show(const VideoFrame &frame) {
             zlfLog("   [!] Out of memory @ RVVIDEO::update\n");
         return;
     }
-    texture->replacePixels(std::min(copied.width, sizeX), std::min(copied.height, sizeY),
-                           copied.width, copied.pixels);
+    ravolt::TextureInternals::replacePixels(*texture, std::min(copied.width, sizeX),
+                                            std::min(copied.height, sizeY), copied.width,
+                                            copied.pixels);
     RVMATERIAL::reset(); // its textures may no longer be bound
 }
 

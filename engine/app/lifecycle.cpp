@@ -14,6 +14,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
 #include "ravolt/zlf.h"
+#include "resources/textureInternals.h"
 
 #include <SDL/SDL.h>
 
@@ -134,8 +135,7 @@ bool RAVOLT::Lifecycle::undoOpenGL() {
         delete std::exchange(target, nullptr);
         if (!texture)
             continue;
-        texture->releasePixels();
-        texture->releaseUpload();
+        ravolt::TextureInternals::release(*texture);
         delete texture;
     }
     return RVOPENGL::free();

@@ -20,6 +20,7 @@
 #include "resources/framebuffers.h"
 #include "scene/localTransform.h"
 #include "scene/nodeTraits.h"
+#include "scene/renderList.h"
 
 #include <algorithm>
 #include <iterator>
@@ -189,8 +190,8 @@ bool RAVOLT::end2D() {
 }
 
 void RAVOLT::Frame::drawList(bool (*isDrawn)(const RVNODE &node)) {
-    for (unsigned int index = 0; index < RVELEMENT::numberOfPassedElements; ++index) {
-        RVELEMENT *element = RVELEMENT::elementPointer[index];
+    for (unsigned int index = 0; index < RVELEMENT::getNumberOfPassedElements(); ++index) {
+        RVELEMENT *element = ravolt::RenderList::entry(index);
         RVNODE *node = element->getNode();
         if (isDrawn(*node))
             node->render(element);
@@ -223,13 +224,9 @@ void RAVOLT::Frame::drawSkybox() {
     RVLIGHT::lightingOff();
     glColor4f(1, 1, 1, 1);
 
-    RVELEMENT element;
-    element.node = skybox;
-    element.matrix = skyMatrix(*skybox);
-    element.auxId = 0;
-    element.param1 = RV_SKELETONS; // never in the skeleton cache
-    for (RVELEMENT *&light : element.nearestLight)
-        light = nullptr;
+    RVELEMENT element = ravolt::RenderList::entryOutside(skybox);
+    *element.getMatrix() = skyMatrix(*skybox);
+    element.setParam1(RV_SKELETONS); // never in the skeleton cache
     if (RVNODE *sky = skybox->getChild(0))
         sky->render(&element);
 }

@@ -14,8 +14,10 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
-#include "scene/nodeClass.h"
+#include "resources/textureInternals.h"
+#include "scene/nodeInternals.h"
 #include "scene/nodeTraits.h"
+#include "scene/renderList.h"
 
 namespace {
 
@@ -24,7 +26,7 @@ constexpr unsigned int mapUnit = 1;
 RVFBO &shadowMap() { return *RVOPENGL::getFbo(2); }
 
 bool isCaster(RVNODE &node) {
-    if (!ravolt::NodeClass::is(node, RV_NODE_TYPE_LIGHT))
+    if (!ravolt::NodeInternals::isObjectOf(node, RV_NODE_TYPE_LIGHT))
         return false;
     const RVLIGHT &light = static_cast<const RVLIGHT &>(node);
     return light.getLightType() == RV_LIGHT_TYPE_SPOT && light.isShadowCaster();
@@ -173,8 +175,8 @@ void unloadMapMatrix() {
 // The last one in the order of the list.
 RVLIGHT *RAVOLT::Frame::findCaster() {
     RVLIGHT *caster = nullptr;
-    for (unsigned int index = 0; index < RVELEMENT::numberOfPassedElements; ++index) {
-        RVNODE *node = RVELEMENT::elementPointer[index]->getNode();
+    for (unsigned int index = 0; index < RVELEMENT::getNumberOfPassedElements(); ++index) {
+        RVNODE *node = ravolt::RenderList::entry(index)->getNode();
         if (isCaster(*node))
             caster = static_cast<RVLIGHT *>(node);
     }
@@ -186,8 +188,8 @@ RVLIGHT *RAVOLT::Frame::findCaster() {
 // drawn.
 void RAVOLT::Frame::drawCasters(const Z3MMATRIX &eyeToLight) {
     const unsigned int first = RVELEMENT::getNumberOfLights();
-    for (unsigned int index = first; index < RVELEMENT::numberOfPassedElements; ++index) {
-        RVELEMENT *element = RVELEMENT::elementPointer[index];
+    for (unsigned int index = first; index < RVELEMENT::getNumberOfPassedElements(); ++index) {
+        RVELEMENT *element = ravolt::RenderList::entry(index);
         if (!ravolt::traitsOf(*element->getNode()).casts)
             continue;
         const Z3MMATRIX matrix = *element->getMatrix();
@@ -232,9 +234,9 @@ void RAVOLT::Frame::drawShadows() {
 
     loadMapMatrix(caster);
     bindMap();
-    RVTEXTURE::invalidateUnit(mapUnit);
+    ravolt::TextureInternals::invalidateUnit(mapUnit);
     drawList([](const RVNODE &) { return true; });
     unloadMapMatrix();
-    RVTEXTURE::invalidateUnit(mapUnit);
+    ravolt::TextureInternals::invalidateUnit(mapUnit);
     invalidateAfterList();
 }

@@ -57,10 +57,6 @@ class RV_API RVCAMERA : public RVNODE {
     void moveDoom(const Z3MVECTOR3D &step) { moveDoom(step.x, step.y, step.z); }
 
   private:
-    Z3MVECTOR3D eye() const;
-    void applyOwnView() const;
-    void lookAt(const Z3MVECTOR3D &centre) const;
-
     Z3MVECTOR3D preRotation;
     Z3MVECTOR3D upDirection;
     Z3MMATRIX thisCameraMatrix;

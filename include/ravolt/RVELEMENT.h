@@ -4,9 +4,12 @@
 #include "ravolt/Z3MVECTOR3D.h"
 #include "ravolt/api.h"
 
-class RAVOLT;
 class RVMESH;
 class RVNODE;
+
+namespace ravolt {
+struct RenderList;
+}
 
 // One entry of the render list: a node and the eye-space matrix that it had when it was passed.
 // The static members are the list. RAVOLT's begin functions empty it, RVNODE::pass fills it, its
@@ -96,25 +99,7 @@ class RV_API RVELEMENT {
     RVELEMENT *getNearestLight(unsigned int index) const { return nearestLight[index]; }
 
   private:
-    friend class RAVOLT;
-    friend class RVMESH;
-    friend class RVNODE;
-
-    static bool isListed(const RVNODE &node);
-    static bool isClipped(const RVNODE &node, const Z3MMATRIX &eye);
-    static void addEntry(RVNODE &node);
-    static unsigned int addSkeleton(RVMESH &mesh);
-    static void storeBoneMatrix(const RVNODE &node, const RVMESH &mesh);
-    static void removeNode(const RVNODE &node);
-    static void removeEntry(unsigned int place);
-    static void sortByGroup();
-    static void sortByDepth();
-
-    // Whether `entry` is in use in this frame; false for NULL. Answers for a pointer of an earlier
-    // frame, too.
-    static bool isInList(const RVELEMENT *entry) {
-        return entry && element && entry >= element && entry < element + numberOfPassedElements;
-    }
+    friend struct ravolt::RenderList;
 
     RVNODE *node; // not owned
     Z3MMATRIX matrix;

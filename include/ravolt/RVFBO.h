@@ -1,9 +1,14 @@
 #pragma once
 
 #include "ravolt/api.h"
+#include "ravolt/weakPointer.h"
 
 class RVSHADER;
 class RVTEXTURE;
+
+namespace ravolt {
+struct RenderTargets;
+}
 
 // Additional: names for the attachments of bindTexture and bindRenderBuffer.
 constexpr int RV_FBO_COLOR = 0;        // a texture as colour
@@ -83,13 +88,11 @@ class RV_API RVFBO {
   private:
     void attach();
     void reattachTexture();
-    static void onTextureDestroyed(const RVTEXTURE *gone);
-    static bool holds(const RVTEXTURE *texture); // whether one of the targets has it
 
     unsigned int id;
     char name[256];
     RVFBO *previous, *next;
-    RVTEXTURE *texture;
+    ravolt::WeakPointer<RVTEXTURE> texture;
     int sizeX, sizeY;
     unsigned int glId;
     unsigned int renderBuffer;  // OpenGL's name; 0 for none
@@ -101,6 +104,6 @@ class RV_API RVFBO {
     static RVFBO *currentFbo; // NULL for the window
     static int viewport[4];   // On purpose: used by nothing. No target keeps a viewport.
 
-    friend class RVTEXTURE; // keeps the collector from what targets hold; says what goes
+    friend struct ravolt::RenderTargets;
     friend struct ravolt::Registry<RVFBO>;
 };

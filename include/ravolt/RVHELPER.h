@@ -40,9 +40,6 @@ class RV_API RVHELPER : public RVNODE {
     void setMax(const Z3MVECTOR3D &corner) { max = corner; }
 
   private:
-    void drawWire() const;
-    void drawSolid() const;
-
     float radius;
     float thickness;
     Z3MVECTOR4D color;

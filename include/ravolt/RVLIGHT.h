@@ -96,13 +96,6 @@ class RV_API RVLIGHT : public RVNODE {
     float getShadowFarPlane() const { return shadowFarPlane; }
 
   private:
-    struct Aim;
-
-    void takeAim();
-    Aim aimByType() const;
-    void setUp(const RVELEMENT &entry, const Aim &aim) const;
-    void drawShape(const RVELEMENT &entry) const;
-
     RV_LIGHT_TYPE lightType;
     Z3MVECTOR4D ambient;
     Z3MVECTOR4D diffuse;

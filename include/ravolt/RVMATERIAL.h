@@ -107,7 +107,6 @@ class RV_API RVMATERIAL {
 
   private:
     RVSHADER *chooseProgram(const int *lightType) const;
-    static void applyProgram(RVSHADER *program);
     void applyColors();
     void applyBlending() const;
     void applyTextures() const;
@@ -132,5 +131,4 @@ class RV_API RVMATERIAL {
     static RVMATERIAL *currentMaterial; // the last one applied; compared, never followed
 
     friend struct ravolt::Registry<RVMATERIAL>;
-    friend class ravolt::WeakPointer<RVMATERIAL>;
 };

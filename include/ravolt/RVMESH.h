@@ -14,6 +14,7 @@ class RVMATERIAL;
 
 namespace ravolt {
 struct MeshRecord;
+struct RenderList;
 } // namespace ravolt
 
 // Bones of a mesh, and skinned meshes in a frame: what the skeleton cache holds.
@@ -140,7 +141,7 @@ class RV_API RVMESH : public RVNODE {
 
   private:
     friend class RVANIM; // takes the names of the bones
-    friend class RVELEMENT;
+    friend struct ravolt::RenderList;
 
     // The material, with this mesh as one of its users: copies start as none and never become one.
     class MaterialUse {

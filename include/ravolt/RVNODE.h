@@ -5,11 +5,8 @@
 #include "ravolt/api.h"
 #include "ravolt/owned.h"
 
-class RVELEMENT;
-
 namespace ravolt {
-struct NodeClass;
-struct NodeTree;
+struct NodeInternals;
 } // namespace ravolt
 
 // Kind of a node; RVNODE::typeName holds the names.
@@ -108,38 +105,42 @@ class RV_API RVNODE {
 
     // The local transform by vectors: translation by position plus origin, then rotation about X,
     // Y and Z in this order, in degrees. Two numbers leave z as it is.
-    void setPosition(float x, float y) { assign(position, x, y); }
-    void setPosition(float x, float y, float z) { assign(position, x, y, z); }
+    void setPosition(float x, float y) { position = Z3MVECTOR3D(x, y, position.z); }
+    void setPosition(float x, float y, float z) { position = Z3MVECTOR3D(x, y, z); }
     void setPosition(const Z3MVECTOR3D &value) { position = value; }
     Z3MVECTOR3D getPosition() const { return position; }
-    void setRotation(float x, float y) { assign(rotation, x, y); }
-    void setRotation(float x, float y, float z) { assign(rotation, x, y, z); }
+    void setRotation(float x, float y) { rotation = Z3MVECTOR3D(x, y, rotation.z); }
+    void setRotation(float x, float y, float z) { rotation = Z3MVECTOR3D(x, y, z); }
     void setRotation(const Z3MVECTOR3D &value) { rotation = value; }
     Z3MVECTOR3D getRotation() const { return rotation; }
-    void setOrigin(float x, float y) { assign(origin, x, y); }
-    void setOrigin(float x, float y, float z) { assign(origin, x, y, z); }
+    void setOrigin(float x, float y) { origin = Z3MVECTOR3D(x, y, origin.z); }
+    void setOrigin(float x, float y, float z) { origin = Z3MVECTOR3D(x, y, z); }
     void setOrigin(const Z3MVECTOR3D &value) { origin = value; }
     Z3MVECTOR3D getOrigin() const { return origin; }
 
     // Add to position and rotation. Neither changes the positioning.
-    void move(float x, float y) { assign(position, position.x + x, position.y + y); }
-    void move(float x, float y, float z) { add(position, x, y, z); }
+    void move(float x, float y) { setPosition(position.x + x, position.y + y); }
+    void move(float x, float y, float z) {
+        setPosition(position.x + x, position.y + y, position.z + z);
+    }
     void move(const Z3MVECTOR3D &value) { move(value.x, value.y, value.z); }
-    void rotate(float x, float y) { assign(rotation, rotation.x + x, rotation.y + y); }
-    void rotate(float x, float y, float z) { add(rotation, x, y, z); }
+    void rotate(float x, float y) { setRotation(rotation.x + x, rotation.y + y); }
+    void rotate(float x, float y, float z) {
+        setRotation(rotation.x + x, rotation.y + y, rotation.z + z);
+    }
     void rotate(const Z3MVECTOR3D &value) { rotate(value.x, value.y, value.z); }
 
     // Where a light shines; also the last step of RVCAMERA::moveDoom.
-    void setDirection(float x, float y) { assign(direction, x, y); }
-    void setDirection(float x, float y, float z) { assign(direction, x, y, z); }
+    void setDirection(float x, float y) { direction = Z3MVECTOR3D(x, y, direction.z); }
+    void setDirection(float x, float y, float z) { direction = Z3MVECTOR3D(x, y, z); }
     void setDirection(const Z3MVECTOR3D &value) { direction = value; }
     Z3MVECTOR3D getDirection() const { return direction; }
 
     // Aim of cameras and lights. Target node NULL (at first): no aim; the node itself: the point
     // `target`; another node: that node. It is not owned and not watched: keep it alive as long as
     // this node is rendered, or set NULL before you delete it.
-    void setTarget(float x, float y) { assign(target, x, y); }
-    void setTarget(float x, float y, float z) { assign(target, x, y, z); }
+    void setTarget(float x, float y) { target = Z3MVECTOR3D(x, y, target.z); }
+    void setTarget(float x, float y, float z) { target = Z3MVECTOR3D(x, y, z); }
     void setTarget(const Z3MVECTOR3D &value) { target = value; }
     Z3MVECTOR3D getTarget() const { return target; }
     RVNODE *getTargetNode() const { return targetNode; }
@@ -220,9 +221,7 @@ class RV_API RVNODE {
 
   private:
     friend struct ravolt::Registry<RVNODE>;
-    friend struct ravolt::NodeClass;
-    friend struct ravolt::NodeTree;
-    friend class RVELEMENT;
+    friend struct ravolt::NodeInternals;
 
     // The object's entry in the registry, and what else is not copied with its fields.
     struct Registration {
@@ -231,23 +230,6 @@ class RV_API RVNODE {
         RV_NODE_TYPE dynamicClass; // its class; `type` may come from another object
         int listStamp;             // of the frame in which it was last added to the render list
     };
-
-    static void assign(Z3MVECTOR3D &vector, float x, float y) {
-        vector.x = x;
-        vector.y = y;
-    }
-    static void assign(Z3MVECTOR3D &vector, float x, float y, float z) {
-        assign(vector, x, y);
-        vector.z = z;
-    }
-    static void add(Z3MVECTOR3D &vector, float x, float y, float z) {
-        assign(vector, vector.x + x, vector.y + y, vector.z + z);
-    }
-
-    static void unlinkAll();
-    bool mayLink(const RVNODE *newParent);
-    void attach(RVNODE &newParent, RVNODE **grown);
-    template <class Test> RVNODE *findInHierarchy(const Test &matches);
 
     unsigned int id;
     unsigned int auxId;

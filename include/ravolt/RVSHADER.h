@@ -183,7 +183,6 @@ class RV_API RVSHADER {
     void link(bool vertex, bool pixel);
     void findParameters();
     void assignSamplerUnits() const;
-    static void onProgramDestroyed(const RVSHADER *program);
 
     unsigned int id;
     char name[256];
@@ -216,6 +215,5 @@ class RV_API RVSHADER {
     static bool terrainFlag;
 
     friend struct ravolt::Registry<RVSHADER>;
-    friend class ravolt::WeakPointer<RVSHADER>;
     friend struct ravolt::BuiltinPrograms;
 };

@@ -3,9 +3,9 @@
 #include "ravolt/api.h"
 #include "ravolt/weakPointer.h"
 
-class RAVOLT;
-class RVFBO;
-class RVVIDEO;
+namespace ravolt {
+struct TextureInternals;
+}
 
 // Additional: names for the formats that `create` takes as depth.
 constexpr unsigned int RV_TEXTURE_RGB = 3;        // three bytes a pixel
@@ -136,16 +136,11 @@ class RV_API RVTEXTURE {
 
   private:
     void invalidateBindings();
-    void restore();
-    static void invalidateUnit(unsigned int unit) { channelCache[unit] = nullptr; }
     void releaseUpload();
     void releasePixels();
     void makeRoom();
-    void detachFromTargets();
     bool isEvictable() const;
     void bindForUpload() const;
-    void replacePixels(unsigned int width, unsigned int height, unsigned int rowLength,
-                       const void *pixels, bool rgb = true) const;
     void uploadParameters() const;
     void uploadImage(unsigned char *pixels) const;
     void countUpload();
@@ -174,9 +169,6 @@ class RV_API RVTEXTURE {
     static bool channelActive[RV_TEXTURE_UNITS];      // whether texturing is on
     static char texturePath[256];
 
-    friend class RVFBO;   // brings the texture of a target back
-    friend class RAVOLT;  // binds the shadow map with its unit off, undoes a failed start
-    friend class RVVIDEO; // replaces the pixels by a film's
+    friend struct ravolt::TextureInternals;
     friend struct ravolt::Registry<RVTEXTURE>;
-    friend class ravolt::WeakPointer<RVTEXTURE>;
 };

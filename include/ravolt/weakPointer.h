@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ravolt/api.h"
+
 // Pointers that become NULL when the object they point to is deleted. They count as no references.
 
 namespace ravolt {
@@ -15,11 +17,11 @@ template <class T> class WeakPointer {
     WeakPointer(const WeakPointer &) = delete;
     WeakPointer &operator=(const WeakPointer &) = delete;
 
-    // T must be complete.
+    // For the library, with foundation/registry.h; T must be complete.
     void set(T *newTarget) {
         detach();
         if (newTarget)
-            attach(newTarget, newTarget->weakPointers.first);
+            attach(newTarget, Registry<T>::weakPointers(*newTarget).first);
     }
 
     T *get() const { return target; }

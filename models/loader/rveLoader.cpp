@@ -18,8 +18,8 @@
 #include "models/modelFile.h"
 #include "models/rveFormat.h"
 #include "models/rveRecords.h"
+#include "scene/nodeInternals.h"
 #include "scene/nodeTraits.h"
-#include "scene/nodeTree.h"
 
 #include <cstring>
 #include <memory>
@@ -31,7 +31,7 @@
 using ravolt::ByteReader;
 using ravolt::LoadIndex;
 using ravolt::MaterialRecord;
-using ravolt::NodeTree;
+using ravolt::NodeInternals;
 
 namespace rve = ravolt::rve;
 
@@ -307,7 +307,7 @@ RVNODE *RAVOLT::recursiveLoad(char *buffer, long *cursor, RVNODE * /*parent*/) {
             destroyTree(node);
             return nullptr;
         }
-        NodeTree::place(*node, i, *child);
+        NodeInternals::setChild(*node, i, *child);
     }
     ++state.nodes;
     return node;

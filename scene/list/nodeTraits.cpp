@@ -9,7 +9,7 @@
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
-#include "scene/nodeClass.h"
+#include "scene/nodeInternals.h"
 #include "scene/nodeRecords.h"
 
 #include <iterator>
@@ -79,12 +79,13 @@ const NodeTraits &traitsOf(const RVNODE &node) {
 
 float radiusOf(const RVNODE &node) {
     const NodeTraits &traits = traitsOf(node);
-    return traits.radius && NodeClass::is(node, node.getType()) ? traits.radius(node) : 0.0f;
+    return traits.radius && NodeInternals::isObjectOf(node, node.getType()) ? traits.radius(node)
+                                                                            : 0.0f;
 }
 
 bool isTransparent(const RVNODE &node) {
     const DrawOrder order = traitsOf(node).order;
-    if (order != DrawOrder::byMaterial || !NodeClass::is(node, node.getType()))
+    if (order != DrawOrder::byMaterial || !NodeInternals::isObjectOf(node, node.getType()))
         return order == DrawOrder::transparent;
     const RVMATERIAL *material = static_cast<const RVMESH &>(node).getMaterial();
     return material && material->isTransparent();

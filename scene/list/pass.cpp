@@ -8,8 +8,9 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 #include "scene/localTransform.h"
-#include "scene/nodeClass.h"
+#include "scene/nodeInternals.h"
 #include "scene/nodeTraits.h"
+#include "scene/renderList.h"
 
 #include <algorithm>
 #include <iterator>
@@ -19,9 +20,15 @@ namespace {
 // Skeletons in the cache of RVMESH; also what param1 says of a mesh that found it full.
 constexpr unsigned int skeletonCacheSize = 256;
 
-bool isMesh(const RVNODE &node) { return ravolt::NodeClass::is(node, RV_NODE_TYPE_MESH); }
+bool isMesh(const RVNODE &node) {
+    return ravolt::NodeInternals::isObjectOf(node, RV_NODE_TYPE_MESH);
+}
 
 const RVMESH &asMesh(const RVNODE &node) { return static_cast<const RVMESH &>(node); }
+
+bool isListed(const RVNODE &node) {
+    return ravolt::traitsOf(node).listed && !(isMesh(node) && asMesh(node).isHidden());
+}
 
 } // namespace
 
@@ -43,62 +50,11 @@ bool RVELEMENT::pass(RVNODE *node, bool) {
     const ravolt::ModelviewScope scope;
     ravolt::applyLocalTransform(*node);
     if (isListed(*node))
-        addEntry(*node);
+        ravolt::RenderList::add(*node);
     for (unsigned int index = 0; index < node->getNumberOfChildren(); ++index)
         if (RVNODE *child = node->getChild(index))
             child->pass(false);
     return true;
-}
-
-bool RVELEMENT::isListed(const RVNODE &node) {
-    return ravolt::traitsOf(node).listed && !(isMesh(node) && asMesh(node).isHidden());
-}
-
-// What counts is the distance from the eye to the node's origin, the end of the modelview matrix.
-// On purpose: a clipped node says so in every frame.
-bool RVELEMENT::isClipped(const RVNODE &node, const Z3MMATRIX &eye) {
-    if (!ravolt::traitsOf(node).clipped)
-        return false;
-    const float distance = eye.getTranslation().length();
-    if (!(clippingRadius + 2.0f * ravolt::radiusOf(node) < distance))
-        return false;
-    zlfLog(" (clipped) %s at distance %.2f\n", node.getName(), static_cast<double>(distance));
-    return true;
-}
-
-void RVELEMENT::addEntry(RVNODE &node) {
-    Z3MMATRIX &eye = element[numberOfPassedElements].matrix;
-    glGetFloatv(GL_MODELVIEW_MATRIX, eye.e);
-    if (clipping && isClipped(node, eye))
-        return;
-
-    RVELEMENT &entry = element[numberOfPassedElements];
-    entry.node = &node;
-    node.registration->listStamp = static_cast<int>(RAVOLT::getTimeStamp());
-    entry.auxId = node.getAuxId();
-    *node.getCachedMatrix() = eye;
-    elementPointer[numberOfPassedElements] = &entry;
-    // On purpose: other entries keep the number that an earlier frame left.
-    if (isMesh(node) && asMesh(node).isSkinned())
-        entry.param1 = addSkeleton(static_cast<RVMESH &>(node));
-
-    ++numberOfPassedElements;
-    entry.countedAsLight = ravolt::traitsOf(node).order == ravolt::DrawOrder::light;
-    entry.countedAsTransparent = ravolt::isTransparent(node);
-    numberOfLights += entry.countedAsLight;
-    numberOfTransparencies += entry.countedAsTransparent;
-}
-
-unsigned int RVELEMENT::addSkeleton(RVMESH &mesh) {
-    if (!RVMESH::skeletonElement || RVMESH::currentSkeleton >= skeletonCacheSize) {
-        zlfLog("   [!] Skeleton cache full @ RVELEMENT::pass\n");
-        return skeletonCacheSize;
-    }
-    const ravolt::ModelviewScope scope;
-    glLoadIdentity();
-    passSkeleton(mesh.getParent(), &mesh);
-    RVMESH::skeletonElement[RVMESH::currentSkeleton].mesh = &mesh;
-    return RVMESH::currentSkeleton++;
 }
 
 bool RVELEMENT::passSkeleton(RVNODE *node, RVMESH *mesh) {
@@ -109,15 +65,63 @@ bool RVELEMENT::passSkeleton(RVNODE *node, RVMESH *mesh) {
     const ravolt::ModelviewScope scope;
     ravolt::applyLocalTransform(*node);
     if (isMesh(*node))
-        storeBoneMatrix(*node, *mesh);
+        ravolt::RenderList::storeBoneMatrix(*node, *mesh);
     for (unsigned int index = 0; index < node->getNumberOfChildren(); ++index)
         if (RVNODE *child = node->getChild(index))
             passSkeleton(child, mesh);
     return true;
 }
 
-// The first bone that `node` moves; the cache is left alone when it is full or missing.
-void RVELEMENT::storeBoneMatrix(const RVNODE &node, const RVMESH &mesh) {
+namespace ravolt {
+
+// What counts is the distance from the eye to the node's origin, the end of the modelview matrix.
+// On purpose: a clipped node says so in every frame.
+bool RenderList::isClipped(const RVNODE &node, const Z3MMATRIX &eye) {
+    if (!traitsOf(node).clipped)
+        return false;
+    const float distance = eye.getTranslation().length();
+    if (!(RVELEMENT::clippingRadius + 2.0f * radiusOf(node) < distance))
+        return false;
+    zlfLog(" (clipped) %s at distance %.2f\n", node.getName(), static_cast<double>(distance));
+    return true;
+}
+
+void RenderList::add(RVNODE &node) {
+    Z3MMATRIX &eye = RVELEMENT::element[RVELEMENT::numberOfPassedElements].matrix;
+    glGetFloatv(GL_MODELVIEW_MATRIX, eye.e);
+    if (RVELEMENT::clipping && isClipped(node, eye))
+        return;
+
+    RVELEMENT &entry = RVELEMENT::element[RVELEMENT::numberOfPassedElements];
+    entry.node = &node;
+    NodeInternals::setListStamp(node, static_cast<int>(RAVOLT::getTimeStamp()));
+    entry.auxId = node.getAuxId();
+    *node.getCachedMatrix() = eye;
+    RVELEMENT::elementPointer[RVELEMENT::numberOfPassedElements] = &entry;
+    // On purpose: other entries keep the number that an earlier frame left.
+    if (isMesh(node) && asMesh(node).isSkinned())
+        entry.param1 = addSkeleton(static_cast<RVMESH &>(node));
+
+    ++RVELEMENT::numberOfPassedElements;
+    entry.countedAsLight = traitsOf(node).order == DrawOrder::light;
+    entry.countedAsTransparent = isTransparent(node);
+    RVELEMENT::numberOfLights += entry.countedAsLight;
+    RVELEMENT::numberOfTransparencies += entry.countedAsTransparent;
+}
+
+unsigned int RenderList::addSkeleton(RVMESH &mesh) {
+    if (!RVMESH::skeletonElement || RVMESH::currentSkeleton >= skeletonCacheSize) {
+        zlfLog("   [!] Skeleton cache full @ RVELEMENT::pass\n");
+        return skeletonCacheSize;
+    }
+    const ModelviewScope scope;
+    glLoadIdentity();
+    RVELEMENT::passSkeleton(mesh.getParent(), &mesh);
+    RVMESH::skeletonElement[RVMESH::currentSkeleton].mesh = &mesh;
+    return RVMESH::currentSkeleton++;
+}
+
+void RenderList::storeBoneMatrix(const RVNODE &node, const RVMESH &mesh) {
     if (!RVMESH::skeletonElement || RVMESH::currentSkeleton >= skeletonCacheSize)
         return;
     RVSKELETON &skeleton = RVMESH::skeletonElement[RVMESH::currentSkeleton];
@@ -129,3 +133,5 @@ void RVELEMENT::storeBoneMatrix(const RVNODE &node, const RVMESH &mesh) {
         }
     }
 }
+
+} // namespace ravolt

@@ -7,14 +7,14 @@
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVTEXTURE.h"
 #include "scene/entryOrder.h"
-#include "scene/nodeClass.h"
+#include "scene/nodeInternals.h"
 #include "scene/nodeTraits.h"
 
 namespace {
 
 // Identifiers have 16 bits.
 std::uint64_t surfaceKey(const RVNODE &node) {
-    if (!ravolt::NodeClass::is(node, RV_NODE_TYPE_MESH))
+    if (!ravolt::NodeInternals::isObjectOf(node, RV_NODE_TYPE_MESH))
         return 0;
     const RVMATERIAL *material = static_cast<const RVMESH &>(node).getMaterial();
     if (!material)
@@ -22,6 +22,22 @@ std::uint64_t surfaceKey(const RVNODE &node) {
     const RVTEXTURE *texture = material->getTexture(0);
     const std::uint64_t textureId = texture ? texture->getId() & 0xffffu : 0;
     return textureId << 16 | (material->getId() & 0xffffu);
+}
+
+// Lights, opaque entries, transparent entries. Opaque entries may be drawn in any order: they are
+// ordered by texture and then by material, because a change of the bound texture is the most
+// expensive one for a driver.
+std::uint64_t groupKey(const RVELEMENT &entry) {
+    if (ravolt::traitsOf(*entry.getNode()).order == ravolt::DrawOrder::light)
+        return 0;
+    if (ravolt::isTransparent(*entry.getNode()))
+        return std::uint64_t(2) << 32;
+    return std::uint64_t(1) << 32 | surfaceKey(*entry.getNode());
+}
+
+// By the far end of each entry along the view, farthest first: the eye looks down -z.
+std::uint64_t depthKey(const RVELEMENT &entry) {
+    return ravolt::orderedBits(entry.getMatrix()->e[14] - ravolt::radiusOf(*entry.getNode()));
 }
 
 } // namespace
@@ -33,31 +49,11 @@ bool RVELEMENT::sort3D() {
     if (numberOfPassedElements == 0)
         return false;
     if (numberOfLights != 0 || numberOfTransparencies != 0)
-        sortByGroup();
+        ravolt::orderEntries(elementPointer, numberOfPassedElements, groupKey);
     if (numberOfTransparencies > 1)
-        sortByDepth();
+        ravolt::orderEntries(elementPointer + (numberOfPassedElements - numberOfTransparencies),
+                             numberOfTransparencies, depthKey);
     return true;
-}
-
-// Lights, opaque entries, transparent entries. What is opaque may stand in any order, so it goes by
-// texture and then by material: a change of the bound texture is what costs a driver most.
-void RVELEMENT::sortByGroup() {
-    ravolt::orderEntries(elementPointer, numberOfPassedElements,
-                         [](const RVELEMENT &entry) -> std::uint64_t {
-                             if (ravolt::traitsOf(*entry.node).order == ravolt::DrawOrder::light)
-                                 return 0;
-                             if (ravolt::isTransparent(*entry.node))
-                                 return std::uint64_t(2) << 32;
-                             return std::uint64_t(1) << 32 | surfaceKey(*entry.node);
-                         });
-}
-
-// By the far end of each entry along the view, farthest first: the eye looks down -z.
-void RVELEMENT::sortByDepth() {
-    RVELEMENT **const first = elementPointer + (numberOfPassedElements - numberOfTransparencies);
-    ravolt::orderEntries(first, numberOfTransparencies, [](const RVELEMENT &entry) {
-        return ravolt::orderedBits(entry.matrix.e[14] - ravolt::radiusOf(*entry.node));
-    });
 }
 
 // Exclusive lights first, then by distance from `point`.
@@ -66,7 +62,7 @@ bool RVELEMENT::sortLights(const Z3MVECTOR3D &point) {
         return false;
     ravolt::orderEntries(elementPointer, numberOfLights, [&point](RVELEMENT &entry) {
         entry.distance = point.distance(entry.matrix.getTranslation());
-        const bool isLight = ravolt::NodeClass::is(*entry.node, RV_NODE_TYPE_LIGHT);
+        const bool isLight = ravolt::NodeInternals::isObjectOf(*entry.node, RV_NODE_TYPE_LIGHT);
         const bool ahead = isLight && static_cast<const RVLIGHT *>(entry.node)->isExclusive();
         const std::uint64_t group = ahead ? 0 : 1;
         return group << 32 | ravolt::orderedBits(entry.distance);

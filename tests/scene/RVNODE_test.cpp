@@ -5,8 +5,8 @@
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/zlf.h"
+#include "scene/nodeInternals.h"
 #include "scene/nodeRecords.h"
-#include "scene/nodeTree.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/logReader.h"
 #include "tests/support/recorder.h"
@@ -621,7 +621,7 @@ TEST_F(NodeTest, AnnouncedChildrenAreEmptyPlacesThatWalksSkip) {
     long cursor = 0;
     RVNODE *root = RVNODE::load(bytes.get(), &cursor);
     RVNODE *middle = make("middle");
-    ravolt::NodeTree::place(*root, 1, *middle);
+    ravolt::NodeInternals::setChild(*root, 1, *middle);
     EXPECT_EQ(childrenOf(*root), (Nodes{nullptr, middle, nullptr}));
     EXPECT_EQ(middle->getParent(), root);
     EXPECT_EQ(root->findByNameInHierarchy("middle"), middle);

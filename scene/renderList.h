@@ -1,0 +1,42 @@
+#pragma once
+
+// The library's access to the parts of RVELEMENT, and of its list, that applications do not see.
+// Filling the list is defined in scene/list/pass.cpp, the rest in scene/RVELEMENT.cpp.
+
+class RVELEMENT;
+class RVMESH;
+class RVNODE;
+class Z3MMATRIX;
+
+namespace ravolt {
+
+struct RenderList {
+    // The entry at `index` of the drawing order; `index` is below getNumberOfPassedElements, which
+    // may decrease while nodes are drawn.
+    static RVELEMENT *entry(unsigned int index);
+
+    // Whether `entry` is in use in this frame; false for NULL. It may be a pointer of an earlier
+    // frame.
+    static bool contains(const RVELEMENT *entry);
+
+    // An entry of `node` that is not in the list.
+    static RVELEMENT entryOutside(RVNODE *node);
+
+    // Removes all entries of `node`, which is being deleted.
+    static void removeNode(const RVNODE &node);
+
+    // Adds an entry with the current modelview matrix, unless the node is clipped by its distance.
+    // The list is not full.
+    static void add(RVNODE &node);
+
+    // Stores the current modelview matrix in the skeleton of `mesh`, as that of the first bone that
+    // `node` moves. Nothing is stored when the skeleton cache is full or missing.
+    static void storeBoneMatrix(const RVNODE &node, const RVMESH &mesh);
+
+  private:
+    static void removeEntry(unsigned int index);
+    static bool isClipped(const RVNODE &node, const Z3MMATRIX &eye);
+    static unsigned int addSkeleton(RVMESH &mesh);
+};
+
+} // namespace ravolt
