@@ -27,7 +27,7 @@ using ravolt::MeshRecord;
 
 namespace {
 
-// Places in RVMESH::Holdings::block.
+// Positions in RVMESH::OwnedStorage::block.
 enum Block : unsigned int {
     blockGeometry,
     blockBoneIndex,
@@ -38,7 +38,7 @@ enum Block : unsigned int {
     blockSkinnedNormal
 };
 
-// Places in RVMESH::Holdings::buffer.
+// Positions in RVMESH::OwnedStorage::buffer.
 enum Buffer : unsigned int {
     bufferVertex,
     bufferNormal,

@@ -323,20 +323,20 @@ TEST_F(NodeTest, UnlinkOfARootFails) {
 }
 
 // A copy names a parent that does not have it among its children.
-TEST_F(NodeTest, UnlinkOfAStrangerAmongSeveralChildrenFails) {
+TEST_F(NodeTest, UnlinkOfACopyAmongSeveralChildrenFails) {
     RVNODE *root = make("root");
     RVNODE *a = make("a", root), *b = make("b", root);
-    RVNODE stranger(*a);
-    EXPECT_FALSE(stranger.unlink());
+    RVNODE copy(*a);
+    EXPECT_FALSE(copy.unlink());
     EXPECT_LOGGED_EXACTLY("   [!] Consistency problem with a @ RVNODE::unlink\n");
     EXPECT_EQ(childrenOf(*root), (Nodes{a, b}));
-    EXPECT_EQ(stranger.getParent(), root);
+    EXPECT_EQ(copy.getParent(), root);
 }
 
 TEST_F(NodeTest, UnlinkDoesNotCompareAnOnlyChild) {
     RVNODE *root = make("root"), *only = make("only", root);
-    RVNODE stranger(*only);
-    EXPECT_TRUE(stranger.unlink());
+    RVNODE copy(*only);
+    EXPECT_TRUE(copy.unlink());
     EXPECT_EQ(root->getNumberOfChildren(), 0u);
     EXPECT_EQ(only->getParent(), root);
     EXPECT_FALSE(only->unlink());
