@@ -1,3 +1,12 @@
+// Render targets: the registry, what is attached, and which one is drawn into. What is done with
+// whole images is in blur.cpp. Only here may the functions of frame buffer objects be called but
+// glGenerateMipmapEXT, and only here the draw and read buffer of a target be changed: both belong
+// to the bound target, so that those of the window stay as they are.
+//
+// Invariants: OpenGL has currentFbo bound, or the window when it is NULL. A target that was deleted
+// while it was current is compared and never followed, and a new one at its address does not pass
+// for bound.
+
 #include "ravolt/RVFBO.h"
 
 #include "engine/gl/stateCache.h"
@@ -8,15 +17,6 @@
 #include "ravolt/zlf.h"
 #include "resources/framebuffers.h"
 #include "resources/textureInternals.h"
-
-// Render targets: the registry, what is attached, and which one is drawn into. What is done with
-// whole images is in blur.cpp. Only here may the functions of frame buffer objects be called but
-// glGenerateMipmapEXT, and only here the draw and read buffer of a target be changed: both belong
-// to the bound target, so that those of the window stay as they are.
-//
-// Invariants: OpenGL has currentFbo bound, or the window when it is NULL. A target that was deleted
-// while it was current is compared and never followed, and a new one at its address does not pass
-// for bound.
 
 using FboRegistry = ravolt::Registry<RVFBO>;
 

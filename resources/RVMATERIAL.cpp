@@ -1,3 +1,9 @@
+// Materials: the registry, and what a surface is to OpenGL. Only here may glMaterial be called; the
+// debug shapes, which have no material, do it too.
+//
+// Invariant: while currentMaterial names a material, OpenGL holds its program, its colours, its
+// blending and its textures, unless somebody has changed them without a call of reset.
+
 #include "ravolt/RVMATERIAL.h"
 
 #include "engine/gl/stateCache.h"
@@ -12,12 +18,6 @@
 
 #include <cstring>
 #include <iterator>
-
-// Materials: the registry, and what a surface is to OpenGL. Only here may glMaterial be called; the
-// debug shapes, which have no material, do it too.
-//
-// Invariant: while currentMaterial names a material, OpenGL holds its program, its colours, its
-// blending and its textures, unless somebody has changed them without a call of reset.
 
 using MaterialRegistry = ravolt::Registry<RVMATERIAL>;
 

@@ -1,3 +1,11 @@
+// Programs: the registry, their making, and the one in use. Only here and in shaderParameters.cpp,
+// where their values are, may OpenGL's functions for programs be called; what the engine's own
+// programs are is in builtinPrograms.cpp.
+//
+// Invariants: while currentShader is not NULL it names a living program, `enabled` is set, and
+// OpenGL has its programObject in use, as far as OpenGL took it. An entry point that the driver has
+// left out is passed over: the stage then does not compile, or the value does not arrive.
+
 #include "ravolt/RVSHADER.h"
 
 #include "engine/gl/entryPoint.h"
@@ -10,14 +18,6 @@
 #include "resources/programPointers.h"
 
 #include <cstring>
-
-// Programs: the registry, their making, and the one in use. Only here and in shaderParameters.cpp,
-// where their values are, may OpenGL's functions for programs be called; what the engine's own
-// programs are is in builtinPrograms.cpp.
-//
-// Invariants: while currentShader is not NULL it names a living program, `enabled` is set, and
-// OpenGL has its programObject in use, as far as OpenGL took it. An entry point that the driver has
-// left out is passed over: the stage then does not compile, or the value does not arrive.
 
 using ShaderRegistry = ravolt::Registry<RVSHADER>;
 

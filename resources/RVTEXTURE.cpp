@@ -1,3 +1,12 @@
+// Textures: the registry, the file reader and the state of the units. The upload is in
+// textureUpload.cpp, what concerns the budget in textureMemory.cpp; only these three may call
+// glBindTexture, glGenTextures, glDeleteTextures and enable or disable GL_TEXTURE_2D.
+//
+// Invariants: a pixel copy has room for sizeX times sizeY pixels of the texture's format. An entry
+// of channelCache names a living texture that OpenGL has bound there, or is NULL; so it falls as
+// soon as OpenGL's name goes, which unbinds it, and a new object at the address of a deleted one
+// never passes for bound.
+
 #include "ravolt/RVTEXTURE.h"
 
 #include "engine/gl/bindings.h"
@@ -14,15 +23,6 @@
 
 #include <algorithm>
 #include <cstring>
-
-// Textures: the registry, the file reader and the state of the units. The upload is in
-// textureUpload.cpp, what concerns the budget in textureMemory.cpp; only these three may call
-// glBindTexture, glGenTextures, glDeleteTextures and enable or disable GL_TEXTURE_2D.
-//
-// Invariants: a pixel copy has room for sizeX times sizeY pixels of the texture's format. An entry
-// of channelCache names a living texture that OpenGL has bound there, or is NULL; so it falls as
-// soon as OpenGL's name goes, which unbinds it, and a new object at the address of a deleted one
-// never passes for bound.
 
 using ravolt::FileBytes;
 using TextureRegistry = ravolt::Registry<RVTEXTURE>;

@@ -1,3 +1,6 @@
+// Parameters of programs: the table of slots, which load fills with locations, and the values that
+// go through it into the program in use.
+
 #include "ravolt/RVSHADER.h"
 
 #include "engine/gl/entryPoint.h"
@@ -6,9 +9,6 @@
 
 #include <algorithm>
 #include <iterator>
-
-// Parameters of programs: the table of slots, which load fills with locations, and the values that
-// go through it into the program in use.
 
 namespace {
 

@@ -1,3 +1,9 @@
+// The budget: what a texture counts for, and the collector that keeps the sum in bounds. The counts
+// are estimates by fixed rules and not checked against each other.
+//
+// Invariant: while the collector runs for an upload, the texture that is being uploaded lives on,
+// and so do the pixels that it had, even if the collector takes them from it.
+
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
@@ -6,12 +12,6 @@
 
 #include <algorithm>
 #include <memory>
-
-// The budget: what a texture counts for, and the collector that keeps the sum in bounds. The counts
-// are estimates by fixed rules and not checked against each other.
-//
-// Invariant: while the collector runs for an upload, the texture that is being uploaded lives on,
-// and so do the pixels that it had, even if the collector takes them from it.
 
 namespace {
 

@@ -1,3 +1,6 @@
+// From the pixel copy to OpenGL. Uploads go through unit 0, behind the back of the cache, which
+// therefore forgets what was bound there.
+
 #include "engine/gl/bindings.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
@@ -6,9 +9,6 @@
 
 #include <algorithm>
 #include <cstring>
-
-// From the pixel copy to OpenGL. Uploads go through unit 0, behind the back of the cache, which
-// therefore forgets what was bound there.
 
 namespace {
 

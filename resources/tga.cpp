@@ -1,3 +1,6 @@
+// Invariants: a file is looked through once before anything is made of it, so that a bad one costs
+// nothing; decoding then needs no test of either end.
+
 #include "resources/tga.h"
 
 #include "foundation/bytes.h"
@@ -6,9 +9,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-
-// Invariants: a file is looked through once before anything is made of it, so that a bad one costs
-// nothing; decoding then needs no test of either end.
 
 namespace ravolt {
 
