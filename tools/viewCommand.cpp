@@ -230,10 +230,11 @@ void Viewer::step(int frames) {
 
 // Whether another frame of the clip is due.
 bool Viewer::playOn(double seconds) {
-    if (paused || playback.frames() < 2)
+    const int period = playback.period();
+    if (paused || period < 2)
         return false;
-    clipSeconds = std::fmod(clipSeconds + seconds, playback.frames() / options.fps);
-    const int due = std::min(static_cast<int>(clipSeconds * options.fps), playback.frames() - 1);
+    clipSeconds = std::fmod(clipSeconds + seconds, period / options.fps);
+    const int due = std::min(static_cast<int>(clipSeconds * options.fps), period - 1);
     if (due == playback.frame())
         return false;
     playback.setFrame(due);

@@ -92,6 +92,32 @@ TEST_F(PlaybackTest, ShowsFramesAndTheSceneAsLoaded) {
     fs::current_path("..");
 }
 
+// The last frame of a loop equals the first one, be it by other angles, and would be shown twice.
+TEST_F(PlaybackTest, LeavesTheLastFrameOfALoopOut) {
+    ravolt::RvaClip loop = climbing(3), open = climbing(3);
+    loop.frames[0][0].rotation = {10, 20, 30};
+    loop.frames[2][0] = loop.frames[0][0];
+    loop.frames[2][0].rotation = {190, 160, 210};
+    open.frames[2][0] = open.frames[0][0];
+    open.frames[2][0].rotation = {1, 0, 0};
+    ASSERT_EQ(ravolt::writeRva("loop.rva", loop), "");
+    ASSERT_EQ(ravolt::writeRva("open.rva", open), "");
+    for (const char *name : {"loop", "open"})
+        clips.push_back({name, fs::absolute(name + std::string(".rva"))});
+    Engine engine({64, 64}, "test", false, "ravolt_log.txt");
+    Playback playback(engine.load("played/scene.rve"), clips);
+    EXPECT_EQ(playback.period(), 1); // no clip
+    for (const auto &[clip, period] :
+         {std::pair{"loop", 2}, {"open", 3}, {"climb", 3}, {"run", 2}, {"pose", 1}}) {
+        playback.choose(clip);
+        EXPECT_EQ(playback.period(), period) << clip;
+    }
+    playback.choose("loop");
+    playback.setFrame(2); // it can be shown all the same
+    EXPECT_EQ(playback.state(), "loop 2/2");
+    fs::current_path("..");
+}
+
 TEST_F(PlaybackTest, GoesPastBrokenClips) {
     std::ofstream("played/scene.run.rva") << "no clip";
     Engine engine({64, 64}, "test", false, "ravolt_log.txt");

@@ -1,6 +1,7 @@
 #include "tools/stage/playback.h"
 
 #include "tools/convert/clips.h"
+#include "tools/convert/transforms.h"
 #include "tools/failure.h"
 #include "tools/stage/walk.h"
 
@@ -23,6 +24,23 @@ Vector vectorFrom(const Z3MVECTOR3D &v) { return {v.x, v.y, v.z}; }
 
 Z3MVECTOR3D floats(const Vector &v) {
     return Z3MVECTOR3D(static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z));
+}
+
+// But for rounding. The same rotation has several triples of angles.
+bool areEqual(const RVBONEFRAME &a, const RVBONEFRAME &b) {
+    constexpr double rounding = 1e-4;
+    const Vector here = vectorFrom(a.translation), there = vectorFrom(b.translation);
+    return length(here - there) <= rounding * std::max(length(here), length(there)) &&
+           largestDifference(rotationFromDegrees(vectorFrom(a.rotation)),
+                             rotationFromDegrees(vectorFrom(b.rotation))) <= rounding;
+}
+
+bool endsAsItBegins(RVANIM &clip) {
+    const unsigned int last = clip.getNumberOfFrames() - 1u;
+    for (unsigned int bone = 0; bone < clip.getNumberOfBones(); ++bone)
+        if (!areEqual(*clip.getKeyframe(0, bone), *clip.getKeyframe(last, bone)))
+            return false;
+    return true;
 }
 
 } // namespace
@@ -77,6 +95,7 @@ RVANIM *Playback::clipOf(std::size_t index) {
         }
         loaded->setTranslating(true);
         entry.clip = loaded;
+        entry.loops = endsAsItBegins(*loaded);
     }
     return entry.clip;
 }
@@ -132,6 +151,11 @@ std::string Playback::name() const { return current == none ? "" : clips[current
 
 int Playback::frames() const {
     return current == none ? 1 : clips[current].clip->getNumberOfFrames();
+}
+
+int Playback::period() const {
+    const bool loops = current != none && clips[current].loops;
+    return loops ? std::max(1, frames() - 1) : frames();
 }
 
 void Playback::show(int index) {

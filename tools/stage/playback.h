@@ -48,6 +48,7 @@ class Playback {
     std::size_t chosen() const { return current; }
     std::string name() const; // of the chosen clip
     int frames() const;       // of it; 1 with none
+    int period() const;       // without the last frame of a clip that ends as it begins
     int frame() const { return shown; }
     void setFrame(int index); // counted on from the end, and back from the start
 
@@ -68,6 +69,7 @@ class Playback {
     struct Entry {
         ClipFile file;
         RVANIM *clip = nullptr; // of the engine, once it is loaded
+        bool loops = false;     // its last frame equals the first one
     };
     struct Still {
         RVNODE *node;
