@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <regex>
 
 namespace ravolt::tool {
@@ -190,6 +191,28 @@ WindowSize sizeToDraw(const ShotOptions &options) {
     return {2 * size.width, 2 * size.height};
 }
 
+// Falls back to the plain size, in `drawn` too, where the display has no target of twice the size.
+std::unique_ptr<Engine> startEngine(const ShotOptions &options, const Talk &talk,
+                                    WindowSize &drawn) {
+    Drawing drawing = drawingFor(options, false);
+    drawing.keepPicture = keepsPicture(options);
+    const auto start = [&] {
+        drawing.picture = drawn;
+        return std::make_unique<Engine>(windowFor(drawn), "ravolt", false, QuietStart::log(),
+                                        drawing);
+    };
+    try {
+        return start();
+    } catch (const PictureTooLarge &) {
+        if (drawn.width == options.size.width)
+            throw;
+    }
+    drawn = options.size;
+    auto engine = start();
+    warn("the display cannot draw effects at twice the size: drawn as with --no-smooth", talk);
+    return engine;
+}
+
 // The engine works in another folder.
 fs::path outputOf(const ShotOptions &options) {
     if (options.output == standardOutput)
@@ -215,17 +238,14 @@ void runShot(const ShotOptions &options, const Talk &talk) {
     const fs::path output = outputOf(options);
     const SceneToShow scene(options, talk);
     const LogAtEnd logged(talk);
-    const WindowSize drawn = sizeToDraw(options);
-    Drawing drawing = drawingFor(options, false);
-    drawing.picture = drawn;
-    drawing.keepPicture = keepsPicture(options);
-    if (drawing.keepPicture && std::max(options.size.width, options.size.height) > largestWhole)
+    WindowSize drawn = sizeToDraw(options);
+    if (keepsPicture(options) && std::max(options.size.width, options.size.height) > largestWhole)
         throw WrongOptions("--size " + std::to_string(options.size.width) + "x" +
                            std::to_string(options.size.height) +
                            ": with bloom, tone mapping or depth of field at most " +
                            std::to_string(largestWhole) + " pixels in each direction");
-    Engine engine(windowFor(drawn), "ravolt", false, QuietStart::log(), drawing);
-    RVNODE *root = engine.load(scene.file());
+    const std::unique_ptr<Engine> engine = startEngine(options, talk, drawn);
+    RVNODE *root = engine->load(scene.file());
     Stage stage(root);
     Playback playback(root, scene.clips(), scene.skins());
     Series series = seriesFrom(options);

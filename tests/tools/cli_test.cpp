@@ -138,6 +138,24 @@ TEST(CommandLine, SaysInOneLineWhatTheDisplayCannotDo) {
     EXPECT_TRUE(isPng("m.png"));
 }
 
+TEST(CommandLine, DrawsInPlainSizeWhereTheDisplayHasNoTargetOfTwiceTheSize) {
+    writeSquare();
+    const std::string small = "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 "
+                              "LD_PRELOAD='" RAVOLT_SMALL_TEXTURES "'";
+    const std::string shot = "shot m.obj --bloom --size ";
+    const Outcome plain = run(shot + "600x400 --no-smooth -o plain.png");
+    EXPECT_EQ(plain.code, 0);
+    const Outcome fallenBack = run(shot + "600x400 -o fallen.png", small);
+    EXPECT_EQ(fallenBack.code, 0);
+    EXPECT_EQ(fallenBack.err, "ravolt: warning: the display cannot draw effects at twice the size: "
+                              "drawn as with --no-smooth\n");
+    EXPECT_EQ(contentsOf("fallen.png"), contentsOf("plain.png"));
+    const Outcome tooLarge = run(shot + "1200x800 -o large.png", small);
+    EXPECT_EQ(tooLarge.code, 1);
+    EXPECT_EQ(tooLarge.err,
+              "ravolt: the display cannot draw effects into a picture of that size\n");
+}
+
 TEST(CommandLine, RefusesWrongOptions) {
     for (const char *arguments :
          {"nonsense", "convert", "convert a.obj", "convert a.obj -o b.rve --nonsense",

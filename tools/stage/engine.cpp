@@ -1,7 +1,5 @@
 #include "tools/stage/engine.h"
 
-#include "tools/failure.h"
-
 #include <algorithm>
 #include <fstream>
 #include <ravolt/RAVOLT.h>
@@ -94,7 +92,7 @@ Engine::Engine(WindowSize size, const std::string &title, bool resizable, const 
         throw Failure("cannot open a window: " + complaint());
     if (drawing.keepPicture && keepsPicture() && !RVOPENGL::getFbo(0)->isOk()) {
         RAVOLT::free();
-        throw Failure("the display cannot draw effects into a picture of that size");
+        throw PictureTooLarge("the display cannot draw effects into a picture of that size");
     }
 }
 

@@ -3,6 +3,8 @@
 // The engine in the tool's hands: started, fed with a scene, stopped, and its complaints made
 // into the tool's own.
 
+#include "tools/failure.h"
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -24,10 +26,16 @@ struct Drawing {
     bool keepPicture = false; // in its target, where it is larger than every window may be
 };
 
+// The display has no target of the size of a picture that is to be kept.
+class PictureTooLarge : public Failure {
+  public:
+    using Failure::Failure;
+};
+
 class Engine {
   public:
-    // Opens the window; throws Failure with the engine's reason. `log` is the file that the engine
-    // writes its log to.
+    // Opens the window; throws Failure with the engine's reason, or PictureTooLarge. `log` is the
+    // file that the engine writes its log to.
     Engine(WindowSize size, const std::string &title, bool resizable,
            const std::filesystem::path &log, const Drawing &drawing = {});
     ~Engine();
