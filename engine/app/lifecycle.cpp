@@ -1,5 +1,5 @@
-// Start and stop of the whole engine. A start that fails half-way undoes what it has started, the
-// last first, and leaves SDL shut down; `active` is the last thing that either of them writes.
+// Start and stop of the whole engine. A start that fails stops what it has started, in reverse
+// order, and shuts SDL down. `init` and `free` write `active` last.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
@@ -26,9 +26,9 @@ namespace {
 
 constexpr unsigned int minVideoMemory = 16 << 20; // bytes, where none is reported
 
-// The ledger counts up to 4 GB and may charge more than the budget, and log lines show its figures
-// as signed numbers: both stay right with a budget below 2 GB.
-constexpr int largestBudget = 2047; // megabytes
+// The count of used memory has 32 bits and may exceed the budget, and log lines print it as a
+// signed number. Both are right with a budget below 2 GB.
+constexpr int maxBudget = 2047; // megabytes
 
 unsigned int reportedVideoMemory() {
     const SDL_VideoInfo *info = SDL_GetVideoInfo();
@@ -42,7 +42,7 @@ const RVSHADER *lastProgram() {
     return last;
 }
 
-// Those that were made since `last` was the last one.
+// Deletes the programs that were made after `last`; all of them for NULL.
 void deleteProgramsAfter(const RVSHADER *last) {
     RVSHADER *program = last ? last->getNext() : RVSHADER::getFirst();
     while (program) {
@@ -56,8 +56,8 @@ void deleteProgramsAfter(const RVSHADER *last) {
 
 struct RAVOLT::Lifecycle {
     static bool startClasses(RVSETTINGS &settings);
-    static bool undoOpenGL();
-    static void findVideoMemory(int budget);
+    static bool stopOpenGL();
+    static void detectVideoMemory(int budget);
 };
 
 bool RAVOLT::init(RVSETTINGS *settings) {
@@ -72,24 +72,24 @@ bool RAVOLT::init(RVSETTINGS *settings) {
     zlfLog("   SDL initialized\n");
     zlfLog("   Initialize Ravolt\n\n");
 
-    RVSETTINGS standard;
+    RVSETTINGS defaults;
     if (!settings) {
         zlfLog("   [!] Standard configuration used\n");
-        settings = &standard;
+        settings = &defaults;
     }
     if (!Lifecycle::startClasses(*settings)) {
         SDL_Quit();
         return false;
     }
     timer = zlfNewTimer(1.0f);
-    Lifecycle::findVideoMemory(settings->getVideoMemory());
+    Lifecycle::detectVideoMemory(settings->getVideoMemory());
     zlfLog("   Initialization complete\n\n");
     active = true;
     return true;
 }
 
-// The classes in their order. When one fails, those before it are freed, the last first. The
-// targets and programs that were made go too, without a line in the log.
+// Starts the classes in their order. When one fails, those before it are stopped in reverse order,
+// and the targets and programs made so far are deleted without log lines.
 bool RAVOLT::Lifecycle::startClasses(RVSETTINGS &settings) {
     struct Row {
         bool (*start)(RVSETTINGS &settings);
@@ -97,29 +97,29 @@ bool RAVOLT::Lifecycle::startClasses(RVSETTINGS &settings) {
         bool (*stop)();
     };
     static constexpr Row rows[] = {
-        {[](RVSETTINGS &asked) { return asked.init(); },
+        {[](RVSETTINGS &requested) { return requested.init(); },
          "   [!] Unable to init settings @ RAVOLT::init\n", [] { return RVSETTINGS::free(); }},
         {[](RVSETTINGS &) { return RVOPENGL::init(); },
-         "   [!] Unable to init OpenGL @ RAVOLT::init\n", undoOpenGL},
+         "   [!] Unable to init OpenGL @ RAVOLT::init\n", stopOpenGL},
         {[](RVSETTINGS &) {
              RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
              return RVSHADER::init();
          },
          "   [!] Unable to init shaders @ RAVOLT::init\n", [] { return RVSHADER::free(); }},
-        {[](RVSETTINGS &asked) {
-             return RVELEMENT::init(static_cast<unsigned int>(asked.getRenderingElements()));
+        {[](RVSETTINGS &requested) {
+             return RVELEMENT::init(static_cast<unsigned int>(requested.getRenderingElements()));
          },
          "   [!] Rendering elements failed to initialize @ RAVOLT::init\n",
          [] { return RVELEMENT::free(); }},
         {[](RVSETTINGS &) { return RVMESH::init(); },
          "   [!] Unable to initialize mesh class @ RAVOLT::init\n", [] { return RVMESH::free(); }},
     };
-    const RVSHADER *const foreign = lastProgram();
+    const RVSHADER *const lastBefore = lastProgram();
     for (const Row *row = rows; row != std::end(rows); ++row) {
         if (row->start(settings))
             continue;
         zlfLog("%s", row->failure);
-        deleteProgramsAfter(foreign);
+        deleteProgramsAfter(lastBefore);
         while (row != rows)
             (--row)->stop();
         return false;
@@ -127,9 +127,9 @@ bool RAVOLT::Lifecycle::startClasses(RVSETTINGS &settings) {
     return true;
 }
 
-// The render targets go without a word, while their context is there: in the next one their names
-// would be those of other things.
-bool RAVOLT::Lifecycle::undoOpenGL() {
+// Deletes the render targets, without log lines, while their context exists: in the next context
+// their OpenGL names would be those of other objects.
+bool RAVOLT::Lifecycle::stopOpenGL() {
     for (RVFBO *&target : RVOPENGL::fbo) {
         RVTEXTURE *const texture = target ? target->getTexture() : nullptr;
         delete std::exchange(target, nullptr);
@@ -141,9 +141,9 @@ bool RAVOLT::Lifecycle::undoOpenGL() {
     return RVOPENGL::free();
 }
 
-void RAVOLT::Lifecycle::findVideoMemory(int budget) {
+void RAVOLT::Lifecycle::detectVideoMemory(int budget) {
     const bool given = budget > 0;
-    videoMemoryTotal = given ? static_cast<unsigned int>(std::min(budget, largestBudget)) << 20
+    videoMemoryTotal = given ? static_cast<unsigned int>(std::min(budget, maxBudget)) << 20
                              : reportedVideoMemory();
     if (!videoMemoryTotal) {
         zlfLog("   [!] No VRam detected: software mode supposed (16 MB allocated by default)\n");

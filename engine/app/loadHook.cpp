@@ -1,6 +1,6 @@
-// The log lives as long as the library is loaded: it opens before the first static object with an
-// id can be built, and closes after the last one is gone. Hence the priority, ahead of all static
-// objects (the numbers up to 100 are the compiler's own).
+// The log is open as long as the library is loaded: it opens before the first static object with an
+// id can be constructed, and closes after the last one is destroyed. Hence the priority, before all
+// static objects (the numbers up to 100 are reserved for the compiler).
 
 #include "engine/state/version.h"
 #include "ravolt/zlf.h"

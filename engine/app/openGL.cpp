@@ -27,7 +27,8 @@ bool RVOPENGL::init() {
 }
 
 // A new context has every switch off, while the flags are as the last run left them. Those that are
-// on are switched on again. Texturing goes off, since the textures of the last run are deleted.
+// on are switched on again. Texturing is switched off, since the textures of the last run are
+// deleted.
 void RVOPENGL::reapplySwitches() {
     static constexpr struct {
         bool *flag;
@@ -56,7 +57,7 @@ void RVOPENGL::reapplySwitches() {
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
 }
 
-// On purpose: flags, entry points and switches keep their values.
+// On purpose: flags, entry points and switches are not reset.
 bool RVOPENGL::free() {
     if (!active)
         return false;

@@ -1,5 +1,5 @@
-// The splash is drawn with OpenGL 1.1 alone and directly: the cached switches of RVOPENGL start
-// only after it, so it leaves what they cache as a new context has it.
+// The splash is drawn with direct calls of OpenGL 1.1. It runs before the start of RVOPENGL, whose
+// cached switches expect the state of a new context, and so restores that state.
 
 #include "engine/app/splash.h"
 

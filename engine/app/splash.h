@@ -6,9 +6,9 @@ namespace ravolt {
 
 class SystemWindow;
 
-// Draws the splash into the window just opened, before anything of OpenGL but the context is up,
-// and shows it; without memory for it the window is just white. In a CAVE window, which is kept on
-// top, it stands on the left half.
+// Draws the splash into the new window, before RVOPENGL has started, and presents it. Without
+// memory for the picture the window is white. In a CAVE window, which is raised to the top, the
+// splash is in the middle of the left half.
 void drawSplash(int windowX, int windowY, bool CAVE, const SystemWindow &window);
 
 // The splash picture: square, splashSize pixels a side, three bytes a pixel (blue, green, red),

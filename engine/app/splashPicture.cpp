@@ -1,5 +1,5 @@
-// The splash picture, drawn from distances: every shape is a function that tells how far a point
-// lies outside its edge, so that edges come out smooth. Coordinates are pixels from the top left.
+// The splash picture, drawn from distances: each shape is a function that returns the distance of a
+// point from its edge, which gives smooth edges. Coordinates are pixels from the top left.
 
 #include "engine/app/splash.h"
 
@@ -23,8 +23,8 @@ struct Color {
     float red, green, blue; // 0 to 1
 };
 
-Color mix(Color a, Color b, float share) {
-    const auto between = [share](float from, float to) { return from + (to - from) * share; };
+Color mix(Color a, Color b, float fraction) {
+    const auto between = [fraction](float from, float to) { return from + (to - from) * fraction; };
     return {between(a.red, b.red), between(a.green, b.green), between(a.blue, b.blue)};
 }
 
@@ -42,16 +42,17 @@ struct Stroke {
     Point a, b;
 };
 
-float toStroke(Point p, const Stroke &stroke) {
+float distanceToStroke(Point p, const Stroke &stroke) {
     const Point along = stroke.b - stroke.a, from = p - stroke.a;
-    const float share = std::clamp(dot(from, along) / dot(along, along), 0.0f, 1.0f);
-    const Point away = {from.x - along.x * share, from.y - along.y * share};
+    const float fraction = std::clamp(dot(from, along) / dot(along, along), 0.0f, 1.0f);
+    const Point away = {from.x - along.x * fraction, from.y - along.y * fraction};
     return std::sqrt(dot(away, away));
 }
 
 constexpr int arcParts = 24;
 
-// Strokes along an arc of a circle; degrees clockwise from the right. Returns what is behind them.
+// Strokes along an arc of a circle; degrees clockwise from the right. Returns the end of the
+// written strokes.
 Stroke *drawArc(Stroke *stroke, Point middle, float size, float from, float to) {
     const auto at = [&](int part) {
         const float angle =
@@ -96,20 +97,21 @@ constexpr std::array<Point, 7> bolt = {{
 }};
 
 // Distance to the bolt's edge, negative inside it.
-float toBolt(Point p) {
+float distanceToBolt(Point p) {
     float nearest = 1.0e9f;
     bool inside = false;
     for (std::size_t corner = 0; corner + 1 < bolt.size(); ++corner) {
         const Point a = bolt[corner], b = bolt[corner + 1];
-        nearest = std::min(nearest, toStroke(p, {a, b}));
+        nearest = std::min(nearest, distanceToStroke(p, {a, b}));
         if ((a.y > p.y) != (b.y > p.y) && p.x < a.x + (b.x - a.x) * (p.y - a.y) / (b.y - a.y))
             inside = !inside;
     }
     return inside ? -nearest : nearest;
 }
 
-// How much of a pixel lies within `reach` of a shape; `softness` is the width of its edge.
-float cover(float distance, float softness = 1.0f) {
+// The part of a pixel that a shape covers, by the pixel's distance; `softness` is the width of the
+// edge.
+float coverage(float distance, float softness = 1.0f) {
     return std::clamp(0.5f - distance / softness, 0.0f, 1.0f);
 }
 
@@ -117,15 +119,16 @@ Color emblem(Point p) {
     const Point out = p - center;
     const float toRim = std::sqrt(dot(out, out)) - radius;
     const Point below = {out.x, out.y - 5};
-    Color color = mix(white, shade, cover(std::sqrt(dot(below, below)) - radius + 1, 14.0f));
+    Color color = mix(white, shade, coverage(std::sqrt(dot(below, below)) - radius + 1, 14.0f));
 
     const float height = (out.y + radius) / (2 * radius);
-    color = mix(color, mix(dusk, night, std::clamp(height, 0.0f, 1.0f)), cover(toRim));
-    color = mix(color, white, 0.55f * cover(std::fabs(toRim + 7) - 1)); // a thin ring
-    const float distance = toBolt(p);
-    color = mix(color, gold, 0.35f * cover(distance - 5, 22.0f) * cover(toRim + 8)); // its glow
+    color = mix(color, mix(dusk, night, std::clamp(height, 0.0f, 1.0f)), coverage(toRim));
+    color = mix(color, white, 0.55f * coverage(std::fabs(toRim + 7) - 1)); // a thin ring
+    const float distance = distanceToBolt(p);
+    color =
+        mix(color, gold, 0.35f * coverage(distance - 5, 22.0f) * coverage(toRim + 8)); // its glow
     return mix(color, mix(white, gold, std::clamp(height * 1.3f - 0.15f, 0.0f, 1.0f)),
-               cover(distance - 1.5f));
+               coverage(distance - 1.5f));
 }
 
 } // namespace
@@ -147,8 +150,8 @@ std::unique_ptr<unsigned char[]> splashPicture() {
             if (p.y > nameStarts) {
                 float distance = 1.0e9f;
                 for (const Stroke &stroke : name)
-                    distance = std::min(distance, toStroke(p, stroke));
-                color = mix(color, night, cover(distance - halfStroke));
+                    distance = std::min(distance, distanceToStroke(p, stroke));
+                color = mix(color, night, coverage(distance - halfStroke));
             }
             for (const float part : {color.blue, color.green, color.red})
                 *written++ = static_cast<unsigned char>(part * 255.0f + 0.5f);

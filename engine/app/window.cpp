@@ -1,6 +1,6 @@
-// The window and its context, from the settings asked for to the view in force. SDL is asked in
-// exactly this order: what must be known before the window stands (library, attributes, flags,
-// caption), the window, what was obtained.
+// The window and its context: opened from the requested settings, and recorded as the applied ones.
+// SDL is called in exactly this order: what must be set before the window exists (library,
+// attributes, flags, caption), the window, what was obtained.
 
 #include "engine/app/splash.h"
 #include "engine/app/windowSystem.h"
@@ -17,8 +17,8 @@
 
 namespace {
 
-// What the running window was opened with. A window resized with these, and not with what was
-// obtained, keeps its context.
+// The mode that the window was opened with. A resize with this mode, and not with the obtained one,
+// preserves the context.
 struct {
     int bits = 0;
     Uint32 flags = 0;
@@ -55,7 +55,7 @@ void logRequest(RVSETTINGS &requested) {
     zlfLog("          Water map size : %d\n", requested.getWaterSize());
 }
 
-// On purpose: the video path is not handed on; applications do so themselves.
+// On purpose: without the video path, which applications pass to RVVIDEO themselves.
 void applyPaths(RVSETTINGS &requested) {
     RAVOLT::setRVEPath(requested.getRVEPath());
     zlfLog("          RVE path    : '%s'\n", requested.getRVEPath());
@@ -106,7 +106,7 @@ bool openWindow(RVSETTINGS &requested) {
 } // namespace
 
 bool RVSETTINGS::isOk() {
-    // The classic library reads its driver's table without asking whether there is one.
+    // The classic SDL 1.2 reads its driver's table without a test for NULL.
     return SDL_WasInit(SDL_INIT_VIDEO) &&
            SDL_VideoModeOK(windowX, windowY, colorDepth, modeFlags(fullScreen, resizable)) != 0;
 }
@@ -129,15 +129,15 @@ bool RVSETTINGS::init() {
     }
     const ravolt::SystemWindow window;
     applied.window = window.handle();
-    window.setOuterSize(windowX, windowY); // On purpose: the frame has the size of the content.
+    window.setOuterSize(windowX, windowY); // On purpose: with its frame.
     ravolt::drawSplash(windowX, windowY, CAVESplashScreen, window);
     recordObtainedMode();
     applied.active = true;
     return true;
 }
 
-// The view takes the depths as obtained, the rest as asked for.
-// On purpose: it never takes the audio figures and the render list's capacity, which stay 0.
+// The depths are those obtained, the rest is as requested.
+// On purpose: the audio numbers and the capacity of the render list are not recorded and remain 0.
 void RVSETTINGS::recordObtainedMode() {
     const int red = obtained(SDL_GL_RED_SIZE), green = obtained(SDL_GL_GREEN_SIZE),
               blue = obtained(SDL_GL_BLUE_SIZE), alpha = obtained(SDL_GL_ALPHA_SIZE);
@@ -193,7 +193,7 @@ bool RVSETTINGS::resize(int x, int y, int sizeX, int sizeY) {
         applied.windowY = oldY;
         return false;
     }
-    if (applied.active && sizeX > 0 && sizeY > 0) // a size of 0 would stand for the whole screen
+    if (applied.active && sizeX > 0 && sizeY > 0) // SDL takes a size of 0 for the whole screen
         SDL_SetVideoMode(sizeX, sizeY, requestedMode.bits, requestedMode.flags);
     return true;
 }

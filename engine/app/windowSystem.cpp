@@ -1,6 +1,6 @@
-// X11 by way of SDL_GetWMInfo. The connection is SDL's, so every use of it stands between SDL's
-// lock and unlock. The window manager may take windows away at any time, hence the error handler:
-// Xlib's own would end the process.
+// X11 through SDL_GetWMInfo. SDL owns the connection, so it is used only between SDL's lock and
+// unlock functions. A window may be destroyed at any time, hence the error handler: Xlib's own ends
+// the process.
 
 #include "engine/app/windowSystem.h"
 
@@ -17,21 +17,21 @@ namespace {
 
 int ignoreError(Display *, XErrorEvent *) { return 0; }
 
-// One use of SDL's connection.
+// Locks SDL's connection and ignores errors for its lifetime.
 class Connection {
   public:
-    Connection(void *opened, void (*lock)(), void (*leave)())
-        : display(static_cast<Display *>(opened)), unlock(leave) {
+    Connection(void *opened, void (*lock)(), void (*release)())
+        : display(static_cast<Display *>(opened)), unlock(release) {
         if (lock)
             lock();
         XSync(display, False);
-        before = XSetErrorHandler(ignoreError);
+        previousHandler = XSetErrorHandler(ignoreError);
     }
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
     ~Connection() {
         XSync(display, False);
-        XSetErrorHandler(before);
+        XSetErrorHandler(previousHandler);
         if (unlock)
             unlock();
     }
@@ -40,7 +40,7 @@ class Connection {
 
   private:
     void (*unlock)();
-    XErrorHandler before;
+    XErrorHandler previousHandler;
 };
 
 struct Size {
@@ -48,7 +48,7 @@ struct Size {
     int height = 0;
 };
 
-// Size with the border; zeros when the window is gone.
+// Size with the border; zeros when the window does not exist.
 Size sizeOf(Display *display, Window window) {
     Window root;
     int x, y;
@@ -58,8 +58,8 @@ Size sizeOf(Display *display, Window window) {
     return {static_cast<int>(width + 2 * border), static_cast<int>(height + 2 * border)};
 }
 
-// The frame that a window manager has put around `window`: its ancestor right below the root, or
-// the window itself.
+// The frame window that a window manager has created for `window`: its ancestor directly below the
+// root, or the window itself.
 Window frameOf(Display *display, Window window) {
     for (;;) {
         Window root, parent, *children = nullptr;
@@ -74,8 +74,8 @@ Window frameOf(Display *display, Window window) {
     }
 }
 
-// A window of a fixed size says so to the window manager, which would hold it to that size.
-void moveFixedSize(Display *display, Window window, Size size) {
+// Changes the size hints of a window that is not resizable, which the window manager enforces.
+void setFixedSize(Display *display, Window window, Size size) {
     XSizeHints hints;
     long supplied;
     if (!XGetWMNormalHints(display, window, &hints, &supplied) || !(hints.flags & PMaxSize))
@@ -110,13 +110,13 @@ void SystemWindow::setOuterSize(int width, int height) const {
     const Connection connection(display, lock, unlock);
     const Size inner = sizeOf(connection.display, window);
     const Size outer = sizeOf(connection.display, frameOf(connection.display, window));
-    const Size wanted = {std::max(1, width - (outer.width - inner.width)),
-                         std::max(1, height - (outer.height - inner.height))};
-    if (wanted.width == inner.width && wanted.height == inner.height)
+    const Size newSize = {std::max(1, width - (outer.width - inner.width)),
+                          std::max(1, height - (outer.height - inner.height))};
+    if (newSize.width == inner.width && newSize.height == inner.height)
         return;
-    moveFixedSize(connection.display, window, wanted);
-    XResizeWindow(connection.display, window, static_cast<unsigned int>(wanted.width),
-                  static_cast<unsigned int>(wanted.height));
+    setFixedSize(connection.display, window, newSize);
+    XResizeWindow(connection.display, window, static_cast<unsigned int>(newSize.width),
+                  static_cast<unsigned int>(newSize.height));
 }
 
 void SystemWindow::raiseToTop() const {
@@ -126,7 +126,7 @@ void SystemWindow::raiseToTop() const {
     XMoveWindow(connection.display, window, 0, 0);
     XRaiseWindow(connection.display, window);
 
-    // A window manager keeps windows on top itself, when it is asked.
+    // Requests the window manager to show the window always on top.
     constexpr long add = 1, fromApplication = 1;
     XEvent request = {};
     request.xclient.type = ClientMessage;

@@ -1,23 +1,23 @@
 #pragma once
 
-// The window as the window system knows it: the one place that differs between systems. On X11 the
-// calls act on SDL's top-level window; with a video driver that has no X11 window, or none at all,
+// The window system's own window, the only code that differs between window systems. On X11 the
+// calls act on SDL's top-level window. With a video driver without X11 windows, or without any,
 // they do nothing.
 
 namespace ravolt {
 
 class SystemWindow {
   public:
-    // Asks SDL for the window it has open.
+    // Gets the open window from SDL.
     SystemWindow();
 
     // The window system's handle: on X11 the window's number, cast. NULL for none.
     void *handle() const;
 
-    // Gives the window's frame the size in pixels; the position stays.
+    // Resizes the window so that, with its frame, it has this size in pixels. Does not move it.
     void setOuterSize(int width, int height) const;
 
-    // Moves the window to the screen's top left corner and above all others; the size stays.
+    // Moves the window to the screen's top left corner and above all others. Does not resize it.
     void raiseToTop() const;
 
   private:

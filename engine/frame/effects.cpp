@@ -1,11 +1,10 @@
-// The effect passes on whole pictures: depth pass, bloom with tone mapping, depth of field. Target
-// 0 is the scene. Target 1 gets the depth pass and then the result of a blur, whose colour mask
-// keeps the depths in its alpha.
+// The full-screen passes: depths, bloom with tone mapping, depth of field. Target 0 is the scene.
+// Target 1 gets the depths in its alpha and then a blurred picture in its colours; the colour mask
+// protects the alpha.
 //
-// Tone mapping and depth of field draw the scene's own texture onto the scene. What a program reads
-// while it draws there is undefined, so that the texture which they read is a copy: target 5's,
-// which nothing else uses, filled by OpenGL from target 0 just before. The picture is that of the
-// formulas on every driver.
+// Tone mapping and depth of field would read the texture that they draw into, with an undefined
+// result. They read a copy: the texture of target 5, which nothing else uses, copied from target 0
+// just before. So every driver draws the same picture.
 
 #include "engine/frame/frameSteps.h"
 
@@ -33,20 +32,20 @@ constexpr int firstLevel = 6; // of the targets that blur uses
 
 void drawOver(const RVFBO &target) { ravolt::drawQuad(target.getSizeX(), target.getSizeY()); }
 
-// Puts a copy of the scene, which must be the current target, on unit 0.
-void renderCopyOfScene() {
+// Copies the scene, which must be the current target, and binds the copy to unit 0.
+void bindSceneCopy() {
     sceneCopy().getTexture()->render(nullptr);
     glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, scene().getSizeX(), scene().getSizeY());
 }
 
-// The blur of a target into target 1, whose alpha stays.
-void blurKeepingDepths(RVFBO &source, RVSHADER *combine) {
+// Blurs a target into the colours of target 1.
+void blurColors(RVFBO &source, RVSHADER *combine) {
     glColorMask(1, 1, 1, 0);
     source.blur(&blurred(), combine, firstLevel);
     glColorMask(1, 1, 1, 1);
 }
 
-// What is brighter than white, into target 4; what stands there is drawn in pixels of its size.
+// Draws what is brighter than white into target 4, whose pixel projection is current.
 void drawBrightParts() {
     RVTEXTURE::texturingOn(0);
     RVOPENGL::blendingOff();
@@ -58,7 +57,7 @@ void drawBrightParts() {
     drawOver(bright());
 }
 
-// The eye closes the gap at a rate of the whole gap a second.
+// The adapted luminance approaches the measured one by the whole difference per second.
 // On purpose: a frame longer than a second overshoots.
 float adapt(float current, float luminance, float seconds) {
     const float gap = current - luminance;
@@ -67,7 +66,7 @@ float adapt(float current, float luminance, float seconds) {
 }
 
 void toneMap(float luminance, float exposure) {
-    renderCopyOfScene();
+    bindSceneCopy();
     RVSHADER::bloomToneMapping->render(nullptr);
     RVSHADER::bindLuminanceAndExposure(luminance, exposure);
     glColor4f(1, 1, 1, 1);
@@ -95,7 +94,7 @@ void compositeDepthOfField(float focus, float range) {
     scene().render(nullptr);
     RVSHADER::dof->render(nullptr);
     RVSHADER::bindFocusAndRange(focus, range);
-    renderCopyOfScene();
+    bindSceneCopy();
     unsigned int unit = 1;
     blurred().getTexture()->render(&unit);
     drawOver(scene());
@@ -104,7 +103,7 @@ void compositeDepthOfField(float focus, float range) {
 
 } // namespace
 
-// The flags outlive the programs, which the application may have deleted.
+// The flags of RVSHADER remain true when the application deletes the programs.
 bool RAVOLT::Frame::haveBloom() {
     return blooming && RVSHADER::useBloom() && RVSHADER::bloomBright && RVSHADER::bloomCombine &&
            RVSHADER::bloomH && RVSHADER::bloomV && RVSHADER::bloomToneMapping &&
@@ -123,9 +122,9 @@ void RAVOLT::Frame::invalidateAfterList() {
     RVMATERIAL::reset();
 }
 
-// On purpose: a mesh that no light was ever picked for leaves its program, here too, and the lights
-// are picked behind this pass. So in the first frame the alpha of the current colour, mostly 1,
-// stands for the depth of every mesh, and the focus on one of them blurs them all.
+// On purpose: a mesh for which no light was ever chosen is drawn without a program, here too, and
+// the lights of a frame are chosen after this pass. So in the first frame the depth of every mesh
+// is the alpha of the current colour, mostly 1, and the focus on one of them blurs them all.
 void RAVOLT::Frame::drawDepths() {
     blurred().render(nullptr);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -144,7 +143,7 @@ void RAVOLT::Frame::applyBloom() {
     {
         const ravolt::PixelProjection pixels(bright().getSizeX(), bright().getSizeY());
         drawBrightParts();
-        blurKeepingDepths(bright(), RVSHADER::bloomCombine);
+        blurColors(bright(), RVSHADER::bloomCombine);
         float luminance = 1.0f;
         if (HDR)
             scene().computeLuminance(&luminance);
@@ -168,7 +167,7 @@ void RAVOLT::Frame::applyDepthOfField() {
         RVLIGHT::lightingOff();
         glColor4f(0, 0, 0, 1);
         glDisable(GL_DEPTH_TEST);
-        blurKeepingDepths(scene(), RVSHADER::dofCombine);
+        blurColors(scene(), RVSHADER::dofCombine);
         compositeDepthOfField(DOFFocus, DOFRange);
         glEnable(GL_DEPTH_TEST);
     }

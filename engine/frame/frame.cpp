@@ -1,7 +1,7 @@
-// The frame between its marks. The application's passes fill the render list between a begin and
-// an end, and the end functions draw it, each entry through its node's `render`; the current
-// profile and target decide what that produces. A projection pushed by begin2D is popped by end2D;
-// everything else leaves the stacks as it found them.
+// The frame, from `clear` to `end2D`. Between a begin and an end function the application's passes
+// fill the render list; the end function draws each entry through its node's `render`, which
+// depends on the current profile and target. The projection that begin2D pushes is popped by end2D;
+// all other functions restore the matrix stacks.
 
 #include "engine/frame/frameSteps.h"
 #include "engine/gl/bindings.h"
@@ -46,23 +46,23 @@ void loadView(RVCAMERA *camera) {
         camera->render(nullptr);
         return;
     }
-    RVCAMERA standard;
-    standard.render(nullptr);
+    RVCAMERA defaultCamera;
+    defaultCamera.render(nullptr);
 }
 
-// On purpose: nothing ends the lines but the next begin2D.
+// On purpose: only the next begin2D ends line mode.
 void startWireframe() {
     glDisable(GL_CULL_FACE); // not through the switch, so that end2D still knows what to restore
     glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
 }
 
-// The state in which everything flat is drawn.
-void startFlatDrawing() {
+// The state of the 2D block.
+void setState2D() {
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
     RVSHADER::disable();
     RVLIGHT::lightingOff();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
-    RVMATERIAL::reset(); // its textures, blending and lighting have just gone
+    RVMATERIAL::reset(); // its textures, blending and lighting have just been switched off
     RVELEMENT::reset();
     RVOPENGL::blendingOff();
     glDisable(GL_CULL_FACE); // not through the switch, so that end2D still knows what to restore
@@ -71,7 +71,7 @@ void startFlatDrawing() {
 }
 
 // Vertices, colours and texture coordinates, from the application's memory.
-void setFlatArrays() {
+void setArrays2D() {
     ravolt::unbindBuffers();
     RVOPENGL::vertexArrayOn();
     RVOPENGL::normalArrayOff();
@@ -95,7 +95,7 @@ void pushPixelProjection() {
     }
 }
 
-// The view's rotation and the sky's own: the sky turns with the camera and never moves.
+// The rotations of the view and of the sky, without a translation.
 Z3MMATRIX skyMatrix(const RVNODE &sky) {
     glLoadIdentity();
     glMultMatrixf(RVCAMERA::getCameraMatrix()->e);
@@ -108,15 +108,15 @@ Z3MMATRIX skyMatrix(const RVNODE &sky) {
 
 } // namespace
 
-// Here and not beside the other switches, since the programs are asked.
+// Not in engine/state with the other switches, since it needs RVSHADER.
 void RAVOLT::shadowingOn() {
     if (RVSHADER::useShadows())
         shadowing = true;
 }
 
 bool RAVOLT::clear(bool color, bool depth, bool stencil) {
-    // On purpose: where the target is not chosen, one that is left bound stays bound.
-    renderingOnFbo = Frame::wantsTarget();
+    // On purpose: a target that is bound is not unbound where target 0 is not needed.
+    renderingOnFbo = Frame::needsTarget();
     if (renderingOnFbo)
         RVOPENGL::getFbo(0)->render(nullptr);
     const GLbitfield mask = (color ? GL_COLOR_BUFFER_BIT : 0u) |
@@ -127,17 +127,17 @@ bool RAVOLT::clear(bool color, bool depth, bool stencil) {
     return true;
 }
 
-// The application may have deleted one of them, or its texture, with all others.
+// The application may have deleted some of them or of their textures.
 bool RAVOLT::Frame::haveTargets() {
     return active && ravolt::framebuffersWork() &&
            std::all_of(std::begin(RVOPENGL::fbo), std::end(RVOPENGL::fbo),
                        [](const RVFBO *target) { return target && target->getTexture(); });
 }
 
-// Asked by the settings or by an effect that composes the picture.
-bool RAVOLT::Frame::wantsTarget() {
+// The settings force target 0, or an effect draws into it.
+bool RAVOLT::Frame::needsTarget() {
     if (RVSETTINGS::getSDLForceFBO())
-        return haveTargets(); // without targets the wish is ignored
+        return haveTargets(); // without targets the setting is ignored
     return haveBloom() || haveDepthOfField();
 }
 
@@ -149,8 +149,8 @@ bool RAVOLT::begin3D(RVCAMERA *camera) {
     return true;
 }
 
-// On purpose: with shadows the main pass draws once more what the shadow pass has drawn; at equal
-// depths the shadowed picture stands, while what is transparent blends a second time.
+// On purpose: after the shadow pass the main pass draws the list once more. At equal depths the
+// shadowed pixels remain, while transparent entries are blended a second time.
 bool RAVOLT::end3D(bool blit) {
     RVELEMENT::sort3D();
     if (wireframe)
@@ -173,8 +173,8 @@ bool RAVOLT::end3D(bool blit) {
 
 bool RAVOLT::begin2D() {
     updateTimer();
-    startFlatDrawing();
-    setFlatArrays();
+    setState2D();
+    setArrays2D();
     pushPixelProjection();
     return true;
 }
@@ -217,7 +217,7 @@ void RAVOLT::Frame::presentScene() {
     glEnable(GL_DEPTH_TEST);
 }
 
-// Only the first child; the skybox itself holds it and its rotation.
+// Draws the first child only. The skybox node itself has the rotation.
 void RAVOLT::Frame::drawSkybox() {
     RVMATERIAL::reset();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);

@@ -9,9 +9,9 @@ class RVLIGHT;
 // composites the picture leaves the full profile, an open colour mask, blending off with its
 // standard function, and the frame's own target bound.
 struct RAVOLT::Frame {
-    // Whether the render targets are complete, and whether the frame is drawn into target 0.
+    // Whether all render targets exist, and whether the frame must be drawn into target 0.
     static bool haveTargets();
-    static bool wantsTarget();
+    static bool needsTarget();
 
     // Whether an effect is requested and supported.
     static bool haveBloom();

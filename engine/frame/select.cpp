@@ -1,5 +1,5 @@
-// What lies under a pixel: the last 3D block is drawn once more into that pixel alone, with
-// identities for colours, and the pixel is read and put back. Its depth is lost.
+// Picking: the last 3D block is drawn once more into one pixel, with object ids as colours. The
+// pixel is read and its colour is restored; its depth is lost.
 
 #include "engine/frame/frameSteps.h"
 #include "engine/gl/screenQuad.h"
@@ -18,7 +18,7 @@ namespace {
 
 using PixelBytes = std::array<GLubyte, 4>; // red, green, blue, alpha
 
-// Wraps for coordinates that no window has.
+// Wraps for coordinates outside of any window.
 int fromTop(int y) {
     return static_cast<int>(static_cast<unsigned int>(RVSETTINGS::getSDLWindowY()) -
                             static_cast<unsigned int>(y));
@@ -37,7 +37,7 @@ WindowPixel turnForDisplay(int x, int y) {
     return {x, y};
 }
 
-// All zeros outside of what is drawn into.
+// All zeros outside of the target.
 PixelBytes readPixel(const WindowPixel &pixel) {
     PixelBytes bytes = {};
     glReadPixels(pixel.x, pixel.row(), 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
@@ -46,15 +46,14 @@ PixelBytes readPixel(const WindowPixel &pixel) {
 
 bool isPickable(const RVNODE &node) { return ravolt::traitsOf(node).pickable; }
 
-// Limits drawing to the pixel; directly, so that the scissor switch stays as the application set
-// it.
+// Limits drawing to the pixel, with direct calls: the cached switch is the application's.
 void limitTo(const WindowPixel &pixel) {
     glScissor(pixel.x, pixel.row(), 1, 1);
     glEnable(GL_SCISSOR_TEST);
 }
 
-// The reverse of how an identity becomes a colour: the lowest byte is red, at 16 bits in fields of
-// 5, 6 and 5 with red the highest.
+// The inverse of the coding of an id as a colour: the lowest byte is red; at 16 bits the fields
+// have 5, 6 and 5 bits, and red is the highest.
 unsigned int decodeObjectId(const PixelBytes &bytes, int colorDepth) {
     const unsigned int red = bytes[0], green = bytes[1], blue = bytes[2], alpha = bytes[3];
     if (colorDepth == 16)
@@ -63,13 +62,13 @@ unsigned int decodeObjectId(const PixelBytes &bytes, int colorDepth) {
     return colorDepth == 24 ? color : color | alpha << 24;
 }
 
-// Texturing stays as it is, on purpose: the point takes part in what is still enabled.
+// On purpose: texturing is not changed, so a texture that is still enabled affects the point.
 void restorePixel(const WindowPixel &pixel, const PixelBytes &color) {
     const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
     glDisable(GL_DEPTH_TEST);
     ravolt::resetProjection();
     ravolt::applyWindowProjection(width, height);
-    RVSHADER::disable(); // the last program of the frame may light what it draws
+    RVSHADER::disable(); // the last program of the frame may still be active
     RVLIGHT::lightingOff();
     RVOPENGL::blendingOff();
     glBegin(GL_POINTS);
@@ -86,7 +85,7 @@ Viewport readViewport() {
     return viewport;
 }
 
-// Keeps both matrices, brings the viewport back, and ends with the state of the frame.
+// Restores both matrices, the viewport and the state of the frame at the end of its lifetime.
 class SelectionScope {
   public:
     explicit SelectionScope(const Viewport &toRestore) : viewport(toRestore) {
@@ -121,7 +120,7 @@ unsigned int RAVOLT::select(int x, int y) {
     const SelectionScope scope(viewport);
 
     const Z3MVECTOR4D background = RVOPENGL::getBackgroundColor();
-    RVOPENGL::setBackgroundColor(0, 0, 0, 0); // nothing has the identity 0
+    RVOPENGL::setBackgroundColor(0, 0, 0, 0); // no object has the id 0
     limitTo(pixel);
     clear(true, true, false);
     glDepthFunc(GL_LEQUAL);
@@ -132,6 +131,6 @@ unsigned int RAVOLT::select(int x, int y) {
 
     const PixelBytes after = readPixel(pixel);
     restorePixel(pixel, before);
-    RVMATERIAL::reset(); // the flat drawing has undone what the last material had set
+    RVMATERIAL::reset(); // the flat profile has undone what the last material had set
     return decodeObjectId(after, RVSETTINGS::getSDLColorDepth());
 }

@@ -1,6 +1,7 @@
-// The shadow pass: the scene as the caster sees it goes into target 2, a depth texture, and the
-// list is drawn with that map on unit 1, whose texture matrix takes places in eye space to the map.
-// The map survives the frame, which is what RAVOLT::skipShadowsGeneration relies on.
+// The shadow pass: the depths of the scene, seen from the caster, are drawn into target 2, a depth
+// texture. Then the list is drawn with that map on unit 1, whose texture matrix transforms
+// positions from eye space to the map. The map is preserved until the next frame, on which
+// RAVOLT::skipShadowsGeneration relies.
 
 #include "engine/frame/frameSteps.h"
 
@@ -32,7 +33,7 @@ bool isCaster(RVNODE &node) {
     return light.getLightType() == RV_LIGHT_TYPE_SPOT && light.isShadowCaster();
 }
 
-// Multiplies the cone's perspective onto the projection, which must be on a slot of its own.
+// Multiplies the perspective of the light's cone onto the projection, which is the current matrix.
 Z3MMATRIX loadProjection(const RVLIGHT &light) {
     RVOPENGL::setPerspective(2 * light.getCutOff(), 1, light.getShadowNearPlane(),
                              light.getShadowFarPlane());
@@ -42,12 +43,13 @@ Z3MMATRIX loadProjection(const RVLIGHT &light) {
     return projection;
 }
 
-// Leaves the modelview matrix at the view.
-// On purpose: a light that shines straight along y has no side, and casts nothing sensible.
+// Also loads the view into the modelview matrix.
+// On purpose: for a light that points along the y axis `side` is a null vector, and the shadows are
+// not sensible.
 Z3MMATRIX loadView(RVLIGHT &light) {
-    const Z3MMATRIX place = light.getFinalMatrix(nullptr);
-    const Z3MVECTOR3D eye(place.e[12], place.e[13], place.e[14]);
-    const Z3MVECTOR3D target = eye + place.rotate(light.getDirection());
+    const Z3MMATRIX transform = light.getFinalMatrix(nullptr);
+    const Z3MVECTOR3D eye(transform.e[12], transform.e[13], transform.e[14]);
+    const Z3MVECTOR3D target = eye + transform.rotate(light.getDirection());
     Z3MVECTOR3D forward = eye - target;
     forward.normalize();
     Z3MVECTOR3D up(0, 1, 0);
@@ -55,16 +57,16 @@ Z3MMATRIX loadView(RVLIGHT &light) {
     up = forward ^ side;
     side.normalize();
     up.normalize();
-    const float turn[16] = {side.x, up.x, forward.x, 0, side.y, up.y, forward.y, 0,
-                            side.z, up.z, forward.z, 0, 0,      0,    0,         1};
-    glLoadMatrixf(turn);
+    const float rotation[16] = {side.x, up.x, forward.x, 0, side.y, up.y, forward.y, 0,
+                                side.z, up.z, forward.z, 0, 0,      0,    0,         1};
+    glLoadMatrixf(rotation);
     glTranslatef(-eye.x, -eye.y, -eye.z);
     Z3MMATRIX view;
     glGetFloatv(GL_MODELVIEW_MATRIX, view.e);
     return view;
 }
 
-// How the caster sees the scene.
+// The matrices of the caster.
 struct Caster {
     Z3MMATRIX projection, view, cameraInverse;
 
@@ -77,7 +79,7 @@ struct Caster {
     Z3MMATRIX eyeToLight() const { return cameraInverse * view; }
 };
 
-// Back faces alone go into the map, whatever culling is.
+// Only back faces are drawn for its lifetime, whatever the cached switch is.
 class BackFaces {
   public:
     BackFaces() : culled(RVOPENGL::isCulled()) {
@@ -97,8 +99,8 @@ class BackFaces {
     bool culled;
 };
 
-// Shifts the depths of what is filled while it lives, unless both numbers are 0: then OpenGL's own
-// offset, which may be the application's, stays in force.
+// Sets the offset of filled polygons for its lifetime, unless both numbers are 0: then OpenGL's
+// current offset, which may be the application's, is not changed.
 class DepthOffset {
   public:
     DepthOffset(float factor, float units) : shifts(factor != 0.0f || units != 0.0f) {
@@ -154,7 +156,8 @@ void loadMapMatrix(const Caster &caster) {
     glMatrixMode(GL_MODELVIEW);
 }
 
-// Not through the texture, since the unit must stay off for what is drawn without a program.
+// Not through RVTEXTURE, which enables the unit: it must be off for what is drawn without a
+// program.
 void bindMap() {
     glBindTexture(GL_TEXTURE_2D, shadowMap().getTexture()->getGLId());
     RVSHADER::bindTexture(mapUnit);
@@ -183,9 +186,8 @@ RVLIGHT *RAVOLT::Frame::findCaster() {
     return caster;
 }
 
-// Without the lights, and without the sky and what reaches to the horizon, which would leave the
-// caster no depth to tell things apart. The entries stand in the caster's eye space while they are
-// drawn.
+// Draws the entries that cast shadows: not the lights, nor what extends to the horizon, as the sky
+// does. The matrix of an entry is in the caster's eye space while it is drawn.
 void RAVOLT::Frame::drawCasters(const Z3MMATRIX &eyeToLight) {
     const unsigned int first = RVELEMENT::getNumberOfLights();
     for (unsigned int index = first; index < RVELEMENT::getNumberOfPassedElements(); ++index) {

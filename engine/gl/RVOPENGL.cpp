@@ -47,7 +47,7 @@ namespace {
 
 constexpr float halfDegree = 0.008726646192371845f; // in radians
 
-// The two halves of a switch: whether OpenGL must be told, and the change of its flag.
+// Change the flag of a switch; true when OpenGL must be called.
 bool mustEnable(bool &flag) { return !ravolt::cacheHit(std::exchange(flag, true)); }
 bool mustDisable(bool &flag) { return !ravolt::cacheHit(!std::exchange(flag, false)); }
 
@@ -119,7 +119,7 @@ Z3MVECTOR4D RVOPENGL::getGlobalAmbientLight() { return globalAmbientLight; }
 bool RVOPENGL::resize(int x, int y, int sizeX, int sizeY) {
     if (sizeX < 1 || sizeY < 1)
         zlfLog("   [!] invalid params @ RVOPENGL::resize\n");
-    // On purpose: bad sizes go through, down to a division by zero, and the result is true.
+    // On purpose: such a size is used all the same, even for a division by zero.
     const float width = static_cast<float>(sizeX), height = static_cast<float>(sizeY);
 
     glMatrixMode(GL_PROJECTION);

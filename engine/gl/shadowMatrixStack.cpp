@@ -1,5 +1,5 @@
-// The mirror of OpenGL's matrix stacks. What a matrix call multiplies goes in front: `m` times top,
-// as Z3MMATRIX reads a product. Both tops are always valid slots.
+// The mirror of OpenGL's matrix stacks. A matrix call replaces the top with `matrix * top`, a
+// product of Z3MMATRIX, which applies its left side first. Both indices are always valid.
 
 #include "ravolt/shadowMatrixStack.h"
 
@@ -16,7 +16,7 @@ namespace {
 struct MatrixStack {
     static constexpr unsigned int limit = 32; // of the index
 
-    // On purpose: one slot more than the 32 of a stack, as the 32nd push passes.
+    // On purpose: one slot more than the 32 of a stack, since the 32nd push succeeds.
     Z3MMATRIX slot[limit + 1];
     unsigned int index = 0; // of the top
 
@@ -126,6 +126,6 @@ void glWrapperOrtho(double left, double right, double bottom, double top, double
 }
 
 void glWrapperGetFloatv(unsigned int name, float *matrix) {
-    if (MatrixStack *asked = stackOf(name, GL_MODELVIEW_MATRIX, GL_PROJECTION_MATRIX))
-        std::copy(std::begin(asked->top().e), std::end(asked->top().e), matrix);
+    if (MatrixStack *stack = stackOf(name, GL_MODELVIEW_MATRIX, GL_PROJECTION_MATRIX))
+        std::copy(std::begin(stack->top().e), std::end(stack->top().e), matrix);
 }

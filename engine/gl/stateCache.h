@@ -1,16 +1,16 @@
 #pragma once
 
-// Every test of a cached OpenGL state goes through here. One switch of the build makes all of them
-// miss; what is drawn must be the same with and without it, or a cache lies.
+// Every test of a cached OpenGL state goes through here. An option of the build makes all of them
+// miss. What is drawn must be the same with and without it, else a cache is wrong.
 
 namespace ravolt {
 
-// Whether the call to OpenGL can be left out, `holds` being what the cache knows.
-inline bool cacheHit([[maybe_unused]] bool holds) {
+// Whether the call to OpenGL can be omitted. `matches`: the cached state is the requested one.
+inline bool cacheHit([[maybe_unused]] bool matches) {
 #ifdef RAVOLT_CACHES_MISS
     return false;
 #else
-    return holds;
+    return matches;
 #endif
 }
 

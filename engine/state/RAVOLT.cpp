@@ -1,6 +1,6 @@
-// The engine's state: switches, frame clock and stamp, video-memory ledger. Nothing here starts or
-// stops anything, and only `init` and `free` (engine/app/lifecycle.cpp) write `active`: what a run
-// leaves in the other members, the next one finds.
+// The engine's state: switches, frame clock and stamp, the count of the video memory. Only `init`
+// and `free` (engine/app/lifecycle.cpp) write `active`. No other member is reset between two runs
+// of the engine.
 
 #include "ravolt/RAVOLT.h"
 
@@ -57,8 +57,8 @@ long RAVOLT::getTimeStamp() { return timeStamp; }
 bool RAVOLT::swap() {
     timerAdjourned = false;
     glFlush();
-    glFinish(); // the clock is read after this call, so that it measures the card's work too
-    if (SDL_WasInit(SDL_INIT_VIDEO)) // a swap too early or too late has nothing to show
+    glFinish(); // the clock is read after this call, so that it measures the GPU's work, too
+    if (SDL_WasInit(SDL_INIT_VIDEO)) // else there is no window
         SDL_GL_SwapBuffers();
     return true;
 }

@@ -1,5 +1,5 @@
-// The record, its file, and the view in force. Only RVSETTINGS::init (engine/app/window.cpp) fills
-// the view; this source hands it out.
+// The requested settings with their file, and the getters of the applied ones, which
+// engine/app/window.cpp records.
 
 #include "ravolt/RVSETTINGS.h"
 
@@ -18,14 +18,14 @@ void replaceText(char (&target)[256], const char *text) {
         ravolt::copyText(target, text);
 }
 
-// The parser that `load` reads through, closed on the way out.
-// On purpose: a file that did not open goes the same way, as one without keys, and closing it says
-// that there is nothing to close.
+// The parser of `load`, closed by the destructor.
+// On purpose: a file that could not be opened is read as one without keys, and closing it logs that
+// there is nothing to close.
 class SettingsFile {
   public:
     explicit SettingsFile(const char *filename) {
         if (!zlfOpenParser(&parser, filename))
-            parser = {}; // what a failure leaves there is not ours
+            parser = {}; // a failure may leave it half set
         zlfRemoveComments(&parser, '#');
     }
     SettingsFile(const SettingsFile &) = delete;
@@ -45,9 +45,10 @@ struct FlagCells {
     int &audioChannels;
 };
 
-// On purpose: a flag's number in the file is stored with all its four bytes over the fields from
-// `flag` on, as they stand in memory: fullScreen 0, resizable 1, landscape 2, CAVESplashScreen 3,
-// then the bytes of audioChannels, lowest first. A flag is on when its byte is not zero.
+// On purpose: the number of a flag in the file is stored, with all its four bytes, over the fields
+// from `flag` on, in their order in memory: fullScreen 0, resizable 1, landscape 2,
+// CAVESplashScreen 3, then the bytes of audioChannels, lowest first. A flag is on when its byte is
+// not zero.
 void storeOverFlags(const FlagCells &cells, int flag, unsigned int value) {
     constexpr int numberOfFlags = 4;
     for (int cell = flag; cell < flag + 4; ++cell, value >>= 8) {
@@ -57,9 +58,9 @@ void storeOverFlags(const FlagCells &cells, int flag, unsigned int value) {
             continue;
         }
         const int shift = 8 * (cell - numberOfFlags);
-        const unsigned int kept =
+        const unsigned int others =
             static_cast<unsigned int>(cells.audioChannels) & ~(0xFFu << shift);
-        cells.audioChannels = static_cast<int>(kept | byte << shift);
+        cells.audioChannels = static_cast<int>(others | byte << shift);
     }
 }
 
@@ -75,11 +76,11 @@ RVSETTINGS::RVSETTINGS()
     ravolt::copyText(title, ravolt::banner);
 }
 
-// The rows stand in the order in which the file is asked; it is part of the format, since a flag's
-// store reaches over the fields behind it and later rows repair them.
+// The keys are read in the order of the rows, which is part of the format: a stored flag overwrites
+// the fields after it, which later rows set again.
 bool RVSETTINGS::load(const char *filename) {
     constexpr int plain = -1; // a number
-    constexpr int alone = -2; // a flag with nothing but padding behind it
+    constexpr int alone = -2; // a flag followed by padding only
     struct NumberRow {
         const char *key;
         int RVSETTINGS::*field;
