@@ -1,5 +1,7 @@
 #include "tools/convert/images.h"
 
+#include "tools/convert/morePictures.h"
+
 #include <algorithm>
 #include <bit>
 #include <climits>
@@ -68,6 +70,8 @@ Image decodeMemory(const unsigned char *bytes, std::size_t size, std::string &re
         reason = size ? "is too large" : "is empty";
         return {};
     }
+    if (const char *other = otherFormatOf(bytes, size))
+        return decodeOther(other, bytes, size, mostPixels, reason);
     const int length = static_cast<int>(size);
     int width = 0, height = 0, channels = 0;
     if (!stbi_info_from_memory(bytes, length, &width, &height, &channels)) {

@@ -1,0 +1,21 @@
+#pragma once
+
+// Pictures in formats that stb_image does not read: SGI, DDS, TIFF, WebP, JPEG 2000 and PCX, known
+// by their first bytes. ImageMagick decodes them; a build without it reads none.
+
+#include "tools/convert/images.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace ravolt::tool {
+
+// The format by ImageMagick's name; NULL if the bytes begin none of these.
+const char *otherFormatOf(const unsigned char *bytes, std::size_t size);
+
+// Reads a picture of at most `mostPixels`; an empty one, with the reason, if it cannot be read.
+Image decodeOther(const char *format, const unsigned char *bytes, std::size_t size,
+                  std::uint64_t mostPixels, std::string &reason);
+
+} // namespace ravolt::tool
