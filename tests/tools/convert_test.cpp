@@ -526,9 +526,6 @@ TEST(Convert, NamesWhatASceneCannotHold) {
     writeFile("lines.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\nl 1 2\nl 2 3\n");
     EXPECT_TRUE(contains(make("lines.obj").report.warnings(),
                          "2 lines left out: only triangles are drawn"));
-    writeFile("colors.obj", "v 0 0 0 1 0 0\nv 1 0 0 0 1 0\nv 0 1 0 0 0 1\nf 1 2 3\n");
-    EXPECT_TRUE(
-        contains(make("colors.obj").report.warnings(), "vertex colours of 1 mesh left out"));
 }
 
 TEST(Convert, MovesNodesUpThatLieTooDeep) {

@@ -94,7 +94,7 @@ Converted makeScene(const ConvertOptions &options, Report &report, Progress &pro
         throw Failure("the scale must be a number above 0");
     checkTarget(options);
     ModelFiles sources(options.model, options.sources, report);
-    const Model model(options.model.string(), sources, report, progress);
+    const Model model(options.model.string(), sources, report, progress, options.largestTexture);
     reportUnheld(model.scene(), report);
 
     Textures textures(model.scene(), sources, textureOptions(options), report, files, inputs);

@@ -6,6 +6,7 @@
 
 #include "tools/convert/container.h"
 #include "tools/convert/gltf1.h"
+#include "tools/convert/vertexColors.h"
 #include "tools/convert/vertices.h"
 #include "tools/failure.h"
 
@@ -295,7 +296,8 @@ void Model::readFile(const std::string &path, ModelFiles &files, Report &report)
         ways = gltf2->plainInterpolations();
 }
 
-Model::Model(const std::string &path, ModelFiles &files, Report &report, Progress &progress) {
+Model::Model(const std::string &path, ModelFiles &files, Report &report, Progress &progress,
+             unsigned int textureLimit) {
     std::error_code error;
     if (!std::filesystem::exists(path, error))
         throw Failure(path, "no such file");
@@ -346,6 +348,7 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
         hasTextureTransforms() ? steps : steps | aiProcess_TransformUVCoords);
     if (!current)
         throw Failure(path, oneLine(importer.GetErrorString()));
+    bakeVertexColors(read, {linearColors, textureLimit}, report);
     // assimp's own step joins vertices of different bones.
     for (unsigned int i = 0; i < current->mNumMeshes; ++i)
         weldVertices(*current->mMeshes[i]);

@@ -5,6 +5,7 @@
 // nowhere are dropped, and so are weights of such vertices. Everything dropped is reported.
 
 #include "tools/convert/gltf2.h"
+#include "tools/convert/images.h"
 #include "tools/convert/modelFiles.h"
 #include "tools/progress.h"
 #include "tools/report.h"
@@ -19,8 +20,10 @@ namespace ravolt::tool {
 class Model {
   public:
     // Throws Failure, with one line, when the file cannot be read or holds nothing to draw.
-    // Further files of the model are read through `files`.
-    Model(const std::string &path, ModelFiles &files, Report &report, Progress &progress);
+    // Further files of the model are read through `files`. Textures that are made of vertex colours
+    // have sides of at most `textureLimit` pixels.
+    Model(const std::string &path, ModelFiles &files, Report &report, Progress &progress,
+          unsigned int textureLimit = largestTexture);
 
     const aiScene &scene() const { return *current; }
 

@@ -32,9 +32,6 @@ void reportUnheld(const aiScene &scene, Report &report) {
     reportMeshes(
         scene, "morph targets", [](const aiMesh &mesh) { return mesh.mNumAnimMeshes > 0; }, report);
     reportMeshes(
-        scene, "vertex colours", [](const aiMesh &mesh) { return mesh.HasVertexColors(0); },
-        report);
-    reportMeshes(
         scene, "further sets of texture coordinates",
         [](const aiMesh &mesh) { return mesh.GetNumUVChannels() > 1; }, report);
     if (const std::size_t lines = countPrimitives(scene, aiPrimitiveType_LINE))

@@ -103,17 +103,26 @@ class Vertices {
     std::vector<Weights> weights;
 };
 
-} // namespace
-
-void unshareVertices(aiMesh &mesh) {
+std::size_t cornersOf(const aiMesh &mesh) {
     std::size_t corners = 0;
     for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
         corners += mesh.mFaces[i].mNumIndices;
+    return corners;
+}
+
+} // namespace
+
+void unshareVertices(aiMesh &mesh) {
+    const std::size_t corners = cornersOf(mesh);
     constexpr std::size_t most = 1u << 28; // beyond, the mesh is rather left smooth
     if (mesh.mNormals || mesh.mNumAnimMeshes || corners == mesh.mNumVertices || corners > most)
         return;
+    separateCorners(mesh);
+}
+
+void separateCorners(aiMesh &mesh) {
     Indices from;
-    from.reserve(corners);
+    from.reserve(cornersOf(mesh));
     std::vector<Indices> copies(mesh.mNumBones ? mesh.mNumVertices : 0);
     for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
         for (unsigned int k = 0; k < mesh.mFaces[i].mNumIndices; ++k) {

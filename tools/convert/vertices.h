@@ -10,6 +10,9 @@ namespace ravolt::tool {
 // can creases stay sharp.
 void unshareVertices(aiMesh &mesh);
 
+// Gives each corner of each face a vertex of its own.
+void separateCorners(aiMesh &mesh);
+
 // Joins the vertices that are equal in everything that a scene has of them: position, normal,
 // texture coordinates, and the bones with their weights. Two parts of a skin that touch each other
 // may move apart, so a vertex of one is never that of the other. Faces stay in their order.
