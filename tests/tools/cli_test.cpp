@@ -263,7 +263,6 @@ TEST(CommandLine, WarnsOfABrokenTextureAndGoesOn) {
     EXPECT_EQ(run("convert m.obj -o m.rve -q").err, "");
 }
 
-// assimp 5.2 crashes on a skin that leaves out its optional matrices.
 TEST(CommandLine, ReadsTexturesElsewhereOnRequestAlone) {
     writeFile("far/wall.ppm", fourColors());
     writeFile("m/m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd ../far/wall.ppm\n");
@@ -281,6 +280,29 @@ TEST(CommandLine, ReadsTexturesElsewhereOnRequestAlone) {
               "ravolt: gone: no such folder\n");
 }
 
+TEST(CommandLine, UsesTheAlphaOfTexturesAsTheCallerSays) {
+    writeAlphas("leaf.tga", {255, 120, 130, 0});
+    writeFile("m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd leaf.tga\n");
+    writeFile("m.obj", squareObj("m.mtl", "a"));
+    using Alphas = std::vector<unsigned char>;
+    for (const auto &[word, alphas] :
+         std::vector<std::pair<std::string, Alphas>>{{"opaque", {255, 255, 255, 255}},
+                                                     {"cutout", {0, 0, 255, 255}},
+                                                     {"blend", {0, 120, 130, 255}},
+                                                     {"auto", {0, 120, 130, 255}}}) {
+        EXPECT_EQ(run("convert m.obj -o m.rve --alpha " + word).code, 0) << word;
+        EXPECT_EQ(alphasIn("leaf_d.tga"), alphas) << word;
+        EXPECT_EQ(run("shot m.obj -o " + word + ".png --size 32x32 --alpha " + word).code, 0);
+    }
+    EXPECT_FALSE(contentsOf("opaque.png") == contentsOf("blend.png"));
+    EXPECT_FALSE(contentsOf("cutout.png") == contentsOf("blend.png"));
+    EXPECT_TRUE(contentsOf("auto.png") == contentsOf("blend.png"));
+    const Outcome wrong = run("convert m.obj -o m.rve --alpha half");
+    EXPECT_EQ(wrong.code, 2);
+    EXPECT_EQ(lines(wrong.err), 1u) << wrong.err;
+}
+
+// assimp 5.2 crashes on a skin that leaves out its optional matrices.
 TEST(CommandLine, OutlivesACrashOfTheReader) {
     writeFile("skin.bin", std::string(156, '\0'));
     writeFile("skin.gltf", R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0,1]}],

@@ -365,27 +365,6 @@ TEST(Convert, BlendsWhereTheModelWantsItsTexturesAlpha) {
     EXPECT_EQ(makeBlended("BLEND", 255).scene.materials.at(0).transparency, 1);
 }
 
-void writeAlphas(const std::string &file, std::vector<unsigned char> alphas) {
-    std::vector<unsigned char> pixels;
-    for (unsigned char alpha : alphas)
-        pixels.insert(pixels.end(), {9, 9, 9, alpha});
-    ravolt::TgaPicture picture;
-    picture.width = picture.height = 2;
-    picture.channels = 4;
-    picture.pixels = pixels.data();
-    ASSERT_TRUE(ravolt::writeTga(file, picture));
-}
-
-std::vector<unsigned char> alphasIn(const std::string &file) {
-    std::string reason;
-    const Image image = decodeFile(file, reason);
-    std::vector<unsigned char> alphas;
-    for (std::size_t i = 3; i < image.pixels.size(); i += 4)
-        alphas.push_back(image.pixels[i]);
-    std::sort(alphas.begin(), alphas.end());
-    return alphas;
-}
-
 // Of a format that has no word on the alpha of textures.
 Made makeSilent(const std::string &more = "", AlphaUse alpha = AlphaUse::picture) {
     writeFile("m.mtl", "newmtl a\nKd 1 1 1\nmap_Kd c.tga\n" + more);

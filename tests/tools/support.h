@@ -4,10 +4,14 @@
 
 #include "tools/convert/algebra.h"
 #include "tools/convert/convert.h"
+#include "tools/convert/images.h"
 #include "tools/failure.h"
+#include "tools/writers/tgaWriter.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -26,6 +30,29 @@ inline void writeFile(const fs::path &file, const std::string &text) {
 inline std::string fourColors() {
     using namespace std::string_literals;
     return "P6 2 2 255\n\xff\0\0\0\xff\0\0\0\xff\xff\xff\xff"s;
+}
+
+// Four pixels of these alphas.
+inline void writeAlphas(const std::string &file, std::vector<unsigned char> alphas) {
+    std::vector<unsigned char> pixels;
+    for (unsigned char alpha : alphas)
+        pixels.insert(pixels.end(), {9, 9, 9, alpha});
+    ravolt::TgaPicture picture;
+    picture.width = picture.height = 2;
+    picture.channels = 4;
+    picture.pixels = pixels.data();
+    ASSERT_TRUE(ravolt::writeTga(file, picture));
+}
+
+// From the lowest up.
+inline std::vector<unsigned char> alphasIn(const std::string &file) {
+    std::string reason;
+    const Image image = decodeFile(file, reason);
+    std::vector<unsigned char> alphas;
+    for (std::size_t i = 3; i < image.pixels.size(); i += 4)
+        alphas.push_back(image.pixels[i]);
+    std::sort(alphas.begin(), alphas.end());
+    return alphas;
 }
 
 // A square in the plane z = 0 that faces +z, from (0, 0) to (1, 1), covered by `material`.
