@@ -13,34 +13,35 @@ struct RenderList;
 
 // One entry of the render list: a node and the eye-space matrix that it had when it was passed.
 // The static members are the list. RAVOLT's begin functions empty it, RVNODE::pass fills it, its
-// end functions sort it and call each node's `render` with the entry; it stays as it is until the
-// next begin, but for nodes that are deleted, which leave it. The storage is made once by `init`,
-// and no frame allocates anything.
+// end functions sort it and call each node's `render` with the entry. It is valid until the next
+// begin; the entries of a node that is deleted are removed. The storage is allocated once by
+// `init`, and no frame allocates anything.
 class RV_API RVELEMENT {
   public:
     RVELEMENT();
 
-    // Makes room for `count` entries; 0 or above 4096 stands for 4096. False with a log line when
-    // the list is there already or memory runs out.
+    // Allocates `count` entries; 0, and more than 4096, mean 4096. False with a log line when the
+    // list is active already or memory runs out.
     static bool init(unsigned int count);
 
-    // Releases the storage; false, without a word, when there is none.
+    // Releases the storage; false, without a log line, when there is none.
     static bool free();
 
     static bool isActive() { return active; }
 
-    // Empties the list. The fields of the entries keep their values until a pass fills the entry
-    // again, `param1` and the nearest lights beyond that; the skeleton cache and the clipping stay.
+    // Empties the list. The fields of an entry do not change until a pass fills it again, and
+    // `param1` and the nearest lights not even then. The skeleton cache and the clipping do not
+    // change.
     static void reset();
 
-    // Distance clipping, off at first: meshes and helpers take no entry when their origin is
+    // Distance clipping, off by default: meshes and helpers take no entry when their origin is
     // farther from the eye than the clipping radius plus twice their own radius (RVMESH::getRadius,
     // RVHELPER::setRadius, which is not computed from the helper's box). Each of them logs a line
-    // in each frame. Their children are tested for themselves; other nodes are never clipped.
+    // in each frame. Their children are tested separately; other nodes are never clipped.
     static void clippingOn() { clipping = true; }
     static void clippingOff() { clipping = false; }
 
-    // In the units of the scene, 128 at first; any number is taken, for the next pass on.
+    // In the units of the scene, 128 by default; any number, effective from the next pass.
     static void setClippingRadius(float radius) { clippingRadius = radius; }
     static float getClippingRadius() { return clippingRadius; }
 
@@ -49,28 +50,28 @@ class RV_API RVELEMENT {
     static unsigned int getNumberOfPassedElements() { return numberOfPassedElements; }
     static unsigned int getNumberOfLights() { return numberOfLights; }
 
-    // The entry of a light, in the present order; NULL when `index` is out of range. Valid after
+    // The entry of a light, in the current order; NULL when `index` is out of range. Valid after
     // sort3D, which puts the lights first.
     static RVELEMENT *getLight(unsigned int index);
 
     // Records `node` and all below it, with transforms on OpenGL's modelview stack. False with a
-    // log line for NULL and when the list is full; what stands below the node is then left out.
+    // log line for NULL and when the list is full; the nodes below it are then left out.
     // Plain nodes and hidden or clipped meshes take no entry. The flag has no effect.
     static bool pass(RVNODE *node, bool flag);
 
     // Walks the tree from `node` down, beginning with the current modelview matrix, and stores the
     // matrix of each bone of `mesh` in the next free entry of the skeleton cache. For `pass`, which
     // calls it with the parent of a skinned mesh. False, with a log line, for NULL alone: a skinned
-    // mesh without a parent then keeps the bone matrices that its entry held before. True says
-    // nothing about how many bones were found, and is returned for a full cache, too.
+    // mesh without a parent is then drawn with the former bone matrices of its entry. The result is
+    // true however many bones were found, and also when the cache is full.
     static bool passSkeleton(RVNODE *node, RVMESH *mesh);
 
-    // Orders of drawing; false when there is nothing to sort. sort2D keeps the order of the pass
-    // among nodes that were never raised. sort3D puts lights first, then opaque entries (by texture
+    // Orders of drawing; false when there is nothing to sort. sort2D does not
+    // change the order of the pass. sort3D puts lights first, then opaque entries (by texture
     // and material), then transparent ones from back to front, by the eye-space z of their origin
     // minus their radius: one sort per node, not per triangle, so that large transparent meshes
     // that overlap in depth may be drawn in the wrong order. Helpers count as transparent. Without
-    // lights and transparent entries the order of the pass stands.
+    // lights and transparent entries the order of the pass does not change.
     static bool sort2D();
     static bool sort3D();
 
@@ -88,13 +89,13 @@ class RV_API RVELEMENT {
     // The node's auxiliary id at the time of the pass.
     unsigned int getAuxId() const { return auxId; }
 
-    // For a skinned mesh: its place in the skeleton cache, 256 when that was full. For a light: the
-    // number of its OpenGL light. Otherwise what an earlier frame left.
+    // For a skinned mesh: its index in the skeleton cache, 256 when that was full. For a light: the
+    // number of its OpenGL light. Otherwise a value of an earlier frame.
     unsigned int getParam1() const { return param1; }
     void setParam1(unsigned int value) { param1 = value; }
 
-    // Lights picked for this entry by RVLIGHT::activateNearest; `index` is 0 to 3 and not checked.
-    // What it did not pick stays from earlier frames.
+    // Lights chosen for this entry by RVLIGHT::activateNearest; `index` is 0 to 3 and not checked.
+    // Elements that were not chosen have the values of earlier frames.
     void setNearestLight(unsigned int index, RVELEMENT *light) { nearestLight[index] = light; }
     RVELEMENT *getNearestLight(unsigned int index) const { return nearestLight[index]; }
 

@@ -17,45 +17,45 @@ constexpr int RV_FBO_DEPTH_BUFFER = 2; // a depth buffer of the target's own
 
 // A render target: a frame buffer object of OpenGL with one colour or depth texture, an optional
 // depth render buffer, and the size they share; also the two operations on whole images that the
-// effects are made of. The fourteen targets of the engine are handed out by RVOPENGL::getFbo;
-// applications can make others. All targets stand in a registry, which owns them: make them with
+// effects are made of. RVOPENGL::getFbo returns the fourteen targets of the engine;
+// applications can create others. All targets are in a registry, which owns them: create them with
 // `new`; RAVOLT::free or cleanUp deletes those that the application has not deleted. The texture
-// stays with the registry of textures, and the target is no user of it: call its incReferences, or
-// the collector deletes it (the engine does so for its own targets). A target whose texture is
-// deleted has none. Needs the engine's context; without RVOPENGL::useFBO() every target is an empty
-// shell.
+// is owned by the registry of textures, and the target does not count as its user: call its
+// incReferences, or the collector deletes it (the engine does so for its own targets). A target
+// whose texture is deleted has none. Needs the engine's context; without RVOPENGL::useFBO() targets
+// do nothing.
 class RV_API RVFBO {
   public:
     // Registers the target under a fresh identifier and the name "[fbo ID]"; nothing is attached.
     RVFBO();
-    // Deletes what OpenGL holds of it but the texture, gives the identifier back and leaves the
-    // registry. Call unbind first when it is the current one.
+    // Deletes its OpenGL objects except the texture, releases the identifier and removes the target
+    // from the registry. Call unbind first when it is the current one.
     ~RVFBO();
     RVFBO(const RVFBO &) = delete;
     RVFBO &operator=(const RVFBO &) = delete;
 
     // Attaches a texture that is in video memory: RV_FBO_COLOR, or RV_FBO_DEPTH for a target
-    // without colour. The target takes its size and is current afterwards; the viewport follows
+    // without colour. The target has its size and is current afterwards; the viewport is set
     // with the next change of target. False without frame buffer objects; false, with a line in the
     // log, for NULL and for any other attachment.
     bool bindTexture(int attachment, RVTEXTURE *texture);
 
     // Attaches a depth buffer of its own, of 24 bits and the given size in pixels, in place of a
-    // former one: RV_FBO_DEPTH_BUFFER. The target takes the size and is current afterwards. False
+    // former one: RV_FBO_DEPTH_BUFFER. The target has this size and is current afterwards. False
     // without frame buffer objects; false, with a line in the log, for any other attachment, where
-    // the former buffer is gone all the same.
+    // the former buffer is deleted all the same.
     bool bindRenderBuffer(int attachment, int sizeX, int sizeY);
 
-    // Whether OpenGL can draw into it; when not, the log has OpenGL's status. The target is current
+    // Whether OpenGL can draw into it; if not, OpenGL's status is logged. The target is current
     // afterwards.
     bool isOk();
 
     // Makes the target current, and its whole area the viewport, unless it is current already;
-    // brings its texture back, empty, when the application has unloaded it. `data` is ignored.
+    // uploads its texture again, empty, when the application has unloaded it. `data` is ignored.
     // Always true.
     bool render(void *data);
 
-    // Back to the window. The viewport stays as it is.
+    // Makes the window current. The viewport does not change.
     static void unbind();
 
     // Blurs this target's texture in four levels, each half the size of the one before, and draws
@@ -66,23 +66,23 @@ class RV_API RVFBO {
     bool blur(RVFBO *target, RVSHADER *combine, int firstFbo);
 
     // Mean luminance (0.3 red + 0.59 green + 0.11 blue) of the scene, which is target 0 of the pool
-    // whatever this target is. NULL for `result` draws and reads, and stores nothing. The window is
-    // current afterwards. False, with nothing drawn, where there is no pool.
+    // whatever this target is. With NULL for `result` it draws and reads, and stores nothing. The
+    // window is current afterwards. False, with nothing drawn, when there is no pool.
     bool computeLuminance(float *result);
 
     // Deletes all targets, the pool's too. False when there are none.
     static bool cleanUp();
 
     static unsigned int getNumberOfFbos();
-    // The target that is drawn into; NULL for the window. Still the former target after that was
-    // deleted while it was current.
+    // The target that is drawn into; NULL for the window. The pointer does not change when the
+    // current target is deleted.
     static RVFBO *getCurrent();
 
     unsigned int getId() const;
     unsigned int getGLId() const; // OpenGL's name; 0 without frame buffer objects
     char *getName();
-    RVTEXTURE *getTexture() const; // NULL at first, and when it was deleted
-    int getSizeX() const;          // in pixels; 0 at first
+    RVTEXTURE *getTexture() const; // NULL before, and when it was deleted
+    int getSizeX() const;          // in pixels; 0 before
     int getSizeY() const;
 
   private:
@@ -98,7 +98,7 @@ class RV_API RVFBO {
     unsigned int renderBuffer;  // OpenGL's name; 0 for none
     unsigned int attachment;    // where the texture is
     unsigned int attachedGlId;  // the texture's name in OpenGL when it was attached
-    unsigned long seenReleases; // of the textures' uploads, when it was last looked at
+    unsigned long seenReleases; // releases of uploads at the last check
 
     static RVFBO *firstFbo, *lastFbo;
     static RVFBO *currentFbo; // NULL for the window

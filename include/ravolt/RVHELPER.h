@@ -20,22 +20,21 @@ class RV_API RVHELPER : public RVNODE {
     RVHELPER(const RVHELPER &other);
     RVHELPER &operator=(const RVHELPER &) = default;
 
-    // In units of the scene, for clipping and sorting alone; the drawing follows the corners. 1 at
-    // first.
+    // In units of the scene, for clipping and sorting only; what is drawn depends on the corners. 1
+    // by default.
     void setRadius(float value) { radius = value; }
     float getRadius() const { return radius; }
 
-    // Width of the lines in pixels, above 0 (OpenGL refuses others, with an error of its own); 1 at
-    // first.
+    // Width of the lines in pixels, above 0 (OpenGL refuses others with an error); 1 by default.
     void setThickness(float pixels) { thickness = pixels; }
     float getThickness() const { return thickness; }
 
-    // (1, 0.8, 0.2, 0.5) at first.
+    // (1, 0.8, 0.2, 0.5) by default.
     void setColor(const Z3MVECTOR4D &value) { color = value; }
     void setColor(float r, float g, float b, float a) { color = Z3MVECTOR4D(r, g, b, a); }
     Z3MVECTOR4D getColor() const { return color; }
 
-    // The corners, (-1, -1, -1) and (1, 1, 1) at first.
+    // The corners, (-1, -1, -1) and (1, 1, 1) by default.
     void setMin(const Z3MVECTOR3D &corner) { min = corner; }
     void setMax(const Z3MVECTOR3D &corner) { max = corner; }
 

@@ -17,10 +17,10 @@ enum RV_LIGHT_TYPE : int {
 // A source of light. A scene may have any number: when an object is drawn, activateNearest sets
 // OpenGL's lights 0 to 3 to the four nearest to it. A light shines along `direction` in its own
 // frame, or at its target; see RVNODE. Its own `rotation` turns the direction twice: leave it at 0
-// and set `direction`, or rotate a parent. The aim at a target starts from the light's own
-// position, without its parents', so that a light under a moved parent misses; a target at that
-// very position gives the direction (0, 0, 0). Each set-up also draws a small pyramid
-// where the light stands. Needs the live OpenGL context to be rendered.
+// and set `direction`, or rotate a parent. The direction to a target is computed from the light's
+// own position, without those of its parents, so it is wrong below a moved parent; a target at that
+// very position gives the direction (0, 0, 0). Each set-up also draws a small pyramid at the
+// position of the light. Needs the live OpenGL context to be rendered.
 class RV_API RVLIGHT : public RVNODE {
   public:
     RVLIGHT();
@@ -33,28 +33,29 @@ class RV_API RVLIGHT : public RVNODE {
     RVLIGHT(const RVLIGHT &other);
     RVLIGHT &operator=(const RVLIGHT &) = default;
 
-    // Sorts the lights of the render list for `element` and renders the first four, which it notes
-    // in the element. OpenGL lights beyond stay as they are. False with lighting off, and with a
-    // log line for NULL or a list without its lights in front.
+    // Sorts the lights of the render list for `element`, renders the first four and stores them in
+    // the element. Further OpenGL lights do not change. False with lighting off, and with a log
+    // line for NULL or a list whose first entries are not its lights.
     static bool activateNearest(RVELEMENT *element);
 
-    // Reads a light of a scene file at `buffer + *cursor` and moves the cursor behind it; the
-    // children it announces are empty places. The size of the buffer is unknown here: the caller
-    // answers for its contents. NULL with a log line when there is no memory or no valid name.
+    // Reads a light of a scene file at `buffer + *cursor` and moves the cursor to its end; its
+    // children are empty (NULL) entries, as many as it has. The size of the buffer is unknown here:
+    // the caller must have checked its contents. NULL with a log line when memory runs out or the
+    // name is not valid.
     static RVNODE *load(const char *buffer, long *cursor);
 
-    // OpenGL's lighting as a cached switch: one call for a change, none for a repeat.
+    // OpenGL's lighting as a cached switch: a call that changes nothing is not passed on.
     static void lightingOn();
     static void lightingOff();
     static bool getLighting() { return lighting; }
 
-    // RV_LIGHT_TYPE_OMNI at first. A number that is none of the three types shines as an omni light
-    // and logs a line at each rendering.
+    // RV_LIGHT_TYPE_OMNI by default. Any other number than the three types counts as an omni light
+    // and logs a line at each render.
     void setLightType(RV_LIGHT_TYPE value) { lightType = value; }
     RV_LIGHT_TYPE getLightType() const { return lightType; }
 
-    // Colours: red, green, blue and alpha, 0 to 1 each, taken over as they are by the next
-    // rendering. At first (0.2, 0.2, 0.2, 1), (0.7, 0.7, 0.7, 1) and (0.2, 0.2, 0.2, 1).
+    // Colours: red, green, blue and alpha, 0 to 1 each, effective from the next render
+    // on. By default (0.2, 0.2, 0.2, 1), (0.7, 0.7, 0.7, 1) and (0.2, 0.2, 0.2, 1).
     void setAmbient(const Z3MVECTOR4D &color) { ambient = color; }
     void setAmbient(float r, float g, float b, float a) { ambient = Z3MVECTOR4D(r, g, b, a); }
     Z3MVECTOR4D getAmbient() const { return ambient; }
@@ -66,28 +67,28 @@ class RV_API RVLIGHT : public RVNODE {
     Z3MVECTOR4D getSpecular() const { return specular; }
 
     // Constant, linear and quadratic attenuation, 0 or more each: at a distance d in units of the
-    // scene, the light is divided by constant + linear * d + quadratic * d * d. (1, 0, 0) at first:
-    // the same at any distance. A directional light has none.
+    // scene, the light is divided by constant + linear * d + quadratic * d * d. By default
+    // (1, 0, 0): the same at any distance. A directional light has none.
     void setAttenuation(float constant, float linear, float quadratic) {
         attenuation = Z3MVECTOR3D(constant, linear, quadratic);
     }
     Z3MVECTOR3D getAttenuation() const { return attenuation; }
 
-    // Half of a spot's cone in degrees, 0 to 90, or 180 (at first) for all around; and how much the
-    // light gathers in its middle, 0 (evenly, at first) to 128.
+    // Half of a spot's cone in degrees, 0 to 90, or 180 (the default) for all around; and how
+    // strongly the light is concentrated in the middle, from 0 (evenly, the default) to 128.
     void setCutOff(float degrees) { cutOff = degrees; }
     float getCutOff() const { return cutOff; }
     void setExponent(float value) { exponent = value; }
     float getExponent() const { return exponent; }
 
-    // An exclusive light goes ahead of all others, however far it is.
+    // An exclusive light is chosen before all others, whatever its distance.
     void setExclusive(bool value) { exclusive = value; }
     bool isExclusive() const { return exclusive; }
 
-    // Shadows of a spot light (none at first), with RAVOLT::shadowingOn; one light casts in a
-    // frame. The distances from the light, in units of the scene and above 0, between which they
-    // fall: 1 and 1024 at first. The cut-off must be below 90. A light that shines straight along
-    // the world's Y casts no usable shadow: tilt it a little.
+    // Shadows of a spot light (none by default), with RAVOLT::shadowingOn; one light casts in a
+    // frame. The near and far plane of the shadow map, as distances from the light in units of the
+    // scene and above 0: 1 and 1024 by default. The cut-off must be below 90. A light that shines
+    // exactly along the world's Y casts no usable shadow: tilt it a little.
     void castShadows(bool value) { shadowCaster = value; }
     bool isShadowCaster() const { return shadowCaster; }
     void setShadowNearPlane(float distance) { shadowNearPlane = distance; }

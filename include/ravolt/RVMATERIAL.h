@@ -8,43 +8,43 @@ class RVSHADER;
 class RVTEXTURE;
 
 // The surface of what is lit: four colours, shininess, transparency, a texture for each unit, and
-// whether it is skinned. Its render turns all this into OpenGL state, once for a run of objects
-// that share it. Materials stand in a registry, which owns them: make them with `new`; RAVOLT::free
-// or cleanUp deletes those that the application has not deleted. The count of references is kept
-// for the application and never deletes one.
+// whether it is skinned. Its render turns all this into OpenGL state, once for successive
+// objects that share it. Materials are in a registry, which owns them: create them with `new`;
+// RAVOLT::free or cleanUp deletes those that the application has not deleted. The count of
+// references is for the application and never deletes one.
 class RV_API RVMATERIAL {
   public:
     // Registers the material under a fresh identifier and the name "[material ID]"; grey, opaque,
     // without textures.
     RVMATERIAL();
-    // Gives the identifier back and leaves the registry; meshes that have the material are without
-    // one then. The textures' references stay as they are.
+    // Releases the identifier and removes the material from the registry and from its meshes. The
+    // textures' references do not change.
     ~RVMATERIAL();
     RVMATERIAL(const RVMATERIAL &) = delete;
     RVMATERIAL &operator=(const RVMATERIAL &) = delete;
 
-    // Applies the material, unless it was the last one applied since reset, whatever light was told
-    // then. `data` is NULL or points to the type of the light that will shine, an int of
+    // Applies the material, unless it was the last one applied since reset, even if the light type
+    // differs. `data` is NULL or points to the type of the light that will shine, an int of
     // RV_LIGHT_TYPE, which chooses the program with textures, skin and shadows. Without a light the
     // fixed functions draw, unless setShader names a program. Overwrites the alpha of all four
-    // colours by the transparency. Units beyond the material's own textures stay as an earlier
-    // material left them. Always true.
+    // colours by the transparency. Units without a texture of the material do not change. Always
+    // true.
     bool render(void *data);
 
-    // Makes the next render apply everything: for code that changed OpenGL's state by itself.
+    // Makes the next render apply everything: for code that changes OpenGL's state itself.
     static void reset();
 
-    // Puts a texture (NULL for none) into a slot from 0 to 15, which is also its unit, and moves
-    // the reference counts along. A slot is empty again once its texture is deleted. False, with a
+    // Sets the texture (NULL for none) of a slot from 0 to 15, which is also its unit, and updates
+    // both reference counts. A slot becomes empty when its texture is deleted. False, with a
     // line in the log, for another slot.
     bool setTexture(unsigned int slot, RVTEXTURE *texture);
     // NULL for an empty or bad slot.
     RVTEXTURE *getTexture(unsigned int slot) const;
 
-    // Copies colours, transparency, shininess, textures and shader, and takes the other's name with
-    // the own identifier behind it. The textures' references are not raised, and setTexture lowers
-    // that of a texture it replaces all the same: see that something else counts as their user, or
-    // the collector may delete them, which empties the slots. NULL changes nothing.
+    // Copies colours, transparency, shininess, textures and shader, and sets the other's name
+    // with the own identifier after it. The textures' references are not increased, though
+    // setTexture decreases that of a texture it replaces: without another user the collector may
+    // delete them, which empties the slots. NULL changes nothing.
     void clone(const RVMATERIAL *source);
 
     // NULL, or 256 characters and more, changes nothing.
@@ -71,11 +71,11 @@ class RV_API RVMATERIAL {
     // OpenGL's exponent, from 0 to 128.
     void setShininess(float shininess);
     float getShininess() const;
-    // An explicit program, before any other and also without a light (`render(NULL)`); NULL for
-    // none, and again once the program is deleted. The material does not own it.
+    // An explicit program, used instead of any other and also without a light (`render(NULL)`);
+    // NULL for none, and when the program was deleted. The material does not own it.
     void setShader(RVSHADER *shader);
     RVSHADER *getShader() const;
-    // Whether the programs that bend the mesh are chosen.
+    // Whether the programs that skin the mesh are chosen.
     void setSkinning(bool skinned);
 
     // Whether the transparency is not exactly 1.
@@ -84,12 +84,12 @@ class RV_API RVMATERIAL {
     bool isTextured() const;
     bool isSkinned() const;
 
-    // Deletes all materials; every pointer to one is invalid then, but meshes are without material.
-    // False when there are none.
+    // Deletes all materials; every pointer to one is invalid then, except that meshes are without
+    // material. False when there are none.
     static bool cleanUp();
 
     static unsigned int getNumberOfMaterials();
-    // The first match in order of creation, or NULL. Letters count as they stand.
+    // The first match in order of creation, or NULL. Case counts.
     static RVMATERIAL *findById(unsigned int id);
     static RVMATERIAL *findByName(const char *name);
     static RVMATERIAL *getFirst();
@@ -97,7 +97,7 @@ class RV_API RVMATERIAL {
     RVMATERIAL *getPrevious() const;
 
     unsigned int getId() const;
-    // RAVOLT::getTimeStamp() at the last render, 0 at first.
+    // RAVOLT::getTimeStamp() at the last render, 0 before.
     int getTimeStamp() const;
 
     // Users of the material.

@@ -32,14 +32,14 @@ enum RV_NODE_TYPE : int {
     RV_NODE_TYPE_CUSTOM = 18
 };
 
-// Where a node's local transform comes from; any other value stands for no transform at all.
+// Where a node's local transform comes from; with any other value there is no transform.
 enum RV_NODE_POSITIONING : int {
     RV_NODE_POSITIONING_VECTORS = 0, // position, origin and rotation
     RV_NODE_POSITIONING_MATRIX = 1   // matrix
 };
 
-// Base of everything that stands in a scene: an identity, a local transform, a place in a tree and
-// a place in the registry of all live nodes. The registry owns its nodes: create them with `new`,
+// Base of all objects of a scene. A node has an identity, a local transform, a parent and children,
+// and is in the registry of all live nodes. The registry owns its nodes: create them with `new`,
 // while the log is open; cleanUp, which RAVOLT::free calls, deletes those that are left. The tree
 // owns nothing: unlink a node before you delete it. `pass` records a tree in the render list, from
 // which each node's `render` is called. Subclasses of an application set `type` to
@@ -48,7 +48,7 @@ class RV_API RVNODE {
   public:
     RVNODE();
 
-    // The same, but for the shared status, which stays unset; the argument is ignored.
+    // The same, except that the shared status is not initialised; the argument is ignored.
     explicit RVNODE(bool);
 
     virtual ~RVNODE();
@@ -57,13 +57,13 @@ class RV_API RVNODE {
     virtual bool render(void *element);
 
     // A copy has the values of every field, id, name, type, links and children included, but is not
-    // registered: it owns nothing and gives nothing back when it goes. Its links die with the next
-    // change of the original's: do not walk them any more after a link, unlink or remove there.
+    // registered: it owns nothing and releases nothing when it is destroyed. Its links are invalid
+    // after the next link, unlink or remove of the original.
     RVNODE(const RVNODE &) = default;
 
-    // Copies every field into a node that is not registered. A registered one keeps its own place
-    // in the registry and in the tree (links, parent, children) and still gives back the id that
-    // it was created with.
+    // Copies every field into a node that is not registered. In a registered one the links of
+    // the registry, the parent and the children do not change, and it still releases the id that it
+    // was created with.
     RVNODE &operator=(const RVNODE &other);
 
     // The registry, in order of creation.
@@ -82,7 +82,7 @@ class RV_API RVNODE {
     // Engine-wide number, 1 to 65535.
     unsigned int getId() const { return id; }
 
-    // Number of the application's own; when not 0 it takes the place of the id in picking.
+    // A number of the application's own; unless it is 0 it replaces the id in picking.
     unsigned int getAuxId() const { return auxId; }
     void setAuxId(unsigned int value) { auxId = value; }
 
@@ -94,17 +94,17 @@ class RV_API RVNODE {
     RV_NODE_TYPE getType() const { return type; }
     char *getTypeName() const;
 
-    // Stamp of the frame in which the node was last passed, hidden or clipped as it may have been.
+    // Stamp of the frame in which the node was last passed, also if it was hidden or clipped.
     int getTimeStamp() const { return timeStamp; }
 
-    // The application's pointer and flag; the engine stores them and no more.
+    // A pointer and a flag for the application; the engine only stores them.
     void *getData() const { return data; }
     void setData(void *value) { data = value; }
     bool isShared() const { return shared != 0; }
     void setSharedStatus(bool value) { shared = value; }
 
     // The local transform by vectors: translation by position plus origin, then rotation about X,
-    // Y and Z in this order, in degrees. Two numbers leave z as it is.
+    // Y and Z in this order, in degrees. With two numbers z does not change.
     void setPosition(float x, float y) { position = Z3MVECTOR3D(x, y, position.z); }
     void setPosition(float x, float y, float z) { position = Z3MVECTOR3D(x, y, z); }
     void setPosition(const Z3MVECTOR3D &value) { position = value; }
@@ -136,9 +136,9 @@ class RV_API RVNODE {
     void setDirection(const Z3MVECTOR3D &value) { direction = value; }
     Z3MVECTOR3D getDirection() const { return direction; }
 
-    // Aim of cameras and lights. Target node NULL (at first): no aim; the node itself: the point
-    // `target`; another node: that node. It is not owned and not watched: keep it alive as long as
-    // this node is rendered, or set NULL before you delete it.
+    // Aim of cameras and lights. Target node NULL (the default): no aim; the node itself: the point
+    // `target`; another node: that node. It is not owned, and the pointer is not weak: set NULL
+    // before you delete that node.
     void setTarget(float x, float y) { target = Z3MVECTOR3D(x, y, target.z); }
     void setTarget(float x, float y, float z) { target = Z3MVECTOR3D(x, y, z); }
     void setTarget(const Z3MVECTOR3D &value) { target = value; }
@@ -149,19 +149,19 @@ class RV_API RVNODE {
     RV_NODE_POSITIONING getPositioning() const { return positioning; }
     void setPositioning(RV_NODE_POSITIONING value) { positioning = value; }
 
-    // The local transform by matrix, in force with RV_NODE_POSITIONING_MATRIX alone; setting it
-    // does not change the positioning.
+    // The local transform by matrix, used with RV_NODE_POSITIONING_MATRIX only; setting it does not
+    // change the positioning.
     void setMatrix(const Z3MMATRIX &value) { matrix = value; }
     Z3MMATRIX getMatrix() const { return matrix; }
 
-    // The node's own eye-space matrix of the last pass in which it entered the render list; stale
-    // when it was hidden or clipped since.
+    // The node's own eye-space matrix of the last pass in which it was added to the render list;
+    // out of date when it was hidden or clipped since.
     Z3MMATRIX *getCachedMatrix() { return &cachedMatrix; }
 
     // The transform from the node to the world, or to the space around its nearest ancestor of that
-    // name (whose own transform is included). The node's own name is not compared: it never stops
-    // the walk. A name that no ancestor has is as NULL. Needs the live OpenGL context in modelview
-    // mode. At most 63 ancestors; beyond that an identity and a log line.
+    // name (whose own transform is included). The node's own name is not compared: it never ends
+    // the search. A name that no ancestor has counts as NULL. Needs the live OpenGL context in
+    // modelview mode. At most 63 ancestors; beyond that an identity and a log line.
     Z3MMATRIX getFinalMatrix(const char *stopName);
 
     RVNODE *getParent() const { return parent; }
@@ -171,17 +171,17 @@ class RV_API RVNODE {
     // NULL and a log line when out of range.
     RVNODE *getChild(unsigned int index) const;
 
-    // Becomes the last child of the node given. False with a log line for NULL, for the node
-    // itself, for a copy with children (they stand in its original's array), when there is a parent
-    // already, and without memory. Cycles are not looked for, and walks never end in one.
+    // Makes the node the last child of `newParent`. False with a log line for NULL, for the node
+    // itself, for a copy with children (which are in its original's array), when there is a parent
+    // already, and when memory runs out. Cycles are not detected: a walk through one never ends.
     bool link(RVNODE *newParent);
 
-    // Leaves the parent and keeps its own children. False with a log line without a parent.
+    // Removes the node, with its own children, from its parent. False with a log line for a root.
     bool unlink();
 
-    // Leaves the tree alone: its children become the last ones of its parent. Nothing is deleted.
-    // False with a log line for a root, and without memory; the node and those of its children that
-    // have not moved yet then stay where they are.
+    // Removes the node without its children, which are appended to those of its parent. Nothing is
+    // deleted. False with a log line for a root, and when memory runs out: then the node, and the
+    // children that have not been moved yet, are not changed.
     bool remove();
 
     // Depth first, this node included; NULL for none.
@@ -198,20 +198,21 @@ class RV_API RVNODE {
     // the end of a block. Always true; the flag has no effect.
     bool pass(bool flag = true);
 
-    // Reads a plain node of a scene file at `buffer + *cursor` and moves the cursor behind it; the
-    // children it announces are empty places. The size of the buffer is unknown here: the caller
-    // answers for its contents. NULL with a log line when there is no memory or no valid name.
+    // Reads a plain node of a scene file at `buffer + *cursor` and moves the cursor to its end; its
+    // children are empty (NULL) entries, as many as it has. The size of the buffer is unknown here:
+    // the caller must have checked its contents. NULL with a log line when memory runs out or the
+    // name is not valid.
     static RVNODE *load(const char *buffer, long *cursor);
 
     // Names of the types, as "mesh".
     static char typeName[19][256];
 
   protected:
-    // Sets the type and writes its default name, as "[mesh 12]"; for constructors of the type's own
-    // class, as which the engine takes the object from then on.
+    // Sets the type, the class that the engine casts the object to, and the type's default name, as
+    // "[mesh 12]". For constructors of the type's own class.
     void initType(RV_NODE_TYPE newType);
 
-    // For copy constructors of the type's own class: the copy is an object of that class, too.
+    // Sets the class alone. For copy constructors of that class.
     void setDynamicClass(RV_NODE_TYPE ownClass) { registration->dynamicClass = ownClass; }
 
     // False for a copy, which must release nothing.
@@ -240,7 +241,7 @@ class RV_API RVNODE {
 
   private:
     int timeStamp;
-    unsigned char shared; // may be unset, and copying an unset bool is not defined
+    unsigned char shared; // may be uninitialised, and copying such a bool is undefined
     void *data;
     RV_NODE_POSITIONING positioning;
     Z3MVECTOR3D position;

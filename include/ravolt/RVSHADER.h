@@ -9,11 +9,12 @@ struct BuiltinPrograms;
 
 // A GLSL program of two stages, with a table of 28 parameters that are found by name once, at load,
 // and addressed by slot from then on. The class also knows the program in use and what the driver's
-// programs are good for: RAVOLT::init builds the programs below and sets the flags of the use...
-// queries. What is lit takes its program from its material. All programs stand in a registry, which
-// owns them: make them with `new`; RAVOLT::free or cleanUp deletes those that the application has
-// not deleted. Without shaders on the machine, or in the settings, every object stays inoperative,
-// and what would use it is drawn without. Needs the engine's context; OpenGL's errors are not read.
+// programs support: RAVOLT::init builds the programs below and sets the flags of the use...
+// queries. What is lit has the program of its material. All programs are in a registry, which
+// owns them: create them with `new`; RAVOLT::free or cleanUp deletes those that the application has
+// not deleted. Without shaders on the machine, or in the settings, every object is inoperative,
+// and what would use it is drawn without it. Needs the engine's context; OpenGL's errors are not
+// read.
 class RV_API RVSHADER {
   public:
     // Slots of the parameter table.
@@ -21,63 +22,63 @@ class RV_API RVSHADER {
 
     // Registers the program under a fresh identifier and the name "[shader ID]"; inoperative.
     RVSHADER();
-    // Deletes what OpenGL holds of it, gives the identifier back and leaves the registry; materials
-    // that had it as their explicit program have none then.
+    // Deletes its OpenGL objects, releases the identifier and removes the program from the registry
+    // and from the materials that have it as their explicit program.
     ~RVSHADER();
     RVSHADER(const RVSHADER &) = delete;
     RVSHADER &operator=(const RVSHADER &) = delete;
 
-    // Compiles the stages from files behind the path of setPath (NULL for a stage without file),
-    // unless they are compiled already by the two calls below; links them, which can fail unseen,
-    // and finds the parameters. Each sampler textureSampler0 to textureSampler15 points at the unit
-    // of its number from then on. The program is in use afterwards. False, with a line in the log,
-    // for a stage that cannot be read or compiled; the program is left as it was then.
+    // Compiles the stages from files below the path of setPath (NULL for a stage without file),
+    // unless they are compiled already by the two calls below; links them, which may fail without a
+    // sign, and finds the parameters. Each sampler textureSampler0 to textureSampler15 is set to
+    // the unit of its number. The program is in use afterwards. False, with a line in the log,
+    // for a stage that cannot be read or compiled; the program does not change then.
     bool load(const char *vertexFile, const char *pixelFile, bool alreadyCompiled);
 
     // Compile one stage from the text `source`, with `name` as its label, or for a NULL source from
-    // the file `name` behind the path of setPath. The stage is inoperative until that succeeds.
-    // False in silence without shaders; false, with a line in the log, for a NULL name, a file that
-    // is not there or cannot be read, or a text that does not compile.
+    // the file `name` below the path of setPath. The stage is inoperative until that succeeds.
+    // False, without a log line, without shaders; false, with a line in the log, for a NULL name, a
+    // file that is not there or cannot be read, or a text that does not compile.
     bool loadVertexShader(const char *name, const char *source);
     bool loadPixelShader(const char *name, const char *source);
 
-    // Finds a uniform, or with `attribute` a vertex attribute, and puts its location into a slot,
-    // whatever the slot held. The program is in use afterwards. False, with a line in the log, for
-    // a slot outside of the table or a NULL name.
+    // Finds a uniform, or with `attribute` a vertex attribute, and stores its location in a slot,
+    // in place of a former one. The program is in use afterwards. False, with a line in the log,
+    // for a slot outside of the table or a NULL name.
     bool bindParam(unsigned int slot, const char *paramName, bool attribute);
-    // OpenGL's location: -1 as unsigned for a name that the program does not hold, 0 before load.
+    // OpenGL's location: -1 as unsigned for a name that the program does not have, 0 before load.
     // 28 for a slot outside of the table.
     unsigned int getParam(unsigned int slot) const;
 
-    // Puts the program in use, unless it is already; `data` is ignored. False without shaders.
+    // Makes the program current, unless it is already; `data` is ignored. False without shaders.
     bool render(void *data);
 
     // Whether both stages are compiled.
     bool isOperative() const;
-    // Makes the program inoperative for good; what OpenGL holds of it stays.
+    // Makes the program inoperative; its OpenGL objects are not deleted.
     void forceDeactivation();
 
     // NULL, or 256 characters and more, changes nothing.
     void setName(const char *name);
     char *getName();
     unsigned int getId() const;
-    // The names that the compiled stages were given; "[none]" at first.
+    // The names of the compiled stages; "[none]" by default.
     char *getVSFilename();
     char *getPSFilename();
 
-    // What is put before every file name, with no separator added; NULL empties it. At most 255
-    // characters are kept.
+    // The prefix of every file name, without an added separator; NULL empties it. At most 255
+    // characters are stored.
     static char *getPath();
     static void setPath(const char *path);
 
-    // Builds the programs below and finds out what they are good for; free leaves the programs to
-    // cleanUp and the flags as they are. For RAVOLT::init and RAVOLT::free. A machine without
-    // shaders is no failure. While the shader system is active a second init is refused, false with
-    // a line in the log, but the pointers below then name new programs, all inoperative. free is
-    // false when the system is not active.
+    // Builds the programs below and detects what they support; free does not delete the programs,
+    // which cleanUp does, and does not change the flags. For RAVOLT::init and RAVOLT::free. A
+    // machine without shaders is no failure. While the shader system is active a second init is
+    // refused, false with a line in the log, but the pointers below then name new programs, all
+    // inoperative. free is false when the system is not active.
     static bool init();
     static bool free();
-    // Whether init has found shaders wanted and supported.
+    // Whether shaders were requested and supported when init ran.
     static bool isActive();
 
     // Whether the programs of a feature are operative, and OpenGL has what else it needs.
@@ -92,26 +93,26 @@ class RV_API RVSHADER {
     static bool useWater();
     static bool useTerrain();
 
-    // The master switch. enable lets values through to the program in use; disable puts no program
-    // in use, so that the fixed functions draw. Both are false without shaders.
+    // The master switch. With enable, values are passed to the current program; with disable there
+    // is no current program, so that the fixed functions draw. Both are false without shaders.
     static bool enable();
     static bool disable();
-    // Forgets which program is in use, and disables.
+    // Invalidates the cached current program, and disables.
     static void reset();
 
-    // Values for the program in use; one that it does not hold is passed over by OpenGL. All are
-    // false when no program is in use.
-    // Points the sampler of a unit, 0 to 15, at that unit. True for any other unit, too.
+    // Values for the current program; OpenGL ignores those that it does not have. All are false
+    // when there is no current program.
+    // Sets the sampler of a unit, 0 to 15, to that unit. True for any other unit, too.
     static bool bindTexture(unsigned int unit);
-    // The place of each bone as a quaternion (x, y, z, w) and a translation (3 floats), at most 100
-    // bones; bone numbers and weights of the vertices, 4 floats each, from two vertex buffers.
+    // The transform of each bone as a quaternion (x, y, z, w) and a translation (3 floats), at most
+    // 100 bones; bone numbers and weights of the vertices, 4 floats each, from two vertex buffers.
     static bool bindBones(unsigned int count, const float *quat, const float *trans,
                           unsigned int indexBuffer, unsigned int weightBuffer);
-    // Ends what bindBones has begun; false when there is nothing to end.
+    // Disables the attribute arrays of bindBones; false when they are off.
     static bool unbindBones();
     // Width and height of a texture, in pixels.
     static bool bindSizes(int x, int y);
-    // For tone mapping: the luminance that the eye is used to, above 0 and 1 for white, and the
+    // For tone mapping: the luminance that the eye is adapted to, above 0 and 1 for white, and the
     // number of RAVOLT::setHDRExposure.
     static bool bindLuminanceAndExposure(float luminance, float exposure);
     // For depth of field: the numbers of RAVOLT::setDOFFocus and setDOFRange.
@@ -123,7 +124,7 @@ class RV_API RVSHADER {
     static bool cleanUp();
 
     static unsigned int getNumberOfShaders();
-    // The first match in order of creation, or NULL. Letters count as they stand.
+    // The first match in order of creation, or NULL. Case counts.
     static RVSHADER *findById(unsigned int id);
     static RVSHADER *findByName(const char *name);
     static RVSHADER *getFirst();
@@ -198,7 +199,7 @@ class RV_API RVSHADER {
     ravolt::WeakPointers<RVSHADER> weakPointers;
 
     static RVSHADER *firstShader, *lastShader;
-    static RVSHADER *currentShader; // in use; NULL for none
+    static RVSHADER *currentShader; // current; NULL for none
     static char shaderPath[256];
     static bool active;
     static bool enabled;

@@ -16,122 +16,122 @@ constexpr unsigned int RV_TEXTURE_HALF_FLOAT = 6; // a floating-point render tar
 // A two-dimensional OpenGL texture with its pixel copy in main memory. Pixels come from a TGA file
 // (load), or the texture starts empty (create); the first render uploads them. Every upload is
 // counted against RAVOLT's video memory, and an upload that finds too little free starts the
-// collector, which throws textures out: a texture from a file comes back by itself at its next
-// render. All textures stand in a registry, which owns them: make them with `new`; RAVOLT::free,
-// cleanUp or the collector deletes those that the application has not deleted. What OpenGL is asked
-// to do needs the engine's context; OpenGL's errors are not read.
+// collector, which evicts textures: a texture from a file is loaded again by its next render. All
+// textures are in a registry, which owns them: create them with `new`; RAVOLT::free, cleanUp or the
+// collector deletes those that the application has not deleted. Whatever calls OpenGL needs the
+// engine's context; OpenGL's errors are not read.
 class RV_API RVTEXTURE {
   public:
     // Registers the texture under a fresh identifier and the name "[texture ID]".
     RVTEXTURE();
-    // Unloads, gives the identifier back and leaves the registry; the slots of materials that had
-    // the texture are empty then.
+    // Unloads the texture, releases its identifier and removes it from the registry; it is removed
+    // from the slots of materials, too.
     ~RVTEXTURE();
     RVTEXTURE(const RVTEXTURE &) = delete;
     RVTEXTURE &operator=(const RVTEXTURE &) = delete;
 
     // Makes an empty texture, named "[dynamic]", and uploads it. Sizes in pixels, at most 4096;
     // `depth` is RV_TEXTURE_RGB, RV_TEXTURE_RGBA, RV_TEXTURE_DEPTH or RV_TEXTURE_HALF_FLOAT; only
-    // the first two have a pixel copy, which starts black. It counts for nothing in the video
+    // the first two have a pixel copy, which starts black. It is not counted in the video
     // memory. Set the filter before. False, with a line in the log, for bad parameters or no
     // memory.
     bool create(unsigned int sizeX, unsigned int sizeY, unsigned int depth);
 
     // Reads a TGA file of 24 or 32 bits, plain or run-length, from 1 to 4096 pixels each way, into
-    // the pixel copy; `filename` is taken behind the path of setPath. The file's identifier field
+    // the pixel copy; `filename` is appended to the path of setPath. The file's identifier field
     // must be empty. "[dynamic]" gives true and reads nothing. Video memory is not touched. False,
-    // with a line in the log, for a file that cannot be opened, is cut off, or has another depth or
+    // with a line in the log, for a file that cannot be opened, ends early, or has another depth or
     // size. A file of another kind (with a colour map, grey) is reported in the log but counts as
     // loaded, on purpose, with its size and in black.
     bool load(const char *filename);
 
-    // Uploads the pixel copy, anew when there is an upload already. With mipmaps the pixel copy is
-    // used up: the levels are made in place over it. False, with a line in the log, without pixels.
+    // Uploads the pixel copy, in place of a former upload. With mipmaps the pixel copy is
+    // overwritten: the levels are computed in place. False, with a line in the log, without pixels.
     bool update();
 
-    // Brings a thrown-out texture back, reading its file again when the pixels are gone. False when
-    // it is still in video memory; true otherwise, whatever became of it.
+    // Uploads an evicted texture again, and reads its file again when the pixels were released.
+    // False when it is still in video memory; true otherwise, also if that failed.
     bool reload();
 
     // Replaces all pixels of the uploaded image (mipmap levels stay) by `bitmap`, which must hold
     // getSizeX() times getSizeY() pixels of 3 or 4 bytes; that cannot be checked here. With `keep`
     // they are copied into the pixel copy too; the first such call on a texture without a pixel
-    // copy only makes room for it, and gives false. False, with a line in the log, for NULL.
+    // copy only allocates it, and returns false. False, with a line in the log, for NULL.
     bool modify(const char *bitmap, bool keep);
 
-    // Frees the video memory and, when asked, the pixel copy. True when something was freed, which
-    // is also logged.
+    // Releases the video memory and, with `releaseBitmap`, the pixel copy. True when something was
+    // released, which is also logged.
     bool unload(bool releaseBitmap);
 
     // Linear or nearest filter, with mipmaps or without, clamped to the edge or repeated. A texture
-    // in video memory is uploaded again at once, from the pixel copy as it stands. Always true.
+    // in video memory is uploaded again at once, from the current pixel copy. Always true.
     bool setFilter(bool linear, bool mipmap, bool clamp);
 
-    // Binds the texture on a unit and enables the unit, after bringing a thrown-out texture back.
-    // `data` is NULL for unit 0 or points to the unit, an unsigned int. The unit stays selected.
-    // False, with a line in the log, for a unit of RV_TEXTURE_UNITS or more.
+    // Binds the texture on a unit and enables the unit, after uploading an evicted texture again.
+    // `data` is NULL for unit 0 or points to the unit, an unsigned int. The unit is selected
+    // afterwards. False, with a line in the log, for a unit of RV_TEXTURE_UNITS or more.
     bool render(void *data);
 
     // Enable or disable two-dimensional texturing on one unit; RV_TEXTURE_UNITS or more means all.
-    // To switch all off also forgets what is bound where. A driver with fewer fixed-function units
-    // raises an OpenGL error for the others. Always true.
+    // Switching all off also invalidates the cache of the bindings. A driver with fewer
+    // fixed-function units raises an OpenGL error for the others. Always true.
     static bool texturingOn(unsigned int unit);
     static bool texturingOff(unsigned int unit);
 
     // The collector: unloads textures, the most recently rendered first, while `keep` bytes of
     // video memory or more are used; then deletes every texture without references, except one that
-    // is being uploaded. The image of a render target is not unloaded where it counts for nothing.
+    // is being uploaded. The image of a render target is not unloaded if it is not counted.
     // The textures of the engine's own targets have a reference; that of an application's target
-    // needs one (incReferences), since a target counts as no user of its texture. False when there
-    // are no textures, or no memory to sort them.
+    // needs one (incReferences), since a target does not count as a user of its texture. False when
+    // there are no textures, or no memory to sort them.
     static bool garbageCollect(unsigned long keep);
 
-    // Deletes all textures; every pointer to one is invalid then, but slots of materials are empty.
-    // False when there are none.
+    // Deletes all textures; every pointer to one is invalid then, except that slots of materials
+    // are empty. False when there are none.
     static bool cleanUp();
 
     static unsigned int getNumberOfTextures();
-    // The first match in order of creation, or NULL. Letters count as they stand.
+    // The first match in order of creation, or NULL. Case counts.
     static RVTEXTURE *findById(unsigned int id);
     static RVTEXTURE *findByFilename(const char *filename);
     static RVTEXTURE *getFirst();
     RVTEXTURE *getNext() const;
     RVTEXTURE *getPrevious() const;
 
-    // What is put before every file name, with no separator added; NULL empties it. At most 255
-    // characters are kept.
+    // The prefix of every file name, without an added separator; NULL empties it. At most 255
+    // characters are stored.
     static char *getPath();
     static void setPath(const char *path);
 
-    // Bytes that the pixel copies count for. An estimate: every pixel counts four bytes, and to
-    // unload a mipmapped texture takes away twice what its load added.
+    // Bytes that the pixel copies count for. An estimate: every pixel counts four bytes, and
+    // unloading a mipmapped texture subtracts twice what its load added.
     static int getUsedMemory();
 
     unsigned int getId() const;
     // OpenGL's name; 0 when the texture is not in video memory.
     unsigned int getGLId() const;
     bool isLoaded() const;
-    // As given to load, without the path; at most 255 characters are kept.
+    // As passed to load, without the path; at most 255 characters are stored.
     char *getFilename();
     // In pixels.
     unsigned int getSizeX() const;
     unsigned int getSizeY() const;
-    // The pixel copy, R G B [A], bottom row first; it belongs to the texture. NULL for none.
+    // The pixel copy, R G B [A], bottom row first; owned by the texture. NULL for none.
     unsigned char *getBitmap() const;
-    // RAVOLT::getTimeStamp() at the last render, 0 at first.
+    // RAVOLT::getTimeStamp() at the last render, 0 before.
     int getTimeStamp() const;
 
-    // Users of the texture. The count may go below 0; it serves the collector only.
+    // Users of the texture. The count may go below 0; only the collector reads it.
     int getReferences() const;
     void incReferences();
     void decReferences();
 
-    // The filter, as set; linear and mipmapped, not clamped at first.
+    // The filter; linear and mipmapped, not clamped by default.
     bool isTrilinear() const;
     bool isMipmapped() const;
     bool isClamped() const;
 
-    // Kept for the application; nothing in the engine reads it.
+    // Stored for the application; nothing in the engine reads it.
     void setCubeType(unsigned int cubeType);
 
   private:
@@ -164,7 +164,7 @@ class RV_API RVTEXTURE {
 
     static RVTEXTURE *firstTexture, *lastTexture;
     static unsigned long usedMemory;
-    static unsigned long releases;                    // uploads that have gone, so far
+    static unsigned long releases;                    // uploads deleted so far
     static RVTEXTURE *channelCache[RV_TEXTURE_UNITS]; // last bound on each unit
     static bool channelActive[RV_TEXTURE_UNITS];      // whether texturing is on
     static char texturePath[256];

@@ -8,11 +8,11 @@ namespace ravolt {
 
 template <class T> class WeakPointers;
 
-// A pointer to an object of a class T that has a member `WeakPointers<T> weakPointers`. To set it
-// and to delete the object takes constant time for each pointer and no memory.
+// A pointer to an object of a class T that has a member `WeakPointers<T> weakPointers`. Setting
+// it, and deleting the object, takes constant time per pointer and no memory.
 template <class T> class WeakPointer {
   public:
-    WeakPointer() : target(nullptr), place(nullptr), next(nullptr) {}
+    WeakPointer() : target(nullptr), link(nullptr), next(nullptr) {}
     ~WeakPointer() { detach(); }
     WeakPointer(const WeakPointer &) = delete;
     WeakPointer &operator=(const WeakPointer &) = delete;
@@ -33,25 +33,25 @@ template <class T> class WeakPointer {
 
     void attach(T *newTarget, WeakPointer *&first) {
         target = newTarget;
-        place = &first;
+        link = &first;
         next = first;
         if (next)
-            next->place = &next;
+            next->link = &next;
         first = this;
     }
 
     void detach() {
         if (!target)
             return;
-        *place = next;
+        *link = next;
         if (next)
-            next->place = place;
+            next->link = link;
         target = nullptr;
     }
 
     T *target;
-    WeakPointer **place; // what points to this one: the head, or `next` of the one before
-    WeakPointer *next;   // to the same object
+    WeakPointer **link; // what points to this one: the head, or `next` of the one before
+    WeakPointer *next;  // to the same object
 };
 
 // All weak pointers to one object, of which this is a member.
