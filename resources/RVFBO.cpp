@@ -1,11 +1,11 @@
 // Render targets: the registry, what is attached, and which one is drawn into. What is done with
 // whole images is in blur.cpp. Only here may the functions of frame buffer objects be called but
 // glGenerateMipmapEXT, and only here the draw and read buffer of a target be changed: both belong
-// to the bound target, so that those of the window stay as they are.
+// to the bound target, so that those of the window do not change.
 //
 // Invariants: OpenGL has currentFbo bound, or the window when it is NULL. A target that was deleted
-// while it was current is compared and never followed, and a new one at its address does not pass
-// for bound.
+// while it was current is compared and never followed, and a new one at its address does not count
+// as bound.
 
 #include "ravolt/RVFBO.h"
 
@@ -93,7 +93,7 @@ bool RVFBO::bindRenderBuffer(int place, int newSizeX, int newSizeY) {
     RVOPENGL::glGenRenderbuffersEXT(1, &renderBuffer);
     RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, renderBuffer);
     if (place != RV_FBO_DEPTH_BUFFER) {
-        // On purpose: an older name of the method, and the new, empty buffer stays.
+        // On purpose: an older name of the method, and the new, empty buffer is not deleted.
         zlfLog("   [!] Invalid operation @ RVFBO::bindBuffer\n");
         return false;
     }
@@ -130,8 +130,8 @@ bool RVFBO::render(void *) {
     return true;
 }
 
-// The target must be current. A texture that has been uploaded anew has another name; one that was
-// thrown out comes back, empty.
+// The target must be current. A texture that was uploaded again has another name; one that was
+// evicted is uploaded again, empty.
 void RVFBO::reattachTexture() {
     seenReleases = ravolt::TextureInternals::releasedUploads();
     if (texture && texture->getGLId() != attachedGlId) {

@@ -71,7 +71,7 @@ RVMATERIAL::RVMATERIAL()
 }
 
 RVMATERIAL::~RVMATERIAL() {
-    // A new material at this address must not pass for applied.
+    // A new material at this address must not count as applied.
     if (currentMaterial == this)
         reset();
     releaseId(id);
@@ -90,7 +90,7 @@ bool RVMATERIAL::render(void *data) {
     return true;
 }
 
-// NULL for the fixed functions. An explicit program needs no light and no wish for shaders.
+// NULL for the fixed functions. An explicit program needs no light and no requested shaders.
 RVSHADER *RVMATERIAL::chooseProgram(const int *lightType) const {
     if (shader || !RVSETTINGS::getSDLShaders() || !lightType)
         return shader.get();
@@ -118,7 +118,7 @@ void RVMATERIAL::applyBlending() const {
     RVOPENGL::blendingOn();
 }
 
-// On purpose: units that an earlier material left on stay on, unless this one has no texture.
+// On purpose: units of an earlier material are not switched off, unless this one has no texture.
 void RVMATERIAL::applyTextures() const {
     bool none = true;
     for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot)
@@ -152,7 +152,7 @@ RVTEXTURE *RVMATERIAL::getTexture(unsigned int slot) const {
     return slot < RV_TEXTURE_UNITS ? texture[slot].get() : nullptr;
 }
 
-// On purpose: the slots are no counted references, and skinned stays as it is.
+// On purpose: the slots are no counted references, and skinned does not change.
 void RVMATERIAL::clone(const RVMATERIAL *source) {
     if (!source)
         return;

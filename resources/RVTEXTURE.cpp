@@ -3,9 +3,9 @@
 // glBindTexture, glGenTextures, glDeleteTextures and enable or disable GL_TEXTURE_2D.
 //
 // Invariants: a pixel copy has room for sizeX times sizeY pixels of the texture's format. An entry
-// of channelCache names a living texture that OpenGL has bound there, or is NULL; so it falls as
-// soon as OpenGL's name goes, which unbinds it, and a new object at the address of a deleted one
-// never passes for bound.
+// of channelCache names a living texture that OpenGL has bound there, or is NULL: it is set to
+// NULL when OpenGL's name is deleted, which unbinds it, so that a new object at the address of a
+// deleted one never counts as bound.
 
 #include "ravolt/RVTEXTURE.h"
 
@@ -129,7 +129,7 @@ bool RVTEXTURE::create(unsigned int newSizeX, unsigned int newSizeY, unsigned in
         zlfLog("   [!] Invalid params @ RVTEXTURE::create\n");
         return false;
     }
-    // On purpose: what load counted for the old pixels stays counted.
+    // On purpose: what load counted for the old pixels is not subtracted.
     releasePixels();
     releaseUpload();
     if (hasPixelCopy(newDepth)) {
@@ -253,8 +253,8 @@ bool RVTEXTURE::texturingOn(unsigned int unit) {
     return true;
 }
 
-// On purpose: switching one unit off leaves its cache entry, so that the next render of the same
-// texture there does not switch it on again.
+// On purpose: switching one unit off does not change its cache entry, so that the next render of
+// the same texture there does not switch it on again.
 bool RVTEXTURE::texturingOff(unsigned int unit) {
     if (unit >= RV_TEXTURE_UNITS) {
         for (unsigned int each = 0; each < RV_TEXTURE_UNITS; ++each)

@@ -1,4 +1,4 @@
-// The two operations on whole images: the blur pyramid behind bloom and depth of field, and the
+// The two operations on whole images: the blur pyramid for bloom and depth of field, and the
 // measure of the scene's luminance. Each leaves the window current, the projection as it was and
 // the identity on the modelview matrix; depth test, blending, lighting and colour mask are the
 // caller's.

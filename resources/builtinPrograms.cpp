@@ -1,4 +1,4 @@
-// The engine's own programs: what they are called and made of, and what they are good for together.
+// The engine's own programs: their names, their texts and the features that they are needed for.
 // The objects exist whether or not anything compiles, so that everybody may ask isOperative.
 
 #include "ravolt/RVOPENGL.h"
@@ -219,7 +219,7 @@ const BuiltinPrograms::Feature BuiltinPrograms::features[] = {
 bool BuiltinPrograms::construct() {
     for (const Program &each : programs) {
         if (!RVSHADER::active)
-            delete *each.program; // left over from a start that failed further on
+            delete *each.program; // of a start that failed later
         RVSHADER *const made = new (std::nothrow) RVSHADER;
         if (!made)
             return false;
@@ -233,7 +233,7 @@ void BuiltinPrograms::clearFlags() {
         *feature.flag = false;
 }
 
-// What fails here is found out by the probe.
+// What fails here is detected by the probe.
 void BuiltinPrograms::compile() {
     for (const Program &each : programs) {
         RVSHADER &program = **each.program;
@@ -295,7 +295,7 @@ bool RVSHADER::init() {
     return true;
 }
 
-// On purpose: the flags stay, and the programs go with cleanUp.
+// On purpose: the flags do not change, and cleanUp deletes the programs.
 bool RVSHADER::free() {
     if (!active)
         return false;

@@ -15,7 +15,7 @@
 
 namespace {
 
-// The texture that has made the collector run; NULL when nothing has.
+// The texture for whose upload the collector runs; NULL otherwise.
 const RVTEXTURE *uploading = nullptr;
 
 struct FreeBlock {
@@ -70,13 +70,13 @@ bool RVTEXTURE::unload(bool releaseBitmap) {
     return freed;
 }
 
-// What stands in a render target cannot come back, and may be the frame that is being drawn. The
-// engine's targets live until its end, and to throw them out would win nothing.
+// The image of a render target cannot be restored, and may be the frame that is being drawn. The
+// engine's targets live until its end, and evicting them would release nothing.
 bool RVTEXTURE::isEvictable() const {
     return memorySize != 0 || !ravolt::RenderTargets::useTexture(this);
 }
 
-// On purpose: the newest go first, and those not used for the longest time survive.
+// On purpose: the newest are evicted first, and those not used for the longest time are not.
 bool RVTEXTURE::garbageCollect(unsigned long keep) {
     const unsigned int number = getNumberOfTextures();
     if (number == 0)

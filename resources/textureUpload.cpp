@@ -28,7 +28,7 @@ constexpr TextureFormat formats[] = {
 
 constexpr unsigned int rgbDepth = 3, shadowMapDepth = 5, floatDepth = 6;
 
-// A texture that was neither created nor loaded has the depth 0 and no pixels, whatever the format.
+// A texture that was neither created nor loaded has depth 0 and no pixels.
 const TextureFormat &formatOf(unsigned int depth) {
     return formats[std::clamp(depth, rgbDepth, floatDepth) - rgbDepth];
 }
@@ -46,7 +46,7 @@ unsigned int halved(unsigned int size) { return size > 1 ? size / 2 : size; }
 // The mean of four pixels for each pixel of a level, in place: a level never outgrows what is
 // already read.
 // On purpose: the rows of the level above count as twice the new width, so that only the levels of
-// a square image of a power of two are true. What would lie behind the image is its last pixel.
+// a square image of a power of two are true. Beyond the image its last pixel is read.
 void halvePixels(unsigned char *pixels, unsigned int width, unsigned int height,
                  unsigned int channels, std::size_t lastPixel) {
     const std::size_t stride = std::size_t(width) * 2;
@@ -66,7 +66,7 @@ void halvePixels(unsigned char *pixels, unsigned int width, unsigned int height,
         }
 }
 
-// Uploads the levels above the base one. Uses the pixels up.
+// Uploads the levels above the base one. Overwrites the pixels.
 void uploadMipmapChain(unsigned int width, unsigned int height, unsigned char *pixels,
                        GLenum format) {
     if (width == 0 || height == 0)
@@ -111,7 +111,7 @@ bool RVTEXTURE::modify(const char *newBitmap, bool keep) {
         return false;
     }
     const std::size_t pixels = std::size_t(sizeX) * sizeY;
-    // On purpose: the call that makes the room does not fill it.
+    // On purpose: the call that allocates the copy does not fill it.
     if (keep && !bitmap) {
         bitmap = static_cast<unsigned char *>(zlfMalloc(std::max<std::size_t>(pixels * depth, 1)));
         if (!bitmap)

@@ -14,7 +14,7 @@ Z3MVECTOR3D eyeOf(const RVCAMERA &camera) {
 }
 
 // On purpose: a matrix is the view itself and not inverted, the vectors are undone in an order of
-// their own, and the origin plays no part.
+// their own, and the origin is ignored.
 void applyOwnView(const RVCAMERA &camera) {
     if (camera.getPositioning() == RV_NODE_POSITIONING_MATRIX) {
         glMultMatrixf(camera.getMatrix().e);
@@ -55,7 +55,7 @@ RVCAMERA::RVCAMERA(const RVCAMERA &other) : RVNODE(other) {
     setDynamicClass(RV_NODE_TYPE_CAMERA);
 }
 
-// The view outlives its camera, which may have been a temporary one; the pointer does not.
+// The camera may be a temporary one: its view is still valid afterwards, the pointer is not.
 RVCAMERA::~RVCAMERA() {
     if (thisPassCamera == this)
         thisPassCamera = nullptr;

@@ -39,7 +39,7 @@ Z3MVECTOR3D cornerOf(const Z3MVECTOR3D &min, const Z3MVECTOR3D &max, unsigned in
                        corner & 4 ? max.z : min.z);
 }
 
-// OpenGL keeps their addresses after the drawing, so these stay.
+// OpenGL has their addresses also after the drawing, so they are static.
 float vertex[boxVertices][3];
 float normal[boxVertices][3];
 
@@ -129,7 +129,7 @@ bool RVHELPER::render(void *element) {
     glLoadMatrixf(static_cast<const RVELEMENT *>(element)->getMatrix()->e);
     setArrays();
     setMaterial(color);
-    // The wire stands just outside of the solid. On purpose: the scale holds for the solid, too.
+    // The wire is just outside of the solid. On purpose: the scale applies to the solid, too.
     glScalef(1.01f, 1.01f, 1.01f);
     glLineWidth(thickness);
     RVLIGHT::lightingOff();

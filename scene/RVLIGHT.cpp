@@ -68,7 +68,7 @@ void setUp(const RVLIGHT &source, const RVELEMENT &entry, const Aim &aim) {
     glLightf(light, GL_CONSTANT_ATTENUATION, attenuation.x);
     glLightf(light, GL_LINEAR_ATTENUATION, attenuation.y);
     glLightf(light, GL_QUADRATIC_ATTENUATION, attenuation.z);
-    // On purpose: the matrix holds the rotation already, so a rotated light turns twice.
+    // On purpose: the matrix includes the rotation already, so a rotated light turns twice.
     glLoadMatrixf(entry.getMatrix()->e);
     ravolt::applyRotation(source.getRotation());
     glLightfv(light, GL_POSITION, aim.position);
@@ -123,7 +123,7 @@ void RVLIGHT::lightingOff() {
     glDisable(GL_LIGHTING);
 }
 
-// On purpose: lights beyond the fourth, and the entry's places that get no light, stay as they are.
+// On purpose: lights beyond the fourth, and elements of the entry without a light, do not change.
 bool RVLIGHT::activateNearest(RVELEMENT *element) {
     if (!element) {
         zlfLog("   [!] Invalid params @ RVLIGHT::activateNearest\n");
@@ -157,7 +157,7 @@ bool RVLIGHT::render(void *element) {
     aimAtTarget(*this);
     const Aim aim = aimByType(*this);
     lightingOn();
-    // A light that no object has asked for may hold the number that a mesh left in its entry.
+    // The entry of a light that no object has activated may have the number of a former mesh.
     if (entry.getParam1() < openGLLights)
         setUp(*this, entry, aim);
     drawShape(*this, entry);

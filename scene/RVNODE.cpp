@@ -30,7 +30,7 @@ constexpr const char *defaultName[] = {
 #include "scene/nodeKinds.inc"
 };
 
-// Row of a type in the tables; a client's own numbers count as custom.
+// Row of a type in the tables; numbers of an application's own count as custom.
 unsigned int rowOf(RV_NODE_TYPE type) {
     return std::min<unsigned int>(static_cast<unsigned int>(type), RV_NODE_TYPE_CUSTOM);
 }
@@ -44,7 +44,7 @@ struct Ancestry {
     RVNODE *node[maxAncestors];
     unsigned int depth = 0;
 
-    // Walks up to the root, or to the first ancestor called `stopName`, which is taken in. False
+    // Walks up to the root, or to the first ancestor called `stopName`, which is included. False
     // when the table is full.
     bool collect(RVNODE *parent, const char *stopName) {
         for (depth = 0; parent; parent = parent->getParent()) {
@@ -69,7 +69,7 @@ template <class Test> RVNODE *findInHierarchy(RVNODE &node, const Test &matches)
     return nullptr;
 }
 
-// A line keeps room for its end: the log takes 1023 bytes at a time.
+// The log takes 1023 bytes at a time, with the end of the line.
 void logTreeLine(const RVNODE &node, int depth) {
     char line[1023];
     const int indent = std::clamp(depth, 0, static_cast<int>(sizeof line) - 1);
@@ -93,7 +93,7 @@ char RVNODE::typeName[19][256] = {
 
 RVNODE::RVNODE() : RVNODE(false) { shared = false; }
 
-// On purpose: `shared` stays unset here.
+// On purpose: `shared` is not initialised here.
 RVNODE::RVNODE(bool)
     : id(zlfNewId()), auxId(0), timeStamp(0), data(nullptr),
       positioning(RV_NODE_POSITIONING_VECTORS), targetNode(nullptr), previous(nullptr),
@@ -104,7 +104,7 @@ RVNODE::RVNODE(bool)
     Nodes::append(firstNode, lastNode, this);
 }
 
-// Nothing of the engine may point to a node that is gone.
+// Nothing of the engine may point to a deleted node.
 RVNODE::~RVNODE() {
     if (RAVOLT::getSkybox() == this)
         RAVOLT::setSkybox(nullptr);
@@ -228,7 +228,7 @@ RVNODE *RVNODE::getChild(unsigned int index) const {
 bool RVNODE::link(RVNODE *newParent) {
     if (!NodeInternals::mayLink(*this, newParent))
         return false;
-    // The array grows by exactly one: no other length than the number of children is kept.
+    // The array grows by exactly one: no other length than the number of children is stored.
     RVNODE **const grown = new (std::nothrow) RVNODE *[newParent->numberOfChildren + 1];
     if (!grown) {
         zlfLog("   [!] Out of memory @ RVNODE::link\n");
@@ -283,8 +283,8 @@ bool RVNODE::unlink() {
     return true;
 }
 
-// A child leaves its old place once there is room for it in the new one: without memory all nodes
-// stay in the tree.
+// A child is unlinked only when its new entry is allocated: all nodes are still in the tree when
+// memory runs out.
 bool RVNODE::remove() {
     if (!parent) {
         zlfLog("   [!] Node %s already unlinked @ RVNODE::remove\n", name);

@@ -1,4 +1,4 @@
-// Invariant: a key ends in the entry's place before the sort, so no two keys are equal and the
+// Invariant: a key ends with the entry's position before the sort, so no two keys are equal and the
 // order is the same on every run.
 
 #include "scene/entryOrder.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 // Sorting of render-list entries by number: each entry's key is computed once, and entries of equal
-// keys keep their order. Nothing is allocated, and any bit pattern has its place, NaN too.
+// keys keep their order. Nothing is allocated, and every bit pattern is ordered, NaN too.
 
 #include <cstdint>
 
@@ -9,7 +9,7 @@ class RVELEMENT;
 
 namespace ravolt {
 
-// What the render list can hold.
+// The largest capacity of the render list.
 constexpr unsigned int largestRenderList = 4096;
 
 struct OrderedEntry {
@@ -22,8 +22,8 @@ extern OrderedEntry orderedEntries[largestRenderList];
 
 void sortOrderedEntries(unsigned int number);
 
-// A number that grows with `value`. Equal floats give equal numbers (0 and -0 too), and NaN stands
-// behind infinity.
+// A number that grows with `value`. Equal floats give equal numbers (0 and -0 too), and NaN comes
+// after infinity.
 std::uint32_t orderedBits(float value);
 
 // Sorts the first `number` pointers, ascending by `keyOf(entry)`, a number below 2^48.

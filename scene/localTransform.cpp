@@ -1,5 +1,5 @@
-// Invariants: `nesting` counts the living scopes, `room` the matrices that the driver's stack can
-// still take. Both are measured anew by each outermost scope, since an application may have pushed
+// Invariants: `nesting` counts the living scopes, `room` the free entries of the driver's
+// stack. Both are measured anew by each outermost scope, since an application may have pushed
 // matrices of its own.
 
 #include "scene/localTransform.h"

@@ -9,14 +9,14 @@ class RVNODE;
 
 namespace ravolt {
 
-// Multiplies the node's own transform onto the modelview matrix. Stands in scene/RVNODE.cpp.
+// Multiplies the node's own transform onto the modelview matrix. Defined in scene/RVNODE.cpp.
 void applyLocalTransform(const RVNODE &node);
 
 // Turns the modelview matrix about X, Y and Z in this order. Turns by exactly zero degrees change
 // nothing and are left out.
 void applyRotation(const Z3MVECTOR3D &degrees);
 
-// Keeps the modelview matrix for as long as the object lives: glPushMatrix and glPopMatrix, and,
+// Restores the modelview matrix at the end of its scope: glPushMatrix and glPopMatrix, and,
 // where the driver's stack is full, a copy of the matrix, so that trees may be of any depth.
 // Objects are nested, never moved.
 class ModelviewScope {

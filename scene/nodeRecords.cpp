@@ -1,5 +1,5 @@
-// Invariant: reading makes nothing and building cannot fail but for memory, so a file that is
-// refused leaves nothing behind.
+// Invariant: reading creates nothing, and building fails only when memory runs out, so a file that
+// is refused creates nothing.
 
 #include "scene/nodeRecords.h"
 
@@ -39,7 +39,7 @@ bool readLightRecord(ByteReader &reader, LightRecord &record) {
 
 namespace {
 
-// A node that cannot have its places goes again.
+// Deletes the node if allocation fails.
 RVNODE *reserveOrDelete(RVNODE *node, unsigned int count) {
     if (NodeInternals::reserveChildren(*node, count))
         return node;
@@ -80,7 +80,7 @@ RVNODE *makeLight(const LightRecord &record) {
 
 namespace {
 
-// One body at `buffer + *cursor`, of which nobody knows where it ends.
+// One body at `buffer + *cursor`, whose end is unknown.
 template <class Record>
 RVNODE *loadBody(const char *buffer, long *cursor, bool (*read)(ByteReader &, Record &),
                  RVNODE *(*make)(const Record &)) {

@@ -32,11 +32,11 @@ struct LightRecord {
     std::uint16_t numberOfChildren = 0;
 };
 
-// Each reads one body and returns whether it stands whole in the bytes.
+// Each reads one body and returns whether the bytes have all of it.
 bool readPlainNodeRecord(ByteReader &reader, PlainNodeRecord &record);
 bool readLightRecord(ByteReader &reader, LightRecord &record);
 
-// New nodes with the record's values and as many empty places for children as it announces. NULL
+// New nodes with the record's values and as many empty entries for children as it has. NULL
 // when memory runs out.
 RVNODE *makePlainNode(const PlainNodeRecord &record);
 RVNODE *makeLight(const LightRecord &record);

@@ -10,12 +10,12 @@ namespace ravolt {
 
 class ByteReader;
 
-// How a scene file holds nodes of a kind.
+// How a scene file stores nodes of a kind.
 struct NodeReader {
     unsigned char kind; // the byte before a node's record
 
-    // Reads one record and says how many children it announces. False where it is cut off or leaves
-    // its tables.
+    // Reads one record and the number of its children. False where it ends early or an index is
+    // outside of its table.
     bool (*check)(ByteReader &reader, bool obsolete, unsigned int &numberOfChildren);
 
     // Makes the node of the record at `buffer + *cursor`, which has passed the check, and moves the
@@ -23,7 +23,7 @@ struct NodeReader {
     RVNODE *(*load)(char *buffer, long *cursor, bool obsolete);
 };
 
-// Where an entry stands in the drawing order of the 3D list.
+// The position of an entry in the drawing order of the 3D list.
 enum class DrawOrder { light, opaque, transparent, byMaterial };
 
 struct NodeTraits {
@@ -42,7 +42,7 @@ struct NodeTraits {
 const NodeTraits &traitsOf(const RVNODE &node);
 
 // The radius by which a node is clipped and sorted, in the units of the scene; 0 also for a node
-// whose type says more than its class is.
+// that is no object of its type's class.
 float radiusOf(const RVNODE &node);
 
 // Whether the node is drawn after the opaque ones, from back to front.

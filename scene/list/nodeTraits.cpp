@@ -1,4 +1,4 @@
-// The table of the node kinds with the functions of their classes, on the floor above all of them.
+// The table of the node kinds with the functions of their classes. In the layer above all of them.
 
 #include "scene/nodeTraits.h"
 

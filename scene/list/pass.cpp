@@ -1,5 +1,5 @@
-// Filling the render list: the tree is walked with OpenGL's modelview stack as calculator, and each
-// node that draws leaves an entry with the matrix found there. Nothing is drawn.
+// Filling the render list: the tree is walked with OpenGL's modelview stack, and each node that is
+// drawn gets an entry with the matrix found there. Nothing is drawn.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
@@ -17,7 +17,7 @@
 
 namespace {
 
-// Skeletons in the cache of RVMESH; also what param1 says of a mesh that found it full.
+// Skeletons in the cache of RVMESH; also the param1 of a mesh for which it was full.
 constexpr unsigned int skeletonCacheSize = 256;
 
 bool isMesh(const RVNODE &node) {
@@ -74,8 +74,8 @@ bool RVELEMENT::passSkeleton(RVNODE *node, RVMESH *mesh) {
 
 namespace ravolt {
 
-// What counts is the distance from the eye to the node's origin, the end of the modelview matrix.
-// On purpose: a clipped node says so in every frame.
+// By the distance from the eye to the node's origin, which is the translation of the matrix. On
+// purpose: a clipped node is logged in every frame.
 bool RenderList::isClipped(const RVNODE &node, const Z3MMATRIX &eye) {
     if (!traitsOf(node).clipped)
         return false;
@@ -98,7 +98,7 @@ void RenderList::add(RVNODE &node) {
     entry.auxId = node.getAuxId();
     *node.getCachedMatrix() = eye;
     RVELEMENT::elementPointer[RVELEMENT::numberOfPassedElements] = &entry;
-    // On purpose: other entries keep the number that an earlier frame left.
+    // On purpose: other entries have the number of an earlier frame.
     if (isMesh(node) && asMesh(node).isSkinned())
         entry.param1 = addSkeleton(static_cast<RVMESH &>(node));
 

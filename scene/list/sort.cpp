@@ -42,7 +42,7 @@ std::uint64_t depthKey(const RVELEMENT &entry) {
 
 } // namespace
 
-// No node counts as raised over another yet, so the order of the pass stands.
+// No node is raised over another yet, so the order of the pass does not change.
 bool RVELEMENT::sort2D() { return numberOfPassedElements != 0; }
 
 bool RVELEMENT::sort3D() {
