@@ -169,7 +169,7 @@ TEST_F(RavoltTest, ClearBuildsTheMaskAndClearsNothingForNothing) {
     EXPECT_TRUE(callsOf([&] { EXPECT_TRUE(RAVOLT::clear(false, false, false)); }).empty());
 }
 
-TEST_F(RavoltTest, SwapWaitsForTheCardBeforeItShowsThePicture) {
+TEST_F(RavoltTest, SwapWaitsForTheGpuBeforeItShowsThePicture) {
     recorder.start();
     EXPECT_TRUE(RAVOLT::swap());
     EXPECT_EQ(recorder.stop(), (Calls{{"glFlush"}, {"glFinish"}, {"SDL_GL_SwapBuffers"}}));

@@ -342,7 +342,7 @@ TEST_F(LandscapeOpenGL, ResizeTurnsTheDisplayFirst) {
 }
 
 // On the way there a height of zero divides by zero.
-TEST_F(OpenGL, OddSizesAreLoggedAndCarriedThrough) {
+TEST_F(OpenGL, InvalidSizesAreLoggedAndUsed) {
     for (const auto &[sizeX, sizeY] : {std::pair{64, 0}, {0, 48}, {0, 0}, {-4, 48}}) {
         glLoadIdentity();
         const int x = sizeX, y = sizeY;
@@ -431,7 +431,7 @@ TEST_F(OpenGL, ANewContextHasEverySwitchOnThatWasOn) {
     RVOPENGL::cullingOn();
 }
 
-TEST_F(OpenGL, ADriverThatLosesAnExtensionLosesWhatStandsOnIt) {
+TEST_F(OpenGL, ADriverThatLosesAnExtensionLosesWhatDependsOnIt) {
     if (!std::getenv("RAVOLT_TEST_POOR_DRIVER")) {
         // The driver reads its variable once in a process.
         const std::string program = std::filesystem::read_symlink("/proc/self/exe");

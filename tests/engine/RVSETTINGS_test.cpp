@@ -262,7 +262,7 @@ TEST_F(SettingsTest, LongTextInTheFileIsCutAtTheBuffer) {
 
 // --- Numbers stored over flags
 
-TEST_F(SettingsTest, FullScreenInTheFileClearsTheFlagsBehindIt) {
+TEST_F(SettingsTest, FullScreenInTheFileClearsTheFlagsAfterIt) {
     settings.setResizable(true);
     settings.setLandscape(true);
     settings.setCAVESplashScreen(true);
@@ -337,7 +337,7 @@ TEST_F(SettingsTest, LaterFlagsRepairTheirOwnByteOnward) {
     EXPECT_FALSE(settings.isCAVESplashScreen());
 }
 
-TEST_F(SettingsTest, UseShadersStandsAlone) {
+TEST_F(SettingsTest, UseShadersOverwritesNoOtherField) {
     ASSERT_TRUE(loadText(settings, "RAVOLT_useShaders=-1\n"));
     EXPECT_TRUE(settings.getShaders());
     EXPECT_EQ(settings.getShadowMapSize(), 1024);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The luminance that the eye has adapted to, which no accessor of RAVOLT hands out.
+// The adapted luminance, for which RAVOLT has no getter.
 
 #include "ravolt/RAVOLT.h"
 #include "tests/engine/openGLAccess.h"

@@ -7,8 +7,8 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "tests/engine/brightSquare.h"
-#include "tests/engine/forgetEffects.h"
 #include "tests/engine/openGLAccess.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/engine/supportedEffects.h"
 #include "tests/support/engineFixture.h"
 
@@ -27,7 +27,7 @@ class CapabilityPictures : public EngineTest {
     CapabilityPictures() { settings.setShaders(true); }
 
     void SetUp() override {
-        forgetCapabilities();
+        resetCapabilities();
         EngineTest::SetUp();
         ASSERT_TRUE(RVSHADER::useBloom() && RVSHADER::useDOF() && RVSHADER::useShadows());
         RAVOLT::setDOFFocus(0);
@@ -38,12 +38,12 @@ class CapabilityPictures : public EngineTest {
     }
 
     void TearDown() override {
-        forgetEffects();
+        resetEffects();
         recorder.reset();
         recorder.forgiveUnits();
-        forgetCapabilities();
+        resetCapabilities();
         EngineTest::TearDown();
-        forgetCapabilities();
+        resetCapabilities();
     }
 
     // A square before the background, in a frame of its own nodes.
@@ -63,7 +63,7 @@ class CapabilityPictures : public EngineTest {
     // makes believe. OpenGL refuses to use a program that does not link, at each of its uses.
     Picture pictureOfANewStart() {
         RAVOLT::free();
-        forgetCapabilities();
+        resetCapabilities();
         EXPECT_TRUE(RAVOLT::init(&settings));
         const Picture made = picture(true, true);
         while (glGetError() != GL_NO_ERROR)

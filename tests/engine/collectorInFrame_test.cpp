@@ -5,7 +5,7 @@
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVFBO.h"
 #include "tests/engine/brightSquare.h"
-#include "tests/engine/forgetEffects.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/resources/tgaFiles.h"
 #include "tests/support/engineFixture.h"
 
@@ -41,7 +41,7 @@ class CollectorInFrame : public EngineTest {
     }
 
     void TearDown() override {
-        forgetEffects();
+        resetEffects();
         EngineTest::TearDown();
     }
 
@@ -110,7 +110,7 @@ TEST_F(CollectorInFrame, TexturesThrownOutByTheApplicationAreBackWithTheNextFram
 }
 
 // What counts for something goes, and its file brings it back.
-TEST_F(CollectorInFrame, AnImageFromAFileThatATargetHoldsIsThrownOutAndComesBack) {
+TEST_F(CollectorInFrame, AnImageFromAFileInATargetIsEvictedAndReloaded) {
     writeFile("held.tga", plainTga(8, 8));
     auto *held = new RVTEXTURE;
     held->incReferences();

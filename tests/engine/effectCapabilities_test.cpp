@@ -8,8 +8,8 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/engine/brightSquare.h"
-#include "tests/engine/forgetEffects.h"
 #include "tests/engine/openGLAccess.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/engine/supportedEffects.h"
 #include "tests/support/engineFixture.h"
 
@@ -23,13 +23,13 @@ class EffectCapabilities : public SilentEngineTest {
   protected:
     EffectCapabilities() { settings.setShaders(true); }
 
-    void SetUp() override { forgetCapabilities(); } // the test says what the driver is like
+    void SetUp() override { resetCapabilities(); } // the test says what the driver is like
 
     void TearDown() override {
-        forgetEffects();
+        resetEffects();
         RVSHADER::reset();
         SilentEngineTest::TearDown();
-        forgetCapabilities();
+        resetCapabilities();
     }
 
     void start() {

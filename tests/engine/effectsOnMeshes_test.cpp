@@ -10,7 +10,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
-#include "tests/engine/forgetEffects.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
@@ -86,7 +86,7 @@ class MeshEffects : public EngineTest {
     }
 
     void TearDown() override {
-        forgetEffects();
+        resetEffects();
         RAVOLT::setSkybox(nullptr);
         EngineTest::TearDown();
     }

@@ -9,7 +9,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/engine/adaptedLuminance.h"
-#include "tests/engine/forgetEffects.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/glState.h"
@@ -104,7 +104,7 @@ class Effects : public EngineTest {
     }
 
     void TearDown() override {
-        forgetEffects();
+        resetEffects();
         RAVOLT::wireframeOff();
         glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
         glPointSize(1);
@@ -170,7 +170,7 @@ TEST_F(Effects, ClearChoosesTargetZeroForBloomAndForDepthOfField) {
     EXPECT_EQ(RVFBO::getCurrent(), nullptr);
 }
 
-TEST_F(Effects, ClearWithoutAChoiceLeavesABoundTargetBound) {
+TEST_F(Effects, ClearWithoutATargetUnbindsNoBoundTarget) {
     RVOPENGL::getFbo(4)->render(nullptr);
     const Calls calls = callsOf([] { RAVOLT::clear(true, false, true); });
     EXPECT_EQ(calls, (Calls{{"glClear", GL_COLOR_BUFFER_BIT | GL_STENCIL_BUFFER_BIT}}));
@@ -529,7 +529,7 @@ TEST_F(Effects, BlendingIsOffAfterEachPassWhateverDrewLast) {
 
 // --- shadows
 
-TEST_F(Effects, WithoutACasterTheFrameSaysSoAndGoesOn) {
+TEST_F(Effects, WithoutACasterTheFrameLogsItAndIsDrawn) {
     RAVOLT::shadowingOn();
     ASSERT_TRUE(RAVOLT::isShadowed());
     auto *omni = new RVLIGHT;
@@ -739,7 +739,7 @@ TEST_F(Shadows, TheOffsetIsAroundTheDrawingOfTheMapAlone) {
     EXPECT_FALSE(callsOf([&] { draw(nodes); }).contains("glPolygonOffset")) << "no map is drawn";
 }
 
-TEST_F(Shadows, TheOffsetOfTheApplicationReturnsBehindTheMap) {
+TEST_F(Shadows, TheOffsetOfTheApplicationIsRestoredAfterTheMap) {
     RAVOLT::shadowingOn();
     const std::vector<RVNODE *> nodes{newCaster({0, 4, 0}, {0, -0.6f, -0.8f}), new Wall};
     glPolygonOffset(3, 5);
@@ -771,7 +771,7 @@ TEST_F(Shadows, CullingThatIsOffIsOnForTheMapAlone) {
     RVOPENGL::cullingOn();
 }
 
-TEST_F(Shadows, TheMapHoldsTheDepthsThatTheCasterSees) {
+TEST_F(Shadows, TheMapHasTheDepthsThatTheCasterSees) {
     RAVOLT::shadowingOn();
     // The caster looks along -z from z = 5; the wall's back is towards it, as back faces count.
     RVLIGHT *light = newCaster({0, 0, 5}, {0, 0, -1});

@@ -89,7 +89,7 @@ class LandscapeFrame : public Frame {
 class PoorFrame : public Frame {
   protected:
     void SetUp() override {
-        forgetCapabilities();
+        resetCapabilities();
         recorder.hideExtension("GL_ARB_vertex_buffer_object");
         recorder.setTextureUnits(8);
         Frame::SetUp();
@@ -151,7 +151,7 @@ TEST_F(Frame, Begin3DWithoutACameraUsesADefaultOneThatIsGoneAfterwards) {
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(Frame, AFrameWithoutACameraShowsWhatStandsBeforeTheOrigin) {
+TEST_F(Frame, AFrameWithoutACameraShowsWhatIsInFrontOfTheOrigin) {
     drawFrame(nullptr, wall(red));
     EXPECT_PIXEL(pixelAt(width / 2, height / 2), red, 0);
     EXPECT_PIXEL(pixelAt(2, 2), background, 0);
@@ -452,7 +452,7 @@ TEST_F(LandscapeFrame, APictureIsTurnedByAQuarter) {
     EXPECT_PIXEL(picture.at(39, height - 30), red, 0);
 }
 
-TEST_F(Frame, End2DPutsTheStateBackByTheStatedCalls) {
+TEST_F(Frame, End2DRestoresTheStateByTheStatedCalls) {
     auto *node = new Signature(9);
     RAVOLT::begin2D();
     node->pass();
@@ -517,7 +517,7 @@ TEST_F(Frame, ASceneAfterA2DBlockIsAsBefore) {
 // --- the whole
 
 // A wish alone changes nothing where no effect can be drawn.
-TEST_F(Frame, WithWishesForEffectsIsDrawnAsWithout) {
+TEST_F(Frame, WithRequestedEffectsIsDrawnAsWithout) {
     RVNODE *scene = wall(red);
     drawFrame(camera, scene);
     const Calls plain = callsOf([&] { drawFrame(camera, scene); });

@@ -226,14 +226,14 @@ class GlStart : public SilentTest {
         SilentTest::SetUp();
         zlfSetConsoleEcho(false);
         finalMemoryRatio(); // a new log
-        forgetCapabilities();
+        resetCapabilities();
     }
 
     void TearDown() override {
         stopOpenGL();
         RVFBO::cleanUp();
         RVTEXTURE::cleanUp();
-        forgetCapabilities();
+        resetCapabilities();
         RVSETTINGS::forceShadersOff();
         zlfSetConsoleEcho(true);
         SilentTest::TearDown();
@@ -316,7 +316,7 @@ TEST_F(GlStart, AMissingExtensionIsALineAndAFlag) {
         start(display);
         expectOutcome(display);
         stopOpenGL();
-        forgetCapabilities();
+        resetCapabilities();
     }
 }
 
@@ -347,7 +347,7 @@ TEST_P(AnyCombination, OfTheExtensionsIsALineAndAFlagEach) {
         expectOutcome(display);
         ASSERT_FALSE(HasFailure()) << display.list();
         stopOpenGL();
-        forgetCapabilities();
+        resetCapabilities();
         if (combination % 64 == 0)
             finalMemoryRatio(); // keeps the log short
     }
@@ -423,7 +423,7 @@ TEST_F(GlStart, TheThreeLettersCountAsTheyStand) {
     EXPECT_TRUE(RVOPENGL::useFBO());
 }
 
-TEST_F(GlStart, ShadersNotAskedForAreNotMentioned) {
+TEST_F(GlStart, ShadersNotRequestedAreNotLogged) {
     Display display;
     display.shadersWanted = false;
     start(display);
@@ -480,7 +480,7 @@ TEST_F(GlStart, AnEntryPointThatIsNullIsReportedAndTheStartGoesOn) {
             SCOPED_TRACE(name);
             recorder.reset();
             recorder.silent();
-            forgetCapabilities();
+            resetCapabilities();
             finalMemoryRatio();
             recorder.nullEntryPoint(name);
             start({});

@@ -528,7 +528,7 @@ TEST_F(LifecycleTest, VideoMemoryIsWhatSdlReports) {
                                                          "   Initialization complete\n\n");
 }
 
-TEST_F(LifecycleTest, AVideoMemoryBudgetStandsForWhatSdlReports) {
+TEST_F(LifecycleTest, AVideoMemoryBudgetReplacesWhatSdlReports) {
     struct Row {
         int budget;
         unsigned int bytes;

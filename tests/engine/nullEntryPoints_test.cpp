@@ -22,13 +22,13 @@ constexpr const char *entryPoints[] = {
 class NullEntryPoint : public SilentEngineTest, public testing::WithParamInterface<const char *> {
   protected:
     void SetUp() override {
-        forgetCapabilities();
+        resetCapabilities();
         recorder.nullEntryPoint(GetParam());
         SilentEngineTest::SetUp();
     }
     void TearDown() override {
         SilentEngineTest::TearDown();
-        forgetCapabilities();
+        resetCapabilities();
     }
 
     // A mesh with textures on two units, and a helper below it.

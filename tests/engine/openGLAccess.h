@@ -1,8 +1,8 @@
 #pragma once
 
 // The private side of RVOPENGL, for tests: start and stop on their own, and the flags, which no
-// start clears. The rules of access do not hold in an explicit instantiation, which hands the
-// members out.
+// start clears. Access is not checked in an explicit instantiation, which gives the pointers to the
+// members.
 
 #include "ravolt/RVOPENGL.h"
 
@@ -45,7 +45,7 @@ inline bool resetOpenGL() { return reach(Door_reset())(); }
 inline bool isOpenGLActive() { return reach(Door_isActive())(); }
 
 // As in a process that has not started the layer yet.
-inline void forgetCapabilities() {
+inline void resetCapabilities() {
     for (Flag flag :
          {reach(Door_multitextureFlag()), reach(Door_VBOFlag()), reach(Door_shadersFlag()),
           reach(Door_anisotropicFlag()), reach(Door_FBOFlag()), reach(Door_OcclusionQueryFlag())})

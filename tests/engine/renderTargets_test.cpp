@@ -7,7 +7,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/engine/brightSquare.h"
-#include "tests/engine/forgetEffects.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/support/engineFixture.h"
 
 #include <string>
@@ -147,7 +147,7 @@ class RefusedTarget : public SilentEngineTest, public testing::WithParamInterfac
     RefusedTarget() { settings.setShaders(true); }
 
     void TearDown() override {
-        forgetEffects();
+        resetEffects();
         RVSHADER::reset();
         SilentEngineTest::TearDown();
     }

@@ -271,7 +271,7 @@ TEST_F(Selection, TheFramesStateIsSetAtTheEnd) {
     EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);
 }
 
-TEST_F(Selection, TheScissorTestIsDrivenBehindItsSwitch) {
+TEST_F(Selection, TheScissorTestIsChangedWithoutItsSwitch) {
     drawFrame(camera, new Square);
     RVOPENGL::scissorOn();
     RAVOLT::select(centreX, centreY);
@@ -442,7 +442,7 @@ class BloomingSelection : public Selection {
 };
 
 // The frame has gone back to the window; a selection takes its target up again and keeps it.
-TEST_F(BloomingSelection, ABlockOfFlatThingsBehindItLandsInTargetZero) {
+TEST_F(BloomingSelection, A2DBlockAfterItIsDrawnIntoTargetZero) {
     RAVOLT::bloomingOn();
     drawFrame(camera, new Square);
     ASSERT_EQ(RVFBO::getCurrent(), nullptr);
@@ -466,7 +466,7 @@ TEST_F(BloomingSelection, ABlockOfFlatThingsBehindItLandsInTargetZero) {
     EXPECT_EQ(pixelAt(centreX, centreY), before);
 }
 
-TEST_F(BloomingSelection, UnbindingBringsTheBlockBehindItToTheWindow) {
+TEST_F(BloomingSelection, UnbindingBringsTheBlockAfterItToTheWindow) {
     RAVOLT::bloomingOn();
     drawFrame(camera, new Square);
     RAVOLT::select(32, 96 - 24);

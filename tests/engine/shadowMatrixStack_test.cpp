@@ -100,7 +100,7 @@ TEST_F(MatrixMirror, ModeChoosesTheStackAndReachesOpenGL) {
     expectAgreement();
 }
 
-TEST_F(MatrixMirror, AnyOtherModeLeavesTheMirrorWhereItWas) {
+TEST_F(MatrixMirror, AnyOtherModeDoesNotChangeTheMirror) {
     glWrapperMatrixMode(GL_PROJECTION);
     EXPECT_EQ(callsOf([] { glWrapperMatrixMode(GL_TEXTURE); }),
               (Calls{{"glMatrixMode", GL_TEXTURE}}));
@@ -148,7 +148,7 @@ TEST_F(MatrixMirror, TranslationMoves) {
     expectAgreement();
 }
 
-TEST_F(MatrixMirror, PushKeepsTheTopAndPopBringsTheOldOneBack) {
+TEST_F(MatrixMirror, PushCopiesTheTopAndPopRestoresTheOldOne) {
     glWrapperLoadMatrixf(sample.data());
     EXPECT_EQ(callsOf(glWrapperPushMatrix), (Calls{{"glPushMatrix"}}));
     EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), sample);

@@ -13,7 +13,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/engine/adaptedLuminance.h"
-#include "tests/engine/forgetEffects.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/recorderState.h"
@@ -189,7 +189,7 @@ class WholeFrame : public SilentEngineTest {
 
     void TearDown() override {
         RAVOLT::setSkybox(nullptr);
-        forgetEffects();
+        resetEffects();
         SilentEngineTest::TearDown();
     }
 
@@ -501,7 +501,7 @@ TEST_F(WholeFrame, MakesTheStatedCallsStepByStep) {
     EXPECT_NEAR(adaptedLuminance(), luminanceBefore * 0.75f, 1e-6f);
 }
 
-TEST_F(WholeFrame, EndsBehindTheDepthOfFieldWithoutBlit) {
+TEST_F(WholeFrame, EndsAfterTheDepthOfFieldWithoutBlit) {
     expectSteps(frame(false),
                 opening() + untilTheMainPass() + bloomWithHDR() + depthOfFieldAfterBloom());
 }

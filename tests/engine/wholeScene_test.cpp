@@ -12,8 +12,8 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
-#include "tests/engine/forgetEffects.h"
 #include "tests/engine/openGLAccess.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
@@ -102,7 +102,7 @@ class WholeScene : public EngineTest {
 
     void TearDown() override {
         RAVOLT::setSkybox(nullptr);
-        forgetEffects();
+        resetEffects();
         EngineTest::TearDown();
     }
 
@@ -282,7 +282,7 @@ TEST_F(WholeScene, LeavesTheStatedStateInTargetZeroWithoutBlit) {
 }
 
 // Each effect alone, too: the state is that of the effect, whatever comes behind it.
-TEST_F(WholeScene, LeavesTheStatedStateBehindEachEffectAlone) {
+TEST_F(WholeScene, LeavesTheStatedStateAfterEachEffectAlone) {
     const Window window;
     const struct {
         const char *name;

@@ -218,7 +218,7 @@ TEST_F(WindowContextTest, WithoutX11PlacementDoesNothing) {
 }
 
 // The test does what a window manager does: it puts a frame around the window.
-TEST_F(WindowContextTest, OnX11TheFrameGetsTheSizeAskedForTheContent) {
+TEST_F(WindowContextTest, OnX11TheFrameGetsTheSizeRequestedForTheContent) {
     ASSERT_TRUE(onX11());
     const OtherClient manager;
     const Window window = engineWindow();
@@ -279,7 +279,7 @@ TEST_F(CaveWindowTest, OnX11IsOnTopWithItsSize) {
 }
 
 // The software drivers keep what they have shown in the buffer that is read here.
-TEST_F(SplashTest, StandsUprightInTheMiddleOfAWhiteWindow) {
+TEST_F(SplashTest, IsUprightInTheMiddleOfAWhiteWindow) {
     EXPECT_PICTURE(readFrame(), "RVSETTINGS_splash",
                    Tolerance{.maximum = 2, .mean = 0.1, .reason = "filtering between drivers"});
 }

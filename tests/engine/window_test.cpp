@@ -229,7 +229,7 @@ TEST_F(WindowTest, SplashIsOneTexturedQuadOnWhite) {
     }));
 }
 
-TEST_F(WindowTest, CaveSplashStandsOnTheLeftHalf) {
+TEST_F(WindowTest, CaveSplashIsInTheLeftHalf) {
     settings.setCAVESplashScreen(true);
     settings.setWindowX(1281);
     settings.setWindowY(511);
@@ -333,7 +333,7 @@ TEST_F(WindowTest, LogsRequestPathsAndResultByteForByte) {
               "   Settings initialized\n");
 }
 
-TEST_F(WindowTest, ViewTakesTheDepthsObtainedAndTheRestAsAskedFor) {
+TEST_F(WindowTest, AppliedSettingsAreTheDepthsObtainedAndTheRestAsRequested) {
     settings.setTitle("Storm");
     settings.setWindowX(800);
     settings.setWindowY(600);
@@ -381,7 +381,7 @@ TEST_F(WindowTest, ColorDepthIsTheSumOfTheChannels) {
     }
 }
 
-TEST_F(WindowTest, AudioFiguresInForceAreZeroWhateverWasAskedFor) {
+TEST_F(WindowTest, AppliedAudioNumbersAreZeroWhateverWasRequested) {
     settings.setAudioChannels(5);
     settings.setAudioBuffers(6);
     settings.setAudioElements(7);

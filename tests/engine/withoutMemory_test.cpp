@@ -14,7 +14,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
 #include "ravolt/zlf.h"
-#include "tests/engine/forgetEffects.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/files.h"
@@ -77,7 +77,7 @@ class WithoutMemory : public SilentTest {
     void TearDown() override {
         recorder.allocationsWork();
         RAVOLT::free();
-        forgetEffects();
+        resetEffects();
         zlfSetConsoleEcho(true);
         SilentTest::TearDown();
     }

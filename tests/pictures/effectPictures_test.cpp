@@ -5,7 +5,7 @@
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVOPENGL.h"
 #include "tests/engine/adaptedLuminance.h"
-#include "tests/engine/forgetEffects.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
@@ -58,7 +58,7 @@ class EffectPictures : public EngineTest {
     }
 
     void TearDown() override {
-        forgetEffects();
+        resetEffects();
         EngineTest::TearDown();
     }
 
@@ -172,7 +172,7 @@ class BrightnessPictures : public EngineTest {
     }
 
     void TearDown() override {
-        forgetEffects();
+        resetEffects();
         RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
         EngineTest::TearDown();
     }

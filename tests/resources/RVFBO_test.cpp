@@ -258,7 +258,7 @@ TEST_F(Target, AnIncompleteTargetIsReportedWithOpenGLsStatus) {
 class NoTargets : public Target {
   protected:
     void SetUp() override {
-        forgetCapabilities();
+        resetCapabilities();
         recorder.hideExtension("GL_EXT_framebuffer_object");
         Target::SetUp();
     }
@@ -304,7 +304,7 @@ TEST_F(NoTargets, TheEngineDrawsIntoTheWindowWhateverIsWanted) {
 class HalfTargets : public Target, public testing::WithParamInterface<const char *> {
   protected:
     void SetUp() override {
-        forgetCapabilities();
+        resetCapabilities();
         recorder.nullEntryPoint(GetParam());
         settings.setForceFBO(true);
         Target::SetUp();
@@ -539,7 +539,7 @@ class ShadedTarget : public Target {
     ShadedTarget() { settings.setShaders(true); }
 
     void SetUp() override {
-        forgetCapabilities();
+        resetCapabilities();
         recorder.hideExtension("GL_EXT_texture_filter_anisotropic");
         Target::SetUp();
         ASSERT_TRUE(RVSHADER::useBloom()) << logTextSince(startMark);

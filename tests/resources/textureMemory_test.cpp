@@ -78,7 +78,7 @@ TEST_F(TextureCalls, FilterWithoutMipmapsLeavesHalfOfTheChainCounted) {
 class TextureCollector : public TextureCalls {
   protected:
     void SetUp() override {
-        forgetCapabilities();
+        resetCapabilities();
         recorder.hideExtension("GL_EXT_framebuffer_object");
         TextureCalls::SetUp();
     }

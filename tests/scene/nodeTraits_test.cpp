@@ -169,7 +169,7 @@ class NodesOfAllTypes : public SilentEngineTest {
     NodesOfAllTypes() { settings.setShaders(true); }
 
     void SetUp() override {
-        forgetCapabilities();
+        resetCapabilities();
         SilentEngineTest::SetUp();
     }
     void TearDown() override {
@@ -177,7 +177,7 @@ class NodesOfAllTypes : public SilentEngineTest {
         RVELEMENT::clippingOff();
         RVSHADER::reset();
         SilentEngineTest::TearDown();
-        forgetCapabilities();
+        resetCapabilities();
     }
 
     // The types whose node passes the test.

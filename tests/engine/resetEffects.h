@@ -1,13 +1,13 @@
 #pragma once
 
-// The wishes for effects, their numbers and what the eye has adapted to outlive the engine: each
-// fixture that touches them puts them back to what they are at first.
+// The switches of the effects, their numbers and the adapted luminance are not reset by the engine:
+// each fixture that changes them restores their defaults.
 
 #include "tests/engine/adaptedLuminance.h"
 
 namespace ravolt::test {
 
-inline void forgetEffects() {
+inline void resetEffects() {
     RAVOLT::bloomingOff();
     RAVOLT::HDROff();
     RAVOLT::DOFOff();
