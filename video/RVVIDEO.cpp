@@ -1,4 +1,4 @@
-// Videos: the registry, the file, the status and the way of a frame into its texture.
+// Videos: the registry, the file, the status and the copying of frames to the texture.
 //
 // Invariants: a stream has a file exactly when it has a decoder. A stream lives as long as a video,
 // or a copy of one, points to it.
@@ -29,7 +29,7 @@ char RVVIDEO::mpgPath[256] = "";
 
 namespace {
 
-// NULL when memory runs out: no file can be opened then.
+// NULL when memory runs out; no file can be opened then.
 RVVIDEO_STREAM *makeStream() {
     auto *stream = static_cast<RVVIDEO_STREAM *>(zlfMalloc(sizeof(RVVIDEO_STREAM)));
     if (stream) {
@@ -39,7 +39,26 @@ RVVIDEO_STREAM *makeStream() {
     return stream;
 }
 
-// The collector deletes textures that nobody holds a reference on.
+// Replaces the stream of a video; a stream without users is deleted.
+void setStream(RVVIDEO_STREAM *&stream, RVVIDEO_STREAM *other) {
+    if (other)
+        ++other->users;
+    if (stream && --stream->users == 0) {
+        delete[] stream->rows;
+        zlfFree(stream);
+    }
+    stream = other;
+}
+
+void closeFile(RVVIDEO_STREAM &stream) {
+    if (!stream.file)
+        return;
+    std::fclose(stream.file);
+    stream.file = nullptr;
+    ravolt::stopDecoder(stream);
+}
+
+// The collector deletes textures without references.
 bool isRegistered(const RVTEXTURE *texture) {
     const RVTEXTURE *each = RVTEXTURE::getFirst();
     while (each && each != texture)
@@ -47,12 +66,12 @@ bool isRegistered(const RVTEXTURE *texture) {
     return each;
 }
 
-// One line in the log about a texture is enough.
+// A texture is refused with one line in the log.
 bool isFirstRefusal(RVVIDEO_STREAM &stream, const RVTEXTURE *texture) {
     return std::exchange(stream.refusedBy, texture) != texture;
 }
 
-// Room for a frame that is turned; kept for the next ones. False when memory runs out.
+// Allocates room for a flipped frame, which the next frames use too. False when memory runs out.
 bool reserveRows(RVVIDEO_STREAM &stream, std::size_t bytes) {
     if (stream.rowsSize >= bytes)
         return true;
@@ -62,8 +81,8 @@ bool reserveRows(RVVIDEO_STREAM &stream, std::size_t bytes) {
     return stream.rows;
 }
 
-// The picture of a frame with its rows bottom up; without pixels when memory runs out. The
-// decoder's own memory stays as it is, since a frame may be shown twice.
+// A copy of the picture with its rows bottom up; without pixels when memory runs out. The frame
+// itself is not changed, since the decoder may show it twice.
 VideoFrame flip(RVVIDEO_STREAM &stream, const VideoFrame &frame) {
     const std::size_t rowBytes = std::size_t(frame.width) * 3;
     if (!reserveRows(stream, rowBytes * frame.pictureHeight))
@@ -75,6 +94,29 @@ VideoFrame flip(RVVIDEO_STREAM &stream, const VideoFrame &frame) {
     flipped.pixels = stream.rows;
     flipped.height = frame.pictureHeight;
     return flipped;
+}
+
+// A texture with room for the picture but not for the whole macroblocks gets the picture alone.
+void show(const VideoFrame &frame, const RVVIDEO &video, RVVIDEO_STREAM &stream) {
+    RVTEXTURE *const texture = video.getTexture();
+    if (!texture || !isRegistered(texture) || !texture->getGLId())
+        return;
+    const unsigned int sizeX = texture->getSizeX(), sizeY = texture->getSizeY();
+    if (frame.pictureWidth > sizeX || frame.pictureHeight > sizeY) {
+        if (isFirstRefusal(stream, texture))
+            zlfLog("   [!] Frame larger than its texture @ RVVIDEO::update\n");
+        return;
+    }
+    const VideoFrame copied = video.isFlipped() ? flip(stream, frame) : frame;
+    if (!copied.pixels) {
+        if (isFirstRefusal(stream, texture))
+            zlfLog("   [!] Out of memory @ RVVIDEO::update\n");
+        return;
+    }
+    ravolt::TextureInternals::replacePixels(*texture, std::min(copied.width, sizeX),
+                                            std::min(copied.height, sizeY), copied.width,
+                                            copied.pixels);
+    RVMATERIAL::reset(); // another texture is bound now
 }
 
 } // namespace
@@ -93,7 +135,7 @@ RVVIDEO::RVVIDEO(const RVVIDEO &other)
 
 // On purpose: an open file and its decoder stay open.
 RVVIDEO::~RVVIDEO() {
-    share(nullptr);
+    setStream(stream, nullptr);
     if (!*ownId)
         return;
     releaseId(*ownId);
@@ -111,24 +153,14 @@ RVVIDEO &RVVIDEO::operator=(const RVVIDEO &other) {
     return *this;
 }
 
-// All but the place in the registry.
+// All fields but the links of the registry.
 void RVVIDEO::copyFields(const RVVIDEO &other) {
     id = other.id;
     std::memcpy(name, other.name, sizeof name);
     texture = other.texture;
     status = other.status;
     flipped = other.flipped;
-    share(other.stream);
-}
-
-void RVVIDEO::share(RVVIDEO_STREAM *other) {
-    if (other)
-        ++other->users;
-    if (stream && --stream->users == 0) {
-        delete[] stream->rows;
-        zlfFree(stream);
-    }
-    stream = other;
+    setStream(stream, other.stream);
 }
 
 bool RVVIDEO::load(const char *filename) {
@@ -139,7 +171,7 @@ bool RVVIDEO::load(const char *filename) {
 
 bool RVVIDEO::open(const char *filename) try {
     if (stream && stream->file) {
-        close();
+        closeFile(*stream);
         status = RV_VIDEO_STOP;
     }
     const std::string path = filename ? std::string(mpgPath) + filename : "";
@@ -168,65 +200,30 @@ bool RVVIDEO::open(const char *filename) try {
     return false;
 }
 
-void RVVIDEO::close() {
-    if (!stream->file)
-        return;
-    std::fclose(stream->file);
-    stream->file = nullptr;
-    ravolt::stopDecoder(*stream);
-}
-
 // On purpose: a rewind waits for the end of the video.
 bool RVVIDEO::update(unsigned int steps) {
     if (!stream)
         return true;
     if (status == RV_VIDEO_REWIND && stream->size == 0) {
-        close();
-        open(name);
+        restart();
         return true;
     }
-    for (; steps && status != RV_VIDEO_STOP && stream->file; --steps)
-        step();
+    for (; steps && status != RV_VIDEO_STOP && stream->file; --steps) {
+        const VideoFrame frame = ravolt::decodeStep(*stream);
+        if (frame.width)
+            show(frame, *this, *stream);
+        if (stream->size == 0)
+            restart();
+    }
     return true;
 }
 
-void RVVIDEO::step() {
-    const VideoFrame frame = ravolt::decodeStep(*stream);
-    if (frame.width)
-        show(frame);
-    if (stream->size == 0)
-        startAgain();
-}
-
-void RVVIDEO::startAgain() {
+void RVVIDEO::restart() {
     const bool wasLooping = status == RV_VIDEO_PLAYLOOP;
-    close();
+    closeFile(*stream);
     open(name);
     if (wasLooping)
         status = RV_VIDEO_PLAYLOOP;
-}
-
-// A texture of the picture's size that is smaller than the whole macroblocks gets the picture
-// alone.
-void RVVIDEO::show(const VideoFrame &frame) {
-    if (!texture || !isRegistered(texture) || !texture->getGLId())
-        return;
-    const unsigned int sizeX = texture->getSizeX(), sizeY = texture->getSizeY();
-    if (frame.pictureWidth > sizeX || frame.pictureHeight > sizeY) {
-        if (isFirstRefusal(*stream, texture))
-            zlfLog("   [!] Frame larger than its texture @ RVVIDEO::update\n");
-        return;
-    }
-    const VideoFrame copied = flipped ? flip(*stream, frame) : frame;
-    if (!copied.pixels) {
-        if (isFirstRefusal(*stream, texture))
-            zlfLog("   [!] Out of memory @ RVVIDEO::update\n");
-        return;
-    }
-    ravolt::TextureInternals::replacePixels(*texture, std::min(copied.width, sizeX),
-                                            std::min(copied.height, sizeY), copied.width,
-                                            copied.pixels);
-    RVMATERIAL::reset(); // its textures may no longer be bound
 }
 
 void RVVIDEO::play() { status = RV_VIDEO_PLAY; }
