@@ -1,3 +1,7 @@
+// Drawing of meshes. Of OpenGL's state only what the cached switches of RVOPENGL record is assumed
+// between two meshes; buffers are bound again for each array. Front faces are culled only in the
+// first half of a transparent mesh: everywhere else it is GL_BACK.
+
 #include "ravolt/RVMESH.h"
 
 #include "engine/gl/bindings.h"
@@ -15,13 +19,9 @@
 
 #include <new>
 
-// Drawing. Between two meshes nothing is assumed of OpenGL but what the cached switches of RVOPENGL
-// know; buffers are bound anew for each array. Front faces are culled in the first half of a
-// transparent mesh alone: everywhere else GL_BACK stands.
-
 namespace {
 
-// Where OpenGL finds an array: at the start of its buffer, now bound, or in our own memory.
+// The pointer to an array for OpenGL: an offset of 0 in its buffer, which is bound, or its address.
 const void *arraySource(GLenum target, unsigned int buffer, const void *array) {
     if (!ravolt::canBindBuffers())
         return array;
@@ -29,7 +29,7 @@ const void *arraySource(GLenum target, unsigned int buffer, const void *array) {
     return buffer ? nullptr : array;
 }
 
-// The identity as a colour, so that RAVOLT::select can read it back from a pixel.
+// The identifier as a colour, so that RAVOLT::select can read it back from a pixel.
 void setPickingColor(unsigned int id) {
     if (RVSETTINGS::getSDLColorDepth() == 16) {
         glColor4f((id >> 11 & 31) / 31.0f, (id >> 5 & 63) / 63.0f, (id & 31) / 31.0f, 0.0f);
@@ -39,8 +39,8 @@ void setPickingColor(unsigned int id) {
               (id >> 24) / 255.0f);
 }
 
-// While one lives, a material that skinned meshes share chooses the programs for rigid ones: those
-// that bend would move a rigid mesh with the bones that they were told last.
+// While one exists, a material that is shared with skinned meshes selects the programs for rigid
+// ones: the programs for skinned meshes would move a rigid mesh with the bones of the last one.
 class ScopedUnskinned {
   public:
     ScopedUnskinned(RVMATERIAL &shared, bool rigid)
@@ -58,12 +58,71 @@ class ScopedUnskinned {
   private:
     void setSkinning(bool skinned) const {
         material.setSkinning(skinned);
-        RVMATERIAL::reset(); // it is not applied the other way
+        RVMATERIAL::reset(); // the material must be applied again
     }
 
     RVMATERIAL &material;
     const bool changed;
 };
+
+// Lights and material of the normal pass. Returns whether the mesh is drawn as a transparent one.
+bool shade(const RVMESH &mesh, RVELEMENT &entry) {
+    RVLIGHT::activateNearest(&entry);
+    RVMATERIAL *const material = mesh.getMaterial();
+    if (!material)
+        return false;
+    const ScopedUnskinned use(*material, !mesh.isSkinned());
+    // On purpose: without lighting a transparent mesh is drawn once, like an opaque one.
+    if (!RVLIGHT::getLighting()) {
+        material->render(nullptr);
+        return false;
+    }
+    // An entry without a light in this frame still has the pointer of an earlier frame.
+    const RVELEMENT *nearest = entry.getNearestLight(0);
+    const RVNODE *node = ravolt::RenderList::contains(nearest) ? nearest->getNode() : nullptr;
+    if (node && ravolt::NodeInternals::isObjectOf(*node, RV_NODE_TYPE_LIGHT)) {
+        int lightType = static_cast<const RVLIGHT *>(node)->getLightType();
+        material->render(&lightType);
+    } else {
+        material->render(nullptr);
+    }
+    return material->isTransparent();
+}
+
+// The colour, or the depth, of the passes that use neither lights nor material.
+void shadeFlat(const RVMESH &mesh, const RVELEMENT &entry) {
+    RVLIGHT::lightingOff();
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVOPENGL::blendingOff();
+    RVOPENGL::colorArrayOff(); // 2D drawing leaves it on, and its colours would replace this one
+    const bool depth = RVOPENGL::getProfile() == RV_OPENGL_PROFILE_ZPASS;
+    const bool skinned = mesh.isSkinned();
+    RVSHADER *const program =
+        !RVSHADER::usePassthrough() ? nullptr
+        : depth ? (skinned ? RVSHADER::passthroughZPassA : RVSHADER::passthroughZPass)
+                : (skinned ? RVSHADER::passthroughA : RVSHADER::passthrough);
+    if (!program) {
+        RVSHADER::disable();
+    } else {
+        program->render(nullptr);
+        if (depth) {
+            RVSHADER::bindNearAndFarPlane(RVOPENGL::getNearPlane(), RVOPENGL::getFarPlane());
+            return;
+        }
+    }
+    setPickingColor(entry.getAuxId() ? entry.getAuxId() : mesh.getId());
+}
+
+// Without a light the fixed functions draw. On purpose: also in the passes that need none, and a
+// mesh that a program should skin is drawn in its bind pose then.
+void disableUnusableProgram(const RVELEMENT &entry, bool cannotSkin) {
+    if (entry.getNearestLight(0) && !cannotSkin)
+        return;
+    RVSHADER::unbindBones(); // while the program that they were bound for is known
+    RVSHADER::disable();
+    if (cannotSkin)
+        RVMATERIAL::reset(); // its other meshes need the material's program
+}
 
 } // namespace
 
@@ -119,77 +178,18 @@ bool RVMESH::render(void *element) {
     RVELEMENT &entry = *static_cast<RVELEMENT *>(element);
     bool transparent = false;
     if (RVOPENGL::getProfile() < RV_OPENGL_PROFILE_FLAT)
-        transparent = shade(entry);
+        transparent = shade(*this, entry);
     else
-        shadeFlat(entry);
+        shadeFlat(*this, entry);
     if (isSkinned() && !animate(entry.getParam1()))
         return false;
-    disableUnusableProgram(entry);
+    disableUnusableProgram(entry, cannotSkin());
     drawSurfaces(entry, transparent);
     if (isSkinned())
         RVSHADER::unbindBones();
     if (displayNormals)
         drawNormals();
     return true;
-}
-
-// Lights and material of the normal pass. Returns whether the mesh is drawn as a transparent one.
-bool RVMESH::shade(RVELEMENT &entry) const {
-    RVLIGHT::activateNearest(&entry);
-    RVMATERIAL *const paint = material.get();
-    if (!paint)
-        return false;
-    const ScopedUnskinned use(*paint, !isSkinned());
-    // On purpose: without lighting a transparent mesh is drawn as an opaque one, in one go.
-    if (!RVLIGHT::getLighting()) {
-        paint->render(nullptr);
-        return false;
-    }
-    // An entry that no light was picked for keeps a pointer of an earlier frame.
-    const RVELEMENT *nearest = entry.getNearestLight(0);
-    const RVNODE *node = ravolt::RenderList::contains(nearest) ? nearest->getNode() : nullptr;
-    if (node && ravolt::NodeInternals::isObjectOf(*node, RV_NODE_TYPE_LIGHT)) {
-        int lightType = static_cast<const RVLIGHT *>(node)->getLightType();
-        paint->render(&lightType);
-    } else {
-        paint->render(nullptr);
-    }
-    return paint->isTransparent();
-}
-
-// The colour, or the depth, of the passes that see neither lights nor material.
-void RVMESH::shadeFlat(const RVELEMENT &entry) const {
-    RVLIGHT::lightingOff();
-    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
-    RVOPENGL::blendingOff();
-    RVOPENGL::colorArrayOff(); // a 2D block leaves it on, and its colours would hide the identity
-    const bool depth = RVOPENGL::getProfile() == RV_OPENGL_PROFILE_ZPASS;
-    RVSHADER *const program =
-        !RVSHADER::usePassthrough() ? nullptr
-        : depth ? (isSkinned() ? RVSHADER::passthroughZPassA : RVSHADER::passthroughZPass)
-                : (isSkinned() ? RVSHADER::passthroughA : RVSHADER::passthrough);
-    if (!program) {
-        RVSHADER::disable();
-    } else {
-        program->render(nullptr);
-        if (depth) {
-            RVSHADER::bindNearAndFarPlane(RVOPENGL::getNearPlane(), RVOPENGL::getFarPlane());
-            return;
-        }
-    }
-    setPickingColor(entry.getAuxId() ? entry.getAuxId() : getId());
-}
-
-// Without a light the fixed functions draw. On purpose: also in the passes that need none, and a
-// mesh that a program should bend stands in its bind pose then.
-void RVMESH::disableUnusableProgram(const RVELEMENT &entry) const {
-    const bool stiff = cannotSkin();
-    if (entry.getNearestLight(0) && !stiff)
-        return;
-    RVSHADER::unbindBones(); // while the program that they were bound for is known
-    RVSHADER::disable();
-    if (stiff)
-        RVMATERIAL::reset(); // the material's program serves its other meshes
 }
 
 void RVMESH::drawSurfaces(const RVELEMENT &entry, bool transparent) const {
@@ -200,7 +200,7 @@ void RVMESH::drawSurfaces(const RVELEMENT &entry, bool transparent) const {
         drawFaces();
         return;
     }
-    // Inner faces first, since they lie behind the outer ones.
+    // Inner faces first, since they are behind the outer ones.
     const bool culled = RVOPENGL::isCulled();
     RVOPENGL::twoSideOn();
     RVOPENGL::cullingOn();
@@ -213,7 +213,7 @@ void RVMESH::drawSurfaces(const RVELEMENT &entry, bool transparent) const {
         RVOPENGL::cullingOff();
 }
 
-// The arrays are those of the file, in their buffers, or for a skinned mesh its bent ones.
+// The arrays of the file, in their buffers, or the skinned arrays if the processor skins the mesh.
 void RVMESH::bindArrays() const {
     const auto source = [this](unsigned int buffer, const void *array) {
         return arraySource(GL_ARRAY_BUFFER_ARB, skinnedVertex ? 0 : buffer, array);
@@ -246,7 +246,7 @@ void RVMESH::drawFaces() const {
         glDrawElements(GL_TRIANGLES, 3 * numberOfFaces, GL_UNSIGNED_SHORT, indices);
 }
 
-// Those of a mesh that a program bends are known to the program alone, and left off.
+// Not for a mesh that a program skins: only the program has its normals.
 void RVMESH::drawNormals() const {
     RVMATERIAL::reset();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
@@ -282,7 +282,7 @@ bool RVMESH::isSkinned() const { return numberOfWeights != 0; }
 // The programs take four weights a vertex.
 bool RVMESH::isSkinnedByProgram() const { return RVSHADER::useSkinning() && numberOfWeights == 4; }
 
-// Neither way to bend it is there.
+// Skinned, but neither a program nor the processor can skin it.
 bool RVMESH::cannotSkin() const { return isSkinned() && !isSkinnedByProgram() && !skinnedVertex; }
 
 float RVMESH::getRadius() const { return radius; }

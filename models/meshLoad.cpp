@@ -1,3 +1,7 @@
+// Loading of a mesh: its arrays are copied from the body in the scene file with one memcpy each,
+// then uploaded. Everything that is allocated is entered in `owned` at once, so that an incomplete
+// mesh releases it. The caller has checked the indices.
+
 #include "ravolt/RVMESH.h"
 
 #include "ravolt/RVMATERIAL.h"
@@ -19,15 +23,11 @@
 #include <memory>
 #include <new>
 
-// The mesh body of a scene file becomes a mesh: its arrays are copied out of the file with one
-// memcpy each, then uploaded. What is allocated is entered in `owned` at once, so that a mesh
-// given up half-way releases it. Indices are taken as checked by the caller.
-
 using ravolt::MeshRecord;
 
 namespace {
 
-// Positions in RVMESH::OwnedStorage::block.
+// Indices in `owned.block`.
 enum Block : unsigned int {
     blockGeometry,
     blockBoneIndex,
@@ -38,7 +38,7 @@ enum Block : unsigned int {
     blockSkinnedNormal
 };
 
-// Positions in RVMESH::OwnedStorage::buffer.
+// Indices in `owned.buffer`.
 enum Buffer : unsigned int {
     bufferVertex,
     bufferNormal,
@@ -48,11 +48,18 @@ enum Buffer : unsigned int {
     bufferBoneWeight
 };
 
+// zlfMalloc; the block is entered in `owned` too.
+template <class T> bool allocate(T *&array, void *&owned, std::size_t bytes) {
+    owned = zlfMalloc(bytes);
+    array = static_cast<T *>(owned);
+    return array != nullptr;
+}
+
 constexpr std::size_t alignUp(std::size_t offset, std::size_t alignment) {
     return (offset + alignment - 1) / alignment * alignment;
 }
 
-// The array that starts at `offset` of the block, filled; NULL when the file has none.
+// Copies an array to `offset` of the block; NULL when the file has none.
 template <class T>
 T *copyArray(unsigned char *block, std::size_t offset, const unsigned char *source,
              std::size_t count) {
@@ -62,7 +69,7 @@ T *copyArray(unsigned char *block, std::size_t offset, const unsigned char *sour
     return reinterpret_cast<T *>(block + offset);
 }
 
-// OpenGL's name of a new buffer with these contents; 0 without buffers.
+// The name of a new buffer with these contents; 0 without buffers.
 unsigned int createBuffer(GLenum target, const void *data, std::size_t bytes) {
     if (!RVOPENGL::glGenBuffersARB || !RVOPENGL::glBindBufferARB || !RVOPENGL::glBufferDataARB)
         return 0;
@@ -71,6 +78,16 @@ unsigned int createBuffer(GLenum target, const void *data, std::size_t bytes) {
     RVOPENGL::glBindBufferARB(target, buffer);
     RVOPENGL::glBufferDataARB(target, static_cast<GLsizeiptrARB>(bytes), data, GL_STATIC_DRAW_ARB);
     return buffer;
+}
+
+void assignMaterial(RVMESH &mesh, const char *materialName) {
+    const bool isRootMesh = std::strcmp(mesh.getName(), "[root]") == 0;
+    RVMATERIAL *found = ravolt::LoadIndex::findMaterial(materialName);
+    if (std::strcmp(materialName, "[none]") == 0 && !isRootMesh)
+        zlfLog("   [!] no material assigned to mesh '%s'\n", mesh.getName());
+    else if (!found && !isRootMesh && *materialName)
+        zlfLog("   [!] material '%s' not found for mesh '%s'\n", materialName, mesh.getName());
+    mesh.setMaterial(found);
 }
 
 } // namespace
@@ -99,8 +116,8 @@ RVNODE *RVMESH::load(const char *buffer, long *cursor, bool obsolete) {
         zlfLog("   [!] Consistency error: mesh == NULL @ RVMESH::load\n");
         return nullptr;
     }
-    mesh->describe(record);
-    mesh->assignMaterial(record.materialName);
+    mesh->copyProperties(record);
+    assignMaterial(*mesh, record.materialName);
     if (!mesh->copyGeometry(record) || !mesh->copySkin(record) ||
         !ravolt::NodeInternals::reserveChildren(*mesh, record.numberOfChildren)) {
         zlfLog("   [!] Out of memory @ RVMESH::recursiveLoadZVE\n");
@@ -110,7 +127,7 @@ RVNODE *RVMESH::load(const char *buffer, long *cursor, bool obsolete) {
     return mesh.release();
 }
 
-void RVMESH::describe(const MeshRecord &record) {
+void RVMESH::copyProperties(const MeshRecord &record) {
     setName(record.name);
     setPosition(record.position);
     setRotation(record.rotation);
@@ -121,21 +138,6 @@ void RVMESH::describe(const MeshRecord &record) {
     hidden = record.hidden;
 }
 
-void RVMESH::assignMaterial(const char *materialName) {
-    const bool isRootMesh = std::strcmp(getName(), "[root]") == 0;
-    RVMATERIAL *found = ravolt::LoadIndex::findMaterial(materialName);
-    if (std::strcmp(materialName, "[none]") == 0 && !isRootMesh)
-        zlfLog("   [!] no material assigned to mesh '%s'\n", getName());
-    else if (!found && !isRootMesh && *materialName)
-        zlfLog("   [!] material '%s' not found for mesh '%s'\n", materialName, getName());
-    setMaterial(found);
-}
-
-template <class T> bool RVMESH::allocate(T *&array, unsigned int holding, unsigned long bytes) {
-    array = static_cast<T *>(owned->block[holding] = zlfMalloc(bytes));
-    return array != nullptr;
-}
-
 bool RVMESH::copyGeometry(const MeshRecord &record) {
     numberOfVertices = record.numberOfVertices;
     numberOfUVs = record.numberOfUVs;
@@ -144,11 +146,12 @@ bool RVMESH::copyGeometry(const MeshRecord &record) {
     const std::size_t normals = numberOfVertices * sizeof(Z3MVECTOR3D);
     const std::size_t uvs = 2 * normals;
     const std::size_t faces = uvs + numberOfUVs * sizeof(Z3MVECTOR2D);
-    // Six bytes a face more than the arrays hold: an odd number of faces leaves the face normals
-    // behind them unaligned, and takes two of the spare bytes.
+    // The block has six spare bytes a face. After an odd number of faces two of them align the face
+    // normals.
     const std::size_t faceNormals =
         alignUp(faces + numberOfFaces * sizeof(RVFACE), alignof(Z3MVECTOR3D));
-    if (!allocate(geometry, blockGeometry,
+    void *(&block)[7] = owned->block;
+    if (!allocate(geometry, block[blockGeometry],
                   numberOfVertices * 24ul + numberOfUVs * 8ul + numberOfFaces * (18ul + 6ul)))
         return false;
 
@@ -167,14 +170,15 @@ bool RVMESH::copySkin(const MeshRecord &record) {
     numberOfWeights = record.numberOfWeights;
     const std::size_t weights = std::size_t{numberOfVertices} * numberOfWeights;
     const std::size_t vectors = numberOfVertices * sizeof(Z3MVECTOR3D);
-    if (!allocate(boneIndex, blockBoneIndex, weights) ||
-        !allocate(boneWeight, blockBoneWeight, weights * sizeof(float)) ||
-        !allocate(boneIndexFloat, blockBoneIndexFloat, weights * sizeof(float)) ||
-        !allocate(bone, blockBone, record.numberOfBones * sizeof(RVBONE)))
+    void *(&block)[7] = owned->block;
+    if (!allocate(boneIndex, block[blockBoneIndex], weights) ||
+        !allocate(boneWeight, block[blockBoneWeight], weights * sizeof(float)) ||
+        !allocate(boneIndexFloat, block[blockBoneIndexFloat], weights * sizeof(float)) ||
+        !allocate(bone, block[blockBone], record.numberOfBones * sizeof(RVBONE)))
         return false;
-    // On purpose: a mesh whose weights no program can take goes without, too.
-    if (!RVSHADER::useSkinning() && (!allocate(skinnedVertex, blockSkinnedVertex, vectors) ||
-                                     !allocate(skinnedNormal, blockSkinnedNormal, vectors)))
+    // On purpose: with useSkinning also a mesh whose weights no program supports has no arrays.
+    if (!RVSHADER::useSkinning() && (!allocate(skinnedVertex, block[blockSkinnedVertex], vectors) ||
+                                     !allocate(skinnedNormal, block[blockSkinnedNormal], vectors)))
         return false;
 
     if (weights) {

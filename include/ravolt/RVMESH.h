@@ -17,7 +17,7 @@ struct MeshRecord;
 struct RenderList;
 } // namespace ravolt
 
-// Bones of a mesh, and skinned meshes in a frame: what the skeleton cache holds.
+// The largest number of bones of a mesh, and the number of entries of the skeleton cache.
 constexpr unsigned int RV_BONES = 100;
 constexpr unsigned int RV_SKELETONS = 256;
 
@@ -33,7 +33,7 @@ struct RV_API RVBONE {
     Z3MMATRIX matrix;       // inverse of the bone's matrix in the bind pose
 };
 
-// One entry of the skeleton cache: where the bones of one mesh stand in this frame, relative to
+// One entry of the skeleton cache: the matrices of the bones of one mesh in this frame, relative to
 // the parent of the mesh.
 struct RV_API RVSKELETON {
     Z3MMATRIX matrix[RV_BONES];
@@ -44,9 +44,10 @@ struct RV_API RVSKELETON {
 // has them. A skinned mesh is moved by bones. Bones must be meshes, which may be empty, below the
 // parent of the skinned mesh: a node of another type, or elsewhere, does not move the skin. Each
 // pass stores the bones' matrices in the skeleton cache, so that one tree may be passed several
-// times in a frame, each time in another pose (but placed by a node above "HumanoidRoot": that one
-// and those down to the mesh count as they stand when it is drawn). Drawing skins, on the GPU where
-// RVSHADER::useSkinning holds. A mesh owns its arrays and buffers and counts as one user of its
+// times in a frame, each time in another pose. (Move it by a node above "HumanoidRoot": the
+// transforms of that node and of those from it to the mesh are read when the mesh is drawn, not
+// when it is passed.) Drawing skins the mesh, on the GPU if RVSHADER::useSkinning is true. A mesh
+// owns its arrays and buffers and counts as one user of its
 // material. Meshes with geometry come from RAVOLT::load alone; one made with `new` draws nothing.
 // A mesh with a transparent material is drawn inner faces first, then outer ones; without lighting
 // (RVLIGHT::lightingOff) it is drawn once, as an opaque one, though still blended. Needs the live
@@ -57,12 +58,12 @@ class RV_API RVMESH : public RVNODE {
     ~RVMESH() override;
 
     // A copy has the values of every field and shares the original's arrays and buffers, which it
-    // does not own: it must not be used once the original is gone. It is no user of its material:
-    // neither its setMaterial nor its end changes a count.
+    // does not own: it must not be used once the original has been deleted. It has no reference to
+    // its material: neither setMaterial nor the destructor of the copy changes a count.
     RVMESH(const RVMESH &other);
 
-    // Shares likewise. What a registered mesh owned itself stays with it, unused, and is released
-    // at its end; it leaves its former material and becomes a user of the new one.
+    // Shares likewise. The arrays and buffers that a registered mesh owned before are no longer
+    // used, and its destructor releases them; its references to materials are updated.
     RVMESH &operator=(const RVMESH &) = default;
 
     // The skeleton cache of RV_SKELETONS entries; for RAVOLT::init and RAVOLT::free. Both return
@@ -73,29 +74,29 @@ class RV_API RVMESH : public RVNODE {
     // Starts a frame: an empty skeleton cache, all client arrays off, no element buffer.
     static void reset();
 
-    // Reads a mesh body at `buffer + *cursor` and moves the cursor behind it; `obsolete` means
-    // format 1.5a. The size of the buffer is unknown here: the caller answers for its contents,
-    // also for indices within their tables. Returns NULL, with a log line, when memory runs out
+    // Reads a mesh body at `buffer + *cursor` and moves the cursor past it; `obsolete` means
+    // format 1.5a. The size of the buffer is unknown here: the caller must have checked its
+    // contents, the indices included. Returns NULL, with a log line, when memory runs out
     // or when the body holds a text or a bone table larger than the engine's.
     static RVNODE *load(const char *buffer, long *cursor, bool obsolete);
 
-    // Finds the bones by name under `root` and notes their bind pose, relative to the ancestor
+    // Finds the bones by name under `root` and stores their bind pose, relative to the ancestor
     // named "HumanoidRoot" or else to the tree's root. False, with a log line, for NULL.
     bool resetBones(RVNODE *root);
 
-    // Bends a skinned mesh after entry `skeleton` of the cache: with RVSHADER::useSkinning and four
-    // weights a vertex by handing the bones to the program in use, else by computing vertices and
-    // normals. A mesh with another number of weights that was loaded while useSkinning was true can
-    // not be bent and keeps its bind pose: do not load such files then. False, with a log line, for
-    // an entry that the cache does not have (the full cache's 256).
+    // Skins the mesh by entry `skeleton` of the cache: with RVSHADER::useSkinning and four weights
+    // a vertex by passing the bones to the program in use, else by computing vertices and normals.
+    // A mesh with another number of weights that was loaded while useSkinning was true cannot be
+    // skinned and is drawn in its bind pose: do not load such files then. False, with a log line,
+    // for an entry outside the cache (256, when the cache was full).
     bool animate(unsigned int skeleton);
 
     // Draws the mesh; `element` is its RVELEMENT. False for NULL, with a log line, and when the
-    // mesh can not be animated.
+    // mesh cannot be animated.
     bool render(void *element) override;
 
-    // Draws the normals of every mesh as lines of one unit, from green to dark green; those of a
-    // mesh that a program bends are left out.
+    // Draws the normals of every mesh as lines of one unit, from green to dark green, but not those
+    // of meshes that a program skins.
     static void showNormals();
     static void hideNormals();
 
@@ -106,8 +107,8 @@ class RV_API RVMESH : public RVNODE {
     // Never set by the engine.
     bool isClosed() const;
 
-    // A flag of the application's own: nothing of the engine reads it, and every mesh casts shadows
-    // (see RAVOLT::shadowingOn).
+    // A flag for the application: the engine does not read it, and every mesh casts shadows (see
+    // RAVOLT::shadowingOn).
     bool getShadowCaster() const;
     void setShadowCaster(bool caster);
 
@@ -122,7 +123,7 @@ class RV_API RVMESH : public RVNODE {
     // Lowers the count of the old material and raises that of the new one; NULL for none. A skinned
     // mesh marks its material as skinned when it is loaded (RVMATERIAL::setSkinning), not here:
     // mark the new material yourself. Rigid meshes may share a marked material; they are drawn by
-    // the programs for rigid meshes. There is no material again once it is deleted.
+    // the programs for rigid meshes. When the material is deleted, the mesh has none.
     void setMaterial(RVMATERIAL *material);
     RVMATERIAL *getMaterial() const;
 
@@ -131,7 +132,7 @@ class RV_API RVMESH : public RVNODE {
     unsigned int getNumberOfUVs() const;
     unsigned int getNumberOfFaces() const;
 
-    // The mesh's own arrays, valid as long as it lives; NULL where their count is 0. Positions and
+    // The mesh's own arrays, valid until it is deleted; NULL where their count is 0. Positions and
     // normals have one entry a vertex, face normals one a face.
     const Z3MVECTOR3D *getVertexPtr() const;
     const Z3MVECTOR3D *getVertexNormalPtr() const;
@@ -143,7 +144,7 @@ class RV_API RVMESH : public RVNODE {
     friend class RVANIM; // takes the names of the bones
     friend struct ravolt::RenderList;
 
-    // The material, with this mesh as one of its users: copies start as none and never become one.
+    // The material, to which the mesh has a reference; copies never have one.
     class MaterialUse {
       public:
         MaterialUse() : counted(true) {}
@@ -168,9 +169,7 @@ class RV_API RVMESH : public RVNODE {
         unsigned int buffer[6];
     };
 
-    template <class T> bool allocate(T *&array, unsigned int holding, unsigned long bytes);
-    void describe(const ravolt::MeshRecord &record);
-    void assignMaterial(const char *materialName);
+    void copyProperties(const ravolt::MeshRecord &record);
     bool copyGeometry(const ravolt::MeshRecord &record);
     bool copySkin(const ravolt::MeshRecord &record);
     void createBuffers();
@@ -178,9 +177,6 @@ class RV_API RVMESH : public RVNODE {
     bool cannotSkin() const;
     void animateByProgram() const;
     void animateVertices();
-    bool shade(RVELEMENT &entry) const;
-    void shadeFlat(const RVELEMENT &entry) const;
-    void disableUnusableProgram(const RVELEMENT &entry) const;
     void drawSurfaces(const RVELEMENT &entry, bool transparent) const;
     void bindArrays() const;
     void drawFaces() const;
@@ -200,24 +196,24 @@ class RV_API RVMESH : public RVNODE {
     unsigned short numberOfWeights = 0; // a vertex; 0 for a rigid mesh
     unsigned short numberOfBones = 0;
 
-    unsigned char *geometry = nullptr; // one block that holds the next five arrays
+    unsigned char *geometry = nullptr; // one block with the next five arrays
     Z3MVECTOR3D *vertex = nullptr;
     Z3MVECTOR3D *vertexNormal = nullptr;
     Z3MVECTOR3D *faceNormal = nullptr;
     Z3MVECTOR2D *uv = nullptr;
     RVFACE *face = nullptr;
 
-    // Numbers of bones and their weights, numberOfWeights for each vertex.
+    // Indices of bones and their weights, numberOfWeights for each vertex.
     unsigned char *boneIndex = nullptr;
     float *boneWeight = nullptr;
-    float *boneIndexFloat = nullptr; // the same numbers, for a vertex attribute
+    float *boneIndexFloat = nullptr; // the same indices, for a vertex attribute
     RVBONE *bone = nullptr;
 
-    // The bent vertices and normals of the last animate; NULL where a program bends the mesh.
+    // The skinned vertices and normals of the last animate; NULL where a program skins the mesh.
     Z3MVECTOR3D *skinnedVertex = nullptr;
     Z3MVECTOR3D *skinnedNormal = nullptr;
 
-    // OpenGL's names of the buffers; 0 for none.
+    // Names of OpenGL buffers; 0 for none.
     unsigned int vertexBuffer = 0;
     unsigned int normalBuffer = 0;
     unsigned int uvBuffer = 0;
@@ -227,10 +223,10 @@ class RV_API RVMESH : public RVNODE {
 
     ravolt::Owned<Storage> owned;
 
-    static RVSKELETON *skeletonElement;  // RV_SKELETONS entries; NULL while the engine is down
+    static RVSKELETON *skeletonElement;  // RV_SKELETONS entries; NULL between free and init
     static unsigned int currentSkeleton; // entries used in this frame
     static bool displayNormals;
-    // Scratch of animate and the drawing that follows: from the bind pose to this frame.
+    // Temporary values of animate and the drawing that follows: from the bind pose to this frame.
     static Z3MMATRIX boneMatrix[RV_BONES];
     static Z3MVECTOR3D boneTrans[RV_BONES];
     static Z3MVECTOR4D boneQuat[RV_BONES];
