@@ -1,4 +1,4 @@
-// Characters: bending their vertices and drawing them, on the processor and by a program, beside a
+// Characters: skinning their vertices and drawing them, on the processor and by a program, beside a
 // hand-written loop of the same arithmetic over plain arrays; and a clip applied to a tree beside
 // the same search over plain nodes.
 
@@ -47,12 +47,12 @@ struct Characters {
 struct HandCharacters {
     std::vector<bench::HandFigure> figures;
     std::vector<bench::Posed> posed;
-    std::vector<std::array<bench::Matrix, bonesOfCharacter>> places;
+    std::vector<std::array<bench::Matrix, bonesOfCharacter>> boneMatrices;
 
     HandCharacters()
-        : figures(numberOfCharacters), posed(numberOfCharacters), places(numberOfCharacters) {
+        : figures(numberOfCharacters), posed(numberOfCharacters), boneMatrices(numberOfCharacters) {
         for (int i = 0; i < numberOfCharacters; ++i)
-            figures[i].pose(places[i].data());
+            figures[i].pose(boneMatrices[i].data());
     }
 };
 
@@ -158,14 +158,14 @@ void drawFrame(HandCharacters &hand, const HandProgram *program) {
     for (int i = 0; i < numberOfCharacters; ++i) {
         const bench::HandFigure &figure = hand.figures[i];
         bench::Posed &posed = hand.posed[i];
-        figure.pose(hand.places[i].data());
-        figure.combine(hand.places[i].data(), identity, posed);
+        figure.pose(hand.boneMatrices[i].data());
+        figure.combine(hand.boneMatrices[i].data(), identity, posed);
         const std::vector<unsigned short> &indices = figure.figure.shape.indices;
         if (program) {
             figure.toQuaternions(posed);
             program->setBones(posed);
         } else {
-            figure.bend(posed);
+            figure.skin(posed);
             glVertexPointer(3, GL_FLOAT, 0, posed.positions.data());
             glNormalPointer(GL_FLOAT, 0, posed.normals.data());
         }
@@ -184,14 +184,14 @@ void frameByHand(benchmark::State &state, bool program) {
     const bench::Pixels wanted = bench::readWindow();
     const auto bound = program ? std::make_unique<HandProgram>() : nullptr;
     HandCharacters hand;
-    RAVOLT::begin3D(characters.scene.camera); // what the engine's frame leaves on must not stand
+    RAVOLT::begin3D(characters.scene.camera); // resets the state that the engine's frame has left
     drawFrame(hand, bound.get());
     state.counters["pictures_differ"] = bench::difference(wanted, bench::readWindow());
     for (auto _ : state)
         drawFrame(hand, bound.get());
 }
 
-// ---- The bones alone: what is made of their places, for the processor and for the program.
+// ---- The bones alone: from their matrices, for the processor and for the program.
 
 void bonesByEngine(benchmark::State &state, bool program) {
     const Characters characters(program);
@@ -214,14 +214,14 @@ void bonesByHand(benchmark::State &state, bool program) {
         bound->start();
     for (auto _ : state) {
         for (int i = 0; i < numberOfCharacters; ++i) {
-            hand.figures[i].combine(hand.places[i].data(), identity, hand.posed[i]);
+            hand.figures[i].combine(hand.boneMatrices[i].data(), identity, hand.posed[i]);
             if (program) {
                 hand.figures[i].toQuaternions(hand.posed[i]);
                 bound->setBones(hand.posed[i]);
                 bound->bindWeights();
                 bound->unbindWeights();
             } else {
-                hand.figures[i].bend(hand.posed[i]);
+                hand.figures[i].skin(hand.posed[i]);
             }
         }
         benchmark::ClobberMemory();

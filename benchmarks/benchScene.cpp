@@ -87,7 +87,7 @@ RVNODE *loadScene(const RveScene &scene) {
     return root;
 }
 
-// Groups of meshes on a grid that fills the view, shapes mixed. Mesh names tell the shape.
+// Groups of meshes on a grid that fills the view, shapes mixed. The shape is in the name of a mesh.
 RveScene gridScene(int groups, int meshesInGroup, float spacing) {
     RveScene scene;
     scene.materials = makeMaterials();
@@ -122,7 +122,7 @@ RveNode glassNode() {
 
 constexpr float lightDistance = 60.0f;
 
-// The lights stand in a ring, half of the way between the camera and the meshes and outside the
+// The lights form a ring, half of the way between the camera and the meshes and outside the
 // view, so that their markers are not seen. The ring is off the middle, so that no mesh has two of
 // them at the same distance.
 std::array<float, 3> lightPosition(int number) {
@@ -341,7 +341,7 @@ std::string writeTriangleScene(int triangles) {
 
 namespace {
 
-// Two triangles for each cell of a grid of vertices that stand row by row.
+// Two triangles for each cell of a grid of vertices, which are stored row by row.
 void addCells(Shape &shape, int rows, int columns) {
     for (int r = 0; r < rows; ++r) {
         for (int c = 0; c < columns; ++c) {

@@ -18,8 +18,8 @@ namespace bench {
 
 constexpr int windowWidth = 640, windowHeight = 480;
 
-// Has the engine running with its programs asked for or not; starts it anew where it runs the other
-// way. Ends the program where it does not start.
+// Makes sure that the engine is running, with or without its programs; restarts it if it is running
+// the other way. Ends the program if it does not start.
 void startEngine(bool programs);
 void stopEngine();
 
@@ -50,7 +50,7 @@ void destroy(Scene &scene);
 void drawByEngine(const Scene &scene);
 
 // What a frame is drawn with, switched on in the engine by `use`; `programs` is per-pixel lighting,
-// which all the others stand on. Needs an engine with programs.
+// which all the others include. Needs an engine with programs.
 struct Effects {
     const char *name; // of the benchmark
     const char *key;  // on a command line
@@ -70,7 +70,7 @@ void use(const Effects &wanted);
 // Writes a scene file of that many triangles in meshes of 10,000; its path.
 std::string writeTriangleScene(int triangles);
 
-// The shapes as the scenes hold them, for drawing by hand.
+// The shapes of the scenes, for drawing by hand.
 struct Shape {
     std::vector<float> positions, normals, uvs; // three, three and two a vertex
     std::vector<unsigned short> indices;
@@ -80,7 +80,7 @@ void fillMesh(const Shape &shape, ravolt::RveMesh &mesh);
 Shape makeShape(int number); // that of number 16 is the wall of the effects' scene
 std::vector<unsigned char> makeTexture(int number); // 64 by 64, R G B
 
-// Where mesh `number` of the tree scene stands in eye space, as OpenGL's column-major matrix.
+// The position of mesh `number` of the tree scene in eye space, as OpenGL's column-major matrix.
 struct Placement {
     int shape;
     int lights; // bit i: light i is among its four nearest

@@ -189,7 +189,7 @@ Scene makeCharacterScene() {
     }
     Scene result = open(scene, characterDistance);
     for (int character = 0; character < numberOfCharacters; ++character) {
-        // After loading, since the bind pose is taken with the figure's root as it stands.
+        // After loading, which stores the bind pose relative to the root of the figure.
         const auto place = characterPlace(character);
         result.root->getChild(character)->setPosition(place[0], place[1], place[2]);
         for (int bone = 0; bone < bonesOfCharacter; ++bone) {
@@ -228,18 +228,18 @@ void setCharacterLight() {
 }
 
 HandFigure::HandFigure() : figure(makeFigure()) {
-    Matrix places[bonesOfCharacter];
+    Matrix boneMatrices[bonesOfCharacter];
     for (int bone = 0; bone < bonesOfCharacter; ++bone) { // without a turn
         const Figure::Bone &each = figure.bones[bone];
-        setIdentity(places[bone]);
+        setIdentity(boneMatrices[bone]);
         for (int i = 0; i < 3; ++i)
-            places[bone][12 + i] =
-                each.offset[i] + (each.parent < 0 ? 0 : places[each.parent][12 + i]);
-        invertAffine(places[bone], inverseBind[bone]);
+            boneMatrices[bone][12 + i] =
+                each.offset[i] + (each.parent < 0 ? 0 : boneMatrices[each.parent][12 + i]);
+        invertAffine(boneMatrices[bone], inverseBind[bone]);
     }
 }
 
-void HandFigure::pose(Matrix *places) const {
+void HandFigure::pose(Matrix *boneMatrices) const {
     for (int bone = 0; bone < bonesOfCharacter; ++bone) {
         const Figure::Bone &each = figure.bones[bone];
         Matrix local;
@@ -248,17 +248,17 @@ void HandFigure::pose(Matrix *places) const {
         for (int axis = 0; axis < 3; ++axis)
             rotateAbout(axis, each.rotation[axis], local);
         if (each.parent < 0)
-            std::memcpy(places[bone], local, sizeof local);
+            std::memcpy(boneMatrices[bone], local, sizeof local);
         else
-            multiply(local, places[each.parent], places[bone]);
+            multiply(local, boneMatrices[each.parent], boneMatrices[bone]);
     }
 }
 
-void HandFigure::combine(const Matrix *places, const Matrix &mesh, Posed &posed) const {
+void HandFigure::combine(const Matrix *boneMatrices, const Matrix &mesh, Posed &posed) const {
     Matrix inverseMesh, placed;
     invertAffine(mesh, inverseMesh);
     for (int bone = 0; bone < bonesOfCharacter; ++bone) {
-        multiply(places[bone], inverseMesh, placed);
+        multiply(boneMatrices[bone], inverseMesh, placed);
         multiply(inverseBind[bone], placed, posed.bones[bone]);
     }
 }
@@ -277,7 +277,7 @@ void HandFigure::toQuaternions(Posed &posed) const {
     }
 }
 
-void HandFigure::bend(Posed &posed) const {
+void HandFigure::skin(Posed &posed) const {
     const std::size_t size = figure.shape.positions.size();
     posed.positions.resize(size);
     posed.normals.resize(size);

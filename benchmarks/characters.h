@@ -1,7 +1,7 @@
 #pragma once
 
 // Characters: one figure of five limbs, 2,000 vertices and 30 bones, as a scene of many and as the
-// plain arrays that a hand-written loop bends.
+// plain arrays that a hand-written loop skins.
 
 #include "benchScene.h"
 
@@ -21,7 +21,7 @@ struct Figure {
     std::vector<unsigned char> boneIndices; // four a vertex
     std::vector<float> boneWeights;
     struct Bone {
-        int parent; // -1 for none; parents stand first
+        int parent; // -1 for none; parents come first
         float offset[3], rotation[3];
     };
     std::array<Bone, bonesOfCharacter> bones;
@@ -33,7 +33,7 @@ Scene makeCharacterScene();
 // The skinned meshes of the scene, in the order of its pass.
 std::vector<RVMESH *> skinnedMeshes(const Scene &scene);
 
-// Where character `number` stands in eye space, and what lights it: a directional light.
+// The position of character `number` in eye space, and its light: a directional one.
 std::array<float, 3> characterPlace(int number);
 void setCharacterLight();
 
@@ -53,11 +53,11 @@ class HandFigure {
     const Figure figure;
 
     // Where the bones are, from their angles.
-    void pose(Matrix *places) const;
-    // What they make of a vertex: from the bind pose through the place to the mesh's own space.
-    void combine(const Matrix *places, const Matrix &mesh, Posed &posed) const;
+    void pose(Matrix *boneMatrices) const;
+    // The matrices for vertices: from the bind pose to this pose, in the space of the mesh.
+    void combine(const Matrix *boneMatrices, const Matrix &mesh, Posed &posed) const;
     void toQuaternions(Posed &posed) const;
-    void bend(Posed &posed) const;
+    void skin(Posed &posed) const;
 
   private:
     Matrix inverseBind[bonesOfCharacter];

@@ -1,5 +1,5 @@
 // Drawing: the engine's pass, sort and draw beside the same picture from plain OpenGL with the
-// fewest calls. Both end with glFinish and leave the window's swap out.
+// fewest calls. Both end with glFinish, without the swap of the window.
 
 #include "benchScene.h"
 #include "handMeshes.h"
@@ -67,7 +67,7 @@ void byHand(benchmark::State &state, bench::Scene (*make)(), bool lit) {
     const bench::Pixels wanted = bench::readWindow();
     {
         const bench::HandMeshes hand(scene);
-        // The engine's last colours and lights stand; the frame's state of textures must not.
+        // The engine's last colours and lights may remain, the state of its textures must not.
         RAVOLT::begin3D(scene.camera);
         drawByHand(hand, lit);
         state.counters["pictures_differ"] = bench::difference(wanted, bench::readWindow());

@@ -46,7 +46,7 @@ void byHand(benchmark::State &state, const bench::Effects &effects, bench::Buffe
     const Started started(effects);
     const bench::Pixels wanted = bench::readWindow();
     bench::HandEffects hand(started.scene, effects, buffers);
-    // What the engine's frame leaves on must not stand.
+    // Resets the state that the engine's frame has left.
     RAVOLT::begin3D(started.scene.camera);
     hand.draw();
     state.counters["pictures_differ"] = bench::difference(wanted, bench::readWindow());

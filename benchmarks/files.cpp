@@ -55,7 +55,7 @@ BENCHMARK(fileByHand)
     ->Name("scene file of 60,000 triangles/baseline")
     ->Unit(benchmark::kMicrosecond);
 
-// 4 MiB of keys; the one that is asked for stands last.
+// 4 MiB of keys; the one that is searched is the last.
 std::string writeKeys() {
     const std::string path = "bench_keys.cfg";
     std::FILE *file = std::fopen(path.c_str(), "wb");

@@ -167,7 +167,7 @@ HandEffects::HandEffects(const Scene &scene, const Effects &wantedEffects, Buffe
       sum("bloomCombine"), mean("dofCombine"), tones("bloomToneMapping"), glow("bloomForceAlpha"),
       focused("dof") {
     makeLightView(lightView);
-    // Where the engine's own adaptation stands.
+    // The same as the engine's current adaptation.
     glGetUniformfvARB(tones.object, tones.luminance, &adapted);
 }
 

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int numberOfNodes = 60000;
 
-// What a node amounts to without an engine: the same size, a name, a number and two links.
+// A node without an engine: the same size, a name, a number and two links.
 struct PlainNode {
     PlainNode *previous = nullptr, *next = nullptr;
     unsigned int id;

@@ -6,9 +6,9 @@
 //   timedStart [STARTS]      a table
 //   timedStart none|programs a single start, as a row of numbers
 //
-// The program's own SDL_GL_GetProcAddress stands in front of SDL's and hands out functions that
-// take the time; so do the functions that open the window,
-// show the splash and make textures.
+// The program's own SDL_GL_GetProcAddress replaces SDL's and returns functions that measure the
+// time; so do its versions of the functions that open the window, show the splash and make
+// textures.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVSETTINGS.h"

@@ -1,5 +1,5 @@
-// Videos: a whole video through the engine, kept to itself or onto a texture, beside the decoder's
-// library alone, with and without the upload by hand.
+// Videos: a whole video in the engine, without a texture or onto one, beside the decoder's library
+// alone, without and with the upload by hand.
 
 #include "benchScene.h"
 #include "handMeshes.h"
@@ -10,7 +10,7 @@
 #include <GL/gl.h>
 #include <benchmark/benchmark.h>
 
-extern "C" { // which its headers leave out
+extern "C" { // missing in its headers
 #include <mpeg2.h>
 
 #include <mpeg2convert.h>
@@ -72,7 +72,7 @@ void byEngine(benchmark::State &state, bool shown) {
     video->setTexture(shown ? texture : nullptr);
     for (auto _ : state) {
         video->play();
-        video->update(wholeVideo); // which takes it back to its start
+        video->update(wholeVideo); // which ends at its start
         glFinish();
     }
     state.SetItemsProcessed(state.iterations() * frames);
@@ -121,7 +121,7 @@ std::vector<unsigned char> pixelsOf(const RVTEXTURE &texture) {
     return pixels;
 }
 
-// What the engine leaves in the texture at the end of the video.
+// The pixels of the texture after the engine has played the video.
 std::vector<unsigned char> lastPixels(const VideoFile &file, RVTEXTURE *texture) {
     RVVIDEO *video = new RVVIDEO;
     video->load(file.path);

@@ -1,9 +1,9 @@
-# Makes a C++ header of GLSL files: one array of characters for each, named as its file.
+# Writes a C++ header from GLSL files: one array of characters for each, named as its file.
 #
 #     cmake -D "SHADERS=a.glsl;b.glsl" -D HEADER=shaderSources.h -P embedShaders.cmake
 #
-# Comments are left out, since a driver would read them anew at each start; their lines stay, so that
-# the line numbers of a driver's message are those of the file.
+# Comments are removed, since a driver would read them at each start; their lines become empty, so that
+# the line numbers in a driver's messages are those of the file.
 
 set(header "#pragma once\n\n// Made from resources/shaders/*.glsl by cmake/embedShaders.cmake.\n\n")
 string(APPEND header "namespace ravolt::glsl {\n")

@@ -18,11 +18,11 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/RavoltConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/RavoltConfig.cmake ${PROJECT_BINARY_DIR}/RavoltConfigVersion.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
 
-# The way from ravolt.pc back to the prefix, so that an installed tree may be moved.
+# The relative path from ravolt.pc to the prefix, so that an installed tree may be moved.
 file(RELATIVE_PATH RAVOLT_BACK_TO_PREFIX
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-# What a program needs beside the library only when it takes the library's objects into itself. As
-# packages they would have to be installed for every program, since pkg-config looks for all it reads.
+# Needed only by a program that links the library statically. As required packages they would have to
+# be installed for every program, since pkg-config checks all that it reads.
 set(RAVOLT_PRIVATE_LIBRARIES "-lSDL -lGL -lX11")
 if(RAVOLT_VIDEO)
     string(APPEND RAVOLT_PRIVATE_LIBRARIES " -lmpeg2 -lmpeg2convert")

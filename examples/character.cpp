@@ -1,4 +1,4 @@
-// A character that walks: a clip moves its bones, the card bends its skin, and it casts a shadow.
+// A character that walks: a clip moves its bones, the GPU skins its mesh, and it casts a shadow.
 
 #include "common.h"
 #include "stage.h"

@@ -8,8 +8,8 @@ namespace {
 
 constexpr float length = 5; // seconds
 
-// The video's steps are those of its decoder, of which each frame takes a different number. A
-// showing without a texture, which drops the frames, tells how many the whole video takes.
+// A video advances by steps of its decoder, of which each frame takes a different number. Playing
+// it once without a texture, which drops the frames, counts the steps of the whole video.
 unsigned int countSteps(RVVIDEO *video) {
     unsigned int steps = 0;
     for (video->play(); video->getStatus() == RV_VIDEO_PLAY; ++steps)
@@ -20,7 +20,7 @@ unsigned int countSteps(RVVIDEO *video) {
 } // namespace
 
 Cinema::Cinema(const char *file) : video(new RVVIDEO()), texture(new RVTEXTURE()) {
-    texture->setFilter(true, false, true); // no mipmaps, which would keep the first picture
+    texture->setFilter(true, false, true); // mipmaps would still show the first frame
     texture->create(512, 256, 3);
     if (!video->load(file)) {
         std::fprintf(stderr, "The video was not loaded; ravolt_log.txt says why.\n");
@@ -42,8 +42,8 @@ void Cinema::showOn(RVNODE *scene, const char *mesh) {
 }
 
 void Cinema::advance(float seconds) {
-    due += seconds * stepsPerSecond;
-    const unsigned int steps = static_cast<unsigned int>(due);
+    pendingSteps += seconds * stepsPerSecond;
+    const unsigned int steps = static_cast<unsigned int>(pendingSteps);
     video->update(steps);
-    due -= static_cast<float>(steps);
+    pendingSteps -= static_cast<float>(steps);
 }

@@ -11,7 +11,7 @@ class Cinema {
     // Loads the video; when that fails it says so, and the picture stays black.
     explicit Cinema(const char *file);
 
-    // Puts the picture onto the mesh of this name. The mesh shows it by its texture coordinates:
+    // Shows the video on the mesh of this name. The mesh must have fitting texture coordinates:
     // the picture is 320 of 512 texels wide and 240 of 256 high, its first row at V = 0.
     void showOn(RVNODE *scene, const char *mesh);
 
@@ -21,5 +21,5 @@ class Cinema {
     RVVIDEO *video;
     RVTEXTURE *texture;
     float stepsPerSecond = 0;
-    float due = 0; // steps
+    float pendingSteps = 0; // steps
 };

@@ -66,7 +66,7 @@ Example::Example(int argc, char **argv, std::initializer_list<const char *> want
     requireDisplay();
 }
 
-void Example::takeEvents() {
+void Example::handleEvents() {
     mouseX = mouseY = -1;
     wheel = 0;
     for (SDL_Event event; SDL_PollEvent(&event);) {
@@ -89,8 +89,8 @@ void Example::takeEvents() {
 
 float Example::seconds() const { return frames ? 1.0f / 30.0f : RAVOLT::getFPSfactor(); }
 
-// Only the number's or the label's place is taken from the name, so no other conversion gets in.
-void Example::writeDuePicture(bool last) const {
+// Only one %d or %s in the name is replaced: the name is not used as a format.
+void Example::writeFramePicture(bool last) const {
     const std::string name = picture ? picture : "";
     const std::size_t place = name.find('%');
     if (place == std::string::npos) {
@@ -114,9 +114,9 @@ void Example::writeDuePicture(bool last) const {
 }
 
 bool Example::next() {
-    takeEvents();
+    handleEvents();
     ++frame;
     const bool last = closed || (frames > 0 && frame >= frames);
-    writeDuePicture(last);
+    writeFramePicture(last);
     return !last;
 }

@@ -18,7 +18,7 @@ std::string folderOf(const std::string &file);
 struct Example {
     int frames = 0;                  // 0: until the window is closed
     const char *picture = nullptr;   // NULL: none
-    std::vector<const char *> files; // as many as the constructor was told to want
+    std::vector<const char *> files; // as many as the constructor requires
 
     int frame = 0;               // frames that have been shown
     const char *label = nullptr; // of the frame's picture; NULL: the frame has none
@@ -26,13 +26,13 @@ struct Example {
     int mouseX = -1, mouseY = -1; // last click in window pixels, -1 for none since the last frame
     int wheel = 0;                // wheel steps since the last frame
 
-    // Reads the command line; `wanted` are the files that it must name, as the usage line calls
-    // them. Ends the program with that line when it makes no sense, and with advice when there is
-    // no display to open a window on.
+    // Reads the command line; `wanted` are the names of the required files in the usage line. Ends
+    // the program with that line when the command line is invalid, and with advice when there is no
+    // display.
     Example(int argc, char **argv, std::initializer_list<const char *> wanted = {});
 
-    // To be called once after each RAVOLT::swap: takes the window's events and writes the picture
-    // that is due. False when it is time to stop.
+    // To be called once after each RAVOLT::swap: handles the window's events and writes the picture
+    // of the frame, if it has one. False when the program is to end.
     bool next();
 
     // Seconds that the last frame took. A run with --frames counts a thirtieth for each, so that
@@ -40,7 +40,7 @@ struct Example {
     float seconds() const;
 
   private:
-    void takeEvents();
-    void writeDuePicture(bool last) const;
+    void handleEvents();
+    void writeFramePicture(bool last) const;
     bool closed = false;
 };

@@ -46,7 +46,7 @@ const Part parts[] = {
 };
 constexpr int numberOfParts = sizeof parts / sizeof *parts;
 constexpr float secondsOfAPart = 4;
-constexpr float blurredAfter = 5; // metres before and behind the focus
+constexpr float blurDistance = 5; // metres from the focus
 
 void turn(bool on, void (*switchOn)(), void (*switchOff)()) { on ? switchOn() : switchOff(); }
 
@@ -56,12 +56,12 @@ void show(const Part &part, float progress, RVLIGHT *spot) {
     setDaytime(spot, part.time, part.tones ? 0.75f : 1.0f); // tone mapping brightens
     turn(part.bloom > 0, RAVOLT::bloomingOn, RAVOLT::bloomingOff);
     RAVOLT::setBloomingIntensity(part.bloom);
-    turn(part.tones, RAVOLT::HDROn, RAVOLT::HDROff); // acts within bloom alone
+    turn(part.tones, RAVOLT::HDROn, RAVOLT::HDROff); // part of bloom
     turn(part.focusTo > 0, RAVOLT::DOFOn, RAVOLT::DOFOff);
     const float pulled = 0.5f - 0.5f * std::cos(3.1415927f * std::fmin(1.0f, 1.6f * progress));
     const float focus = part.focusFrom + (part.focusTo - part.focusFrom) * pulled;
-    RAVOLT::setDOFFocus((focus + nearPlane) / farPlane); // the code of a depth
-    RAVOLT::setDOFRange(farPlane / blurredAfter);
+    RAVOLT::setDOFFocus((focus + nearPlane) / farPlane); // as the depth pass encodes it
+    RAVOLT::setDOFRange(farPlane / blurDistance);
 }
 
 void announce(const Part &part) {
@@ -70,18 +70,18 @@ void announce(const Part &part) {
     SDL_WM_SetCaption(("Ravolt: " + line).c_str(), nullptr);
 }
 
-// The card bends meshes by programs alone, so that one which is to be bent needs a program also
-// where the fixed functions light the others.
-void keepBent(RVNODE *node, RVSHADER *program) {
+// The GPU skins meshes only by programs, so that a skinned mesh needs a program also where the
+// fixed functions light the others.
+void setSkinningProgram(RVNODE *node, RVSHADER *program) {
     RVMESH *mesh = node->getType() == RV_NODE_TYPE_MESH ? static_cast<RVMESH *>(node) : nullptr;
     if (mesh && mesh->isSkinned() && mesh->getMaterial())
         mesh->getMaterial()->setShader(program);
     for (unsigned int i = 0; i < node->getNumberOfChildren(); ++i)
-        keepBent(node->getChild(i), program);
+        setSkinningProgram(node->getChild(i), program);
 }
 
-// Tone mapping closes the gap between the light and what the eye is used to by the part of a second
-// that a frame takes. In a run for pictures, whose frames take any time, this frame takes a second.
+// Tone mapping adapts to the brightness over time. In a run for pictures, whose frames take any
+// time, this frame counts as a second, so that the adaptation is complete.
 void letTheEyeAdapt() {
     RAVOLT::begin2D();
     RAVOLT::end2D();
@@ -119,12 +119,12 @@ int main(int argc, char **argv) {
             announce(parts[(shown = static_cast<int>(time)) % numberOfParts]);
         const Part &part = parts[shown % numberOfParts];
         show(part, time - static_cast<float>(shown), spot);
-        keepBent(walker.getNode(), part.perPixel ? nullptr : RVSHADER::pplSpotTA);
-        goRound(camera, 17 + 5 * std::sin(0.5f * time));
+        setSkinningProgram(walker.getNode(), part.perPixel ? nullptr : RVSHADER::pplSpotTA);
+        orbit(camera, 17 + 5 * std::sin(0.5f * time));
         walker.advance((time - before) * secondsOfAPart);
         cinema.advance((time - before) * secondsOfAPart);
         before = time;
-        // A run of N frames goes through all parts once; the last picture of each is kept.
+        // A run of N frames shows all parts once; the last picture of each is written.
         time = example.frames
                    ? (static_cast<float>(example.frame) + 1.001f) * numberOfParts / example.frames
                    : time + example.seconds() / secondsOfAPart;

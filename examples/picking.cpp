@@ -58,7 +58,7 @@ int main(int argc, char **argv) {
         model->pass(true);
         RAVOLT::end3D(true);
 
-        // The list that was just drawn is the one that is asked, so this comes before begin2D.
+        // select uses the list of end3D, so this comes before begin2D.
         if (example.mouseX >= 0) {
             const unsigned int id = RAVOLT::select(example.mouseX, example.mouseY);
             id ? hide(model, id) : showAll(model);

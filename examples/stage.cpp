@@ -21,7 +21,7 @@ const Lighting night = {-3.5f, 12, 9, 20, 10, 0.9f, 0.85f, 0.76f, 4, 40, 0.16f, 
 
 RVNODE *skies[2] = {}; // each under a node of its own, by Daytime
 
-// Takes a dome out of the stage, to be drawn round the camera.
+// Detaches a dome from the stage, to be drawn round the camera.
 RVNODE *takeSky(RVNODE *stage, const char *name) {
     RVNODE *holder = new RVNODE();
     if (RVNODE *dome = stage->findByNameInHierarchy(name)) {
@@ -93,14 +93,14 @@ RVCAMERA *makeCamera() {
     RVCAMERA *camera = new RVCAMERA();
     camera->setTarget(0.0f, 1.2f, 0.0f);
     camera->setTargetNode(camera);
-    goRound(camera, 17);
+    orbit(camera, 17);
     RVOPENGL::setNearPlane(nearPlane);
     RVOPENGL::setFarPlane(farPlane);
     RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
     return camera;
 }
 
-void goRound(RVCAMERA *camera, float degrees) {
+void orbit(RVCAMERA *camera, float degrees) {
     const float angle = degrees * 3.1415927f / 180;
     camera->setPosition(10.0f * std::sin(angle), 2.4f, 10.0f * std::cos(angle));
 }

@@ -30,8 +30,8 @@ void setDaytime(RVLIGHT *spot, Daytime time, float brightness = 1);
 // A camera in front of the stage.
 RVCAMERA *makeCamera();
 
-// Takes the camera some degrees round the stage.
-void goRound(RVCAMERA *camera, float degrees);
+// Moves the camera to this angle on a circle round the stage.
+void orbit(RVCAMERA *camera, float degrees);
 
 // Shows the frame in the window, in place of RAVOLT::swap. Frames are drawn twice as large into
 // render target 0, so that edges are smooth.

@@ -43,7 +43,7 @@ RVLIGHT *makeLight(const Z3MVECTOR3D &from, float brightness) {
     light->setDirection(direction.normalize());
     light->setDiffuse(brightness, brightness, brightness, 1.0f);
     light->setAmbient(0.02f, 0.02f, 0.03f, 1.0f);
-    // A light draws its little marker where it stands: put it out of sight.
+    // A light draws a small marker at its position, which is therefore out of sight.
     light->setPosition(from.x * 1e4f, from.y * 1e4f, from.z * 1e4f);
     return light;
 }
@@ -77,7 +77,7 @@ int main(int argc, char **argv) {
     const Z3MVECTOR3D centre = (bounds.low + bounds.high) * 0.5f;
     const float size = (bounds.high - bounds.low).length();
 
-    // The model hangs under a node that turns, so that it turns about its own centre.
+    // The model is the child of a node that turns, so that it turns about its own centre.
     RVNODE *table = new RVNODE();
     model->move(-centre.x, -centre.y, -centre.z);
     model->link(table);

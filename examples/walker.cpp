@@ -49,7 +49,7 @@ void dress(RVNODE *node, RVTEXTURE *fur) {
 Walker::Walker(const char *scene, const char *clipFile)
     : middle(new RVNODE()), character(RAVOLT::load(scene)), clip(new RVANIM()) {
     hasClip = clip->load(clipFile) && clip->getNumberOfFrames() > 0;
-    clip->setTranslating(true); // the bones' places too, not their rotations alone
+    clip->setTranslating(true); // the bones' positions too, not only their rotations
     if (!isReady())
         return;
     dress(character, makeFur());

@@ -3,7 +3,7 @@
 class RVANIM;
 class RVNODE;
 
-// A character that walks round a circle: a clip moves its bones, and its place follows its feet.
+// A character that walks round a circle: a clip moves its bones, and it advances with its feet.
 class Walker {
   public:
     // Loads the character and its clip.
@@ -12,7 +12,7 @@ class Walker {
 
     void advance(float seconds);
 
-    // What to pass: the middle of the circle, which the character hangs on.
+    // The node to pass: the centre of the circle, whose child is the character.
     RVNODE *getNode() const { return middle; }
 
   private:

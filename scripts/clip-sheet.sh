@@ -4,8 +4,7 @@
 #
 #     scripts/clip-sheet.sh RAVOLT FOLDER
 #
-# RAVOLT is the program; FOLDER gets sheet_1.png and so on, and sheets.txt, which says what stands in
-# which row.
+# RAVOLT is the program; FOLDER gets sheet_1.png and so on, and sheets.txt, which lists the rows.
 set -euo pipefail
 tool=$(realpath "$1")
 folder=$(realpath -m "$2")

@@ -69,5 +69,5 @@ configure_and_build() {
     cmake --preset "$preset" "$@" >"$log" 2>&1 ||
         { cat "$log"; fail "cmake failed; delete build/$preset and try again"; }
     cmake --build --preset "$preset" --parallel "$(nproc)" ||
-        fail "building '$preset' failed; the first error stands above"
+        fail "building '$preset' failed; see the first error above"
 }

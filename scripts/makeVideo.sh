@@ -10,5 +10,5 @@ trap 'rm -rf "$pictures"' EXIT
     --pitch 15 --zoom 1.3
 ffmpeg -v error -y -framerate 25 -i "$pictures/turn_%03d.png" -an -c:v mpeg2video -bf 2 -g 12 -q:v 3 \
     -f mpeg2video "$pictures/video.m2v"
-printf '\000\000\001\267' >>"$pictures/video.m2v" # the end code, which ffmpeg leaves out
+printf '\000\000\001\267' >>"$pictures/video.m2v" # the end code, which ffmpeg omits
 mv "$pictures/video.m2v" "$video"
