@@ -23,7 +23,7 @@ file(RELATIVE_PATH RAVOLT_BACK_TO_PREFIX
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 # Needed only by a program that links the library statically. As required packages they would have to
 # be installed for every program, since pkg-config checks all that it reads.
-set(RAVOLT_PRIVATE_LIBRARIES "-lSDL -lGL -lX11")
+set(RAVOLT_PRIVATE_LIBRARIES "-lSDL -lGL -lX11 -ltinyxml")
 if(RAVOLT_VIDEO)
     string(APPEND RAVOLT_PRIVATE_LIBRARIES " -lmpeg2 -lmpeg2convert")
 endif()

@@ -6,6 +6,7 @@
 #include "ravolt/RVANIM.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVELEMENT.h"
+#include "ravolt/RVEMITTER.h"
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVHELPER.h"
 #include "ravolt/RVLIGHT.h"

@@ -4,6 +4,7 @@
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
 #include "ravolt/RVELEMENT.h"
+#include "ravolt/RVEMITTER.h"
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
@@ -113,6 +114,9 @@ bool RAVOLT::Lifecycle::startClasses(RVSETTINGS &settings) {
          [] { return RVELEMENT::free(); }},
         {[](RVSETTINGS &) { return RVMESH::init(); },
          "   [!] Unable to initialize mesh class @ RAVOLT::init\n", [] { return RVMESH::free(); }},
+        {[](RVSETTINGS &) { return RVEMITTER::init(); },
+         "   [!] Unable to initialize emitter class @ RAVOLT::init\n",
+         [] { return RVEMITTER::free(); }},
     };
     const RVSHADER *const lastBefore = lastProgram();
     for (const Row *row = rows; row != std::end(rows); ++row) {
@@ -173,6 +177,7 @@ bool RAVOLT::free() {
     RVANIM::cleanUp();
     RVVIDEO::cleanUp();
 
+    RVEMITTER::free();
     RVMESH::free();
     RVELEMENT::free();
     RVSHADER::free();

@@ -4,6 +4,7 @@
 
 #include "models/rveFormat.h"
 #include "models/rveRecords.h"
+#include "ravolt/RVEMITTER.h"
 #include "ravolt/RVHELPER.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
@@ -12,6 +13,7 @@
 #include "scene/nodeInternals.h"
 #include "scene/nodeRecords.h"
 
+#include <bit>
 #include <iterator>
 
 namespace ravolt {
@@ -19,6 +21,11 @@ namespace ravolt {
 namespace {
 
 float meshRadius(const RVNODE &node) { return static_cast<const RVMESH &>(node).getRadius(); }
+
+// On purpose: the type's bits, since the first field of an emitter counts as its radius.
+float emitterRadius(const RVNODE &node) {
+    return std::bit_cast<float>(static_cast<const RVEMITTER &>(node).getEmitterType());
+}
 
 float helperRadius(const RVNODE &node) { return static_cast<const RVHELPER &>(node).getRadius(); }
 

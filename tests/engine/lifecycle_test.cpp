@@ -4,6 +4,7 @@
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
 #include "ravolt/RVELEMENT.h"
+#include "ravolt/RVEMITTER.h"
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
@@ -29,6 +30,7 @@ using namespace ravolt::test;
 namespace {
 
 bool meshClassFails = false;
+bool emitterClassFails = false;
 
 } // namespace
 
@@ -36,6 +38,8 @@ bool meshClassFails = false;
 extern "C" {
 bool __real__ZN6RVMESH4initEv();
 bool __wrap__ZN6RVMESH4initEv() { return !meshClassFails && __real__ZN6RVMESH4initEv(); }
+bool __real__ZN9RVEMITTER4initEv();
+bool __wrap__ZN9RVEMITTER4initEv() { return !emitterClassFails && __real__ZN9RVEMITTER4initEv(); }
 }
 
 namespace ravolt::test {
@@ -74,6 +78,7 @@ class LifecycleTest : public SilentTest {
     }
     void TearDown() override {
         meshClassFails = false;
+        emitterClassFails = false;
         RAVOLT::free();
         SilentTest::TearDown();
     }
@@ -442,6 +447,21 @@ TEST_F(LifecycleTest, FailedMeshClassUndoesTheListAndTheRest) {
     EXPECT_EQ(logBehind("   4096 elements allocated\n"),
               "   [!] Unable to initialize mesh class @ RAVOLT::init\n" + allUndone);
     meshClassFails = false;
+    expectNothingLeft();
+    expectCleanStart();
+}
+
+TEST_F(LifecycleTest, FailedEmitterClassUndoesTheMeshClassAndTheRest) {
+    emitterClassFails = true;
+    const Calls calls = failingStart();
+    emitterClassFails = false;
+    EXPECT_EQ(calls.back(), Call("SDL_Quit"));
+    EXPECT_EQ(logBehind("   4096 elements allocated\n"),
+              "   [!] Unable to initialize emitter class @ RAVOLT::init\n"
+              "   Release OpenGL...\n"
+              "   OpenGL released\n"
+              "   Release settings...\n"
+              "   Settings released\n");
     expectNothingLeft();
     expectCleanStart();
 }

@@ -18,12 +18,15 @@ ROWS = [
      "exceptions": {
          ("engine/frame/frame.cpp", "GL_CULL_FACE"): "wireframe and the 2D block go around the cache",
          ("engine/frame/shadows.cpp", "GL_CULL_FACE"): "the shadow map takes back faces whatever is set",
+         ("effects/RVEMITTER.cpp", "GL_CULL_FACE"): "particles are seen from both sides",
          ("engine/frame/select.cpp", "GL_SCISSOR_TEST"): "picking cuts out one pixel by itself"}},
     {"what": r"gl(Enable|Disable)ClientState\(GL_(VERTEX|INDEX|NORMAL|COLOR|TEXTURE_COORD)_ARRAY\b",
      "owners": ["engine/gl/RVOPENGL.cpp"], "says": ["only", "client arrays"],
      "exceptions": {
          ("models/RVMESH.cpp", "GL_TEXTURE_COORD_ARRAY"):
-             "the coordinates of the second unit, which have no cached switch"}},
+             "the coordinates of the second unit, which have no cached switch",
+         ("effects/RVEMITTER.cpp", "GL_TEXTURE_COORD_ARRAY"):
+             "sizes and spins travel on the second unit"}},
     {"what": r"glLightModelf\(GL_LIGHT_MODEL_TWO_SIDE\b",
      "owners": ["engine/gl/RVOPENGL.cpp"], "says": ["only", "two-sided"], "exceptions": {}},
     {"what": r"gl(Enable|Disable)\((GL_LIGHTING|GL_LIGHT\d|light)\b|glLightfv?\(",
@@ -34,6 +37,8 @@ ROWS = [
      "owners": ["resources/RVTEXTURE.cpp", "resources/textureUpload.cpp"],
      "says": ["only", "glBindTexture", "GL_TEXTURE_2D"],
      "exceptions": {
+         ("effects/RVEMITTER.cpp", "selectUnit"):
+             "both selectors move to the second unit and back",
          ("engine/gl/bindings.h", ""): "the one call, for the owners",
          ("engine/frame/shadows.cpp", ""): "the shadow map is bound on a unit that stays off",
          ("engine/app/splash.cpp", ""): "drawn before the engine knows the driver"}},
@@ -67,7 +72,8 @@ ROWS = [
      "exceptions": {}},
 ]
 
-FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "video"]
+FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "effects",
+           "video"]
 
 
 def read(root):

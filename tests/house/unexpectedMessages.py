@@ -11,7 +11,8 @@ import re
 import sys
 from pathlib import Path
 
-FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "video"]
+FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "effects",
+           "video"]
 CLOSE = 160  # characters between two parts
 
 LITERAL = r'"((?:[^"\\\n]|\\.)*)"'

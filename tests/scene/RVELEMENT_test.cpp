@@ -748,7 +748,7 @@ TEST_F(ElementTest, HelperIsTransparentWhateverItsAlpha) {
     EXPECT_EQ(drawingOrder(), (Nodes{opaque, node}));
 }
 
-// Made by an application, since the engine has no class of that type.
+// Made by an application, which may use the type.
 class EmitterNode : public RVNODE {
   public:
     EmitterNode() { type = RV_NODE_TYPE_EMITTER; }

@@ -1,0 +1,110 @@
+#include "effects/emitterFile.h"
+
+#include "foundation/xmlDocument.h"
+
+#include <tinyxml.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace ravolt {
+
+namespace {
+
+enum class Attributes { integer, real, text, xy, xyz };
+
+struct Row {
+    const char *name;
+    EmitterKey key;
+    Attributes attributes;
+};
+
+constexpr Row rows[] = {{"type", EmitterKey::type, Attributes::integer},
+                        {"texture", EmitterKey::texture, Attributes::text},
+                        {"nbOfParticles", EmitterKey::nbOfParticles, Attributes::integer},
+                        {"maxEnergy", EmitterKey::maxEnergy, Attributes::integer},
+                        {"maxVelocity", EmitterKey::maxVelocity, Attributes::integer},
+                        {"maxAngle", EmitterKey::maxAngle, Attributes::real},
+                        {"emitterSize", EmitterKey::emitterSize, Attributes::xy},
+                        {"radius", EmitterKey::radius, Attributes::real},
+                        {"maxParticleSize", EmitterKey::maxParticleSize, Attributes::integer},
+                        {"maxSpin", EmitterKey::maxSpin, Attributes::integer},
+                        {"spinning", EmitterKey::spinning, Attributes::real},
+                        {"center", EmitterKey::center, Attributes::xyz},
+                        {"gravity", EmitterKey::gravity, Attributes::xyz},
+                        {"rotation", EmitterKey::rotation, Attributes::xyz},
+                        {"upVector", EmitterKey::upVector, Attributes::xyz},
+                        {"colorStart", EmitterKey::colorStart, Attributes::xyz},
+                        {"colorEnd", EmitterKey::colorEnd, Attributes::xyz},
+                        {"blendingSrc", EmitterKey::blendingSrc, Attributes::integer},
+                        {"blendingDst", EmitterKey::blendingDst, Attributes::integer}};
+
+bool readReal(const TiXmlElement &xml, const char *name, float &value) {
+    const char *text = xml.Attribute(name);
+    if (text)
+        value = std::strtof(text, nullptr);
+    return text;
+}
+
+bool readInteger(const TiXmlElement &xml, int &value) {
+    const char *text = xml.Attribute("value");
+    if (text)
+        value =
+            static_cast<int>(std::clamp<long>(std::strtol(text, nullptr, 10), INT_MIN, INT_MAX));
+    return text;
+}
+
+bool readText(const TiXmlElement &xml, std::string &value) {
+    const char *text = xml.Attribute("value");
+    if (text)
+        value = text;
+    return text;
+}
+
+bool readAttributes(const TiXmlElement &xml, Attributes attributes, EmitterElement &element) {
+    switch (attributes) {
+    case Attributes::integer:
+        return readInteger(xml, element.integer);
+    case Attributes::real:
+        return readReal(xml, "value", element.x);
+    case Attributes::text:
+        return readText(xml, element.text);
+    case Attributes::xy:
+        return readReal(xml, "x", element.x) && readReal(xml, "y", element.y);
+    case Attributes::xyz:
+        return readReal(xml, "x", element.x) && readReal(xml, "y", element.y) &&
+               readReal(xml, "z", element.z);
+    }
+    return false;
+}
+
+} // namespace
+
+bool readEmitterFile(const char *path, std::vector<EmitterElement> &elements) try {
+    TiXmlDocument document;
+    if (!loadXml(path, document))
+        return false;
+    const TiXmlElement *emitter = document.FirstChildElement("emitter");
+    if (!emitter)
+        return false;
+    for (const TiXmlElement *xml = emitter->FirstChildElement(); xml;
+         xml = xml->NextSiblingElement()) {
+        const Row *row =
+            std::find_if(std::begin(rows), std::end(rows), [xml](const Row &candidate) {
+                return std::strcmp(candidate.name, xml->Value()) == 0;
+            });
+        if (row == std::end(rows))
+            continue;
+        EmitterElement element{.key = row->key};
+        if (readAttributes(*xml, row->attributes, element))
+            elements.push_back(element);
+    }
+    return true;
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
+} // namespace ravolt

@@ -1,0 +1,44 @@
+#pragma once
+
+// Reader of emitter files: the elements in their order, as values. What they do to an emitter,
+// which depends on that order, is its own matter.
+
+#include <string>
+#include <vector>
+
+namespace ravolt {
+
+enum class EmitterKey {
+    type,
+    texture,
+    nbOfParticles,
+    maxEnergy,
+    maxVelocity,
+    maxAngle,
+    emitterSize,
+    radius,
+    maxParticleSize,
+    maxSpin,
+    spinning,
+    center,
+    gravity,
+    rotation,
+    upVector,
+    colorStart,
+    colorEnd,
+    blendingSrc,
+    blendingDst
+};
+
+struct EmitterElement {
+    EmitterKey key;
+    int integer = 0;                    // those that the table in emitterFile.cpp calls integer
+    float x = 0.0f, y = 0.0f, z = 0.0f; // `x` also for a single real value
+    std::string text = {};
+};
+
+// Unknown elements, and those that lack an attribute, are left out. False, with nothing logged,
+// when the file cannot be read, is no XML or has no element `emitter`.
+bool readEmitterFile(const char *path, std::vector<EmitterElement> &elements);
+
+} // namespace ravolt

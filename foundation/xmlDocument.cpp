@@ -1,0 +1,219 @@
+#include "foundation/xmlDocument.h"
+
+#include "foundation/bytes.h"
+#include "ravolt/zlf.h"
+
+#include <tinyxml.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <new>
+#include <string_view>
+#include <vector>
+
+// The text is tokenized before TinyXML parses it, with the same rules, so that the depth found here
+// is the one that TinyXML reaches. What is ambiguous is rejected: a wrong end tag, a declaration
+// that is not at the start. The one at the start is left out of the text.
+
+namespace ravolt {
+
+namespace {
+
+bool isBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+
+// The bytes of a name as TinyXML knows them.
+bool startsName(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte >= 127 || byte == '_' || (byte >= 'a' && byte <= 'z') ||
+           (byte >= 'A' && byte <= 'Z');
+}
+bool continuesName(char c) {
+    return startsName(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == ':';
+}
+
+bool sameLetters(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
+        return std::tolower(x) == std::tolower(y);
+    });
+}
+
+// Whether a text has elements within the limits and nothing that TinyXML may read otherwise.
+class XmlCheck {
+  public:
+    explicit XmlCheck(std::string_view text) : rest(text) {}
+
+    bool passes() {
+        while (findMarkup())
+            if (!passMarkup())
+                return false;
+        return open.empty();
+    }
+
+  private:
+    bool findMarkup() {
+        const std::size_t start = rest.find('<');
+        rest.remove_prefix(std::min(start, rest.size()));
+        return !rest.empty();
+    }
+
+    bool passMarkup() {
+        if (skip("<!--"))
+            return skipThrough("-->");
+        if (skip("<![CDATA["))
+            return skipThrough("]]>");
+        if (sameLetters(rest.substr(0, 5), "<?xml"))
+            return false;
+        if (!open.empty() && skip("</"))
+            return passEndTag();
+        rest.remove_prefix(1);
+        return !rest.empty() && startsName(rest.front()) ? passStartTag() : skipThrough(">");
+    }
+
+    bool passEndTag() {
+        if (takeName() != open.back())
+            return false;
+        open.pop_back();
+        skipBlanks();
+        return skip(">");
+    }
+
+    bool passStartTag() {
+        open.push_back(takeName());
+        if (open.size() > maxXmlDepth)
+            return false;
+        for (std::size_t attributes = 0; attributes <= maxXmlAttributes; ++attributes) {
+            skipBlanks();
+            if (skip(">"))
+                return true;
+            if (skip("/>")) {
+                open.pop_back();
+                return true;
+            }
+            if (!passAttribute())
+                return false;
+        }
+        return false;
+    }
+
+    bool passAttribute() {
+        if (takeName().empty())
+            return false;
+        skipBlanks();
+        if (!skip("="))
+            return false;
+        skipBlanks();
+        if (skip("\""))
+            return skipThrough("\"");
+        if (skip("'"))
+            return skipThrough("'");
+        while (!rest.empty() && !isBlank(rest.front()) && rest.front() != '/' &&
+               rest.front() != '>') {
+            if (rest.front() == '"' || rest.front() == '\'')
+                return false;
+            rest.remove_prefix(1);
+        }
+        return true;
+    }
+
+    // Empty where no name starts.
+    std::string_view takeName() {
+        std::size_t length = 0;
+        if (!rest.empty() && startsName(rest.front()))
+            while (length < rest.size() && continuesName(rest[length]))
+                ++length;
+        const std::string_view name = rest.substr(0, length);
+        rest.remove_prefix(length);
+        return name;
+    }
+
+    bool skip(std::string_view expected) {
+        if (!rest.starts_with(expected))
+            return false;
+        rest.remove_prefix(expected.size());
+        return true;
+    }
+
+    bool skipThrough(std::string_view end) {
+        const std::size_t start = rest.find(end);
+        if (start == std::string_view::npos)
+            return false;
+        rest.remove_prefix(start + end.size());
+        return true;
+    }
+
+    void skipBlanks() {
+        while (!rest.empty() && isBlank(rest.front()))
+            rest.remove_prefix(1);
+    }
+
+    std::string_view rest;
+    std::vector<std::string_view> open; // names of the elements around `rest`
+};
+
+// TinyXML copies as many bytes as the first byte of a UTF-8 character announces, whatever they are.
+bool isWellFormedUtf8(std::string_view text) {
+    for (std::size_t i = 0; i < text.size();) {
+        const auto lead = static_cast<unsigned char>(text[i++]);
+        std::size_t more = lead < 0xc2   ? 0
+                           : lead < 0xe0 ? 1
+                           : lead < 0xf0 ? 2
+                           : lead < 0xf5 ? 3
+                                         : 0;
+        for (; more > 0; --more, ++i)
+            if (i == text.size() || (static_cast<unsigned char>(text[i]) & 0xc0) != 0x80)
+                return false;
+    }
+    return true;
+}
+
+// The declaration at the start, through its ">"; empty for none.
+std::string_view declarationOf(std::string_view text) {
+    if (!sameLetters(text.substr(0, 5), "<?xml"))
+        return {};
+    return text.substr(0, std::min(text.find('>'), text.size() - 1) + 1);
+}
+
+// UTF-8 when a declaration names it or names nothing.
+bool declaresUtf8(std::string_view declaration) {
+    const std::size_t key = declaration.find("encoding");
+    if (declaration.empty() || key == std::string_view::npos)
+        return !declaration.empty();
+    const std::size_t start = declaration.find_first_of("\"'", key);
+    if (start == std::string_view::npos)
+        return true;
+    const std::string_view value = declaration.substr(start + 1);
+    return sameLetters(value.substr(0, 5), "UTF-8") || sameLetters(value.substr(0, 4), "UTF8");
+}
+
+bool parse(std::string_view text, TiXmlDocument &document) {
+    constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
+    const bool marked = text.starts_with(byteOrderMark);
+    if (marked)
+        text.remove_prefix(byteOrderMark.size());
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    const std::string_view declaration = declarationOf(text);
+    text.remove_prefix(declaration.size());
+    if (text.find('\0') != std::string_view::npos || !XmlCheck(text).passes())
+        return false;
+
+    const bool utf8 = (marked || declaresUtf8(declaration)) && isWellFormedUtf8(text);
+    document.Parse(text.data(), nullptr, utf8 ? TIXML_ENCODING_UTF8 : TIXML_ENCODING_LEGACY);
+    return !document.Error();
+}
+
+} // namespace
+
+bool loadXml(const char *path, TiXmlDocument &document) try {
+    FileBytes file;
+    const int size = zlfGetFileSize(path);
+    if (size < 0 || static_cast<std::size_t>(size) > maxXmlSize ||
+        file.read(path) != FileBytes::Result::ok || file.size() > maxXmlSize)
+        return false;
+    return parse({reinterpret_cast<const char *>(file.data()), file.size()}, document);
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
+} // namespace ravolt

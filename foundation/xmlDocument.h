@@ -1,0 +1,21 @@
+#pragma once
+
+// XML files for the readers of the engine, which walk TinyXML's tree.
+
+#include <cstddef>
+
+class TiXmlDocument;
+
+namespace ravolt {
+
+// TinyXML parses and destroys elements by recursion, and compares each attribute with all before it
+// in its element; so what it gets is limited.
+constexpr std::size_t maxXmlSize = 4 << 20; // bytes
+constexpr std::size_t maxXmlDepth = 256;    // levels of elements
+constexpr std::size_t maxXmlAttributes = 256;
+
+// Reads a file into an empty document. False, with nothing logged, for a file that cannot be read,
+// is malformed or exceeds the limits; each reader reports that in its own words.
+bool loadXml(const char *path, TiXmlDocument &document);
+
+} // namespace ravolt

@@ -1,0 +1,265 @@
+// Emitters as they look, on both paths, and what they leave behind for the meshes after them.
+
+#include "tests/effects/emitterAccess.h"
+#include "tests/models/modelScenes.h"
+#include "tests/pictures/cubes.h"
+#include "tests/support/engineFixture.h"
+#include "tests/support/glState.h"
+#include "tools/writers/tgaWriter.h"
+
+#include "ravolt/RVCAMERA.h"
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMESH.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
+#include "ravolt/RVTEXTURE.h"
+
+#include <vector>
+
+using namespace ravolt;
+using namespace ravolt::test;
+
+namespace {
+
+constexpr Pixel black{0, 0, 0, 255};
+constexpr Tolerance edges{
+    .maximum = 255, .mean = 0.3, .reason = "samples at edges differ between the two settings"};
+
+// What a test sets of a particle that stands still.
+struct Still {
+    Z3MVECTOR3D position;
+    float size = 1, energy = 0.8f, spin = 0;
+};
+
+class EmitterDrawing : public EngineTest {
+  protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        recorder.stopClock();
+        RVOPENGL::setBackgroundColor(0, 0, 0, 1);
+        emitter = new RVEMITTER;
+        emitter->setPosition(0, 0, -12);
+        emitter->setColorStart(Z3MVECTOR3D(1, 1, 1));
+        emitter->setColorEnd(Z3MVECTOR3D(1, 1, 1));
+        emitter->setMaximumEnergy(1); // born again, they are not seen
+    }
+    void TearDown() override {
+        RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
+        RAVOLT::swap();
+        EngineTest::TearDown();
+    }
+
+    // The size that is drawn is `size` on both paths.
+    void place(const std::vector<Still> &particles, bool hardware = false) {
+        emitter->setNumberOfParticles(static_cast<int>(particles.size()));
+        for (unsigned int index = 0; index < particles.size(); ++index) {
+            const Still &still = particles[index];
+            RVPARTICLE &p = particleOf(*emitter, index);
+            p.position = still.position / still.size; // which the size scales
+            p.velocity.reset();
+            p.size = hardware ? still.size : still.size + still.energy;
+            p.energy = p.startEnergy = still.energy;
+            p.spin = still.spin;
+            p.spinSpeed = 0;
+        }
+    }
+
+    // Each orientation looks different.
+    static RVTEXTURE *makeArrow() {
+        constexpr unsigned int side = 8;
+        std::vector<unsigned char> pixels;
+        for (unsigned int y = 0; y < side; ++y)
+            for (unsigned int x = 0; x < side; ++x)
+                for (const bool on : {true, x < side / 2, y < side / 2})
+                    pixels.push_back(on ? 255 : 40);
+        EXPECT_TRUE(
+            writeTga("arrow_d.tga", {.width = side, .height = side, .pixels = pixels.data()}));
+        auto *texture = new RVTEXTURE;
+        texture->setFilter(false, false, false);
+        EXPECT_TRUE(texture->load("arrow_d.tga"));
+        return texture;
+    }
+
+    RVEMITTER *emitter = nullptr;
+};
+
+class EmitterDrawingWithProgram : public EmitterDrawing {
+  protected:
+    EmitterDrawingWithProgram() { settings.setShaders(true); }
+};
+
+const std::vector<Still> threeParticles = {
+    {{-3, 0, 0}, 1, 0.9f, 0}, {{0, 1, 0}, 1.5f, 0.7f, 0}, {{3, -1, 0}, 1, 0.5f, 0}};
+
+TEST_F(EmitterDrawing, ParticlesAreTexturedBlendedQuads) {
+    emitter->setTexture(makeArrow());
+    emitter->setRotation(20, 30, 0);
+    place({{{-3, 0, 0}, 1, 0.9f, 0}, {{0, 1, 0}, 1.5f, 0.7f, 30}, {{3, -1, 0}, 1, 0.4f, 0}});
+    drawFrame(nullptr, emitter);
+    EXPECT_PICTURE(readFrame(), "emitter_particles", edges);
+}
+
+TEST_F(EmitterDrawing, AlphaIsTheEnergyAndFaintParticlesAreNotDrawn) {
+    place({{{0, 0, 0}, 1, 0.5f, 0}});
+    drawFrame(nullptr, emitter);
+    EXPECT_PIXEL(pixelAt(width / 2, height / 2), (Pixel{127, 127, 127}), 2);
+    EXPECT_PIXEL(pixelAt(2, 2), black, 0);
+    place({{{0, 0, 0}, 1, 0.19f, 0}});
+    drawFrame(nullptr, emitter);
+    EXPECT_PIXEL(pixelAt(width / 2, height / 2), black, 0);
+}
+
+TEST_F(EmitterDrawing, BlendingIsTheEmitters) {
+    emitter->setBlendingSrc(GL_ZERO);
+    emitter->setBlendingDst(GL_ONE_MINUS_SRC_ALPHA);
+    RVOPENGL::setBackgroundColor(1, 0, 0, 1);
+    place({{{0, 0, 0}, 1, 0.75f, 0}});
+    drawFrame(nullptr, emitter);
+    EXPECT_PIXEL(pixelAt(width / 2, height / 2), (Pixel{64, 0, 0}), 2);
+}
+
+TEST_F(EmitterDrawing, ParticlesWriteNoDepth) {
+    place({{{0, 0, 0}, 2, 0.9f, 0}});
+    drawFrame(nullptr, emitter);
+    float depth = 0;
+    glReadPixels(width / 2, height / 2, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
+    EXPECT_EQ(depth, 1.0f);
+    EXPECT_EQ(integerOf(GL_DEPTH_WRITEMASK), GL_TRUE);
+}
+
+TEST_F(EmitterDrawing, CullingIsOffBehindItsSwitch) {
+    place({{{0, 0, 0}, 1, 0.9f, 0}});
+    RVOPENGL::cullingOn();
+    drawFrame(nullptr, emitter);
+    EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
+    EXPECT_TRUE(RVOPENGL::isCulled());
+    EXPECT_FALSE(glIsEnabled(GL_ALPHA_TEST));
+    EXPECT_FALSE(glIsEnabled(GL_BLEND));
+    EXPECT_TRUE(glIsEnabled(GL_LIGHTING));
+    for (const GLenum array :
+         {GL_VERTEX_ARRAY, GL_COLOR_ARRAY, GL_NORMAL_ARRAY, GL_TEXTURE_COORD_ARRAY})
+        EXPECT_FALSE(glIsEnabled(array));
+    drawFrame2D(nullptr);
+    EXPECT_TRUE(glIsEnabled(GL_CULL_FACE)) << "the end of a 2D block brings it back";
+}
+
+TEST_F(EmitterDrawingWithProgram, ProgramAndProcessorDrawTheSame) {
+    ASSERT_TRUE(RVSHADER::useEmitter());
+    emitter->setTexture(makeArrow());
+    emitter->setRotation(20, 30, 0);
+    std::vector<Still> atCentre = threeParticles;
+    place(atCentre, true);
+    recorder.start();
+    drawFrame(nullptr, emitter);
+    const Calls calls = recorder.stop();
+    EXPECT_TRUE(calls.contains("glNormalPointer"));
+    const Picture byProgram = readFrame();
+    EXPECT_GT(byProgram.pixelsUnlike(black), 100u);
+
+    RVSHADER::emitter->forceDeactivation();
+    // The program moves in the screen's frame, the processor in the emitter's: without a rotation
+    // they are the same.
+    emitter->setRotation(0, 0, 0);
+    place(atCentre);
+    drawFrame(nullptr, emitter);
+    const Picture byProcessor = readFrame();
+    const Difference difference = differenceOf(byProgram, byProcessor);
+    EXPECT_LT(difference.mean, 0.3);
+}
+
+// Meshes that are drawn after an emitter, in the same list and in the next frame.
+class MeshAfterEmitter : public EmitterDrawing {
+  protected:
+    // The cubes in a frame after a frame with the emitter, or without.
+    Picture picture(bool withEmitter, bool lit) {
+        writeCheck();
+        RveMaterial textured = coloured("board", {1, 1, 1, 1});
+        textured.texture = "check_d.tga";
+        RVNODE *root =
+            loadScene({{textured, coloured("plain", {0.9f, 0.6f, 0.1f, 1})},
+                       rootOver({placed(cubeMesh("left", "board"), {-2, 0, -9}, {20, 30, 0}),
+                                 placed(cubeMesh("right", "plain"), {2, 0, -9}, {20, 30, 0})})});
+        if (lit) {
+            auto *light = new RVLIGHT;
+            light->setPosition(2, 5, 30); // its shape is behind the eye
+            light->link(root);
+        }
+        if (withEmitter) {
+            emitter->setTexture(makeArrow());
+            emitter->link(root);
+        }
+        for (int frame = 0; frame < 3; ++frame) {
+            if (withEmitter) // beside the picture
+                place({{{-40, 0, 0}, 1, 0.9f, 0}, {{40, 0, 0}, 1, 0.9f, 0}}, program);
+            if (!lit)
+                RVLIGHT::lightingOff();
+            drawFrame(nullptr, root);
+            RAVOLT::swap();
+        }
+        if (withEmitter) {
+            place({{{-40, 0, 0}, 1, 0.9f, 0}}, program);
+            EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
+        }
+        if (!lit)
+            RVLIGHT::lightingOff();
+        drawFrame(nullptr, root);
+        return readFrame();
+    }
+
+    void expectTheSame(bool lit) {
+        const Picture with = picture(true, lit);
+        emitter->unlink();
+        ASSERT_TRUE(restart());
+        recorder.stopClock();
+        RVOPENGL::setBackgroundColor(0, 0, 0, 1);
+        const Picture without = picture(false, lit);
+        EXPECT_GT(without.pixelsUnlike(black), 500u);
+        EXPECT_EQ(differenceOf(with, without).maximum, 0);
+        emitter = nullptr;
+    }
+
+    static void writeCheck() {
+        constexpr unsigned int side = 16;
+        std::vector<unsigned char> pixels;
+        for (unsigned int index = 0; index < side * side; ++index) {
+            const unsigned char value = (index / 4 + index / side / 4) % 2 ? 255 : 60;
+            pixels.insert(pixels.end(), {value, value, value});
+        }
+        EXPECT_TRUE(
+            writeTga("check_d.tga", {.width = side, .height = side, .pixels = pixels.data()}));
+    }
+
+    bool program = false;
+};
+
+TEST_F(MeshAfterEmitter, UnlitMeshLooksTheSame) { expectTheSame(false); }
+TEST_F(MeshAfterEmitter, LitMeshLooksTheSame) { expectTheSame(true); }
+
+class MeshAfterEmitterWithProgram : public MeshAfterEmitter {
+  protected:
+    MeshAfterEmitterWithProgram() {
+        settings.setShaders(true);
+        program = true;
+    }
+};
+
+TEST_F(MeshAfterEmitterWithProgram, UnlitMeshLooksTheSame) { expectTheSame(false); }
+TEST_F(MeshAfterEmitterWithProgram, LitMeshLooksTheSame) { expectTheSame(true); }
+
+// The normals of a mesh with few vertices, in the application's memory, are not read for the many
+// of an emitter.
+TEST_F(EmitterDrawing, ArraysOfSmallMeshesBeforeItAreNotRead) {
+    RVNODE *root = loadScene({placed(squareMesh("square"), {0, 0, -20})});
+    emitter->link(root);
+    emitter->setMaximumParticuleSize(1); // nothing to fill
+    emitter->setNumberOfParticles(4096);
+    recorder.start();
+    drawFrame(nullptr, root);
+    const Calls calls = recorder.stop();
+    EXPECT_TRUE(calls.haveInOrder({{"glEnableClientState", GL_NORMAL_ARRAY},
+                                   {"glDisableClientState", GL_NORMAL_ARRAY},
+                                   {"glDrawArrays", GL_QUADS, 0, 4 * 4096}}));
+}
+
+} // namespace

@@ -1,0 +1,129 @@
+// XML files: what is accepted, and the limits that keep TinyXML's recursion within the stack.
+
+#include "foundation/xmlDocument.h"
+
+#include <tinyxml.h>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+using namespace ravolt;
+
+namespace {
+
+std::string repeated(std::size_t times, const std::string &text) {
+    std::string all;
+    for (; times > 0; --times)
+        all += text;
+    return all;
+}
+
+class XmlDocument : public testing::Test {
+  protected:
+    // Whether the text can be loaded; its tree is in `document` then.
+    bool load(const std::string &text) {
+        std::ofstream("file.xml", std::ios::binary) << text;
+        document.Clear();
+        document.ClearError();
+        return loadXml("file.xml", document);
+    }
+
+    std::string attribute() {
+        const TiXmlElement *root = document.FirstChildElement("a");
+        const char *value = root ? root->Attribute("v") : nullptr;
+        return value ? value : "(none)";
+    }
+
+    TiXmlDocument document;
+};
+
+TEST_F(XmlDocument, WellFormedFilesLoad) {
+    EXPECT_TRUE(load("<a v='1'/>"));
+    EXPECT_EQ(attribute(), "1");
+    EXPECT_TRUE(
+        load("  <?xml version=\"1.0\" encoding='UTF-8' standalone=\"yes\"?>\r\n"
+             "<!DOCTYPE a><!-- <b> \" ' -->\n<a  v = \"x>y</a>\" w=2 >t<b/><![CDATA[ </a> ]]>"
+             "<c ></c ></a>\n<!-- end -->"));
+    EXPECT_EQ(attribute(), "x>y</a>");
+    ASSERT_NE(document.FirstChildElement("a")->FirstChildElement("c"), nullptr);
+}
+
+TEST_F(XmlDocument, MalformedFilesDoNot) {
+    EXPECT_FALSE(loadXml("none.xml", document));
+    for (const char *text :
+         {"", "text", "<a>", "<a", "<a v", "<a v=", "<a v='1", "<a></b>", "<a><b></a></b>",
+          "<a><!-- </a>", "<a><![CDATA[ </a>", "<a / >", "<a 1='2'/>", "<a v=x'y/>", "<a></a",
+          "<?xml version='1.0'", "<a><?xml version='1.0'?></a>"})
+        EXPECT_FALSE(load(text)) << text;
+    EXPECT_FALSE(load(std::string("<a/>\0<b/>", 9)));
+}
+
+TEST_F(XmlDocument, DepthIsLimitedTo256Levels) {
+    EXPECT_TRUE(load(repeated(256, "<a>") + repeated(256, "</a>")));
+    EXPECT_FALSE(load(repeated(257, "<a>") + repeated(257, "</a>")));
+    EXPECT_FALSE(load(repeated(256, "<a>") + "<a/>" + repeated(256, "</a>")));
+    EXPECT_FALSE(load(repeated(100000, "<a>")));
+    EXPECT_TRUE(load("<a>" + repeated(5000, "<b/><c></c>") + "</a>")) << "in one level";
+}
+
+TEST_F(XmlDocument, SizeIsLimitedTo4MiB) {
+    const std::string tags = "<a></a>";
+    const auto fileOf = [](std::size_t bytes) {
+        return "<a>" + std::string(bytes - 7, ' ') + "</a>";
+    };
+    EXPECT_TRUE(load(fileOf(4 << 20)));
+    EXPECT_FALSE(load(fileOf((4 << 20) + 1)));
+}
+
+TEST_F(XmlDocument, AttributesOfAnElementAreLimited) {
+    const auto elementWith = [](std::size_t number) {
+        std::string text = "<a";
+        for (std::size_t index = 0; index < number; ++index)
+            text += " v" + std::to_string(index) + "='1'";
+        return text + "/>";
+    };
+    EXPECT_TRUE(load(elementWith(256)));
+    EXPECT_FALSE(load(elementWith(257)));
+}
+
+// Ways to hide levels from a count.
+TEST_F(XmlDocument, HiddenLevelsAreFound) {
+    for (const char *hiding :
+         {"<?xml version=\"></a>\"?>", "<?XML encoding='></a>'?>", "<!-- </a> -->",
+          "<![CDATA[</a>]]>", "<b v='</a>'/>", "<b v='\xf0'></a>' w='/>", "<b v=\"&#x</a>;\"/>"})
+        for (const char *start : {"", "<?xml version='1.0'?>", "\xef\xbb\xbf"})
+            EXPECT_FALSE(load(start + repeated(1000, std::string("<a>") + hiding))) << hiding;
+}
+
+TEST_F(XmlDocument, WhatOnlyLooksDeepIsFlat) {
+    for (const char *element : {"<a>\xf0</a>", "<a><!x '></a>", "<a>\xe9</a>"})
+        for (const char *start : {"", "<?xml version='1.0'?>", "\xef\xbb\xbf"}) {
+            ASSERT_TRUE(load(start + repeated(1000, element))) << element;
+            EXPECT_EQ(document.FirstChildElement("a")->FirstChildElement(), nullptr) << element;
+        }
+}
+
+// Bytes above 127 in a file that is no UTF-8 stand for themselves, also before a quote.
+TEST_F(XmlDocument, BytesOfOtherEncodingsStandForThemselves) {
+    for (const char *start : {"", "<?xml version='1.0'?>", "<?xml encoding='ISO-8859-1'?>"}) {
+        EXPECT_TRUE(load(std::string(start) + "<a v='caf\xe9'/>"));
+        EXPECT_EQ(attribute(), "caf\xe9") << start;
+    }
+}
+
+TEST_F(XmlDocument, CharacterReferencesFollowTheEncoding) {
+    EXPECT_TRUE(load("<?xml version='1.0'?><a v='&#233;'/>"));
+    EXPECT_EQ(attribute(), "\xc3\xa9");
+    EXPECT_TRUE(load("<?xml version='1.0' encoding=\"utf-8\"?><a v='&#233;'/>"));
+    EXPECT_EQ(attribute(), "\xc3\xa9");
+    EXPECT_TRUE(load("\xef\xbb\xbf<a v='&#233;'/>"));
+    EXPECT_EQ(attribute(), "\xc3\xa9");
+    EXPECT_TRUE(load("<?xml version='1.0' encoding='ISO-8859-1'?><a v='&#233;'/>"));
+    EXPECT_EQ(attribute(), "\xe9");
+    EXPECT_TRUE(load("<a v='&#233;'/>"));
+    EXPECT_EQ(attribute(), "\xe9");
+}
+
+} // namespace
