@@ -15,6 +15,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "resources/programUsers.h"
 
 #include <cstring>
 #include <iterator>
@@ -65,7 +66,8 @@ void applyProgram(RVSHADER *program) {
 RVMATERIAL::RVMATERIAL()
     : id(zlfNewId()), timeStamp(0), references(0), ambient(0.2f, 0.2f, 0.2f, 1.0f),
       diffuse(0.6f, 0.6f, 0.6f, 1.0f), specular(0.2f, 0.2f, 0.2f, 1.0f),
-      emission(0.0f, 0.0f, 0.0f, 1.0f), transparency(1.0f), shininess(0.0f), skinned(false) {
+      emission(0.0f, 0.0f, 0.0f, 1.0f), transparency(1.0f), shininess(0.0f), shader(nullptr),
+      skinned(false) {
     ravolt::formatText(name, "[material %d]", id);
     MaterialRegistry::append(firstMaterial, lastMaterial, this);
 }
@@ -93,7 +95,7 @@ bool RVMATERIAL::render(void *data) {
 // NULL for the fixed functions. An explicit program needs no light and no requested shaders.
 RVSHADER *RVMATERIAL::chooseProgram(const int *lightType) const {
     if (shader || !RVSETTINGS::getSDLShaders() || !lightType)
-        return shader.get();
+        return shader;
     if (*lightType < 0 || *lightType >= static_cast<int>(std::size(litPrograms)))
         return nullptr;
     return *litPrograms[*lightType][isTextured()][isSkinned()][RAVOLT::isShadowed()];
@@ -167,7 +169,7 @@ void RVMATERIAL::clone(const RVMATERIAL *source) {
     shininess = source->shininess;
     for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot)
         texture[slot].set(source->texture[slot].get());
-    shader.set(source->shader.get());
+    shader = source->shader;
 }
 
 void RVMATERIAL::setName(const char *newName) {
@@ -205,8 +207,15 @@ void RVMATERIAL::setTransparency(float newTransparency) { transparency = newTran
 float RVMATERIAL::getTransparency() const { return transparency; }
 void RVMATERIAL::setShininess(float newShininess) { shininess = newShininess; }
 float RVMATERIAL::getShininess() const { return shininess; }
-void RVMATERIAL::setShader(RVSHADER *newShader) { shader.set(newShader); }
-RVSHADER *RVMATERIAL::getShader() const { return shader.get(); }
+// Programs are few, so that a walk through the materials is cheaper than a chain through each.
+void ravolt::detachFromMaterials(const RVSHADER *program) {
+    for (RVMATERIAL *each = RVMATERIAL::getFirst(); each; each = each->getNext())
+        if (each->getShader() == program)
+            each->setShader(nullptr);
+}
+
+void RVMATERIAL::setShader(RVSHADER *newShader) { shader = newShader; }
+RVSHADER *RVMATERIAL::getShader() const { return shader; }
 void RVMATERIAL::setSkinning(bool newSkinned) { skinned = newSkinned; }
 
 bool RVMATERIAL::isTransparent() const { return transparency != 1.0f; }

@@ -16,6 +16,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 #include "resources/programPointers.h"
+#include "resources/programUsers.h"
 
 #include <cstring>
 
@@ -96,6 +97,7 @@ RVSHADER::~RVSHADER() {
     if (currentShader == this)
         currentShader = nullptr;
     ravolt::onProgramDestroyed(this);
+    ravolt::detachFromMaterials(this);
     ShaderRegistry::unlink(firstShader, lastShader, this);
 }
 

@@ -122,7 +122,7 @@ class RV_API RVMATERIAL {
     float transparency;
     float shininess;
     ravolt::WeakPointer<RVTEXTURE> texture[RV_TEXTURE_UNITS];
-    ravolt::WeakPointer<RVSHADER> shader;
+    RVSHADER *shader; // not owned; followed by `render` alone
     bool skinned;
     RVMATERIAL *previous, *next;
     ravolt::WeakPointers<RVMATERIAL> weakPointers;

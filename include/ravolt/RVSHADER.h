@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ravolt/api.h"
-#include "ravolt/weakPointer.h"
 
 namespace ravolt {
 struct BuiltinPrograms;
@@ -196,7 +195,6 @@ class RV_API RVSHADER {
     unsigned int programObject;
     unsigned int param[parameters];
     RVSHADER *previous, *next;
-    ravolt::WeakPointers<RVSHADER> weakPointers;
 
     static RVSHADER *firstShader, *lastShader;
     static RVSHADER *currentShader; // current; NULL for none
