@@ -85,9 +85,14 @@ TEST_F(Anim, ClipsInMemoryThatWasUsedAreEmptyAndSmall) {
     makeFull();
     EXPECT_GT(residentMemory(), before + 19 * bytesOfAClip);
     RVANIM::cleanUp();
+#ifdef __SANITIZE_ADDRESS__
+    const std::size_t empty = residentMemory(); // the sanitizer keeps what is freed
+#else
+    const std::size_t empty = before;
+#endif
     for (int number = 0; number < 20; ++number)
         new RVANIM;
-    EXPECT_LT(residentMemory(), before + 4 * bytesOfAClip);
+    EXPECT_LT(residentMemory(), empty + 4 * bytesOfAClip);
     for (RVANIM *each = RVANIM::getFirst(); each; each = each->getNext())
         for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; ++frame)
             for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone) {
