@@ -1,0 +1,52 @@
+#!/usr/bin/env python3
+"""Fails on a source of the library whose comment about the whole file comes after its includes: it
+belongs above them. Such a comment is a block with an empty line (or the end) after it; one that is
+followed by code describes that code.
+
+    topComments.py ROOT
+    topComments.py --self     checks that the check itself finds faults
+"""
+
+import re
+import sys
+from pathlib import Path
+
+FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "video"]
+AFTER_INCLUDES = re.compile(r"""\A(?:[ \t]*(?:\#[^\n]*|//[^\n]*)?\n)*   # to the last directive
+                                \#[^\n]*\n\s*
+                                (?://[^\n]*\n)+(?:\n|\Z)""", re.X)
+
+
+def read(root):
+    return {path.relative_to(root).as_posix(): path.read_text(encoding="utf-8")
+            for folder in FOLDERS for path in sorted((root / folder).rglob("*.cpp"))}
+
+
+def faults(files):
+    for path, text in files.items():
+        if AFTER_INCLUDES.search(text):
+            yield f"{path}: the comment about the file comes after its includes"
+
+
+def self_test():
+    include = '#include "a.h"\n\n#include <new>\n\n'
+    good = ["// Top.\n\n" + include + "int a;\n", include + "// Of a,\n// two lines.\nint a;\n",
+            include + "int a;\n\n// Of the rest.\n\nint b;\n"]
+    bad = [include + "// Late.\n\nint a;\n", include + "// Late,\n// two lines.\n\n\nint a;\n",
+           "// Top.\n\n" + include + "// Late.\n", '#include "a.h"\n// Late.\n\nint a;\n']
+    return (not list(faults(dict(enumerate(good)))) and
+            len(list(faults(dict(enumerate(bad))))) == len(bad))
+
+
+def main():
+    if "--self" in sys.argv:
+        sys.exit(0 if self_test() else "the check does not find what it should")
+    files = read(Path(sys.argv[1]))
+    found = list(faults(files))
+    print("\n".join(found))
+    print(f"{len(files)} files, {len(found)} faults")
+    sys.exit(1 if found or not files else 0)
+
+
+if __name__ == "__main__":
+    main()
