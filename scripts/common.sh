@@ -8,7 +8,7 @@ packages=(
     libmpeg2-4-dev libassimp-dev libstb-dev libcli11-dev assimp-testmodels
     libmagickwand-6.q16-dev
     xvfb
-    libgtest-dev libbenchmark-dev python3 clang-format-14 glslang-tools ffmpeg mjpegtools
+    libgtest-dev libbenchmark-dev python3 clang-format-14 clang-tidy-14 glslang-tools ffmpeg mjpegtools
 )
 
 # Says what went wrong and what to do about it, and ends the script.
