@@ -332,14 +332,14 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
     if (!read.mRootNode)
         throw Failure(path, "has no nodes");
     cleanScene(read, report);
-    if (isReadBy(importer, "glTF Importer"))
+    if (isReadBy(importer, "glTF Importer") && hasFault(AssimpFault::gltf1LocalTransforms))
         placeGltf1Nodes(read, files.part(path));
     if (!hasFaces(read))
         throw Failure(path, reasonOf(path, "has no triangles to draw"));
 
     progress.step("preparing", 0.35, 0.5);
-    // assimp states a glTF 2 transform about another centre than its own step turns by, so those
-    // are applied to the coordinates of each material.
+    // Where assimp's own step would turn a glTF 2 texture about another centre than assimp states,
+    // the transforms are applied to the coordinates of each material instead.
     linearColors = isReadBy(importer, "glTF2");
     for (const char *format :
          {"glTF", "Autodesk FBX", "Collada", "LightWave", "X3D", "3D Manufacturing"})

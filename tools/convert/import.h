@@ -4,6 +4,7 @@
 // trust every index and every number: triangles with vertices that do not exist or that lie
 // nowhere are dropped, and so are weights of such vertices. Everything dropped is reported.
 
+#include "tools/convert/assimpFaults.h"
 #include "tools/convert/gltf2.h"
 #include "tools/convert/images.h"
 #include "tools/convert/modelFiles.h"
@@ -34,7 +35,9 @@ class Model {
     // Whether the cones of spot lights are stated as half angles.
     bool hasHalfCones() const { return linearColors; }
     // Whether the transforms of textures are still to be applied to the texture coordinates.
-    bool hasTextureTransforms() const { return linearColors; }
+    bool hasTextureTransforms() const {
+        return linearColors && hasFault(AssimpFault::gltf2TextureTransforms);
+    }
     // Whether the format has a word on what the alpha of a texture means.
     bool saysAlpha() const { return alphaSaid; }
 

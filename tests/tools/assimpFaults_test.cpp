@@ -1,0 +1,20 @@
+#include "tools/convert/assimpFaults.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace ravolt::tool;
+
+TEST(AssimpFaultsTest, AreThoseOfTheReleasesInWhichTheyWereSeen) {
+    for (AssimpFault fault :
+         {AssimpFault::gltf1LocalTransforms, AssimpFault::gltf2TextureTransforms}) {
+        EXPECT_FALSE(hasFault(fault, {4, 9}));
+        EXPECT_FALSE(hasFault(fault, {5, 1}));
+        EXPECT_TRUE(hasFault(fault, {5, 2}));
+        EXPECT_FALSE(hasFault(fault, {5, 3}));
+        EXPECT_FALSE(hasFault(fault, {6, 2}));
+    }
+}
+
+} // namespace
