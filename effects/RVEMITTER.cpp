@@ -173,7 +173,7 @@ RVEMITTER &RVEMITTER::operator=(const RVEMITTER &) = default;
 // On purpose: the slots of the pool stay in use.
 RVEMITTER::~RVEMITTER() = default;
 
-void RVEMITTER::TextureLink::set(RVTEXTURE *texture) { target.set(texture); }
+void RVEMITTER::TextureLink::set(RVTEXTURE *newTarget) { target.set(newTarget); }
 
 void RVEMITTER::setTexture(RVTEXTURE *value) { texture.set(value); }
 

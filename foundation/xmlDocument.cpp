@@ -1,3 +1,7 @@
+// The text is tokenized before TinyXML parses it, with the same rules, so that the depth found here
+// is the one that TinyXML reaches. What is ambiguous is rejected: a wrong end tag, a declaration
+// that is not at the start. The one at the start is left out of the text.
+
 #include "foundation/xmlDocument.h"
 
 #include "foundation/bytes.h"
@@ -11,10 +15,6 @@
 #include <new>
 #include <string_view>
 #include <vector>
-
-// The text is tokenized before TinyXML parses it, with the same rules, so that the depth found here
-// is the one that TinyXML reaches. What is ambiguous is rejected: a wrong end tag, a declaration
-// that is not at the start. The one at the start is left out of the text.
 
 namespace ravolt {
 
