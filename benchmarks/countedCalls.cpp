@@ -9,7 +9,7 @@
 #include "benchScene.h"
 
 #include "tests/support/recorder.h"
-#include "tools/stage/silence.h"
+#include "tools/stage/scopedSilentLog.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -71,7 +71,7 @@ std::map<std::string, int> countFrame(const bench::Scene &scene) {
 }
 
 std::map<std::string, int> countFrameWith(const bench::Effects &effects) {
-    const ravolt::tool::Silence silence;
+    const ravolt::tool::ScopedSilentLog silence;
     bench::Scene scene = bench::makeEffectScene();
     bench::use(effects);
     for (int frame = 0; frame < 3; ++frame)

@@ -6,7 +6,7 @@
 #include "handEffects.h"
 
 #include "ravolt/RAVOLT.h"
-#include "tools/stage/silence.h"
+#include "tools/stage/scopedSilentLog.h"
 
 #include <benchmark/benchmark.h>
 
@@ -35,14 +35,14 @@ struct Started {
 };
 
 void byEngine(benchmark::State &state, const bench::Effects &effects) {
-    const ravolt::tool::Silence silence;
+    const ravolt::tool::ScopedSilentLog silence;
     const Started started(effects);
     for (auto _ : state)
         bench::drawByEngine(started.scene);
 }
 
 void byHand(benchmark::State &state, const bench::Effects &effects, bench::Buffers buffers) {
-    const ravolt::tool::Silence silence;
+    const ravolt::tool::ScopedSilentLog silence;
     const Started started(effects);
     const bench::Pixels wanted = bench::readWindow();
     bench::HandEffects hand(started.scene, effects, buffers);

@@ -17,12 +17,12 @@ namespace ravolt::tool {
 
 // How much is said on standard error: with `quiet` nothing but failures, with `verbose` also notes
 // and the engine's log.
-struct Talk {
+struct Verbosity {
     bool quiet = false;
     bool verbose = false;
 };
 
-void runConvert(const ConvertOptions &options, const Limits &limits, const Talk &talk);
+void runConvert(const ConvertOptions &options, const Limits &limits, const Verbosity &verbosity);
 
 struct ShowOptions {
     std::filesystem::path input; // a scene, or a model
@@ -51,14 +51,14 @@ struct ShotOptions : ShowOptions {
 
 constexpr const char *standardOutput = "-";
 
-void runShot(const ShotOptions &options, const Talk &talk);
+void runShot(const ShotOptions &options, const Verbosity &verbosity);
 
 struct ViewOptions : ShowOptions {
     bool spin = false;  // turns by itself
     double seconds = 0; // ends by itself after that time; 0: when the window is closed
 };
 
-void runView(const ViewOptions &options, const Talk &talk);
+void runView(const ViewOptions &options, const Verbosity &verbosity);
 
 // Throws WrongOptions when the frames that `shot` is to draw make no sense.
 void checkFrames(const ShotOptions &options);

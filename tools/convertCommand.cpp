@@ -21,7 +21,7 @@ std::string figuresText(const std::string &scene, const ConvertResult &result) {
 
 } // namespace
 
-void runConvert(const ConvertOptions &options, const Limits &limits, const Talk &talk) {
+void runConvert(const ConvertOptions &options, const Limits &limits, const Verbosity &verbosity) {
     GuardedJob done;
     runGuarded(
         options.model.string(), limits,
@@ -29,14 +29,14 @@ void runConvert(const ConvertOptions &options, const Limits &limits, const Talk 
             Report report;
             ConvertResult result;
             {
-                Progress progress(!talk.quiet);
+                Progress progress(!verbosity.quiet);
                 result = stageModel(options, report, progress, job.files, job.inputs);
             }
-            say(report, talk);
+            say(report, verbosity);
             job.closingWords = figuresText(options.scene.string(), result);
         },
         done);
-    if (!talk.quiet)
+    if (!verbosity.quiet)
         std::printf("%s\n", done.closingWords.c_str());
 }
 

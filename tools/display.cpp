@@ -1,8 +1,8 @@
 #include "tools/display.h"
 
 #include "tools/failure.h"
+#include "tools/logRedirect.h"
 #include "tools/message.h"
-#include "tools/quietStart.h"
 
 #include <SDL.h>
 #include <cerrno>
@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char *libraryName = "libSDL-1.2.so.0";
-constexpr const char *startedAnew = "RAVOLT_TOOL_STARTED_ANEW"; // guards against a circle
+constexpr const char *restartedMark = "RAVOLT_TOOL_STARTED_ANEW"; // guards against a circle
 
 bool isSet(const char *variable) {
     const char *value = std::getenv(variable);
@@ -53,13 +53,13 @@ std::string findLibraryFolder() {
     return {};
 }
 
-[[noreturn]] void startAnew(char **arguments, const std::string &folder) {
+[[noreturn]] void restart(char **arguments, const std::string &folder) {
     const char *before = std::getenv("LD_LIBRARY_PATH");
     const std::string path = before && *before ? folder + ":" + before : folder;
     setenv("LD_LIBRARY_PATH", path.c_str(), 1);
     setenv("SDL_VIDEODRIVER", "offscreen", 1);
-    setenv(startedAnew, "1", 1);
-    QuietStart::clear();
+    setenv(restartedMark, "1", 1);
+    LogRedirect::clear();
     std::fflush(nullptr);
     execv("/proc/self/exe", arguments);
     throw Failure(std::string("cannot start anew to draw off screen: ") + std::strerror(errno));
@@ -74,7 +74,7 @@ void requireDisplay() {
 }
 
 void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolder,
-                               const Talk &talk) {
+                               const Verbosity &verbosity) {
     if (hasDisplay())
         return;
     if (isOverSdl2()) {
@@ -83,14 +83,15 @@ void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolde
     }
     std::error_code error;
     const std::string folder = libraryFolder.empty() ? findLibraryFolder() : libraryFolder;
-    if (folder.empty() || !fs::exists(fs::path(folder) / libraryName, error) || isSet(startedAnew))
+    if (folder.empty() || !fs::exists(fs::path(folder) / libraryName, error) ||
+        isSet(restartedMark))
         throw Failure(
             (libraryFolder.empty() ? std::string("no display") : folder) +
             ": no library to draw with off screen. Install SDL 1.2's interface over SDL 2 "
             "(Debian: libsdl1.2-compat), or name its folder with --sdl, or set DISPLAY, "
             "or use xvfb-run");
-    note("no display: drawing off screen with " + folder + "/" + libraryName, talk);
-    startAnew(arguments, folder);
+    note("no display: drawing off screen with " + folder + "/" + libraryName, verbosity);
+    restart(arguments, folder);
 }
 
 } // namespace ravolt::tool

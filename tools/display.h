@@ -7,7 +7,7 @@
 
 namespace ravolt::tool {
 
-struct Talk;
+struct Verbosity;
 
 // Throws Failure, with advice, when no window can be opened: the classic SDL library would fall
 // into a text-mode driver then and garble the terminal.
@@ -17,6 +17,6 @@ void requireDisplay();
 // may start itself anew with the other library, which is looked for in `libraryFolder` or, when
 // that is empty, in its usual places. Throws Failure, with advice, when there is no way.
 void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolder,
-                               const Talk &talk);
+                               const Verbosity &verbosity);
 
 } // namespace ravolt::tool

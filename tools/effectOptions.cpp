@@ -19,14 +19,16 @@ std::string helpFor(const EffectRow &row) {
     return text;
 }
 
-std::string helpFor(const NumberRow &row) {
+std::string helpFor(const EffectParameterRow &row) {
     char range[64];
     std::snprintf(range, sizeof range, "; %g to %g (%g)", row.lowest, row.highest, row.start);
     return row.what + std::string(range);
 }
 
-void addNumber(CLI::App &command, const NumberRow &row, EffectOptions &to) {
-    command.add_option(row.option, to.numbers[static_cast<std::size_t>(row.number)], helpFor(row))
+void addParameter(CLI::App &command, const EffectParameterRow &row, EffectOptions &to) {
+    command
+        .add_option(row.option, to.parameters[static_cast<std::size_t>(row.parameter)],
+                    helpFor(row))
         ->option_text(row.unit)
         ->group(group);
 }
@@ -36,7 +38,7 @@ void addShadowMap(CLI::App &command, EffectOptions &to) {
         .add_option(shadowMapOption, to.shadowMap,
                     "Side of the shadow map, the softer the smaller; " +
                         std::to_string(smallestShadowMap) + " to " +
-                        std::to_string(largestShadowMap) + " (" + std::to_string(usualShadowMap) +
+                        std::to_string(largestShadowMap) + " (" + std::to_string(defaultShadowMap) +
                         ")")
         ->option_text("PIXELS")
         ->group(group);
@@ -45,28 +47,28 @@ void addShadowMap(CLI::App &command, EffectOptions &to) {
 } // namespace
 
 void addEffects(CLI::App &command, EffectOptions &to) {
-    for (const NumberRow &row : numberTable())
+    for (const EffectParameterRow &row : effectParameterTable())
         if (!row.of)
-            addNumber(command, row, to);
+            addParameter(command, row, to);
     for (const EffectRow &effect : effectTable()) {
         command
             .add_flag(effect.option, to.on[static_cast<std::size_t>(effect.effect)],
                       helpFor(effect))
             ->disable_flag_override()
             ->group(group);
-        for (const NumberRow &row : numberTable())
+        for (const EffectParameterRow &row : effectParameterTable())
             if (row.of == effect.effect)
-                addNumber(command, row, to);
+                addParameter(command, row, to);
         if (effect.effect == Effect::shadows)
             addShadowMap(command, to);
     }
 }
 
 void check(const EffectOptions &options) {
-    for (const NumberRow &row : numberTable())
-        if (const auto &number = options.numbers[static_cast<std::size_t>(row.number)])
-            requireWithin(row.option, *number, row.lowest, row.highest);
-    requireWithin(shadowMapOption, options.shadowMap.value_or(usualShadowMap), smallestShadowMap,
+    for (const EffectParameterRow &row : effectParameterTable())
+        if (const auto &value = options.parameters[static_cast<std::size_t>(row.parameter)])
+            requireWithin(row.option, *value, row.lowest, row.highest);
+    requireWithin(shadowMapOption, options.shadowMap.value_or(defaultShadowMap), smallestShadowMap,
                   largestShadowMap);
 }
 
@@ -77,9 +79,9 @@ Effects effectsFrom(const EffectOptions &options) {
             effects.switchOn(row.effect);
     if (options.shadowMap)
         effects.switchOn(Effect::shadows);
-    for (const NumberRow &row : numberTable())
-        if (const auto &number = options.numbers[static_cast<std::size_t>(row.number)]) {
-            effects.set(row.number, *number);
+    for (const EffectParameterRow &row : effectParameterTable())
+        if (const auto &value = options.parameters[static_cast<std::size_t>(row.parameter)]) {
+            effects.set(row.parameter, *value);
             if (row.of)
                 effects.switchOn(*row.of);
         }

@@ -16,7 +16,7 @@ namespace ravolt::tool {
 // As they were given. An option that shapes an effect switches it on too.
 struct EffectOptions {
     std::array<bool, numberOfEffects> on{};
-    std::array<std::optional<double>, numberOfNumbers> numbers{};
+    std::array<std::optional<double>, numberOfEffectParameters> parameters{};
     std::optional<int> shadowMap; // its side in pixels
 };
 

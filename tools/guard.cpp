@@ -27,7 +27,7 @@ enum class Record : char { staged = 'S', input = 'I', closingWords = 'W', compla
 
 bool memoryRanOut = false;
 
-[[noreturn]] void noteNoMemory() {
+[[noreturn]] void recordOutOfMemory() {
     memoryRanOut = true;
     throw std::bad_alloc();
 }
@@ -65,7 +65,7 @@ void writeAll(int target, const void *data, std::size_t size) {
     }
 }
 
-void put(int target, Record record, const std::string &text) {
+void writeRecord(int target, Record record, const std::string &text) {
     const auto length = static_cast<std::uint32_t>(text.size());
     writeAll(target, &record, sizeof record);
     writeAll(target, &length, sizeof length);
@@ -98,15 +98,15 @@ rlim_t sizeNow() {
     return pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
 }
 
-void setLimit(__rlimit_resource resource, rlim_t most) {
+void setLimit(__rlimit_resource resource, rlim_t maximum) {
     rlimit limit;
     getrlimit(resource, &limit);
-    limit.rlim_cur = std::min(most, limit.rlim_max);
+    limit.rlim_cur = std::min(maximum, limit.rlim_max);
     setrlimit(resource, &limit);
 }
 
 void setLimits(const Limits &limits) {
-    std::set_new_handler(noteNoMemory);
+    std::set_new_handler(recordOutOfMemory);
     setLimit(RLIMIT_CORE, 0); // a file that nobody wants
     setLimit(RLIMIT_CPU, limits.seconds);
 #ifndef __SANITIZE_ADDRESS__ // which reserves more than any machine has
@@ -120,16 +120,18 @@ void setLimits(const Limits &limits) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     setLimits(limits);
     GuardedJob own;
-    own.files.onStage = [&](const Staged &staged) { put(parent, Record::staged, textOf(staged)); };
+    own.files.onStage = [&](const Staged &staged) {
+        writeRecord(parent, Record::staged, textOf(staged));
+    };
     const std::string complaint = complaintOf(file, limits, [&] { job(own); });
     std::fflush(nullptr);
     if (complaint.empty()) {
         for (const InputFiles::Identity &input : own.inputs.all())
-            put(parent, Record::input,
-                std::string(reinterpret_cast<const char *>(&input), sizeof input));
-        put(parent, Record::closingWords, own.closingWords);
+            writeRecord(parent, Record::input,
+                        std::string(reinterpret_cast<const char *>(&input), sizeof input));
+        writeRecord(parent, Record::closingWords, own.closingWords);
     } else {
-        put(parent, Record::complaint, complaint);
+        writeRecord(parent, Record::complaint, complaint);
     }
     // Past all destructors: files and program are the parent's business.
     _exit(complaint.empty() ? 0 : 1);
@@ -142,7 +144,7 @@ class Reader {
 
     // False when a signal has come before the end.
     bool read();
-    const std::string &complaint() const { return childsComplaint; }
+    const std::string &complaint() const { return childComplaint; }
 
   private:
     void takeRecords();
@@ -150,13 +152,13 @@ class Reader {
 
     int source;
     GuardedJob &done;
-    std::string bytes, childsComplaint;
+    std::string bytes, childComplaint;
 };
 
 bool Reader::read() {
     constexpr int lookAgain = 100; // milliseconds: a signal may come just before `poll`
     char part[4096];
-    while (!notedSignal()) {
+    while (!receivedSignal()) {
         pollfd waiting = {source, POLLIN, 0};
         if (poll(&waiting, 1, lookAgain) <= 0)
             continue;
@@ -196,7 +198,7 @@ void Reader::take(Record record, const std::string &text) {
         done.closingWords = text;
         break;
     case Record::complaint:
-        childsComplaint = text;
+        childComplaint = text;
         break;
     }
 }

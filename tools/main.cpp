@@ -5,8 +5,8 @@
 #include "tools/convert/clips.h"
 #include "tools/display.h"
 #include "tools/failure.h"
+#include "tools/logRedirect.h"
 #include "tools/message.h"
-#include "tools/quietStart.h"
 #include "tools/ranges.h"
 #include "tools/signals.h"
 
@@ -36,7 +36,7 @@ struct Options {
     ShotOptions shot;
     ViewOptions view;
     Limits limits;
-    Talk talk;
+    Verbosity verbosity;
     std::string size = "960x640";
     std::string sdlFolder;
 };
@@ -62,7 +62,7 @@ void check(const ConvertOptions &options) {
         throw WrongOptions("--output -: a scene has files beside it, so it cannot go to standard "
                            "output; name a file");
     requireWithin("--scale", options.scale, 1e-30, 1e30);
-    requireWithin("--fps", options.fps, leastFps, mostFps);
+    requireWithin("--fps", options.fps, minFps, maxFps);
 }
 
 void check(const CLI::App &command, const ShowOptions &options) {
@@ -73,7 +73,7 @@ void check(const CLI::App &command, const ShowOptions &options) {
     requireWithin("--yaw", options.yaw.value_or(0), -36000, 36000);
     requireWithin("--pitch", options.pitch.value_or(0), -89, 89);
     requireWithin("--zoom", options.zoom, 0.05, 50);
-    requireWithin("--fps", options.fps, leastFps, mostFps);
+    requireWithin("--fps", options.fps, minFps, maxFps);
     check(options.effects);
 }
 
@@ -106,10 +106,11 @@ std::string complaintOf(const CLI::App &app, const CLI::ParseError &error) {
     return std::string(error.what()) + " (see " + command + " --help)";
 }
 
-void addTalk(CLI::App &command, Options &options) {
+void addVerbosity(CLI::App &command, Options &options) {
     CLI::Option *quiet =
-        command.add_flag("-q,--quiet", options.talk.quiet, "Say nothing but errors");
-    command.add_flag("-v,--verbose", options.talk.verbose, "Say everything, the engine's log too")
+        command.add_flag("-q,--quiet", options.verbosity.quiet, "Say nothing but errors");
+    command
+        .add_flag("-v,--verbose", options.verbosity.verbose, "Say everything, the engine's log too")
         ->excludes(quiet);
 }
 
@@ -173,7 +174,7 @@ CLI::App *addConvert(CLI::App &app, Options &options) {
                         "Put in front of the names of materials and textures; the engine shares "
                         "materials of the same name between scenes");
     addLimits(*command, options.limits);
-    addTalk(*command, options);
+    addVerbosity(*command, options);
     command->footer(exitCodes);
     return command;
 }
@@ -211,7 +212,7 @@ void addShow(CLI::App &command, Options &options, ShowOptions &to) {
         ->capture_default_str();
     addEffects(command, to.effects);
     addLimits(command, to.limits);
-    addTalk(command, options);
+    addVerbosity(command, options);
 }
 
 CLI::App *addView(CLI::App &app, Options &options) {
@@ -275,21 +276,21 @@ int run(int argc, char **argv) {
 
     if (convert->parsed()) {
         check(options.convert);
-        QuietStart::clear(); // no engine, so nothing to log
-        runConvert(options.convert, options.limits, options.talk);
+        LogRedirect::clear(); // no engine, so nothing to log
+        runConvert(options.convert, options.limits, options.verbosity);
     } else if (view->parsed()) {
         check(*view, options.view);
         requireWithin("--seconds", options.view.seconds, 0, 1e9);
         options.view.size = sizeFrom(options.size);
         requireDisplay();
-        runView(options.view, options.talk);
+        runView(options.view, options.verbosity);
     } else if (shot->parsed()) {
         check(*shot, options.shot);
         checkPicture(options.shot.output);
         checkFrames(options.shot);
         options.shot.size = sizeFrom(options.size);
-        requireDisplayOrOffscreen(argv, options.sdlFolder, options.talk);
-        runShot(options.shot, options.talk);
+        requireDisplayOrOffscreen(argv, options.sdlFolder, options.verbosity);
+        runShot(options.shot, options.verbosity);
     }
     return 0;
 }
@@ -297,7 +298,7 @@ int run(int argc, char **argv) {
 } // namespace
 
 int main(int argc, char **argv) {
-    const QuietStart quiet;
+    const LogRedirect quiet;
     try {
         return run(argc, argv);
     } catch (const std::bad_alloc &) {
@@ -308,8 +309,8 @@ int main(int argc, char **argv) {
         sayError(error.what());
         return 2;
     } catch (const std::exception &error) {
-        if (notedSignal()) // which has cut short what failed
-            return 128 + notedSignal();
+        if (receivedSignal()) // which has cut short what failed
+            return 128 + receivedSignal();
         sayError(error.what());
     }
     return 1;

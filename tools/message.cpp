@@ -16,13 +16,13 @@ void say(const char *kind, const std::string &line) {
 
 void sayError(const std::string &line) { say("", line); }
 
-void warn(const std::string &line, const Talk &talk) {
-    if (!talk.quiet)
+void warn(const std::string &line, const Verbosity &verbosity) {
+    if (!verbosity.quiet)
         say("warning: ", line);
 }
 
-void note(const std::string &line, const Talk &talk) {
-    if (talk.verbose)
+void note(const std::string &line, const Verbosity &verbosity) {
+    if (verbosity.verbose)
         say("note: ", line);
 }
 

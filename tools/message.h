@@ -6,15 +6,15 @@
 
 namespace ravolt::tool {
 
-struct Talk;
+struct Verbosity;
 
 // Why the job failed.
 void sayError(const std::string &line);
 
 // What is lost or wrong in the result; nothing with `quiet`.
-void warn(const std::string &line, const Talk &talk);
+void warn(const std::string &line, const Verbosity &verbosity);
 
 // Anything else worth knowing, with `verbose` alone.
-void note(const std::string &line, const Talk &talk);
+void note(const std::string &line, const Verbosity &verbosity);
 
 } // namespace ravolt::tool

@@ -5,25 +5,26 @@
 
 namespace ravolt::tool {
 
-void say(const Report &report, const Talk &talk) {
+void say(const Report &report, const Verbosity &verbosity) {
     for (const std::string &line : report.warnings())
-        warn(line, talk);
+        warn(line, verbosity);
     for (const std::string &line : report.notes())
-        note(line, talk);
+        note(line, verbosity);
 }
 
-SceneToShow::SceneToShow(const ShowOptions &wanted, const Talk &talk) : clip(wanted.clip) {
+SceneToShow::SceneToShow(const ShowOptions &wanted, const Verbosity &verbosity)
+    : clip(wanted.clip) {
     if (isScene(wanted.input))
         inputFiles.add(scene = wanted.input);
     else
-        convert(wanted, talk);
+        convert(wanted, verbosity);
     sceneSkins = readSkins(scene);
     clipFiles = clipsBeside(scene);
     if (isClipFile(clip))
         clip = std::filesystem::absolute(clip).string();
 }
 
-void SceneToShow::convert(const ShowOptions &wanted, const Talk &talk) {
+void SceneToShow::convert(const ShowOptions &wanted, const Verbosity &verbosity) {
     folder.emplace();
     ConvertOptions options;
     options.model = wanted.input;
@@ -38,10 +39,10 @@ void SceneToShow::convert(const ShowOptions &wanted, const Talk &talk) {
         [&](GuardedJob &job) {
             Report report;
             {
-                Progress progress(!talk.quiet);
+                Progress progress(!verbosity.quiet);
                 stageModel(options, report, progress, job.files, job.inputs);
             }
-            say(report, talk);
+            say(report, verbosity);
         },
         done);
     inputFiles.add(done.inputs);

@@ -15,12 +15,12 @@
 namespace ravolt::tool {
 
 // Says a report on standard error, line by line.
-void say(const Report &report, const Talk &talk);
+void say(const Report &report, const Verbosity &verbosity);
 
 class SceneToShow {
   public:
     // Throws Failure when there is no such file or the model cannot be converted.
-    SceneToShow(const ShowOptions &wanted, const Talk &talk);
+    SceneToShow(const ShowOptions &wanted, const Verbosity &verbosity);
 
     const std::filesystem::path &file() const { return scene; }
     // What was read for it.
@@ -32,7 +32,7 @@ class SceneToShow {
     const std::string &wantedClip() const { return clip; }
 
   private:
-    void convert(const ShowOptions &wanted, const Talk &talk);
+    void convert(const ShowOptions &wanted, const Verbosity &verbosity);
 
     std::optional<TemporaryFolder> folder;
     std::filesystem::path scene;

@@ -1,7 +1,7 @@
 #include "tools/commands.h"
 #include "tools/failure.h"
+#include "tools/logRedirect.h"
 #include "tools/message.h"
-#include "tools/quietStart.h"
 #include "tools/scene.h"
 #include "tools/show.h"
 #include "tools/signals.h"
@@ -25,7 +25,7 @@ namespace {
 
 constexpr int largestWhole = 4096; // which takes a gigabyte of the card
 
-constexpr int mostPictures = 10000;
+constexpr int maxPictures = 10000;
 
 // What is drawn, one picture after the other.
 struct Series {
@@ -37,11 +37,11 @@ struct Series {
 };
 
 // A whole number from 0 to `most`; -1 for anything else.
-int wholeNumber(const std::string &text, int most) {
+int wholeNumber(const std::string &text, int maximum) {
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool whole = error == std::errc() && end == text.data() + text.size();
-    return whole && number >= 0 && number <= most ? number : -1;
+    return whole && number >= 0 && number <= maximum ? number : -1;
 }
 
 Series seriesFrom(const ShotOptions &options) {
@@ -50,10 +50,10 @@ Series seriesFrom(const ShotOptions &options) {
     const std::string &text = options.frames;
     const std::size_t dots = text.find("..");
     if (dots == std::string::npos) {
-        series.pictures = wholeNumber(text, mostPictures);
+        series.pictures = wholeNumber(text, maxPictures);
         if (series.pictures < 1)
             throw WrongOptions("--frames " + text + ": expected a number from 1 to " +
-                               std::to_string(mostPictures) + ", or FIRST..LAST");
+                               std::to_string(maxPictures) + ", or FIRST..LAST");
         return series;
     }
     constexpr int lastFrame = static_cast<int>(ravolt::rvaFrames) - 1;
@@ -121,12 +121,12 @@ void checkFrames(const ShotOptions &options) {
 Drawing drawingFor(const ShowOptions &options, bool programs) {
     Drawing drawing;
     drawing.programs = programs || effectsFrom(options.effects).needPrograms();
-    drawing.shadowMap = options.effects.shadowMap.value_or(usualShadowMap);
+    drawing.shadowMap = options.effects.shadowMap.value_or(defaultShadowMap);
     drawing.picture = options.size;
     return drawing;
 }
 
-void arrange(Stage &stage, const ShowOptions &options, const Talk &talk) {
+void arrange(Stage &stage, const ShowOptions &options, const Verbosity &verbosity) {
     if (options.rig < 0 || options.rig >= stage.numberOfRigs())
         throw WrongOptions("no light rig " + std::to_string(options.rig) + ": there are 0 to " +
                            std::to_string(stage.numberOfRigs() - 1));
@@ -140,43 +140,44 @@ void arrange(Stage &stage, const ShowOptions &options, const Talk &talk) {
     stage.setNormals(options.normals);
     stage.setBoxes(options.boxes);
     Effects effects = effectsFrom(options.effects);
-    const std::string lacking = effects.leaveOutImpossible();
+    const std::string lacking = effects.switchOffUnsupported();
     if (!lacking.empty())
-        warn("this display cannot do " + lacking + ": drawn without", talk);
+        warn("this display cannot do " + lacking + ": drawn without", verbosity);
     stage.setEffects(effects);
 }
 
 void makeGlow(Stage &stage, const ShowOptions &options) {
     Effects effects = stage.getEffects();
-    const auto &stated = options.effects.numbers[static_cast<std::size_t>(Number::brightness)];
+    const auto &stated =
+        options.effects.parameters[static_cast<std::size_t>(EffectParameter::brightness)];
     if (!effects.isOn(Effect::bloom) || stated || options.wireframe)
         return;
-    effects.set(Number::brightness, brightnessForBloom(stage));
+    effects.set(EffectParameter::brightness, brightnessForBloom(stage));
     stage.setEffects(effects);
 }
 
-void leaveOutBrokenTextures(const Talk &talk) {
-    for (const std::string &complaint : Engine::leaveOutBrokenTextures(QuietStart::log()))
-        warn(complaint + ": drawn without", talk);
+void removeBrokenTextures(const Verbosity &verbosity) {
+    for (const std::string &complaint : Engine::removeBrokenTextures(LogRedirect::log()))
+        warn(complaint + ": drawn without", verbosity);
 }
 
-void warnOfStrangers(const Playback &playback, const Talk &talk) {
-    if (const std::size_t number = playback.strangers())
+void warnOfMissingNodes(const Playback &playback, const Verbosity &verbosity) {
+    if (const std::size_t number = playback.missingNodes())
         warn("clip '" + playback.name() + "' moves " + counted(number, "node", "nodes") +
                  " that the scene does not have",
-             talk);
+             verbosity);
 }
 
 LogAtEnd::~LogAtEnd() {
-    if (!talk.verbose)
+    if (!verbosity.verbose)
         return;
-    std::ifstream log(QuietStart::log());
+    std::ifstream log(LogRedirect::log());
     std::cerr << log.rdbuf();
 }
 
 namespace {
 
-bool keepsPicture(const ShotOptions &options) {
+bool usesTarget(const ShotOptions &options) {
     return effectsFrom(options.effects).needWholePicture() && !options.wireframe;
 }
 
@@ -185,20 +186,20 @@ bool keepsPicture(const ShotOptions &options) {
 WindowSize sizeToDraw(const ShotOptions &options) {
     const WindowSize size = options.size;
     const bool lines = options.wireframe || options.normals || options.boxes;
-    const int largest = (keepsPicture(options) ? largestWhole : 2 * largestWhole) / 2;
+    const int largest = (usesTarget(options) ? largestWhole : 2 * largestWhole) / 2;
     if (!options.smooth || lines || std::max(size.width, size.height) > largest)
         return size;
     return {2 * size.width, 2 * size.height};
 }
 
 // Falls back to the plain size, in `drawn` too, where the display has no target of twice the size.
-std::unique_ptr<Engine> startEngine(const ShotOptions &options, const Talk &talk,
+std::unique_ptr<Engine> startEngine(const ShotOptions &options, const Verbosity &verbosity,
                                     WindowSize &drawn) {
     Drawing drawing = drawingFor(options, false);
-    drawing.keepPicture = keepsPicture(options);
+    drawing.useTarget = usesTarget(options);
     const auto start = [&] {
         drawing.picture = drawn;
-        return std::make_unique<Engine>(windowFor(drawn), "ravolt", false, QuietStart::log(),
+        return std::make_unique<Engine>(windowFor(drawn), "ravolt", false, LogRedirect::log(),
                                         drawing);
     };
     try {
@@ -209,7 +210,7 @@ std::unique_ptr<Engine> startEngine(const ShotOptions &options, const Talk &talk
     }
     drawn = options.size;
     auto engine = start();
-    warn("the display cannot draw effects at twice the size: drawn as with --no-smooth", talk);
+    warn("the display cannot draw effects at twice the size: drawn as with --no-smooth", verbosity);
     return engine;
 }
 
@@ -234,36 +235,36 @@ void save(const Picture &picture, const fs::path &file, const InputFiles &inputs
 
 } // namespace
 
-void runShot(const ShotOptions &options, const Talk &talk) {
+void runShot(const ShotOptions &options, const Verbosity &verbosity) {
     const fs::path output = outputOf(options);
-    const SceneToShow scene(options, talk);
-    const LogAtEnd logged(talk);
+    const SceneToShow scene(options, verbosity);
+    const LogAtEnd logged(verbosity);
     WindowSize drawn = sizeToDraw(options);
-    if (keepsPicture(options) && std::max(options.size.width, options.size.height) > largestWhole)
+    if (usesTarget(options) && std::max(options.size.width, options.size.height) > largestWhole)
         throw WrongOptions("--size " + std::to_string(options.size.width) + "x" +
                            std::to_string(options.size.height) +
                            ": with bloom, tone mapping or depth of field at most " +
                            std::to_string(largestWhole) + " pixels in each direction");
-    const std::unique_ptr<Engine> engine = startEngine(options, talk, drawn);
+    const std::unique_ptr<Engine> engine = startEngine(options, verbosity, drawn);
     RVNODE *root = engine->load(scene.file());
     Stage stage(root);
     Playback playback(root, scene.clips(), scene.skins());
     Series series = seriesFrom(options);
     if (!options.clip.empty()) {
         playback.choose(scene.wantedClip());
-        warnOfStrangers(playback, talk);
+        warnOfMissingNodes(playback, verbosity);
         stage.setSphere(playback.sphere());
         fit(series, options, playback);
         playback.setFrame(series.firstFrame);
     }
-    arrange(stage, options, talk);
-    leaveOutBrokenTextures(talk);
+    arrange(stage, options, verbosity);
+    removeBrokenTextures(verbosity);
     makeGlow(stage, options);
     settle(stage);
     const double start = stage.getYaw();
     bool something = false;
     {
-        Progress progress(!talk.quiet && series.pictures > 1);
+        Progress progress(!verbosity.quiet && series.pictures > 1);
         progress.step("drawing", 0, 1);
         for (int i = 0; i < series.pictures; ++i) {
             throwIfInterrupted();
@@ -280,7 +281,7 @@ void runShot(const ShotOptions &options, const Talk &talk) {
         }
     }
     if (!something)
-        warn("nothing is seen from here; try --two-sided or --yaw", talk);
+        warn("nothing is seen from here; try --two-sided or --yaw", verbosity);
 }
 
 } // namespace ravolt::tool

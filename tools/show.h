@@ -16,28 +16,28 @@ Drawing drawingFor(const ShowOptions &options, bool programs);
 
 // Throws WrongOptions for a rig that the scene does not have. Warns of effects that the display
 // cannot do.
-void arrange(Stage &stage, const ShowOptions &options, const Talk &talk);
+void arrange(Stage &stage, const ShowOptions &options, const Verbosity &verbosity);
 
 // With bloom, and without a brightness among the options, makes the light so bright that some of
 // the scene glows. After the scene stands as it will be drawn.
 void makeGlow(Stage &stage, const ShowOptions &options);
 
 // Draws materials without textures that the engine could not load, and warns of each of these.
-void leaveOutBrokenTextures(const Talk &talk);
+void removeBrokenTextures(const Verbosity &verbosity);
 
 // Warns of nodes that the chosen clip moves and the scene does not have.
-void warnOfStrangers(const Playback &playback, const Talk &talk);
+void warnOfMissingNodes(const Playback &playback, const Verbosity &verbosity);
 
 // Copies the engine's log to standard error at its end when `verbose`, also when a job fails.
 class LogAtEnd {
   public:
-    explicit LogAtEnd(const Talk &wanted) : talk(wanted) {}
+    explicit LogAtEnd(const Verbosity &wanted) : verbosity(wanted) {}
     ~LogAtEnd();
     LogAtEnd(const LogAtEnd &) = delete;
     LogAtEnd &operator=(const LogAtEnd &) = delete;
 
   private:
-    const Talk &talk;
+    const Verbosity &verbosity;
 };
 
 } // namespace ravolt::tool

@@ -9,9 +9,9 @@ namespace {
 
 constexpr int ending[] = {SIGINT, SIGTERM, SIGHUP};
 
-volatile std::sig_atomic_t noted = 0;
+volatile std::sig_atomic_t received = 0;
 
-void note(int number) { noted = number; }
+void store(int number) { received = number; }
 
 void handle(int number, void (*handler)(int)) {
     struct sigaction action = {};
@@ -26,16 +26,16 @@ void handle(int number, void (*handler)(int)) {
 
 } // namespace
 
-void noteSignals() {
+void catchSignals() {
     for (const int number : ending)
-        handle(number, note);
+        handle(number, store);
 }
 
-int notedSignal() { return noted; }
+int receivedSignal() { return received; }
 
 void throwIfInterrupted() {
-    if (noted)
-        throw Interrupted(noted);
+    if (received)
+        throw Interrupted(received);
 }
 
 void ignoreSignals() {

@@ -19,10 +19,10 @@ class Interrupted : public std::exception {
 };
 
 // From now on those signals are noted; one that was ignored before, as by nohup, is ignored still.
-void noteSignals();
+void catchSignals();
 
 // The last one noted; 0 for none.
-int notedSignal();
+int receivedSignal();
 
 // Throws Interrupted when there is one.
 void throwIfInterrupted();

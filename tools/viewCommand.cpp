@@ -3,8 +3,8 @@
 
 #include "tools/commands.h"
 #include "tools/failure.h"
+#include "tools/logRedirect.h"
 #include "tools/message.h"
-#include "tools/quietStart.h"
 #include "tools/scene.h"
 #include "tools/show.h"
 #include "tools/signals.h"
@@ -67,20 +67,20 @@ class Viewer {
     void leave() { open = false; }
     void help() { say(viewKeys()); }
     void nextClip() { chooseClip(false); }
-    void clipBefore() { chooseClip(true); }
+    void previousClip() { chooseClip(true); }
     void pause();
-    void oneFrameOn() { step(1); }
-    void oneFrameBack() { step(-1); }
+    void nextFrame() { step(1); }
+    void previousFrame() { step(-1); }
     void chooseClip(bool backwards);
     void step(int frames);
-    bool playOn(double seconds);
+    bool advanceClip(double seconds);
     void toggle(Effect effect);
     void fitBrightness();
-    void nextNumber();
-    void changeNumber(double value);
+    void nextParameter();
+    void changeParameter(double value);
     void more();
     void less();
-    void usual();
+    void resetParameter();
 
     void say(const std::string &line);
     void showState();
@@ -97,8 +97,8 @@ class Viewer {
     fs::path pictureStem;
     double firstYaw, firstPitch;
     bool wireframe, normals, boxes, spinning;
-    Number number = Number::brightness; // that the keys change
-    double brightnessForGlow = 0;       // found from the scene when bloom came on
+    EffectParameter parameter = EffectParameter::brightness; // that the keys change
+    double brightnessForGlow = 0; // found from the scene when bloom came on
     bool open = true, dragging = false, changed = true, pictureWanted = false;
     bool drawn = false; // in the last turn of the loop
     int pictures = 0;
@@ -122,14 +122,14 @@ const std::vector<Viewer::Key> &Viewer::keys() {
         const std::vector<Key> rest = {
             {SDLK_c, "c", "next clip; behind the last one stands the scene as loaded",
              &Viewer::nextClip},
-            {SDLK_x, "x", "the clip before", &Viewer::clipBefore},
+            {SDLK_x, "x", "the clip before", &Viewer::previousClip},
             {SDLK_k, "k", "let the clip stand still, and go on", &Viewer::pause},
-            {SDLK_PERIOD, ".", "one frame of the clip on", &Viewer::oneFrameOn},
-            {SDLK_COMMA, ",", "one frame of it back", &Viewer::oneFrameBack},
-            {SDLK_TAB, "Tab", "next number of the effects that are on", &Viewer::nextNumber},
+            {SDLK_PERIOD, ".", "one frame of the clip on", &Viewer::nextFrame},
+            {SDLK_COMMA, ",", "one frame of it back", &Viewer::previousFrame},
+            {SDLK_TAB, "Tab", "next number of the effects that are on", &Viewer::nextParameter},
             {SDLK_PAGEUP, "PgUp", "more of it", &Viewer::more},
             {SDLK_PAGEDOWN, "PgDown", "less of it", &Viewer::less},
-            {SDLK_HOME, "Home", "as much of it as usual", &Viewer::usual},
+            {SDLK_HOME, "Home", "as much of it as usual", &Viewer::resetParameter},
             {SDLK_p, "p", "screenshot, NAME_001.png in the working folder", &Viewer::picture},
             {SDLK_SPACE, "Space", "turn by itself", &Viewer::spin},
             {SDLK_r, "r", "the first view again", &Viewer::reset},
@@ -188,12 +188,13 @@ void Viewer::toggle(Effect effect) {
 // Bloom comes and goes with its brightness, unless the user has chosen another.
 void Viewer::fitBrightness() {
     Effects effects = stage.getEffects();
-    const double usual = rowOf(Number::brightness).start, now = effects.get(Number::brightness);
-    if (effects.isOn(Effect::bloom) && now == usual) {
+    const double defaultValue = rowOf(EffectParameter::brightness).start,
+                 now = effects.get(EffectParameter::brightness);
+    if (effects.isOn(Effect::bloom) && now == defaultValue) {
         makeGlow(stage, options);
-        brightnessForGlow = stage.getEffects().get(Number::brightness);
+        brightnessForGlow = stage.getEffects().get(EffectParameter::brightness);
     } else if (!effects.isOn(Effect::bloom) && now == brightnessForGlow) {
-        effects.set(Number::brightness, usual);
+        effects.set(EffectParameter::brightness, defaultValue);
         stage.setEffects(effects);
     }
 }
@@ -229,7 +230,7 @@ void Viewer::step(int frames) {
 }
 
 // Whether another frame of the clip is due.
-bool Viewer::playOn(double seconds) {
+bool Viewer::advanceClip(double seconds) {
     const int period = playback.period();
     if (paused || period < 2)
         return false;
@@ -242,32 +243,32 @@ bool Viewer::playOn(double seconds) {
     return true;
 }
 
-void Viewer::nextNumber() {
-    const auto isShown = [this](const NumberRow &row) {
+void Viewer::nextParameter() {
+    const auto isShown = [this](const EffectParameterRow &row) {
         return !row.of || stage.getEffects().isOn(*row.of);
     };
-    auto place = static_cast<std::size_t>(number);
+    auto place = static_cast<std::size_t>(parameter);
     do
-        place = (place + 1) % numberOfNumbers;
-    while (!isShown(numberTable()[place])); // the first is always shown
-    number = numberTable()[place].number;
-    changeNumber(stage.getEffects().get(number));
+        place = (place + 1) % numberOfEffectParameters;
+    while (!isShown(effectParameterTable()[place])); // the first is always shown
+    parameter = effectParameterTable()[place].parameter;
+    changeParameter(stage.getEffects().get(parameter));
 }
 
-void Viewer::changeNumber(double value) {
+void Viewer::changeParameter(double value) {
     Effects effects = stage.getEffects();
-    effects.set(number, value);
+    effects.set(parameter, value);
     stage.setEffects(effects);
     char text[32];
-    std::snprintf(text, sizeof text, " %g", std::round(effects.get(number) * 1000) / 1000);
-    say(rowOf(number).option + std::string(text));
+    std::snprintf(text, sizeof text, " %g", std::round(effects.get(parameter) * 1000) / 1000);
+    say(rowOf(parameter).option + std::string(text));
 }
 
-void Viewer::more() { changeNumber(stage.getEffects().get(number) + rowOf(number).step); }
+void Viewer::more() { changeParameter(stage.getEffects().get(parameter) + rowOf(parameter).step); }
 
-void Viewer::less() { changeNumber(stage.getEffects().get(number) - rowOf(number).step); }
+void Viewer::less() { changeParameter(stage.getEffects().get(parameter) - rowOf(parameter).step); }
 
-void Viewer::usual() { changeNumber(rowOf(number).start); }
+void Viewer::resetParameter() { changeParameter(rowOf(parameter).start); }
 
 void Viewer::reset() {
     stage.setYaw(firstYaw);
@@ -365,7 +366,7 @@ void Viewer::run() {
         last = now;
         if (spinning)
             stage.setYaw(stage.getYaw() + spinDegreesPerSecond * passed);
-        changed = playOn(passed) || changed;
+        changed = advanceClip(passed) || changed;
         const bool due = changed || spinning || stage.getEffects().isOn(Effect::toneMapping);
         if (due) {
             changed = false;
@@ -381,12 +382,12 @@ void Viewer::run() {
 }
 
 // The first clip that can be played.
-void chooseFirst(Playback &playback, const Talk &talk) {
+void chooseFirst(Playback &playback, const Verbosity &verbosity) {
     while (!playback.empty())
         try {
             return playback.next(false);
         } catch (const Failure &failure) {
-            warn(failure.what(), talk);
+            warn(failure.what(), verbosity);
         }
 }
 
@@ -403,24 +404,24 @@ std::string viewKeys() {
     return text;
 }
 
-void runView(const ViewOptions &options, const Talk &talk) {
+void runView(const ViewOptions &options, const Verbosity &verbosity) {
     // The engine works in another folder.
     const fs::path pictures = fs::absolute(options.input.stem());
-    const SceneToShow scene(options, talk);
-    const LogAtEnd logged(talk);
+    const SceneToShow scene(options, verbosity);
+    const LogAtEnd logged(verbosity);
     const std::string title = "ravolt - " + options.input.filename().string();
-    Engine engine(options.size, title, true, QuietStart::log(), drawingFor(options, true));
+    Engine engine(options.size, title, true, LogRedirect::log(), drawingFor(options, true));
     RVNODE *root = engine.load(scene.file());
     Stage stage(root);
     Playback playback(root, scene.clips(), scene.skins());
     if (!options.clip.empty())
         playback.choose(scene.wantedClip());
     else
-        chooseFirst(playback, talk);
-    warnOfStrangers(playback, talk);
+        chooseFirst(playback, verbosity);
+    warnOfMissingNodes(playback, verbosity);
     stage.setSphere(playback.sphere());
-    arrange(stage, options, talk);
-    leaveOutBrokenTextures(talk);
+    arrange(stage, options, verbosity);
+    removeBrokenTextures(verbosity);
     Viewer(stage, playback, options, title, pictures).run();
 }
 

@@ -50,7 +50,7 @@ aiQuaternion mixed(const aiQuatKey &a, const aiQuatKey &b, float factor) {
 aiVector3D mended(const aiVector3D &value) { return value; }
 aiQuaternion mended(aiQuaternion value) { return value.Normalize(); }
 
-bool isHeld(const aiScene &scene, const aiMesh &mesh) {
+bool isSkinned(const aiScene &scene, const aiMesh &mesh) {
     return std::any_of(mesh.mBones, mesh.mBones + mesh.mNumBones, [&](const aiBone *bone) {
         return bone->mNumWeights > 0 && scene.mRootNode->FindNode(bone->mName);
     });
@@ -98,7 +98,7 @@ class Reference {
   public:
     explicit Reference(const aiScene &model) : scene(model) {}
 
-    void stand(const aiAnimation *animation, double ticks) {
+    void pose(const aiAnimation *animation, double ticks) {
         moved.clear();
         places.clear();
         for (unsigned int i = 0; animation && i < animation->mNumChannels; ++i) {
@@ -117,7 +117,7 @@ class Reference {
             ++number[node->mName.C_Str()];
             result[node->mName.C_Str()] = affine.offset;
             for (unsigned int i = 0; i < node->mNumMeshes; ++i)
-                if (isHeld(scene, *scene.mMeshes[node->mMeshes[i]]))
+                if (isSkinned(scene, *scene.mMeshes[node->mMeshes[i]]))
                     ++number[node->mName.C_Str()];
         }
         for (const auto &[name, count] : number)
@@ -159,7 +159,8 @@ class Reference {
         std::map<unsigned int, std::vector<const aiMesh *>> byMaterial;
         for (unsigned int i = 0; i < node.mNumMeshes; ++i) {
             const aiMesh &mesh = *scene.mMeshes[node.mMeshes[i]];
-            if (mesh.mPrimitiveTypes & aiPrimitiveType_TRIANGLE && skinned == isHeld(scene, mesh))
+            if (mesh.mPrimitiveTypes & aiPrimitiveType_TRIANGLE &&
+                skinned == isSkinned(scene, mesh))
                 byMaterial[mesh.mMaterialIndex].push_back(&mesh);
         }
         for (const auto &[material, meshes] : byMaterial)
@@ -189,7 +190,7 @@ class Reference {
 
     std::vector<Vector> verticesOf(const aiMesh &mesh, const aiNode &node,
                                    std::size_t bones) const {
-        std::vector<std::vector<std::pair<double, Vector>>> held(mesh.mNumVertices);
+        std::vector<std::vector<std::pair<double, Vector>>> influences(mesh.mNumVertices);
         std::vector<bool> lost(mesh.mNumVertices, false); // by bones that the model lacks
         for (unsigned int b = 0; b < mesh.mNumBones; ++b) {
             const aiBone &bone = *mesh.mBones[b];
@@ -203,18 +204,18 @@ class Reference {
             for (unsigned int i = 0; i < bone.mNumWeights; ++i) {
                 const unsigned int vertex = bone.mWeights[i].mVertexId;
                 if (bone.mWeights[i].mWeight > 0)
-                    held[vertex].emplace_back(bone.mWeights[i].mWeight,
-                                              map(vectorFrom(mesh.mVertices[vertex])));
+                    influences[vertex].emplace_back(bone.mWeights[i].mWeight,
+                                                    map(vectorFrom(mesh.mVertices[vertex])));
             }
         }
         std::vector<Vector> result;
         for (unsigned int v = 0; v < mesh.mNumVertices; ++v) {
-            std::stable_sort(held[v].begin(), held[v].end(),
+            std::stable_sort(influences[v].begin(), influences[v].end(),
                              [](const auto &a, const auto &b) { return a.first > b.first; });
-            held[v].resize(std::min(held[v].size(), bones));
+            influences[v].resize(std::min(influences[v].size(), bones));
             Vector sum;
             double weights = 0;
-            for (const auto &[weight, place] : held[v]) {
+            for (const auto &[weight, place] : influences[v]) {
                 sum = sum + place * weight;
                 weights += weight;
             }
@@ -391,16 +392,16 @@ Errors play(const aiScene &scene, const Clip &clip, Played &played) {
         EXPECT_TRUE(anim.apply(frame, played.root));
         const double ticks =
             animation ? std::min(frame / framesPerSecond * tps, lastTick(*animation)) : 0;
-        reference.stand(animation, ticks);
+        reference.pose(animation, ticks);
         compare(played, reference, reference.size(), errors);
     }
     return errors;
 }
 
 // A model without clips, as it is loaded.
-Errors stand(const aiScene &scene, Played &played) {
+Errors pose(const aiScene &scene, Played &played) {
     Reference reference(scene);
-    reference.stand(nullptr, 0);
+    reference.pose(nullptr, 0);
     Errors errors;
     compare(played, reference, reference.size(), errors);
     return errors;
@@ -446,7 +447,7 @@ std::vector<Outcome> outcomesOf(const std::string &model) {
             outcomes.push_back({clip.name + "\t" + std::to_string(clip.frames.frames.size()),
                                 play(source, clip, played)});
         if (outcomes.empty())
-            outcomes.push_back({"no clip\t0", stand(source, played)});
+            outcomes.push_back({"no clip\t0", pose(source, played)});
         return outcomes;
     } catch (const Failure &) {
         return {{"refused\t0", {}}};

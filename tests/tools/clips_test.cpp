@@ -76,7 +76,7 @@ TEST_F(ClipsTest, EndWithTheLastKeyUnlessTheMovementGoesOn) {
     EXPECT_EQ(heights(all.at(1)), (std::vector<float>{0, 1, 2, 3, 4}));
 }
 
-TEST_F(ClipsTest, AreCutAtTheMostFramesAClipCanHave) {
+TEST_F(ClipsTest, AreCutAtTheMaximumOfFrames) {
     figure.clip("long", 1, 200)->move("arm", {{0, {0, 0, 0}}, {200, {0, 2000, 0}}});
     const Clip &clip = convert().at(0);
     EXPECT_EQ(clip.frames.frames.size(), 1024u);

@@ -87,7 +87,7 @@ bool hasBones(const aiScene &scene) {
 }
 
 // Bones put a mesh where they are, which its node does not tell.
-void expectPlacesKept(const std::string &model, const Sphere &found) {
+void expectSamePositions(const std::string &model, const Sphere &found) {
     Report report;
     Progress silent(false);
     ModelFiles files(collection / model, {}, report);
@@ -103,7 +103,7 @@ void expectPlacesKept(const std::string &model, const Sphere &found) {
     EXPECT_GE(found.radius, length(box.high - box.low) * 0.25) << model;
 }
 
-void keepPicture(const std::string &model, const Picture &picture) {
+void useTarget(const std::string &model, const Picture &picture) {
     const char *folder = std::getenv("RAVOLT_CORPUS_PICTURES");
     if (!folder)
         return;
@@ -119,10 +119,10 @@ void draw(const std::string &model) {
     openGlErrors();
     Stage stage(root);
     const Picture picture = shoot(stage, size); // as the command draws it
-    keepPicture(model, picture);
+    useTarget(model, picture);
     EXPECT_TRUE(openGlErrors().empty()) << model;
     EXPECT_GT(coveredPixels(picture), 100u) << model << " leaves an empty picture";
-    expectPlacesKept(model, sphereAround(root));
+    expectSamePositions(model, sphereAround(root));
 }
 
 // The outcome as corpus.tsv states it.

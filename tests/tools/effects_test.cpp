@@ -31,9 +31,9 @@ Effects with(const std::vector<Effect> &wanted) {
 TEST(EffectTables, HaveEachRowAtItsPlace) {
     for (std::size_t i = 0; i < numberOfEffects; ++i)
         EXPECT_EQ(static_cast<std::size_t>(effectTable()[i].effect), i);
-    for (std::size_t i = 0; i < numberOfNumbers; ++i) {
-        const NumberRow &row = numberTable()[i];
-        EXPECT_EQ(static_cast<std::size_t>(row.number), i);
+    for (std::size_t i = 0; i < numberOfEffectParameters; ++i) {
+        const EffectParameterRow &row = effectParameterTable()[i];
+        EXPECT_EQ(static_cast<std::size_t>(row.parameter), i);
         EXPECT_LE(row.lowest, row.start) << row.option;
         EXPECT_LE(row.start, row.highest) << row.option;
         EXPECT_GT(row.step, 0) << row.option;
@@ -57,11 +57,11 @@ TEST(EffectsSwitches, BringWhatIsNeededAndTakeWhatNeedsIt) {
 
 TEST(EffectsNumbers, KeepWithinTheirRange) {
     Effects effects;
-    EXPECT_EQ(effects.get(Number::brightness), 1);
-    effects.set(Number::spotPitch, 90);
-    EXPECT_EQ(effects.get(Number::spotPitch), 85);
-    effects.set(Number::focusDepth, 0);
-    EXPECT_EQ(effects.get(Number::focusDepth), 0.01);
+    EXPECT_EQ(effects.get(EffectParameter::brightness), 1);
+    effects.set(EffectParameter::spotPitch, 90);
+    EXPECT_EQ(effects.get(EffectParameter::spotPitch), 85);
+    effects.set(EffectParameter::focusDepth, 0);
+    EXPECT_EQ(effects.get(EffectParameter::focusDepth), 0.01);
 }
 
 // A box of side 2 that stands on the ground, with seven thin poles behind each other to its left.
@@ -184,7 +184,7 @@ class EffectsOnStage : public ::testing::Test {
 TEST_F(EffectsOnStage, TheSpotsShadowFallsToTheOtherSide) {
     for (const double yaw : {90.0, -90.0}) {
         Effects effects = with({Effect::shadows, Effect::floor});
-        effects.set(Number::spotYaw, yaw);
+        effects.set(EffectParameter::spotYaw, yaw);
         const Picture shadowed = shoot(effects);
         effects.switchOff(Effect::shadows);
         const Picture lit = shoot(effects);
@@ -206,7 +206,7 @@ TEST_F(EffectsOnStage, TwoSidedSurfacesDoNotShadowThemselves) {
     Progress silent(false);
     convertModel(options, report, silent);
     Effects effects = with({Effect::shadows});
-    effects.set(Number::spotYaw, 20);
+    effects.set(EffectParameter::spotYaw, 20);
     const Picture shadowed = shoot(effects);
     effects.switchOff(Effect::shadows);
     const Picture lit = shoot(effects);
@@ -227,10 +227,10 @@ TEST_F(EffectsOnStage, TwoSidedSurfacesDoNotShadowThemselves) {
 TEST_F(EffectsOnStage, PerPixelLightingLightsTheMiddleOfASurface) {
     makeScene(squareObj("m.mtl", "a"));
     Effects effects = with({Effect::spot});
-    effects.set(Number::spotYaw, 0);
-    effects.set(Number::spotAngle, 8);
-    effects.set(Number::spotPitch, 5);
-    effects.set(Number::brightness, 2);
+    effects.set(EffectParameter::spotYaw, 0);
+    effects.set(EffectParameter::spotAngle, 8);
+    effects.set(EffectParameter::spotPitch, 5);
+    effects.set(EffectParameter::brightness, 2);
     const Picture byCorners = shoot(effects);
     effects.switchOn(Effect::perPixel);
     const Picture byPixels = shoot(effects);
@@ -252,8 +252,8 @@ TEST_F(EffectsOnStage, TheFloorCoversTheGround) {
 
 TEST_F(EffectsOnStage, OnlyWhatIsBrighterThanWhiteGlows) {
     Effects dim = with({Effect::perPixel}), bright = dim;
-    bright.set(Number::brightness, 4);
-    bright.set(Number::bloomIntensity, 1);
+    bright.set(EffectParameter::brightness, 4);
+    bright.set(EffectParameter::bloomIntensity, 1);
     const auto glow = [&](Effects effects) {
         const Picture plain = shoot(effects);
         effects.switchOn(Effect::bloom);
@@ -262,7 +262,7 @@ TEST_F(EffectsOnStage, OnlyWhatIsBrighterThanWhiteGlows) {
     EXPECT_NEAR(glow(dim), 0, 0.2);
     const double usual = glow(bright);
     EXPECT_GT(usual, 3);
-    bright.set(Number::bloomIntensity, 0.2);
+    bright.set(EffectParameter::bloomIntensity, 0.2);
     EXPECT_LT(glow(bright), 0.6 * usual);
 }
 
@@ -289,8 +289,8 @@ TEST_F(EffectsOnStage, SomeOfTheSceneGlowsAtTheBrightnessForBloom) {
             effects.switchOn(Effect::perPixel);
             effects.switchOn(Effect::bloom);
             stage.setEffects(effects);
-            effects.set(Number::brightness, brightnessForBloom(stage));
-            EXPECT_EQ(stage.getEffects().get(Number::brightness), 1); // as it was
+            effects.set(EffectParameter::brightness, brightnessForBloom(stage));
+            EXPECT_EQ(stage.getEffects().get(EffectParameter::brightness), 1); // as it was
             stage.setEffects(effects);
             settle(stage);
             const Picture glowing = ravolt::tool::shoot(stage, size);
@@ -313,9 +313,9 @@ TEST_F(EffectsOnStage, ToneMappingMakesContrastTheMoreTheLowerItsExposure) {
     const double plain = contrast();
     effects.switchOn(Effect::toneMapping);
     EXPECT_GT(contrast(), 1.2 * plain);
-    effects.set(Number::exposure, 16);
+    effects.set(EffectParameter::exposure, 16);
     const double gentle = contrast();
-    effects.set(Number::exposure, 1);
+    effects.set(EffectParameter::exposure, 1);
     const double strong = contrast();
     EXPECT_GT(gentle, 1.03 * plain);
     EXPECT_GT(strong, 1.3 * gentle);
@@ -324,19 +324,19 @@ TEST_F(EffectsOnStage, ToneMappingMakesContrastTheMoreTheLowerItsExposure) {
 TEST_F(EffectsOnStage, DepthOfFieldBlursWhatIsOutOfFocus) {
     const double plain = sharpness(shoot({}));
     Effects effects = with({Effect::depthOfField});
-    effects.set(Number::focusDepth, 10);
+    effects.set(EffectParameter::focusDepth, 10);
     EXPECT_GT(sharpness(shoot(effects)), 0.85 * plain); // all within focus
-    effects.set(Number::focus, 8);
-    effects.set(Number::focusDepth, 1);
+    effects.set(EffectParameter::focus, 8);
+    effects.set(EffectParameter::focusDepth, 1);
     EXPECT_LT(sharpness(shoot(effects)), 0.5 * plain);
 }
 
 TEST_F(EffectsOnStage, FocusGoesFromFrontToBack) {
     Effects effects = with({Effect::depthOfField});
-    effects.set(Number::focusDepth, 0.3);
+    effects.set(EffectParameter::focusDepth, 0.3);
     // The poles stand behind each other on the left, the nearest one lowest in the picture.
     const auto sharpnessOfRow = [&](double focus, double y) {
-        effects.set(Number::focus, focus);
+        effects.set(EffectParameter::focus, focus);
         const Picture picture = shoot(effects);
         double steepest = 0;
         for (double x = 0.02; x < 0.42; x += 1.0 / picture.width)
@@ -353,12 +353,12 @@ TEST_F(EffectsOnStage, APictureKeptInItsTargetIsTheOneOfAWindowOfItsSize) {
          {std::vector{Effect::shadows, Effect::floor, Effect::bloom},
           std::vector{Effect::shadows, Effect::bloom, Effect::depthOfField}}) {
         Effects effects = with(wanted);
-        effects.set(Number::brightness, 2);
+        effects.set(EffectParameter::brightness, 2);
         window = size;
-        drawing.keepPicture = false;
+        drawing.useTarget = false;
         const Picture shown = shoot(effects);
         window = {120, 100};
-        drawing.keepPicture = true;
+        drawing.useTarget = true;
         EXPECT_LE(largestDifference(shoot(effects), shown), 2) << effects.names();
     }
 }
@@ -369,7 +369,7 @@ TEST_F(EffectsOnStage, ComeAndGoWithTheirSwitches) {
     const Picture before = ravolt::tool::shoot(stage, size);
     for (const EffectRow &row : effectTable()) {
         Effects effects = with({row.effect});
-        effects.set(Number::brightness, row.wholePicture ? 3 : 1);
+        effects.set(EffectParameter::brightness, row.wholePicture ? 3 : 1);
         stage.setEffects(effects);
         settle(stage);
         EXPECT_GT(largestDifference(ravolt::tool::shoot(stage, size), before), 8) << row.name;
@@ -420,7 +420,7 @@ TEST_F(EffectsOnStage, ShadowsOfBentMeshesAreThereFromTheFirstPictureOn) {
     stage.setYaw(0);
     stage.setZoom(0.5);
     Effects effects = with({Effect::shadows, Effect::floor});
-    effects.set(Number::spotYaw, 180); // back faces alone cast shadows
+    effects.set(EffectParameter::spotYaw, 180); // back faces alone cast shadows
     stage.setEffects(effects);
     settle(stage);
     const Picture first = ravolt::tool::shoot(stage, size);
@@ -447,10 +447,10 @@ TEST_F(EffectsOnStage, AreLeftOutWhereTheDisplayCannotDoThem) {
     Stage stage(engine.load("scene.rve"));
     Effects effects =
         with({Effect::shadows, Effect::floor, Effect::toneMapping, Effect::depthOfField});
-    EXPECT_EQ(effects.leaveOutImpossible(),
+    EXPECT_EQ(effects.switchOffUnsupported(),
               "per-pixel lighting, shadows, bloom, tone mapping, depth of field");
     EXPECT_EQ(effects.names(), "spot light, floor");
-    EXPECT_EQ(effects.leaveOutImpossible(), "");
+    EXPECT_EQ(effects.switchOffUnsupported(), "");
     stage.setEffects(effects);
     EXPECT_TRUE(showsSomething(ravolt::tool::shoot(stage, size)));
 }

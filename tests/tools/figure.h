@@ -13,7 +13,7 @@
 
 namespace tool_test {
 
-template <class T> void handOver(const std::vector<T *> &from, T **&to, unsigned int &number) {
+template <class T> void moveInto(const std::vector<T *> &from, T **&to, unsigned int &number) {
     number = static_cast<unsigned int>(from.size());
     to = from.empty() ? nullptr : new T *[from.size()]; // assimp keeps none of nothing
     std::copy(from.begin(), from.end(), to);
@@ -36,7 +36,7 @@ class FigureMesh {
         bones.push_back(bone);
     }
 
-    void finish() { handOver(bones, mesh->mBones, mesh->mNumBones); }
+    void finish() { moveInto(bones, mesh->mBones, mesh->mNumBones); }
 
   private:
     std::vector<aiBone *> bones;
@@ -82,7 +82,7 @@ class FigureClip {
         return made;
     }
 
-    void finish() { handOver(channels, clip->mChannels, clip->mNumChannels); }
+    void finish() { moveInto(channels, clip->mChannels, clip->mNumChannels); }
 
   private:
     std::vector<aiNodeAnim *> channels;
@@ -101,7 +101,7 @@ class Figure {
     }
 
     // With corners (0, 0, 0), (1, 0, 0) and (0, 1, 0).
-    FigureMesh *triangle(aiNode *holder) {
+    FigureMesh *triangle(aiNode *node) {
         meshes.emplace_back();
         aiMesh *mesh = meshes.back().mesh;
         mesh->mPrimitiveTypes = aiPrimitiveType_TRIANGLE;
@@ -111,8 +111,8 @@ class Figure {
         mesh->mFaces = new aiFace[1];
         mesh->mFaces[0].mNumIndices = 3;
         mesh->mFaces[0].mIndices = new unsigned int[3]{0, 1, 2};
-        holder->mNumMeshes = 1;
-        holder->mMeshes = new unsigned int[1]{static_cast<unsigned int>(meshes.size() - 1)};
+        node->mNumMeshes = 1;
+        node->mMeshes = new unsigned int[1]{static_cast<unsigned int>(meshes.size() - 1)};
         return &meshes.back();
     }
 
@@ -128,13 +128,13 @@ class Figure {
             mesh.finish();
             madeMeshes.push_back(mesh.mesh);
         }
-        handOver(madeMeshes, scene.mMeshes, scene.mNumMeshes);
+        moveInto(madeMeshes, scene.mMeshes, scene.mNumMeshes);
         std::vector<aiAnimation *> madeClips;
         for (FigureClip &clip : clips) {
             clip.finish();
             madeClips.push_back(clip.clip);
         }
-        handOver(madeClips, scene.mAnimations, scene.mNumAnimations);
+        moveInto(madeClips, scene.mAnimations, scene.mNumAnimations);
         return scene;
     }
 

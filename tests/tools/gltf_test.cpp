@@ -60,10 +60,10 @@ std::string twoCharacters(GltfData &data, const std::string &mesh, bool binary =
 }
 
 float leftmost(const ravolt::RveMesh &mesh) {
-    float least = mesh.vertices.at(0)[0];
+    float minimum = mesh.vertices.at(0)[0];
     for (const auto &vertex : mesh.vertices)
-        least = std::min(least, vertex[0]);
-    return least;
+        minimum = std::min(minimum, vertex[0]);
+    return minimum;
 }
 
 void expectTwoCharacters(const Made &made) {

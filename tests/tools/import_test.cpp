@@ -109,7 +109,7 @@ TEST(CleanScene, MendsReferences) {
     EXPECT_EQ(scene->mRootNode->mNumMeshes, 0u);
 }
 
-TEST(CleanScene, ZeroesTexturePlacesThatAreNone) {
+TEST(CleanScene, ZeroesTexCoordsThatAreNotFinite) {
     Report report;
     const auto scene = sceneWith(square, {{0, 1, 2}});
     scene->mMeshes[0]->mTextureCoords[0] = new aiVector3D[4];
@@ -182,7 +182,7 @@ void addBone(aiMesh &mesh, const std::vector<aiVertexWeight> &weights) {
     std::vector<aiBone *> bones(mesh.mBones, mesh.mBones + mesh.mNumBones);
     bones.push_back(bone);
     delete[] mesh.mBones;
-    tool_test::handOver(bones, mesh.mBones, mesh.mNumBones);
+    tool_test::moveInto(bones, mesh.mBones, mesh.mNumBones);
 }
 
 // Two legs that touch each other at two corners, of which one is moved alike on both sides.

@@ -69,25 +69,25 @@ TEST(Meshes, TakesTrianglesAsTheyAre) {
     EXPECT_EQ(append(geometry, *triangle(), {}).withoutArea, 0u);
     ASSERT_EQ(geometry.faces.size(), 1u);
     EXPECT_EQ(geometry.positions.size(), 3u);
-    EXPECT_FALSE(geometry.placed);
+    EXPECT_FALSE(geometry.hasTexCoords);
     EXPECT_NEAR(frontOf(geometry, 0).z, 1, 1e-6);
 }
 
 TEST(Meshes, TurnsMirroredTrianglesRound) {
-    Carrying carrying;
-    carrying.rest = matrixOfColumns({-1, 0, 0}, {0, 1, 0}, {0, 0, 1});
+    VertexTransform transform;
+    transform.residual = matrixOfColumns({-1, 0, 0}, {0, 1, 0}, {0, 0, 1});
     Geometry geometry;
-    append(geometry, *triangle(), carrying);
+    append(geometry, *triangle(), transform);
     EXPECT_NEAR(frontOf(geometry, 0).z, 1, 1e-6);
     EXPECT_NEAR(geometry.normals[0].z, 1, 1e-6);
     EXPECT_FLOAT_EQ(geometry.positions[1].x, -1);
 }
 
 TEST(Meshes, MirrorsTheFrontWithTheDepth) {
-    Carrying carrying;
-    carrying.rest = matrixOfColumns({1, 0, 0}, {0, 1, 0}, {0, 0, -1});
+    VertexTransform transform;
+    transform.residual = matrixOfColumns({1, 0, 0}, {0, 1, 0}, {0, 0, -1});
     Geometry geometry;
-    append(geometry, *triangle(), carrying);
+    append(geometry, *triangle(), transform);
     EXPECT_NEAR(frontOf(geometry, 0).z, -1, 1e-6);
     EXPECT_NEAR(geometry.normals[0].z, -1, 1e-6);
 }
@@ -96,10 +96,10 @@ TEST(Meshes, KeepsNormalsUprightUnderUnevenScale) {
     // A slope with normal (1, 0, 1); stretched fourfold along x it is (1, 0, 4).
     const auto mesh = meshFrom({{0, 0, 1}, {1, 0, 0}, {0, 1, 1}}, {{0, 1, 2}},
                                std::vector<aiVector3D>(3, aiVector3D(0.70710678f, 0, 0.70710678f)));
-    Carrying carrying;
-    carrying.rest = matrixOfColumns({4, 0, 0}, {0, 1, 0}, {0, 0, 1});
+    VertexTransform transform;
+    transform.residual = matrixOfColumns({4, 0, 0}, {0, 1, 0}, {0, 0, 1});
     Geometry geometry;
-    append(geometry, *mesh, carrying);
+    append(geometry, *mesh, transform);
     const Point &normal = geometry.normals[0];
     EXPECT_NEAR(normal.x, 1 / std::sqrt(17.0), 1e-6);
     EXPECT_NEAR(normal.z, 4 / std::sqrt(17.0), 1e-6);
@@ -127,10 +127,10 @@ TEST(Meshes, MakesNormalsThatAreMissingOrBroken) {
 }
 
 TEST(Meshes, ShowsBothSidesWhenAsked) {
-    Carrying carrying;
-    carrying.bothSides = true;
+    VertexTransform transform;
+    transform.bothSides = true;
     Geometry geometry;
-    append(geometry, *triangle(), carrying);
+    append(geometry, *triangle(), transform);
     ASSERT_EQ(geometry.faces.size(), 2u);
     EXPECT_EQ(geometry.positions.size(), 6u);
     EXPECT_NEAR(frontOf(geometry, 1).z, -1, 1e-6);
@@ -158,10 +158,10 @@ std::unique_ptr<aiMesh> box(bool inward = false, std::size_t faces = 12, float s
 }
 
 std::size_t facesOfBothSides(const aiMesh &mesh) {
-    Carrying carrying;
-    carrying.bothSides = true;
+    VertexTransform transform;
+    transform.bothSides = true;
     Geometry geometry;
-    append(geometry, mesh, carrying);
+    append(geometry, mesh, transform);
     return geometry.faces.size();
 }
 
@@ -178,45 +178,45 @@ TEST(Meshes, DoublesNoClosedPart) {
 }
 
 TEST(Meshes, DoublesTheOpenPartsBesideClosedOnes) {
-    Carrying carrying;
-    carrying.bothSides = true;
+    VertexTransform transform;
+    transform.bothSides = true;
     Geometry geometry;
-    append(geometry, *triangle(), carrying);
-    append(geometry, *box(), carrying);
+    append(geometry, *triangle(), transform);
+    append(geometry, *box(), transform);
     EXPECT_EQ(geometry.faces.size(), 14u);
     EXPECT_EQ(geometry.positions.size(), 42u);
-    append(geometry, *box(), carrying); // parts are those of one mesh
+    append(geometry, *box(), transform); // parts are those of one mesh
     EXPECT_EQ(geometry.faces.size(), 26u);
 }
 
 TEST(Meshes, DoublesSkinsThatBonesTearOpen) {
     const auto mesh = box();
-    Carrying carrying;
-    carrying.posed.resize(mesh->mNumVertices);
-    carrying.holders.resize(mesh->mNumVertices);
-    for (Holders &holders : carrying.holders)
-        holders.weight[0] = 1;
-    carrying.bothSides = true;
+    VertexTransform transform;
+    transform.posed.resize(mesh->mNumVertices);
+    transform.influences.resize(mesh->mNumVertices);
+    for (VertexInfluences &influences : transform.influences)
+        influences.weight[0] = 1;
+    transform.bothSides = true;
     Geometry whole, torn;
-    append(whole, *mesh, carrying);
+    append(whole, *mesh, transform);
     EXPECT_EQ(whole.faces.size(), 12u);
-    carrying.holders[0].bone[0] = 1;
-    append(torn, *mesh, carrying);
+    transform.influences[0].bone[0] = 1;
+    append(torn, *mesh, transform);
     EXPECT_EQ(torn.faces.size(), 24u);
 }
 
-TEST(Meshes, FillsTexturePlacesWhereOneOfTwoMeshesHasNone) {
-    const auto plain = triangle(), placed = triangle();
-    placed->mNumUVComponents[0] = 2;
-    placed->mTextureCoords[0] =
+TEST(Meshes, FillsTexCoordsWhereOneOfTwoMeshesHasNone) {
+    const auto plain = triangle(), hasTexCoords = triangle();
+    hasTexCoords->mNumUVComponents[0] = 2;
+    hasTexCoords->mTextureCoords[0] =
         new aiVector3D[3]{aiVector3D(0, 0, 0), aiVector3D(1, 0, 0), aiVector3D(0, 0.5f, 0)};
     Geometry geometry;
     append(geometry, *plain, {});
-    append(geometry, *placed, {});
+    append(geometry, *hasTexCoords, {});
     append(geometry, *plain, {});
-    ASSERT_EQ(geometry.texturePlaces.size(), 9u);
-    EXPECT_FLOAT_EQ(geometry.texturePlaces[5].v, 0.5f);
-    EXPECT_FLOAT_EQ(geometry.texturePlaces[8].v, 0.0f);
+    ASSERT_EQ(geometry.texCoords.size(), 9u);
+    EXPECT_FLOAT_EQ(geometry.texCoords[5].v, 0.5f);
+    EXPECT_FLOAT_EQ(geometry.texCoords[8].v, 0.0f);
 }
 
 TEST(Meshes, LeavesOutVerticesWithoutATriangle) {
@@ -230,10 +230,10 @@ TEST(Meshes, LeavesOutVerticesWithoutATriangle) {
 TEST(Meshes, DropsTrianglesBeyondWhatAFloatHolds) {
     const auto mesh =
         meshFrom({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1e30f, 0, 0}}, {{0, 1, 2}, {0, 3, 2}});
-    Carrying carrying;
-    carrying.rest = Matrix() * 1e20;
+    VertexTransform transform;
+    transform.residual = Matrix() * 1e20;
     Geometry geometry;
-    EXPECT_EQ(append(geometry, *mesh, carrying).tooFar, 1u);
+    EXPECT_EQ(append(geometry, *mesh, transform).tooFar, 1u);
     EXPECT_EQ(geometry.faces.size(), 1u);
     EXPECT_TRUE(std::isfinite(boundsOf(geometry).radius));
 }
@@ -316,10 +316,10 @@ TEST(Meshes, SplitsByBones) {
         for (int corner = 0; corner < 3; ++corner) {
             geometry.positions.push_back({static_cast<float>(i), static_cast<float>(corner), 0});
             geometry.normals.push_back({0, 0, 1});
-            Holders holders;
-            holders.bone = {i, 1000, 0, 0};
-            holders.weight = {0.75f, 0.25f, 0, 0};
-            geometry.holders.push_back(holders);
+            VertexInfluences influences;
+            influences.bone = {i, 1000, 0, 0};
+            influences.weight = {0.75f, 0.25f, 0, 0};
+            geometry.influences.push_back(influences);
         }
         geometry.faces.push_back({3 * i, 3 * i + 1, 3 * i + 2});
     }
@@ -329,27 +329,27 @@ TEST(Meshes, SplitsByBones) {
     EXPECT_EQ(pieces.size(), 3u);
     for (const Geometry &piece : pieces) {
         EXPECT_LE(bonesOf(piece).size(), 100u);
-        ASSERT_EQ(piece.holders.size(), piece.positions.size());
+        ASSERT_EQ(piece.influences.size(), piece.positions.size());
         for (std::size_t i = 0; i < piece.positions.size(); ++i)
-            EXPECT_EQ(piece.positions[i].x, static_cast<float>(piece.holders[i].bone[0]));
+            EXPECT_EQ(piece.positions[i].x, static_cast<float>(piece.influences[i].bone[0]));
         faces += piece.faces.size();
     }
     EXPECT_EQ(faces, 250u);
 }
 
-TEST(Meshes, KeepsTheHoldersOfBothSides) {
+TEST(Meshes, KeepsTheInfluencesOfBothSides) {
     const auto mesh = triangle();
-    Carrying carrying;
-    carrying.posed.resize(3);
-    carrying.holders.resize(3);
+    VertexTransform transform;
+    transform.posed.resize(3);
+    transform.influences.resize(3);
     for (std::uint32_t i = 0; i < 3; ++i)
-        carrying.holders[i].bone[0] = i;
-    carrying.bothSides = true;
+        transform.influences[i].bone[0] = i;
+    transform.bothSides = true;
     Geometry geometry;
-    append(geometry, *mesh, carrying);
-    ASSERT_EQ(geometry.holders.size(), 6u);
+    append(geometry, *mesh, transform);
+    ASSERT_EQ(geometry.influences.size(), 6u);
     for (std::uint32_t i = 0; i < 6; ++i)
-        EXPECT_EQ(geometry.holders[i].bone[0], i % 3);
+        EXPECT_EQ(geometry.influences[i].bone[0], i % 3);
 }
 
 } // namespace

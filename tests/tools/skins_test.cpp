@@ -152,13 +152,13 @@ class SkinsTest : public ::testing::Test {
         mesh = figure.triangle(body);
     }
 
-    Carrying carried(std::size_t joint) {
+    VertexTransform carried(std::size_t joint) {
         const aiScene &scene = figure.finish();
         skeleton = std::make_unique<Skeleton>(scene, 1, 2, report);
         skins = std::make_unique<Skins>(scene, *skeleton, report);
-        Carrying carrying;
-        skins->carry(0, joint, carrying);
-        return carrying;
+        VertexTransform transform;
+        skins->setVertexTransform(0, joint, transform);
+        return transform;
     }
 
     Figure figure;
@@ -176,45 +176,45 @@ TEST_F(SkinsTest, KeepTheStrongestBonesAndSaySo) {
         mesh->bone(name, {0, 0, 0}, {{0, 0.1f + 0.05f * static_cast<float>(i)}});
     }
     mesh->bone("low", {0, 0, 0}, {{1, 1}, {2, 1}});
-    const Carrying carrying = carried(3);
-    const Holders &holders = carrying.holders[0];
+    const VertexTransform transform = carried(3);
+    const VertexInfluences &influences = transform.influences[0];
     float sum = 0;
     for (std::size_t k = 0; k < bonesOfAVertex; ++k) {
-        EXPECT_EQ(skeleton->joints()[holders.bone[k]].name, "b" + std::to_string(5 - k));
-        sum += holders.weight[k];
+        EXPECT_EQ(skeleton->joints()[influences.bone[k]].name, "b" + std::to_string(5 - k));
+        sum += influences.weight[k];
     }
     EXPECT_FLOAT_EQ(sum, 1);
-    EXPECT_FLOAT_EQ(holders.weight[0], 0.35f / (0.35f + 0.3f + 0.25f + 0.2f));
+    EXPECT_FLOAT_EQ(influences.weight[0], 0.35f / (0.35f + 0.3f + 0.25f + 0.2f));
     EXPECT_EQ(report.warnings(),
               (std::vector<std::string>{"1 vertex held by more than 4 bones: the strongest kept"}));
 }
 
 TEST_F(SkinsTest, LetTheNodeHoldVerticesWithoutABone) {
     mesh->bone("low", {0, 0, 0}, {{0, 1}, {1, 0.5f}});
-    const Carrying carrying = carried(3);
-    EXPECT_EQ(skeleton->joints()[carrying.holders[2].bone[0]].name, "body");
-    EXPECT_EQ(carrying.holders[2].weight[0], 1);
-    EXPECT_NEAR(carrying.posed[2]({0, 0, 0}).x, 5, 1e-9);
+    const VertexTransform transform = carried(3);
+    EXPECT_EQ(skeleton->joints()[transform.influences[2].bone[0]].name, "body");
+    EXPECT_EQ(transform.influences[2].weight[0], 1);
+    EXPECT_NEAR(transform.posed[2]({0, 0, 0}).x, 5, 1e-9);
     EXPECT_TRUE(skins->isBone(3));
-    EXPECT_EQ(carrying.holders[1].weight[0], 1); // what is stated adds up to one
+    EXPECT_EQ(transform.influences[1].weight[0], 1); // what is stated adds up to one
 }
 
 // Bound with `high` two above `low`; the model shows it one above.
 TEST_F(SkinsTest, StandAsTheyWereBoundWhereJointsShareAVertex) {
     mesh->bone("low", {0, 0, 0}, {{0, 0.5f}, {1, 1}, {2, 1}});
     mesh->bone("high", {0, -2, 0}, {{0, 0.5f}});
-    const Carrying carrying = carried(3);
+    const VertexTransform transform = carried(3);
     EXPECT_TRUE(skins->differsFromOwnPose());
     EXPECT_NEAR(skins->bindPose().placement[2].position.y, 2, 1e-9);
-    EXPECT_NEAR(length(carrying.posed[0]({7, 8, 9}) - Vector{7, 8, 9}), 0, 1e-6);
+    EXPECT_NEAR(length(transform.posed[0]({7, 8, 9}) - Vector{7, 8, 9}), 0, 1e-6);
 }
 
 TEST_F(SkinsTest, KeepThePoseOfTheModelWhereNoVertexIsShared) {
     mesh->bone("low", {0, 0, 0}, {{0, 1}, {1, 1}});
     mesh->bone("high", {0, -2, 0}, {{2, 1}});
-    const Carrying carrying = carried(3);
+    const VertexTransform transform = carried(3);
     EXPECT_FALSE(skins->differsFromOwnPose());
-    EXPECT_NEAR(carrying.posed[2]({0, 0, 0}).y, -1, 1e-9);
+    EXPECT_NEAR(transform.posed[2]({0, 0, 0}).y, -1, 1e-9);
 }
 
 TEST_F(SkinsTest, SayWhenTheyAreBoundInDifferentPosesOnOneSkeleton) {
@@ -251,10 +251,10 @@ TEST_F(SkinsTest, PassOverBonesThatNoNodeIs) {
 TEST_F(SkinsTest, LetVerticesOfMissingBonesFollowTheirNeighbours) {
     mesh->bone("low", {0, 0, 0}, {{0, 1}, {1, 0.25f}});
     mesh->bone("nobody", {0, 0, 0}, {{1, 0.75f}, {2, 1}});
-    const Carrying carrying = carried(3);
+    const VertexTransform transform = carried(3);
     for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(skeleton->joints()[carrying.holders[i].bone[0]].name, "low");
-        EXPECT_EQ(carrying.holders[i].weight[0], 1);
+        EXPECT_EQ(skeleton->joints()[transform.influences[i].bone[0]].name, "low");
+        EXPECT_EQ(transform.influences[i].weight[0], 1);
     }
 }
 

@@ -148,11 +148,11 @@ TEST_F(Conversion, LeavesTheFormerFilesWhereAnyCallFails) {
 }
 
 TEST_F(Conversion, LeavesTheFormerFilesOnAFullDisk) {
-    for (rlim_t most = 0; most < latter["scene.rve"].size(); most += 8) {
-        const FileLimit limit(RLIMIT_FSIZE, most);
+    for (rlim_t bytes = 0; bytes < latter["scene.rve"].size(); bytes += 8) {
+        const FileLimit limit(RLIMIT_FSIZE, bytes);
         const std::string failure = failureOf([] { convert(1); });
-        EXPECT_TRUE(failure.ends_with(": cannot be written")) << most << failure;
-        EXPECT_TRUE(filesIn("out") == former) << most;
+        EXPECT_TRUE(failure.ends_with(": cannot be written")) << bytes << failure;
+        EXPECT_TRUE(filesIn("out") == former) << bytes;
     }
 }
 

@@ -65,7 +65,7 @@ TEST(Transforms, LeavesNothingBehindOfARotation) {
     EXPECT_NEAR(placement.degrees.x, 20, 1e-5);
     EXPECT_NEAR(placement.degrees.y, -35, 1e-5);
     EXPECT_NEAR(placement.degrees.z, 70, 1e-5);
-    EXPECT_LT(distance(placement.rest, Matrix()), 1e-7);
+    EXPECT_LT(distance(placement.residual, Matrix()), 1e-7);
 }
 
 TEST(Transforms, LeavesScaleBehind) {
@@ -73,18 +73,18 @@ TEST(Transforms, LeavesScaleBehind) {
     EXPECT_EQ(placement.degrees.x, 0);
     EXPECT_EQ(placement.degrees.y, 0);
     EXPECT_EQ(placement.degrees.z, 0);
-    EXPECT_LT(distance(placement.rest, scaling(2, 3, 4)), 1e-12);
+    EXPECT_LT(distance(placement.residual, scaling(2, 3, 4)), 1e-12);
 }
 
 TEST(Transforms, LeavesAMirroringAlongXBehind) {
     const Placement placement = place({scaling(-1, 1, 1), {}}, Matrix());
-    EXPECT_LT(distance(placement.rest, scaling(-1, 1, 1)), 1e-12);
+    EXPECT_LT(distance(placement.residual, scaling(-1, 1, 1)), 1e-12);
     EXPECT_LT(length(placement.degrees), 1e-12);
 }
 
 TEST(Transforms, ScalesThePlacesOfChildren) {
     const Placement parent = place({scaling(2, 3, 4), {}}, Matrix());
-    const Placement child = place({Matrix(), {1, 1, 1}}, parent.rest);
+    const Placement child = place({Matrix(), {1, 1, 1}}, parent.residual);
     EXPECT_DOUBLE_EQ(child.position.x, 2);
     EXPECT_DOUBLE_EQ(child.position.y, 3);
     EXPECT_DOUBLE_EQ(child.position.z, 4);
@@ -95,18 +95,18 @@ TEST(Transforms, KeepsWorldPlacesAlongBranchesOfAnyMatrices) {
     Random random;
     for (int branch = 0; branch < 500; ++branch) {
         Affine model, engine;
-        Matrix rest;
+        Matrix residual;
         double size = 1; // of the numbers involved
         for (int level = 0; level < 6; ++level) {
             const Affine local{random.matrix(), random.vector(10)};
-            const Placement placement = place(local, rest);
+            const Placement placement = place(local, residual);
             model = model * local;
             engine = engine * rigid(placement);
-            rest = placement.rest;
+            residual = placement.residual;
             size = std::max({size, largestEntry(model.linear), length(model.offset)});
         }
         const Vector point = random.vector(5);
-        const Vector expected = model(point), found = engine(rest * point);
+        const Vector expected = model(point), found = engine(residual * point);
         // Positions are rounded to floats; nothing else is lost.
         ASSERT_LT(length(expected - found), size * 1e-6) << "branch " << branch;
     }
@@ -121,7 +121,7 @@ TEST(Transforms, KeepsWorldPlacesOfFlattenedNodes) {
                            matrixOfColumns({1, 2, 3}, {2, 4, 6}, {-1, -2, -3})};
     for (const Matrix &matrix : flat) {
         const Placement placement = place({matrix, {}}, Matrix());
-        const Matrix again = rotationFromDegrees(placement.degrees) * placement.rest;
+        const Matrix again = rotationFromDegrees(placement.degrees) * placement.residual;
         EXPECT_LT(distance(again, matrix), 1e-6);
     }
 }
@@ -131,7 +131,7 @@ TEST(Transforms, StandsExtremeScales) {
         const Matrix matrix = rotationFromDegrees({10, 20, 30}) * scale;
         const Placement placement = place({matrix, {}}, Matrix());
         EXPECT_NEAR(placement.degrees.y, 20, 1e-5);
-        EXPECT_LT(distance(placement.rest, Matrix() * scale), scale * 1e-6);
+        EXPECT_LT(distance(placement.residual, Matrix() * scale), scale * 1e-6);
     }
 }
 
@@ -153,7 +153,7 @@ TEST(Transforms, TurnsNearOtherAnglesWithTheSameRotation) {
         const Vector near = random.vector(1000);
         const Matrix rotation = rotationFromDegrees(near + random.vector(1));
         const Placement turned = turnedNear(place({rotation, {}}, Matrix()), near);
-        EXPECT_LT(distance(rotationFromDegrees(turned.degrees) * turned.rest, rotation), 1e-9);
+        EXPECT_LT(distance(rotationFromDegrees(turned.degrees) * turned.residual, rotation), 1e-9);
         if (std::abs(std::cos(near.y / 57.29577951308232)) > 0.1) {
             EXPECT_LT(length(turned.degrees - near), 30) << i;
         }

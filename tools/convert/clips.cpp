@@ -17,7 +17,7 @@ namespace ravolt::tool {
 namespace {
 
 // assimp's own choice where a model does not state the length of a tick.
-constexpr double usualTicksPerSecond = 25;
+constexpr double defaultTicksPerSecond = 25;
 
 std::string inSmallLetters(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -36,12 +36,12 @@ std::string rounded(double number) {
 }
 
 // Names the option by which a clip is not cut, to two digits that count.
-std::string fittingRate(double most) {
-    if (most < leastFps)
+std::string fittingRate(double maxRate) {
+    if (maxRate < minFps)
         return "";
-    const double unit = std::pow(10, std::floor(std::log10(most)) - 1);
+    const double unit = std::pow(10, std::floor(std::log10(maxRate)) - 1);
     char text[32];
-    std::snprintf(text, sizeof text, ": --fps %.2g fits", std::floor(most / unit) * unit);
+    std::snprintf(text, sizeof text, ": --fps %.2g fits", std::floor(maxRate / unit) * unit);
     return text;
 }
 
@@ -51,7 +51,7 @@ Clips::Clips(const aiScene &model, const Interpolations &ways, const Skeleton &j
              const Skins &allSkins, double framesPerSecond, Report &lines)
     : scene(model), interpolations(ways), skeleton(joints), skins(allSkins), fps(framesPerSecond),
       report(lines), moved(joints.joints().size(), false) {
-    size = spreadOf(skins.bindPose());
+    size = poseExtent(skins.bindPose());
     if (skins.differsFromOwnPose()) {
         report.note("the skin is bound in another pose than the model's own, which becomes the "
                     "clip '" +
@@ -145,17 +145,17 @@ void Clips::setTimes(Source &source, const aiAnimation &animation) {
     if (std::isfinite(animation.mTicksPerSecond) && animation.mTicksPerSecond > 0)
         source.ticksPerSecond = animation.mTicksPerSecond;
     else
-        source.ticksPerSecond = usualTicksPerSecond;
+        source.ticksPerSecond = defaultTicksPerSecond;
     source.seconds = (end - source.firstTick) / source.ticksPerSecond;
     constexpr double sameFrame = 1e-3; // what keys on a frame may miss it by
     const double frames = std::ceil(source.seconds * fps - sameFrame) + 1;
-    constexpr auto most = static_cast<double>(ravolt::rvaFrames);
-    source.frames = static_cast<std::size_t>(std::clamp(frames, 1.0, most));
-    if (frames > most)
+    constexpr auto maxFrames = static_cast<double>(ravolt::rvaFrames);
+    source.frames = static_cast<std::size_t>(std::clamp(frames, 1.0, maxFrames));
+    if (frames > maxFrames)
         report.warn("clip '" + source.shownName + "': " + rounded(source.seconds) +
-                    " seconds cut to " + rounded((most - 1) / fps) + ", a clip has " +
+                    " seconds cut to " + rounded((maxFrames - 1) / fps) + ", a clip has " +
                     std::to_string(ravolt::rvaFrames) + " frames at most" +
-                    fittingRate((most - 1) / source.seconds));
+                    fittingRate((maxFrames - 1) / source.seconds));
 }
 
 // Visits the pose of each frame.
@@ -181,8 +181,8 @@ bool Clips::differs(const Placement &placement, std::size_t joint) const {
 
 // What stands on the joint would have to change its size.
 bool Clips::isRescaled(const Placement &placement, std::size_t joint) const {
-    const Matrix &own = skeleton.ownPose().placement[joint].rest;
-    return largestDifference(placement.rest, own) > largestEntry(own) * 1e-3;
+    const Matrix &own = skeleton.ownPose().placement[joint].residual;
+    return largestDifference(placement.residual, own) > largestEntry(own) * 1e-3;
 }
 
 std::vector<bool> Clips::movedBy(const Source &source) {
@@ -202,7 +202,8 @@ std::vector<bool> Clips::movedBy(const Source &source) {
 }
 
 // Those joints that a clip has room for.
-std::vector<std::size_t> Clips::held(const std::string &name, const std::vector<bool> &moving) {
+std::vector<std::size_t> Clips::writableJoints(const std::string &name,
+                                               const std::vector<bool> &moving) {
     std::vector<std::size_t> joints;
     for (std::size_t i = 0; i < moving.size(); ++i)
         if (moving[i])
@@ -217,7 +218,7 @@ std::vector<std::size_t> Clips::held(const std::string &name, const std::vector<
 }
 
 void Clips::write(const Source &source, const std::vector<bool> &moving) {
-    const std::vector<std::size_t> joints = held(source.shownName, moving);
+    const std::vector<std::size_t> joints = writableJoints(source.shownName, moving);
     if (joints.empty()) {
         report.note("clip '" + source.shownName + "' left out: it moves nothing");
         return;

@@ -20,7 +20,7 @@ namespace ravolt::tool {
 constexpr const char *poseClipName = "pose";
 
 // Frames of a clip in a second.
-constexpr double leastFps = 0.1, mostFps = 1000;
+constexpr double minFps = 0.1, maxFps = 1000;
 
 struct Clip {
     std::string name;   // fit for a file name, told apart from all others of the model
@@ -59,7 +59,8 @@ class Clips {
     std::vector<bool> movedBy(const Source &source);
     bool differs(const Placement &placement, std::size_t joint) const;
     bool isRescaled(const Placement &placement, std::size_t joint) const;
-    std::vector<std::size_t> held(const std::string &name, const std::vector<bool> &moving);
+    std::vector<std::size_t> writableJoints(const std::string &name,
+                                            const std::vector<bool> &moving);
     void warnOfOthersMoves(std::size_t number);
     void write(const Source &source, const std::vector<bool> &moving);
 

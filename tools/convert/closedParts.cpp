@@ -43,8 +43,9 @@ std::vector<std::uint32_t> weld(const Geometry &geometry) {
     result.reserve(geometry.positions.size());
     for (std::size_t i = 0; i < geometry.positions.size(); ++i) {
         const Point &p = geometry.positions[i];
-        const Holders holders = geometry.holders.empty() ? Holders() : geometry.holders[i];
-        const Key key{p.x, p.y, p.z, holders.bone, holders.weight};
+        const VertexInfluences influences =
+            geometry.influences.empty() ? VertexInfluences() : geometry.influences[i];
+        const Key key{p.x, p.y, p.z, influences.bone, influences.weight};
         result.push_back(
             numbers.emplace(key, static_cast<std::uint32_t>(numbers.size())).first->second);
     }

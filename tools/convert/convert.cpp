@@ -95,7 +95,7 @@ Converted makeScene(const ConvertOptions &options, Report &report, Progress &pro
     checkTarget(options);
     ModelFiles sources(options.model, options.sources, report);
     const Model model(options.model.string(), sources, report, progress, options.largestTexture);
-    reportUnheld(model.scene(), report);
+    reportUnsupported(model.scene(), report);
 
     Textures textures(model.scene(), sources, textureOptions(options), report, files, inputs);
     if (inputs.contains(options.scene))

@@ -36,7 +36,7 @@ namespace {
 
 // A decoded picture above this is a mistake or an attack, and would not fit into memory with its
 // copies.
-constexpr std::uint64_t mostPixels = 16384ull * 16384ull / 2;
+constexpr std::uint64_t maxPixels = 16384ull * 16384ull / 2;
 
 Image imageFrom(const unsigned char *pixels, int width, int height) {
     Image image;
@@ -48,7 +48,7 @@ Image imageFrom(const unsigned char *pixels, int width, int height) {
 
 Image rawTexels(const aiTexture &texture, std::string &reason) {
     const std::uint64_t count = std::uint64_t(texture.mWidth) * texture.mHeight;
-    if (!texture.pcData || count == 0 || count > mostPixels) {
+    if (!texture.pcData || count == 0 || count > maxPixels) {
         reason = "has an impossible size";
         return {};
     }
@@ -71,14 +71,14 @@ Image decodeMemory(const unsigned char *bytes, std::size_t size, std::string &re
         return {};
     }
     if (const char *other = otherFormatOf(bytes, size))
-        return decodeOther(other, bytes, size, mostPixels, reason);
+        return decodeOther(other, bytes, size, maxPixels, reason);
     const int length = static_cast<int>(size);
     int width = 0, height = 0, channels = 0;
     if (!stbi_info_from_memory(bytes, length, &width, &height, &channels)) {
         reason = "is in no picture format that is known here";
         return {};
     }
-    if (width < 1 || height < 1 || std::uint64_t(width) * height > mostPixels) {
+    if (width < 1 || height < 1 || std::uint64_t(width) * height > maxPixels) {
         reason = "has an impossible size";
         return {};
     }

@@ -222,7 +222,7 @@ void zeroBadVertices(aiMesh &mesh) {
             mesh.mVertices[i] = aiVector3D();
 }
 
-std::size_t zeroBadTexturePlaces(aiMesh &mesh) {
+std::size_t zeroBadTexCoords(aiMesh &mesh) {
     std::size_t zeroed = 0;
     for (aiVector3D *channel : mesh.mTextureCoords)
         for (unsigned int i = 0; channel && i < mesh.mNumVertices; ++i)
@@ -257,9 +257,9 @@ void cleanScene(aiScene &scene, Report &report) {
         aiMesh &mesh = *scene.mMeshes[i];
         faces += dropBadFaces(mesh);
         weights += dropBadWeights(mesh);
-        places += zeroBadTexturePlaces(mesh);
+        places += zeroBadTexCoords(mesh);
         zeroBadVertices(mesh);
-        unshareVertices(mesh);
+        unweld(mesh);
         if (mesh.mMaterialIndex >= scene.mNumMaterials)
             mesh.mMaterialIndex = 0;
     }

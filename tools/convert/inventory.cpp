@@ -28,7 +28,7 @@ std::size_t countPrimitives(const aiScene &scene, unsigned int kind) {
 
 } // namespace
 
-void reportUnheld(const aiScene &scene, Report &report) {
+void reportUnsupported(const aiScene &scene, Report &report) {
     reportMeshes(
         scene, "morph targets", [](const aiMesh &mesh) { return mesh.mNumAnimMeshes > 0; }, report);
     reportMeshes(

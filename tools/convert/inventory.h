@@ -8,6 +8,6 @@
 
 namespace ravolt::tool {
 
-void reportUnheld(const aiScene &scene, Report &report);
+void reportUnsupported(const aiScene &scene, Report &report);
 
 } // namespace ravolt::tool

@@ -9,21 +9,21 @@ namespace ravolt::tool {
 namespace {
 
 void appendUtf8(std::string &text, unsigned int code) {
-    const auto put = [&](unsigned int byte) { text += static_cast<char>(byte); };
+    const auto append = [&](unsigned int byte) { text += static_cast<char>(byte); };
     if (code < 0x80) {
-        put(code);
+        append(code);
     } else if (code < 0x800) {
-        put(0xc0 | code >> 6);
-        put(0x80 | (code & 63));
+        append(0xc0 | code >> 6);
+        append(0x80 | (code & 63));
     } else if (code < 0x10000) {
-        put(0xe0 | code >> 12);
-        put(0x80 | (code >> 6 & 63));
-        put(0x80 | (code & 63));
+        append(0xe0 | code >> 12);
+        append(0x80 | (code >> 6 & 63));
+        append(0x80 | (code & 63));
     } else {
-        put(0xf0 | code >> 18);
-        put(0x80 | (code >> 12 & 63));
-        put(0x80 | (code >> 6 & 63));
-        put(0x80 | (code & 63));
+        append(0xf0 | code >> 18);
+        append(0x80 | (code >> 12 & 63));
+        append(0x80 | (code >> 6 & 63));
+        append(0x80 | (code & 63));
     }
 }
 

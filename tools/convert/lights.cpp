@@ -9,7 +9,7 @@ namespace ravolt::tool {
 namespace {
 
 // Why a light cannot stand in a scene; NULL when it can.
-const char *hindrance(const aiLight &light) {
+const char *unsupportedReason(const aiLight &light) {
     switch (light.mType) {
     case aiLightSource_DIRECTIONAL:
     case aiLightSource_POINT:
@@ -75,7 +75,7 @@ ModelLights::ModelLights(const Model &model, Report &report) : halfCones(model.h
     const aiScene &scene = model.scene();
     for (unsigned int i = 0; i < scene.mNumLights; ++i) {
         const aiLight &light = *scene.mLights[i];
-        if (const char *why = hindrance(light)) {
+        if (const char *why = unsupportedReason(light)) {
             report.warn(called(light) + " left out: it " + why + " light");
         } else if (strengthOf(light) <= 0) {
             report.warn(called(light) + " left out: it is black");

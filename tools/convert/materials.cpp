@@ -28,12 +28,12 @@ float limited(float value, float low, float high, float otherwise) {
 }
 
 // A colour of the material; false when it has none of that kind.
-bool colorOf(const aiMaterial &material, const char *key, Color &color, float most = 1) {
+bool colorOf(const aiMaterial &material, const char *key, Color &color, float maximum = 1) {
     aiColor4D read;
     if (material.Get(key, 0, 0, read) != aiReturn_SUCCESS)
         return false;
-    color = {limited(read.r, 0, most, 0), limited(read.g, 0, most, 0), limited(read.b, 0, most, 0),
-             1};
+    color = {limited(read.r, 0, maximum, 0), limited(read.g, 0, maximum, 0),
+             limited(read.b, 0, maximum, 0), 1};
     return true;
 }
 
@@ -118,27 +118,27 @@ bool glowsWithPicture(const aiMaterial &material) {
 }
 
 struct Source {
-    Cover cover;
+    TextureSet textureSet;
     aiTextureType type = aiTextureType_NONE; // of the cover's colour
 };
 
-Source coverOf(const aiMaterial &material, const std::string &name, bool normalMaps,
-               Report &report) {
+Source textureSetOf(const aiMaterial &material, const std::string &name, bool normalMaps,
+                    Report &report) {
     Source source;
-    source.cover.color =
+    source.textureSet.color =
         firstPath(material, {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR}, &source.type);
-    if (source.cover.color.empty() && glowsWithPicture(material))
-        source.cover.color = firstPath(material, {aiTextureType_EMISSIVE}, &source.type);
+    if (source.textureSet.color.empty() && glowsWithPicture(material))
+        source.textureSet.color = firstPath(material, {aiTextureType_EMISSIVE}, &source.type);
 
-    source.cover.opacity = pathOf(material, aiTextureType_OPACITY);
-    if (source.cover.opacity.empty() && usesAlpha(material))
-        source.cover.opacity = source.cover.color;
+    source.textureSet.opacity = pathOf(material, aiTextureType_OPACITY);
+    if (source.textureSet.opacity.empty() && usesAlpha(material))
+        source.textureSet.opacity = source.textureSet.color;
     if (normalMaps)
-        source.cover.normals =
+        source.textureSet.normals =
             firstPath(material, {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA});
-    if (source.cover.color.empty() && !source.cover.opacity.empty())
+    if (source.textureSet.color.empty() && !source.textureSet.opacity.empty())
         report.warn("material '" + name + "': opacity map without a colour texture left out");
-    if (source.cover.color.empty() && !source.cover.normals.empty())
+    if (source.textureSet.color.empty() && !source.textureSet.normals.empty())
         report.warn("material '" + name + "': normal map without a colour texture left out");
     return source;
 }
@@ -188,10 +188,10 @@ Color diffuseOf(const aiMaterial &material, bool linear, bool covered) {
 }
 
 // Where a picture says which parts glow, and the scene cannot hold it, nothing does.
-Color emissionOf(const aiMaterial &material, aiTextureType cover, bool linear) {
+Color emissionOf(const aiMaterial &material, aiTextureType textureSet, bool linear) {
     Color emission = {0, 0, 0, 1};
     for (aiTextureType type : {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR})
-        if (type != cover && !pathOf(material, type).empty())
+        if (type != textureSet && !pathOf(material, type).empty())
             return emission;
     const bool stated = colorOf(material, "$clr.emissive", emission, strongestGlow);
     return stated && linear ? asShown(emission) : emission;
@@ -233,7 +233,7 @@ void setOpacity(const aiMaterial &material, bool seeThrough, Report &report,
 constexpr struct {
     aiTextureType type;
     const char *name;
-} unheldMaps[] = {
+} unsupportedMaps[] = {
     {aiTextureType_SPECULAR, "specular"},
     {aiTextureType_AMBIENT, "ambient"},
     {aiTextureType_HEIGHT, "height"},
@@ -249,8 +249,8 @@ constexpr struct {
     {aiTextureType_TRANSMISSION, "transmission"},
 };
 
-void reportUnheldMaps(const aiMaterial &material, const Source &source, Report &report) {
-    for (const auto &map : unheldMaps)
+void reportUnsupportedMaps(const aiMaterial &material, const Source &source, Report &report) {
+    for (const auto &map : unsupportedMaps)
         if (!pathOf(material, map.type).empty())
             report.warn(std::string(map.name) + " maps left out: the scene format has none");
     for (aiTextureType type : {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR})
@@ -284,8 +284,8 @@ std::string Converter::freeName(const aiMaterial &material) {
     std::string base = options.prefix + (stated.length ? stated.C_Str() : "material");
     if (base == "[none]")
         base = "none"; // the format's word for no material at all
-    constexpr std::size_t roomForNumber = 12;
-    base = base.substr(0, ravolt::rveTextLength - roomForNumber);
+    constexpr std::size_t roomForDigits = 12;
+    base = base.substr(0, ravolt::rveTextLength - roomForDigits);
     std::string name = base;
     for (int number = 2; !names.insert(name).second; ++number)
         name = base + "_" + std::to_string(number);
@@ -297,11 +297,11 @@ ravolt::RveMaterial Converter::convert(const aiMaterial &material, Surface &surf
     ravolt::RveMaterial out;
     out.name = surface.name = freeName(material);
 
-    Source source = coverOf(material, out.name, options.normalMaps, report);
-    source.cover.cut = cutOf(material);
+    Source source = textureSetOf(material, out.name, options.normalMaps, report);
+    source.textureSet.cut = cutOf(material);
     if (!saysAlpha(material, model))
-        source.cover.alpha = options.alpha;
-    const CoverFile file = textures.file(source.cover);
+        source.textureSet.alpha = options.alpha;
+    const TextureFile file = textures.file(source.textureSet);
     if (!file.name.empty()) {
         out.texture = file.name;
         reportMapping(material, source.type, out.name, report);
@@ -322,7 +322,7 @@ ravolt::RveMaterial Converter::convert(const aiMaterial &material, Surface &surf
     setOpacity(material, file.seeThrough, report, out);
     surface.bothSides =
         (options.twoSided || flagOf(material, "$mat.twosided")) && out.transparency == 1;
-    reportUnheldMaps(material, source, report);
+    reportUnsupportedMaps(material, source, report);
     return out;
 }
 

@@ -28,8 +28,9 @@ bool isTriangle(const aiFace &face) { return face.mNumIndices == 3; }
 
 Vector crossOf(const Vector &a, const Vector &b, const Vector &c) { return cross(b - a, c - a); }
 
-const Affine &carrierOf(const Carrying &carrying, const Affine &rigid, std::uint32_t vertex) {
-    return carrying.posed.empty() ? rigid : carrying.posed[vertex];
+const Affine &transformOf(const VertexTransform &transform, const Affine &rigid,
+                          std::uint32_t vertex) {
+    return transform.posed.empty() ? rigid : transform.posed[vertex];
 }
 
 Vector normalOf(const aiMesh &mesh, std::uint32_t vertex) {
@@ -45,14 +46,14 @@ bool isInsideOut(const aiMesh &mesh) {
         if (!isTriangle(face))
             continue;
         const unsigned int *index = face.mIndices;
-        const Vector across = crossOf(ravolt::tool::vectorFrom(mesh.mVertices[index[0]]),
-                                      ravolt::tool::vectorFrom(mesh.mVertices[index[1]]),
-                                      ravolt::tool::vectorFrom(mesh.mVertices[index[2]]));
+        const Vector areaNormal = crossOf(ravolt::tool::vectorFrom(mesh.mVertices[index[0]]),
+                                          ravolt::tool::vectorFrom(mesh.mVertices[index[1]]),
+                                          ravolt::tool::vectorFrom(mesh.mVertices[index[2]]));
         const Vector normal =
             normalOf(mesh, index[0]) + normalOf(mesh, index[1]) + normalOf(mesh, index[2]);
-        const double agreement = dot(across, normal);
+        const double agreement = dot(areaNormal, normal);
         if (std::isfinite(agreement))
-            (agreement < 0 ? against : with) += length(across);
+            (agreement < 0 ? against : with) += length(areaNormal);
     }
     return against > 9 * with;
 }
@@ -63,11 +64,11 @@ void mendNormals(Geometry &geometry, std::size_t first) {
     for (const auto &face : geometry.faces) {
         if (face[0] < first)
             continue;
-        const Vector across = crossOf(vectorFrom(geometry.positions[face[0]]),
-                                      vectorFrom(geometry.positions[face[1]]),
-                                      vectorFrom(geometry.positions[face[2]]));
+        const Vector areaNormal = crossOf(vectorFrom(geometry.positions[face[0]]),
+                                          vectorFrom(geometry.positions[face[1]]),
+                                          vectorFrom(geometry.positions[face[2]]));
         for (std::uint32_t index : face)
-            sums[index - first] = sums[index - first] + across;
+            sums[index - first] = sums[index - first] + areaNormal;
     }
     for (std::size_t i = first; i < geometry.normals.size(); ++i)
         if (length(vectorFrom(geometry.normals[i])) < 0.5)
@@ -75,20 +76,20 @@ void mendNormals(Geometry &geometry, std::size_t first) {
 }
 
 // Copies one vertex and returns its new index.
-std::uint32_t addVertex(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying,
+std::uint32_t addVertex(Geometry &geometry, const aiMesh &mesh, const VertexTransform &transform,
                         const Affine &rigid, std::uint32_t vertex) {
-    const Affine &carrier = carrierOf(carrying, rigid, vertex);
-    const Vector normal = normalMatrix(carrier.linear) * unit(normalOf(mesh, vertex));
+    const Affine &vertexTransform = transformOf(transform, rigid, vertex);
+    const Vector normal = normalMatrix(vertexTransform.linear) * unit(normalOf(mesh, vertex));
     geometry.positions.push_back(
-        pointFrom(carrier(ravolt::tool::vectorFrom(mesh.mVertices[vertex]))));
+        pointFrom(vertexTransform(ravolt::tool::vectorFrom(mesh.mVertices[vertex]))));
     geometry.normals.push_back(pointFrom(unit(normal)));
-    if (geometry.placed) {
-        const aiVector3D *channel = mesh.mTextureCoords[carrying.channel];
-        geometry.texturePlaces.push_back(
-            channel ? carrying.texture(channel[vertex].x, channel[vertex].y) : TexturePlace{});
+    if (geometry.hasTexCoords) {
+        const aiVector3D *channel = mesh.mTextureCoords[transform.channel];
+        geometry.texCoords.push_back(
+            channel ? transform.texture(channel[vertex].x, channel[vertex].y) : TexCoord{});
     }
-    if (!carrying.holders.empty())
-        geometry.holders.push_back(carrying.holders[vertex]);
+    if (!transform.influences.empty())
+        geometry.influences.push_back(transform.influences[vertex]);
     return static_cast<std::uint32_t>(geometry.positions.size() - 1);
 }
 
@@ -101,14 +102,14 @@ bool hasArea(const Geometry &geometry, const std::array<std::uint32_t, 3> &face)
     return length(crossOf(a, b, c)) > 1e-9 * longest * longest;
 }
 
-bool hasFinitePlace(const Geometry &geometry, const std::array<std::uint32_t, 3> &face) {
+bool hasFinitePosition(const Geometry &geometry, const std::array<std::uint32_t, 3> &face) {
     return std::all_of(face.begin(), face.end(), [&](std::uint32_t index) {
         return isFinite(vectorFrom(geometry.positions[index]));
     });
 }
 
 // Vertices beyond what a float holds, which no triangle uses, go where another one is.
-void pullIn(Geometry &geometry, std::size_t first) {
+void collapseUnused(Geometry &geometry, std::size_t first) {
     const Point home = geometry.faces.empty() ? Point() : geometry.positions[geometry.faces[0][0]];
     for (std::size_t i = first; i < geometry.positions.size(); ++i)
         if (!isFinite(vectorFrom(geometry.positions[i])))
@@ -120,13 +121,13 @@ std::uint32_t addBackOf(Geometry &geometry, std::uint32_t vertex) {
     const Point normal = geometry.normals[vertex], position = geometry.positions[vertex];
     geometry.positions.push_back(position);
     geometry.normals.push_back({-normal.x, -normal.y, -normal.z});
-    if (geometry.placed) {
-        const TexturePlace place = geometry.texturePlaces[vertex];
-        geometry.texturePlaces.push_back(place);
+    if (geometry.hasTexCoords) {
+        const TexCoord place = geometry.texCoords[vertex];
+        geometry.texCoords.push_back(place);
     }
-    if (!geometry.holders.empty()) {
-        const Holders holders = geometry.holders[vertex];
-        geometry.holders.push_back(holders);
+    if (!geometry.influences.empty()) {
+        const VertexInfluences influences = geometry.influences[vertex];
+        geometry.influences.push_back(influences);
     }
     return static_cast<std::uint32_t>(geometry.positions.size() - 1);
 }
@@ -151,10 +152,10 @@ void addBacks(Geometry &geometry, std::size_t firstVertex, std::size_t firstFace
     }
 }
 
-template <class Visit> void eachBone(const Holders &holders, const Visit &visit) {
+template <class Visit> void eachBone(const VertexInfluences &influences, const Visit &visit) {
     for (std::size_t k = 0; k < bonesOfAVertex; ++k)
-        if (holders.weight[k] > 0)
-            visit(holders.bone[k]);
+        if (influences.weight[k] > 0)
+            visit(influences.bone[k]);
 }
 
 // Grows one piece of a split: knows where each vertex of the whole stands in it.
@@ -171,11 +172,11 @@ class Piece {
 
     // How many bones the piece would have with the face.
     std::size_t bonesWith(const std::array<std::uint32_t, 3> &face) const {
-        if (from.holders.empty())
+        if (from.influences.empty())
             return 0;
         std::set<std::uint32_t> more;
         for (std::uint32_t index : face)
-            eachBone(from.holders[index], [&](std::uint32_t bone) {
+            eachBone(from.influences[index], [&](std::uint32_t bone) {
                 if (!bones.count(bone))
                     more.insert(bone);
             });
@@ -188,7 +189,7 @@ class Piece {
 
     // Hands out the piece and begins the next one.
     Geometry finish() {
-        result.placed = from.placed;
+        result.hasTexCoords = from.hasTexCoords;
         for (std::uint32_t index : taken)
             place[index] = unused;
         taken.clear();
@@ -206,11 +207,12 @@ class Piece {
             taken.push_back(index);
             result.positions.push_back(from.positions[index]);
             result.normals.push_back(from.normals[index]);
-            if (from.placed)
-                result.texturePlaces.push_back(from.texturePlaces[index]);
-            if (!from.holders.empty()) {
-                result.holders.push_back(from.holders[index]);
-                eachBone(from.holders[index], [this](std::uint32_t bone) { bones.insert(bone); });
+            if (from.hasTexCoords)
+                result.texCoords.push_back(from.texCoords[index]);
+            if (!from.influences.empty()) {
+                result.influences.push_back(from.influences[index]);
+                eachBone(from.influences[index],
+                         [this](std::uint32_t bone) { bones.insert(bone); });
             }
         }
         return place[index];
@@ -225,14 +227,14 @@ class Piece {
 
 } // namespace
 
-Dropped append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying) {
+Dropped append(Geometry &geometry, const aiMesh &mesh, const VertexTransform &transform) {
     const std::size_t firstVertex = geometry.positions.size(), firstFace = geometry.faces.size();
-    if (mesh.mTextureCoords[carrying.channel] && !geometry.placed) {
-        geometry.placed = true;
-        geometry.texturePlaces.resize(firstVertex);
+    if (mesh.mTextureCoords[transform.channel] && !geometry.hasTexCoords) {
+        geometry.hasTexCoords = true;
+        geometry.texCoords.resize(firstVertex);
     }
 
-    const Affine rigid{carrying.rest, {}};
+    const Affine rigid{transform.residual, {}};
     const bool insideOut = isInsideOut(mesh);
     std::vector<std::uint32_t> place(mesh.mNumVertices, unused);
     Dropped dropped;
@@ -244,13 +246,13 @@ Dropped append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying)
         for (int corner = 0; corner < 3; ++corner) {
             std::uint32_t &here = place[index[corner]];
             if (here == unused)
-                here = addVertex(geometry, mesh, carrying, rigid, index[corner]);
+                here = addVertex(geometry, mesh, transform, rigid, index[corner]);
             face[static_cast<std::size_t>(corner)] = here;
         }
-        const bool mirrored = determinantOf(carrierOf(carrying, rigid, index[0]).linear) < 0;
+        const bool mirrored = determinantOf(transformOf(transform, rigid, index[0]).linear) < 0;
         if (mirrored != insideOut)
             std::swap(face[1], face[2]);
-        if (!hasFinitePlace(geometry, face))
+        if (!hasFinitePosition(geometry, face))
             ++dropped.tooFar;
         else if (!hasArea(geometry, face))
             ++dropped.withoutArea;
@@ -258,24 +260,24 @@ Dropped append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying)
             geometry.faces.push_back(face);
     }
     if (dropped.tooFar)
-        pullIn(geometry, firstVertex);
+        collapseUnused(geometry, firstVertex);
     mendNormals(geometry, firstVertex);
-    if (carrying.bothSides)
+    if (transform.bothSides)
         addBacks(geometry, firstVertex, firstFace);
     return dropped;
 }
 
 std::vector<std::uint32_t> bonesOf(const Geometry &geometry) {
     std::set<std::uint32_t> bones;
-    for (const Holders &holders : geometry.holders)
-        eachBone(holders, [&](std::uint32_t bone) { bones.insert(bone); });
+    for (const VertexInfluences &influences : geometry.influences)
+        eachBone(influences, [&](std::uint32_t bone) { bones.insert(bone); });
     return {bones.begin(), bones.end()};
 }
 
-std::vector<Geometry> split(Geometry geometry, std::size_t limit, std::size_t mostBones) {
+std::vector<Geometry> split(Geometry geometry, std::size_t limit, std::size_t maxBones) {
     std::vector<Geometry> pieces;
     if (geometry.positions.size() <= limit && geometry.faces.size() <= limit &&
-        bonesOf(geometry).size() <= mostBones) {
+        bonesOf(geometry).size() <= maxBones) {
         pieces.push_back(std::move(geometry));
         return pieces;
     }
@@ -283,7 +285,7 @@ std::vector<Geometry> split(Geometry geometry, std::size_t limit, std::size_t mo
     Piece piece(geometry, places);
     for (const auto &face : geometry.faces) {
         if (piece.faces() == limit || piece.vertices() + piece.cost(face) > limit ||
-            piece.bonesWith(face) > mostBones)
+            piece.bonesWith(face) > maxBones)
             pieces.push_back(piece.finish());
         piece.add(face);
     }

@@ -21,7 +21,7 @@ constexpr std::size_t bonesOfAMesh = 100;
 
 // The bones that hold a vertex, by numbers that the caller gives meaning to; those with a weight of
 // 0 hold nothing.
-struct Holders {
+struct VertexInfluences {
     std::array<std::uint32_t, bonesOfAVertex> bone = {};
     std::array<float, bonesOfAVertex> weight = {};
 };
@@ -30,7 +30,7 @@ struct Point {
     float x = 0, y = 0, z = 0;
 };
 
-struct TexturePlace {
+struct TexCoord {
     float u = 0, v = 0;
 };
 
@@ -38,9 +38,9 @@ struct TexturePlace {
 struct Geometry {
     std::vector<Point> positions;
     std::vector<Point> normals;
-    bool placed = false;                     // whether it has texture places
-    std::vector<TexturePlace> texturePlaces; // one a vertex when placed, else none
-    std::vector<Holders> holders;            // of a skinned mesh one a vertex, else none
+    bool hasTexCoords = false;                // whether it has texture places
+    std::vector<TexCoord> texCoords;          // one a vertex when placed, else none
+    std::vector<VertexInfluences> influences; // of a skinned mesh one a vertex, else none
     std::vector<std::array<std::uint32_t, 3>> faces;
 
     bool empty() const { return faces.empty(); }
@@ -51,20 +51,20 @@ struct TextureTransform {
     double uu = 1, uv = 0, u = 0;
     double vu = 0, vv = 1, v = 0;
 
-    TexturePlace operator()(double x, double y) const {
+    TexCoord operator()(double x, double y) const {
         return {static_cast<float>(uu * x + uv * y + u), static_cast<float>(vu * x + vv * y + v)};
     }
 };
 
 // How the vertices of one mesh go into the space of the node that will hold them.
-struct Carrying {
-    Matrix rest;                  // for all vertices of a rigid mesh
-    std::vector<Affine> posed;    // for each vertex of a skinned mesh; else empty
-    std::vector<Holders> holders; // as many
-    unsigned int channel = 0;     // which set of texture coordinates
-    TextureTransform texture;     // applied to them
-    bool bothSides = false;       // each triangle a second time, seen from behind, but for those
-                                  // of closed parts
+struct VertexTransform {
+    Matrix residual;                          // for all vertices of a rigid mesh
+    std::vector<Affine> posed;                // for each vertex of a skinned mesh; else empty
+    std::vector<VertexInfluences> influences; // as many
+    unsigned int channel = 0;                 // which set of texture coordinates
+    TextureTransform texture;                 // applied to them
+    bool bothSides = false; // each triangle a second time, seen from behind, but for those
+                            // of closed parts
 };
 
 // Triangles that append leaves out, as they would not be seen.
@@ -77,12 +77,12 @@ struct Dropped {
 // triangles round, so that their front stays the front; a mesh whose triangles contradict its
 // normals nearly everywhere is turned round as well. Normals that are missing or broken follow from
 // the triangles. Vertices without a triangle are left out.
-Dropped append(Geometry &geometry, const aiMesh &mesh, const Carrying &carrying);
+Dropped append(Geometry &geometry, const aiMesh &mesh, const VertexTransform &transform);
 
-// Cuts into pieces of at most `limit` vertices, `limit` faces and `mostBones` bones each, in the
+// Cuts into pieces of at most `limit` vertices, `limit` faces and `maxBones` bones each, in the
 // order of the faces.
 std::vector<Geometry> split(Geometry geometry, std::size_t limit = meshLimit,
-                            std::size_t mostBones = bonesOfAMesh);
+                            std::size_t maxBones = bonesOfAMesh);
 
 // The bones of a geometry, in the order of their numbers.
 std::vector<std::uint32_t> bonesOf(const Geometry &geometry);

@@ -198,7 +198,7 @@ fs::path ModelFiles::searchOtherExtensions(Parts parts) {
     return {};
 }
 
-ModelFiles::Found ModelFiles::asItStands(const std::vector<std::string> &spellings) {
+ModelFiles::Found ModelFiles::findAsStated(const std::vector<std::string> &spellings) {
     Found result;
     for (const std::string &spelling : spellings) {
         const fs::path file = home / spelling; // an absolute one stays so
@@ -215,7 +215,7 @@ ModelFiles::Found ModelFiles::find(const std::string &stated, bool anyExtension)
     if (stated.empty() || stated.find('\0') != std::string::npos)
         return {};
     const std::vector<std::string> spellings = spellingsOf(stated);
-    Found result = asItStands(spellings);
+    Found result = findAsStated(spellings);
     for (const std::string &spelling : spellings)
         if (result.file.empty())
             result.file = search(partsOf(spelling));

@@ -64,7 +64,7 @@ class ModelFiles {
                                 std::size_t first);
     std::filesystem::path search(const Parts &parts);
     std::filesystem::path searchOtherExtensions(Parts parts);
-    Found asItStands(const std::vector<std::string> &spellings);
+    Found findAsStated(const std::vector<std::string> &spellings);
     Found find(const std::string &stated, bool anyExtension);
 
     std::filesystem::path model, home;

@@ -12,7 +12,7 @@ namespace ravolt::tool {
 namespace {
 
 constexpr MagickSizeType longestSide = 32768;
-constexpr MagickSizeType mostMemory = MagickSizeType(4) << 30;
+constexpr MagickSizeType maxMemory = MagickSizeType(4) << 30;
 
 // Once in a process; what is larger is refused by the reader itself.
 void start() {
@@ -20,8 +20,8 @@ void start() {
         MagickWandGenesis();
         MagickSetResourceLimit(WidthResource, longestSide);
         MagickSetResourceLimit(HeightResource, longestSide);
-        MagickSetResourceLimit(MemoryResource, mostMemory);
-        MagickSetResourceLimit(MapResource, mostMemory);
+        MagickSetResourceLimit(MemoryResource, maxMemory);
+        MagickSetResourceLimit(MapResource, maxMemory);
         MagickSetResourceLimit(DiskResource, 0);
         MagickSetResourceLimit(ThreadResource, 1);
         return true;
@@ -54,7 +54,7 @@ bool readWhole(const Wand &wand, const unsigned char *bytes, std::size_t size) {
 } // namespace
 
 Image decodeOther(const char *format, const unsigned char *bytes, std::size_t size,
-                  std::uint64_t mostPixels, std::string &reason) {
+                  std::uint64_t maxPixels, std::string &reason) {
     start();
     const Wand header = wandFor(format);
     if (!MagickPingImageBlob(header.get(), bytes, size)) {
@@ -63,7 +63,7 @@ Image decodeOther(const char *format, const unsigned char *bytes, std::size_t si
     }
     const std::uint64_t width = MagickGetImageWidth(header.get());
     const std::uint64_t height = MagickGetImageHeight(header.get());
-    if (width < 1 || height < 1 || width * height > mostPixels) {
+    if (width < 1 || height < 1 || width * height > maxPixels) {
         reason = "has an impossible size";
         return {};
     }

@@ -14,8 +14,8 @@ namespace ravolt::tool {
 // The format by ImageMagick's name; NULL if the bytes begin none of these.
 const char *otherFormatOf(const unsigned char *bytes, std::size_t size);
 
-// Reads a picture of at most `mostPixels`; an empty one, with the reason, if it cannot be read.
+// Reads a picture of at most `maxPixels`; an empty one, with the reason, if it cannot be read.
 Image decodeOther(const char *format, const unsigned char *bytes, std::size_t size,
-                  std::uint64_t mostPixels, std::string &reason);
+                  std::uint64_t maxPixels, std::string &reason);
 
 } // namespace ravolt::tool

@@ -25,11 +25,11 @@ std::string nameInModel(const aiScene &scene, const aiNode &node) {
 
 } // namespace
 
-double spreadOf(const Pose &pose) {
-    double spread = 0;
+double poseExtent(const Pose &pose) {
+    double extent = 0;
     for (const Affine &world : pose.world)
-        spread = std::max(spread, length(world.offset - pose.world[0].offset));
-    return spread;
+        extent = std::max(extent, length(world.offset - pose.world[0].offset));
+    return extent;
 }
 
 Skeleton::Skeleton(const aiScene &model, double scale, int firstLevel, Report &lines)
@@ -44,13 +44,13 @@ Skeleton::Skeleton(const aiScene &model, double scale, int firstLevel, Report &l
         report.note(counted(renamed, "node", "nodes") +
                     " renamed: bones and clips find nodes by names, which must differ");
     if (flattened)
-        report.warn("nodes below level " + std::to_string(deepestLevel) +
+        report.warn("nodes below level " + std::to_string(maxLevel) +
                     " moved up to it: the engine tells places in the world down to there");
 }
 
 std::string Skeleton::freeName(const std::string &wanted, std::size_t more) {
-    constexpr std::size_t roomForNumber = 12;
-    const std::size_t longest = ravolt::rveTextLength - roomForNumber + more;
+    constexpr std::size_t roomForDigits = 12;
+    const std::size_t longest = ravolt::rveTextLength - roomForDigits + more;
     const std::string plain = wanted.substr(0, longest);
     std::string name = plain;
     while (!names.insert(name).second)
@@ -80,7 +80,7 @@ void Skeleton::gather(const aiNode &node, std::size_t parent, std::size_t parent
     locals.push_back(finiteLocal(node));
     byName.emplace(node.mName.C_Str(), here); // the first stays
 
-    const bool deep = level >= deepestLevel && node.mNumChildren > 0;
+    const bool deep = level >= maxLevel && node.mNumChildren > 0;
     flattened |= deep;
     for (unsigned int i = 0; i < node.mNumChildren; ++i)
         if (deep)
@@ -99,13 +99,13 @@ Pose Skeleton::poseOf(const std::vector<Affine> &localTransforms, const Pose &be
 }
 
 // Whether a joint stands as in the model's own pose, which is then known already.
-bool Skeleton::standsAsOwn(std::size_t index, const std::vector<Affine> &localTransforms,
+bool Skeleton::isInOwnPose(std::size_t index, const std::vector<Affine> &localTransforms,
                            const Pose &made) const {
     const Joint &joint = list[index];
     return !own.placement.empty() && joint.parent == joint.parentInModel &&
            same(localTransforms[index], locals[index]) &&
            (joint.parent == nowhere ||
-            same(made.placement[joint.parent].rest, own.placement[joint.parent].rest));
+            same(made.placement[joint.parent].residual, own.placement[joint.parent].residual));
 }
 
 Pose Skeleton::pose(const std::vector<Affine> &localTransforms, const Pose *before) const {
@@ -117,10 +117,10 @@ Pose Skeleton::pose(const std::vector<Affine> &localTransforms, const Pose *befo
         const bool isTop = joint.parent == nowhere;
         relative.push_back(moved ? relative[joint.parentInModel] * localTransforms[i]
                                  : localTransforms[i]);
-        Placement at =
-            standsAsOwn(i, localTransforms, made)
-                ? own.placement[i]
-                : place(relative[i], isTop ? outermost.linear : made.placement[joint.parent].rest);
+        Placement at = isInOwnPose(i, localTransforms, made)
+                           ? own.placement[i]
+                           : place(relative[i], isTop ? outermost.linear
+                                                      : made.placement[joint.parent].residual);
         if (before)
             at = turnedNear(at, before->placement[i].degrees);
         const Affine local{rotationFromDegrees(at.degrees), at.position};

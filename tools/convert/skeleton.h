@@ -18,7 +18,7 @@ namespace ravolt::tool {
 // Levels of nodes in a scene. The format and the engine's drawing go deeper, but
 // RVNODE::getFinalMatrix, by which a scene is framed and its nodes are placed in the world, knows
 // 63 ancestors; the pieces of a node and its lights stand one level below it.
-constexpr int deepestLevel = 60;
+constexpr int maxLevel = 60;
 
 // Bones are told relative to the ancestor of this name, so that a figure can be put anywhere.
 constexpr const char *skeletonRootName = "HumanoidRoot";
@@ -40,7 +40,7 @@ struct Pose {
 };
 
 // How large a figure is, by the places of its joints.
-double spreadOf(const Pose &pose);
+double poseExtent(const Pose &pose);
 
 class Skeleton {
   public:
@@ -68,7 +68,7 @@ class Skeleton {
   private:
     void gather(const aiNode &node, std::size_t parent, std::size_t parentInModel, int level);
     Affine finiteLocal(const aiNode &node);
-    bool standsAsOwn(std::size_t index, const std::vector<Affine> &localTransforms,
+    bool isInOwnPose(std::size_t index, const std::vector<Affine> &localTransforms,
                      const Pose &made) const;
     Pose pose(const std::vector<Affine> &localTransforms, const Pose *before) const;
 

@@ -36,10 +36,10 @@ Skins::Skins(const aiScene &model, const Skeleton &joints, Report &report)
         const aiNode &node = *skeleton.joints()[i].node;
         for (unsigned int k = 0; k < node.mNumMeshes; ++k) {
             const Skin &skin = skins[node.mMeshes[k]];
-            for (const Held &held : skin.held)
-                for (const Hold &hold : held)
-                    if (hold.weight > 0)
-                        bones[hold.bone == nowhere ? i : skin.joints[hold.bone]] = true;
+            for (const BoneInfluences &influences : skin.influences)
+                for (const Influence &influence : influences)
+                    if (influence.weight > 0)
+                        bones[influence.bone == nowhere ? i : skin.joints[influence.bone]] = true;
         }
     }
     setBindPose();
@@ -53,12 +53,12 @@ Skins::Skins(const aiScene &model, const Skeleton &joints, Report &report)
 
 bool Skins::any() const {
     return std::any_of(skins.begin(), skins.end(),
-                       [](const Skin &skin) { return !skin.held.empty(); });
+                       [](const Skin &skin) { return !skin.influences.empty(); });
 }
 
 // Vertices that were held by missing bones alone would stay behind when all around them moves.
 void Skins::followNeighbours(const aiMesh &mesh, const std::vector<bool> &lost,
-                             std::vector<std::vector<Hold>> &holds) {
+                             std::vector<std::vector<Influence>> &influences) {
     for (bool again = true; again;) {
         again = false;
         for (unsigned int f = 0; f < mesh.mNumFaces; ++f)
@@ -66,8 +66,8 @@ void Skins::followNeighbours(const aiMesh &mesh, const std::vector<bool> &lost,
                 for (unsigned int k = 0; k < mesh.mFaces[f].mNumIndices; ++k) {
                     const unsigned int to = mesh.mFaces[f].mIndices[i];
                     const unsigned int from = mesh.mFaces[f].mIndices[k];
-                    if (lost[to] && holds[to].empty() && !holds[from].empty()) {
-                        holds[to] = holds[from];
+                    if (lost[to] && influences[to].empty() && !influences[from].empty()) {
+                        influences[to] = influences[from];
                         again = true;
                     }
                 }
@@ -78,7 +78,7 @@ Skins::Skin Skins::read(const aiMesh &mesh) {
     if (mesh.mNumBones == 0)
         return {};
     Skin skin;
-    std::vector<std::vector<Hold>> all(mesh.mNumVertices);
+    std::vector<std::vector<Influence>> all(mesh.mNumVertices);
     std::vector<bool> lost(mesh.mNumVertices, false); // by bones that the model does not have
     bool any = false;
     for (unsigned int b = 0; b < mesh.mNumBones; ++b) {
@@ -93,7 +93,7 @@ Skins::Skin Skins::read(const aiMesh &mesh) {
                 lost[bone.mWeights[i].mVertexId] = true;
             continue;
         }
-        skin.toJoint[b] = Affine{skeleton.ownPose().placement[joint].rest, {}} * offset;
+        skin.toJoint[b] = Affine{skeleton.ownPose().placement[joint].residual, {}} * offset;
         for (unsigned int i = 0; i < bone.mNumWeights; ++i)
             if (bone.mWeights[i].mWeight > 0) {
                 all[bone.mWeights[i].mVertexId].push_back({b, bone.mWeights[i].mWeight});
@@ -103,30 +103,31 @@ Skins::Skin Skins::read(const aiMesh &mesh) {
     if (!any)
         return {};
     followNeighbours(mesh, lost, all);
-    for (std::vector<Hold> &holds : all) {
-        std::stable_sort(holds.begin(), holds.end(),
-                         [](const Hold &a, const Hold &b) { return a.weight > b.weight; });
-        simplified += holds.size() > bonesOfAVertex;
-        if (holds.empty())
-            holds.push_back({nowhere, 1});
-        Held held;
+    for (std::vector<Influence> &candidates : all) {
+        std::stable_sort(
+            candidates.begin(), candidates.end(),
+            [](const Influence &a, const Influence &b) { return a.weight > b.weight; });
+        simplified += candidates.size() > bonesOfAVertex;
+        if (candidates.empty())
+            candidates.push_back({nowhere, 1});
+        BoneInfluences influences;
         double sum = 0;
-        for (std::size_t k = 0; k < std::min(holds.size(), held.size()); ++k)
-            sum += holds[k].weight;
-        for (std::size_t k = 0; k < std::min(holds.size(), held.size()); ++k)
-            held[k] = {holds[k].bone, holds[k].weight / sum};
-        skin.held.push_back(held);
+        for (std::size_t k = 0; k < std::min(candidates.size(), influences.size()); ++k)
+            sum += candidates[k].weight;
+        for (std::size_t k = 0; k < std::min(candidates.size(), influences.size()); ++k)
+            influences[k] = {candidates[k].bone, candidates[k].weight / sum};
+        skin.influences.push_back(influences);
     }
     return skin;
 }
 
-std::vector<std::vector<Skins::Tie>> Skins::ties() const {
-    std::vector<std::vector<Tie>> result(bones.size());
+std::vector<std::vector<Skins::JointConstraint>> Skins::jointConstraints() const {
+    std::vector<std::vector<JointConstraint>> result(bones.size());
     for (const Skin &skin : skins) {
         std::set<std::pair<std::size_t, std::size_t>> pairs; // of bones of this mesh
-        for (const Held &held : skin.held)
-            for (std::size_t k = 1; k < held.size() && held[k].weight > 0; ++k)
-                pairs.emplace(held[0].bone, held[k].bone);
+        for (const BoneInfluences &influences : skin.influences)
+            for (std::size_t k = 1; k < influences.size() && influences[k].weight > 0; ++k)
+                pairs.emplace(influences[0].bone, influences[k].bone);
         for (const auto &[a, b] : pairs) {
             Affine back;
             if (skin.joints[a] == skin.joints[b])
@@ -142,30 +143,31 @@ std::vector<std::vector<Skins::Tie>> Skins::ties() const {
 
 // Where the joints that hold vertices together stand, group by group. The first joint of a group
 // stands as in the model's own pose.
-std::vector<std::optional<Affine>> Skins::boundPlaces() const {
-    const std::vector<std::vector<Tie>> tied = ties();
-    std::vector<std::optional<Affine>> places(bones.size());
+std::vector<std::optional<Affine>> Skins::boundTransforms() const {
+    const std::vector<std::vector<JointConstraint>> constraints = jointConstraints();
+    std::vector<std::optional<Affine>> transforms(bones.size());
     for (std::size_t first = 0; first < bones.size(); ++first) {
-        if (tied[first].empty() || places[first])
+        if (constraints[first].empty() || transforms[first])
             continue;
-        places[first] = skeleton.ownPose().world[first];
+        transforms[first] = skeleton.ownPose().world[first];
         std::vector<std::size_t> group = {first};
         for (std::size_t next = 0; next < group.size(); ++next)
-            for (const Tie &tie : tied[group[next]])
-                if (!places[tie.joint]) {
-                    const Affine whole = *places[group[next]] * tie.across;
+            for (const JointConstraint &constraint : constraints[group[next]])
+                if (!transforms[constraint.joint]) {
+                    const Affine whole = *transforms[group[next]] * constraint.toFirst;
                     const Placement rigid = place(whole, Matrix());
-                    places[tie.joint] = {rotationFromDegrees(rigid.degrees), rigid.position};
-                    group.push_back(tie.joint);
+                    transforms[constraint.joint] = {rotationFromDegrees(rigid.degrees),
+                                                    rigid.position};
+                    group.push_back(constraint.joint);
                 }
     }
-    return places;
+    return transforms;
 }
 
 void Skins::setBindPose() {
     const Pose &own = skeleton.ownPose();
-    const std::vector<std::optional<Affine>> bound = boundPlaces();
-    const double tolerance = 1e-5, distance = spreadOf(own) * 1e-5;
+    const std::vector<std::optional<Affine>> bound = boundTransforms();
+    const double tolerance = 1e-5, distance = poseExtent(own) * 1e-5;
     bind = own;
     for (std::size_t i = 0; i < bones.size(); ++i) {
         const std::size_t parent = skeleton.joints()[i].parent;
@@ -192,22 +194,22 @@ void Skins::setBindPose() {
 bool Skins::fitsBindPose(const Skin &skin, const aiMesh &mesh, std::size_t vertex,
                          double tolerance) const {
     const Vector position = vectorFrom(mesh.mVertices[vertex]);
-    const auto placed = [&](const Hold &hold) {
-        return (bind.world[skin.joints[hold.bone]] * skin.toJoint[hold.bone])(position);
+    const auto placed = [&](const Influence &influence) {
+        return (bind.world[skin.joints[influence.bone]] * skin.toJoint[influence.bone])(position);
     };
-    const Held &held = skin.held[vertex];
-    for (std::size_t k = 1; k < held.size() && held[k].weight > 0; ++k)
-        if (length(placed(held[k]) - placed(held[0])) > tolerance)
+    const BoneInfluences &influences = skin.influences[vertex];
+    for (std::size_t k = 1; k < influences.size() && influences[k].weight > 0; ++k)
+        if (length(placed(influences[k]) - placed(influences[0])) > tolerance)
             return false;
     return true;
 }
 
 // A scene has one pose in which all its skins are bound.
 void Skins::warnOfOtherBindPoses(Report &report) const {
-    const double tolerance = spreadOf(bind) * 1e-3;
+    const double tolerance = poseExtent(bind) * 1e-3;
     std::size_t vertices = 0;
     for (std::size_t i = 0; i < skins.size(); ++i)
-        for (std::size_t vertex = 0; vertex < skins[i].held.size(); ++vertex)
+        for (std::size_t vertex = 0; vertex < skins[i].influences.size(); ++vertex)
             vertices += !fitsBindPose(skins[i], *scene.mMeshes[i], vertex, tolerance);
     if (vertices)
         report.warn("skins bound in different poses on one skeleton, a scene has one pose: " +
@@ -215,22 +217,22 @@ void Skins::warnOfOtherBindPoses(Report &report) const {
                     " of several bones moved only about as the model says");
 }
 
-void Skins::carry(unsigned int mesh, std::size_t joint, Carrying &carrying) {
+void Skins::setVertexTransform(unsigned int mesh, std::size_t joint, VertexTransform &transform) {
     const Skin &skin = skins[mesh];
-    const Affine own = bind.world[joint] * Affine{bind.placement[joint].rest, {}};
-    for (const Held &held : skin.held) {
+    const Affine own = bind.world[joint] * Affine{bind.placement[joint].residual, {}};
+    for (const BoneInfluences &influences : skin.influences) {
         Affine map{Matrix() * 0, {}};
-        Holders holders;
-        for (std::size_t k = 0; k < held.size() && held[k].weight > 0; ++k) {
-            const bool free = held[k].bone == nowhere;
-            const std::size_t by = free ? joint : skin.joints[held[k].bone];
-            addWeighted(map, free ? own : bind.world[by] * skin.toJoint[held[k].bone],
-                        held[k].weight);
-            holders.bone[k] = static_cast<std::uint32_t>(by);
-            holders.weight[k] = static_cast<float>(held[k].weight);
+        VertexInfluences joints;
+        for (std::size_t k = 0; k < influences.size() && influences[k].weight > 0; ++k) {
+            const bool free = influences[k].bone == nowhere;
+            const std::size_t by = free ? joint : skin.joints[influences[k].bone];
+            addWeighted(map, free ? own : bind.world[by] * skin.toJoint[influences[k].bone],
+                        influences[k].weight);
+            joints.bone[k] = static_cast<std::uint32_t>(by);
+            joints.weight[k] = static_cast<float>(influences[k].weight);
         }
-        carrying.posed.push_back(map);
-        carrying.holders.push_back(holders);
+        transform.posed.push_back(map);
+        transform.influences.push_back(joints);
     }
 }
 

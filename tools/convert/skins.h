@@ -21,7 +21,7 @@ class Skins {
     Skins(const aiScene &scene, const Skeleton &skeleton, Report &report);
 
     bool any() const;
-    bool isSkinned(unsigned int mesh) const { return !skins[mesh].held.empty(); }
+    bool isSkinned(unsigned int mesh) const { return !skins[mesh].influences.empty(); }
     bool isBone(std::size_t joint) const { return bones[joint]; }
 
     // The pose of the model, but for joints that hold vertices together: those stand as when the
@@ -31,31 +31,31 @@ class Skins {
 
     // For each vertex of a mesh on the node `joint`: how it goes into the frame of the scene in
     // that pose, and what holds it. A vertex without a bone is held by the node itself.
-    void carry(unsigned int mesh, std::size_t joint, Carrying &carrying);
+    void setVertexTransform(unsigned int mesh, std::size_t joint, VertexTransform &transform);
 
   private:
     // One of the joints that hold a vertex, and which bone of the mesh that is.
-    struct Hold {
+    struct Influence {
         std::size_t bone = nowhere;
         double weight = 0;
     };
-    using Held = std::array<Hold, bonesOfAVertex>;
+    using BoneInfluences = std::array<Influence, bonesOfAVertex>;
     struct Skin {
-        std::vector<std::size_t> joints; // of each bone
-        std::vector<Affine> toJoint;     // from the mesh's data to the frame of the joint
-        std::vector<Held> held;          // for each vertex; empty when nothing is skinned
+        std::vector<std::size_t> joints;        // of each bone
+        std::vector<Affine> toJoint;            // from the mesh's data to the frame of the joint
+        std::vector<BoneInfluences> influences; // for each vertex; empty when nothing is skinned
     };
     // A mesh has vertices that two joints hold together.
-    struct Tie {
+    struct JointConstraint {
         std::size_t joint = 0; // the other one
-        Affine across;         // from its frame to that of the first
+        Affine toFirst;        // from its frame to that of the first
     };
 
     Skin read(const aiMesh &mesh);
     static void followNeighbours(const aiMesh &mesh, const std::vector<bool> &lost,
-                                 std::vector<std::vector<Hold>> &holds);
-    std::vector<std::vector<Tie>> ties() const;
-    std::vector<std::optional<Affine>> boundPlaces() const;
+                                 std::vector<std::vector<Influence>> &influences);
+    std::vector<std::vector<JointConstraint>> jointConstraints() const;
+    std::vector<std::optional<Affine>> boundTransforms() const;
     void setBindPose();
     bool fitsBindPose(const Skin &skin, const aiMesh &mesh, std::size_t vertex,
                       double tolerance) const;

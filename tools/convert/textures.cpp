@@ -168,54 +168,55 @@ void Textures::write(const std::string &name, const Image &image, bool withAlpha
         throw Failure(error);
 }
 
-void Textures::applyAlphaUse(Image &image, const Cover &cover) {
+void Textures::applyAlphaUse(Image &image, const TextureSet &textureSet) {
     constexpr unsigned char half = 128;
-    AlphaUse use = cover.alpha;
+    AlphaUse use = textureSet.alpha;
     if (use == AlphaUse::picture) {
         const Alpha found = alphaOf(image);
         use = found == Alpha::opaque   ? AlphaUse::opaque
               : found == Alpha::cutout ? AlphaUse::cutout
                                        : AlphaUse::blended;
         if (use == AlphaUse::cutout)
-            report.note(called(cover.color) + ": its alpha cuts holes");
+            report.note(called(textureSet.color) + ": its alpha cuts holes");
         if (use == AlphaUse::blended)
-            report.note(called(cover.color) + ": its alpha blends");
+            report.note(called(textureSet.color) + ": its alpha blends");
     }
     if (use == AlphaUse::opaque)
         cutOut(image, 0);
     if (use == AlphaUse::cutout)
         cutOut(image, half);
-    if (use == AlphaUse::stated && cover.cut)
-        cutOut(image, cover.cut);
+    if (use == AlphaUse::stated && textureSet.cut)
+        cutOut(image, textureSet.cut);
 }
 
-CoverFile Textures::make(const Cover &cover) {
-    Image image = read(cover.color);
+TextureFile Textures::make(const TextureSet &textureSet) {
+    Image image = read(textureSet.color);
     if (image.empty())
         return {};
-    image = fitted(std::move(image), cover.color, true);
-    if (!cover.opacity.empty() && cover.opacity != cover.color)
-        if (const Image map = read(cover.opacity); !map.empty())
+    image = fitted(std::move(image), textureSet.color, true);
+    if (!textureSet.opacity.empty() && textureSet.opacity != textureSet.color)
+        if (const Image map = read(textureSet.opacity); !map.empty())
             applyOpacity(image, map);
 
-    applyAlphaUse(image, cover);
-    const bool seeThrough =
-        (!cover.opacity.empty() || cover.alpha != AlphaUse::stated) && isSeeThrough(image);
-    const std::string name = freeName(cover.color);
+    applyAlphaUse(image, textureSet);
+    const bool seeThrough = (!textureSet.opacity.empty() || textureSet.alpha != AlphaUse::stated) &&
+                            isSeeThrough(image);
+    const std::string name = freeName(textureSet.color);
     write(name + colorEnding, image, seeThrough);
-    if (!cover.normals.empty())
-        if (Image normals = read(cover.normals); !normals.empty())
-            write(name + normalEnding, fitted(std::move(normals), cover.normals, false), false);
+    if (!textureSet.normals.empty())
+        if (Image normals = read(textureSet.normals); !normals.empty())
+            write(name + normalEnding, fitted(std::move(normals), textureSet.normals, false),
+                  false);
     return {name + colorEnding, seeThrough};
 }
 
-CoverFile Textures::file(const Cover &cover) {
-    if (cover.color.empty())
+TextureFile Textures::file(const TextureSet &textureSet) {
+    if (textureSet.color.empty())
         return {};
-    const auto known = made.find(cover);
+    const auto known = made.find(textureSet);
     if (known != made.end())
         return known->second;
-    return made[cover] = make(cover);
+    return made[textureSet] = make(textureSet);
 }
 
 } // namespace ravolt::tool

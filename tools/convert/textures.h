@@ -29,18 +29,18 @@ enum class AlphaUse {
 };
 
 // What covers one surface, by the model's own paths; empty for none.
-struct Cover {
+struct TextureSet {
     std::string color;
     std::string opacity; // a map of its own, or `color` again when that picture's alpha counts
     std::string normals;
     AlphaUse alpha = AlphaUse::stated;
     unsigned char cut = 0; // with `stated`: pixels of a lower alpha are holes, all others solid
 
-    auto operator<=>(const Cover &) const = default;
+    auto operator<=>(const TextureSet &) const = default;
 };
 
 // The file made of a cover.
-struct CoverFile {
+struct TextureFile {
     std::string name; // empty when there is none: not stated, not found or broken
     bool seeThrough = false;
 };
@@ -62,7 +62,7 @@ class Textures {
 
     // Each cover is staged once. Pictures that are missing or broken are reported and left out;
     // throws Failure only when a file cannot be written.
-    CoverFile file(const Cover &cover);
+    TextureFile file(const TextureSet &textureSet);
 
   private:
     void addInputs();
@@ -71,9 +71,9 @@ class Textures {
     Image fitted(Image image, const std::string &path, bool sRgb);
     std::string takenInput(const std::string &name) const;
     std::string freeName(const std::string &path);
-    void applyAlphaUse(Image &image, const Cover &cover);
+    void applyAlphaUse(Image &image, const TextureSet &textureSet);
     void write(const std::string &name, const Image &image, bool withAlpha);
-    CoverFile make(const Cover &cover);
+    TextureFile make(const TextureSet &textureSet);
 
     const aiScene &scene;
     ModelFiles &sources;
@@ -81,7 +81,7 @@ class Textures {
     Report &report;
     FileTransaction &files;
     InputFiles &inputs;
-    std::map<Cover, CoverFile> made;
+    std::map<TextureSet, TextureFile> made;
     std::set<std::string> names;
 };
 

@@ -119,13 +119,13 @@ Vector degreesFromRotation(const Matrix &r) {
     return Vector{x, y, z} * (1 / degree);
 }
 
-Placement place(const Affine &local, const Matrix &parentRest) {
-    const Matrix whole = parentRest * local.linear;
+Placement place(const Affine &local, const Matrix &parentResidual) {
+    const Matrix whole = parentResidual * local.linear;
     const Vector exact = degreesFromRotation(rotationOf(whole));
     Placement result;
-    result.position = asFloat(parentRest * local.offset);
+    result.position = asFloat(parentResidual * local.offset);
     result.degrees = asFloat(Vector{tidy(exact.x), tidy(exact.y), tidy(exact.z)});
-    result.rest = transposed(rotationFromDegrees(result.degrees)) * whole;
+    result.residual = transposed(rotationFromDegrees(result.degrees)) * whole;
     return result;
 }
 
@@ -143,7 +143,7 @@ Placement turnedNear(const Placement &placement, const Vector &near) {
     Placement result = placement;
     result.degrees = asFloat(best);
     const Matrix was = rotationFromDegrees(placement.degrees);
-    result.rest = transposed(rotationFromDegrees(result.degrees)) * (was * placement.rest);
+    result.residual = transposed(rotationFromDegrees(result.degrees)) * (was * placement.residual);
     return result;
 }
 

@@ -15,16 +15,16 @@ Matrix rotationFromDegrees(const Vector &degrees);
 Vector degreesFromRotation(const Matrix &rotation);
 
 // Where a node stands relative to its parent, and what is left for its vertices and its children:
-//   parentRest * local = translation(position) * rotation(degrees) * rest
+//   parentResidual * local = translation(position) * rotation(degrees) * rest
 // `position` and `degrees` are rounded to what a float holds, and `rest` makes up for the rounding
 // of the angles, so errors do not add up along a branch.
 struct Placement {
     Vector position;
     Vector degrees;
-    Matrix rest;
+    Matrix residual;
 };
 
-Placement place(const Affine &local, const Matrix &parentRest);
+Placement place(const Affine &local, const Matrix &parentResidual);
 
 // The same rotation by those angles that lie nearest to `near`: without jumps from one frame of a
 // movement to the next, be it by whole turns, by the other three angles that mean the same, or

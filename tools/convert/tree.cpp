@@ -46,13 +46,13 @@ ravolt::RveSkin skinFrom(const Geometry &geometry, const Skeleton &skeleton) {
     const std::vector<std::uint32_t> bones = bonesOf(geometry);
     for (std::uint32_t joint : bones)
         skin.bones.push_back(skeleton.joints()[joint].name);
-    for (const Holders &holders : geometry.holders)
+    for (const VertexInfluences &influences : geometry.influences)
         for (std::size_t k = 0; k < bonesOfAVertex; ++k) {
-            const bool holds = holders.weight[k] > 0;
-            const auto place = std::lower_bound(bones.begin(), bones.end(), holders.bone[k]);
-            skin.boneIndices.push_back(holds ? static_cast<std::uint8_t>(place - bones.begin())
-                                             : std::uint8_t{0});
-            skin.boneWeights.push_back(holders.weight[k]);
+            const bool isUsed = influences.weight[k] > 0;
+            const auto place = std::lower_bound(bones.begin(), bones.end(), influences.bone[k]);
+            skin.boneIndices.push_back(isUsed ? static_cast<std::uint8_t>(place - bones.begin())
+                                              : std::uint8_t{0});
+            skin.boneWeights.push_back(influences.weight[k]);
         }
     return skin;
 }
@@ -60,7 +60,7 @@ ravolt::RveSkin skinFrom(const Geometry &geometry, const Skeleton &skeleton) {
 ravolt::RveMesh meshFrom(Part part, const Skeleton &skeleton) {
     const Bounds bounds = boundsOf(part.geometry);
     ravolt::RveMesh mesh;
-    if (!part.geometry.holders.empty())
+    if (!part.geometry.influences.empty())
         mesh.skin = skinFrom(part.geometry, skeleton);
     mesh.material = part.material;
     mesh.radius = bounds.radius;
@@ -70,7 +70,7 @@ ravolt::RveMesh meshFrom(Part part, const Skeleton &skeleton) {
         mesh.vertices.push_back({p.x, p.y, p.z});
     for (const Point &n : part.geometry.normals)
         mesh.normals.push_back({n.x, n.y, n.z});
-    for (const TexturePlace &place : part.geometry.texturePlaces)
+    for (const TexCoord &place : part.geometry.texCoords)
         mesh.uvs.push_back({place.u, place.v});
     for (const auto &[a, b, c] : part.geometry.faces)
         mesh.faces.push_back({static_cast<std::uint16_t>(a), static_cast<std::uint16_t>(b),
@@ -100,7 +100,7 @@ class TreeBuilder {
     void fill(RveNode &target, std::vector<Part> parts, bool bone);
     void addSkinned(const std::string &name, std::vector<Part> parts);
     void addLights(RveNode &target, std::size_t joint);
-    bool standsStill(std::size_t joint) const;
+    bool isStatic(std::size_t joint) const;
     bool isNothingButSkin(std::size_t joint, const Parts &parts) const;
     void checkTotals();
 
@@ -118,7 +118,7 @@ class TreeBuilder {
     Dropped dropped;
 };
 
-bool TreeBuilder::standsStill(std::size_t joint) const {
+bool TreeBuilder::isStatic(std::size_t joint) const {
     return !skins.isBone(joint) && !clips.moves(joint);
 }
 
@@ -132,16 +132,16 @@ TreeBuilder::Parts TreeBuilder::partsOf(std::size_t joint) {
             continue;
         const Surface &surface = surfaces[mesh.mMaterialIndex];
         const bool isSkinned = skins.isSkinned(node.mMeshes[i]);
-        Carrying carrying;
-        carrying.rest = skeleton.ownPose().placement[joint].rest;
+        VertexTransform transform;
+        transform.residual = skeleton.ownPose().placement[joint].residual;
         if (isSkinned)
-            skins.carry(node.mMeshes[i], joint, carrying);
+            skins.setVertexTransform(node.mMeshes[i], joint, transform);
         // Some exporters number the sets from 1.
-        carrying.channel = mesh.mTextureCoords[surface.channel] ? surface.channel : 0;
-        carrying.texture = surface.texture;
-        carrying.bothSides = surface.bothSides;
+        transform.channel = mesh.mTextureCoords[surface.channel] ? surface.channel : 0;
+        transform.texture = surface.texture;
+        transform.bothSides = surface.bothSides;
         const Dropped lost =
-            append((isSkinned ? skinnedOnes : rigid)[mesh.mMaterialIndex], mesh, carrying);
+            append((isSkinned ? skinnedOnes : rigid)[mesh.mMaterialIndex], mesh, transform);
         dropped.tooFar += lost.tooFar;
         dropped.withoutArea += lost.withoutArea;
     }
@@ -211,15 +211,15 @@ void TreeBuilder::addLights(RveNode &target, std::size_t joint) {
     const aiNode &node = *skeleton.joints()[joint].node;
     const std::vector<const aiLight *> own = lights.of(node.mName.C_Str());
     drawn += own.size();
-    if (own.size() == 1 && node.mNumMeshes == 0 && node.mNumChildren == 0 && standsStill(joint)) {
+    if (own.size() == 1 && node.mNumMeshes == 0 && node.mNumChildren == 0 && isStatic(joint)) {
         const Affine rigid{rotationFromDegrees(placement.degrees), placement.position};
         const std::string name = target.name;
-        target = lights.convert(*own[0], rigid * Affine{placement.rest, {}});
+        target = lights.convert(*own[0], rigid * Affine{placement.residual, {}});
         target.name = name;
         return;
     }
     for (const aiLight *light : own) {
-        RveNode child = lights.convert(*light, {placement.rest, {}});
+        RveNode child = lights.convert(*light, {placement.residual, {}});
         child.name = skeleton.freeName(target.name + "_light", roomForMore);
         target.children.push_back(std::move(child));
         ++made;
@@ -229,7 +229,7 @@ void TreeBuilder::addLights(RveNode &target, std::size_t joint) {
 // Such a node gives way to its mesh, which then has its name.
 bool TreeBuilder::isNothingButSkin(std::size_t joint, const Parts &parts) const {
     return !parts.skinned.empty() && parts.rigid.empty() && children[joint].empty() &&
-           standsStill(joint) && lights.of(skeleton.joints()[joint].node->mName.C_Str()).empty();
+           isStatic(joint) && lights.of(skeleton.joints()[joint].node->mName.C_Str()).empty();
 }
 
 // The node with its subtree, below `home`.
@@ -263,11 +263,11 @@ void TreeBuilder::checkTotals() {
     if (drawn > drawnAtOnce)
         report.warn(std::to_string(drawn) + " meshes and lights: the engine draws at most " +
                     std::to_string(drawnAtOnce) + " in a frame");
-    constexpr std::size_t bentAtOnce = 256;
-    if (skinned.size() > bentAtOnce)
+    constexpr std::size_t skinnedAtOnce = 256;
+    if (skinned.size() > skinnedAtOnce)
         report.warn(std::to_string(skinned.size()) +
-                    " meshes with bones: the engine draws at most " + std::to_string(bentAtOnce) +
-                    " in a frame");
+                    " meshes with bones: the engine draws at most " +
+                    std::to_string(skinnedAtOnce) + " in a frame");
     constexpr std::size_t identities = 65535;
     if (made > identities)
         report.warn(std::to_string(made) + " nodes: the engine can tell " +

@@ -41,9 +41,9 @@ std::uint8_t byteOf(float value, bool linear) {
 }
 
 bool isTextured(const aiMaterial &material) {
-    constexpr aiTextureType covers[] = {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR,
-                                        aiTextureType_EMISSIVE};
-    return std::any_of(std::begin(covers), std::end(covers),
+    constexpr aiTextureType textureTypes[] = {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR,
+                                              aiTextureType_EMISSIVE};
+    return std::any_of(std::begin(textureTypes), std::end(textureTypes),
                        [&](aiTextureType type) { return material.GetTextureCount(type) > 0; });
 }
 
@@ -51,8 +51,8 @@ bool isTextured(const aiMaterial &material) {
 int excess(const Corners &corners) {
     int sum = 0;
     for (std::size_t i = 0; i < 3; ++i) {
-        const int across = corners[1][i] + corners[2][i] - corners[0][i];
-        sum += std::abs(across - std::clamp(across, 0, 255));
+        const int opposite = corners[1][i] + corners[2][i] - corners[0][i];
+        sum += std::abs(opposite - std::clamp(opposite, 0, 255));
     }
     return sum;
 }

@@ -112,10 +112,11 @@ std::size_t cornersOf(const aiMesh &mesh) {
 
 } // namespace
 
-void unshareVertices(aiMesh &mesh) {
+void unweld(aiMesh &mesh) {
     const std::size_t corners = cornersOf(mesh);
-    constexpr std::size_t most = 1u << 28; // beyond, the mesh is rather left smooth
-    if (mesh.mNormals || mesh.mNumAnimMeshes || corners == mesh.mNumVertices || corners > most)
+    constexpr std::size_t maxCorners = 1u << 28; // beyond, the mesh is rather left smooth
+    if (mesh.mNormals || mesh.mNumAnimMeshes || corners == mesh.mNumVertices ||
+        corners > maxCorners)
         return;
     separateCorners(mesh);
 }

@@ -8,7 +8,7 @@ namespace ravolt::tool {
 
 // Gives each corner of each face a vertex of its own where normals are still to be made: only so
 // can creases stay sharp.
-void unshareVertices(aiMesh &mesh);
+void unweld(aiMesh &mesh);
 
 // Gives each corner of each face a vertex of its own.
 void separateCorners(aiMesh &mesh);

@@ -89,28 +89,28 @@ const std::array<EffectRow, numberOfEffects> &effectTable() {
     return table;
 }
 
-const std::array<NumberRow, numberOfNumbers> &numberTable() {
+const std::array<EffectParameterRow, numberOfEffectParameters> &effectParameterTable() {
     using enum Effect;
-    static const std::array<NumberRow, numberOfNumbers> table = {{
-        {Number::brightness, std::nullopt, "--brightness", "FACTOR", 0, 16, 1, 0.25,
+    static const std::array<EffectParameterRow, numberOfEffectParameters> table = {{
+        {EffectParameter::brightness, std::nullopt, "--brightness", "FACTOR", 0, 16, 1, 0.25,
          "Brightness of the rig or the spot light"},
-        {Number::spotYaw, spot, "--spot-yaw", "DEGREES", -360, 360, 70, 10,
+        {EffectParameter::spotYaw, spot, "--spot-yaw", "DEGREES", -360, 360, 70, 10,
          "Where the spot light stands, round the scene"},
-        {Number::spotPitch, spot, "--spot-pitch", "DEGREES", 5, 85, 50, 5,
+        {EffectParameter::spotPitch, spot, "--spot-pitch", "DEGREES", 5, 85, 50, 5,
          "Where it stands, above the scene"},
-        {Number::spotDistance, spot, "--spot-distance", "RADII", 1.5, 50, 4, 0.25,
+        {EffectParameter::spotDistance, spot, "--spot-distance", "RADII", 1.5, 50, 4, 0.25,
          "How far it stands from the middle of the scene, whose radius is 1"},
-        {Number::spotAngle, spot, "--spot-angle", "DEGREES", 2, 150, 60, 5,
+        {EffectParameter::spotAngle, spot, "--spot-angle", "DEGREES", 2, 150, 60, 5,
          "How wide its cone opens"},
-        {Number::spotFade, spot, "--spot-fade", "EXPONENT", 0, 128, 16, 2,
+        {EffectParameter::spotFade, spot, "--spot-fade", "EXPONENT", 0, 128, 16, 2,
          "How strongly it fades towards the edge of the cone"},
-        {Number::bloomIntensity, bloom, "--bloom-intensity", "FACTOR", 0, 8, 0.5, 0.1,
+        {EffectParameter::bloomIntensity, bloom, "--bloom-intensity", "FACTOR", 0, 8, 0.5, 0.1,
          "Brightness of the glow"},
-        {Number::exposure, toneMapping, "--exposure", "FACTOR", 0.1, 64, 4, 1,
+        {EffectParameter::exposure, toneMapping, "--exposure", "FACTOR", 0.1, 64, 4, 1,
          "The lower, the more contrast tone mapping makes"},
-        {Number::focus, depthOfField, "--focus", "PLACE", -1, 10, 0.5, 0.05,
+        {EffectParameter::focus, depthOfField, "--focus", "PLACE", -1, 10, 0.5, 0.05,
          "What is sharp: 0 the front of the scene, 0.5 its middle, 1 its back"},
-        {Number::focusDepth, depthOfField, "--focus-depth", "PLACE", 0.01, 10, 0.5, 0.05,
+        {EffectParameter::focusDepth, depthOfField, "--focus-depth", "PLACE", 0.01, 10, 0.5, 0.05,
          "How far before and behind it the blur is complete"},
     }};
     return table;
@@ -118,7 +118,9 @@ const std::array<NumberRow, numberOfNumbers> &numberTable() {
 
 const EffectRow &rowOf(Effect effect) { return effectTable()[static_cast<std::size_t>(effect)]; }
 
-const NumberRow &rowOf(Number number) { return numberTable()[static_cast<std::size_t>(number)]; }
+const EffectParameterRow &rowOf(EffectParameter parameter) {
+    return effectParameterTable()[static_cast<std::size_t>(parameter)];
+}
 
 bool canBeDone(Effect effect) {
     const EffectRow &row = rowOf(effect);
@@ -126,8 +128,8 @@ bool canBeDone(Effect effect) {
 }
 
 Effects::Effects() {
-    for (const NumberRow &row : numberTable())
-        set(row.number, row.start);
+    for (const EffectParameterRow &row : effectParameterTable())
+        set(row.parameter, row.start);
 }
 
 void Effects::switchOn(Effect effect) {
@@ -143,9 +145,9 @@ void Effects::switchOff(Effect effect) {
             switchOff(row.effect);
 }
 
-void Effects::set(Number number, double value) {
-    const NumberRow &row = rowOf(number);
-    values[static_cast<std::size_t>(number)] = std::clamp(value, row.lowest, row.highest);
+void Effects::set(EffectParameter parameter, double value) {
+    const EffectParameterRow &row = rowOf(parameter);
+    values[static_cast<std::size_t>(parameter)] = std::clamp(value, row.lowest, row.highest);
 }
 
 bool Effects::needPrograms() const { return isOn(Effect::perPixel) || isOn(Effect::depthOfField); }
@@ -156,7 +158,7 @@ bool Effects::needWholePicture() const {
     });
 }
 
-std::string Effects::leaveOutImpossible() {
+std::string Effects::switchOffUnsupported() {
     std::string lacking;
     for (const EffectRow &row : effectTable())
         if (isOn(row.effect) && !tool::canBeDone(row.effect))

@@ -25,7 +25,7 @@ struct EffectRow {
     bool (*canBeDone)(); // asks the live engine, whose programs must have been wanted
 };
 
-enum class Number {
+enum class EffectParameter {
     brightness,
     spotYaw,
     spotPitch,
@@ -37,10 +37,10 @@ enum class Number {
     focus,
     focusDepth
 };
-constexpr std::size_t numberOfNumbers = 10;
+constexpr std::size_t numberOfEffectParameters = 10;
 
-struct NumberRow {
-    Number number;
+struct EffectParameterRow {
+    EffectParameter parameter;
     std::optional<Effect> of; // none: of every picture
     const char *option;       // "--exposure"
     const char *unit;         // "DEGREES", "FACTOR", ...
@@ -50,12 +50,12 @@ struct NumberRow {
 };
 
 const std::array<EffectRow, numberOfEffects> &effectTable();
-const std::array<NumberRow, numberOfNumbers> &numberTable();
+const std::array<EffectParameterRow, numberOfEffectParameters> &effectParameterTable();
 
 const EffectRow &rowOf(Effect effect);
-const NumberRow &rowOf(Number number);
+const EffectParameterRow &rowOf(EffectParameter parameter);
 
-constexpr int smallestShadowMap = 64, largestShadowMap = 4096, usualShadowMap = 1024;
+constexpr int smallestShadowMap = 64, largestShadowMap = 4096, defaultShadowMap = 1024;
 
 class Effects {
   public:
@@ -67,9 +67,11 @@ class Effects {
     // With what needs it.
     void switchOff(Effect effect);
 
-    double get(Number number) const { return values[static_cast<std::size_t>(number)]; }
+    double get(EffectParameter parameter) const {
+        return values[static_cast<std::size_t>(parameter)];
+    }
     // Keeps within the number's range.
-    void set(Number number, double value);
+    void set(EffectParameter parameter, double value);
 
     // Whether GLSL programs are needed.
     bool needPrograms() const;
@@ -78,14 +80,14 @@ class Effects {
 
     // Switches off what the live engine's display cannot do, and names it: "bloom, shadows". Empty
     // when it can do all.
-    std::string leaveOutImpossible();
+    std::string switchOffUnsupported();
 
     // "per-pixel lighting, bloom", or "no effects".
     std::string names() const;
 
   private:
     std::array<bool, numberOfEffects> on{};
-    std::array<double, numberOfNumbers> values{};
+    std::array<double, numberOfEffectParameters> values{};
 };
 
 // Whether the live engine's display can do an effect and all that it needs.

@@ -33,12 +33,12 @@ bool isOfATexture(const std::string &line) {
            (line.ends_with(" @ RVTEXTURE::loadTGA") || line.ends_with(": refused @ RAVOLT::load"));
 }
 
-bool keepsPicture() { return RVSETTINGS::getSDLForceFBO() && RVOPENGL::useFBO(); }
+bool usesTarget() { return RVSETTINGS::getSDLForceFBO() && RVOPENGL::useFBO(); }
 
 } // namespace
 
 WindowSize canvasSize() {
-    if (!keepsPicture())
+    if (!usesTarget())
         return {RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY()};
     return {RVSETTINGS::getSDLFBOSizeX(), RVSETTINGS::getSDLFBOSizeY()};
 }
@@ -52,7 +52,7 @@ std::string Engine::complaint() const {
     return last;
 }
 
-std::vector<std::string> Engine::leaveOutBrokenTextures(const fs::path &log) {
+std::vector<std::string> Engine::removeBrokenTextures(const fs::path &log) {
     for (RVMATERIAL *material = RVMATERIAL::getFirst(); material; material = material->getNext())
         for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot) {
             const RVTEXTURE *texture = material->getTexture(slot);
@@ -87,10 +87,10 @@ Engine::Engine(WindowSize size, const std::string &title, bool resizable, const 
     settings.setShadowMapSize(drawing.shadowMap);
     settings.setFBOSizeX(drawing.picture.width);
     settings.setFBOSizeY(drawing.picture.height);
-    settings.setForceFBO(drawing.keepPicture);
+    settings.setForceFBO(drawing.useTarget);
     if (!RAVOLT::init(&settings))
         throw Failure("cannot open a window: " + complaint());
-    if (drawing.keepPicture && keepsPicture() && !RVOPENGL::getFbo(0)->isOk()) {
+    if (drawing.useTarget && usesTarget() && !RVOPENGL::getFbo(0)->isOk()) {
         RAVOLT::free();
         throw PictureTooLarge("the display cannot draw effects into a picture of that size");
     }

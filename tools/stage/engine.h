@@ -20,10 +20,10 @@ struct WindowSize {
 
 // How the engine is to draw.
 struct Drawing {
-    bool programs = false;    // GLSL: without them there are no effects
-    int shadowMap = 1024;     // its side in pixels
-    WindowSize picture;       // drawn with effects that work on the picture as a whole
-    bool keepPicture = false; // in its target, where it is larger than every window may be
+    bool programs = false;  // GLSL: without them there are no effects
+    int shadowMap = 1024;   // its side in pixels
+    WindowSize picture;     // drawn with effects that work on the picture as a whole
+    bool useTarget = false; // in its target, where it is larger than every window may be
 };
 
 // The display has no target of the size of a picture that is to be kept.
@@ -49,7 +49,7 @@ class Engine {
     // Takes the textures that could not be loaded off their materials, whose colours are seen then:
     // programs would make black of them. Returns the complaints of the engine's log, each once:
     // "Unable to open file a.tga".
-    static std::vector<std::string> leaveOutBrokenTextures(const std::filesystem::path &log);
+    static std::vector<std::string> removeBrokenTextures(const std::filesystem::path &log);
 
   private:
     std::string complaint() const;

@@ -16,7 +16,7 @@ namespace ravolt::tool {
 namespace {
 
 constexpr double glowingPart = 0.05; // of the pixels that the scene covers
-constexpr double mostBrightness = 6;
+constexpr double maxBrightness = 6;
 constexpr double aboveWhite = 1.1; // of faces that are lit alike
 constexpr double step = 0.05;
 constexpr double measuredAt = 0.5;                      // dim, so that few values end at white
@@ -27,7 +27,7 @@ Picture measured(Stage &stage, const Effects &effects, double brightness) {
     for (const Effect effect :
          {Effect::shadows, Effect::floor, Effect::bloom, Effect::toneMapping, Effect::depthOfField})
         plain.switchOff(effect);
-    plain.set(Number::brightness, brightness);
+    plain.set(EffectParameter::brightness, brightness);
     stage.setEffects(plain);
     stage.draw();
     const Picture picture = takePicture();
@@ -51,8 +51,8 @@ double brightnessForBloom(Stage &stage) {
         if (Stage::isBackground(pixel[0], pixel[1], pixel[2]))
             continue;
         const double rise = (luminance(&lit.pixels[i]) - luminance(pixel)) / measuredAt;
-        begins.push_back(rise > 0 ? std::min(mostBrightness, (1 - luminance(pixel)) / rise)
-                                  : mostBrightness);
+        begins.push_back(rise > 0 ? std::min(maxBrightness, (1 - luminance(pixel)) / rise)
+                                  : maxBrightness);
     }
     if (begins.empty())
         return 1;

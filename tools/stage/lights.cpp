@@ -132,7 +132,7 @@ void Lights::arrange(const View &view, const Sphere &scene, const Effects &effec
     if (spotIsOn)
         arrangeSpot(scene, effects);
     else if (!own)
-        arrangeRig(view, effects.get(Number::brightness));
+        arrangeRig(view, effects.get(EffectParameter::brightness));
     else
         setGlobalAmbient(0.2f);
 }
@@ -152,8 +152,9 @@ void Lights::arrangeRig(const View &view, double brightness) {
 
 // Its matrix makes its pyramid small; place and direction are the same without.
 void Lights::arrangeSpot(const Sphere &scene, const Effects &effects) {
-    const Vector from = directionAt(effects.get(Number::spotYaw), effects.get(Number::spotPitch));
-    const double distance = effects.get(Number::spotDistance) * scene.radius;
+    const Vector from =
+        directionAt(effects.get(EffectParameter::spotYaw), effects.get(EffectParameter::spotPitch));
+    const double distance = effects.get(EffectParameter::spotDistance) * scene.radius;
     const auto f = [](double value) { return static_cast<float>(value); };
     const Vector place = scene.center + from * distance;
     const float size = f(spotPyramid * scene.radius);
@@ -161,13 +162,13 @@ void Lights::arrangeSpot(const Sphere &scene, const Effects &effects) {
     spot->setMatrix(Z3MMATRIX(size, 0, 0, 0, 0, size, 0, 0, 0, 0, size, 0, f(place.x), f(place.y),
                               f(place.z), 1));
     spot->setDirection(floats(from * -1.0));
-    spot->setCutOff(f(effects.get(Number::spotAngle) / 2));
-    spot->setExponent(f(effects.get(Number::spotFade)));
+    spot->setCutOff(f(effects.get(EffectParameter::spotAngle) / 2));
+    spot->setExponent(f(effects.get(EffectParameter::spotFade)));
     RAVOLT::setShadowOffset(4, 8); // two-sided surfaces would shadow themselves in stripes
     spot->castShadows(effects.isOn(Effect::shadows));
     spot->setShadowNearPlane(f(std::max(distance - 1.05 * scene.radius, 0.05 * distance)));
     spot->setShadowFarPlane(f(distance + 8 * scene.radius));
-    const double brightness = effects.get(Number::brightness);
+    const double brightness = effects.get(EffectParameter::brightness);
     shine(*spot, brightness, brightness);
     setGlobalAmbient(spotAmbient);
 }

@@ -81,7 +81,7 @@ int partOf(int whole, int largest) {
 }
 
 // `bottom` counts from the whole picture's lowest row; what lies beyond the whole is left out.
-void put(const Picture &tile, int left, int bottom, Picture &whole) {
+void copyTile(const Picture &tile, int left, int bottom, Picture &whole) {
     const int columns = std::min(tile.width, whole.width - left);
     for (int up = 0; up < std::min(tile.height, whole.height - bottom); ++up) {
         const int from = (tile.height - 1 - up) * tile.width;
@@ -117,7 +117,7 @@ Picture shoot(Stage &stage, WindowSize size) {
             if (inParts)
                 stage.setPart({size.width, size.height, left, bottom});
             stage.draw();
-            put(takePicture(), left, bottom, whole);
+            copyTile(takePicture(), left, bottom, whole);
             RAVOLT::swap();
         }
     stage.setPart({});

@@ -18,7 +18,7 @@ namespace {
 constexpr const char *ending = ".rva";
 
 // Of which clips are looked at for the room that they take.
-constexpr int framesOfAGlance = 24;
+constexpr int maxSampledFrames = 24;
 
 Vector vectorFrom(const Z3MVECTOR3D &v) { return {v.x, v.y, v.z}; }
 
@@ -100,7 +100,7 @@ RVANIM *Playback::clipOf(std::size_t index) {
     return entry.clip;
 }
 
-void Playback::standStill() {
+void Playback::restoreLoadedPose() {
     for (const Still &one : still) {
         one.node->setPosition(floats(one.position));
         one.node->setRotation(floats(one.degrees));
@@ -110,7 +110,7 @@ void Playback::standStill() {
 void Playback::choose(std::size_t index) {
     if (index != none)
         clipOf(index);
-    standStill();
+    restoreLoadedPose();
     current = index;
     show(0);
 }
@@ -169,7 +169,7 @@ void Playback::setFrame(int index) {
     show((index % count + count) % count);
 }
 
-std::size_t Playback::strangers() const {
+std::size_t Playback::missingNodes() const {
     std::size_t number = 0;
     for (unsigned int bone = 0; current != none && bone < clips[current].clip->getNumberOfBones();
          ++bone)
@@ -185,9 +185,9 @@ std::string Playback::state() const {
 
 Sphere Playback::sphere() {
     const int before = shown;
-    standStill();
+    restoreLoadedPose();
     Extent extent(scene, skins);
-    const int step = std::max(1, frames() / framesOfAGlance);
+    const int step = std::max(1, frames() / maxSampledFrames);
     for (int index = 0; current != none && index < frames(); index += step) {
         show(index);
         extent.add();

@@ -53,7 +53,7 @@ class Playback {
     void setFrame(int index); // counted on from the end, and back from the start
 
     // How many nodes the chosen clip moves that the scene does not have.
-    std::size_t strangers() const;
+    std::size_t missingNodes() const;
 
     // "walk 3/30": the clip, its frame from 0 and its last frame.
     std::string state() const;
@@ -63,7 +63,7 @@ class Playback {
 
   private:
     void show(int index);
-    void standStill();
+    void restoreLoadedPose();
     RVANIM *clipOf(std::size_t index);
 
     struct Entry {

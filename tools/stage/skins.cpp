@@ -13,7 +13,7 @@ namespace ravolt::tool {
 
 namespace {
 
-constexpr std::size_t mostVertices = 20000; // that are followed
+constexpr std::size_t maxVertices = 20000; // that are followed
 
 class Reader {
   public:
@@ -75,8 +75,8 @@ class SkinReader {
             readMaterial();
         // The records stand one behind the other; how many are still to come is all there is to
         // their tree.
-        for (std::size_t due = 1; due > 0 && in.isGood(); ++nodes)
-            due += readNode() - 1;
+        for (std::size_t pending = 1; pending > 0 && in.isGood(); ++nodes)
+            pending += readNode() - 1;
         return in.isGood() ? std::move(skins) : std::vector<SceneSkin>();
     }
 
@@ -163,7 +163,7 @@ std::vector<SceneSkin> readSkins(const std::filesystem::path &scene) {
     std::size_t vertices = 0;
     for (const SceneSkin &skin : skins)
         vertices += skin.vertices.size();
-    const std::size_t step = vertices / mostVertices + 1;
+    const std::size_t step = vertices / maxVertices + 1;
     for (SceneSkin &skin : skins)
         if (step > 1)
             skin = thinned(skin, step);

@@ -126,7 +126,7 @@ void Extent::add() {
 
 Sphere Extent::sphere() const { return places.empty() ? sphereAround(scene) : sphereOf(places); }
 
-std::vector<Vector> facings(RVNODE *root, double size) {
+std::vector<Vector> areaNormals(RVNODE *root, double size) {
     std::vector<Vector> result;
     walk(root, [&](RVNODE *node) {
         const RVMESH *mesh = visibleMesh(node);

@@ -63,7 +63,7 @@ class Extent {
 
 // The triangles of the visible meshes as vectors along their normals, each as long as twice its
 // area; scaled by the scene's own size, so that nothing overflows.
-std::vector<Vector> facings(RVNODE *root, double size);
+std::vector<Vector> areaNormals(RVNODE *root, double size);
 
 // The node as a mesh that is to be seen, or NULL.
 const RVMESH *visibleMesh(const RVNODE *node);

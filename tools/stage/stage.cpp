@@ -4,7 +4,7 @@
 
 #include "tools/stage/engine.h"
 #include "tools/stage/floor.h"
-#include "tools/stage/silence.h"
+#include "tools/stage/scopedSilentLog.h"
 #include "tools/stage/walk.h"
 
 #include <algorithm>
@@ -28,10 +28,11 @@ Stage::Stage(RVNODE *root)
     : scene(root), around(sphereAround(root)), camera(new RVCAMERA), lights(root) {
     setSphere(around);
     RVOPENGL::setBackgroundColor(background[0], background[1], background[2], 1.0f);
-    lookFromTheFront();
+    lookFromFront();
     walk(scene, [this](RVNODE *node) {
         const RVMESH *mesh = visibleMesh(node);
-        bentByPrograms = bentByPrograms || (mesh && mesh->isSkinned() && RVSHADER::useSkinning());
+        skinnedByPrograms =
+            skinnedByPrograms || (mesh && mesh->isSkinned() && RVSHADER::useSkinning());
     });
 }
 
@@ -41,14 +42,14 @@ void Stage::setSphere(const Sphere &wanted) {
         around.radius = 1;
 }
 
-void Stage::lookFromTheFront() {
+void Stage::lookFromFront() {
     const Vector back = directionAt(yaw, pitch);
     Vector sum;
     double all = 0, seen = 0;
-    for (const Vector &facing : facings(scene, around.radius)) {
-        sum = sum + facing;
-        all += length(facing);
-        seen += std::max(0.0, dot(facing, back));
+    for (const Vector &normal : areaNormals(scene, around.radius)) {
+        sum = sum + normal;
+        all += length(normal);
+        seen += std::max(0.0, dot(normal, back));
     }
     // Enough is seen, or the surface has no one front.
     if (seen >= 0.15 * all || length(sum) <= 0.1 * all)
@@ -152,27 +153,27 @@ void Stage::aimCamera(const View &view) {
 // The engine codes the depth of a thing as (distance + near plane) / far plane.
 void Stage::focus(double distance) {
     const double nearest = RVOPENGL::getNearPlane(), farthest = RVOPENGL::getFarPlane();
-    const double sharp = distance + (2 * effects.get(Number::focus) - 1) * around.radius;
-    const double depth = 2 * effects.get(Number::focusDepth) * around.radius;
+    const double sharp = distance + (2 * effects.get(EffectParameter::focus) - 1) * around.radius;
+    const double depth = 2 * effects.get(EffectParameter::focusDepth) * around.radius;
     RAVOLT::setDOFFocus(static_cast<float>((sharp + nearest) / farthest));
     RAVOLT::setDOFRange(static_cast<float>(farthest / depth));
 }
 
 // The engine keeps such wishes for good, so each frame states all of them.
-void Stage::wishForEffects(double distance) {
+void Stage::applyEffects(double distance) {
     const bool whole = !RAVOLT::isWireframed(); // lines would draw a picture's outline only
-    const auto wish = [](bool on, void (*switchOn)(), void (*switchOff)()) {
+    const auto apply = [](bool on, void (*switchOn)(), void (*switchOff)()) {
         on ? switchOn() : switchOff();
     };
     // Without programs a mesh that they bend would stand in its bind pose.
-    wish(effects.isOn(Effect::perPixel) || bentByPrograms, RVSETTINGS::forceShadersOn,
-         RVSETTINGS::forceShadersOff);
-    wish(effects.isOn(Effect::shadows), RAVOLT::shadowingOn, RAVOLT::shadowingOff);
-    wish(whole && effects.isOn(Effect::bloom), RAVOLT::bloomingOn, RAVOLT::bloomingOff);
-    wish(whole && effects.isOn(Effect::toneMapping), RAVOLT::HDROn, RAVOLT::HDROff);
-    wish(whole && effects.isOn(Effect::depthOfField), RAVOLT::DOFOn, RAVOLT::DOFOff);
-    RAVOLT::setBloomingIntensity(static_cast<float>(effects.get(Number::bloomIntensity)));
-    RAVOLT::setHDRExposure(static_cast<float>(effects.get(Number::exposure)));
+    apply(effects.isOn(Effect::perPixel) || skinnedByPrograms, RVSETTINGS::forceShadersOn,
+          RVSETTINGS::forceShadersOff);
+    apply(effects.isOn(Effect::shadows), RAVOLT::shadowingOn, RAVOLT::shadowingOff);
+    apply(whole && effects.isOn(Effect::bloom), RAVOLT::bloomingOn, RAVOLT::bloomingOff);
+    apply(whole && effects.isOn(Effect::toneMapping), RAVOLT::HDROn, RAVOLT::HDROff);
+    apply(whole && effects.isOn(Effect::depthOfField), RAVOLT::DOFOn, RAVOLT::DOFOff);
+    RAVOLT::setBloomingIntensity(static_cast<float>(effects.get(EffectParameter::bloomIntensity)));
+    RAVOLT::setHDRExposure(static_cast<float>(effects.get(EffectParameter::exposure)));
     focus(distance);
 }
 
@@ -181,7 +182,7 @@ void Stage::draw() {
     project(view.distance);
     aimCamera(view);
     lights.arrange(view, around, effects);
-    wishForEffects(view.distance);
+    applyEffects(view.distance);
     RVFBO::unbind(); // so that a picture in a target gets the target's size
     RAVOLT::clear(true, true, false);
     RAVOLT::begin3D(camera);
@@ -190,7 +191,7 @@ void Stage::draw() {
         floor->pass();
     lights.pass();
     {
-        const Silence silence; // tone mapping prints a line in each frame
+        const ScopedSilentLog silence; // tone mapping prints a line in each frame
         RAVOLT::end3D(true);
     }
     // The 2D block ends the wireframe and brings culling back.

@@ -75,8 +75,8 @@ class Stage {
     void aimCamera(const View &view);
     void project(double distance);
     void focus(double distance);
-    void wishForEffects(double distance);
-    void lookFromTheFront();
+    void applyEffects(double distance);
+    void lookFromFront();
 
     RVNODE *scene;
     Sphere around;
@@ -84,7 +84,7 @@ class Stage {
     Lights lights;
     RVNODE *floor = nullptr; // made when it is first wanted
     Effects effects;
-    bool bentByPrograms = false; // whether a mesh has bones that programs apply
+    bool skinnedByPrograms = false; // whether a mesh has bones that programs apply
     std::vector<RVHELPER *> boxes;
     double yaw = 30, pitch = 20, zoom = 1;
     PicturePart part;

@@ -24,10 +24,10 @@ void ByteWriter::putZeros(std::size_t size) {
         result.bytes.resize(result.bytes.size() + size);
 }
 
-void ByteWriter::putCount(const std::string &where, std::size_t count, std::size_t most,
+void ByteWriter::putCount(const std::string &where, std::size_t count, std::size_t maximum,
                           const char *what) {
-    if (count > most)
-        fail(where, std::to_string(count) + " " + what + ", at most " + std::to_string(most));
+    if (count > maximum)
+        fail(where, std::to_string(count) + " " + what + ", at most " + std::to_string(maximum));
     const std::uint16_t number = static_cast<std::uint16_t>(count);
     put(&number, sizeof(number));
 }

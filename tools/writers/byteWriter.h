@@ -42,7 +42,8 @@ class ByteWriter {
     }
 
     // As 16 bits. More than `most` of `what`, which is at most 65535, is an error.
-    void putCount(const std::string &where, std::size_t count, std::size_t most, const char *what);
+    void putCount(const std::string &where, std::size_t count, std::size_t maximum,
+                  const char *what);
 
     // With a terminating zero. More than writtenTextLength characters, or a zero among them, is an
     // error.

@@ -4,12 +4,12 @@
 
 namespace ravolt::tool {
 
-class Silence {
+class ScopedSilentLog {
   public:
-    Silence();
-    ~Silence();
-    Silence(const Silence &) = delete;
-    Silence &operator=(const Silence &) = delete;
+    ScopedSilentLog();
+    ~ScopedSilentLog();
+    ScopedSilentLog(const ScopedSilentLog &) = delete;
+    ScopedSilentLog &operator=(const ScopedSilentLog &) = delete;
 
   private:
     int output = -1; // where it went; -1 when it could not be turned aside

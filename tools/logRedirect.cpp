@@ -1,4 +1,4 @@
-#include "tools/quietStart.h"
+#include "tools/logRedirect.h"
 
 #include "tools/message.h"
 #include "tools/signals.h"
@@ -33,7 +33,7 @@ bool goBelow(const char *place) {
 
 // Of all code in the process this runs first: no library's constructor has run yet, not even that
 // of getenv's own.
-void stepAside(int, char **, char **environment) {
+void redirect(int, char **, char **environment) {
     // Signals wait until somebody can remove what is made here. A full disk and a reader that has
     // gone shall fail a write, not end the process.
     sigset_t ending;
@@ -58,13 +58,12 @@ void stepAside(int, char **, char **environment) {
     aside = aside || (userFolder >= 0 && goBelow("/tmp"));
 }
 
-[[gnu::section(".preinit_array"), gnu::used]] void (*const first)(int, char **,
-                                                                  char **) = stepAside;
+[[gnu::section(".preinit_array"), gnu::used]] void (*const first)(int, char **, char **) = redirect;
 
 } // namespace
 
-QuietStart::QuietStart() {
-    noteSignals();
+LogRedirect::LogRedirect() {
+    catchSignals();
     sigprocmask(SIG_SETMASK, &formerMask, nullptr);
     zlfSetConsoleEcho(false);
     std::fflush(stdout);
@@ -79,14 +78,14 @@ QuietStart::QuietStart() {
     }
 }
 
-QuietStart::~QuietStart() { clear(); }
+LogRedirect::~LogRedirect() { clear(); }
 
-std::filesystem::path QuietStart::log() {
+std::filesystem::path LogRedirect::log() {
     return (aside ? std::filesystem::path(logFolder) : std::filesystem::path(".")) /
            "ravolt_log.txt";
 }
 
-void QuietStart::clear() {
+void LogRedirect::clear() {
     if (!aside)
         return;
     // The library still writes its closing lines, into a file that has no name any more.

@@ -8,14 +8,14 @@
 
 namespace ravolt::tool {
 
-class QuietStart {
+class LogRedirect {
   public:
     // First thing in main: back to the user's folder and output, and no more echo of the log.
-    QuietStart();
+    LogRedirect();
     // Removes the log.
-    ~QuietStart();
-    QuietStart(const QuietStart &) = delete;
-    QuietStart &operator=(const QuietStart &) = delete;
+    ~LogRedirect();
+    LogRedirect(const LogRedirect &) = delete;
+    LogRedirect &operator=(const LogRedirect &) = delete;
 
     // The engine's log of this run.
     static std::filesystem::path log();

@@ -1,4 +1,4 @@
-#include "tools/stage/silence.h"
+#include "tools/stage/scopedSilentLog.h"
 
 #include <cstdio>
 #include <fcntl.h>
@@ -6,7 +6,7 @@
 
 namespace ravolt::tool {
 
-Silence::Silence() {
+ScopedSilentLog::ScopedSilentLog() {
     std::fflush(stdout);
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (nowhere < 0)
@@ -17,7 +17,7 @@ Silence::Silence() {
     close(nowhere);
 }
 
-Silence::~Silence() {
+ScopedSilentLog::~ScopedSilentLog() {
     if (output < 0)
         return;
     std::fflush(stdout);
