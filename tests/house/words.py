@@ -38,15 +38,13 @@ PATTERNS += [(re.compile(rf"^({word})_"), instead) for word, instead in FIRST_WO
 
 ENDINGS = {".h", ".cpp", ".inc", ".glsl", ".cmake", ".in", ".txt", ".sh", ".py", ".md", ".json"}
 LIST = "tests/house/words.py"
-NOT_YET = ("tools/", "tests/tools/")  # these still have some of the words
 
 
 def read(root):
     files = {}
     for path in sorted(root.rglob("*")):
         name = path.relative_to(root).as_posix()
-        if name.startswith(("build/", ".")) or name == LIST or not path.is_file() or \
-                name.startswith(NOT_YET):
+        if name.startswith(("build/", ".")) or name == LIST or not path.is_file():
             continue
         files[name] = path.read_text(encoding="utf-8") if path.suffix in ENDINGS else ""
     return files

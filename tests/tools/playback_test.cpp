@@ -28,8 +28,8 @@ RveNode square(const std::string &name) {
     return node;
 }
 
-// A square that climbs by ten in each of the frames.
-ravolt::RvaClip climbing(std::size_t frames) {
+// A square that rises by ten in each of the frames.
+ravolt::RvaClip rising(std::size_t frames) {
     ravolt::RvaClip clip;
     clip.bones = {"square"};
     for (std::size_t i = 0; i < frames; ++i)
@@ -48,11 +48,11 @@ class PlaybackTest : public ::testing::Test {
         scene.root.children[0].position = {0, 5, 0};
         fs::create_directories("played");
         ASSERT_EQ(ravolt::writeRve("played/scene.rve", scene), "");
-        ASSERT_EQ(ravolt::writeRva("played/scene.climb.rva", climbing(3)), "");
-        ASSERT_EQ(ravolt::writeRva("played/scene.pose.rva", climbing(1)), "");
-        ASSERT_EQ(ravolt::writeRva("played/scene.run.rva", climbing(2)), "");
-        ASSERT_EQ(ravolt::writeRva("played/scene.2.run.rva", climbing(2)), "");
-        ASSERT_EQ(ravolt::writeRva("played/scenery.run.rva", climbing(2)), "");
+        ASSERT_EQ(ravolt::writeRva("played/scene.rise.rva", rising(3)), "");
+        ASSERT_EQ(ravolt::writeRva("played/scene.pose.rva", rising(1)), "");
+        ASSERT_EQ(ravolt::writeRva("played/scene.run.rva", rising(2)), "");
+        ASSERT_EQ(ravolt::writeRva("played/scene.2.run.rva", rising(2)), "");
+        ASSERT_EQ(ravolt::writeRva("played/scenery.run.rva", rising(2)), "");
         clips = clipsBeside("played/scene.rve");
     }
 
@@ -63,8 +63,8 @@ TEST_F(PlaybackTest, FindsTheClipsOfASceneAndNoOthers) {
     std::vector<std::string> names;
     for (const ClipFile &clip : clips)
         names.push_back(clip.name);
-    EXPECT_EQ(names, (std::vector<std::string>{"climb", "run", "pose"}));
-    EXPECT_EQ(clips[0].file, fs::absolute("played/scene.climb.rva"));
+    EXPECT_EQ(names, (std::vector<std::string>{"rise", "run", "pose"}));
+    EXPECT_EQ(clips[0].file, fs::absolute("played/scene.rise.rva"));
 }
 
 TEST_F(PlaybackTest, ShowsFramesAndTheSceneAsLoaded) {
@@ -74,8 +74,8 @@ TEST_F(PlaybackTest, ShowsFramesAndTheSceneAsLoaded) {
     Playback playback(root, clips);
     EXPECT_EQ(playback.state(), "no clip");
     EXPECT_EQ(node->getPosition().y, 5);
-    playback.choose("climb");
-    EXPECT_EQ(playback.state(), "climb 0/2");
+    playback.choose("rise");
+    EXPECT_EQ(playback.state(), "rise 0/2");
     EXPECT_EQ(node->getPosition().y, 0);
     playback.setFrame(2);
     EXPECT_EQ(node->getPosition().y, 20);
@@ -94,7 +94,7 @@ TEST_F(PlaybackTest, ShowsFramesAndTheSceneAsLoaded) {
 
 // The last frame of a loop equals the first one, be it by other angles, and would be shown twice.
 TEST_F(PlaybackTest, LeavesTheLastFrameOfALoopOut) {
-    ravolt::RvaClip loop = climbing(3), open = climbing(3);
+    ravolt::RvaClip loop = rising(3), open = rising(3);
     loop.frames[0][0].rotation = {10, 20, 30};
     loop.frames[2][0] = loop.frames[0][0];
     loop.frames[2][0].rotation = {190, 160, 210};
@@ -108,7 +108,7 @@ TEST_F(PlaybackTest, LeavesTheLastFrameOfALoopOut) {
     Playback playback(engine.load("played/scene.rve"), clips);
     EXPECT_EQ(playback.period(), 1); // no clip
     for (const auto &[clip, period] :
-         {std::pair{"loop", 2}, {"open", 3}, {"climb", 3}, {"run", 2}, {"pose", 1}}) {
+         {std::pair{"loop", 2}, {"open", 3}, {"rise", 3}, {"run", 2}, {"pose", 1}}) {
         playback.choose(clip);
         EXPECT_EQ(playback.period(), period) << clip;
     }
@@ -123,13 +123,13 @@ TEST_F(PlaybackTest, GoesPastBrokenClips) {
     Engine engine({64, 64}, "test", false, "ravolt_log.txt");
     Playback playback(engine.load("played/scene.rve"), clips);
     playback.next(false);
-    EXPECT_EQ(playback.name(), "climb");
+    EXPECT_EQ(playback.name(), "rise");
     EXPECT_THROW(playback.next(false), Failure);
-    EXPECT_EQ(playback.name(), "climb");
+    EXPECT_EQ(playback.name(), "rise");
     playback.next(false);
     EXPECT_EQ(playback.name(), "pose");
     playback.next(true);
-    EXPECT_EQ(playback.name(), "climb");
+    EXPECT_EQ(playback.name(), "rise");
     fs::current_path("..");
 }
 
@@ -137,7 +137,7 @@ TEST_F(PlaybackTest, MeasuresTheRoomOfAllFrames) {
     Engine engine({64, 64}, "test", false, "ravolt_log.txt");
     Playback playback(engine.load("played/scene.rve"), clips);
     EXPECT_NEAR(playback.sphere().center.y, 5.5, 1e-5);
-    playback.choose("climb");
+    playback.choose("rise");
     playback.setFrame(1);
     const Sphere sphere = playback.sphere();
     EXPECT_NEAR(sphere.center.y, 10.5, 1e-5);
