@@ -2,7 +2,7 @@
 
 // The engine's library opens its log in the working folder, and greets on standard output, as soon
 // as it is loaded: before main. The tool leaves no log in its user's folders and keeps its output
-// for itself, so it sends both aside before the library wakes up.
+// for itself, so it redirects both before the library's constructors run.
 
 #include <filesystem>
 
@@ -20,7 +20,7 @@ class LogRedirect {
     // The engine's log of this run.
     static std::filesystem::path log();
 
-    // Removes the log now; for a process that is about to become another program.
+    // Removes the log now; for a process that is about to execute another program.
     static void clear();
 };
 

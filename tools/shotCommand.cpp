@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int largestWhole = 4096; // which takes a gigabyte of the card
+constexpr int largestWhole = 4096; // which takes a gigabyte of video memory
 
 constexpr int maxPictures = 10000;
 

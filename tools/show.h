@@ -19,7 +19,7 @@ Drawing drawingFor(const ShowOptions &options, bool programs);
 void arrange(Stage &stage, const ShowOptions &options, const Verbosity &verbosity);
 
 // With bloom, and without a brightness among the options, makes the light so bright that some of
-// the scene glows. After the scene stands as it will be drawn.
+// the scene glows. Call it when the scene is arranged for drawing.
 void makeGlow(Stage &stage, const ShowOptions &options);
 
 // Draws materials without textures that the engine could not load, and warns of each of these.

@@ -18,10 +18,10 @@ class Interrupted : public std::exception {
     int signalNumber;
 };
 
-// From now on those signals are noted; one that was ignored before, as by nohup, is ignored still.
+// From now on those signals are recorded; one that was ignored before, as by nohup, stays ignored.
 void catchSignals();
 
-// The last one noted; 0 for none.
+// The last one received; 0 for none.
 int receivedSignal();
 
 // Throws Interrupted when there is one.

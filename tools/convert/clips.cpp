@@ -1,5 +1,5 @@
 // Every clip states all the nodes that any clip of the model moves, so that whichever comes after
-// which, no limb stays behind in the pose of another clip. A clip has one frame more than full
+// which, no limb remains in the pose of another clip. A clip has one frame more than full
 // intervals; when the movement ends between two frames, the last one shows its end.
 
 #include "tools/convert/clips.h"
@@ -127,7 +127,7 @@ void Clips::read(unsigned int index) {
     sources.push_back(std::move(source));
 }
 
-// Some readers state durations far behind the last key, and some formats number their frames from
+// Some readers state durations far beyond the last key, and some formats number their frames from
 // one: then the keys reach beyond the duration, and the clip starts with the first of them.
 void Clips::setTimes(Source &source, const aiAnimation &animation) {
     double first = std::numeric_limits<double>::infinity(), last = 0;
@@ -179,7 +179,7 @@ bool Clips::differs(const Placement &placement, std::size_t joint) const {
            length(placement.position - still.position) > size * 1e-6;
 }
 
-// What stands on the joint would have to change its size.
+// Whether everything attached to the joint would have to change its size.
 bool Clips::isRescaled(const Placement &placement, std::size_t joint) const {
     const Matrix &own = skeleton.ownPose().placement[joint].residual;
     return largestDifference(placement.residual, own) > largestEntry(own) * 1e-3;
@@ -201,7 +201,7 @@ std::vector<bool> Clips::movedBy(const Source &source) {
     return moving;
 }
 
-// Those joints that a clip has room for.
+// The joints that fit into a clip.
 std::vector<std::size_t> Clips::writableJoints(const std::string &name,
                                                const std::vector<bool> &moving) {
     std::vector<std::size_t> joints;

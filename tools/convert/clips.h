@@ -23,7 +23,7 @@ constexpr const char *poseClipName = "pose";
 constexpr double minFps = 0.1, maxFps = 1000;
 
 struct Clip {
-    std::string name;   // fit for a file name, told apart from all others of the model
+    std::string name;   // a valid file name, unique in the model
     int animation = -1; // which one of the model; -1 for its own pose
     ravolt::RvaClip frames;
 };

@@ -28,7 +28,7 @@ class Bytes {
         return read(at, found.data(), found.size()) && found == text;
     }
 
-    // Numbers of four bytes; 0 behind the end.
+    // Numbers of four bytes; 0 beyond the end.
     std::uint32_t little(std::uint64_t at) {
         std::array<unsigned char, 4> b{};
         read(at, reinterpret_cast<char *>(b.data()), b.size());

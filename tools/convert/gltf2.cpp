@@ -261,7 +261,7 @@ std::size_t nameApart(Contents &file, Edits &edits) {
     return renamed;
 }
 
-// A mesh that stands under several skins, or once without, gets a copy for each of them.
+// A mesh that is used with several skins, or with and without one, gets a copy for each of them.
 void copySharedMeshes(const Contents &file, Edits &edits) {
     std::map<std::size_t, std::size_t> first; // skin of each mesh
     std::map<std::pair<std::size_t, std::size_t>, std::size_t> copies;

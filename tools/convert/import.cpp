@@ -120,7 +120,7 @@ bool isDrawable(const aiMesh &mesh, const aiFace &face) {
     });
 }
 
-// Some readers state more than they have made. Nothing behind this has to look at a pointer twice.
+// Some readers state more than they have made. After this no pointer has to be checked again.
 template <class T> void dropNull(T **items, unsigned int &number) {
     T **const end = items ? std::remove(items, items + number, nullptr) : items;
     number = static_cast<unsigned int>(end - items);
@@ -274,7 +274,7 @@ void cleanScene(aiScene &scene, Report &report) {
                     " without a finite value set to zero");
 }
 
-// assimp reads what stands in place of the file; should it refuse that, the file as it is.
+// assimp reads the replacement of the file; if it refuses that, the original file.
 void Model::readFile(const std::string &path, ModelFiles &files, Report &report) {
     if (isGltf(path))
         gltf2.emplace(files.part(path), report);
@@ -326,7 +326,7 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
 
     progress.step("reading " + std::filesystem::path(path).filename().string(), 0, 0.35);
     readFile(path, files, report);
-    // The scene belongs to the importer, which hands it out as constant; before the steps run
+    // The scene belongs to the importer, which returns it as constant; before the steps run
     // nobody else looks at it.
     aiScene &read = const_cast<aiScene &>(*importer.GetScene());
     if (!read.mRootNode)

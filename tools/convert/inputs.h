@@ -18,7 +18,7 @@ class InputFiles {
         auto operator<=>(const Identity &) const = default;
     };
 
-    // A name without a file behind it is nothing to be kept.
+    // A name without a file is ignored.
     void add(const std::filesystem::path &file);
     void add(const Identity &file) { files.insert(file); }
     void add(const InputFiles &others) { files.insert(others.files.begin(), others.files.end()); }

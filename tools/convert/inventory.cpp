@@ -17,7 +17,7 @@ void reportMeshes(const aiScene &scene, const char *what, bool (*test)(const aiM
         report.warn(std::string(what) + " of " + counted(number, "mesh", "meshes") + " left out");
 }
 
-// Lines or points, which stand in meshes of their own.
+// Lines or points, which are in meshes of their own.
 std::size_t countPrimitives(const aiScene &scene, unsigned int kind) {
     std::size_t number = 0;
     for (unsigned int i = 0; i < scene.mNumMeshes; ++i)

@@ -8,7 +8,7 @@ namespace ravolt::tool {
 
 namespace {
 
-// Why a light cannot stand in a scene; NULL when it can.
+// Why a scene cannot contain a light; NULL if it can.
 const char *unsupportedReason(const aiLight &light) {
     switch (light.mType) {
     case aiLightSource_DIRECTIONAL:

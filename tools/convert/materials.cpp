@@ -119,7 +119,7 @@ bool glowsWithPicture(const aiMaterial &material) {
 
 struct Source {
     TextureSet textureSet;
-    aiTextureType type = aiTextureType_NONE; // of the cover's colour
+    aiTextureType type = aiTextureType_NONE; // of the colour texture
 };
 
 Source textureSetOf(const aiMaterial &material, const std::string &name, bool normalMaps,
@@ -143,7 +143,7 @@ Source textureSetOf(const aiMaterial &material, const std::string &name, bool no
     return source;
 }
 
-// What the cover's texture mapping asks for and the engine does otherwise.
+// What the texture mapping requests and the engine does not support.
 void reportMapping(const aiMaterial &material, aiTextureType type, const std::string &name,
                    Report &report) {
     for (const char *key : {_AI_MATKEY_MAPPINGMODE_U_BASE, _AI_MATKEY_MAPPINGMODE_V_BASE}) {
@@ -175,7 +175,7 @@ TextureTransform transformOf(const aiMaterial &material, aiTextureType type) {
     return result;
 }
 
-// A texture stands for the colour where a material states none, and where exporters left it black.
+// A texture replaces the colour where a material states none, and where exporters left it black.
 Color diffuseOf(const aiMaterial &material, bool linear, bool covered) {
     Color diffuse = {0, 0, 0, 1};
     const bool stated =
@@ -187,7 +187,7 @@ Color diffuseOf(const aiMaterial &material, bool linear, bool covered) {
     return linear ? asShown(diffuse) : diffuse;
 }
 
-// Where a picture says which parts glow, and the scene cannot hold it, nothing does.
+// Where a picture says which parts glow, and the scene cannot contain it, nothing does.
 Color emissionOf(const aiMaterial &material, aiTextureType textureSet, bool linear) {
     Color emission = {0, 0, 0, 1};
     for (aiTextureType type : {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR})

@@ -1,5 +1,5 @@
-// Invariants of a Geometry: as many normals as positions; texture places as many when it is
-// placed, else none; holders likewise when it is skinned; every index of a face is below that
+// Invariants of a Geometry: as many normals as positions; as many texture coordinates if it has
+// any, and as many influences if it is skinned, else none; every index of a face is below that
 // number.
 
 #include "tools/convert/meshes.h"
@@ -158,7 +158,7 @@ template <class Visit> void eachBone(const VertexInfluences &influences, const V
             visit(influences.bone[k]);
 }
 
-// Grows one piece of a split: knows where each vertex of the whole stands in it.
+// Grows one piece of a split: maps each vertex of the whole to its index there.
 class Piece {
   public:
     Piece(const Geometry &whole, std::vector<std::uint32_t> &places) : from(whole), place(places) {}

@@ -1,7 +1,7 @@
 #pragma once
 
-// Geometry: meshes of a model, carried into the space of their node and put together by material,
-// then cut into pieces that the scene format can hold.
+// Geometry: meshes of a model, transformed into the space of their node, merged by material and
+// cut into pieces within the limits of the scene format.
 
 #include "tools/convert/algebra.h"
 
@@ -12,15 +12,15 @@
 
 namespace ravolt::tool {
 
-// What one mesh of a scene file may hold at most, of vertices and of faces.
+// The maximum of vertices, and of faces, of one mesh of a scene file.
 constexpr std::size_t meshLimit = 65535;
 
-// What the engine bends a vertex and a mesh by at most.
+// The engine's limits of bones for a vertex and for a mesh.
 constexpr std::size_t bonesOfAVertex = 4;
 constexpr std::size_t bonesOfAMesh = 100;
 
-// The bones that hold a vertex, by numbers that the caller gives meaning to; those with a weight of
-// 0 hold nothing.
+// The bones that move a vertex, by numbers whose meaning the caller defines; those with a weight
+// of 0 are unused.
 struct VertexInfluences {
     std::array<std::uint32_t, bonesOfAVertex> bone = {};
     std::array<float, bonesOfAVertex> weight = {};
@@ -38,15 +38,15 @@ struct TexCoord {
 struct Geometry {
     std::vector<Point> positions;
     std::vector<Point> normals;
-    bool hasTexCoords = false;                // whether it has texture places
-    std::vector<TexCoord> texCoords;          // one a vertex when placed, else none
+    bool hasTexCoords = false;                // whether it has texture coordinates
+    std::vector<TexCoord> texCoords;          // one a vertex if it has any, else none
     std::vector<VertexInfluences> influences; // of a skinned mesh one a vertex, else none
     std::vector<std::array<std::uint32_t, 3>> faces;
 
     bool empty() const { return faces.empty(); }
 };
 
-// An affine map of texture places, row by row.
+// An affine map of texture coordinates, row by row.
 struct TextureTransform {
     double uu = 1, uv = 0, u = 0;
     double vu = 0, vv = 1, v = 0;
@@ -56,7 +56,7 @@ struct TextureTransform {
     }
 };
 
-// How the vertices of one mesh go into the space of the node that will hold them.
+// How the vertices of one mesh go into the space of their node in the scene.
 struct VertexTransform {
     Matrix residual;                          // for all vertices of a rigid mesh
     std::vector<Affine> posed;                // for each vertex of a skinned mesh; else empty

@@ -49,7 +49,7 @@ class Motion {
     // Where the movement starts: a key that is alone says no time. Infinite when all are.
     double firstKey() const;
     double lastKey() const;
-    // Whether it goes on behind its last key.
+    // Whether it goes on after its last key.
     bool goesOn() const {
         return after == aiAnimBehaviour_LINEAR || after == aiAnimBehaviour_REPEAT;
     }

@@ -98,7 +98,7 @@ Pose Skeleton::poseOf(const std::vector<Affine> &localTransforms, const Pose &be
     return pose(localTransforms, &before);
 }
 
-// Whether a joint stands as in the model's own pose, which is then known already.
+// Whether a joint has the transform of the model's own pose, which is known already.
 bool Skeleton::isInOwnPose(std::size_t index, const std::vector<Affine> &localTransforms,
                            const Pose &made) const {
     const Joint &joint = list[index];

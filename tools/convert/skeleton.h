@@ -1,6 +1,6 @@
 #pragma once
 
-// The nodes of a model in one list, as the scene will have them: under names that are told apart,
+// The nodes of a model in one list, as the scene will have them: under unique names,
 // each below the node that is its parent in the scene, and placed by a position and a rotation.
 
 #include "tools/convert/algebra.h"
@@ -17,10 +17,10 @@ namespace ravolt::tool {
 
 // Levels of nodes in a scene. The format and the engine's drawing go deeper, but
 // RVNODE::getFinalMatrix, by which a scene is framed and its nodes are placed in the world, knows
-// 63 ancestors; the pieces of a node and its lights stand one level below it.
+// 63 ancestors; the pieces of a node and its lights are one level below it.
 constexpr int maxLevel = 60;
 
-// Bones are told relative to the ancestor of this name, so that a figure can be put anywhere.
+// Bones are relative to the ancestor of this name, so that a figure can be moved as a whole.
 constexpr const char *skeletonRootName = "HumanoidRoot";
 
 constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
@@ -33,7 +33,7 @@ struct Joint {
     int level = 0;
 };
 
-// Where all nodes stand at one time. `world` is without their rests.
+// The transforms of all nodes at one time. `world` is without their residuals.
 struct Pose {
     std::vector<Placement> placement;
     std::vector<Affine> world;
@@ -47,7 +47,7 @@ class Skeleton {
     // `firstLevel` is that of the model's root in the scene, `scale` a factor for all lengths.
     Skeleton(const aiScene &scene, double scale, int firstLevel, Report &report);
 
-    // Parents stand before their children, in the order of the model.
+    // Parents come before their children, in the order of the model.
     const std::vector<Joint> &joints() const { return list; }
 
     // The first node of that name in the model; nowhere when there is none.
@@ -78,7 +78,7 @@ class Skeleton {
     std::vector<Joint> list;
     std::map<std::string, std::size_t> byName;
     std::set<std::string> names;
-    std::map<std::string, int> numbers; // the last one behind a name that others have too
+    std::map<std::string, int> numbers; // the last suffix of a name that is not unique
     std::vector<Affine> locals;
     Pose own;
     std::size_t shortenedNames = 0, renamed = 0;

@@ -1,6 +1,6 @@
-// For a joint j with the rest r and a mesh that it holds by the offset matrix o, r * o carries the
-// data of the mesh into the frame that the engine moves. In the file's pose all joints of a vertex
-// must agree on where it stands, which fixes how the joints that hold vertices together stand to
+// For a joint j with the residual r and a mesh with the offset matrix o for it, r * o transforms
+// the data of the mesh into the frame that the engine moves. In the file's pose all joints of a
+// vertex must agree on its position, which constrains the joints that share vertices relative to
 // each other: world(a) * r_a * o_a = world(b) * r_b * o_b.
 
 #include "tools/convert/skins.h"
@@ -56,7 +56,7 @@ bool Skins::any() const {
                        [](const Skin &skin) { return !skin.influences.empty(); });
 }
 
-// Vertices that were held by missing bones alone would stay behind when all around them moves.
+// Vertices whose bones are all missing would not move with the vertices around them.
 void Skins::followNeighbours(const aiMesh &mesh, const std::vector<bool> &lost,
                              std::vector<std::vector<Influence>> &influences) {
     for (bool again = true; again;) {
@@ -141,8 +141,8 @@ std::vector<std::vector<Skins::JointConstraint>> Skins::jointConstraints() const
     return result;
 }
 
-// Where the joints that hold vertices together stand, group by group. The first joint of a group
-// stands as in the model's own pose.
+// The transforms of the joints that share vertices, group by group. The first joint of a group
+// has that of the model's own pose.
 std::vector<std::optional<Affine>> Skins::boundTransforms() const {
     const std::vector<std::vector<JointConstraint>> constraints = jointConstraints();
     std::vector<std::optional<Affine>> transforms(bones.size());
@@ -190,7 +190,7 @@ void Skins::setBindPose() {
     }
 }
 
-// Whether all joints of a vertex agree on where it stands.
+// Whether all joints of a vertex agree on its position.
 bool Skins::fitsBindPose(const Skin &skin, const aiMesh &mesh, std::size_t vertex,
                          double tolerance) const {
     const Vector position = vectorFrom(mesh.mVertices[vertex]);

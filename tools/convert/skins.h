@@ -1,8 +1,8 @@
 #pragma once
 
-// Skins: which joints hold each vertex of a mesh. The engine bends a mesh from the pose that its
+// Skins: which joints move each vertex of a mesh. The engine skins a mesh from the pose that its
 // tree has in the file, so that pose must be the one that the skin was bound in, and the vertices
-// stand where the joints hold them there.
+// are where the joints put them in it.
 
 #include "tools/convert/meshes.h"
 #include "tools/convert/skeleton.h"
@@ -24,17 +24,17 @@ class Skins {
     bool isSkinned(unsigned int mesh) const { return !skins[mesh].influences.empty(); }
     bool isBone(std::size_t joint) const { return bones[joint]; }
 
-    // The pose of the model, but for joints that hold vertices together: those stand as when the
-    // skin was bound.
+    // The pose of the model, but for joints that share vertices: those are as when the skin was
+    // bound.
     const Pose &bindPose() const { return bind; }
     bool differsFromOwnPose() const { return changed; }
 
     // For each vertex of a mesh on the node `joint`: how it goes into the frame of the scene in
-    // that pose, and what holds it. A vertex without a bone is held by the node itself.
+    // that pose, and its influences. A vertex without a bone follows the node itself.
     void setVertexTransform(unsigned int mesh, std::size_t joint, VertexTransform &transform);
 
   private:
-    // One of the joints that hold a vertex, and which bone of the mesh that is.
+    // One of the bones of the mesh that move a vertex.
     struct Influence {
         std::size_t bone = nowhere;
         double weight = 0;
@@ -45,7 +45,7 @@ class Skins {
         std::vector<Affine> toJoint;            // from the mesh's data to the frame of the joint
         std::vector<BoneInfluences> influences; // for each vertex; empty when nothing is skinned
     };
-    // A mesh has vertices that two joints hold together.
+    // Two joints share vertices of a mesh, which fixes one relative to the other.
     struct JointConstraint {
         std::size_t joint = 0; // the other one
         Affine toFirst;        // from its frame to that of the first

@@ -21,14 +21,14 @@ namespace ravolt::tool {
 
 // Whose word on a picture's alpha holds.
 enum class AlphaUse {
-    stated,  // the opacity of the cover says it all
+    stated,  // the opacity of the texture set decides
     picture, // the pixels decide
     opaque,
     cutout,
     blended,
 };
 
-// What covers one surface, by the model's own paths; empty for none.
+// The textures of one surface, by the model's own paths; empty for none.
 struct TextureSet {
     std::string color;
     std::string opacity; // a map of its own, or `color` again when that picture's alpha counts
@@ -39,7 +39,7 @@ struct TextureSet {
     auto operator<=>(const TextureSet &) const = default;
 };
 
-// The file made of a cover.
+// The file made of a texture set.
 struct TextureFile {
     std::string name; // empty when there is none: not stated, not found or broken
     bool seeThrough = false;
@@ -60,8 +60,8 @@ class Textures {
     Textures(const aiScene &model, ModelFiles &sources, const Options &settings, Report &lines,
              FileTransaction &transaction, InputFiles &inputs);
 
-    // Each cover is staged once. Pictures that are missing or broken are reported and left out;
-    // throws Failure only when a file cannot be written.
+    // Each texture set is staged once. Pictures that are missing or broken are reported and left
+    // out; throws Failure only when a file cannot be written.
     TextureFile file(const TextureSet &textureSet);
 
   private:

@@ -1,5 +1,5 @@
 // Invariant: for every node, the product of the rigid transforms from the root down to it, times
-// its rest, is the product of the model's own matrices.
+// its residual, is the product of the model's own matrices.
 
 #include "tools/convert/transforms.h"
 

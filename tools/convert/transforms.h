@@ -14,10 +14,10 @@ namespace ravolt::tool {
 Matrix rotationFromDegrees(const Vector &degrees);
 Vector degreesFromRotation(const Matrix &rotation);
 
-// Where a node stands relative to its parent, and what is left for its vertices and its children:
-//   parentResidual * local = translation(position) * rotation(degrees) * rest
-// `position` and `degrees` are rounded to what a float holds, and `rest` makes up for the rounding
-// of the angles, so errors do not add up along a branch.
+// A node relative to its parent, and the residual for its vertices and its children:
+//   parentResidual * local = translation(position) * rotation(degrees) * residual
+// `position` and `degrees` are rounded to what a float holds, and `residual` makes up for the
+// rounding of the angles, so errors do not add up along a branch.
 struct Placement {
     Vector position;
     Vector degrees;

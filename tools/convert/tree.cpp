@@ -4,9 +4,9 @@
 // - with triangles of one material: a mesh;
 // - with more: such a node with a child mesh for each material, and for each piece of a mesh that
 //   is above the format's limit.
-// With skins all of them stand below a node "HumanoidRoot", and so do the skinned meshes, unmoved:
-// the engine bends them in the frame of that node, wherever their own nodes in the model are.
-// Scale, shear and mirroring travel down the tree as the rest of each node's matrix and end in
+// With skins all of them are below a node "HumanoidRoot", and so do the skinned meshes, unmoved:
+// the engine skins them in the frame of that node, wherever their own nodes in the model are.
+// Scale, shear and mirroring travel down the tree as the residual of each node's matrix and end in
 // vertices and positions.
 
 #include "tools/convert/tree.h"

@@ -1,4 +1,4 @@
-// Lights of the rigs are directional. Where such a light stands is of no account, except that the
+// Lights of the rigs are directional. The position of such a light has no effect, except that the
 // engine draws a small pyramid there: so they all stand behind the camera, and the first one
 // nearest to the scene, since programs go by the nearest light alone.
 //

@@ -45,7 +45,7 @@ class Lights {
     void arrangeSpot(const Sphere &scene, const Effects &effects);
 
     std::vector<RVLIGHT *> rigLights;   // always as many as an object can have
-    RVLIGHT *spot;                      // stands in for the first of them
+    RVLIGHT *spot;                      // replaces the first of them
     std::vector<RVNODE *> sceneLights;  // of the scene itself
     std::vector<RVNODE *> lightParents; // where they belong
     int rig = 0;

@@ -19,7 +19,7 @@ namespace ravolt::tool {
 namespace {
 
 // The memory of the PNG writer, which goes on without asking whether it was given any. So this
-// throws, and what the writer holds then is freed by the one who called it.
+// throws, and the caller then frees the blocks of the writer.
 class Blocks {
   public:
     ~Blocks() {
@@ -28,7 +28,8 @@ class Blocks {
     }
 
     static void *resize(void *former, std::size_t size) {
-        std::set<void *> room = {nullptr}; // made first, so that nothing fails behind the block
+        std::set<void *> room = {
+            nullptr}; // made first, so that nothing fails after the block is allocated
         void *block = std::realloc(former, size);
         if (!block)
             throw std::bad_alloc();

@@ -132,7 +132,7 @@ void Playback::choose(const std::string &nameOrFile) {
 }
 
 void Playback::next(bool backwards) {
-    const std::size_t ring = clips.size() + 1; // none is behind the last
+    const std::size_t ring = clips.size() + 1; // none comes after the last
     const std::size_t place = current == none ? clips.size() : current;
     const std::size_t wanted = (place + (backwards ? ring - 1 : 1)) % ring;
     if (wanted == clips.size())

@@ -1,6 +1,6 @@
 #pragma once
 
-// Clips that are played on a scene: those that stand beside its file, or one that is named.
+// Clips that are played on a scene: those beside its file, or one that is named.
 
 #include "tools/stage/sphere.h"
 

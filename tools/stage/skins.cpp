@@ -73,7 +73,7 @@ class SkinReader {
         old = magic[12] == '5';
         for (int materials = in.number<std::uint16_t>(); materials > 0 && in.isGood(); --materials)
             readMaterial();
-        // The records stand one behind the other; how many are still to come is all there is to
+        // The records follow one another; how many are still to come is all there is to
         // their tree.
         for (std::size_t pending = 1; pending > 0 && in.isGood(); ++nodes)
             pending += readNode() - 1;

@@ -98,7 +98,7 @@ bool Extent::bind(const SceneSkin &data, RVNODE *node) {
     return true;
 }
 
-// As the engine bends it: relative to its parent, in the frame of the figure.
+// As the engine skins it: relative to its parent, in the frame of the figure.
 void Extent::add(const Skin &skin) {
     const Affine toWorld = worldOf(skin.mesh) * inverseOf(inFigure(skin.mesh)) *
                            inverseOf(worldOf(skin.mesh->getParent()));

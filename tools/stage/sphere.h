@@ -31,13 +31,13 @@ struct Box {
 Sphere sphereAround(RVNODE *root);
 
 // The room that a scene takes while it moves, by its vertices: those of skins where their bones put
-// them. Make it when the scene stands as it was loaded, which is how its skins were bound.
+// them. Make it while the scene is as it was loaded, which is how its skins were bound.
 class Extent {
   public:
-    // `skins` are those of the scene's file; others count as they stand when they are loaded.
+    // `skins` are those of the scene's file; others count in their pose when they are loaded.
     Extent(RVNODE *root, const std::vector<SceneSkin> &skins);
 
-    void add(); // the scene as it stands now
+    void add(); // the scene in its present pose
     // Without any such time the one around the scene as it was loaded.
     Sphere sphere() const;
 

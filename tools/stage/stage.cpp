@@ -118,7 +118,7 @@ View Stage::viewNow() const {
     return view;
 }
 
-// The planes stand as close to the scene as the view allows, which gives the depth buffer its best
+// The planes are as close to the scene as the view allows, which gives the depth buffer its best
 // resolution at any size.
 void Stage::project(double distance) {
     const double reach =
@@ -159,13 +159,13 @@ void Stage::focus(double distance) {
     RAVOLT::setDOFRange(static_cast<float>(farthest / depth));
 }
 
-// The engine keeps such wishes for good, so each frame states all of them.
+// These settings of the engine persist, so each frame sets all of them.
 void Stage::applyEffects(double distance) {
     const bool whole = !RAVOLT::isWireframed(); // lines would draw a picture's outline only
     const auto apply = [](bool on, void (*switchOn)(), void (*switchOff)()) {
         on ? switchOn() : switchOff();
     };
-    // Without programs a mesh that they bend would stand in its bind pose.
+    // Without programs a mesh that they skin would be drawn in its bind pose.
     apply(effects.isOn(Effect::perPixel) || skinnedByPrograms, RVSETTINGS::forceShadersOn,
           RVSETTINGS::forceShadersOff);
     apply(effects.isOn(Effect::shadows), RAVOLT::shadowingOn, RAVOLT::shadowingOff);

@@ -66,7 +66,7 @@ class Stage {
     // The window has a new size.
     void resize(int width, int height);
 
-    // What the camera goes round and keeps in view; at first the scene as it stands.
+    // What the camera goes round and keeps in view; initially the scene as loaded.
     const Sphere &sphere() const { return around; }
     void setSphere(const Sphere &wanted);
 

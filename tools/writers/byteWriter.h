@@ -2,7 +2,7 @@
 
 // What the writers of binary formats share. Everything is little-endian and packed. A file is
 // checked while it is written; the first error ends the work, since every putter does nothing
-// behind one.
+// after one.
 
 #include <array>
 #include <cstddef>

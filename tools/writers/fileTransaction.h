@@ -1,7 +1,7 @@
 #pragma once
 
 // Files that are written together: each first under a temporary name beside its target, then all
-// are renamed. Until then, and after any failure, what stood there before stands there still. Only
+// are renamed. Until then, and after any failure, the former files remain. Only
 // the end of the process by SIGKILL leaves temporaries behind, which are in nobody's way; between
 // two renames it leaves each file whole, some of them new.
 
