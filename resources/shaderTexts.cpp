@@ -36,6 +36,7 @@ constexpr char shadowed[] = "#define SHADOWED\n";
 constexpr char skinned[] = "#define SKINNED\n";
 constexpr char skinnedLight[] = "#define SKINNED_LIGHT\n";
 constexpr char colored[] = "#define COLORED\n";
+constexpr char clipped[] = "#define CLIPPED\n";
 constexpr char averaged[] = "#define AVERAGED\n";
 constexpr char alongX[] = "#define ALONG_X\n";
 
@@ -125,7 +126,7 @@ constexpr Row rows[] = {
     {"dofCombinePST.glsl", stage<combinePS, averaged>},
     {"dofVS.glsl", stage<screenVS>},
     {"dofPS.glsl", stage<dofPS>},
-    {"skydomeVS.glsl", stage<screenVS>},
+    {"skydomeVS.glsl", stage<screenVS, clipped>},
     {"skydomeFS.glsl", stage<skydomePS>},
 
     {"waterVS.glsl", stage<waterVS>},

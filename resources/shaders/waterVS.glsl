@@ -26,6 +26,7 @@ void main() {
                          0.5, 0.5, 0.5, 1.0);
     position = ftransform();
     gl_Position = position;
+    gl_ClipVertex = posWorld;
     position = MReflect * position;
 
     camZ = gl_ModelViewMatrixInverse[3].y; // the camera's height

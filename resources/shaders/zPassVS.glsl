@@ -9,8 +9,10 @@ void main() {
     vec4 position;
     vec3 unused;
     skin(position, unused);
+    gl_ClipVertex = gl_ModelViewMatrix * position;
     gl_Position = gl_ModelViewProjectionMatrix * position;
 #else
+    gl_ClipVertex = pos;
     gl_Position = ftransform();
 #endif
 }

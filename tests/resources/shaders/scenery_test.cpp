@@ -69,6 +69,7 @@ VertexResult waterVertex(const ProgramScene &scene, const Vertex &vertex) {
     result.varyings["camZ"] = {affineInverse(scene.modelview)[3].y};
     result.varyings["texCoord"] = vertex.texCoord[0];
     result.varyings["shadow"] = scene.textureMatrix1 * place;
+    result.varyings["clipVertex"] = place;
     return result;
 }
 
@@ -227,6 +228,14 @@ class SceneryProgram : public ProgramTest {
         return result;
     }
 
+    // The clipping plane cuts what is drawn, on one side alone.
+    static void expectCut(const char *vertexLabel, const char *pixelLabel, ProgramScene scene,
+                          const VertexReference &vertex, const PixelReference &pixel) {
+        scene.clipPlane = {1, 0.5, 0, 0.25};
+        const Comparison cut = expectPair(vertexLabel, pixelLabel, scene, vertex, pixel);
+        EXPECT_EQ(cut.visited.count("not beside the plane"), 1u);
+    }
+
     static void expectTerrain(const char *vertexLabel, const char *pixelLabel, ProgramScene scene,
                               const VertexReference &vertex, const PixelReference &pixel) {
         place(scene);
@@ -234,10 +243,7 @@ class SceneryProgram : public ProgramTest {
             corner.position.y *= scene.number("inv"); // drawn where it was placed
         const std::set<std::string> both = {"lit", "not lit"};
         EXPECT_EQ(expectPair(vertexLabel, pixelLabel, scene, vertex, pixel).visited, both);
-        // The clipping plane cuts what is drawn, not the vertices as they came.
-        scene.clipPlane = {1, 0.5, 0, 0.25};
-        const Comparison cut = expectPair(vertexLabel, pixelLabel, scene, vertex, pixel);
-        EXPECT_EQ(cut.visited.count("not beside the plane"), 1u);
+        expectCut(vertexLabel, pixelLabel, scene, vertex, pixel);
     }
 };
 
@@ -259,6 +265,7 @@ TEST_F(SceneryProgram, WaterMixesReflectionAndRefractionFromAboveAndBelow) {
         const Comparison result =
             expectPair("waterVS.glsl", "waterPS.glsl", scene, waterVertex, waterPixel);
         EXPECT_EQ(result.visited, (std::set<std::string>{"lit", "not lit"}));
+        expectCut("waterVS.glsl", "waterPS.glsl", scene, waterVertex, waterPixel);
     }
 }
 
@@ -270,6 +277,7 @@ TEST_F(SceneryProgram, ShadowedWaterIsDarkenedAsAWhole) {
         expectPair("waterSVS.glsl", "waterSPS.glsl", scene, waterVertex, waterPixel);
     EXPECT_EQ(result.visited,
               (std::set<std::string>{"lit", "not lit", "in shadow", "not in shadow"}));
+    expectCut("waterSVS.glsl", "waterSPS.glsl", scene, waterVertex, waterPixel);
 }
 
 TEST_F(SceneryProgram, ComplexTerrainBlendsShiftsAndMirrors) {

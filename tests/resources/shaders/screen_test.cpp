@@ -8,8 +8,9 @@ namespace {
 
 // The common vertex stage: places, texture coordinates and the colour go through.
 VertexResult through(const ProgramScene &scene, const Vertex &vertex) {
-    return {scene.projection * (scene.modelview * vertex.position),
-            {{"texCoord", vertex.texCoord[0]}, {"color", vertex.color}}};
+    const Vec place = scene.modelview * vertex.position;
+    return {scene.projection * place,
+            {{"texCoord", vertex.texCoord[0]}, {"color", vertex.color}, {"clipVertex", place}}};
 }
 
 // Texture coordinates over the whole picture and beyond, colours that differ, and a picture of
@@ -46,10 +47,9 @@ void addTwoBones(ProgramScene &scene) {
 }
 
 VertexResult skinnedThrough(const ProgramScene &scene, const Vertex &vertex) {
-    VertexResult result = through(scene, vertex);
-    result.position =
-        scene.projection * (scene.modelview * (scene.skinning(vertex) * vertex.position));
-    return result;
+    Vertex skinned = vertex;
+    skinned.position = scene.skinning(vertex) * vertex.position;
+    return through(scene, skinned);
 }
 
 // The same with the place in eye space, before skinning.
@@ -74,6 +74,19 @@ class ScreenProgram : public ProgramTest {
         EXPECT_GT(result.compared, 200);
         EXPECT_GT(result.background, 200);
         return result;
+    }
+
+    // The same once more, cut by a plane of the user's.
+    static void expectCutPair(const std::string &vertexLabel, const std::string &pixelLabel,
+                              ProgramScene scene, const VertexReference &vertex,
+                              const PixelReference &pixel) {
+        expectPair(vertexLabel, pixelLabel, scene, vertex, pixel);
+        scene.clipPlane = {1, 0.5, 0, 0.25};
+        place(scene);
+        const Comparison cut =
+            compare(vertexLabel.c_str(), pixelLabel.c_str(), scene, vertex, pixel, singlePrecision);
+        EXPECT_EQ(cut.visited.count("beside the plane"), 1u);
+        EXPECT_EQ(cut.visited.count("not beside the plane"), 1u);
     }
 
     static Comparison expectPicture(const std::string &name, const ProgramScene &scene,
@@ -202,10 +215,10 @@ TEST_F(ScreenProgram, DepthOfFieldMixesByTheAlphaOfTheBlurredImage) {
 TEST_F(ScreenProgram, SkyIsBrightenedByAFifthOfTheAmbientLight) {
     ProgramScene scene = pictureScene(1);
     scene.lightModelAmbient = {0.5, 0.25, 1, 0.7};
-    expectPair("skydomeVS.glsl", "skydomeFS.glsl", scene, through,
-               [](const auto &s, const auto &in, Notes &notes) {
-                   return withW(sampled(s, in, notes, 0) + s.lightModelAmbient * 0.2, 1);
-               });
+    expectCutPair("skydomeVS.glsl", "skydomeFS.glsl", scene, through,
+                  [](const auto &s, const auto &in, Notes &notes) {
+                      return withW(sampled(s, in, notes, 0) + s.lightModelAmbient * 0.2, 1);
+                  });
 }
 
 TEST_F(ScreenProgram, PassthroughGivesTheColour) {
@@ -223,11 +236,11 @@ TEST_F(ScreenProgram, DepthCodingPutsTheUnskinnedDepthIntoAlpha) {
     const auto depth = [](const auto &s, const auto &in, Notes &) {
         return Vec{0, 0, 0, std::abs((in.at("pos").z - s.number("near")) / s.number("far"))};
     };
-    expectPair("passthroughZPassVS.glsl", "passthroughZPassPS.glsl", scene, withDepth(through),
-               depth);
+    expectCutPair("passthroughZPassVS.glsl", "passthroughZPassPS.glsl", scene, withDepth(through),
+                  depth);
     addTwoBones(scene);
-    expectPair("passthroughZPassVSA.glsl", "passthroughZPassPSA.glsl", scene,
-               withDepth(skinnedThrough), depth);
+    expectCutPair("passthroughZPassVSA.glsl", "passthroughZPassPSA.glsl", scene,
+                  withDepth(skinnedThrough), depth);
 }
 
 } // namespace ravolt::test
