@@ -10,7 +10,6 @@
 #include "ravolt/zlf.h"
 
 #include "engine/gl/bindings.h"
-#include "engine/gl/entryPoint.h"
 #include "foundation/bytes.h"
 #include "foundation/text.h"
 #include "models/loadIndex.h"
@@ -69,17 +68,6 @@ T *copyArray(unsigned char *block, std::size_t offset, const unsigned char *sour
     return reinterpret_cast<T *>(block + offset);
 }
 
-// The name of a new buffer with these contents; 0 without buffers.
-unsigned int createBuffer(GLenum target, const void *data, std::size_t bytes) {
-    if (!RVOPENGL::glGenBuffersARB || !RVOPENGL::glBindBufferARB || !RVOPENGL::glBufferDataARB)
-        return 0;
-    GLuint buffer = 0;
-    RVOPENGL::glGenBuffersARB(1, &buffer);
-    RVOPENGL::glBindBufferARB(target, buffer);
-    RVOPENGL::glBufferDataARB(target, static_cast<GLsizeiptrARB>(bytes), data, GL_STATIC_DRAW_ARB);
-    return buffer;
-}
-
 void assignMaterial(RVMESH &mesh, const char *materialName) {
     const bool isRootMesh = std::strcmp(mesh.getName(), "[root]") == 0;
     RVMATERIAL *found = ravolt::LoadIndex::findMaterial(materialName);
@@ -93,9 +81,8 @@ void assignMaterial(RVMESH &mesh, const char *materialName) {
 } // namespace
 
 RVMESH::~RVMESH() {
-    for (unsigned int buffer : owned->buffer)
-        if (buffer)
-            ravolt::callIfPresent<RVOPENGL::glDeleteBuffersARB>(1, &buffer);
+    for (const unsigned int buffer : owned->buffer)
+        ravolt::deleteBuffer(buffer);
     for (void *block : owned->block)
         if (block)
             zlfFree(block);
@@ -205,17 +192,18 @@ void RVMESH::createBuffers() {
     const std::size_t weights = std::size_t{numberOfVertices} * numberOfWeights * sizeof(float);
     unsigned int *const buffer = owned->buffer;
     if (vertex) {
-        buffer[bufferVertex] = createBuffer(GL_ARRAY_BUFFER_ARB, vertex, vectors);
-        buffer[bufferNormal] = createBuffer(GL_ARRAY_BUFFER_ARB, vertexNormal, vectors);
+        buffer[bufferVertex] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, vertex, vectors);
+        buffer[bufferNormal] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, vertexNormal, vectors);
     }
     if (uv)
-        buffer[bufferUV] = createBuffer(GL_ARRAY_BUFFER_ARB, uv, numberOfUVs * sizeof(*uv));
+        buffer[bufferUV] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, uv, numberOfUVs * sizeof(*uv));
     if (face)
         buffer[bufferFace] =
-            createBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, face, numberOfFaces * sizeof(*face));
+            ravolt::createBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, face, numberOfFaces * sizeof(*face));
     if (isSkinned()) {
-        buffer[bufferBoneIndex] = createBuffer(GL_ARRAY_BUFFER_ARB, boneIndexFloat, weights);
-        buffer[bufferBoneWeight] = createBuffer(GL_ARRAY_BUFFER_ARB, boneWeight, weights);
+        buffer[bufferBoneIndex] =
+            ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, boneIndexFloat, weights);
+        buffer[bufferBoneWeight] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, boneWeight, weights);
     }
     vertexBuffer = buffer[bufferVertex];
     normalBuffer = buffer[bufferNormal];

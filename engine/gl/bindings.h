@@ -1,10 +1,12 @@
 #pragma once
 
-// The active texture unit and the bound vertex buffers. Nothing happens where the driver has no
-// function for it.
+// The active texture unit, and vertex buffers. Nothing happens where the driver has no function for
+// it. Only here may vertex buffers be generated, filled and deleted.
 
 #include "engine/gl/entryPoint.h"
 #include "ravolt/RVOPENGL.h"
+
+#include <cstddef>
 
 namespace ravolt {
 
@@ -28,6 +30,27 @@ inline void bindBuffer(GLenum target, GLuint buffer) {
 inline void unbindBuffers() {
     bindBuffer(GL_ARRAY_BUFFER_ARB, 0);
     bindBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
+}
+
+inline bool canCreateBuffers() {
+    return RVOPENGL::glGenBuffersARB && RVOPENGL::glBindBufferARB && RVOPENGL::glBufferDataARB;
+}
+
+// OpenGL's name of a new buffer with these contents, which stays bound; 0 without buffers.
+inline GLuint createBuffer(GLenum target, const void *data, std::size_t bytes) {
+    if (!canCreateBuffers())
+        return 0;
+    GLuint buffer = 0;
+    RVOPENGL::glGenBuffersARB(1, &buffer);
+    RVOPENGL::glBindBufferARB(target, buffer);
+    RVOPENGL::glBufferDataARB(target, static_cast<GLsizeiptrARB>(bytes), data, GL_STATIC_DRAW_ARB);
+    return buffer;
+}
+
+// 0 is no buffer.
+inline void deleteBuffer(GLuint buffer) {
+    if (buffer)
+        callIfPresent<RVOPENGL::glDeleteBuffersARB>(1, &buffer);
 }
 
 } // namespace ravolt

@@ -58,7 +58,7 @@ ROWS = [
      "owners": ["resources/RVSHADER.cpp", "resources/shaderParameters.cpp"],
      "says": ["only", "programs"], "exceptions": {}},
     {"what": r"gl(Gen|Delete)BuffersARB[(>]|glBufferDataARB[(>]",
-     "owners": ["models/RVMESH.cpp", "models/meshLoad.cpp"], "says": [],
+     "owners": ["engine/gl/bindings.h"], "says": ["only", "vertex buffers"],
      "exceptions": {}},
     {"what": r"glReadPixels\(", "owners": ["engine/frame/select.cpp"], "says": [],
      "exceptions": {("resources/blur.cpp", ""): "the mean luminance is one pixel of a target"}},
