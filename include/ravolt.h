@@ -16,6 +16,8 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
+#include "ravolt/RVSKYDOME.h"
+#include "ravolt/RVSKYDOME_VERTEX.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
 #include "ravolt/Z3MMATRIX.h"

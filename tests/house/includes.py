@@ -16,7 +16,7 @@ from layers import DOCUMENT, LAYER, FOLDER_OF_HEADER, diagram, with_diagram
 TOP_FOLDERS = sorted({folder.split("/")[0] for folder in LAYER} | {"include/ravolt"})
 
 # What a public header may include: headers by value, and nothing of SDL or of the inside.
-LEAVES = re.compile(r"^ravolt/(api|owned|vectorFamily|weakPointer|Z3M\w+)\.h$")
+LEAVES = re.compile(r"^ravolt/(api|owned|vectorFamily|weakPointer|Z3M\w+|RV\w+_VERTEX)\.h$")
 OPENGL_HEADERS = {"ravolt/RVOPENGL.h": {"GL/gl.h", "GL/glext.h"}}
 
 # Headers that the build makes, and that include nothing.
