@@ -28,8 +28,8 @@ class Blocks {
     }
 
     static void *resize(void *former, std::size_t size) {
-        std::set<void *> room = {
-            nullptr}; // made first, so that nothing fails after the block is allocated
+        // Made first, so that nothing fails after the block is allocated.
+        std::set<void *> room = {nullptr};
         void *block = std::realloc(former, size);
         if (!block)
             throw std::bad_alloc();
