@@ -252,7 +252,7 @@ std::size_t nameApart(Contents &file, Edits &edits) {
         int &number = numbers.try_emplace(node.name, 1).first->second;
         std::string ending;
         do
-            ending = "_" + std::to_string(++number);
+            ending = std::string("_").append(std::to_string(++number));
         while (!names.insert(node.name + ending).second);
         node.name += ending;
         edits.insert(node.nameText.end - 1, ending);
@@ -274,7 +274,8 @@ void copySharedMeshes(const Contents &file, Edits &edits) {
         edits.replace(node.meshNumber, std::to_string(copy->second));
         const Span &mesh = file.meshes[node.mesh];
         if (isNew)
-            edits.insert(file.meshesEnd, "," + file.text.substr(mesh.begin, mesh.end - mesh.begin));
+            edits.insert(file.meshesEnd,
+                         std::string(",").append(file.text, mesh.begin, mesh.end - mesh.begin));
     }
 }
 

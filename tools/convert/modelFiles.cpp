@@ -241,10 +241,12 @@ fs::path ModelFiles::part(const std::string &stated) {
         rest.erase(0, front.size());
     const Found found = find(rest, false);
     if (found.outside)
-        report.warn("file '" + rest + "' lies outside the model's folders: " +
-                    (found.file.empty() ? std::string("left out")
-                                        : "'" + found.file.string() + "' is read in its place") +
-                    "; --follow opens it");
+        report.warn(
+            "file '" + rest + "' lies outside the model's folders: " +
+            (found.file.empty()
+                 ? std::string("left out")
+                 : std::string("'").append(found.file.string()).append("' is read in its place")) +
+            "; --follow opens it");
     return found.file;
 }
 
