@@ -3,8 +3,6 @@
 #include "ravolt/RAVOLT.h"
 #include "ravolt/Z3MMATRIX.h"
 
-class RVLIGHT;
-
 // The steps of a frame, as RAVOLT::end3D runs them. A step that draws the render list once more or
 // composites the picture leaves the full profile, an open colour mask, blending off with its
 // standard function, and the frame's own target bound.
@@ -38,7 +36,6 @@ struct RAVOLT::Frame {
     // The list leaves the blending of its last entry, and OpenGL state that the material cache does
     // not know. Neither must affect what follows.
     static void invalidateAfterList();
-    static RVLIGHT *findCaster();
     static void drawMap(const Z3MMATRIX &eyeToLight);
     static void drawCasters(const Z3MMATRIX &eyeToLight);
 };

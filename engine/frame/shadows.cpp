@@ -16,22 +16,15 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "resources/textureInternals.h"
-#include "scene/nodeInternals.h"
 #include "scene/nodeTraits.h"
 #include "scene/renderList.h"
+#include "scene/shadowCaster.h"
 
 namespace {
 
 constexpr unsigned int mapUnit = 1;
 
 RVFBO &shadowMap() { return *RVOPENGL::getFbo(2); }
-
-bool isCaster(RVNODE &node) {
-    if (!ravolt::NodeInternals::isObjectOf(node, RV_NODE_TYPE_LIGHT))
-        return false;
-    const RVLIGHT &light = static_cast<const RVLIGHT &>(node);
-    return light.getLightType() == RV_LIGHT_TYPE_SPOT && light.isShadowCaster();
-}
 
 // Multiplies the perspective of the light's cone onto the projection, which is the current matrix.
 Z3MMATRIX loadProjection(const RVLIGHT &light) {
@@ -175,17 +168,6 @@ void unloadMapMatrix() {
 
 } // namespace
 
-// The last one in the order of the list.
-RVLIGHT *RAVOLT::Frame::findCaster() {
-    RVLIGHT *caster = nullptr;
-    for (unsigned int index = 0; index < RVELEMENT::getNumberOfPassedElements(); ++index) {
-        RVNODE *node = ravolt::RenderList::entry(index)->getNode();
-        if (isCaster(*node))
-            caster = static_cast<RVLIGHT *>(node);
-    }
-    return caster;
-}
-
 // Draws the entries that cast shadows: not the lights, nor what extends to the horizon, as the sky
 // does. The matrix of an entry is in the caster's eye space while it is drawn.
 void RAVOLT::Frame::drawCasters(const Z3MMATRIX &eyeToLight) {
@@ -222,7 +204,7 @@ void RAVOLT::Frame::drawMap(const Z3MMATRIX &eyeToLight) {
 }
 
 void RAVOLT::Frame::drawShadows() {
-    RVLIGHT *light = findCaster();
+    RVLIGHT *light = ravolt::findShadowCaster();
     if (!light) {
         zlfLog("   [!] Invalid shadow pass: no shadow casters detected @ RAVOLT::end3D\n");
         return;
