@@ -20,6 +20,7 @@
 #include "ravolt/RVSKYDOME_VERTEX.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
+#include "ravolt/RVWATER.h"
 #include "ravolt/Z3MMATRIX.h"
 #include "ravolt/Z3MPLANE.h"
 #include "ravolt/Z3MVECTOR2D.h"

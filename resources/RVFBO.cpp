@@ -1,7 +1,8 @@
 // Render targets: the registry, what is attached, and which one is drawn into. What is done with
 // whole images is in blur.cpp. Only here may the functions of frame buffer objects be called but
-// glGenerateMipmapEXT, and only here the draw and read buffer of a target be changed: both belong
-// to the bound target, so that those of the window do not change.
+// glGenerateMipmapEXT, except for the frame buffers of water, which are no targets; and only here
+// the draw and read buffer of a target be changed: both belong to the bound target, so that those
+// of the window do not change.
 //
 // Invariants: OpenGL has currentFbo bound, or the window when it is NULL. A target that was deleted
 // while it was current is compared and never followed, and a new one at its address does not count

@@ -20,7 +20,7 @@ LAYERS = [
     ("resources", {"resources": ["RVTEXTURE", "RVMATERIAL", "RVSHADER", "RVFBO"]}),
     ("scene", {"scene": ["RVNODE", "RVCAMERA", "RVELEMENT", "RVLIGHT", "RVHELPER"]}),
     ("drawables", {"models": ["RVANIM", "RVMESH"],
-                   "effects": ["RVEMITTER", "RVSKYDOME", "RVSKYDOME_VERTEX"],
+                   "effects": ["RVEMITTER", "RVSKYDOME", "RVSKYDOME_VERTEX", "RVWATER"],
                    "video": ["RVVIDEO"]}),
     ("render list", {"scene/list": []}),
     ("frame, loaders", {"engine/frame": [], "models/loader": []}),

@@ -41,12 +41,14 @@ ROWS = [
              "both selectors move to the second unit and back",
          ("engine/gl/bindings.h", ""): "the one call, for the owners",
          ("engine/frame/shadows.cpp", ""): "the shadow map is bound on a unit that stays off",
+         ("effects/litShadowMap.cpp", ""): "a shadow map for frames without one, on the same unit",
          ("engine/app/splash.cpp", ""): "drawn before the engine knows the driver"}},
     {"what": r"gl(Gen|Delete|Prioritize)Textures\(|glTex(Sub)?Image2D\(|glTexParameter[if]\(",
      "owners": ["resources/RVTEXTURE.cpp", "resources/textureUpload.cpp",
                 "resources/textureMemory.cpp"],
      "says": ["only", "glGenTextures", "glDeleteTextures"],
      "exceptions": {
+         ("effects/litShadowMap.cpp", ""): "one texel that is no texture of the registry",
          ("resources/blur.cpp", "glTexParameteri"): "one level is left out while it is drawn into",
          ("engine/app/splash.cpp", ""): "drawn before the engine knows the driver"}},
     {"what": r"glMaterialfv?\(",
@@ -56,7 +58,8 @@ ROWS = [
              r"|(Attach|Detach|Delete)Object|Get(Uniform|Attrib)Location|VertexAttribPointer"
              r"|(Enable|Disable)VertexAttribArray)ARB[(>]",
      "owners": ["resources/RVSHADER.cpp", "resources/shaderParameters.cpp"],
-     "says": ["only", "programs"], "exceptions": {}},
+     "says": ["only", "programs"], "exceptions": {
+         ("effects/RVWATER.cpp", "glUniform1iARB"): "the tiling, a parameter of the two programs alone"}},
     {"what": r"gl(Gen|Delete)BuffersARB[(>]|glBufferDataARB[(>]",
      "owners": ["engine/gl/bindings.h"], "says": ["only", "vertex buffers"],
      "exceptions": {}},

@@ -1,0 +1,329 @@
+// Water: its surface, its two images with their frame buffers, and its drawing. The frame buffers
+// are bound around RVFBO, which is left without a current target or finds the one that it knows.
+//
+// Invariants: the names in `owned` are this object's and no other object deletes them; those that
+// it draws with may be another's. A frame buffer has its image attached under the name in
+// attachedReflection or attachedRefraction.
+
+#include "ravolt/RVWATER.h"
+
+#include "effects/litShadowMap.h"
+#include "engine/gl/entryPoint.h"
+#include "foundation/registry.h"
+#include "ravolt/RAVOLT.h"
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVFBO.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSETTINGS.h"
+#include "ravolt/RVSHADER.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
+#include "resources/textureInternals.h"
+#include "scene/shadowCaster.h"
+
+#include <new>
+
+namespace {
+
+// Slots of the material, which are also units and samplers. The second is the shadow map's.
+constexpr unsigned int reflectionSlot = 0, refractionSlot = 2, bumpSlot = 3, dudvSlot = 4;
+
+constexpr unsigned int repeatParameter = 20; // of both programs
+constexpr int shadowMapTarget = 2;
+
+bool canCreateFrameBuffers() {
+    return RVOPENGL::glGenFramebuffersEXT && RVOPENGL::glBindFramebufferEXT &&
+           RVOPENGL::glFramebufferRenderbufferEXT && RVOPENGL::glGenRenderbuffersEXT &&
+           RVOPENGL::glBindRenderbufferEXT && RVOPENGL::glRenderbufferStorageEXT &&
+           RVOPENGL::glFramebufferTexture2DEXT;
+}
+
+// The texture of this file name, known or new; NULL without memory. `loaded` falls when its file
+// cannot be read.
+RVTEXTURE *findOrLoad(const char *filename, bool &loaded) {
+    RVTEXTURE *texture = RVTEXTURE::findByFilename(filename);
+    if (texture)
+        return texture;
+    texture = new (std::nothrow) RVTEXTURE;
+    if (!texture || !texture->load(filename))
+        loaded = false;
+    return texture;
+}
+
+bool createImage(RVTEXTURE *image) {
+    const unsigned int size = static_cast<unsigned int>(RVSETTINGS::getSDLWaterSize());
+    return image && image->create(size, size, RV_TEXTURE_RGB);
+}
+
+void attachImage(unsigned int image) {
+    RVOPENGL::glFramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, GL_COLOR_ATTACHMENT0_EXT, GL_TEXTURE_2D,
+                                        image, 0);
+}
+
+void createFrameBuffer(GLuint &fbo, GLuint &renderBuffer, unsigned int image) {
+    const int size = RVSETTINGS::getSDLWaterSize();
+    RVOPENGL::glGenFramebuffersEXT(1, &fbo);
+    RVOPENGL::glGenRenderbuffersEXT(1, &renderBuffer);
+    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, fbo);
+    attachImage(image);
+    RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, renderBuffer);
+    RVOPENGL::glRenderbufferStorageEXT(GL_RENDERBUFFER_EXT, GL_DEPTH_COMPONENT24, size, size);
+    RVOPENGL::glFramebufferRenderbufferEXT(GL_FRAMEBUFFER_EXT, GL_DEPTH_ATTACHMENT_EXT,
+                                           GL_RENDERBUFFER_EXT, renderBuffer);
+}
+
+// An image that was thrown out of video memory comes back, black until it is drawn into again, and
+// under another name.
+void restoreImage(RVTEXTURE *image, unsigned int fbo, unsigned int &attached) {
+    if (!image || !fbo || image->getGLId() == attached)
+        return;
+    ravolt::TextureInternals::restore(*image);
+    attached = image->getGLId();
+    GLint bound = 0;
+    glGetIntegerv(GL_FRAMEBUFFER_BINDING_EXT, &bound);
+    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, fbo);
+    attachImage(attached);
+    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, static_cast<GLuint>(bound));
+}
+
+// OpenGL's name of the shadow map that the frame draws; 0 when no light casts shadows.
+unsigned int frameShadowMap() {
+    const RVFBO *target = RVOPENGL::getFbo(shadowMapTarget);
+    return target && target->getTexture() && ravolt::findShadowCaster()
+               ? target->getTexture()->getGLId()
+               : 0;
+}
+
+// A material that was applied with the other program is applied anew.
+void chooseProgram(RVMATERIAL &material, RVSHADER *program) {
+    if (material.getShader() == program)
+        return;
+    material.setShader(program);
+    RVMATERIAL::reset();
+}
+
+void emitCorner(float u, float v, float x, float z) {
+    if (RVOPENGL::glMultiTexCoord2fARB)
+        RVOPENGL::glMultiTexCoord2fARB(GL_TEXTURE0, u, v);
+    else
+        glTexCoord2f(u, v);
+    glVertex3f(x, 0, z);
+}
+
+} // namespace
+
+RVWATER::RVWATER()
+    : speed(0.005f), time(0.0f), reflectionFbo(0), refractionFbo(0), reflectionRenderBuffer(0),
+      refractionRenderBuffer(0), surfaceList(0), repeat(1), sizeZ(1024.0f), sizeX(1024.0f),
+      attachedReflection(0), attachedRefraction(0), failureReported(false) {
+    initType(RV_NODE_TYPE_WATER);
+}
+
+RVWATER::RVWATER(const RVWATER &other) : RVNODE(other) {
+    copyFields(other);
+    setDynamicClass(RV_NODE_TYPE_WATER);
+}
+
+RVWATER::~RVWATER() {
+    releaseFrameBuffers();
+    if (owned->surfaceList)
+        glDeleteLists(owned->surfaceList, 1);
+    ravolt::deleteLitShadowMap(owned->litMap);
+}
+
+RVWATER &RVWATER::operator=(const RVWATER &other) {
+    RVNODE::operator=(other);
+    if (this != &other)
+        copyFields(other);
+    return *this;
+}
+
+// All but the node's own and what is owned.
+void RVWATER::copyFields(const RVWATER &other) {
+    speed = other.speed;
+    time = other.time;
+    reflectionFbo = other.reflectionFbo;
+    refractionFbo = other.refractionFbo;
+    reflectionRenderBuffer = other.reflectionRenderBuffer;
+    refractionRenderBuffer = other.refractionRenderBuffer;
+    surfaceList = other.surfaceList;
+    material.set(other.material.get());
+    reflectionTexture.set(other.reflectionTexture.get());
+    refractionTexture.set(other.refractionTexture.get());
+    bumpTexture.set(other.bumpTexture.get());
+    dudvTexture.set(other.dudvTexture.get());
+    repeat = other.repeat;
+    sizeZ = other.sizeZ;
+    sizeX = other.sizeX;
+    attachedReflection = other.attachedReflection;
+    attachedRefraction = other.attachedRefraction;
+    failureReported = other.failureReported;
+}
+
+// On purpose: the two tests in the middle are crossed. With all four names everything is deleted.
+void RVWATER::releaseFrameBuffers() {
+    using ravolt::callIfPresent;
+    if (owned->reflectionFbo)
+        callIfPresent<RVOPENGL::glDeleteFramebuffersEXT>(1, &owned->reflectionFbo);
+    if (owned->refractionFbo)
+        callIfPresent<RVOPENGL::glDeleteRenderbuffersEXT>(1, &owned->reflectionRenderBuffer);
+    if (owned->reflectionRenderBuffer)
+        callIfPresent<RVOPENGL::glDeleteFramebuffersEXT>(1, &owned->refractionFbo);
+    if (owned->refractionRenderBuffer)
+        callIfPresent<RVOPENGL::glDeleteRenderbuffersEXT>(1, &owned->refractionRenderBuffer);
+    owned->reflectionFbo = owned->refractionFbo = 0;
+    owned->reflectionRenderBuffer = owned->refractionRenderBuffer = 0;
+}
+
+void RVWATER::init(float newSizeZ, float newSizeX) {
+    sizeZ = newSizeZ;
+    sizeX = newSizeX;
+    createSurface();
+}
+
+// Four corners are all: the waves are made pixel by pixel.
+void RVWATER::createSurface() {
+    if (!owned->surfaceList)
+        owned->surfaceList = glGenLists(1);
+    surfaceList = owned->surfaceList;
+    if (!surfaceList)
+        return;
+    glNewList(surfaceList, GL_COMPILE);
+    glBegin(GL_QUADS);
+    emitCorner(0, 0, 0, 0);
+    emitCorner(0, 1, 0, sizeZ);
+    emitCorner(1, 1, sizeX, sizeZ);
+    emitCorner(1, 0, sizeX, 0);
+    glEnd();
+    glEndList();
+}
+
+bool RVWATER::loadTextures(const char *bumpFile, const char *dudvFile, int newRepeat) {
+    if (!bumpFile || !dudvFile) {
+        zlfLog("   [!] Invalid params @ RVWATER::loadTextures\n");
+        return false;
+    }
+    repeat = newRepeat;
+    bool loaded = true;
+    bumpTexture.set(findOrLoad(bumpFile, loaded));
+    dudvTexture.set(findOrLoad(dudvFile, loaded));
+    RVMATERIAL *const made = loaded ? new (std::nothrow) RVMATERIAL : nullptr;
+    if (!made) {
+        // On purpose: the name of the method is not this one's.
+        zlfLog("   [!] Invalid params @ RVWATER::loadTexture\n");
+        return false;
+    }
+    material.set(made);
+    // As users of the textures before the images make room in video memory.
+    material->setTexture(bumpSlot, bumpTexture.get());
+    material->setTexture(dudvSlot, dudvTexture.get());
+    createTexture();
+    if (RVSHADER::useWater())
+        material->setShader(RVSHADER::water);
+    failureReported = false;
+    return true;
+}
+
+// Where the images cannot be made the material has the two maps alone.
+void RVWATER::createTexture() {
+    releaseFrameBuffers();
+    reflectionTexture.set(new (std::nothrow) RVTEXTURE);
+    refractionTexture.set(new (std::nothrow) RVTEXTURE);
+    const bool created = canCreateFrameBuffers() && createImage(reflectionTexture.get()) &&
+                         createImage(refractionTexture.get());
+    if (created) {
+        // In this order each image is uploaded twice, first with mipmaps.
+        reflectionTexture->setFilter(true, false, true);
+        refractionTexture->setFilter(true, false, true);
+        material->setTexture(reflectionSlot, reflectionTexture.get());
+        material->setTexture(refractionSlot, refractionTexture.get());
+        attachedReflection = reflectionTexture->getGLId();
+        attachedRefraction = refractionTexture->getGLId();
+
+        RVFBO::unbind(); // so that RVFBO knows what is bound at the end
+        createFrameBuffer(owned->reflectionFbo, owned->reflectionRenderBuffer, attachedReflection);
+        createFrameBuffer(owned->refractionFbo, owned->refractionRenderBuffer, attachedRefraction);
+        RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+        RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, 0);
+    }
+    reflectionFbo = owned->reflectionFbo;
+    refractionFbo = owned->refractionFbo;
+    reflectionRenderBuffer = owned->reflectionRenderBuffer;
+    refractionRenderBuffer = owned->refractionRenderBuffer;
+}
+
+void RVWATER::setSpeed(float newSpeed) { speed = newSpeed; }
+
+void RVWATER::getReflectionBuffer(unsigned int &fbo, unsigned int &renderBuffer) const {
+    fbo = reflectionFbo;
+    renderBuffer = reflectionRenderBuffer;
+}
+
+void RVWATER::getRefractionBuffer(unsigned int &fbo, unsigned int &renderBuffer) const {
+    fbo = refractionFbo;
+    renderBuffer = refractionRenderBuffer;
+}
+
+bool RVWATER::render(void *element) {
+    if (!material) {
+        if (!failureReported)
+            zlfLog("   [!] No material: textures are not loaded @ RVWATER::render\n");
+        failureReported = true;
+        return false;
+    }
+    if (element) {
+        RVELEMENT &entry = *static_cast<RVELEMENT *>(element);
+        RVLIGHT::activateNearest(&entry);
+        glLoadMatrixf(entry.getMatrix()->e);
+    }
+    if (!surfaceList)
+        createSurface();
+    restoreImages();
+    const bool shadowed = RAVOLT::isShadowed();
+    const RVSHADER *program = nullptr;
+    if (RVSHADER::useWater()) {
+        RVSHADER *const chosen = shadowed ? RVSHADER::waterS : RVSHADER::water;
+        chooseProgram(*material.get(), chosen);
+        program = chosen;
+    }
+    material->render(nullptr);
+    if (program && program->isOperative())
+        applyParameters(*program, shadowed);
+
+    time += RAVOLT::getFPSfactor();
+    glPushAttrib(GL_CURRENT_BIT); // what is drawn next must not have the colour of the clock
+    glColor3f(time * speed, 0, 0);
+    glCallList(surfaceList);
+    glPopAttrib();
+    return true;
+}
+
+void RVWATER::restoreImages() {
+    restoreImage(reflectionTexture.get(), reflectionFbo, attachedReflection);
+    restoreImage(refractionTexture.get(), refractionFbo, attachedRefraction);
+}
+
+// The program is in use. Its samplers point to the units of their numbers since it was linked.
+void RVWATER::applyParameters(const RVSHADER &program, bool shadowed) {
+    if (shadowed) {
+        const int size = RVSETTINGS::getSDLShadowMapSize();
+        RVSHADER::bindSizes(size, size);
+        bindShadowMap();
+    }
+    ravolt::callIfPresent<RVOPENGL::glUniform1iARB>(
+        static_cast<GLint>(program.getParam(repeatParameter)), repeat);
+}
+
+// What is on the unit may be a texture of another material, or the map of an earlier frame.
+void RVWATER::bindShadowMap() {
+    unsigned int map = frameShadowMap();
+    if (!map) {
+        if (!owned->litMap)
+            owned->litMap = ravolt::createLitShadowMap();
+        map = owned->litMap;
+    }
+    ravolt::bindShadowMapUnit(map);
+    RVSHADER::bindTexture(1);
+}
