@@ -122,8 +122,8 @@ void show(const VideoFrame &frame, const RVVIDEO &video, RVVIDEO_STREAM &stream)
 } // namespace
 
 RVVIDEO::RVVIDEO()
-    : id(zlfNewId()), texture(nullptr), status(RV_VIDEO_STOP), stream(makeStream()), ownId(id),
-      flipped(false) {
+    : id(zlfNewId()), texture(nullptr), status(RV_VIDEO_STOP), stream(makeStream()),
+      registration(Registration{id, true}), flipped(false) {
     ravolt::formatText(name, "[video %d]", id);
     VideoRegistry::append(firstVideo, lastVideo, this);
 }
@@ -136,9 +136,9 @@ RVVIDEO::RVVIDEO(const RVVIDEO &other)
 // On purpose: an open file and its decoder stay open.
 RVVIDEO::~RVVIDEO() {
     setStream(stream, nullptr);
-    if (!*ownId)
+    if (!registration->registered)
         return;
-    releaseId(*ownId);
+    releaseId(registration->id);
     VideoRegistry::unlink(firstVideo, lastVideo, this);
 }
 
@@ -146,7 +146,7 @@ RVVIDEO &RVVIDEO::operator=(const RVVIDEO &other) {
     if (this == &other)
         return *this;
     copyFields(other);
-    if (*ownId)
+    if (registration->registered)
         return *this;
     previous = other.previous;
     next = other.next;

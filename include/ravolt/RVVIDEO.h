@@ -112,7 +112,11 @@ class RV_API RVVIDEO {
     RVVIDEO *previous, *next;
     RV_VIDEO_STATUS status;
     RVVIDEO_STREAM *stream;
-    ravolt::Owned<unsigned int> ownId; // to be released; 0 for a copy, which is not registered
+    struct Registration {
+        unsigned int id = 0; // to be released; 0 where all identifiers were used
+        bool registered = false;
+    };
+    ravolt::Owned<Registration> registration; // a copy is not registered
     bool flipped;
 
     static RVVIDEO *firstVideo, *lastVideo;

@@ -15,6 +15,7 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
@@ -107,6 +108,18 @@ TEST_F(Video, UpdateOfTheEngineDoesNothing) {
     (*video)->play();
     EXPECT_EQ(callsOf([&] { RAVOLT::updateVideo(); }), Calls());
     EXPECT_EQ(framesShown(**video, wholeVideo), framesPerVideo);
+}
+
+// The identifier 0 stands for none, and the registry has the video all the same.
+TEST_F(Video, WithoutAnIdentifierLeavesTheRegistryToo) {
+    std::vector<unsigned int> ids;
+    while (const unsigned int id = zlfNewId())
+        ids.push_back(id);
+    delete new RVVIDEO;
+    EXPECT_EQ(RVVIDEO::getNumberOfVideos(), 0u);
+    for (const unsigned int id : ids)
+        releaseId(id);
+    markLog();
 }
 
 // On purpose: see the header.
