@@ -7,8 +7,8 @@ owner says so at the top of its source.
 """
 
 import re
-import sys
-from pathlib import Path
+
+import check
 
 # What: the calls, as a pattern over `name(first argument`. Owners: the sources of the class.
 # Exceptions: a source and why. Says: what the comment at the top of the first owner names.
@@ -137,15 +137,5 @@ def self_test():
             list(faults(silent)))
 
 
-def main():
-    if "--self" in sys.argv:
-        sys.exit(0 if self_test() else "the check does not find what it should")
-    files = read(Path(sys.argv[1]))
-    found = list(faults(files))
-    print("\n".join(found))
-    print(f"{len(files)} files, {len(found)} faults")
-    sys.exit(1 if found or not files else 0)
-
-
 if __name__ == "__main__":
-    main()
+    check.run(read, faults, self_test)

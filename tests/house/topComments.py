@@ -8,8 +8,8 @@ followed by code describes that code.
 """
 
 import re
-import sys
-from pathlib import Path
+
+import check
 
 FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "video"]
 AFTER_INCLUDES = re.compile(r"""\A(?:[ \t]*(?:\#[^\n]*|//[^\n]*)?\n)*   # to the last directive
@@ -38,15 +38,5 @@ def self_test():
             len(list(faults(dict(enumerate(bad))))) == len(bad))
 
 
-def main():
-    if "--self" in sys.argv:
-        sys.exit(0 if self_test() else "the check does not find what it should")
-    files = read(Path(sys.argv[1]))
-    found = list(faults(files))
-    print("\n".join(found))
-    print(f"{len(files)} files, {len(found)} faults")
-    sys.exit(1 if found or not files else 0)
-
-
 if __name__ == "__main__":
-    main()
+    check.run(read, faults, self_test)

@@ -7,8 +7,8 @@ scripts, documents and names of files. Only words that have no other use here ar
 """
 
 import re
-import sys
-from pathlib import Path
+
+import check
 
 # The replaced words, and what is written instead. A name is compared by its parts: takeInForce is
 # take_in_force, so "in_force" finds it, and the plain words "in force" of a sentence are no name.
@@ -77,15 +77,5 @@ def self_test():
             all(len(list(faults({**good, "engine/b.h": text}))) == 1 for text in bad))
 
 
-def main():
-    if "--self" in sys.argv:
-        sys.exit(0 if self_test() else "the check does not find what it should")
-    files = read(Path(sys.argv[1]))
-    found = list(faults(files))
-    print("\n".join(found))
-    print(f"{len(files)} files, {len(found)} faults")
-    sys.exit(1 if found or not files else 0)
-
-
 if __name__ == "__main__":
-    main()
+    check.run(read, faults, self_test)
