@@ -53,7 +53,7 @@ std::string findLibraryFolder() {
     return {};
 }
 
-[[noreturn]] void restart(char **arguments, const std::string &folder) {
+[[noreturn]] void restart(const std::string &folder) {
     const char *before = std::getenv("LD_LIBRARY_PATH");
     const std::string path = before && *before ? folder + ":" + before : folder;
     setenv("LD_LIBRARY_PATH", path.c_str(), 1);
@@ -61,7 +61,7 @@ std::string findLibraryFolder() {
     setenv(restartedMark, "1", 1);
     LogRedirect::clear();
     std::fflush(nullptr);
-    execv("/proc/self/exe", arguments);
+    execv("/proc/self/exe", LogRedirect::arguments());
     throw Failure(std::string("cannot start anew to draw off screen: ") + std::strerror(errno));
 }
 
@@ -73,8 +73,7 @@ void requireDisplay() {
                       "without: ravolt shot ... -o picture.png");
 }
 
-void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolder,
-                               const Verbosity &verbosity) {
+void requireDisplayOrOffscreen(const std::string &libraryFolder, const Verbosity &verbosity) {
     if (hasDisplay())
         return;
     if (isOverSdl2()) {
@@ -91,7 +90,7 @@ void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolde
             "(Debian: libsdl1.2-compat), or name its folder with --sdl, or set DISPLAY, "
             "or use xvfb-run");
     note("no display: drawing off screen with " + folder + "/" + libraryName, verbosity);
-    restart(arguments, folder);
+    restart(folder);
 }
 
 } // namespace ravolt::tool

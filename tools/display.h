@@ -16,7 +16,6 @@ void requireDisplay();
 // Makes sure that pictures can be drawn, off screen where there is no display; for that the program
 // may start itself anew with the other library, which is looked for in `libraryFolder` or, when
 // that is empty, in its usual places. Throws Failure, with advice, when there is no way.
-void requireDisplayOrOffscreen(char **arguments, const std::string &libraryFolder,
-                               const Verbosity &verbosity);
+void requireDisplayOrOffscreen(const std::string &libraryFolder, const Verbosity &verbosity);
 
 } // namespace ravolt::tool

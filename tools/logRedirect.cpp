@@ -22,6 +22,7 @@ int userFolder = -1;
 int userOutput = -1;
 char logFolder[512];
 bool aside = false;
+char **programArguments = nullptr;
 sigset_t formerMask;
 
 // Goes to a fresh folder below `place`.
@@ -33,7 +34,8 @@ bool goBelow(const char *place) {
 
 // Of all code in the process this runs first: no library's constructor has run yet, not even that
 // of getenv's own.
-void redirect(int, char **, char **environment) {
+void redirect(int, char **arguments, char **environment) {
+    programArguments = arguments;
     // Signals wait until somebody can remove what is made here. A full disk and a reader that has
     // gone shall fail a write, not end the process.
     sigset_t ending;
@@ -84,6 +86,8 @@ std::filesystem::path LogRedirect::log() {
     return (aside ? std::filesystem::path(logFolder) : std::filesystem::path(".")) /
            "ravolt_log.txt";
 }
+
+char **LogRedirect::arguments() { return programArguments; }
 
 void LogRedirect::clear() {
     if (!aside)

@@ -20,6 +20,9 @@ class LogRedirect {
     // The engine's log of this run.
     static std::filesystem::path log();
 
+    // The program's own arguments, the name first.
+    static char **arguments();
+
     // Removes the log now; for a process that is about to execute another program.
     static void clear();
 };

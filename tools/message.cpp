@@ -1,7 +1,5 @@
 #include "tools/message.h"
 
-#include "tools/commands.h"
-
 #include <cstdio>
 
 namespace ravolt::tool {

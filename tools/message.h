@@ -6,7 +6,12 @@
 
 namespace ravolt::tool {
 
-struct Verbosity;
+// How much is said on standard error: with `quiet` nothing but failures, with `verbose` also notes
+// and the engine's log.
+struct Verbosity {
+    bool quiet = false;
+    bool verbose = false;
+};
 
 // Why the job failed.
 void sayError(const std::string &line);

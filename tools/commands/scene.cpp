@@ -1,4 +1,4 @@
-#include "tools/scene.h"
+#include "tools/commands/scene.h"
 
 #include "tools/guard.h"
 #include "tools/message.h"

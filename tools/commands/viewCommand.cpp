@@ -1,22 +1,26 @@
 // The viewer draws when something has changed, and sleeps otherwise; with tone mapping, which gets
 // used to the light over time, it draws all the time.
 
-#include "tools/commands.h"
+#include "tools/commands/command.h"
+#include "tools/commands/scene.h"
+#include "tools/commands/show.h"
+#include "tools/display.h"
 #include "tools/failure.h"
 #include "tools/logRedirect.h"
 #include "tools/message.h"
-#include "tools/scene.h"
-#include "tools/show.h"
+#include "tools/ranges.h"
 #include "tools/signals.h"
 #include "tools/stage/picture.h"
 #include "tools/stage/playback.h"
 
+#include <CLI/CLI.hpp>
 #include <SDL.h>
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <ravolt/RAVOLT.h>
 
 namespace ravolt::tool {
@@ -29,6 +33,14 @@ constexpr double degreesPerPixel = 0.4;
 constexpr double degreesPerKey = 5;
 constexpr double zoomPerStep = 1.12;
 constexpr double spinDegreesPerSecond = 40;
+
+struct ViewOptions : ShowOptions {
+    bool spin = false;  // turns by itself
+    double seconds = 0; // ends by itself after that time; 0: when the window is closed
+};
+
+// The keys, for the help.
+std::string viewKeys();
 
 class Viewer {
   public:
@@ -391,8 +403,6 @@ void chooseFirst(Playback &playback, const Verbosity &verbosity) {
         }
 }
 
-} // namespace
-
 std::string viewKeys() {
     std::string text = "Mouse: drag with the left button to go round the scene, wheel to zoom.\n"
                        "Keys:\n";
@@ -404,7 +414,8 @@ std::string viewKeys() {
     return text;
 }
 
-void runView(const ViewOptions &options, const Verbosity &verbosity) {
+void view(const ViewOptions &options) {
+    const Verbosity &verbosity = options.verbosity;
     // The engine works in another folder.
     const fs::path pictures = fs::absolute(options.input.stem());
     const SceneToShow scene(options, verbosity);
@@ -423,6 +434,23 @@ void runView(const ViewOptions &options, const Verbosity &verbosity) {
     arrange(stage, options, verbosity);
     removeBrokenTextures(verbosity);
     Viewer(stage, playback, options, title, pictures).run();
+}
+
+} // namespace
+
+std::function<void()> addView(CLI::App &app) {
+    const auto options = std::make_shared<ViewOptions>();
+    addShow(app, *options);
+    app.add_flag("--spin", options->spin, "Turn by itself");
+    app.add_option("--seconds", options->seconds, "End by itself after that time");
+    app.footer(viewKeys());
+    return [options, &app] {
+        check(app, *options);
+        requireWithin("--seconds", options->seconds, 0, 1e9);
+        options->size = sizeFrom(options->sizeText);
+        requireDisplay();
+        view(*options);
+    };
 }
 
 } // namespace ravolt::tool

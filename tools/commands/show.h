@@ -3,7 +3,7 @@
 // What `view` and `shot` have in common: the stage as the options want it, and the engine's log
 // for those who ask for it.
 
-#include "tools/commands.h"
+#include "tools/commands/showOptions.h"
 #include "tools/stage/engine.h"
 #include "tools/stage/stage.h"
 

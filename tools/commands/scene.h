@@ -3,7 +3,7 @@
 // The scene file that is to be shown: the one given, or one made of a model, in a temporary folder
 // that goes away with this object.
 
-#include "tools/commands.h"
+#include "tools/commands/showOptions.h"
 #include "tools/convert/files.h"
 #include "tools/stage/playback.h"
 

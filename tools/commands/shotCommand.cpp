@@ -1,15 +1,18 @@
-#include "tools/commands.h"
+#include "tools/commands/command.h"
+#include "tools/commands/scene.h"
+#include "tools/commands/show.h"
+#include "tools/display.h"
 #include "tools/failure.h"
 #include "tools/logRedirect.h"
 #include "tools/message.h"
-#include "tools/scene.h"
-#include "tools/show.h"
 #include "tools/signals.h"
 #include "tools/stage/glow.h"
 #include "tools/stage/picture.h"
 #include "tools/stage/playback.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cstdio>
 #include <fstream>
@@ -22,6 +25,43 @@ namespace ravolt::tool {
 namespace fs = std::filesystem;
 
 namespace {
+
+// A name with a number in it is counted on from 0, whichever frame comes first.
+constexpr const char *videoHelp =
+    "A video of a clip, of an even size:\n"
+    "  ravolt shot MODEL --clip NAME --frames 0.. -o video_%04d.png\n"
+    "  ffmpeg -framerate 30 -i video_%04d.png -pix_fmt yuv420p video.mp4\n";
+
+struct ShotOptions : ShowOptions {
+    fs::path output;          // "-" for standard output
+    bool smooth = true;       // drawn twice as large
+    int frame = 0;            // of the clip
+    std::string frames = "1"; // a number above 1: a turn round the scene; FIRST..LAST: of the clip
+    std::string sdlFolder;
+};
+
+void addOptions(CLI::App &app, ShotOptions &to) {
+    addShow(app, to);
+    app.add_option("-o,--output", to.output,
+                   "The picture to write, a PNG file; - for standard output")
+        ->required();
+    app.add_option("--frames", to.frames,
+                   "N: go once round the scene in N pictures, OUT_000.png and so on; "
+                   "FIRST..LAST: these frames of the clip, or FIRST.. up to its end, as "
+                   "OUT_0000.png and so on")
+        ->capture_default_str();
+    app.add_flag("!--no-smooth", to.smooth,
+                 "Leave edges jagged: draw in the size of the picture, where otherwise it is "
+                 "drawn twice as large, up to 4096 pixels and 2048 with effects of the whole "
+                 "picture, and without lines");
+    app.add_option("--frame", to.frame, "Frame of the clip, from 0")
+        ->check(CLI::Range(0, 1023))
+        ->capture_default_str();
+    app.add_option("--sdl", to.sdlFolder,
+                   "Folder of SDL 1.2's interface over SDL 2, which draws without a display "
+                   "(looked for in /usr/lib)");
+    app.footer(videoHelp);
+}
 
 constexpr int largestWhole = 4096; // which takes a gigabyte of video memory
 
@@ -105,8 +145,6 @@ void fit(Series &series, const ShotOptions &options, const Playback &playback) {
                            std::to_string(frames - 1));
 }
 
-} // namespace
-
 void checkFrames(const ShotOptions &options) {
     const Series series = seriesFrom(options);
     if (options.clip.empty() && (series.ofClip || options.frame > 0))
@@ -118,64 +156,16 @@ void checkFrames(const ShotOptions &options) {
         throw WrongOptions("--output -: standard output takes one picture, not many");
 }
 
-Drawing drawingFor(const ShowOptions &options, bool programs) {
-    Drawing drawing;
-    drawing.programs = programs || effectsFrom(options.effects).needPrograms();
-    drawing.shadowMap = options.effects.shadowMap.value_or(defaultShadowMap);
-    drawing.picture = options.size;
-    return drawing;
-}
-
-void arrange(Stage &stage, const ShowOptions &options, const Verbosity &verbosity) {
-    if (options.rig < 0 || options.rig >= stage.numberOfRigs())
-        throw WrongOptions("no light rig " + std::to_string(options.rig) + ": there are 0 to " +
-                           std::to_string(stage.numberOfRigs() - 1));
-    stage.setRig(options.rig);
-    if (options.yaw)
-        stage.setYaw(*options.yaw);
-    if (options.pitch)
-        stage.setPitch(*options.pitch);
-    stage.setZoom(options.zoom);
-    stage.setWireframe(options.wireframe);
-    stage.setNormals(options.normals);
-    stage.setBoxes(options.boxes);
-    Effects effects = effectsFrom(options.effects);
-    const std::string lacking = effects.switchOffUnsupported();
-    if (!lacking.empty())
-        warn("this display cannot do " + lacking + ": drawn without", verbosity);
-    stage.setEffects(effects);
-}
-
-void makeGlow(Stage &stage, const ShowOptions &options) {
-    Effects effects = stage.getEffects();
-    const auto &stated =
-        options.effects.parameters[static_cast<std::size_t>(EffectParameter::brightness)];
-    if (!effects.isOn(Effect::bloom) || stated || options.wireframe)
+void checkPicture(const fs::path &output) {
+    requireName("--output", output);
+    if (output == standardOutput)
         return;
-    effects.set(EffectParameter::brightness, brightnessForBloom(stage));
-    stage.setEffects(effects);
+    std::string ending = output.extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (ending != ".png")
+        throw WrongOptions("--output " + output.string() + ": expected a name that ends in .png");
 }
-
-void removeBrokenTextures(const Verbosity &verbosity) {
-    for (const std::string &complaint : Engine::removeBrokenTextures(LogRedirect::log()))
-        warn(complaint + ": drawn without", verbosity);
-}
-
-void warnOfMissingNodes(const Playback &playback, const Verbosity &verbosity) {
-    if (const std::size_t number = playback.missingNodes())
-        warn("clip '" + playback.name() + "' moves " + counted(number, "node", "nodes") +
-                 " that the scene does not have",
-             verbosity);
-}
-
-LogAtEnd::~LogAtEnd() {
-    if (!verbosity.verbose)
-        return;
-    std::ifstream log(LogRedirect::log());
-    std::cerr << log.rdbuf();
-}
-
-namespace {
 
 bool usesTarget(const ShotOptions &options) {
     return effectsFrom(options.effects).needWholePicture() && !options.wireframe;
@@ -233,9 +223,8 @@ void save(const Picture &picture, const fs::path &file, const InputFiles &inputs
     writePng(picture, file);
 }
 
-} // namespace
-
-void runShot(const ShotOptions &options, const Verbosity &verbosity) {
+void drawPictures(const ShotOptions &options) {
+    const Verbosity &verbosity = options.verbosity;
     const fs::path output = outputOf(options);
     const SceneToShow scene(options, verbosity);
     const LogAtEnd logged(verbosity);
@@ -282,6 +271,21 @@ void runShot(const ShotOptions &options, const Verbosity &verbosity) {
     }
     if (!something)
         warn("nothing is seen from here; try --two-sided or --yaw", verbosity);
+}
+
+} // namespace
+
+std::function<void()> addShot(CLI::App &app) {
+    const auto options = std::make_shared<ShotOptions>();
+    addOptions(app, *options);
+    return [options, &app] {
+        check(app, *options);
+        checkPicture(options->output);
+        checkFrames(*options);
+        options->size = sizeFrom(options->sizeText);
+        requireDisplayOrOffscreen(options->sdlFolder, options->verbosity);
+        drawPictures(*options);
+    };
 }
 
 } // namespace ravolt::tool

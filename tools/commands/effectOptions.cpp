@@ -1,4 +1,4 @@
-#include "tools/effectOptions.h"
+#include "tools/commands/effectOptions.h"
 
 #include "tools/ranges.h"
 

@@ -1,0 +1,27 @@
+#pragma once
+
+// A command of the tool is a row of the table in tools/main.cpp and a source in this folder.
+
+#include <functional>
+
+namespace CLI {
+class App;
+}
+
+namespace ravolt::tool {
+
+struct Command {
+    const char *name;
+    const char *description; // one line, for the help
+
+    // Adds the options to the command line. What it returns runs the command when they are parsed:
+    // it throws WrongOptions before any work when they make no sense, and Failure, with one line,
+    // when the job cannot be done.
+    std::function<void()> (*add)(CLI::App &app);
+};
+
+std::function<void()> addConvert(CLI::App &app);
+std::function<void()> addView(CLI::App &app);
+std::function<void()> addShot(CLI::App &app);
+
+} // namespace ravolt::tool

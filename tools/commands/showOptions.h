@@ -1,0 +1,43 @@
+#pragma once
+
+// The options that `view` and `shot` have in common.
+
+#include "tools/commands/effectOptions.h"
+#include "tools/commands/options.h"
+#include "tools/stage/engine.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace ravolt::tool {
+
+struct ShowOptions {
+    std::filesystem::path input; // a scene, or a model
+    WindowSize size;
+    std::string sizeText = "960x640"; // as it was given
+    int rig = 0;
+    std::optional<double> yaw, pitch; // degrees; without them the stage's own
+    double zoom = 1;                  // a factor
+    bool wireframe = false;
+    bool twoSided = false;              // of a model
+    SourceOptions sources;              // likewise
+    AlphaUse alpha = AlphaUse::picture; // of textures of a model that does not say
+    bool normals = false;
+    bool boxes = false;
+    EffectOptions effects;
+    Limits limits;    // of a model's conversion
+    std::string clip; // a name, or an RVA file; empty for none
+    double fps = 30;  // frames of clips in a second
+    Verbosity verbosity;
+};
+
+void addShow(CLI::App &app, ShowOptions &to);
+
+// Throws WrongOptions for what is out of range.
+void check(const CLI::App &app, const ShowOptions &options);
+
+// Reads --size.
+WindowSize sizeFrom(const std::string &text);
+
+} // namespace ravolt::tool
