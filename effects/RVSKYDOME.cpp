@@ -6,6 +6,7 @@
 #include "ravolt/RVSKYDOME.h"
 
 #include "effects/domeGeometry.h"
+#include "effects/textureFiles.h"
 #include "engine/gl/bindings.h"
 #include "foundation/registry.h"
 #include "ravolt/RVCAMERA.h"
@@ -91,16 +92,10 @@ bool RVSKYDOME::loadTexture(const char *filename) {
         zlfLog("   [!] Invalid params @ RVSKYDOME::loadTexture\n");
         return false;
     }
-    texture.set(RVTEXTURE::findByFilename(filename));
     if (!material)
         material.set(new (std::nothrow) RVMATERIAL);
-    bool loaded = texture.get() != nullptr;
-    if (!loaded) {
-        texture.set(new (std::nothrow) RVTEXTURE);
-        loaded = texture && texture->load(filename);
-        if (loaded)
-            texture->setFilter(true, true, false);
-    }
+    bool loaded = true;
+    texture.set(ravolt::findOrLoadTexture(filename, true, loaded));
     if (!loaded || !material) {
         zlfLog("   [!] Invalid params @ RVSKYDOME::loadTexture\n");
         return false;

@@ -8,6 +8,7 @@
 #include "ravolt/RVWATER.h"
 
 #include "effects/litShadowMap.h"
+#include "effects/textureFiles.h"
 #include "engine/gl/entryPoint.h"
 #include "foundation/registry.h"
 #include "ravolt/RAVOLT.h"
@@ -38,18 +39,6 @@ bool canCreateFrameBuffers() {
            RVOPENGL::glFramebufferRenderbufferEXT && RVOPENGL::glGenRenderbuffersEXT &&
            RVOPENGL::glBindRenderbufferEXT && RVOPENGL::glRenderbufferStorageEXT &&
            RVOPENGL::glFramebufferTexture2DEXT;
-}
-
-// The texture of this file name, known or new; NULL without memory. `loaded` falls when its file
-// cannot be read.
-RVTEXTURE *findOrLoad(const char *filename, bool &loaded) {
-    RVTEXTURE *texture = RVTEXTURE::findByFilename(filename);
-    if (texture)
-        return texture;
-    texture = new (std::nothrow) RVTEXTURE;
-    if (!texture || !texture->load(filename))
-        loaded = false;
-    return texture;
 }
 
 bool createImage(RVTEXTURE *image) {
@@ -207,8 +196,8 @@ bool RVWATER::loadTextures(const char *bumpFile, const char *dudvFile, int newRe
     }
     repeat = newRepeat;
     bool loaded = true;
-    bumpTexture.set(findOrLoad(bumpFile, loaded));
-    dudvTexture.set(findOrLoad(dudvFile, loaded));
+    bumpTexture.set(ravolt::findOrLoadTexture(bumpFile, false, loaded));
+    dudvTexture.set(ravolt::findOrLoadTexture(dudvFile, false, loaded));
     RVMATERIAL *const made = loaded ? new (std::nothrow) RVMATERIAL : nullptr;
     if (!made) {
         // On purpose: the name of the method is not this one's.

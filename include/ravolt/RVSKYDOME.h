@@ -73,4 +73,7 @@ class RV_API RVSKYDOME : public RVNODE {
     ravolt::WeakPointer<RVMATERIAL> material;
     ravolt::Owned<Buffers> owned;
     bool failureReported; // render has logged why it draws nothing
+    ravolt::WeakPointers<RVSKYDOME> weakPointers;
+
+    friend struct ravolt::Registry<RVSKYDOME>;
 };

@@ -93,4 +93,7 @@ class RV_API RVWATER : public RVNODE {
     unsigned int attachedReflection; // OpenGL's names of the images in the frame buffers
     unsigned int attachedRefraction;
     bool failureReported; // render has logged why it draws nothing
+    ravolt::WeakPointers<RVWATER> weakPointers;
+
+    friend struct ravolt::Registry<RVWATER>;
 };
