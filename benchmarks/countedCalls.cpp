@@ -9,7 +9,7 @@
 #include "benchScene.h"
 
 #include "tests/support/recorder.h"
-#include "tools/stage/scopedSilentLog.h"
+#include "tools/process/scopedSilentLog.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -6,7 +6,7 @@
 #include "handEffects.h"
 
 #include "ravolt/RAVOLT.h"
-#include "tools/stage/scopedSilentLog.h"
+#include "tools/process/scopedSilentLog.h"
 
 #include <benchmark/benchmark.h>
 

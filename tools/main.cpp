@@ -2,10 +2,10 @@
 // makes no sense, 128 + N a signal has ended it.
 
 #include "tools/commands/command.h"
-#include "tools/failure.h"
-#include "tools/logRedirect.h"
-#include "tools/message.h"
-#include "tools/signals.h"
+#include "tools/common/failure.h"
+#include "tools/common/message.h"
+#include "tools/process/logRedirect.h"
+#include "tools/process/signals.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Reads the #include lines of the library and fails on a folder that includes a neighbour or a higher
-layer, on a cycle of sources, on a public header that includes more than it may, on a folder without
-a layer, and on a diagram in docs/architecture.md that is not the one of the table.
+"""Reads the #include lines of the library and of the content tool and fails on a folder that includes
+a neighbour or a higher layer, on a cycle of sources, on a public header that includes more than it
+may, on a tool source that includes internal headers of the library, on a folder without a layer, and
+on a diagram in docs/architecture.md that is not the one of the table.
 
     includes.py ROOT            checks the sources under ROOT
     includes.py ROOT --self     checks that the check itself finds each kind of fault
@@ -11,7 +12,8 @@ import re
 import sys
 from pathlib import Path
 
-from layers import DOCUMENT, LAYER, FOLDER_OF_HEADER, diagram, with_diagram
+from layers import (DIAGRAMS, DOCUMENT, FOLDER_OF_HEADER, LAYER, TOOL_LAYER, diagram,
+                    with_diagram)
 
 TOP_FOLDERS = sorted({folder.split("/")[0] for folder in LAYER} | {"include/ravolt"})
 
@@ -21,6 +23,9 @@ OPENGL_HEADERS = {"ravolt/RVOPENGL.h": {"GL/gl.h", "GL/glext.h"}}
 
 # Headers that the build makes, and that include nothing.
 MADE = {"resources/shaderSources.h"}
+
+# What the tool includes of the library.
+FOR_TOOLS = re.compile(r"^(ravolt/\w+\.h|(models|resources)/\w+Format\.h)$")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 
@@ -42,6 +47,11 @@ def read(root):
                 name = path.relative_to(root).as_posix().removeprefix("include/")
                 files[name] = path.read_text(encoding="utf-8")
     return files
+
+
+def read_tools(root):
+    return {path.relative_to(root).as_posix(): path.read_text(encoding="utf-8")
+            for path in sorted((root / "tools").rglob("*")) if path.suffix in (".h", ".cpp", ".inc")}
 
 
 def includes_of(text):
@@ -81,7 +91,24 @@ def header_faults(files):
                 yield f"{path}: a public header does not include {name}"
 
 
-def cycle_faults(files):
+def tool_faults(files):
+    for path, text in files.items():
+        own = path.rpartition("/")[0]
+        if own not in TOOL_LAYER:
+            yield f"{path}: is in no layer; give its folder one in tests/house/layers.py"
+            continue
+        for ours, name in includes_of(text):
+            other = name.rpartition("/")[0]
+            if not ours or FOR_TOOLS.match(name):
+                continue
+            if name not in files:
+                yield f"{path}: includes {name}, which is no header of the tool"
+            elif other != own and TOOL_LAYER.get(other, -1) >= TOOL_LAYER[own]:
+                yield f"{path} (layer {TOOL_LAYER[own]}) includes {name} (layer {TOOL_LAYER[other]})"
+    yield from cycle_faults(files, lambda path: path.rpartition(".")[0])
+
+
+def cycle_faults(files, module_of):
     arrows = {}
     for path, text in files.items():
         targets = arrows.setdefault(module_of(path), set())
@@ -103,13 +130,13 @@ def cycle_faults(files):
         yield from walk(module)
 
 
-def diagram_faults(text, drawn):
-    if with_diagram(text, drawn) != text or drawn not in text:
+def diagram_faults(text, mark, drawn):
+    if with_diagram(text, mark, drawn) != text or drawn not in text:
         yield f"{DOCUMENT}: the diagram is not that of the table; tests/house/layers.py . --write"
 
 
 def faults(files):
-    return [*layer_faults(files), *header_faults(files), *cycle_faults(files)]
+    return [*layer_faults(files), *header_faults(files), *cycle_faults(files, module_of)]
 
 
 def self_test():
@@ -126,24 +153,38 @@ def self_test():
         {"engine/unknown.cpp": ""},
         {"foundation/text.cpp": '#include "foundation/missing.h"'},
     ]
+    tools = {"tools/writers/a.h": "", "tools/convert/a.h": '#include "models/rveFormat.h"',
+             "tools/convert/a.cpp": '#include "tools/convert/a.h"\n#include "tools/writers/a.h"'}
+    bad_tools = [
+        {"tools/writers/b.cpp": '#include "tools/convert/a.h"'},
+        {"tools/stage/b.cpp": '#include "tools/convert/a.h"'},
+        {"tools/stage/b.cpp": '#include "scene/renderList.h"'},
+        {"tools/convert/a.h": '#include "tools/convert/b.h"',
+         "tools/convert/b.h": '#include "tools/convert/a.h"'},
+        {"tools/unknown/b.cpp": ""},
+    ]
     document = "<!-- layers -->\n```\n1  scene\n```\n"
     return (faults(good) == [] and all(len(faults(files)) == 1 for files in bad)
-            and not [*diagram_faults(document, "1  scene\n")]
-            and len([*diagram_faults(document, "1  models\n")]) == 1
-            and len([*diagram_faults("no diagram", "1  scene\n")]) == 1)
+            and not [*tool_faults(tools)]
+            and all(len([*tool_faults(tools | files)]) == 1 for files in bad_tools)
+            and not [*diagram_faults(document, "layers", "1  scene\n")]
+            and len([*diagram_faults(document, "layers", "1  models\n")]) == 1
+            and len([*diagram_faults("no diagram", "layers", "1  scene\n")]) == 1)
 
 
 def main():
     if "--self" in sys.argv:
         sys.exit(0 if self_test() else "the check does not find what it should")
     root = Path(sys.argv[1])
-    files = read(root)
+    files, tools = read(root), read_tools(root)
     document = (root / DOCUMENT).read_text(encoding="utf-8")
-    found = faults(files) + [*diagram_faults(document, diagram(root))]
+    found = faults(files) + [*tool_faults(tools)]
+    for mark, layers in DIAGRAMS.items():
+        found += diagram_faults(document, mark, diagram(root, layers))
     for fault in found:
         print(fault)
-    print(f"{len(files)} files, {len(found)} faults")
-    sys.exit(1 if found or not files else 0)
+    print(f"{len(files) + len(tools)} files, {len(found)} faults")
+    sys.exit(1 if found or not files or not tools else 0)
 
 
 if __name__ == "__main__":

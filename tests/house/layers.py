@@ -1,7 +1,8 @@
-"""The layers of the library: the one table of which folder stands on which. The check of the
-includes reads it, and the diagram in docs/architecture.md is made from it.
+"""The layers of the library and those of the content tool: the tables of which folder may include
+which. The check of the includes reads them, and the diagrams in docs/architecture.md are made from
+them.
 
-    layers.py ROOT            prints the diagram
+    layers.py ROOT            prints the diagrams
     layers.py ROOT --write    brings docs/architecture.md up to date
 """
 
@@ -29,14 +30,29 @@ LAYERS = [
     ("application", {"engine/app": []}),
 ]
 
+# The tool's own layers. Of the library its folders include public headers and format numbers only.
+TOOL_LAYERS = [
+    ("writers", {"tools/writers": []}),
+    ("common", {"tools/common": []}),
+    ("process", {"tools/process": []}),
+    ("jobs", {"tools/convert": [], "tools/stage": []}),
+    ("commands", {"tools/commands": []}),
+    ("program", {"tools": []}),
+]
+
 # The layer of each folder, and the folder of each public header.
-LAYER = {folder: number for number, (_, folders) in enumerate(LAYERS) for folder in folders}
+def layer_numbers(layers):
+    return {folder: number for number, (_, folders) in enumerate(layers) for folder in folders}
+
+
+LAYER = layer_numbers(LAYERS)
+TOOL_LAYER = layer_numbers(TOOL_LAYERS)
 FOLDER_OF_HEADER = {f"ravolt/{header}.h": folder for _, folders in LAYERS
                     for folder, headers in folders.items() for header in headers}
 
 DOCUMENT = "docs/architecture.md"
 WIDTH = 100
-DIAGRAM = re.compile(r"(<!-- layers -->\n```\n).*?(```\n)", re.S)
+DIAGRAMS = {"layers": LAYERS, "layers of the tool": TOOL_LAYERS}  # by their marks in the document
 
 
 def modules_in(root, folder):
@@ -58,28 +74,33 @@ def wrapped(words, first, width):
     return lines + [line]
 
 
-def diagram(root):
+def diagram(root, layers):
     """The layers from the top, each with its folders and what is in them."""
+    width = max(len(folder) for _, folders in layers for folder in folders) + 1
     lines = []
-    for number, (title, folders) in reversed([*enumerate(LAYERS)]):
+    for number, (title, folders) in reversed([*enumerate(layers)]):
         for index, folder in enumerate(folders):
             name = f"{number}  {title}" if index == 0 else ""
-            lines += wrapped(modules_in(root, folder), f"{name:18} {folder + '/':14}", WIDTH)
+            lines += wrapped(modules_in(root, folder), f"{name:18} {folder + '/':{width}}", WIDTH)
     return "\n".join(lines) + "\n"
 
 
-def with_diagram(text, drawn):
-    return DIAGRAM.sub(lambda match: match[1] + drawn + match[2], text)
+def with_diagram(text, mark, drawn):
+    return re.sub(rf"(<!-- {mark} -->\n```\n).*?(```\n)", lambda match: match[1] + drawn + match[2],
+                  text, flags=re.S)
 
 
 def main():
     root = Path(sys.argv[1])
-    drawn = diagram(root)
-    if "--write" not in sys.argv:
-        print(drawn, end="")
-        return
     document = root / DOCUMENT
-    document.write_text(with_diagram(document.read_text(encoding="utf-8"), drawn), encoding="utf-8")
+    text = document.read_text(encoding="utf-8")
+    for mark, layers in DIAGRAMS.items():
+        drawn = diagram(root, layers)
+        text = with_diagram(text, mark, drawn)
+        if "--write" not in sys.argv:
+            print(drawn)
+    if "--write" in sys.argv:
+        document.write_text(text, encoding="utf-8")
 
 
 if __name__ == "__main__":

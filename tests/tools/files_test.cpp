@@ -1,6 +1,7 @@
 #include "tests/tools/support.h"
-#include "tools/convert/files.h"
+#include "tools/common/temporaryFolder.h"
 #include "tools/convert/images.h"
+#include "tools/convert/plainName.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "tools/stage/playback.h"
 
 #include "tests/tools/support.h"
-#include "tools/failure.h"
+#include "tools/common/failure.h"
 #include "tools/stage/engine.h"
 #include "tools/stage/skins.h"
 #include "tools/writers/rvaWriter.h"

@@ -2,10 +2,10 @@
 
 // Shared by the tests of the content tool: small files made on the spot, and walks over scenes.
 
-#include "tools/convert/algebra.h"
+#include "tools/common/algebra.h"
+#include "tools/common/failure.h"
 #include "tools/convert/convert.h"
 #include "tools/convert/images.h"
-#include "tools/failure.h"
 #include "tools/writers/tgaWriter.h"
 
 #include <algorithm>

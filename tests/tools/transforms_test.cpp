@@ -1,3 +1,4 @@
+#include "tools/common/rotation.h"
 #include "tools/convert/transforms.h"
 
 #include <cmath>

@@ -1,11 +1,11 @@
 #include "tools/commands/command.h"
 #include "tools/commands/options.h"
 #include "tools/commands/scene.h"
+#include "tools/common/failure.h"
+#include "tools/common/ranges.h"
 #include "tools/convert/clips.h"
-#include "tools/failure.h"
-#include "tools/guard.h"
-#include "tools/logRedirect.h"
-#include "tools/ranges.h"
+#include "tools/process/guard.h"
+#include "tools/process/logRedirect.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "tools/commands/effectOptions.h"
 
-#include "tools/ranges.h"
+#include "tools/common/ranges.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>

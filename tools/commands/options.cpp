@@ -1,6 +1,6 @@
 #include "tools/commands/options.h"
 
-#include "tools/failure.h"
+#include "tools/common/failure.h"
 
 #include <CLI/CLI.hpp>
 #include <map>

@@ -2,9 +2,9 @@
 
 // Options that several commands have, and checks of what CLI11 does not check.
 
+#include "tools/common/message.h"
 #include "tools/convert/convert.h"
-#include "tools/guard.h"
-#include "tools/message.h"
+#include "tools/process/guard.h"
 
 #include <filesystem>
 

@@ -1,7 +1,7 @@
 #include "tools/commands/scene.h"
 
-#include "tools/guard.h"
-#include "tools/message.h"
+#include "tools/common/message.h"
+#include "tools/process/guard.h"
 
 namespace ravolt::tool {
 

@@ -4,7 +4,7 @@
 // that goes away with this object.
 
 #include "tools/commands/showOptions.h"
-#include "tools/convert/files.h"
+#include "tools/common/temporaryFolder.h"
 #include "tools/stage/playback.h"
 
 #include <filesystem>

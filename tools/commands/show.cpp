@@ -1,9 +1,9 @@
 #include "tools/commands/show.h"
 
-#include "tools/failure.h"
-#include "tools/logRedirect.h"
-#include "tools/message.h"
-#include "tools/report.h"
+#include "tools/common/failure.h"
+#include "tools/common/message.h"
+#include "tools/common/report.h"
+#include "tools/process/logRedirect.h"
 #include "tools/stage/glow.h"
 #include "tools/stage/playback.h"
 

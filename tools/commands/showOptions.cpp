@@ -1,8 +1,8 @@
 #include "tools/commands/showOptions.h"
 
+#include "tools/common/failure.h"
+#include "tools/common/ranges.h"
 #include "tools/convert/clips.h"
-#include "tools/failure.h"
-#include "tools/ranges.h"
 #include "tools/stage/stage.h"
 
 #include <CLI/CLI.hpp>

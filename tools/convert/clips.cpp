@@ -4,7 +4,8 @@
 
 #include "tools/convert/clips.h"
 
-#include "tools/convert/files.h"
+#include "tools/common/sceneNames.h"
+#include "tools/convert/plainName.h"
 
 #include <algorithm>
 #include <cctype>

@@ -3,11 +3,11 @@
 // Movements of a model as clips (RVA): for each frame the place and the rotation of each node that
 // some clip of the model moves.
 
+#include "tools/common/report.h"
 #include "tools/convert/gltf2.h"
 #include "tools/convert/motion.h"
 #include "tools/convert/skeleton.h"
 #include "tools/convert/skins.h"
-#include "tools/report.h"
 #include "tools/writers/rvaWriter.h"
 
 #include <map>
@@ -15,9 +15,6 @@
 #include <vector>
 
 namespace ravolt::tool {
-
-// The name of the clip that shows the model's own pose, where its skin is bound in another.
-constexpr const char *poseClipName = "pose";
 
 // Frames of a clip in a second.
 constexpr double minFps = 0.1, maxFps = 1000;

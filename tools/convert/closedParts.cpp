@@ -1,5 +1,7 @@
 #include "tools/convert/closedParts.h"
 
+#include "tools/common/algebra.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 // The parts of a geometry that can be seen from outside alone.
 
-#include "tools/convert/meshes.h"
+#include "tools/convert/geometry.h"
 
 #include <cstddef>
 #include <vector>

@@ -1,11 +1,11 @@
 #include "tools/convert/convert.h"
 
+#include "tools/common/failure.h"
 #include "tools/convert/import.h"
 #include "tools/convert/inventory.h"
 #include "tools/convert/materials.h"
 #include "tools/convert/textures.h"
 #include "tools/convert/tree.h"
-#include "tools/failure.h"
 #include "tools/writers/rveWriter.h"
 
 #include <algorithm>

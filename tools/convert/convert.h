@@ -3,12 +3,12 @@
 // Conversion of a model, in any format that assimp reads, to a scene file with its textures and its
 // clips.
 
+#include "tools/common/inputFiles.h"
+#include "tools/common/progress.h"
+#include "tools/common/report.h"
 #include "tools/convert/clips.h"
-#include "tools/convert/inputs.h"
 #include "tools/convert/modelFiles.h"
 #include "tools/convert/textures.h"
-#include "tools/progress.h"
-#include "tools/report.h"
 #include "tools/writers/fileTransaction.h"
 #include "tools/writers/rveWriter.h"
 

@@ -4,8 +4,8 @@
 // one skin, and takes the values of keys without the way from one to the next. The file is read
 // before it, and what assimp reads instead says the same in a form that it keeps.
 
+#include "tools/common/report.h"
 #include "tools/convert/motion.h"
-#include "tools/report.h"
 
 #include <assimp/scene.h>
 #include <cstddef>

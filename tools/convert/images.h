@@ -3,25 +3,17 @@
 // Pictures of a model: decoded from files or memory, and brought to a shape that the engine's
 // textures can have.
 
+#include "tools/convert/image.h"
+
 #include <assimp/texture.h>
 #include <cstddef>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 namespace ravolt::tool {
 
 // The engine reads pictures up to this size each way.
 constexpr unsigned int largestTexture = 4096;
-
-// Rows from the top down, R G B A.
-struct Image {
-    unsigned int width = 0;
-    unsigned int height = 0;
-    std::vector<unsigned char> pixels;
-
-    bool empty() const { return pixels.empty(); }
-};
 
 // An empty image when it cannot be read; `reason` then says why.
 Image decodeFile(const std::filesystem::path &file, std::string &reason);

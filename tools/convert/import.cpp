@@ -4,11 +4,11 @@
 
 #include "tools/convert/import.h"
 
+#include "tools/common/failure.h"
 #include "tools/convert/container.h"
 #include "tools/convert/gltf1.h"
 #include "tools/convert/vertexColors.h"
 #include "tools/convert/vertices.h"
-#include "tools/failure.h"
 
 #include <algorithm>
 #include <assimp/IOSystem.hpp>

@@ -4,12 +4,12 @@
 // trust every index and every number: triangles with vertices that do not exist or that lie
 // nowhere are dropped, and so are weights of such vertices. Everything dropped is reported.
 
+#include "tools/common/progress.h"
+#include "tools/common/report.h"
 #include "tools/convert/assimpFaults.h"
 #include "tools/convert/gltf2.h"
 #include "tools/convert/images.h"
 #include "tools/convert/modelFiles.h"
-#include "tools/progress.h"
-#include "tools/report.h"
 
 #include <assimp/Importer.hpp>
 #include <assimp/scene.h>

@@ -2,7 +2,7 @@
 
 // What a model has that a scene file cannot hold: one line for each kind of thing.
 
-#include "tools/report.h"
+#include "tools/common/report.h"
 
 #include <assimp/scene.h>
 

@@ -2,9 +2,9 @@
 
 // Lights of a model as those of a scene file.
 
-#include "tools/convert/algebra.h"
+#include "tools/common/algebra.h"
+#include "tools/common/report.h"
 #include "tools/convert/import.h"
-#include "tools/report.h"
 #include "tools/writers/rveWriter.h"
 
 #include <map>

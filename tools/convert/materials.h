@@ -2,11 +2,11 @@
 
 // Materials of a model as those of a scene file.
 
+#include "tools/common/progress.h"
+#include "tools/common/report.h"
 #include "tools/convert/import.h"
 #include "tools/convert/meshes.h"
 #include "tools/convert/textures.h"
-#include "tools/progress.h"
-#include "tools/report.h"
 #include "tools/writers/rveWriter.h"
 
 #include <string>

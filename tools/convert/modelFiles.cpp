@@ -2,7 +2,7 @@
 
 #include "tools/convert/modelFiles.h"
 
-#include "tools/failure.h"
+#include "tools/common/failure.h"
 
 #include <algorithm>
 #include <assimp/DefaultIOSystem.h>

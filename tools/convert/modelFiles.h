@@ -5,7 +5,7 @@
 // `textures` beside it or beside its folder, and the folders that the caller names. Symbolic links
 // are resolved before that is judged. The reader of the format gets its files by the same rule.
 
-#include "tools/report.h"
+#include "tools/common/report.h"
 
 #include <filesystem>
 #include <map>

@@ -3,7 +3,7 @@
 // Pictures in formats that stb_image does not read: SGI, DDS, TIFF, WebP, JPEG 2000 and PCX, known
 // by their first bytes. ImageMagick decodes them; a build without it reads none.
 
-#include "tools/convert/images.h"
+#include "tools/convert/image.h"
 
 #include <cstddef>
 #include <cstdint>

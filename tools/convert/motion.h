@@ -3,7 +3,7 @@
 // Movements of a model as functions of time, from the keys that its file states. Times are those of
 // the model, in ticks.
 
-#include "tools/convert/algebra.h"
+#include "tools/common/algebra.h"
 
 #include <assimp/anim.h>
 #include <optional>

@@ -1,5 +1,7 @@
 #include "tools/convert/skeleton.h"
 
+#include "tools/common/rotation.h"
+#include "tools/common/sceneNames.h"
 #include "tools/writers/rveWriter.h"
 
 #include <algorithm>

@@ -3,9 +3,9 @@
 // The nodes of a model in one list, as the scene will have them: under unique names,
 // each below the node that is its parent in the scene, and placed by a position and a rotation.
 
-#include "tools/convert/algebra.h"
+#include "tools/common/algebra.h"
+#include "tools/common/report.h"
 #include "tools/convert/transforms.h"
-#include "tools/report.h"
 
 #include <assimp/scene.h>
 #include <map>
@@ -19,9 +19,6 @@ namespace ravolt::tool {
 // RVNODE::getFinalMatrix, by which a scene is framed and its nodes are placed in the world, knows
 // 63 ancestors; the pieces of a node and its lights are one level below it.
 constexpr int maxLevel = 60;
-
-// Bones are relative to the ancestor of this name, so that a figure can be moved as a whole.
-constexpr const char *skeletonRootName = "HumanoidRoot";
 
 constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
 

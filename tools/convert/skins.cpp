@@ -5,6 +5,8 @@
 
 #include "tools/convert/skins.h"
 
+#include "tools/common/rotation.h"
+
 #include <algorithm>
 #include <cmath>
 #include <set>

@@ -4,7 +4,8 @@
 
 #include "tools/convert/textures.h"
 
-#include "tools/failure.h"
+#include "tools/common/failure.h"
+#include "tools/convert/plainName.h"
 #include "tools/writers/tgaWriter.h"
 
 #include <algorithm>

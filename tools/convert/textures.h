@@ -3,11 +3,10 @@
 // The textures of a model as TGA files beside the scene: NAME_d.tga for what covers a surface and,
 // on request, NAME_n.tga for its normal map, which the engine finds by that suffix.
 
-#include "tools/convert/files.h"
+#include "tools/common/inputFiles.h"
+#include "tools/common/report.h"
 #include "tools/convert/images.h"
-#include "tools/convert/inputs.h"
 #include "tools/convert/modelFiles.h"
-#include "tools/report.h"
 #include "tools/writers/fileTransaction.h"
 
 #include <assimp/scene.h>

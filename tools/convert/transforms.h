@@ -5,14 +5,9 @@
 // and mirroring) that goes into the vertices of the node and into the places of its children. All
 // of it in double precision.
 
-#include "tools/convert/algebra.h"
+#include "tools/common/algebra.h"
 
 namespace ravolt::tool {
-
-// Angles in degrees and the rotation that the engine makes of them: about X, then Y, then Z, each
-// by glRotatef, so that the matrix is X * Y * Z.
-Matrix rotationFromDegrees(const Vector &degrees);
-Vector degreesFromRotation(const Matrix &rotation);
 
 // A node relative to its parent, and the residual for its vertices and its children:
 //   parentResidual * local = translation(position) * rotation(degrees) * residual

@@ -11,6 +11,8 @@
 
 #include "tools/convert/tree.h"
 
+#include "tools/common/rotation.h"
+#include "tools/common/sceneNames.h"
 #include "tools/convert/lights.h"
 #include "tools/convert/meshes.h"
 

@@ -3,13 +3,13 @@
 // The node tree of a model as that of a scene file: names and order kept, transforms taken apart,
 // one mesh for each material of a node.
 
+#include "tools/common/progress.h"
+#include "tools/common/report.h"
 #include "tools/convert/clips.h"
 #include "tools/convert/import.h"
 #include "tools/convert/materials.h"
 #include "tools/convert/skeleton.h"
 #include "tools/convert/skins.h"
-#include "tools/progress.h"
-#include "tools/report.h"
 #include "tools/writers/rveWriter.h"
 
 #include <vector>

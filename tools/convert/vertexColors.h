@@ -3,7 +3,7 @@
 // Colours of vertices, which the meshes of a scene do not have: where a mesh has no texture they
 // become the colour of its material, or a texture.
 
-#include "tools/report.h"
+#include "tools/common/report.h"
 
 #include <assimp/scene.h>
 

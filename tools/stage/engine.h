@@ -3,7 +3,7 @@
 // The engine in the tool's hands: started, fed with a scene, stopped, and its complaints made
 // into the tool's own.
 
-#include "tools/failure.h"
+#include "tools/common/failure.h"
 
 #include <filesystem>
 #include <string>

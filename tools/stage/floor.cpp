@@ -2,8 +2,8 @@
 
 #include "tools/stage/floor.h"
 
-#include "tools/convert/files.h"
-#include "tools/failure.h"
+#include "tools/common/failure.h"
+#include "tools/common/temporaryFolder.h"
 #include "tools/writers/rveWriter.h"
 
 #include <algorithm>

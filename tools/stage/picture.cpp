@@ -1,7 +1,7 @@
 #include "tools/stage/picture.h"
 
-#include "tools/failure.h"
-#include "tools/signals.h"
+#include "tools/common/failure.h"
+#include "tools/process/signals.h"
 #include "tools/stage/stage.h"
 #include "tools/writers/wholeFile.h"
 

@@ -1,8 +1,8 @@
 #include "tools/stage/playback.h"
 
-#include "tools/convert/clips.h"
-#include "tools/convert/transforms.h"
-#include "tools/failure.h"
+#include "tools/common/failure.h"
+#include "tools/common/rotation.h"
+#include "tools/common/sceneNames.h"
 #include "tools/stage/walk.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 // What the engine does not tell of the skins of a scene: which bones move each of their vertices.
 
-#include "tools/convert/algebra.h"
+#include "tools/common/algebra.h"
 
 #include <cstddef>
 #include <cstdint>

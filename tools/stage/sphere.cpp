@@ -1,6 +1,6 @@
 #include "tools/stage/sphere.h"
 
-#include "tools/convert/skeleton.h"
+#include "tools/common/sceneNames.h"
 #include "tools/stage/walk.h"
 
 #include <algorithm>

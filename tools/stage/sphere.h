@@ -2,7 +2,7 @@
 
 // The extent of a scene.
 
-#include "tools/convert/algebra.h"
+#include "tools/common/algebra.h"
 #include "tools/stage/skins.h"
 
 #include <set>

@@ -2,9 +2,9 @@
 
 #include "tools/stage/stage.h"
 
+#include "tools/process/scopedSilentLog.h"
 #include "tools/stage/engine.h"
 #include "tools/stage/floor.h"
-#include "tools/stage/scopedSilentLog.h"
 #include "tools/stage/walk.h"
 
 #include <algorithm>

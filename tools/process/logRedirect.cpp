@@ -1,7 +1,7 @@
-#include "tools/logRedirect.h"
+#include "tools/process/logRedirect.h"
 
-#include "tools/message.h"
-#include "tools/signals.h"
+#include "tools/common/message.h"
+#include "tools/process/signals.h"
 
 #include <cerrno>
 #include <csignal>

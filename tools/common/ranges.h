@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/failure.h"
+#include "tools/common/failure.h"
 
 #include <cstdio>
 

@@ -1,8 +1,8 @@
-#include "tools/display.h"
+#include "tools/process/display.h"
 
-#include "tools/failure.h"
-#include "tools/logRedirect.h"
-#include "tools/message.h"
+#include "tools/common/failure.h"
+#include "tools/common/message.h"
+#include "tools/process/logRedirect.h"
 
 #include <SDL.h>
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "tools/signals.h"
+#include "tools/process/signals.h"
 
 #include <csignal>
 #include <signal.h>

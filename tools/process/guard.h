@@ -4,7 +4,7 @@
 // whatever memory and time a file makes them take. So a conversion runs in a process of its own and
 // within limits: when that dies, the tool still says so in a line, and removes what it has made.
 
-#include "tools/convert/inputs.h"
+#include "tools/common/inputFiles.h"
 #include "tools/writers/fileTransaction.h"
 
 #include <functional>

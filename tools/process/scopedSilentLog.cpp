@@ -1,4 +1,4 @@
-#include "tools/stage/scopedSilentLog.h"
+#include "tools/process/scopedSilentLog.h"
 
 #include <cstdio>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "tools/message.h"
+#include "tools/common/message.h"
 
 #include <cstdio>
 

@@ -1,4 +1,4 @@
-#include "tools/convert/algebra.h"
+#include "tools/common/algebra.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "tools/convert/inputs.h"
+#include "tools/common/inputFiles.h"
 
 #include <optional>
 #include <sys/stat.h>

@@ -1,9 +1,9 @@
 // The child tells its parent what it does in records: a letter, the length of a text, and the text.
 
-#include "tools/guard.h"
+#include "tools/process/guard.h"
 
-#include "tools/failure.h"
-#include "tools/signals.h"
+#include "tools/common/failure.h"
+#include "tools/process/signals.h"
 
 #include <algorithm>
 #include <cerrno>

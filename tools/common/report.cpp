@@ -1,4 +1,4 @@
-#include "tools/report.h"
+#include "tools/common/report.h"
 
 #include <algorithm>
 

@@ -1,16 +1,13 @@
 #pragma once
 
-// Folders for passing use, and names of files that are written.
-
 #include <filesystem>
-#include <string>
 
 namespace ravolt::tool {
 
-// A folder for passing use, removed with all that is in it.
+// A new folder for temporary files, removed with its contents.
 class TemporaryFolder {
   public:
-    TemporaryFolder(); // throws Failure when none can be made
+    TemporaryFolder(); // throws Failure when it cannot be created
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder &) = delete;
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
@@ -20,8 +17,5 @@ class TemporaryFolder {
   private:
     std::filesystem::path folder;
 };
-
-// A name of letters that every file system takes.
-std::string plainName(const std::string &text);
 
 } // namespace ravolt::tool
