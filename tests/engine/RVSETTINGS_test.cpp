@@ -1,5 +1,5 @@
-// The record and its file, and the view before any start. What the window makes of it is tested in
-// window_test.cpp.
+// The requested settings, their file, and the applied settings before any start. What the window
+// does with them is tested in window_test.cpp.
 
 #include "ravolt/RVSETTINGS.h"
 
@@ -21,99 +21,90 @@ namespace {
 
 const std::string banner = "Ravolt 3D Graphics Engine for PC v1.6.6a (debug)";
 
-struct TextField {
-    const char *key;
-    void (RVSETTINGS::*set)(const char *);
-    char *(RVSETTINGS::*get)();
-};
-
-const TextField textFields[] = {
-    {"RAVOLT_title", &RVSETTINGS::setTitle, &RVSETTINGS::getTitle},
-    {"RAVOLT_rvePath", &RVSETTINGS::setRVEPath, &RVSETTINGS::getRVEPath},
-    {"RAVOLT_rvaPath", &RVSETTINGS::setRVAPath, &RVSETTINGS::getRVAPath},
-    {"RAVOLT_mpgPath", &RVSETTINGS::setMPGPath, &RVSETTINGS::getMPGPath},
-    {"RAVOLT_texturePath", &RVSETTINGS::setTexturePath, &RVSETTINGS::getTexturePath},
-    {"RAVOLT_shaderPath", &RVSETTINGS::setShaderPath, &RVSETTINGS::getShaderPath},
-    {"RAVOLT_fontPath", &RVSETTINGS::setFontPath, &RVSETTINGS::getFontPath},
-};
-
-struct NumberField {
+struct Field {
     const char *key; // NULL where the file has none
-    int standard;
-    void (RVSETTINGS::*set)(int);
-    int (RVSETTINGS::*get)() const;
+    std::string standard, other;
+    std::function<void(RVSETTINGS &, const std::string &)> set;
+    std::function<std::string(RVSETTINGS &)> get;
+
+    bool isFlag() const { return other == "1"; }
+    bool isText() const { return other[0] == 'f'; }
+    std::string line() const { return key + ("=" + (isText() ? '"' + other + '"' : other)) + "\n"; }
 };
 
-const NumberField numberFields[] = {
-    {"RAVOLT_windowX", 640, &RVSETTINGS::setWindowX, &RVSETTINGS::getWindowX},
-    {"RAVOLT_windowY", 480, &RVSETTINGS::setWindowY, &RVSETTINGS::getWindowY},
-    {"RAVOLT_colorDepth", 16, &RVSETTINGS::setColorDepth, &RVSETTINGS::getColorDepth},
-    {"RAVOLT_zetaDepth", 16, &RVSETTINGS::setZetaDepth, &RVSETTINGS::getZetaDepth},
-    {"RAVOLT_stencilDepth", 0, &RVSETTINGS::setStencilDepth, &RVSETTINGS::getStencilDepth},
-    {"RAVOLT_audioChannels", 16, &RVSETTINGS::setAudioChannels, &RVSETTINGS::getAudioChannels},
-    {"RAVOLT_audioBuffers", 32, &RVSETTINGS::setAudioBuffers, &RVSETTINGS::getAudioBuffers},
-    {"RAVOLT_audioElements", 128, &RVSETTINGS::setAudioElements, &RVSETTINGS::getAudioElements},
-    {"RAVOLT_renderingElements", 0, &RVSETTINGS::setRenderingElements,
-     &RVSETTINGS::getRenderingElements},
-    {"RAVOLT_shadowMapSize", 1024, &RVSETTINGS::setShadowMapSize, &RVSETTINGS::getShadowMapSize},
-    {"RAVOLT_FBOSizeX", 1024, &RVSETTINGS::setFBOSizeX, &RVSETTINGS::getFBOSizeX},
-    {"RAVOLT_FBOSizeY", 768, &RVSETTINGS::setFBOSizeY, &RVSETTINGS::getFBOSizeY},
-    {"RAVOLT_waterSize", 256, &RVSETTINGS::setWaterSize, &RVSETTINGS::getWaterSize},
-    {"RAVOLT_videoMemory", 0, &RVSETTINGS::setVideoMemory, &RVSETTINGS::getVideoMemory},
-};
+// Other values are different in each field, and numbers negative: they are taken as they come.
+int fieldCount = 300;
 
-struct FlagField {
-    const char *key;
-    void (RVSETTINGS::*set)(bool);
-    bool (RVSETTINGS::*get)() const;
-};
-
-const FlagField flagFields[] = {
-    {"RAVOLT_fullScreen", &RVSETTINGS::setFullScreen, &RVSETTINGS::isFullScreen},
-    {"RAVOLT_resizable", &RVSETTINGS::setResizable, &RVSETTINGS::isResizable},
-    {"RAVOLT_landscape", &RVSETTINGS::setLandscape, &RVSETTINGS::isLandscape},
-    {"RAVOLT_CAVESplashScreen", &RVSETTINGS::setCAVESplashScreen, &RVSETTINGS::isCAVESplashScreen},
-    {"RAVOLT_useShaders", &RVSETTINGS::setShaders, &RVSETTINGS::getShaders},
-    {nullptr, &RVSETTINGS::setForceFBO, &RVSETTINGS::getForceFBO},
-};
-
-bool loadText(RVSETTINGS &settings, const std::string &text) {
-    writeFile("settings.txt", text);
-    return settings.load("settings.txt");
+Field text(const char *key, void (RVSETTINGS::*set)(const char *), char *(RVSETTINGS::*get)(),
+           const std::string &standard = "") {
+    return {key, standard, "folder" + std::to_string(++fieldCount) + "/",
+            [set](RVSETTINGS &settings, const auto &value) { (settings.*set)(value.c_str()); },
+            [get](RVSETTINGS &settings) { return std::string((settings.*get)()); }};
 }
 
-// All that a record holds, to tell two apart.
+Field number(const char *key, int standard, void (RVSETTINGS::*set)(int),
+             int (RVSETTINGS::*get)() const) {
+    return {key, std::to_string(standard), std::to_string(-++fieldCount),
+            [set](RVSETTINGS &settings, const auto &value) { (settings.*set)(std::stoi(value)); },
+            [get](RVSETTINGS &settings) { return std::to_string((settings.*get)()); }};
+}
+
+Field flag(const char *key, void (RVSETTINGS::*set)(bool), bool (RVSETTINGS::*get)() const) {
+    return {key, "0", "1",
+            [set](RVSETTINGS &settings, const auto &value) { (settings.*set)(value == "1"); },
+            [get](RVSETTINGS &settings) { return std::to_string((settings.*get)()); }};
+}
+
+using S = RVSETTINGS;
+const std::vector<Field> fields = {
+    text("RAVOLT_title", &S::setTitle, &S::getTitle, banner),
+    text("RAVOLT_rvePath", &S::setRVEPath, &S::getRVEPath),
+    text("RAVOLT_rvaPath", &S::setRVAPath, &S::getRVAPath),
+    text("RAVOLT_mpgPath", &S::setMPGPath, &S::getMPGPath),
+    text("RAVOLT_texturePath", &S::setTexturePath, &S::getTexturePath),
+    text("RAVOLT_shaderPath", &S::setShaderPath, &S::getShaderPath),
+    text("RAVOLT_fontPath", &S::setFontPath, &S::getFontPath),
+    number("RAVOLT_windowX", 640, &S::setWindowX, &S::getWindowX),
+    number("RAVOLT_windowY", 480, &S::setWindowY, &S::getWindowY),
+    number("RAVOLT_colorDepth", 16, &S::setColorDepth, &S::getColorDepth),
+    number("RAVOLT_zetaDepth", 16, &S::setZetaDepth, &S::getZetaDepth),
+    number("RAVOLT_stencilDepth", 0, &S::setStencilDepth, &S::getStencilDepth),
+    number("RAVOLT_audioChannels", 16, &S::setAudioChannels, &S::getAudioChannels),
+    number("RAVOLT_audioBuffers", 32, &S::setAudioBuffers, &S::getAudioBuffers),
+    number("RAVOLT_audioElements", 128, &S::setAudioElements, &S::getAudioElements),
+    number("RAVOLT_renderingElements", 0, &S::setRenderingElements, &S::getRenderingElements),
+    number("RAVOLT_shadowMapSize", 1024, &S::setShadowMapSize, &S::getShadowMapSize),
+    number("RAVOLT_FBOSizeX", 1024, &S::setFBOSizeX, &S::getFBOSizeX),
+    number("RAVOLT_FBOSizeY", 768, &S::setFBOSizeY, &S::getFBOSizeY),
+    number("RAVOLT_waterSize", 256, &S::setWaterSize, &S::getWaterSize),
+    number("RAVOLT_videoMemory", 0, &S::setVideoMemory, &S::getVideoMemory),
+    flag("RAVOLT_fullScreen", &S::setFullScreen, &S::isFullScreen),
+    flag("RAVOLT_resizable", &S::setResizable, &S::isResizable),
+    flag("RAVOLT_landscape", &S::setLandscape, &S::isLandscape),
+    flag("RAVOLT_CAVESplashScreen", &S::setCAVESplashScreen, &S::isCAVESplashScreen),
+    flag("RAVOLT_useShaders", &S::setShaders, &S::getShaders),
+    flag(nullptr, &S::setForceFBO, &S::getForceFBO),
+};
+
+// One line per field: "key: value".
 std::string dump(RVSETTINGS &settings) {
     std::string all;
-    for (const NumberField &field : numberFields)
-        all += std::to_string((settings.*field.get)()) + "\n";
-    for (const FlagField &field : flagFields)
-        all += (settings.*field.get)() ? "on\n" : "off\n";
-    for (const TextField &field : textFields)
-        all += std::string((settings.*field.get)()) + "\n";
+    for (const Field &field : fields)
+        all += (field.key ? field.key : "forceFBO") + (": " + field.get(settings)) + "\n";
     return all;
 }
 
-// A record in which every field with a key has a value of its own, and the file that says so.
-RVSETTINGS completeSettings;
+bool loadText(RVSETTINGS &settings, const std::string &contents) {
+    writeFile("settings.txt", contents);
+    return settings.load("settings.txt");
+}
+
+// Every key with a value of its own.
 const std::string completeFile = [] {
-    std::string text = "# A settings file with every key\n";
-    int number = 300;
-    for (const NumberField &field : numberFields) {
-        (completeSettings.*field.set)(++number);
-        text += field.key + ("=" + std::to_string(number)) + "\n";
-    }
-    for (const FlagField &field : flagFields)
-        if (field.key) {
-            (completeSettings.*field.set)(true);
-            text += field.key + std::string("=1\n");
-        }
-    for (const TextField &field : textFields) {
-        const std::string folder = "folder" + std::to_string(++number) + "/";
-        (completeSettings.*field.set)(folder.c_str());
-        text += field.key + ("=\"" + folder) + "\"\n";
-    }
-    return text;
+    std::string contents = "# A settings file with every key\n";
+    for (const Field &field : fields)
+        contents += field.key ? field.line() : "";
+    return contents;
 }();
 
 class SettingsTest : public testing::Test {
@@ -126,58 +117,35 @@ class SettingsTest : public testing::Test {
 
 // --- The record
 
-TEST_F(SettingsTest, DefaultsAreThoseOfASmallPlainWindow) {
-    EXPECT_EQ(settings.getTitle(), banner);
-    for (const NumberField &field : numberFields)
-        EXPECT_EQ((settings.*field.get)(), field.standard) << field.key;
-    for (const FlagField &field : flagFields)
-        EXPECT_FALSE((settings.*field.get)()) << (field.key ? field.key : "forceFBO");
-    for (const TextField &field : textFields)
-        EXPECT_EQ((settings.*field.get)(),
-                  field.get == &RVSETTINGS::getTitle ? banner : std::string())
-            << field.key;
-}
-
-TEST_F(SettingsTest, EverySetterChangesItsOwnFieldOnly) {
-    for (const NumberField &field : numberFields) {
+TEST_F(SettingsTest, EverySetterChangesItsOwnFieldOnlyFromItsDefault) {
+    for (const Field &field : fields) {
+        SCOPED_TRACE(field.key ? field.key : "forceFBO");
         RVSETTINGS changed;
-        (changed.*field.set)(-12345); // numbers are taken as they come
-        EXPECT_EQ((changed.*field.get)(), -12345) << field.key;
-        (changed.*field.set)(field.standard);
-        EXPECT_EQ(dump(changed), dump(settings)) << field.key;
-    }
-    for (const FlagField &field : flagFields) {
-        RVSETTINGS changed;
-        (changed.*field.set)(true);
-        EXPECT_TRUE((changed.*field.get)());
-        (changed.*field.set)(false);
+        EXPECT_EQ(field.get(changed), field.standard);
+        field.set(changed, field.other);
+        EXPECT_EQ(field.get(changed), field.other);
+        field.set(changed, field.standard); // for a text, as the empty one
         EXPECT_EQ(dump(changed), dump(settings));
     }
-    for (const TextField &field : textFields) {
-        RVSETTINGS changed;
-        (changed.*field.set)("some/where");
-        EXPECT_STREQ((changed.*field.get)(), "some/where") << field.key;
-        (changed.*field.set)((settings.*field.get)());
-        EXPECT_EQ(dump(changed), dump(settings)) << field.key;
-    }
-}
-
-TEST_F(SettingsTest, TextOf256BytesOrMoreLeavesTheOldOne) {
-    const std::string longest(255, 'a'), tooLong(256, 'b');
-    for (const TextField &field : textFields) {
-        (settings.*field.set)(longest.c_str());
-        EXPECT_EQ((settings.*field.get)(), longest) << field.key;
-        (settings.*field.set)(tooLong.c_str());
-        EXPECT_EQ((settings.*field.get)(), longest) << field.key;
-        (settings.*field.set)(nullptr);
-        EXPECT_EQ((settings.*field.get)(), longest) << field.key;
-    }
-    EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(SettingsTest, ATextMayBeEmptied) {
     settings.setTitle("");
     EXPECT_STREQ(settings.getTitle(), "");
+}
+
+TEST_F(SettingsTest, TextOf256BytesOrMoreDoesNotReplaceTheOldOne) {
+    const std::string longest(255, 'a'), tooLong(256, 'b');
+    for (const Field &field : fields)
+        if (field.isText()) {
+            field.set(settings, longest);
+            EXPECT_EQ(field.get(settings), longest) << field.key;
+            field.set(settings, tooLong);
+            EXPECT_EQ(field.get(settings), longest) << field.key;
+        }
+    for (auto set : {&S::setTitle, &S::setRVEPath, &S::setRVAPath, &S::setMPGPath,
+                     &S::setTexturePath, &S::setShaderPath, &S::setFontPath})
+        (settings.*set)(nullptr);
+    for (const Field &field : fields)
+        EXPECT_EQ(field.get(settings), field.isText() ? longest : field.standard);
+    EXPECT_NOTHING_LOGGED();
 }
 
 // --- The file
@@ -191,37 +159,27 @@ TEST_F(SettingsTest, LoadRefusesNullAndMissingFiles) {
     EXPECT_EQ(dump(settings), before);
 }
 
-TEST_F(SettingsTest, LoadReadsEveryKey) {
-    ASSERT_TRUE(loadText(settings, completeFile));
-    EXPECT_EQ(dump(settings), dump(completeSettings));
+TEST_F(SettingsTest, LoadReadsEveryKeyAndAFileWithoutKeysChangesNothing) {
+    RVSETTINGS wanted;
+    for (const Field &field : fields)
+        if (field.key)
+            field.set(wanted, field.other);
+    for (const char *contents :
+         {completeFile.c_str(), "nothing of ours\n", "RAVOLT_forceFBO=1\n"}) {
+        ASSERT_TRUE(loadText(settings, contents));
+        EXPECT_EQ(dump(settings), dump(wanted)) << contents;
+    }
     EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(SettingsTest, EachPlainKeyReadsItsOwnFieldOnly) {
-    for (const NumberField &field : numberFields) {
-        RVSETTINGS read, wanted;
-        ASSERT_TRUE(loadText(read, std::string(field.key) + "=321\n"));
-        (wanted.*field.set)(321);
-        EXPECT_EQ(dump(read), dump(wanted)) << field.key;
-    }
-    for (const TextField &field : textFields) {
-        RVSETTINGS read, wanted;
-        ASSERT_TRUE(loadText(read, std::string(field.key) + "=\"value\"\n"));
-        (wanted.*field.set)("value");
-        EXPECT_EQ(dump(read), dump(wanted)) << field.key;
-    }
-}
-
-TEST_F(SettingsTest, NoKeySetsForceFBO) {
-    ASSERT_TRUE(loadText(settings, "RAVOLT_forceFBO=1\n"));
-    EXPECT_FALSE(settings.getForceFBO());
-}
-
-TEST_F(SettingsTest, FileWithoutKeysChangesNothing) {
-    ASSERT_TRUE(loadText(settings, completeFile));
-    const std::string before = dump(settings);
-    ASSERT_TRUE(loadText(settings, "nothing of ours\n"));
-    EXPECT_EQ(dump(settings), before);
+    for (const Field &field : fields)
+        if (!field.isFlag()) {
+            RVSETTINGS read, wanted;
+            ASSERT_TRUE(loadText(read, field.line()));
+            field.set(wanted, field.other);
+            EXPECT_EQ(dump(read), dump(wanted)) << field.key;
+        }
 }
 
 TEST_F(SettingsTest, UnreadableFileIsLoggedAndStillTrue) {
@@ -232,23 +190,21 @@ TEST_F(SettingsTest, UnreadableFileIsLoggedAndStillTrue) {
     EXPECT_EQ(dump(settings), before);
 }
 
-TEST_F(SettingsTest, CommentsAreBlankedAlsoInQuotes) {
-    ASSERT_TRUE(loadText(settings, "#RAVOLT_windowX=1\n"
-                                   "RAVOLT_windowY=72 # behind a value\n"
-                                   "RAVOLT_title=\"Storm#7\"\n"));
+TEST_F(SettingsTest, CommentsAreBlankedAndQuotedTextLosesItsBlanks) {
+    const struct {
+        const char *file, *title;
+    } rows[] = {
+        {"RAVOLT_title=\"Storm#7\"\n", "\"Storm"}, // no closing quote: the raw rest of the line
+        {"RAVOLT_title = \"Two\t words\"\n", "Twowords"},
+        {"RAVOLT_title=\"\"\r\n", ""},
+    };
+    for (const auto &row : rows) {
+        ASSERT_TRUE(loadText(settings, row.file));
+        EXPECT_STREQ(settings.getTitle(), row.title) << row.file;
+    }
+    ASSERT_TRUE(loadText(settings, "#RAVOLT_windowX=1\nRAVOLT_windowY=72 # after a value\n"));
     EXPECT_EQ(settings.getWindowX(), 640);
     EXPECT_EQ(settings.getWindowY(), 72);
-    EXPECT_STREQ(settings.getTitle(), "\"Storm"); // without its closing quote: the raw rest
-}
-
-TEST_F(SettingsTest, QuotedTitleLosesItsBlanks) {
-    ASSERT_TRUE(loadText(settings, "RAVOLT_title = \"Two\t words\"\n"));
-    EXPECT_STREQ(settings.getTitle(), "Twowords");
-}
-
-TEST_F(SettingsTest, AnEmptyQuotedTitleIsEmpty) {
-    ASSERT_TRUE(loadText(settings, "RAVOLT_title=\"\"\r\n"));
-    EXPECT_STREQ(settings.getTitle(), "");
 }
 
 TEST_F(SettingsTest, LongTextInTheFileIsCutAtTheBuffer) {
@@ -260,90 +216,60 @@ TEST_F(SettingsTest, LongTextInTheFileIsCutAtTheBuffer) {
     EXPECT_EQ(settings.getWindowX(), 5);
 }
 
-// --- Numbers stored over flags
-
-TEST_F(SettingsTest, FullScreenInTheFileClearsTheFlagsAfterIt) {
-    settings.setResizable(true);
-    settings.setLandscape(true);
-    settings.setCAVESplashScreen(true);
-    ASSERT_TRUE(loadText(settings, "RAVOLT_fullScreen=1\n"));
-    EXPECT_TRUE(settings.isFullScreen());
-    EXPECT_FALSE(settings.isResizable());
-    EXPECT_FALSE(settings.isLandscape());
-    EXPECT_FALSE(settings.isCAVESplashScreen());
-    EXPECT_EQ(settings.getAudioChannels(), 16);
-}
-
-TEST_F(SettingsTest, FlagsBeforeTheKeyStay) {
-    settings.setFullScreen(true);
-    settings.setResizable(true);
-    ASSERT_TRUE(loadText(settings, "RAVOLT_landscape=1\n"));
-    EXPECT_TRUE(settings.isFullScreen());
-    EXPECT_TRUE(settings.isResizable());
-    EXPECT_TRUE(settings.isLandscape());
-}
-
-TEST_F(SettingsTest, CAVESplashScreenInTheFileClearsTheAudioChannels) {
-    ASSERT_TRUE(loadText(settings, "RAVOLT_CAVESplashScreen=1\n"));
-    EXPECT_TRUE(settings.isCAVESplashScreen());
-    EXPECT_EQ(settings.getAudioChannels(), 0);
-}
-
-TEST_F(SettingsTest, AudioChannelsInTheFileAreReadLaterAndStand) {
-    ASSERT_TRUE(loadText(settings, "RAVOLT_audioChannels=24\nRAVOLT_CAVESplashScreen=1\n"));
-    EXPECT_EQ(settings.getAudioChannels(), 24);
-}
-
-TEST_F(SettingsTest, EachFlagReachesItsOwnNumberOfAudioBytes) {
+// A flag in the file is stored as a number of four bytes: over the flags after it and the audio
+// channels, which are read later. Its truth is the low byte.
+TEST_F(SettingsTest, AFlagInTheFileOverwritesFlagsAndBytesAfterItsOwn) {
     constexpr int audio = 0x7A6B5C4D;
     const struct {
-        const char *line;
-        int audioChannels;
+        std::string before; // full screen, resizable, landscape, CAVE splash screen
+        int audioBefore;
+        const char *file;
+        std::string flags;
+        int audio;
     } rows[] = {
-        {"RAVOLT_fullScreen=0\n", audio},
-        {"RAVOLT_resizable=0\n", 0x7A6B5C00},
-        {"RAVOLT_landscape=0\n", 0x7A6B0000},
-        {"RAVOLT_CAVESplashScreen=0\n", 0x7A000000},
-        {"RAVOLT_resizable=-1\n", 0x7A6B5CFF},
-        {"RAVOLT_landscape=-1\n", 0x7A6BFFFF},
-        {"RAVOLT_CAVESplashScreen=-1\n", 0x7AFFFFFF},
-        {"RAVOLT_CAVESplashScreen=305419896\n", 0x7A123456}, // 0x12345678
+        {"0111", 16, "RAVOLT_fullScreen=1\n", "1000", 16},
+        {"1100", 16, "RAVOLT_landscape=1\n", "1110", 0},
+        {"0000", 16, "RAVOLT_CAVESplashScreen=1\n", "0001", 0},
+        {"0000", 16, "RAVOLT_audioChannels=24\nRAVOLT_CAVESplashScreen=1\n", "0001", 24},
+        {"0000", 16, "RAVOLT_fullScreen=256\n", "0100", 16},
+        {"0100", 16, "RAVOLT_fullScreen=2\n", "1000", 16},
+        {"0000", 16, "RAVOLT_fullScreen=-1\n", "1111", 16},
+        {"0000", 16, "RAVOLT_landscape=0\nRAVOLT_fullScreen=-1\n", "1100", 0},
+        {"0000", audio, "RAVOLT_fullScreen=0\n", "0000", audio},
+        {"0000", audio, "RAVOLT_resizable=0\n", "0000", 0x7A6B5C00},
+        {"0000", audio, "RAVOLT_landscape=0\n", "0000", 0x7A6B0000},
+        {"0000", audio, "RAVOLT_CAVESplashScreen=0\n", "0000", 0x7A000000},
+        {"0000", audio, "RAVOLT_resizable=-1\n", "0111", 0x7A6B5CFF},
+        {"0000", audio, "RAVOLT_landscape=-1\n", "0011", 0x7A6BFFFF},
+        {"0000", audio, "RAVOLT_CAVESplashScreen=-1\n", "0001", 0x7AFFFFFF},
+        {"0000", audio, "RAVOLT_CAVESplashScreen=305419896\n", "0001", 0x7A123456}, // 0x12345678
     };
     for (const auto &row : rows) {
-        settings.setAudioChannels(audio);
-        ASSERT_TRUE(loadText(settings, row.line));
-        EXPECT_EQ(settings.getAudioChannels(), row.audioChannels) << row.line;
-        EXPECT_EQ(settings.getAudioBuffers(), 32) << row.line;
+        RVSETTINGS read;
+        read.setFullScreen(row.before[0] == '1');
+        read.setResizable(row.before[1] == '1');
+        read.setLandscape(row.before[2] == '1');
+        read.setCAVESplashScreen(row.before[3] == '1');
+        read.setAudioChannels(row.audioBefore);
+        ASSERT_TRUE(loadText(read, row.file));
+        std::string flags;
+        for (auto get :
+             {&S::isFullScreen, &S::isResizable, &S::isLandscape, &S::isCAVESplashScreen})
+            flags += (read.*get)() ? '1' : '0';
+        EXPECT_EQ(flags, row.flags) << row.file;
+        EXPECT_EQ(read.getAudioChannels(), row.audio) << row.file;
+        EXPECT_EQ(read.getAudioBuffers(), 32) << row.file;
     }
 }
 
-TEST_F(SettingsTest, TheTruthOfAFlagIsTheLowByte) {
-    ASSERT_TRUE(loadText(settings, "RAVOLT_fullScreen=256\n"));
-    EXPECT_FALSE(settings.isFullScreen());
-    EXPECT_TRUE(settings.isResizable()); // the second byte
-    ASSERT_TRUE(loadText(settings, "RAVOLT_fullScreen=2\n"));
-    EXPECT_TRUE(settings.isFullScreen());
-    EXPECT_FALSE(settings.isResizable());
-    ASSERT_TRUE(loadText(settings, "RAVOLT_fullScreen=-1\n"));
-    EXPECT_TRUE(settings.isFullScreen() && settings.isResizable() && settings.isLandscape() &&
-                settings.isCAVESplashScreen());
-}
-
-TEST_F(SettingsTest, LaterFlagsRepairTheirOwnByteOnward) {
-    ASSERT_TRUE(loadText(settings, "RAVOLT_landscape=0\nRAVOLT_fullScreen=-1\n"));
-    EXPECT_TRUE(settings.isFullScreen());
-    EXPECT_TRUE(settings.isResizable());
-    EXPECT_FALSE(settings.isLandscape());
-    EXPECT_FALSE(settings.isCAVESplashScreen());
-}
-
 TEST_F(SettingsTest, UseShadersOverwritesNoOtherField) {
-    ASSERT_TRUE(loadText(settings, "RAVOLT_useShaders=-1\n"));
-    EXPECT_TRUE(settings.getShaders());
-    EXPECT_EQ(settings.getShadowMapSize(), 1024);
-    EXPECT_EQ(settings.getRenderingElements(), 0);
-    ASSERT_TRUE(loadText(settings, "RAVOLT_useShaders=256\n"));
-    EXPECT_FALSE(settings.getShaders());
+    for (const auto &[line, wanted] :
+         {std::pair{"RAVOLT_useShaders=-1\n", true}, {"RAVOLT_useShaders=256\n", false}}) {
+        RVSETTINGS shaders;
+        shaders.setShaders(wanted);
+        ASSERT_TRUE(loadText(settings, line));
+        EXPECT_EQ(dump(settings), dump(shaders));
+    }
 }
 
 // --- Bad input
@@ -353,18 +279,19 @@ class BadSettingsTest : public SettingsTest {
     void SetUp() override { zlfSetConsoleEcho(false); }
     void TearDown() override { zlfSetConsoleEcho(true); }
 
-    static void expectSound(const std::string &bytes) {
+    static void expectTerminatedTexts(const std::string &bytes) {
         RVSETTINGS read;
         ASSERT_TRUE(loadText(read, bytes));
-        for (const TextField &field : textFields)
-            ASSERT_LT(strnlen((read.*field.get)(), 256), 256u);
+        for (auto get : {&S::getTitle, &S::getRVEPath, &S::getRVAPath, &S::getMPGPath,
+                         &S::getTexturePath, &S::getShaderPath, &S::getFontPath})
+            ASSERT_LT(strnlen((read.*get)(), 256), 256u);
     }
 };
 
 TEST_F(BadSettingsTest, AFileCutAtAnyByteIsReadAsFarAsItGoes) {
     for (std::size_t size = 0; size < completeFile.size(); ++size) {
         SCOPED_TRACE(size);
-        expectSound(completeFile.substr(0, size));
+        expectTerminatedTexts(completeFile.substr(0, size));
         ASSERT_FALSE(HasFatalFailure());
     }
     EXPECT_EQ(finalMemoryRatio(), 0);
@@ -372,49 +299,42 @@ TEST_F(BadSettingsTest, AFileCutAtAnyByteIsReadAsFarAsItGoes) {
 
 TEST_F(BadSettingsTest, AnyByteMayHaveAnyValue) {
     ASSERT_LT(completeFile.size(), 4096u);
-    for (std::size_t place = 0; place < completeFile.size(); ++place)
+    for (std::size_t offset = 0; offset < completeFile.size(); ++offset)
         for (const int value : {0, 1, 127, 128, 255}) {
-            SCOPED_TRACE(testing::Message() << "byte " << place << " is " << value);
+            SCOPED_TRACE(testing::Message() << "byte " << offset << " is " << value);
             std::string bytes = completeFile;
-            bytes[place] = static_cast<char>(value);
-            expectSound(bytes);
+            bytes[offset] = static_cast<char>(value);
+            expectTerminatedTexts(bytes);
             ASSERT_FALSE(HasFatalFailure());
         }
     EXPECT_EQ(finalMemoryRatio(), 0);
 }
 
 TEST_F(BadSettingsTest, NumbersBeyondAnIntStayInsideTheRecord) {
-    std::string text;
-    for (const NumberField &field : numberFields)
-        text += std::string(field.key) + "=99999999999999999999\n";
-    for (const FlagField &field : flagFields)
-        if (field.key)
-            text += std::string(field.key) + "=-99999999999999999999\n";
-    expectSound(text);
+    std::string contents;
+    for (const Field &field : fields)
+        if (field.key && !field.isText())
+            contents +=
+                field.key + std::string(field.isFlag() ? "=-" : "=") + "99999999999999999999\n";
+    expectTerminatedTexts(contents);
 }
 
-// --- The view
+// --- The applied settings
 
-TEST(SettingsInForceTest, IsZeroBeforeTheFirstStart) {
-    EXPECT_FALSE(RVSETTINGS::isActive());
-    EXPECT_STREQ(RVSETTINGS::getSDLTitle(), "");
-    for (int (*figure)() :
-         {RVSETTINGS::getSDLWindowX, RVSETTINGS::getSDLWindowY, RVSETTINGS::getSDLColorDepth,
-          RVSETTINGS::getSDLZetaDepth, RVSETTINGS::getSDLStencilDepth,
-          RVSETTINGS::getSDLShadowMapSize, RVSETTINGS::getSDLFBOSizeX, RVSETTINGS::getSDLFBOSizeY,
-          RVSETTINGS::getSDLWaterSize, RVSETTINGS::getZLAAudioChannels,
-          RVSETTINGS::getZLAAudioBuffers, RVSETTINGS::getZLAAudioElements})
-        EXPECT_EQ(figure(), 0);
-    for (bool (*flag)() :
-         {RVSETTINGS::isSDLFullScreen, RVSETTINGS::isSDLResizable, RVSETTINGS::isSDLLandscape,
-          RVSETTINGS::getSDLShaders, RVSETTINGS::getSDLForceFBO})
-        EXPECT_FALSE(flag());
-    EXPECT_EQ(RVSETTINGS::getSDLWindow(), nullptr);
-}
-
-TEST(SettingsInForceTest, ShadersAreForcedDirectly) {
-    RVSETTINGS::forceShadersOn();
-    EXPECT_TRUE(RVSETTINGS::getSDLShaders());
-    RVSETTINGS::forceShadersOff();
-    EXPECT_FALSE(RVSETTINGS::getSDLShaders());
+TEST(AppliedSettingsTest, AreZeroBeforeTheFirstStartButShadersAreForcedDirectly) {
+    EXPECT_FALSE(S::isActive());
+    EXPECT_STREQ(S::getSDLTitle(), "");
+    for (int (*get)() : {S::getSDLWindowX, S::getSDLWindowY, S::getSDLColorDepth,
+                         S::getSDLZetaDepth, S::getSDLStencilDepth, S::getSDLShadowMapSize,
+                         S::getSDLFBOSizeX, S::getSDLFBOSizeY, S::getSDLWaterSize,
+                         S::getZLAAudioChannels, S::getZLAAudioBuffers, S::getZLAAudioElements})
+        EXPECT_EQ(get(), 0);
+    for (bool (*get)() : {S::isSDLFullScreen, S::isSDLResizable, S::isSDLLandscape,
+                          S::getSDLShaders, S::getSDLForceFBO})
+        EXPECT_FALSE(get());
+    EXPECT_EQ(S::getSDLWindow(), nullptr);
+    S::forceShadersOn();
+    EXPECT_TRUE(S::getSDLShaders());
+    S::forceShadersOff();
+    EXPECT_FALSE(S::getSDLShaders());
 }
