@@ -1,7 +1,7 @@
 #pragma once
 
-// A square that is drawn without lights, programs and textures, brighter than white on targets that
-// can hold that: what bloom, depth of field and their absence can be seen on.
+// Squares that are drawn without lights, programs and textures. A bright one adds up to more than
+// white on targets that can store that: bloom, depth of field and their absence show on it.
 
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
@@ -11,18 +11,25 @@
 #include "ravolt/RVTEXTURE.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <utility>
 #include <vector>
 
 namespace ravolt::test {
 
-class BrightSquare : public RVNODE {
+// Fills the middle of the view.
+class Wall : public RVNODE {
   public:
+    std::array<float, 4> color;
+    float depth = -5, half = 1;
+    int layers = 1;                          // that add up
     std::vector<RV_OPENGL_PROFILE> profiles; // of its draws
     std::function<void()> meanwhile = [] {}; // what happens in each draw, before the square
 
-    BrightSquare() { type = RV_NODE_TYPE_CUSTOM; }
+    explicit Wall(const std::array<float, 4> &itsColor = {0, 0, 0, 1}) : color(itsColor) {
+        type = RV_NODE_TYPE_CUSTOM;
+    }
 
     bool render(void *entry) override {
         profiles.push_back(RVOPENGL::getProfile());
@@ -31,16 +38,17 @@ class BrightSquare : public RVNODE {
         RVSHADER::disable();
         RVTEXTURE::texturingOff(0);
         glLoadMatrixf(static_cast<RVELEMENT *>(entry)->getMatrix()->e);
-        glColor4f(1, 0.5f, 0.25f, 0.5f);
-        glDepthFunc(GL_LEQUAL);
-        for (int layer = 0; layer < 3; ++layer) {
-            draw();
+        glColor4fv(color.data());
+        draw();
+        for (int layer = 1; layer < layers; ++layer) {
             RVOPENGL::blendingOn();
             glBlendFunc(GL_ONE, GL_ONE);
+            glDepthFunc(GL_LEQUAL);
+            draw();
+            glDepthFunc(GL_LESS);
+            glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+            RVOPENGL::blendingOff();
         }
-        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-        RVOPENGL::blendingOff();
-        glDepthFunc(GL_LESS);
         return true;
     }
 
@@ -49,12 +57,17 @@ class BrightSquare : public RVNODE {
     }
 
   private:
-    static void draw() {
+    void draw() const {
         glBegin(GL_QUADS);
         for (const auto &[x, y] : {std::pair{-1, 1}, {-1, -1}, {1, -1}, {1, 1}})
-            glVertex3f(static_cast<GLfloat>(x), static_cast<GLfloat>(y), -5);
+            glVertex3f(static_cast<float>(x) * half, static_cast<float>(y) * half, depth);
         glEnd();
     }
+};
+
+class BrightSquare : public Wall {
+  public:
+    BrightSquare() : Wall({1, 0.5f, 0.25f, 0.5f}) { layers = 3; }
 };
 
 } // namespace ravolt::test

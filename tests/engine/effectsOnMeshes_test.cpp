@@ -1,25 +1,15 @@
 // The effects on meshes, with their lights, materials and programs: where shadows fall, computed
-// here from the geometry alone, and what the passes leave for each other.
+// here from the geometry alone, and how one pass affects the next.
 
-#include "ravolt/RAVOLT.h"
-#include "ravolt/RVCAMERA.h"
-#include "ravolt/RVFBO.h"
-#include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
-#include "ravolt/RVOPENGL.h"
-#include "ravolt/RVSHADER.h"
-#include "ravolt/RVTEXTURE.h"
-#include "tests/engine/resetEffects.h"
+#include "tests/engine/effectsTest.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
-#include "tests/support/engineFixture.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <string>
-#include <vector>
+#include <cstdlib>
 
 namespace ravolt::test {
 namespace {
@@ -29,7 +19,7 @@ struct Box {
     Z3MVECTOR3D centre;
     float margin = 0;
 
-    // Whether the way from one place to another one meets it.
+    // Whether the line from one point to another one meets it.
     bool isMetBetween(const Z3MVECTOR3D &from, const Z3MVECTOR3D &to) const {
         const float half = 1 + margin;
         const float start[] = {from.x - centre.x, from.y - centre.y, from.z - centre.z};
@@ -49,7 +39,7 @@ struct Box {
     }
 };
 
-// The place on the floor, y = 0, that a pixel shows, counted from the top left; and the eye.
+// The point on the floor, y = 0, that a pixel shows, counted from the top left; and the eye.
 struct View {
     Z3MVECTOR3D eye;
     Z3MMATRIX toWorld;
@@ -71,39 +61,22 @@ struct View {
     }
 };
 
-class MeshEffects : public EngineTest {
-  protected:
-    RVCAMERA *camera = nullptr;
-
-    MeshEffects() {
-        settings.setShaders(true);
-        settings.setShadowMapSize(512);
-    }
-
-    void SetUp() override {
-        EngineTest::SetUp();
-        camera = new RVCAMERA;
-    }
-
-    void TearDown() override {
-        resetEffects();
-        RAVOLT::setSkybox(nullptr);
-        EngineTest::TearDown();
-    }
-};
-
 // --- where shadows fall
 
 // A cube over a floor. The shadowed colour is that of the ambient light alone: the material's 0.2
 // by the light's 0.2 and the scene's 0.2.
 constexpr Pixel shadowed{20, 20, 20};
 
-class ShadowsOnTheFloor : public MeshEffects {
+class ShadowsOnTheFloor : public EffectsTest {
   protected:
-    RVNODE *root = nullptr;
+    RVNODE *root = nullptr, *sky = nullptr;
+
+    const Z3MVECTOR3D left{-6, 11, 1}, box{0, 2, 0};
+
+    ShadowsOnTheFloor() { settings.setShadowMapSize(512); }
 
     void SetUp() override {
-        MeshEffects::SetUp();
+        EffectsTest::SetUp();
         root =
             loadScene({{coloured("paint", {0.8f, 0.8f, 0.8f, 1})},
                        rootOver({placed(squareMesh("floor", "paint", 20), {0, 0, 0}, {-90, 0, 0}),
@@ -112,17 +85,10 @@ class ShadowsOnTheFloor : public MeshEffects {
         camera->setRotation(-38, 0, 0);
     }
 
-    RVLIGHT *newCaster(Z3MVECTOR3D place, Z3MVECTOR3D target) {
-        auto *light = new RVLIGHT;
-        light->setLightType(RV_LIGHT_TYPE_SPOT);
-        light->setPosition(place.x, place.y, place.z);
-        Z3MVECTOR3D way = target - place;
-        way.normalize();
-        light->setDirection(way);
-        light->setCutOff(35);
-        light->setShadowNearPlane(2);
-        light->setShadowFarPlane(40);
-        light->castShadows(true);
+    RVLIGHT *newCasterAt(Z3MVECTOR3D target, Z3MVECTOR3D position) {
+        Z3MVECTOR3D direction = target - position;
+        direction.normalize();
+        RVLIGHT *light = newCaster(position, direction, 35, 2);
         light->link(root);
         return light;
     }
@@ -136,17 +102,17 @@ class ShadowsOnTheFloor : public MeshEffects {
         return readFrame();
     }
 
-    Picture frameWithoutShadows() {
+    // Each pixel of the floor, but those at the edges of the shadow: dark where the casting box is
+    // in the way of the light, and elsewhere as without shadows. `standing` is the box in the
+    // picture.
+    void expectShadow(const Z3MVECTOR3D &light, const Z3MVECTOR3D &casting,
+                      const Z3MVECTOR3D &standing) {
         RAVOLT::shadowingOff();
-        const Picture picture = frame();
+        RAVOLT::setSkybox(nullptr);
+        const Picture plain = frame();
         RAVOLT::shadowingOn();
-        return picture;
-    }
-
-    // Each pixel of the floor, but those at the edges of the shadow: dark where the box that cast
-    // stands before the light, and elsewhere as without shadows.
-    static void expectShadow(const Picture &picture, const Picture &plain, const Z3MVECTOR3D &light,
-                             const Z3MVECTOR3D &casting, const Z3MVECTOR3D &standing) {
+        RAVOLT::setSkybox(sky);
+        const Picture picture = frame();
         constexpr float edge = 0.12f; // four texels of the map, and what a pixel covers
         const View view;
         int dark = 0, lit = 0, wrong = 0;
@@ -184,10 +150,9 @@ TEST_P(ShadowOfALight, FallsWhereTheGeometrySays) {
     const Placing &at = GetParam();
     camera->setRotation(-38, at.turn, 0);
     markLog();
-    newCaster(at.light, at.target);
+    newCasterAt(at.target, at.light);
     moveBox(at.box);
-    const Picture plain = frameWithoutShadows();
-    expectShadow(frame(), plain, at.light, at.box, at.box);
+    expectShadow(at.light, at.box, at.box);
     EXPECT_NOTHING_LOGGED();
 }
 
@@ -202,86 +167,73 @@ INSTANTIATE_TEST_SUITE_P(
                     Placing{"underATurnedCamera", {-5, 11, 4}, {0, 0, 0}, {0, 2, 0}, 12}),
     [](const auto &test) { return std::string(test.param.name); });
 
-// The light stands under a turned and moved node, and shines along its own -x.
+// The light is linked to a turned and moved node, and shines along its own -x.
 TEST_F(ShadowsOnTheFloor, OfALightUnderATurnedNodeFallWhereTheGeometrySays) {
-    RAVOLT::shadowingOn();
-    RVLIGHT *light = newCaster({0, 0, 0}, {-1, 0, 0});
+    RVLIGHT *light = newCasterAt({-1, 0, 0}, {0, 0, 0});
     auto *arm = new RVNODE;
     light->unlink();
     light->link(arm);
     arm->link(root);
-    const Z3MVECTOR3D place(-6, 11, 1);
-    arm->setPosition(place.x, place.y, place.z);
+    arm->setPosition(left.x, left.y, left.z);
     arm->setRotation(0, 170, 50);
     const Z3MVECTOR3D aim = light->getFinalMatrix(nullptr).rotate(Z3MVECTOR3D(-1, 0, 0));
     ASSERT_LT(aim.y, -0.5f) << "down";
     ASSERT_GT(aim.x, 0.3f) << "to the box";
-    moveBox({0, 2, 0});
-    const Picture plain = frameWithoutShadows();
-    expectShadow(frame(), plain, place, {0, 2, 0}, {0, 2, 0});
+    moveBox(box);
+    expectShadow(left, box, box);
 }
 
 TEST_F(ShadowsOnTheFloor, StayForOneFrameWhereTheMapWasKept) {
-    const Z3MVECTOR3D light(-6, 11, 1), before(-1, 2, 1), after(1.5f, 2, -1);
-    newCaster(light, {0, 0, 0});
+    const Z3MVECTOR3D before(-1, 2, 1), after(1.5f, 2, -1);
+    newCasterAt({0, 0, 0}, left);
     moveBox(before);
-    const Picture plainBefore = frameWithoutShadows();
-    expectShadow(frame(), plainBefore, light, before, before);
+    expectShadow(left, before, before);
 
     moveBox(after);
-    const Picture plainAfter = frameWithoutShadows();
     RAVOLT::skipShadowsGeneration();
-    expectShadow(frame(), plainAfter, light, before, after);
-    expectShadow(frame(), plainAfter, light, after, after);
+    expectShadow(left, before, after);
+    expectShadow(left, after, after);
 }
 
 TEST_F(ShadowsOnTheFloor, OfTwoCastersComeFromTheLaterOne) {
-    const Z3MVECTOR3D left(-6, 11, 1), right(7, 11, 3), box(0, 2, 0);
-    RVLIGHT *first = newCaster(left, {0, 0, 0});
-    newCaster(right, {0, 0, 0});
+    const Z3MVECTOR3D right(7, 11, 3);
+    RVLIGHT *first = newCasterAt({0, 0, 0}, left);
+    newCasterAt({0, 0, 0}, right);
     moveBox(box);
-    Picture plain = frameWithoutShadows();
-    expectShadow(frame(), plain, right, box, box);
-
+    expectShadow(right, box, box);
     first->unlink();
     first->link(root); // passed last now
-    plain = frameWithoutShadows();
-    expectShadow(frame(), plain, left, box, box);
-
+    expectShadow(left, box, box);
     first->castShadows(false);
-    expectShadow(frame(), plain, right, box, box);
+    expectShadow(right, box, box);
 }
 
 // The sky is far larger than the cone: in the map it would darken everything.
 TEST_F(ShadowsOnTheFloor, DoNotComeFromTheSkybox) {
-    const Z3MVECTOR3D light(-6, 11, 1), box(0, 2, 0);
-    newCaster(light, {0, 0, 0});
+    newCasterAt({0, 0, 0}, left);
     moveBox(box);
-    const Picture plain = frameWithoutShadows();
-    RVNODE *sky = loadScene({cubeMesh("sky", "paint")});
-    RAVOLT::setSkybox(sky);
-    expectShadow(frame(), plain, light, box, box);
+    sky = loadScene({cubeMesh("sky", "paint")});
+    expectShadow(left, box, box);
 }
 
 // --- the offset of the map
 
-// Each face once more from behind, as a two-sided material has it.
+// Each face a second time as its back side, as a two-sided material has it.
 RveNode doubled(RveNode node) {
     RveMesh &mesh = node.mesh;
-    const auto count = static_cast<std::uint16_t>(mesh.vertices.size());
-    for (std::uint16_t index = 0; index < count; ++index) {
+    const std::size_t vertices = mesh.vertices.size(), faces = mesh.faces.size();
+    for (std::size_t index = 0; index < vertices; ++index) {
         mesh.vertices.push_back(mesh.vertices[index]);
-        const RveVector &normal = mesh.normals[index];
-        mesh.normals.push_back({-normal[0], -normal[1], -normal[2]});
+        const auto [x, y, z] = mesh.normals[index];
+        mesh.normals.push_back({-x, -y, -z});
         mesh.uvs.push_back(mesh.uvs[index]);
     }
-    const std::size_t faces = mesh.faces.size();
-    const auto behind = [count](std::uint16_t index) {
-        return static_cast<std::uint16_t>(index + count);
+    const auto back = [vertices](std::uint16_t index) {
+        return static_cast<std::uint16_t>(index + vertices);
     };
     for (std::size_t face = 0; face < faces; ++face) {
         const auto [a, b, c] = mesh.faces[face];
-        mesh.faces.push_back({behind(a), behind(c), behind(b)});
+        mesh.faces.push_back({back(a), back(c), back(b)});
     }
     return node;
 }
@@ -293,10 +245,10 @@ class ShadowsOfDoubledFaces : public ShadowsOnTheFloor {
         drawFrame(camera, twice);
         const Picture picture = readFrame();
         int different = 0;
-        for (int y = 0; y < picture.height; ++y)
-            for (int x = 0; x < picture.width; ++x)
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
                 different += !pixelNear(picture.at(x, y), single.at(x, y), 8);
-        return different / static_cast<double>(picture.width * picture.height);
+        return different / double(width * height);
     }
 
     void SetUp() override {
@@ -304,9 +256,9 @@ class ShadowsOfDoubledFaces : public ShadowsOnTheFloor {
         RveNode floor = placed(squareMesh("floor2", "paint", 20), {0, 0, 0}, {-90, 0, 0});
         twice = loadScene({{coloured("paint", {0.8f, 0.8f, 0.8f, 1})},
                            rootOver({doubled(floor), doubled(cubeMesh("box2", "paint"))})});
-        for (const char *box : {"box", "box2"}) {
-            meshNamed(box)->setPosition(0, 2, 0);
-            meshNamed(box)->setRotation(20, 30, 0);
+        for (const char *name : {"box", "box2"}) {
+            meshNamed(name)->setPosition(0, 2, 0);
+            meshNamed(name)->setRotation(20, 30, 0);
         }
     }
 
@@ -315,7 +267,7 @@ class ShadowsOfDoubledFaces : public ShadowsOnTheFloor {
 
 TEST_F(ShadowsOfDoubledFaces, AreStripedWithoutAnOffsetAndThoseOfSingleFacesWithIt) {
     RAVOLT::shadowingOn();
-    RVLIGHT *light = newCaster({-6, 11, 1}, {0, 0, 0});
+    RVLIGHT *light = newCasterAt({0, 0, 0}, {-6, 11, 1});
     const Picture single = frame();
     light->unlink();
     light->link(twice);
@@ -324,24 +276,21 @@ TEST_F(ShadowsOfDoubledFaces, AreStripedWithoutAnOffsetAndThoseOfSingleFacesWith
     EXPECT_LT(shareThatDiffers(single), 0.01);
 }
 
-// --- what the passes leave for each other
+// --- how one pass affects the next
 
-// The map is drawn without materials, and so must not leave one for applied.
+class MeshEffects : public EffectsTest {};
+
+// The map is drawn without materials, and so no material may count as applied after it.
 TEST_F(MeshEffects, AMeshThatSharesItsMaterialWithTheSkyGetsItAfterTheMap) {
     RVNODE *root = loadScene(
         {{materialNamed("stone"), materialNamed("other")},
          rootOver({placed(squareMesh("wall", "stone"), {0, 0, -5}), squareMesh("sky", "other")})});
     RVMESH *sky = meshNamed("sky");
     sky->unlink();
-    auto *holder = new RVNODE;
-    sky->link(holder);
-    auto *light = new RVLIGHT;
-    light->setLightType(RV_LIGHT_TYPE_SPOT);
-    light->setDirection(Z3MVECTOR3D(0, 0, -1));
-    light->setCutOff(40);
-    light->castShadows(true);
-    light->link(root);
-    RAVOLT::setSkybox(holder);
+    auto *skybox = new RVNODE;
+    sky->link(skybox);
+    newCaster({0, 0, 0}, {0, 0, -1})->link(root);
+    RAVOLT::setSkybox(skybox);
     RAVOLT::shadowingOn();
     const auto programs = [&] {
         const Calls calls = callsOf([&] { drawFrame(camera, root); });
@@ -354,30 +303,18 @@ TEST_F(MeshEffects, AMeshThatSharesItsMaterialWithTheSkyGetsItAfterTheMap) {
     ASSERT_TRUE(apart.contains("glUseProgramObjectARB"));
 }
 
-// Alpha of target 1 at the centre: the depth that was coded there.
-float codedDepth() {
-    const RVFBO *target = RVOPENGL::getFbo(1);
-    std::vector<float> values(static_cast<std::size_t>(target->getSizeX() * target->getSizeY()) *
-                              4);
-    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
-    target->getTexture()->render(nullptr);
-    glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_FLOAT, values.data());
-    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
-    return values[static_cast<std::size_t>((24 * target->getSizeX() + 32) * 4 + 3)];
-}
-
 TEST_F(MeshEffects, TheFirstFrameCodesNoDepthSinceNoLightWasPickedYet) {
     RVNODE *root = loadScene(
         {{materialNamed("stone")}, rootOver({placed(squareMesh("wall", "stone"), {0, 0, -50})})});
     meshNamed("wall")->setPosition(0, 0, -3);
-    auto *light = new RVLIGHT;
-    light->link(root);
+    (new RVLIGHT)->link(root);
     RAVOLT::DOFOn();
     glColor4f(0, 0, 0, 1);
-    drawFrame(camera, root);
-    EXPECT_NEAR(codedDepth(), 1, 0.001);
-    drawFrame(camera, root);
-    EXPECT_NEAR(codedDepth(), (3 + RVOPENGL::getNearPlane()) / RVOPENGL::getFarPlane(), 1e-5);
+    const float coded = (3 + RVOPENGL::getNearPlane()) / RVOPENGL::getFarPlane();
+    for (const auto &[depth, tolerance] : {std::pair{1.0f, 1e-3}, {coded, 1e-5}}) {
+        drawFrame(camera, root);
+        EXPECT_NEAR(texelOf(1, 32, 24)[3], depth, tolerance); // in alpha
+    }
 }
 
 } // namespace

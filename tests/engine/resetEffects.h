@@ -1,13 +1,21 @@
 #pragma once
 
-// The switches of the effects, their numbers and the adapted luminance are not reset by the engine:
-// each fixture that changes them restores their defaults.
+// All effects at once. Their switches, their numbers, the adapted luminance and the skybox are not
+// reset by the engine: each fixture that changes them restores their defaults.
 
 #include "tests/engine/adaptedLuminance.h"
 
 namespace ravolt::test {
 
+inline void allEffectsOn() {
+    RAVOLT::bloomingOn();
+    RAVOLT::HDROn();
+    RAVOLT::DOFOn();
+    RAVOLT::shadowingOn();
+}
+
 inline void resetEffects() {
+    RAVOLT::setSkybox(nullptr);
     RAVOLT::bloomingOff();
     RAVOLT::HDROff();
     RAVOLT::DOFOff();
