@@ -1,30 +1,17 @@
-// A whole frame with everything on, call by call: what each step of the sequence must say to
-// OpenGL, written down by hand, against a recording. No display: a silent driver stands behind.
+// A whole frame with everything on, call by call: the calls of each step, written by hand, against
+// a recording. No display: the driver is silent.
 //
-// The nodes leave nothing but a mark with the profile that they were drawn in, and the last one
-// leaves as much state on as a node can, so that the steps are seen to put it back.
+// The nodes only mark the profile that they are drawn in, and the last one enables as much state as
+// a node can, so that the steps are seen to restore it.
 
-#include "ravolt/RAVOLT.h"
-#include "ravolt/RVCAMERA.h"
-#include "ravolt/RVFBO.h"
 #include "ravolt/RVHELPER.h"
-#include "ravolt/RVLIGHT.h"
-#include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
-#include "ravolt/RVTEXTURE.h"
 #include "tests/engine/adaptedLuminance.h"
-#include "tests/engine/resetEffects.h"
+#include "tests/engine/effectsTest.h"
 #include "tests/scene/sceneProbes.h"
-#include "tests/support/engineFixture.h"
 #include "tests/support/recorderState.h"
 
-#include <array>
-#include <cstdio>
-#include <string>
-#include <vector>
-
 namespace ravolt::test {
-
 namespace {
 
 constexpr int targetX = 64, targetY = 48, mapSize = 64, luminanceSize = 256;
@@ -36,7 +23,7 @@ Calls operator+(const Calls &a, const Calls &b) {
     return Calls(std::move(all));
 }
 
-// --- the words of the sequence
+// --- the parts of the sequence
 
 GLuint textureName(int index) { return RVOPENGL::getFbo(index)->getTexture()->getGLId(); }
 
@@ -54,15 +41,12 @@ const Calls window = {{"glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, 0}};
 Calls clear(double mask) { return {{"glClear", mask}}; }
 constexpr double both = GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT;
 
-const Calls depthTestOn = {{"glEnable", GL_DEPTH_TEST}};
-const Calls depthTestOff = {{"glDisable", GL_DEPTH_TEST}};
-const Calls blendingOff = {{"glDisable", GL_BLEND}};
-const Calls lightingOff = {{"glDisable", GL_LIGHTING}};
-const Calls projectionMode = {{"glMatrixMode", GL_PROJECTION}};
-const Calls modelviewMode = {{"glMatrixMode", GL_MODELVIEW}};
-const Calls identity = {{"glLoadIdentity"}};
-const Calls push = {{"glPushMatrix"}};
-const Calls pop = {{"glPopMatrix"}};
+const Calls depthTestOn = {{"glEnable", GL_DEPTH_TEST}},
+            depthTestOff = {{"glDisable", GL_DEPTH_TEST}}, blendingOn = {{"glEnable", GL_BLEND}},
+            blendingOff = {{"glDisable", GL_BLEND}}, lightingOff = {{"glDisable", GL_LIGHTING}},
+            projectionMode = {{"glMatrixMode", GL_PROJECTION}},
+            modelviewMode = {{"glMatrixMode", GL_MODELVIEW}}, identity = {{"glLoadIdentity"}},
+            push = {{"glPushMatrix"}}, pop = {{"glPopMatrix"}};
 const Calls readModelview = {{"glGetFloatv", GL_MODELVIEW_MATRIX}};
 
 Calls color(double red, double green, double blue, double alpha) {
@@ -72,7 +56,7 @@ Calls colorMask(int color, int alpha) { return {{"glColorMask", color, color, co
 
 Calls screenOrtho(int x, int y) { return {{"glOrtho", 0, x, y, 0, -1, 1}}; }
 
-// The projection on a slot of its own, in pixels, and an identity on the modelview matrix.
+// A projection of its own, in pixels, and an identity on the modelview matrix.
 Calls pixels(int x, int y) {
     return projectionMode + push + identity + screenOrtho(x, y) + modelviewMode + identity;
 }
@@ -102,7 +86,7 @@ Calls sampler(int number) {
     return {{"glUniform1iARB", RVSHADER::bloomCombine->getParam(slot[number]), number}};
 }
 
-// What a driver without programs of its own is told: the number of the program, by its use.
+// The call that uses a program.
 Calls program(const RVSHADER *shader) {
     Recorder &recorder = Recorder::instance();
     const Calls before = recorder.stop();
@@ -122,14 +106,14 @@ Calls sizes(const RVSHADER *shader, int x, int y) {
 
 // --- the scene
 
-// Leaves a mark and, asked to, whatever a node may leave on.
+// Marks its draws and, on request, enables whatever a node may.
 template <class Node> class Marked : public Node {
   public:
     explicit Marked(const char *itsName) : name(itsName) {}
 
     bool render(void *) override {
         Recorder::instance().mark(name + " in profile " + std::to_string(RVOPENGL::getProfile()));
-        if (leavesAllOn) {
+        if (enablesAll) {
             RVOPENGL::blendingOn();
             RVLIGHT::lightingOn();
             RVTEXTURE::texturingOn(0);
@@ -139,7 +123,7 @@ template <class Node> class Marked : public Node {
         return true;
     }
 
-    bool leavesAllOn = false;
+    bool enablesAll = false;
 
   private:
     std::string name;
@@ -173,7 +157,7 @@ class WholeFrame : public SilentEngineTest {
         light->setShadowNearPlane(1);
         light->setShadowFarPlane(3);
         auto *glass = new Marked<RVHELPER>("glass");
-        glass->leavesAllOn = true;
+        glass->enablesAll = true;
         caster = light;
         roots = {glass, light, new Marked<Dome>("dome"), new Marked<CustomNode>("wall")};
         auto *sky = new RVNODE;
@@ -188,16 +172,12 @@ class WholeFrame : public SilentEngineTest {
     }
 
     void TearDown() override {
-        RAVOLT::setSkybox(nullptr);
         resetEffects();
         SilentEngineTest::TearDown();
     }
 
     static void switchAllOn() {
-        RAVOLT::bloomingOn();
-        RAVOLT::HDROn();
-        RAVOLT::DOFOn();
-        RAVOLT::shadowingOn();
+        allEffectsOn();
         RAVOLT::setBloomingIntensity(0.625f);
         RAVOLT::setHDRExposure(1.5f);
         RAVOLT::setDOFFocus(0.375f);
@@ -211,19 +191,14 @@ class WholeFrame : public SilentEngineTest {
         RAVOLT::begin3D(camera);
         for (RVNODE *root : roots)
             root->pass();
-        testing::internal::CaptureStdout();
-        RAVOLT::end3D(blit);
-        std::fflush(stdout);
-        testing::internal::GetCapturedStdout();
+        printedBy([&] { RAVOLT::end3D(blit); });
         const Calls calls = recorder.stop();
         RAVOLT::swap();
         return calls;
     }
 };
 
-// What the node that leaves all on has to switch on to do so: all of it, or only what the step
-// before has switched off.
-const Calls blendingOn = {{"glEnable", GL_BLEND}};
+// The last node when all of its state was off.
 Calls glass(RV_OPENGL_PROFILE profile) {
     return drawn("glass", profile) + blendingOn + Calls{{"glEnable", GL_LIGHTING}} +
            texturingOn(0) + texturingOn(1) + program(RVSHADER::pplSpot);
@@ -459,51 +434,51 @@ Steps operator+(Steps a, const Steps &b) {
     return a;
 }
 
-// Names the first step that was not kept, and what came in its place.
+// Names the first step that differs, with its calls.
 void expectSteps(const Calls &calls, const Steps &steps) {
-    std::size_t place = 0;
+    std::size_t next = 0;
     for (const Step &step : steps) {
-        const std::size_t begin = place;
+        const std::size_t begin = next;
         for (const Call &wanted : step.calls) {
-            if (place < calls.size() && calls[place] == wanted) {
-                ++place;
+            if (next < calls.size() && calls[next] == wanted) {
+                ++next;
                 continue;
             }
             const auto from = calls.begin() + static_cast<std::ptrdiff_t>(begin);
             const auto number =
                 static_cast<std::ptrdiff_t>(std::min(step.calls.size() + 4, calls.size() - begin));
-            FAIL() << "step \"" << step.name << "\", call " << place - begin << " of it, should be "
+            FAIL() << "step \"" << step.name << "\", call " << next - begin << " of it, should be "
                    << testing::PrintToString(wanted) << "; the step's calls should be\n"
                    << step.calls.text() << "and are\n"
                    << Calls(std::vector<Call>(from, from + number)).text();
         }
     }
     const Calls rest(
-        std::vector<Call>(calls.begin() + static_cast<std::ptrdiff_t>(place), calls.end()));
-    EXPECT_TRUE(rest.empty()) << "behind the last step:\n" << rest.text();
+        std::vector<Call>(calls.begin() + static_cast<std::ptrdiff_t>(next), calls.end()));
+    EXPECT_TRUE(rest.empty()) << "after the last step:\n" << rest.text();
 }
 
 // --- frames
 
-Steps depthOfFieldAfterBloom() { return depthOfField({}, levelsOnceMore(), {}); }
 Steps bloomWithHDR() {
     return brightParts() + luminance() + backToTheScene() + toneMapping(luminanceBefore) +
            overlay();
 }
-Steps untilTheMainPass() {
-    return depthPass() + skybox() + lightProjection() + shadowMap({}, glass(flat)) +
-           lightProjectionEnds() + shadowedPass(Map::drawn) + mainPass(glassAgain());
+Steps afterBloom() { return depthOfField({}, levelsOnceMore(), {}) + finalCopy(); }
+Steps shadows() {
+    return lightProjection() + shadowMap({}, glass(flat)) + lightProjectionEnds() +
+           shadowedPass(Map::drawn);
 }
+Steps untilTheMainPass() { return depthPass() + skybox() + shadows() + mainPass(glassAgain()); }
 
 TEST_F(WholeFrame, MakesTheStatedCallsStepByStep) {
-    expectSteps(frame(true), opening() + untilTheMainPass() + bloomWithHDR() +
-                                 depthOfFieldAfterBloom() + finalCopy());
+    expectSteps(frame(true), opening() + untilTheMainPass() + bloomWithHDR() + afterBloom());
     EXPECT_NEAR(adaptedLuminance(), luminanceBefore * 0.75f, 1e-6f);
 }
 
 TEST_F(WholeFrame, EndsAfterTheDepthOfFieldWithoutBlit) {
-    expectSteps(frame(false),
-                opening() + untilTheMainPass() + bloomWithHDR() + depthOfFieldAfterBloom());
+    expectSteps(frame(false), opening() + untilTheMainPass() + bloomWithHDR() +
+                                  depthOfField({}, levelsOnceMore(), {}));
 }
 
 // On purpose: what composes the picture is drawn in lines then, too.
@@ -513,11 +488,10 @@ TEST_F(WholeFrame, IsDrawnInLinesToItsEndUnderWireframe) {
     RAVOLT::wireframeOff();
     const Steps lines = {{"1 wireframe", Calls{{"glDisable", GL_CULL_FACE},
                                                {"glPolygonMode", GL_FRONT_AND_BACK, GL_LINE}}}};
-    expectSteps(calls, opening() + lines + untilTheMainPass() + bloomWithHDR() +
-                           depthOfFieldAfterBloom() + finalCopy());
+    expectSteps(calls, opening() + lines + untilTheMainPass() + bloomWithHDR() + afterBloom());
 }
 
-// What the depth pass has left on is still on when the map begins.
+// What the depth pass has enabled is still on when the map begins.
 TEST_F(WholeFrame, GoesFromTheDepthsToTheMapWithoutASkybox) {
     RAVOLT::setSkybox(nullptr);
     const Calls lastEntry = drawn("glass", flat) + blendingOn + Calls{{"glEnable", GL_LIGHTING}} +
@@ -525,33 +499,29 @@ TEST_F(WholeFrame, GoesFromTheDepthsToTheMapWithoutASkybox) {
     expectSteps(frame(true), opening() + depthPass() + lightProjection() +
                                  shadowMap(lightingOff, lastEntry) + lightProjectionEnds() +
                                  shadowedPass(Map::drawn) + mainPass(glassAgain()) +
-                                 bloomWithHDR() + depthOfFieldAfterBloom() + finalCopy());
+                                 bloomWithHDR() + afterBloom());
 }
 
-TEST_F(WholeFrame, LeavesTheMapOutWhenItIsKept) {
+TEST_F(WholeFrame, SkipsTheMapWhenItIsKept) {
     RAVOLT::skipShadowsGeneration();
     expectSteps(frame(true), opening() + depthPass() + skybox() + lightProjection() +
                                  lightProjectionEnds() + shadowedPass(Map::kept) +
-                                 mainPass(glassAgain()) + bloomWithHDR() +
-                                 depthOfFieldAfterBloom() + finalCopy());
+                                 mainPass(glassAgain()) + bloomWithHDR() + afterBloom());
 }
 
-TEST_F(WholeFrame, LeavesTheShadowsOutWithoutACaster) {
+TEST_F(WholeFrame, SkipsTheShadowsWithoutACaster) {
     caster->castShadows(false);
     expectSteps(frame(true), opening() + depthPass() + skybox() + mainPass(glass(full)) +
-                                 bloomWithHDR() + depthOfFieldAfterBloom() + finalCopy());
+                                 bloomWithHDR() + afterBloom());
     EXPECT_LOGGED_EXACTLY(
         "   [!] Invalid shadow pass: no shadow casters detected @ RAVOLT::end3D\n");
 }
 
-TEST_F(WholeFrame, LeavesTheToneMappingOutWithoutHDR) {
+TEST_F(WholeFrame, SkipsTheToneMappingWithoutHDROrBloom) {
     RAVOLT::HDROff();
     expectSteps(frame(true), opening() + untilTheMainPass() + brightParts() + backToTheScene() +
-                                 overlay() + depthOfFieldAfterBloom() + finalCopy());
-    EXPECT_EQ(adaptedLuminance(), luminanceBefore);
-}
-
-TEST_F(WholeFrame, LeavesTheToneMappingOutWithoutBloom) {
+                                 overlay() + afterBloom());
+    RAVOLT::HDROn();
     RAVOLT::bloomingOff();
     expectSteps(frame(true),
                 opening() + untilTheMainPass() +
