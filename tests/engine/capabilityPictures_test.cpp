@@ -1,34 +1,25 @@
-// All effects asked for, on drivers that lack something: the picture is that of a whole driver on
-// which only those effects are asked for that are left. The cases in which the picture could
-// differ; effectCapabilities_test.cpp has all of them, without pictures.
+// All effects requested, on drivers that lack something: the picture is that of a complete driver
+// with only the remaining effects requested. Only the cases in which the picture could differ;
+// effectCapabilities_test.cpp has all of them, without pictures.
 
-#include "ravolt/RAVOLT.h"
-#include "ravolt/RVCAMERA.h"
-#include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "tests/engine/brightSquare.h"
+#include "tests/engine/effectsTest.h"
 #include "tests/engine/openGLAccess.h"
-#include "tests/engine/resetEffects.h"
 #include "tests/engine/supportedEffects.h"
-#include "tests/support/engineFixture.h"
 
 #include <map>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace ravolt::test {
 namespace {
 
 constexpr int center = 64, middle = 48;
 
-class CapabilityPictures : public EngineTest {
+class CapabilityPictures : public EffectsTest {
   protected:
-    CapabilityPictures() { settings.setShaders(true); }
-
     void SetUp() override {
         resetCapabilities();
-        EngineTest::SetUp();
+        EffectsTest::SetUp();
         ASSERT_TRUE(RVSHADER::useBloom() && RVSHADER::useDOF() && RVSHADER::useShadows());
         RAVOLT::setDOFFocus(0);
         RAVOLT::setDOFRange(1);
@@ -38,11 +29,10 @@ class CapabilityPictures : public EngineTest {
     }
 
     void TearDown() override {
-        resetEffects();
         recorder.reset();
         recorder.forgiveUnits();
         resetCapabilities();
-        EngineTest::TearDown();
+        EffectsTest::TearDown();
         resetCapabilities();
     }
 
@@ -50,17 +40,14 @@ class CapabilityPictures : public EngineTest {
     static Picture picture(bool bloom, bool focus) {
         bloom ? RAVOLT::bloomingOn() : RAVOLT::bloomingOff();
         focus ? RAVOLT::DOFOn() : RAVOLT::DOFOff();
-        auto *camera = new RVCAMERA;
         auto *square = new BrightSquare;
-        drawFrame(camera, square);
-        const Picture made = readFrame();
+        drawFrame(nullptr, square);
         delete square;
-        delete camera;
-        return made;
+        return readFrame();
     }
 
-    // All effects asked for, in an engine that is started anew on the driver that the recorder
-    // makes believe. OpenGL refuses to use a program that does not link, at each of its uses.
+    // All effects requested, in an engine that is started again on the driver that the recorder
+    // simulates. OpenGL refuses to use a program that does not link, at each of its uses.
     Picture pictureOfANewStart() {
         RAVOLT::free();
         resetCapabilities();
@@ -109,21 +96,19 @@ TEST_F(CapabilityPictures, WithoutAnExtensionTheOtherEffectsAreSeen) {
 }
 
 TEST_F(CapabilityPictures, WithoutAFunctionTheOtherEffectsAreSeen) {
-    std::vector<const char *> needed = {"glGenFramebuffersEXT", "glGenerateMipmapEXT"};
-    needed.insert(needed.end(), std::begin(functionsOfPrograms), std::end(functionsOfPrograms));
-    for (const char *name : needed) {
-        SCOPED_TRACE(name);
-        recorder.nullEntryPoint(name);
-        EXPECT_EQ(changeFrom(nothing, pictureOfANewStart()), 0);
-    }
-    for (const char *name :
-         {"glMultiTexCoord2fARB", "glClientActiveTextureARB", "glBindBufferARB",
-          "glDeleteObjectARB", "glDetachObjectARB", "glUniform3fvARB", "glVertexAttribPointerARB",
-          "glGetAttribLocationARB", "glBeginQueryARB"}) {
-        SCOPED_TRACE(name);
-        recorder.nullEntryPoint(name);
-        EXPECT_EQ(changeFrom(all, pictureOfANewStart()), 0);
-    }
+    const auto expectLeft = [this](const Supported &left, const auto &names) {
+        for (const char *name : names) {
+            SCOPED_TRACE(name);
+            recorder.nullEntryPoint(name);
+            EXPECT_EQ(changeFrom(left, pictureOfANewStart()), 0);
+        }
+    };
+    expectLeft(nothing, std::vector{"glGenFramebuffersEXT", "glGenerateMipmapEXT"});
+    expectLeft(nothing, functionsOfPrograms);
+    expectLeft(all, std::vector{"glMultiTexCoord2fARB", "glClientActiveTextureARB",
+                                "glBindBufferARB", "glDeleteObjectARB", "glDetachObjectARB",
+                                "glUniform3fvARB", "glVertexAttribPointerARB",
+                                "glGetAttribLocationARB", "glBeginQueryARB"});
 }
 
 TEST_F(CapabilityPictures, WithoutAProgramTheOtherEffectsAreSeen) {
@@ -134,7 +119,7 @@ TEST_F(CapabilityPictures, WithoutAProgramTheOtherEffectsAreSeen) {
         SCOPED_TRACE(name);
         recorder.refuse("glCompileShaderARB", 2 * index + index % 2, 1);
         const Picture made = pictureOfANewStart();
-        // No effect asks for this one; without it the depths that stand in alpha weigh the glow.
+        // No effect requires this one; without it the depths in alpha weigh the glow.
         if (name == "bloomForceAlpha")
             expectSquareAndBackground(made);
         else
@@ -142,13 +127,12 @@ TEST_F(CapabilityPictures, WithoutAProgramTheOtherEffectsAreSeen) {
     }
 }
 
-// Bloom does not ask for it.
-TEST_F(CapabilityPictures, WithoutItsProgramToneMappingLeavesThePictureAlone) {
+// Bloom does not require it.
+TEST_F(CapabilityPictures, WithoutItsProgramToneMappingDoesNotChangeThePicture) {
     recorder.refuse("glCompileShaderARB", 2 * 21, 1);
     RAVOLT::HDROn();
-    testing::internal::CaptureStdout();
-    const Picture made = pictureOfANewStart();
-    testing::internal::GetCapturedStdout();
+    Picture made;
+    printedBy([&] { made = pictureOfANewStart(); });
     RAVOLT::HDROff();
     EXPECT_FALSE(RVSHADER::bloomToneMapping->isOperative());
     EXPECT_EQ(changeFrom(all, made), 0);

@@ -1,38 +1,21 @@
-// The collector of textures while a frame is drawn through the engine's targets: the picture is the
-// same as without it. Textures that the application throws out are back with the next frame.
+// The texture collector while a frame is drawn through the engine's targets: the picture is the
+// same as without it. Textures that the application unloads are uploaded again in the next frame.
 
-#include "ravolt/RAVOLT.h"
-#include "ravolt/RVCAMERA.h"
-#include "ravolt/RVFBO.h"
 #include "tests/engine/brightSquare.h"
-#include "tests/engine/resetEffects.h"
+#include "tests/engine/effectsTest.h"
 #include "tests/resources/tgaFiles.h"
-#include "tests/support/engineFixture.h"
-
-#include <array>
 
 namespace ravolt::test {
 namespace {
 
 constexpr int targets = 14;
 
-std::array<unsigned int, targets> texturesOfThePool() {
-    std::array<unsigned int, targets> names{};
-    for (int index = 0; index < targets; ++index)
-        names[static_cast<std::size_t>(index)] = RVOPENGL::getFbo(index)->getTexture()->getGLId();
-    return names;
-}
-
-class CollectorInFrame : public EngineTest {
+class CollectorInFrame : public EffectsTest {
   protected:
-    RVCAMERA *camera = nullptr;
     BrightSquare *square = nullptr;
 
-    CollectorInFrame() { settings.setShaders(true); }
-
     void SetUp() override {
-        EngineTest::SetUp();
-        camera = new RVCAMERA;
+        EffectsTest::SetUp();
         square = new BrightSquare;
         RAVOLT::bloomingOn();
         RAVOLT::DOFOn();
@@ -40,9 +23,13 @@ class CollectorInFrame : public EngineTest {
         RAVOLT::setDOFRange(1);
     }
 
-    void TearDown() override {
-        resetEffects();
-        EngineTest::TearDown();
+    static RVTEXTURE *textureFromAFile() {
+        writeFile("picture.tga", plainTga(8, 8));
+        auto *texture = new RVTEXTURE;
+        texture->incReferences();
+        texture->setFilter(true, false, true);
+        EXPECT_TRUE(texture->load("picture.tga"));
+        return texture;
     }
 
     Picture pictureOfAFrame() {
@@ -70,16 +57,13 @@ TEST_F(CollectorInFrame, ThePictureIsTheSameWhereverItRuns) {
     for (const RV_OPENGL_PROFILE profile : {RV_OPENGL_PROFILE_ZPASS, RV_OPENGL_PROFILE_FULL}) {
         during(profile, [] { EXPECT_TRUE(RVTEXTURE::garbageCollect(0)); });
         EXPECT_EQ(changeFrom(plain), 0) << profile;
-        EXPECT_EQ(changeFrom(plain), 0) << "the frame behind " << profile;
+        EXPECT_EQ(changeFrom(plain), 0) << "the frame after " << profile;
     }
 }
 
-TEST_F(CollectorInFrame, AnUploadThatFindsNoRoomLeavesThePictureAlone) {
+TEST_F(CollectorInFrame, AnUploadThatFindsNoRoomDoesNotChangeThePicture) {
     const Picture plain = pictureOfAFrame();
-    writeFile("late.tga", plainTga(8, 8));
-    auto *late = new RVTEXTURE;
-    late->incReferences();
-    ASSERT_TRUE(late->load("late.tga"));
+    RVTEXTURE *late = textureFromAFile();
     const unsigned int taken = RAVOLT::getFreeVideoMemory();
     RAVOLT::pushVideoMemory(taken);
     during(RV_OPENGL_PROFILE_FULL, [late] { late->render(nullptr); });
@@ -91,17 +75,18 @@ TEST_F(CollectorInFrame, AnUploadThatFindsNoRoomLeavesThePictureAlone) {
     RAVOLT::popVideoMemory(taken);
 }
 
-// A map that is kept over frames could not come back.
-TEST_F(CollectorInFrame, TheTexturesOfTheTargetsStayWithTheirContents) {
-    pictureOfAFrame();
-    const auto before = texturesOfThePool();
-    RVTEXTURE::garbageCollect(0);
-    EXPECT_EQ(texturesOfThePool(), before);
-    EXPECT_NOT_LOGGED("   [dynamic] unloaded");
-}
-
-TEST_F(CollectorInFrame, TexturesThrownOutByTheApplicationAreBackWithTheNextFrame) {
+// The collector does not evict them: a map that is kept over frames could not be restored.
+TEST_F(CollectorInFrame, TexturesOfTheTargetsAreUnloadedByTheApplicationAlone) {
+    const auto nameOf = [](int index) { return RVOPENGL::getFbo(index)->getTexture()->getGLId(); };
     const Picture plain = pictureOfAFrame();
+    std::vector<unsigned int> before;
+    for (int index = 0; index < targets; ++index)
+        before.push_back(nameOf(index));
+    RVTEXTURE::garbageCollect(0);
+    for (int index = 0; index < targets; ++index)
+        EXPECT_EQ(nameOf(index), before[static_cast<std::size_t>(index)]);
+    EXPECT_NOT_LOGGED("   [dynamic] unloaded");
+
     for (int index = 0; index < targets; ++index)
         EXPECT_TRUE(RVOPENGL::getFbo(index)->getTexture()->unload(true));
     EXPECT_EQ(changeFrom(plain), 0);
@@ -109,22 +94,17 @@ TEST_F(CollectorInFrame, TexturesThrownOutByTheApplicationAreBackWithTheNextFram
         EXPECT_TRUE(RVOPENGL::getFbo(index)->isOk()) << index;
 }
 
-// What counts for something goes, and its file brings it back.
 TEST_F(CollectorInFrame, AnImageFromAFileInATargetIsEvictedAndReloaded) {
-    writeFile("held.tga", plainTga(8, 8));
-    auto *held = new RVTEXTURE;
-    held->incReferences();
-    held->setFilter(true, false, true);
-    ASSERT_TRUE(held->load("held.tga"));
-    held->render(nullptr);
+    RVTEXTURE *image = textureFromAFile();
+    image->render(nullptr);
     auto *target = new RVFBO;
-    ASSERT_TRUE(target->bindTexture(0, held));
+    ASSERT_TRUE(target->bindTexture(0, image));
     EXPECT_TRUE(target->isOk());
     RVFBO::unbind();
     RVTEXTURE::garbageCollect(0);
-    EXPECT_FALSE(held->isLoaded());
+    EXPECT_FALSE(image->isLoaded());
     EXPECT_TRUE(target->isOk());
-    EXPECT_TRUE(held->isLoaded());
+    EXPECT_TRUE(image->isLoaded());
     RVFBO::unbind();
 }
 

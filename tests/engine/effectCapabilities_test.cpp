@@ -1,20 +1,14 @@
-// All effects asked for, on drivers that lack something: what is left out, and that the frame is
-// drawn. Before a silent driver, so that every lack can be had.
+// All effects requested, on drivers that lack something: what is skipped, and that the frame is
+// drawn. The driver is silent, so that it can lack anything.
 
-#include "ravolt/RAVOLT.h"
-#include "ravolt/RVFBO.h"
-#include "ravolt/RVLIGHT.h"
-#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVHELPER.h"
+#include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVSHADER.h"
-#include "ravolt/RVTEXTURE.h"
 #include "tests/engine/brightSquare.h"
+#include "tests/engine/effectsTest.h"
 #include "tests/engine/openGLAccess.h"
-#include "tests/engine/resetEffects.h"
 #include "tests/engine/supportedEffects.h"
-#include "tests/support/engineFixture.h"
-
-#include <cstdio>
-#include <string>
+#include "tests/scene/sceneProbes.h"
 
 namespace ravolt::test {
 namespace {
@@ -34,27 +28,25 @@ class EffectCapabilities : public SilentEngineTest {
 
     void start() {
         SilentEngineTest::SetUp();
-        caster = new RVLIGHT;
-        caster->setLightType(RV_LIGHT_TYPE_SPOT);
-        caster->setDirection(Z3MVECTOR3D(0.6f, 0, -0.8f));
-        caster->castShadows(true);
+        caster = newCaster({0, 0, 0}, {0.6f, 0, -0.8f});
         square = new BrightSquare;
         square->link(caster);
-        RAVOLT::bloomingOn();
-        RAVOLT::HDROn();
-        RAVOLT::DOFOn();
-        RAVOLT::shadowingOn();
+        allEffectsOn();
     }
 
     Calls callsOfAFrame() {
-        testing::internal::CaptureStdout();
         recorder.start();
-        drawFrame(nullptr, caster);
+        printed = printedBy([&] { drawFrame(nullptr, caster); });
         RAVOLT::swap();
-        const Calls calls = recorder.stop();
-        std::fflush(stdout);
-        printed = testing::internal::GetCapturedStdout();
-        return calls;
+        return recorder.stop();
+    }
+
+    static void expectSupported(const Supported &wanted) {
+        EXPECT_EQ(RVSHADER::useBloom(), wanted.bloom);
+        EXPECT_EQ(RVSHADER::useShadows(), wanted.shadows);
+        EXPECT_EQ(RVSHADER::useDOF(), wanted.depthOfField);
+        EXPECT_EQ(RAVOLT::isShadowed(), wanted.shadows);
+        EXPECT_TRUE(RAVOLT::isBlooming()) << "still requested";
     }
 
     void expectFrame(const Supported &drawn) {
@@ -84,15 +76,11 @@ class EffectCapabilities : public SilentEngineTest {
 
 class LackingDriver : public EffectCapabilities, public testing::WithParamInterface<Driver> {};
 
-TEST_P(LackingDriver, LeavesOutTheEffectsThatNeedItAndDrawsTheFrame) {
+TEST_P(LackingDriver, SkipsTheEffectsThatNeedItAndDrawsTheFrame) {
     const Driver &driver = GetParam();
     driver.pretend(recorder, settings);
     start();
-    EXPECT_EQ(RVSHADER::useBloom(), driver.left.bloom);
-    EXPECT_EQ(RVSHADER::useShadows(), driver.left.shadows);
-    EXPECT_EQ(RVSHADER::useDOF(), driver.left.depthOfField);
-    EXPECT_EQ(RAVOLT::isShadowed(), driver.left.shadows);
-    EXPECT_TRUE(RAVOLT::isBlooming()) << "the wish stays";
+    expectSupported(driver.left);
     expectFrame(driver.left);
 }
 
@@ -117,6 +105,34 @@ TEST_P(WithoutFunction, ItIsNeverCalledAndTheFrameIsDrawn) {
         EXPECT_FALSE(calls.contains("glBindFramebufferEXT")) << "straight into the window";
         EXPECT_EQ(square->profiles, std::vector<RV_OPENGL_PROFILE>{RV_OPENGL_PROFILE_FULL});
     }
+}
+
+// A mesh with textures on two units, and a helper below it; no shaders.
+TEST_P(WithoutFunction, ItIsNeverCalledForMeshesAndPicking) {
+    recorder.nullEntryPoint(GetParam());
+    settings.setShaders(false);
+    SilentEngineTest::SetUp();
+    auto *material = new RVMATERIAL;
+    for (unsigned int unit : {0u, 3u}) {
+        auto *texture = new RVTEXTURE;
+        texture->incReferences();
+        EXPECT_TRUE(texture->create(4, 4, 3));
+        material->setTexture(unit, texture);
+    }
+    RVMESH *mesh = loadMesh(meshBody("mesh", 1));
+    mesh->setMaterial(material);
+    (new RVHELPER)->link(mesh);
+    recorder.start();
+    drawFrame(nullptr, mesh);
+    RAVOLT::select(1, 1);
+    drawFrame2D(mesh);
+    RAVOLT::swap();
+    const Calls calls = recorder.stop();
+    EXPECT_FALSE(calls.contains(GetParam()));
+    EXPECT_EQ(calls.count("glBindTexture"), 2u);
+    EXPECT_EQ(calls.count(Call("glDrawArrays", GL_TRIANGLES, 0, 36)), 4u);
+    EXPECT_TRUE(calls.contains("SDL_GL_SwapBuffers"));
+    EXPECT_TRUE(RVOPENGL::useVBO() && RVOPENGL::useMultitexturing());
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, WithoutFunction, testing::ValuesIn(functions),
@@ -156,13 +172,11 @@ INSTANTIATE_TEST_SUITE_P(Each, WithoutWhatWasDeleted,
 
 class WithoutStage : public EffectCapabilities, public testing::WithParamInterface<unsigned int> {};
 
-TEST_P(WithoutStage, TheEffectsThatNeedItAreLeftOutAndTheFrameIsDrawn) {
+TEST_P(WithoutStage, TheEffectsThatNeedItAreSkippedAndTheFrameIsDrawn) {
     const Supported left = programs[GetParam() / 2].left;
     recorder.refuse("glGetObjectParameterivARB", GetParam(), 1);
     start();
-    EXPECT_EQ(RVSHADER::useBloom(), left.bloom);
-    EXPECT_EQ(RVSHADER::useShadows(), left.shadows);
-    EXPECT_EQ(RVSHADER::useDOF(), left.depthOfField);
+    expectSupported(left);
     expectFrame(left);
 }
 

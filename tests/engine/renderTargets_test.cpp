@@ -1,5 +1,5 @@
-// How the engine's render targets are made, call by call before a silent driver, and what remains
-// when OpenGL refuses one of them.
+// The calls that create the engine's render targets, on a silent driver, and what is drawn when
+// OpenGL refuses one of them.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVFBO.h"
@@ -10,6 +10,7 @@
 #include "tests/engine/resetEffects.h"
 #include "tests/support/engineFixture.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -102,19 +103,14 @@ Calls callsThatMake(const std::vector<Made> &pool) {
 TEST_P(PoolCalls, AreThoseOfTheirTable) {
     recorder.start();
     ASSERT_TRUE(restart());
-    Calls calls = recorder.stop();
-    // From the first target's making to the look-up of the next extension.
-    std::vector<Call> making;
-    bool inside = false;
-    for (const Call &call : calls) {
-        if (call.name == "glGenFramebuffersEXT")
-            inside = true;
-        if (inside && call.name == "SDL_GL_GetProcAddress")
-            break;
-        if (inside)
-            making.push_back(call);
-    }
-    calls = Calls(making);
+    // From the first target's creation to the look-up of the next extension.
+    const Calls all = recorder.stop();
+    const auto begin = std::find_if(all.begin(), all.end(), [](const Call &call) {
+        return call.name == "glGenFramebuffersEXT";
+    });
+    const Calls calls(std::vector<Call>(begin, std::find_if(begin, all.end(), [](const Call &call) {
+                                            return call.name == "SDL_GL_GetProcAddress";
+                                        })));
     const std::vector<Made> pool = poolOf(GetParam());
     EXPECT_EQ(calls.named({"glBindTexture", "glTexImage2D", "glBindFramebufferEXT", "glViewport",
                            "glReadBuffer", "glDrawBuffer", "glFramebufferTexture2DEXT",
@@ -122,17 +118,16 @@ TEST_P(PoolCalls, AreThoseOfTheirTable) {
               callsThatMake(pool));
     EXPECT_EQ(calls.count("glFramebufferRenderbufferEXT"), 2u);
     std::vector<Call> filters;
-    for (const Made &made : pool)
+    for (const Made &made : pool) {
         filters.push_back({"glTexParameteri", GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
                            made.index == 3 ? GL_LINEAR_MIPMAP_LINEAR : GL_LINEAR});
+        EXPECT_EQ(RVOPENGL::getFbo(made.index)->getSizeX(), made.width) << made.index;
+        EXPECT_EQ(RVOPENGL::getFbo(made.index)->getSizeY(), made.height) << made.index;
+    }
     EXPECT_EQ(calls.where([](const Call &call) {
         return call.name == "glTexParameteri" && call.arguments[1] == GL_TEXTURE_MIN_FILTER;
     }),
               Calls(filters));
-    for (const Made &made : pool) {
-        EXPECT_EQ(RVOPENGL::getFbo(made.index)->getSizeX(), made.width) << made.index;
-        EXPECT_EQ(RVOPENGL::getFbo(made.index)->getSizeY(), made.height) << made.index;
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(OfSizes, PoolCalls,
@@ -159,9 +154,10 @@ TEST_P(RefusedTarget, IsReportedAndUsedAllTheSame) {
     ASSERT_TRUE(restart());
     const std::string log = logTextSince(mark);
     const std::string line = "   [!] FBO not complete (error 0) @ RVFBO::isOk\n";
-    const std::size_t place =
-        log.find("      GL_EXT_framebuffer_object\n" + line + "      GL_ARB_occlusion_query\n");
-    EXPECT_NE(place, std::string::npos) << log;
+    EXPECT_NE(
+        log.find("      GL_EXT_framebuffer_object\n" + line + "      GL_ARB_occlusion_query\n"),
+        std::string::npos)
+        << log;
     EXPECT_EQ(problemsSince(mark).size(), 2u) << "the line, and no video memory was found";
     EXPECT_TRUE(RVOPENGL::useFBO());
     EXPECT_TRUE(RVSHADER::useBloom() && RVSHADER::useDOF() && RVSHADER::useShadows());
@@ -172,10 +168,7 @@ TEST_P(RefusedTarget, IsReportedAndUsedAllTheSame) {
     RAVOLT::bloomingOn();
     RAVOLT::DOFOn();
     auto *square = new BrightSquare;
-    recorder.start();
-    drawFrame(nullptr, square);
-    RAVOLT::swap();
-    const Calls calls = recorder.stop();
+    const Calls calls = callsOf([&] { drawFrame(nullptr, square); });
     EXPECT_EQ(square->draws(RV_OPENGL_PROFILE_FULL), 1);
     EXPECT_EQ(square->draws(RV_OPENGL_PROFILE_ZPASS), 1);
     EXPECT_EQ(calls.named("glBindFramebufferEXT").back(),

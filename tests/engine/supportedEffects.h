@@ -1,6 +1,6 @@
 #pragma once
 
-// Drivers that lack something, and which of the effects are left on each.
+// Drivers that lack something, and which of the effects remain on each.
 
 #include "ravolt/RVSETTINGS.h"
 #include "tests/support/recorder.h"
@@ -53,9 +53,9 @@ constexpr Driver drivers[] = {
     {"Framebuffers", "GL_EXT_framebuffer_object", nothing},
     {"OcclusionQueries", "GL_ARB_occlusion_query", all},
     {"AllExtensions", "GL_", nothing},
-    {"OurTrust", nullptr, nothing, "ATI Technologies Inc."},
+    {"TrustedVendor", nullptr, nothing, "ATI Technologies Inc."},
     {"SixteenUnits", nullptr, nothing, "Somebody", 8},
-    {"TheWishForShaders", nullptr, nothing, "Somebody", 16, false},
+    {"RequestedShaders", nullptr, nothing, "Somebody", 16, false},
 };
 
 // --- without a function of an extension
@@ -90,7 +90,7 @@ inline bool isOfPrograms(const std::string &name) {
 
 // --- without a program
 
-// The programs in the order of their making, and what falls with each.
+// The programs in the order of their creation, and the effects without each.
 struct Program {
     const char *name;
     Supported left = all;
