@@ -1,147 +1,119 @@
 #pragma once
 
-// Models for tests of skins and clips, made without a file.
+// Data of assimp's, made without a file.
 
 #include <algorithm>
-#include <array>
 #include <assimp/scene.h>
-#include <list>
-#include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace tool_test {
 
-template <class T> void moveInto(const std::vector<T *> &from, T **&to, unsigned int &number) {
+// assimp has no array for nothing.
+template <class T> void copyInto(const std::vector<T> &from, T *&to, unsigned int &number) {
     number = static_cast<unsigned int>(from.size());
-    to = from.empty() ? nullptr : new T *[from.size()]; // assimp keeps none of nothing
+    to = from.empty() ? nullptr : new T[from.size()];
     std::copy(from.begin(), from.end(), to);
 }
 
-class FigureMesh {
-  public:
-    aiMesh *mesh = new aiMesh;
+template <class T> void append(T *item, T **&list, unsigned int &number) {
+    std::vector<T *> all(list, list + number);
+    all.push_back(item);
+    delete[] list;
+    copyInto(all, list, number);
+}
 
-    // `offset` leads from the mesh to the joint where the skin was bound.
-    void bone(const std::string &joint, const aiVector3D &offset,
-              const std::vector<std::pair<unsigned int, float>> &weights) {
-        aiBone *bone = new aiBone;
-        bone->mName.Set(joint);
-        aiMatrix4x4::Translation(offset, bone->mOffsetMatrix);
-        bone->mNumWeights = static_cast<unsigned int>(weights.size());
-        bone->mWeights = new aiVertexWeight[weights.size()];
-        for (std::size_t i = 0; i < weights.size(); ++i)
-            bone->mWeights[i] = aiVertexWeight(weights[i].first, weights[i].second);
-        bones.push_back(bone);
-    }
+using Points = std::vector<aiVector3D>;
+using Faces = std::vector<std::vector<unsigned int>>;
 
-    void finish() { moveInto(bones, mesh->mBones, mesh->mNumBones); }
+inline void fill(aiMesh &mesh, const Points &points, const Faces &faces,
+                 const Points &normals = {}) {
+    unsigned int ignored = 0;
+    mesh.mPrimitiveTypes = aiPrimitiveType_TRIANGLE;
+    copyInto(points, mesh.mVertices, mesh.mNumVertices);
+    copyInto(normals, mesh.mNormals, ignored);
+    mesh.mNumFaces = static_cast<unsigned int>(faces.size());
+    mesh.mFaces = new aiFace[faces.size()];
+    for (std::size_t i = 0; i < faces.size(); ++i)
+        copyInto(faces[i], mesh.mFaces[i].mIndices, mesh.mFaces[i].mNumIndices);
+}
 
-  private:
-    std::vector<aiBone *> bones;
-};
+// `offset` leads from the mesh to the joint where the skin was bound.
+inline aiBone &addBone(aiMesh &mesh, const std::string &joint, const aiVector3D &offset,
+                       const std::vector<aiVertexWeight> &weights) {
+    aiBone *bone = new aiBone;
+    bone->mName.Set(joint);
+    aiMatrix4x4::Translation(offset, bone->mOffsetMatrix);
+    copyInto(weights, bone->mWeights, bone->mNumWeights);
+    append(bone, mesh.mBones, mesh.mNumBones);
+    return *bone;
+}
 
 class FigureClip {
   public:
-    FigureClip(const std::string &name, double ticksPerSecond, double duration) {
-        clip->mName.Set(name);
-        clip->mTicksPerSecond = ticksPerSecond;
-        clip->mDuration = duration;
-    }
-
-    aiAnimation *clip = new aiAnimation;
-
-    aiNodeAnim &channel(const std::string &node) {
-        channels.push_back(new aiNodeAnim);
-        channels.back()->mNodeName.Set(node);
-        return *channels.back();
-    }
+    explicit FigureClip(aiAnimation &animation) : clip(animation) {}
 
     aiNodeAnim &move(const std::string &node, const std::vector<aiVectorKey> &keys) {
         aiNodeAnim &made = channel(node);
-        made.mNumPositionKeys = static_cast<unsigned int>(keys.size());
-        made.mPositionKeys = new aiVectorKey[keys.size()];
-        std::copy(keys.begin(), keys.end(), made.mPositionKeys);
+        copyInto(keys, made.mPositionKeys, made.mNumPositionKeys);
         return made;
     }
-
     aiNodeAnim &turn(const std::string &node, const std::vector<aiQuatKey> &keys) {
         aiNodeAnim &made = channel(node);
-        made.mNumRotationKeys = static_cast<unsigned int>(keys.size());
-        made.mRotationKeys = new aiQuatKey[keys.size()];
-        std::copy(keys.begin(), keys.end(), made.mRotationKeys);
+        copyInto(keys, made.mRotationKeys, made.mNumRotationKeys);
         return made;
     }
-
     aiNodeAnim &scale(const std::string &node, const std::vector<aiVectorKey> &keys) {
         aiNodeAnim &made = channel(node);
-        made.mNumScalingKeys = static_cast<unsigned int>(keys.size());
-        made.mScalingKeys = new aiVectorKey[keys.size()];
-        std::copy(keys.begin(), keys.end(), made.mScalingKeys);
+        copyInto(keys, made.mScalingKeys, made.mNumScalingKeys);
         return made;
     }
 
-    void finish() { moveInto(channels, clip->mChannels, clip->mNumChannels); }
-
   private:
-    std::vector<aiNodeAnim *> channels;
+    aiNodeAnim &channel(const std::string &node) {
+        aiNodeAnim *made = new aiNodeAnim;
+        made->mNodeName.Set(node);
+        append(made, clip.mChannels, clip.mNumChannels);
+        return *made;
+    }
+
+    aiAnimation &clip;
 };
 
+// A model for tests of skins and clips.
 class Figure {
   public:
     Figure() { scene.mRootNode = new aiNode("model"); }
 
     // NULL for the root.
-    aiNode *node(const std::string &name, aiNode *parent, const aiVector3D &place) {
+    aiNode *node(const std::string &name, aiNode *parent = nullptr,
+                 const aiVector3D &position = {}) {
         aiNode *made = new aiNode(name);
-        aiMatrix4x4::Translation(place, made->mTransformation);
+        aiMatrix4x4::Translation(position, made->mTransformation);
         (parent ? parent : scene.mRootNode)->addChildren(1, &made);
         return made;
     }
 
     // With corners (0, 0, 0), (1, 0, 0) and (0, 1, 0).
-    FigureMesh *triangle(aiNode *node) {
-        meshes.emplace_back();
-        aiMesh *mesh = meshes.back().mesh;
-        mesh->mPrimitiveTypes = aiPrimitiveType_TRIANGLE;
-        mesh->mNumVertices = 3;
-        mesh->mVertices = new aiVector3D[3]{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
-        mesh->mNumFaces = 1;
-        mesh->mFaces = new aiFace[1];
-        mesh->mFaces[0].mNumIndices = 3;
-        mesh->mFaces[0].mIndices = new unsigned int[3]{0, 1, 2};
+    aiMesh &triangle(aiNode *node) {
+        aiMesh *mesh = new aiMesh;
+        fill(*mesh, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}});
         node->mNumMeshes = 1;
-        node->mMeshes = new unsigned int[1]{static_cast<unsigned int>(meshes.size() - 1)};
-        return &meshes.back();
+        node->mMeshes = new unsigned int[1]{scene.mNumMeshes};
+        append(mesh, scene.mMeshes, scene.mNumMeshes);
+        return *mesh;
     }
 
-    FigureClip *clip(const std::string &name, double ticksPerSecond, double duration) {
-        clips.emplace_back(name, ticksPerSecond, duration);
-        return &clips.back();
+    FigureClip clip(const std::string &name, double ticksPerSecond, double duration) {
+        aiAnimation *made = new aiAnimation;
+        made->mName.Set(name);
+        made->mTicksPerSecond = ticksPerSecond;
+        made->mDuration = duration;
+        append(made, scene.mAnimations, scene.mNumAnimations);
+        return FigureClip(*made);
     }
 
-    // Once, when all is there.
-    const aiScene &finish() {
-        std::vector<aiMesh *> madeMeshes;
-        for (FigureMesh &mesh : meshes) {
-            mesh.finish();
-            madeMeshes.push_back(mesh.mesh);
-        }
-        moveInto(madeMeshes, scene.mMeshes, scene.mNumMeshes);
-        std::vector<aiAnimation *> madeClips;
-        for (FigureClip &clip : clips) {
-            clip.finish();
-            madeClips.push_back(clip.clip);
-        }
-        moveInto(madeClips, scene.mAnimations, scene.mNumAnimations);
-        return scene;
-    }
-
-  private:
     aiScene scene;
-    std::list<FigureMesh> meshes;
-    std::list<FigureClip> clips;
 };
 
 } // namespace tool_test

@@ -15,8 +15,6 @@ namespace {
 
 using namespace tool_test;
 
-std::string text(int number) { return std::to_string(number); }
-
 // A binary file of that text and buffer.
 std::string binaryOf(std::string json, const std::string &buffer = "") {
     json.resize((json.size() + 3) / 4 * 4, ' ');
@@ -30,96 +28,70 @@ std::string binaryOf(std::string json, const std::string &buffer = "") {
            json + rest;
 }
 
-// Two triangles, each held by a bone of its own; all nodes have a namesake. The buffer is in the
-// text, in the binary file, or in the file `buffer`.
-std::string twoCharacters(GltfData &data, const std::string &mesh, bool binary = false,
-                          const std::string &buffer = "") {
-    const int points = data.points({0, 0, 0, 1, 0, 0, 0, 1, 0});
-    const int joints = data.joints({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
-    const int weights = data.fours({1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0});
-    const int bind = data.bindPlaces({{0, 0, 0}});
-    const int times = data.scalars({0, 1});
-    const int rising = data.points({10, 0, 0, 10, 3, 0});
-    const std::string primitive = R"({"primitives":[{"attributes":{"POSITION":)" + text(points) +
-                                  R"(,"JOINTS_0":)" + text(joints) + R"(,"WEIGHTS_0":)" +
-                                  text(weights) + "}}]}";
-    return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0,1,2,3]}],"nodes":[
-        {"name":"body","mesh":0,"skin":0},{"name":"bone"},
-        {"name":"body","mesh":)" +
-           mesh + R"(,"skin":1},{"name":"bone","translation":[10,0,0]}],
-        "skins":[{"joints":[1],"inverseBindMatrices":)" +
-           text(bind) + R"(},{"joints":[3],"inverseBindMatrices":)" + text(bind) +
-           R"(}],"meshes":[)" + primitive + "," + primitive +
-           R"(],"animations":[{"name":"rise","samplers":[{"input":)" + text(times) +
-           R"(,"output":)" + text(rising) +
-           R"(}],"channels":[{"sampler":0,"target":{"node":3,"path":"translation"}}]}],)" +
-           (binary           ? data.membersOfBinary()
-            : buffer.empty() ? data.members()
-                             : data.membersWith(buffer)) +
-           "}";
+// Two triangles, each on a bone of its own; two nodes have each name. The second triangle is that
+// mesh.
+GltfData twoCharacters(const std::string &mesh) {
+    GltfData data;
+    data.triangle();
+    data.joints({0, 0, 0});
+    data.meshes = 2;
+    data.roots = "0,1,2,3";
+    data.nodes = R"({"name":"body","mesh":0,"skin":0},{"name":"bone"},{"name":"body","mesh":)" +
+                 mesh + R"(,"skin":1},{"name":"bone","translation":[10,0,0]})";
+    const std::string bind = R"(],"inverseBindMatrices":)" + data.bindMatrices({{0, 0, 0}});
+    data.members = R"(,"skins":[{"joints":[1)" + bind + R"(},{"joints":[3)" + bind +
+                   R"(}],"animations":[{"name":"rise","samplers":[{"input":)" +
+                   data.scalars({0, 1}) + R"(,"output":)" + data.vectors({10, 0, 0, 10, 3, 0}) +
+                   R"(}],"channels":[{"sampler":0,"target":{"node":3,"path":"translation"}}]}])";
+    return data;
 }
 
-float leftmost(const ravolt::RveMesh &mesh) {
-    float minimum = mesh.vertices.at(0)[0];
-    for (const auto &vertex : mesh.vertices)
-        minimum = std::min(minimum, vertex[0]);
-    return minimum;
+float minimumX(const ravolt::RveMesh &mesh) {
+    return (*std::min_element(mesh.vertices.begin(), mesh.vertices.end()))[0];
 }
 
 void expectTwoCharacters(const Made &made) {
-    const ravolt::RveNode *first = find(made.scene.root, "body");
-    const ravolt::RveNode *second = find(made.scene.root, "body_2");
-    ASSERT_TRUE(first && second);
-    EXPECT_EQ(first->mesh.skin.bones, (std::vector<std::string>{"bone"}));
-    EXPECT_EQ(second->mesh.skin.bones, (std::vector<std::string>{"bone_2"}));
-    EXPECT_EQ(leftmost(first->mesh), 0);
-    EXPECT_EQ(leftmost(second->mesh), 10);
+    const ravolt::RveMesh &first = nodeOf(made, "body").mesh, &second = nodeOf(made, "body_2").mesh;
+    EXPECT_EQ(first.skin.bones, Lines{"bone"});
+    EXPECT_EQ(second.skin.bones, Lines{"bone_2"});
+    EXPECT_EQ(minimumX(first), 0);
+    EXPECT_EQ(minimumX(second), 10);
     ASSERT_EQ(made.clips.size(), 1u);
-    EXPECT_EQ(made.clips[0].frames.bones, (std::vector<std::string>{"bone_2"}));
+    EXPECT_EQ(made.clips[0].frames.bones, Lines{"bone_2"});
     EXPECT_EQ(made.clips[0].frames.frames.back()[0].translation, (ravolt::RveVector{10, 3, 0}));
 }
 
-TEST(Gltf, TellsNodesOfOneNameApart) {
-    GltfData data;
-    writeFile("two.gltf", twoCharacters(data, "1"));
+TEST(Gltf, DistinguishesNodesOfOneName) {
+    writeFile("two.gltf", twoCharacters("1").text());
     const Made made = make("two.gltf");
     expectTwoCharacters(made);
     EXPECT_TRUE(contains(made.report.notes(), "2 nodes renamed: bones and clips find nodes by "
                                               "names, which must differ"));
-}
-
-TEST(Gltf, TellsThemApartInBinaryFilesToo) {
-    GltfData data;
-    const std::string json = twoCharacters(data, "1", true);
-    writeFile("two.glb", binaryOf(json, data.buffer()));
+    // In a binary file, and where they share a mesh.
+    const GltfData data = twoCharacters("1");
+    writeFile("two.glb", binaryOf(data.textWith(""), data.buffer()));
     expectTwoCharacters(make("two.glb"));
-}
-
-TEST(Gltf, LetsTwoCharactersShareAMesh) {
-    GltfData data;
-    writeFile("shared.gltf", twoCharacters(data, "0"));
+    writeFile("shared.gltf", twoCharacters("0").text());
     expectTwoCharacters(make("shared.gltf"));
 }
 
 TEST(Gltf, IsConfinedToItsFoldersWhereItsTextIsChangedToo) {
-    GltfData data;
-    writeFile("m/two.gltf", twoCharacters(data, "1", false, "../far.bin"));
+    const GltfData data = twoCharacters("1");
+    writeFile("m/two.gltf", data.textWith("../far.bin"));
     writeFile("far.bin", data.buffer());
-    ConvertOptions options;
-    options.model = "m/two.gltf";
-    options.scene = "scene.rve";
+    ConvertOptions options = optionsOf("m/two.gltf");
     EXPECT_NE(failureOf([&] { make(options); }), "");
     options.sources.follow = true;
     expectTwoCharacters(make(options));
-    writeFile("m/two.gltf", twoCharacters(data, "1", false, "near.bin"));
+    writeFile("m/two.gltf", data.textWith("near.bin"));
     writeFile("m/near.bin", data.buffer());
     options.sources.follow = false;
     expectTwoCharacters(make(options));
 }
 
-TEST(Gltf, OfGreatSizeIsReadAsItIs) {
-    GltfData data;
-    writeFile("two.glb", binaryOf(twoCharacters(data, "1", true), data.buffer()));
+TEST(Gltf, AboveALimitIsReadAsItIs) {
+    const GltfData data = twoCharacters("1");
+    writeFile("two.glb", binaryOf(data.textWith(""), data.buffer()));
     fs::resize_file("two.glb", GltfText::largestFile + 1); // a hole, not bytes
     const Made made = make("two.glb");
     EXPECT_TRUE(contains(made.report.warnings(),
@@ -127,76 +99,65 @@ TEST(Gltf, OfGreatSizeIsReadAsItIs) {
                          "curves of clips are lost"))
         << joined(made.report.warnings());
     ASSERT_EQ(made.clips.size(), 1u);
-    EXPECT_EQ(made.clips[0].frames.bones, (std::vector<std::string>{"bone"}));
+    EXPECT_EQ(made.clips[0].frames.bones, Lines{"bone"});
 }
 
 // ---- interpolation -------------------------------------------------------------------------
 
-// A triangle whose node moves by the given sampler and channel; a frame lasts a tenth of a second.
-Made makeMoving(GltfData &data, int times, int values, const std::string &interpolation,
-                const std::string &path) {
-    const int points = data.points({0, 0, 0, 1, 0, 0, 0, 1, 0});
-    writeFile("moving.gltf",
-              R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],
-        "nodes":[{"name":"a\u00e9\"","mesh":0}],
-        "meshes":[{"primitives":[{"attributes":{"POSITION":)" +
-                  text(points) + R"(}}]}],"animations":[{"name":"go","samplers":[{"input":)" +
-                  text(times) + R"(,"interpolation":")" + interpolation + R"(","output":)" +
-                  text(values) + R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":")" +
-                  path + R"("}}]}],)" + data.members() + "}");
-    ConvertOptions options;
-    options.model = "moving.gltf";
-    options.scene = "scene.rve";
+using Floats = GltfData::Floats;
+
+// A triangle whose node moves by that channel; a frame lasts a tenth of a second.
+Made makeMoving(const Floats &times, const Floats &values, const std::string &interpolation,
+                const std::string &path = "translation", int stride = 0) {
+    GltfData data;
+    data.triangle();
+    const std::string input = data.scalars(times);
+    const std::string output = path == "rotation" ? data.fours(values) : data.vectors(values);
+    if (stride)
+        data.strideOfLast(stride);
+    data.nodes = R"({"name":"a\u00e9\"","mesh":0})";
+    data.members = R"(,"animations":[{"name":"go","samplers":[{"input":)" + input +
+                   R"(,"interpolation":")" + interpolation + R"(","output":)" + output +
+                   R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":")" + path +
+                   R"("}}]}])";
+    writeFile("moving.gltf", data.text());
+    ConvertOptions options = optionsOf("moving.gltf");
     options.fps = 10;
     return make(options);
 }
 
-std::vector<float> heights(const Made &made) {
-    std::vector<float> result;
-    for (const auto &frame : made.clips.at(0).frames.frames)
-        result.push_back(frame[0].translation[1]);
-    return result;
+TEST(Gltf, SamplesSteps) {
+    const Made made = makeMoving({0, 0.3f, 0.5f}, {0, 0, 0, 0, 6, 0, 0, 9, 0}, "STEP");
+    EXPECT_EQ(heights(made.clips.at(0)), (Floats{0, 0, 0, 6, 6, 9}));
+    EXPECT_EQ(joined(made.report.warnings()), "");
 }
 
-TEST(Gltf, KeepsStepsAsSteps) {
-    GltfData data;
-    const int times = data.scalars({0, 0.3f, 0.5f});
-    const Made made =
-        makeMoving(data, times, data.points({0, 0, 0, 0, 6, 0, 0, 9, 0}), "STEP", "translation");
-    EXPECT_EQ(heights(made), (std::vector<float>{0, 0, 0, 6, 6, 9}));
-    EXPECT_TRUE(made.report.warnings().empty()) << joined(made.report.warnings());
-}
-
-TEST(Gltf, MovesAlongCubicCurves) {
-    GltfData data;
-    const int times = data.scalars({0, 0.4f, 0.8f});
+TEST(Gltf, SamplesCubicCurvesOfTranslations) {
     // For each key: the tangent in, the value, the tangent out.
-    const int values = data.points({9, 9, 9, 0, 0, 0, 0, 10,  0, //
-                                    0, 0, 0, 0, 4, 0, 0, -20, 0, //
-                                    0, 5, 0, 0, 4, 0, 9, 9,   9});
-    const Made made = makeMoving(data, times, values, "CUBICSPLINE", "translation");
+    const Floats values = {9, 9, 9, 0, 0, 0, 0, 10,  0, //
+                           0, 0, 0, 0, 4, 0, 0, -20, 0, //
+                           0, 5, 0, 0, 4, 0, 9, 9,   9};
+    const Made made = makeMoving({0, 0.4f, 0.8f}, values, "CUBICSPLINE");
     const auto curve = [](float a, float out, float b, float in, float t) {
         const float span = 0.4f;
         return (2 * t * t * t - 3 * t * t + 1) * a + (t * t * t - 2 * t * t + t) * span * out +
                (3 * t * t - 2 * t * t * t) * b + (t * t * t - t * t) * span * in;
     };
-    const std::vector<float> shown = heights(made);
+    const Floats shown = heights(made.clips.at(0));
     ASSERT_EQ(shown.size(), 9u);
     for (std::size_t i = 0; i < 9; ++i) {
         const float t = static_cast<float>(i % 4) / 4;
         const float expected = i == 8 ? 4 : i < 4 ? curve(0, 10, 4, 0, t) : curve(4, -20, 4, 5, t);
         EXPECT_NEAR(shown[i], expected, 1e-5) << i;
     }
-    EXPECT_TRUE(made.report.warnings().empty()) << joined(made.report.warnings());
+    EXPECT_EQ(joined(made.report.warnings()), "");
 }
 
-TEST(Gltf, TurnsAlongCubicCurves) {
-    GltfData data;
-    const int times = data.scalars({0, 0.4f});
+TEST(Gltf, SamplesCubicCurvesOfRotations) {
     const float half = std::sqrt(0.5f);
-    const int values =
-        data.fours({0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 5, 0, 0, 0, 0, 0, 0, 0, half, half, 0, 0, 0, 0});
-    const Made made = makeMoving(data, times, values, "CUBICSPLINE", "rotation");
+    const Made made = makeMoving(
+        {0, 0.4f}, {0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 5, 0, 0, 0, 0, 0, 0, 0, half, half, 0, 0, 0, 0},
+        "CUBICSPLINE", "rotation");
     // A quarter of the way: of z and w, made one long.
     const float t = 0.25f, to = 3 * t * t - 2 * t * t * t;
     const float z = to * half + (t * t * t - 2 * t * t + t) * 0.4f * 5;
@@ -208,16 +169,12 @@ TEST(Gltf, TurnsAlongCubicCurves) {
 }
 
 // Tangents in a form that cannot be read: interleaved with something else.
-TEST(Gltf, SaysWhereCubicCurvesBecomeStraight) {
-    GltfData data;
-    const int times = data.scalars({0, 0.4f});
-    const int values = data.points({0, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0, 4, 0, 0, 0, 0});
-    data.strideOfLast(12);
-    const Made made = makeMoving(data, times, values, "CUBICSPLINE", "translation");
+TEST(Gltf, WarnsWhereCubicCurvesAreReplacedByLinearOnes) {
+    const Made made = makeMoving({0, 0.4f}, {0, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0, 4, 0, 0, 0, 0},
+                                 "CUBICSPLINE", "translation", 12);
     EXPECT_EQ(made.report.warnings(),
-              (std::vector<std::string>{
-                  "clip 'go': cubic interpolation of 1 node replaced by a linear one"}));
-    EXPECT_NEAR(heights(made).at(1), 1, 1e-5);
+              Lines{"clip 'go': cubic interpolation of 1 node replaced by a linear one"});
+    EXPECT_NEAR(heights(made.clips.at(0)).at(1), 1, 1e-5);
 }
 
 // ---- the text ------------------------------------------------------------------------------
@@ -229,7 +186,7 @@ TEST(Json, ReplacesEscapes) {
         unescaped(broken);
 }
 
-TEST(Json, EndsAtWhatIsNone) {
+TEST(Json, EndsWhereItIsInvalid) {
     for (const std::string broken : {"", "{", "{\"a\"", "{\"a\":[1,", "[}", "[1 2", "{\"a\":}"}) {
         Json json(broken);
         json.eachMember(

@@ -1,11 +1,11 @@
-// What becomes of the colours of vertices.
+// How the colours of vertices are converted.
 
+#include "tests/support/expectNear.h"
 #include "tests/tools/gltfData.h"
 #include "tests/tools/support.h"
 #include "tools/convert/images.h"
 #include "tools/convert/vertexColors.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -13,10 +13,10 @@
 namespace {
 
 using namespace tool_test;
-
+using ravolt::test::expectNear;
 using Color = std::array<double, 3>;
 
-// The texture at a place, as OpenGL filters it without smaller images.
+// The texture at a coordinate, as OpenGL filters it without smaller images.
 Color sampled(const Image &image, double u, double v) {
     const double x = u * image.width - 0.5, y = (1 - v) * image.height - 0.5;
     const double left = std::floor(x), top = std::floor(y);
@@ -38,20 +38,15 @@ Image textureOf(const Made &made) {
     return decodeFile(made.scene.materials.at(0).texture, reason);
 }
 
-void expectColor(const Color &found, const Color &expected, const std::string &where) {
-    for (std::size_t i = 0; i < 3; ++i)
-        EXPECT_NEAR(found[i], expected[i], 1) << where;
-}
-
 Made makeText(const std::string &name, const std::string &text) {
     writeFile(name, text);
     return make(name);
 }
 
-TEST(VertexColors, BecomeTheMaterialsWhereTheyAreAllEqual) {
+TEST(VertexColors, AreTheMaterialsWhereTheyAreAllEqual) {
     const Made made =
         makeText("m.obj", "v 0 0 0 1 0 0.5\nv 1 0 0 1 0 0.5\nv 0 1 0 1 0 0.5\nf 1 2 3\n");
-    EXPECT_EQ(made.report.warnings(), std::vector<std::string>{});
+    EXPECT_EQ(joined(made.report.warnings()), "");
     ASSERT_EQ(made.scene.materials.size(), 1u);
     const ravolt::RveMaterial &material = made.scene.materials[0];
     EXPECT_EQ(material.texture, "[none]");
@@ -61,20 +56,20 @@ TEST(VertexColors, BecomeTheMaterialsWhereTheyAreAllEqual) {
     EXPECT_EQ(material.ambient, material.diffuse);
 }
 
-TEST(VertexColors, SayNothingWhereTheyAreWhite) {
+TEST(VertexColors, ChangeNothingWhereTheyAreWhite) {
     writeFile("m.mtl", "newmtl a\nKd 1 0 0\n");
     const Made made = makeText("m.obj", "mtllib m.mtl\nusemtl a\nv 0 0 0 1 1 1\nv 1 0 0 1 1 1\n"
                                         "v 0 1 0 1 1 1\nf 1 2 3\n");
-    EXPECT_EQ(made.report.warnings(), std::vector<std::string>{});
+    EXPECT_EQ(joined(made.report.warnings()), "");
     EXPECT_EQ(made.scene.materials.at(0).diffuse, (ravolt::RveColor{1, 0, 0, 1}));
 }
 
-// Two triangles, the colours of which are those of their places: x, y and a third.
-TEST(VertexColors, BecomeATextureThatChangesAsTheyDo) {
+// Two triangles, the colours of which are those of their positions: x, y and a third.
+TEST(VertexColors, AreConvertedToATextureThatChangesAsTheyDo) {
     const Made made =
         makeText("m.obj", "v 0 0 0 0 0 0.2\nv 1 0 0 1 0 0.2\nv 1 1 0 1 1 0.2\nv 0 1 0 0 1 0.2\n"
                           "f 1 2 3\nf 1 3 4\n");
-    EXPECT_EQ(made.report.warnings(), std::vector<std::string>{});
+    EXPECT_EQ(joined(made.report.warnings()), "");
     ASSERT_EQ(made.scene.materials.size(), 1u);
     EXPECT_EQ(made.scene.materials[0].diffuse, (ravolt::RveColor{1, 1, 1, 1}));
     EXPECT_EQ(made.scene.materials[0].texture, "vertex_colors_1_d.tga");
@@ -86,21 +81,16 @@ TEST(VertexColors, BecomeATextureThatChangesAsTheyDo) {
     ASSERT_EQ(mesh.faces.size(), 2u);
     ASSERT_EQ(mesh.uvs.size(), mesh.vertices.size());
     for (const auto &face : mesh.faces)
-        for (const std::array<double, 3> weights : {std::array<double, 3>{1, 0, 0},
-                                                    {0, 1, 0},
-                                                    {0, 0, 1},
-                                                    {0.5, 0.5, 0},
-                                                    {0.2, 0.3, 0.5}}) {
-            double x = 0, y = 0, u = 0, v = 0;
-            for (std::size_t k = 0; k < 3; ++k) {
-                const auto vertex = face[k];
-                x += weights[k] * static_cast<double>(mesh.vertices[vertex][0]);
-                y += weights[k] * static_cast<double>(mesh.vertices[vertex][1]);
-                u += weights[k] * static_cast<double>(mesh.uvs[vertex][0]);
-                v += weights[k] * static_cast<double>(mesh.uvs[vertex][1]);
-            }
-            expectColor(sampled(image, u, v), {255 * x, 255 * y, 51},
-                        std::to_string(x) + " " + std::to_string(y));
+        for (const Color &weights :
+             {Color{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0.5, 0.5, 0}, {0.2, 0.3, 0.5}}) {
+            std::array<double, 2> position = {}, uv = {};
+            for (std::size_t k = 0; k < 3; ++k)
+                for (std::size_t axis = 0; axis < 2; ++axis) {
+                    position[axis] += weights[k] * double{mesh.vertices[face[k]][axis]};
+                    uv[axis] += weights[k] * double{mesh.uvs[face[k]][axis]};
+                }
+            SCOPED_TRACE(std::to_string(position[0]) + " " + std::to_string(position[1]));
+            expectNear(sampled(image, uv[0], uv[1]), {255 * position[0], 255 * position[1], 51}, 1);
         }
 }
 
@@ -114,79 +104,68 @@ TEST(VertexColors, ShareVerticesWhereTrianglesHaveOneColor) {
     EXPECT_EQ(meshes[0]->mesh.vertices.size(), 7u);
 }
 
-// A triangle with a texture of its own, or none, whose corners have these colours.
-std::string coloredGltf(GltfData &data, const std::vector<float> &colors,
-                        const std::string &material) {
-    const auto text = [](int number) { return std::to_string(number); };
-    const int points = data.points({0, 0, 0, 1, 0, 0, 0, 1, 0});
-    const int painted = data.points(colors);
-    const int places = data.floats("VEC2", 2, {0, 0, 1, 0, 0, 1});
-    return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],
-        "meshes":[{"primitives":[{"material":0,"attributes":{"POSITION":)" +
-           text(points) + R"(,"COLOR_0":)" + text(painted) + R"(,"TEXCOORD_0":)" + text(places) +
-           R"(}}]}],"materials":[)" + material + "]," + data.members() + "}";
+// A triangle with texture coordinates whose corners have these colours.
+Made makeColored(const GltfData::Floats &colors, const std::string &material) {
+    GltfData data;
+    data.triangle();
+    data.attribute("COLOR_0", data.vectors(colors));
+    data.attribute("TEXCOORD_0", data.floats("VEC2", 2, {0, 0, 1, 0, 0, 1}));
+    data.primitive = R"(,"material":0)";
+    data.nodes = R"({"mesh":0})";
+    data.members = R"(,"materials":[)" + material + "]";
+    return makeText("m.gltf", data.text());
 }
 
 TEST(VertexColors, AreMultipliedWithTheMaterialsInLinearLightByGltf) {
-    GltfData data;
-    const Made made = makeText(
-        "m.gltf", coloredGltf(data, {0.5, 1, 0, 0.5, 1, 0, 0.5, 1, 0},
-                              R"({"pbrMetallicRoughness":{"baseColorFactor":[1,0.5,1,1]}})"));
-    EXPECT_EQ(made.report.warnings(), std::vector<std::string>{});
+    const Made made = makeColored({0.5, 1, 0, 0.5, 1, 0, 0.5, 1, 0},
+                                  R"({"pbrMetallicRoughness":{"baseColorFactor":[1,0.5,1,1]}})");
+    EXPECT_EQ(joined(made.report.warnings()), "");
     const ravolt::RveColor diffuse = made.scene.materials.at(0).diffuse;
     EXPECT_NEAR(diffuse[0], 0.735, 0.005); // half the light
     EXPECT_NEAR(diffuse[1], 0.735, 0.005);
     EXPECT_NEAR(diffuse[2], 0, 1e-6);
 
-    GltfData other;
-    const Made varied = makeText("v.gltf", coloredGltf(other, {0.5, 0, 0, 1, 0, 0, 1, 1, 0}, "{}"));
-    const Image image = textureOf(varied);
+    const Made varied = makeColored({0.5, 0, 0, 1, 0, 0, 1, 1, 0}, "{}");
     const ravolt::RveMesh &mesh = meshesOf(varied.scene.root).at(0)->mesh;
+    int found = 0;
     for (std::size_t i = 0; i < mesh.vertices.size(); ++i)
-        if (mesh.vertices[i][0] == 0 && mesh.vertices[i][1] == 0)
-            expectColor(sampled(image, static_cast<double>(mesh.uvs[i][0]),
-                                static_cast<double>(mesh.uvs[i][1])),
-                        {188, 0, 0}, "half the light");
+        if (mesh.vertices[i][0] == 0 && mesh.vertices[i][1] == 0) {
+            expectNear(sampled(textureOf(varied), double{mesh.uvs[i][0]}, double{mesh.uvs[i][1]}),
+                       {188, 0, 0}, 1); // half the light
+            ++found;
+        }
+    EXPECT_EQ(found, 1);
 }
 
 TEST(VertexColors, AreLeftOutBesideATexture) {
     writeFile("wood.ppm", fourColors());
-    GltfData data;
     const std::string textured =
         R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}}],"textures":[{"source":0}],
         "images":[{"uri":"wood.ppm"})";
-    const Made made = makeText("m.gltf", coloredGltf(data, {1, 0, 0, 0, 1, 0, 0, 0, 1}, textured));
-    EXPECT_EQ(made.report.warnings(),
-              (std::vector<std::string>{"vertex colours of 1 mesh with textures left out"}));
+    const Made made = makeColored({1, 0, 0, 0, 1, 0, 0, 0, 1}, textured);
+    EXPECT_EQ(made.report.warnings(), Lines{"vertex colours of 1 mesh with textures left out"});
     EXPECT_EQ(made.scene.materials.at(0).texture, "wood_d.tga");
-    GltfData plain;
-    EXPECT_EQ(makeText("w.gltf", coloredGltf(plain, {1, 1, 1, 1, 1, 1, 1, 1, 1}, textured))
-                  .report.warnings(),
-              std::vector<std::string>{});
+    EXPECT_EQ(joined(makeColored(GltfData::Floats(9, 1), textured).report.warnings()), "");
 }
 
-TEST(VertexColors, AreLeftOutWhereNoTextureHoldsThem) {
-    std::string model;
-    constexpr int triangles = 17; // a texture of 16 pixels holds 16
-    for (int i = 0; i < triangles; ++i)
+TEST(VertexColors, AreLeftOutWhereTheyExceedATexture) {
+    std::string vertices, faces;
+    for (int i = 0; i < 17; ++i) { // a texture of 16 pixels has room for 16 triangles
         for (const char *corner : {"0 0", "1 0", "0 1"})
-            model += "v " + std::string(corner) + " " + std::to_string(i) + " 0." +
-                     std::to_string(10 + i) + " 0.5 0." + std::to_string(corner[0] - '0') + "\n";
-    for (int i = 0; i < triangles; ++i)
-        model += "f " + std::to_string(3 * i + 1) + " " + std::to_string(3 * i + 2) + " " +
+            vertices += "v " + std::string(corner) + " " + std::to_string(i) + " 0." +
+                        std::to_string(10 + i) + " 0.5 0." + corner[0] + "\n";
+        faces += "f " + std::to_string(3 * i + 1) + " " + std::to_string(3 * i + 2) + " " +
                  std::to_string(3 * i + 3) + "\n";
-    writeFile("many.obj", model);
-    ConvertOptions options;
-    options.model = "many.obj";
-    options.scene = "scene.rve";
+    }
+    writeFile("many.obj", vertices + faces);
+    ConvertOptions options = optionsOf("many.obj");
     options.largestTexture = 16;
     const Made made = make(options);
-    EXPECT_EQ(made.report.warnings(),
-              (std::vector<std::string>{"vertex colours of 1 mesh left out: too many for a texture "
-                                        "of 16 pixels a side"}));
+    EXPECT_EQ(made.report.warnings(), Lines{"vertex colours of 1 mesh left out: too many for a "
+                                            "texture of 16 pixels a side"});
     EXPECT_EQ(made.scene.materials.at(0).texture, "[none]");
     options.largestTexture = 32;
-    EXPECT_EQ(make(options).report.warnings(), std::vector<std::string>{});
+    EXPECT_EQ(joined(make(options).report.warnings()), "");
 }
 
 } // namespace
