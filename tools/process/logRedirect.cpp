@@ -1,6 +1,7 @@
 #include "tools/process/logRedirect.h"
 
 #include "tools/common/message.h"
+#include "tools/process/scopedSilentLog.h"
 #include "tools/process/signals.h"
 
 #include <cerrno>
@@ -46,12 +47,7 @@ void redirect(int, char **arguments, char **environment) {
     signal(SIGXFSZ, SIG_IGN);
     signal(SIGPIPE, SIG_IGN);
     userFolder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    userOutput = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (userOutput >= 0 && nowhere >= 0)
-        dup2(nowhere, STDOUT_FILENO);
-    if (nowhere >= 0)
-        close(nowhere);
+    userOutput = silenceOutput();
     // Without a way back the log stays where it always is.
     constexpr const char *variable = "TMPDIR=";
     for (char **entry = environment; entry && *entry && userFolder >= 0 && !aside; ++entry)
@@ -69,10 +65,7 @@ LogRedirect::LogRedirect() {
     sigprocmask(SIG_SETMASK, &formerMask, nullptr);
     zlfSetConsoleEcho(false);
     std::fflush(stdout);
-    if (userOutput >= 0) {
-        dup2(userOutput, STDOUT_FILENO);
-        close(userOutput);
-    }
+    restoreOutput(userOutput);
     if (userFolder >= 0) {
         if (fchdir(userFolder) != 0)
             sayError(std::string("cannot return to the working folder: ") + std::strerror(errno));

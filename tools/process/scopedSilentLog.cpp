@@ -6,23 +6,32 @@
 
 namespace ravolt::tool {
 
-ScopedSilentLog::ScopedSilentLog() {
-    std::fflush(stdout);
+int silenceOutput() {
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (nowhere < 0)
-        return;
-    output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
-    if (output >= 0)
+        return -1;
+    const int former = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (former >= 0)
         dup2(nowhere, STDOUT_FILENO);
     close(nowhere);
+    return former;
+}
+
+void restoreOutput(int former) {
+    if (former < 0)
+        return;
+    dup2(former, STDOUT_FILENO);
+    close(former);
+}
+
+ScopedSilentLog::ScopedSilentLog() {
+    std::fflush(stdout);
+    former = silenceOutput();
 }
 
 ScopedSilentLog::~ScopedSilentLog() {
-    if (output < 0)
-        return;
     std::fflush(stdout);
-    dup2(output, STDOUT_FILENO);
-    close(output);
+    restoreOutput(former);
 }
 
 } // namespace ravolt::tool

@@ -1,9 +1,16 @@
 #pragma once
 
-// While one lives, nothing reaches standard output.
+// Standard output, redirected to /dev/null.
 
 namespace ravolt::tool {
 
+// Redirects it and returns a descriptor of where it went before; -1 where that cannot be done.
+int silenceOutput();
+
+// Ends that; nothing for -1.
+void restoreOutput(int former);
+
+// While one lives, nothing reaches standard output.
 class ScopedSilentLog {
   public:
     ScopedSilentLog();
@@ -12,7 +19,7 @@ class ScopedSilentLog {
     ScopedSilentLog &operator=(const ScopedSilentLog &) = delete;
 
   private:
-    int output = -1; // where it went; -1 when it could not be turned aside
+    int former;
 };
 
 } // namespace ravolt::tool
