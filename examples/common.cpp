@@ -1,5 +1,7 @@
 #include "common.h"
 
+#include "tools/writers/pngWriter.h"
+
 #include <ravolt.h>
 
 #include <SDL/SDL.h>
@@ -11,12 +13,6 @@
 #include <string>
 #include <vector>
 
-#define STB_IMAGE_WRITE_IMPLEMENTATION
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
-#include <stb_image_write.h>
-#pragma GCC diagnostic pop
-
 namespace {
 
 void writePicture(const char *path) {
@@ -24,9 +20,9 @@ void writePicture(const char *path) {
     std::vector<unsigned char> rows(static_cast<std::size_t>(width) * height * 3);
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
     glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
-    stbi_flip_vertically_on_write(1);
-    if (!stbi_write_png(path, width, height, 3, rows.data(), width * 3))
-        std::fprintf(stderr, "cannot write %s\n", path);
+    const std::string error = ravolt::writePng(path, {width, height, 3, false, rows.data()});
+    if (!error.empty())
+        std::fprintf(stderr, "%s\n", error.c_str());
 }
 
 // SDL 1.2 falls back to a text-mode driver when it finds no X server, which garbles the terminal.

@@ -1,9 +1,9 @@
 #include "tests/support/pictures.h"
 
+#include "tools/writers/pngWriter.h"
+
 #define STB_IMAGE_STATIC
-#define STB_IMAGE_WRITE_STATIC
 #define STB_IMAGE_IMPLEMENTATION
-#define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STBI_ONLY_PNG
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wunused-function"
@@ -12,7 +12,6 @@
 #pragma GCC diagnostic ignored "-Wshadow"
 #pragma GCC diagnostic ignored "-Wpedantic"
 #include <stb/stb_image.h>
-#include <stb/stb_image_write.h>
 #pragma GCC diagnostic pop
 
 #include <algorithm>
@@ -111,8 +110,8 @@ Picture loadPicture(const std::string &path) {
 }
 
 bool savePicture(const Picture &picture, const std::string &path) {
-    return !picture.empty() && stbi_write_png(path.c_str(), picture.width, picture.height, 4,
-                                              picture.bytes.data(), 4 * picture.width) != 0;
+    return !picture.empty() &&
+           writePng(path, {picture.width, picture.height, 4, true, picture.bytes.data()}).empty();
 }
 
 Difference differenceOf(const Picture &a, const Picture &b) {

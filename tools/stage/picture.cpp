@@ -3,70 +3,15 @@
 #include "tools/common/failure.h"
 #include "tools/process/signals.h"
 #include "tools/stage/stage.h"
+#include "tools/writers/pngWriter.h"
 #include "tools/writers/wholeFile.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <new>
 #include <ravolt/RAVOLT.h>
 #include <ravolt/RVOPENGL.h>
-#include <set>
 #include <thread>
-
-namespace ravolt::tool {
-namespace {
-
-// The memory of the PNG writer, which goes on without asking whether it was given any. So this
-// throws, and the caller then frees the blocks of the writer.
-class Blocks {
-  public:
-    ~Blocks() {
-        while (!all.empty())
-            release(*all.begin());
-    }
-
-    static void *resize(void *former, std::size_t size) {
-        // Made first, so that nothing fails after the block is allocated.
-        std::set<void *> room = {nullptr};
-        void *block = std::realloc(former, size);
-        if (!block)
-            throw std::bad_alloc();
-        all.erase(former);
-        auto entry = room.extract(room.begin());
-        entry.value() = block;
-        all.insert(std::move(entry));
-        return block;
-    }
-
-    static void release(void *block) {
-        all.erase(block);
-        std::free(block);
-    }
-
-  private:
-    static std::set<void *> all;
-};
-
-std::set<void *> Blocks::all;
-
-} // namespace
-} // namespace ravolt::tool
-
-#define STBIW_MALLOC(size) ravolt::tool::Blocks::resize(nullptr, size)
-#define STBIW_REALLOC(block, size) ravolt::tool::Blocks::resize(block, size)
-#define STBIW_FREE(block) ravolt::tool::Blocks::release(block)
-#define STB_IMAGE_WRITE_IMPLEMENTATION
-#define STB_IMAGE_WRITE_STATIC
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wunused-function"
-#endif
-#include <stb/stb_image_write.h>
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 namespace ravolt::tool {
 
@@ -89,12 +34,6 @@ void copyTile(const Picture &tile, int left, int bottom, Picture &whole) {
         const int to = (whole.height - 1 - bottom - up) * whole.width + left;
         std::copy_n(tile.pixels.begin() + 3 * from, 3 * columns, whole.pixels.begin() + 3 * to);
     }
-}
-
-void append(void *bytes, void *data, int size) {
-    const auto *start = static_cast<const unsigned char *>(data);
-    auto &all = *static_cast<std::vector<unsigned char> *>(bytes);
-    all.insert(all.end(), start, start + size);
 }
 
 } // namespace
@@ -197,12 +136,7 @@ Picture takePicture() {
 }
 
 std::vector<unsigned char> encodePng(const Picture &picture) {
-    const Blocks blocks;
-    std::vector<unsigned char> bytes;
-    if (!stbi_write_png_to_func(append, &bytes, picture.width, picture.height, 3,
-                                picture.pixels.data(), picture.width * 3))
-        throw std::bad_alloc(); // it has no other reason
-    return bytes;
+    return ravolt::encodePng({picture.width, picture.height, 3, true, picture.pixels.data()});
 }
 
 void printPng(const Picture &picture) {
