@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Who may call which function of OpenGL or of a library behind the engine: reads the calls of the
 library's sources and fails on one that stands outside of its owner and is no listed exception. The
-owner says so at the top of its source.
+owner says so at the top of its source. The tests' recorder has every OpenGL function that is called.
 
     ownership.py ROOT [--self]
 """
@@ -75,6 +75,7 @@ ROWS = [
      "exceptions": {}},
 ]
 
+RECORDED = ["tests/support/coreFunctions.inc", "engine/gl/glEntryPoints.inc"]
 FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "effects",
            "video"]
 
@@ -85,6 +86,8 @@ def read(root):
         for path in sorted((root / folder).rglob("*")):
             if path.suffix in (".h", ".cpp"):
                 files[path.relative_to(root).as_posix()] = path.read_text(encoding="utf-8")
+    for path in RECORDED:
+        files[path] = (root / path).read_text(encoding="utf-8")
     return files
 
 
@@ -103,8 +106,20 @@ def without_comments(text):
     return re.sub(r"//[^\n]*", "", text)
 
 
+def unrecorded(files):
+    recorded = {"glGetString", "glGetError"}
+    for path in RECORDED:
+        recorded.update(re.findall(r"\bgl[A-Z]\w+", files.get(path, "")))
+    for path, text in files.items():
+        for name in re.findall(r"\bgl(?!Wrapper|Id\b)[A-Z]\w+(?=\()", without_comments(text)):
+            if name not in recorded:
+                yield f"{path}: {name} is missing in {RECORDED[0]}"
+
+
 def faults(files):
     used = set()
+    if RECORDED[0] in files:
+        yield from unrecorded(files)
     for path, text in files.items():
         for row in ROWS:
             for match in re.finditer(row["what"], without_comments(text)):
@@ -132,6 +147,7 @@ def self_test():
     bad = [{**good, "engine/other.cpp": "glDisable(GL_CULL_FACE);"},
            {**good, "engine/other.cpp": "glLightfv(light, 0, 0);"},
            {**good, "engine/frame/frame.cpp": ""}]
+    bad.append({**good, "engine/other.cpp": "", RECORDED[0]: "glDisable"})
     silent = {"engine/gl/RVOPENGL.cpp": "// Nothing.\n"}
     return (not list(faults(good)) and all(len(list(faults(files))) == 1 for files in bad) and
             list(faults(silent)))
