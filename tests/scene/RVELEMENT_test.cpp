@@ -1,3 +1,5 @@
+// The render list: capacity, pass, clipping, skeletons and drawing order.
+
 #include "ravolt/RVELEMENT.h"
 
 #include "ravolt/RVCAMERA.h"
@@ -12,18 +14,41 @@
 
 #include <algorithm>
 #include <cstring>
-#include <initializer_list>
 #include <limits>
 #include <new>
+#include <numeric>
 #include <random>
 #include <string>
-#include <vector>
 
 using namespace ravolt::test;
 
 namespace {
 
-using Nodes = std::vector<const RVNODE *>;
+using EmitterProbe = Probe<TypedNode<RV_NODE_TYPE_EMITTER>>; // an application may use the type
+
+unsigned int passed() { return RVELEMENT::getNumberOfPassedElements(); }
+
+NodeList lights() {
+    NodeList nodes;
+    for (unsigned int index = 0; index < RVELEMENT::getNumberOfLights(); ++index)
+        nodes.push_back(RVELEMENT::getLight(index)->getNode());
+    EXPECT_EQ(RVELEMENT::getLight(RVELEMENT::getNumberOfLights()), nullptr);
+    return nodes;
+}
+
+RVMATERIAL *material(float opacity = 1, RVTEXTURE *texture = nullptr) {
+    RVMATERIAL *result = new RVMATERIAL;
+    result->setTransparency(opacity);
+    result->setTexture(0, texture);
+    return result;
+}
+
+void erase(std::initializer_list<RVNODE *> nodes) {
+    for (RVNODE *node : nodes) {
+        node->unlink();
+        delete node;
+    }
+}
 
 class ElementTest : public EngineTest {
   protected:
@@ -37,45 +62,59 @@ class ElementTest : public EngineTest {
         EngineTest::TearDown();
     }
 
-    template <class Node> Node *place(Node *node, float x, float y, float z) {
-        node->setPosition(x, y, z);
-        node->link(root);
+    template <class Node> Node *place(Node *node, float z = 0, RVNODE *parent = nullptr) {
+        node->setPosition(0, 0, z);
+        node->link(parent ? parent : root);
         return node;
     }
-    CustomProbe *custom(float z = 0) { return place(new CustomProbe(drawn), 0, 0, z); }
-    LightProbe *light(float z = 0) { return place(new LightProbe(drawn), 0, 0, z); }
+    template <class Node> Node *probe(float z = 0, RVNODE *parent = nullptr) {
+        return place(new Node(drawn), z, parent);
+    }
+    CustomProbe *custom(float z = 0, RVNODE *parent = nullptr) {
+        return probe<CustomProbe>(z, parent);
+    }
+    LightProbe *light(float z = 0) { return probe<LightProbe>(z); }
     HelperProbe *helper(float z, float radius = 0) {
-        HelperProbe *node = place(new HelperProbe(drawn), 0, 0, z);
+        HelperProbe *node = probe<HelperProbe>(z);
         node->setRadius(radius);
         return node;
     }
     MeshProbe *mesh(RVMATERIAL *material = nullptr, float z = 0) {
-        MeshProbe *node = place(new MeshProbe(drawn), 0, 0, z);
+        MeshProbe *node = probe<MeshProbe>(z);
         node->setMaterial(material);
         return node;
     }
-    static RVMATERIAL *material(float opacity = 1, RVTEXTURE *texture = nullptr) {
-        RVMATERIAL *result = new RVMATERIAL;
-        result->setTransparency(opacity);
-        result->setTexture(0, texture);
-        return result;
+    MeshProbe *hiddenMesh() {
+        MeshProbe *node = mesh();
+        node->setDisplayStatus(false);
+        return node;
+    }
+    RVMESH *loaded(const Bytes &body, float z = 0, RVNODE *parent = nullptr) {
+        return place(loadMesh(body), z, parent);
     }
 
-    // A frame's list, without drawing it.
-    void passAll() {
+    // A frame's list, without drawing it; the number of its entries.
+    unsigned int passAll() {
         RVELEMENT::reset();
         glLoadIdentity();
         root->pass();
+        return passed();
     }
 
     // The nodes in the order in which a frame draws them.
-    Nodes drawingOrder() {
+    NodeList drawingOrder() {
         drawn.clear();
         drawFrame(nullptr, root);
-        Nodes nodes;
-        for (const Drawn &drawing : drawn)
-            nodes.push_back(drawing.node);
-        return nodes;
+        return nodesOf(drawn);
+    }
+
+    // The nodes that are drawn after `change` has been made to the passed list.
+    template <class Change> NodeList drawingOrderAfter(Change change) {
+        RAVOLT::begin3D(nullptr);
+        root->pass();
+        change();
+        RAVOLT::end3D(true);
+        return nodesOf(drawn);
     }
 
     RVNODE *root = nullptr;
@@ -84,31 +123,28 @@ class ElementTest : public EngineTest {
 
 // --- Storage
 
-TEST_F(ElementTest, CapacityIsWhatWasAskedForUpTo4096) {
-    for (const auto &[asked, wanted] : {std::pair{0u, 4096u},
-                                        {5000u, 4096u},
-                                        {4097u, 4096u},
-                                        {4294967295u, 4096u},
-                                        {1u, 1u},
-                                        {4096u, 4096u}}) {
+TEST_F(ElementTest, CapacityIsTheRequestedOneUpTo4096) {
+    for (const auto &[requested, expected] : {std::pair{0u, 4096u},
+                                              {5000u, 4096u},
+                                              {4097u, 4096u},
+                                              {4294967295u, 4096u},
+                                              {1u, 1u},
+                                              {4096u, 4096u}}) {
         ASSERT_TRUE(RVELEMENT::free());
-        EXPECT_TRUE(RVELEMENT::init(asked));
-        EXPECT_EQ(RVELEMENT::getNumberOfElements(), wanted);
-        EXPECT_LOGGED_EXACTLY("   " + std::to_string(wanted) + " elements allocated\n");
+        EXPECT_TRUE(RVELEMENT::init(requested));
+        EXPECT_EQ(RVELEMENT::getNumberOfElements(), expected);
+        EXPECT_LOGGED_EXACTLY("   " + std::to_string(expected) + " elements allocated\n");
     }
-}
-
-TEST_F(ElementTest, SecondInitIsRefused) {
     EXPECT_TRUE(RVELEMENT::isActive());
-    EXPECT_FALSE(RVELEMENT::init(7));
+    EXPECT_FALSE(RVELEMENT::init(7)) << "a second time";
     EXPECT_LOGGED_EXACTLY("   [!] Already active @ RVELEMENT::init\n");
-    EXPECT_NE(RVELEMENT::getNumberOfElements(), 7u);
+    EXPECT_EQ(RVELEMENT::getNumberOfElements(), 4096u);
 }
 
-TEST_F(ElementTest, FreeEmptiesAndIsFalseWhenThereIsNothing) {
+TEST_F(ElementTest, FreeEmptiesTheListAndFailsASecondTime) {
     light();
     passAll();
-    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 1u);
+    EXPECT_EQ(lights().size(), 1u);
     EXPECT_TRUE(RVELEMENT::free());
     EXPECT_FALSE(RVELEMENT::isActive());
     EXPECT_EQ(RVELEMENT::getNumberOfElements(), 0u);
@@ -118,10 +154,12 @@ TEST_F(ElementTest, FreeEmptiesAndIsFalseWhenThereIsNothing) {
     EXPECT_FALSE(RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0)));
     EXPECT_FALSE(RVELEMENT::free());
     EXPECT_NOTHING_LOGGED();
+    EXPECT_FALSE(RVELEMENT::pass(custom(), true));
+    EXPECT_LOGGED("   [!] Scene too complex @ RVELEMENT::pass");
 }
 
-// First the entries are made, then their order.
-TEST_F(ElementTest, NothingIsKeptWhenStorageOrOrderCannotBeMade) {
+// The entries are made first, then their order.
+TEST_F(ElementTest, InitWithoutMemoryForEitherArrayReleasesBoth) {
     constexpr unsigned int count = 1000;
     for (const unsigned int after : {0u, 1u}) {
         ASSERT_TRUE(RVELEMENT::free());
@@ -140,22 +178,19 @@ TEST_F(ElementTest, NothingIsKeptWhenStorageOrOrderCannotBeMade) {
 TEST_F(ElementTest, ResetEmptiesTheList) {
     light();
     custom();
-    passAll();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 2u);
-    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 1u);
+    EXPECT_EQ(passAll(), 2u);
+    EXPECT_EQ(lights().size(), 1u);
     RVELEMENT::reset();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
-    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 0u);
-    EXPECT_EQ(RVELEMENT::getLight(0), nullptr);
+    EXPECT_EQ(passed(), 0u);
+    EXPECT_EQ(lights(), NodeList());
 }
 
 TEST_F(ElementTest, NewEntryIsEmpty) {
-    RVELEMENT entry;
+    RVELEMENT entry, other;
     EXPECT_EQ(entry.getNode(), nullptr);
     EXPECT_TRUE(isNear(*entry.getMatrix(), ReferenceMatrix(), 0));
     entry.setParam1(9);
     EXPECT_EQ(entry.getParam1(), 9u);
-    RVELEMENT other;
     entry.setNearestLight(3, &other);
     EXPECT_EQ(entry.getNearestLight(3), &other);
     EXPECT_EQ(entry.getNearestLight(0), nullptr);
@@ -168,49 +203,35 @@ TEST_F(ElementTest, PassOfNullIsRefused) {
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVELEMENT::pass\n");
 }
 
-TEST_F(ElementTest, PlainNodesTakeNoEntry) {
-    RVNODE *plain = place(new RVNODE, 1, 2, 3);
-    CustomProbe *below = new CustomProbe(drawn);
-    below->setPosition(10, 0, 0);
-    below->setAuxId(42);
-    below->link(plain);
-    EXPECT_EQ(drawingOrder(), (Nodes{below}));
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+TEST_F(ElementTest, PlainNodesHaveNoEntry) {
+    RVNODE *plain = place(new RVNODE);
+    plain->setPosition(1, 2, 3);
+    CustomProbe *child = custom(0, plain);
+    child->setPosition(10, 0, 0);
+    child->setAuxId(42);
+    EXPECT_EQ(drawingOrder(), NodeList{child});
+    EXPECT_EQ(passed(), 1u);
     EXPECT_TRUE(isNear(drawn[0].matrix, ReferenceMatrix().translate(11, 2, 3)));
     EXPECT_EQ(drawn[0].auxId, 42u);
 }
 
-TEST_F(ElementTest, ListHoldsTheNodesInTheOrderOfThePass) {
+TEST_F(ElementTest, ListHasTheNodesInTheOrderOfThePass) {
     CustomProbe *a = custom();
     MeshProbe *b = mesh();
-    CustomProbe *c = custom();
-    CustomProbe *below = new CustomProbe(drawn);
-    below->link(a);
-    EXPECT_EQ(drawingOrder(), (Nodes{a, below, b, c}));
+    CustomProbe *c = custom(), *child = custom(0, a);
+    EXPECT_EQ(drawingOrder(), (NodeList{a, child, b, c}));
 }
 
-TEST_F(ElementTest, HiddenMeshTakesNoEntryAndItsChildrenDo) {
-    MeshProbe *hidden = mesh();
-    hidden->setDisplayStatus(false);
-    CustomProbe *below = new CustomProbe(drawn);
-    below->link(hidden);
-    EXPECT_EQ(drawingOrder(), (Nodes{below}));
-    hidden->setDisplayStatus(true);
-    EXPECT_EQ(drawingOrder(), (Nodes{hidden, below}));
-}
-
-TEST_F(ElementTest, EachPassedNodeHasTheFramesStamp) {
-    MeshProbe *hidden = mesh();
-    hidden->setDisplayStatus(false);
-    CustomProbe *below = new CustomProbe(drawn);
-    below->link(hidden);
-    CustomProbe *elsewhere = new CustomProbe(drawn);
-    drawingOrder();
+TEST_F(ElementTest, HiddenMeshHasNoEntryUnlikeItsChildren) {
+    MeshProbe *hidden = hiddenMesh();
+    CustomProbe *child = custom(0, hidden), *unlinked = new CustomProbe(drawn);
+    EXPECT_EQ(drawingOrder(), NodeList{child});
     const int stamp = static_cast<int>(RAVOLT::getTimeStamp());
-    EXPECT_EQ(root->getTimeStamp(), stamp);
-    EXPECT_EQ(hidden->getTimeStamp(), stamp);
-    EXPECT_EQ(below->getTimeStamp(), stamp);
-    EXPECT_EQ(elsewhere->getTimeStamp(), 0);
+    for (const RVNODE *node : NodeList{root, hidden, child})
+        EXPECT_EQ(node->getTimeStamp(), stamp) << node->getName();
+    EXPECT_EQ(unlinked->getTimeStamp(), 0);
+    hidden->setDisplayStatus(true);
+    EXPECT_EQ(drawingOrder(), (NodeList{hidden, child}));
 }
 
 TEST_F(ElementTest, CachedMatrixOfAHiddenMeshIsStale) {
@@ -222,116 +243,96 @@ TEST_F(ElementTest, CachedMatrixOfAHiddenMeshIsStale) {
     EXPECT_EQ(node->getCachedMatrix()->e[14], -3);
 }
 
-TEST_F(ElementTest, EmptyPlacesAmongTheChildrenAreSkipped) {
-    const Bytes body = plainNodeBody("holder", 2);
-    const auto bytes = body.exact();
-    long cursor = 0;
-    RVNODE *holder = RVNODE::load(bytes.get(), &cursor);
-    holder->link(root);
-    CustomProbe *after = custom();
-    EXPECT_EQ(drawingOrder(), (Nodes{after}));
+TEST_F(ElementTest, EmptySlotsAmongTheChildrenAreSkipped) {
+    place(loadNode<RVNODE>(plainNodeBody("parent", 2)));
+    CustomProbe *next = custom();
+    EXPECT_EQ(drawingOrder(), NodeList{next});
     EXPECT_NOTHING_LOGGED();
 }
 
-// --- Nodes with the fields of others
+// --- Nodes with the fields of another class
 
 // Memory that says "yes" wherever a field was not written.
-struct Marked {
-    Marked() { std::memset(bytes, 1, sizeof bytes); }
+struct Filled {
+    Filled() { std::memset(bytes, 1, sizeof bytes); }
+    RVNODE *copyOf(const RVNODE &node) { return new (bytes) RVNODE(node); }
     alignas(RVMESH) unsigned char bytes[sizeof(RVMESH) + sizeof(RVLIGHT)];
 };
 
 TEST_F(ElementTest, CopyOfAMeshAsANodeIsNoMesh) {
-    Marked memory;
-    RVMESH *original = loadMesh(meshBody("skin", 500, {"bone"}));
-    RVNODE *copy = new (memory.bytes) RVNODE(*original);
+    Filled memory;
+    RVNODE *copy = memory.copyOf(*loadMesh(meshBody("skin", 500, {"bone"})));
     EXPECT_EQ(copy->getType(), RV_NODE_TYPE_MESH);
     RAVOLT::begin3D(nullptr);
     copy->pass(); // a mesh would be hidden, by the memory
     EXPECT_NOTHING_LOGGED();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    EXPECT_EQ(passed(), 1u);
     RAVOLT::end3D(true);
     copy->setPosition(0, 0, -200);
     RVELEMENT::clippingOn();
     RAVOLT::begin3D(nullptr);
     copy->pass(); // has no radius
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
+    EXPECT_EQ(passed(), 0u);
     EXPECT_LOGGED_EXACTLY(" (clipped) skin at distance 200.00\n");
     copy->~RVNODE();
 }
 
 TEST_F(ElementTest, CopyOfALightAsANodeIsNoLight) {
-    Marked memory;
-    RVNODE *copy = new (memory.bytes) RVNODE(*light());
+    Filled memory;
+    RVNODE *copy = memory.copyOf(*light());
     copy->setPosition(0, 0, -9);
     LightProbe *near = light(-1);
     RAVOLT::begin3D(nullptr);
     copy->pass();
     near->pass();
     RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0));
-    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 2u);
-    EXPECT_EQ(RVELEMENT::getLight(0)->getNode(), near); // a light would be exclusive
+    EXPECT_EQ(lights(), (NodeList{near, copy})); // a light would be exclusive
     copy->~RVNODE();
-    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 1u);
+    EXPECT_EQ(lights(), NodeList{near});
 }
 
-TEST_F(ElementTest, AssignmentMakesNoNodeAnotherClass) {
+TEST_F(ElementTest, AssignmentDoesNotChangeTheClassOfANode) {
     RVMESH *plainMesh = loadMesh(meshBody("rock", 3));
     plainMesh->setMaterial(material(0.5f));
-    RVLIGHT *plainLight = new RVLIGHT;
-    RVHELPER *plainHelper = new RVHELPER;
-    for (RVNODE *source : std::initializer_list<RVNODE *>{plainMesh, plainLight, plainHelper}) {
-        RVNODE *node = new RVNODE;
-        *node = *source;
-        node->link(root);
-    }
+    for (const RVNODE *source : NodeList{plainMesh, new RVLIGHT, new RVHELPER})
+        *place(new RVNODE) = *source;
     mesh(material());
     RVELEMENT::clippingOn();
     RVLIGHT::lightingOn();
     EXPECT_EQ(drawingOrder().size(), 1u);
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 4u);
+    EXPECT_EQ(passed(), 4u);
     RVLIGHT::lightingOff();
     EXPECT_NOTHING_LOGGED();
 }
 
-// The type of the light that it holds is asked by the mesh that it lights.
+// The mesh reads the type of the light of its entry.
 TEST_F(ElementTest, MeshIsDrawnUnderALightThatIsAPlainNode) {
-    RVNODE *node = new RVNODE;
-    *node = *new RVLIGHT;
-    node->link(root);
-    RVMESH *lit = loadMesh(meshBody("rock", 3));
-    lit->setMaterial(material());
-    lit->link(root);
+    *place(new RVNODE) = *new RVLIGHT;
+    loaded(meshBody("rock", 3))->setMaterial(material());
     RVLIGHT::lightingOn();
     drawFrame(nullptr, root);
     RVLIGHT::lightingOff();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 2u);
+    EXPECT_EQ(passed(), 2u);
 }
 
-TEST_F(ElementTest, CopiesAsTheirOwnClassStayWhatTheyAre) {
-    RVMESH *hidden = new RVMESH;
-    hidden->setDisplayStatus(false);
-    const RVMESH meshCopy(*hidden);
+TEST_F(ElementTest, CopiesAsTheirOwnClassHaveItsTraits) {
+    RVMESH meshCopy(*hiddenMesh());
     RVLIGHT *exclusive = new RVLIGHT;
     exclusive->setExclusive(true);
     RVLIGHT lightCopy(*exclusive);
-    HelperProbe *original = new HelperProbe(drawn);
-    original->setRadius(50);
-    HelperProbe helperCopy(*original);
+    HelperProbe helperCopy(*helper(0, 50));
     lightCopy.setPosition(0, 0, -9);
     helperCopy.setPosition(0, 0, -200);
     LightProbe *near = light(-1);
 
     RVELEMENT::clippingOn();
     RAVOLT::begin3D(nullptr);
-    near->pass();
-    lightCopy.pass();
-    helperCopy.pass();
-    RVMESH(meshCopy).pass();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 3u);
+    for (RVNODE *node : std::initializer_list<RVNODE *>{near, &lightCopy, &helperCopy, &meshCopy})
+        node->pass();
+    EXPECT_EQ(passed(), 3u);
     RVELEMENT::sort3D();
     RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0));
-    EXPECT_EQ(RVELEMENT::getLight(0)->getNode(), &lightCopy);
+    EXPECT_EQ(lights(), (NodeList{&lightCopy, near}));
     EXPECT_NOTHING_LOGGED();
 }
 
@@ -340,90 +341,63 @@ TEST_F(ElementTest, SubclassOfAMeshMayBeACustomNode) {
       public:
         CustomMesh() { type = RV_NODE_TYPE_CUSTOM; }
     };
-    Probe<CustomMesh> *node = place(new Probe<CustomMesh>(drawn), 0, 0, -500);
+    auto *node = probe<Probe<CustomMesh>>(-500);
     node->setDisplayStatus(false);
     RVELEMENT::clippingOn();
-    EXPECT_EQ(drawingOrder(), (Nodes{node}));
+    EXPECT_EQ(drawingOrder(), NodeList{node});
     EXPECT_NOTHING_LOGGED();
 }
 
-// --- Nodes that go while the list holds them
+// --- Nodes that are deleted while the list refers to them
 
-TEST_F(ElementTest, DeletedNodesLeaveTheListInItsOrder) {
-    CustomProbe *a = custom(), *b = custom(), *c = custom(), *d = custom();
-    RAVOLT::begin3D(nullptr);
-    root->pass();
-    for (CustomProbe *node : {b, d}) {
-        node->unlink();
-        delete node;
-    }
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 2u);
-    CustomProbe *late = custom();
-    late->pass();
-    RAVOLT::end3D(true);
-    ASSERT_EQ(drawn.size(), 3u);
-    EXPECT_EQ(drawn[0].node, a);
-    EXPECT_EQ(drawn[1].node, c);
-    EXPECT_EQ(drawn[2].node, late);
-}
-
-TEST_F(ElementTest, EntriesThatStayKeepTheirMatrices) {
-    CustomProbe *gone = custom(-1), *near = custom(-2), *far = custom(-3);
-    RAVOLT::begin3D(nullptr);
-    root->pass();
-    gone->unlink();
-    delete gone;
-    RAVOLT::end3D(true);
-    ASSERT_EQ(drawn.size(), 2u);
-    EXPECT_EQ(drawn[0].node, near);
-    EXPECT_EQ(drawn[0].matrix.e[14], -2);
-    EXPECT_EQ(drawn[1].node, far);
+TEST_F(ElementTest, DeletedNodesAreRemovedAndTheOthersStayInOrder) {
+    CustomProbe *a = custom(-1), *b = custom(-2), *c = custom(-3), *d = custom(-4);
+    CustomProbe *late = nullptr;
+    const NodeList order = drawingOrderAfter([&] {
+        erase({b, d});
+        EXPECT_EQ(passed(), 2u);
+        late = custom(-5);
+        late->pass();
+    });
+    EXPECT_EQ(order, (NodeList{a, c, late}));
+    EXPECT_EQ(drawn[0].matrix.e[14], -1);
     EXPECT_EQ(drawn[1].matrix.e[14], -3);
 }
 
-TEST_F(ElementTest, DeletedLightsAndTransparentNodesAreCountedNoMore) {
+TEST_F(ElementTest, DeletedLightsAndTransparentNodesAreNotCounted) {
     LightProbe *lamp = light(-1), *otherLamp = light(-2);
     CustomProbe *opaque = custom(-5);
-    HelperProbe *gone = helper(-7), *glass = helper(-9);
+    HelperProbe *deleted = helper(-7), *glass = helper(-9);
     MeshProbe *window = mesh(material(0.5f), -8);
-    RAVOLT::begin3D(nullptr);
-    root->pass();
-    RVELEMENT::sort3D();
-    for (RVNODE *node : std::initializer_list<RVNODE *>{lamp, gone, window}) {
-        node->unlink();
-        delete node;
-    }
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 3u);
-    EXPECT_EQ(RVELEMENT::getNumberOfLights(), 1u);
-    EXPECT_EQ(RVELEMENT::getLight(0)->getNode(), otherLamp);
-    EXPECT_EQ(RVELEMENT::getLight(1), nullptr);
-    RAVOLT::end3D(true);
-    ASSERT_EQ(drawn.size(), 3u);
-    EXPECT_EQ(drawn[0].node, otherLamp);
-    EXPECT_EQ(drawn[1].node, opaque);
-    EXPECT_EQ(drawn[2].node, glass);
+    const NodeList order = drawingOrderAfter([&] {
+        RVELEMENT::sort3D();
+        erase({lamp, deleted, window});
+        EXPECT_EQ(passed(), 3u);
+        EXPECT_EQ(lights(), NodeList{otherLamp});
+    });
+    EXPECT_EQ(order, (NodeList{otherLamp, opaque, glass}));
 }
 
-// Whatever its stamp says: it came with the fields of another, or was never set.
-TEST_F(ElementTest, NodesOfAnyStampLeaveTheList) {
+// Whatever the time stamp is: copied from another node, or never set.
+TEST_F(ElementTest, NodesOfAnyTimeStampAreRemoved) {
     CustomProbe *assigned = new CustomProbe(drawn), *entered = new CustomProbe(drawn);
-    RAVOLT::begin3D(nullptr);
-    assigned->pass();
-    assigned->pass(); // two entries
-    static_cast<RVNODE &>(*assigned) = *root;
-    EXPECT_TRUE(RVELEMENT::pass(entered, true));
-    {
-        CustomProbe copy(*entered);
-        copy.pass();
-        EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 4u);
-    }
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 3u);
-    delete assigned;
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
-    delete entered;
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
-    RAVOLT::end3D(true);
-    EXPECT_TRUE(drawn.empty());
+    const NodeList order = drawingOrderAfter([&] {
+        assigned->pass();
+        assigned->pass(); // two entries
+        static_cast<RVNODE &>(*assigned) = *root;
+        EXPECT_TRUE(RVELEMENT::pass(entered, true));
+        {
+            CustomProbe copy(*entered);
+            copy.pass();
+            EXPECT_EQ(passed(), 4u);
+        }
+        EXPECT_EQ(passed(), 3u);
+        delete assigned;
+        EXPECT_EQ(passed(), 1u);
+        delete entered;
+        EXPECT_EQ(passed(), 0u);
+    });
+    EXPECT_EQ(order, NodeList());
 }
 
 TEST_F(ElementTest, ANodeMayDeleteALaterOneWhileItIsDrawn) {
@@ -431,79 +405,65 @@ TEST_F(ElementTest, ANodeMayDeleteALaterOneWhileItIsDrawn) {
       public:
         using CustomProbe::CustomProbe;
         bool render(void *entry) override {
-            victim->unlink();
-            delete victim;
+            erase({victim});
             return CustomProbe::render(entry);
         }
         RVNODE *victim = nullptr;
     };
-    Deleter *deleter = place(new Deleter(drawn), 0, 0, 0);
+    Deleter *deleter = probe<Deleter>();
     CustomProbe *between = custom();
     deleter->victim = custom();
-    EXPECT_EQ(drawingOrder(), (Nodes{deleter, between}));
+    EXPECT_EQ(drawingOrder(), (NodeList{deleter, between}));
 }
 
 // --- Capacity
 
-TEST_F(ElementTest, SceneTooComplexDropsWhatDoesNotFit) {
+TEST_F(ElementTest, NodesBeyondTheCapacityAreDropped) {
     ASSERT_TRUE(RVELEMENT::free());
     ASSERT_TRUE(RVELEMENT::init(2));
     CustomProbe *a = custom(), *b = custom(), *dropped = custom();
-    CustomProbe *below = new CustomProbe(drawn);
-    below->link(dropped);
+    custom(0, dropped);
     markLog();
-    EXPECT_EQ(drawingOrder(), (Nodes{a, b}));
+    EXPECT_EQ(drawingOrder(), (NodeList{a, b}));
     EXPECT_LOGGED_EXACTLY("   [!] Scene too complex @ RVELEMENT::pass\n");
-    markLog();
     EXPECT_FALSE(RVELEMENT::pass(dropped, true));
     EXPECT_LOGGED("   [!] Scene too complex @ RVELEMENT::pass");
     EXPECT_TRUE(dropped->pass(true));
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 2u);
-}
-
-TEST_F(ElementTest, InactiveListIsFull) {
-    ASSERT_TRUE(RVELEMENT::free());
-    EXPECT_FALSE(RVELEMENT::pass(custom(), true));
-    EXPECT_LOGGED("   [!] Scene too complex @ RVELEMENT::pass");
+    EXPECT_EQ(passed(), 2u);
 }
 
 // --- Clipping
 
-TEST_F(ElementTest, ClippingIsOffAtFirstWithARadiusOf128) {
+TEST_F(ElementTest, ClippingIsOffByDefaultWithARadiusOf128) {
     EXPECT_EQ(RVELEMENT::getClippingRadius(), 128);
     helper(-1e6f);
-    passAll();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    EXPECT_EQ(passAll(), 1u);
 }
 
 TEST_F(ElementTest, ClipsHelpersBeyondTheRadiusAndTwiceTheirOwn) {
     HelperProbe *node = helper(-200, 36);
     node->setName("far %d");
     RVELEMENT::clippingOn();
-    EXPECT_EQ(drawingOrder(), (Nodes{node})); // 128 + 72 is not less than 200
+    EXPECT_EQ(drawingOrder(), NodeList{node}); // 128 + 72 is not less than 200
     EXPECT_NOTHING_LOGGED();
     node->setRadius(35.5f);
-    EXPECT_EQ(drawingOrder(), Nodes());
+    EXPECT_EQ(drawingOrder(), NodeList());
     EXPECT_LOGGED_EXACTLY(" (clipped) far %d at distance 200.00\n");
     node->setPosition(3, 0, -4);
     RVELEMENT::setClippingRadius(-67);
-    EXPECT_EQ(drawingOrder(), Nodes());
+    EXPECT_EQ(drawingOrder(), NodeList());
     EXPECT_LOGGED_EXACTLY(" (clipped) far %d at distance 5.00\n");
     RVELEMENT::clippingOff();
-    EXPECT_EQ(drawingOrder(), (Nodes{node}));
+    EXPECT_EQ(drawingOrder(), NodeList{node});
 }
 
 TEST_F(ElementTest, ClipsMeshesByTheirRadius) {
-    RVMESH *node = loadMesh(meshBody("rock", 10));
-    node->setPosition(0, -149, 0);
-    node->link(root);
+    RVMESH *node = loaded(meshBody("rock", 10), -149);
     RVELEMENT::clippingOn();
-    passAll();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
+    EXPECT_EQ(passAll(), 0u);
     EXPECT_LOGGED_EXACTLY(" (clipped) rock at distance 149.00\n");
     node->setPosition(0, -147, 0);
-    passAll();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    EXPECT_EQ(passAll(), 1u);
 }
 
 TEST_F(ElementTest, ClipsByTheDistanceFromTheEye) {
@@ -511,29 +471,23 @@ TEST_F(ElementTest, ClipsByTheDistanceFromTheEye) {
     camera.setPosition(0, 0, -1000);
     HelperProbe *node = helper(-1010);
     RVELEMENT::clippingOn();
-    RAVOLT::begin3D(&camera);
-    root->pass();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
-    RAVOLT::end3D(true);
+    drawFrame(&camera, root);
+    EXPECT_EQ(passed(), 1u);
     EXPECT_EQ(node->getCachedMatrix()->e[14], -10);
 }
 
 TEST_F(ElementTest, ClippedMeshStillTestsItsChildren) {
     MeshProbe *far = mesh(nullptr, -500);
-    HelperProbe *near = new HelperProbe(drawn);
-    near->setPosition(0, 0, 490);
-    near->link(far);
+    HelperProbe *near = probe<HelperProbe>(490, far);
     RVELEMENT::clippingOn();
-    EXPECT_EQ(drawingOrder(), (Nodes{near}));
+    EXPECT_EQ(drawingOrder(), NodeList{near});
     EXPECT_EQ(far->getTimeStamp(), static_cast<int>(RAVOLT::getTimeStamp()));
 }
 
 TEST_F(ElementTest, LightsCamerasAndCustomNodesAreNeverClipped) {
-    LightProbe *farLight = light(-5000);
-    Probe<RVCAMERA> *farCamera = place(new Probe<RVCAMERA>(drawn), 0, 0, -5000);
-    CustomProbe *farNode = custom(-5000);
+    const NodeList far = {light(-5000), probe<Probe<RVCAMERA>>(-5000), custom(-5000)};
     RVELEMENT::clippingOn();
-    EXPECT_EQ(drawingOrder(), (Nodes{farLight, farCamera, farNode}));
+    EXPECT_EQ(drawingOrder(), far);
     EXPECT_NOTHING_LOGGED();
 }
 
@@ -546,41 +500,38 @@ TEST_F(ElementTest, PassSkeletonRefusesNull) {
     EXPECT_LOGGED_TIMES(2, "   [!] Invalid params @ RVELEMENT::skeletonPass");
 }
 
-// A skinned mesh, with the geometry of another one, that notes what its drawing came to.
+// A skinned mesh, with the geometry of another one, that records its slots in the cache and whether
+// it was drawn.
 class SkinProbe : public RVMESH {
   public:
-    SkinProbe(const RVMESH &original, std::vector<unsigned int> &itsPlaces,
-              std::vector<bool> &itsResults)
-        : RVMESH(original), places(itsPlaces), results(itsResults) {}
+    using RVMESH::RVMESH;
+    explicit SkinProbe(const RVMESH &original) : RVMESH(original) {}
     bool render(void *entry) override {
-        places.push_back(static_cast<RVELEMENT *>(entry)->getParam1());
+        slots.push_back(static_cast<RVELEMENT *>(entry)->getParam1());
         results.push_back(RVMESH::render(entry));
         return results.back();
     }
 
-  private:
-    std::vector<unsigned int> &places;
-    std::vector<bool> &results;
+    std::vector<unsigned int> slots;
+    std::vector<bool> results;
 };
 
 TEST_F(ElementTest, TheSkinnedMeshBeyondTheCacheHasTheNumber256AndIsNotDrawn) {
-    RVMESH *original = loadMesh(meshBody("skin", 1, {"bone"}));
-    original->link(root);
+    RVMESH *original = loaded(meshBody("skin", 1, {"bone"}));
     ASSERT_TRUE(original->resetBones(root));
-    std::vector<unsigned int> places, wanted;
-    std::vector<bool> results, drawnAll(256, true);
-    SkinProbe probe(*original, places, results);
+    SkinProbe skin(*original);
     RAVOLT::begin3D(nullptr);
-    for (unsigned int number = 0; number < 257; ++number) {
-        probe.pass();
-        wanted.push_back(number);
-    }
+    for (unsigned int number = 0; number < 257; ++number)
+        skin.pass();
     markLog();
     RAVOLT::end3D(true);
     EXPECT_LOGGED_EXACTLY("   [!] Animation not computed (cache full) @ RVMESH::animate\n");
-    EXPECT_EQ(places, wanted);
-    drawnAll.push_back(false);
-    EXPECT_EQ(results, drawnAll);
+    std::vector<unsigned int> slots(257);
+    std::iota(slots.begin(), slots.end(), 0u);
+    std::vector<bool> results(257, true);
+    results.back() = false;
+    EXPECT_EQ(skin.slots, slots);
+    EXPECT_EQ(skin.results, results);
 }
 
 TEST_F(ElementTest, SkinnedRootHasNoSkeletonSpace) {
@@ -588,32 +539,30 @@ TEST_F(ElementTest, SkinnedRootHasNoSkeletonSpace) {
     RAVOLT::begin3D(nullptr);
     skinned->pass();
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVELEMENT::skeletonPass\n");
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    EXPECT_EQ(passed(), 1u);
     RVELEMENT::reset();
 }
 
-// From an identity through the parent's own transform down to each bone, which is read where it
-// stands; other nodes are walked through. A bone that no node moves is not read.
+// From an identity through the parent's own transform down to each bone, whose matrix is read
+// there; other nodes are only traversed. A bone without a node of its name is not read. The pass
+// itself, its matrix too, goes on as before.
 TEST_F(ElementTest, SkeletonPassReadsEachBoneInTheSpaceOfTheParent) {
     root->setPosition(1, 0, 0);
-    RVNODE *joint = place(new RVNODE, 0, 4, 0);
-    RVMESH *bone = loadMesh(meshBody("bone", 1)), *other = loadMesh(meshBody("other", 1));
-    bone->setPosition(0, 0, 5);
-    bone->link(joint);
-    other->setPosition(0, 0, 6);
-    other->link(root);
-    RVMESH *skinned = loadMesh(meshBody("skin", 1, {"nobody", "bone"}));
+    RVNODE *joint = place(new RVNODE);
+    joint->setPosition(0, 4, 0);
+    RVMESH *bone = loaded(meshBody("bone", 1), 5, joint);
+    RVMESH *other = loaded(meshBody("other", 1), 6);
+    RVMESH *skinned = loaded(meshBody("skin", 1, {"nobody", "bone"}));
     skinned->setPosition(0, 2, 0);
-    skinned->link(root);
     ASSERT_TRUE(skinned->resetBones(root));
     for (RVMESH *node : {bone, other})
         node->setDisplayStatus(false);
 
     RAVOLT::begin3D(nullptr);
-    recorder.start();
-    root->pass();
-    const Calls calls = recorder.stop().named(
-        {"glPushMatrix", "glPopMatrix", "glLoadIdentity", "glTranslatef", "glGetFloatv"});
+    const Calls calls =
+        callsOf([&] {
+            root->pass();
+        }).named({"glPushMatrix", "glPopMatrix", "glLoadIdentity", "glTranslatef", "glGetFloatv"});
     const Calls skeleton{{"glPushMatrix"},
                          {"glLoadIdentity"},
                          {"glPushMatrix"},
@@ -633,50 +582,39 @@ TEST_F(ElementTest, SkeletonPassReadsEachBoneInTheSpaceOfTheParent) {
                          {"glPopMatrix"},
                          {"glPopMatrix"},
                          {"glPopMatrix"}};
-    // Behind it, the pass leaves the mesh and the root.
+    // After it, the pass pops the matrices of the mesh and of the root.
     ASSERT_GE(calls.size(), skeleton.size() + 2);
     const auto end = calls.end() - 2;
     EXPECT_EQ(Calls(std::vector<Call>(end - static_cast<std::ptrdiff_t>(skeleton.size()), end)),
               skeleton);
     EXPECT_EQ(calls.count("glGetFloatv"), 2u); // the mesh itself, and one bone
-    RVELEMENT::reset();
-}
 
-// The walk starts with the parent's own transform, from an identity: the pass around it, its
-// matrix too, goes on as before.
-TEST_F(ElementTest, SkeletonPassLeavesThePassAsItWas) {
-    RVMESH *skinned = loadMesh(meshBody("skin", 1, {"bone"}));
-    root->setPosition(1, 0, 0);
-    skinned->setPosition(0, 2, 0);
-    skinned->link(root);
-    CustomProbe *after = custom();
-    after->setPosition(0, 0, 3);
-    RAVOLT::begin3D(nullptr);
+    RVELEMENT::reset();
+    CustomProbe *next = custom(3);
     root->pass();
     EXPECT_TRUE(isNear(*skinned->getCachedMatrix(), ReferenceMatrix().translate(1, 2, 0)));
-    EXPECT_TRUE(isNear(*after->getCachedMatrix(), ReferenceMatrix().translate(1, 0, 3)));
+    EXPECT_TRUE(isNear(*next->getCachedMatrix(), ReferenceMatrix().translate(1, 0, 3)));
     RVELEMENT::reset();
 }
 
 // --- Order
 
-TEST_F(ElementTest, SortIsFalseOnAnEmptyList) {
+TEST_F(ElementTest, SortFailsOnAnEmptyList) {
     RVELEMENT::reset();
-    EXPECT_FALSE(RVELEMENT::sort3D());
-    EXPECT_FALSE(RVELEMENT::sort2D());
-    EXPECT_FALSE(RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0)));
-    custom();
-    passAll();
-    EXPECT_TRUE(RVELEMENT::sort3D());
-    EXPECT_TRUE(RVELEMENT::sort2D());
-    EXPECT_FALSE(RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0)));
+    for (const bool filled : {false, true}) {
+        EXPECT_EQ(RVELEMENT::sort3D(), filled);
+        EXPECT_EQ(RVELEMENT::sort2D(), filled);
+        EXPECT_FALSE(RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0)));
+        custom();
+        passAll();
+    }
 }
 
-TEST_F(ElementTest, PassOrderStandsWithoutLightsAndTransparentEntries) {
+TEST_F(ElementTest, PassOrderIsUnchangedWithoutLightsAndTransparentEntries) {
     RVTEXTURE *red = new RVTEXTURE, *blue = new RVTEXTURE;
-    MeshProbe *a = mesh(material(1, blue)), *b = mesh(material(1, red)),
-              *c = mesh(material(1, blue));
-    EXPECT_EQ(drawingOrder(), (Nodes{a, b, c}));
+    const NodeList meshes = {mesh(material(1, blue)), mesh(material(1, red)),
+                             mesh(material(1, blue))};
+    EXPECT_EQ(drawingOrder(), meshes);
 }
 
 TEST_F(ElementTest, LightsComeFirstThenOpaqueThenTransparent) {
@@ -685,37 +623,30 @@ TEST_F(ElementTest, LightsComeFirstThenOpaqueThenTransparent) {
     LightProbe *firstLight = light();
     MeshProbe *plain = mesh();
     LightProbe *secondLight = light();
-    EXPECT_EQ(drawingOrder(), (Nodes{firstLight, secondLight, node, plain, glass}));
-    ASSERT_EQ(RVELEMENT::getNumberOfLights(), 2u);
-    EXPECT_EQ(RVELEMENT::getLight(0)->getNode(), firstLight);
-    EXPECT_EQ(RVELEMENT::getLight(1)->getNode(), secondLight);
-    EXPECT_EQ(RVELEMENT::getLight(2), nullptr);
+    EXPECT_EQ(drawingOrder(), (NodeList{firstLight, secondLight, node, plain, glass}));
+    EXPECT_EQ(lights(), (NodeList{firstLight, secondLight}));
 }
 
-TEST_F(ElementTest, OpaqueMeshesGoByTextureAndMaterial) {
+TEST_F(ElementTest, OpaqueMeshesAreSortedByTextureAndMaterial) {
     RVTEXTURE *red = new RVTEXTURE, *blue = new RVTEXTURE;
-    // Made in an order in which the materials alone would part the two red ones.
-    RVMATERIAL *redOne = material(1, red);
-    RVMATERIAL *blueOne = material(1, blue);
-    RVMATERIAL *redTwo = material(1, red);
-    light();
+    // Made in an order in which the materials alone would separate the two red ones.
+    RVMATERIAL *redOne = material(1, red), *blueOne = material(1, blue), *redTwo = material(1, red);
+    LightProbe *lamp = light();
     MeshProbe *a = mesh(redTwo), *b = mesh(blueOne), *c = mesh(redOne), *d = mesh(blueOne),
               *e = mesh(redTwo), *f = mesh(redOne);
-    Nodes order = drawingOrder();
-    order.erase(order.begin());
-    EXPECT_EQ(order, (Nodes{c, f, a, e, b, d}));
+    EXPECT_EQ(drawingOrder(), (NodeList{lamp, c, f, a, e, b, d}));
 }
 
-TEST_F(ElementTest, TransparentEntriesGoFromBackToFront) {
+TEST_F(ElementTest, TransparentEntriesAreSortedFromBackToFront) {
     MeshProbe *near = mesh(material(0.5f), -2);
     CustomProbe *node = custom(-50);
     MeshProbe *far = mesh(material(0.5f), -20);
     HelperProbe *middle = helper(-10, 1);
-    EXPECT_EQ(drawingOrder(), (Nodes{node, far, middle, near}));
+    EmitterProbe *back = probe<EmitterProbe>(-30), *front = probe<EmitterProbe>(-1);
+    EXPECT_EQ(drawingOrder(), (NodeList{node, back, far, middle, near, front}));
 }
 
-// The far end counts: the place minus the radius.
-// Each sort leaves its keys in the table.
+// Each sort writes its keys into the table.
 TEST_F(ElementTest, OneTransparentEntryIsNotSortedByDepth) {
     helper(-5);
     custom(-1);
@@ -726,63 +657,43 @@ TEST_F(ElementTest, OneTransparentEntryIsNotSortedByDepth) {
     EXPECT_EQ(ravolt::orderedEntries[0].entry->getNode()->getType(), RV_NODE_TYPE_HELPER);
 }
 
-TEST_F(ElementTest, RadiusTakesPartInTheDepth) {
+// The far end counts: the position minus the radius.
+TEST_F(ElementTest, RadiusIsPartOfTheDepth) {
     HelperProbe *small = helper(-10, 1);
     HelperProbe *large = helper(-5, 7);
-    EXPECT_EQ(drawingOrder(), (Nodes{large, small}));
+    EXPECT_EQ(drawingOrder(), (NodeList{large, small}));
     large->setRadius(5);
-    EXPECT_EQ(drawingOrder(), (Nodes{small, large}));
-    RVMESH *mesh20 = loadMesh(meshBody("glass", 20));
-    mesh20->setMaterial(material(0.5f));
-    mesh20->setPosition(0, 0, -1);
-    mesh20->link(root);
+    EXPECT_EQ(drawingOrder(), (NodeList{small, large}));
+    loaded(meshBody("glass", 20), -1)->setMaterial(material(0.5f));
     passAll();
     EXPECT_TRUE(RVELEMENT::sort3D());
-    EXPECT_EQ(drawingOrder(), (Nodes{small, large})); // the mesh itself draws, and before them
+    EXPECT_EQ(drawingOrder(), (NodeList{small, large})); // the mesh itself draws, and before them
 }
 
 TEST_F(ElementTest, HelperIsTransparentWhateverItsAlpha) {
     HelperProbe *node = helper(0);
     node->setColor(1, 1, 1, 1);
     CustomProbe *opaque = custom();
-    EXPECT_EQ(drawingOrder(), (Nodes{opaque, node}));
+    EXPECT_EQ(drawingOrder(), (NodeList{opaque, node}));
 }
 
-// Made by an application, which may use the type.
-class EmitterNode : public RVNODE {
-  public:
-    EmitterNode() { type = RV_NODE_TYPE_EMITTER; }
-};
-
-TEST_F(ElementTest, NodesOfTheTypeOfEmittersAreTransparent) {
-    using EmitterProbe = Probe<EmitterNode>;
-    EmitterProbe *near = place(new EmitterProbe(drawn), 0, 0, -3);
-    HelperProbe *middle = helper(-6);
-    EmitterProbe *far = place(new EmitterProbe(drawn), 0, 0, -9);
-    CustomProbe *opaque = custom(-1);
-    EXPECT_EQ(drawingOrder(), (Nodes{opaque, far, middle, near})) << "back to front";
-}
-
-// Counted in the pass: two take part in the sort by depth.
+// Counted in the pass: two are sorted by depth.
 TEST_F(ElementTest, TwoNodesOfTheTypeOfEmittersAreSortedByDepth) {
-    using EmitterProbe = Probe<EmitterNode>;
-    EmitterProbe *near = place(new EmitterProbe(drawn), 0, 0, -3);
-    EmitterProbe *far = place(new EmitterProbe(drawn), 0, 0, -9);
-    EXPECT_EQ(drawingOrder(), (Nodes{far, near}));
-    far->unlink();
-    delete far;
-    EXPECT_EQ(drawingOrder(), (Nodes{near}));
+    EmitterProbe *near = probe<EmitterProbe>(-3), *far = probe<EmitterProbe>(-9);
+    EXPECT_EQ(drawingOrder(), (NodeList{far, near}));
+    erase({far});
+    EXPECT_EQ(drawingOrder(), NodeList{near});
 }
 
-TEST_F(ElementTest, NaNAndInfiniteDepthsHaveTheirPlace) {
-    constexpr float infinity = std::numeric_limits<float>::infinity();
-    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
-    Nodes all;
+TEST_F(ElementTest, NodesOfNaNAndInfiniteDepthsAreAllDrawn) {
+    using Limits = std::numeric_limits<float>;
+    NodeList all;
     for (int number = 0; number < 200; ++number) {
-        const float depth[] = {nan, -1.0f * static_cast<float>(number), infinity, -infinity};
+        const float depth[] = {Limits::quiet_NaN(), -1.0f * static_cast<float>(number),
+                               Limits::infinity(), -Limits::infinity()};
         all.push_back(helper(depth[number % 4]));
     }
-    Nodes order = drawingOrder();
+    NodeList order = drawingOrder();
     std::sort(order.begin(), order.end());
     std::sort(all.begin(), all.end());
     EXPECT_EQ(order, all);
@@ -792,20 +703,16 @@ TEST_F(ElementTest, FullListOfTransparentEntriesIsSorted) {
     std::mt19937 random(7);
     for (int number = 0; number < 4096; ++number)
         helper(-1.0f * static_cast<float>(random() % 1000));
-    drawingOrder();
-    ASSERT_EQ(drawn.size(), 4096u);
+    EXPECT_EQ(drawingOrder().size(), 4096u);
     EXPECT_TRUE(std::is_sorted(drawn.begin(), drawn.end(), [](const Drawn &a, const Drawn &b) {
         return a.matrix.e[14] < b.matrix.e[14];
     }));
 }
 
 TEST_F(ElementTest, OrderOf2DIsThatOfThePass) {
-    CustomProbe *a = custom(-1), *b = custom(-9), *c = custom(-5);
+    const NodeList nodes = {custom(-1), custom(-9), custom(-5)};
     drawFrame2D(root);
-    Nodes order;
-    for (const Drawn &drawing : drawn)
-        order.push_back(drawing.node);
-    EXPECT_EQ(order, (Nodes{a, b, c}));
+    EXPECT_EQ(nodesOf(drawn), nodes);
 }
 
 TEST_F(ElementTest, SortLightsPutsExclusiveOnesFirstThenTheNearest) {
@@ -817,21 +724,13 @@ TEST_F(ElementTest, SortLightsPutsExclusiveOnesFirstThenTheNearest) {
     passAll();
     RVELEMENT::sort3D();
     EXPECT_TRUE(RVELEMENT::sortLights(Z3MVECTOR3D(0, 0, 0)));
-    const auto lights = [] {
-        Nodes nodes;
-        for (unsigned int index = 0; index < RVELEMENT::getNumberOfLights(); ++index)
-            nodes.push_back(RVELEMENT::getLight(index)->getNode());
-        return nodes;
-    };
-    EXPECT_EQ(lights(), (Nodes{exclusiveToo, exclusive, near, far}));
+    EXPECT_EQ(lights(), (NodeList{exclusiveToo, exclusive, near, far}));
     EXPECT_EQ(RVELEMENT::getLight(2)->getDistance(), 10);
     EXPECT_EQ(RVELEMENT::getLight(3)->getDistance(), 30);
     EXPECT_TRUE(RVELEMENT::sortLights(Z3MVECTOR3D(3, 0, -34)));
-    EXPECT_EQ(lights(), (Nodes{exclusiveToo, exclusive, far, near}));
+    EXPECT_EQ(lights(), (NodeList{exclusiveToo, exclusive, far, near}));
     EXPECT_EQ(RVELEMENT::getLight(2)->getDistance(), 5);
 }
-
-// --- No allocation
 
 TEST_F(ElementTest, PassAndSortAllocateNothing) {
     for (int number = 0; number < 300; ++number) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Bodies of scene files as bytes, and nodes that note how they are drawn.
+// Bodies of scene files as bytes, and nodes that record how they are drawn.
 
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVHELPER.h"
@@ -8,20 +8,20 @@
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace ravolt::test {
 
-// Little-endian values one behind the other.
+// Little-endian values in sequence.
 class Bytes {
   public:
     template <class T> Bytes &add(T value) {
-        const char *bytes = reinterpret_cast<const char *>(&value);
-        content.append(bytes, sizeof value);
+        content.append(reinterpret_cast<const char *>(&value), sizeof value);
         return *this;
     }
     Bytes &floats(std::initializer_list<float> values) {
@@ -30,15 +30,15 @@ class Bytes {
         return *this;
     }
     Bytes &text(const std::string &value) {
-        content += value;
-        content += '\0';
+        content.append(value.c_str(), value.size() + 1);
         return *this;
     }
 
     // A copy on the heap of exactly this size, so that a read past its end is noticed.
-    std::unique_ptr<char[]> exact() const {
-        std::unique_ptr<char[]> copy(new char[content.size()]);
-        std::memcpy(copy.get(), content.data(), content.size());
+    std::unique_ptr<char[]> exact() const { return exact(size()); }
+    std::unique_ptr<char[]> exact(std::size_t length) const {
+        std::unique_ptr<char[]> copy(new char[length]);
+        std::copy_n(content.data(), length, copy.get());
         return copy;
     }
     std::size_t size() const { return content.size(); }
@@ -66,10 +66,8 @@ inline Bytes meshBody(const std::string &name, float radius,
     Bytes body;
     body.add(std::uint32_t{0}).text(name).floats({0, 0, 0}).floats({0, 0, 0}).floats({0, 0, 0});
     body.text("").add(radius).floats({0, 0, 0}).floats({0, 0, 0}).add(std::uint8_t{0});
-    const std::uint16_t weights = bones.empty() ? 0 : 1;
-    for (const std::uint16_t count :
-         {std::uint16_t{1}, std::uint16_t{0}, std::uint16_t{0}, std::uint16_t{0}, weights})
-        body.add(count);
+    for (const int count : {1, 0, 0, 0, bones.empty() ? 0 : 1})
+        body.add(static_cast<std::uint16_t>(count));
     body.floats({0, 0, 0}).floats({0, 0, 1});
     if (!bones.empty()) {
         body.add(std::uint8_t{0}).add(1.0f).add(static_cast<std::uint16_t>(bones.size()));
@@ -79,11 +77,20 @@ inline Bytes meshBody(const std::string &name, float radius,
     return body;
 }
 
-inline RVMESH *loadMesh(const Bytes &body) {
+// What the class reads from the body, and where the cursor is then; NULL where it is refused.
+template <class Node> Node *loadNode(const Bytes &body, long *end = nullptr) {
     long cursor = 0;
     const auto bytes = body.exact();
-    return static_cast<RVMESH *>(RVMESH::load(bytes.get(), &cursor, false));
+    Node *node;
+    if constexpr (std::is_same_v<Node, RVMESH>)
+        node = static_cast<Node *>(Node::load(bytes.get(), &cursor, false));
+    else
+        node = static_cast<Node *>(Node::load(bytes.get(), &cursor));
+    if (end)
+        *end = cursor;
+    return node;
 }
+inline RVMESH *loadMesh(const Bytes &body) { return loadNode<RVMESH>(body); }
 
 // What a node was drawn with.
 struct Drawn {
@@ -94,8 +101,16 @@ struct Drawn {
 };
 
 using Drawings = std::vector<Drawn>;
+using NodeList = std::vector<const RVNODE *>;
 
-// A node of any drawing class that notes each render and draws nothing.
+inline NodeList nodesOf(const Drawings &drawings) {
+    NodeList nodes;
+    for (const Drawn &drawing : drawings)
+        nodes.push_back(drawing.node);
+    return nodes;
+}
+
+// A node of any drawing class that records each render and draws nothing.
 template <class Node> class Probe : public Node {
   public:
     explicit Probe(Drawings &drawings) : drawn(drawings) {}
@@ -111,10 +126,12 @@ template <class Node> class Probe : public Node {
     Drawings &drawn;
 };
 
-class CustomNode : public RVNODE {
+// A node of an application, of any type.
+template <RV_NODE_TYPE number> class TypedNode : public RVNODE {
   public:
-    CustomNode() { type = RV_NODE_TYPE_CUSTOM; }
+    TypedNode() { type = number; }
 };
+using CustomNode = TypedNode<RV_NODE_TYPE_CUSTOM>;
 
 using CustomProbe = Probe<CustomNode>;
 using MeshProbe = Probe<RVMESH>;
