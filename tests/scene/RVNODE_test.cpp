@@ -1,26 +1,23 @@
+// Nodes as far as they need no context: fields, registry, tree, display, copies and records.
+
 #include "ravolt/RVNODE.h"
 
-#include "foundation/bytes.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVLIGHT.h"
-#include "ravolt/zlf.h"
 #include "scene/nodeInternals.h"
-#include "scene/nodeRecords.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/logReader.h"
 #include "tests/support/recorder.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <new>
-#include <string>
-#include <vector>
 
 using namespace ravolt::test;
 
 namespace {
+
+using Numbers = std::vector<float>;
 
 class NodeTest : public RecorderTest {
   protected:
@@ -31,23 +28,23 @@ class NodeTest : public RecorderTest {
         RecorderTest::TearDown();
     }
 
-    static RVNODE *make(const char *name, RVNODE *parent = nullptr) {
+    static RVNODE *make(const std::string &name, RVNODE *parent = nullptr) {
         RVNODE *node = new RVNODE;
-        node->setName(name);
+        node->setName(name.c_str());
         if (parent)
             node->link(parent);
         return node;
     }
 
-    static std::vector<RVNODE *> childrenOf(const RVNODE &node) {
-        std::vector<RVNODE *> children;
+    static NodeList childrenOf(const RVNODE &node) {
+        NodeList children;
         for (unsigned int index = 0; index < node.getNumberOfChildren(); ++index)
             children.push_back(node.getChild(index));
         return children;
     }
 
-    static std::vector<RVNODE *> registry() {
-        std::vector<RVNODE *> nodes;
+    static NodeList registry() {
+        NodeList nodes;
         for (RVNODE *node = RVNODE::getFirstNode(); node; node = node->getNextNode())
             nodes.push_back(node);
         return nodes;
@@ -59,18 +56,21 @@ class NodeTest : public RecorderTest {
     }
 };
 
-using Nodes = std::vector<RVNODE *>;
-
-void expectVector(const Z3MVECTOR3D &vector, float x, float y, float z) {
-    EXPECT_EQ(vector.x, x);
-    EXPECT_EQ(vector.y, y);
-    EXPECT_EQ(vector.z, z);
+// Position, rotation, origin, direction and target.
+Numbers vectorsOf(const RVNODE &node) {
+    Numbers numbers;
+    for (const Z3MVECTOR3D &vector : {node.getPosition(), node.getRotation(), node.getOrigin(),
+                                      node.getDirection(), node.getTarget()})
+        numbers.insert(numbers.end(), {vector.x, vector.y, vector.z});
+    return numbers;
 }
 
-// --- Identity
+Numbers elementsOf(const Z3MMATRIX &matrix) { return {matrix.e, matrix.e + 16}; }
+
+// --- Identity and fields
 
 TEST_F(NodeTest, NewNodeIsARootAtTheOrigin) {
-    const RVNODE *node = new RVNODE;
+    RVNODE *node = new RVNODE;
     EXPECT_GE(node->getId(), 1u);
     EXPECT_LE(node->getId(), 65535u);
     EXPECT_EQ(node->getAuxId(), 0u);
@@ -81,20 +81,17 @@ TEST_F(NodeTest, NewNodeIsARootAtTheOrigin) {
     EXPECT_FALSE(node->isShared());
     EXPECT_EQ(node->getData(), nullptr);
     EXPECT_EQ(node->getPositioning(), RV_NODE_POSITIONING_VECTORS);
-    for (const Z3MVECTOR3D &vector : {node->getPosition(), node->getRotation(), node->getOrigin(),
-                                      node->getDirection(), node->getTarget()})
-        expectVector(vector, 0, 0, 0);
+    EXPECT_EQ(vectorsOf(*node), Numbers(15));
     EXPECT_EQ(node->getTargetNode(), nullptr);
-    const Z3MMATRIX identity;
-    EXPECT_EQ(std::memcmp(node->getMatrix().e, identity.e, sizeof identity.e), 0);
+    EXPECT_EQ(elementsOf(node->getMatrix()), elementsOf(Z3MMATRIX()));
     EXPECT_EQ(node->getParent(), nullptr);
     EXPECT_TRUE(node->isRoot());
     EXPECT_EQ(node->getNumberOfChildren(), 0u);
-    EXPECT_FALSE(const_cast<RVNODE *>(node)->render(nullptr));
+    EXPECT_FALSE(node->render(nullptr));
 }
 
-// The other constructor leaves what was in the memory.
-TEST_F(NodeTest, ConstructorWithArgumentLeavesSharedStatusUnset) {
+// The other constructor does not write the field.
+TEST_F(NodeTest, ConstructorWithArgumentDoesNotSetTheSharedStatus) {
     for (const bool argument : {false, true}) {
         alignas(RVNODE) unsigned char memory[sizeof(RVNODE)];
         volatile unsigned char *bytes = memory;
@@ -102,15 +99,14 @@ TEST_F(NodeTest, ConstructorWithArgumentLeavesSharedStatusUnset) {
             bytes[index] = 2; // no bool has this
         RVNODE *node = new (memory) RVNODE(argument);
         EXPECT_EQ(node->isShared(), true);
-        const RVNODE copy(*node);
-        EXPECT_EQ(copy.isShared(), true);
+        EXPECT_EQ(RVNODE(static_cast<const RVNODE &>(*node)).isShared(), true);
         EXPECT_EQ(node->getAuxId(), 0u);
         EXPECT_EQ(RVNODE::getFirstNode(), node);
         node->~RVNODE();
     }
 }
 
-TEST_F(NodeTest, TypeNamesStandInTheOrderOfTheTypes) {
+TEST_F(NodeTest, TypeNamesAreInTheOrderOfTheTypes) {
     const char *names[] = {"node",      "root",       "light",      "mesh",    "camera",
                            "emitter",   "skydome",    "water",      "terrain", "helper",
                            "sound",     "box",        "label",      "button",  "window",
@@ -122,83 +118,63 @@ TEST_F(NodeTest, TypeNamesStandInTheOrderOfTheTypes) {
     EXPECT_EQ(RV_NODE_TYPE_HELPER, 9);
     EXPECT_EQ(RV_NODE_TYPE_BOX, 11);
     EXPECT_EQ(RV_NODE_TYPE_CUSTOM, 18);
+    EXPECT_STREQ((new CustomNode)->getTypeName(), "custom");
+    EXPECT_STREQ((new TypedNode<static_cast<RV_NODE_TYPE>(400)>)->getTypeName(), "custom");
 }
 
-TEST_F(NodeTest, SubclassOfTheApplicationSetsItsType) {
-    const CustomNode *node = new CustomNode;
-    EXPECT_EQ(node->getType(), RV_NODE_TYPE_CUSTOM);
-    EXPECT_STREQ(node->getTypeName(), "custom");
-}
-
-TEST_F(NodeTest, UnknownTypeIsCalledCustom) {
-    class Strange : public RVNODE {
-      public:
-        Strange() { type = static_cast<RV_NODE_TYPE>(400); }
-    };
-    EXPECT_STREQ((new Strange)->getTypeName(), "custom");
-}
-
-TEST_F(NodeTest, PlainAccessorsKeepWhatTheyAreGiven) {
+TEST_F(NodeTest, AccessorsReadWhatWasSet) {
     RVNODE *node = new RVNODE;
     int something = 0;
+    Z3MMATRIX matrix;
+    matrix.setTranslation(1, 2, 3);
     node->setAuxId(4000000000u);
     node->setData(&something);
     node->setSharedStatus(true);
     node->setTargetNode(node);
+    node->setMatrix(matrix);
+    EXPECT_EQ(node->getPositioning(), RV_NODE_POSITIONING_VECTORS);
     node->setPositioning(RV_NODE_POSITIONING_MATRIX);
     EXPECT_EQ(node->getAuxId(), 4000000000u);
     EXPECT_EQ(node->getData(), &something);
     EXPECT_TRUE(node->isShared());
     EXPECT_EQ(node->getTargetNode(), node);
     EXPECT_EQ(node->getPositioning(), RV_NODE_POSITIONING_MATRIX);
-
-    Z3MMATRIX matrix;
-    matrix.setTranslation(1, 2, 3);
-    node->setPositioning(RV_NODE_POSITIONING_VECTORS);
-    node->setMatrix(matrix);
-    expectVector(node->getMatrix().getTranslation(), 1, 2, 3);
-    EXPECT_EQ(node->getPositioning(), RV_NODE_POSITIONING_VECTORS);
+    EXPECT_EQ(elementsOf(node->getMatrix()), elementsOf(matrix));
 }
 
-TEST_F(NodeTest, TwoNumbersKeepZ) {
+TEST_F(NodeTest, VectorsAreSetMovedAndRotatedAndTwoNumbersDoNotChangeZ) {
     RVNODE *node = new RVNODE;
     node->setPosition(1, 2, 3);
     node->setRotation(Z3MVECTOR3D(4, 5, 6));
     node->setOrigin(7, 8, 9);
     node->setDirection(Z3MVECTOR3D(10, 11, 12));
     node->setTarget(13, 14, 15);
+    EXPECT_EQ(vectorsOf(*node), (Numbers{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}));
     node->setPosition(-1, -2);
     node->setRotation(-4, -5);
     node->setOrigin(-7, -8);
     node->setDirection(-10, -11);
     node->setTarget(-13, -14);
-    expectVector(node->getPosition(), -1, -2, 3);
-    expectVector(node->getRotation(), -4, -5, 6);
-    expectVector(node->getOrigin(), -7, -8, 9);
-    expectVector(node->getDirection(), -10, -11, 12);
-    expectVector(node->getTarget(), -13, -14, 15);
+    EXPECT_EQ(vectorsOf(*node),
+              (Numbers{-1, -2, 3, -4, -5, 6, -7, -8, 9, -10, -11, 12, -13, -14, 15}));
 
+    node->setPositioning(RV_NODE_POSITIONING_MATRIX);
     node->move(10, 20);
     node->rotate(10, 20);
-    expectVector(node->getPosition(), 9, 18, 3);
-    expectVector(node->getRotation(), 6, 15, 6);
-}
-
-TEST_F(NodeTest, MoveAndRotateAdd) {
-    RVNODE *node = new RVNODE;
-    node->setPositioning(RV_NODE_POSITIONING_MATRIX);
+    EXPECT_EQ(node->getPosition(), Z3MVECTOR3D(9, 18, 3));
+    EXPECT_EQ(node->getRotation(), Z3MVECTOR3D(6, 15, 6));
     node->move(1, 2, 3);
     node->move(Z3MVECTOR3D(10, 20, 30));
     node->rotate(4, 5, 6);
     node->rotate(Z3MVECTOR3D(40, 50, 60));
-    expectVector(node->getPosition(), 11, 22, 33);
-    expectVector(node->getRotation(), 44, 55, 66);
+    EXPECT_EQ(node->getPosition(), Z3MVECTOR3D(20, 40, 36));
+    EXPECT_EQ(node->getRotation(), Z3MVECTOR3D(50, 70, 72));
     EXPECT_EQ(node->getPositioning(), RV_NODE_POSITIONING_MATRIX);
 }
 
 // --- Registry
 
-TEST_F(NodeTest, CleanUpBearsADestructorThatDeletesItsSuccessor) {
+TEST_F(NodeTest, CleanUpSurvivesADestructorThatDeletesItsSuccessor) {
     class Owner : public RVNODE {
       public:
         ~Owner() override { delete owned; }
@@ -211,19 +187,19 @@ TEST_F(NodeTest, CleanUpBearsADestructorThatDeletesItsSuccessor) {
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
 }
 
-// Parents go before children, and what leaves its parent then finds none.
-TEST_F(NodeTest, CleanUpBearsDestructorsThatUnlink) {
+// Parents are deleted before children, which are unlinked by then.
+TEST_F(NodeTest, CleanUpSurvivesDestructorsThatUnlink) {
     static unsigned int linked;
-    class Leaver : public RVNODE {
+    class Unlinker : public RVNODE {
       public:
-        ~Leaver() override {
+        ~Unlinker() override {
             linked += !isRoot() + getNumberOfChildren();
             if (!isRoot())
                 unlink();
         }
     };
     linked = 0;
-    Leaver *root = new Leaver, *middle = new Leaver, *leaf = new Leaver;
+    Unlinker *root = new Unlinker, *middle = new Unlinker, *leaf = new Unlinker;
     middle->link(root);
     leaf->link(middle);
     make("beside", root);
@@ -232,7 +208,7 @@ TEST_F(NodeTest, CleanUpBearsDestructorsThatUnlink) {
     EXPECT_EQ(linked, 0u);
 }
 
-TEST_F(NodeTest, TheSkyboxIsForgottenWhenItGoes) {
+TEST_F(NodeTest, TheSkyboxIsNoneOnceItsNodeIsDeleted) {
     RVNODE *sky = make("sky"), *other = make("other");
     RAVOLT::setSkybox(sky);
     { const RVNODE copy(*sky); }
@@ -245,7 +221,7 @@ TEST_F(NodeTest, TheSkyboxIsForgottenWhenItGoes) {
     EXPECT_EQ(RAVOLT::getSkybox(), nullptr);
 }
 
-TEST_F(NodeTest, NodeBeyondTheLastIdIsBuiltWithZero) {
+TEST_F(NodeTest, NodeBeyondTheLastIdHasTheIdZero) {
     const unsigned int alive = RVNODE::getNumberOfNodes();
     unsigned int last = 1;
     for (unsigned int number = alive; number < 65535 && last; ++number)
@@ -258,178 +234,144 @@ TEST_F(NodeTest, NodeBeyondTheLastIdIsBuiltWithZero) {
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 65536u);
 }
 
-// --- Tree
+// --- Tree: root with the children before, node and after, and a and b below node
 
-TEST_F(NodeTest, LinkAppendsToTheParent) {
-    RVNODE *root = make("root"), *a = make("a"), *b = make("b");
-    EXPECT_TRUE(a->link(root));
-    EXPECT_TRUE(b->link(root));
-    EXPECT_EQ(childrenOf(*root), (Nodes{a, b}));
-    EXPECT_EQ(a->getParent(), root);
-    EXPECT_FALSE(a->isRoot());
+class TreeTest : public NodeTest {
+  protected:
+    RVNODE *root = make("root"), *before = make("before", root), *node = make("node", root),
+           *after = make("after", root), *a = make("a", node), *b = make("b", node);
+};
+
+TEST_F(TreeTest, LinkAppendsToTheParent) {
+    RVNODE *more = make("more");
+    EXPECT_TRUE(more->link(root));
+    EXPECT_EQ(childrenOf(*root), (NodeList{before, node, after, more}));
+    EXPECT_EQ(more->getParent(), root);
+    EXPECT_FALSE(more->isRoot());
     EXPECT_TRUE(root->isRoot());
     EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(NodeTest, LinkRefusesNullAndItself) {
-    RVNODE *node = make("node");
-    EXPECT_FALSE(node->link(nullptr));
-    EXPECT_FALSE(node->link(node));
+    EXPECT_FALSE(root->link(nullptr));
+    EXPECT_FALSE(root->link(root));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid param @ RVNODE::link\n"
                           "   [!] Invalid param @ RVNODE::link\n");
-    EXPECT_TRUE(node->isRoot());
+    EXPECT_TRUE(root->isRoot());
 }
 
-TEST_F(NodeTest, SecondLinkFailsUntilUnlink) {
-    RVNODE *first = make("first"), *second = make("second"), *node = make("50%d", first);
-    EXPECT_FALSE(node->link(second));
+TEST_F(TreeTest, SecondLinkFailsUntilUnlink) {
+    RVNODE *child = make("50%d", root);
+    EXPECT_FALSE(child->link(after));
     EXPECT_LOGGED_EXACTLY("   [!] Node 50%d has already a parent @ RVNODE::link\n");
-    EXPECT_EQ(second->getNumberOfChildren(), 0u);
-    EXPECT_TRUE(node->unlink());
-    EXPECT_TRUE(node->link(second));
-    EXPECT_EQ(childrenOf(*second), (Nodes{node}));
+    EXPECT_EQ(after->getNumberOfChildren(), 0u);
+    EXPECT_TRUE(child->unlink());
+    EXPECT_TRUE(child->link(after));
+    EXPECT_EQ(childrenOf(*after), NodeList{child});
 }
 
-TEST_F(NodeTest, GetChildOutOfRangeLogsAndGivesNull) {
-    RVNODE *root = make("root");
-    EXPECT_EQ(root->getChild(0), nullptr);
-    RVNODE *child = make("child", root);
-    EXPECT_EQ(root->getChild(0), child);
-    EXPECT_EQ(root->getChild(1), nullptr);
-    EXPECT_EQ(root->getChild(4294967295u), nullptr);
+TEST_F(TreeTest, GetChildOutOfRangeLogsAndReturnsNull) {
+    EXPECT_EQ(after->getChild(0), nullptr);
+    EXPECT_EQ(node->getChild(1), b);
+    EXPECT_EQ(node->getChild(2), nullptr);
+    EXPECT_EQ(node->getChild(4294967295u), nullptr);
     EXPECT_LOGGED_TIMES(3, "   [!] Invalid params @ RVNODE::getChild");
 }
 
-TEST_F(NodeTest, UnlinkTakesTheNodeOutAndKeepsTheOthersInOrder) {
-    RVNODE *root = make("root");
-    RVNODE *a = make("a", root), *b = make("b", root), *c = make("c", root);
-    RVNODE *below = make("below", b);
-    EXPECT_TRUE(b->unlink());
-    EXPECT_EQ(childrenOf(*root), (Nodes{a, c}));
-    EXPECT_TRUE(b->isRoot());
-    EXPECT_EQ(childrenOf(*b), (Nodes{below}));
-    EXPECT_EQ(RVNODE::findByName("b"), b);
-    EXPECT_TRUE(c->unlink());
-    EXPECT_TRUE(a->unlink());
+TEST_F(TreeTest, UnlinkRemovesTheNodeAndTheOthersStayInOrder) {
+    EXPECT_TRUE(node->unlink());
+    EXPECT_EQ(childrenOf(*root), (NodeList{before, after}));
+    EXPECT_TRUE(node->isRoot());
+    EXPECT_EQ(childrenOf(*node), (NodeList{a, b}));
+    EXPECT_EQ(RVNODE::findByName("node"), node);
+    EXPECT_TRUE(after->unlink());
+    EXPECT_TRUE(before->unlink());
     EXPECT_EQ(root->getNumberOfChildren(), 0u);
     EXPECT_EQ(root->getChild(0), nullptr);
-    EXPECT_TRUE(a->link(root));
-    EXPECT_EQ(childrenOf(*root), (Nodes{a}));
+    EXPECT_TRUE(before->link(root));
+    EXPECT_EQ(childrenOf(*root), NodeList{before});
+    markLog();
+    EXPECT_FALSE(root->unlink());
+    EXPECT_LOGGED_EXACTLY("   [!] Node root is already unlinked @ RVNODE::unlink\n");
 }
 
-TEST_F(NodeTest, UnlinkOfARootFails) {
-    EXPECT_FALSE(make("alone")->unlink());
-    EXPECT_LOGGED_EXACTLY("   [!] Node alone is already unlinked @ RVNODE::unlink\n");
-}
-
-// A copy names a parent that does not have it among its children.
-TEST_F(NodeTest, UnlinkOfACopyAmongSeveralChildrenFails) {
-    RVNODE *root = make("root");
-    RVNODE *a = make("a", root), *b = make("b", root);
+// A copy has a parent that does not have it among its children.
+TEST_F(TreeTest, UnlinkOfACopyAmongSeveralChildrenFails) {
     RVNODE copy(*a);
     EXPECT_FALSE(copy.unlink());
     EXPECT_LOGGED_EXACTLY("   [!] Consistency problem with a @ RVNODE::unlink\n");
-    EXPECT_EQ(childrenOf(*root), (Nodes{a, b}));
-    EXPECT_EQ(copy.getParent(), root);
+    EXPECT_EQ(childrenOf(*node), (NodeList{a, b}));
+    EXPECT_EQ(copy.getParent(), node);
 }
 
-TEST_F(NodeTest, UnlinkDoesNotCompareAnOnlyChild) {
-    RVNODE *root = make("root"), *only = make("only", root);
+TEST_F(TreeTest, UnlinkDoesNotCompareAnOnlyChild) {
+    RVNODE *only = make("only", after);
     RVNODE copy(*only);
     EXPECT_TRUE(copy.unlink());
-    EXPECT_EQ(root->getNumberOfChildren(), 0u);
-    EXPECT_EQ(only->getParent(), root);
+    EXPECT_EQ(after->getNumberOfChildren(), 0u);
+    EXPECT_EQ(only->getParent(), after);
     EXPECT_FALSE(only->unlink());
     EXPECT_LOGGED_EXACTLY("   [!] Consistency problem with only @ RVNODE::unlink\n");
 }
 
-TEST_F(NodeTest, RemovePutsChildrenLastInGrandparent) {
-    RVNODE *root = make("root");
-    RVNODE *before = make("before", root), *node = make("node", root), *after = make("after", root);
-    RVNODE *a = make("a", node), *b = make("b", node), *below = make("below", a);
+TEST_F(TreeTest, RemoveAppendsTheChildrenToTheGrandparent) {
+    RVNODE *leaf = make("leaf", a);
     EXPECT_TRUE(node->remove());
-    EXPECT_EQ(childrenOf(*root), (Nodes{before, after, a, b}));
+    EXPECT_EQ(childrenOf(*root), (NodeList{before, after, a, b}));
     EXPECT_EQ(a->getParent(), root);
-    EXPECT_EQ(childrenOf(*a), (Nodes{below}));
+    EXPECT_EQ(childrenOf(*a), NodeList{leaf});
     EXPECT_TRUE(node->isRoot());
     EXPECT_EQ(node->getNumberOfChildren(), 0u);
     EXPECT_EQ(RVNODE::findByName("node"), node);
-    EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(NodeTest, RemoveOfALeafAndOfAnOnlyChild) {
-    RVNODE *root = make("root"), *leaf = make("leaf", root);
     EXPECT_TRUE(leaf->remove());
-    EXPECT_EQ(root->getNumberOfChildren(), 0u);
-    RVNODE *only = make("only", root), *below = make("below", only);
+    EXPECT_EQ(a->getNumberOfChildren(), 0u);
+    EXPECT_TRUE(leaf->link(a));
+    RVNODE *only = make("only", leaf), *below = make("below", only);
     EXPECT_TRUE(only->remove());
-    EXPECT_EQ(childrenOf(*root), (Nodes{below}));
-}
-
-TEST_F(NodeTest, RemoveOfARootFailsAndKeepsItsChildren) {
-    RVNODE *root = make("root"), *child = make("child", root);
+    EXPECT_EQ(childrenOf(*leaf), NodeList{below});
+    EXPECT_NOTHING_LOGGED();
     EXPECT_FALSE(root->remove());
     EXPECT_LOGGED_EXACTLY("   [!] Node root already unlinked @ RVNODE::remove\n");
-    EXPECT_EQ(childrenOf(*root), (Nodes{child}));
+    EXPECT_EQ(childrenOf(*root), (NodeList{before, after, a, b}));
 }
 
-TEST_F(NodeTest, DeletingAChildlessOrAParentNodeReleasesItsArrayAlone) {
-    RVNODE *root = make("root"), *child = make("child", root);
-    delete root;
-    EXPECT_EQ(registry(), (Nodes{child}));
+TEST_F(TreeTest, DeletingAParentDoesNotDeleteItsChildren) {
+    delete node;
+    EXPECT_EQ(registry(), (NodeList{root, before, after, a, b}));
 }
 
-TEST_F(NodeTest, SearchInAHierarchyIsDepthFirst) {
-    RVNODE *root = make("root");
-    RVNODE *left = make("left", root), *right = make("twin", root);
-    RVNODE *deep = make("twin", left);
+TEST_F(TreeTest, SearchInAHierarchyIsDepthFirst) {
+    after->setName("twin");
+    b->setName("twin");
     make("twin");
     EXPECT_EQ(root->findByNameInHierarchy("root"), root);
-    EXPECT_EQ(root->findByNameInHierarchy("twin"), deep);
-    EXPECT_EQ(right->findByNameInHierarchy("twin"), right);
+    EXPECT_EQ(root->findByNameInHierarchy("twin"), b);
+    EXPECT_EQ(after->findByNameInHierarchy("twin"), after);
     EXPECT_EQ(root->findByNameInHierarchy("nobody"), nullptr);
     EXPECT_EQ(root->findByNameInHierarchy(nullptr), nullptr);
-    EXPECT_EQ(root->findByIdInHierarchy(deep->getId()), deep);
+    EXPECT_EQ(root->findByIdInHierarchy(b->getId()), b);
     EXPECT_EQ(root->findByIdInHierarchy(root->getId()), root);
-    EXPECT_EQ(left->findByIdInHierarchy(right->getId()), nullptr);
+    EXPECT_EQ(node->findByIdInHierarchy(after->getId()), nullptr);
 }
 
 // --- Display
 
-TEST_F(NodeTest, DisplayTreeIndentsByTwo) {
-    RVNODE *root = make("root");
-    RVNODE *left = make("left %s", root), *deep = make("deep", left), *right = make("right", root);
+TEST_F(TreeTest, DisplayTreeIndentsByTwo) {
+    node->setName("node %s");
     EXPECT_TRUE(RVNODE::displayTree(root));
-    EXPECT_LOGGED_EXACTLY("   Tree for root:\n" + line(3, *root) + line(5, *left) + line(7, *deep) +
-                          line(5, *right) + "\n");
-}
-
-TEST_F(NodeTest, DisplayTreeOfALeafIsEmpty) {
-    RVNODE *leaf = make("leaf");
-    EXPECT_TRUE(RVNODE::displayTree(leaf));
-    EXPECT_LOGGED_EXACTLY("   Tree for leaf:\n   empty\n\n");
-}
-
-TEST_F(NodeTest, DisplayTreeOfNullIsRefused) {
+    EXPECT_LOGGED_EXACTLY("   Tree for root:\n" + line(3, *root) + line(5, *before) +
+                          line(5, *node) + line(7, *a) + line(7, *b) + line(5, *after) + "\n");
+    EXPECT_TRUE(RVNODE::displayTree(after));
+    EXPECT_LOGGED_EXACTLY("   Tree for after:\n   empty\n\n");
     EXPECT_FALSE(RVNODE::displayTree(nullptr));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVNODE::displayTree\n");
-    EXPECT_EQ(RVNODE::displayTreeRecursive(nullptr, 3), nullptr);
-}
-
-TEST_F(NodeTest, DisplayTreeRecursiveLogsFromItsDepth) {
-    RVNODE *node = make("node");
-    EXPECT_EQ(RVNODE::displayTreeRecursive(node, 4), nullptr);
-    EXPECT_LOGGED_EXACTLY(line(4, *node));
 }
 
 // One line a node, cut where it would be longer than the log takes.
-TEST_F(NodeTest, DisplayTreeCutsItsLines) {
-    RVNODE *node = make(std::string(255, 'n').c_str());
-    RVNODE::displayTreeRecursive(node, 900);
-    RVNODE::displayTreeRecursive(node, 5000);
-    RVNODE::displayTreeRecursive(node, -7);
-    const std::string cut = (std::string(900, ' ') + "+ " + std::string(255, 'n')).substr(0, 1022);
-    EXPECT_LOGGED_EXACTLY(cut + "\n" + std::string(1022, ' ') + "\n" + line(0, *node));
+TEST_F(NodeTest, DisplayTreeRecursiveLogsFromItsDepthAndCutsItsLines) {
+    RVNODE *node = make(std::string(255, 'n'));
+    EXPECT_EQ(RVNODE::displayTreeRecursive(nullptr, 3), nullptr);
+    for (const int depth : {4, 900, 5000, -7})
+        EXPECT_EQ(RVNODE::displayTreeRecursive(node, depth), nullptr);
+    EXPECT_LOGGED_EXACTLY(line(4, *node) + line(900, *node).substr(0, 1022) + "\n" +
+                          std::string(1022, ' ') + "\n" + line(0, *node));
 }
 
 // --- Copies
@@ -443,33 +385,16 @@ void expectSameFields(const RVNODE &copy, const RVNODE &node) {
     EXPECT_EQ(copy.isShared(), node.isShared());
     EXPECT_EQ(copy.getData(), node.getData());
     EXPECT_EQ(copy.getPositioning(), node.getPositioning());
-    EXPECT_TRUE(copy.getPosition() == node.getPosition());
-    EXPECT_TRUE(copy.getRotation() == node.getRotation());
-    EXPECT_TRUE(copy.getOrigin() == node.getOrigin());
-    EXPECT_TRUE(copy.getDirection() == node.getDirection());
-    EXPECT_TRUE(copy.getTarget() == node.getTarget());
+    EXPECT_EQ(vectorsOf(copy), vectorsOf(node));
     EXPECT_EQ(copy.getTargetNode(), node.getTargetNode());
-    EXPECT_EQ(std::memcmp(copy.getMatrix().e, node.getMatrix().e, sizeof node.getMatrix().e), 0);
-    EXPECT_EQ(const_cast<RVNODE &>(copy).getCachedMatrix()->e[13],
-              const_cast<RVNODE &>(node).getCachedMatrix()->e[13]);
-}
-
-void expectSamePlace(const RVNODE &copy, const RVNODE &node) {
-    EXPECT_EQ(copy.getPreviousNode(), node.getPreviousNode());
-    EXPECT_EQ(copy.getNextNode(), node.getNextNode());
-    EXPECT_EQ(copy.getParent(), node.getParent());
-    ASSERT_EQ(copy.getNumberOfChildren(), node.getNumberOfChildren());
-    for (unsigned int index = 0; index < node.getNumberOfChildren(); ++index)
-        EXPECT_EQ(copy.getChild(index), node.getChild(index));
+    EXPECT_EQ(elementsOf(copy.getMatrix()), elementsOf(node.getMatrix()));
+    EXPECT_EQ(elementsOf(*const_cast<RVNODE &>(copy).getCachedMatrix()),
+              elementsOf(*const_cast<RVNODE &>(node).getCachedMatrix()));
 }
 
 class CopyTest : public NodeTest {
   protected:
     void SetUp() override {
-        root = make("root");
-        node = make("node", root);
-        child = make("child", node);
-        last = make("last", node);
         node->setAuxId(5);
         node->setSharedStatus(true);
         node->setData(&root);
@@ -487,22 +412,38 @@ class CopyTest : public NodeTest {
         markLog();
     }
 
-    RVNODE *root, *node, *child, *last;
+    // The links too.
+    void expectCopyOfNode(const RVNODE &copy) {
+        expectSameFields(copy, *node);
+        EXPECT_EQ(copy.getPreviousNode(), node->getPreviousNode());
+        EXPECT_EQ(copy.getNextNode(), node->getNextNode());
+        EXPECT_EQ(copy.getParent(), node->getParent());
+        EXPECT_EQ(childrenOf(copy), (NodeList{child, last}));
+        expectTreeUnchanged();
+    }
+    void expectTreeUnchanged() {
+        EXPECT_EQ(registry(), (NodeList{root, node, child, last}));
+        EXPECT_EQ(childrenOf(*node), (NodeList{child, last}));
+    }
+
+    RVNODE *root = make("root"), *node = make("node", root), *child = make("child", node),
+           *last = make("last", node);
 };
 
 TEST_F(CopyTest, CopyHasEveryFieldAndIsNotRegistered) {
-    const RVNODE copy(*node);
-    expectSameFields(copy, *node);
-    expectSamePlace(copy, *node);
-    EXPECT_EQ(registry(), (Nodes{root, node, child, last}));
-}
-
-TEST_F(CopyTest, CopyGivesNothingBack) {
-    { const RVNODE copy(*node); }
-    EXPECT_EQ(registry(), (Nodes{root, node, child, last}));
-    EXPECT_EQ(childrenOf(*node), (Nodes{child, last}));
+    {
+        const RVNODE copy(*node), second(copy);
+        expectCopyOfNode(copy);
+        expectCopyOfNode(second);
+        RVNODE assigned(*last);
+        assigned = *node;
+        expectCopyOfNode(assigned);
+    }
+    RVNODE &same = *node;
+    *node = same;
+    expectTreeUnchanged();
     const unsigned int id = node->getId();
-    EXPECT_NE((new RVNODE)->getId(), id);
+    EXPECT_NE((new RVNODE)->getId(), id) << "a copy released the identifier";
     EXPECT_NOTHING_LOGGED();
 }
 
@@ -515,64 +456,30 @@ TEST_F(CopyTest, CopyOutlivesItsOriginal) {
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(CopyTest, CopyOfACopyIsNotRegisteredEither) {
-    {
-        const RVNODE copy(*node);
-        const RVNODE second(copy);
-        expectSameFields(second, *node);
-    }
-    EXPECT_EQ(childrenOf(*node), (Nodes{child, last}));
-    EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(CopyTest, CopyOfASubclassAsANodeHasTheNodesRender) {
-    RVLIGHT *light = new RVLIGHT;
-    RVNODE copy(*light);
-    EXPECT_EQ(copy.getType(), RV_NODE_TYPE_LIGHT);
-    EXPECT_FALSE(copy.render(nullptr));
-    EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(CopyTest, AssignmentLeavesARegisteredNodeInItsPlace) {
+TEST_F(CopyTest, AssignmentDoesNotChangeTheLinksOfARegisteredNode) {
     RVNODE *other = make("other"), *below = make("below", other), *tail = make("tail");
     const unsigned int id = other->getId();
     *other = *node;
     expectSameFields(*other, *node);
     EXPECT_EQ(other->getParent(), nullptr);
-    EXPECT_EQ(childrenOf(*other), (Nodes{below}));
-    EXPECT_EQ(registry(), (Nodes{root, node, child, last, other, below, tail}));
+    EXPECT_EQ(childrenOf(*other), NodeList{below});
+    EXPECT_EQ(registry(), (NodeList{root, node, child, last, other, below, tail}));
     delete other;
-    EXPECT_EQ(registry(), (Nodes{root, node, child, last, below, tail}));
+    EXPECT_EQ(registry(), (NodeList{root, node, child, last, below, tail}));
     EXPECT_EQ((new RVNODE)->getId(), id);
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(CopyTest, AssignmentToACopyCopiesEveryField) {
-    RVNODE copy(*last);
-    copy = *node;
-    expectSameFields(copy, *node);
-    expectSamePlace(copy, *node);
-}
-
-TEST_F(CopyTest, AssignmentToItselfChangesNothing) {
-    RVNODE &same = *node;
-    *node = same;
-    EXPECT_EQ(childrenOf(*node), (Nodes{child, last}));
-    EXPECT_EQ(registry(), (Nodes{root, node, child, last}));
-}
-
 TEST_F(CopyTest, SubclassesCopyTheirOwnFieldsToo) {
-    RVLIGHT *light = new RVLIGHT;
+    RVLIGHT *light = new RVLIGHT, *second = new RVLIGHT;
     light->setCutOff(12);
     RVCAMERA *camera = new RVCAMERA;
     camera->setUpDirection(Z3MVECTOR3D(1, 0, 0));
-    {
-        RVLIGHT lightCopy(*light);
-        EXPECT_EQ(lightCopy.getCutOff(), 12);
-        RVCAMERA cameraCopy(*camera);
-        expectVector(cameraCopy.getUpDirection(), 1, 0, 0);
-    }
-    RVLIGHT *second = new RVLIGHT;
+    EXPECT_EQ(RVLIGHT(*light).getCutOff(), 12);
+    EXPECT_EQ(RVCAMERA(*camera).getUpDirection(), Z3MVECTOR3D(1, 0, 0));
+    RVNODE copy(*light);
+    EXPECT_EQ(copy.getType(), RV_NODE_TYPE_LIGHT);
+    EXPECT_FALSE(copy.render(nullptr)) << "as a node it has the node's render";
     const unsigned int id = second->getId();
     *second = *light;
     EXPECT_EQ(second->getCutOff(), 12);
@@ -582,47 +489,23 @@ TEST_F(CopyTest, SubclassesCopyTheirOwnFieldsToo) {
 }
 
 TEST_F(CopyTest, LinkRefusesACopyWhoseChildrenAreTheOriginals) {
-    RVNODE copy(*node);
+    RVNODE copy(*node), childless(*last);
     RVNODE *more = make("more");
     EXPECT_FALSE(more->link(&copy));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid param @ RVNODE::link\n");
     EXPECT_TRUE(more->isRoot());
-    EXPECT_EQ(childrenOf(*node), (Nodes{child, last}));
-    EXPECT_EQ(childrenOf(copy), (Nodes{child, last}));
-    RVNODE childless(*last);
+    EXPECT_EQ(childrenOf(*node), (NodeList{child, last}));
+    EXPECT_EQ(childrenOf(copy), (NodeList{child, last}));
     EXPECT_TRUE(more->link(&childless));
     EXPECT_TRUE(more->unlink());
 }
 
-// --- Bodies of scene files
+// --- Children of a scene file
 
-TEST_F(NodeTest, LoadReadsAPlainNodeAndMovesTheCursor) {
-    Bytes body;
-    body.add(std::uint8_t{9});
-    const auto node = plainNodeBody("from file", 3);
-    const auto exact = node.exact();
-    std::string file("?");
-    file.append(exact.get(), node.size());
-    long cursor = 1;
-    const RVNODE *loaded = RVNODE::load(file.data(), &cursor);
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(cursor, static_cast<long>(1 + node.size()));
-    EXPECT_EQ(loaded->getAuxId(), 77u);
-    EXPECT_STREQ(loaded->getName(), "from file");
-    expectVector(loaded->getPosition(), 1, 2, 3);
-    expectVector(loaded->getOrigin(), 10, 20, 30);
-    EXPECT_EQ(loaded->getNumberOfChildren(), 3u);
-    EXPECT_EQ(loaded->getType(), RV_NODE_TYPE_NODE);
-}
-
-TEST_F(NodeTest, AnnouncedChildrenAreEmptyPlacesThatWalksSkip) {
-    const auto body = plainNodeBody("root", 3);
-    const auto bytes = body.exact();
-    long cursor = 0;
-    RVNODE *root = RVNODE::load(bytes.get(), &cursor);
-    RVNODE *middle = make("middle");
+TEST_F(NodeTest, AnnouncedChildrenAreEmptySlotsThatWalksSkip) {
+    RVNODE *root = loadNode<RVNODE>(plainNodeBody("root", 3)), *middle = make("middle");
     ravolt::NodeInternals::setChild(*root, 1, *middle);
-    EXPECT_EQ(childrenOf(*root), (Nodes{nullptr, middle, nullptr}));
+    EXPECT_EQ(childrenOf(*root), (NodeList{nullptr, middle, nullptr}));
     EXPECT_EQ(middle->getParent(), root);
     EXPECT_EQ(root->findByNameInHierarchy("middle"), middle);
     EXPECT_EQ(root->findByNameInHierarchy("nobody"), nullptr);
@@ -631,52 +514,7 @@ TEST_F(NodeTest, AnnouncedChildrenAreEmptyPlacesThatWalksSkip) {
     RVNODE *grandparent = make("grandparent");
     root->link(grandparent);
     EXPECT_TRUE(root->remove());
-    EXPECT_EQ(childrenOf(*grandparent), (Nodes{middle}));
-}
-
-TEST_F(NodeTest, LoadRefusesANameOf256Characters) {
-    const auto body = plainNodeBody(std::string(256, 'n'));
-    const auto bytes = body.exact();
-    long cursor = 0;
-    EXPECT_EQ(RVNODE::load(bytes.get(), &cursor), nullptr);
-    EXPECT_LOGGED_EXACTLY("   [!] Consistency error: node == NULL @ RVNODE::load\n");
-    EXPECT_EQ(cursor, 0);
-    EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
-}
-
-TEST_F(NodeTest, LoadWithoutMemoryLeavesNothingBehind) {
-    const auto body = plainNodeBody("name", 2000);
-    const auto bytes = body.exact();
-    for (const std::size_t failing : {sizeof(RVNODE), 2000 * sizeof(RVNODE *)}) {
-        long cursor = 0;
-        recorder.failAllocation(failing);
-        const RVNODE *node = RVNODE::load(bytes.get(), &cursor);
-        recorder.allocationsWork();
-        EXPECT_EQ(node, nullptr);
-        EXPECT_LOGGED_EXACTLY("   [!] Consistency error: node == NULL @ RVNODE::load\n");
-        EXPECT_EQ(cursor, 0);
-        EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
-    }
-}
-
-TEST_F(NodeTest, LoadTakesANameOf255Characters) {
-    const auto body = plainNodeBody(std::string(255, 'n'));
-    const auto bytes = body.exact();
-    long cursor = 0;
-    const RVNODE *node = RVNODE::load(bytes.get(), &cursor);
-    ASSERT_NE(node, nullptr);
-    EXPECT_EQ(node->getName(), std::string(255, 'n'));
-}
-
-TEST_F(NodeTest, RecordCutOffAnywhereIsRefused) {
-    const auto body = plainNodeBody("name");
-    for (std::size_t size = 0; size <= body.size(); ++size) {
-        std::unique_ptr<char[]> bytes(new char[size]);
-        std::memcpy(bytes.get(), body.exact().get(), size);
-        ravolt::ByteReader reader(bytes.get(), size);
-        ravolt::PlainNodeRecord record;
-        EXPECT_EQ(ravolt::readPlainNodeRecord(reader, record), size == body.size()) << size;
-    }
+    EXPECT_EQ(childrenOf(*grandparent), NodeList{middle});
 }
 
 } // namespace
