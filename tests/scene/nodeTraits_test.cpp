@@ -1,5 +1,5 @@
-// The treatment of every node type in every pass, written out once more as literal sets, and
-// compared with the table of the kinds and with what the passes do.
+// The treatment of every node type in every pass as literal sets, compared with the table of the
+// kinds and with what the passes do.
 
 #include "scene/nodeTraits.h"
 
@@ -27,9 +27,9 @@ using Types = std::set<int>;
 // All numbers that a type may have here: the nineteen, and two unknown ones.
 const Types allTypes = {-1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19};
 
-Types allBut(const Types &left) {
+Types allBut(const Types &excluded) {
     Types rest;
-    std::set_difference(allTypes.begin(), allTypes.end(), left.begin(), left.end(),
+    std::set_difference(allTypes.begin(), allTypes.end(), excluded.begin(), excluded.end(),
                         std::inserter(rest, rest.end()));
     return rest;
 }
@@ -44,101 +44,86 @@ const Types notInBlock2D = {2, 3};
 const Types notInShadowMap = {6, 7, 8}; // and lights, which are before the range that is drawn
 const Types pickable = {3, 18};
 
-const std::map<int, std::string> typeNames = {
-    {0, "node"},       {1, "root"},        {2, "light"},       {3, "mesh"},    {4, "camera"},
-    {5, "emitter"},    {6, "skydome"},     {7, "water"},       {8, "terrain"}, {9, "helper"},
-    {10, "sound"},     {11, "box"},        {12, "label"},      {13, "button"}, {14, "window"},
-    {15, "textfield"}, {16, "hscrollbar"}, {17, "vscrollbar"}, {18, "custom"}, {19, "custom"},
-    {-1, "custom"}};
-
-const std::map<int, std::string> defaultNames = {
-    {0, "[node "},        {1, "[node "},        {2, "[light "},   {3, "[mesh "},
-    {4, "[camera "},      {5, "[emitter "},     {6, "[skydome "}, {7, "[water "},
-    {8, "[node "},        {9, "[helper "},      {10, "[node "},   {11, "[box "},
-    {12, "[label "},      {13, "[button "},     {14, "[window "}, {15, "[textfield "},
-    {16, "[hscrollbar "}, {17, "[hscrollbar "}, {18, "[node "},   {19, "[node "},
-    {-1, "[node "}};
+// The names of the types from 0 on; a node's own default name is made from it, or from the second.
+const char *const names[][2] = {{"node"},          {"root", "node"},  {"light"},
+                                {"mesh"},          {"camera"},        {"emitter"},
+                                {"skydome"},       {"water"},         {"terrain", "node"},
+                                {"helper"},        {"sound", "node"}, {"box"},
+                                {"label"},         {"button"},        {"window"},
+                                {"textfield"},     {"hscrollbar"},    {"vscrollbar", "hscrollbar"},
+                                {"custom", "node"}};
 
 // The byte before a record of a scene file, and the type of the node that its reader makes.
 const std::map<int, int> readerKinds = {
     {0, RV_NODE_TYPE_NODE}, {1, RV_NODE_TYPE_LIGHT}, {2, RV_NODE_TYPE_MESH}};
 
-// A node of any type, as the constructor of its class makes it, that records how it is drawn.
+// A node of any type, as the constructor of its class makes it.
 class TypedNode : public RVNODE {
   public:
     explicit TypedNode(int number) { initType(static_cast<RV_NODE_TYPE>(number)); }
+};
+
+// Has the type of another class, whose fields must not be read in it. Records how it is drawn.
+class ForeignNode : public RVNODE {
+  public:
+    explicit ForeignNode(int number, std::vector<const RVNODE *> *toRecord = nullptr)
+        : order(toRecord) {
+        type = static_cast<RV_NODE_TYPE>(number);
+    }
 
     bool render(void *) override {
         profiles.push_back(RVOPENGL::getProfile());
+        if (order)
+            order->push_back(this);
         return true;
     }
 
-    std::size_t drawsIn(RV_OPENGL_PROFILE profile) const {
-        return static_cast<std::size_t>(std::count(profiles.begin(), profiles.end(), profile));
+    bool isDrawnOnceIn(RV_OPENGL_PROFILE profile) const {
+        return std::count(profiles.begin(), profiles.end(), profile) == 1;
     }
 
     std::vector<RV_OPENGL_PROFILE> profiles;
+    std::vector<const RVNODE *> *order;
 };
 
-// Has the type of another class, whose fields nothing may read in it.
-class ForeignNode : public TypedNode {
-  public:
-    explicit ForeignNode(int number) : TypedNode(RV_NODE_TYPE_NODE) {
-        type = static_cast<RV_NODE_TYPE>(number);
-    }
-};
-
-// Records the order of drawing.
-class OrderedNode : public ForeignNode {
-  public:
-    explicit OrderedNode(std::vector<const RVNODE *> &toRecord, int number = RV_NODE_TYPE_CUSTOM)
-        : ForeignNode(number), order(toRecord) {}
-
-    bool render(void *) override {
-        order.push_back(this);
-        return true;
-    }
-
-  private:
-    std::vector<const RVNODE *> &order;
-};
-
-template <class Test> Types typesWith(const Test &test) {
+// The types whose node passes the test.
+template <class Test> Types typesThat(const Test &test) {
     Types found;
     for (const int type : allTypes) {
-        const ForeignNode node(type);
-        if (test(traitsOf(node)))
+        ForeignNode node(type);
+        if (test(node))
             found.insert(type);
+        RVELEMENT::reset();
     }
     return found;
 }
 
 TEST(NodeTraitsTable, HasTheSetsOfThePasses) {
-    EXPECT_EQ(typesWith([](const NodeTraits &traits) { return traits.listed; }),
-              allBut(withoutEntry));
-    EXPECT_EQ(typesWith([](const NodeTraits &traits) { return traits.clipped; }), clipped);
-    EXPECT_EQ(typesWith([](const NodeTraits &traits) { return traits.inBlock2D; }),
-              allBut(notInBlock2D));
-    EXPECT_EQ(typesWith([](const NodeTraits &traits) { return traits.casts; }),
-              allBut(notInShadowMap));
-    EXPECT_EQ(typesWith([](const NodeTraits &traits) { return traits.pickable; }), pickable);
-}
-
-TEST(NodeTraitsTable, HasTheGroupsOfTheDrawingOrder) {
-    const auto typesOf = [](DrawOrder order) {
-        return typesWith([order](const NodeTraits &traits) { return traits.order == order; });
+    const struct {
+        const char *what;
+        bool (*test)(const NodeTraits &traits);
+        Types types;
+    } rows[] = {
+        {"listed", [](const NodeTraits &t) { return t.listed; }, allBut(withoutEntry)},
+        {"clipped", [](const NodeTraits &t) { return t.clipped; }, clipped},
+        {"2D block", [](const NodeTraits &t) { return t.inBlock2D; }, allBut(notInBlock2D)},
+        {"casts", [](const NodeTraits &t) { return t.casts; }, allBut(notInShadowMap)},
+        {"pickable", [](const NodeTraits &t) { return t.pickable; }, pickable},
+        {"light", [](const NodeTraits &t) { return t.order == DrawOrder::light; }, lights},
+        {"transparent", [](const NodeTraits &t) { return t.order == DrawOrder::transparent; },
+         transparent},
+        {"by material", [](const NodeTraits &t) { return t.order == DrawOrder::byMaterial; },
+         byMaterial},
+        {"opaque", [](const NodeTraits &t) { return t.order == DrawOrder::opaque; },
+         allBut({2, 3, 5, 9})},
+        {"radius", [](const NodeTraits &t) { return t.radius != nullptr; }, {3, 5, 9}},
+        {"reader", [](const NodeTraits &t) { return t.reader != nullptr; }, {0, 2, 3}},
     };
-    EXPECT_EQ(typesOf(DrawOrder::light), lights);
-    EXPECT_EQ(typesOf(DrawOrder::transparent), transparent);
-    EXPECT_EQ(typesOf(DrawOrder::byMaterial), byMaterial);
-    EXPECT_EQ(typesOf(DrawOrder::opaque), allBut({2, 3, 5, 9}));
-}
-
-TEST(NodeTraitsTable, OnlyMeshesEmittersAndHelpersHaveARadius) {
-    EXPECT_EQ(typesWith([](const NodeTraits &traits) { return traits.radius != nullptr; }),
-              (Types{3, 5, 9}));
-    for (const int type : allTypes)
-        EXPECT_EQ(radiusOf(ForeignNode(type)), 0.0f) << type;
+    for (const auto &row : rows)
+        EXPECT_EQ(typesThat([&](const RVNODE &node) { return row.test(traitsOf(node)); }),
+                  row.types)
+            << row.what;
+    EXPECT_EQ(typesThat([](const RVNODE &node) { return radiusOf(node) != 0; }), Types());
 }
 
 TEST(NodeTraitsTable, ThreeBytesHaveAReader) {
@@ -151,16 +136,15 @@ TEST(NodeTraitsTable, ThreeBytesHaveAReader) {
             EXPECT_EQ(traitsOf(ForeignNode(expected->second)).reader, reader) << byte;
         }
     }
-    EXPECT_EQ(typesWith([](const NodeTraits &traits) { return traits.reader != nullptr; }),
-              (Types{0, 2, 3}));
 }
 
 TEST(NodeTraitsTable, NamesAreThoseOfTheTypes) {
     for (const int type : allTypes) {
-        TypedNode node(type);
-        EXPECT_EQ(node.getTypeName(), typeNames.at(type)) << type;
-        EXPECT_EQ(node.getName(), defaultNames.at(type) + std::to_string(node.getId()) + "]")
-            << type;
+        const TypedNode node(type);
+        const auto &[name, nodeName] = names[type < 0 || type > 18 ? 18 : type];
+        EXPECT_STREQ(node.getTypeName(), name);
+        EXPECT_EQ(node.getName(), "[" + std::string(nodeName ? nodeName : name) + " " +
+                                      std::to_string(node.getId()) + "]");
     }
 }
 
@@ -179,48 +163,26 @@ class NodesOfAllTypes : public SilentEngineTest {
         SilentEngineTest::TearDown();
         resetCapabilities();
     }
-
-    // The types whose node passes the test.
-    template <class Test> static Types typesThat(const Test &test) {
-        Types found;
-        for (const int type : allTypes) {
-            ForeignNode node(type);
-            if (test(node))
-                found.insert(type);
-            RVELEMENT::reset();
-        }
-        return found;
-    }
 };
 
-TEST_F(NodesOfAllTypes, TakeAnEntryUnlessTheyArePlain) {
-    EXPECT_EQ(typesThat([](RVNODE &node) {
-                  node.pass();
-                  return RVELEMENT::getNumberOfPassedElements() == 1;
-              }),
-              allBut(withoutEntry));
-}
-
-TEST_F(NodesOfAllTypes, CountAsLights) {
-    EXPECT_EQ(typesThat([](RVNODE &node) {
-                  node.pass();
+TEST_F(NodesOfAllTypes, AreListedCountedAsLightsAndClipped) {
+    const auto passed = [](RVNODE &node) {
+        node.setPosition(0, 0, -1000);
+        node.pass();
+        return RVELEMENT::getNumberOfPassedElements() == 1;
+    };
+    EXPECT_EQ(typesThat(passed), allBut(withoutEntry));
+    EXPECT_EQ(typesThat([&](RVNODE &node) {
+                  passed(node);
                   return RVELEMENT::getNumberOfLights() == 1;
               }),
               lights);
-}
-
-TEST_F(NodesOfAllTypes, AreClippedByTheirDistance) {
     RVELEMENT::clippingOn();
-    EXPECT_EQ(typesThat([](RVNODE &node) {
-                  node.setPosition(0, 0, -1000);
-                  node.pass();
-                  return RVELEMENT::getNumberOfPassedElements() == 0;
-              }),
-              (Types{0, 3, 9}));
+    EXPECT_EQ(typesThat(passed), allBut({0, 3, 9}));
 }
 
 TEST_F(NodesOfAllTypes, AreDrawnInTheTwoDimensionalBlock) {
-    EXPECT_EQ(typesThat([](TypedNode &node) {
+    EXPECT_EQ(typesThat([](ForeignNode &node) {
                   drawFrame2D(&node);
                   return node.profiles.size() == 1;
               }),
@@ -228,10 +190,10 @@ TEST_F(NodesOfAllTypes, AreDrawnInTheTwoDimensionalBlock) {
 }
 
 TEST_F(NodesOfAllTypes, AreDrawnForPicking) {
-    EXPECT_EQ(typesThat([](TypedNode &node) {
+    EXPECT_EQ(typesThat([](ForeignNode &node) {
                   drawFrame(nullptr, &node);
                   RAVOLT::select(1, 1);
-                  return node.drawsIn(RV_OPENGL_PROFILE_FLAT) == 1;
+                  return node.isDrawnOnceIn(RV_OPENGL_PROFILE_FLAT);
               }),
               pickable);
 }
@@ -244,11 +206,11 @@ TEST_F(NodesOfAllTypes, AreDrawnIntoTheShadowMap) {
     caster->castShadows(true);
     RAVOLT::shadowingOn();
     ASSERT_TRUE(RAVOLT::isShadowed());
-    EXPECT_EQ(typesThat([caster](TypedNode &node) {
+    EXPECT_EQ(typesThat([caster](ForeignNode &node) {
                   node.link(caster);
                   drawFrame(nullptr, caster);
                   node.unlink();
-                  return node.drawsIn(RV_OPENGL_PROFILE_FLAT) == 1;
+                  return node.isDrawnOnceIn(RV_OPENGL_PROFILE_FLAT);
               }),
               allBut({0, 2, 6, 7, 8}));
 }
@@ -258,7 +220,8 @@ TEST_F(NodesOfAllTypes, AreDrawnInTheirGroups) {
     for (const int type : allTypes) {
         RVNODE root;
         std::vector<const RVNODE *> order;
-        OrderedNode first(order), middle(order, type), last(order);
+        ForeignNode first(RV_NODE_TYPE_CUSTOM, &order), middle(type, &order),
+            last(RV_NODE_TYPE_CUSTOM, &order);
         for (RVNODE *child : {&first, &middle, &last})
             child->link(&root);
         drawFrame(nullptr, &root);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The modelview stack's arithmetic once more, in double precision and in plain sight.
+// The modelview stack's arithmetic in double precision.
 
 #include "ravolt/Z3MMATRIX.h"
 #include "ravolt/Z3MVECTOR3D.h"
@@ -13,7 +13,7 @@
 
 namespace ravolt::test {
 
-// Columns of four, as OpenGL keeps them. Each step is multiplied on the right.
+// Columns of four, as in OpenGL. Each step is multiplied on the right.
 struct ReferenceMatrix {
     double e[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
@@ -38,30 +38,25 @@ struct ReferenceMatrix {
         const double step[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, y, z, 1};
         return multiply(step);
     }
-    ReferenceMatrix &turnX(double degrees) {
-        const double c = cosine(degrees), s = sine(degrees);
-        const double step[16] = {1, 0, 0, 0, 0, c, s, 0, 0, -s, c, 0, 0, 0, 0, 1};
-        return multiply(step);
-    }
-    ReferenceMatrix &turnY(double degrees) {
-        const double c = cosine(degrees), s = sine(degrees);
-        const double step[16] = {c, 0, -s, 0, 0, 1, 0, 0, s, 0, c, 0, 0, 0, 0, 1};
-        return multiply(step);
-    }
-    ReferenceMatrix &turnZ(double degrees) {
-        const double c = cosine(degrees), s = sine(degrees);
-        const double step[16] = {c, s, 0, 0, -s, c, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-        return multiply(step);
-    }
-    // Position plus origin, then the turns.
-    ReferenceMatrix &node(const Z3MVECTOR3D &place, const Z3MVECTOR3D &rotation) {
-        translate(place.x, place.y, place.z);
+    ReferenceMatrix &turnX(double degrees) { return turn(degrees, 1, 2); }
+    ReferenceMatrix &turnY(double degrees) { return turn(degrees, 2, 0); }
+    ReferenceMatrix &turnZ(double degrees) { return turn(degrees, 0, 1); }
+    // The position (with the origin), then the rotations.
+    ReferenceMatrix &node(const Z3MVECTOR3D &position, const Z3MVECTOR3D &rotation) {
+        translate(position.x, position.y, position.z);
         return turnX(rotation.x).turnY(rotation.y).turnZ(rotation.z);
     }
 
   private:
-    static double cosine(double degrees) { return std::cos(degrees * std::numbers::pi / 180); }
-    static double sine(double degrees) { return std::sin(degrees * std::numbers::pi / 180); }
+    // Rotates axis `from` towards axis `to`.
+    ReferenceMatrix &turn(double degrees, int from, int to) {
+        const double angle = degrees * std::numbers::pi / 180;
+        ReferenceMatrix step;
+        step.e[5 * from] = step.e[5 * to] = std::cos(angle);
+        step.e[4 * from + to] = std::sin(angle);
+        step.e[4 * to + from] = -std::sin(angle);
+        return multiply(step.e);
+    }
 };
 
 // Each element within `tolerance`, relative to numbers above one.
