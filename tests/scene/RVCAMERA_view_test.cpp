@@ -1,4 +1,4 @@
-// What a rendered camera makes of the modelview matrix.
+// The modelview matrix of a rendered camera.
 
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVOPENGL.h"
@@ -6,12 +6,38 @@
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/expectNear.h"
-
-#include <cmath>
+#include "tests/support/glState.h"
 
 using namespace ravolt::test;
 
 namespace {
+
+using Vector = Z3MVECTOR3D;
+
+// The rows x, y and z of a view by the stated steps, in double precision.
+ReferenceMatrix lookAt(const double (&eye)[3], const double (&center)[3],
+                       const double (&up)[3] = {0, 1, 0}) {
+    const auto normalize = [](double *v) {
+        const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+        for (int index = 0; index < 3; ++index)
+            v[index] /= length > 0 ? length : 1;
+    };
+    const auto cross = [](const double *a, const double *b, double *result) {
+        for (int i = 0, j = 1, k = 2; i < 3; ++i, j = (j + 1) % 3, k = (k + 1) % 3)
+            result[i] = a[j] * b[k] - a[k] * b[j];
+    };
+    double x[3], y[3], z[3] = {eye[0] - center[0], eye[1] - center[1], eye[2] - center[2]};
+    normalize(z);
+    cross(up, z, x);
+    cross(z, x, y);
+    normalize(x);
+    normalize(y);
+    ReferenceMatrix view;
+    for (int row = 0; row < 3; ++row)
+        for (int index = 0; index < 3; ++index)
+            view.e[4 * index + row] = (row == 0 ? x : row == 1 ? y : z)[index];
+    return view.translate(-eye[0], -eye[1], -eye[2]);
+}
 
 class CameraView : public EngineTest {
   protected:
@@ -21,182 +47,110 @@ class CameraView : public EngineTest {
         glTranslatef(1, 1, 1); // to be replaced
     }
 
-    // Renders the camera and checks that all that it publishes is one matrix.
+    // Renders the camera and checks that everything it publishes is one matrix.
     const Z3MMATRIX &view() {
         EXPECT_TRUE(camera->render(nullptr));
-        Z3MMATRIX modelview;
-        glGetFloatv(GL_MODELVIEW_MATRIX, modelview.e);
+        const auto modelview = matrixOf(GL_MODELVIEW_MATRIX);
         const Z3MMATRIX &own = *camera->getThisCameraMatrix();
-        for (int index = 0; index < 16; ++index) {
-            EXPECT_FLOAT_EQ(own.e[index], modelview.e[index]);
-            EXPECT_FLOAT_EQ(RVCAMERA::getCameraMatrix()->e[index], modelview.e[index]);
+        for (std::size_t index = 0; index < 16; ++index) {
+            EXPECT_FLOAT_EQ(own.e[index], modelview[index]);
+            EXPECT_FLOAT_EQ(RVCAMERA::getCameraMatrix()->e[index], modelview[index]);
         }
         EXPECT_EQ(RVCAMERA::getThisPassCamera(), camera);
         return own;
+    }
+    void expectView(const ReferenceMatrix &expected, const Vector &position) {
+        EXPECT_TRUE(isNear(view(), expected));
+        const Vector published = RVCAMERA::getCameraPosition();
+        expectNear(std::array{published.x, published.y, published.z},
+                   {position.x, position.y, position.z});
+    }
+    void setMatrix(const Z3MMATRIX &matrix) {
+        camera->setMatrix(matrix);
+        camera->setPositioning(RV_NODE_POSITIONING_MATRIX);
+    }
+    void place(const Vector &position, RVNODE *target, const Vector &rotation = {},
+               const Vector &preRotation = {}) {
+        camera->setPosition(position);
+        camera->setTargetNode(target);
+        camera->setRotation(rotation);
+        camera->setPreRotation(preRotation);
     }
 
     RVCAMERA *camera = nullptr;
 };
 
-TEST_F(CameraView, UndoesThePositionAndTheTurnsInItsOwnOrder) {
-    camera->setPreRotation(5, 6, 7);
-    camera->setPosition(1, 2, 3);
-    camera->setRotation(20, 30, 40);
+TEST_F(CameraView, InvertsThePositionAndTheRotationsInItsOwnOrder) {
+    place({1, 2, 3}, nullptr, {20, 30, 40}, {5, 6, 7});
     camera->setOrigin(100, 100, 100);
+    RVNODE *parent = new RVNODE;
+    parent->setPosition(100, 100, 100);
+    camera->link(parent); // is ignored
     ReferenceMatrix expected;
     expected.turnX(5).turnY(6).turnZ(7);
     expected.turnZ(-40).turnX(-20).turnY(-30).translate(-1, -2, -3);
-    EXPECT_TRUE(isNear(view(), expected));
-    expectNear(RVCAMERA::getCameraPosition(), {1, 2, 3});
+    expectView(expected, {1, 2, 3});
+    EXPECT_EQ(callsOf([&] { camera->render(nullptr); }).without({"glGetFloatv"}).text(),
+              "glLoadIdentity()\nglRotatef(5, 1, 0, 0)\nglRotatef(6, 0, 1, 0)\n"
+              "glRotatef(7, 0, 0, 1)\nglRotatef(-40, 0, 0, 1)\nglRotatef(-20, 1, 0, 0)\n"
+              "glRotatef(-30, 0, 1, 0)\nglTranslatef(-1, -2, -3)\n");
 }
 
-TEST_F(CameraView, CallsStandInTheirOrder) {
-    camera->setPreRotation(5, 6, 7);
-    camera->setPosition(1, 2, 3);
-    camera->setRotation(20, 30, 40);
-    recorder.start();
-    camera->render(nullptr);
-    EXPECT_EQ(recorder.stop().without({"glGetFloatv"}), (Calls{{"glLoadIdentity"},
-                                                               {"glRotatef", 5, 1, 0, 0},
-                                                               {"glRotatef", 6, 0, 1, 0},
-                                                               {"glRotatef", 7, 0, 0, 1},
-                                                               {"glRotatef", -40, 0, 0, 1},
-                                                               {"glRotatef", -20, 1, 0, 0},
-                                                               {"glRotatef", -30, 0, 1, 0},
-                                                               {"glTranslatef", -1, -2, -3}}));
+// The position published is the last column of the matrix, also where that is not the eye.
+TEST_F(CameraView, MatrixIsTheViewItself) {
+    const Z3MMATRIX matrix(0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 3, 4, 5, 1);
+    place({50, 50, 50}, nullptr, {50, 50, 50}, {0, 90, 0});
+    setMatrix(matrix);
+    expectView(ReferenceMatrix().turnY(90).multiply(matrix), {3, 4, 5});
 }
 
-TEST_F(CameraView, MatrixIsTheViewAsItStands) {
-    Z3MMATRIX matrix(0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 3, 4, 5, 1);
-    camera->setPreRotation(0, 90, 0);
-    camera->setPosition(50, 50, 50);
-    camera->setRotation(50, 50, 50);
-    camera->setMatrix(matrix);
-    camera->setPositioning(RV_NODE_POSITIONING_MATRIX);
-    EXPECT_TRUE(isNear(view(), ReferenceMatrix().turnY(90).multiply(matrix)));
-    expectNear(RVCAMERA::getCameraPosition(), {3, 4, 5});
-}
-
-TEST_F(CameraView, IgnoresItsParent) {
-    RVNODE *parent = new RVNODE;
-    parent->setPosition(100, 100, 100);
-    camera->link(parent);
-    camera->setPosition(1, 2, 3);
-    EXPECT_TRUE(isNear(view(), ReferenceMatrix().translate(-1, -2, -3)));
-    expectNear(RVCAMERA::getCameraPosition(), {1, 2, 3});
-}
-
-// Rows x, y and z of the view by the stated steps, in double precision.
-ReferenceMatrix lookAt(const double (&eye)[3], const double (&centre)[3], const double (&up)[3]) {
-    const auto normalized = [](const double *v, double *result) {
-        const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
-        for (int index = 0; index < 3; ++index)
-            result[index] = v[index] / (length > 0 ? length : 1);
-    };
-    const auto cross = [](const double *a, const double *b, double *result) {
-        for (int index = 0; index < 3; ++index)
-            result[index] =
-                a[(index + 1) % 3] * b[(index + 2) % 3] - a[(index + 2) % 3] * b[(index + 1) % 3];
-    };
-    const double back[3] = {eye[0] - centre[0], eye[1] - centre[1], eye[2] - centre[2]};
-    double x[3], y[3], z[3];
-    normalized(back, z);
-    cross(up, z, x);
-    cross(z, x, y);
-    normalized(x, x);
-    normalized(y, y);
-    ReferenceMatrix view;
-    for (int index = 0; index < 3; ++index) {
-        view.e[4 * index] = x[index];
-        view.e[4 * index + 1] = y[index];
-        view.e[4 * index + 2] = z[index];
-    }
-    return view.translate(-eye[0], -eye[1], -eye[2]);
-}
-
-TEST_F(CameraView, AimsAtItsTargetAndForgetsThePreRotation) {
-    camera->setPreRotation(30, 40, 50);
-    camera->setPosition(3, 4, 5);
-    camera->setRotation(70, 80, 90);
+TEST_F(CameraView, LooksAtItsTargetWithoutThePreRotation) {
+    place({3, 4, 5}, camera, {70, 80, 90}, {30, 40, 50});
     camera->setTarget(-1, 2, 10);
-    camera->setTargetNode(camera);
-    EXPECT_TRUE(isNear(view(), lookAt({3, 4, 5}, {-1, 2, 10}, {0, 1, 0})));
-    expectNear(RVCAMERA::getCameraPosition(), {3, 4, 5});
-}
+    expectView(lookAt({3, 4, 5}, {-1, 2, 10}), {3, 4, 5});
+    camera->setUpDirection({1, 0.25, 0});
+    expectView(lookAt({3, 4, 5}, {-1, 2, 10}, {1, 0.25, 0}), {3, 4, 5});
 
-// Known numbers: from (5, 0, 0) to the origin, the world's -x is ahead.
-TEST_F(CameraView, LooksDownItsBackAxis) {
-    camera->setPosition(5, 0, 0);
-    camera->setTargetNode(camera);
-    const Z3MMATRIX &matrix = view();
-    expectNear(matrix.getTranslation(), {0, 0, -5});
-    expectNear(matrix.rotate(Z3MVECTOR3D(-1, 0, 0)), {0, 0, -1});
-    expectNear(matrix.rotate(Z3MVECTOR3D(0, 1, 0)), {0, 1, 0});
-    expectNear(matrix.rotate(Z3MVECTOR3D(0, 0, -1)), {1, 0, 0});
-}
-
-TEST_F(CameraView, UpDirectionTurnsAnAimedCamera) {
-    camera->setUpDirection(Z3MVECTOR3D(1, 0.25, 0));
-    camera->setPosition(0, 0, 5);
-    camera->setTargetNode(camera);
-    EXPECT_TRUE(isNear(view(), lookAt({0, 0, 5}, {0, 0, 0}, {1, 0.25, 0})));
-}
-
-TEST_F(CameraView, AimsFromTheTranslationOfItsMatrix) {
+    camera->setUpDirection({0, 1, 0});
     Z3MMATRIX matrix;
     matrix.setRotation(33, 0, 1, 0);
     matrix.setTranslation(7, 8, 9);
-    camera->setMatrix(matrix);
-    camera->setPositioning(RV_NODE_POSITIONING_MATRIX);
-    camera->setTarget(1, 2, 3);
-    camera->setTargetNode(camera);
-    EXPECT_TRUE(isNear(view(), lookAt({7, 8, 9}, {1, 2, 3}, {0, 1, 0})));
-    expectNear(RVCAMERA::getCameraPosition(), {7, 8, 9});
+    setMatrix(matrix);
+    expectView(lookAt({7, 8, 9}, {-1, 2, 10}), {7, 8, 9});
 }
 
-TEST_F(CameraView, AimsAtAnotherNodeWhereverItsParentsPutIt) {
-    RVNODE *parent = new RVNODE;
+TEST_F(CameraView, LooksAtAnotherNodeInItsFinalPosition) {
+    RVNODE *parent = new RVNODE, *node = new RVNODE;
     parent->setPosition(10, 0, 0);
     parent->setRotation(0, 0, 90);
-    RVNODE *node = new RVNODE;
     node->setPosition(5, 0, 0);
     node->link(parent);
-    camera->setPreRotation(30, 40, 50);
-    camera->setPosition(1, 2, 30);
-    camera->setTargetNode(node);
-    EXPECT_TRUE(isNear(view(), lookAt({1, 2, 30}, {10, 5, 0}, {0, 1, 0})));
+    place({1, 2, 30}, node, {}, {30, 40, 50});
+    expectView(lookAt({1, 2, 30}, {10, 5, 0}), {1, 2, 30});
 }
 
-TEST_F(CameraView, TargetAtItsOwnPlaceGivesZeroAxes) {
-    camera->setPosition(1, 2, 3);
-    camera->setTarget(1, 2, 3);
-    camera->setTargetNode(camera);
+// Known numbers: from (5, 0, 0) to the origin, the world's -x is ahead.
+TEST_F(CameraView, LooksAlongItsNegativeZAxis) {
+    place({5, 0, 0}, camera);
     const Z3MMATRIX &matrix = view();
-    for (int index = 0; index < 15; ++index)
-        EXPECT_EQ(matrix.e[index], 0) << index;
-    EXPECT_EQ(matrix.e[15], 1);
+    expectNear(matrix.getTranslation(), {0, 0, -5});
+    expectNear(matrix.rotate(Vector(-1, 0, 0)), {0, 0, -1});
+    expectNear(matrix.rotate(Vector(0, 1, 0)), {0, 1, 0});
+    expectNear(matrix.rotate(Vector(0, 0, -1)), {1, 0, 0});
 }
 
-TEST_F(CameraView, AimAlongItsUpDirectionHasNoSideAndNoTop) {
-    camera->setPosition(0, 5, 0);
-    camera->setTargetNode(camera); // at the origin, straight below
+TEST_F(CameraView, TargetWithoutADirectionHasZeroAxes) {
+    place({1, 2, 3}, camera);
+    camera->setTarget(1, 2, 3); // its own position
+    for (int index = 0; index < 16; ++index)
+        EXPECT_EQ(view().e[index], index == 15 ? 1 : 0) << index;
+
+    place({0, 5, 0}, camera);
+    camera->setTarget(0, 0, 0); // along its up direction: neither x nor y
     const Z3MMATRIX &matrix = view();
-    for (const int column : {0, 4, 8, 12}) {
-        EXPECT_EQ(matrix.e[column], 0) << column;
-        EXPECT_EQ(matrix.e[column + 1], 0) << column;
-    }
+    for (const int element : {0, 4, 8, 12, 1, 5, 9, 13})
+        EXPECT_EQ(matrix.e[element], 0) << element;
     EXPECT_FLOAT_EQ(matrix.e[6], 1);
-}
-
-// The view is the matrix itself; the position published is its last column, not where the eye is.
-TEST_F(CameraView, PositionOfAMatrixIsItsLastColumnAlsoWhereThatIsNotTheEye) {
-    Z3MMATRIX matrix;
-    matrix.setTranslation(0, 0, -5); // the view from (0, 0, 5)
-    camera->setMatrix(matrix);
-    camera->setPosition(1, 2, 3);
-    camera->setPositioning(RV_NODE_POSITIONING_MATRIX);
-    expectNear(view().getTranslation(), {0, 0, -5});
-    expectNear(RVCAMERA::getCameraPosition(), {0, 0, -5});
 }
 
 TEST_F(CameraView, LastRenderPublishesTheStatics) {
@@ -212,30 +166,22 @@ TEST_F(CameraView, LastRenderPublishesTheStatics) {
     delete other;
     EXPECT_EQ(RVCAMERA::getThisPassCamera(), nullptr);
     EXPECT_EQ(RVCAMERA::getCameraMatrix()->e[12], -9);
-}
-
-TEST_F(CameraView, StandardCameraIsGoneAfterBegin) {
-    camera->setPosition(1, 0, 0);
     camera->render(nullptr);
     RAVOLT::begin3D(nullptr);
-    EXPECT_EQ(RVCAMERA::getThisPassCamera(), nullptr);
+    EXPECT_EQ(RVCAMERA::getThisPassCamera(), nullptr) << "the default camera is none";
     EXPECT_EQ(RVCAMERA::getCameraMatrix()->e[12], 0);
     RAVOLT::end3D(true);
 }
 
-TEST_F(CameraView, TakesAnEntryOfItsOwn) {
+TEST_F(CameraView, HasAnEntryOfItsOwn) {
     Drawings drawn;
-    Probe<RVCAMERA> *probe = new Probe<RVCAMERA>(drawn);
-    RAVOLT::begin3D(nullptr);
-    probe->pass();
+    drawFrame(nullptr, new Probe<RVCAMERA>(drawn));
     EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
-    RAVOLT::end3D(true);
     EXPECT_EQ(drawn.size(), 1u);
 }
 
-TEST_F(CameraView, MoveDoomFollowsTheAxesOfTheLastView) {
-    camera->setPosition(0, 0, 10);
-    camera->setRotation(0, 90, 0); // looks along -x
+TEST_F(CameraView, MoveDoomUsesTheAxesOfTheLastView) {
+    place({0, 0, 10}, nullptr, {0, 90, 0}); // looks along -x
     camera->render(nullptr);
     RVCAMERA *other = new RVCAMERA;
     other->moveDoom(0, 0, -2);
@@ -243,7 +189,7 @@ TEST_F(CameraView, MoveDoomFollowsTheAxesOfTheLastView) {
     expectNear(other->getDirection(), {-2, 0, 0});
     other->moveDoom(3, 0, 0); // to the right
     expectNear(other->getPosition(), {-2, 0, -3});
-    other->moveDoom(Z3MVECTOR3D(0, 4, 0));
+    other->moveDoom(Vector(0, 4, 0));
     expectNear(other->getPosition(), {-2, 4, -3});
     expectNear(other->getDirection(), {0, 4, 0});
 }

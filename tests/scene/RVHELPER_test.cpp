@@ -1,3 +1,5 @@
+// Helpers: the box that they draw, and the state before and after.
+
 #include "ravolt/RVHELPER.h"
 
 #include "ravolt/RVELEMENT.h"
@@ -31,23 +33,20 @@ class HelperTest : public EngineTest {
     RVELEMENT element;
 };
 
-TEST_F(HelperTest, NewHelperHasItsDefaults) {
+TEST_F(HelperTest, FieldsHaveDefaultsAndAreWhatWasSet) {
     EXPECT_EQ(helper->getType(), RV_NODE_TYPE_HELPER);
     EXPECT_EQ(helper->getName(), "[helper " + std::to_string(helper->getId()) + "]");
     EXPECT_EQ(helper->getRadius(), 1);
     EXPECT_EQ(helper->getThickness(), 1);
-    EXPECT_TRUE(helper->getColor() == Z3MVECTOR4D(1.0, 0.8, 0.2, 0.5));
-}
-
-TEST_F(HelperTest, AccessorsKeepWhatTheyAreGiven) {
+    EXPECT_EQ(helper->getColor(), Z3MVECTOR4D(1.0, 0.8, 0.2, 0.5));
     helper->setRadius(7);
     helper->setThickness(3);
     helper->setColor(Z3MVECTOR4D(1, 2, 3, 4));
     EXPECT_EQ(helper->getRadius(), 7);
     EXPECT_EQ(helper->getThickness(), 3);
-    EXPECT_TRUE(helper->getColor() == Z3MVECTOR4D(1, 2, 3, 4));
+    EXPECT_EQ(helper->getColor(), Z3MVECTOR4D(1, 2, 3, 4));
     helper->setColor(4, 3, 2, 1);
-    EXPECT_TRUE(helper->getColor() == Z3MVECTOR4D(4, 3, 2, 1));
+    EXPECT_EQ(helper->getColor(), Z3MVECTOR4D(4, 3, 2, 1));
 }
 
 TEST_F(HelperTest, SetsItsMaterialMatrixAndColorInOrder) {
@@ -77,23 +76,20 @@ TEST_F(HelperTest, SetsItsMaterialMatrixAndColorInOrder) {
 TEST_F(HelperTest, DrawsTheEdgesAndFourSpaceDiagonals) {
     helper->setMin(Z3MVECTOR3D(-1, -2, -3));
     helper->setMax(Z3MVECTOR3D(4, 5, 6));
-    const Calls calls = recordRender().named({"glBegin", "glVertex3f", "glEnd"});
-    constexpr double x = -1, y = -2, z = -3, X = 4, Y = 5, Z = 6;
-    EXPECT_EQ(calls, (Calls{{"glBegin", GL_LINE_STRIP}, {"glVertex3f", X, y, Z},
-                            {"glVertex3f", x, Y, z},    {"glVertex3f", X, Y, z},
-                            {"glVertex3f", X, Y, Z},    {"glVertex3f", x, Y, Z},
-                            {"glVertex3f", x, Y, z},    {"glEnd"},
-                            {"glBegin", GL_LINE_STRIP}, {"glVertex3f", X, Y, Z},
-                            {"glVertex3f", x, y, z},    {"glVertex3f", X, y, z},
-                            {"glVertex3f", X, y, Z},    {"glVertex3f", x, y, Z},
-                            {"glVertex3f", x, y, z},    {"glEnd"},
-                            {"glBegin", GL_LINES},      {"glVertex3f", X, y, z},
-                            {"glVertex3f", x, Y, Z},    {"glVertex3f", x, y, Z},
-                            {"glVertex3f", X, Y, z},    {"glVertex3f", x, y, z},
-                            {"glVertex3f", x, Y, z},    {"glVertex3f", X, y, z},
-                            {"glVertex3f", X, Y, z},    {"glVertex3f", x, y, Z},
-                            {"glVertex3f", x, Y, Z},    {"glVertex3f", X, y, Z},
-                            {"glVertex3f", X, Y, Z},    {"glEnd"}}));
+    // The corners, each coordinate the lower or the upper one.
+    const auto shape = [](GLenum mode, std::initializer_list<const char *> corners) {
+        std::vector<Call> calls = {Call("glBegin", mode)};
+        for (const char *c : corners)
+            calls.push_back(Call("glVertex3f", c[0] == 'X' ? 4 : -1, c[1] == 'Y' ? 5 : -2,
+                                 c[2] == 'Z' ? 6 : -3));
+        calls.push_back(Call("glEnd"));
+        return Calls(calls).text();
+    };
+    EXPECT_EQ(recordRender().named({"glBegin", "glVertex3f", "glEnd"}).text(),
+              shape(GL_LINE_STRIP, {"XyZ", "xYz", "XYz", "XYZ", "xYZ", "xYz"}) +
+                  shape(GL_LINE_STRIP, {"XYZ", "xyz", "Xyz", "XyZ", "xyZ", "xyz"}) +
+                  shape(GL_LINES, {"Xyz", "xYZ", "xyZ", "XYz", "xyz", "xYz", "Xyz", "XYz", "xyZ",
+                                   "xYZ", "XyZ", "XYZ"}));
 }
 
 // Six faces of two triangles in their order, each with its normal and counter-clockwise seen from
@@ -134,30 +130,25 @@ TEST_F(HelperTest, SolidHasSixFacesThatLookOutward) {
 TEST_F(HelperTest, DrawsTheFarSideOfTheSolidFirst) {
     RVOPENGL::cullingOff();
     const Calls calls = recordRender().where([](const Call &call) {
-        const bool culling =
-            call == Call("glEnable", GL_CULL_FACE) || call == Call("glDisable", GL_CULL_FACE);
-        return culling || call.name == "glCullFace" || call.name == "glDrawArrays";
+        return call == Call("glEnable", GL_CULL_FACE) || call == Call("glDisable", GL_CULL_FACE) ||
+               call.name == "glCullFace" || call.name == "glDrawArrays";
     });
-    EXPECT_EQ(calls, (Calls{{"glEnable", GL_CULL_FACE},
-                            {"glCullFace", GL_FRONT},
-                            {"glDrawArrays", GL_TRIANGLES, 0, 36},
-                            {"glCullFace", GL_BACK},
-                            {"glDrawArrays", GL_TRIANGLES, 0, 36},
-                            {"glDisable", GL_CULL_FACE}}));
+    EXPECT_EQ(calls.text(), "glEnable(GL_CULL_FACE)\n"
+                            "glCullFace(GL_FRONT)\nglDrawArrays(GL_TRIANGLES, 0, 36)\n"
+                            "glCullFace(GL_BACK)\nglDrawArrays(GL_TRIANGLES, 0, 36)\n"
+                            "glDisable(GL_CULL_FACE)\n");
 }
 
 TEST_F(HelperTest, RestoresCulling) {
-    RVOPENGL::cullingOn();
-    helper->render(&element);
-    EXPECT_TRUE(RVOPENGL::isCulled());
-    EXPECT_TRUE(glIsEnabled(GL_CULL_FACE));
-    RVOPENGL::cullingOff();
-    helper->render(&element);
-    EXPECT_FALSE(RVOPENGL::isCulled());
-    EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
+    for (const bool culled : {true, false}) {
+        culled ? RVOPENGL::cullingOn() : RVOPENGL::cullingOff();
+        helper->render(&element);
+        EXPECT_EQ(RVOPENGL::isCulled(), culled);
+        EXPECT_EQ(glIsEnabled(GL_CULL_FACE) != 0, culled);
+    }
 }
 
-TEST_F(HelperTest, LeavesBlendingOffAndLightingOn) {
+TEST_F(HelperTest, SwitchesBlendingOffAndLightingOn) {
     RVOPENGL::blendingOn();
     RVLIGHT::lightingOff();
     helper->render(&element);
@@ -193,27 +184,22 @@ TEST_F(HelperTest, OpensWithTextureMatrixAndArrays) {
     EXPECT_EQ(calls[8].name, "glMaterialfv");
 }
 
-TEST_F(HelperTest, BindsNoBufferWhereThereAreBuffers) {
+TEST_F(HelperTest, UnbindsBuffersWhereTheyAreSupported) {
     const std::size_t expected = RVOPENGL::useVBO() ? 2 : 0;
     EXPECT_EQ(recordRender().count(Call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0)), expected);
+    const Calls before = recordRender();
+    helper->setRadius(100);
+    EXPECT_EQ(recordRender(), before) << "the radius does not change the drawing";
 }
 
-// The material cache forgets what the helper has overwritten.
-TEST_F(HelperTest, NextMaterialIsAppliedAnew) {
+TEST_F(HelperTest, InvalidatesTheMaterialThatItHasOverwritten) {
     RVMATERIAL *material = new RVMATERIAL;
     material->render(nullptr);
     helper->render(&element);
     EXPECT_TRUE(callsOf([&] { material->render(nullptr); }).contains("glMaterialfv"));
 }
 
-TEST_F(HelperTest, RadiusDoesNotChangeTheDrawing) {
-    helper->render(&element);
-    const Calls before = recordRender();
-    helper->setRadius(100);
-    EXPECT_EQ(recordRender(), before);
-}
-
-TEST_F(HelperTest, BoxOfOnePointIsNoFailure) {
+TEST_F(HelperTest, BoxOfOnePointIsDrawn) {
     helper->setMin(Z3MVECTOR3D(1, 1, 1));
     helper->setMax(Z3MVECTOR3D(1, 1, 1));
     helper->setPosition(0, 0, -5);
