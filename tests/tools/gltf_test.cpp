@@ -3,7 +3,6 @@
 #include "tests/tools/gltfData.h"
 #include "tests/tools/support.h"
 #include "tools/convert/gltfText.h"
-#include "tools/convert/json.h"
 
 #include <algorithm>
 #include <cmath>
@@ -87,6 +86,17 @@ TEST(Gltf, IsConfinedToItsFoldersWhereItsTextIsChangedToo) {
     writeFile("m/near.bin", data.buffer());
     options.sources.follow = false;
     expectTwoCharacters(make(options));
+}
+
+TEST(Gltf, WithInvalidUtf8IsReadAsItIs) {
+    std::string text = twoCharacters("1").text();
+    text.replace(text.find("rise"), 4, "ris\xe9");
+    writeFile("latin.gltf", text);
+    const Made made = make("latin.gltf");
+    EXPECT_TRUE(contains(made.report.warnings(),
+                         "the file's text is invalid JSON or UTF-8: equal names of nodes, steps "
+                         "and cubic curves of clips are lost"));
+    EXPECT_EQ(made.clips.size(), 1u);
 }
 
 TEST(Gltf, AboveALimitIsReadAsItIs) {
@@ -178,22 +188,6 @@ TEST(Gltf, WarnsWhereCubicCurvesAreReplacedByLinearOnes) {
 }
 
 // ---- the text ------------------------------------------------------------------------------
-
-TEST(Json, ReplacesEscapes) {
-    EXPECT_EQ(unescaped(R"(a\"\\\/\n\u00e9\u20ac\ud83d\ude00)"), "a\"\\/\n\xc3\xa9\xe2\x82\xac"
-                                                                 "\xf0\x9f\x98\x80");
-    for (const char *broken : {"\\", "\\u", "\\u12", "\\ud800", "\\ud800\\u"})
-        unescaped(broken);
-}
-
-TEST(Json, EndsWhereItIsInvalid) {
-    for (const std::string broken : {"", "{", "{\"a\"", "{\"a\":[1,", "[}", "[1 2", "{\"a\":}"}) {
-        Json json(broken);
-        json.eachMember(
-            [&](const std::string &) { json.eachItem([&](std::size_t) { json.skip(); }); });
-        json.eachItem([&](std::size_t) { json.skip(); });
-    }
-}
 
 TEST(GltfText, HasTheJsonOfABinaryFile) {
     writeFile("a.glb", binaryOf("{\"a\":1}") + "more");

@@ -1,38 +1,39 @@
-// assimp has read the file before, so it is JSON. Where it is not, the rest of the nodes stays as
-// assimp has it.
-
 #include "tools/convert/gltf1.h"
 
 #include "tools/convert/gltfText.h"
-#include "tools/convert/json.h"
 
-#include <array>
+#include <algorithm>
 #include <assimp/scene.h>
-#include <string>
+#include <nlohmann/json.hpp>
 
 namespace ravolt::tool {
 
+namespace {
+
+using Json = nlohmann::json;
+
+void place(aiNode &node, const Json &translation) {
+    const bool isVector = translation.is_array() && translation.size() == 3 &&
+                          std::all_of(translation.begin(), translation.end(),
+                                      [](const Json &number) { return number.is_number(); });
+    if (!isVector)
+        return;
+    node.mTransformation.a4 = translation[0].get<float>();
+    node.mTransformation.b4 = translation[1].get<float>();
+    node.mTransformation.c4 = translation[2].get<float>();
+}
+
+} // namespace
+
 void placeGltf1Nodes(aiScene &scene, const std::filesystem::path &file) {
-    const GltfText text(file);
-    Json json(text.json());
-    json.eachMember([&](const std::string &section) {
-        if (section != "nodes")
-            return json.skip();
-        json.eachMember([&](const std::string &name) {
-            json.eachMember([&](const std::string &key) {
-                std::array<float, 3> place;
-                if (key != "translation")
-                    return json.skip();
-                aiNode *node =
-                    json.vector(place) ? scene.mRootNode->FindNode(name.c_str()) : nullptr;
-                if (!node)
-                    return;
-                node->mTransformation.a4 = place[0];
-                node->mTransformation.b4 = place[1];
-                node->mTransformation.c4 = place[2];
-            });
-        });
-    });
+    const Json document = Json::parse(GltfText(file).json(), nullptr, false);
+    const auto nodes = document.find("nodes");
+    if (nodes == document.end() || !nodes->is_object())
+        return;
+    for (const auto &[name, stated] : nodes->items())
+        if (aiNode *node = scene.mRootNode->FindNode(name.c_str()))
+            if (const auto translation = stated.find("translation"); translation != stated.end())
+                place(*node, *translation);
 }
 
 } // namespace ravolt::tool
