@@ -4,6 +4,7 @@
 // program or from inside a library that the program has called.
 
 #include "tests/support/recorder.h"
+#include "tests/support/refusal.h"
 #include "tests/support/silentDriver.h"
 
 #include <deque>
@@ -17,24 +18,6 @@ namespace ravolt::test {
 
 // A mark stands among the calls under this name, followed by its own.
 inline constexpr const char *markName = "mark: ";
-
-// A function that is not called: `after` calls pass, then `times` are refused.
-struct Refusal {
-    unsigned int after = 0;
-    unsigned int times = 0;
-
-    bool takes() {
-        if (after) {
-            --after;
-            return false;
-        }
-        if (!times)
-            return false;
-        if (times != ~0u)
-            --times;
-        return true;
-    }
-};
 
 struct Recorder::State {
     bool recording = false;

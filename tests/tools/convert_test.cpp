@@ -313,9 +313,9 @@ TEST(Convert, UsesAlphaByItsPixelsOrAsTheCallerSays) {
            {"texture 'c.tga': its alpha blends"});
     expect(AlphaUse::picture, {0, 0, 0, 0}, {});
     expect(AlphaUse::picture, {255, 255, 255, 255}, {});
-    expect(AlphaUse::opaque, {255, 120, 130, 0}, {});
-    expect(AlphaUse::cutout, {255, 120, 130, 0}, {0, 0, 255, 255});
-    expect(AlphaUse::blended, {255, 120, 130, 0}, {0, 120, 130, 255});
+    expect(AlphaUse::opaque, {255, 127, 128, 0}, {});
+    expect(AlphaUse::cutout, {255, 127, 128, 0}, {0, 0, 255, 255});
+    expect(AlphaUse::blended, {255, 127, 128, 0}, {0, 127, 128, 255});
     expect(AlphaUse::blended, {255, 255, 255, 255}, {}); // nothing to blend
     writeAlphas("c.tga", {255, 255, 0, 255});
     writeSquare("Kd 1 1 1\nmap_Kd c.tga\nd 0.5\n"); // the opacity is stated

@@ -8,39 +8,29 @@
 
 namespace ravolt::test {
 
-namespace {
+FileFaults::Kind FileFaults::planned = Kind::failure;
+Refusal FileFaults::refusal;
 
-int *sharedCount() {
-    static int *const count = static_cast<int *>(
-        mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-    return count;
-}
-
-} // namespace
-
-FileFaults::Kind FileFaults::planned = FileFaults::Kind::none;
-int FileFaults::countdown = 0;
-
-FileFaults::FileFaults(Kind kind, int number) {
-    *sharedCount() = 0;
+FileFaults::FileFaults(Kind kind, unsigned int number) {
+    renames() = 0;
     planned = kind;
-    countdown = number;
+    refusal = {number - 1, 1};
 }
 
-FileFaults::~FileFaults() { planned = Kind::none; }
-
-int FileFaults::renames() { return *sharedCount(); }
+int &FileFaults::renames() {
+    static int *const shared = static_cast<int *>(
+        mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    return *shared;
+}
 
 bool FileFaults::strikes() {
-    if (planned == Kind::none || --countdown != 0)
+    if (!refusal.takes())
         return false;
     if (planned == Kind::kill)
         raise(SIGKILL);
     errno = ENOSPC;
     return true;
 }
-
-void FileFaults::countRename() { ++*sharedCount(); }
 
 } // namespace ravolt::test
 
@@ -63,8 +53,7 @@ int __wrap_rename(const char *from, const char *to) {
     if (FileFaults::strikes())
         return -1;
     const int result = __real_rename(from, to);
-    if (result == 0)
-        FileFaults::countRename();
+    FileFaults::renames() += result == 0;
     return result;
 }
 

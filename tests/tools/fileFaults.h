@@ -3,31 +3,32 @@
 // Faults of the file system: a call of the program's own code that writes, syncs, renames or links
 // fails, or is the last that the process makes.
 
+#include "tests/support/refusal.h"
+
 namespace ravolt::test {
 
 class FileFaults {
   public:
-    enum class Kind { none, failure, kill };
+    enum class Kind { failure, kill };
 
-    // The call of that number, from 1.
-    FileFaults(Kind kind, int number);
-    ~FileFaults();
+    // Of the call of that number, from 1.
+    FileFaults(Kind kind, unsigned int number);
+    ~FileFaults() { refusal = {}; }
     FileFaults(const FileFaults &) = delete;
     FileFaults &operator=(const FileFaults &) = delete;
 
     // Whether the call was made.
-    static bool reached() { return countdown <= 0; }
+    static bool reached() { return !refusal.times; }
 
     // Renames that succeeded, those of child processes too.
-    static int renames();
+    static int &renames();
 
     // For the calls themselves: whether this one fails.
     static bool strikes();
-    static void countRename();
 
   private:
     static Kind planned;
-    static int countdown;
+    static Refusal refusal;
 };
 
 } // namespace ravolt::test

@@ -3,46 +3,46 @@
 #include "tools/convert/images.h"
 #include "tools/convert/plainName.h"
 
+#include <array>
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace tool_test;
 
-TEST(TemporaryFolder, GoesAwayWithItsContents) {
+TEST(TemporaryFolder, IsRemovedWithItsContents) {
     fs::path path;
     {
         const TemporaryFolder folder;
         path = folder.path();
         writeFile(path / "inside/file", "x");
-        EXPECT_TRUE(fs::exists(path));
     }
     EXPECT_FALSE(fs::exists(path));
 }
 
-TEST(PlainName, KeepsLettersAndReplacesTheRest) {
-    EXPECT_EQ(plainName("Wall-2_b.x"), "Wall-2_b.x");
-    EXPECT_EQ(plainName("a b/c\\d:e"), "a_b_c_d_e");
-    EXPECT_EQ(plainName(""), "_");
-    EXPECT_EQ(plainName(".."), "_..");
-    EXPECT_EQ(plainName(std::string(300, 'x')).size(), 96u);
+TEST(PlainName, HasLettersDigitsAndFewOthers) {
+    for (const auto &[name, plain] : std::vector<std::pair<std::string, std::string>>{
+             {"Wall-2_b.x", "Wall-2_b.x"},
+             {"a b/c\\d:e", "a_b_c_d_e"},
+             {"", "_"},
+             {"..", "_.."},
+             {std::string(300, 'x'), std::string(96, 'x')}})
+        EXPECT_EQ(plainName(name), plain);
 }
 
 Image plain(unsigned int width, unsigned int height, unsigned char value) {
-    Image image;
-    image.width = width;
-    image.height = height;
-    image.pixels.assign(std::size_t(4) * width * height, value);
-    return image;
+    return {width, height, Alphas(std::size_t(4) * width * height, value)};
 }
 
-TEST(Images, BecomeSquaresOfAPowerOfTwo) {
-    EXPECT_EQ(textureSide(1, 1, 4096), 1u);
-    EXPECT_EQ(textureSide(256, 256, 4096), 256u);
-    EXPECT_EQ(textureSide(257, 3, 4096), 512u);
-    EXPECT_EQ(textureSide(640, 480, 4096), 1024u);
-    EXPECT_EQ(textureSide(9000, 10, 4096), 4096u);
-    EXPECT_EQ(textureSide(9000, 10, 1000), 512u); // the limit is rounded down
+TEST(Images, AreResizedToSquaresOfAPowerOfTwo) {
+    for (const auto &[width, height, limit, side] : std::vector<std::array<unsigned int, 4>>{
+             {1, 1, 4096, 1},
+             {256, 256, 4096, 256},
+             {257, 3, 4096, 512},
+             {640, 480, 4096, 1024},
+             {9000, 10, 4096, 4096},
+             {9000, 10, 1000, 512}}) // the limit is rounded down
+        EXPECT_EQ(textureSide(width, height, limit), side) << width << " " << limit;
 }
 
 TEST(Images, KeepTheirColorWhenResized) {
@@ -52,35 +52,30 @@ TEST(Images, KeepTheirColorWhenResized) {
         EXPECT_NEAR(value, 200, 1);
 }
 
-TEST(Images, TakeOpacityFromAMapsBrightnessOrAlpha) {
+TEST(Images, HaveOpacityOfAMapsBrightnessOrAlpha) {
     Image image = plain(2, 2, 255);
-    Image dark = plain(1, 1, 0);
-    dark.pixels[3] = 255; // no alpha of its own: its brightness counts
-    applyOpacity(image, dark);
+    applyOpacity(image, {1, 1, {0, 0, 0, 255}}); // no alpha of its own: its brightness counts
     EXPECT_EQ(image.pixels[3], 0);
-
-    Image half = plain(1, 1, 255);
-    half.pixels[3] = 128;
-    applyOpacity(image, half);
+    applyOpacity(image, {1, 1, {255, 255, 255, 128}});
     EXPECT_NEAR(image.pixels[3], 128, 1);
     EXPECT_TRUE(isSeeThrough(image));
     EXPECT_FALSE(isSeeThrough(plain(2, 2, 255)));
 }
 
-// A picture whose pixels have these alphas, `many` of each.
-Image withAlphas(const std::vector<std::pair<int, unsigned int>> &alphas) {
+// A picture with so many pixels of these alphas.
+Image withAlphas(const std::vector<std::pair<unsigned char, unsigned int>> &alphas) {
     Image image;
     image.height = 1;
-    for (const auto &[alpha, many] : alphas)
-        for (unsigned int i = 0; i < many; ++i, ++image.width)
-            image.pixels.insert(image.pixels.end(), {1, 2, 3, static_cast<unsigned char>(alpha)});
+    for (const auto &[alpha, number] : alphas)
+        for (unsigned int i = 0; i < number; ++i, ++image.width)
+            image.pixels.insert(image.pixels.end(), {1, 2, 3, alpha});
     return image;
 }
 
-TEST(Images, ShowWhatTheirAlphaIsFor) {
-    EXPECT_EQ(alphaOf(plain(4, 4, 255)), Alpha::opaque);
-    EXPECT_EQ(alphaOf(plain(4, 4, 0)), Alpha::opaque); // nobody filled it in
-    EXPECT_EQ(alphaOf(plain(4, 4, 128)), Alpha::blended);
+TEST(Images, ShowThePurposeOfTheirAlpha) {
+    EXPECT_EQ(alphaOf(withAlphas({{255, 16}})), Alpha::opaque);
+    EXPECT_EQ(alphaOf(withAlphas({{0, 16}})), Alpha::opaque); // nobody filled it in
+    EXPECT_EQ(alphaOf(withAlphas({{128, 16}})), Alpha::blended);
     EXPECT_EQ(alphaOf(withAlphas({{247, 996}, {0, 4}})), Alpha::opaque);
     EXPECT_EQ(alphaOf(withAlphas({{247, 995}, {8, 5}})), Alpha::cutout);
     EXPECT_EQ(alphaOf(withAlphas({{246, 995}, {8, 5}})), Alpha::blended);
@@ -93,24 +88,31 @@ TEST(Images, ShowWhatTheirAlphaIsFor) {
 TEST(Images, AreCutOutAtAThreshold) {
     Image image = withAlphas({{0, 1}, {127, 1}, {128, 1}, {255, 1}});
     cutOut(image, 128);
-    EXPECT_EQ(image.pixels,
-              (std::vector<unsigned char>{1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 255, 1, 2, 3, 255}));
+    EXPECT_EQ(image.pixels, (Alphas{1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 255, 1, 2, 3, 255}));
 }
 
-TEST(Images, SayWhatIsWrongWithThem) {
+Image decodeText(const std::string &file, std::string &reason) {
+    return decodeMemory(reinterpret_cast<const unsigned char *>(file.data()), file.size(), reason);
+}
+
+// Why the file is no picture.
+std::string faultOf(const std::string &file) {
     std::string reason;
-    EXPECT_TRUE(decodeMemory(nullptr, 0, reason).empty());
-    EXPECT_EQ(reason, "is empty");
-    const unsigned char junk[] = "no picture at all";
-    EXPECT_TRUE(decodeMemory(junk, sizeof junk, reason).empty());
-    EXPECT_EQ(reason, "is in no picture format that is known here");
-    const std::string cut = std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x10\0\0\0\x10\x08\x02"
-                                        "\0\0\0\0\0\0\0",
-                                        33);
-    EXPECT_TRUE(
-        decodeMemory(reinterpret_cast<const unsigned char *>(cut.data()), cut.size(), reason)
-            .empty());
-    EXPECT_EQ(reason.rfind("is broken (", 0), 0u) << reason;
+    EXPECT_TRUE(decodeText(file, reason).empty());
+    return reason;
+}
+
+TEST(Images, StateWhyTheyAreInvalid) {
+    using namespace std::string_literals;
+    EXPECT_EQ(faultOf(""), "is empty");
+    const std::string cut = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x10\0\0\0\x10\x08\x02"
+                            "\0\0\0\0\0\0\0"s;
+    EXPECT_EQ(faultOf(cut).rfind("is broken (", 0), 0u) << faultOf(cut);
+    // Some formats of ImageMagick run other programs: a part of a signature is not enough.
+    for (const char *file :
+         {"no picture at all", "%!PS-AdoWEBP", "%!PSjP  \r\n\x87\n", "RIFF0000WAVE", "MM"})
+        EXPECT_EQ(faultOf(file), "is in no picture format that is known here") << file;
+    std::string reason;
     EXPECT_TRUE(decodeFile("no/such/file", reason).empty());
 }
 
@@ -123,10 +125,6 @@ std::string sgi(unsigned int width, unsigned int height, const std::string &plan
                        word(height) + word(3) + std::string(4, '\0') + std::string("\0\0\0\xff", 4);
     file.resize(512, '\0');
     return file + planes;
-}
-
-Image decodeText(const std::string &file, std::string &reason) {
-    return decodeMemory(reinterpret_cast<const unsigned char *>(file.data()), file.size(), reason);
 }
 
 // The bytes of a text of hexadecimal digits.
@@ -181,68 +179,38 @@ const std::vector<std::pair<std::string, std::string>> fourPixels = {
 #ifdef RAVOLT_MORE_PICTURES
 
 TEST(Images, AreReadInFormatsOfImageMagick) {
-    const std::vector<unsigned char> pixels = {255, 0, 0,   255, 0, 255, 0, 255,
-                                               0,   0, 255, 255, 9, 9,   9, 255};
+    const Alphas pixels = {255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 9, 9, 9, 255};
     for (const auto &[format, file] : fourPixels) {
         std::string reason;
         const Image image = decodeText(file, reason);
         EXPECT_EQ(image.pixels, pixels) << format << ": " << reason;
         EXPECT_EQ(image.width, 2u) << format;
-        for (const std::size_t length : {file.size() / 2, file.size() * 3 / 4}) {
-            EXPECT_TRUE(decodeText(file.substr(0, length), reason).empty()) << format;
-            EXPECT_EQ(reason.rfind("is broken", 0), 0u) << format << ": " << reason;
-        }
+        for (const std::size_t length : {file.size() / 2, file.size() * 3 / 4})
+            EXPECT_EQ(faultOf(file.substr(0, length)).rfind("is broken", 0), 0u) << format;
     }
-}
-
-TEST(Images, AreNotReadWhereTheyAreCutOffOrTooLarge) {
-    std::string reason;
-    EXPECT_TRUE(decodeText(sgi(2, 2, "x"), reason).empty());
-    EXPECT_EQ(reason, "is broken (SGI)");
+    EXPECT_EQ(faultOf(sgi(2, 2, "x")), "is broken (SGI)");
+    EXPECT_EQ(faultOf(sgi(60000, 1, std::string(100, 'x'))), "is broken, or too large (SGI)");
     std::string dds = fourPixels[1].second;
     dds.replace(12, 8, std::string("\0\x7d\0\0\0\x7d\0\0", 8)); // 32000 by 32000
-    EXPECT_TRUE(decodeText(dds, reason).empty());
-    EXPECT_EQ(reason, "has an impossible size");
-    EXPECT_TRUE(decodeText(sgi(60000, 1, std::string(100, 'x')), reason).empty());
-    EXPECT_EQ(reason, "is broken, or too large (SGI)");
+    EXPECT_EQ(faultOf(dds), "has an impossible size");
 }
 
 #else
 
-TEST(Images, SayThatTheirFormatIsNotReadWithoutImageMagick) {
-    for (const auto &[format, file] : fourPixels) {
-        std::string reason;
-        EXPECT_TRUE(decodeText(file, reason).empty());
-        EXPECT_EQ(reason, "is in the format " + format + ", which this build does not read");
-    }
+TEST(Images, StateThatTheirFormatIsNotReadWithoutImageMagick) {
+    for (const auto &[format, file] : fourPixels)
+        EXPECT_EQ(faultOf(file), "is in the format " + format + ", which this build does not read");
 }
 
 #endif
 
-// Some of its formats run other programs.
-TEST(Images, AreOfNoFormatOfImageMagickByAPartOfTheirSignature) {
-    for (const char *file : {"%!PS-AdoWEBP", "%!PSjP  \r\n\x87\n", "RIFF0000WAVE", "MM"}) {
-        std::string reason;
-        EXPECT_TRUE(decodeText(file, reason).empty());
-        EXPECT_EQ(reason, "is in no picture format that is known here") << file;
-    }
-}
-
-TEST(Images, ReadRawTexelsOfAModel) {
+TEST(Images, AreMadeOfRawTexelsOfAModel) {
     aiTexture texture;
-    texture.mWidth = 1;
-    texture.mHeight = 1;
-    texture.pcData = new aiTexel[1];
-    texture.pcData[0].r = 1;
-    texture.pcData[0].g = 2;
-    texture.pcData[0].b = 3;
-    texture.pcData[0].a = 4;
+    texture.mWidth = texture.mHeight = 1;
+    texture.pcData = new aiTexel[1]{{3, 2, 1, 4}}; // B G R A
     std::string reason;
-    const Image image = decodeEmbedded(texture, reason);
-    EXPECT_EQ(image.pixels, (std::vector<unsigned char>{1, 2, 3, 4}));
-
-    texture.mWidth = 0xffffffff;
-    texture.mHeight = 0xffffffff;
+    EXPECT_EQ(decodeEmbedded(texture, reason).pixels, (Alphas{1, 2, 3, 4}));
+    texture.mWidth = texture.mHeight = 0xffffffff;
     EXPECT_TRUE(decodeEmbedded(texture, reason).empty());
     EXPECT_EQ(reason, "has an impossible size");
 }

@@ -1,25 +1,23 @@
-// The writer of PNG files, which takes all its memory by realloc, where there is none.
+// The writer of PNG files, which allocates all its memory by realloc, where there is none.
 
+#include "tests/support/refusal.h"
 #include "tools/stage/picture.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <new>
 
 namespace {
 
-int callsUntilFailure = 0; // 0: none fails
+ravolt::test::Refusal refusal;
 
-} // namespace
+}
 
 extern "C" {
 
 void *__real_realloc(void *block, std::size_t bytes);
 
 void *__wrap_realloc(void *block, std::size_t bytes) {
-    if (callsUntilFailure > 0 && --callsUntilFailure == 0)
-        return nullptr;
-    return __real_realloc(block, bytes);
+    return refusal.takes() ? nullptr : __real_realloc(block, bytes);
 }
 }
 
@@ -28,24 +26,22 @@ namespace {
 using namespace ravolt::tool;
 
 TEST(Png, ThrowsWhereverThereIsNoMemory) {
-    Picture picture;
-    picture.width = 64;
-    picture.height = 48;
+    Picture picture{64, 48, {}};
     for (int i = 0; i < 64 * 48 * 3; ++i)
         picture.pixels.push_back(static_cast<unsigned char>(i * 7919 >> 5));
     const std::vector<unsigned char> whole = encodePng(picture);
-    int failures = 0;
-    for (int number = 1; number < 10000; ++number) {
-        callsUntilFailure = number;
+    unsigned int failures = 0;
+    for (bool failed = true; failed && failures < 10000; failures += failed) {
+        refusal = {failures, 1};
         try {
             EXPECT_EQ(encodePng(picture), whole);
-            break;
+            failed = false;
         } catch (const std::bad_alloc &) {
-            ++failures;
         }
     }
-    callsUntilFailure = 0;
-    EXPECT_GT(failures, 10);
+    refusal = {};
+    EXPECT_GT(failures, 10u);
+    EXPECT_LT(failures, 10000u);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// What stood in the folder of a conversion that fails stands there still.
+// A conversion that fails changes no file of an earlier one.
 
 #include "tests/support/fileLimit.h"
 #include "tests/tools/fileFaults.h"
@@ -19,37 +19,22 @@ using ravolt::test::FileFaults;
 using ravolt::test::FileLimit;
 using Files = std::map<std::string, std::string>;
 
-std::string contentsOf(const fs::path &file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
-bool isTemporary(const std::string &name) { return name.rfind(".ravolt-", 0) == 0; }
-
 Files filesIn(const fs::path &folder) {
     Files files;
     for (const fs::directory_entry &entry : fs::directory_iterator(folder))
-        files[entry.path().filename().string()] = contentsOf(entry.path());
+        files[entry.path().filename().string()] = readText(entry.path());
     return files;
 }
 
 Files withoutTemporaries(Files files) {
-    std::erase_if(files, [](const auto &file) { return isTemporary(file.first); });
+    std::erase_if(files, [](const auto &file) { return file.first.rfind(".ravolt-", 0) == 0; });
     return files;
 }
 
 // A model with a texture and a clip, each of which changes with `value`.
 void writeModel(char value) {
     writeFile("model/wood.ppm", std::string("P6 1 1 255\n") + value + value + value);
-    writeFile("model/m.x", std::string(R"(xof 0303txt 0032
-Frame square {
-  FrameTransformMatrix {
-    1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0;;
-  }
-  Mesh {
-    4; 0.0;0.0;0.0;, 0.0;1.0;0.0;, 1.0;1.0;0.0;, 1.0;0.0;0.0;;
-    1; 4;0;1;2;3;;
-    MeshMaterialList {
+    writeMovingSquare("model/m.x", R"(    MeshMaterialList {
       1; 1; 0;;
       Material {
         1.0;1.0;1.0;1.0;; 1.0; 0.0;0.0;0.0;; 0.0;0.0;0.0;;
@@ -57,24 +42,14 @@ Frame square {
       }
     }
     MeshTextureCoords { 4; 0.0;0.0;, 0.0;1.0;, 1.0;1.0;, 1.0;0.0;; }
-  }
-}
-AnimTicksPerSecond { 10; }
-AnimationSet rise {
-  Animation {
-    {square}
-    AnimationKey { 2; 2; 0;3;0.0,0.0,0.0;;, 1;3;0.0,)") +
-                               value + ".0,0.0;;; }\n  }\n}\n");
+)",
+                      value);
 }
 
 void convert(double scale) {
-    ConvertOptions options;
-    options.model = "model/m.x";
-    options.scene = "out/scene.rve";
+    ConvertOptions options = optionsOf("model/m.x", "out/scene.rve");
     options.scale = scale;
-    Report report;
-    Progress silent(false);
-    convertModel(options, report, silent);
+    writeScene(options);
 }
 
 // The files of an earlier run, then a model of which other ones are to be made.
@@ -108,9 +83,9 @@ TEST_F(Conversion, ReplacesAllItsFiles) {
     EXPECT_TRUE(filesIn("out") == latter);
 }
 
-TEST_F(Conversion, KilledAtAnyCallLeavesTheFormerFiles) {
+TEST_F(Conversion, KilledAtAnyCallPreservesTheFormerFiles) {
     int killed = 0, status = 0;
-    for (int number = 1; number < 100; ++number) {
+    for (unsigned int number = 1; number < 100; ++number) {
         FileFaults faults(FileFaults::Kind::kill, number);
         const pid_t child = fork();
         if (child == 0) {
@@ -133,9 +108,9 @@ TEST_F(Conversion, KilledAtAnyCallLeavesTheFormerFiles) {
     EXPECT_TRUE(withoutTemporaries(filesIn("out")) == latter);
 }
 
-TEST_F(Conversion, LeavesTheFormerFilesWhereAnyCallFails) {
+TEST_F(Conversion, PreservesTheFormerFilesWhereAnyCallFails) {
     int failed = 0;
-    for (int number = 1; number < 100; ++number) {
+    for (unsigned int number = 1; number < 100; ++number) {
         const FileFaults faults(FileFaults::Kind::failure, number);
         const std::string failure = failureOf([] { convert(1); });
         if (!FileFaults::reached())
@@ -147,7 +122,7 @@ TEST_F(Conversion, LeavesTheFormerFilesWhereAnyCallFails) {
     EXPECT_EQ(failed, 9) << "a write, a sync and a rename of three files";
 }
 
-TEST_F(Conversion, LeavesTheFormerFilesOnAFullDisk) {
+TEST_F(Conversion, PreservesTheFormerFilesOnAFullDisk) {
     for (rlim_t bytes = 0; bytes < latter["scene.rve"].size(); bytes += 8) {
         const FileLimit limit(RLIMIT_FSIZE, bytes);
         const std::string failure = failureOf([] { convert(1); });
@@ -166,7 +141,7 @@ TEST_F(Conversion, RefusesReadOnlyFilesBeforeItReplacesAny) {
     }
 }
 
-TEST_F(Conversion, WritesThroughLinksAndKeepsTheMode) {
+TEST_F(Conversion, WritesThroughLinksAndPreservesTheMode) {
     fs::create_directories("elsewhere");
     fs::remove("elsewhere/real.rve");
     fs::rename("out/scene.rve", "elsewhere/real.rve");
@@ -174,27 +149,23 @@ TEST_F(Conversion, WritesThroughLinksAndKeepsTheMode) {
     fs::permissions("elsewhere/real.rve", fs::perms(0640));
     convert(1);
     EXPECT_TRUE(fs::is_symlink("out/scene.rve"));
-    EXPECT_TRUE(contentsOf("elsewhere/real.rve") == latter["scene.rve"]);
+    EXPECT_TRUE(readText("elsewhere/real.rve") == latter["scene.rve"]);
     EXPECT_EQ(fs::status("elsewhere/real.rve").permissions(), fs::perms(0640));
 }
 
-std::vector<unsigned char> bytesOf(const std::string &text) { return {text.begin(), text.end()}; }
-
-TEST(FileTransaction, MakesFilesWhereNoneStood) {
+TEST(FileTransaction, MakesNewFilesOnCommitAlone) {
     fs::create_directory("fresh");
-    fs::create_symlink("behind.txt", "fresh/link.txt");
-    {
+    fs::create_symlink("target.txt", "fresh/link.txt");
+    for (const bool commits : {false, true}) {
         FileTransaction files;
-        EXPECT_EQ(files.stage("fresh/a.txt", bytesOf("a")), "");
-        EXPECT_EQ(files.stage("fresh/link.txt", bytesOf("b")), "");
+        EXPECT_EQ(files.stage("fresh/a.txt", {'a'}), "");
+        EXPECT_EQ(files.stage("fresh/link.txt", {'b'}), "");
+        EXPECT_TRUE(withoutTemporaries(filesIn("fresh")) == (Files{{"link.txt", ""}}));
+        if (commits) {
+            EXPECT_EQ(files.commit(), "");
+        }
     }
-    EXPECT_FALSE(fs::exists("fresh/a.txt"));
-    EXPECT_TRUE(withoutTemporaries(filesIn("fresh")) == (Files{{"link.txt", ""}}));
-    FileTransaction files;
-    EXPECT_EQ(files.stage("fresh/a.txt", bytesOf("a")), "");
-    EXPECT_EQ(files.stage("fresh/link.txt", bytesOf("b")), "");
-    EXPECT_EQ(files.commit(), "");
-    EXPECT_EQ(contentsOf("fresh/a.txt") + contentsOf("fresh/behind.txt"), "ab");
+    EXPECT_EQ(readText("fresh/a.txt") + readText("fresh/target.txt"), "ab");
     const mode_t mask = umask(0);
     umask(mask);
     EXPECT_EQ(fs::status("fresh/a.txt").permissions(), fs::perms(0666 & ~mask));
@@ -203,12 +174,11 @@ TEST(FileTransaction, MakesFilesWhereNoneStood) {
 TEST(FileTransaction, RemovesWhatItMadeWhenALaterFileFails) {
     writeFile("mixed/old.txt", "old");
     FileTransaction files;
-    EXPECT_EQ(files.stage("mixed/new.txt", bytesOf("new")), "");
-    EXPECT_EQ(files.stage("mixed/old.txt", bytesOf("newer")), "");
-    EXPECT_EQ(files.stage("mixed/folder", bytesOf("x")), "");
+    for (const char *file : {"mixed/new.txt", "mixed/old.txt", "mixed/folder"})
+        EXPECT_EQ(files.stage(file, {'x'}), "");
     fs::create_directory("mixed/folder");
     EXPECT_EQ(files.commit(), "mixed/folder: is a folder");
-    EXPECT_EQ(contentsOf("mixed/old.txt"), "old");
+    EXPECT_EQ(readText("mixed/old.txt"), "old");
     EXPECT_FALSE(fs::exists("mixed/new.txt"));
 }
 

@@ -1,6 +1,9 @@
-#include "tools/common/rotation.h"
 #include "tools/convert/transforms.h"
 
+#include "tests/support/expectNear.h"
+#include "tools/common/rotation.h"
+
+#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <random>
@@ -9,14 +12,6 @@
 namespace {
 
 using namespace ravolt::tool;
-
-double distance(const Matrix &a, const Matrix &b) {
-    double largest = 0;
-    for (std::size_t i = 0; i < 3; ++i)
-        for (std::size_t j = 0; j < 3; ++j)
-            largest = std::max(largest, std::abs(a.row[i][j] - b.row[i][j]));
-    return largest;
-}
 
 Affine rigid(const Placement &placement) {
     return {rotationFromDegrees(placement.degrees), placement.position};
@@ -40,13 +35,15 @@ class Random {
     std::mt19937 engine{12345};
 };
 
+void expectNear(const Vector &actual, const Vector &expected, double tolerance) {
+    ravolt::test::expectNear(std::array{actual.x, actual.y, actual.z},
+                             std::array{expected.x, expected.y, expected.z}, tolerance);
+}
+
 TEST(Transforms, RotatesAboutXThenYThenZAsTheEngineDoes) {
     // (1, 0, 0) by 90 degrees about Z first, as the innermost rotation, is (0, 1, 0); about X that
     // is (0, 0, 1).
-    const Vector turned = rotationFromDegrees({90, 0, 90}) * Vector{1, 0, 0};
-    EXPECT_NEAR(turned.x, 0, 1e-12);
-    EXPECT_NEAR(turned.y, 0, 1e-12);
-    EXPECT_NEAR(turned.z, 1, 1e-12);
+    expectNear(rotationFromDegrees({90, 0, 90}) * Vector{1, 0, 0}, {0, 0, 1}, 1e-12);
 }
 
 TEST(Transforms, FindsTheAnglesOfEveryRotation) {
@@ -56,43 +53,34 @@ TEST(Transforms, FindsTheAnglesOfEveryRotation) {
                 const Matrix rotation = rotationFromDegrees(
                     {static_cast<double>(x), static_cast<double>(y), static_cast<double>(z)});
                 const Matrix again = rotationFromDegrees(degreesFromRotation(rotation));
-                ASSERT_LT(distance(rotation, again), 1e-9) << x << " " << y << " " << z;
+                ASSERT_LT(largestDifference(rotation, again), 1e-9) << x << " " << y << " " << z;
             }
 }
 
-TEST(Transforms, LeavesNothingBehindOfARotation) {
-    const Affine local{rotationFromDegrees({20, -35, 70}), {1, 2, 3}};
-    const Placement placement = place(local, Matrix());
-    EXPECT_NEAR(placement.degrees.x, 20, 1e-5);
-    EXPECT_NEAR(placement.degrees.y, -35, 1e-5);
-    EXPECT_NEAR(placement.degrees.z, 70, 1e-5);
-    EXPECT_LT(distance(placement.residual, Matrix()), 1e-7);
+TEST(Transforms, DivideAMatrixIntoARotationAndAResidual) {
+    const Placement rotated = place({rotationFromDegrees({20, -35, 70}), {1, 2, 3}}, Matrix());
+    expectNear(rotated.degrees, {20, -35, 70}, 1e-5);
+    EXPECT_LT(largestDifference(rotated.residual, Matrix()), 1e-7);
+    for (const Matrix &scale : {scaling(2, 3, 4), scaling(-1, 1, 1)}) {
+        const Placement placement = place({scale, {5, 6, 7}}, Matrix());
+        expectNear(placement.degrees, {}, 0);
+        EXPECT_LT(largestDifference(placement.residual, scale), 1e-12);
+    }
+    for (double scale : {1e-30, 1e-9, 1e9, 1e30}) {
+        const Placement placement =
+            place({rotationFromDegrees({10, 20, 30}) * scale, {}}, Matrix());
+        EXPECT_NEAR(placement.degrees.y, 20, 1e-5);
+        EXPECT_LT(largestDifference(placement.residual, Matrix() * scale), scale * 1e-6);
+    }
 }
 
-TEST(Transforms, LeavesScaleBehind) {
-    const Placement placement = place({scaling(2, 3, 4), {5, 6, 7}}, Matrix());
-    EXPECT_EQ(placement.degrees.x, 0);
-    EXPECT_EQ(placement.degrees.y, 0);
-    EXPECT_EQ(placement.degrees.z, 0);
-    EXPECT_LT(distance(placement.residual, scaling(2, 3, 4)), 1e-12);
-}
-
-TEST(Transforms, LeavesAMirroringAlongXBehind) {
-    const Placement placement = place({scaling(-1, 1, 1), {}}, Matrix());
-    EXPECT_LT(distance(placement.residual, scaling(-1, 1, 1)), 1e-12);
-    EXPECT_LT(length(placement.degrees), 1e-12);
-}
-
-TEST(Transforms, ScalesThePlacesOfChildren) {
+TEST(Transforms, ScalesThePositionsOfChildren) {
     const Placement parent = place({scaling(2, 3, 4), {}}, Matrix());
-    const Placement child = place({Matrix(), {1, 1, 1}}, parent.residual);
-    EXPECT_DOUBLE_EQ(child.position.x, 2);
-    EXPECT_DOUBLE_EQ(child.position.y, 3);
-    EXPECT_DOUBLE_EQ(child.position.z, 4);
+    expectNear(place({Matrix(), {1, 1, 1}}, parent.residual).position, {2, 3, 4}, 0);
 }
 
-// The heart of the matter: whatever the matrices, points end up where the model has them.
-TEST(Transforms, KeepsWorldPlacesAlongBranchesOfAnyMatrices) {
+// Whatever the matrices, points end up where the model has them.
+TEST(Transforms, PreservesWorldPositionsAlongBranchesOfAnyMatrices) {
     Random random;
     for (int branch = 0; branch < 500; ++branch) {
         Affine model, engine;
@@ -113,7 +101,7 @@ TEST(Transforms, KeepsWorldPlacesAlongBranchesOfAnyMatrices) {
     }
 }
 
-TEST(Transforms, KeepsWorldPlacesOfFlattenedNodes) {
+TEST(Transforms, PreservesWorldPositionsOfFlattenedNodes) {
     const Matrix flat[] = {scaling(1, 1, 0),
                            scaling(0, 2, 3),
                            scaling(0, 0, 5),
@@ -123,16 +111,7 @@ TEST(Transforms, KeepsWorldPlacesOfFlattenedNodes) {
     for (const Matrix &matrix : flat) {
         const Placement placement = place({matrix, {}}, Matrix());
         const Matrix again = rotationFromDegrees(placement.degrees) * placement.residual;
-        EXPECT_LT(distance(again, matrix), 1e-6);
-    }
-}
-
-TEST(Transforms, StandsExtremeScales) {
-    for (double scale : {1e-30, 1e-9, 1e9, 1e30}) {
-        const Matrix matrix = rotationFromDegrees({10, 20, 30}) * scale;
-        const Placement placement = place({matrix, {}}, Matrix());
-        EXPECT_NEAR(placement.degrees.y, 20, 1e-5);
-        EXPECT_LT(distance(placement.residual, Matrix() * scale), scale * 1e-6);
+        EXPECT_LT(largestDifference(again, matrix), 1e-6);
     }
 }
 
@@ -154,20 +133,22 @@ TEST(Transforms, TurnsNearOtherAnglesWithTheSameRotation) {
         const Vector near = random.vector(1000);
         const Matrix rotation = rotationFromDegrees(near + random.vector(1));
         const Placement turned = turnedNear(place({rotation, {}}, Matrix()), near);
-        EXPECT_LT(distance(rotationFromDegrees(turned.degrees) * turned.residual, rotation), 1e-9);
+        EXPECT_LT(
+            largestDifference(rotationFromDegrees(turned.degrees) * turned.residual, rotation),
+            1e-9);
         if (std::abs(std::cos(near.y / 57.29577951308232)) > 0.1) {
             EXPECT_LT(length(turned.degrees - near), 30) << i;
         }
     }
 }
 
-TEST(Transforms, KeepsTheThirdAngleWhereOnlyTheSumCounts) {
+TEST(Transforms, PreservesTheThirdAngleWhereOnlyTheSumCounts) {
     for (double y : {90.0, -90.0}) {
         const Matrix rotation = rotationFromDegrees({30, y, 40});
         const Placement turned = turnedNear(place({rotation, {}}, Matrix()), {29, y, 41});
         EXPECT_NEAR(turned.degrees.z, 41, 1e-3);
         EXPECT_NEAR(turned.degrees.x, y > 0 ? 29 : 31, 1e-3);
-        EXPECT_LT(distance(rotationFromDegrees(turned.degrees), rotation), 1e-5);
+        EXPECT_LT(largestDifference(rotationFromDegrees(turned.degrees), rotation), 1e-5);
     }
 }
 
