@@ -3,6 +3,7 @@
 
 #include "effects/terrainConfig.h"
 #include "effects/terrainGeometry.h"
+#include "engine/gl/bindings.h"
 #include "foundation/registry.h"
 #include "ravolt/RVSKYDOME.h"
 #include "ravolt/RVTERRAIN.h"
@@ -105,6 +106,14 @@ bool addToLayers(const TerrainEntry &entry, Layers &layers) {
 float realOf(const TerrainEntry &entry) {
     return static_cast<float>(std::atof(entry.text.c_str()));
 }
+
+// What is drawn next from the application's memory must not find a buffer, also after a failure.
+struct UnbindBuffersAtEnd {
+    UnbindBuffersAtEnd() = default;
+    ~UnbindBuffersAtEnd() { ravolt::unbindBuffers(); }
+    UnbindBuffersAtEnd(const UnbindBuffersAtEnd &) = delete;
+    UnbindBuffersAtEnd &operator=(const UnbindBuffersAtEnd &) = delete;
+};
 
 RVTERRAIN_INDEXBUFFER *uploadList(const std::vector<unsigned short> &list) {
     return new RVTERRAIN_INDEXBUFFER(list.data(), static_cast<unsigned int>(list.size()));
@@ -305,6 +314,7 @@ bool RVTERRAIN::loadGeometry(const char *filename) {
 }
 
 bool RVTERRAIN::createTerrain(const TerrainGeometry &geometry) {
+    const UnbindBuffersAtEnd unbinding;
     header = geometry.header;
     loadIndex(geometry);
     loadTextureUV(geometry);
