@@ -137,13 +137,13 @@ std::string element(const std::string &name, const std::string &content) {
     return "<" + name + ">" + content + "</" + name + ">";
 }
 
-std::string layersXml() {
+std::string layersXml(const std::string &more) {
     std::string children = element("SHADER_TYPE", "COMPLEX");
     for (const std::string layer : {"1", "2", "3", "4"})
         children += element("REPEAT", layer) +
                     element("TEXTURE32_DIFFUSE_HEIGHT", "d" + layer + ".tga") +
                     element("TEXTURE32_NORMAL_GLOSS", "n" + layer + ".tga");
-    return element("TERRAIN", children);
+    return element("TERRAIN", children + more);
 }
 
 std::string lodXml(const std::vector<std::string> &levels, const std::string &enable) {

@@ -87,7 +87,8 @@ inline const std::string waterXml =
 inline const std::string skyXml =
     "<SKY><SPEED>0</SPEED><TEXTURE24_DIFFUSE>sky.tga</TEXTURE24_DIFFUSE></SKY>";
 std::string element(const std::string &name, const std::string &content);
-std::string layersXml(); // four layers, of which the first repeats once and the last four times
+// Four layers, of which the first repeats once and the last four times, and what follows them.
+std::string layersXml(const std::string &more = "");
 std::string lodXml(const std::vector<std::string> &levels, const std::string &enable = "YES");
 
 // Writes these elements below a root as "land.xml".
