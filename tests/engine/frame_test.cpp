@@ -1,4 +1,4 @@
-// The frame: which calls its four members make around the nodes, and what is then to be seen.
+// The frame: the calls that its four members make around the nodes, and the picture.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
@@ -7,11 +7,16 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "tests/engine/openGLAccess.h"
+#include "tests/engine/resetEffects.h"
 #include "tests/scene/sceneProbes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/expectNear.h"
 #include "tests/support/glState.h"
 
 #include <array>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace ravolt::test {
 namespace {
@@ -22,7 +27,7 @@ constexpr Pixel background{51, 51, 153};
 constexpr Pixel red{255, 0, 0};
 constexpr Pixel green{0, 255, 0};
 
-// Leaves a call of its own in a recording: a point size that is its number.
+// Makes a call of its own: a point size that is its number.
 class Signature : public CustomNode {
   public:
     explicit Signature(float ownNumber) : number(ownNumber) {}
@@ -36,7 +41,7 @@ class Signature : public CustomNode {
     float number;
 };
 
-// A rectangle at z = depth, in the coordinates of the matrix that stands.
+// A rectangle at z = depth; at z = 0 in the coordinates of the current matrix.
 class Rectangle : public CustomNode {
   public:
     Rectangle(Pixel itsColor, float x1, float y1, float x2, float y2, float itsDepth)
@@ -47,10 +52,9 @@ class Rectangle : public CustomNode {
             glLoadMatrixf(static_cast<RVELEMENT *>(entry)->getMatrix()->e);
         glColor4ub(color.red, color.green, color.blue, 255);
         glBegin(GL_QUADS);
-        glVertex3f(left, top, depth);
-        glVertex3f(left, bottom, depth);
-        glVertex3f(right, bottom, depth);
-        glVertex3f(right, top, depth);
+        for (const auto &[x, y] :
+             {std::pair{left, top}, {left, bottom}, {right, bottom}, {right, top}})
+            glVertex3f(x, y, depth);
         glEnd();
         return true;
     }
@@ -75,10 +79,15 @@ class Frame : public EngineTest {
     void TearDown() override {
         RAVOLT::setSkybox(nullptr);
         RAVOLT::wireframeOff();
+        glPointSize(1);
         glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
         EngineTest::TearDown();
     }
+
+    static Pixel middle() { return pixelAt(width / 2, height / 2); }
 };
+
+const Numbers identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
 class LandscapeFrame : public Frame {
   protected:
@@ -109,39 +118,35 @@ TEST_F(Frame, Begin3DStartsFromACleanState) {
                                    {"glDisable", GL_BLEND},
                                    {"glLightModelf", GL_LIGHT_MODEL_TWO_SIDE, 0},
                                    {"glLoadIdentity"}}));
-    EXPECT_FALSE(RVOPENGL::isBlended());
-    EXPECT_FALSE(RVOPENGL::isTwoSide());
+    EXPECT_FALSE(RVOPENGL::isBlended() || RVOPENGL::isTwoSide());
 }
 
-TEST_F(Frame, Begin3DEmptiesTheListAndRaisesTheStamp) {
-    Signature node(7);
+TEST_F(Frame, EachBlockEmptiesTheListAndBegin3DAloneRaisesTheStamp) {
     const long stamp = RAVOLT::getTimeStamp();
-    RAVOLT::begin3D(camera);
-    EXPECT_EQ(RAVOLT::getTimeStamp(), stamp + 1);
-    node.pass();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
-    RAVOLT::begin3D(camera);
-    EXPECT_EQ(RAVOLT::getTimeStamp(), stamp + 2);
+    for (long block = 1; block <= 2; ++block) {
+        RAVOLT::begin3D(camera);
+        EXPECT_EQ(RAVOLT::getTimeStamp(), stamp + block);
+        EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
+        camera->pass();
+        EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 1u);
+    }
+    RAVOLT::begin2D();
     EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
+    EXPECT_EQ(RAVOLT::getTimeStamp(), stamp + 2);
+    RAVOLT::end2D();
 }
 
-TEST_F(Frame, Begin3DLoadsTheCamerasView) {
+TEST_F(Frame, Begin3DLoadsTheViewOfTheCameraOrOfATemporaryDefaultOne) {
     camera->setPosition(1, 2, 3);
     RAVOLT::begin3D(camera);
-    const Numbers wanted{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, -1, -2, -3, 1};
-    EXPECT_EQ(matrixOf(GL_MODELVIEW_MATRIX), wanted);
+    EXPECT_EQ(matrixOf(GL_MODELVIEW_MATRIX),
+              (Numbers{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, -1, -2, -3, 1}));
     EXPECT_EQ(RVCAMERA::getThisPassCamera(), camera);
-}
-
-TEST_F(Frame, Begin3DWithoutACameraUsesADefaultOneThatIsGoneAfterwards) {
-    camera->setPosition(1, 2, 3);
-    RAVOLT::begin3D(camera);
     const unsigned int nodes = RVNODE::getNumberOfNodes();
     const unsigned int freeId = zlfNewId();
     releaseId(freeId);
 
     EXPECT_TRUE(RAVOLT::begin3D(nullptr));
-    const Numbers identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     EXPECT_EQ(matrixOf(GL_MODELVIEW_MATRIX), identity);
     EXPECT_EQ(RVNODE::getNumberOfNodes(), nodes);
     EXPECT_EQ(RVCAMERA::getThisPassCamera(), nullptr);
@@ -153,54 +158,54 @@ TEST_F(Frame, Begin3DWithoutACameraUsesADefaultOneThatIsGoneAfterwards) {
 
 TEST_F(Frame, AFrameWithoutACameraShowsWhatIsInFrontOfTheOrigin) {
     drawFrame(nullptr, wall(red));
-    EXPECT_PIXEL(pixelAt(width / 2, height / 2), red, 0);
+    EXPECT_PIXEL(middle(), red, 0);
     EXPECT_PIXEL(pixelAt(2, 2), background, 0);
 }
 
 // --- end3D
 
-TEST_F(Frame, End3DOfAnEmptyListCallsNothing) {
-    RAVOLT::begin3D(camera);
-    EXPECT_TRUE(callsOf([] { EXPECT_TRUE(RAVOLT::end3D(true)); }).empty());
-}
-
-TEST_F(Frame, End3DDrawsTheListOnceInItsOrder) {
+TEST_F(Frame, End3DDrawsTheListOnceInItsOrderWhateverTheFlag) {
+    RVNODE *node = wall(red);
     for (float number : {1.0f, 2.0f, 3.0f})
-        new Signature(number);
+        (new Signature(number))->link(node);
     for (bool blit : {true, false}) {
+        RAVOLT::clear(true, true, false);
         RAVOLT::begin3D(camera);
-        for (RVNODE *node = camera->getNextNode(); node; node = node->getNextNode())
-            node->pass();
-        EXPECT_EQ(callsOf([&] { EXPECT_TRUE(RAVOLT::end3D(blit)); }),
+        EXPECT_TRUE(callsOf([&] { EXPECT_TRUE(RAVOLT::end3D(blit)); }).empty());
+        RAVOLT::begin3D(camera);
+        node->pass(true);
+        const Calls calls = callsOf([&] { EXPECT_TRUE(RAVOLT::end3D(blit)); });
+        EXPECT_EQ(calls.named("glPointSize"),
                   (Calls{{"glPointSize", 1}, {"glPointSize", 2}, {"glPointSize", 3}}))
             << "blit " << blit;
+        EXPECT_FALSE(calls.contains("glBindFramebufferEXT"));
+        EXPECT_PIXEL(middle(), red, 0);
     }
-    glPointSize(1);
 }
 
-TEST_F(Frame, End3DDrawsLightsFirstAndEveryType) {
+TEST_F(Frame, LightsComeFirstIn3DAndOnlyCustomNodesAndHelpersAreDrawnIn2D) {
     Drawings drawings;
     CustomProbe custom(drawings);
     MeshProbe mesh(drawings);
     LightProbe light(drawings);
+    HelperProbe helper(drawings);
+    const auto drawn = [&](bool (*end)()) {
+        for (RVNODE *node : std::initializer_list<RVNODE *>{&mesh, &custom, &light, &helper})
+            node->pass();
+        EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 4u);
+        drawings.clear();
+        end();
+        std::vector<const RVNODE *> nodes;
+        for (const Drawn &each : drawings)
+            nodes.push_back(each.node);
+        return nodes;
+    };
     RAVOLT::begin3D(camera);
-    custom.pass();
-    mesh.pass();
-    light.pass();
-    RAVOLT::end3D(true);
-    ASSERT_EQ(drawings.size(), 3u);
-    EXPECT_EQ(drawings[0].node, &light);
-}
-
-TEST_F(Frame, ThePictureOfTheBlockIsToBeSeenWhateverTheFlag) {
-    RVNODE *node = wall(red);
-    for (bool blit : {false, true}) {
-        RAVOLT::clear(true, true, false);
-        RAVOLT::begin3D(camera);
-        node->pass();
-        RAVOLT::end3D(blit);
-        EXPECT_PIXEL(pixelAt(width / 2, height / 2), red, 0);
-    }
+    const auto nodes = drawn([] { return RAVOLT::end3D(true); });
+    ASSERT_EQ(nodes.size(), 4u);
+    EXPECT_EQ(nodes[0], &light);
+    RAVOLT::begin2D();
+    EXPECT_EQ(drawn(RAVOLT::end2D), (std::vector<const RVNODE *>{&custom, &helper}));
 }
 
 TEST_F(Frame, NearerThingsHideFartherOnesOfAnyOrder) {
@@ -209,26 +214,19 @@ TEST_F(Frame, NearerThingsHideFartherOnesOfAnyOrder) {
     RVNODE *near = wall(green);
     far->link(near);
     drawFrame(camera, near);
-    EXPECT_PIXEL(pixelAt(width / 2, height / 2), green, 0);
+    EXPECT_PIXEL(middle(), green, 0);
 }
 
 // --- wireframe
 
-TEST_F(Frame, WireframeStartsAfterTheSortAndBeforeTheDrawing) {
-    Signature node(5);
+TEST_F(Frame, WireframeLastsFromTheDrawingUntilTheNext2DBlock) {
     RAVOLT::wireframeOn();
     RAVOLT::begin3D(camera);
-    node.pass();
+    (new Signature(5))->pass();
     EXPECT_EQ(callsOf([] { RAVOLT::end3D(true); }),
               (Calls{{"glDisable", GL_CULL_FACE},
                      {"glPolygonMode", GL_FRONT_AND_BACK, GL_LINE},
                      {"glPointSize", 5}}));
-    glPointSize(1);
-}
-
-TEST_F(Frame, WireframeLastsUntilTheNext2DBlock) {
-    RAVOLT::wireframeOn();
-    drawFrame(camera, nullptr);
     EXPECT_EQ(integerOf(GL_POLYGON_MODE), GL_LINE);
     EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
     EXPECT_TRUE(RVOPENGL::isCulled());
@@ -240,26 +238,20 @@ TEST_F(Frame, WireframeLastsUntilTheNext2DBlock) {
     EXPECT_TRUE(glIsEnabled(GL_CULL_FACE));
 }
 
-TEST_F(Frame, WithoutA2DBlockLinesStayIntoTheNextFrame) {
-    RVNODE *node = wall(red);
-    RAVOLT::wireframeOn();
-    drawFrame(camera, node);
-    RAVOLT::swap();
-    RAVOLT::wireframeOff();
-    drawFrame(camera, node);
-    EXPECT_EQ(integerOf(GL_POLYGON_MODE), GL_LINE);
-    EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
-    EXPECT_PIXEL(pixelAt(width / 2, height / 2), background, 0);
-    EXPECT_NE(readFrame().pixelsUnlike(background), 0u);
-}
-
-TEST_F(Frame, WireframeShowsBothSides) {
+TEST_F(Frame, WireframeShowsLinesOfBothSidesIntoTheNextFrameWithoutA2DBlock) {
     RVNODE *away = new Rectangle(red, 1, 1, -1, -1, -5);
     drawFrame(camera, away);
     EXPECT_EQ(readFrame().pixelsUnlike(background), 0u); // culled
     RAVOLT::wireframeOn();
-    drawFrame(camera, away);
-    EXPECT_NE(readFrame().pixelsUnlike(background), 0u);
+    for (int frame = 0; frame < 2; ++frame) {
+        drawFrame(camera, away);
+        EXPECT_EQ(integerOf(GL_POLYGON_MODE), GL_LINE);
+        EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
+        EXPECT_PIXEL(middle(), background, 0);
+        EXPECT_NE(readFrame().pixelsUnlike(background), 0u);
+        RAVOLT::swap();
+        RAVOLT::wireframeOff();
+    }
 }
 
 // --- skybox
@@ -291,8 +283,7 @@ class SkyChild : public CustomNode {
 TEST_F(Frame, TheSkyIsItsFirstChildWithoutTranslation) {
     Drawings drawings;
     auto *sky = new CustomProbe(drawings);
-    auto *first = new SkyChild;
-    auto *second = new SkyChild;
+    auto *first = new SkyChild, *second = new SkyChild;
     first->link(sky);
     second->link(sky);
     sky->setRotation(0, 90, 0);
@@ -300,10 +291,12 @@ TEST_F(Frame, TheSkyIsItsFirstChildWithoutTranslation) {
     sky->setAuxId(3);
     camera->setPosition(10, 20, 30);
     camera->setRotation(0, 90, 0);
-    RVLIGHT::lightingOn();
     RAVOLT::setSkybox(sky);
     EXPECT_EQ(RAVOLT::getSkybox(), sky);
-    drawFrame(camera, nullptr);
+    RAVOLT::begin3D(camera);
+    RVLIGHT::lightingOn();
+    RVTEXTURE::texturingOn(0);
+    RAVOLT::end3D(true);
 
     EXPECT_EQ(first->renders, 1);
     EXPECT_EQ(second->renders, 0);
@@ -312,49 +305,21 @@ TEST_F(Frame, TheSkyIsItsFirstChildWithoutTranslation) {
     EXPECT_FALSE(first->hasLight);
     EXPECT_EQ(first->auxId, 0u);
     EXPECT_EQ(first->param1, 256u);
-    EXPECT_FALSE(first->lighting);
-    for (float channel : first->color)
-        EXPECT_EQ(channel, 1);
-    const Z3MMATRIX identity; // the turns of camera and sky undo each other
-    for (int index = 0; index < 16; ++index)
-        EXPECT_NEAR(first->matrix.e[index], identity.e[index], 1e-6f) << index;
-}
+    EXPECT_FALSE(first->lighting || glIsEnabled(GL_TEXTURE_2D));
+    expectNear(first->color, {1, 1, 1, 1}, 0);
+    expectNear(first->matrix.e, identity, 1e-6); // the turns of camera and sky cancel out
 
-TEST_F(Frame, TheSkyTurnsTexturingOff) {
-    auto *sky = new CustomNode;
-    auto *child = new SkyChild;
-    child->link(sky);
-    RAVOLT::setSkybox(sky);
-    RAVOLT::begin3D(camera);
-    RVTEXTURE::texturingOn(0);
-    RAVOLT::end3D(true);
-    EXPECT_EQ(child->renders, 1);
-    EXPECT_FALSE(glIsEnabled(GL_TEXTURE_2D));
-}
-
-TEST_F(Frame, ASkyboxWithoutChildrenDrawsNothing) {
-    Drawings drawings;
-    RAVOLT::setSkybox(new CustomProbe(drawings));
-    Signature list(2);
-    RAVOLT::begin3D(camera);
-    list.pass();
-    const Calls calls = callsOf([] { EXPECT_TRUE(RAVOLT::end3D(true)); });
-    EXPECT_TRUE(drawings.empty());
-    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVNODE::getChild\n");
-    EXPECT_EQ(calls.count("glPointSize"), 1u);
-    glPointSize(1);
-}
-
-TEST_F(Frame, ASkyboxThatIsDeletedIsDrawnNoMore) {
-    RVNODE *sky = new CustomNode;
-    auto *child = new SkyChild;
-    child->link(sky);
-    RAVOLT::setSkybox(sky);
+    first->unlink();
+    second->unlink();
     drawFrame(camera, nullptr);
-    child->unlink();
+    EXPECT_TRUE(drawings.empty()) << "no child, nothing drawn";
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVNODE::getChild\n");
+    first->link(sky);
+    first->unlink();
     delete sky;
     drawFrame(camera, nullptr);
-    EXPECT_EQ(child->renders, 1);
+    EXPECT_EQ(first->renders, 1) << "a deleted skybox";
+    EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(Frame, ASkyboxDoesNotOutliveItsEngine) {
@@ -368,7 +333,7 @@ TEST_F(Frame, ASkyboxDoesNotOutliveItsEngine) {
 
 // --- begin2D, end2D
 
-TEST_F(Frame, Begin2DPreparesFlatDrawingByTheStatedCalls) {
+TEST_F(Frame, A2DBlockMakesTheStatedCalls) {
     RVLIGHT::lightingOn();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVOPENGL::blendingOn();
@@ -399,7 +364,19 @@ TEST_F(Frame, Begin2DPreparesFlatDrawingByTheStatedCalls) {
                      {"glOrtho", 0, width, height, 0, -1, 1},
                      {"glMatrixMode", GL_MODELVIEW},
                      {"glLoadIdentity"}}));
-    RAVOLT::end2D();
+    (new Signature(9))->pass();
+    EXPECT_EQ(callsOf([] { EXPECT_TRUE(RAVOLT::end2D()); }), (Calls{{"glPointSize", 9},
+                                                                    {"glMatrixMode", GL_PROJECTION},
+                                                                    {"glPopMatrix"},
+                                                                    {"glMatrixMode", GL_MODELVIEW},
+                                                                    {"glEnable", GL_CULL_FACE},
+                                                                    {"glEnable", GL_DEPTH_TEST}}));
+    RVOPENGL::cullingOff();
+    EXPECT_FALSE(callsOf([] {
+                     RAVOLT::begin2D();
+                     RAVOLT::end2D();
+                 }).contains(Call("glEnable", GL_CULL_FACE)));
+    RVOPENGL::cullingOn();
 }
 
 TEST_F(PoorFrame, Begin2DCallsNoFunctionThatTheDriverLacks) {
@@ -412,18 +389,7 @@ TEST_F(PoorFrame, Begin2DCallsNoFunctionThatTheDriverLacks) {
     RAVOLT::end2D();
 }
 
-TEST_F(Frame, Begin2DEmptiesTheListAndLeavesTheStamp) {
-    RAVOLT::begin3D(camera);
-    camera->pass();
-    EXPECT_NE(RVELEMENT::getNumberOfPassedElements(), 0u);
-    const long stamp = RAVOLT::getTimeStamp();
-    RAVOLT::begin2D();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 0u);
-    EXPECT_EQ(RAVOLT::getTimeStamp(), stamp);
-    RAVOLT::end2D();
-}
-
-TEST_F(Frame, CoordinatesAreThoseOfTheViewportInForce) {
+TEST_F(Frame, CoordinatesAreThoseOfTheCurrentViewport) {
     glViewport(10, 20, 64, 48);
     const Calls calls = callsOf([] { RAVOLT::begin2D(); });
     EXPECT_EQ(calls.named("glOrtho"), (Calls{{"glOrtho", 0, 64, 48, 0, -1, 1}}));
@@ -452,63 +418,19 @@ TEST_F(LandscapeFrame, APictureIsTurnedByAQuarter) {
     EXPECT_PIXEL(picture.at(39, height - 30), red, 0);
 }
 
-TEST_F(Frame, End2DRestoresTheStateByTheStatedCalls) {
-    auto *node = new Signature(9);
-    RAVOLT::begin2D();
-    node->pass();
-    EXPECT_EQ(callsOf([] { EXPECT_TRUE(RAVOLT::end2D()); }), (Calls{{"glPointSize", 9},
-                                                                    {"glMatrixMode", GL_PROJECTION},
-                                                                    {"glPopMatrix"},
-                                                                    {"glMatrixMode", GL_MODELVIEW},
-                                                                    {"glEnable", GL_CULL_FACE},
-                                                                    {"glEnable", GL_DEPTH_TEST}}));
-    glPointSize(1);
-}
-
-TEST_F(Frame, End2DRestoresCullingOnlyWhereItWasOn) {
-    RVOPENGL::cullingOff();
-    RAVOLT::begin2D();
-    const Calls calls = callsOf([] { RAVOLT::end2D(); });
-    EXPECT_FALSE(calls.contains(Call("glEnable", GL_CULL_FACE)));
-    EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
-    RVOPENGL::cullingOn();
-}
-
-TEST_F(Frame, End2DSkipsLightsAndMeshes) {
-    Drawings drawings;
-    CustomProbe custom(drawings);
-    MeshProbe mesh(drawings);
-    LightProbe light(drawings);
-    HelperProbe helper(drawings);
-    RAVOLT::begin2D();
-    mesh.pass();
-    custom.pass();
-    light.pass();
-    helper.pass();
-    EXPECT_EQ(RVELEMENT::getNumberOfPassedElements(), 4u);
-    RAVOLT::end2D();
-    ASSERT_EQ(drawings.size(), 2u);
-    EXPECT_EQ(drawings[0].node, &custom);
-    EXPECT_EQ(drawings[1].node, &helper);
-}
-
-TEST_F(Frame, FlatThingsLieOverTheSceneInPixelsFromTheTopLeft) {
-    drawFrame(camera, wall(red));
-    drawFrame2D(new Rectangle(green, 50, 40, 70, 60, 0));
-    const Picture picture = readFrame();
-    EXPECT_PIXEL(picture.at(50, 40), green, 0);
-    EXPECT_PIXEL(picture.at(69, 59), green, 0);
-    EXPECT_PIXEL(picture.at(49, 40), red, 0);
-    EXPECT_PIXEL(picture.at(70, 59), red, 0);
-    EXPECT_PIXEL(picture.at(60, 39), red, 0);
-    EXPECT_PIXEL(picture.at(60, 60), red, 0);
-}
-
-TEST_F(Frame, ASceneAfterA2DBlockIsAsBefore) {
+TEST_F(Frame, FlatThingsAreOverTheSceneInPixelsFromTheTopLeftForOneFrame) {
     RVNODE *scene = wall(red);
     drawFrame(camera, scene);
     const Picture first = readFrame();
     drawFrame2D(new Rectangle(green, 50, 40, 70, 60, 0));
+    const Picture picture = readFrame();
+    for (const auto &[x, y, color] : {std::tuple{50, 40, green},
+                                      {69, 59, green},
+                                      {49, 40, red},
+                                      {70, 59, red},
+                                      {60, 39, red},
+                                      {60, 60, red}})
+        EXPECT_PIXEL(picture.at(x, y), color, 0) << x << ", " << y;
     RAVOLT::swap();
     drawFrame(camera, scene);
     EXPECT_EQ(readFrame().bytes, first.bytes);
@@ -516,77 +438,41 @@ TEST_F(Frame, ASceneAfterA2DBlockIsAsBefore) {
 
 // --- the whole
 
-// A wish alone changes nothing where no effect can be drawn.
+// A request alone changes nothing where no effect can be drawn.
 TEST_F(Frame, WithRequestedEffectsIsDrawnAsWithout) {
     RVNODE *scene = wall(red);
     drawFrame(camera, scene);
     const Calls plain = callsOf([&] { drawFrame(camera, scene); });
-    RAVOLT::bloomingOn();
-    RAVOLT::HDROn();
-    RAVOLT::DOFOn();
-    RAVOLT::shadowingOn();
+    allEffectsOn();
     EXPECT_EQ(callsOf([&] { drawFrame(camera, scene); }), plain);
     EXPECT_TRUE(RAVOLT::isBlooming());
     EXPECT_FALSE(RAVOLT::isShadowed());
-    RAVOLT::bloomingOff();
-    RAVOLT::HDROff();
-    RAVOLT::DOFOff();
+    resetEffects();
 }
 
-TEST_F(Frame, MatrixStacksAreAsBefore) {
-    const int projections = integerOf(GL_PROJECTION_STACK_DEPTH);
-    const int modelviews = integerOf(GL_MODELVIEW_STACK_DEPTH);
-    const Numbers projection = matrixOf(GL_PROJECTION_MATRIX);
-    auto *sky = new CustomNode;
-    wall(green)->link(sky);
-    RAVOLT::setSkybox(sky);
-    drawFrame(camera, wall(red));
-    drawFrame2D(nullptr);
-    EXPECT_EQ(integerOf(GL_PROJECTION_STACK_DEPTH), projections);
-    EXPECT_EQ(integerOf(GL_MODELVIEW_STACK_DEPTH), modelviews);
-    EXPECT_EQ(matrixOf(GL_PROJECTION_MATRIX), projection);
-    EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);
-    EXPECT_EQ(RVOPENGL::getProfile(), RV_OPENGL_PROFILE_FULL);
-}
-
-TEST_F(Frame, TheClockAdvancesOnceAtTheFirstBlockOfAFrame) {
-    recorder.stopClock();
-    RAVOLT::swap();
-    RAVOLT::updateTimer();
-    for (bool starts3D : {true, false}) {
-        RAVOLT::swap();
-        recorder.letPass(0.25);
-        starts3D ? RAVOLT::begin3D(camera) : RAVOLT::begin2D();
-        EXPECT_FLOAT_EQ(RAVOLT::getFPSfactor(), 0.25f);
-        recorder.letPass(0.5);
-        if (!starts3D)
-            RAVOLT::end2D();
-        RAVOLT::begin3D(camera);
-        RAVOLT::begin2D();
-        EXPECT_FLOAT_EQ(RAVOLT::getFPSfactor(), 0.25f);
-        RAVOLT::end2D();
-        RAVOLT::swap();
-        RAVOLT::updateTimer();
-    }
-}
-
-TEST_F(Frame, NothingIsAllocatedInAFrame) {
+TEST_F(Frame, EndsWithTheMatrixStacksOfItsBeginAndAllocatesNothing) {
+    const auto state = [] {
+        return std::tuple{integerOf(GL_PROJECTION_STACK_DEPTH), integerOf(GL_MODELVIEW_STACK_DEPTH),
+                          integerOf(GL_MATRIX_MODE), matrixOf(GL_PROJECTION_MATRIX),
+                          RVOPENGL::getProfile()};
+    };
+    const auto before = state();
     RVNODE *scene = wall(red);
     RVNODE *flat = new Rectangle(green, 50, 40, 70, 60, 0);
     auto *sky = new CustomNode;
     wall(green)->link(sky);
     sky->setRotation(1, 2, 3);
     RAVOLT::setSkybox(sky);
-    const auto frame = [&] {
+    unsigned long allocations = 0;
+    for (int number = 0; number <= 20; ++number) {
         drawFrame(camera, scene);
         drawFrame2D(flat);
+        EXPECT_TRUE(state() == before);
         RAVOLT::swap();
-    };
-    frame();
-    const unsigned long before = recorder.allocations();
-    for (int number = 0; number < 20; ++number)
-        frame();
-    EXPECT_EQ(recorder.allocations(), before);
+        if (number == 0)
+            allocations = recorder.allocations();
+    }
+    EXPECT_EQ(recorder.allocations(), allocations);
 }
 
 } // namespace

@@ -103,41 +103,42 @@ struct Outcome {
         const auto has = [&](const char *needed, const std::string &line, const char *missing) {
             for (const std::string &name : namesIn(needed))
                 if (!contains(display.extensions, name)) {
-                    log += "   [!] " + std::string(missing) + " @ RVOPENGL::init\n";
+                    log += missing;
                     return false;
                 }
             log += line;
             return true;
         };
-        is.anisotropic = has("GL_EXT_texture_filter_anisotropic",
-                             "      GL_EXT_texture_filter_anisotropic (level 8.0)\n",
-                             "GL_EXT_texture_filter_anisotropic not supported");
+        is.anisotropic =
+            has("GL_EXT_texture_filter_anisotropic",
+                "      GL_EXT_texture_filter_anisotropic (level 8.0)\n",
+                "   [!] GL_EXT_texture_filter_anisotropic not supported @ RVOPENGL::init\n");
         is.multitexture =
             has("GL_ARB_multitexture",
                 "      GL_ARB_multitexture (" +
                     (enough ? "" : "   [!] Only " + number + " texture units (16 required)") +
                     number + " units)\n",
-                "GL_ARB_multitexture not supported") &&
+                "   [!] GL_ARB_multitexture not supported @ RVOPENGL::init\n") &&
             enough;
         is.VBO = has("GL_ARB_vertex_buffer_object", "      GL_ARB_vertex_buffer_object\n",
-                     "GL_ARB_vertex_buffer_object not found");
-        is.shaders =
-            display.shadersRequested &&
-            has("GL_ARB_vertex_shader GL_ARB_fragment_shader",
-                "      GL_ARB_vertex_shader\n      GL_ARB_fragment_shader\n", "Shaders not found");
+                     "   [!] GL_ARB_vertex_buffer_object not found @ RVOPENGL::init\n");
+        is.shaders = display.shadersRequested &&
+                     has("GL_ARB_vertex_shader GL_ARB_fragment_shader",
+                         "      GL_ARB_vertex_shader\n      GL_ARB_fragment_shader\n",
+                         "   [!] Shaders not found @ RVOPENGL::init\n");
         has("GL_ARB_depth_texture GL_ARB_shadow",
             "      GL_ARB_depth_texture\n      GL_ARB_shadow\n",
-            "GL_ARB_depth_texture or GL_ARB_shadow not found");
+            "   [!] GL_ARB_depth_texture or GL_ARB_shadow not found @ RVOPENGL::init\n");
         is.FBO = has("GL_ARB_texture_non_power_of_two", "      GL_ARB_texture_non_power_of_two\n",
-                     "GL_ARB_texture_non_power_of_two not found") &&
+                     "   [!] GL_ARB_texture_non_power_of_two not found @ RVOPENGL::init\n") &&
                  has("GL_ARB_texture_float", "      GL_ARB_texture_float\n",
-                     "GL_ARB_texture_float not found") &&
+                     "   [!] GL_ARB_texture_float not found @ RVOPENGL::init\n") &&
                  has("GL_EXT_framebuffer_object",
                      trusted ? "      GL_EXT_framebuffer_object\n" : atiLine,
-                     "GL_EXT_framebuffer_object not found") &&
+                     "   [!] GL_EXT_framebuffer_object not found @ RVOPENGL::init\n") &&
                  trusted;
         is.queries = has("GL_ARB_occlusion_query", "      GL_ARB_occlusion_query\n",
-                         "GL_ARB_occlusion_query not found");
+                         "   [!] GL_ARB_occlusion_query not found @ RVOPENGL::init\n");
         log += "   OpenGL initialized\n";
     }
 };

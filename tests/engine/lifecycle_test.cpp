@@ -76,6 +76,7 @@ class LifecycleTest : public SilentTest {
   protected:
     void SetUp() override {
         SilentTest::SetUp();
+        shaders.setShaders(true);
         mark = markLog();
     }
     void TearDown() override {
@@ -110,11 +111,12 @@ class LifecycleTest : public SilentTest {
         recorder.reset();
         recorder.silent();
         mark = markLog();
-        EXPECT_TRUE(RAVOLT::init(nullptr));
+        EXPECT_TRUE(RAVOLT::init(&shaders));
         EXPECT_EQ(logTextSince(mark).find("lready active"), std::string::npos);
         EXPECT_TRUE(RAVOLT::free());
     }
 
+    RVSETTINGS shaders; // with these on
     LogMark mark = 0;
 };
 
@@ -134,9 +136,12 @@ std::string logOfStop(const std::string &nodes = "", const std::string &material
 // The end of a failed start.
 const std::string settingsUndone = "   Release settings...\n"
                                    "   Settings released\n";
-const std::string allUndone = "   Release OpenGL...\n"
-                              "   OpenGL released\n" +
-                              settingsUndone;
+const std::string openGLUndone = "   Release OpenGL...\n"
+                                 "   OpenGL released\n" +
+                                 settingsUndone;
+const std::string allUndone = "   Release shaders...\n"
+                              "   Shaders released\n" +
+                              openGLUndone;
 const std::string listFailed =
     "   [!] Rendering elements failed to initialize @ RAVOLT::init\n" + allUndone;
 
@@ -345,7 +350,7 @@ TEST_F(LifecycleTest, AFailureUndoesWhatTheStartHasDone) {
              EXPECT_FALSE(reach(SettingsFree())());
          },
          {init, quit},
-         "   [!] Standard configuration used\n",
+         "   Initialize Ravolt\n\n",
          "   [!] Settings already active\n"
          "   [!] Unable to init settings @ RAVOLT::init\n"},
         {"active OpenGL",
@@ -364,7 +369,7 @@ TEST_F(LifecycleTest, AFailureUndoesWhatTheStartHasDone) {
          [&] { recorder.failAllocation(4096 * sizeof(RVELEMENT)); },
          nothing,
          {quit},
-         "   OpenGL initialized\n",
+         "   Codepaths initialized\n",
          "   [!] Out of memory @ RVELEMENT::init\n" + listFailed,
          14},
         {"active list",
@@ -374,7 +379,7 @@ TEST_F(LifecycleTest, AFailureUndoesWhatTheStartHasDone) {
              RVELEMENT::free();
          },
          {quit},
-         "   OpenGL initialized\n",
+         "   Codepaths initialized\n",
          "   [!] Already active @ RVELEMENT::init\n" + listFailed,
          14},
         {"mesh class",
@@ -397,7 +402,7 @@ TEST_F(LifecycleTest, AFailureUndoesWhatTheStartHasDone) {
         row.breakStart();
         mark = markLog();
         const Calls calls =
-            callsOf([] { EXPECT_FALSE(RAVOLT::init(nullptr)); }).without({"SDL_GetError"});
+            callsOf([this] { EXPECT_FALSE(RAVOLT::init(&shaders)); }).without({"SDL_GetError"});
         recorder.allocationsWork();
         EXPECT_FALSE(RAVOLT::isActive());
         EXPECT_EQ(logAfter(row.line), row.logAfterIt);
@@ -422,8 +427,8 @@ TEST_F(LifecycleTest, FailedOrderOfTheListUndoesTheSame) {
     // The splash picture, the pixel copies of six render targets and the list's entries are
     // allocated first. Nothing is recorded meanwhile, since a recording allocates too.
     recorder.failAllocation(4096 * sizeof(RVELEMENT *), 8, 1);
-    EXPECT_FALSE(RAVOLT::init(nullptr));
-    EXPECT_EQ(logAfter("   OpenGL initialized\n"),
+    EXPECT_FALSE(RAVOLT::init(&shaders));
+    EXPECT_EQ(logAfter("   Codepaths initialized\n"),
               "   [!] Out of memory @ RVELEMENT::init\n" + listFailed);
     expectNothingLeftAndACleanStart();
 }
@@ -449,9 +454,7 @@ TEST_F(LifecycleTest, AFailedStartDoesNotDestroyWhatItHasNotMade) {
 
 // The only way for them to fail is that they have run.
 TEST_F(LifecycleTest, ClassesOfProgramsThatFailUndoTheTargets) {
-    RVSETTINGS settings;
-    settings.setShaders(true);
-    ASSERT_TRUE((settings.*reach(SettingsInit()))());
+    ASSERT_TRUE((shaders.*reach(SettingsInit()))());
     ASSERT_TRUE(startOpenGL());
     ASSERT_TRUE(reach(ShadersInit())());
     ASSERT_TRUE(stopOpenGL());
@@ -459,11 +462,11 @@ TEST_F(LifecycleTest, ClassesOfProgramsThatFailUndoTheTargets) {
     const unsigned int programs = RVSHADER::getNumberOfShaders();
     const unsigned int targets = RVFBO::getNumberOfFbos();
     mark = markLog();
-    EXPECT_EQ(callsOf([&] { EXPECT_FALSE(RAVOLT::init(&settings)); }).back(), Call("SDL_Quit"));
+    EXPECT_EQ(callsOf([&] { EXPECT_FALSE(RAVOLT::init(&shaders)); }).back(), Call("SDL_Quit"));
     EXPECT_EQ(logAfter("   OpenGL initialized\n"),
               "   [!] Shaders already active @ RVSHADER::init\n"
               "   [!] Unable to init shaders @ RAVOLT::init\n" +
-                  allUndone);
+                  openGLUndone);
     EXPECT_EQ(RVSHADER::getNumberOfShaders(), programs);
     EXPECT_EQ(RVFBO::getNumberOfFbos(), targets);
     EXPECT_TRUE(reach(ShadersFree())());
@@ -475,10 +478,8 @@ TEST_F(LifecycleTest, ClassesOfProgramsThatFailUndoTheTargets) {
 
 // The pool's pointers stay, and name nothing any more.
 TEST_F(LifecycleTest, AFrameOfAStoppedEngineBindsNoTarget) {
-    RVSETTINGS settings;
-    settings.setShaders(true);
-    settings.setForceFBO(true);
-    ASSERT_TRUE(RAVOLT::init(&settings));
+    shaders.setForceFBO(true);
+    ASSERT_TRUE(RAVOLT::init(&shaders));
     ASSERT_TRUE(RVSHADER::useBloom());
     allEffectsOn();
     ASSERT_TRUE(RAVOLT::free());
