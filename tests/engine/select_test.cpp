@@ -1,4 +1,4 @@
-// Picking: what select returns, what it leaves behind, and how colours become identities.
+// Picking: what select returns, the state after it, and how colours are decoded to object ids.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
@@ -11,6 +11,8 @@
 #include "tests/support/glState.h"
 
 #include <array>
+#include <tuple>
+#include <utility>
 
 namespace ravolt::test {
 namespace {
@@ -26,33 +28,29 @@ std::array<unsigned char, 4> bytesAt(int x, int y) {
     return bytes;
 }
 
-// A square before the camera, red in the normal pass and its identity in the flat one.
+// A square before the camera, red in the normal pass and its object id in the flat one.
 class Square : public CustomNode {
   public:
     bool render(void *entry) override {
         profiles.push_back(RVOPENGL::getProfile());
         const auto *element = static_cast<const RVELEMENT *>(entry);
-        const unsigned int identity = element->getAuxId() ? element->getAuxId() : getId();
+        const unsigned int objectId = element->getAuxId() ? element->getAuxId() : getId();
+        const auto byte = [objectId](int index) {
+            return static_cast<GLubyte>(objectId >> (8 * index));
+        };
         if (RVOPENGL::getProfile() == RV_OPENGL_PROFILE_FLAT)
-            glColor4ub(byte(identity, 0), byte(identity, 1), byte(identity, 2), byte(identity, 3));
+            glColor4ub(byte(0), byte(1), byte(2), byte(3));
         else
             glColor4ub(red.red, red.green, red.blue, 255);
         glLoadMatrixf(element->getMatrix()->e);
         glBegin(GL_QUADS);
-        glVertex3f(-1, 1, -5);
-        glVertex3f(-1, -1, -5);
-        glVertex3f(1, -1, -5);
-        glVertex3f(1, 1, -5);
+        for (const auto &[x, y] : {std::pair{-1, 1}, {-1, -1}, {1, -1}, {1, 1}})
+            glVertex3i(x, y, -5);
         glEnd();
         return true;
     }
 
     std::vector<RV_OPENGL_PROFILE> profiles;
-
-  private:
-    static unsigned char byte(unsigned int value, int index) {
-        return static_cast<unsigned char>(value >> (8 * index));
-    }
 };
 
 // The body of a mesh: the same square, as two triangles.
@@ -79,10 +77,12 @@ class Selection : public EngineTest {
         camera = new RVCAMERA;
     }
 
+    static unsigned int selectCentre() { return RAVOLT::select(centreX, centreY); }
+
     // What a frame of this scene has in its centre.
     unsigned int selectedIn(RVNODE *scene) {
         drawFrame(camera, scene);
-        return RAVOLT::select(centreX, centreY);
+        return selectCentre();
     }
 
     static RVMESH *newMesh() {
@@ -99,23 +99,7 @@ class LandscapeSelection : public Selection {
 
 // --- what is found
 
-TEST_F(Selection, TheBackgroundIsZeroAndStaysAsItWas) {
-    drawFrame(camera, new Square);
-    const auto before = bytesAt(2, 90);
-    EXPECT_EQ(RAVOLT::select(2, 90), 0u);
-    EXPECT_EQ(bytesAt(2, 90), before);
-}
-
-TEST_F(Selection, ACustomNodeIsFoundByItsIdAndThePixelStaysAsItWas) {
-    auto *node = new Square;
-    drawFrame(camera, node);
-    const auto before = bytesAt(centreX, centreY);
-    EXPECT_EQ(before[0], 255);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), node->getId());
-    EXPECT_EQ(bytesAt(centreX, centreY), before);
-}
-
-// With 24 bits the highest byte of an identity does not count.
+// With 24 bits the highest byte of an object id does not count.
 class SelectionOfDepth : public Selection, public testing::WithParamInterface<int> {
   protected:
     SelectionOfDepth() { settings.setColorDepth(GetParam()); }
@@ -128,8 +112,8 @@ class SelectionOfDepth : public Selection, public testing::WithParamInterface<in
 TEST_P(SelectionOfDepth, ANodeIsFoundByItsIdOrItsAuxiliaryId) {
     for (RVNODE *node : {static_cast<RVNODE *>(new Square), static_cast<RVNODE *>(newMesh())}) {
         EXPECT_EQ(selectedIn(node), node->getId());
-        EXPECT_EQ(RAVOLT::select(centreX, centreY), node->getId()) << "once more";
-        EXPECT_EQ(RAVOLT::select(2, 90), 0u);
+        EXPECT_EQ(selectCentre(), node->getId()) << "once more";
+        EXPECT_EQ(RAVOLT::select(2, 90), 0u) << "the background";
         node->setAuxId(0x81c2a3f4);
         EXPECT_EQ(selectedIn(node), GetParam() == 32 ? 0x81c2a3f4u : 0x00c2a3f4u);
     }
@@ -138,16 +122,15 @@ TEST_P(SelectionOfDepth, ANodeIsFoundByItsIdOrItsAuxiliaryId) {
 INSTANTIATE_TEST_SUITE_P(Bits, SelectionOfDepth, testing::Values(24, 32));
 
 TEST_F(Selection, TheNearestOfSeveralIsFoundUntilItIsDeleted) {
-    auto *far = new Square;
+    auto *far = new Square, *near = new Square;
     far->setPosition(0, 0, -1);
-    auto *near = new Square;
     near->link(far);
     near->setPosition(0, 0, 2);
     EXPECT_EQ(selectedIn(far), near->getId());
     drawFrame(camera, far);
     near->unlink();
     delete near;
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), far->getId());
+    EXPECT_EQ(selectCentre(), far->getId());
 }
 
 TEST_F(Selection, OnlyMeshesAndCustomNodesAreDrawn) {
@@ -159,19 +142,10 @@ TEST_F(Selection, OnlyMeshesAndCustomNodesAreDrawn) {
     RAVOLT::begin3D(camera);
     for (RVNODE *node : std::initializer_list<RVNODE *>{&helper, &mesh, &light, &custom})
         node->pass();
-    RAVOLT::select(centreX, centreY);
+    selectCentre();
     ASSERT_EQ(drawings.size(), 2u);
     EXPECT_EQ(drawings[0].node, &mesh);
     EXPECT_EQ(drawings[1].node, &custom);
-}
-
-TEST_F(Selection, NodesAreDrawnFlatAndTheProfileIsFullAgain) {
-    auto *node = new Square;
-    drawFrame(camera, node);
-    node->profiles.clear();
-    RAVOLT::select(centreX, centreY);
-    EXPECT_EQ(node->profiles, std::vector{RV_OPENGL_PROFILE_FLAT});
-    EXPECT_EQ(RVOPENGL::getProfile(), RV_OPENGL_PROFILE_FULL);
 }
 
 TEST_F(Selection, OutsideTheWindowIsNothing) {
@@ -182,20 +156,19 @@ TEST_F(Selection, OutsideTheWindowIsNothing) {
 }
 
 TEST_F(Selection, AfterBegin2DOnlyACustomNodeOfThatBlockIsFound) {
-    auto *scene = new Square;
-    drawFrame(camera, scene);
+    drawFrame(camera, new Square);
     RAVOLT::begin2D();
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0u);
+    EXPECT_EQ(selectCentre(), 0u);
     RAVOLT::end2D();
     RAVOLT::begin2D();
     auto *flat = new Square;
     flat->pass();
     RVOPENGL::resize(0, 0, width, height); // the square is drawn in perspective
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), flat->getId());
+    EXPECT_EQ(selectCentre(), flat->getId());
     RAVOLT::end2D();
 }
 
-// The 2D block leaves the array of colours on.
+// The array of colours stays on after the 2D block.
 TEST_F(Selection, AMeshIsFoundAfterA2DBlockWithColours) {
     const unsigned char colors[4][4] = {{9, 9, 9, 9}, {9, 9, 9, 9}, {9, 9, 9, 9}, {9, 9, 9, 9}};
     RVMESH *mesh = newMesh();
@@ -203,7 +176,7 @@ TEST_F(Selection, AMeshIsFoundAfterA2DBlockWithColours) {
     glColorPointer(4, GL_UNSIGNED_BYTE, 0, colors);
     mesh->pass();
     RAVOLT::end2D();
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), mesh->getId());
+    EXPECT_EQ(selectCentre(), mesh->getId());
     EXPECT_FALSE(glIsEnabled(GL_COLOR_ARRAY));
     glColorPointer(4, GL_UNSIGNED_BYTE, 0, nullptr);
 }
@@ -217,24 +190,31 @@ TEST_F(Selection, UnderWireframeOnlyLinesAreFound) {
         found = RAVOLT::select(x, centreY);
     EXPECT_EQ(found, node->getId());
     RAVOLT::wireframeOff();
-    RAVOLT::begin2D();
-    RAVOLT::end2D();
+    drawFrame2D(nullptr);
 }
 
-// --- what is left behind
+// --- the state after it
 
-float depthAt(int x, int y) {
-    float depth = -1;
-    glReadPixels(x, RVSETTINGS::getSDLWindowY() - y, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
-    return depth;
+TEST_F(Selection, ThePictureIsAsBefore) {
+    drawFrame(camera, new Square);
+    const Picture before = readFrame();
+    EXPECT_EQ(bytesAt(centreX, centreY)[0], 255);
+    selectCentre();
+    RAVOLT::select(2, 90);
+    EXPECT_EQ(readFrame().bytes, before.bytes);
 }
 
 TEST_F(Selection, TheDepthOfThePixelStaysOverwritten) {
+    const auto depthAt = [](int x, int y) {
+        float depth = -1;
+        glReadPixels(x, height - y, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
+        return depth;
+    };
     auto *helper = new RVHELPER; // is seen, and not selected
     helper->setPosition(0, 0, -5);
     drawFrame(camera, helper);
     ASSERT_LT(depthAt(centreX, centreY), 1);
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), 0u);
+    EXPECT_EQ(selectCentre(), 0u);
     EXPECT_EQ(depthAt(centreX, centreY), 1);
     EXPECT_LT(depthAt(centreX + 1, centreY), 1);
 }
@@ -244,56 +224,46 @@ TEST_F(Selection, MatricesViewportAndBackgroundAreAsBefore) {
     RVOPENGL::setBackgroundColor(0.1f, 0.2f, 0.3f, 0.4f);
     glViewport(3, 4, 50, 60);
     glTranslatef(1, 2, 3);
-    const auto modelview = matrixOf(GL_MODELVIEW_MATRIX);
-    const auto projection = matrixOf(GL_PROJECTION_MATRIX);
-    RAVOLT::select(centreX, centreY);
-
-    EXPECT_EQ(matrixOf(GL_MODELVIEW_MATRIX), modelview);
-    EXPECT_EQ(matrixOf(GL_PROJECTION_MATRIX), projection);
+    const auto state = [] {
+        std::array<float, 4> color{};
+        glGetFloatv(GL_COLOR_CLEAR_VALUE, color.data());
+        return std::tuple{matrixOf(GL_MODELVIEW_MATRIX), matrixOf(GL_PROJECTION_MATRIX),
+                          viewportNow(), color};
+    };
+    const auto before = state();
+    selectCentre();
+    EXPECT_EQ(state(), before);
     EXPECT_EQ(viewportNow(), (std::array{3, 4, 50, 60}));
-    std::array<float, 4> color{};
-    glGetFloatv(GL_COLOR_CLEAR_VALUE, color.data());
-    EXPECT_EQ(color, (std::array{0.1f, 0.2f, 0.3f, 0.4f}));
     EXPECT_TRUE(RVOPENGL::getBackgroundColor() == Z3MVECTOR4D(0.1f, 0.2f, 0.3f, 0.4f));
     RVOPENGL::setBackgroundColor(0.2f, 0.2f, 0.6f, 1);
     RVOPENGL::resize(0, 0, width, height);
 }
 
-TEST_F(Selection, TheFramesStateIsSetAtTheEnd) {
-    drawFrame(camera, new Square);
+TEST_F(Selection, TheFramesStateIsSetAtTheEndAndTheScissorTestWithoutItsSwitch) {
+    auto *node = new Square;
+    drawFrame(camera, node);
+    node->profiles.clear();
     RVLIGHT::lightingOn();
     RVOPENGL::blendingOn();
-    RAVOLT::select(centreX, centreY);
+    RVOPENGL::scissorOn();
+    selectCentre();
+    EXPECT_EQ(node->profiles, std::vector{RV_OPENGL_PROFILE_FLAT});
+    EXPECT_EQ(RVOPENGL::getProfile(), RV_OPENGL_PROFILE_FULL);
     EXPECT_FALSE(RVLIGHT::getLighting());
     EXPECT_FALSE(RVOPENGL::isBlended());
     EXPECT_TRUE(glIsEnabled(GL_DEPTH_TEST));
     EXPECT_EQ(integerOf(GL_DEPTH_FUNC), GL_LESS);
     EXPECT_EQ(integerOf(GL_MATRIX_MODE), GL_MODELVIEW);
-}
-
-TEST_F(Selection, TheScissorTestIsChangedWithoutItsSwitch) {
-    drawFrame(camera, new Square);
-    RVOPENGL::scissorOn();
-    RAVOLT::select(centreX, centreY);
     EXPECT_FALSE(glIsEnabled(GL_SCISSOR_TEST));
     EXPECT_TRUE(callsOf(RVOPENGL::scissorOn).empty()) << "still counts as on";
     RVOPENGL::scissorOff();
 }
 
-TEST_F(Selection, OnlyThePixelIsTouched) {
-    drawFrame(camera, new Square);
-    const Picture before = readFrame();
-    RAVOLT::select(centreX, centreY);
-    RAVOLT::select(2, 90);
-    EXPECT_EQ(readFrame().bytes, before.bytes);
-}
-
 TEST_F(Selection, TheCallsComeInTheStatedOrder) {
-    auto *node = new Square;
-    drawFrame(camera, node);
+    drawFrame(camera, new Square);
     RVLIGHT::lightingOn();
     RVOPENGL::blendingOn();
-    const Calls calls = callsOf([&] { RAVOLT::select(40, 30); });
+    const Calls calls = callsOf([] { RAVOLT::select(40, 30); });
     const int row = height - 30;
     EXPECT_TRUE(calls.haveInOrder({{"glGetIntegerv", GL_VIEWPORT},
                                    {"glReadPixels", 40, row, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE},
@@ -331,20 +301,17 @@ TEST_F(Selection, TheCallsComeInTheStatedOrder) {
                                    {"glDisable", GL_SCISSOR_TEST},
                                    {"glEnable", GL_DEPTH_TEST},
                                    {"glDepthFunc", GL_LESS}}));
-    EXPECT_EQ(calls.count("glPushMatrix"), 2u);
-    EXPECT_EQ(calls.count("glPopMatrix"), 2u);
-    EXPECT_EQ(calls.count("glReadPixels"), 2u);
+    for (const char *name : {"glPushMatrix", "glPopMatrix", "glReadPixels"})
+        EXPECT_EQ(calls.count(name), 2u) << name;
 }
 
 TEST_F(LandscapeSelection, CoordinatesAreTurnedBeforeTheyAreUsed) {
     drawFrame(camera, new Square);
-    const Calls calls = callsOf([&] { RAVOLT::select(70, 30); });
     const int x = height - 30, y = 70;
-    EXPECT_EQ(calls.named("glReadPixels"),
-              (Calls{{"glReadPixels", x, height - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE},
-                     {"glReadPixels", x, height - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE}}));
-    EXPECT_EQ(calls.named("glScissor"), (Calls{{"glScissor", x, height - y, 1, 1}}));
-    EXPECT_EQ(calls.named("glVertex2i"), (Calls{{"glVertex2i", x, y}}));
+    const Call reading{"glReadPixels", x, height - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE};
+    EXPECT_EQ(
+        callsOf([] { RAVOLT::select(70, 30); }).named({"glReadPixels", "glScissor", "glVertex2i"}),
+        (Calls{reading, {"glScissor", x, height - y, 1, 1}, reading, {"glVertex2i", x, y}}));
 }
 
 // --- decoding
@@ -353,11 +320,11 @@ struct Decoding {
     const char *name;
     int red, green, blue, alpha;      // sizes of the display's channels
     std::vector<unsigned char> bytes; // of the pixel
-    unsigned int identity;
+    unsigned int id;
 };
 
 const Decoding decodings[] = {
-    {"32 bits stand as read", 8, 8, 8, 8, {0xf4, 0xa3, 0xc2, 0x81}, 0x81c2a3f4},
+    {"32 bits are taken as read", 8, 8, 8, 8, {0xf4, 0xa3, 0xc2, 0x81}, 0x81c2a3f4},
     {"24 bits lose the top byte", 8, 8, 8, 0, {0xf4, 0xa3, 0xc2, 0xff}, 0x00c2a3f4},
     {"16 bits, red", 5, 6, 5, 0, {0xff, 0, 0, 0xff}, 0xf800},
     {"16 bits, green", 5, 6, 5, 0, {0, 0xff, 0, 0xff}, 0x07e0},
@@ -382,7 +349,7 @@ TEST_P(Decoded, FromTheSecondReading) {
     recorder.answerReadPixels({9, 8, 7, 6});
     recorder.answerReadPixels(GetParam().bytes);
     recorder.start();
-    EXPECT_EQ(RAVOLT::select(centreX, centreY), GetParam().identity);
+    EXPECT_EQ(selectCentre(), GetParam().id);
     EXPECT_EQ(recorder.stop().named("glColor4ubv"), (Calls{{"glColor4ubv", 9, 8, 7, 6}}));
 }
 
@@ -394,8 +361,8 @@ INSTANTIATE_TEST_SUITE_P(Depths, Decoded, testing::ValuesIn(decodings), [](const
     return name;
 });
 
-// At 16 bits a mesh writes the low 16 bits of its identity in fields of 5, 6 and 5, and what such a
-// display keeps of them comes back.
+// At 16 bits a mesh writes the low 16 bits of its object id in fields of 5, 6 and 5, and those are
+// read again from such a display.
 class Selection16 : public Selection {
   protected:
     void SetUp() override {
@@ -404,15 +371,18 @@ class Selection16 : public Selection {
     }
 };
 
-TEST_F(Selection16, AMeshComesBackByItsLow16Bits) {
+TEST_F(Selection16, AMeshIsFoundByItsLow16Bits) {
     RVMESH *mesh = newMesh();
-    for (unsigned int identity : {0x00000001u, 0x0000f81fu, 0x00001234u, 0xabcd8421u}) {
-        mesh->setAuxId(identity);
-        EXPECT_EQ(selectedIn(mesh), identity & 0xffff);
+    for (unsigned int id : {0x00000001u, 0x0000f81fu, 0x00001234u, 0xabcd8421u}) {
+        mesh->setAuxId(id);
+        EXPECT_EQ(selectedIn(mesh), id & 0xffff);
     }
 }
 
 // --- through render target 0
+
+// The target is 64 by 48; select counts its rows as those of the window.
+constexpr int targetX = 32, targetY = 96 - 24;
 
 class TargetSelection : public Selection {
   protected:
@@ -420,19 +390,19 @@ class TargetSelection : public Selection {
 };
 
 // Draws through target 0 and, as the copy at a frame's end does, goes back to the window.
-TEST_F(TargetSelection, WorksOnTargetZeroAndLeavesItBound) {
+TEST_F(TargetSelection, WorksOnTargetZeroAndDoesNotUnbindIt) {
     auto *node = new Square;
     drawFrame(camera, node);
     RVFBO::unbind();
-    // The target is 64 by 48; select counts its rows as those of the window.
-    const int x = 32, y = 96 - 24;
-    const Calls calls = callsOf([&] { EXPECT_EQ(RAVOLT::select(x, y), node->getId()); });
+    const Calls calls =
+        callsOf([&] { EXPECT_EQ(RAVOLT::select(targetX, targetY), node->getId()); });
     EXPECT_EQ(RVFBO::getCurrent(), RVOPENGL::getFbo(0));
     EXPECT_EQ(calls.named({"glBindFramebufferEXT", "glReadPixels", "glClear"}).names(),
               (std::vector<std::string>{"glReadPixels", "glBindFramebufferEXT", "glClear",
                                         "glReadPixels"}))
         << "the first pixel comes from what was bound before";
     EXPECT_EQ(node->profiles.back(), RV_OPENGL_PROFILE_FLAT);
+    EXPECT_EQ(RAVOLT::select(1, 95), 0u) << "the background";
     RVFBO::unbind();
 }
 
@@ -441,50 +411,33 @@ class BloomingSelection : public Selection {
     BloomingSelection() { settings.setShaders(true); }
 };
 
-// The frame has gone back to the window; a selection takes its target up again and keeps it.
-TEST_F(BloomingSelection, A2DBlockAfterItIsDrawnIntoTargetZero) {
+// The frame ends in the window; a selection binds its target again.
+TEST_F(BloomingSelection, A2DBlockAfterItIsDrawnIntoTargetZeroUnlessThatIsUnbound) {
+    const auto blueBlock = [](int x1, int y1, int x2, int y2) {
+        RAVOLT::begin2D();
+        glColor4f(0, 0, 1, 1);
+        glRecti(x1, y1, x2, y2);
+        RAVOLT::end2D();
+    };
+    const Pixel blue{0, 0, 255, 255};
     RAVOLT::bloomingOn();
     drawFrame(camera, new Square);
     ASSERT_EQ(RVFBO::getCurrent(), nullptr);
-    RAVOLT::select(32, 96 - 24);
+    const Picture before = readFrame();
+    RAVOLT::select(targetX, targetY);
     EXPECT_EQ(RVFBO::getCurrent(), RVOPENGL::getFbo(0));
-    const Pixel before = [] {
-        RVFBO::unbind();
-        const Pixel pixel = pixelAt(centreX, centreY);
-        RVOPENGL::getFbo(0)->render(nullptr);
-        return pixel;
-    }();
-    RAVOLT::begin2D();
-    glColor4f(0, 0, 1, 1);
-    glRecti(0, 48, 64, 0);
-    RAVOLT::end2D();
-    RAVOLT::bloomingOff();
-    std::array<unsigned char, 4> bytes{};
-    glReadPixels(32, 24, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
-    EXPECT_EQ(bytes, (std::array<unsigned char, 4>{0, 0, 255, 255}));
+    blueBlock(0, 96, 64, 48); // the viewport is still the window's
+    EXPECT_EQ(bytesAt(targetX, targetY), (std::array<unsigned char, 4>{0, 0, 255, 255}));
     RVFBO::unbind();
-    EXPECT_EQ(pixelAt(centreX, centreY), before);
-}
+    EXPECT_EQ(readFrame().bytes, before.bytes);
 
-TEST_F(BloomingSelection, UnbindingBringsTheBlockAfterItToTheWindow) {
-    RAVOLT::bloomingOn();
-    drawFrame(camera, new Square);
-    RAVOLT::select(32, 96 - 24);
+    RAVOLT::select(targetX, targetY);
     RVFBO::unbind();
-    RAVOLT::begin2D();
-    glColor4f(0, 0, 1, 1);
-    glRecti(100, 90, 128, 80); // pixels of the window
-    RAVOLT::end2D();
+    blueBlock(100, 90, 128, 80); // pixels of the window
     RAVOLT::bloomingOff();
-    EXPECT_PIXEL(pixelAt(127, 81), (Pixel{0, 0, 255, 255}), 0);
-    EXPECT_PIXEL(pixelAt(101, 89), (Pixel{0, 0, 255, 255}), 0);
-    EXPECT_FALSE(pixelAt(98, 85) == (Pixel{0, 0, 255, 255}));
-}
-
-TEST_F(TargetSelection, TheBackgroundOfTheTargetIsZero) {
-    drawFrame(camera, new Square);
-    EXPECT_EQ(RAVOLT::select(1, 95), 0u);
-    RVFBO::unbind();
+    EXPECT_PIXEL(pixelAt(127, 81), blue, 0);
+    EXPECT_PIXEL(pixelAt(101, 89), blue, 0);
+    EXPECT_FALSE(pixelAt(98, 85) == blue);
 }
 
 } // namespace
