@@ -1,16 +1,15 @@
-// Clips in memory: the registry, the entries, what lies between keys, and their use on a tree.
+// Clips in memory: their storage, the entries, the frames between keys, and their use on a tree.
 
 #include "ravolt/RVANIM.h"
 
 #include "ravolt/RVNODE.h"
-#include "ravolt/zlf.h"
 #include "tests/support/logReader.h"
 
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <new>
 #include <random>
@@ -50,6 +49,18 @@ class Anim : public testing::Test {
 
 // --- Memory
 
+void expectEmpty(RVANIM &clip) {
+    for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone) {
+        ASSERT_STREQ(clip.getBoneName(bone), "");
+        for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; ++frame) {
+            const RVBONEFRAME &entry = *clip.getKeyframe(frame, bone);
+            ASSERT_FALSE(entry.set);
+            ASSERT_TRUE(isVector(entry.rotation, 0, 0, 0));
+            ASSERT_TRUE(isVector(entry.translation, 0, 0, 0));
+        }
+    }
+}
+
 // Of this process, in bytes.
 std::size_t residentMemory() {
     std::ifstream file("/proc/self/statm");
@@ -60,33 +71,30 @@ std::size_t residentMemory() {
 
 constexpr std::size_t bytesOfAClip = sizeof(RVANIM);
 
-TEST_F(Anim, EmptyClipsTakeNoMemoryToSpeakOf) {
+TEST_F(Anim, EmptyClipsUseHardlyAnyMemory) {
     const std::size_t before = residentMemory();
     for (int number = 0; number < 100; ++number)
         new RVANIM;
     EXPECT_LT(residentMemory(), before + 10 * bytesOfAClip);
 }
 
-// What they hold is gone with them, also where the same memory serves others.
+// The memory of a full clip is released with it, even if other clips reuse it.
 TEST_F(Anim, ClipsInMemoryThatWasUsedAreEmptyAndSmall) {
-    const auto makeFull = [] {
-        for (int number = 0; number < 20; ++number) {
-            RVANIM &full = *new RVANIM;
-            for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone)
-                full.setBoneName(bone, "bone");
-            full.setNumberOfBones(RV_ANIM_BONES);
-            full.setNumberOfFrames(RV_ANIM_FRAMES);
-            for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; ++frame)
-                for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone)
-                    full.setFrame(frame, bone, 1, 2, 3);
-        }
-    };
     const std::size_t before = residentMemory();
-    makeFull();
+    for (int number = 0; number < 20; ++number) {
+        RVANIM &full = *new RVANIM;
+        full.setNumberOfBones(RV_ANIM_BONES);
+        full.setNumberOfFrames(RV_ANIM_FRAMES);
+        for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone) {
+            full.setBoneName(bone, "bone");
+            for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; ++frame)
+                full.setFrame(frame, bone, 1, 2, 3);
+        }
+    }
     EXPECT_GT(residentMemory(), before + 19 * bytesOfAClip);
     RVANIM::cleanUp();
 #ifdef __SANITIZE_ADDRESS__
-    const std::size_t empty = residentMemory(); // the sanitizer keeps what is freed
+    const std::size_t empty = residentMemory(); // the sanitizer does not release it
 #else
     const std::size_t empty = before;
 #endif
@@ -94,51 +102,32 @@ TEST_F(Anim, ClipsInMemoryThatWasUsedAreEmptyAndSmall) {
         new RVANIM;
     EXPECT_LT(residentMemory(), empty + 4 * bytesOfAClip);
     for (RVANIM *each = RVANIM::getFirst(); each; each = each->getNext())
-        for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; ++frame)
-            for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone) {
-                ASSERT_STREQ(each->getBoneName(bone), "");
-                ASSERT_FALSE(each->getKeyframe(frame, bone)->set);
-                ASSERT_TRUE(isVector(each->getFrameRotation(frame, bone), 0, 0, 0));
-            }
+        expectEmpty(*each);
 }
 
-// On any storage, whatever it held.
-TEST_F(Anim, AClipOutsideTheHeapIsEmptyToo) {
+// On any storage, whatever it contained.
+TEST_F(Anim, ClipOutsideTheHeapIsEmptyToo) {
     const auto storage = std::make_unique<unsigned char[]>(sizeof(RVANIM) + 4096);
     for (const std::size_t offset : {0u, 8u, 4088u}) {
         std::fill_n(storage.get(), sizeof(RVANIM) + 4096, static_cast<unsigned char>(0xA5));
         RVANIM *each = new (storage.get() + offset) RVANIM;
-        for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; ++frame)
-            for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone) {
-                ASSERT_STREQ(each->getBoneName(bone), "");
-                ASSERT_FALSE(each->getKeyframe(frame, bone)->set);
-                ASSERT_TRUE(isVector(each->getFrameRotation(frame, bone), 0, 0, 0));
-            }
+        expectEmpty(*each);
         each->~RVANIM();
-        EXPECT_EQ(storage[offset + sizeof(RVANIM)], 0xA5) << "what is behind it stays";
-        EXPECT_TRUE(offset == 0 || storage[offset - 1] == 0xA5);
+        EXPECT_EQ(storage[offset + sizeof(RVANIM)], 0xA5) << "the byte after it";
+        EXPECT_TRUE(offset == 0 || storage[offset - 1] == 0xA5) << "the byte before it";
     }
 }
 
-// --- The registry
+// --- Counts and names
 
 TEST_F(Anim, NewClipIsEmpty) {
     EXPECT_EQ(clip.getFilename(), "[anim " + std::to_string(clip.getId()) + "]");
     EXPECT_FALSE(clip.getTranslating());
     EXPECT_EQ(clip.getNumberOfBones(), 0);
     EXPECT_EQ(clip.getNumberOfFrames(), 0);
-    for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone) {
-        EXPECT_STREQ(clip.getBoneName(bone), "");
-        for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; ++frame) {
-            ASSERT_TRUE(isVector(entry(frame, bone).rotation, 0, 0, 0));
-            ASSERT_TRUE(isVector(entry(frame, bone).translation, 0, 0, 0));
-            ASSERT_FALSE(entry(frame, bone).set);
-        }
-    }
+    expectEmpty(clip);
     EXPECT_NOTHING_LOGGED();
 }
-
-// --- Counts and names
 
 TEST_F(Anim, CountsAreCutTo16Bits) {
     for (const unsigned int count : {0u, 1u, 129u, 65535u, 65536u, 65541u, 0xffffffffu}) {
@@ -146,33 +135,28 @@ TEST_F(Anim, CountsAreCutTo16Bits) {
         EXPECT_EQ(clip.getNumberOfBones(), count & 0xffff);
         EXPECT_EQ(clip.getNumberOfFrames(), (count + 1) & 0xffff);
     }
-    clip.setTranslating(true);
-    EXPECT_TRUE(clip.getTranslating());
-    clip.setTranslating(false);
-    EXPECT_FALSE(clip.getTranslating());
+    for (const bool translating : {true, false}) {
+        clip.setTranslating(translating);
+        EXPECT_EQ(clip.getTranslating(), translating);
+    }
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(Anim, BoneNamesGoUpTo128WhateverTheCount) {
-    EXPECT_TRUE(clip.setBoneName(0, "hips"));
-    EXPECT_TRUE(clip.setBoneName(127, "tail"));
-    EXPECT_STREQ(clip.getBoneName(0), "hips");
-    EXPECT_STREQ(clip.getBoneName(127), "tail");
+TEST_F(Anim, BoneNamesGoUpTo128WhateverTheCountAndLongOnesAreCut) {
+    const std::string longName(256, 'b');
+    for (const unsigned int bone : {0u, 127u})
+        for (const std::string &name : {std::string("hips"), longName.substr(1), longName}) {
+            EXPECT_TRUE(clip.setBoneName(bone, name.c_str()));
+            EXPECT_EQ(clip.getBoneName(bone), name.substr(0, 255));
+        }
+    EXPECT_STREQ(clip.getBoneName(1), "");
     for (const unsigned int bone : {128u, 129u, 0xffffffffu}) {
         EXPECT_FALSE(clip.setBoneName(bone, "none"));
         EXPECT_EQ(clip.getBoneName(bone), nullptr);
     }
     EXPECT_FALSE(clip.setBoneName(0, nullptr));
-    EXPECT_STREQ(clip.getBoneName(0), "hips");
+    EXPECT_EQ(clip.getBoneName(0), longName.substr(1));
     EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(Anim, LongBoneNamesAreCut) {
-    EXPECT_TRUE(clip.setBoneName(1, std::string(255, 'a').c_str()));
-    EXPECT_EQ(clip.getBoneName(1), std::string(255, 'a'));
-    EXPECT_TRUE(clip.setBoneName(1, std::string(256, 'b').c_str()));
-    EXPECT_EQ(clip.getBoneName(1), std::string(255, 'b'));
-    EXPECT_STREQ(clip.getBoneName(2), "");
 }
 
 TEST_F(Anim, BonesAreFoundByNameWithinTheCount) {
@@ -181,9 +165,8 @@ TEST_F(Anim, BonesAreFoundByNameWithinTheCount) {
         clip.setBoneName(bone, bone == 3 ? "tail" : "arm");
     EXPECT_EQ(clip.findBoneByName("arm"), 1);
     EXPECT_EQ(clip.findBoneByName(""), 0);
-    EXPECT_EQ(clip.findBoneByName("Arm"), -1);
-    EXPECT_EQ(clip.findBoneByName("tail"), -1);
-    EXPECT_EQ(clip.findBoneByName("leg"), -1);
+    for (const char *name : {"Arm", "tail", "leg"})
+        EXPECT_EQ(clip.findBoneByName(name), -1) << name;
     EXPECT_NOTHING_LOGGED();
     EXPECT_EQ(clip.findBoneByName(nullptr), -1);
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVANIM::findBoneByName\n");
@@ -191,110 +174,71 @@ TEST_F(Anim, BonesAreFoundByNameWithinTheCount) {
 
 // --- Entries
 
-struct Setter {
-    const char *message;
-    bool (*call)(RVANIM &clip, unsigned int frame, unsigned int bone);
-};
-
-void PrintTo(const Setter &setter, std::ostream *out) { *out << setter.message; }
-
-const Setter setters[] = {
-    {"   [!] Invalid params @ RVANIM::setFrame\n",
-     [](RVANIM &clip, unsigned int frame, unsigned int bone) {
-         return clip.setFrame(frame, bone, 1.0f, 2.0f, 3.0f);
-     }},
-    {"   [!] Invalid params @ RVANIM::setFrameRotationX\n",
-     [](RVANIM &clip, unsigned int frame, unsigned int bone) {
-         return clip.setFrameRotationX(frame, bone, 1.0f);
-     }},
-    {"   [!] Invalid params @ RVANIM::setFrameRotationY\n",
-     [](RVANIM &clip, unsigned int frame, unsigned int bone) {
-         return clip.setFrameRotationY(frame, bone, 2.0f);
-     }},
-    {"   [!] Invalid params @ RVANIM::setFrameRotationZ\n",
-     [](RVANIM &clip, unsigned int frame, unsigned int bone) {
-         return clip.setFrameRotationZ(frame, bone, 3.0f);
-     }},
-    {"   [!] Invalid params @ RVANIM::unsetFrame\n",
-     [](RVANIM &clip, unsigned int frame, unsigned int bone) {
-         return clip.unsetFrame(frame, bone);
-     }},
-};
-
-class AnimSetter : public Anim, public testing::WithParamInterface<Setter> {
-  protected:
-    void expectAccepted(unsigned int frame, unsigned int bone) {
-        markLog();
-        EXPECT_TRUE(GetParam().call(clip, frame, bone)) << frame << ", " << bone;
-        EXPECT_NOTHING_LOGGED();
-    }
-
-    void expectRefused(unsigned int frame, unsigned int bone) {
-        markLog();
-        EXPECT_FALSE(GetParam().call(clip, frame, bone)) << frame << ", " << bone;
-        EXPECT_LOGGED_EXACTLY(GetParam().message);
-    }
-};
-
-TEST_P(AnimSetter, FrameBehindTheLastPassesAndBoneBehindTheLastDoesNot) {
-    size(3, 5);
-    expectAccepted(0, 0);
-    expectAccepted(4, 2);
-    expectAccepted(5, 0);
-    expectAccepted(5, 2);
-    expectRefused(6, 0);
-    expectRefused(0, 3);
-    expectRefused(5, 3);
-    expectRefused(0xffffffffu, 0);
-    expectRefused(0, 0xffffffffu);
+TEST_F(Anim, FrameAfterTheLastIsAcceptedAndABoneAfterTheLastIsNot) {
+    const struct {
+        const char *name;
+        std::function<bool(unsigned int frame, unsigned int bone)> call;
+    } setters[] = {
+        {"setFrame", [&](auto frame, auto bone) { return clip.setFrame(frame, bone, 1, 2, 3); }},
+        {"setFrameRotationX", [&](auto f, auto b) { return clip.setFrameRotationX(f, b, 1); }},
+        {"setFrameRotationY", [&](auto f, auto b) { return clip.setFrameRotationY(f, b, 2); }},
+        {"setFrameRotationZ", [&](auto f, auto b) { return clip.setFrameRotationZ(f, b, 3); }},
+        {"unsetFrame", [&](auto frame, auto bone) { return clip.unsetFrame(frame, bone); }},
+    };
+    using Entry = std::pair<unsigned int, unsigned int>; // frame and bone
+    constexpr unsigned int max = ~0u;
+    const struct {
+        unsigned int bones, frames;
+        std::vector<Entry> accepted, refused;
+    } rows[] = {
+        {3, 5, {{0, 0}, {4, 2}, {5, 0}, {5, 2}}, {{6, 0}, {0, 3}, {5, 3}, {max, 0}, {0, max}}},
+        {0, 0, {}, {{0, 0}}},
+        {1, 0, {{0, 0}}, {}},
+        {128, 1024, {{1024, 127}}, {{1025, 127}, {1024, 128}}},
+        // Counts beyond the storage add no entries.
+        {65535, 65535, {{1024, 127}}, {{1025, 0}, {65535, 0}, {0, 128}, {0, 65534}}},
+    };
+    for (const auto &setter : setters)
+        for (const auto &row : rows) {
+            SCOPED_TRACE(std::string(setter.name) + " of " + std::to_string(row.bones) + " bones");
+            size(row.bones, row.frames);
+            for (const auto &[frame, bone] : row.accepted)
+                EXPECT_TRUE(setter.call(frame, bone)) << frame << ", " << bone;
+            EXPECT_NOTHING_LOGGED();
+            for (const auto &[frame, bone] : row.refused) {
+                EXPECT_FALSE(setter.call(frame, bone)) << frame << ", " << bone;
+                EXPECT_LOGGED_EXACTLY(std::string("   [!] Invalid params @ RVANIM::") +
+                                      setter.name + "\n");
+            }
+        }
 }
-
-TEST_P(AnimSetter, EmptyClipHasNoBoneToSet) {
-    expectRefused(0, 0);
-    size(1, 0);
-    expectAccepted(0, 0);
-}
-
-TEST_P(AnimSetter, FullClipHasAFrameBehindTheLastToo) {
-    size(128, 1024);
-    expectAccepted(1024, 127);
-    expectRefused(1025, 127);
-    expectRefused(1024, 128);
-}
-
-TEST_P(AnimSetter, CountsBeyondTheStorageBringNoEntries) {
-    size(65535, 65535);
-    expectAccepted(1024, 127);
-    expectRefused(1025, 0);
-    expectRefused(65535, 0);
-    expectRefused(0, 128);
-    expectRefused(0, 65534);
-}
-
-INSTANTIATE_TEST_SUITE_P(Operations, AnimSetter, testing::ValuesIn(setters));
 
 TEST_F(Anim, SettersChangeTheirComponentsAndMakeKeys) {
     size(2, 2);
     EXPECT_TRUE(clip.setFrame(1, 1, 10, -20, 30.5f));
     EXPECT_TRUE(isVector(clip.getFrameRotation(1, 1), 10, -20, 30.5f));
     EXPECT_TRUE(entry(1, 1).set);
-    EXPECT_TRUE(clip.setFrameRotationX(0, 1, 1));
-    EXPECT_TRUE(isVector(clip.getFrameRotation(0, 1), 1, 0, 0));
-    EXPECT_TRUE(entry(0, 1).set);
-    entry(0, 1).set = false;
-    EXPECT_TRUE(clip.setFrameRotationY(0, 1, 2));
-    EXPECT_TRUE(isVector(clip.getFrameRotation(0, 1), 1, 2, 0));
-    EXPECT_TRUE(entry(0, 1).set);
-    entry(0, 1).set = false;
-    EXPECT_TRUE(clip.setFrameRotationZ(0, 1, 3));
-    EXPECT_TRUE(isVector(clip.getFrameRotation(0, 1), 1, 2, 3));
-    EXPECT_TRUE(entry(0, 1).set);
+    bool (RVANIM::*const setters[])(unsigned int, unsigned int, float) = {
+        &RVANIM::setFrameRotationX, &RVANIM::setFrameRotationY, &RVANIM::setFrameRotationZ};
+    float wanted[3] = {};
+    for (int axis = 0; axis < 3; ++axis) {
+        entry(0, 1).set = false;
+        EXPECT_TRUE((clip.*setters[axis])(0, 1, wanted[axis] = axis + 1.0f));
+        EXPECT_TRUE(isVector(clip.getFrameRotation(0, 1), wanted[0], wanted[1], wanted[2]));
+        EXPECT_TRUE(entry(0, 1).set);
+    }
     EXPECT_TRUE(isVector(entry(0, 1).translation, 0, 0, 0));
     EXPECT_FALSE(entry(0, 0).set);
     EXPECT_FALSE(entry(1, 0).set);
+
+    entry(0, 1).translation.set(4, 5, 6);
+    EXPECT_TRUE(clip.unsetFrame(0, 1));
+    EXPECT_FALSE(entry(0, 1).set);
+    EXPECT_TRUE(isVector(entry(0, 1).rotation, 1, 2, 3));
+    EXPECT_TRUE(isVector(entry(0, 1).translation, 4, 5, 6));
 }
 
-TEST_F(Anim, FrameBehindTheLastOfAFullClipHasAPlaceOfItsOwn) {
+TEST_F(Anim, FrameAfterTheLastOfAFullClipHasAnEntryOfItsOwn) {
     size(128, 1024);
     EXPECT_TRUE(clip.setFrame(1024, 127, 7, 8, 9));
     EXPECT_TRUE(isVector(clip.getFrameRotation(1024, 127), 7, 8, 9));
@@ -302,37 +246,20 @@ TEST_F(Anim, FrameBehindTheLastOfAFullClipHasAPlaceOfItsOwn) {
     EXPECT_TRUE(isVector(clip.getFrameRotation(1023, 127), 0, 0, 0));
     EXPECT_EQ(clip.getNext(), nullptr); // what follows the entries in memory
     EXPECT_EQ(RVANIM::getNumberOfAnims(), 1u);
-}
 
-TEST_F(Anim, UnsetEntriesKeepTheirValues) {
-    size(1, 1);
-    clip.setFrame(0, 0, 1, 2, 3);
-    entry(0, 0).translation.set(4, 5, 6);
-    EXPECT_TRUE(clip.unsetFrame(0, 0));
-    EXPECT_FALSE(entry(0, 0).set);
-    EXPECT_TRUE(isVector(entry(0, 0).rotation, 1, 2, 3));
-    EXPECT_TRUE(isVector(entry(0, 0).translation, 4, 5, 6));
-}
-
-TEST_F(Anim, EntriesBeyondTheStorageAreNull) {
-    EXPECT_NE(clip.getKeyframe(1024, 127), nullptr);
-    EXPECT_EQ(clip.getKeyframe(1025, 0), nullptr);
-    EXPECT_EQ(clip.getKeyframe(0, 128), nullptr);
-    EXPECT_EQ(clip.getKeyframe(0xffffffffu, 0xffffffffu), nullptr);
-    EXPECT_TRUE(isVector(clip.getFrameRotation(1025, 0), 0, 0, 0));
-    EXPECT_TRUE(isVector(clip.getFrameRotation(0, 128), 0, 0, 0));
+    for (const auto &[frame, bone] : {std::pair{1025u, 0u}, {0u, 128u}, {~0u, ~0u}}) {
+        EXPECT_EQ(clip.getKeyframe(frame, bone), nullptr);
+        EXPECT_TRUE(isVector(clip.getFrameRotation(frame, bone), 0, 0, 0));
+    }
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(Anim, ResetZeroesWhatLiesWithinTheCounts) {
+TEST_F(Anim, ResetZeroesWhatIsWithinTheCounts) {
     size(2, 3);
     clip.setBoneName(1, "arm");
     for (unsigned int frame = 0; frame < 4; ++frame)
-        for (unsigned int bone = 0; bone < 3; ++bone) {
-            entry(frame, bone).rotation.set(1, 2, 3);
-            entry(frame, bone).translation.set(4, 5, 6);
-            entry(frame, bone).set = true;
-        }
+        for (unsigned int bone = 0; bone < 3; ++bone)
+            entry(frame, bone) = {{1, 2, 3}, {4, 5, 6}, true};
     clip.reset();
     for (unsigned int frame = 0; frame < 4; ++frame)
         for (unsigned int bone = 0; bone < 3; ++bone) {
@@ -369,46 +296,23 @@ TEST_F(Anim, NoMeshGivesNoStructure) {
 
 // --- Between the keys
 
-TEST_F(Anim, KeyframesWantARangeWithinTheClip) {
-    size(1, 10);
-    const unsigned int bad[][2] = {{3, 3}, {4, 3}, {0, 11}, {10, 10}, {10, 11}, {~0u, ~0u}};
-    for (const auto &range : bad) {
-        EXPECT_FALSE(clip.createKeyframes(range[0], range[1])) << range[0] << ", " << range[1];
-        EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVANIM::createKeyframes\n");
-    }
-    EXPECT_TRUE(clip.createKeyframes(0, 10));
-    EXPECT_TRUE(clip.createKeyframes(9, 10));
-    EXPECT_TRUE(clip.createKeyframes(0, 1));
-    EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(Anim, KeyframesBeyondTheStorageAreRefused) {
-    size(1, 65535);
-    EXPECT_FALSE(clip.createKeyframes(0, 1025));
-    EXPECT_FALSE(clip.createKeyframes(1024, 1025));
-    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVANIM::createKeyframes\n"
-                          "   [!] Invalid params @ RVANIM::createKeyframes\n");
-    EXPECT_TRUE(clip.createKeyframes(0, 1024));
-}
-
-TEST_F(Anim, FramesBetweenTwoKeysAreQuarters) {
-    size(2, 5);
-    clip.setFrame(0, 0, 10, 0, -40);
-    clip.setFrame(4, 0, 50, 0, 40);
-    for (unsigned int frame = 0; frame < 5; ++frame)
-        entry(frame, 0).translation.set(frame, 1, 2);
-    EXPECT_TRUE(clip.createKeyframes(0, 4));
-    for (unsigned int frame = 0; frame < 5; ++frame) {
-        const float t = static_cast<float>(frame);
-        EXPECT_TRUE(isVector(clip.getFrameRotation(frame, 0), 10 + 10 * t, 0, -40 + 20 * t));
-        EXPECT_TRUE(isVector(entry(frame, 0).translation, t, 1, 2));
-        EXPECT_EQ(entry(frame, 0).set, frame == 0 || frame == 4);
-        EXPECT_TRUE(isVector(clip.getFrameRotation(frame, 1), 0, 0, 0));
+TEST_F(Anim, KeyframesRequireARangeWithinTheClipAndItsStorage) {
+    const struct {
+        unsigned int frames, first, last;
+        bool good = false;
+    } rows[] = {
+        {10, 3, 3},       {10, 4, 3},       {10, 0, 11},         {10, 10, 10},
+        {10, 10, 11},     {10, ~0u, ~0u},   {10, 0, 10, true},   {10, 9, 10, true},
+        {10, 0, 1, true}, {65535, 0, 1025}, {65535, 1024, 1025}, {65535, 0, 1024, true},
+    };
+    for (const auto &[frames, first, last, good] : rows) {
+        size(1, frames);
+        EXPECT_EQ(clip.createKeyframes(first, last), good) << first << ", " << last;
+        EXPECT_LOGGED_EXACTLY(good ? "" : "   [!] Invalid params @ RVANIM::createKeyframes\n");
     }
 }
 
-// The frames of a clip of one bone, keys marked; what createKeyframes over all of them makes of
-// them.
+// A frame of a clip of one bone.
 struct ReferenceFrame {
     bool set;
     float value;
@@ -421,61 +325,65 @@ TEST_F(Anim, FramesBetweenTheKeysAreSteps) {
         const char *name;
         std::vector<ReferenceFrame> before;
         std::vector<float> after;
+        unsigned int frames, first, last;
     } rows[] = {
-        {"neighbouring keys write nothing", {key(1), key(5), key(2)}, {1, 5, 2}},
-        {"two frames that are no keys are neighbours too", {other(1), other(9)}, {1, 9}},
+        {"quarters",
+         {key(10), other(0), other(0), other(0), key(50)},
+         {10, 20, 30, 40, 50},
+         5,
+         0,
+         4},
+        {"neighbouring keys write nothing", {key(1), key(5), key(2)}, {1, 5, 2}, 3, 0, 2},
+        {"two frames that are no keys are neighbours too", {other(1), other(9)}, {1, 9}, 2, 0, 1},
         {"a first frame that is no key takes a step itself",
          {other(0), other(0), other(0), other(0), key(8)},
-         {2, 4, 6, 8, 8}},
+         {2, 4, 6, 8, 8},
+         5,
+         0,
+         4},
         {"the last frame is a key in any case",
          {key(4), other(0), other(0), other(0), other(0)},
-         {4, 3, 2, 1, 0}},
+         {4, 3, 2, 1, 0},
+         5,
+         0,
+         4},
+        {"frames outside of the range do not change",
+         {other(9), other(9), key(0), other(9), other(9), key(3), other(9), other(9)},
+         {9, 9, 0, 1, 2, 3, 9, 9},
+         7,
+         2,
+         5},
+        {"the frame after the last is an end", {key(0), other(0), key(2)}, {0, 1, 2}, 2, 0, 2},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
-        const auto number = static_cast<unsigned int>(row.before.size());
-        size(1, number);
-        for (unsigned int frame = 0; frame < number; ++frame) {
+        size(2, row.frames);
+        for (unsigned int frame = 0; frame < row.before.size(); ++frame) {
             const auto &[set, value] = row.before[frame];
-            entry(frame, 0).rotation.set(value, -value, 2 * value);
-            entry(frame, 0).set = set;
+            entry(frame, 0) = {{value, -value, 2 * value}, {float(frame), 1, 2}, set};
         }
-        EXPECT_TRUE(clip.createKeyframes(0, number - 1));
-        for (unsigned int frame = 0; frame < number; ++frame) {
+        EXPECT_TRUE(clip.createKeyframes(row.first, row.last));
+        for (unsigned int frame = 0; frame < row.before.size(); ++frame) {
             const float value = row.after[frame];
             EXPECT_TRUE(isVector(clip.getFrameRotation(frame, 0), value, -value, 2 * value));
+            EXPECT_TRUE(isVector(entry(frame, 0).translation, float(frame), 1, 2));
             EXPECT_EQ(entry(frame, 0).set, row.before[frame].set);
+            EXPECT_TRUE(isVector(clip.getFrameRotation(frame, 1), 0, 0, 0));
         }
     }
 }
 
-TEST_F(Anim, FrameBehindTheLastServesAsEnd) {
-    for (const unsigned int frames : {4u, 1024u}) {
-        size(1, frames);
-        clip.setFrame(0, 0, 0, 0, 0);
-        clip.setFrame(frames, 0, static_cast<float>(frames), 0, 0);
-        EXPECT_TRUE(clip.createKeyframes(0, frames));
-        for (unsigned int frame = 0; frame <= frames; ++frame)
-            ASSERT_EQ(clip.getFrameRotation(frame, 0).x, static_cast<float>(frame));
-        clip.reset();
-    }
+TEST_F(Anim, FrameAfterTheLastOfAFullClipIsAnEnd) {
+    size(1, 1024);
+    clip.setFrame(0, 0, 0, 0, 0);
+    clip.setFrame(1024, 0, 1024, 0, 0);
+    EXPECT_TRUE(clip.createKeyframes(0, 1024));
+    for (unsigned int frame = 0; frame <= 1024; ++frame)
+        ASSERT_EQ(clip.getFrameRotation(frame, 0).x, static_cast<float>(frame));
 }
 
-TEST_F(Anim, FramesOutsideOfTheRangeStay) {
-    size(1, 8);
-    for (unsigned int frame = 0; frame <= 8; ++frame)
-        entry(frame, 0).rotation.set(100, 100, 100);
-    clip.setFrame(2, 0, 0, 0, 0);
-    clip.setFrame(5, 0, 3, 3, 3);
-    EXPECT_TRUE(clip.createKeyframes(2, 5));
-    for (const unsigned int frame : {0u, 1u, 6u, 7u, 8u})
-        EXPECT_TRUE(isVector(clip.getFrameRotation(frame, 0), 100, 100, 100));
-    EXPECT_TRUE(isVector(clip.getFrameRotation(3, 0), 1, 1, 1));
-    EXPECT_TRUE(isVector(clip.getFrameRotation(4, 0), 2, 2, 2));
-}
-
-// The rule from a frame's point of view: it looks back for the key that it comes from and ahead for
-// the key that it goes to, and takes as many steps as frames without a key lie behind it.
+// The rule for one frame: it searches back for the key of its segment's start and ahead for that of
+// its end, and takes as many steps as there are frames without a key from the start to it.
 float referenceValue(const std::vector<ReferenceFrame> &frames, std::size_t first, std::size_t last,
                      std::size_t at) {
     if (at < first || at >= last || frames[at].set)
@@ -505,11 +413,11 @@ TEST_F(Anim, KeyframesAgreeWithTheReferenceOnRandomClips) {
         std::vector<ReferenceFrame> frames[3][3]; // of each bone, of each component
         for (unsigned int frame = 0; frame <= number; ++frame)
             for (unsigned int bone = 0; bone < 3; ++bone) {
-                entry(frame, bone).set = random() % 4 < density;
+                RVBONEFRAME &each = entry(frame, bone);
+                each.set = random() % 4 < density;
                 for (int axis = 0; axis < 3; ++axis) {
-                    entry(frame, bone).rotation[axis] = degrees(random);
-                    frames[bone][axis].push_back(
-                        {entry(frame, bone).set, entry(frame, bone).rotation[axis]});
+                    each.rotation[axis] = degrees(random);
+                    frames[bone][axis].push_back({each.set, each.rotation[axis]});
                 }
             }
         ASSERT_TRUE(clip.createKeyframes(first, last));
@@ -530,15 +438,14 @@ TEST_F(Anim, KeyframesAgreeWithTheReferenceOnRandomClips) {
 class AnimOnTree : public Anim {
   protected:
     AnimOnTree() {
-        hips->setName("hips");
-        arm->setName("arm");
-        leg->setName("leg");
         hips->link(root);
         arm->link(hips);
         leg->link(hips);
-        for (RVNODE *node : {root, hips, arm, leg}) {
-            node->setPosition(1, 1, 1);
-            node->setRotation(2, 2, 2);
+        const char *nodeNames[] = {"root", "hips", "arm", "leg"};
+        for (unsigned int number = 0; number < 4; ++number) {
+            nodes[number]->setName(nodeNames[number]);
+            nodes[number]->setPosition(1, 1, 1);
+            nodes[number]->setRotation(-1, -1, -1);
         }
         size(4, 2);
         const char *names[] = {"arm", "wing", "hips", "tail"};
@@ -552,79 +459,74 @@ class AnimOnTree : public Anim {
         }
     }
 
+    // The rotation and the position of root, hips, arm and leg by their x, which tells the entry.
+    using Numbers = std::vector<float>;
+    void expectNodes(const Numbers &turns, const Numbers &moves = {1, 1, 1, 1}) {
+        for (unsigned int number = 0; number < 4; ++number) {
+            SCOPED_TRACE(nodes[number]->getName());
+            const float x = turns[number], step = x == -1 ? 0 : 0.25f;
+            EXPECT_TRUE(isVector(nodes[number]->getRotation(), x, x + step, x + 2 * step));
+            const Z3MVECTOR3D position = nodes[number]->getPosition();
+            const bool moved = moves[number] != 1;
+            EXPECT_TRUE(isVector(position, moves[number], moved ? 0.125f : 1, moved ? 7 : 1));
+        }
+    }
+
     RVNODE *root = new RVNODE, *hips = new RVNODE, *arm = new RVNODE, *leg = new RVNODE;
+    RVNODE *const nodes[4] = {root, hips, arm, leg};
 };
 
-TEST_F(AnimOnTree, OnlyTheBonesThatAreThereTurn) {
+TEST_F(AnimOnTree, OnlyTheBonesInTheTreeTurnAndTheClipIsNotNeededAfterwards) {
     EXPECT_TRUE(clip.apply(1, root));
-    EXPECT_TRUE(isVector(arm->getRotation(), 10, 10.25f, 10.5f));
-    EXPECT_TRUE(isVector(hips->getRotation(), 12, 12.25f, 12.5f));
-    EXPECT_TRUE(isVector(leg->getRotation(), 2, 2, 2));
-    EXPECT_TRUE(isVector(root->getRotation(), 2, 2, 2));
-    for (const RVNODE *node : {root, hips, arm, leg})
-        EXPECT_TRUE(isVector(node->getPosition(), 1, 1, 1));
+    expectNodes({-1, 12, 10, -1});
     EXPECT_NOTHING_LOGGED();
+    RVANIM::cleanUp();
+    expectNodes({-1, 12, 10, -1});
 }
 
 TEST_F(AnimOnTree, TranslatingClipsMoveTheBonesToo) {
     clip.setTranslating(true);
     EXPECT_TRUE(clip.apply(0, root));
-    EXPECT_TRUE(isVector(arm->getRotation(), 0, 0.25f, 0.5f));
-    EXPECT_TRUE(isVector(arm->getPosition(), 0, 0.125f, 7));
-    EXPECT_TRUE(isVector(hips->getPosition(), -2, 0.125f, 7));
-    EXPECT_TRUE(isVector(leg->getPosition(), 1, 1, 1));
+    expectNodes({-1, 2, 0, -1}, {1, -2, 0, 1});
     clip.setTranslating(false);
     EXPECT_TRUE(clip.apply(1, root));
-    EXPECT_TRUE(isVector(hips->getPosition(), -2, 0.125f, 7));
+    expectNodes({-1, 12, 10, -1}, {1, -2, 0, 1});
 }
 
-TEST_F(AnimOnTree, FrameBehindTheLastCanBeSetButNotApplied) {
+TEST_F(AnimOnTree, FrameAfterTheLastCanBeSetButNotApplied) {
     EXPECT_TRUE(clip.setFrame(2, 0, 1, 2, 3));
-    EXPECT_FALSE(clip.apply(2, root));
-    EXPECT_FALSE(clip.apply(~0u, root));
-    EXPECT_FALSE(clip.apply(0, nullptr));
-    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVANIM::apply\n"
-                          "   [!] Invalid params @ RVANIM::apply\n"
-                          "   [!] Invalid params @ RVANIM::apply\n");
-    EXPECT_TRUE(isVector(arm->getRotation(), 2, 2, 2));
+    for (const auto &[frame, top] : {std::pair{2u, root}, {~0u, root}, {0u, nullptr}}) {
+        EXPECT_FALSE(clip.apply(frame, top));
+        EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVANIM::apply\n");
+    }
+    expectNodes({-1, -1, -1, -1});
 }
 
-TEST_F(AnimOnTree, KeysAndOtherEntriesAreAppliedAlikeAndThePositioningStays) {
+TEST_F(AnimOnTree, KeysAndOtherEntriesAreAppliedAlikeAndThePositioningDoesNotChange) {
     entry(0, 0).set = true;
     arm->setPositioning(RV_NODE_POSITIONING_MATRIX);
     EXPECT_TRUE(clip.apply(0, root));
-    EXPECT_TRUE(isVector(hips->getRotation(), 2, 2.25f, 2.5f));
+    expectNodes({-1, 2, 0, -1});
     EXPECT_EQ(arm->getPositioning(), RV_NODE_POSITIONING_MATRIX);
     EXPECT_EQ(hips->getPositioning(), RV_NODE_POSITIONING_VECTORS);
-    EXPECT_TRUE(isVector(arm->getRotation(), 0, 0.25f, 0.5f));
 }
 
-TEST_F(AnimOnTree, BonesBehindTheCountAreLeftAlone) {
+TEST_F(AnimOnTree, BonesAfterTheCountDoNotTurn) {
     clip.setNumberOfBones(2);
     EXPECT_TRUE(clip.apply(1, root));
-    EXPECT_TRUE(isVector(arm->getRotation(), 10, 10.25f, 10.5f));
-    EXPECT_TRUE(isVector(hips->getRotation(), 2, 2, 2));
+    expectNodes({-1, -1, 10, -1});
 }
 
 // Depth first, the root included.
 TEST_F(AnimOnTree, FirstNodeOfTheNameTurns) {
     leg->setName("arm");
     EXPECT_TRUE(clip.apply(1, root));
-    EXPECT_TRUE(isVector(arm->getRotation(), 10, 10.25f, 10.5f));
-    EXPECT_TRUE(isVector(leg->getRotation(), 2, 2, 2));
+    expectNodes({-1, 12, 10, -1});
     root->setName("arm");
     EXPECT_TRUE(clip.apply(0, root));
-    EXPECT_TRUE(isVector(root->getRotation(), 0, 0.25f, 0.5f));
-    EXPECT_TRUE(isVector(arm->getRotation(), 10, 10.25f, 10.5f));
+    expectNodes({0, 2, 10, -1});
     EXPECT_TRUE(clip.apply(1, hips)); // a part of the tree
-    EXPECT_TRUE(isVector(hips->getRotation(), 12, 12.25f, 12.5f));
-    EXPECT_TRUE(isVector(root->getRotation(), 0, 0.25f, 0.5f));
-}
-
-TEST_F(AnimOnTree, NothingIsAllocatedAndNothingHeld) {
-    EXPECT_TRUE(clip.apply(1, root));
-    RVANIM::cleanUp();
-    EXPECT_TRUE(isVector(arm->getRotation(), 10, 10.25f, 10.5f));
+    expectNodes({0, 12, 10, -1});
 }
 
 } // namespace

@@ -1,3 +1,5 @@
+// Meshes as objects: material, arrays, copies; and the calls that draw them.
+
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
@@ -9,52 +11,45 @@
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
 
+#include <functional>
 #include <memory>
 #include <set>
+#include <utility>
 
 using namespace ravolt;
 using namespace ravolt::test;
 
 namespace {
 
+constexpr RV_OPENGL_PROFILE flatProfiles[] = {RV_OPENGL_PROFILE_FLAT, RV_OPENGL_PROFILE_ZPASS};
+
 class MeshTest : public SilentEngineTest {
   protected:
     void TearDown() override {
         RVMESH::hideNormals();
         RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
-        switchAllOff();
+        disableDrawingState();
         SilentEngineTest::TearDown();
     }
 
-    // What stays from test to test.
-    static void switchAllOff() {
-        RVMESH::reset();
-        RVMATERIAL::reset();
-        RVLIGHT::lightingOff();
-        RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
-        RVOPENGL::blendingOff();
-        RVOPENGL::twoSideOff();
-    }
-
-    // A square under the root, every switch that it uses off.
+    // A square under the root, everything that it enables disabled.
     static RVMESH *makeSquare(float transparency = 1.0f) {
         loadScene(RveScene{{materialNamed("paint", transparency)},
                            rootOver({squareMesh("square", "paint")})});
-        switchAllOff();
+        disableDrawingState();
         return meshNamed("square");
     }
 
-    // What a render of the mesh calls. Materials and lights speak for themselves elsewhere.
-    Calls render(RVMESH *mesh, const RVELEMENT *prepared = nullptr) {
+    // What a render of the mesh calls. Materials and lights are tested elsewhere.
+    static Calls render(RVMESH *mesh, const RVELEMENT *prepared = nullptr) {
         RVELEMENT entry = prepared ? *prepared : RVELEMENT();
         return callsOf([&] { EXPECT_TRUE(mesh->render(&entry)); });
     }
 
-    // The calls from the matrix on.
-    Calls renderSurfaces(RVMESH *mesh) {
-        const Calls calls = render(mesh);
+    // The calls after that of the matrix.
+    static Calls renderSurfaces(RVMESH *mesh) {
         std::vector<Call> surfaces;
-        for (const Call &call : calls)
+        for (const Call &call : render(mesh))
             if (!surfaces.empty() || call.name == "glLoadMatrixf")
                 surfaces.push_back(call);
         EXPECT_FALSE(surfaces.empty());
@@ -63,7 +58,7 @@ class MeshTest : public SilentEngineTest {
     }
 };
 
-// The engine never forgets what a driver offered: the extensions must be hidden from the first
+// The engine's capabilities once detected stay set: the extensions must be hidden from the first
 // start of the process on.
 class BareDriverTest : public MeshTest {
   protected:
@@ -76,7 +71,10 @@ class BareDriverTest : public MeshTest {
     }
 };
 
+const Call unbindArrays{"glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0};
 const Call unbindElements{"glBindBufferARB", GL_ELEMENT_ARRAY_BUFFER_ARB, 0};
+const Call drawBuffer{"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0};
+const Call drawMemory{"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, anyAddress};
 
 TEST_F(MeshTest, NewMeshHasNoGeometryAndDrawsNothing) {
     RVMESH *mesh = new RVMESH;
@@ -85,122 +83,91 @@ TEST_F(MeshTest, NewMeshHasNoGeometryAndDrawsNothing) {
     EXPECT_EQ(mesh->getRadius(), -1.0f);
     EXPECT_EQ(mesh->getMinimum().length() + mesh->getMaximum().length(), 0.0f);
     EXPECT_EQ(mesh->getMaterial(), nullptr);
-    EXPECT_FALSE(mesh->getShadowCaster());
-    EXPECT_FALSE(mesh->isClosed());
-    EXPECT_FALSE(mesh->isHidden());
-    EXPECT_FALSE(mesh->isSkinned());
-    EXPECT_EQ(mesh->getNumberOfBones(), 0);
-    EXPECT_EQ(mesh->getNumberOfVertices() + mesh->getNumberOfUVs() + mesh->getNumberOfFaces(), 0u);
-    EXPECT_EQ(mesh->getVertexPtr(), nullptr);
-    EXPECT_EQ(mesh->getVertexNormalPtr(), nullptr);
-    EXPECT_EQ(mesh->getUVPtr(), nullptr);
-    EXPECT_EQ(mesh->getFacePtr(), nullptr);
-    EXPECT_EQ(mesh->getFaceNormalPtr(), nullptr);
+    const std::vector<bool> flags{mesh->getShadowCaster(), mesh->isClosed(), mesh->isHidden(),
+                                  mesh->isSkinned()};
+    EXPECT_EQ(flags, std::vector<bool>(4));
+    const std::vector<unsigned int> counts{static_cast<unsigned int>(mesh->getNumberOfBones()),
+                                           mesh->getNumberOfVertices(), mesh->getNumberOfUVs(),
+                                           mesh->getNumberOfFaces()};
+    EXPECT_EQ(counts, std::vector<unsigned int>(4));
+    const std::vector<const void *> arrays{mesh->getVertexPtr(), mesh->getVertexNormalPtr(),
+                                           mesh->getUVPtr(), mesh->getFacePtr(),
+                                           mesh->getFaceNormalPtr()};
+    EXPECT_EQ(arrays, std::vector<const void *>(5));
     EXPECT_FALSE(render(mesh).contains("glDrawElements"));
-}
 
-TEST_F(MeshTest, RenderWantsAnEntry) {
-    RVMESH *mesh = new RVMESH;
+    mesh->setShadowCaster(true);
+    EXPECT_TRUE(mesh->getShadowCaster());
+    EXPECT_NOTHING_LOGGED();
     EXPECT_FALSE(mesh->render(nullptr));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVMESH::render\n");
 }
 
-TEST_F(MeshTest, ShadowCasterIsAPlainFlag) {
-    RVMESH *mesh = new RVMESH;
-    mesh->setShadowCaster(true);
-    EXPECT_TRUE(mesh->getShadowCaster());
-}
-
-TEST_F(MeshTest, HiddenMeshCallsNothing) {
-    RVMESH *mesh = makeSquare();
-    mesh->setDisplayStatus(false);
-    EXPECT_TRUE(mesh->isHidden());
-    EXPECT_TRUE(render(mesh).empty());
-    mesh->setDisplayStatus(true);
-    EXPECT_FALSE(mesh->isHidden());
-    EXPECT_TRUE(render(mesh).contains("glDrawElements"));
-}
-
-TEST_F(MeshTest, ChildrenOfAHiddenMeshAreDrawn) {
-    RveNode hidden = squareMesh("hidden");
-    hidden.mesh.hidden = true;
-    hidden.children = {squareMesh("child")};
-    RVNODE *root = loadScene({hidden});
+TEST_F(MeshTest, HiddenMeshCallsNothingButItsChildrenAreDrawn) {
+    RveNode above = squareMesh("hidden");
+    above.mesh.hidden = true;
+    above.children = {squareMesh("child")};
+    RVNODE *root = loadScene({above});
+    RVMESH *hidden = meshNamed("hidden");
+    EXPECT_TRUE(hidden->isHidden());
+    EXPECT_TRUE(render(hidden).empty());
     EXPECT_EQ(callsOf([&] { drawFrame(nullptr, root); }).count("glDrawElements"), 1u);
+    hidden->setDisplayStatus(true);
+    EXPECT_FALSE(hidden->isHidden());
+    EXPECT_TRUE(render(hidden).contains("glDrawElements"));
+    hidden->setDisplayStatus(false);
+    EXPECT_TRUE(hidden->isHidden());
+    EXPECT_TRUE(render(hidden).empty());
 }
 
-TEST_F(MeshTest, MaterialCountsItsMeshes) {
-    RVMESH *mesh = makeSquare();
-    RVMATERIAL *paint = RVMATERIAL::findByName("paint");
-    RVMATERIAL *other = new RVMATERIAL;
-    EXPECT_EQ(paint->getReferences(), 1);
-    mesh->setMaterial(paint);
-    EXPECT_EQ(paint->getReferences(), 1);
-    mesh->setMaterial(other);
-    EXPECT_EQ(paint->getReferences(), 0);
-    EXPECT_EQ(other->getReferences(), 1);
-    mesh->setMaterial(nullptr);
-    EXPECT_EQ(other->getReferences(), 0);
-    EXPECT_EQ(mesh->getMaterial(), nullptr);
-    mesh->setMaterial(other);
+// --- Material
+
+TEST_F(MeshTest, MaterialCountsItsMeshesButNoCopies) {
+    RVMESH *mesh = makeSquare(), *assigned = new RVMESH;
+    RVMATERIAL *paint = RVMATERIAL::findByName("paint"), *other = new RVMATERIAL;
+    std::unique_ptr<RVMESH> copy;
+    const RVMESH bare;
+    const RVMESH &same = *assigned;
+    const auto assignToACopyOf = [&](const RVMESH &first) {
+        RVMESH second(first);
+        second = *mesh;
+        EXPECT_EQ(second.getMaterial(), paint);
+    };
+    const struct {
+        const char *what;
+        std::function<void()> step;
+        int paint, other; // references after it
+        RVMATERIAL *ofMesh, *ofCopy = nullptr;
+    } steps[] = {
+        {"loaded", [] {}, 1, 0, paint},
+        {"set again", [&] { mesh->setMaterial(paint); }, 1, 0, paint},
+        {"replaced", [&] { mesh->setMaterial(other); }, 0, 1, other},
+        {"removed", [&] { mesh->setMaterial(nullptr); }, 0, 0, nullptr},
+        {"set", [&] { mesh->setMaterial(paint); }, 1, 0, paint},
+        {"set in another mesh", [&] { assigned->setMaterial(other); }, 1, 1, paint},
+        {"assigned over it", [&] { *assigned = *mesh; }, 2, 0, paint},
+        {"assigned to itself", [&] { *assigned = same; }, 2, 0, paint},
+        {"deleted", [&] { delete assigned; }, 1, 0, paint},
+        {"copied", [&] { copy = std::make_unique<RVMESH>(*mesh); }, 1, 0, paint, paint},
+        {"replaced in a copy", [&] { copy->setMaterial(other); }, 1, 0, paint, other},
+        {"assigned to a copy's copy", [&] { assignToACopyOf(*copy); }, 1, 0, paint, other},
+        {"assigned from a copy", [&] { *mesh = *copy; }, 0, 1, other, other},
+        {"copy deleted", [&] { copy.reset(); }, 0, 1, other},
+        {"assigned without a material", [&] { *mesh = bare; }, 0, 0, nullptr},
+        {"set once more", [&] { mesh->setMaterial(other); }, 0, 1, other},
+    };
+    using Counts = std::pair<int, int>;
+    for (const auto &[what, step, paintCount, otherCount, ofMesh, ofCopy] : steps) {
+        SCOPED_TRACE(what);
+        step();
+        EXPECT_EQ(Counts(paint->getReferences(), other->getReferences()),
+                  Counts(paintCount, otherCount));
+        EXPECT_EQ(mesh->getMaterial(), ofMesh);
+        EXPECT_EQ(copy ? copy->getMaterial() : nullptr, ofCopy);
+    }
     mesh->unlink();
     delete mesh;
     EXPECT_EQ(other->getReferences(), 0);
-}
-
-TEST_F(MeshTest, LoadUploadsEachArrayOnceAndUnbinds) {
-    writeFile("scene.rve", bytesOf({{}, rootOver({squareMesh("square")})}));
-    recorder.start();
-    ASSERT_NE(RAVOLT::load("scene.rve"), nullptr);
-    const Calls calls = recorder.stop();
-    EXPECT_EQ(calls.count("glGenBuffersARB"), 4u);
-    EXPECT_EQ(calls.named("glBufferDataARB"),
-              (Calls{{"glBufferDataARB", GL_ARRAY_BUFFER_ARB, 48, anyAddress, GL_STATIC_DRAW_ARB},
-                     {"glBufferDataARB", GL_ARRAY_BUFFER_ARB, 48, anyAddress, GL_STATIC_DRAW_ARB},
-                     {"glBufferDataARB", GL_ARRAY_BUFFER_ARB, 32, anyAddress, GL_STATIC_DRAW_ARB},
-                     {"glBufferDataARB", GL_ELEMENT_ARRAY_BUFFER_ARB, 12, anyAddress,
-                      GL_STATIC_DRAW_ARB}}));
-    EXPECT_EQ(calls[calls.size() - 2], Call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0));
-    EXPECT_EQ(calls.back(), unbindElements);
-}
-
-TEST_F(MeshTest, SkinIsUploadedAsFloats) {
-    RveNode square = squareMesh("square");
-    square.mesh.skin = {
-        2, std::vector<std::uint8_t>(8, 0), std::vector<float>(8, 0.5f), {"square"}};
-    writeFile("scene.rve", bytesOf({{}, rootOver({square})}));
-    recorder.start();
-    ASSERT_NE(RAVOLT::load("scene.rve"), nullptr);
-    const Calls uploads = recorder.stop().named("glBufferDataARB");
-    ASSERT_EQ(uploads.size(), 6u);
-    for (std::size_t i : {4, 5})
-        EXPECT_EQ(uploads[i],
-                  Call("glBufferDataARB", GL_ARRAY_BUFFER_ARB, 32, anyAddress, GL_STATIC_DRAW_ARB));
-}
-
-TEST_F(MeshTest, DestructorDeletesItsBuffers) {
-    recorder.start();
-    RVMESH *mesh = makeSquare();
-    std::vector<Call> deletions;
-    for (const Call &made : recorder.stop().named("glGenBuffersARB"))
-        deletions.emplace_back("glDeleteBuffersARB", made.arguments);
-    ASSERT_EQ(deletions.size(), 4u);
-    mesh->unlink();
-    EXPECT_EQ(callsOf([&] { delete mesh; }), Calls(deletions));
-}
-
-TEST_F(MeshTest, CopySharesTheArraysAndReleasesNothing) {
-    RVMESH *mesh = makeSquare();
-    {
-        RVMESH copy(*mesh);
-        EXPECT_EQ(copy.getVertexPtr(), mesh->getVertexPtr());
-        RVMESH assigned;
-        assigned = *mesh;
-        EXPECT_EQ(assigned.getFacePtr(), mesh->getFacePtr());
-        recorder.start();
-    }
-    EXPECT_FALSE(recorder.stop().contains("glDeleteBuffersARB"));
-    EXPECT_EQ(mesh->getVertexPtr()[1].x, 1.0f);
 }
 
 TEST_F(MeshTest, MeshesOfADeletedMaterialHaveNone) {
@@ -238,9 +205,7 @@ TEST_F(MeshTest, AFrameIsDrawnWithoutWhatWasDeletedMeanwhile) {
             light->pass();
             square->getParent()->pass();
             delete &gone;
-            recorder.start();
-            RAVOLT::end3D(true);
-            EXPECT_TRUE(recorder.stop().contains("glDrawElements"));
+            EXPECT_TRUE(callsOf([] { RAVOLT::end3D(true); }).contains("glDrawElements"));
         };
         drawWithout(*texture);
         EXPECT_EQ(paint->getTexture(0), nullptr);
@@ -253,61 +218,69 @@ TEST_F(MeshTest, AFrameIsDrawnWithoutWhatWasDeletedMeanwhile) {
     }
 }
 
-TEST_F(MeshTest, AssignmentMovesTheCountOfTheMaterialAlong) {
-    RVMESH *mesh = makeSquare();
-    RVMATERIAL *paint = mesh->getMaterial();
-    RVMATERIAL *former = new RVMATERIAL;
-    RVMESH *assigned = new RVMESH;
-    assigned->setMaterial(former);
-    *assigned = *mesh;
-    EXPECT_EQ(former->getReferences(), 0);
-    EXPECT_EQ(paint->getReferences(), 2);
-    const RVMESH &same = *assigned;
-    *assigned = same;
-    EXPECT_EQ(paint->getReferences(), 2);
-    delete assigned;
-    EXPECT_EQ(paint->getReferences(), 1);
-    RVMESH bare;
-    *mesh = bare;
-    EXPECT_EQ(mesh->getMaterial(), nullptr);
-    EXPECT_EQ(paint->getReferences(), 0);
+TEST_F(MeshTest, MaterialIsAppliedOnceForARunOfMeshesAndAgainAfterNormals) {
+    loadScene(RveScene{{materialNamed("paint")},
+                       rootOver({squareMesh("one", "paint"), squareMesh("two", "paint")})});
+    EXPECT_EQ(callsOf([&] { drawFrame(nullptr, meshNamed("[root]")); }).count("glMaterialf"), 1u);
+    EXPECT_FALSE(render(meshNamed("one")).contains("glMaterialf"));
+    RVMESH::showNormals();
+    render(meshNamed("one"));
+    EXPECT_TRUE(render(meshNamed("one")).contains("glMaterialf"));
 }
 
-TEST_F(MeshTest, CopyCountsAndReleasesNoMaterial) {
+// --- Arrays
+
+TEST_F(MeshTest, LoadUploadsEachArrayOnceAndUnbinds) {
+    const auto upload = [](GLenum target, int bytes) {
+        return Call("glBufferDataARB", target, bytes, anyAddress, GL_STATIC_DRAW_ARB);
+    };
+    const Call vectors = upload(GL_ARRAY_BUFFER_ARB, 48), floats = upload(GL_ARRAY_BUFFER_ARB, 32),
+               faces = upload(GL_ELEMENT_ARRAY_BUFFER_ARB, 12);
+    const Calls calls = callsOf([] { loadScene({squareMesh("square")}); });
+    EXPECT_EQ(calls.count("glGenBuffersARB"), 4u);
+    EXPECT_EQ(calls.named("glBufferDataARB"), (Calls{vectors, vectors, floats, faces}));
+    EXPECT_EQ(calls[calls.size() - 2], unbindArrays);
+    EXPECT_EQ(calls.back(), unbindElements);
+    // Bone numbers and weights as floats.
+    EXPECT_EQ(
+        callsOf([] { loadScene({skinnedSquare("skin", {"skin"}, 2)}); }).named("glBufferDataARB"),
+        (Calls{vectors, vectors, floats, faces, floats, floats}));
+}
+
+TEST_F(MeshTest, DestructorDeletesItsBuffers) {
+    recorder.start();
     RVMESH *mesh = makeSquare();
-    RVMATERIAL *paint = mesh->getMaterial();
-    RVMATERIAL *other = new RVMATERIAL;
-    {
-        RVMESH copy(*mesh);
-        EXPECT_EQ(copy.getMaterial(), paint);
-        copy.setMaterial(other);
-        EXPECT_EQ(copy.getMaterial(), other);
-        EXPECT_EQ(paint->getReferences(), 1);
-        EXPECT_EQ(other->getReferences(), 0);
-        RVMESH second(copy);
-        second = *mesh;
-        EXPECT_EQ(second.getMaterial(), paint);
-        *mesh = copy;
-        EXPECT_EQ(paint->getReferences(), 0);
-        EXPECT_EQ(other->getReferences(), 1);
-    }
-    EXPECT_EQ(paint->getReferences(), 0);
-    EXPECT_EQ(other->getReferences(), 1);
+    std::vector<Call> deletions;
+    for (const Call &made : recorder.stop().named("glGenBuffersARB"))
+        deletions.emplace_back("glDeleteBuffersARB", made.arguments);
+    ASSERT_EQ(deletions.size(), 4u);
+    mesh->unlink();
+    EXPECT_EQ(callsOf([&] { delete mesh; }), Calls(deletions));
+}
+
+TEST_F(MeshTest, CopySharesTheArraysAndReleasesNothing) {
+    RVMESH *mesh = makeSquare();
+    const Calls calls = callsOf([&] {
+        RVMESH copy(*mesh), assigned;
+        EXPECT_EQ(copy.getVertexPtr(), mesh->getVertexPtr());
+        assigned = *mesh;
+        EXPECT_EQ(assigned.getFacePtr(), mesh->getFacePtr());
+    });
+    EXPECT_FALSE(calls.contains("glDeleteBuffersARB"));
+    EXPECT_EQ(mesh->getVertexPtr()[1].x, 1.0f);
 }
 
 // What the mesh owned itself stays its own, and is released with it, once.
 TEST_F(MeshTest, AssignmentToAMeshWithGeometryLosesNothing) {
-    recorder.start();
-    loadScene({squareMesh("a"), squareMesh("b")});
-    const std::size_t buffers = recorder.stop().count("glGenBuffersARB");
+    const std::size_t buffers = callsOf([] {
+                                    loadScene({squareMesh("a"), squareMesh("b")});
+                                }).count("glGenBuffersARB");
     RVMESH *a = meshNamed("a"), *b = meshNamed("b");
     const Z3MVECTOR3D *const vertices = a->getVertexPtr();
     *b = *a;
     EXPECT_EQ(b->getVertexPtr(), vertices);
-    recorder.start();
-    RVNODE::cleanUp();
     std::set<double> names;
-    for (const Call &call : recorder.stop().named("glDeleteBuffersARB"))
+    for (const Call &call : callsOf([] { RVNODE::cleanUp(); }).named("glDeleteBuffersARB"))
         EXPECT_TRUE(names.insert(call.arguments[1]).second);
     EXPECT_EQ(names.size(), buffers);
 }
@@ -317,45 +290,40 @@ TEST_F(MeshTest, OpaqueMeshIsDrawnOnceFromItsBuffers) {
     RVMESH *mesh = makeSquare();
     const Calls made = recorder.stop().named("glGenBuffersARB");
     ASSERT_EQ(made.size(), 4u);
-    const auto name = [&](std::size_t i) { return made[i].arguments.back(); };
-    EXPECT_EQ(renderSurfaces(mesh),
-              (Calls{{"glEnableClientState", GL_VERTEX_ARRAY},
-                     {"glBindBufferARB", GL_ARRAY_BUFFER_ARB, name(0)},
-                     {"glVertexPointer", 3, GL_FLOAT, 0, 0},
-                     {"glEnableClientState", GL_NORMAL_ARRAY},
-                     {"glBindBufferARB", GL_ARRAY_BUFFER_ARB, name(1)},
-                     {"glNormalPointer", GL_FLOAT, 0, 0},
-                     {"glClientActiveTextureARB", GL_TEXTURE0},
-                     {"glEnableClientState", GL_TEXTURE_COORD_ARRAY},
-                     {"glBindBufferARB", GL_ARRAY_BUFFER_ARB, name(2)},
-                     {"glTexCoordPointer", 2, GL_FLOAT, 0, 0},
-                     {"glBindBufferARB", GL_ELEMENT_ARRAY_BUFFER_ARB, name(3)},
-                     {"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0}}));
-}
-
-TEST_F(MeshTest, SecondDrawingSwitchesNothing) {
-    RVMESH *mesh = makeSquare();
-    render(mesh);
-    const Calls calls = render(mesh);
-    EXPECT_TRUE(calls
+    const auto bind = [&](GLenum target, std::size_t i) {
+        return Call("glBindBufferARB", target, made[i].arguments.back());
+    };
+    EXPECT_EQ(renderSurfaces(mesh), (Calls{{"glEnableClientState", GL_VERTEX_ARRAY},
+                                           bind(GL_ARRAY_BUFFER_ARB, 0),
+                                           {"glVertexPointer", 3, GL_FLOAT, 0, 0},
+                                           {"glEnableClientState", GL_NORMAL_ARRAY},
+                                           bind(GL_ARRAY_BUFFER_ARB, 1),
+                                           {"glNormalPointer", GL_FLOAT, 0, 0},
+                                           {"glClientActiveTextureARB", GL_TEXTURE0},
+                                           {"glEnableClientState", GL_TEXTURE_COORD_ARRAY},
+                                           bind(GL_ARRAY_BUFFER_ARB, 2),
+                                           {"glTexCoordPointer", 2, GL_FLOAT, 0, 0},
+                                           bind(GL_ELEMENT_ARRAY_BUFFER_ARB, 3),
+                                           drawBuffer}));
+    const Calls again = render(mesh);
+    EXPECT_TRUE(again
                     .named({"glEnable", "glDisable", "glEnableClientState", "glDisableClientState",
                             "glColor4f", "glMaterialfv", "glLightModelf"})
                     .empty())
-        << calls.text();
+        << again.text();
 }
 
 TEST_F(BareDriverTest, OwnMemoryIsDrawn) {
     recorder.start();
     RVMESH *mesh = makeSquare();
     EXPECT_FALSE(recorder.stop().contains("glGenBuffersARB"));
-    EXPECT_EQ(renderSurfaces(mesh),
-              (Calls{{"glEnableClientState", GL_VERTEX_ARRAY},
-                     {"glVertexPointer", 3, GL_FLOAT, 0, anyAddress},
-                     {"glEnableClientState", GL_NORMAL_ARRAY},
-                     {"glNormalPointer", GL_FLOAT, 0, anyAddress},
-                     {"glEnableClientState", GL_TEXTURE_COORD_ARRAY},
-                     {"glTexCoordPointer", 2, GL_FLOAT, 0, anyAddress},
-                     {"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, anyAddress}}));
+    EXPECT_EQ(renderSurfaces(mesh), (Calls{{"glEnableClientState", GL_VERTEX_ARRAY},
+                                           {"glVertexPointer", 3, GL_FLOAT, 0, anyAddress},
+                                           {"glEnableClientState", GL_NORMAL_ARRAY},
+                                           {"glNormalPointer", GL_FLOAT, 0, anyAddress},
+                                           {"glEnableClientState", GL_TEXTURE_COORD_ARRAY},
+                                           {"glTexCoordPointer", 2, GL_FLOAT, 0, anyAddress},
+                                           drawMemory}));
 }
 
 TEST_F(MeshTest, DriverThatLacksAnEntryPointIsDrawnFromOwnMemory) {
@@ -365,36 +333,28 @@ TEST_F(MeshTest, DriverThatLacksAnEntryPointIsDrawnFromOwnMemory) {
         recorder.silent();
         recorder.nullEntryPoint(name);
         ASSERT_TRUE(restart());
-        RVMESH *mesh = makeSquare();
-        EXPECT_TRUE(renderSurfaces(mesh).contains(
-            Call("glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, anyAddress)));
+        EXPECT_TRUE(renderSurfaces(makeSquare()).contains(drawMemory));
         RVNODE::cleanUp();
     }
 }
 
-TEST_F(MeshTest, SkinnedMeshIsDrawnFromItsBentArrays) {
-    RveNode square = squareMesh("square");
-    square.mesh.skin = {1, {0, 0, 0, 0}, {1, 1, 1, 1}, {"square"}};
-    RVNODE *root = loadScene({square});
-    const Calls calls = callsOf([&] { drawFrame(nullptr, root); });
-    EXPECT_TRUE(calls.haveInOrder({{"glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0},
-                                   {"glVertexPointer", 3, GL_FLOAT, 0, anyAddress},
-                                   {"glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0},
-                                   {"glNormalPointer", GL_FLOAT, 0, anyAddress},
-                                   {"glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0},
-                                   {"glTexCoordPointer", 2, GL_FLOAT, 0, anyAddress},
-                                   {"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0}}));
+TEST_F(MeshTest, SkinnedMeshIsDrawnFromItsSkinnedArrays) {
+    RVNODE *root = loadScene({skinnedSquare("square", {"square"})});
+    EXPECT_TRUE(callsOf([&] { drawFrame(nullptr, root); })
+                    .haveInOrder({unbindArrays,
+                                  {"glVertexPointer", 3, GL_FLOAT, 0, anyAddress},
+                                  unbindArrays,
+                                  {"glNormalPointer", GL_FLOAT, 0, anyAddress},
+                                  unbindArrays,
+                                  {"glTexCoordPointer", 2, GL_FLOAT, 0, anyAddress},
+                                  drawBuffer}));
 }
 
-TEST_F(MeshTest, MeshWithoutFacesDrawsNothingAndUnbindsTheElements) {
+TEST_F(MeshTest, MeshWithoutArraysDisablesThemDrawsNothingAndUnbindsTheElements) {
     loadScene({emptyMesh("empty")});
-    switchAllOff();
+    disableDrawingState();
     EXPECT_EQ(renderSurfaces(meshNamed("empty")), (Calls{unbindElements}));
-}
-
-TEST_F(MeshTest, ArraysThatAMeshLacksAreSwitchedOff) {
     render(makeSquare());
-    loadScene({emptyMesh("empty")});
     EXPECT_EQ(renderSurfaces(meshNamed("empty")),
               (Calls{{"glDisableClientState", GL_VERTEX_ARRAY},
                      {"glDisableClientState", GL_NORMAL_ARRAY},
@@ -405,50 +365,38 @@ TEST_F(MeshTest, ArraysThatAMeshLacksAreSwitchedOff) {
 
 // --- Transparency
 
-class TransparentMeshTest : public MeshTest, public testing::WithParamInterface<bool> {};
-
-TEST_P(TransparentMeshTest, InnerFacesComeFirstAndCullingIsAsBefore) {
+TEST_F(MeshTest, InnerFacesOfATransparentMeshComeFirstAndCullingIsAsBefore) {
     RVMESH *mesh = makeSquare(0.5f);
     RVLIGHT::lightingOn();
-    GetParam() ? RVOPENGL::cullingOn() : RVOPENGL::cullingOff();
-    const Calls calls = render(mesh);
-    EXPECT_TRUE(calls.haveInOrder({{"glLightModelf", GL_LIGHT_MODEL_TWO_SIDE, 1},
-                                   {"glCullFace", GL_FRONT},
-                                   {"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0},
-                                   {"glCullFace", GL_BACK},
-                                   {"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0}}))
-        << calls.text();
-    EXPECT_EQ(calls.count("glDrawElements"), 2u);
-    EXPECT_EQ(calls.count(Call("glEnable", GL_CULL_FACE)), GetParam() ? 0u : 1u);
-    EXPECT_EQ(calls.count(Call("glDisable", GL_CULL_FACE)), GetParam() ? 0u : 1u);
-    EXPECT_EQ(RVOPENGL::isCulled(), GetParam());
-    EXPECT_TRUE(RVOPENGL::isTwoSide());
-    if (!GetParam()) {
-        EXPECT_EQ(calls.back(), Call("glDisable", GL_CULL_FACE));
+    for (const bool culled : {false, true}) {
+        SCOPED_TRACE(culled);
+        RVOPENGL::twoSideOff();
+        culled ? RVOPENGL::cullingOn() : RVOPENGL::cullingOff();
+        const Calls calls = render(mesh);
+        EXPECT_TRUE(calls.haveInOrder({{"glLightModelf", GL_LIGHT_MODEL_TWO_SIDE, 1},
+                                       {"glCullFace", GL_FRONT},
+                                       drawBuffer,
+                                       {"glCullFace", GL_BACK},
+                                       drawBuffer}))
+            << calls.text();
+        EXPECT_EQ(calls.count("glDrawElements"), 2u);
+        EXPECT_EQ(calls.count(Call("glEnable", GL_CULL_FACE)), culled ? 0u : 1u);
+        EXPECT_EQ(calls.count(Call("glDisable", GL_CULL_FACE)), culled ? 0u : 1u);
+        EXPECT_TRUE(culled || calls.back() == Call("glDisable", GL_CULL_FACE));
+        EXPECT_EQ(RVOPENGL::isCulled(), culled);
+        EXPECT_TRUE(RVOPENGL::isTwoSide());
     }
-    RVOPENGL::cullingOn();
-}
-
-INSTANTIATE_TEST_SUITE_P(Culling, TransparentMeshTest, testing::Bool());
-
-TEST_F(MeshTest, OpaqueMeshAfterATransparentOneIsLitOnOneSide) {
-    RVMESH *mesh = makeSquare(0.5f);
-    RVLIGHT::lightingOn();
-    render(mesh);
     mesh->getMaterial()->setTransparency(1.0f);
     EXPECT_TRUE(render(mesh).contains(Call("glLightModelf", GL_LIGHT_MODEL_TWO_SIDE, 0)));
 }
 
-TEST_F(MeshTest, TransparentMeshWithoutLightingIsDrawnOnce) {
-    const Calls calls = render(makeSquare(0.5f));
+TEST_F(MeshTest, TransparentMeshIsDrawnOnceWithoutLightingAndInFlatPasses) {
+    RVMESH *mesh = makeSquare(0.5f);
+    const Calls calls = render(mesh);
     EXPECT_EQ(calls.count("glDrawElements"), 1u);
     EXPECT_FALSE(calls.contains("glCullFace"));
     EXPECT_TRUE(calls.contains(Call("glEnable", GL_BLEND)));
-}
-
-TEST_F(MeshTest, TransparentMeshIsDrawnOnceInFlatPasses) {
-    RVMESH *mesh = makeSquare(0.5f);
-    for (RV_OPENGL_PROFILE profile : {RV_OPENGL_PROFILE_FLAT, RV_OPENGL_PROFILE_ZPASS}) {
+    for (const RV_OPENGL_PROFILE profile : flatProfiles) {
         RVOPENGL::setProfile(profile);
         EXPECT_EQ(render(mesh).count("glDrawElements"), 1u);
     }
@@ -456,79 +404,50 @@ TEST_F(MeshTest, TransparentMeshIsDrawnOnceInFlatPasses) {
 
 // --- Lights
 
-TEST_F(MeshTest, LightsOfEarlierFramesAreNotFollowed) {
+TEST_F(MeshTest, LightsOfEarlierFramesAreNotUsed) {
     RVMESH *mesh = makeSquare();
     RVLIGHT::lightingOn();
-    RVELEMENT nowhere;
-    RVELEMENT entry;
+    RVELEMENT outside, entry;
     entry.setNearestLight(0, nullptr);
     render(mesh, &entry);
-    entry.setNearestLight(0, &nowhere);
+    entry.setNearestLight(0, &outside);
     render(mesh, &entry);
-    {
-        auto gone = std::make_unique<RVELEMENT>();
-        entry.setNearestLight(0, gone.get());
-    }
+    entry.setNearestLight(0, std::make_unique<RVELEMENT>().get()); // deleted
     EXPECT_TRUE(render(mesh, &entry).contains("glDrawElements"));
-}
-
-TEST_F(MeshTest, MaterialIsAppliedOnceForARunOfMeshes) {
-    loadScene(RveScene{{materialNamed("paint")},
-                       rootOver({squareMesh("one", "paint"), squareMesh("two", "paint")})});
-    EXPECT_EQ(callsOf([&] { drawFrame(nullptr, meshNamed("[root]")); }).count("glMaterialf"), 1u);
 }
 
 // --- Flat passes
 
-struct DepthCase {
-    int red, green, blue, alpha; // bits
-    unsigned int id;
-    double color[4];
-
-    friend void PrintTo(const DepthCase &one, std::ostream *out) {
-        *out << one.red + one.green + one.blue + one.alpha << " bits, id " << one.id;
-    }
-};
-
-// The colours obtained say how identities are coded.
-class PickingColorTest : public MeshTest, public testing::WithParamInterface<DepthCase> {};
-
-TEST_P(PickingColorTest, IdentityBecomesTheColor) {
-    const DepthCase &wanted = GetParam();
-    recorder.channelSizes(wanted.red, wanted.green, wanted.blue, wanted.alpha);
-    ASSERT_TRUE(restart());
-    RVMESH *mesh = makeSquare();
-    mesh->setAuxId(wanted.id);
-    for (RV_OPENGL_PROFILE profile : {RV_OPENGL_PROFILE_FLAT, RV_OPENGL_PROFILE_ZPASS}) {
-        RVOPENGL::setProfile(profile);
-        EXPECT_EQ(callsOf([&] { drawFrame(nullptr, mesh); }).named("glColor4f"),
-                  (Calls{{"glColor4f", wanted.color[0], wanted.color[1], wanted.color[2],
-                          wanted.color[3]}}));
+// The channels obtained decide how identifiers are encoded.
+TEST_F(MeshTest, IdentifierIsTheColorInFlatPasses) {
+    const struct {
+        int channels[4]; // bits
+        unsigned int id;
+        double color[4];
+    } rows[] = {
+        {{8, 8, 8, 8}, 0x80402010u, {16 / 255.0, 32 / 255.0, 64 / 255.0, 128 / 255.0}},
+        {{8, 8, 8, 0}, 0x00ff00ffu, {1, 0, 1, 0}},
+        {{5, 6, 5, 0}, 0x1234f81fu, {1, 0, 1, 0}},
+        {{5, 6, 5, 0}, 0x000008a3u, {1 / 31.0, 5 / 63.0, 3 / 31.0, 0}},
+        {{8, 8, 8, 0}, 0, {}}, // no auxiliary identifier: its own one below 256
+    };
+    for (const auto &[bits, id, color] : rows) {
+        SCOPED_TRACE(id);
+        recorder.channelSizes(bits[0], bits[1], bits[2], bits[3]);
+        ASSERT_TRUE(restart());
+        RVMESH *mesh = makeSquare();
+        mesh->setAuxId(id);
+        for (const RV_OPENGL_PROFILE profile : flatProfiles) {
+            RVOPENGL::setProfile(profile);
+            const double red = id ? color[0] : mesh->getId() / 255.0;
+            EXPECT_EQ(callsOf([&] { drawFrame(nullptr, mesh); }).named("glColor4f"),
+                      (Calls{{"glColor4f", red, color[1], color[2], color[3]}}));
+        }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Depths, PickingColorTest,
-    testing::Values(
-        DepthCase{8, 8, 8, 8, 0x80402010u, {16 / 255.0, 32 / 255.0, 64 / 255.0, 128 / 255.0}},
-        DepthCase{8, 8, 8, 0, 0x00ff00ffu, {1, 0, 1, 0}},
-        DepthCase{5, 6, 5, 0, 0x1234f81fu, {1, 0, 1, 0}},
-        DepthCase{5, 6, 5, 0, 0x000008a3u, {1 / 31.0, 5 / 63.0, 3 / 31.0, 0}}),
-    [](const auto &test) {
-        const DepthCase &one = test.param;
-        return "At" + std::to_string(one.red + one.green + one.blue + one.alpha) + "BitsId" +
-               std::to_string(one.id);
-    });
-
-TEST_F(MeshTest, WithoutAnAuxiliaryIdTheOwnOneIsTheColor) {
-    RVMESH *mesh = makeSquare();
-    RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
-    EXPECT_EQ(callsOf([&] { drawFrame(nullptr, mesh); }).named("glColor4f"),
-              (Calls{{"glColor4f", mesh->getId() / 255.0, 0, 0, 0}}));
-}
-
-TEST_F(MeshTest, FlatPassesSwitchLightsTexturesAndBlendingOff) {
-    for (RV_OPENGL_PROFILE profile : {RV_OPENGL_PROFILE_FLAT, RV_OPENGL_PROFILE_ZPASS}) {
+TEST_F(MeshTest, FlatPassesDisableLightsTexturesAndBlending) {
+    for (const RV_OPENGL_PROFILE profile : flatProfiles) {
         RVMESH *mesh = makeSquare();
         RVLIGHT::lightingOn();
         RVTEXTURE::texturingOn(3);
@@ -544,7 +463,7 @@ TEST_F(MeshTest, FlatPassesSwitchLightsTexturesAndBlendingOff) {
     }
 }
 
-TEST_F(MeshTest, TextureCoordinatesAreLeftOutOfTheSelectionAlone) {
+TEST_F(MeshTest, OnlyTheSelectionOmitsTextureCoordinates) {
     RVMESH *mesh = makeSquare();
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_ZPASS);
     EXPECT_TRUE(render(mesh).contains("glTexCoordPointer"));
@@ -556,28 +475,24 @@ TEST_F(MeshTest, TextureCoordinatesAreLeftOutOfTheSelectionAlone) {
 
 // --- Start of a frame
 
-TEST_F(MeshTest, ResetSwitchesArraysOffAndUnbindsTheElements) {
+TEST_F(MeshTest, ResetDisablesArraysAndUnbindsTheElements) {
     render(makeSquare());
     RVOPENGL::colorArrayOn();
-    recorder.start();
-    RVMESH::reset();
-    EXPECT_EQ(recorder.stop(), (Calls{{"glDisableClientState", GL_VERTEX_ARRAY},
-                                      {"glDisableClientState", GL_NORMAL_ARRAY},
-                                      {"glDisableClientState", GL_COLOR_ARRAY},
-                                      {"glClientActiveTextureARB", GL_TEXTURE0},
-                                      {"glDisableClientState", GL_TEXTURE_COORD_ARRAY},
-                                      {"glClientActiveTextureARB", GL_TEXTURE1},
-                                      {"glDisableClientState", GL_TEXTURE_COORD_ARRAY},
-                                      {"glClientActiveTextureARB", GL_TEXTURE0},
-                                      {"glDisableClientState", GL_TEXTURE_COORD_ARRAY},
-                                      unbindElements}));
+    EXPECT_EQ(callsOf(RVMESH::reset), (Calls{{"glDisableClientState", GL_VERTEX_ARRAY},
+                                             {"glDisableClientState", GL_NORMAL_ARRAY},
+                                             {"glDisableClientState", GL_COLOR_ARRAY},
+                                             {"glClientActiveTextureARB", GL_TEXTURE0},
+                                             {"glDisableClientState", GL_TEXTURE_COORD_ARRAY},
+                                             {"glClientActiveTextureARB", GL_TEXTURE1},
+                                             {"glDisableClientState", GL_TEXTURE_COORD_ARRAY},
+                                             {"glClientActiveTextureARB", GL_TEXTURE0},
+                                             {"glDisableClientState", GL_TEXTURE_COORD_ARRAY},
+                                             unbindElements}));
 }
 
-TEST_F(BareDriverTest, ResetSwitchesTheOnlyUnit) {
+TEST_F(BareDriverTest, ResetDisablesTheOnlyUnit) {
     RVMESH::reset();
-    recorder.start();
-    RVMESH::reset();
-    EXPECT_EQ(recorder.stop(), (Calls{{"glDisableClientState", GL_TEXTURE_COORD_ARRAY}}));
+    EXPECT_EQ(callsOf(RVMESH::reset), (Calls{{"glDisableClientState", GL_TEXTURE_COORD_ARRAY}}));
 }
 
 // --- Normals
@@ -589,7 +504,7 @@ TEST_F(MeshTest, NormalsAreLinesFromGreenToDarkGreen) {
     const Calls calls = render(mesh);
     EXPECT_EQ(calls.count("glBegin"), 1u);
     EXPECT_EQ(calls.count("glVertex3f"), 8u);
-    EXPECT_TRUE(calls.haveInOrder({{"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0},
+    EXPECT_TRUE(calls.haveInOrder({drawBuffer,
                                    {"glDisable", GL_LIGHTING},
                                    {"glBegin", GL_LINES},
                                    {"glColor4f", 0, 1, 0, 1},
@@ -600,34 +515,18 @@ TEST_F(MeshTest, NormalsAreLinesFromGreenToDarkGreen) {
                                    {"glVertex3f", 1, -1, 0},
                                    {"glEnd"}}))
         << calls.text();
+    EXPECT_FALSE(render(new RVMESH).contains("glBegin")) << "a mesh without arrays";
     RVMESH::hideNormals();
     EXPECT_FALSE(render(mesh).contains("glBegin"));
 }
 
-TEST_F(MeshTest, MaterialIsAppliedAnewAfterNormals) {
-    RVMESH *mesh = makeSquare();
-    render(mesh);
-    EXPECT_FALSE(render(mesh).contains("glMaterialf"));
-    RVMESH::showNormals();
-    render(mesh);
-    EXPECT_TRUE(render(mesh).contains("glMaterialf"));
-}
-
-TEST_F(MeshTest, NormalsOfAMeshWithoutArraysAreNone) {
-    RVMESH::showNormals();
-    EXPECT_FALSE(render(new RVMESH).contains("glBegin"));
-}
-
-TEST_F(MeshTest, NormalsOfASkinnedMeshAreBentToo) {
-    RveNode square = squareMesh("square");
-    square.position = {0, 0, 0};
-    square.mesh.skin = {1, {0, 0, 0, 0}, {1, 1, 1, 1}, {"bone"}};
-    RVNODE *root = loadScene({square, emptyMesh("bone")});
+TEST_F(MeshTest, NormalsOfASkinnedMeshAreSkinnedToo) {
+    RVNODE *root = loadScene({skinnedSquare("square", {"bone"}), emptyMesh("bone")});
     meshNamed("bone")->setPosition(5, 0, 0);
     RVMESH::showNormals();
-    recorder.start();
-    drawFrame(nullptr, root);
-    EXPECT_TRUE(recorder.stop().haveInOrder({{"glVertex3f", 4, -1, 0}, {"glVertex3f", 4, -1, 1}}));
+    EXPECT_TRUE(callsOf([&] {
+                    drawFrame(nullptr, root);
+                }).haveInOrder({{"glVertex3f", 4, -1, 0}, {"glVertex3f", 4, -1, 1}}));
 }
 
 } // namespace

@@ -1,6 +1,11 @@
 #include "tests/models/modelScenes.h"
 
 #include "ravolt/RAVOLT.h"
+#include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
 
 #include <gtest/gtest.h>
 
@@ -38,6 +43,21 @@ RveNode squareMesh(const std::string &name, const std::string &material, float h
     return node;
 }
 
+RveSkin skinOf(std::vector<std::string> bones, unsigned int weights) {
+    if (!weights)
+        return {};
+    const std::size_t number = 4 * std::size_t{weights};
+    return {weights, std::vector<std::uint8_t>(number, 0),
+            std::vector<float>(number, 1.0f / static_cast<float>(weights)), std::move(bones)};
+}
+
+RveNode skinnedSquare(const std::string &name, std::vector<std::string> bones, unsigned int weights,
+                      const std::string &material) {
+    RveNode square = squareMesh(name, material);
+    square.mesh.skin = skinOf(std::move(bones), weights);
+    return square;
+}
+
 RveNode placed(RveNode node, RveVector position, RveVector rotation) {
     node.position = position;
     node.rotation = rotation;
@@ -70,6 +90,21 @@ RVNODE *loadScene(const RveScene &scene, RveVersion version) {
 
 RVNODE *loadScene(std::vector<RveNode> childrenOfRoot) {
     return loadScene(RveScene{{}, rootOver(std::move(childrenOfRoot))});
+}
+
+LoadTraces::LoadTraces()
+    : nodes(RVNODE::getNumberOfNodes()), materials(RVMATERIAL::getNumberOfMaterials()),
+      textures(RVTEXTURE::getNumberOfTextures()), nextId(zlfNewId()) {
+    releaseId(nextId);
+}
+
+void disableDrawingState() {
+    RVMESH::reset();
+    RVMATERIAL::reset();
+    RVLIGHT::lightingOff();
+    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVOPENGL::blendingOff();
+    RVOPENGL::twoSideOff();
 }
 
 RVMESH *meshNamed(const std::string &name) {

@@ -26,6 +26,11 @@ RveNode emptyMesh(const std::string &name, RveVector position = {0, 0, 0},
 RveNode squareMesh(const std::string &name, const std::string &material = "[none]",
                    float half = 1.0f);
 
+// Four vertices with as many equal weights each, all of the first bone; without weights no skin.
+RveSkin skinOf(std::vector<std::string> bones, unsigned int weights = 1);
+RveNode skinnedSquare(const std::string &name, std::vector<std::string> bones,
+                      unsigned int weights = 1, const std::string &material = "[none]");
+
 RveNode placed(RveNode node, RveVector position, RveVector rotation = {0, 0, 0});
 
 RveMaterial materialNamed(const std::string &name, float transparency = 1.0f);
@@ -39,6 +44,16 @@ RVNODE *loadBytes(const Bytes &bytes);
 // Writes and loads the scene; NULL fails the test.
 RVNODE *loadScene(const RveScene &scene, RveVersion version = RveVersion::v16a);
 RVNODE *loadScene(std::vector<RveNode> childrenOfRoot);
+
+// Number of objects and the next identifier: what a failed load must not change.
+struct LoadTraces {
+    LoadTraces();
+    unsigned int nodes, materials, textures, nextId;
+    friend bool operator==(const LoadTraces &, const LoadTraces &) = default;
+};
+
+// Disables everything that a drawing may have enabled and that outlasts a test.
+void disableDrawingState();
 
 // The mesh of that name; NULL fails the test.
 RVMESH *meshNamed(const std::string &name);
