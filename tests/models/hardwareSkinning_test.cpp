@@ -1,4 +1,4 @@
-// A skinned mesh bent by a program and by the processor: the same picture, and the same numbers.
+// A mesh skinned by a program and by the processor: the same picture under each light.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVLIGHT.h"
@@ -7,14 +7,13 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
-#include "tests/models/skinReference.h"
+#include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <iterator>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -24,15 +23,8 @@ using namespace ravolt::test;
 
 namespace {
 
-using Weights = std::array<double, 4>; // of the bones 0, 1, 2 and once more 0
-
 constexpr unsigned int columns = 9; // of vertices, along x
 constexpr unsigned int vertices = 2 * columns;
-
-Weights weightsOf(unsigned int vertex) {
-    const double right = (vertex / 2) / (columns - 1.0);
-    return {0.5 * (1 - right), 0.25, 0.75 * right, 0.25 * (1 - right)};
-}
 
 // A strip of squares under a chain of three bones.
 RveNode strip() {
@@ -42,16 +34,15 @@ RveNode strip() {
     mesh.radius = 8;
     mesh.minimum = {-4, -1, 0};
     mesh.maximum = {4, 1, 0};
-    mesh.skin.weightsPerVertex = 4;
-    mesh.skin.bones = {"left", "middle", "right"};
+    mesh.skin = {4, {}, {}, {"left", "middle", "right"}};
     for (unsigned int vertex = 0; vertex < vertices; ++vertex) {
         mesh.vertices.push_back({static_cast<float>(vertex / 2) - 4, vertex % 2 ? 1.0f : -1.0f, 0});
         mesh.normals.push_back({0, 0, 1});
         mesh.uvs.push_back({static_cast<float>(vertex / 2) / 2, static_cast<float>(vertex % 2)});
-        for (unsigned int k = 0; k < 4; ++k) {
-            mesh.skin.boneIndices.push_back(static_cast<std::uint8_t>(k % 3));
-            mesh.skin.boneWeights.push_back(static_cast<float>(weightsOf(vertex)[k]));
-        }
+        const float right = static_cast<float>(vertex / 2) / (columns - 1.0f), left = 1 - right;
+        mesh.skin.boneIndices.insert(mesh.skin.boneIndices.end(), {0, 1, 2, 0});
+        mesh.skin.boneWeights.insert(mesh.skin.boneWeights.end(),
+                                     {0.5f * left, 0.25f, 0.75f * right, 0.25f * left});
     }
     for (std::uint16_t at = 0; at + 3u < vertices; at = static_cast<std::uint16_t>(at + 2)) {
         const auto v = [at](int more) { return static_cast<std::uint16_t>(at + more); };
@@ -71,7 +62,7 @@ struct Look {
 
 void PrintTo(const Look &look, std::ostream *out) { *out << look.byProgram; }
 
-// Those whose light takes the bent vertex or needs none.
+// Those whose light needs the skinned vertex or none.
 const Look looks[] = {
     {"pplDirectA", "pplDirect", RV_LIGHT_TYPE_DIRECTIONAL, false},
     {"pplDirectTA", "pplDirectT", RV_LIGHT_TYPE_DIRECTIONAL, true},
@@ -79,11 +70,9 @@ const Look looks[] = {
     {"pplSpotTSA", "pplSpotTS", RV_LIGHT_TYPE_SPOT, true, true},
 };
 
-// What one run of the engine made of the strip.
+// The pictures of the strip in one run of the engine.
 struct Outcome {
     Picture unshadowed, lit, flat;
-    std::vector<Z3MVECTOR3D> clientVertices, clientNormals; // the processor's
-    std::optional<ProgramBones> bones;                      // the program's
 };
 
 class HardwareSkinningTest : public EngineTest, public testing::WithParamInterface<Look> {
@@ -99,7 +88,7 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
         EngineTest::TearDown();
     }
 
-    // The strip, bent, under one light.
+    // The strip, with moved bones, under one light.
     static RVNODE *loadFigure(const Look &look) {
         RveNode bones = emptyMesh(
             "left", {-3, 0, 0}, {emptyMesh("middle", {3, 0, 0}, {emptyMesh("right", {3, 0, 0})})});
@@ -154,29 +143,19 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
         return "none";
     }
 
-    Calls callsOfAFrame(RVNODE *root) {
-        return callsOf([&] { drawFrame(nullptr, root); });
-    }
-
     Outcome draw(bool byProgram, const Look &look) {
         RVOPENGL::setBackgroundColor(0, 0, 0, 1);
         RVNODE *root = loadFigure(look);
-        // The mesh that the processor has bent is lit by the program of rigid ones.
+        // The mesh that the processor skins is lit by the program of rigid ones.
         meshNamed("strip")->getMaterial()->setSkinning(byProgram);
         meshNamed("strip")->setAuxId(0xff4080ffu);
         RVLIGHT::lightingOn();
         Outcome outcome;
-        const Calls bending = callsOfAFrame(root);
-        if (byProgram) {
-            outcome.bones.emplace(bending);
-        } else {
-            outcome.clientVertices = clientArray(GL_VERTEX_ARRAY_POINTER, vertices);
-            outcome.clientNormals = clientArray(GL_NORMAL_ARRAY_POINTER, vertices);
-        }
+        drawFrame(nullptr, root);
         outcome.unshadowed = readFrame();
         if (look.shadowed)
             RAVOLT::shadowingOn();
-        const Calls calls = callsOfAFrame(root);
+        const Calls calls = callsOf([&] { drawFrame(nullptr, root); });
         outcome.lit = readFrame();
         EXPECT_EQ(programOf(calls), byProgram ? look.byProgram : look.byProcessor);
         RAVOLT::shadowingOff();
@@ -188,17 +167,10 @@ class HardwareSkinningTest : public EngineTest, public testing::WithParamInterfa
     }
 };
 
-unsigned int pixelsOtherThanBlack(const Picture &picture) {
-    unsigned int number = 0;
-    for (int y = 0; y < picture.height; ++y)
-        for (int x = 0; x < picture.width; ++x) {
-            const Pixel pixel = picture.at(x, y);
-            number += pixel.red || pixel.green || pixel.blue;
-        }
-    return number;
-}
+constexpr Pixel black{0, 0, 0, 255};
 
-TEST_P(HardwareSkinningTest, ProgramBendsAsTheProcessorDoes) {
+// The numbers are compared in skinnedCharacters_test.cpp.
+TEST_P(HardwareSkinningTest, ProgramSkinsAsTheProcessorDoes) {
     recorder.refuse("glGetObjectParameterivARB", 2 * 3, 1); // pplDirectA, and skinning with it
     ASSERT_TRUE(restart());
     ASSERT_FALSE(RVSHADER::useSkinning());
@@ -207,27 +179,11 @@ TEST_P(HardwareSkinningTest, ProgramBendsAsTheProcessorDoes) {
     ASSERT_TRUE(RVSHADER::useSkinning());
     const Outcome program = draw(true, GetParam());
 
-    // The numbers.
-    ASSERT_EQ(processor.clientVertices.size(), vertices);
-    ASSERT_EQ(processor.clientNormals.size(), vertices);
-    ASSERT_EQ(program.bones->quat.size(), 12u);
-    ASSERT_EQ(program.bones->trans.size(), 9u);
-    const RVMESH *mesh = meshNamed("strip");
-    const RveSkin skin = strip().mesh.skin;
-    for (unsigned int v = 0; v < vertices; ++v) {
-        SCOPED_TRACE(v);
-        const Influences influences = influencesOf(skin, v);
-        expectNear(processor.clientVertices[v],
-                   program.bones->bent(mesh->getVertexPtr()[v], influences), 1e-4);
-        expectNear(processor.clientNormals[v],
-                   program.bones->bentNormal(mesh->getVertexNormalPtr()[v], influences), 1e-4);
-    }
-
-    // The pictures: samples on edges may fall to either side.
-    EXPECT_GT(pixelsOtherThanBlack(processor.lit), 500u);
+    // Samples on edges may fall to either side.
+    EXPECT_GT(processor.lit.pixelsUnlike(black, 0), 500u);
     EXPECT_LE(differenceOf(processor.lit, program.lit).mean, 0.05);
     EXPECT_EQ(differenceOf(program.unshadowed, program.lit).mean > 1, GetParam().shadowed);
-    EXPECT_GT(pixelsOtherThanBlack(processor.flat), 500u);
+    EXPECT_GT(processor.flat.pixelsUnlike(black, 0), 500u);
     EXPECT_LE(differenceOf(processor.flat, program.flat).mean, 0.05);
     EXPECT_PIXEL(program.flat.at(width / 2, height / 2), (Pixel{255, 128, 64}), 1);
 }

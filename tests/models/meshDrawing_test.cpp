@@ -1,3 +1,5 @@
+// Meshes as they look.
+
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
@@ -17,7 +19,7 @@ namespace {
 
 constexpr Pixel black{0, 0, 0, 255}, red{255, 0, 0, 255};
 
-// Meshes as they look, before a black background and five units in front of the eye.
+// Before a black background and five units in front of the eye.
 class MeshDrawingTest : public EngineTest {
   protected:
     void SetUp() override {
@@ -39,7 +41,7 @@ class MeshDrawingTest : public EngineTest {
     static Pixel centre() { return pixelAt(width / 2, height / 2); }
 };
 
-TEST_F(MeshDrawingTest, UnlitMeshHasTheCurrentColorAndLeavesIt) {
+TEST_F(MeshDrawingTest, UnlitMeshHasTheCurrentColorAndDoesNotChangeIt) {
     RVNODE *root = loadScene({inFront(squareMesh("square"))});
     glColor4f(1, 0, 0, 1);
     drawFrame(nullptr, root);
@@ -49,23 +51,14 @@ TEST_F(MeshDrawingTest, UnlitMeshHasTheCurrentColorAndLeavesIt) {
     glGetFloatv(GL_CURRENT_COLOR, color);
     EXPECT_EQ(color[0], 1.0f);
     EXPECT_EQ(color[1], 0.0f);
-}
 
-TEST_F(MeshDrawingTest, BackFacesAreNotSeen) {
-    RveNode square = inFront(squareMesh("square"));
-    square.rotation = {0, 180, 0};
-    RVNODE *root = loadScene({square});
-    glColor4f(1, 0, 0, 1);
-    drawFrame(nullptr, root);
-    EXPECT_PIXEL(centre(), black, 1);
-}
-
-TEST_F(MeshDrawingTest, HiddenMeshIsNotSeen) {
-    RVNODE *root = loadScene({inFront(squareMesh("square"))});
-    glColor4f(1, 0, 0, 1);
     meshNamed("square")->setDisplayStatus(false);
     drawFrame(nullptr, root);
-    EXPECT_PIXEL(centre(), black, 1);
+    EXPECT_PIXEL(centre(), black, 1) << "hidden";
+    meshNamed("square")->setDisplayStatus(true);
+    meshNamed("square")->setRotation(0, 180, 0);
+    drawFrame(nullptr, root);
+    EXPECT_PIXEL(centre(), black, 1) << "from behind";
 }
 
 TEST_F(MeshDrawingTest, BuffersAndOwnMemoryGiveTheSamePicture) {
@@ -75,11 +68,9 @@ TEST_F(MeshDrawingTest, BuffersAndOwnMemoryGiveTheSamePicture) {
     for (Picture &picture : pictures) {
         RVNODE *root = loadScene({tilted});
         glColor4f(1, 0, 0, 1);
-        recorder.start();
-        drawFrame(nullptr, root);
-        EXPECT_EQ(
-            recorder.stop().contains(Call("glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0)),
-            &picture == &pictures[0]);
+        const Calls calls = callsOf([&] { drawFrame(nullptr, root); });
+        EXPECT_EQ(calls.contains(Call("glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0)),
+                  &picture == &pictures[0]);
         picture = readFrame();
         EXPECT_GT(picture.pixelsUnlike(black), 100u);
         recorder.nullEntryPoint("glGenBuffersARB"); // the second time there are no buffers
@@ -92,8 +83,8 @@ TEST_F(MeshDrawingTest, BuffersAndOwnMemoryGiveTheSamePicture) {
 TEST_F(MeshDrawingTest, SkinnedMeshFollowsItsBoneInThePicture) {
     RveNode square = inFront(squareMesh("square", "[none]", 0.25f));
     for (RveVector &vertex : square.mesh.vertices)
-        vertex[2] = -5; // bound where it stands
-    square.mesh.skin = {1, {0, 0, 0, 0}, {1, 1, 1, 1}, {"bone"}};
+        vertex[2] = -5; // bound in this position
+    square.mesh.skin = skinOf({"bone"});
     RVNODE *root = loadScene({square, emptyMesh("bone")});
     glColor4f(1, 0, 0, 1);
     drawFrame(nullptr, root);
@@ -106,7 +97,7 @@ TEST_F(MeshDrawingTest, SkinnedMeshFollowsItsBoneInThePicture) {
     EXPECT_PIXEL(pixelAt(width / 2 + 23, height / 2), red, 1);
 }
 
-// What the driver holds in a buffer.
+// The contents of a buffer in the driver.
 std::vector<float> floatsOfBuffer(unsigned int buffer, std::size_t count) {
     const auto readBuffer = reinterpret_cast<PFNGLGETBUFFERSUBDATAARBPROC>(
         SDL_GL_GetProcAddress("glGetBufferSubDataARB"));
@@ -118,7 +109,7 @@ std::vector<float> floatsOfBuffer(unsigned int buffer, std::size_t count) {
     return floats;
 }
 
-TEST_F(MeshDrawingTest, BuffersOfTheSkinHoldBoneNumbersAndWeightsAsFloats) {
+TEST_F(MeshDrawingTest, BuffersOfTheSkinContainBoneNumbersAndWeightsAsFloats) {
     RveNode square = squareMesh("square");
     const std::vector<float> weights = {0.25f, 0.75f, 1, 0, 0.5f, 0.5f, 0.125f, 0.875f};
     square.mesh.skin = {2, {0, 1, 2, 0, 1, 2, 0, 2}, weights, {"a", "b", "c"}};
@@ -164,7 +155,7 @@ TEST_F(MeshDrawingTest, InnerFacesOfATransparentMeshShineThroughTheOuterOnes) {
     EXPECT_PIXEL(centre(), red, 2);
 }
 
-TEST_F(MeshDrawingTest, NormalsAreSeen) {
+TEST_F(MeshDrawingTest, NormalsAreVisible) {
     RveNode square = inFront(squareMesh("square"));
     square.rotation = {0, 90, 0}; // edge on: its normals point to the right
     RVNODE *root = loadScene({square});
@@ -178,7 +169,7 @@ TEST_F(MeshDrawingTest, NormalsAreSeen) {
     EXPECT_GT(green, 40u);
 }
 
-TEST_F(MeshDrawingTest, SelectFindsTheMeshUnderAPixel) {
+TEST_F(MeshDrawingTest, SelectFindsTheMeshAtAPixel) {
     RveNode left = inFront(squareMesh("left", "[none]", 0.5f));
     RveNode right = left;
     left.position[0] = -1;

@@ -1,5 +1,5 @@
-// The programs of a mesh in each kind of pass, and the names of programs in scene files. A silent
-// driver that compiles everything stands behind.
+// The programs of a mesh in each kind of pass, and the names of programs in scene files, with a
+// silent driver that compiles everything.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
@@ -8,7 +8,6 @@
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
-#include "ravolt/RVTEXTURE.h"
 #include "tests/models/modelScenes.h"
 #include "tests/resources/programNames.h"
 #include "tests/support/engineFixture.h"
@@ -21,6 +20,12 @@ using namespace ravolt::test;
 
 namespace {
 
+using Names = std::vector<std::string>;
+
+constexpr RV_OPENGL_PROFILE full = RV_OPENGL_PROFILE_FULL, flat = RV_OPENGL_PROFILE_FLAT,
+                            depth = RV_OPENGL_PROFILE_ZPASS;
+const Call drawFaces{"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0};
+
 class MeshProgramTest : public SilentEngineTest {
   protected:
     MeshProgramTest() { settings.setShaders(true); }
@@ -31,7 +36,7 @@ class MeshProgramTest : public SilentEngineTest {
         start();
     }
     void TearDown() override {
-        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
+        RVOPENGL::setProfile(full);
         RVMESH::hideNormals();
         start();
         RVSHADER::setPath(nullptr);
@@ -41,119 +46,108 @@ class MeshProgramTest : public SilentEngineTest {
     // The state before each drawing.
     static void start() {
         RVSHADER::reset();
-        RVMESH::reset();
-        RVMATERIAL::reset();
-        RVLIGHT::lightingOff();
-        RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
-        RVOPENGL::blendingOff();
-        RVOPENGL::twoSideOff();
+        disableDrawingState();
     }
 
-    static RVMESH *makeSquare() {
-        loadScene(RveScene{{materialNamed("paint")}, rootOver({squareMesh("square", "paint")})});
-        return meshNamed("square");
-    }
-
-    static RVMESH *makeSkin(unsigned int weights) {
-        RveNode square = squareMesh("square", "paint");
-        square.mesh.skin = {weights,
-                            std::vector<std::uint8_t>(4 * weights, 0),
-                            std::vector<float>(4 * weights, 1.0f / static_cast<float>(weights)),
-                            {"bone"}};
-        loadScene(RveScene{{materialNamed("paint")}, rootOver({square, emptyMesh("bone")})});
+    // With as many weights a vertex; none is a rigid mesh.
+    static RVMESH *makeSquare(unsigned int weights = 0) {
+        loadScene(RveScene{
+            {materialNamed("paint")},
+            rootOver({skinnedSquare("square", {"bone"}, weights, "paint"), emptyMesh("bone")})});
         return meshNamed("square");
     }
 
     // What a drawing in this kind of pass calls; with a light in its entry, or without.
-    Calls render(RVMESH *mesh, RV_OPENGL_PROFILE profile, bool lit = true) {
+    static Calls render(RVMESH *mesh, RV_OPENGL_PROFILE profile, bool lit = true) {
         RVELEMENT light, entry;
         entry.setNearestLight(0, lit ? &light : nullptr);
         RVOPENGL::setProfile(profile);
         return callsOf([&] { EXPECT_TRUE(mesh->render(&entry)); });
     }
 
-    // The programs that were put in use, one after the other.
-    std::vector<std::string> programs(const Calls &calls) {
-        std::vector<std::string> names;
+    // The programs that were applied, one after the other.
+    Names programs(const Calls &calls) {
+        Names names;
         for (const Call &call : calls.named("glUseProgramObjectARB"))
             names.push_back(nameOf[call.arguments[0]]);
         return names;
     }
+    template <class Step> Names programsOf(Step step) { return programs(callsOf(step)); }
 
     std::map<double, std::string> nameOf; // by OpenGL's name of the program
 };
 
-using Names = std::vector<std::string>;
-
-// --- Flat passes
-
-TEST_F(MeshProgramTest, SelectionGoesThroughThePassthrough) {
-    RVMESH *mesh = makeSquare();
-    mesh->setAuxId(0x00ff00ffu);
-    const Calls calls = render(mesh, RV_OPENGL_PROFILE_FLAT);
-    EXPECT_EQ(programs(calls), Names{"passthrough"});
-    EXPECT_EQ(calls.count("glColor4f"), 1u);
-    EXPECT_FALSE(calls.contains("glUniform1fARB"));
-}
-
-TEST_F(MeshProgramTest, DepthPassTellsThePlanesAndSetsNoColor) {
-    RVOPENGL::setNearPlane(0.5f);
-    RVOPENGL::setFarPlane(300);
-    const Calls calls = render(makeSquare(), RV_OPENGL_PROFILE_ZPASS);
-    RVOPENGL::setNearPlane(1);
-    RVOPENGL::setFarPlane(1024);
-    EXPECT_EQ(programs(calls), Names{"passhtroughZPass"});
-    EXPECT_EQ(calls.named("glUniform1fARB"),
-              (Calls{{"glUniform1fARB", RVSHADER::passthroughZPass->getParam(14), 0.5},
-                     {"glUniform1fARB", RVSHADER::passthroughZPass->getParam(15), 300}}));
-    EXPECT_FALSE(calls.contains("glColor4f"));
-}
-
-TEST_F(MeshProgramTest, SkinnedMeshTakesTheSkinnedOnes) {
-    RVMESH *mesh = makeSkin(4);
-    EXPECT_EQ(programs(render(mesh, RV_OPENGL_PROFILE_FLAT)), Names{"passthroughA"});
-    start();
-    EXPECT_EQ(programs(render(mesh, RV_OPENGL_PROFILE_ZPASS)), Names{"passhtroughZPassA"});
-}
-
-TEST_F(MeshProgramTest, SecondMeshOfAPassPutsNothingInUse) {
-    RVMESH *mesh = makeSquare();
-    render(mesh, RV_OPENGL_PROFILE_FLAT);
-    EXPECT_EQ(programs(render(mesh, RV_OPENGL_PROFILE_FLAT)), Names{});
-}
-
-// On purpose: also in the passes that see no lights.
-TEST_F(MeshProgramTest, WithoutALightTheFixedFunctionsDraw) {
-    RVMESH *mesh = makeSquare();
-    EXPECT_EQ(programs(render(mesh, RV_OPENGL_PROFILE_FLAT, false)),
-              (Names{"passthrough", "none"}));
-    EXPECT_EQ(programs(render(mesh, RV_OPENGL_PROFILE_ZPASS, false)),
-              (Names{"passhtroughZPass", "none"}));
-    mesh->getMaterial()->setShader(RVSHADER::skydome);
-    EXPECT_EQ(programs(render(mesh, RV_OPENGL_PROFILE_FULL, false)),
-              (Names{"skydomeShader", "none"}));
-    start();
-    EXPECT_EQ(programs(render(mesh, RV_OPENGL_PROFILE_FULL)), Names{"skydomeShader"});
-}
-
-TEST_F(MeshProgramTest, WithoutPassthroughTheFixedFunctionsTakeTheColorInBothPasses) {
-    recorder.refuse("glGetObjectParameterivARB", 2 * 17, 1); // passthroughA
-    ASSERT_TRUE(restart());
-    ASSERT_FALSE(RVSHADER::usePassthrough());
-    for (const RV_OPENGL_PROFILE profile : {RV_OPENGL_PROFILE_FLAT, RV_OPENGL_PROFILE_ZPASS}) {
-        RVMESH *mesh = makeSquare();
-        RVSHADER::gaussian->render(nullptr);
-        const Calls calls = render(mesh, profile);
-        EXPECT_EQ(programs(calls), Names{"none"});
-        EXPECT_EQ(calls.count("glColor4f"), 1u);
+// The material has the program of the sky.
+TEST_F(MeshProgramTest, EachPassAppliesItsProgramOrNone) {
+    const struct {
+        unsigned int weights;
+        RV_OPENGL_PROFILE profile;
+        bool lit;
+        Names programs;
+    } rows[] = {
+        {0, flat, true, {"passthrough"}},
+        {0, depth, true, {"passhtroughZPass"}},
+        {0, full, true, {"skydomeShader"}},
+        {4, flat, true, {"passthroughA"}},
+        {4, depth, true, {"passhtroughZPassA"}},
+        // Without a light the fixed functions draw. On purpose: also in the passes without lights.
+        {0, flat, false, {"passthrough", "none"}},
+        {0, depth, false, {"passhtroughZPass", "none"}},
+        {0, full, false, {"skydomeShader", "none"}},
+        {4, flat, false, {"passthroughA", "none"}},
+        // Another number of weights than four is drawn in the bind pose.
+        {1, flat, true, {"passthroughA", "none"}},
+        {3, flat, true, {"passthroughA", "none"}},
+        {5, flat, true, {"passthroughA", "none"}},
+        {2, full, true, {"skydomeShader", "none"}},
+    };
+    for (const auto &[weights, profile, lit, wanted] : rows) {
+        SCOPED_TRACE(testing::Message()
+                     << weights << " weights, profile " << profile << ", lit " << lit);
+        RVMESH *mesh = makeSquare(weights);
+        mesh->getMaterial()->setShader(RVSHADER::skydome);
+        const Calls calls = render(mesh, profile, lit);
+        EXPECT_EQ(programs(calls), wanted);
+        EXPECT_EQ(calls.count("glUniform4fvARB"), weights == 4 ? 1u : 0u) << "bones";
+        EXPECT_TRUE(calls.contains(Call("glVertexPointer", 3, GL_FLOAT, 0, 0))) << "its buffer";
+        if (profile != full) {
+            EXPECT_EQ(calls.count("glColor4f"), profile == flat ? 1u : 0u);
+            EXPECT_EQ(calls.count("glUniform1fARB"), profile == flat ? 0u : 2u);
+        }
+        // Again: nothing is applied that was not disabled.
+        EXPECT_EQ(programs(render(mesh, profile, lit)), wanted.size() == 1 ? Names{} : wanted);
+        RVNODE::cleanUp();
+        start();
     }
 }
 
-TEST_F(MeshProgramTest, WithoutThePassProgramItselfTheFixedFunctionsDraw) {
+TEST_F(MeshProgramTest, DepthPassBindsThePlanes) {
+    RVOPENGL::setNearPlane(0.5f);
+    RVOPENGL::setFarPlane(300);
+    const Calls calls = render(makeSquare(), depth);
+    RVOPENGL::setNearPlane(1);
+    RVOPENGL::setFarPlane(1024);
+    EXPECT_EQ(calls.named("glUniform1fARB"),
+              (Calls{{"glUniform1fARB", RVSHADER::passthroughZPass->getParam(14), 0.5},
+                     {"glUniform1fARB", RVSHADER::passthroughZPass->getParam(15), 300}}));
+}
+
+TEST_F(MeshProgramTest, WithoutPassthroughTheFixedFunctionsDraw) {
     delete RVSHADER::passthrough;
     RVMESH *mesh = makeSquare();
     RVSHADER::gaussian->render(nullptr);
-    EXPECT_EQ(programs(render(mesh, RV_OPENGL_PROFILE_FLAT)), Names{"none"});
+    EXPECT_EQ(programs(render(mesh, flat)), Names{"none"});
+
+    recorder.refuse("glGetObjectParameterivARB", 2 * 17, 1); // passthroughA
+    ASSERT_TRUE(restart());
+    ASSERT_FALSE(RVSHADER::usePassthrough());
+    for (const RV_OPENGL_PROFILE profile : {flat, depth}) {
+        mesh = makeSquare();
+        RVSHADER::gaussian->render(nullptr);
+        const Calls calls = render(mesh, profile);
+        EXPECT_EQ(programs(calls), Names{"none"});
+        EXPECT_EQ(calls.count("glColor4f"), 1u); // in both passes
+    }
 }
 
 TEST_F(MeshProgramTest, LitMeshesAreDrawnByTheProgramOfTheirLight) {
@@ -163,146 +157,116 @@ TEST_F(MeshProgramTest, LitMeshesAreDrawnByTheProgramOfTheirLight) {
     light->link(meshNamed("[root]"));
     mesh->setPosition(0, 0, -5);
     RVLIGHT::lightingOn();
-    const Names names = programs(callsOf([&] { drawFrame(nullptr, meshNamed("[root]")); }));
+    const Names names = programsOf([&] { drawFrame(nullptr, meshNamed("[root]")); });
     ASSERT_FALSE(names.empty());
     EXPECT_EQ(names.back(), "pplOmni");
 }
 
 // --- Skin
 
-TEST_F(MeshProgramTest, ProgramBendsFourWeights) {
-    RVMESH *mesh = makeSkin(4);
-    const Calls calls = render(mesh, RV_OPENGL_PROFILE_FLAT);
+TEST_F(MeshProgramTest, ProgramSkinsFourWeights) {
+    RVMESH *mesh = makeSquare(4);
     const RVSHADER &program = *RVSHADER::passthroughA;
+    const unsigned int indices = program.getParam(6), weights = program.getParam(7);
+    const Calls calls = render(mesh, flat);
     EXPECT_EQ(calls.named("glUniform4fvARB")[0].arguments[0], program.getParam(4));
     EXPECT_EQ(calls.named("glUniform4fvARB")[0].arguments[1], 1);
     EXPECT_EQ(calls.named("glUniform3fvARB")[0].arguments[0], program.getParam(5));
-    EXPECT_TRUE(calls.haveInOrder({{"glEnableVertexAttribArrayARB", program.getParam(6)},
-                                   {"glEnableVertexAttribArrayARB", program.getParam(7)},
+    EXPECT_TRUE(calls.haveInOrder({{"glEnableVertexAttribArrayARB", indices},
+                                   {"glEnableVertexAttribArrayARB", weights},
                                    {"glVertexPointer", 3, GL_FLOAT, 0, 0},
-                                   {"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0},
-                                   {"glDisableVertexAttribArrayARB", program.getParam(6)},
-                                   {"glDisableVertexAttribArrayARB", program.getParam(7)}}))
+                                   drawFaces,
+                                   {"glDisableVertexAttribArrayARB", indices},
+                                   {"glDisableVertexAttribArrayARB", weights}}))
         << calls.text();
-}
-
-TEST_F(MeshProgramTest, WithoutALightTheArraysOfTheSkinAreOffBeforeTheDrawing) {
-    const Calls calls = render(makeSkin(4), RV_OPENGL_PROFILE_FLAT, false);
-    const unsigned int index = RVSHADER::passthroughA->getParam(6);
-    EXPECT_TRUE(calls.haveInOrder({{"glEnableVertexAttribArrayARB", index},
-                                   {"glDisableVertexAttribArrayARB", index},
+    start();
+    const Calls unlit = render(mesh, flat, false);
+    EXPECT_TRUE(unlit.haveInOrder({{"glEnableVertexAttribArrayARB", indices},
+                                   {"glDisableVertexAttribArrayARB", indices},
                                    {"glUseProgramObjectARB", 0},
-                                   {"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0}}))
-        << calls.text();
+                                   drawFaces}))
+        << unlit.text();
 }
 
-TEST_F(MeshProgramTest, AnotherNumberOfWeightsKeepsTheBindPose) {
-    for (const unsigned int weights : {1u, 3u, 5u}) {
-        SCOPED_TRACE(weights);
-        RVMESH *mesh = makeSkin(weights);
-        const Calls calls = render(mesh, RV_OPENGL_PROFILE_FLAT);
-        EXPECT_FALSE(calls.contains("glUniform4fvARB"));
-        EXPECT_EQ(programs(calls), (Names{"passthroughA", "none"}));
-        EXPECT_TRUE(calls.contains(Call("glVertexPointer", 3, GL_FLOAT, 0, 0))); // its buffer
-        RVNODE::cleanUp();
-        start();
-    }
-}
-
-TEST_F(MeshProgramTest, MaterialOfAMeshThatCannotBeBentServesItsOtherMeshesAnew) {
-    RVMESH *stiff = makeSkin(2);
-    stiff->getMaterial()->setShader(RVSHADER::skydome);
-    EXPECT_EQ(programs(render(stiff, RV_OPENGL_PROFILE_FULL)), (Names{"skydomeShader", "none"}));
+TEST_F(MeshProgramTest, MaterialIsAppliedAgainAfterAMeshThatCannotBeSkinned) {
+    RVMESH *skin = makeSquare(2);
+    skin->getMaterial()->setShader(RVSHADER::skydome);
+    EXPECT_EQ(programs(render(skin, full)), (Names{"skydomeShader", "none"}));
     loadScene({squareMesh("other", "paint")});
-    EXPECT_EQ(programs(render(meshNamed("other"), RV_OPENGL_PROFILE_FULL)), Names{"skydomeShader"});
+    EXPECT_EQ(programs(render(meshNamed("other"), full)), Names{"skydomeShader"});
 }
 
 // The picture is in skinnedCharacters_test.cpp.
-TEST_F(MeshProgramTest, RigidMeshOfASkinnedMaterialTakesTheRigidPrograms) {
-    RveNode skin = squareMesh("skin", "paint");
-    skin.mesh.skin = {4, std::vector<std::uint8_t>(16, 0), std::vector<float>(16, 0.25f), {"bone"}};
+TEST_F(MeshProgramTest, RigidMeshOfASkinnedMaterialUsesTheRigidPrograms) {
     RVNODE *root = loadScene(
         RveScene{{materialNamed("paint")},
-                 rootOver({squareMesh("first", "paint"), emptyMesh("bone"), skin,
+                 rootOver({squareMesh("first", "paint"), emptyMesh("bone"),
+                           skinnedSquare("skin", {"bone"}, 4, "paint"),
                            squareMesh("second", "paint"), squareMesh("third", "paint")})});
     root->setPosition(0, 0, -5);
     RVLIGHT *light = new RVLIGHT;
     light->setLightType(RV_LIGHT_TYPE_SPOT);
     light->link(root);
     RVLIGHT::lightingOn();
-    const Names names = programs(callsOf([&] { drawFrame(nullptr, root); }));
+    const Names names = programsOf([&] { drawFrame(nullptr, root); });
     ASSERT_GE(names.size(), 3u);
     EXPECT_EQ(Names(names.end() - 3, names.end()), (Names{"pplSpot", "pplSpotA", "pplSpot"}));
     EXPECT_TRUE(meshNamed("skin")->getMaterial()->isSkinned());
 }
 
-TEST_F(MeshProgramTest, NormalsAreDrawnWithoutAProgramAndNotForASkinThatAProgramBends) {
+TEST_F(MeshProgramTest, NormalsAreDrawnWithoutAProgramAndNotForASkinOfAProgram) {
     RVMESH::showNormals();
-    RVMESH *mesh = makeSquare();
-    const Calls calls = render(mesh, RV_OPENGL_PROFILE_FLAT);
+    const Calls calls = render(makeSquare(), flat);
     EXPECT_EQ(programs(calls), (Names{"passthrough", "none"}));
     EXPECT_EQ(calls.count("glVertex3f"), 8u);
-    RVNODE::cleanUp();
-    EXPECT_FALSE(render(makeSkin(4), RV_OPENGL_PROFILE_FLAT).contains("glVertex3f"));
-    RVNODE::cleanUp();
-    EXPECT_FALSE(render(makeSkin(2), RV_OPENGL_PROFILE_FLAT).contains("glVertex3f"));
+    for (const unsigned int weights : {4u, 2u}) {
+        RVNODE::cleanUp();
+        EXPECT_FALSE(render(makeSquare(weights), flat).contains("glVertex3f")) << weights;
+    }
 }
 
 // --- Scene files
 
-RveMaterial shadedMaterial(const std::string &name, const std::string &shader) {
+RVMATERIAL *loadShaded(const std::string &name, const std::string &shader) {
     RveMaterial material = materialNamed(name);
     material.shader = shader;
-    return material;
+    loadScene(RveScene{{material}, rootOver({})});
+    return RVMATERIAL::findByName(name.c_str());
 }
 
-TEST_F(MeshProgramTest, SceneNamesAProgramThatIsThere) {
-    loadScene(RveScene{{shadedMaterial("sky", "skydomeShader")}, rootOver({})});
-    EXPECT_EQ(RVMATERIAL::findByName("sky")->getShader(), RVSHADER::skydome);
-    EXPECT_EQ(RVSHADER::getNumberOfShaders(), 35u);
-}
+TEST_F(MeshProgramTest, SceneNamesItsPrograms) {
+    const unsigned int builtin = RVSHADER::getNumberOfShaders();
+    EXPECT_EQ(builtin, 35u);
+    EXPECT_EQ(loadShaded("sky", "skydomeShader")->getShader(), RVSHADER::skydome);
+    EXPECT_EQ(loadShaded("plain", "[none]")->getShader(), nullptr);
+    EXPECT_EQ(RVSHADER::getNumberOfShaders(), builtin);
 
-TEST_F(MeshProgramTest, SceneWithoutAProgramLeavesTheChoice) {
-    loadScene(RveScene{{materialNamed("plain")}, rootOver({})});
-    EXPECT_EQ(RVMATERIAL::findByName("plain")->getShader(), nullptr);
-    EXPECT_EQ(RVSHADER::getNumberOfShaders(), 35u);
-}
-
-TEST_F(MeshProgramTest, SceneNamesAProgramInFiles) {
     writeFile("toonVS.glsl", "v");
     writeFile("toonPS.glsl", "p");
-    loadScene(
-        RveScene{{shadedMaterial("one", "toon"), shadedMaterial("two", "toon")}, rootOver({})});
+    RVSHADER *toon = loadShaded("one", "toon")->getShader();
+    ASSERT_NE(toon, nullptr);
+    EXPECT_EQ(loadShaded("two", "toon")->getShader(), toon);
     EXPECT_LOGGED_TIMES(1, "   Vertex shader: toonVS.glsl, compiled");
     EXPECT_LOGGED_TIMES(1, "   Pixel shader : toonPS.glsl, compiled");
-    RVSHADER *toon = RVSHADER::findByName("toon");
-    ASSERT_NE(toon, nullptr);
+    EXPECT_EQ(RVSHADER::findByName("toon"), toon);
     EXPECT_TRUE(toon->isOperative());
-    EXPECT_EQ(RVMATERIAL::findByName("one")->getShader(), toon);
-    EXPECT_EQ(RVMATERIAL::findByName("two")->getShader(), toon);
-    EXPECT_EQ(RVSHADER::getNumberOfShaders(), 36u);
-}
+    EXPECT_EQ(RVSHADER::getNumberOfShaders(), builtin + 1);
 
-TEST_F(MeshProgramTest, ProgramWhoseFilesAreMissingIsUsedAllTheSame) {
+    // Its files are missing: it is used all the same.
     RVSHADER::setPath("shaders/");
-    loadScene(RveScene{{shadedMaterial("one", "gone")}, rootOver({})});
+    RVSHADER *gone = loadShaded("three", "gone")->getShader();
     EXPECT_LOGGED_TIMES(1,
                         "   [!] File not found shaders/goneVS.glsl @ RVSHADER::loadVertexShader");
-    RVSHADER *gone = RVSHADER::findByName("gone");
     ASSERT_NE(gone, nullptr);
+    EXPECT_EQ(RVSHADER::findByName("gone"), gone);
     EXPECT_FALSE(gone->isOperative());
-    EXPECT_EQ(RVMATERIAL::findByName("one")->getShader(), gone);
+
+    // A registered material does not change, but the program is loaded.
+    EXPECT_EQ(loadShaded("plain", "unused")->getShader(), nullptr);
+    EXPECT_NE(RVSHADER::findByName("unused"), nullptr);
 }
 
-TEST_F(MeshProgramTest, MaterialThatIsThereKeepsItsProgramWhileTheRecordsIsLoaded) {
-    RVMATERIAL *there = new RVMATERIAL;
-    there->setName("one");
-    loadScene(RveScene{{shadedMaterial("one", "gone")}, rootOver({})});
-    EXPECT_EQ(there->getShader(), nullptr);
-    EXPECT_NE(RVSHADER::findByName("gone"), nullptr);
-}
-
-TEST_F(MeshProgramTest, SettingsHandThePathOut) {
+TEST_F(MeshProgramTest, SettingsSetThePath) {
     settings.setShaderPath("programs/");
     ASSERT_TRUE(restart());
     EXPECT_STREQ(RVSHADER::getPath(), "programs/");
@@ -312,11 +276,11 @@ TEST_F(MeshProgramTest, SettingsHandThePathOut) {
 
 TEST_F(MeshProgramTest, BothBlocksOfAFrameBeginWithoutAProgram) {
     RVSHADER::gaussian->render(nullptr);
-    EXPECT_EQ(programs(callsOf([&] { RAVOLT::begin3D(nullptr); })), Names{"none"});
+    EXPECT_EQ(programsOf([] { RAVOLT::begin3D(nullptr); }), Names{"none"});
     EXPECT_FALSE(RVSHADER::bindTexture(0));
     RAVOLT::end3D(true);
     RVSHADER::gaussian->render(nullptr);
-    const Calls calls = callsOf([&] { RAVOLT::begin2D(); });
+    const Calls calls = callsOf([] { RAVOLT::begin2D(); });
     EXPECT_EQ(programs(calls), Names{"none"});
     EXPECT_TRUE(calls.haveInOrder({{"glPolygonMode", GL_FRONT_AND_BACK, GL_FILL},
                                    {"glUseProgramObjectARB", 0},
@@ -324,7 +288,7 @@ TEST_F(MeshProgramTest, BothBlocksOfAFrameBeginWithoutAProgram) {
     RAVOLT::end2D();
 }
 
-TEST_F(MeshProgramTest, ShadowsAreSwitchedOnWhereThereArePrograms) {
+TEST_F(MeshProgramTest, ShadowsRequirePrograms) {
     EXPECT_FALSE(RAVOLT::isShadowed());
     RAVOLT::shadowingOn();
     EXPECT_TRUE(RAVOLT::isShadowed());
@@ -335,15 +299,14 @@ TEST_F(MeshProgramTest, ShadowsAreSwitchedOnWhereThereArePrograms) {
     EXPECT_FALSE(RAVOLT::isShadowed());
 }
 
-TEST_F(MeshProgramTest, SelectionPutsThePixelBackWithoutAProgram) {
+TEST_F(MeshProgramTest, SelectionRestoresThePixelWithoutAProgram) {
     RVMESH *mesh = makeSquare();
     drawFrame(nullptr, mesh);
     RVSHADER::gaussian->render(nullptr);
     mesh->setDisplayStatus(false); // so that nothing changes the program
-    recorder.start();
-    RAVOLT::select(1, 1);
-    EXPECT_TRUE(
-        recorder.stop().haveInOrder({{"glUseProgramObjectARB", 0}, {"glBegin", GL_POINTS}}));
+    EXPECT_TRUE(callsOf([] {
+                    RAVOLT::select(1, 1);
+                }).haveInOrder({{"glUseProgramObjectARB", 0}, {"glBegin", GL_POINTS}}));
 }
 
 } // namespace

@@ -1,3 +1,5 @@
+// What the writer of clips writes and refuses.
+
 #include "tools/writers/rvaWriter.h"
 
 #include "tests/support/fileLimit.h"
@@ -44,29 +46,25 @@ TEST(RvaWriter, LargestClipIsNoError) {
     EXPECT_EQ(largest.bytes.size(), 19 + 128 * 5 + 128 * 1024 * 25u);
 }
 
-TEST(RvaWriter, TooManyOfAnythingIsAnError) {
-    EXPECT_EQ(errorOf(clipOf(129, 1)), "the clip: 129 bones, at most 128");
-    EXPECT_EQ(errorOf(clipOf(1, 1025)), "the clip: 1025 frames, at most 1024");
-    EXPECT_EQ(errorOf(clipOf(1, 70000)), "the clip: 70000 frames, at most 1024");
+TEST(RvaWriter, WhatTheReaderRefusesIsAnError) {
+    const auto named = [](const std::string &name) { return RvaClip{{name}, {}}; };
+    const std::string longName(256, 'n'), zero("a\0b", 3);
+    RvaClip incomplete = clipOf(2, 3);
+    incomplete.frames[1].pop_back();
+    const std::pair<RvaClip, std::string> rows[] = {
+        {clipOf(129, 1), "the clip: 129 bones, at most 128"},
+        {clipOf(1, 1025), "the clip: 1025 frames, at most 1024"},
+        {clipOf(1, 70000), "the clip: 70000 frames, at most 1024"},
+        {named(longName.substr(1)), ""},
+        {named(longName), "bone '" + longName + "': a text of 256 characters, at most 255"},
+        {named(zero), "bone '" + zero + "': a text with a zero byte in it"},
+        {incomplete, "frame 1: entries must be as many as bones"},
+    };
+    for (const auto &[clip, error] : rows)
+        EXPECT_EQ(errorOf(clip), error);
 }
 
-TEST(RvaWriter, NamesThatTheReaderRefusesAreErrors) {
-    RvaClip clip = clipOf(1, 0);
-    clip.bones[0] = std::string(255, 'n');
-    EXPECT_EQ(errorOf(clip), "");
-    clip.bones[0] = std::string(256, 'n');
-    EXPECT_EQ(errorOf(clip), "bone '" + clip.bones[0] + "': a text of 256 characters, at most 255");
-    clip.bones[0] = std::string("a\0b", 3);
-    EXPECT_EQ(errorOf(clip), "bone '" + clip.bones[0] + "': a text with a zero byte in it");
-}
-
-TEST(RvaWriter, FrameThatDoesNotFitTheBonesIsAnError) {
-    RvaClip clip = clipOf(2, 3);
-    clip.frames[1].pop_back();
-    EXPECT_EQ(errorOf(clip), "frame 1: entries must be as many as bones");
-}
-
-TEST(RvaWriter, FileThatCannotBeWrittenIsAnErrorAndLeavesNothing) {
+TEST(RvaWriter, FileThatCannotBeWrittenIsAnErrorAndIsRemoved) {
     const RvaClip clip = clipOf(2, 2);
     EXPECT_EQ(writeRva("no such folder/clip.rva", clip),
               "no such folder/clip.rva: cannot be written");
