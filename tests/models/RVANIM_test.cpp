@@ -175,15 +175,17 @@ TEST_F(Anim, BonesAreFoundByNameWithinTheCount) {
 // --- Entries
 
 TEST_F(Anim, FrameAfterTheLastIsAcceptedAndABoneAfterTheLastIsNot) {
-    const struct {
-        const char *name;
-        std::function<bool(unsigned int frame, unsigned int bone)> call;
-    } setters[] = {
-        {"setFrame", [&](auto frame, auto bone) { return clip.setFrame(frame, bone, 1, 2, 3); }},
-        {"setFrameRotationX", [&](auto f, auto b) { return clip.setFrameRotationX(f, b, 1); }},
-        {"setFrameRotationY", [&](auto f, auto b) { return clip.setFrameRotationY(f, b, 2); }},
-        {"setFrameRotationZ", [&](auto f, auto b) { return clip.setFrameRotationZ(f, b, 3); }},
-        {"unsetFrame", [&](auto frame, auto bone) { return clip.unsetFrame(frame, bone); }},
+    const std::pair<const char *, std::function<bool(unsigned int, unsigned int)>> setters[] = {
+        {"   [!] Invalid params @ RVANIM::setFrame\n",
+         [&](auto frame, auto bone) { return clip.setFrame(frame, bone, 1, 2, 3); }},
+        {"   [!] Invalid params @ RVANIM::setFrameRotationX\n",
+         [&](auto frame, auto bone) { return clip.setFrameRotationX(frame, bone, 1); }},
+        {"   [!] Invalid params @ RVANIM::setFrameRotationY\n",
+         [&](auto frame, auto bone) { return clip.setFrameRotationY(frame, bone, 2); }},
+        {"   [!] Invalid params @ RVANIM::setFrameRotationZ\n",
+         [&](auto frame, auto bone) { return clip.setFrameRotationZ(frame, bone, 3); }},
+        {"   [!] Invalid params @ RVANIM::unsetFrame\n",
+         [&](auto frame, auto bone) { return clip.unsetFrame(frame, bone); }},
     };
     using Entry = std::pair<unsigned int, unsigned int>; // frame and bone
     constexpr unsigned int max = ~0u;
@@ -198,17 +200,16 @@ TEST_F(Anim, FrameAfterTheLastIsAcceptedAndABoneAfterTheLastIsNot) {
         // Counts beyond the storage add no entries.
         {65535, 65535, {{1024, 127}}, {{1025, 0}, {65535, 0}, {0, 128}, {0, 65534}}},
     };
-    for (const auto &setter : setters)
+    for (const auto &[message, set] : setters)
         for (const auto &row : rows) {
-            SCOPED_TRACE(std::string(setter.name) + " of " + std::to_string(row.bones) + " bones");
+            SCOPED_TRACE(message + std::to_string(row.bones) + " bones");
             size(row.bones, row.frames);
             for (const auto &[frame, bone] : row.accepted)
-                EXPECT_TRUE(setter.call(frame, bone)) << frame << ", " << bone;
+                EXPECT_TRUE(set(frame, bone)) << frame << ", " << bone;
             EXPECT_NOTHING_LOGGED();
             for (const auto &[frame, bone] : row.refused) {
-                EXPECT_FALSE(setter.call(frame, bone)) << frame << ", " << bone;
-                EXPECT_LOGGED_EXACTLY(std::string("   [!] Invalid params @ RVANIM::") +
-                                      setter.name + "\n");
+                EXPECT_FALSE(set(frame, bone)) << frame << ", " << bone;
+                EXPECT_LOGGED_EXACTLY(message);
             }
         }
 }

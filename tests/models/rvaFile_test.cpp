@@ -266,7 +266,9 @@ TEST_F(RvaFile, ForeignFilesHaveAnInvalidHeader) {
 
 TEST_F(RvaFile, NamesWithoutAFileAreRefused) {
     expectNamesWithoutAFileAreRefused(
-        {"RVANIM::load", [this](const char *name) { return clip.load(name); }, RVANIM::setRVAPath,
+        {"   [!] Invalid params or file not found @ RVANIM::load\n",
+         "   [!] Out of memory for file %s @ RVANIM::load\n",
+         [this](const char *name) { return clip.load(name); }, RVANIM::setRVAPath,
          "\n   Loading RVA file 'folder/missing'...\n"
          "   [!] Unable to open file folder/missing @ RVANIM::load\n"});
 }

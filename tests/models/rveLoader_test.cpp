@@ -467,8 +467,9 @@ TEST_F(RveConfinementTest, ProgramsAreConfinedAndTheNameOfTheSceneIsNot) {
 TEST_F(RveLoaderTest, NamesWithoutAFileAreRefused) {
     const LoadTraces before;
     expectNamesWithoutAFileAreRefused(
-        {"RAVOLT::load", [](const char *name) { return RAVOLT::load(name) != nullptr; },
-         RAVOLT::setRVEPath,
+        {"   [!] Invalid params or file not found @ RAVOLT::load\n",
+         "   [!] Out of memory for file %s @ RAVOLT::load\n",
+         [](const char *name) { return RAVOLT::load(name) != nullptr; }, RAVOLT::setRVEPath,
          "\n   Loading RVE file 'folder/missing'...\n"
          "   [!] Unable to open file folder/missing @ RAVOLT::load\n"});
     EXPECT_TRUE(before == LoadTraces());

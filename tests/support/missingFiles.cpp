@@ -19,7 +19,6 @@ bool __wrap__Z13zlfFileExistsPKc(const char *filename) {
 namespace ravolt::test {
 
 void expectNamesWithoutAFileAreRefused(const FileReader &reader) {
-    const std::string notFound = "   [!] Invalid params or file not found @ " + reader.name + "\n";
     const auto expectRefused = [&](const char *name, const std::string &log,
                                    std::size_t failingBytes = ~std::size_t{0}) {
         markLog();
@@ -35,18 +34,18 @@ void expectNamesWithoutAFileAreRefused(const FileReader &reader) {
     const std::string pipeName = "/dev/fd/" + std::to_string(ends[0]);
     for (const char *name :
          {pipeName.c_str(), "", "missing", "missing/", "folder", "folder/", (const char *)nullptr})
-        expectRefused(name, notFound);
+        expectRefused(name, reader.notFound);
     for (const int end : ends)
         close(end);
 
     reader.setPath(std::string(250, 'p').c_str()); // which NULL does not need
-    expectRefused(nullptr, notFound, 200);
+    expectRefused(nullptr, reader.notFound, 200);
     reader.setPath("folder/");
-    expectRefused(nullptr, notFound);
+    expectRefused(nullptr, reader.notFound);
     const std::string longName(600, 'n');
-    expectRefused(longName.c_str(),
-                  "   [!] Out of memory for file folder/" + longName + " @ " + reader.name + "\n",
-                  600);
+    std::string outOfMemory = reader.outOfMemory;
+    outOfMemory.replace(outOfMemory.find("%s"), 2, "folder/" + longName);
+    expectRefused(longName.c_str(), outOfMemory, longName.size());
     everyFileExists = true;
     expectRefused("missing", reader.unopened);
     everyFileExists = false;

@@ -9,7 +9,7 @@
 namespace ravolt::test {
 
 struct FileReader {
-    std::string name; // in its messages
+    std::string notFound, outOfMemory; // its messages, %s for the path
     std::function<bool(const char *fileName)> load;
     std::function<void(const char *path)> setPath;
     // What it logs of the name "missing" with the path "folder/" if that file is deleted after its

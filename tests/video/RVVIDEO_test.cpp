@@ -1,5 +1,4 @@
-// Videos as objects: registry, file, status, copies. What becomes of their frames is in
-// frames_test.cpp.
+// Videos as objects: registry, file, status, copies. Their frames are tested in frames_test.cpp.
 
 #include "ravolt/RVVIDEO.h"
 
@@ -7,6 +6,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/zlf.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/missingFiles.h"
 #include "tests/video/videos.h"
 
 #include <gtest/gtest.h>
@@ -21,21 +21,12 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-namespace {
+static bool decoderFails = false;
 
-bool decoderFails = false;
-bool everyFileExists = false;
-
-} // namespace
-
-// Stand in front of functions that cannot be made to fail by themselves (see the linker's --wrap).
+// Stands in front of a function that cannot be made to fail by itself (see the linker's --wrap).
 extern "C" {
 void *__real_mpeg2_init();
 void *__wrap_mpeg2_init() { return decoderFails ? nullptr : __real_mpeg2_init(); }
-bool __real__Z13zlfFileExistsPKc(const char *path);
-bool __wrap__Z13zlfFileExistsPKc(const char *path) {
-    return everyFileExists || __real__Z13zlfFileExistsPKc(path);
-}
 }
 
 namespace ravolt::test {
@@ -48,6 +39,7 @@ const std::string notFound = "   [!] Invalid params or file not found @ RVVIDEO:
 const std::string noDecoder = "   [!] Decoder failed to initialize @ RVVIDEO::load\n";
 
 std::string loading(const std::string &name) { return "\n   Loading MPG file '" + name + "'...\n"; }
+const std::string loadingVideo = loading("video");
 
 std::string defaultName(const RVVIDEO &video) {
     return "[video " + std::to_string(video.getId()) + "]";
@@ -58,7 +50,7 @@ std::ptrdiff_t openFiles() {
     return std::distance(Folder("/proc/self/fd"), Folder());
 }
 
-// A short video in the test's folder, and a texture in front of a silent driver.
+// A short video in the test's folder, and a texture with a silent driver.
 class Video : public SilentEngineTest {
   protected:
     void SetUp() override {
@@ -69,32 +61,64 @@ class Video : public SilentEngineTest {
     }
 
     void TearDown() override {
-        decoderFails = everyFileExists = false;
+        decoderFails = false;
         EXPECT_EQ(openFiles(), filesBefore) << "a video is still open";
         RVVIDEO::cleanUp();
         RVVIDEO::setMPGPath(nullptr);
         SilentEngineTest::TearDown();
     }
 
-    std::unique_ptr<TestVideo> openVideo() {
-        auto video = std::make_unique<TestVideo>("video");
-        (*video)->setTexture(screen);
-        markLog();
-        return video;
+    // Number of frames that are copied to the texture meanwhile.
+    static std::size_t framesShown(RVVIDEO &video, unsigned int steps) {
+        return callsOf([&] { EXPECT_TRUE(video.update(steps)); }).count("glTexSubImage2D");
     }
 
-    // Frames that reach the texture meanwhile.
-    std::size_t framesShown(RVVIDEO &video, unsigned int steps) {
-        return callsOf([&] { EXPECT_TRUE(video.update(steps)); }).count("glTexSubImage2D");
+    // What an update does: the frames that it shows, and what follows from its end.
+    void expectUpdate(RVVIDEO &video, unsigned int steps, std::size_t frames,
+                      RV_VIDEO_STATUS status, const std::string &log = "",
+                      std::ptrdiff_t open = 1) const {
+        markLog();
+        EXPECT_EQ(framesShown(video, steps), frames);
+        EXPECT_EQ(video.getStatus(), status);
+        EXPECT_LOGGED_EXACTLY(log);
+        EXPECT_EQ(openFiles(), filesBefore + open);
+    }
+
+    // Some of the frames.
+    static std::size_t begin(RVVIDEO &video) {
+        const std::size_t begun = framesShown(video, 20);
+        EXPECT_GT(begun, 0u);
+        EXPECT_LT(begun, framesPerVideo);
+        return begun;
     }
 
     RVTEXTURE *screen = nullptr;
     std::ptrdiff_t filesBefore = 0;
 };
 
+// Loaded.
+class OpenVideo : public Video {
+  protected:
+    void SetUp() override {
+        Video::SetUp();
+        opened = std::make_unique<TestVideo>("video", screen);
+        video = &**opened;
+        markLog();
+    }
+    void TearDown() override {
+        opened.reset();
+        Video::TearDown();
+    }
+
+    RVVIDEO *video = nullptr;
+
+  private:
+    std::unique_ptr<TestVideo> opened;
+};
+
 // --- Registry
 
-TEST_F(Video, NewOneIsStoppedAndHasNothing) {
+TEST_F(Video, NewOneIsStoppedAndEmpty) {
     const RVVIDEO *video = new RVVIDEO;
     EXPECT_NE(video->getId(), 0u);
     EXPECT_EQ(video->getStatus(), RV_VIDEO_STOP);
@@ -103,15 +127,14 @@ TEST_F(Video, NewOneIsStoppedAndHasNothing) {
     EXPECT_EQ(RVVIDEO::findById(video->getId())->getName(), defaultName(*video));
 }
 
-TEST_F(Video, UpdateOfTheEngineDoesNothing) {
-    const auto video = openVideo();
-    (*video)->play();
-    EXPECT_EQ(callsOf([&] { RAVOLT::updateVideo(); }), Calls());
-    EXPECT_EQ(framesShown(**video, wholeVideo), framesPerVideo);
+TEST_F(OpenVideo, UpdateOfTheEngineDoesNothing) {
+    video->play();
+    EXPECT_EQ(callsOf([] { RAVOLT::updateVideo(); }), Calls());
+    EXPECT_EQ(framesShown(*video, wholeVideo), framesPerVideo);
 }
 
-// The identifier 0 stands for none, and the registry has the video all the same.
-TEST_F(Video, WithoutAnIdentifierLeavesTheRegistryToo) {
+// The identifier 0 means none, but the video is registered all the same.
+TEST_F(Video, WithoutAnIdentifierIsUnregisteredToo) {
     std::vector<unsigned int> ids;
     while (const unsigned int id = zlfNewId())
         ids.push_back(id);
@@ -123,7 +146,7 @@ TEST_F(Video, WithoutAnIdentifierLeavesTheRegistryToo) {
 }
 
 // On purpose: see the header.
-TEST_F(Video, DestructorLeavesTheFileOpen) {
+TEST_F(Video, DestructorDoesNotCloseTheFile) {
 #if defined(__SANITIZE_ADDRESS__)
     const __lsan::ScopedDisabler leakIsMeant;
 #endif
@@ -134,31 +157,28 @@ TEST_F(Video, DestructorLeavesTheFileOpen) {
     filesBefore = openFiles();
 }
 
-// --- The folder
+// --- The path
 
-TEST_F(Video, VideoIsSoughtBehindTheFolder) {
-    fs::create_directory("folder");
-    fs::rename("video", "folder/video");
+TEST_F(Video, PathIsPutInFrontOfTheName) {
+    fs::create_directory("videos");
+    fs::rename("video", "videos/video");
     const TestVideo video;
     EXPECT_FALSE(video->load("video"));
-    RVVIDEO::setMPGPath("folder/");
+    RVVIDEO::setMPGPath("videos/");
     EXPECT_TRUE(video->load("video"));
     EXPECT_STREQ(video->getName(), "video");
-    RVVIDEO::setMPGPath("folder/v"); // no separator is added
+    RVVIDEO::setMPGPath("videos/v"); // no separator is added
     EXPECT_TRUE(video->load("ideo"));
 }
 
-TEST_F(Video, EndOfTheVideoLooksForItBehindThePathOfThatMoment) {
-    const auto video = openVideo();
-    (*video)->playLoop();
-    framesShown(**video, 20);
+TEST_F(OpenVideo, EndOfTheVideoSearchesItWithTheCurrentPath) {
+    video->playLoop();
+    const std::size_t begun = begin(*video);
     RVVIDEO::setMPGPath("elsewhere/");
-    EXPECT_TRUE((*video)->update(wholeVideo));
-    EXPECT_LOGGED_EXACTLY(notFound);
-    EXPECT_EQ(openFiles(), filesBefore);
+    expectUpdate(*video, wholeVideo, framesPerVideo - begun, RV_VIDEO_PLAYLOOP, notFound, 0);
 }
 
-TEST_F(Video, StartOfTheEngineDoesNotTakeTheFolderFromTheSettings) {
+TEST_F(Video, StartOfTheEngineDoesNotReadThePathOfTheSettings) {
     RVVIDEO::setMPGPath("mine/");
     settings.setMPGPath("theirs/");
     ASSERT_TRUE(restart());
@@ -168,42 +188,22 @@ TEST_F(Video, StartOfTheEngineDoesNotTakeTheFolderFromTheSettings) {
 
 // --- Loading
 
-TEST_F(Video, LoadTellsTheNameAndTakesIt) {
+TEST_F(Video, LoadLogsTheNameAndStoresIt) {
     const TestVideo video;
     EXPECT_TRUE(video->load("video"));
-    EXPECT_LOGGED_EXACTLY(loading("video"));
+    EXPECT_LOGGED_EXACTLY(loadingVideo);
     EXPECT_STREQ(video->getName(), "video");
     EXPECT_EQ(video->getStatus(), RV_VIDEO_STOP);
     EXPECT_EQ(openFiles(), filesBefore + 1);
 }
 
-TEST_F(Video, WhatIsNoFileIsNotFound) {
-    fs::create_directory("folder.m2v");
+TEST_F(Video, NamesWithoutAFileAreRefused) {
     const TestVideo video;
-    for (const char *name : {"missing", "folder.m2v", "folder.m2v/", "", "video/"}) {
-        EXPECT_FALSE(video->load(name)) << name;
-        EXPECT_LOGGED_EXACTLY(notFound);
-        EXPECT_EQ(video->getStatus(), RV_VIDEO_STOP);
-        EXPECT_EQ(video->getName(), defaultName(*video));
-    }
-}
-
-TEST_F(Video, NullIsRefusedWhateverTheFolder) {
-    const TestVideo video;
-    for (const std::string &folder : {std::string(), std::string("video"), std::string(255, 'x')}) {
-        RVVIDEO::setMPGPath(folder.c_str());
-        EXPECT_FALSE(video->load(nullptr));
-        EXPECT_LOGGED_EXACTLY(notFound);
-    }
-}
-
-TEST_F(Video, FileThatCannotBeOpenedIsNamedWithItsFolder) {
-    const TestVideo video;
-    RVVIDEO::setMPGPath("folder/");
-    everyFileExists = true;
-    EXPECT_FALSE(video->load("gone"));
-    EXPECT_LOGGED_EXACTLY(loading("gone") +
-                          "   [!] Unable to open file folder/gone @ RVVOLT::load\n");
+    expectNamesWithoutAFileAreRefused(
+        {notFound, "   [!] Out of memory for file %s @ RVVIDEO::load\n",
+         [&video](const char *name) { return video->load(name); }, RVVIDEO::setMPGPath,
+         loading("missing") + "   [!] Unable to open file folder/missing @ RVVOLT::load\n"});
+    EXPECT_EQ(video->getStatus(), RV_VIDEO_STOP);
     EXPECT_EQ(video->getName(), defaultName(*video));
 }
 
@@ -211,11 +211,9 @@ TEST_F(Video, WithoutADecoderTheFileIsClosedAgain) {
     const TestVideo video;
     decoderFails = true;
     EXPECT_FALSE(video->load("video"));
-    EXPECT_LOGGED_EXACTLY(loading("video") + noDecoder);
-    EXPECT_EQ(openFiles(), filesBefore);
+    EXPECT_LOGGED_EXACTLY(loadingVideo + noDecoder);
     video->play();
-    EXPECT_TRUE(video->update(100));
-    EXPECT_EQ(video->getStatus(), RV_VIDEO_PLAY);
+    expectUpdate(*video, 100, 0, RV_VIDEO_PLAY, "", 0);
     decoderFails = false;
     EXPECT_TRUE(video->load("video"));
 }
@@ -225,64 +223,43 @@ TEST_F(Video, WithoutMemoryForItsStreamNothingIsLoaded) {
     const TestVideo video;
     recorder.allocationsWork();
     EXPECT_FALSE(video->load("video"));
-    EXPECT_LOGGED_EXACTLY(loading("video") + noDecoder);
-    EXPECT_EQ(openFiles(), filesBefore);
+    EXPECT_LOGGED_EXACTLY(loadingVideo + noDecoder);
     video->rewind();
-    EXPECT_TRUE(video->update(10));
+    expectUpdate(*video, 10, 0, RV_VIDEO_REWIND, "", 0);
     const RVVIDEO copy(*video);
     EXPECT_EQ(copy.getId(), video->getId());
-    zlfFree(nullptr); // the count of the block that was not had
+    zlfFree(nullptr); // the count of the block that was refused
 }
 
-TEST_F(Video, NameTooLargeForTheMemoryIsRefused) {
-    const std::string name(600, 'n');
-    const auto video = openVideo();
-    RVVIDEO::setMPGPath("videos/");
-    recorder.failAllocation(600, 0, 1);
-    EXPECT_FALSE((*video)->load(name.c_str()));
-    recorder.allocationsWork();
-    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for file videos/" + name + " @ RVVIDEO::load\n");
-    EXPECT_EQ(openFiles(), filesBefore);
-    EXPECT_EQ((*video)->getStatus(), RV_VIDEO_STOP);
-}
-
-TEST_F(Video, NoNameNeedsNoMemory) {
-    const TestVideo video;
-    RVVIDEO::setMPGPath(std::string(250, 'p').c_str());
-    recorder.failAllocation(200, 0, 1);
-    EXPECT_FALSE(video->load(nullptr));
-    recorder.allocationsWork();
-    EXPECT_LOGGED_EXACTLY(notFound);
-}
-
-TEST_F(Video, SecondVideoClosesTheFirst) {
+TEST_F(OpenVideo, SecondVideoClosesTheFirst) {
     fs::copy_file(pathOf("ffmpeg1_16x16"), "other");
-    const auto video = openVideo();
-    (*video)->play();
-    const std::size_t begun = framesShown(**video, 20);
-    EXPECT_GT(begun, 0u);
-    EXPECT_LT(begun, framesPerVideo);
-    EXPECT_TRUE((*video)->load("other"));
+    video->play();
+    begin(*video);
+    EXPECT_TRUE(video->load("other"));
     EXPECT_EQ(openFiles(), filesBefore + 1);
-    EXPECT_EQ((*video)->getStatus(), RV_VIDEO_STOP);
-    EXPECT_STREQ((*video)->getName(), "other");
-    (*video)->play();
-    const Calls frames = callsOf([&] { (*video)->update(wholeVideo); }).named("glTexSubImage2D");
+    EXPECT_EQ(video->getStatus(), RV_VIDEO_STOP);
+    EXPECT_STREQ(video->getName(), "other");
+    video->play();
+    const Calls frames = callsOf([&] { video->update(wholeVideo); }).named("glTexSubImage2D");
     EXPECT_EQ(frames.size(), framesPerVideo);
     EXPECT_EQ(frames[0].arguments.at(4), 16);
 }
 
-TEST_F(Video, FailedLoadClosesAndStopsTheFirstVideoToo) {
-    for (const char *name : {"missing", static_cast<const char *>(nullptr)}) {
-        const auto video = openVideo();
-        (*video)->playLoop();
-        (*video)->update(20);
-        EXPECT_FALSE((*video)->load(name));
+TEST_F(OpenVideo, FailedLoadClosesAndStopsTheFirstVideoToo) {
+    const std::string longName(600, 'n');
+    for (const char *name : {"missing", static_cast<const char *>(nullptr), longName.c_str()}) {
+        video->playLoop();
+        begin(*video);
+        if (name && name == longName)
+            recorder.failAllocation(600, 0, 1);
+        EXPECT_FALSE(video->load(name));
+        recorder.allocationsWork();
         EXPECT_EQ(openFiles(), filesBefore);
-        EXPECT_EQ((*video)->getStatus(), RV_VIDEO_STOP);
-        EXPECT_STREQ((*video)->getName(), "video");
-        (*video)->play();
-        EXPECT_EQ(framesShown(**video, wholeVideo), 0u);
+        EXPECT_EQ(video->getStatus(), RV_VIDEO_STOP);
+        EXPECT_STREQ(video->getName(), "video");
+        video->play();
+        EXPECT_EQ(framesShown(*video, wholeVideo), 0u);
+        EXPECT_TRUE(video->load("video"));
     }
 }
 
@@ -294,185 +271,129 @@ TEST_F(Video, NameLongerThanItsBufferIsCutAndNotFoundAgain) {
     const TestVideo video(name);
     EXPECT_EQ(video->getName(), name.substr(0, 255));
     video->play();
-    markLog();
-    EXPECT_TRUE(video->update(wholeVideo));
-    EXPECT_LOGGED_EXACTLY(notFound); // what is cut names a folder
-    EXPECT_EQ(openFiles(), filesBefore);
+    expectUpdate(*video, wholeVideo, 0, RV_VIDEO_PLAY, notFound, 0); // a folder's name
 }
 
 // --- Status
 
-TEST_F(Video, StatusIsStoredAndNothingElse) {
-    const auto opened = openVideo();
-    RVVIDEO &video = **opened;
-    recorder.start();
-    video.play();
-    EXPECT_EQ(video.getStatus(), RV_VIDEO_PLAY);
-    video.playLoop();
-    EXPECT_EQ(video.getStatus(), RV_VIDEO_PLAYLOOP);
-    video.rewind();
-    EXPECT_EQ(video.getStatus(), RV_VIDEO_REWIND);
-    video.stop();
-    EXPECT_EQ(video.getStatus(), RV_VIDEO_STOP);
-    EXPECT_EQ(recorder.stop(), Calls());
-    EXPECT_NOTHING_LOGGED();
-    EXPECT_EQ(RV_VIDEO_STOP, 0);
-    EXPECT_EQ(RV_VIDEO_PLAY, 1);
-    EXPECT_EQ(RV_VIDEO_PLAYLOOP, 2);
-    EXPECT_EQ(RV_VIDEO_REWIND, 3);
+TEST_F(OpenVideo, StatusIsStoredAndNothingElse) {
+    const struct {
+        void (RVVIDEO::*call)();
+        RV_VIDEO_STATUS status;
+        int number;
+    } rows[] = {{&RVVIDEO::play, RV_VIDEO_PLAY, 1},
+                {&RVVIDEO::playLoop, RV_VIDEO_PLAYLOOP, 2},
+                {&RVVIDEO::rewind, RV_VIDEO_REWIND, 3},
+                {&RVVIDEO::stop, RV_VIDEO_STOP, 0}};
+    for (const auto &[call, status, number] : rows) {
+        EXPECT_EQ(status, number);
+        EXPECT_EQ(callsOf([&] { (video->*call)(); }), Calls());
+        expectUpdate(*video, 0, 0, status);
+    }
 }
 
-TEST_F(Video, StoppedVideoStaysWhereItIs) {
-    const auto video = openVideo();
-    EXPECT_EQ(framesShown(**video, wholeVideo), 0u);
-    (*video)->play();
-    const std::size_t begun = framesShown(**video, 20);
-    (*video)->stop();
-    EXPECT_EQ(framesShown(**video, wholeVideo), 0u);
-    (*video)->play();
-    EXPECT_EQ(begun + framesShown(**video, wholeVideo), framesPerVideo);
+TEST_F(OpenVideo, StoppedVideoDoesNotAdvance) {
+    expectUpdate(*video, wholeVideo, 0, RV_VIDEO_STOP);
+    video->play();
+    const std::size_t begun = begin(*video);
+    video->stop();
+    expectUpdate(*video, wholeVideo, 0, RV_VIDEO_STOP);
+    video->play();
+    expectUpdate(*video, wholeVideo, framesPerVideo - begun, RV_VIDEO_STOP, loadingVideo);
 }
 
 TEST_F(Video, PlayingWithoutAFileDoesNothing) {
     const TestVideo video;
     video->setTexture(screen);
     video->play();
-    EXPECT_EQ(framesShown(*video, 1000), 0u);
-    EXPECT_EQ(video->getStatus(), RV_VIDEO_PLAY);
+    expectUpdate(*video, 1000, 0, RV_VIDEO_PLAY, "", 0);
     video->playLoop();
-    EXPECT_EQ(framesShown(*video, 1000), 0u);
-    EXPECT_EQ(video->getStatus(), RV_VIDEO_PLAYLOOP);
-    EXPECT_NOTHING_LOGGED();
+    expectUpdate(*video, 1000, 0, RV_VIDEO_PLAYLOOP, "", 0);
+    video->rewind(); // which searches the default name
+    expectUpdate(*video, 0, 0, RV_VIDEO_REWIND, notFound, 0);
 }
 
-TEST_F(Video, NoStepsDoNothing) {
-    const auto video = openVideo();
-    for (auto status : {&RVVIDEO::play, &RVVIDEO::playLoop, &RVVIDEO::rewind}) {
-        (**video.*status)();
-        EXPECT_EQ(framesShown(**video, 0), 0u);
-    }
-    EXPECT_EQ((*video)->getStatus(), RV_VIDEO_REWIND);
-    EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(Video, PlayedVideoStopsAtItsStart) {
-    const auto video = openVideo();
+TEST_F(OpenVideo, PlayedVideoStopsAtItsStart) {
     for (int turn = 0; turn < 3; ++turn) {
-        (*video)->play();
-        EXPECT_EQ(framesShown(**video, wholeVideo), framesPerVideo);
-        EXPECT_EQ((*video)->getStatus(), RV_VIDEO_STOP);
-        EXPECT_LOGGED_EXACTLY(loading("video"));
-        EXPECT_EQ(openFiles(), filesBefore + 1);
+        video->play();
+        expectUpdate(*video, wholeVideo, framesPerVideo, RV_VIDEO_STOP, loadingVideo);
     }
 }
 
-TEST_F(Video, LoopedVideoGoesOnInTheSameUpdate) {
-    const auto video = openVideo();
-    (*video)->play();
+TEST_F(OpenVideo, LoopedVideoContinuesInTheSameUpdate) {
+    video->play();
     unsigned int steps = 0;
-    for (; (*video)->getStatus() == RV_VIDEO_PLAY; ++steps)
-        (*video)->update(1);
-    markLog();
-    (*video)->playLoop();
-    EXPECT_EQ(framesShown(**video, 3 * steps), 3 * framesPerVideo);
-    EXPECT_EQ((*video)->getStatus(), RV_VIDEO_PLAYLOOP);
-    EXPECT_LOGGED_EXACTLY(loading("video") + loading("video") + loading("video"));
+    for (; video->getStatus() == RV_VIDEO_PLAY; ++steps)
+        video->update(1);
+    video->playLoop();
+    expectUpdate(*video, 3 * steps, 3 * framesPerVideo, RV_VIDEO_PLAYLOOP,
+                 loadingVideo + loadingVideo + loadingVideo);
 }
 
-TEST_F(Video, RewindInTheMiddlePlaysToTheEndFirst) {
-    const auto video = openVideo();
-    (*video)->playLoop();
-    const std::size_t begun = framesShown(**video, 20);
-    (*video)->rewind();
-    EXPECT_EQ(framesShown(**video, 0), 0u);
-    EXPECT_EQ((*video)->getStatus(), RV_VIDEO_REWIND);
-    EXPECT_EQ(begun + framesShown(**video, wholeVideo), framesPerVideo);
-    EXPECT_EQ((*video)->getStatus(), RV_VIDEO_STOP);
-    EXPECT_LOGGED_EXACTLY(loading("video"));
-}
-
-TEST_F(Video, RewindAtTheEndIsCarriedOutWithoutAStep) {
-    const auto video = openVideo();
-    fs::rename("video", "away"); // so that the video finds no start at its end
-    (*video)->play();
-    EXPECT_EQ(framesShown(**video, wholeVideo), framesPerVideo);
-    EXPECT_LOGGED_EXACTLY(notFound);
-    EXPECT_EQ(openFiles(), filesBefore);
-
-    (*video)->rewind();
-    EXPECT_EQ(framesShown(**video, 0), 0u);
-    EXPECT_LOGGED_EXACTLY(notFound);
-    EXPECT_EQ((*video)->getStatus(), RV_VIDEO_REWIND);
-
-    fs::rename("away", "video");
-    EXPECT_EQ(framesShown(**video, 1000), 0u);
-    EXPECT_LOGGED_EXACTLY(loading("video"));
-    EXPECT_EQ((*video)->getStatus(), RV_VIDEO_STOP);
-    (*video)->play();
-    EXPECT_EQ(framesShown(**video, wholeVideo), framesPerVideo);
-}
-
-TEST_F(Video, RewindBeforeTheFirstLoadLooksForItsDefaultName) {
-    const TestVideo video;
+TEST_F(OpenVideo, RewindInTheMiddlePlaysToTheEndFirst) {
+    video->playLoop();
+    const std::size_t begun = begin(*video);
     video->rewind();
-    EXPECT_TRUE(video->update(0));
-    EXPECT_LOGGED_EXACTLY(notFound);
+    expectUpdate(*video, 0, 0, RV_VIDEO_REWIND);
+    expectUpdate(*video, wholeVideo, framesPerVideo - begun, RV_VIDEO_STOP, loadingVideo);
 }
 
-TEST_F(Video, LoopWhoseFileHasGoneEndsWithoutOne) {
-    const auto video = openVideo();
+TEST_F(OpenVideo, RewindAtTheEndNeedsNoStep) {
+    fs::rename("video", "away"); // so that the video finds no start at its end
+    video->play();
+    expectUpdate(*video, wholeVideo, framesPerVideo, RV_VIDEO_PLAY, notFound, 0);
+    video->rewind();
+    expectUpdate(*video, 0, 0, RV_VIDEO_REWIND, notFound, 0);
+    fs::rename("away", "video");
+    expectUpdate(*video, 1000, 0, RV_VIDEO_STOP, loadingVideo);
+    video->play();
+    expectUpdate(*video, wholeVideo, framesPerVideo, RV_VIDEO_STOP, loadingVideo);
+}
+
+TEST_F(OpenVideo, LoopWhoseFileWasDeletedEndsWithoutOne) {
     fs::remove("video");
-    (*video)->playLoop();
-    EXPECT_EQ(framesShown(**video, wholeVideo), framesPerVideo);
-    EXPECT_EQ((*video)->getStatus(), RV_VIDEO_PLAYLOOP);
-    EXPECT_EQ(framesShown(**video, wholeVideo), 0u);
-    EXPECT_LOGGED_EXACTLY(notFound);
+    video->playLoop();
+    expectUpdate(*video, wholeVideo, framesPerVideo, RV_VIDEO_PLAYLOOP, notFound, 0);
+    expectUpdate(*video, wholeVideo, 0, RV_VIDEO_PLAYLOOP, "", 0);
 }
 
 TEST_F(Video, EmptyFileIsAtItsEndAtOnce) {
     writeFile("empty", Bytes());
-    const TestVideo video("empty");
-    video->setTexture(screen);
+    const TestVideo video("empty", screen);
     video->play();
-    EXPECT_EQ(framesShown(*video, 1), 0u);
-    EXPECT_EQ(video->getStatus(), RV_VIDEO_STOP);
+    expectUpdate(*video, 1, 0, RV_VIDEO_STOP, loading("empty"));
     video->playLoop();
-    markLog();
-    EXPECT_EQ(framesShown(*video, 2), 0u); // each step ends it
-    EXPECT_LOGGED_EXACTLY(loading("empty") + loading("empty"));
+    expectUpdate(*video, 2, 0, RV_VIDEO_PLAYLOOP, loading("empty") + loading("empty")); // each step
 }
 
 // --- Copies
 
-TEST_F(Video, CopyGoesOnWithTheSameVideoAndOwnsNothing) {
-    const auto video = openVideo();
-    (*video)->play();
-    const std::size_t begun = framesShown(**video, 20);
+TEST_F(OpenVideo, CopyContinuesTheSameVideoAndOwnsNothing) {
+    video->play();
+    const std::size_t begun = begin(*video);
     {
-        RVVIDEO copy(**video);
-        EXPECT_EQ(copy.getId(), (*video)->getId());
+        RVVIDEO copy(*video);
+        EXPECT_EQ(copy.getId(), video->getId());
         EXPECT_STREQ(copy.getName(), "video");
         EXPECT_EQ(copy.getTexture(), screen);
         EXPECT_EQ(copy.getStatus(), RV_VIDEO_PLAY);
         EXPECT_EQ(RVVIDEO::getNumberOfVideos(), 1u);
-        EXPECT_EQ(begun + framesShown(copy, wholeVideo), framesPerVideo);
-        EXPECT_EQ(copy.getStatus(), RV_VIDEO_STOP);
+        expectUpdate(copy, wholeVideo, framesPerVideo - begun, RV_VIDEO_STOP, loadingVideo);
     }
-    EXPECT_EQ(RVVIDEO::findById((*video)->getId()), &**video);
-    EXPECT_EQ(framesShown(**video, wholeVideo),
-              framesPerVideo); // the shared stream is at its start
+    EXPECT_EQ(RVVIDEO::findById(video->getId()), video);
+    // The shared stream is at its start.
+    expectUpdate(*video, wholeVideo, framesPerVideo, RV_VIDEO_STOP, loadingVideo);
 }
 
-TEST_F(Video, FlippingIsKeptByLoadingAndTakenByCopies) {
-    const auto video = openVideo();
-    (*video)->flipOn();
-    EXPECT_TRUE((*video)->isFlipped());
-    EXPECT_TRUE((*video)->load("video"));
-    EXPECT_TRUE((*video)->isFlipped());
-    const RVVIDEO copy(**video);
+TEST_F(OpenVideo, FlippingIsCopiedAndNotChangedByLoading) {
+    video->flipOn();
+    EXPECT_TRUE(video->isFlipped());
+    EXPECT_TRUE(video->load("video"));
+    EXPECT_TRUE(video->isFlipped());
+    const RVVIDEO copy(*video);
     EXPECT_TRUE(copy.isFlipped());
-    (*video)->flipOff();
-    EXPECT_FALSE((*video)->isFlipped());
+    video->flipOff();
+    EXPECT_FALSE(video->isFlipped());
     EXPECT_TRUE(copy.isFlipped());
 }
 
@@ -488,13 +409,12 @@ TEST_F(Video, CopyOutlivesItsOriginal) {
     copy.load(nullptr);
 }
 
-TEST_F(Video, AssignmentCopiesTheFieldsAndKeepsThePlaceInTheRegistry) {
-    const auto video = openVideo();
-    (*video)->playLoop();
+TEST_F(OpenVideo, AssignmentCopiesTheFieldsAndChangesNoRegistry) {
+    video->playLoop();
     auto *other = new RVVIDEO, *last = new RVVIDEO;
     const unsigned int own = other->getId();
-    *other = **video;
-    EXPECT_EQ(other->getId(), (*video)->getId());
+    *other = *video;
+    EXPECT_EQ(other->getId(), video->getId());
     EXPECT_STREQ(other->getName(), "video");
     EXPECT_EQ(other->getTexture(), screen);
     EXPECT_EQ(other->getStatus(), RV_VIDEO_PLAYLOOP);
@@ -504,22 +424,17 @@ TEST_F(Video, AssignmentCopiesTheFieldsAndKeepsThePlaceInTheRegistry) {
     EXPECT_EQ(framesShown(*other, wholeVideo), framesPerVideo);
     delete other;
     EXPECT_EQ(RVVIDEO::getNumberOfVideos(), 2u);
-    EXPECT_EQ(RVVIDEO::findByFilename("video"), &**video);
-    const RVVIDEO *again = new RVVIDEO;
-    EXPECT_EQ(again->getId(), own);
-}
+    EXPECT_EQ(RVVIDEO::findByFilename("video"), video);
+    EXPECT_EQ((new RVVIDEO)->getId(), own);
 
-TEST_F(Video, AssignmentToItselfAndToACopyChangeNoRegistry) {
-    const auto video = openVideo();
-    RVVIDEO &same = **video;
-    same = **video;
+    RVVIDEO &same = *video;
+    *video = same;
     RVVIDEO copy(same);
-    const TestVideo other;
-    copy = *other;
-    EXPECT_EQ(copy.getId(), other->getId());
-    EXPECT_EQ(RVVIDEO::getNumberOfVideos(), 2u);
-    same.play();
-    EXPECT_EQ(framesShown(same, wholeVideo), framesPerVideo);
+    copy = *last;
+    EXPECT_EQ(copy.getId(), last->getId());
+    EXPECT_EQ(RVVIDEO::getNumberOfVideos(), 3u);
+    video->play();
+    EXPECT_EQ(framesShown(*video, wholeVideo), framesPerVideo);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// What of a video reaches its texture, and by which calls.
+// The calls that copy the frames of a video to its texture.
 
 #include "ravolt/RVVIDEO.h"
 
@@ -36,65 +36,50 @@ class Frames : public SilentEngineTest {
         return callsOf([&] { EXPECT_TRUE(video.update(steps)); });
     }
 
+    static Call binding(RVTEXTURE *texture) {
+        return {"glBindTexture", GL_TEXTURE_2D, texture->getGLId()};
+    }
+
     // The sizes of the frames that a video copies, each size with the number of frames in a row.
     struct Run {
-        unsigned int frames, across, down;
-        Run(unsigned int number, unsigned int sizeX, unsigned int sizeY)
-            : frames(number), across(sizeX), down(sizeY) {}
-        std::pair<unsigned int, unsigned int> size() const { return {across, down}; }
+        std::size_t frames;
+        double width, height;
         bool operator==(const Run &) const = default;
     };
-    std::vector<Run> sizesCopied(RVVIDEO &video) {
-        video.play();
+    static std::vector<Run> sizesCopied(RVVIDEO &video) {
         std::vector<Run> runs;
         for (const Call &call : updateCalls(video).named("glTexSubImage2D")) {
-            const Run frame(1, static_cast<unsigned int>(call.arguments.at(4)),
-                            static_cast<unsigned int>(call.arguments.at(5)));
-            if (runs.empty() || runs.back().size() != frame.size())
-                runs.push_back(frame);
-            else
-                ++runs.back().frames;
+            const double width = call.arguments.at(4), height = call.arguments.at(5);
+            if (runs.empty() || runs.back() != Run{runs.back().frames, width, height})
+                runs.push_back({0, width, height});
+            ++runs.back().frames;
         }
         return runs;
     }
 };
 
-TEST_F(Frames, EachFrameIsOneCopyOfWholeMacroblocks) {
+TEST_F(Frames, EachFrameIsOneCopyOfWholeMacroblocksOrOfTheFlippedRows) {
     for (const VideoSample &sample : samples) {
-        const TestVideo video(pathOf(sample.name));
+        SCOPED_TRACE(sample.name);
         RVTEXTURE *screen = makeScreen(512, 512);
-        video->setTexture(screen);
-        video->play();
-        const Calls calls = updateCalls(*video);
-        ASSERT_EQ(calls.size(), 4 * framesPerVideo) << sample.name;
-        for (unsigned int frame = 0; frame < framesPerVideo; ++frame) {
-            EXPECT_EQ(calls[4 * frame], Call("glActiveTextureARB", GL_TEXTURE0));
-            EXPECT_EQ(calls[4 * frame + 1],
-                      Call("glBindTexture", GL_TEXTURE_2D, screen->getGLId()));
-            EXPECT_EQ(calls[4 * frame + 2], Call("glPixelStorei", GL_UNPACK_ALIGNMENT, 1));
-            EXPECT_EQ(calls[4 * frame + 3],
-                      copied(wholeBlocks(sample.width), wholeBlocks(sample.height)));
-        }
-    }
-}
-
-TEST_F(Frames, FlippedFrameIsOneCopyOfThePicturesRows) {
-    for (const VideoSample &sample : samples) {
-        const TestVideo video(pathOf(sample.name));
-        video->setTexture(makeScreen(512, 512));
+        const PlayingVideo video(pathOf(sample.name), screen);
+        const unsigned int across = wholeBlocks(sample.width);
+        std::vector<Call> wanted;
+        for (unsigned int frame = 0; frame < framesPerVideo; ++frame)
+            wanted.insert(wanted.end(), {{"glActiveTextureARB", GL_TEXTURE0},
+                                         binding(screen),
+                                         {"glPixelStorei", GL_UNPACK_ALIGNMENT, 1},
+                                         copied(across, wholeBlocks(sample.height))});
+        EXPECT_EQ(updateCalls(*video), Calls(wanted));
         video->flipOn();
         video->play();
-        const Calls calls = updateCalls(*video).named("glTexSubImage2D");
-        ASSERT_EQ(calls.size(), framesPerVideo) << sample.name;
-        for (const Call &call : calls)
-            EXPECT_EQ(call, copied(wholeBlocks(sample.width), sample.height));
+        EXPECT_EQ(updateCalls(*video).named("glTexSubImage2D"),
+                  Calls(std::vector<Call>(framesPerVideo, copied(across, sample.height))));
     }
 }
 
 TEST_F(Frames, FlippedFrameWithoutMemoryIsDroppedWithOneLine) {
-    const TestVideo video(pathOf("ffmpeg1_352x288_b"));
-    video->setTexture(makeScreen(512, 512));
-    video->play();
+    const PlayingVideo video(pathOf("ffmpeg1_352x288_b"), makeScreen(512, 512));
     updateCalls(*video, 20); // the decoder has its memory
     video->flipOn();
     markLog();
@@ -106,7 +91,7 @@ TEST_F(Frames, FlippedFrameWithoutMemoryIsDroppedWithOneLine) {
 }
 
 // The last picture is complete only when something follows it, and the last but one is shown then.
-// An end shows it too, in the last block and in its middle.
+// An end code shows it too, in the last block and before the end of that block.
 TEST_F(Frames, LastOneIsShownByTheEndOfTheVideo) {
     Bytes padded = bytesOf("ffmpeg2_176x144");
     const std::size_t room = blockBytes - padded.size() % blockBytes;
@@ -118,17 +103,13 @@ TEST_F(Frames, LastOneIsShownByTheEndOfTheVideo) {
         {pathOf("ffmpeg2_176x144"), framesPerVideo},
         {"padded", framesPerVideo}};
     for (const auto &[name, shown] : rows) {
-        const TestVideo video(name);
-        video->setTexture(makeScreen(256, 256));
-        video->play();
+        const PlayingVideo video(name, makeScreen(256, 256));
         EXPECT_EQ(updateCalls(*video).count("glTexSubImage2D"), shown) << name;
     }
 }
 
 TEST_F(Frames, OneFrameTakesManySteps) {
-    const TestVideo video(pathOf("ffmpeg2_176x144"));
-    video->setTexture(makeScreen(256, 256));
-    video->play();
+    const PlayingVideo video(pathOf("ffmpeg2_176x144"), makeScreen(256, 256));
     std::size_t steps = 0;
     while (updateCalls(*video, 1).empty())
         ++steps;
@@ -136,37 +117,34 @@ TEST_F(Frames, OneFrameTakesManySteps) {
 }
 
 TEST_F(Frames, WithoutATextureTheyAreDropped) {
-    const TestVideo video(pathOf("ffmpeg2_64x48_b"));
-    video->play();
+    const PlayingVideo video(pathOf("ffmpeg2_64x48_b"));
     markLog();
     EXPECT_EQ(updateCalls(*video), Calls());
     EXPECT_EQ(video->getStatus(), RV_VIDEO_STOP);
     EXPECT_LOGGED_EXACTLY("\n   Loading MPG file '" + pathOf("ffmpeg2_64x48_b") + "'...\n");
 }
 
-TEST_F(Frames, TextureMayComeAndGoInTheMiddle) {
-    const TestVideo video(pathOf("ffmpeg2_64x48_b"));
+TEST_F(Frames, TextureMayChangeInTheMiddleAndDeletedOnesGetNothing) {
     RVTEXTURE *first = makeScreen(64, 64), *second = makeScreen(64, 64);
-    video->setTexture(first);
+    const PlayingVideo video(pathOf("ffmpeg2_64x48_b"), first);
     EXPECT_EQ(video->getTexture(), first);
     EXPECT_EQ(first->getReferences(), 1); // its own: the video counts none
-    video->play();
-    EXPECT_TRUE(
-        updateCalls(*video, 20).contains(Call("glBindTexture", GL_TEXTURE_2D, first->getGLId())));
+    EXPECT_TRUE(updateCalls(*video, 20).contains(binding(first)));
     video->setTexture(second);
     const Calls calls = updateCalls(*video, 20);
-    EXPECT_TRUE(calls.contains(Call("glBindTexture", GL_TEXTURE_2D, second->getGLId())));
-    EXPECT_FALSE(calls.contains(Call("glBindTexture", GL_TEXTURE_2D, first->getGLId())));
+    EXPECT_TRUE(calls.contains(binding(second)));
+    EXPECT_FALSE(calls.contains(binding(first)));
+    second->decReferences();
+    RVTEXTURE::garbageCollect(~0ul);
+    EXPECT_EQ(updateCalls(*video, 20), Calls());
     video->setTexture(nullptr);
     EXPECT_EQ(updateCalls(*video), Calls());
 }
 
 TEST_F(Frames, TextureThatIsNotInVideoMemoryGetsNothing) {
-    const TestVideo video(pathOf("ffmpeg2_64x48_b"));
     RVTEXTURE *screen = makeScreen(64, 64);
     screen->unload(true);
-    video->setTexture(screen);
-    video->play();
+    const PlayingVideo video(pathOf("ffmpeg2_64x48_b"), screen);
     markLog();
     EXPECT_EQ(updateCalls(*video, 30), Calls());
     EXPECT_NOTHING_LOGGED();
@@ -174,31 +152,18 @@ TEST_F(Frames, TextureThatIsNotInVideoMemoryGetsNothing) {
     EXPECT_TRUE(updateCalls(*video, 6).contains("glTexSubImage2D"));
 }
 
-TEST_F(Frames, DeletedTextureGetsNothing) {
-    const TestVideo video(pathOf("ffmpeg2_64x48_b"));
-    RVTEXTURE *screen = makeScreen(64, 64);
-    video->setTexture(screen);
-    video->play();
-    EXPECT_GT(updateCalls(*video, 20).count("glTexSubImage2D"), 0u);
-    screen->decReferences();
-    RVTEXTURE::garbageCollect(~0ul);
-    EXPECT_EQ(updateCalls(*video), Calls());
-}
-
 TEST_F(Frames, TextureOfThePicturesSizeGetsThePictureAlone) {
-    const TestVideo video(pathOf("ffmpeg2_50x38"));
     RVTEXTURE *screen = makeScreen(50, 38);
-    video->setTexture(screen);
-    video->play();
+    const PlayingVideo video(pathOf("ffmpeg2_50x38"), screen);
     Calls calls = updateCalls(*video);
     EXPECT_EQ(calls.count(copied(50, 38)), framesPerVideo);
     EXPECT_EQ(Calls({{"glActiveTextureARB", GL_TEXTURE0},
-                     {"glBindTexture", GL_TEXTURE_2D, screen->getGLId()},
+                     binding(screen),
                      {"glPixelStorei", GL_UNPACK_ALIGNMENT, 1},
                      {"glPixelStorei", GL_UNPACK_ROW_LENGTH, 64},
                      copied(50, 38),
                      {"glPixelStorei", GL_UNPACK_ROW_LENGTH, 0}}),
-              Calls({calls[0], calls[1], calls[2], calls[3], calls[4], calls[5]}));
+              Calls(std::vector<Call>(calls.begin(), calls.begin() + 6)));
     video->setTexture(makeScreen(64, 38));
     video->play();
     calls = updateCalls(*video);
@@ -206,32 +171,23 @@ TEST_F(Frames, TextureOfThePicturesSizeGetsThePictureAlone) {
     EXPECT_EQ(calls.size(), 4 * framesPerVideo);
 }
 
-TEST_F(Frames, FrameLargerThanItsTextureIsRefusedWithOneLine) {
-    const TestVideo video(pathOf("ffmpeg2_50x38"));
-    markLog();
-    for (const auto &size : {std::pair{49u, 64u}, std::pair{64u, 37u}, std::pair{16u, 16u}}) {
-        video->setTexture(makeScreen(size.first, size.second));
-        markLog();
+TEST_F(Frames, FrameLargerThanItsTextureIsRefusedWithOneLineAVideo) {
+    const auto expectRefused = [](RVVIDEO &video) {
         for (int turn = 0; turn < 3; ++turn) {
-            video->play();
-            EXPECT_EQ(updateCalls(*video), Calls());
+            video.play();
+            EXPECT_EQ(updateCalls(video), Calls());
         }
         EXPECT_LOGGED_TIMES(1, tooLarge);
-    }
-}
-
-TEST_F(Frames, AnotherVideoThatIsTooLargeHasALineOfItsOwn) {
+    };
     const TestVideo video(pathOf("ffmpeg2_50x38"));
-    video->setTexture(makeScreen(16, 16));
-    video->play();
-    markLog();
-    EXPECT_EQ(updateCalls(*video), Calls());
-    ASSERT_TRUE(video->load(pathOf("ffmpeg2_64x48_b").c_str()));
-    for (int turn = 0; turn < 3; ++turn) {
-        video->play();
-        EXPECT_EQ(updateCalls(*video), Calls());
+    for (const auto &[across, down] : {std::pair{49u, 64u}, {64u, 37u}, {16u, 16u}}) {
+        video->setTexture(makeScreen(across, down));
+        markLog();
+        expectRefused(*video);
     }
-    EXPECT_LOGGED_TIMES(2, tooLarge);
+    markLog();
+    ASSERT_TRUE(video->load(pathOf("ffmpeg2_64x48_b").c_str()));
+    expectRefused(*video);
 }
 
 // --- A new size in the middle
@@ -258,8 +214,7 @@ TEST_F(Frames, NewSizeCopiesNothingUntilItsFirstFrame) {
     };
     for (const auto &row : rows) {
         writeFile(row.name, row.bytes);
-        const TestVideo video(row.name);
-        video->setTexture(makeScreen(256, 256));
+        const PlayingVideo video(row.name, makeScreen(256, 256));
         EXPECT_EQ(sizesCopied(*video), row.runs) << row.name;
     }
 }
@@ -267,30 +222,25 @@ TEST_F(Frames, NewSizeCopiesNothingUntilItsFirstFrame) {
 TEST_F(Frames, NewSizeThatIsTooLargeIsRefusedWithOneLineAndTheRestIsShown) {
     const Bytes small = bytesOf("ffmpeg2_64x48_b"), large = bytesOf("ffmpeg2_176x144");
     writeFile("video", small + large + small);
-    const TestVideo video("video");
-    video->setTexture(makeScreen(64, 48));
+    const PlayingVideo video("video", makeScreen(64, 48));
     markLog();
     EXPECT_EQ(sizesCopied(*video), (std::vector<Run>{{2 * framesPerVideo, 64, 48}}));
     EXPECT_LOGGED_TIMES(1, tooLarge);
 }
 
-// Width and height stand in the twelve bits each behind the start code of a sequence.
+// Width and height are the twelve bits each after the start code of a sequence.
 Bytes withSize(Bytes video, unsigned int width, unsigned int height) {
-    for (std::size_t place = 0; place + 7 < video.size(); ++place)
-        if (video[place] == 0 && video[place + 1] == 0 && video[place + 2] == 1 &&
-            video[place + 3] == 0xb3) {
-            video[place + 4] = static_cast<unsigned char>(width >> 4);
-            video[place + 5] = static_cast<unsigned char>((width << 4) | (height >> 8));
-            video[place + 6] = static_cast<unsigned char>(height);
-        }
-    return video;
+    return withHeaders(std::move(video), 0xb3, [=](unsigned char *sequence) {
+        sequence[0] = static_cast<unsigned char>(width >> 4);
+        sequence[1] = static_cast<unsigned char>((width << 4) | (height >> 8));
+        sequence[2] = static_cast<unsigned char>(height);
+    });
 }
 
 TEST_F(Frames, SizeThatNoTextureHasIsNotEvenDecoded) {
     const Bytes data = bytesOf("ffmpeg2_64x48_b");
     writeFile("giant", withGiantSize(data) + data);
-    const TestVideo video("giant");
-    video->setTexture(makeScreen(64, 48));
+    const TestVideo video("giant", makeScreen(64, 48));
     video->playLoop();
     markLog();
     // What follows in the block that announces the size is lost; the next turn begins anew.
@@ -299,34 +249,29 @@ TEST_F(Frames, SizeThatNoTextureHasIsNotEvenDecoded) {
 }
 
 TEST_F(Frames, SizeThatIsNotTheVideosOwnIsDecodedAsFarAsItGoes) {
-    for (const auto &size : {std::pair{16u, 16u}, std::pair{2048u, 16u}, std::pair{16u, 2048u},
-                             std::pair{1u, 1u}, std::pair{4095u, 33u}}) {
-        writeFile("video", withSize(bytesOf("ffmpeg2_64x48_b"), size.first, size.second));
-        const TestVideo video("video");
-        video->setTexture(makeScreen(4096, 4096));
-        video->play();
-        EXPECT_TRUE(updateCalls(*video).contains(
-            copied(wholeBlocks(size.first), wholeBlocks(size.second))));
+    for (const auto &[across, down] :
+         {std::pair{16u, 16u}, {2048u, 16u}, {16u, 2048u}, {1u, 1u}, {4095u, 33u}}) {
+        writeFile("video", withSize(bytesOf("ffmpeg2_64x48_b"), across, down));
+        const PlayingVideo video("video", makeScreen(4096, 4096));
+        EXPECT_TRUE(updateCalls(*video).contains(copied(wholeBlocks(across), wholeBlocks(down))));
         EXPECT_EQ(video->getStatus(), RV_VIDEO_STOP);
     }
 }
 
-// --- What the engine takes to be bound
+// --- Texture bindings after an update
 
-TEST_F(Frames, TextureOrMaterialInUseBeforeIsBoundAnew) {
+TEST_F(Frames, TextureOrMaterialUsedBeforeIsBoundAgain) {
     auto *material = new RVMATERIAL;
     RVTEXTURE *wall = makeScreen(8, 8);
     material->setTexture(0, wall);
     for (const bool byMaterial : {false, true}) {
         SCOPED_TRACE(byMaterial);
         const auto use = [&] { byMaterial ? material->render(nullptr) : wall->render(nullptr); };
-        const TestVideo video(pathOf("ffmpeg2_64x48_b"));
-        video->setTexture(makeScreen(64, 64));
+        const PlayingVideo video(pathOf("ffmpeg2_64x48_b"), makeScreen(64, 64));
         use();
         EXPECT_EQ(callsOf(use), Calls());
-        video->play();
         EXPECT_TRUE(updateCalls(*video, 20).contains("glTexSubImage2D"));
-        EXPECT_TRUE(callsOf(use).contains(Call("glBindTexture", GL_TEXTURE_2D, wall->getGLId())));
+        EXPECT_TRUE(callsOf(use).contains(binding(wall)));
         RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     }
 }

@@ -1,4 +1,4 @@
-// The pixels that reach the texture, against what another decoder makes of the same video.
+// The pixels in the texture, against those of the same video by another decoder.
 
 #include "ravolt/RVVIDEO.h"
 
@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -46,9 +45,9 @@ struct Distance {
     }
 };
 
-// The planes of a video as the other decoder has them, and their colours by the formula of BT.601:
-// each chroma sample stands for two by two pixels, of the same field where the video has two, and
-// its share is rounded to whole steps of luma.
+// The planes of a video by the other decoder, and their colours by the formula of BT.601: each
+// chroma sample is that of two by two pixels, of the same field if the video has two, and its share
+// is rounded to whole steps of luma.
 class Planes {
   public:
     explicit Planes(const VideoSample &shown)
@@ -88,7 +87,7 @@ class Planes {
     Bytes bytes;
 };
 
-// What the other decoder's own conversion makes of them, in even sizes.
+// The colours by the other decoder's own conversion, in even sizes.
 class Colors {
   public:
     explicit Colors(const VideoSample &sample)
@@ -109,52 +108,67 @@ class Colors {
 
 class Pixels : public EngineTest, public testing::WithParamInterface<VideoSample> {
   protected:
-    // Goes on to the next frame that is copied to the texture.
-    bool nextFrame(RVVIDEO &video) {
-        while (video.getStatus() == RV_VIDEO_PLAY) {
-            if (callsOf([&] { video.update(1); }).contains("glTexSubImage2D"))
-                return true;
-        }
-        return false;
-    }
+    const VideoSample &sample = GetParam();
+    const unsigned int blocksX = wholeBlocks(sample.width), blocksY = wholeBlocks(sample.height);
 
-    static Bytes pixelsOf(const RVTEXTURE &texture) {
-        Bytes pixels(std::size_t(texture.getSizeX()) * texture.getSizeY() * 3);
-        glBindTexture(GL_TEXTURE_2D, texture.getGLId());
-        glPixelStorei(GL_PACK_ALIGNMENT, 1);
-        glGetTexImage(GL_TEXTURE_2D, 0, GL_RGB, GL_UNSIGNED_BYTE, pixels.data());
-        return pixels;
-    }
+    // A video that plays into a texture, and the pixels of the latter.
+    class Shown {
+      public:
+        Shown(const char *name, unsigned int sizeX, unsigned int sizeY)
+            : width(sizeX), screen(makeScreen(sizeX, sizeY)), video(pathOf(name), screen) {}
+
+        RVVIDEO *operator->() const { return &*video; }
+
+        // Continues up to the next frame that is copied to the texture.
+        bool nextFrame() {
+            while (video->getStatus() == RV_VIDEO_PLAY)
+                if (callsOf([this] { video->update(1); }).contains("glTexSubImage2D")) {
+                    pixels.resize(std::size_t(width) * screen->getSizeY() * 3);
+                    glBindTexture(GL_TEXTURE_2D, screen->getGLId());
+                    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+                    glGetTexImage(GL_TEXTURE_2D, 0, GL_RGB, GL_UNSIGNED_BYTE, pixels.data());
+                    return true;
+                }
+            return false;
+        }
+
+        const unsigned char *at(unsigned int x, unsigned int y) const {
+            return pixels.data() + (std::size_t(y) * width + x) * 3;
+        }
+        // Of a part of a row.
+        Bytes row(unsigned int y, unsigned int from, unsigned int to) const {
+            return Bytes(at(from, y), at(to, y));
+        }
+
+      private:
+        unsigned int width;
+        RVTEXTURE *screen;
+        PlayingVideo video;
+        Bytes pixels;
+    };
 };
 
 TEST_P(Pixels, AreThoseOfTheOtherDecoder) {
-    const VideoSample &sample = GetParam();
-    const TestVideo video(pathOf(sample.name));
-    RVTEXTURE *screen = makeScreen(wholeBlocks(sample.width), wholeBlocks(sample.height));
-    video->setTexture(screen);
-    video->play();
-
+    Shown video(sample.name, blocksX, blocksY);
     const Planes planes(sample);
     const Colors colors(sample);
     Distance toPlanes, toColors, firstToPlanes;
     unsigned int frame = 0;
-    for (; nextFrame(*video); ++frame) {
+    for (; video.nextFrame(); ++frame) {
         ASSERT_LT(frame, framesPerVideo);
-        const Bytes shown = pixelsOf(*screen);
         for (unsigned int y = 0; y < sample.height; ++y)
             for (unsigned int x = 0; x < sample.width; ++x) {
-                const Color is(&shown[(std::size_t(y) * screen->getSizeX() + x) * 3]);
-                const Color wanted = planes.at(frame, x, y);
-                toPlanes.add(is, wanted);
-                if (frame == 0)
-                    firstToPlanes.add(is, wanted);
+                const Color is(video.at(x, y));
+                toPlanes.add(is, planes.at(frame, x, y));
                 if (colors.has(x, y))
                     toColors.add(is, colors.at(frame, x, y));
             }
+        if (frame == 0)
+            firstToPlanes = toPlanes;
     }
     EXPECT_EQ(framesPerVideo, frame);
-    // The two decoders round their inverse transform each in its own way, by one step of a sample
-    // here and there, and what is predicted carries it on until the next picture of its own.
+    // Each decoder rounds its inverse transform in its own way, by one step of a sample here and
+    // there, and predicted pictures repeat it until the next picture without prediction.
     EXPECT_GT(firstToPlanes.psnr(), 57.0);
     EXPECT_LE(firstToPlanes.maximum, 5);
     EXPECT_GT(toPlanes.psnr(), 53.0);
@@ -164,81 +178,48 @@ TEST_P(Pixels, AreThoseOfTheOtherDecoder) {
     // distributed, they alone make 53.1 dB.
     EXPECT_GT(toColors.psnr(), 51.0);
     EXPECT_LE(toColors.maximum, 8);
-    std::printf("%-30s planes: PSNR %5.2f dB, largest %d (first frame %5.2f dB, %d); "
-                "rgb: PSNR %5.2f dB, largest %d\n",
-                sample.name, toPlanes.psnr(), toPlanes.maximum, firstToPlanes.psnr(),
-                firstToPlanes.maximum, toColors.psnr(), toColors.maximum);
 }
 
 // Rows that are no multiple of four bytes, in the video's memory and in the texture.
 TEST_P(Pixels, AreTheSameInATextureOfThePicturesSize) {
-    const VideoSample &sample = GetParam();
-    const TestVideo video(pathOf(sample.name)), cut(pathOf(sample.name));
-    RVTEXTURE *whole = makeScreen(wholeBlocks(sample.width) + 5, wholeBlocks(sample.height) + 3);
-    RVTEXTURE *exact = makeScreen(sample.width, sample.height);
-    video->setTexture(whole);
-    cut->setTexture(exact);
-    video->play();
-    cut->play();
+    Shown whole(sample.name, blocksX + 5, blocksY + 3);
+    Shown exact(sample.name, sample.width, sample.height);
     for (int frame = 0; frame < 3; ++frame) {
         glPixelStorei(GL_UNPACK_ALIGNMENT, 8);
-        ASSERT_TRUE(nextFrame(*video) && nextFrame(*cut));
-        const Bytes wide = pixelsOf(*whole), narrow = pixelsOf(*exact);
-        for (unsigned int y = 0; y < whole->getSizeY(); ++y) {
-            const auto row = wide.begin() + std::ptrdiff_t(y) * whole->getSizeX() * 3;
-            const auto end = row + std::ptrdiff_t(wholeBlocks(sample.width)) * 3;
+        ASSERT_TRUE(whole.nextFrame() && exact.nextFrame());
+        for (unsigned int y = 0; y < blocksY + 3; ++y) {
             if (y < sample.height) {
-                const auto other = narrow.begin() + std::ptrdiff_t(y) * sample.width * 3;
-                EXPECT_TRUE(std::equal(other, other + sample.width * 3, row)) << y;
+                EXPECT_EQ(whole.row(y, 0, sample.width), exact.row(y, 0, sample.width)) << y;
             }
-            // What lies beside the frame stays as it was.
-            const auto beside = y < wholeBlocks(sample.height) ? end : row;
-            EXPECT_TRUE(std::all_of(beside, row + whole->getSizeX() * 3, [](unsigned char value) {
-                return value == 0;
-            })) << y;
+            // Beside the frame nothing changes.
+            const unsigned int end = y < blocksY ? blocksX : 0;
+            EXPECT_EQ(whole.row(y, end, blocksX + 5), Bytes(3 * (blocksX + 5 - end))) << y;
         }
     }
 }
 
-// The rows of the picture alone, the other way up, from the frame on at which the switch was
-// turned.
+// The rows of the picture alone, bottom up, from the frame on at which flipping was switched.
 TEST_P(Pixels, AreThoseOfTheUnflippedFrameBottomUp) {
-    const VideoSample &sample = GetParam();
     for (const unsigned int margin : {0u, 21u}) {
-        const TestVideo plain(pathOf(sample.name)), flipped(pathOf(sample.name));
-        RVTEXTURE *upright = makeScreen(sample.width + margin, sample.height + margin);
-        RVTEXTURE *turned = makeScreen(sample.width + margin, sample.height + margin);
-        plain->setTexture(upright);
-        flipped->setTexture(turned);
-        plain->play();
-        flipped->play();
+        const unsigned int sizeX = sample.width + margin, sizeY = sample.height + margin;
+        Shown plain(sample.name, sizeX, sizeY), flipped(sample.name, sizeX, sizeY);
         for (const bool flip : {true, false, true, true}) {
             flip ? flipped->flipOn() : flipped->flipOff();
-            ASSERT_TRUE(nextFrame(*plain) && nextFrame(*flipped));
-            const Bytes is = pixelsOf(*turned), wanted = pixelsOf(*upright);
-            const std::size_t rowBytes = std::size_t(upright->getSizeX()) * 3;
-            for (unsigned int y = 0; y < sample.height; ++y) {
-                const unsigned int other = flip ? sample.height - 1 - y : y;
-                const unsigned char *row = &wanted[other * rowBytes];
-                ASSERT_TRUE(std::equal(row, row + sample.width * 3, &is[y * rowBytes]))
+            ASSERT_TRUE(plain.nextFrame() && flipped.nextFrame());
+            for (unsigned int y = 0; y < sample.height; ++y)
+                ASSERT_EQ(flipped.row(y, 0, sample.width),
+                          plain.row(flip ? sample.height - 1 - y : y, 0, sample.width))
                     << "row " << y << ", flipped: " << flip;
-            }
         }
     }
 }
 
 TEST_P(Pixels, OfAFlippedFrameEndWithThePicture) {
-    const VideoSample &sample = GetParam();
-    const TestVideo video(pathOf(sample.name));
-    RVTEXTURE *screen = makeScreen(sample.width + 21, sample.height + 21);
-    video->setTexture(screen);
+    Shown video(sample.name, sample.width + 21, sample.height + 21);
     video->flipOn();
-    video->play();
-    ASSERT_TRUE(nextFrame(*video));
-    const Bytes pixels = pixelsOf(*screen);
-    const auto above =
-        pixels.begin() + std::ptrdiff_t(sample.height) * std::ptrdiff_t(screen->getSizeX()) * 3;
-    EXPECT_TRUE(std::all_of(above, pixels.end(), [](unsigned char value) { return value == 0; }));
+    ASSERT_TRUE(video.nextFrame());
+    for (unsigned int y = sample.height; y < sample.height + 21; ++y)
+        EXPECT_EQ(video.row(y, 0, sample.width + 21), Bytes(3 * (sample.width + 21))) << y;
 }
 
 INSTANTIATE_TEST_SUITE_P(Videos, Pixels, testing::ValuesIn(samples),

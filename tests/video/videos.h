@@ -1,6 +1,6 @@
 #pragma once
 
-// The videos that makeVideos.sh leaves in the build folder, and videos put together from them.
+// The videos that makeVideos.sh makes in the build folder, and videos composed of them.
 
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
@@ -8,6 +8,7 @@
 
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -52,23 +53,31 @@ inline Bytes bytesOf(const std::string &name) {
 // Sizes in whole macroblocks, as the decoder has them.
 inline unsigned int wholeBlocks(unsigned int pixels) { return (pixels + 15) / 16 * 16; }
 
-// A video with all bits set that the extension of a sequence adds on top of its width and height.
-inline Bytes withGiantSize(Bytes data) {
-    for (std::size_t place = 0; place + 7 < data.size(); ++place)
-        if (data[place] == 0 && data[place + 1] == 0 && data[place + 2] == 1 &&
-            data[place + 3] == 0xb5 && data[place + 4] >> 4 == 1) {
-            data[place + 5] |= 1;    // width, high bit
-            data[place + 6] |= 0xe0; // width, low bit; height, both
-        }
+// A copy in which `change` has been called with the bytes after each start code of this value.
+template <class Change> Bytes withHeaders(Bytes data, unsigned char code, Change change) {
+    for (std::size_t at = 0; at + 9 < data.size(); ++at)
+        if (data[at] == 0 && data[at + 1] == 0 && data[at + 2] == 1 && data[at + 3] == code)
+            change(&data[at + 4]);
     return data;
 }
 
-// A video of a test. Its stream is closed when it goes, which the destructor of RVVIDEO leaves out.
+// A video with all bits set that the extension of a sequence adds on top of its width and height.
+inline Bytes withGiantSize(Bytes data) {
+    return withHeaders(std::move(data), 0xb5, [](unsigned char *extension) {
+        if (extension[0] >> 4 == 1) {
+            extension[1] |= 1;    // width, high bit
+            extension[2] |= 0xe0; // width, low bit; height, both
+        }
+    });
+}
+
+// A video of a test. Its stream is closed with it, which the destructor of RVVIDEO does not do.
 class TestVideo {
   public:
     TestVideo() : video(new RVVIDEO) {}
-    explicit TestVideo(const std::string &path) : TestVideo() {
+    explicit TestVideo(const std::string &path, RVTEXTURE *texture = nullptr) : TestVideo() {
         EXPECT_TRUE(video->load(path.c_str()));
+        video->setTexture(texture);
     }
     ~TestVideo() {
         video->load(nullptr);
@@ -82,6 +91,14 @@ class TestVideo {
 
   private:
     RVVIDEO *video;
+};
+
+class PlayingVideo : public TestVideo {
+  public:
+    explicit PlayingVideo(const std::string &path, RVTEXTURE *texture = nullptr)
+        : TestVideo(path, texture) {
+        (*this)->play();
+    }
 };
 
 // A texture for videos, with a reference; the engine owns it.
