@@ -1,4 +1,4 @@
-// The calls of a sky, with a silent driver that has everything.
+// The calls of a sky. The silent driver has every extension.
 
 #include "ravolt/RVSKYDOME.h"
 
@@ -9,23 +9,23 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
-#include "tests/resources/programNames.h"
-#include "tests/resources/tgaFiles.h"
-#include "tests/support/engineFixture.h"
+#include "tests/effects/sceneryCalls.h"
 
-#include <memory>
+#include <string>
+#include <vector>
 
 using namespace ravolt::test;
 
 namespace {
 
 constexpr char nothingDrawn[] = "   [!] No texture or no vertex buffers @ RVSKYDOME::render\n";
-constexpr char invalidParams[] = "   [!] Invalid params @ RVSKYDOME::loadTexture\n";
+const std::string invalidParams = "   [!] Invalid params @ RVSKYDOME::loadTexture";
+const Call strip{"glDrawElements", GL_TRIANGLE_STRIP, 300, GL_UNSIGNED_SHORT, 0};
 
-class SkydomeTest : public SilentEngineTest {
+class SkydomeTest : public SceneryCalls {
   protected:
     void SetUp() override {
-        SilentEngineTest::SetUp();
+        SceneryCalls::SetUp();
         writeFile("sky.tga", plainTga(4, 4));
         make();
     }
@@ -33,24 +33,23 @@ class SkydomeTest : public SilentEngineTest {
     // A sky with its texture.
     void make() {
         buffers.clear();
-        const Calls made = callsOf([&] { sky = new RVSKYDOME; });
-        for (const Call &call : made.named("glGenBuffersARB"))
+        const Calls calls = callsOf([&] { sky = new RVSKYDOME; });
+        for (const Call &call : calls.named("glGenBuffersARB"))
             buffers.push_back(call.arguments.back());
         ASSERT_TRUE(sky->loadTexture("sky.tga"));
         sky->render(nullptr); // the first upload
-        start();
-    }
-
-    // The state in which a frame begins.
-    static void start() {
-        RVSHADER::reset();
-        RVMATERIAL::reset();
-        RVLIGHT::lightingOff();
-        RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+        startFrame();
     }
 
     Calls render(void *data = nullptr) {
         return callsOf([&] { EXPECT_TRUE(sky->render(data)); });
+    }
+
+    Calls buffersDeleted() {
+        return callsOf([&] { delete sky; }).named("glDeleteBuffersARB");
+    }
+    Calls ownBuffersDeleted() {
+        return {{"glDeleteBuffersARB", 1, buffers[0]}, {"glDeleteBuffersARB", 1, buffers[1]}};
     }
 
     RVSKYDOME *sky = nullptr;
@@ -73,24 +72,17 @@ TEST_F(SkydomeTest, ConstructorFillsTwoBuffersAndUnbindsThem) {
                {"glBindBufferARB", GL_ELEMENT_ARRAY_BUFFER_ARB, 0}}));
 }
 
-TEST_F(SkydomeTest, InitIsWithoutEffectOnTheGeometry) {
+TEST_F(SkydomeTest, InitSpeedAndAFailedLoadDoNotChangeWhatIsDrawn) {
     const Calls before = render();
-    start();
+    startFrame();
     EXPECT_TRUE(callsOf([&] { sky->init(10, 45, 90); }).empty());
-    EXPECT_EQ(render(), before);
-}
-
-TEST_F(SkydomeTest, SpeedDoesNotMoveTheSky) {
-    const Calls before = render();
-    start();
     sky->setSpeed(5);
+    EXPECT_FALSE(sky->loadTexture("gone.tga"));
     EXPECT_EQ(render(), before);
 }
 
-TEST_F(SkydomeTest, DestructorDeletesBothBuffersAndLeavesTextureAndMaterial) {
-    const Calls calls = callsOf([&] { delete sky; }).named("glDeleteBuffersARB");
-    EXPECT_EQ(calls, (Calls{{"glDeleteBuffersARB", 1, buffers[0]},
-                            {"glDeleteBuffersARB", 1, buffers[1]}}));
+TEST_F(SkydomeTest, DestructorDeletesBothBuffersOnly) {
+    EXPECT_EQ(buffersDeleted(), ownBuffersDeleted());
     EXPECT_NE(RVTEXTURE::findByFilename("sky.tga"), nullptr);
     EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 1u);
 }
@@ -107,60 +99,43 @@ TEST_F(SkydomeTest, CopyDrawsFromTheBuffersOfTheOriginalAndDeletesNone) {
 }
 
 TEST_F(SkydomeTest, AssignedSkyDrawsFromTheOthersBuffersAndDeletesItsOwn) {
-    const std::vector<double> first = buffers;
+    const double first = buffers[0];
     RVSKYDOME *const original = sky;
     make();
     *sky = *original;
-    EXPECT_TRUE(render().contains(Call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, first[0])));
-    EXPECT_EQ(
-        callsOf([&] { delete sky; }).named("glDeleteBuffersARB"),
-        (Calls{{"glDeleteBuffersARB", 1, buffers[0]}, {"glDeleteBuffersARB", 1, buffers[1]}}));
+    EXPECT_TRUE(render().contains(Call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, first)));
+    EXPECT_EQ(buffersDeleted(), ownBuffersDeleted());
 }
 
 // --- loadTexture
 
-TEST_F(SkydomeTest, NoNameIsRefusedWithoutATrace) {
-    RVSKYDOME *bare = new RVSKYDOME;
-    markLog();
-    EXPECT_FALSE(bare->loadTexture(nullptr));
-    EXPECT_LOGGED_EXACTLY(invalidParams);
-    EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 1u); // that of the first sky
-    EXPECT_EQ(RVTEXTURE::findByFilename("sky.tga")->getReferences(), 1);
-}
-
-TEST_F(SkydomeTest, MissingFileLeavesTextureAndMaterial) {
+TEST_F(SkydomeTest, BadNamesAreRefusedAndAMissingFileHasItsTextureAndMaterial) {
     RVSKYDOME *bare = new RVSKYDOME;
     const unsigned int textures = RVTEXTURE::getNumberOfTextures();
     markLog();
+    EXPECT_FALSE(bare->loadTexture(nullptr));
+    EXPECT_LOGGED_EXACTLY(invalidParams + "\n");
+    EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), textures);
+    EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 1u); // that of the first sky
+    EXPECT_EQ(RVTEXTURE::findByFilename("sky.tga")->getReferences(), 1);
+
     EXPECT_FALSE(bare->loadTexture("gone.tga"));
-    EXPECT_LOGGED_EXACTLY(
-        std::string("   [!] Unable to open file gone.tga @ RVTEXTURE::loadTGA\n") + invalidParams);
+    EXPECT_LOGGED_EXACTLY("   [!] Unable to open file gone.tga @ RVTEXTURE::loadTGA\n" +
+                          invalidParams + "\n");
     EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), textures + 1);
     EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 2u);
 }
 
-TEST_F(SkydomeTest, FailedLoadKeepsTheSkyThatIsDrawn) {
-    const Calls before = render();
-    start();
-    EXPECT_FALSE(sky->loadTexture("gone.tga"));
-    EXPECT_EQ(render(), before);
-}
-
-TEST_F(SkydomeTest, NewTextureIsTrilinearMipmappedAndRepeated) {
-    const RVTEXTURE *texture = RVTEXTURE::findByFilename("sky.tga");
-    ASSERT_NE(texture, nullptr);
-    EXPECT_TRUE(texture->isTrilinear());
-    EXPECT_TRUE(texture->isMipmapped());
-    EXPECT_FALSE(texture->isClamped());
-    EXPECT_EQ(texture->getReferences(), 1);
-}
-
-TEST_F(SkydomeTest, KnownFileIsTakenFromTheRegistryAndTheMaterialStays) {
+TEST_F(SkydomeTest, TextureIsFoundInTheRegistryAndTheMaterialIsReused) {
     RVTEXTURE *known = RVTEXTURE::findByFilename("sky.tga");
+    ASSERT_NE(known, nullptr);
+    EXPECT_TRUE(known->isTrilinear());
+    EXPECT_TRUE(known->isMipmapped());
+    EXPECT_FALSE(known->isClamped());
+    EXPECT_EQ(known->getReferences(), 1);
     known->setFilter(false, false, true);
     RVMATERIAL *material = RVMATERIAL::getFirst();
     EXPECT_TRUE(sky->loadTexture("sky.tga"));
-    EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 1u);
     EXPECT_EQ(material->getTexture(0), known);
     EXPECT_FALSE(known->isTrilinear()); // as it was
 
@@ -174,7 +149,7 @@ TEST_F(SkydomeTest, KnownFileIsTakenFromTheRegistryAndTheMaterialStays) {
 TEST_F(SkydomeTest, WithoutProgramsTheMaterialHasNone) {
     EXPECT_FALSE(RVSHADER::useSkydome());
     EXPECT_EQ(RVMATERIAL::getFirst()->getShader(), nullptr);
-    EXPECT_FALSE(render().contains(Call("glUseProgramObjectARB", anyAddress)));
+    EXPECT_FALSE(render().contains("glUseProgramObjectARB"));
 }
 
 TEST_F(SkydomeTest, WithProgramsTheSkysOwnIsUsedWithoutALight) {
@@ -188,14 +163,14 @@ TEST_F(SkydomeTest, WithProgramsTheSkysOwnIsUsedWithoutALight) {
     EXPECT_EQ(names[used[0].arguments[0]], "skydomeShader");
 }
 
-TEST_F(SkydomeTest, MemoryThatRunsOutIsAFailedLoad) {
+TEST_F(SkydomeTest, LoadWithoutMemoryFails) {
     RVSKYDOME *bare = new RVSKYDOME;
     for (const unsigned int allocation : {0u, 1u}) { // the material, the texture
         markLog();
         recorder.failAllocation(1, allocation, 1);
         EXPECT_FALSE(bare->loadTexture("gone.tga"));
         recorder.allocationsWork();
-        EXPECT_LOGGED(std::string(invalidParams, sizeof invalidParams - 2));
+        EXPECT_LOGGED(invalidParams);
     }
     EXPECT_FALSE(bare->render(nullptr));
 }
@@ -223,17 +198,17 @@ TEST_F(SkydomeTest, DrawsItsStripAroundTheCameraOfThePass) {
                      {"glVertexPointer", 3, GL_FLOAT, 20, 0},
                      {"glTexCoordPointer", 2, GL_FLOAT, 20, 12},
                      {"glBindBufferARB", GL_ELEMENT_ARRAY_BUFFER_ARB, buffers[1]},
-                     {"glDrawElements", GL_TRIANGLE_STRIP, 300, GL_UNSIGNED_SHORT, 0},
+                     strip,
                      {"glDisableClientState", GL_INDEX_ARRAY},
                      {"glDisableClientState", GL_VERTEX_ARRAY},
                      {"glDisableClientState", GL_TEXTURE_COORD_ARRAY},
                      {"glEnable", GL_LIGHTING},
                      {"glBindBufferARB", GL_ARRAY_BUFFER_ARB, 0},
                      {"glBindBufferARB", GL_ELEMENT_ARRAY_BUFFER_ARB, 0}}))
-        << calls.text();
+        << calls.text(); // no glIndexPointer, which is an error with a buffer
 }
 
-TEST_F(SkydomeTest, LightingIsOnAfterwardsWhateverItWas) {
+TEST_F(SkydomeTest, LightingIsOnAfterwardsEvenIfItWasOff) {
     ASSERT_FALSE(RVLIGHT::getLighting());
     render();
     EXPECT_TRUE(RVLIGHT::getLighting());
@@ -247,12 +222,12 @@ TEST_F(SkydomeTest, LoadsTheMatrixOfItsEntryAndNoneForNull) {
     EXPECT_TRUE(render(&entry).haveInOrder(
         {{"glLoadMatrixf", 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1},
          {"glTranslatef", 0, 0, 0},
-         {"glDrawElements", GL_TRIANGLE_STRIP, 300, GL_UNSIGNED_SHORT, 0}}));
-    start();
+         strip}));
+    startFrame();
     EXPECT_FALSE(render().contains("glLoadMatrixf"));
 }
 
-TEST_F(SkydomeTest, WithoutACameraTheViewOfTheLastOneCounts) {
+TEST_F(SkydomeTest, WithoutACameraTheViewOfTheLastOneIsUsed) {
     {
         RVCAMERA camera;
         camera.setPosition(7, 8, 9);
@@ -262,30 +237,25 @@ TEST_F(SkydomeTest, WithoutACameraTheViewOfTheLastOneCounts) {
     EXPECT_TRUE(render().contains(Call("glTranslatef", 7, 8, 9)));
 }
 
-TEST_F(SkydomeTest, ArraysThatOthersLeftOnAreNotRead) {
+TEST_F(SkydomeTest, ArraysThatOtherNodesEnabledAreNotRead) {
     RVOPENGL::normalArrayOn();
     RVOPENGL::colorArrayOn();
-    EXPECT_TRUE(
-        render().haveInOrder({{"glDisableClientState", GL_NORMAL_ARRAY},
-                              {"glDisableClientState", GL_COLOR_ARRAY},
-                              {"glDrawElements", GL_TRIANGLE_STRIP, 300, GL_UNSIGNED_SHORT, 0}}));
+    EXPECT_TRUE(render().haveInOrder({{"glDisableClientState", GL_NORMAL_ARRAY},
+                                      {"glDisableClientState", GL_COLOR_ARRAY},
+                                      strip}));
 }
 
-TEST_F(SkydomeTest, RaisesNoErrorByAnIndexPointer) {
-    EXPECT_FALSE(render().contains("glIndexPointer"));
-}
-
-TEST_F(SkydomeTest, WithoutATextureNothingIsDrawnAndSaidOnce) {
+TEST_F(SkydomeTest, WithoutATextureNothingIsDrawnAndLoggedOnce) {
     RVSKYDOME *bare = new RVSKYDOME;
-    markLog();
-    EXPECT_TRUE(callsOf([&] { EXPECT_FALSE(bare->render(nullptr)); }).empty());
-    EXPECT_LOGGED_EXACTLY(nothingDrawn);
-    EXPECT_FALSE(bare->render(nullptr));
-    EXPECT_NOTHING_LOGGED();
+    const auto expectNothingDrawn = [&](const char *line) {
+        markLog();
+        EXPECT_TRUE(callsOf([&] { EXPECT_FALSE(bare->render(nullptr)); }).empty());
+        EXPECT_LOGGED_EXACTLY(line);
+    };
+    expectNothingDrawn(nothingDrawn);
+    expectNothingDrawn("");
     EXPECT_FALSE(bare->loadTexture("gone.tga")); // makes a material, without a texture
-    markLog();
-    EXPECT_TRUE(callsOf([&] { EXPECT_FALSE(bare->render(nullptr)); }).empty());
-    EXPECT_NOTHING_LOGGED();
+    expectNothingDrawn("");
     EXPECT_TRUE(bare->loadTexture("sky.tga"));
     EXPECT_TRUE(bare->render(nullptr));
 }
@@ -301,16 +271,16 @@ TEST_F(SkydomeTest, DeletedTextureOrMaterialIsNotDrawn) {
     EXPECT_TRUE(sky->render(nullptr));
 }
 
-class SkydomeWithoutBuffers : public SkydomeTest {
-  protected:
-    void SetUp() override {
-        SilentEngineTest::SetUp();
-        writeFile("sky.tga", plainTga(4, 4));
-    }
-
-    void expectNothingDrawn() {
-        ASSERT_TRUE(restart());
+TEST_F(SkydomeTest, WithoutItsBuffersNothingIsDrawn) {
+    const char *const outOfMemory = "";
+    for (const char *name :
+         {"glGenBuffersARB", "glBindBufferARB", "glBufferDataARB", outOfMemory}) {
+        SCOPED_TRACE(name);
+        restartWithout(name);
+        if (name == outOfMemory)
+            recorder.failAllocation(175 * 20, 0, 1); // the vertices
         Calls calls = callsOf([&] { sky = new RVSKYDOME; });
+        recorder.allocationsWork();
         EXPECT_FALSE(calls.contains("glBufferDataARB"));
         ASSERT_TRUE(sky->loadTexture("sky.tga"));
         markLog();
@@ -320,28 +290,7 @@ class SkydomeWithoutBuffers : public SkydomeTest {
         });
         EXPECT_TRUE(calls.empty()) << calls.text();
         EXPECT_LOGGED_EXACTLY(nothingDrawn);
-        delete sky;
     }
-};
-
-TEST_F(SkydomeWithoutBuffers, NothingIsDrawnWhereAFunctionIsMissing) {
-    for (const char *name : {"glGenBuffersARB", "glBindBufferARB", "glBufferDataARB"}) {
-        SCOPED_TRACE(name);
-        recorder.reset();
-        recorder.silent();
-        recorder.nullEntryPoint(name);
-        expectNothingDrawn();
-    }
-}
-
-TEST_F(SkydomeWithoutBuffers, NothingIsDrawnWhereMemoryRunsOut) {
-    recorder.failAllocation(175 * 20, 0, 1); // the vertices
-    sky = new RVSKYDOME;
-    recorder.allocationsWork();
-    ASSERT_TRUE(sky->loadTexture("sky.tga"));
-    markLog();
-    EXPECT_FALSE(sky->render(nullptr));
-    EXPECT_LOGGED_EXACTLY(nothingDrawn);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// Materials as records, slots and a registry: all that needs no OpenGL.
+// Materials as records, slots and a registry: everything that needs no OpenGL.
 
 #include "ravolt/RVMATERIAL.h"
 
@@ -17,9 +17,20 @@ namespace ravolt::test {
 
 namespace {
 
-bool isColor(const Z3MVECTOR4D &color, float red, float green, float blue, float alpha) {
-    return color.x == red && color.y == green && color.z == blue && color.w == alpha;
-}
+struct ColorAccess {
+    const char *name;
+    void (RVMATERIAL::*setVector)(const Z3MVECTOR4D &);
+    void (RVMATERIAL::*setNumbers)(float, float, float, float);
+    Z3MVECTOR4D (RVMATERIAL::*get)() const;
+    float byDefault; // red, green and blue
+};
+const ColorAccess colors[] = {
+    {"ambient", &RVMATERIAL::setAmbient, &RVMATERIAL::setAmbient, &RVMATERIAL::getAmbient, 0.2f},
+    {"diffuse", &RVMATERIAL::setDiffuse, &RVMATERIAL::setDiffuse, &RVMATERIAL::getDiffuse, 0.6f},
+    {"specular", &RVMATERIAL::setSpecular, &RVMATERIAL::setSpecular, &RVMATERIAL::getSpecular,
+     0.2f},
+    {"emission", &RVMATERIAL::setEmission, &RVMATERIAL::setEmission, &RVMATERIAL::getEmission, 0},
+};
 
 class Material : public testing::Test {
   protected:
@@ -30,6 +41,17 @@ class Material : public testing::Test {
         RVSHADER::cleanUp();
     }
 
+    // The colour number `index` (from 0) in a material whose colours differ.
+    static Z3MVECTOR4D distinct(float index) { return {index + 0.1f, 0.2f, 0.3f, 0.4f}; }
+    static void setDistinctColors(RVMATERIAL &target, float first) {
+        for (const ColorAccess &color : colors)
+            (target.*color.setVector)(distinct(first++));
+    }
+    static void expectDistinctColors(const RVMATERIAL &target, float first) {
+        for (const ColorAccess &color : colors)
+            EXPECT_TRUE((target.*color.get)() == distinct(first++)) << color.name;
+    }
+
     RVMATERIAL &material; // the registry's
 };
 
@@ -37,10 +59,10 @@ TEST_F(Material, NewMaterialIsGreyOpaqueAndUntextured) {
     EXPECT_EQ(material.getName(), "[material " + std::to_string(material.getId()) + "]");
     EXPECT_EQ(material.getTimeStamp(), 0);
     EXPECT_EQ(material.getReferences(), 0);
-    EXPECT_TRUE(isColor(material.getAmbient(), 0.2f, 0.2f, 0.2f, 1.0f));
-    EXPECT_TRUE(isColor(material.getDiffuse(), 0.6f, 0.6f, 0.6f, 1.0f));
-    EXPECT_TRUE(isColor(material.getSpecular(), 0.2f, 0.2f, 0.2f, 1.0f));
-    EXPECT_TRUE(isColor(material.getEmission(), 0.0f, 0.0f, 0.0f, 1.0f));
+    for (const ColorAccess &color : colors) {
+        const float grey = color.byDefault;
+        EXPECT_TRUE((material.*color.get)() == Z3MVECTOR4D(grey, grey, grey, 1)) << color.name;
+    }
     EXPECT_EQ(material.getTransparency(), 1.0f);
     EXPECT_EQ(material.getShininess(), 0.0f);
     for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot)
@@ -52,23 +74,12 @@ TEST_F(Material, NewMaterialIsGreyOpaqueAndUntextured) {
 }
 
 TEST_F(Material, SettersStore) {
-    const Z3MVECTOR4D color(0.1f, 0.2f, 0.3f, 0.4f);
-    material.setAmbient(color);
-    EXPECT_TRUE(isColor(material.getAmbient(), 0.1f, 0.2f, 0.3f, 0.4f));
-    material.setAmbient(0.5f, 0.6f, 0.7f, 0.8f);
-    EXPECT_TRUE(isColor(material.getAmbient(), 0.5f, 0.6f, 0.7f, 0.8f));
-    material.setDiffuse(color);
-    EXPECT_TRUE(isColor(material.getDiffuse(), 0.1f, 0.2f, 0.3f, 0.4f));
-    material.setDiffuse(0.9f, 0.6f, 0.7f, 0.8f);
-    EXPECT_TRUE(isColor(material.getDiffuse(), 0.9f, 0.6f, 0.7f, 0.8f));
-    material.setSpecular(color);
-    EXPECT_TRUE(isColor(material.getSpecular(), 0.1f, 0.2f, 0.3f, 0.4f));
-    material.setSpecular(0.5f, 0.9f, 0.7f, 0.8f);
-    EXPECT_TRUE(isColor(material.getSpecular(), 0.5f, 0.9f, 0.7f, 0.8f));
-    material.setEmission(color);
-    EXPECT_TRUE(isColor(material.getEmission(), 0.1f, 0.2f, 0.3f, 0.4f));
-    material.setEmission(0.5f, 0.6f, 0.9f, 0.8f);
-    EXPECT_TRUE(isColor(material.getEmission(), 0.5f, 0.6f, 0.9f, 0.8f));
+    setDistinctColors(material, 0);
+    expectDistinctColors(material, 0);
+    float number = 5;
+    for (const ColorAccess &color : colors)
+        (material.*color.setNumbers)(number++ + 0.1f, 0.2f, 0.3f, 0.4f);
+    expectDistinctColors(material, 5);
     material.setShininess(33.0f);
     EXPECT_EQ(material.getShininess(), 33.0f);
     material.setSkinning(true);
@@ -84,57 +95,36 @@ TEST_F(Material, SettersStore) {
 }
 
 TEST_F(Material, OnlyATransparencyOfExactlyOneIsOpaque) {
-    for (const float transparency : {0.999f, 0.0f, 1.001f, -1.0f}) {
+    for (const float transparency : {0.999f, 0.0f, 1.001f, -1.0f, 1.0f}) {
         material.setTransparency(transparency);
         EXPECT_EQ(material.getTransparency(), transparency);
-        EXPECT_TRUE(material.isTransparent());
+        EXPECT_EQ(material.isTransparent(), transparency != 1.0f);
     }
-    material.setTransparency(1.0f);
-    EXPECT_FALSE(material.isTransparent());
 }
 
 TEST_F(Material, SlotsCountReferences) {
     RVTEXTURE *a = new RVTEXTURE, *b = new RVTEXTURE;
-    EXPECT_TRUE(material.setTexture(0, a));
-    EXPECT_TRUE(material.setTexture(15, a));
-    EXPECT_EQ(a->getReferences(), 2);
-    EXPECT_EQ(material.getTexture(15), a);
-    EXPECT_TRUE(material.setTexture(0, b));
-    EXPECT_EQ(a->getReferences(), 1);
-    EXPECT_EQ(b->getReferences(), 1);
-    EXPECT_TRUE(material.setTexture(0, b));
-    EXPECT_EQ(b->getReferences(), 1);
-    EXPECT_TRUE(material.setTexture(0, nullptr));
-    EXPECT_EQ(b->getReferences(), 0);
-    EXPECT_EQ(material.getTexture(0), nullptr);
-    EXPECT_TRUE(material.setTexture(0, nullptr));
+    const struct {
+        unsigned int slot;
+        RVTEXTURE *texture;
+        int referencesOfA, referencesOfB;
+    } steps[] = {{0, a, 1, 0},       {15, a, 2, 0},      {0, b, 1, 1}, {0, b, 1, 1},
+                 {0, nullptr, 1, 0}, {0, nullptr, 1, 0}, {3, b, 1, 1}};
+    for (const auto &step : steps) {
+        EXPECT_TRUE(material.setTexture(step.slot, step.texture));
+        EXPECT_EQ(material.getTexture(step.slot), step.texture);
+        EXPECT_EQ(a->getReferences(), step.referencesOfA);
+        EXPECT_EQ(b->getReferences(), step.referencesOfB);
+        EXPECT_EQ(material.isTextured(), material.getTexture(0) != nullptr); // by slot 0 alone
+    }
     EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(Material, BadSlotsAreRefused) {
-    RVTEXTURE *texture = new RVTEXTURE;
     for (const unsigned int slot : {16u, 17u, 0xffffffffu}) {
-        EXPECT_FALSE(material.setTexture(slot, texture));
+        EXPECT_FALSE(material.setTexture(slot, a));
         EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVMATERIAL::setTexture\n");
         EXPECT_EQ(material.getTexture(slot), nullptr);
     }
-    EXPECT_EQ(texture->getReferences(), 0);
-}
-
-TEST_F(Material, OnlySlot0MakesItTextured) {
-    RVTEXTURE *texture = new RVTEXTURE;
-    material.setTexture(3, texture);
-    EXPECT_FALSE(material.isTextured());
-    material.setTexture(0, texture);
-    EXPECT_TRUE(material.isTextured());
-}
-
-TEST_F(Material, DeletedMaterialLeavesItsTexturesReferences) {
-    RVTEXTURE *texture = new RVTEXTURE;
-    RVMATERIAL *second = new RVMATERIAL;
-    second->setTexture(0, texture);
-    delete second;
-    EXPECT_EQ(texture->getReferences(), 1);
+    delete &material; // does not release them
+    EXPECT_EQ(a->getReferences(), 1);
 }
 
 TEST_F(Material, SlotsOfADeletedTextureAreEmpty) {
@@ -144,7 +134,7 @@ TEST_F(Material, SlotsOfADeletedTextureAreEmpty) {
     material.setTexture(1, floor);
     material.setTexture(15, wall);
     other->setTexture(3, wall);
-    other->setTexture(3, floor); // no more
+    other->setTexture(3, floor); // replaces it
     other->setTexture(7, wall);
     twin->clone(&material);
     delete wall;
@@ -156,7 +146,7 @@ TEST_F(Material, SlotsOfADeletedTextureAreEmpty) {
     EXPECT_FALSE(material.isTextured());
     EXPECT_EQ(floor->getReferences(), 2);
 
-    RVTEXTURE *const next = new RVTEXTURE; // perhaps where the first one was
+    RVTEXTURE *const next = new RVTEXTURE; // perhaps at the first one's address
     EXPECT_EQ(material.getTexture(0), nullptr);
     material.setTexture(0, next);
     EXPECT_EQ(next->getReferences(), 1);
@@ -168,8 +158,8 @@ TEST_F(Material, SlotsOfADeletedTextureAreEmpty) {
     EXPECT_NOT_LOGGED("   [!] Invalid params @ RVMATERIAL::setTexture");
 }
 
-// The collector takes what nothing counts as its own, and a clone counts nothing.
-TEST_F(Material, SlotsOfACloneAreEmptyWhenTheCollectorTakesTheirTexture) {
+// The collector deletes textures without references, and a clone adds none.
+TEST_F(Material, SlotsOfACloneAreEmptyWhenTheCollectorDeletesTheirTexture) {
     RVTEXTURE *const wall = new RVTEXTURE;
     RVMATERIAL *const twin = new RVMATERIAL;
     material.setTexture(2, wall);
@@ -181,7 +171,7 @@ TEST_F(Material, SlotsOfACloneAreEmptyWhenTheCollectorTakesTheirTexture) {
     EXPECT_EQ(twin->getTexture(2), nullptr);
 }
 
-TEST_F(Material, ADeletedProgramIsExplicitNoMore) {
+TEST_F(Material, DeletedProgramIsNotExplicitAnyLonger) {
     RVSHADER *const glow = new RVSHADER, *const glass = new RVSHADER;
     RVMATERIAL *const other = new RVMATERIAL, *const twin = new RVMATERIAL;
     material.setShader(glow);
@@ -224,14 +214,11 @@ TEST_F(Material, ManyTexturesWithTheirMaterialsAreDeletedInLinearTime) {
     }
 }
 
-TEST_F(Material, CloneTakesTheSurfaceAndNoReferences) {
+TEST_F(Material, CloneCopiesTheSurfaceAndAddsNoReferences) {
     RVTEXTURE *texture = new RVTEXTURE;
     RVMATERIAL *source = new RVMATERIAL;
     source->setName("stone");
-    source->setAmbient(1, 2, 3, 4);
-    source->setDiffuse(2, 3, 4, 5);
-    source->setSpecular(3, 4, 5, 6);
-    source->setEmission(4, 5, 6, 7);
+    setDistinctColors(*source, 0);
     source->setTransparency(0.25f);
     source->setShininess(9);
     source->setTexture(7, texture);
@@ -240,10 +227,7 @@ TEST_F(Material, CloneTakesTheSurfaceAndNoReferences) {
     source->incReferences();
     material.clone(source);
     EXPECT_EQ(material.getName(), "stone" + std::to_string(material.getId()));
-    EXPECT_TRUE(isColor(material.getAmbient(), 1, 2, 3, 4));
-    EXPECT_TRUE(isColor(material.getDiffuse(), 2, 3, 4, 5));
-    EXPECT_TRUE(isColor(material.getSpecular(), 3, 4, 5, 6));
-    EXPECT_TRUE(isColor(material.getEmission(), 4, 5, 6, 7));
+    expectDistinctColors(material, 0);
     EXPECT_EQ(material.getTransparency(), 0.25f);
     EXPECT_EQ(material.getShininess(), 9.0f);
     EXPECT_EQ(material.getTexture(7), texture);
@@ -253,15 +237,12 @@ TEST_F(Material, CloneTakesTheSurfaceAndNoReferences) {
     EXPECT_EQ(material.getReferences(), 0);
 }
 
-TEST_F(Material, CloneOfNothingOrOfItself) {
+TEST_F(Material, ClonesNamesAreCutAtTheirLengthAndNullChangesNothing) {
     const std::string name = material.getName();
     material.clone(nullptr);
     EXPECT_EQ(material.getName(), name);
     material.clone(&material);
     EXPECT_EQ(material.getName(), name + std::to_string(material.getId()));
-}
-
-TEST_F(Material, CloneOfALongNameIsCut) {
     RVMATERIAL *source = new RVMATERIAL;
     source->setName(std::string(255, 'n').c_str());
     material.clone(source);

@@ -1,4 +1,4 @@
-// Textures as OpenGL holds them.
+// Textures as OpenGL reports them.
 
 #include "ravolt/RVTEXTURE.h"
 
@@ -7,6 +7,8 @@
 #include "ravolt/RVSHADER.h"
 #include "tests/resources/tgaFiles.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/glObjects.h"
+#include "tests/support/glState.h"
 
 #include <gtest/gtest.h>
 
@@ -18,11 +20,11 @@ class Texture : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        RVTEXTURE::texturingOff(RV_TEXTURE_UNITS); // what an earlier context left in the cache
+        RVTEXTURE::texturingOff(RV_TEXTURE_UNITS); // what an earlier context stored in the cache
         glPixelStorei(GL_PACK_ALIGNMENT, 1);
     }
 
-    // A texture with these pixels, uploaded from a copy of its own.
+    // A texture with these pixels, uploaded from a copy of its own and bound.
     RVTEXTURE *makeTexture(unsigned int sizeX, unsigned int sizeY, unsigned int depth,
                            const Bytes &pixels, bool mipmap) {
         RVTEXTURE *texture = new RVTEXTURE;
@@ -30,6 +32,16 @@ class Texture : public EngineTest {
         EXPECT_TRUE(texture->create(sizeX, sizeY, depth));
         std::copy(pixels.begin(), pixels.end(), texture->getBitmap());
         EXPECT_TRUE(texture->update());
+        bind(texture);
+        return texture;
+    }
+
+    // A texture from a file, bound.
+    RVTEXTURE *loadTexture(const char *name, const Bytes &file, bool mipmap = false) {
+        writeFile(name, file);
+        RVTEXTURE *texture = new RVTEXTURE;
+        texture->setFilter(true, mipmap, false);
+        EXPECT_TRUE(texture->load(name));
         return texture;
     }
 
@@ -38,23 +50,10 @@ class Texture : public EngineTest {
         glBindTexture(GL_TEXTURE_2D, texture->getGLId());
     }
 
-    static GLint parameter(const RVTEXTURE *texture, GLenum name) {
-        bind(texture);
-        GLint value = 0;
-        glGetTexParameteriv(GL_TEXTURE_2D, name, &value);
-        return value;
-    }
-
-    static GLint levelParameter(const RVTEXTURE *texture, GLint level, GLenum name) {
-        bind(texture);
-        GLint value = 0;
-        glGetTexLevelParameteriv(GL_TEXTURE_2D, level, name, &value);
-        return value;
-    }
-
-    static Bytes levelPixels(const RVTEXTURE *texture, GLint level, unsigned int depth) {
-        const GLint texels = levelParameter(texture, level, GL_TEXTURE_WIDTH) *
-                             levelParameter(texture, level, GL_TEXTURE_HEIGHT);
+    // Of the bound texture.
+    static Bytes levelPixels(GLint level, unsigned int depth) {
+        const int texels =
+            textureLevel(GL_TEXTURE_WIDTH, level) * textureLevel(GL_TEXTURE_HEIGHT, level);
         Bytes pixels(static_cast<std::size_t>(texels) * depth);
         glGetTexImage(GL_TEXTURE_2D, level, depth == 3 ? GL_RGB : GL_RGBA, GL_UNSIGNED_BYTE,
                       pixels.data());
@@ -111,72 +110,57 @@ TEST_F(Texture, FilterAndWrapAreAsSet) {
     RVTEXTURE *texture = makeTexture(4, 4, 3, Bytes(48), false);
     for (const Row &row : rows) {
         texture->setFilter(row.linear, row.mipmap, row.clamp);
-        EXPECT_EQ(parameter(texture, GL_TEXTURE_MAG_FILTER), row.magnification);
-        EXPECT_EQ(parameter(texture, GL_TEXTURE_MIN_FILTER), row.minification);
-        EXPECT_EQ(parameter(texture, GL_TEXTURE_WRAP_S), row.wrap);
-        EXPECT_EQ(parameter(texture, GL_TEXTURE_WRAP_T), row.wrap);
-        EXPECT_EQ(levelParameter(texture, 1, GL_TEXTURE_WIDTH), row.mipmap ? 2 : 0);
+        bind(texture);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_MAG_FILTER), row.magnification);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_MIN_FILTER), row.minification);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_WRAP_S), row.wrap);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_WRAP_T), row.wrap);
+        EXPECT_EQ(textureLevel(GL_TEXTURE_WIDTH, 1), row.mipmap ? 2 : 0);
     }
 }
 
-TEST_F(Texture, AnisotropyIsTheDriversLargest) {
+TEST_F(Texture, AnisotropyIsTheDriversMaximum) {
     ASSERT_TRUE(RVOPENGL::useAnisotropic());
-    const RVTEXTURE *texture = makeTexture(2, 2, 4, Bytes(16), false);
-    bind(texture);
-    GLfloat level = 0, largest = 0;
+    makeTexture(2, 2, 4, Bytes(16), false);
+    GLfloat level = 0, maximum = 0;
     glGetTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, &level);
-    glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &largest);
-    EXPECT_EQ(level, largest);
-    EXPECT_EQ(RVOPENGL::getAnisotropicLevel(), largest);
+    glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &maximum);
+    EXPECT_EQ(level, maximum);
+    EXPECT_EQ(RVOPENGL::getAnisotropicLevel(), maximum);
 }
 
-TEST_F(Texture, PixelsArriveByteForByte) {
-    // Rows of 15 and 20 bytes: they are not padded.
-    for (const unsigned int depth : {3u, 4u}) {
-        const Bytes pixels = pattern(5 * 3 * depth);
-        const RVTEXTURE *texture = makeTexture(5, 3, depth, pixels, false);
-        EXPECT_EQ(levelPixels(texture, 0, depth), pixels);
-    }
-}
-
-TEST_F(Texture, LoadedFileArrives) {
-    writeFile("two.tga", tgaHeader(plainType, 1, 2, 24, 32) + Bytes{3, 2, 1, 6, 5, 4});
-    RVTEXTURE *texture = new RVTEXTURE;
-    texture->setFilter(true, false, false);
-    ASSERT_TRUE(texture->load("two.tga"));
+TEST_F(Texture, LoadedFileIsUploadedFromItsLastRow) {
+    RVTEXTURE *texture =
+        loadTexture("two.tga", tgaHeader(plainType, 1, 2, 24, 32) + Bytes{3, 2, 1, 6, 5, 4});
     ASSERT_TRUE(texture->render(nullptr));
-    // The file's top row is OpenGL's last one.
-    EXPECT_EQ(levelPixels(texture, 0, 3), (Bytes{4, 5, 6, 1, 2, 3}));
+    EXPECT_EQ(levelPixels(0, 3), (Bytes{4, 5, 6, 1, 2, 3}));
 }
 
 TEST_F(Texture, ChainOfASquareIsTheMeanOfEachLevelAbove) {
     for (const unsigned int depth : {3u, 4u}) {
         const unsigned int size = 32;
         Bytes wanted = pattern(size * size * depth);
-        const RVTEXTURE *texture = makeTexture(size, size, depth, wanted, true);
-        EXPECT_EQ(levelPixels(texture, 0, depth), wanted);
+        const Bytes pixels = wanted;
+        RVTEXTURE *texture = makeTexture(size, size, depth, wanted, true);
+        EXPECT_EQ(levelPixels(0, depth), wanted);
         GLint level = 1;
         for (unsigned int edge = size; edge > 1; edge /= 2, ++level) {
             wanted = halvedImage(wanted, edge, depth);
-            EXPECT_EQ(levelPixels(texture, level, depth), wanted) << level;
+            EXPECT_EQ(levelPixels(level, depth), wanted) << level;
         }
         EXPECT_EQ(level, 6);
-        EXPECT_EQ(levelParameter(texture, level, GL_TEXTURE_WIDTH), 0);
-        // The last level stands where the image began.
+        EXPECT_EQ(textureLevel(GL_TEXTURE_WIDTH, level), 0);
+        // The levels are computed in the texture's own pixels, which a second upload shows.
         EXPECT_EQ(wanted, Bytes(texture->getBitmap(), texture->getBitmap() + depth));
+        texture->setFilter(true, false, false);
+        bind(texture);
+        const Bytes second = levelPixels(0, depth);
+        EXPECT_EQ(wanted, Bytes(second.begin(), second.begin() + depth));
+        EXPECT_EQ(Bytes(pixels.end() - 3, pixels.end()), Bytes(second.end() - 3, second.end()));
     }
 }
 
-TEST_F(Texture, SecondUploadOfAMipmappedTextureShowsTheSpoiledPixels) {
-    const Bytes pixels = pattern(8 * 8 * 3);
-    RVTEXTURE *texture = makeTexture(8, 8, 3, pixels, true);
-    const Bytes last = levelPixels(texture, 3, 3);
-    texture->setFilter(true, false, false);
-    const Bytes spoiled = levelPixels(texture, 0, 3);
-    EXPECT_EQ(last, Bytes(spoiled.begin(), spoiled.begin() + 3));
-    EXPECT_EQ(Bytes(pixels.end() - 3, pixels.end()), Bytes(spoiled.end() - 3, spoiled.end()));
-}
-
+// Rows of 15 and 20 bytes are not padded.
 TEST_F(Texture, ChainsOfOtherShapesStayInsideTheirPixels) {
     const unsigned int shapes[][2] = {{1, 1},  {1, 64}, {64, 1}, {2, 64}, {64, 2},
                                       {7, 7},  {5, 3},  {3, 5},  {1, 7},  {7, 1},
@@ -184,78 +168,60 @@ TEST_F(Texture, ChainsOfOtherShapesStayInsideTheirPixels) {
     for (const auto &shape : shapes)
         for (const unsigned int depth : {3u, 4u}) {
             const Bytes pixels = pattern(std::size_t(shape[0]) * shape[1] * depth);
-            const RVTEXTURE *texture = makeTexture(shape[0], shape[1], depth, pixels, true);
-            EXPECT_EQ(levelPixels(texture, 0, depth), pixels) << shape[0] << "x" << shape[1];
+            makeTexture(shape[0], shape[1], depth, pixels, true);
+            EXPECT_EQ(levelPixels(0, depth), pixels) << shape[0] << "x" << shape[1];
         }
 }
 
-TEST_F(Texture, ModifyReplacesTheImageAndLeavesTheLevels) {
+TEST_F(Texture, ModifyReplacesTheImageButNotTheLevels) {
     for (const unsigned int depth : {3u, 4u}) {
         RVTEXTURE *texture = makeTexture(4, 4, depth, pattern(16 * depth), true);
-        const Bytes first = levelPixels(texture, 1, depth);
+        const Bytes first = levelPixels(1, depth);
         const Bytes pixels = repeated(16 * depth, {7});
         EXPECT_TRUE(texture->modify(reinterpret_cast<const char *>(pixels.data()), false));
-        EXPECT_EQ(levelPixels(texture, 0, depth), pixels);
-        EXPECT_EQ(levelPixels(texture, 1, depth), first);
+        EXPECT_EQ(levelPixels(0, depth), pixels);
+        EXPECT_EQ(levelPixels(1, depth), first);
     }
-}
-
-TEST_F(Texture, SecondKeepUploads) {
-    RVTEXTURE *texture = makeTexture(2, 2, 3, Bytes(12), false);
-    texture->unload(true);
-    texture->modify("aaaaaaaaaaaa", true);
-    ASSERT_TRUE(texture->reload());
-    const char *pixels = "abcdefghijkl";
-    EXPECT_TRUE(texture->modify(pixels, true));
-    const Bytes wanted(pixels, pixels + 12);
-    EXPECT_EQ(levelPixels(texture, 0, 3), wanted);
-    EXPECT_EQ(wanted, Bytes(texture->getBitmap(), texture->getBitmap() + 12));
-}
-
-TEST_F(Texture, ShadowMapIsADepthTextureThatCompares) {
-    RVTEXTURE *texture = new RVTEXTURE;
-    texture->setFilter(true, false, true);
-    ASSERT_TRUE(texture->create(64, 32, 5));
-    EXPECT_EQ(levelParameter(texture, 0, GL_TEXTURE_WIDTH), 64);
-    EXPECT_EQ(levelParameter(texture, 0, GL_TEXTURE_HEIGHT), 32);
-    EXPECT_GT(levelParameter(texture, 0, GL_TEXTURE_DEPTH_SIZE), 0);
-    EXPECT_EQ(parameter(texture, GL_TEXTURE_COMPARE_MODE), GL_COMPARE_R_TO_TEXTURE);
-    EXPECT_EQ(parameter(texture, GL_TEXTURE_COMPARE_FUNC), GL_LEQUAL);
-    EXPECT_EQ(parameter(texture, GL_TEXTURE_MAX_ANISOTROPY_EXT), 1);
-    EXPECT_EQ(texture->getBitmap(), nullptr);
-}
-
-TEST_F(Texture, FloatTargetHasHalfFloatsAndNoLevelsOfItsOwn) {
-    RVTEXTURE *texture = new RVTEXTURE;
-    ASSERT_TRUE(texture->create(64, 32, 6));
-    EXPECT_EQ(levelParameter(texture, 0, GL_TEXTURE_WIDTH), 64);
-    EXPECT_EQ(levelParameter(texture, 0, GL_TEXTURE_HEIGHT), 32);
-    EXPECT_EQ(levelParameter(texture, 0, GL_TEXTURE_INTERNAL_FORMAT), GL_RGBA16F_ARB);
-    EXPECT_EQ(levelParameter(texture, 1, GL_TEXTURE_WIDTH), 0);
-    EXPECT_EQ(parameter(texture, GL_TEXTURE_MIN_FILTER), GL_LINEAR_MIPMAP_LINEAR);
-    EXPECT_EQ(parameter(texture, GL_TEXTURE_COMPARE_MODE), GL_NONE);
-    EXPECT_EQ(parameter(texture, GL_TEXTURE_MAX_ANISOTROPY_EXT), 1);
-    EXPECT_EQ(texture->getBitmap(), nullptr);
 }
 
 TEST_F(Texture, CreatedTextureIsBlack) {
     RVTEXTURE *texture = new RVTEXTURE;
     ASSERT_TRUE(texture->create(4, 4, 4));
-    EXPECT_EQ(levelPixels(texture, 0, 4), Bytes(64));
+    bind(texture);
+    EXPECT_EQ(levelPixels(0, 4), Bytes(64));
 }
 
-TEST_F(Texture, AllUnitsThatTheDriverHasAreEnabled) {
-    RVTEXTURE::texturingOn(RV_TEXTURE_UNITS);
-    GLint units = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
-    for (GLint unit = 0; unit < units && unit < 16; ++unit) {
-        RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + static_cast<GLenum>(unit));
-        EXPECT_TRUE(glIsEnabled(GL_TEXTURE_2D)) << unit;
+TEST_F(Texture, ShadowMapsCompareAndFloatTargetsHaveHalfFloats) {
+    for (const bool shadowMap : {true, false}) {
+        RVTEXTURE *texture = new RVTEXTURE;
+        texture->setFilter(true, !shadowMap, true);
+        ASSERT_TRUE(texture->create(64, 32, shadowMap ? 5 : 6));
+        bind(texture);
+        EXPECT_EQ(texture->getBitmap(), nullptr);
+        EXPECT_EQ(textureLevel(GL_TEXTURE_WIDTH), 64);
+        EXPECT_EQ(textureLevel(GL_TEXTURE_HEIGHT), 32);
+        EXPECT_EQ(textureLevel(GL_TEXTURE_WIDTH, 1), 0) << "no levels of its own";
+        EXPECT_EQ(textureParameter(GL_TEXTURE_MAX_ANISOTROPY_EXT), 1);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_COMPARE_MODE),
+                  shadowMap ? GL_COMPARE_R_TO_TEXTURE : GL_NONE);
+        if (shadowMap) {
+            EXPECT_GT(textureLevel(GL_TEXTURE_DEPTH_SIZE), 0);
+            EXPECT_EQ(textureParameter(GL_TEXTURE_COMPARE_FUNC), GL_LEQUAL);
+        } else {
+            EXPECT_EQ(textureLevel(GL_TEXTURE_INTERNAL_FORMAT), GL_RGBA16F_ARB);
+            EXPECT_EQ(textureParameter(GL_TEXTURE_MIN_FILTER), GL_LINEAR_MIPMAP_LINEAR);
+        }
     }
-    RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
-    for (GLint unit = 0; unit < units && unit < 16; ++unit) {
-        RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + static_cast<GLenum>(unit));
-        EXPECT_FALSE(glIsEnabled(GL_TEXTURE_2D)) << unit;
+}
+
+TEST_F(Texture, AllUnitsOfTheDriverAreSwitched) {
+    const int units = std::min(integerOf(GL_MAX_TEXTURE_UNITS), 16);
+    for (const bool on : {true, false}) {
+        (on ? RVTEXTURE::texturingOn : RVTEXTURE::texturingOff)(RV_TEXTURE_UNITS);
+        for (int unit = 0; unit < units; ++unit) {
+            RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + static_cast<GLenum>(unit));
+            EXPECT_EQ(glIsEnabled(GL_TEXTURE_2D), on) << unit;
+        }
     }
     drainKnownErrors();
 }
@@ -264,75 +230,51 @@ TEST_F(Texture, RenderBindsOnItsUnit) {
     RVTEXTURE *texture = makeTexture(1, 1, 3, {1, 2, 3}, false);
     unsigned int unit = 2;
     texture->render(&unit);
-    GLint active = 0, bound = 0;
-    glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
-    glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
-    EXPECT_EQ(active, GL_TEXTURE2);
-    EXPECT_EQ(bound, static_cast<GLint>(texture->getGLId()));
+    EXPECT_EQ(integerOf(GL_ACTIVE_TEXTURE), GL_TEXTURE2);
+    EXPECT_EQ(integerOf(GL_TEXTURE_BINDING_2D), static_cast<GLint>(texture->getGLId()));
     EXPECT_TRUE(glIsEnabled(GL_TEXTURE_2D));
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
 }
 
-TEST_F(Texture, ThrownOutTextureIsSeenAgain) {
-    writeFile("red.tga", plainTga(4, 4, 200, 10, 30));
-    writeFile("big.tga", plainTga(64, 64, 20, 100, 30));
-    RVTEXTURE *red = new RVTEXTURE, *big = new RVTEXTURE;
+TEST_F(Texture, EvictedTextureIsReloadedWhenItIsDrawn) {
+    RVTEXTURE *red = loadTexture("red.tga", plainTga(4, 4, 200, 10, 30), true),
+              *big = loadTexture("big.tga", plainTga(64, 64, 20, 100, 30), true);
     for (RVTEXTURE *texture : {red, big})
         texture->incReferences();
-    ASSERT_TRUE(red->load("red.tga"));
-    ASSERT_TRUE(big->load("big.tga"));
-    const Pixel before = drawn(red);
-    EXPECT_NEAR(before.red, 200, 1);
+    EXPECT_PIXEL(drawn(red), (Pixel{200, 10, 30}), 1);
     RAVOLT::begin3D(nullptr); // the next stamp
     leaveFree(0);
-    const Pixel green = drawn(big);
-    EXPECT_NEAR(green.green, 100, 1);
+    EXPECT_PIXEL(drawn(big), (Pixel{20, 100, 30}), 1);
     EXPECT_FALSE(red->isLoaded());
     EXPECT_LOGGED("[BEGIN GARBAGE COLLECTOR]");
     EXPECT_LOGGED("   red.tga unloaded");
     RAVOLT::begin3D(nullptr);
-    const Pixel after = drawn(red);
+    EXPECT_PIXEL(drawn(red), (Pixel{200, 10, 30}), 1);
     EXPECT_TRUE(red->isLoaded());
-    EXPECT_NEAR(after.red, before.red, 1);
-    EXPECT_NEAR(after.green, before.green, 1);
-    EXPECT_NEAR(after.blue, before.blue, 1);
 }
 
-TEST_F(Texture, CollectorDoesNotTakeThePixelsThatItMakesRoomFor) {
+TEST_F(Texture, CollectorDoesNotFreeThePixelsThatAreBeingUploaded) {
     Bytes pixels = pattern(16 * 16 * 3);
-    writeFile("many.tga", tgaHeader(plainType, 16, 16, 24) + pixels);
+    RVTEXTURE *texture = loadTexture("many.tga", tgaHeader(plainType, 16, 16, 24) + pixels, true);
     for (std::size_t i = 0; i < pixels.size(); i += 3)
         std::swap(pixels[i], pixels[i + 2]);
-    RVTEXTURE *texture = new RVTEXTURE;
-    ASSERT_TRUE(texture->load("many.tga"));
     leaveFree(16 * 16 * 4 - 1);
     ASSERT_TRUE(texture->render(nullptr));
     EXPECT_LOGGED("[BEGIN GARBAGE COLLECTOR]");
     EXPECT_LOGGED("   many.tga unloaded");
-    EXPECT_EQ(levelPixels(texture, 0, 3), pixels);
-    EXPECT_EQ(levelPixels(texture, 1, 3), halvedImage(pixels, 16, 3));
+    EXPECT_EQ(levelPixels(0, 3), pixels);
+    EXPECT_EQ(levelPixels(1, 3), halvedImage(pixels, 16, 3));
 }
 
-TEST_F(Texture, BudgetStartsEmptyAndAnImageFillsIt) {
-    // 16 MB where the display reports none.
-    EXPECT_GE(RAVOLT::getVideoMemory(), 16u << 20);
+TEST_F(Texture, OtherHeaderIsUploadedAsBlackAndCounted) {
+    EXPECT_GE(RAVOLT::getVideoMemory(), 16u << 20); // where the display reports none
     const unsigned int used = RAVOLT::getUsedVideoMemory();
-    writeFile("wide.tga", tgaHeader(packedType, 4096, 1, 24) + repeated(32, {255, 1, 2, 3}));
-    RVTEXTURE *texture = new RVTEXTURE;
-    texture->setFilter(true, false, false);
-    ASSERT_TRUE(texture->load("wide.tga"));
-    ASSERT_TRUE(texture->render(nullptr));
-    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used + 4096 * 4);
-}
-
-TEST_F(Texture, OtherHeaderDrawsBlack) {
-    writeFile("other.tga", tgaHeader(3, 8, 8, 24) + Bytes(192, 255));
-    RVTEXTURE *texture = new RVTEXTURE;
-    ASSERT_TRUE(texture->load("other.tga"));
+    RVTEXTURE *texture = loadTexture("other.tga", tgaHeader(3, 8, 8, 24) + Bytes(192, 255));
     markLog();
     EXPECT_TRUE(texture->render(nullptr));
     EXPECT_NOTHING_LOGGED();
-    EXPECT_EQ(levelPixels(texture, 0, 3), Bytes(192));
+    EXPECT_EQ(levelPixels(0, 3), Bytes(192));
+    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used + 8 * 8 * 4);
 }
 
 // --- Units that the fixed-function pipeline does not have
@@ -357,14 +299,9 @@ class ShadedTexture : public Texture {
     }
 };
 
-TEST_F(ShadedTexture, AProgramReadsTheLastUnitAndTheFixedFunctionsGoOnBehindIt) {
-    GLint fixedUnits = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_UNITS, &fixedUnits);
-    ASSERT_LT(fixedUnits, RV_TEXTURE_UNITS);
-    Bytes green;
-    for (int pixel = 0; pixel < 4; ++pixel)
-        green.insert(green.end(), {0, 255, 0, 255});
-    RVTEXTURE *texture = makeTexture(2, 2, 4, green, false);
+TEST_F(ShadedTexture, AProgramReadsTheLastUnitAndTheFixedFunctionsDrawAfterIt) {
+    ASSERT_LT(integerOf(GL_MAX_TEXTURE_UNITS), RV_TEXTURE_UNITS);
+    RVTEXTURE *texture = makeTexture(2, 2, 4, repeated(4, {0, 255, 0, 255}), false);
     auto *program = new RVSHADER;
     ASSERT_TRUE(program->loadVertexShader("v", "void main() { gl_Position = ftransform(); }"));
     ASSERT_TRUE(program->loadPixelShader(

@@ -1,4 +1,4 @@
-// What textures count for in the video memory, and the collector.
+// The memory that textures are charged for, and the collector.
 
 #include "tests/engine/openGLAccess.h"
 #include "tests/resources/textureCalls.h"
@@ -9,61 +9,65 @@ namespace {
 
 // --- Budget
 
-TEST_F(TextureCalls, LoadUpdateUnloadBalances) {
-    const unsigned int used = RAVOLT::getUsedVideoMemory();
-    RVTEXTURE *texture = makeTexture("a.tga", 8);
-    EXPECT_EQ(usedMain(), 256);
+class TextureBudget : public TextureCalls {
+  protected:
+    void SetUp() override {
+        TextureCalls::SetUp();
+        used = RAVOLT::getUsedVideoMemory();
+        texture = makeTexture("a.tga", 8);
+    }
+
+    // What the texture is charged for in the video memory and in the main memory.
+    void expectCharged(int video, int main) const {
+        EXPECT_EQ(static_cast<int>(RAVOLT::getUsedVideoMemory() - used), video);
+        EXPECT_EQ(usedMain(), main);
+    }
+
+    unsigned int used = 0;
+    RVTEXTURE *texture = nullptr;
+};
+
+TEST_F(TextureBudget, LoadUpdateUnloadBalances) {
+    expectCharged(0, 256);
     for (int time = 0; time < 2; ++time) {
         texture->update();
-        EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used + 256);
+        expectCharged(256, 256);
     }
     texture->unload(false);
-    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used);
-    EXPECT_EQ(usedMain(), 256);
+    expectCharged(0, 256);
     texture->unload(true);
-    EXPECT_EQ(usedMain(), 0);
-    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used);
+    expectCharged(0, 0);
 }
 
-TEST_F(TextureCalls, MipmappedTextureCountsFourTimesAndUnloadTakesTwiceFromMainMemory) {
-    const unsigned int used = RAVOLT::getUsedVideoMemory();
-    RVTEXTURE *texture = makeTexture("a.tga", 8);
+TEST_F(TextureBudget, MipmappedTextureCountsFourTimesAndUnloadReleasesMainMemoryTwice) {
     texture->setFilter(true, true, false);
     for (int cycle = 1; cycle <= 2; ++cycle) {
         texture->update();
-        EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used + 1024);
+        expectCharged(1024, 512 - 256 * cycle);
         texture->unload(true);
-        EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used);
-        EXPECT_EQ(usedMain(), -256 * cycle);
+        expectCharged(0, -256 * cycle);
         texture->load("a.tga");
-        EXPECT_EQ(usedMain(), 256 - 256 * cycle);
+        expectCharged(0, 256 - 256 * cycle);
     }
 }
 
-TEST_F(TextureCalls, EachRepeatedUpdateOfAMipmappedTextureRaisesTheCount) {
-    const unsigned int used = RAVOLT::getUsedVideoMemory();
-    RVTEXTURE *texture = makeTexture("a.tga", 8);
+TEST_F(TextureBudget, EachRepeatedUpdateOfAMipmappedTextureRaisesTheCount) {
     texture->setFilter(true, true, false);
     texture->update();
-    texture->update(); // takes back 512, counts 1024 twice
-    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used + 1024 - 512 + 2048);
-    texture->update(); // takes back 1024, counts 2048 twice
-    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used + 2560 - 1024 + 4096);
+    texture->update(); // releases 512, counts 1024 twice
+    expectCharged(1024 - 512 + 2048, 256);
+    texture->update(); // releases 1024, counts 2048 twice
+    expectCharged(2560 - 1024 + 4096, 256);
     texture->unload(true);
-    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used + 5632 - 4096);
-    EXPECT_EQ(usedMain(), 256 - 2048);
-
-    const unsigned int drifted = RAVOLT::getUsedVideoMemory();
+    expectCharged(5632 - 4096, 256 - 2048);
     texture->load("a.tga"); // and the next cycle balances
     texture->update();
-    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), drifted + 1024);
+    expectCharged(1536 + 1024, 512 - 2048);
     texture->unload(true);
-    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), drifted);
+    EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used + 1536);
 }
 
-TEST_F(TextureCalls, FilterWithoutMipmapsLeavesHalfOfTheChainCounted) {
-    const unsigned int used = RAVOLT::getUsedVideoMemory();
-    RVTEXTURE *texture = makeTexture("a.tga", 8);
+TEST_F(TextureBudget, FilterWithoutMipmapsDoesNotReleaseHalfOfTheChain) {
     texture->setFilter(true, true, false);
     texture->update();
     texture->setFilter(true, false, false);
@@ -74,7 +78,7 @@ TEST_F(TextureCalls, FilterWithoutMipmapsLeavesHalfOfTheChainCounted) {
 
 // --- Collector
 
-// Without the textures of render targets, which would stand among the candidates.
+// Without the textures of render targets, which would be among the candidates.
 class TextureCollector : public TextureCalls {
   protected:
     void SetUp() override {
@@ -111,7 +115,7 @@ TEST_F(TextureCollector, WithoutMemoryItReports) {
     EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 64u);
 }
 
-TEST_F(TextureCollector, NewestGoFirst) {
+TEST_F(TextureCollector, EvictsTheNewestFirst) {
     makeThree();
     const unsigned int used = RAVOLT::getUsedVideoMemory();
     EXPECT_TRUE(RVTEXTURE::garbageCollect(0));
@@ -133,9 +137,9 @@ TEST_F(TextureCollector, NewestGoFirst) {
     }
 }
 
-TEST_F(TextureCollector, StopsUnloadingBelowWhatIsToBeKept) {
+TEST_F(TextureCollector, StopsBelowTheMemoryToKeep) {
     makeThree();
-    // At the bound itself one more goes.
+    // At the limit itself one more is evicted.
     EXPECT_TRUE(RVTEXTURE::garbageCollect(RAVOLT::getUsedVideoMemory() - 64));
     EXPECT_FALSE(b->isLoaded());
     EXPECT_FALSE(c->isLoaded());
@@ -163,8 +167,8 @@ TEST_F(TextureCollector, AboveTheUsedCountItOnlyDeletesTheDead) {
     EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used - 128);
 }
 
-// A chain asks for its first level alone. Where more is charged than exists, free memory looks
-// endless.
+// A chain requests its first level alone. Where more is charged than exists, free memory wraps to
+// a huge number.
 TEST_F(TextureCollector, StartsWhereAByteIsMissing) {
     const struct {
         const char *name;
@@ -207,7 +211,7 @@ TEST_F(TextureCollector, MakesRoomForAnUpload) {
     EXPECT_TRUE(texture->isLoaded());
     EXPECT_EQ(RAVOLT::getFreeVideoMemory(), 1024u - 256u);
 
-    // The one thrown out comes back on use.
+    // The evicted one is reloaded when it is used.
     RAVOLT::begin3D(nullptr);
     RAVOLT::popVideoMemory(4096);
     EXPECT_TRUE(resident->render(nullptr));

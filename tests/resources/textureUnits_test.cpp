@@ -1,6 +1,7 @@
-// Textures on their units, and the cache that knows what is bound.
+// Textures on their units, and the cache of the bound textures.
 
 #include "tests/resources/textureCalls.h"
+#include "tests/support/callNames.h"
 
 #include <new>
 
@@ -15,24 +16,13 @@ Call bound(const RVTEXTURE *texture) {
 TEST_F(TextureCalls, RenderEnablesSelectsAndBinds) {
     RVTEXTURE *texture = makeTexture("a.tga");
     texture->update();
-    EXPECT_EQ(renderCalls(texture, 3), (Calls{{"glActiveTextureARB", GL_TEXTURE3},
-                                              {"glEnable", GL_TEXTURE_2D},
-                                              {"glActiveTextureARB", GL_TEXTURE3},
-                                              bound(texture)}));
-}
-
-TEST_F(TextureCalls, RenderWithoutDataIsUnit0) {
-    RVTEXTURE *texture = makeTexture("a.tga");
-    texture->update();
-    const Calls calls = callsOf([&] { EXPECT_TRUE(texture->render(nullptr)); });
-    EXPECT_EQ(calls.named("glActiveTextureARB"),
-              (Calls{{"glActiveTextureARB", GL_TEXTURE0}, {"glActiveTextureARB", GL_TEXTURE0}}));
-}
-
-TEST_F(TextureCalls, RenderReachesUnit15AndRefuses16) {
-    RVTEXTURE *texture = makeTexture("a.tga");
-    texture->update();
-    EXPECT_TRUE(renderCalls(texture, 15).contains(Call{"glActiveTextureARB", GL_TEXTURE15}));
+    for (const unsigned int unit : {3u, 15u, 0u})
+        EXPECT_EQ(unit ? renderCalls(texture, unit)
+                       : callsOf([&] { EXPECT_TRUE(texture->render(nullptr)); }),
+                  (Calls{{"glActiveTextureARB", GL_TEXTURE0 + unit},
+                         {"glEnable", GL_TEXTURE_2D},
+                         {"glActiveTextureARB", GL_TEXTURE0 + unit},
+                         bound(texture)}));
     RAVOLT::begin3D(nullptr);
     const int stamp = texture->getTimeStamp();
     for (unsigned int unit : {16u, 17u, 0xffffffffu}) {
@@ -42,15 +32,13 @@ TEST_F(TextureCalls, RenderReachesUnit15AndRefuses16) {
     EXPECT_EQ(texture->getTimeStamp(), stamp);
 }
 
-TEST_F(TextureCalls, SecondRenderOnAUnitCallsNothingButRefreshesTheStamp) {
-    RVTEXTURE *texture = makeTexture("a.tga");
+TEST_F(TextureCalls, CachedRenderOnAUnitStoresTheTimeStampAlone) {
+    RVTEXTURE *texture = makeTexture("a.tga"), *other = makeTexture("b.tga");
     renderCalls(texture, 2);
     EXPECT_EQ(texture->getTimeStamp(), RAVOLT::getTimeStamp());
     EXPECT_TRUE(renderCalls(texture, 2).empty());
     EXPECT_EQ(renderCalls(texture, 4).count("glBindTexture"), 1u);
     EXPECT_TRUE(renderCalls(texture, 2).empty());
-
-    RVTEXTURE *other = makeTexture("b.tga");
     RAVOLT::begin3D(nullptr);
     renderCalls(other, 2);
     EXPECT_TRUE(renderCalls(texture, 2).contains("glBindTexture"));
@@ -82,25 +70,18 @@ TEST_F(TextureCalls, Unit16AndAboveMeansAllUnitsInOrder) {
     }
 }
 
-TEST_F(TextureCalls, OneUnitSwitchedOffStaysOffForTheSameTexture) {
+TEST_F(TextureCalls, OnlySwitchingAllUnitsOffInvalidatesTheirTextures) {
     RVTEXTURE *texture = makeTexture("a.tga");
     renderCalls(texture, 1);
     RVTEXTURE::texturingOff(1);
     EXPECT_TRUE(renderCalls(texture, 1).empty());
-}
-
-TEST_F(TextureCalls, AllUnitsSwitchedOffForgetTheirTextures) {
-    RVTEXTURE *texture = makeTexture("a.tga");
-    renderCalls(texture, 1);
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
-    EXPECT_EQ(renderCalls(texture, 1).names(),
-              (std::vector<std::string>{"glActiveTextureARB", "glEnable", "glActiveTextureARB",
-                                        "glBindTexture"}));
+    EXPECT_EQ(namesOf(renderCalls(texture, 1)),
+              "glActiveTextureARB glEnable glActiveTextureARB glBindTexture");
 }
 
-TEST_F(TextureCalls, UpdateAndModifyForgetUnit0Alone) {
-    RVTEXTURE *texture = makeTexture("a.tga");
-    RVTEXTURE *other = makeTexture("b.tga");
+TEST_F(TextureCalls, UpdateAndModifyInvalidateUnit0Alone) {
+    RVTEXTURE *texture = makeTexture("a.tga"), *other = makeTexture("b.tga");
     for (const bool modify : {false, true}) {
         renderCalls(texture, 0);
         renderCalls(texture, 1);
@@ -123,7 +104,7 @@ TEST_F(TextureCalls, NewNameIsBoundOnEveryUnitAgain) {
         EXPECT_TRUE(renderCalls(texture, unit).contains(bound(texture)));
 }
 
-// What has no name yet, since its file is missing, is bound as nothing.
+// A texture without a name, since its file is missing, is bound as 0.
 TEST_F(TextureCalls, FirstNameIsBoundWhereItWasMissing) {
     RVTEXTURE *texture = makeTexture("a.tga");
     texture->unload(true);
@@ -134,28 +115,27 @@ TEST_F(TextureCalls, FirstNameIsBoundWhereItWasMissing) {
     EXPECT_TRUE(renderCalls(texture, 3).contains(bound(texture)));
 }
 
-TEST_F(TextureCalls, UploadInsideRenderOnAnotherUnitForgetsUnit0) {
-    RVTEXTURE *texture = makeTexture("a.tga");
-    RVTEXTURE *other = makeTexture("b.tga");
+TEST_F(TextureCalls, UploadInsideRenderOnAnotherUnitInvalidatesUnit0) {
+    RVTEXTURE *texture = makeTexture("a.tga"), *other = makeTexture("b.tga");
     renderCalls(texture, 0);
     EXPECT_TRUE(renderCalls(other, 3).contains("glTexImage2D"));
     EXPECT_TRUE(renderCalls(texture, 0).contains(bound(texture)));
     EXPECT_TRUE(renderCalls(other, 3).empty());
 }
 
-TEST_F(TextureCalls, NewTextureAtAnOldAddressIsBound) {
-    alignas(RVTEXTURE) unsigned char place[sizeof(RVTEXTURE)];
-    RVTEXTURE *former = new (place) RVTEXTURE;
+TEST_F(TextureCalls, NewTextureAtTheAddressOfADeletedOneIsBound) {
+    alignas(RVTEXTURE) unsigned char storage[sizeof(RVTEXTURE)];
+    RVTEXTURE *former = new (storage) RVTEXTURE;
     former->create(1, 1, 3);
     renderCalls(former, 2);
     former->~RVTEXTURE();
-    RVTEXTURE *later = new (place) RVTEXTURE;
+    RVTEXTURE *later = new (storage) RVTEXTURE;
     later->create(1, 1, 3);
     EXPECT_TRUE(renderCalls(later, 2).contains(bound(later)));
     later->~RVTEXTURE();
 }
 
-TEST_F(TextureCalls, ThrownOutTextureComesBackInTheSameFrame) {
+TEST_F(TextureCalls, EvictedTextureIsReloadedInTheSameFrame) {
     RVTEXTURE *texture = makeTexture("a.tga");
     renderCalls(texture, 2);
     EXPECT_TRUE(texture->unload(true));
@@ -167,7 +147,7 @@ TEST_F(TextureCalls, ThrownOutTextureComesBackInTheSameFrame) {
          bound(texture)}));
 }
 
-// A new context has every unit off, whatever the run before has left.
+// A new context has every unit off, also after units were on in the former one.
 TEST_F(TextureCalls, UnitsAreEnabledAnewAfterARestart) {
     RVTEXTURE::texturingOn(0);
     RVTEXTURE::texturingOn(2);
@@ -177,7 +157,7 @@ TEST_F(TextureCalls, UnitsAreEnabledAnewAfterARestart) {
         EXPECT_TRUE(renderCalls(texture, unit).contains(Call{"glEnable", GL_TEXTURE_2D})) << unit;
 }
 
-TEST_F(TextureCalls, AStartWithUnitsOffDoesNotTouchThem) {
+TEST_F(TextureCalls, StartWithUnitsOffDoesNotSelectThem) {
     const Calls calls = callsOf([this] { ASSERT_TRUE(restart()); });
     EXPECT_TRUE(calls.contains("glClearColor"));
     // The render targets are made on unit 0; no other one is selected.
@@ -185,7 +165,7 @@ TEST_F(TextureCalls, AStartWithUnitsOffDoesNotTouchThem) {
               calls.count("glActiveTextureARB"));
 }
 
-TEST_F(TextureCalls, TooFewUnitsAreNeverSelectedButForAnUpload) {
+TEST_F(TextureCalls, TooFewUnitsAreSelectedForUploadsAlone) {
     recorder.setTextureUnits(8);
     ASSERT_TRUE(restart());
     ASSERT_FALSE(RVOPENGL::useMultitexturing());

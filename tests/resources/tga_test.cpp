@@ -1,3 +1,5 @@
+// The reader of TGA files, and the writer that the tools and tests have.
+
 #include "resources/tga.h"
 
 #include "tests/resources/tgaFiles.h"
@@ -62,10 +64,10 @@ TEST(Tga, DecodesPixelsAndPackets) {
          {3, 2, 1, 6, 5, 4}},
         {"packet byte 255 is 128 repeated pixels",
          tgaHeader(packedType, 16, 8, 24) + Bytes{255, 1, 2, 3}, repeated(128, {3, 2, 1})},
-        {"bytes behind plain pixels are left alone",
+        {"bytes after plain pixels are ignored",
          tgaHeader(plainType, 1, 1, 24) + Bytes{1, 2, 3} + Bytes(26, 'x'),
          {3, 2, 1}},
-        {"bytes behind packets are left alone",
+        {"bytes after packets are ignored",
          tgaHeader(packedType, 1, 1, 24) + Bytes{0, 1, 2, 3} + Bytes(26, 'x'),
          {3, 2, 1}},
     };
@@ -73,7 +75,7 @@ TEST(Tga, DecodesPixelsAndPackets) {
         EXPECT_EQ(decoded(row.file), row.pixels) << row.name;
 }
 
-TEST(Tga, KeepsRowsOfDescriptorsBelow16AndReversesTheOthers) {
+TEST(Tga, ReversesRowsOfDescriptorsFrom16On) {
     const Bytes rows = {1, 1, 1, 2, 2, 2, 3, 3, 3};
     const Bytes reversed = {3, 3, 3, 2, 2, 2, 1, 1, 1};
     for (const unsigned int descriptor : {0, 1, 8, 15})
@@ -129,7 +131,7 @@ TEST(Tga, OnlyDepthsOf24And32BitsAreSupported) {
             << bits;
 }
 
-TEST(Tga, AnyOtherStartIsOfAnUnsupportedKindWhateverItsBody) {
+TEST(Tga, AnyOtherHeaderIsOfAnUnsupportedKindEvenWithoutABody) {
     for (std::size_t position = 0; position < 12; ++position) {
         Bytes file = tgaHeader(plainType, 40, 30, 24);
         file[position] = 9;
@@ -139,15 +141,6 @@ TEST(Tga, AnyOtherStartIsOfAnUnsupportedKindWhateverItsBody) {
         EXPECT_EQ(image.width, 40u);
         EXPECT_EQ(image.height, 30u);
         EXPECT_EQ(image.depth, 3u);
-    }
-}
-
-TEST(Tga, NoHeaderIsCorrupted) {
-    const Bytes header = tgaHeader(plainType, 1, 1, 24);
-    for (std::size_t size = 0; size < header.size(); ++size) {
-        const ExactCopy cut(header.data(), size);
-        TgaImage image;
-        EXPECT_EQ(inspectTga(cut.bytes, size, image), TgaResult::corrupted) << size;
     }
 }
 
@@ -223,32 +216,25 @@ INSTANTIATE_TEST_SUITE_P(Kinds, TgaSamples,
                              return instance.param.name;
                          });
 
-TEST(TgaWriter, MakesPlainBytes) {
-    const Bytes pixels = {1, 2, 3, 4, 5, 6};
-    EXPECT_EQ(encodeTga({1, 2, 3, true, pixels.data()}),
+TEST(TgaWriter, EndsPacketsWithTheRowAndLiteralsBeforeARun) {
+    const Bytes plain = {1, 2, 3, 4, 5, 6}, equal = repeated(6, {1, 2, 3, 4}),
+                mixed = {1, 1, 1, 2, 2, 2, 3, 3, 3, 3, 3, 3};
+    EXPECT_EQ(encodeTga({1, 2, 3, true, plain.data()}),
               tgaHeader(plainType, 1, 2, 24, 32) + (Bytes{3, 2, 1, 6, 5, 4}));
-}
-
-TEST(TgaWriter, MakesPacketsThatEndWithTheRow) {
-    const Bytes pixels = repeated(6, {1, 2, 3, 4});
-    EXPECT_EQ(encodeTga({3, 2, 4, false, pixels.data()}, TgaEncoding::runLength),
+    EXPECT_EQ(encodeTga({3, 2, 4, false, equal.data()}, TgaEncoding::runLength),
               tgaHeader(packedType, 3, 2, 32, 8) + repeated(2, {0x82, 3, 2, 1, 4}));
-}
-
-TEST(TgaWriter, LiteralsEndBeforeARun) {
-    const Bytes pixels = {1, 1, 1, 2, 2, 2, 3, 3, 3, 3, 3, 3};
-    EXPECT_EQ(encodeTga({4, 1, 3, false, pixels.data()}, TgaEncoding::runLength),
+    EXPECT_EQ(encodeTga({4, 1, 3, false, mixed.data()}, TgaEncoding::runLength),
               tgaHeader(packedType, 4, 1, 24) + (Bytes{1, 1, 1, 1, 2, 2, 2, 0x81, 3, 3, 3}));
 }
 
-TEST(TgaWriter, SaysWhenTheFileCannotBeWritten) {
+TEST(TgaWriter, ReturnsWhetherTheFileIsWritten) {
     const Bytes pixels = {1, 2, 3};
     EXPECT_FALSE(writeTga("no/such/folder.tga", {1, 1, 3, false, pixels.data()}));
     EXPECT_TRUE(writeTga("good.tga", {1, 1, 3, false, pixels.data()}));
     EXPECT_EQ(readFile("good.tga"), tgaHeader(plainType, 1, 1, 24) + (Bytes{3, 2, 1}));
 }
 
-TEST(TgaWriter, LeavesNoPartOfAFile) {
+TEST(TgaWriter, AFailedWriteLeavesNoPartAndNeitherAnOldFileNorADeviceIsRemoved) {
     const Bytes pixels(32 * 32 * 3);
     const TgaPicture picture{32, 32, 3, false, pixels.data()};
     {
@@ -256,18 +242,12 @@ TEST(TgaWriter, LeavesNoPartOfAFile) {
         EXPECT_FALSE(writeTga("part.tga", picture));
     }
     EXPECT_FALSE(std::filesystem::exists("part.tga"));
-    EXPECT_TRUE(writeTga("part.tga", picture));
-}
-
-TEST(TgaWriter, LeavesAFileThatItCannotOpenAndADevice) {
-    const Bytes pixels(32 * 32 * 3);
-    const TgaPicture picture{32, 32, 3, false, pixels.data()};
-    ASSERT_TRUE(writeTga("old.tga", picture));
+    ASSERT_TRUE(writeTga("part.tga", picture));
     {
         const FileLimit limit(RLIMIT_NOFILE, 0);
-        EXPECT_FALSE(writeTga("old.tga", picture));
+        EXPECT_FALSE(writeTga("part.tga", picture));
     }
-    EXPECT_EQ(std::filesystem::file_size("old.tga"), tgaHeaderSize + pixels.size());
+    EXPECT_EQ(std::filesystem::file_size("part.tga"), tgaHeaderSize + pixels.size());
 
     std::filesystem::remove("full");
     std::filesystem::create_symlink("/dev/full", "full");

@@ -2,7 +2,7 @@
 
 #include "ravolt/RVOPENGL.h"
 #include "resources/shaderTexts.h"
-#include "tests/resources/shaders/labels.h"
+#include "tests/resources/builtinTable.h"
 #include "tests/resources/shaders/programScene.h"
 
 namespace ravolt::test {
@@ -10,17 +10,17 @@ namespace ravolt::test {
 using BuiltinTexts = ProgramTest;
 
 TEST_F(BuiltinTexts, CompileAndLinkWithoutWarnings) {
-    for (const ProgramLabels &labels : allPrograms) {
-        const Program program(labels.vertex, labels.pixel);
-        EXPECT_EQ(program.messages, "") << labels.vertex << ", " << labels.pixel;
-        EXPECT_TRUE(program.linked) << labels.vertex << ", " << labels.pixel;
+    for (const BuiltinProgram &labels : builtinPrograms) {
+        const Program program(labels.vertexLabel, labels.pixelLabel);
+        EXPECT_EQ(program.messages, "") << labels.vertexLabel << ", " << labels.pixelLabel;
+        EXPECT_TRUE(program.linked) << labels.vertexLabel << ", " << labels.pixelLabel;
     }
 }
 
 // So what compiles is of the first version of the language.
 TEST_F(BuiltinTexts, AreRefusedWithWordsOfAYoungerLanguage) {
-    for (const ProgramLabels &labels : allPrograms) {
-        const std::string older = shaderText(labels.pixel);
+    for (const BuiltinProgram &labels : builtinPrograms) {
+        const std::string older = shaderText(labels.pixelLabel);
         EXPECT_EQ(compileMessages(GL_FRAGMENT_SHADER_ARB, older), "");
         const std::string younger = older + "\nfloat two() { return float[2](1.0, 2.0)[1]; }\n";
         EXPECT_NE(compileMessages(GL_FRAGMENT_SHADER_ARB, younger).find("1.10"), std::string::npos);

@@ -1,7 +1,7 @@
 // The texts by their labels, and a second compiler's word on them.
 
 #include "resources/shaderTexts.h"
-#include "tests/resources/shaders/labels.h"
+#include "tests/resources/builtinTable.h"
 #include "tests/support/files.h"
 
 #include <gtest/gtest.h>
@@ -36,8 +36,8 @@ std::string secondOpinion(const char *vertexText, const char *pixelText, int &re
 
 TEST(shaderTexts, HaveEveryLabel) {
     std::set<std::string> labels;
-    for (const ProgramLabels &program : allPrograms) {
-        for (const char *label : {program.vertex, program.pixel}) {
+    for (const BuiltinProgram &program : builtinPrograms) {
+        for (const char *label : {program.vertexLabel, program.pixelLabel}) {
             ASSERT_NE(shaderText(label), nullptr) << label;
             EXPECT_NE(std::string(shaderText(label)).find("void main()"), std::string::npos);
             labels.insert(label);
@@ -56,15 +56,16 @@ TEST(shaderTexts, HaveNoOtherLabel) {
 // Skinned programs have an A behind all other letters of their labels.
 TEST(shaderTexts, AreTheSameForAPixelStageWithAndWithoutSkinning) {
     unsigned int skinned = 0;
-    for (const ProgramLabels &program : allPrograms) {
-        const std::string ending = "A.glsl", pixel = program.pixel, vertex = program.vertex;
+    for (const BuiltinProgram &program : builtinPrograms) {
+        const std::string ending = "A.glsl", pixel = program.pixelLabel,
+                          vertex = program.vertexLabel;
         if (pixel.size() < ending.size() || pixel.substr(pixel.size() - ending.size()) != ending)
             continue;
         const auto rigid = [&](const std::string &label) {
             return shaderText((label.substr(0, label.size() - ending.size()) + ".glsl").c_str());
         };
-        EXPECT_STREQ(shaderText(program.pixel), rigid(pixel)) << pixel;
-        EXPECT_STRNE(shaderText(program.vertex), rigid(vertex)) << vertex;
+        EXPECT_STREQ(shaderText(program.pixelLabel), rigid(pixel)) << pixel;
+        EXPECT_STRNE(shaderText(program.vertexLabel), rigid(vertex)) << vertex;
         ++skinned;
     }
     EXPECT_EQ(skinned, 10u);
@@ -80,12 +81,12 @@ TEST(shaderTexts, OfTheSimpleTerrainDeclareASamplerThatTheyDoNotRead) {
 TEST(shaderTexts, AreAcceptedByASecondCompiler) {
     ASSERT_EQ(std::system("command -v glslangValidator >/dev/null"), 0)
         << "needs glslangValidator: apt-get install glslang-tools";
-    for (const ProgramLabels &program : allPrograms) {
+    for (const BuiltinProgram &program : builtinPrograms) {
         int result = -1;
         const std::string messages =
-            secondOpinion(shaderText(program.vertex), shaderText(program.pixel), result);
-        EXPECT_EQ(result, 0) << program.vertex << ", " << program.pixel;
-        EXPECT_EQ(messages, "") << program.vertex << ", " << program.pixel;
+            secondOpinion(shaderText(program.vertexLabel), shaderText(program.pixelLabel), result);
+        EXPECT_EQ(result, 0) << program.vertexLabel << ", " << program.pixelLabel;
+        EXPECT_EQ(messages, "") << program.vertexLabel << ", " << program.pixelLabel;
     }
 }
 
