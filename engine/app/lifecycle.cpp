@@ -1,11 +1,13 @@
 // Start and stop of the whole engine. A start that fails stops what it has started, in reverse
 // order, and shuts SDL down. `init` and `free` write `active` last.
 
+#include "gui/interaction.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVEMITTER.h"
 #include "ravolt/RVFBO.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
@@ -112,6 +114,8 @@ bool RAVOLT::Lifecycle::startClasses(RVSETTINGS &settings) {
          },
          "   [!] Rendering elements failed to initialize @ RAVOLT::init\n",
          [] { return RVELEMENT::free(); }},
+        {[](RVSETTINGS &) { return RVFONT::init(); },
+         "   [!] Unable to initialize font class @ RAVOLT::init\n", [] { return RVFONT::free(); }},
         {[](RVSETTINGS &) { return RVMESH::init(); },
          "   [!] Unable to initialize mesh class @ RAVOLT::init\n", [] { return RVMESH::free(); }},
         {[](RVSETTINGS &) { return RVEMITTER::init(); },
@@ -169,6 +173,7 @@ bool RAVOLT::free() {
     zlfLog("   Ravolt is shutting down...\n");
     zlfFreeTimer(timer);
 
+    RVFONT::cleanUp();
     RVNODE::cleanUp();
     RVFBO::cleanUp();
     RVSHADER::cleanUp();
@@ -177,7 +182,9 @@ bool RAVOLT::free() {
     RVANIM::cleanUp();
     RVVIDEO::cleanUp();
 
+    ravolt::resetInteraction();
     RVEMITTER::free();
+    RVFONT::free();
     RVMESH::free();
     RVELEMENT::free();
     RVSHADER::free();

@@ -7,6 +7,7 @@
 #include "foundation/text.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
@@ -65,6 +66,7 @@ void applyPaths(RVSETTINGS &requested) {
     zlfLog("          Texture path: '%s'\n", requested.getTexturePath());
     RVSHADER::setPath(requested.getShaderPath());
     zlfLog("          Shader path : '%s'\n", requested.getShaderPath());
+    RVFONT::setPath(requested.getFontPath());
     zlfLog("          Font path   : '%s'\n", requested.getFontPath());
 }
 

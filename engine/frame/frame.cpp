@@ -10,6 +10,7 @@
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVFBO.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
@@ -64,6 +65,7 @@ void setState2D() {
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVMATERIAL::reset(); // its textures, blending and lighting have just been switched off
     RVELEMENT::reset();
+    RVFONT::reset();
     RVOPENGL::blendingOff();
     glDisable(GL_CULL_FACE); // not through the switch, so that end2D still knows what to restore
     glDisable(GL_DEPTH_TEST);

@@ -66,14 +66,24 @@ class RV_API RVELEMENT {
     // true however many bones were found, and also when the cache is full.
     static bool passSkeleton(RVNODE *node, RVMESH *mesh);
 
-    // Orders of drawing; false when there is nothing to sort. sort2D does not
-    // change the order of the pass. sort3D puts lights first, then opaque entries (by texture
+    // Orders of drawing; false when there is nothing to sort. sort2D puts boxes in the order of
+    // their stamps (RVBOX::setForemost), and nodes that are no boxes, in the order of the pass,
+    // below all of them. sort3D puts lights first, then opaque entries (by texture
     // and material), then transparent ones from back to front, by the eye-space z of their origin
     // minus their radius: one sort per node, not per triangle, so that large transparent meshes
     // that overlap in depth may be drawn in the wrong order. Helpers count as transparent. Without
     // lights and transparent entries the order of the pass does not change.
     static bool sort2D();
     static bool sort3D();
+
+    // Pointer and keys for the widgets of the last 2D block; call it once a frame after end2D, with
+    // the pointer in pixels of that block, 0 for a button that is released, and the character typed
+    // or 0. `eventId`, unless NULL, receives the id of the button that was used, or 0. True when
+    // the pointer is over a widget or holds one, so that the application does not use it itself.
+    // The foremost box under the pointer that is checked and shown (RVBOX) is pressed, held until
+    // the button is released, and dragged unless it is static; the text field that was pressed last
+    // gets the keys. Nodes that are no boxes are ignored. The right button is ignored on purpose.
+    static bool manageGUIEvents(char key, int x, int y, int left, int right, unsigned int *eventId);
 
     // Orders the lights alone: exclusive ones first, then by distance from `point` in eye space.
     static bool sortLights(const Z3MVECTOR3D &point);

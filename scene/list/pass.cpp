@@ -1,11 +1,13 @@
 // Filling the render list: the tree is walked with OpenGL's modelview stack, and each node that is
 // drawn gets an entry with the matrix found there. Nothing is drawn.
 
+#include "gui/boxNodes.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/RVWINDOW.h"
 #include "ravolt/zlf.h"
 #include "scene/localTransform.h"
 #include "scene/nodeInternals.h"
@@ -30,6 +32,12 @@ bool isListed(const RVNODE &node) {
     return ravolt::traitsOf(node).listed && !(isMesh(node) && asMesh(node).isHidden());
 }
 
+// Of a minimized window only the title bar is passed.
+bool isMinimized(RVNODE &node) {
+    const RVWINDOW *window = ravolt::asWindow(&node);
+    return window && window->isMinimized();
+}
+
 } // namespace
 
 bool RVNODE::pass(bool flag) {
@@ -51,9 +59,12 @@ bool RVELEMENT::pass(RVNODE *node, bool) {
     ravolt::applyLocalTransform(*node);
     if (isListed(*node))
         ravolt::RenderList::add(*node);
-    for (unsigned int index = 0; index < node->getNumberOfChildren(); ++index)
+    const bool minimized = isMinimized(*node);
+    const unsigned int children =
+        minimized ? std::min(node->getNumberOfChildren(), 1u) : node->getNumberOfChildren();
+    for (unsigned int index = 0; index < children; ++index)
         if (RVNODE *child = node->getChild(index))
-            child->pass(false);
+            child->pass(minimized);
     return true;
 }
 

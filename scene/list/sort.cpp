@@ -1,5 +1,7 @@
 // Ordering the render list. Only pointers move, never entries, and nothing is allocated.
 
+#include "gui/boxNodes.h"
+#include "ravolt/RVBOX.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
@@ -9,6 +11,8 @@
 #include "scene/entryOrder.h"
 #include "scene/nodeInternals.h"
 #include "scene/nodeTraits.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -40,10 +44,23 @@ std::uint64_t depthKey(const RVELEMENT &entry) {
     return ravolt::orderedBits(entry.getMatrix()->e[14] - ravolt::radiusOf(*entry.getNode()));
 }
 
+// What is no box is below all boxes, in the order of the pass.
+std::uint64_t stampKey(const RVELEMENT &entry) {
+    constexpr long maxStamp = (1L << 48) - 2;
+    const RVBOX *box = ravolt::asBox(entry.getNode());
+    return box ? static_cast<std::uint64_t>(std::clamp(box->getForemostTimeStamp(), 0L, maxStamp)) +
+                     1
+               : 0;
+}
+
 } // namespace
 
-// No node is raised over another yet, so the order of the pass does not change.
-bool RVELEMENT::sort2D() { return numberOfPassedElements != 0; }
+bool RVELEMENT::sort2D() {
+    if (numberOfPassedElements == 0)
+        return false;
+    ravolt::orderEntries(elementPointer, numberOfPassedElements, stampKey);
+    return true;
+}
 
 bool RVELEMENT::sort3D() {
     if (numberOfPassedElements == 0)

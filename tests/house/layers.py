@@ -24,6 +24,8 @@ LAYERS = [
                    "effects": ["RVEMITTER", "RVSKYDOME", "RVSKYDOME_VERTEX", "RVTERRAIN",
                                "RVTERRAIN_CHUNK", "RVTERRAIN_COORDBUFFER", "RVTERRAIN_HEADERS",
                                "RVTERRAIN_INDEXTABLE", "RVWATER"],
+                   "gui": ["RVBOX", "RVBOXCOORD", "RVBUTTON", "RVFONT", "RVHSCROLLBAR", "RVLABEL",
+                           "RVSCROLLBAR", "RVTEXTFIELD", "RVVSCROLLBAR", "RVWINDOW"],
                    "video": ["RVVIDEO"]}),
     ("render list", {"scene/list": []}),
     ("frame, loaders", {"engine/frame": [], "models/loader": []}),

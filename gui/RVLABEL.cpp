@@ -1,0 +1,71 @@
+#include "ravolt/RVLABEL.h"
+
+#include "foundation/registry.h"
+#include "foundation/text.h"
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/RVWINDOW.h"
+#include "ravolt/zlf.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+RVLABEL::RVLABEL() : text() {
+    initType(RV_NODE_TYPE_LABEL);
+    zlfLog("   RVLABEL() called\n");
+}
+
+RVLABEL::~RVLABEL() { zlfLog("   ~RVLABEL() called\n"); }
+
+RVLABEL::RVLABEL(const RVLABEL &other) : RVBOX(other) {
+    ravolt::copyText(text, other.text);
+    font.set(other.font.get());
+    setDynamicClass(RV_NODE_TYPE_LABEL);
+}
+
+RVLABEL &RVLABEL::operator=(const RVLABEL &other) {
+    RVBOX::operator=(other);
+    ravolt::copyText(text, other.text);
+    font.set(other.font.get());
+    return *this;
+}
+
+void RVLABEL::setFont(RVFONT *newFont) { font.set(newFont); }
+
+// The limit of the width is so large that only the line breaks of the text itself count.
+bool RVLABEL::write(const char *format, ...) {
+    if (!format) {
+        zlfLog("   [!] Invalid params @ RVLABEL::write\n");
+        return false;
+    }
+    if (!font) {
+        zlfLog("   [!] Font not specified @ RVLABEL::write\n");
+        return false;
+    }
+    constexpr std::size_t bufferSize = 512;
+    constexpr unsigned int maxWidth = 65000;
+    char formatted[bufferSize];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(formatted, sizeof formatted, format, arguments);
+    va_end(arguments);
+    font->formatInto(formatted, text, sizeof text, maxWidth);
+    return true;
+}
+
+// On purpose: without a window around it nothing is cut, and the display status does not count.
+bool RVLABEL::render(void *element) {
+    if (element)
+        glLoadMatrixf(static_cast<const RVELEMENT *>(element)->getMatrix()->e);
+    if (getScissorStatus())
+        if (RVWINDOW *window = findWindow())
+            window->enableScissor();
+    if (font) {
+        char expanded[sizeof text];
+        ravolt::applyFormat(expanded, text);
+        font->putText(0, 0, expanded);
+    }
+    if (getScissorStatus())
+        RVOPENGL::scissorOff();
+    return true;
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+// Nodes as widgets. The list of the 2D block, and the children of a box, may have other nodes too.
+
+class RVBOX;
+class RVBUTTON;
+class RVNODE;
+class RVTEXTFIELD;
+class RVWINDOW;
+class Z3MVECTOR2D;
+
+namespace ravolt {
+
+// The node as an object of the class, RVBOX for any widget; NULL for NULL and for other nodes. A
+// button is one of RVBUTTON itself.
+RVBOX *asBox(RVNODE *node);
+RVBUTTON *asButton(RVNODE *node);
+RVTEXTFIELD *asTextField(RVNODE *node);
+RVWINDOW *asWindow(RVNODE *node);
+
+// The sum of the positions of all nodes above `node`, in pixels.
+Z3MVECTOR2D parentsPosition(const RVNODE &node);
+
+// Truncates towards zero; beyond the range of numbers the nearest one, and 0 for NaN.
+int truncated(double value);
+
+} // namespace ravolt

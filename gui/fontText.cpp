@@ -1,0 +1,262 @@
+// Texts: their tags, drawing, measuring and breaking into lines.
+
+#include "ravolt/RVFONT.h"
+#include "ravolt/RVOPENGL.h"
+#include "ravolt/zlf.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <limits>
+
+namespace {
+
+constexpr std::size_t textBufferSize = 4096;
+constexpr std::size_t tagLength = 6;
+constexpr std::size_t verticesPerGlyph = 6;
+
+enum class Tag { none, color, moveX, moveY };
+
+// The tag whose letter is `c`.
+Tag tagOf(char c) {
+    switch (c) {
+    case 'c':
+    case 'C':
+        return Tag::color;
+    case 'x':
+    case 'X':
+        return Tag::moveX;
+    case 'y':
+    case 'Y':
+        return Tag::moveY;
+    default:
+        return Tag::none;
+    }
+}
+
+// The number of a complete tag.
+int offsetOf(const char *tag) {
+    const char digits[] = {tag[2], tag[3], tag[4], tag[5], '\0'};
+    return std::atoi(digits);
+}
+
+// On purpose: the byte of a digit above 8 wraps around.
+unsigned char colorByte(char digit) {
+    return static_cast<unsigned char>(static_cast<int>((digit - '0') * 31.89));
+}
+
+// Wraps around.
+int sumOf(int a, int b) {
+    return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
+}
+
+// Of a tag that is complete and of a known letter.
+void readColor(const char *tag, unsigned char (&block)[24]) {
+    for (std::size_t i = 0; i < std::size(block); ++i)
+        block[i] = colorByte(tag[2 + i % 4]);
+}
+
+} // namespace
+
+bool RVFONT::putString(int x, int y, const char *format, ...) {
+    if (!format) {
+        zlfLog("   [!] Invalid params @ RVFONT::putString\n");
+        return false;
+    }
+    if (!texture)
+        return false;
+    char text[textBufferSize];
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    if (length >= static_cast<int>(sizeof text))
+        zlfLog("   [!] Text of %d bytes is cut @ RVFONT::putString\n", length);
+    return length >= 0 && putText(x, y, text);
+}
+
+// On purpose: glyphs of an earlier truncated text count as the first ones, and their number is
+// taken for one of indices.
+bool RVFONT::putText(int x, int y, const char *text) {
+    if (!text || !texture || !fontCachedIndex)
+        return false;
+    bindAtlas();
+    std::fill(std::begin(fontCachedBlockColor), std::end(fontCachedBlockColor),
+              static_cast<unsigned char>(0xff));
+    fontCacheFlushed = false;
+    const unsigned int start = fontCachedCurrent;
+    if (!storeText(x, y, text))
+        return false;
+    if (fontCachedCurrent <= start && !fontCacheFlushed)
+        return true;
+    // When the cache was full in between, fewer may be left than there were.
+    const unsigned int first = fontCachedCurrent >= start ? start : 0;
+    setPointers(0);
+    glDrawElements(GL_TRIANGLES,
+                   static_cast<GLsizei>((fontCachedCurrent - first) * verticesPerGlyph),
+                   GL_UNSIGNED_SHORT, fontCachedIndex + first);
+    fontCachedCurrent = 0;
+    return true;
+}
+
+// False for a truncated tag.
+bool RVFONT::storeText(int x, int y, const char *text) {
+    const std::size_t length = std::strlen(text);
+    int dx = 0, dy = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        if (text[i] == '\n') {
+            dx = 0;
+            dy += static_cast<int>(charSizeY);
+            continue;
+        }
+        if (text[i] == '^') {
+            if (i + 1 >= length)
+                return false;
+            const Tag tag = tagOf(text[i + 1]);
+            if (tag != Tag::none) {
+                if (i + tagLength - 1 >= length)
+                    return false;
+                if (tag == Tag::color)
+                    readColor(text + i, fontCachedBlockColor);
+                else
+                    (tag == Tag::moveX ? dx : dy) += offsetOf(text + i);
+                i += tagLength - 1;
+                continue;
+            }
+        }
+        putChar(sumOf(x, dx), sumOf(y, dy), text[i], false);
+        dx += advanceOf(text[i]);
+    }
+    return true;
+}
+
+unsigned int RVFONT::stringLength(const char *text) const {
+    if (!text) {
+        zlfLog("   [!] Invalid params @ RVFONT::stringLength\n");
+        return 0;
+    }
+    const std::size_t length = std::strlen(text);
+    unsigned int width = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        if (text[i] == '^' && i + 1 >= length)
+            return width;
+        const Tag tag = text[i] == '^' ? tagOf(text[i + 1]) : Tag::none;
+        if (tag == Tag::none) {
+            width += static_cast<unsigned int>(advanceOf(text[i]));
+            continue;
+        }
+        if (i + tagLength - 1 >= length)
+            return width;
+        if (tag == Tag::moveX)
+            width += static_cast<unsigned int>(offsetOf(text + i));
+        i += tagLength - 1;
+    }
+    return width;
+}
+
+int RVFONT::format(const char *source, char *destination, unsigned int maxWidth,
+                   unsigned int) const {
+    return formatInto(source, destination, std::numeric_limits<std::size_t>::max(), maxWidth);
+}
+
+namespace {
+
+// The state of breaking a text into lines.
+struct LineBreaker {
+    char *destination;
+    std::size_t room; // for characters before the terminating zero
+    std::size_t length = 0;
+    unsigned int x = 0; // of the pen, which tags may move to the left of the line
+    int y = 0;
+    char *breakAt = nullptr; // a blank or a line break
+    unsigned int xAtBreak = 0;
+
+    bool append(const char *text, std::size_t count) {
+        if (count > room - length)
+            return false;
+        std::copy(text, text + count, destination + length);
+        length += count;
+        return true;
+    }
+
+    // On purpose: a break within a word may be the next one's candidate, with the old xAtBreak.
+    bool breakLine(unsigned int lineHeight) {
+        y += static_cast<int>(lineHeight);
+        if (breakAt) {
+            *breakAt = '\n';
+            breakAt = nullptr;
+            x -= xAtBreak;
+            return true;
+        }
+        breakAt = destination + length;
+        x = 0;
+        return append("\n", 1);
+    }
+};
+
+// Copies the tags at `source`, of which `left` characters are left. On purpose: a tag at the very
+// end of the text is none.
+bool copyTags(const char *&source, std::size_t &left, LineBreaker &line) {
+    while (*source == '^' && left > tagLength) {
+        const Tag tag = tagOf(source[1]);
+        if (tag == Tag::none)
+            return true;
+        if (!line.append(source, tagLength))
+            return false;
+        if (tag == Tag::moveX)
+            line.x += static_cast<unsigned int>(offsetOf(source));
+        else if (tag == Tag::moveY)
+            line.y += offsetOf(source);
+        source += tagLength;
+        left -= tagLength;
+    }
+    return true;
+}
+
+bool isDrawn(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte >= 0x20 && byte <= 0x7f;
+}
+
+} // namespace
+
+// On purpose: after a line break of the text itself the pen is one cell to the right.
+int RVFONT::formatInto(const char *source, char *destination, std::size_t size,
+                       unsigned int maxWidth) const {
+    if (!source || !destination || size == 0) {
+        zlfLog("   [!] Invalid params @ RVFONT::format\n");
+        return 0;
+    }
+    LineBreaker line{destination, size - 1};
+    std::size_t left = std::strlen(source);
+    bool complete = true;
+    for (; *source; ++source, --left) {
+        complete = copyTags(source, left, line);
+        if (!complete)
+            break;
+        const auto advance = static_cast<unsigned int>(advanceOf(*source));
+        if (isDrawn(*source) && advance + line.x > maxWidth) {
+            complete = line.breakLine(charSizeY);
+        } else if (*source == '\n') {
+            line.x = 0;
+            line.y += static_cast<int>(charSizeY);
+        }
+        char *const written = destination + line.length;
+        if (!complete || !line.append(source, 1)) {
+            complete = false;
+            break;
+        }
+        if (*source == ' ' || *source == '\n') {
+            line.breakAt = written;
+            line.xAtBreak = line.x;
+        }
+        line.x += advance;
+    }
+    destination[line.length] = '\0';
+    if (!complete)
+        zlfLog("   [!] Text is cut at %d bytes @ RVFONT::format\n", static_cast<int>(line.length));
+    return line.y;
+}
