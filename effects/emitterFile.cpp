@@ -52,8 +52,7 @@ bool readReal(const TiXmlElement &xml, const char *name, float &value) {
 bool readInteger(const TiXmlElement &xml, int &value) {
     const char *text = xml.Attribute("value");
     if (text)
-        value =
-            static_cast<int>(std::clamp<long>(std::strtol(text, nullptr, 10), INT_MIN, INT_MAX));
+        value = xmlInteger(text);
     return text;
 }
 

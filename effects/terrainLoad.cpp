@@ -5,6 +5,7 @@
 #include "effects/terrainGeometry.h"
 #include "engine/gl/bindings.h"
 #include "foundation/registry.h"
+#include "foundation/xmlDocument.h"
 #include "ravolt/RVSKYDOME.h"
 #include "ravolt/RVTERRAIN.h"
 #include "ravolt/RVTERRAIN_CHUNK.h"
@@ -61,7 +62,7 @@ bool addRepeat(const TerrainEntry &entry, Layers &layers) {
         zlfLog("   [!] Too many repeat member @ XML::TERRAIN.REPEAT\n");
         return false;
     }
-    layers.repeat.push_back(std::atoi(entry.text.c_str()));
+    layers.repeat.push_back(ravolt::xmlInteger(entry.text.c_str()));
     return true;
 }
 
@@ -199,7 +200,7 @@ bool RVTERRAIN::applyWater(const TerrainSection &section) {
                 zlfLog("   [!] Invalid params @ XML::WATER.REPEAT\n");
                 return false;
             }
-            repeat = std::atoi(entry.text.c_str());
+            repeat = ravolt::xmlInteger(entry.text.c_str());
         } else if (entry.name == "TEXTURE24_DUDV") {
             if (!entry.hasText) {
                 zlfLog("   [!] Invalid params @ XML::WATER.TEXTURE24_DUDV\n");

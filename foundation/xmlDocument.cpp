@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -49,6 +51,9 @@ class XmlCheck {
                 return false;
         return open.empty();
     }
+
+    // Where a text that does not pass stops to make sense.
+    const char *position() const { return rest.data(); }
 
   private:
     bool findMarkup() {
@@ -186,7 +191,29 @@ bool declaresUtf8(std::string_view declaration) {
     return sameLetters(value.substr(0, 5), "UTF-8") || sameLetters(value.substr(0, 4), "UTF8");
 }
 
-bool parse(std::string_view text, TiXmlDocument &document) {
+// The line and the column of a position in a text.
+void locate(std::string_view text, const char *position, XmlProblem &problem) {
+    const std::string_view before =
+        text.substr(0, static_cast<std::size_t>(position - text.data()));
+    problem.line = 1 + static_cast<int>(std::count(before.begin(), before.end(), '\n'));
+    const std::size_t lineFeed = before.rfind('\n');
+    problem.column =
+        static_cast<int>(before.size() - (lineFeed == std::string_view::npos ? 0 : lineFeed + 1)) +
+        1;
+}
+
+// TinyXML has not seen what is before `parsed`, which ends within a line.
+void describe(std::string_view text, const char *parsed, const TiXmlDocument &document,
+              XmlProblem &problem) {
+    locate(text, parsed, problem);
+    problem.column =
+        document.ErrorRow() > 1 ? document.ErrorCol() : problem.column + document.ErrorCol() - 1;
+    problem.line += document.ErrorRow() - 1;
+    problem.text = document.ErrorDesc();
+}
+
+bool parse(std::string_view text, TiXmlDocument &document, XmlProblem &problem) {
+    const std::string_view whole = text;
     constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
     const bool marked = text.starts_with(byteOrderMark);
     if (marked)
@@ -195,25 +222,42 @@ bool parse(std::string_view text, TiXmlDocument &document) {
         text.remove_prefix(1);
     const std::string_view declaration = declarationOf(text);
     text.remove_prefix(declaration.size());
-    if (text.find('\0') != std::string_view::npos || !XmlCheck(text).passes())
+    XmlCheck check(text);
+    if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
+        locate(whole, text.data() + zero, problem);
+        problem.text = "a byte of 0";
         return false;
+    }
+    if (!check.passes()) {
+        locate(whole, check.position(), problem);
+        problem.text = "malformed, or more than 256 levels or attributes";
+        return false;
+    }
 
     const bool utf8 = (marked || declaresUtf8(declaration)) && isWellFormedUtf8(text);
     document.Parse(text.data(), nullptr, utf8 ? TIXML_ENCODING_UTF8 : TIXML_ENCODING_LEGACY);
+    if (document.Error())
+        describe(whole, text.data(), document, problem);
     return !document.Error();
 }
 
 } // namespace
 
-bool loadXml(const char *path, TiXmlDocument &document) try {
+bool loadXml(const char *path, TiXmlDocument &document, XmlProblem *problem) try {
     FileBytes file;
     const int size = zlfGetFileSize(path);
     if (size < 0 || static_cast<std::size_t>(size) > maxXmlSize ||
         file.read(path) != FileBytes::Result::ok || file.size() > maxXmlSize)
         return false;
-    return parse({reinterpret_cast<const char *>(file.data()), file.size()}, document);
+    XmlProblem ignored;
+    return parse({reinterpret_cast<const char *>(file.data()), file.size()}, document,
+                 problem ? *problem : ignored);
 } catch (const std::bad_alloc &) {
     return false;
+}
+
+int xmlInteger(const char *text) {
+    return static_cast<int>(std::clamp<long>(std::strtol(text, nullptr, 10), INT_MIN, INT_MAX));
 }
 
 } // namespace ravolt

@@ -1,6 +1,7 @@
 #include "gui/boxNodes.h"
 
 #include "ravolt/RVBOX.h"
+#include "ravolt/RVLABEL.h"
 #include "ravolt/RVTEXTFIELD.h"
 #include "ravolt/RVWINDOW.h"
 #include "scene/nodeInternals.h"
@@ -30,6 +31,7 @@ RVBOX *asBox(RVNODE *node) {
 }
 
 RVBUTTON *asButton(RVNODE *node) { return as<RVBUTTON>(node, RV_NODE_TYPE_BUTTON); }
+RVLABEL *asLabel(RVNODE *node) { return as<RVLABEL>(node, RV_NODE_TYPE_LABEL); }
 RVTEXTFIELD *asTextField(RVNODE *node) { return as<RVTEXTFIELD>(node, RV_NODE_TYPE_TEXTFIELD); }
 RVWINDOW *asWindow(RVNODE *node) { return as<RVWINDOW>(node, RV_NODE_TYPE_WINDOW); }
 

@@ -4,6 +4,7 @@
 
 class RVBOX;
 class RVBUTTON;
+class RVLABEL;
 class RVNODE;
 class RVTEXTFIELD;
 class RVWINDOW;
@@ -15,6 +16,7 @@ namespace ravolt {
 // button is one of RVBUTTON itself.
 RVBOX *asBox(RVNODE *node);
 RVBUTTON *asButton(RVNODE *node);
+RVLABEL *asLabel(RVNODE *node);
 RVTEXTFIELD *asTextField(RVNODE *node);
 RVWINDOW *asWindow(RVNODE *node);
 

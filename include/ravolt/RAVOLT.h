@@ -83,12 +83,19 @@ class RV_API RAVOLT {
     // the scene is loaded all the same. Clips are not loaded: see RVANIM. A material whose name is
     // registered already is not changed and is used by the meshes of the file, so give the
     // materials of different scenes different names.
+    // A name that contains ".xml" or ".XML" is that of an interface, which loadXML loads.
     static RVNODE *load(const char *fileName);
 
-    // Additional: whether the files that a scene file names are confined to the texture path and
-    // the shader path (off by default). Recommended for files from untrusted sources. While it is
-    // on, the name of a texture or a program in a scene file that is absolute or has a component
-    // ".." is refused with a log line, and the material is loaded without it. A slash and a
+    // Builds the widgets that an XML file describes, linked below a new plain node, which is
+    // returned, or NULL with a log line. The file name is used without a path; textures and kerning
+    // files are found behind their paths. The registries own the nodes, fonts and textures; what a
+    // file has made before a failure stays.
+    static RVNODE *loadXML(const char *fileName);
+
+    // Additional: whether the files that a scene file or an interface names are confined to the
+    // paths of their kinds (off by default). Recommended for files from untrusted sources. While it
+    // is on, the name of a texture, a program or a kerning file in such a file that is absolute or
+    // has a component ".." is refused with a log line, and nothing is loaded for it. A slash and a
     // backslash separate components, and a drive letter makes a name absolute, on every system.
     // Symbolic links are followed: a link below a path that points elsewhere is not detected. Names
     // that the application itself passes, as to `load`, are not confined.
@@ -178,6 +185,7 @@ class RV_API RAVOLT {
     struct Frame;     // the steps of a frame
     static RVNODE *recursiveLoad(char *buffer, long *cursor, RVNODE *parent);
     static bool recursiveInitBones(RVNODE *root, RVNODE *node);
+    static RVNODE *recursiveLoadXML(RVNODE *parent, void *xmlNode); // a TiXmlNode
 
     static bool active;
     static bool wireframe;

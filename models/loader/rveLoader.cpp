@@ -260,10 +260,8 @@ RVNODE *RAVOLT::load(const char *fileName) try {
         zlfLog("   [!] Invalid params or file not found @ RAVOLT::load\n");
         return nullptr;
     }
-    if (namesXml(path)) {
-        zlfLog("   [!] No reader for XML scenes @ RAVOLT::load\n");
-        return nullptr;
-    }
+    if (namesXml(path))
+        return loadXML(path);
     zlfLog("\n   Loading RVE file '%s'...\n", path);
     ravolt::FileBytes file;
     if (!ravolt::readModelFile(path, "RAVOLT::load", file) || !readHeader(path, file) ||
