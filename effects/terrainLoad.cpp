@@ -172,11 +172,12 @@ bool RVTERRAIN::applyLayers(const TerrainSection &section) {
         zlfLog("   [!] not enought argument @ XML::TERRAIN.\n");
         return false;
     }
-    const auto &[diffuse, normal, repeat, complex] = layers;
+    const auto &diffuse = layers.diffuse, &normal = layers.normal;
+    const auto &repeat = layers.repeat;
     std::for_each(chunks, chunks + numberOfChunks, [&](RVTERRAIN_CHUNK *chunk) {
         chunk->loadTexture(diffuse[0], normal[0], repeat[0], diffuse[1], normal[1], repeat[1],
                            diffuse[2], normal[2], repeat[2], diffuse[3], normal[3], repeat[3],
-                           complex);
+                           layers.complex);
     });
     return true;
 }

@@ -9,7 +9,6 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
-#include "ravolt/RVWINDOW.h"
 #include "ravolt/zlf.h"
 
 #include <algorithm>
@@ -138,19 +137,11 @@ bool RVBOX::setForemost(long) {
     return true;
 }
 
-RVWINDOW *RVBOX::findWindow() {
-    for (RVNODE *node = this; node; node = node->getParent())
-        if (RVWINDOW *window = ravolt::asWindow(node))
-            return window;
-    return nullptr;
-}
-
 bool RVBOX::checkBoundaries(int x, int y) {
     if (!checkStatus)
         return false;
-    RVWINDOW *const window = findWindow();
-    const bool inWindow = window && static_cast<RVBOX *>(window) != this;
-    if (inWindow && !window->checkBoundaries(x, y) && window->getChild(0) != this)
+    RVBOX *const window = ravolt::findWindow(*this);
+    if (window && window != this && !window->checkBoundaries(x, y) && window->getChild(0) != this)
         return false;
     const Z3MVECTOR2D parents = ravolt::parentsPosition(*this);
     const float left = parents.x + getPosition().x, top = parents.y + getPosition().y;
@@ -191,8 +182,8 @@ bool RVBOX::render(void *element) {
 
 // On purpose: without a window the rectangle is set, but not switched on.
 void RVBOX::beginScissor() {
-    if (RVWINDOW *window = findWindow())
-        window->enableScissor();
+    if (RVBOX *window = ravolt::findWindow(*this))
+        ravolt::enableWindowScissor(*window);
     else
         glScissor(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
 }

@@ -2,6 +2,7 @@
 
 #include "foundation/registry.h"
 #include "foundation/text.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVOPENGL.h"
 
 #include <cstring>

@@ -2,9 +2,10 @@
 
 #include "foundation/registry.h"
 #include "foundation/text.h"
+#include "gui/boxNodes.h"
 #include "ravolt/RVELEMENT.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVOPENGL.h"
-#include "ravolt/RVWINDOW.h"
 #include "ravolt/zlf.h"
 
 #include <cstdarg>
@@ -58,8 +59,8 @@ bool RVLABEL::render(void *element) {
     if (element)
         glLoadMatrixf(static_cast<const RVELEMENT *>(element)->getMatrix()->e);
     if (getScissorStatus())
-        if (RVWINDOW *window = findWindow())
-            window->enableScissor();
+        if (RVBOX *window = ravolt::findWindow(*this))
+            ravolt::enableWindowScissor(*window);
     if (font) {
         char expanded[sizeof text];
         ravolt::applyFormat(expanded, text);

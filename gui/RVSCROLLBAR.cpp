@@ -4,9 +4,7 @@
 
 #include "foundation/registry.h"
 #include "gui/boxNodes.h"
-#include "ravolt/RVHSCROLLBAR.h"
-#include "ravolt/RVVSCROLLBAR.h"
-#include "ravolt/zlf.h"
+#include "ravolt/RVBUTTON.h"
 
 #include <algorithm>
 #include <cmath>
@@ -139,44 +137,4 @@ bool RVSCROLLBAR::render(void *element) {
     if (RVBUTTON *button = cursorButton())
         setCursorLimits(*button);
     return RVBOX::render(element);
-}
-
-RVHSCROLLBAR::RVHSCROLLBAR() : RVSCROLLBAR(RV_NODE_TYPE_HSCROLLBAR, Axis::x) {}
-RVHSCROLLBAR::RVHSCROLLBAR(const RVHSCROLLBAR &other)
-    : RVSCROLLBAR(other, RV_NODE_TYPE_HSCROLLBAR) {}
-
-bool RVHSCROLLBAR::render(void *element) { return RVSCROLLBAR::render(element); }
-
-void RVHSCROLLBAR::setValue(float value) {
-    if (cursorButton())
-        moveCursor(value);
-    else
-        zlfLog("   [!] Invalid cursor reference @ RVHSCROLLBAR::setValue\n");
-}
-
-float RVHSCROLLBAR::getValue() {
-    if (cursorButton())
-        return readCursor();
-    zlfLog("   [!] Invalid cursor reference @ RVHSCROLLBAR::getValue\n");
-    return 0.0f;
-}
-
-RVVSCROLLBAR::RVVSCROLLBAR() : RVSCROLLBAR(RV_NODE_TYPE_VSCROLLBAR, Axis::y) {}
-RVVSCROLLBAR::RVVSCROLLBAR(const RVVSCROLLBAR &other)
-    : RVSCROLLBAR(other, RV_NODE_TYPE_VSCROLLBAR) {}
-
-bool RVVSCROLLBAR::render(void *element) { return RVSCROLLBAR::render(element); }
-
-void RVVSCROLLBAR::setValue(float value) {
-    if (cursorButton())
-        moveCursor(value);
-    else
-        zlfLog("   [!] Invalid cursor reference @ RVVSCROLLBAR::setValue\n");
-}
-
-float RVVSCROLLBAR::getValue() {
-    if (cursorButton())
-        return readCursor();
-    zlfLog("   [!] Invalid cursor reference @ RVVSCROLLBAR::getValue\n");
-    return 0.0f;
 }

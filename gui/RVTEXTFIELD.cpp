@@ -3,6 +3,7 @@
 #include "foundation/registry.h"
 #include "foundation/text.h"
 #include "ravolt/RAVOLT.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
 

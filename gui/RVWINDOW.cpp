@@ -3,6 +3,7 @@
 #include "foundation/registry.h"
 #include "foundation/text.h"
 #include "gui/boxNodes.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVVSCROLLBAR.h"

@@ -30,7 +30,7 @@ ctest --test-dir "$build" -L 'unit|trace|offscreen' -j "$jobs" --output-on-failu
     --no-tests=error || failed=1
 
 folders=()
-for folder in foundation math engine scene resources models video; do
+for folder in foundation math engine scene resources models effects gui video; do
     folders+=(--filter "$folder/")
 done
 gcovr --root . --object-directory "$build" "${folders[@]}" "$build" >"$build/lines.txt"

@@ -114,7 +114,7 @@ bool RAVOLT::Lifecycle::startClasses(RVSETTINGS &settings) {
          },
          "   [!] Rendering elements failed to initialize @ RAVOLT::init\n",
          [] { return RVELEMENT::free(); }},
-        {[](RVSETTINGS &) { return RVFONT::init(); },
+        {[](RVSETTINGS &) { return RVFONT::init() || (RVFONT::free(), false); },
          "   [!] Unable to initialize font class @ RAVOLT::init\n", [] { return RVFONT::free(); }},
         {[](RVSETTINGS &) { return RVMESH::init(); },
          "   [!] Unable to initialize mesh class @ RAVOLT::init\n", [] { return RVMESH::free(); }},

@@ -9,7 +9,6 @@
 
 class RVSHADER;
 class RVTEXTURE;
-class RVWINDOW;
 
 // A rectangle of the interface, and the base of all widgets: a fill with a texture or a program, a
 // bevelled border, and the state that RVELEMENT::manageGUIEvents reads and changes. Its position is
@@ -102,9 +101,6 @@ class RV_API RVBOX : public RVNODE {
     bool getScissorStatus() const { return scissorStatus; }
 
   protected:
-    // The box itself if it is a window, else the first window around it; NULL for none.
-    RVWINDOW *findWindow();
-
     // `color` with its red, green and blue multiplied, and another alpha.
     Z3MVECTOR4D shadeOf(float factor, float alpha) const;
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "ravolt/RVBOX.h"
-#include "ravolt/RVFONT.h"
 #include "ravolt/api.h"
+#include "ravolt/weakPointer.h"
+
+class RVFONT;
 
 // What a click does; see RVELEMENT::manageGUIEvents.
 enum RV_BUTTON_EVENT {

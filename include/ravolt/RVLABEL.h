@@ -1,8 +1,10 @@
 #pragma once
 
 #include "ravolt/RVBOX.h"
-#include "ravolt/RVFONT.h"
 #include "ravolt/api.h"
+#include "ravolt/weakPointer.h"
+
+class RVFONT;
 
 // A text without a background. It is not checked, so that the pointer passes through it.
 class RV_API RVLABEL : public RVBOX {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "ravolt/RVBOX.h"
-#include "ravolt/RVBUTTON.h"
 #include "ravolt/api.h"
+#include "ravolt/weakPointer.h"
+
+class RVBUTTON;
 
 // Additional: what RVHSCROLLBAR and RVVSCROLLBAR have in common: a thin track with a cursor, a
 // button that the pointer drags along it, and a value by the cursor's position. The cursor is child

@@ -18,7 +18,7 @@ from layers import (DIAGRAMS, DOCUMENT, FOLDER_OF_HEADER, LAYER, TOOL_LAYER, dia
 TOP_FOLDERS = sorted({folder.split("/")[0] for folder in LAYER} | {"include/ravolt"})
 
 # What a public header may include: headers by value, and nothing of SDL or of the inside.
-LEAVES = re.compile(r"^ravolt/(api|owned|vectorFamily|weakPointer|Z3M\w+|RV\w+_VERTEX)\.h$")
+LEAVES = re.compile(r"^ravolt/(api|owned|vectorFamily|weakPointer|Z3M\w+|RV\w+_VERTEX|RV\w+_HEADERS|RVBOXCOORD)\.h$")
 OPENGL_HEADERS = {"ravolt/RVOPENGL.h": {"GL/gl.h", "GL/glext.h"}}
 
 # Headers that the build makes, and that include nothing.

@@ -59,7 +59,8 @@ ROWS = [
              r"|(Enable|Disable)VertexAttribArray)ARB[(>]",
      "owners": ["resources/RVSHADER.cpp", "resources/shaderParameters.cpp"],
      "says": ["only", "programs"], "exceptions": {
-         ("effects/RVWATER.cpp", "glUniform1iARB"): "the tiling, a parameter of the two programs alone"}},
+         ("effects/RVWATER.cpp", "glUniform1iARB"): "the tiling, a parameter of the two programs alone",
+         ("effects/RVTERRAIN_CHUNK.cpp", ""): "the parameters of the one program alone"}},
     {"what": r"gl(Gen|Delete)BuffersARB[(>]|glBufferDataARB[(>]",
      "owners": ["engine/gl/bindings.h"], "says": ["only", "vertex buffers"],
      "exceptions": {}},
@@ -70,6 +71,7 @@ ROWS = [
          ("engine/frame/effects.cpp", ""): "the depth pass clears its targets",
          ("engine/frame/shadows.cpp", ""): "the shadow map is cleared",
          ("resources/blur.cpp", ""): "the luminance target is cleared",
+         ("effects/RVTERRAIN.cpp", ""): "the images of the water are cleared",
          ("engine/app/splash.cpp", ""): "drawn before the first frame"}},
     {"what": r"\bmpeg2\w*\(", "owners": ["video/decoder.cpp"], "says": ["only", "libmpeg2"],
      "exceptions": {}},
@@ -77,7 +79,7 @@ ROWS = [
 
 RECORDED = ["tests/support/coreFunctions.inc", "engine/gl/glEntryPoints.inc"]
 FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "effects",
-           "video"]
+           "gui", "video"]
 
 
 def read(root):

@@ -485,11 +485,11 @@ TEST_F(RveLoaderTest, PathIsPutInFrontOfTheName) {
     EXPECT_LOGGED("   [!] Invalid params or file not found @ RAVOLT::load");
 }
 
-TEST_F(RveLoaderTest, NamesWithXmlAnywhereHaveNoReaderYet) {
+TEST_F(RveLoaderTest, NamesWithXmlAnywhereAreThoseOfInterfaces) {
     for (const char *name : {"scene.xml", "scene.xml.rve", "SCENE.XML"}) {
         writeFile(name, bytesOf({{}, rootOver({})}));
         EXPECT_EQ(RAVOLT::load(name), nullptr) << name;
-        EXPECT_LOGGED_EXACTLY("   [!] No reader for XML scenes @ RAVOLT::load\n");
+        EXPECT_LOGGED("   [!] Unable to open file " + std::string(name) + " @ RAVOLT::loadXML");
     }
     writeFile("scene.Xml", bytesOf({{}, rootOver({})}));
     EXPECT_NE(RAVOLT::load("scene.Xml"), nullptr);

@@ -35,6 +35,15 @@ RVLABEL *asLabel(RVNODE *node) { return as<RVLABEL>(node, RV_NODE_TYPE_LABEL); }
 RVTEXTFIELD *asTextField(RVNODE *node) { return as<RVTEXTFIELD>(node, RV_NODE_TYPE_TEXTFIELD); }
 RVWINDOW *asWindow(RVNODE *node) { return as<RVWINDOW>(node, RV_NODE_TYPE_WINDOW); }
 
+RVBOX *findWindow(RVNODE &node) {
+    for (RVNODE *each = &node; each; each = each->getParent())
+        if (RVWINDOW *window = asWindow(each))
+            return window;
+    return nullptr;
+}
+
+void enableWindowScissor(RVBOX &window) { static_cast<RVWINDOW &>(window).enableScissor(); }
+
 Z3MVECTOR2D parentsPosition(const RVNODE &node) {
     Z3MVECTOR2D sum;
     for (const RVNODE *parent = node.getParent(); parent; parent = parent->getParent()) {
