@@ -27,7 +27,7 @@ std::string titleOf(Display *display, Window window) {
     return title;
 }
 
-// Windows of other programs may go while they are looked at.
+// Windows of other programs may be closed while they are read.
 int ignore(Display *, XErrorEvent *) { return 0; }
 
 } // namespace
@@ -52,7 +52,7 @@ struct OtherWindow::Connection {
         return window != 0;
     }
 
-    // SDL takes what follows at once for the keyboard's own repetition.
+    // Events without time between them are the keyboard's own repetition to SDL.
     void send(int type, KeyCode code) {
         XEvent event = {};
         event.xkey.type = type;
@@ -98,7 +98,7 @@ std::string OtherWindow::titleOnceItIs(const std::string &title) const {
     return seen;
 }
 
-bool OtherWindow::goes() const {
+bool OtherWindow::isClosed() const {
     return comesTrue([this] { return !connection->find(); });
 }
 

@@ -16,12 +16,12 @@ class OtherWindow {
     OtherWindow &operator=(const OtherWindow &) = delete;
 
     bool isThere() const;
-    // Presses and lets go. Names are X11's: "a", "Tab", "Prior".
+    // Presses and releases. Names are X11's: "a", "Tab", "Prior".
     void press(const std::string &key);
     // Waits some seconds for that title; returns the last one seen.
     std::string titleOnceItIs(const std::string &title) const;
-    // Waits some seconds; whether the window has gone.
-    bool goes() const;
+    // Waits some seconds; whether the window has been closed.
+    bool isClosed() const;
 
   private:
     struct Connection;

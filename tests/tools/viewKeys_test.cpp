@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <iterator>
+#include <optional>
 #include <string>
 #include <unistd.h>
 
@@ -16,31 +16,39 @@ using namespace tool_test;
 class ViewKeys : public ::testing::Test {
   protected:
     // Other tests have windows too.
-    const std::string file = "keys" + std::to_string(getpid()) + ".obj";
-    const std::string title = "ravolt - " + file + " - ";
+    const std::string number = std::to_string(getpid()), file = "keys" + number + ".obj",
+                      title = "ravolt - " + file + " - ";
 
-    void SetUp() override {
-        writeFile("m.mtl", "newmtl a\nKd 1 1 1\n");
-        writeFile(file, squareObj("m.mtl", "a"));
-    }
-
-    void startViewer(const std::string &before = "", const std::string &shown = "") const {
-        const std::string command = before + " '" RAVOLT_TOOL "' view " +
-                                    (shown.empty() ? file : shown) +
+    // Starts the viewer and finds its window by the title.
+    void open(const std::string &arguments, const std::string &part,
+              const std::string &before = "") {
+        writeSquare("Kd 1 1 1\n", file);
+        const std::string command = before + " '" RAVOLT_TOOL "' view " + arguments +
                                     " --seconds 60 --size 160x120 >said 2>&1 </dev/null &";
         ASSERT_EQ(std::system(command.c_str()), 0);
+        window.emplace(part);
+        ASSERT_TRUE(window->isThere());
     }
 
-    static std::string said() {
-        std::ifstream stream("said");
-        return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    // The output of a viewer that these keys end.
+    std::string said(const Lines &keys) {
+        for (const std::string &key : keys)
+            window->press(key);
+        EXPECT_TRUE(window->isClosed());
+        return readText("said");
     }
+
+    std::string saidAfter(const std::string &options, const Lines &keys,
+                          const std::string &before = "") {
+        open(file + options, title, before);
+        return HasFatalFailure() ? "" : said(keys);
+    }
+
+    std::optional<OtherWindow> window;
 };
 
-TEST_F(ViewKeys, OnX11SwitchEffectsWithWhatTheyNeedAndTheTitleTellsThem) {
-    startViewer();
-    OtherWindow window(title);
-    ASSERT_TRUE(window.isThere());
+TEST_F(ViewKeys, OnX11SwitchEffectsWithWhatTheyNeedAndTheTitleShowsThem) {
+    ASSERT_NO_FATAL_FAILURE(open(file, title));
     std::string lines;
     for (const auto &[key, names] : std::vector<std::pair<std::string, std::string>>{
              {"2", "spot light"},
@@ -51,114 +59,76 @@ TEST_F(ViewKeys, OnX11SwitchEffectsWithWhatTheyNeedAndTheTitleTellsThem) {
              {"7", "per-pixel lighting, spot light, shadows, floor, depth of field"},
              {"1", "spot light, floor, depth of field"},
              {"2", "floor, depth of field"}}) {
-        window.press(key);
-        EXPECT_EQ(window.titleOnceItIs(title + names), title + names);
+        window->press(key);
+        EXPECT_EQ(window->titleOnceItIs(title + names), title + names);
         lines += "effects: " + names + "\n";
     }
-    window.press("q");
-    EXPECT_TRUE(window.goes());
-    EXPECT_EQ(said(), lines);
+    EXPECT_EQ(said({"q"}), lines);
 }
 
 TEST_F(ViewKeys, OnX11ChangeTheNumbersOfTheEffectsThatAreOn) {
-    startViewer("", file + " --brightness 2");
-    OtherWindow window(title);
-    ASSERT_TRUE(window.isThere());
-    for (const char *key : {"5", "Tab", "Prior", "Prior", "Next", "Home", "Tab", "Next", "q"})
-        window.press(key);
-    EXPECT_TRUE(window.goes());
-    EXPECT_EQ(said(), "effects: per-pixel lighting, bloom\n--bloom-intensity 0.5\n"
-                      "--bloom-intensity 0.6\n--bloom-intensity 0.7\n--bloom-intensity 0.6\n"
-                      "--bloom-intensity 0.5\n--brightness 2\n--brightness 1.75\n");
+    EXPECT_EQ(saidAfter(" --brightness 2",
+                        {"5", "Tab", "Prior", "Prior", "Next", "Home", "Tab", "Next", "q"}),
+              "effects: per-pixel lighting, bloom\n--bloom-intensity 0.5\n"
+              "--bloom-intensity 0.6\n--bloom-intensity 0.7\n--bloom-intensity 0.6\n"
+              "--bloom-intensity 0.5\n--brightness 2\n--brightness 1.75\n");
 }
 
-TEST_F(ViewKeys, OnX11BringBloomWithABrightnessAndTakeItAwayAgain) {
-    startViewer();
-    OtherWindow window(title);
-    ASSERT_TRUE(window.isThere());
-    for (const char *key : {"5", "Tab", "Tab", "5", "Tab", "q"}) // the brightness, both times
-        window.press(key);
-    EXPECT_TRUE(window.goes());
-    const std::string text = said(), number = "--brightness ";
-    const std::size_t with = text.find(number), without = text.rfind(number);
+TEST_F(ViewKeys, OnX11SwitchBloomWithABrightness) {
+    // The brightness, both times.
+    const std::string text = saidAfter("", {"5", "Tab", "Tab", "5", "Tab", "q"}),
+                      option = "--brightness ";
+    const std::size_t with = text.find(option), without = text.rfind(option);
     ASSERT_NE(with, std::string::npos);
-    EXPECT_GT(std::stod(text.substr(with + number.size())), 1.1) << text;
+    EXPECT_GT(std::stod(text.substr(with + option.size())), 1.1) << text;
     EXPECT_EQ(text.substr(without), "--brightness 1\n") << text;
 }
 
-TEST_F(ViewKeys, OnX11SayWhatTheDisplayCannotDo) {
-    startViewer("MESA_EXTENSION_OVERRIDE=-GL_ARB_texture_float");
-    OtherWindow window(title);
-    ASSERT_TRUE(window.isThere());
-    for (const char *key : {"5", "7", "2", "l", "q"})
-        window.press(key);
-    EXPECT_TRUE(window.goes());
-    EXPECT_EQ(said(),
+TEST_F(ViewKeys, OnX11PrintWhatTheDisplayDoesNotSupport) {
+    EXPECT_EQ(saidAfter("", {"5", "7", "2", "l", "c", "q"},
+                        "MESA_EXTENSION_OVERRIDE=-GL_ARB_texture_float"),
               "bloom: this display cannot do it\ndepth of field: this display cannot do it\n"
-              "effects: spot light\nlights: the spot light stands in for the rigs\n");
+              "effects: spot light\nlights: the spot light stands in for the rigs\n"
+              "clip: there are none\n");
 }
 
 TEST_F(ViewKeys, OnX11ShowTheListOfKeys) {
-    startViewer();
-    OtherWindow window(title);
-    ASSERT_TRUE(window.isThere());
-    for (const char *key : {"h", "l", "Escape"})
-        window.press(key);
-    EXPECT_TRUE(window.goes());
-    EXPECT_NE(said().find("  5       bloom\n"), std::string::npos) << said();
-    EXPECT_NE(said().find("lights: headlight\n"), std::string::npos) << said();
+    const std::string text = saidAfter("", {"h", "l", "Escape"});
+    EXPECT_NE(text.find("  5       bloom\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("lights: headlight\n"), std::string::npos) << text;
 }
 
-// A frame lasts ten seconds here, so that the clip does not go on by itself.
+// A frame lasts ten seconds here, so that the clip does not advance by itself.
 TEST_F(ViewKeys, OnX11ChooseClipsAndStepThroughThem) {
-    const std::string model = "clip" + std::to_string(getpid()) + ".x";
+    const std::string model = "clip" + number + ".x", named = "ravolt - " + model + " - ";
     writeMovingSquare(model);
-    startViewer("", model + " --fps 0.1");
-    const std::string named = "ravolt - " + model + " - ";
-    OtherWindow window(named);
-    ASSERT_TRUE(window.isThere());
-    const auto shows = [&](const std::string &state) {
-        const std::string whole = named + state + " - no effects";
-        EXPECT_EQ(window.titleOnceItIs(whole), whole);
-    };
-    shows("rise 0/1");
+    ASSERT_NO_FATAL_FAILURE(open(model + " --fps 0.1", named));
+    std::string lines;
     for (const auto &[key, state] :
-         std::vector<std::pair<std::string, std::string>>{{"period", "rise 1/1"},
+         std::vector<std::pair<std::string, std::string>>{{"", "rise 0/1"},
+                                                          {"period", "rise 1/1"},
                                                           {"period", "rise 0/1"},
                                                           {"comma", "rise 1/1"},
                                                           {"c", "no clip"},
                                                           {"c", "rise 0/1"},
                                                           {"x", "no clip"},
                                                           {"x", "rise 0/1"}}) {
-        window.press(key);
-        shows(state);
+        if (!key.empty()) {
+            window->press(key);
+            lines += "clip: " + state + "\n";
+        }
+        const std::string whole = named + state + " - no effects";
+        EXPECT_EQ(window->titleOnceItIs(whole), whole);
     }
-    for (const char *key : {"k", "k", "q"})
-        window.press(key);
-    EXPECT_TRUE(window.goes());
-    EXPECT_EQ(said(), "clip: rise 1/1\nclip: rise 0/1\nclip: rise 1/1\nclip: no clip\n"
-                      "clip: rise 0/1\nclip: no clip\nclip: rise 0/1\nclip: rise 0/1\n"
-                      "clip: rise 0/1, standing still\n");
+    EXPECT_EQ(said({"k", "k", "q"}), lines + "clip: rise 0/1\nclip: rise 0/1, standing still\n");
 }
 
 TEST_F(ViewKeys, OnX11PlayClips) {
-    const std::string model = "play" + std::to_string(getpid()) + ".x";
+    const std::string model = "play" + number + ".x";
     writeMovingSquare(model);
-    startViewer("", model + " --fps 10");
-    OtherWindow window("ravolt - " + model + " - rise 1/1 - no effects");
-    EXPECT_TRUE(window.isThere());
-    window.press("q");
-    EXPECT_TRUE(window.goes());
-}
-
-TEST_F(ViewKeys, OnX11SayThatThereIsNoClip) {
-    startViewer();
-    OtherWindow window(title);
-    ASSERT_TRUE(window.isThere());
-    window.press("c");
-    window.press("q");
-    EXPECT_TRUE(window.goes());
-    EXPECT_EQ(said(), "clip: there are none\n");
+    ASSERT_NO_FATAL_FAILURE(
+        open(model + " --fps 10", "ravolt - " + model + " - rise 1/1 - no effects"));
+    said({"q"});
 }
 
 } // namespace
