@@ -13,6 +13,7 @@
 #include <memory>
 #include <new>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -313,62 +314,48 @@ TEST_F(Anim, KeyframesRequireARangeWithinTheClipAndItsStorage) {
     }
 }
 
-// A frame of a clip of one bone.
+// The frames of a clip of one bone and the one after the last: a number, with "k" if it is a key.
 struct ReferenceFrame {
     bool set;
     float value;
 };
-constexpr ReferenceFrame key(float value) { return {true, value}; }
-constexpr ReferenceFrame other(float value) { return {false, value}; }
+std::vector<ReferenceFrame> framesOf(const std::string &text) {
+    std::vector<ReferenceFrame> frames;
+    std::istringstream words(text);
+    for (std::string word; words >> word;)
+        frames.push_back({word.back() == 'k', std::stof(word)});
+    return frames;
+}
 
 TEST_F(Anim, FramesBetweenTheKeysAreSteps) {
     const struct {
-        const char *name;
-        std::vector<ReferenceFrame> before;
-        std::vector<float> after;
-        unsigned int frames, first, last;
+        const char *what, *before, *after;
+        unsigned int first, last;
     } rows[] = {
-        {"quarters",
-         {key(10), other(0), other(0), other(0), key(50)},
-         {10, 20, 30, 40, 50},
-         5,
-         0,
-         4},
-        {"neighbouring keys write nothing", {key(1), key(5), key(2)}, {1, 5, 2}, 3, 0, 2},
-        {"two frames that are no keys are neighbours too", {other(1), other(9)}, {1, 9}, 2, 0, 1},
-        {"a first frame that is no key takes a step itself",
-         {other(0), other(0), other(0), other(0), key(8)},
-         {2, 4, 6, 8, 8},
-         5,
-         0,
-         4},
-        {"the last frame is a key in any case",
-         {key(4), other(0), other(0), other(0), other(0)},
-         {4, 3, 2, 1, 0},
-         5,
-         0,
-         4},
-        {"frames outside of the range do not change",
-         {other(9), other(9), key(0), other(9), other(9), key(3), other(9), other(9)},
-         {9, 9, 0, 1, 2, 3, 9, 9},
-         7,
-         2,
-         5},
-        {"the frame after the last is an end", {key(0), other(0), key(2)}, {0, 1, 2}, 2, 0, 2},
+        {"quarters", "10k 0 0 0 50k 0", "10 20 30 40 50 0", 0, 4},
+        {"neighbouring keys write nothing", "1k 5k 2k 0", "1 5 2 0", 0, 2},
+        {"frames that are no keys are neighbours too", "1 9 0", "1 9 0", 0, 1},
+        {"a first frame that is no key takes a step itself", "0 0 0 0 8k 0", "2 4 6 8 8 0", 0, 4},
+        {"the last frame is a key in any case", "4k 0 0 0 0 9", "4 3 2 1 0 9", 0, 4},
+        {"others do not change", "9 9 0k 9 9 3k 9 9 9", "9 9 0 1 2 3 9 9 9", 2, 5},
+        {"the frame after the last is an end", "0k 0 0 3k", "0 1 2 3", 0, 3},
     };
     for (const auto &row : rows) {
-        SCOPED_TRACE(row.name);
-        size(2, row.frames);
-        for (unsigned int frame = 0; frame < row.before.size(); ++frame) {
-            const auto &[set, value] = row.before[frame];
+        SCOPED_TRACE(row.what);
+        const std::vector<ReferenceFrame> before = framesOf(row.before),
+                                          after = framesOf(row.after);
+        ASSERT_EQ(before.size(), after.size());
+        size(2, static_cast<unsigned int>(before.size() - 1));
+        for (unsigned int frame = 0; frame < before.size(); ++frame) {
+            const auto &[set, value] = before[frame];
             entry(frame, 0) = {{value, -value, 2 * value}, {float(frame), 1, 2}, set};
         }
         EXPECT_TRUE(clip.createKeyframes(row.first, row.last));
-        for (unsigned int frame = 0; frame < row.before.size(); ++frame) {
-            const float value = row.after[frame];
+        for (unsigned int frame = 0; frame < before.size(); ++frame) {
+            const float value = after[frame].value;
             EXPECT_TRUE(isVector(clip.getFrameRotation(frame, 0), value, -value, 2 * value));
             EXPECT_TRUE(isVector(entry(frame, 0).translation, float(frame), 1, 2));
-            EXPECT_EQ(entry(frame, 0).set, row.before[frame].set);
+            EXPECT_EQ(entry(frame, 0).set, before[frame].set);
             EXPECT_TRUE(isVector(clip.getFrameRotation(frame, 1), 0, 0, 0));
         }
     }

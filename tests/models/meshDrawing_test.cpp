@@ -80,23 +80,6 @@ TEST_F(MeshDrawingTest, BuffersAndOwnMemoryGiveTheSamePicture) {
     EXPECT_EQ(differenceOf(pictures[0], pictures[1]).maximum, 0);
 }
 
-TEST_F(MeshDrawingTest, SkinnedMeshFollowsItsBoneInThePicture) {
-    RveNode square = inFront(squareMesh("square", "[none]", 0.25f));
-    for (RveVector &vertex : square.mesh.vertices)
-        vertex[2] = -5; // bound in this position
-    square.mesh.skin = skinOf({"bone"});
-    RVNODE *root = loadScene({square, emptyMesh("bone")});
-    glColor4f(1, 0, 0, 1);
-    drawFrame(nullptr, root);
-    EXPECT_PIXEL(centre(), red, 1);
-
-    meshNamed("bone")->setPosition(1, 0, 0);
-    drawFrame(nullptr, root);
-    EXPECT_PIXEL(centre(), black, 1);
-    // One unit at a distance of five, with a half height of 5 x tan(22.5 degrees).
-    EXPECT_PIXEL(pixelAt(width / 2 + 23, height / 2), red, 1);
-}
-
 // The contents of a buffer in the driver.
 std::vector<float> floatsOfBuffer(unsigned int buffer, std::size_t count) {
     const auto readBuffer = reinterpret_cast<PFNGLGETBUFFERSUBDATAARBPROC>(
@@ -167,20 +150,6 @@ TEST_F(MeshDrawingTest, NormalsAreVisible) {
         for (int x = 0; x < width; ++x)
             green += picture.at(x, y).green > 20 && picture.at(x, y).red == 0;
     EXPECT_GT(green, 40u);
-}
-
-TEST_F(MeshDrawingTest, SelectFindsTheMeshAtAPixel) {
-    RveNode left = inFront(squareMesh("left", "[none]", 0.5f));
-    RveNode right = left;
-    left.position[0] = -1;
-    right.position[0] = 1;
-    right.name = "right";
-    RVNODE *root = loadScene({left, right});
-    meshNamed("right")->setAuxId(0x00123456);
-    drawFrame(nullptr, root);
-    EXPECT_EQ(RAVOLT::select(width / 2 - 23, height / 2), meshNamed("left")->getId());
-    EXPECT_EQ(RAVOLT::select(width / 2 + 23, height / 2), 0x00123456u);
-    EXPECT_EQ(RAVOLT::select(width / 2, height / 2), 0u);
 }
 
 } // namespace

@@ -12,7 +12,6 @@
 #include "tools/writers/rvaWriter.h"
 
 #include <bit>
-#include <cstring>
 #include <filesystem>
 #include <random>
 
@@ -69,31 +68,11 @@ RvaClip randomClip(std::size_t bones, std::size_t frames, unsigned int seed = 7)
     return clip;
 }
 
-bool sameBits(const Z3MVECTOR3D &vector, const std::array<float, 3> &floats) {
-    return std::memcmp(&vector, floats.data(), sizeof floats) == 0;
+// All that a clip contains.
+Bytes contentsOf(const RVANIM &clip) {
+    const auto *bytes = reinterpret_cast<const unsigned char *>(&clip);
+    return Bytes(bytes, bytes + sizeof clip);
 }
-
-// The contents of a clip, for comparisons: every 64th of its frames.
-struct Contents {
-    explicit Contents(RVANIM &clip)
-        : fileName(clip.getFilename()), bones(clip.getNumberOfBones()),
-          frames(clip.getNumberOfFrames()), translating(clip.getTranslating()) {
-        for (unsigned int bone = 0; bone < RV_ANIM_BONES; ++bone)
-            names.push_back(clip.getBoneName(bone));
-        for (unsigned int frame = 0; frame <= RV_ANIM_FRAMES; frame += 64) {
-            const unsigned char *row =
-                reinterpret_cast<const unsigned char *>(clip.getKeyframe(frame, 0));
-            entries.insert(entries.end(), row, row + RV_ANIM_BONES * sizeof(RVBONEFRAME));
-        }
-    }
-    friend bool operator==(const Contents &, const Contents &) = default;
-
-    std::string fileName;
-    unsigned int bones, frames;
-    bool translating;
-    std::vector<std::string> names;
-    Bytes entries;
-};
 
 class RvaFile : public RecorderTest {
   protected:
@@ -109,32 +88,21 @@ class RvaFile : public RecorderTest {
         return clip.load("clip.rva");
     }
 
-    void expectLoaded(const RvaClip &expected) {
-        ASSERT_EQ(clip.getNumberOfBones(), expected.bones.size());
-        ASSERT_EQ(clip.getNumberOfFrames(), expected.frames.size());
-        for (unsigned int bone = 0; bone < expected.bones.size(); ++bone)
-            EXPECT_EQ(clip.getBoneName(bone), expected.bones[bone]);
-        for (unsigned int frame = 0; frame < expected.frames.size(); ++frame)
-            for (unsigned int bone = 0; bone < expected.bones.size(); ++bone) {
-                const RVBONEFRAME &entry = *clip.getKeyframe(frame, bone);
-                const RvaEntry &wanted = expected.frames[frame][bone];
-                ASSERT_TRUE(sameBits(entry.rotation, wanted.rotation));
-                ASSERT_TRUE(sameBits(entry.translation, wanted.translation));
-                ASSERT_EQ(entry.set, wanted.set);
-            }
-    }
-
+    // Saved, the loaded clip is the same file again.
     void expectLoads(const RvaClip &expected) {
-        EXPECT_TRUE(loadBytes(bytesOf(expected)));
-        expectLoaded(expected);
+        const Bytes bytes = bytesOf(expected);
+        EXPECT_TRUE(loadBytes(bytes));
+        EXPECT_TRUE(clip.save("saved.rva"));
+        EXPECT_LOGGED_EXACTLY(loaded + saving);
+        EXPECT_TRUE(readFile("saved.rva") == bytes);
     }
 
     // The file is refused with these lines, and the clip does not change.
     void expectRefused(const Bytes &bytes, const std::string &lines = corrupted) {
-        const Contents before(clip);
+        const Bytes before = contentsOf(clip);
         EXPECT_FALSE(loadBytes(bytes));
         EXPECT_LOGGED_EXACTLY(lines);
-        EXPECT_TRUE(before == Contents(clip));
+        EXPECT_TRUE(before == contentsOf(clip));
     }
 
     RVANIM &clip; // the registry's
@@ -142,24 +110,25 @@ class RvaFile : public RecorderTest {
 
 // --- Loading
 
-TEST_F(RvaFile, LoadReadsEverything) {
-    expectLoads(randomClip(5, 9));
-    EXPECT_LOGGED_EXACTLY(loaded);
+TEST_F(RvaFile, EverythingIsLoadedAndSaved) {
+    for (const auto &[bones, frames] :
+         {std::pair{0u, 0u}, {3u, 0u}, {0u, 4u}, {1u, 1u}, {5u, 9u}, {2u, 1024u}, {128u, 1024u}}) {
+        SCOPED_TRACE(testing::Message() << bones << ", " << frames);
+        expectLoads(randomClip(bones, frames, bones + frames));
+        EXPECT_EQ(clip.getNumberOfBones(), bones);
+        EXPECT_EQ(clip.getNumberOfFrames(), frames);
+    }
     EXPECT_STREQ(clip.getFilename(), "clip.rva");
     EXPECT_EQ(RVANIM::findByFilename("clip.rva"), &clip);
     EXPECT_FALSE(clip.getTranslating());
-    for (const auto &[bones, frames] : {std::pair{128, 1024}, {0, 0}, {3, 0}, {0, 4}})
-        expectLoads(randomClip(bones, frames));
 }
 
 TEST_F(RvaFile, SeparatorAndBytesAfterTheEndAreIgnoredAndAnyNumberBut0MakesAKey) {
-    const RvaClip wanted = randomClip(1, 1);
-    Bytes bytes = bytesOf(wanted);
+    Bytes bytes = bytesOf(randomClip(1, 1));
     for (const unsigned char set : {0, 1, 2, 26, 128, 255}) {
         bytes[separatorAt] = bytes.back() = set;
         EXPECT_TRUE(loadBytes(bytes + Bytes(1000, 255)));
         EXPECT_EQ(clip.getKeyframe(0, 0)->set, set != 0);
-        EXPECT_TRUE(sameBits(clip.getKeyframe(0, 0)->rotation, wanted.frames[0][0].rotation));
     }
 }
 
@@ -201,8 +170,10 @@ TEST_F(RvaFile, LongFileNamesAreCutInTheClip) {
 TEST_F(RvaFile, NamesOf255CharactersLoadAndLongerOnesAreRefused) {
     RvaClip wanted = randomClip(3, 1);
     wanted.bones[1] = std::string(255, 'n');
-    expectLoads(wanted);
     Bytes bytes = bytesOf(wanted);
+    EXPECT_TRUE(loadBytes(bytes));
+    for (unsigned int bone = 0; bone < 3; ++bone)
+        EXPECT_EQ(clip.getBoneName(bone), wanted.bones[bone]);
     bytes.insert(bytes.begin() + namesAt + static_cast<long>(wanted.bones[0].size()) + 1, 'n');
     expectRefused(bytes);
     bytes.resize(namesAt);
@@ -245,10 +216,10 @@ TEST_F(RvaFile, ByteSetToExtremesIsRefusedOrLoadsWhole) {
             SCOPED_TRACE(testing::Message() << "byte " << at << " = " << int{value});
             Bytes bytes = whole;
             bytes[at] = value;
-            const Contents before(clip);
+            const Bytes before = contentsOf(clip);
             const bool loads = loadBytes(bytes);
             EXPECT_LOGGED_EXACTLY(loads ? loaded : at < separatorAt ? invalidHeader : corrupted);
-            EXPECT_TRUE(loads || before == Contents(clip));
+            EXPECT_TRUE(loads || before == contentsOf(clip));
             ++(loads ? good : refused);
             if (HasFailure())
                 return;
@@ -279,33 +250,20 @@ TEST_F(RvaFile, FileThatCannotBeReadWholeIsRefused) {
         const ShortReads shortReads;
         expectRefused(bytes, loading + "   [!] Corrupted file clip.rva @ RVANIM::load\n");
     }
-    const Contents before(clip);
+    const Bytes before = contentsOf(clip);
     writeFile("clip.rva", bytes);
     markLog();
     recorder.failAllocation(bytes.size());
     EXPECT_FALSE(clip.load("clip.rva"));
     recorder.allocationsWork();
     EXPECT_LOGGED_EXACTLY(loading + "   [!] Out of memory for file clip.rva @ RVANIM::load\n");
-    EXPECT_TRUE(before == Contents(clip));
+    EXPECT_TRUE(before == contentsOf(clip));
     EXPECT_TRUE(clip.load("clip.rva"));
 }
 
 // --- Saving
 
-TEST_F(RvaFile, SaveWritesWhatTheWriterWrites) {
-    for (const auto &[bones, frames] :
-         {std::pair{0u, 0u}, {1u, 1u}, {5u, 3u}, {128u, 2u}, {2u, 1024u}, {128u, 1024u}}) {
-        SCOPED_TRACE(testing::Message() << bones << ", " << frames);
-        const Bytes bytes = bytesOf(randomClip(bones, frames, bones + frames));
-        ASSERT_TRUE(loadBytes(bytes));
-        markLog();
-        EXPECT_TRUE(clip.save("saved.rva"));
-        EXPECT_LOGGED_EXACTLY(saving);
-        EXPECT_TRUE(readFile("saved.rva") == bytes);
-    }
-}
-
-TEST_F(RvaFile, ClipMadeBySettersIsSavedAndLoadsAgain) {
+TEST_F(RvaFile, ClipMadeBySettersIsSaved) {
     clip.setNumberOfBones(2);
     clip.setNumberOfFrames(3);
     clip.setBoneName(0, "hips");
@@ -322,12 +280,6 @@ TEST_F(RvaFile, ClipMadeBySettersIsSavedAndLoadsAgain) {
     wanted.frames[2][0].rotation = {20, 40, 60};
     wanted.frames[2][1].translation = {1, 2, 3};
     EXPECT_EQ(readFile("saved.rva"), bytesOf(wanted));
-    EXPECT_EQ(readFile("saved.rva")[separatorAt], 0x1a);
-
-    RVANIM &other = *new RVANIM;
-    EXPECT_TRUE(other.load("saved.rva"));
-    EXPECT_TRUE(other.save("again.rva"));
-    EXPECT_EQ(readFile("again.rva"), readFile("saved.rva"));
 }
 
 TEST_F(RvaFile, SaveReplacesTheFileOfThatNameAloneAndDoesNotStoreTheName) {

@@ -1,4 +1,5 @@
-// Many skinned meshes in a frame, skinned by the processor and by a program.
+// Meshes skinned by the processor and by a program, one and many in a frame, against the reference,
+// with a real driver: the matrices are OpenGL's own.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
@@ -103,23 +104,30 @@ class CharactersTest : public EngineTest, public testing::WithParamInterface<Way
         RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
         const unsigned int vertices = mesh.getNumberOfVertices();
         std::vector<Transform> program;
-        std::vector<Z3MVECTOR3D> client;
+        std::vector<Z3MVECTOR3D> points, normals;
         if (byProgram()) {
             program = bonesOfProgram(calls);
             ASSERT_EQ(program.size(), skin.bones.size());
         } else {
-            client = clientArray(GL_VERTEX_ARRAY_POINTER, vertices);
-            ASSERT_EQ(client.size(), vertices);
+            points = clientArray(GL_VERTEX_ARRAY_POINTER, vertices);
+            normals = clientArray(GL_NORMAL_ARRAY_POINTER, vertices);
+            ASSERT_EQ(points.size(), vertices);
+            ASSERT_EQ(normals.size(), vertices);
         }
         const std::vector<Transform> bones = binding.bonesNow(mesh);
         for (unsigned int v = 0; v < vertices; ++v) {
+            SCOPED_TRACE(v);
             const Influences influences = influencesOf(skin, v);
             const Z3MVECTOR3D &vertex = mesh.getVertexPtr()[v];
             const Vector wanted = skinnedPoint(bones, vertex, influences);
-            if (byProgram())
+            if (byProgram()) {
                 expectNear(skinnedPoint(program, vertex, influences), wanted, 2e-4);
-            else
-                expectNear(client[v], wanted, 2e-4);
+                continue;
+            }
+            expectNear(points[v], wanted, 1e-4);
+            // On purpose: they are not normalized again.
+            expectNear(normals[v],
+                       skinnedDirection(bones, mesh.getVertexNormalPtr()[v], influences), 1e-5);
         }
     }
 };
@@ -141,48 +149,89 @@ RveNode squareAt(RveNode square, float y) {
     return square;
 }
 
-// --- Clips on characters
+// --- Poses and clips
 
-// Hips, spine and head, and a mesh of random triangles that they skin.
+RveNode joint(const std::string &name, RveVector position, RveVector rotation,
+              std::vector<RveNode> children = {}) {
+    RveNode node = placed(emptyMesh(name, position, std::move(children)), position, rotation);
+    node.origin = {0.25f, -0.5f, 0.125f};
+    return node;
+}
+
+// Five bones beside a mesh of random triangles that they skin.
 class Character {
   public:
-    Character() {
-        std::mt19937 random(2718);
+    explicit Character(unsigned int weightsPerVertex = 4) {
+        std::mt19937 random(4711);
         std::uniform_real_distribution<float> coordinate(-2.0f, 2.0f), weight(0.1f, 1.0f);
-        skin.weightsPerVertex = 4;
-        skin.bones = {"hips", "spine", "head"};
-        for (unsigned int v = 0; v < 30; ++v) {
-            vertices.push_back({coordinate(random), coordinate(random), coordinate(random)});
-            float weights[4], sum = 0;
+        mesh.mesh.skin = {weightsPerVertex, {}, {}, {"hips", "spine", "head", "arm", "leg"}};
+        for (std::uint16_t v = 0; v < 60; ++v) {
+            mesh.mesh.vertices.push_back(
+                {coordinate(random), coordinate(random), coordinate(random)});
+            const float x = coordinate(random), y = coordinate(random);
+            const float length = std::hypot(x, y, 0.5f);
+            mesh.mesh.normals.push_back({x / length, y / length, 0.5f / length});
+            std::vector<float> weights(weightsPerVertex);
+            float sum = 0;
             for (float &each : weights)
                 sum += each = weight(random);
             for (const float each : weights) {
-                skin.boneIndices.push_back(static_cast<std::uint8_t>(random() % 3));
-                skin.boneWeights.push_back(each / sum);
+                mesh.mesh.skin.boneIndices.push_back(static_cast<std::uint8_t>(random() % 5));
+                mesh.mesh.skin.boneWeights.push_back(each / sum);
             }
+            if (v % 3 == 2)
+                mesh.mesh.faces.push_back(
+                    {static_cast<std::uint16_t>(v - 2), static_cast<std::uint16_t>(v - 1), v});
         }
     }
 
+    // The bones and the mesh under a node of this name.
     RveNode node(const std::string &name) const {
-        RveNode mesh = emptyMesh("skin", {0.25f, 0.5f, 0});
-        mesh.mesh.skin = skin;
-        mesh.mesh.vertices = vertices;
-        mesh.mesh.normals.assign(vertices.size(), {0, 0, 1});
-        for (std::uint16_t v = 0; v < 30; v = static_cast<std::uint16_t>(v + 3))
-            mesh.mesh.faces.push_back(
-                {v, static_cast<std::uint16_t>(v + 1), static_cast<std::uint16_t>(v + 2)});
-        return nodeNamed(
-            name,
-            {emptyMesh("hips", {0, 1, 0},
-                       {emptyMesh("spine", {0, 1, 0.5f}, {emptyMesh("head", {0.5f, 1.5f, 0})})}),
-             mesh});
+        RveNode figure = nodeNamed(name, {joint("hips", {0, 1, 0}, {5, 10, 15},
+                                                {joint("spine", {0, 1, 0.5f}, {20, 0, -10},
+                                                       {joint("head", {0, 1.5f, 0}, {0, 45, 0}),
+                                                        joint("arm", {1, 0.5f, 0}, {0, 0, -60})}),
+                                                 joint("leg", {-0.5f, -1, 0}, {-30, 5, 0})}),
+                                          mesh});
+        figure.position = {3, -2, 1};
+        figure.origin = {0.5f, 0.5f, 0.5f};
+        return figure;
     }
-
-    RveSkin skin;
+    const RveSkin &skin() const { return mesh.mesh.skin; }
 
   private:
-    std::vector<RveVector> vertices;
+    RveNode mesh = placed(emptyMesh("skin"), {0.5f, 1.0f, -0.25f}, {15, -25, 40});
 };
+
+// Without a HumanoidRoot the top of the tree is used instead.
+TEST_P(CharactersTest, MovedBonesSkinTheMeshAsTheReferenceDoes) {
+    for (const unsigned int weights : {4u, 1u, 2u, 3u, 6u})
+        for (const char *name : {"HumanoidRoot", "figure"}) {
+            if (byProgram() && weights != 4)
+                continue;
+            SCOPED_TRACE(testing::Message() << weights << " weights under " << name);
+            const Character character(weights);
+            RVNODE *root = loadScene({nodeNamed("crowd", {character.node(name)})});
+            const auto expectPose = [&](const Binding &binding) {
+                expectFrame({root}, {root}, character.skin(), {binding});
+            };
+            const Binding binding(*root, character.skin().bones);
+            RVNODE::findByName("crowd")->setPosition(10, 20, 30);
+            const Z3MVECTOR3D before = skinUnder(*root).getVertexPtr()[7];
+            expectPose(binding);
+            meshNamed("hips")->rotate(0, 30, 0);
+            meshNamed("hips")->move(0.2f, 0.1f, -0.3f);
+            meshNamed("spine")->rotate(-15, 0, 25);
+            meshNamed("head")->rotate(10, -80, 5);
+            meshNamed("arm")->rotate(45, 45, 45);
+            meshNamed("leg")->rotate(60, 0, 0);
+            expectPose(binding);
+            EXPECT_TRUE(skinUnder(*root).getVertexPtr()[7] == before);
+            EXPECT_TRUE(skinUnder(*root).resetBones(root)); // binds it in this pose
+            expectPose(Binding(*root, character.skin().bones));
+            RVNODE::cleanUp();
+        }
+}
 
 // Random turns and moves of the mesh's bones.
 RVANIM &randomClip(const RVMESH *mesh, unsigned int seed, bool translating) {
@@ -204,8 +253,8 @@ TEST_P(CharactersTest, TwoOfTheSameBoneNamesPlayTheirOwnClips) {
     const Character character;
     const RveScene file{{}, rootOver({character.node("HumanoidRoot")})};
     const std::vector<RVNODE *> roots{loadScene(file), loadScene(file)};
-    const std::vector<Binding> bindings{{*roots[0], character.skin.bones},
-                                        {*roots[1], character.skin.bones}};
+    const std::vector<Binding> bindings{{*roots[0], character.skin().bones},
+                                        {*roots[1], character.skin().bones}};
     const RVANIM &walk = randomClip(&skinUnder(*roots[0]), 1, false);
     const RVANIM &jump = randomClip(&skinUnder(*roots[1]), 2, true);
     roots[1]->setPosition(5, -3, -20);
@@ -214,7 +263,7 @@ TEST_P(CharactersTest, TwoOfTheSameBoneNamesPlayTheirOwnClips) {
         SCOPED_TRACE(frame);
         EXPECT_TRUE(walk.apply(5 * frame, roots[0]));
         EXPECT_TRUE(jump.apply(19 - 7 * frame, roots[1]));
-        expectFrame(roots, roots, character.skin, bindings);
+        expectFrame(roots, roots, character.skin(), bindings);
     }
 }
 
@@ -225,43 +274,13 @@ TEST_P(CharactersTest, SecondCharacterOfAFileRequiresAResetOfItsBones) {
     RVNODE *const root =
         loadScene({character.node("first"), placed(character.node("second"), {4, 0, 0})});
     const std::vector<RVNODE *> own{RVNODE::findByName("first"), RVNODE::findByName("second")};
-    const std::vector<Binding> bindings{{*own[0], character.skin.bones},
-                                        {*own[1], character.skin.bones}};
+    const std::vector<Binding> bindings{{*own[0], character.skin().bones},
+                                        {*own[1], character.skin().bones}};
     EXPECT_TRUE(skinUnder(*own[1]).resetBones(own[1]));
     const RVANIM &clip = randomClip(&skinUnder(*root), 3, true);
     EXPECT_TRUE(clip.apply(2, own[0]));
     EXPECT_TRUE(clip.apply(17, own[1]));
-    expectFrame({root}, own, character.skin, bindings);
-}
-
-TEST_P(CharactersTest, ClipsMoveThePicture) {
-    RVNODE *roots[2];
-    for (RVNODE *&root : roots) {
-        root = loadScene(
-            {nodeNamed("HumanoidRoot", {emptyMesh("arm"), squareOn("arm", "skin", 0.5f)})});
-        root->setPosition(0, 0, -10);
-    }
-    skinUnder(*roots[0]).setAuxId(0x000000ff); // red
-    skinUnder(*roots[1]).setAuxId(0x0000ff00); // green
-    RVANIM &clip = *new RVANIM;
-    ASSERT_TRUE(clip.acquireStructure(&skinUnder(*roots[0])));
-    clip.setNumberOfFrames(2);
-    clip.setTranslating(true);
-    clip.getKeyframe(0, 0)->translation.set(unitsX(20), unitsY(48), 0);
-    clip.getKeyframe(1, 0)->translation.set(unitsX(100), unitsY(30), 0);
-    RVNODE *stage = new RVNODE;
-    for (RVNODE *root : roots)
-        root->link(stage);
-    light(stage);
-    for (unsigned int frame = 0; frame < 2; ++frame) {
-        EXPECT_TRUE(clip.apply(frame, roots[0]));
-        EXPECT_TRUE(clip.apply(1 - frame, roots[1]));
-        const Picture picture = drawFlat(stage);
-        const Pixel red{255, 0, 0, 255}, green{0, 255, 0, 255};
-        EXPECT_PIXEL(picture.at(20, 48), frame ? green : red, 1);
-        EXPECT_PIXEL(picture.at(100, 30), frame ? red : green, 1);
-        EXPECT_NEAR(static_cast<double>(picture.pixelsUnlike(black)), 2 * scale() * scale(), 40);
-    }
+    expectFrame({root}, own, character.skin(), bindings);
 }
 
 // Each pass records the current transform and bones. The whole figure is moved by a node above
@@ -439,6 +458,50 @@ TEST_P(CharactersTest, RigidMeshesShareAMaterialWithSkinnedOnes) {
         }
         EXPECT_TRUE(RVMATERIAL::findByName("paint")->isSkinned());
     }
+}
+
+// --- Bones and the cache
+
+class SkinningTest : public EngineTest {};
+
+TEST_F(SkinningTest, MissingBonesAreNamedAndTheMeshIsDrawnWithoutThem) {
+    RVNODE *root = loadScene({skinnedSquare("square", {"ghost"})});
+    EXPECT_LOGGED("   Building bones for square...    [!] Bone ghost not found @ "
+                  "RVMESH::recursiveLoadZVE");
+    EXPECT_LOGGED("done");
+    markLog();
+    drawFrame(nullptr, root);
+    EXPECT_NOTHING_LOGGED();
+    loadScene({skinnedSquare("square", {"square"})});
+    EXPECT_LOGGED("   Building bones for square... done");
+}
+
+TEST_F(SkinningTest, RigidMeshHasNoBonesToReset) {
+    RVMESH *mesh = new RVMESH;
+    EXPECT_TRUE(mesh->resetBones(mesh));
+    EXPECT_TRUE(mesh->animate(256));
+    EXPECT_NOTHING_LOGGED();
+    EXPECT_FALSE(mesh->resetBones(nullptr));
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVMESH::resetBones\n");
+}
+
+TEST_F(SkinningTest, SkeletonBeyondTheCacheOrWithoutTheEngineIsRefused) {
+    loadScene({skinnedSquare("skin", {"skin"}, 4)});
+    const auto expectRefused = [](unsigned int skeleton) {
+        markLog();
+        EXPECT_FALSE(meshNamed("skin")->animate(skeleton)) << skeleton;
+        EXPECT_LOGGED_EXACTLY("   [!] Animation not computed (cache full) @ RVMESH::animate\n");
+    };
+    EXPECT_TRUE(meshNamed("skin")->animate(255));
+    expectRefused(256);
+    expectRefused(~0u);
+    RVELEMENT entry;
+    entry.setParam1(256);
+    EXPECT_FALSE(meshNamed("skin")->render(&entry));
+    EXPECT_TRUE(RVMESH::free());
+    expectRefused(0);
+    EXPECT_TRUE(RVMESH::init());
+    EXPECT_TRUE(RVMESH::init());
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #!/bin/sh
 # makeVideos.sh FOLDER: makes the videos of the tests there by two encoders, ffmpeg's and that of
-# mjpegtools, and beside each NAME what ffmpeg's decoder makes of it: NAME.yuv, the planes, and
-# NAME.rgb, the colours. One thread and no time stamps, so that a video comes out the same each time.
+# mjpegtools, and beside each NAME its planes by ffmpeg's decoder, NAME.yuv. One thread and no time
+# stamps, so that a video is the same each time.
 set -eu
 mkdir -p "$1"
 cd "$1"
@@ -31,7 +31,7 @@ byFfmpeg() {
         -fflags +bitexact -flags:v "$flags" -f "$2" "$1"
     cp "$1" "$1.noend"
     printf '\000\000\001\267' >>"$1" # the end code, which this encoder leaves out
-    reference "$1" "${5:-}"
+    reference "$1"
 }
 
 # byMjpegtools NAME FORMAT SIZE BFRAMES [field]; FORMAT 0 is MPEG-1, 3 is MPEG-2
@@ -43,20 +43,12 @@ byMjpegtools() {
         mpeg2enc -v 0 -M 0 -f "$2" -I $mode -R "$4" -g 6 -G 6 -b 4000 -V 230 -q 4 -o "$1" 2>"$1.log" ||
         { cat "$1.log"; exit 1; }
     rm "$1.log"
-    reference "$1" "${5:-}"
+    reference "$1"
 }
 
-# reference NAME [field]: chroma as the nearest sample, of the same field where the video has two; the
-# matrix of BT.601, which the engine's decoder takes for all videos. The scaler would move the chroma
-# of odd sizes: NAME.rgb leaves their last column and row out.
+# reference NAME
 reference() {
-    interlaced=0
-    [ -z "${2:-}" ] || interlaced=1
     ffmpegQuietly -i "$1" -vsync passthrough -pix_fmt yuv420p -f rawvideo "$1.yuv"
-    scale="interl=$interlaced:in_color_matrix=bt601:in_range=tv:out_range=pc"
-    scale="$scale:flags=neighbor+accurate_rnd+full_chroma_int+full_chroma_inp"
-    ffmpegQuietly -i "$1" -vsync passthrough -vf "crop=floor(iw/2)*2:floor(ih/2)*2:0:0,scale=$scale" \
-        -pix_fmt rgb24 -f rawvideo "$1.rgb"
 }
 
 byFfmpeg ffmpeg1_16x16 mpeg1video 16x16 0
