@@ -64,6 +64,13 @@ void vertexArraysOff() {
     RVOPENGL::textureArrayOff();
 }
 
+// Emitters and the 2D block switch culling off without the switch, which then has no effect.
+void cullBackFaces() {
+    if (!glIsEnabled(GL_CULL_FACE))
+        RVOPENGL::cullingOff();
+    RVOPENGL::cullingOn();
+}
+
 // The target that was bound when the drawing began.
 class EntryTarget {
   public:
@@ -159,7 +166,7 @@ bool RVTERRAIN::render(void *element) {
     }
     computeFrustrum();
     RVLIGHT::lightingOff();
-    RVOPENGL::cullingOn();
+    cullBackFaces();
     const EntryTarget entryTarget;
     drawImages();
     entryTarget.bind();
@@ -211,9 +218,18 @@ float RVTERRAIN::eyeHeight() const {
     return (camera ? camera->getPosition() : RVCAMERA::getCameraPosition()).y;
 }
 
+// Not only once, since the application may load the water anew.
+void RVTERRAIN::fetchBuffers() {
+    water->getReflectionBuffer(reflectionFbo, reflectionRenderbuffer);
+    water->getRefractionBuffer(refractionFbo, refractionRenderbuffer);
+}
+
 // The plane that the reflection has set stays in use for the refraction.
 void RVTERRAIN::drawImages() {
-    if (!water || !reflectionFbo || !refractionFbo)
+    if (!water)
+        return;
+    fetchBuffers();
+    if (!reflectionFbo || !refractionFbo)
         return;
     const int size = RVSETTINGS::getSDLWaterSize();
     glViewport(0, 0, size, size);
@@ -260,7 +276,8 @@ void RVTERRAIN::drawScreen() {
         glDisable(GL_CLIP_PLANE0);
     for (unsigned int number = 0; number < numberOfChunks; ++number) {
         chunks[number]->computeLevel(camera, lodEnabled, false);
-        chunks[number]->cullSurface(camera);
+        if (drawsWater()) // which hides what is on its other side
+            chunks[number]->cullSurface(camera);
     }
     drawSky(1.0f);
     vertexArraysOn();
@@ -285,7 +302,7 @@ void RVTERRAIN::drawSky(float scaleY) const {
 
 void RVTERRAIN::drawWater() const {
     RVOPENGL::cullingOff();
-    if (water && waterLoaded)
+    if (drawsWater())
         water->render(nullptr);
 }
 

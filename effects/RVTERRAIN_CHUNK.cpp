@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <new>
 
@@ -63,7 +64,7 @@ RVTERRAIN_CHUNK::RVTERRAIN_CHUNK(const RVTERRAIN_HEADER &terrain,
       vertexBuffer(0), indexTable(table), coordBuffer(coords), visible(true),
       submerged(chunk.maxHeight < 0.0f), emerged(chunk.minHeight > 0.0f),
       lodThresholds(nullptr), frustumPlanes{} {
-    const int cells = terrain.chunkSize - 1;
+    const std::int64_t cells = terrain.chunkSize - 1;
     minX = static_cast<float>(chunk.gridX * cells) * terrain.vertexScale;
     minZ = static_cast<float>(chunk.gridY * cells) * terrain.vertexScale;
     maxX = static_cast<float>(chunk.gridX * cells + cells) * terrain.vertexScale;

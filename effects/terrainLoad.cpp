@@ -218,8 +218,7 @@ bool RVTERRAIN::applyWater(const TerrainSection &section) {
     }
     if (!water->loadTextures(normal, dudv, repeat))
         return false;
-    water->getReflectionBuffer(reflectionFbo, reflectionRenderbuffer);
-    water->getRefractionBuffer(refractionFbo, refractionRenderbuffer);
+    fetchBuffers();
     waterLoaded = true;
     return true;
 }

@@ -89,11 +89,13 @@ class RV_API RVTERRAIN : public RVNODE {
     bool canRender();
     float eyeHeight() const;
     void computeFrustrum();
+    void fetchBuffers();
     void drawImages();
     void drawReflection();
     void drawRefraction();
     void drawScreen();
     void drawSky(float scaleY) const;
+    bool drawsWater() const { return water && waterLoaded; }
     void drawWater() const;
     void renderTerrain();
     void renderTerrainInv();
