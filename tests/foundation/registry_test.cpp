@@ -1,7 +1,9 @@
+// The linked lists of all objects of a class.
+
 #include "foundation/registry.h"
 
 #include <cstdio>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -9,7 +11,7 @@
 namespace ravolt {
 namespace {
 
-// A class with a registry, as the engine's classes have one.
+// A class with a registry, like the engine's classes.
 class Thing {
   public:
     explicit Thing(unsigned int number) : id(number) {
@@ -59,54 +61,37 @@ class RegistryTest : public testing::Test {
     ~RegistryTest() override { Things::cleanUp(Thing::first); }
 };
 
-TEST_F(RegistryTest, KeepsTheOrderOfCreation) {
-    EXPECT_EQ(Thing::all(), Numbers());
-    for (unsigned int i = 1; i <= 4; ++i)
-        new Thing(i);
-    EXPECT_EQ(Thing::all(), (Numbers{1, 2, 3, 4}));
-    EXPECT_EQ(Things::count(Thing::first), 4u);
-}
-
-TEST_F(RegistryTest, LosesItsHead) {
-    Thing *one = new Thing(1);
-    new Thing(2);
-    delete one;
-    EXPECT_EQ(Thing::all(), Numbers{2});
-    new Thing(3);
-    EXPECT_EQ(Thing::all(), (Numbers{2, 3}));
-}
-
-TEST_F(RegistryTest, LosesItsTail) {
-    new Thing(1);
-    delete new Thing(2);
-    EXPECT_EQ(Thing::all(), Numbers{1});
-    new Thing(3);
-    EXPECT_EQ(Thing::all(), (Numbers{1, 3}));
-}
-
-TEST_F(RegistryTest, LosesOneInTheMiddle) {
-    new Thing(1);
-    Thing *two = new Thing(2);
-    new Thing(3);
-    delete two;
-    EXPECT_EQ(Thing::all(), (Numbers{1, 3}));
-}
-
-TEST_F(RegistryTest, LosesItsOnlyOne) {
-    delete new Thing(1);
-    EXPECT_EQ(Thing::first, nullptr);
-    EXPECT_EQ(Thing::last, nullptr);
-    new Thing(2);
-    EXPECT_EQ(Thing::all(), Numbers{2});
+TEST_F(RegistryTest, HasTheOrderOfCreationWhateverIsDeleted) {
+    const std::pair<std::vector<std::size_t>, Numbers> rows[] = {
+        {{}, {1, 2, 3}}, {{0}, {2, 3}}, {{2}, {1, 2}}, {{1}, {1, 3}},
+        {{0, 1}, {3}},   {{2, 0}, {2}}, {{1, 2}, {1}}, {{0, 1, 2}, {}}};
+    for (const auto &[deleted, rest] : rows) {
+        EXPECT_EQ(Thing::all(), Numbers());
+        Thing *things[] = {new Thing(1), new Thing(2), new Thing(3)};
+        for (const std::size_t index : deleted)
+            delete things[index];
+        EXPECT_EQ(Thing::all(), rest);
+        EXPECT_EQ(Things::count(Thing::first), rest.size());
+        Numbers more = rest;
+        more.push_back(4);
+        new Thing(4);
+        EXPECT_EQ(Thing::all(), more);
+        Thing::deaths = 0;
+        EXPECT_EQ(Things::cleanUp(Thing::first), more.size());
+        EXPECT_EQ(Thing::deaths, static_cast<int>(more.size()));
+        EXPECT_EQ(Thing::first, nullptr);
+        EXPECT_EQ(Thing::last, nullptr);
+    }
+    EXPECT_EQ(Things::cleanUp(Thing::first), 0u);
 }
 
 TEST_F(RegistryTest, UnlinksTwiceWithoutHarm) {
     Thing *one = new Thing(1);
     new Thing(2);
-    Things::unlink(Thing::first, Thing::last, one);
-    EXPECT_EQ(Thing::all(), Numbers{2});
-    Things::unlink(Thing::first, Thing::last, one);
-    EXPECT_EQ(Thing::all(), Numbers{2});
+    for (int times = 0; times < 2; ++times) {
+        Things::unlink(Thing::first, Thing::last, one);
+        EXPECT_EQ(Thing::all(), Numbers{2});
+    }
     delete one;
     EXPECT_EQ(Thing::all(), Numbers{2});
 }
@@ -123,51 +108,29 @@ TEST_F(RegistryTest, IsNotChangedByTheEndOfAMemberwiseCopy) {
     EXPECT_EQ(Thing::all(), Numbers{2}) << "the only one";
 }
 
-TEST_F(RegistryTest, FindsByNumber) {
+TEST_F(RegistryTest, FindsTheFirstByNumberAndByText) {
     new Thing(1);
     Thing *two = new Thing(2);
     new Thing(2);
-    EXPECT_EQ(Things::findById(Thing::first, 2), two) << "the first of two";
+    EXPECT_EQ(Things::findById(Thing::first, 2), two);
     EXPECT_EQ(Things::findById(Thing::first, 3), nullptr);
     EXPECT_EQ(Things::findById(nullptr, 1), nullptr);
-}
-
-TEST_F(RegistryTest, FindsByText) {
-    new Thing(1);
-    Thing *two = new Thing(2);
-    new Thing(2);
     EXPECT_EQ(Things::findByText(Thing::first, &Thing::name, "thing 2"), two);
-    EXPECT_EQ(Things::findByText(Thing::first, &Thing::name, "Thing 2"), nullptr);
-    EXPECT_EQ(Things::findByText(Thing::first, &Thing::name, "thing"), nullptr);
-    EXPECT_EQ(Things::findByText(Thing::first, &Thing::name, nullptr), nullptr);
+    for (const char *text : {"Thing 2", "thing", static_cast<const char *>(nullptr)})
+        EXPECT_EQ(Things::findByText(Thing::first, &Thing::name, text), nullptr);
 }
 
-TEST_F(RegistryTest, CleansUpAll) {
-    EXPECT_EQ(Things::cleanUp(Thing::first), 0u);
-    for (unsigned int i = 1; i <= 3; ++i)
-        new Thing(i);
-    EXPECT_EQ(Things::cleanUp(Thing::first), 3u);
-    EXPECT_EQ(Thing::deaths, 3);
-    EXPECT_EQ(Thing::first, nullptr);
-    EXPECT_EQ(Thing::last, nullptr);
-}
-
-TEST_F(RegistryTest, CleansUpWhereADestructorDeletesItsSuccessor) {
-    Thing *one = new Thing(1);
-    one->victim = new Thing(2);
-    new Thing(3);
-    EXPECT_EQ(Things::cleanUp(Thing::first), 2u) << "what the destructor deleted is not counted";
-    EXPECT_EQ(Thing::deaths, 3);
-    EXPECT_EQ(Thing::first, nullptr);
-}
-
-TEST_F(RegistryTest, CleansUpWhereADestructorDeletesTheTail) {
-    Thing *one = new Thing(1);
-    new Thing(2);
-    one->victim = new Thing(3);
-    EXPECT_EQ(Things::cleanUp(Thing::first), 2u);
-    EXPECT_EQ(Thing::deaths, 3);
-    EXPECT_EQ(Thing::last, nullptr);
+// What the destructor deleted is not counted.
+TEST_F(RegistryTest, CleansUpWhereADestructorDeletesAnother) {
+    for (const std::size_t victim : {1u, 2u}) {
+        Thing::deaths = 0;
+        Thing *things[] = {new Thing(1), new Thing(2), new Thing(3)};
+        things[0]->victim = things[victim];
+        EXPECT_EQ(Things::cleanUp(Thing::first), 2u);
+        EXPECT_EQ(Thing::deaths, 3);
+        EXPECT_EQ(Thing::first, nullptr);
+        EXPECT_EQ(Thing::last, nullptr);
+    }
 }
 
 } // namespace

@@ -1,3 +1,5 @@
+// Timers of the foundation.
+
 #include "tests/foundation/ownLog.h"
 
 namespace ravolt::test {
@@ -7,7 +9,10 @@ using Timers = OwnLog;
 
 constexpr std::int64_t second = 1'000'000'000;
 
-TEST_F(Timers, AreGivenFromTheFirstFreeOneOn) {
+TEST_F(Timers, AreMadeFromTheFirstFreeOneOn) {
+    EXPECT_EQ(zlfNewTimer(0.0f), 0) << "a rate of zero: stays free";
+    EXPECT_FALSE(zlfAdjournTimer(0));
+    EXPECT_LOGGED_EXACTLY("zlfAdjournTimer: wrong params\n");
     for (int i = 0; i < 8; ++i)
         EXPECT_EQ(zlfNewTimer(1.0f), i);
     EXPECT_NOTHING_LOGGED();
@@ -18,25 +23,37 @@ TEST_F(Timers, AreGivenFromTheFirstFreeOneOn) {
     EXPECT_EQ(zlfNewTimer(1.0f), 2);
     EXPECT_EQ(zlfNewTimer(1.0f), 5);
     EXPECT_NOTHING_LOGGED();
+    zlfCloseLog();
+    ASSERT_TRUE(zlfOpenLog("own.txt"));
+    EXPECT_EQ(zlfNewTimer(1.0f), 0) << "all are free in a new log";
 }
 
-TEST_F(Timers, WithARateOfZeroStayFree) {
-    EXPECT_EQ(zlfNewTimer(0.0f), 0);
-    EXPECT_EQ(zlfNewTimer(0.0f), 0);
-    EXPECT_FALSE(zlfAdjournTimer(0));
-    EXPECT_EQ(zlfNewTimer(1.0f), 0);
-}
-
+// Factor and frames a second after an interval.
 TEST_F(Timers, MeasureInUnitsOfTheirRate) {
-    systemFaults.counter = 50 * second;
-    const int seconds = zlfNewTimer(1.0f), sixtieths = zlfNewTimer(60.0f);
-    systemFaults.counter = 50 * second + second / 4;
-    EXPECT_TRUE(zlfAdjournTimer(seconds));
-    EXPECT_TRUE(zlfAdjournTimer(sixtieths));
-    EXPECT_FLOAT_EQ(zlfGetTimerFactor(seconds), 0.25f);
-    EXPECT_FLOAT_EQ(zlfGetTimerFps(seconds), 4.0f);
-    EXPECT_FLOAT_EQ(zlfGetTimerFactor(sixtieths), 15.0f);
-    EXPECT_FLOAT_EQ(zlfGetTimerFps(sixtieths), 4.0f);
+    const struct {
+        const char *what;
+        float rate;
+        std::int64_t from, to;
+        float factor, fps;
+    } rows[] = {
+        {"seconds", 1, 50 * second, 50 * second + second / 4, 0.25f, 4},
+        {"sixtieths", 60, 50 * second, 50 * second + second / 4, 15, 4},
+        {"a short interval after a long uptime", 1, 400ll * 24 * 3600 * second,
+         400ll * 24 * 3600 * second + second / 1000, 0.001f, 1000},
+        {"no time counts as one unit", 30, 7 * second, 7 * second, 1, 30},
+        {"and time that runs backwards", 30, 7 * second, 6 * second, 1, 30},
+        {"a negative rate", -2, 0, second, 1, -2},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        systemFaults.counter = row.from;
+        const int timer = zlfNewTimer(row.rate);
+        systemFaults.counter = row.to;
+        EXPECT_TRUE(zlfAdjournTimer(timer));
+        EXPECT_FLOAT_EQ(zlfGetTimerFactor(timer), row.factor);
+        EXPECT_FLOAT_EQ(zlfGetTimerFps(timer), row.fps);
+        zlfFreeTimer(timer);
+    }
 }
 
 TEST_F(Timers, MeasureFromTheLastAdjourn) {
@@ -44,49 +61,12 @@ TEST_F(Timers, MeasureFromTheLastAdjourn) {
     const int timer = zlfNewTimer(1.0f);
     systemFaults.counter = 3 * second;
     zlfAdjournTimer(timer);
-    systemFaults.counter = 5 * second;
+    systemFaults.counter = 11 * second;
     EXPECT_FLOAT_EQ(zlfGetTimerFactor(timer), 3.0f); // no counter is read here
     zlfAdjournTimer(timer);
-    EXPECT_FLOAT_EQ(zlfGetTimerFactor(timer), 2.0f);
-    EXPECT_FLOAT_EQ(zlfGetTimerFps(timer), 0.5f);
-}
-
-TEST_F(Timers, KeepShortIntervalsAfterALongUptime) {
-    const std::int64_t uptime = 400ll * 24 * 3600 * second;
-    systemFaults.counter = uptime;
-    const int timer = zlfNewTimer(1.0f);
-    systemFaults.counter = uptime + second / 1000;
-    zlfAdjournTimer(timer);
-    EXPECT_FLOAT_EQ(zlfGetTimerFactor(timer), 0.001f);
-}
-
-TEST_F(Timers, CountNoTimeAsOneUnit) {
-    systemFaults.counter = 7 * second;
-    const int timer = zlfNewTimer(30.0f);
-    EXPECT_TRUE(zlfAdjournTimer(timer));
-    EXPECT_EQ(zlfGetTimerFactor(timer), 1.0f);
-    EXPECT_EQ(zlfGetTimerFps(timer), 30.0f);
-    systemFaults.counter = 6 * second; // and time that runs backwards
-    EXPECT_TRUE(zlfAdjournTimer(timer));
-    EXPECT_EQ(zlfGetTimerFactor(timer), 1.0f);
-}
-
-TEST_F(Timers, WithANegativeRateHaveAFactorOfOne) {
-    systemFaults.counter = 0;
-    const int timer = zlfNewTimer(-2.0f);
-    systemFaults.counter = second;
-    EXPECT_TRUE(zlfAdjournTimer(timer));
-    EXPECT_EQ(zlfGetTimerFactor(timer), 1.0f);
-    EXPECT_EQ(zlfGetTimerFps(timer), -2.0f);
-}
-
-TEST_F(Timers, HoldTheFiguresOfTheirSlotUntilTheFirstAdjourn) {
-    systemFaults.counter = 0;
-    const int timer = zlfNewTimer(1.0f);
-    systemFaults.counter = 8 * second;
-    zlfAdjournTimer(timer);
+    EXPECT_FLOAT_EQ(zlfGetTimerFactor(timer), 8.0f);
     zlfFreeTimer(timer);
-    ASSERT_EQ(zlfNewTimer(100.0f), timer);
+    ASSERT_EQ(zlfNewTimer(100.0f), timer); // until its first adjourn: the figures of its slot
     EXPECT_FLOAT_EQ(zlfGetTimerFactor(timer), 8.0f);
     EXPECT_FLOAT_EQ(zlfGetTimerFps(timer), 0.125f);
 }
@@ -103,14 +83,6 @@ TEST_F(Timers, RefuseABadIndexAndAFreeSlot) {
         EXPECT_EQ(zlfGetTimerFps(timer), -1.0f);
         EXPECT_LOGGED_EXACTLY("zlfGetTimerFps: wrong params\n");
     }
-}
-
-TEST_F(Timers, AreAllFreeInANewLog) {
-    zlfNewTimer(1.0f);
-    zlfNewTimer(1.0f);
-    zlfCloseLog();
-    ASSERT_TRUE(zlfOpenLog("own.txt"));
-    EXPECT_EQ(zlfNewTimer(1.0f), 0);
 }
 
 TEST_F(Timers, RunOnTheRealClock) {
