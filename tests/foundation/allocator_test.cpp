@@ -1,3 +1,5 @@
+// The counting allocator.
+
 #include "foundation/platform.h"
 #include "tests/foundation/ownLog.h"
 
@@ -6,47 +8,35 @@
 namespace ravolt::test {
 namespace {
 
+// The figures have changed by so much since `before`.
+void expectCounted(const MemoryFigures &before, unsigned int allocations, unsigned int releases,
+                   unsigned int bytes) {
+    EXPECT_EQ(memoryFigures().allocations, before.allocations + allocations);
+    EXPECT_EQ(memoryFigures().releases, before.releases + releases);
+    EXPECT_EQ(memoryFigures().bytesRequested, before.bytesRequested + bytes);
+}
+
 TEST(Allocator, CountsCallsAndBytes) {
     const MemoryFigures before = memoryFigures();
     void *block = zlfMalloc(100);
     ASSERT_NE(block, nullptr);
     std::memset(block, 1, 100);
-    EXPECT_EQ(memoryFigures().allocations, before.allocations + 1);
-    EXPECT_EQ(memoryFigures().releases, before.releases);
-    EXPECT_EQ(memoryFigures().bytesRequested, before.bytesRequested + 100);
+    expectCounted(before, 1, 0, 100);
     zlfFree(block);
-    EXPECT_EQ(memoryFigures().allocations, before.allocations + 1);
-    EXPECT_EQ(memoryFigures().releases, before.releases + 1);
-    EXPECT_EQ(memoryFigures().bytesRequested, before.bytesRequested + 100);
-}
-
-TEST(Allocator, CountsTheReleaseOfNull) {
-    const MemoryFigures before = memoryFigures();
+    expectCounted(before, 1, 1, 100);
     zlfFree(nullptr);
-    EXPECT_EQ(memoryFigures().releases, before.releases + 1);
+    expectCounted(before, 1, 2, 100);
     zlfFree(zlfMalloc(0));
-    EXPECT_EQ(memoryFigures().allocations, before.allocations + 1);
-    EXPECT_EQ(memoryFigures().releases, before.releases + 2);
-}
-
-TEST(Allocator, GivesNullWithoutMemoryButCountsTheCall) {
-    const MemoryFigures before = memoryFigures();
-    systemFaults.failMallocOf = 12345;
-    EXPECT_EQ(zlfMalloc(12345), nullptr);
-    systemFaults = {};
-    EXPECT_EQ(memoryFigures().allocations, before.allocations + 1);
-    EXPECT_EQ(memoryFigures().bytesRequested, before.bytesRequested + 12345);
-}
-
-TEST(Allocator, StillCountsAfterTheLogHasClosed) {
+    expectCounted(before, 2, 3, 100);
+    EXPECT_EQ(withoutMemory(12345, [] { return zlfMalloc(12345); }), nullptr);
+    expectCounted(before, 3, 3, 100 + 12345);
     zlfCloseLog();
-    const MemoryFigures before = memoryFigures();
+    const MemoryFigures closed = memoryFigures();
     zlfFree(zlfMalloc(10));
-    EXPECT_EQ(memoryFigures().allocations, before.allocations + 1);
-    EXPECT_EQ(memoryFigures().releases, before.releases + 1);
+    expectCounted(closed, 1, 1, 10);
 }
 
-TEST(Allocator, MemoryThatTheSystemMerelyCachesIsNotInUse) {
+TEST(Allocator, CachedMemoryOfTheSystemIsNotInUse) {
     systemFaults.memoryInUse = 3 << 20;
     EXPECT_EQ(platform::physicalMemoryInUse(), 3u << 20);
     systemFaults.memoryUnknown = true;

@@ -4,6 +4,7 @@
 
 #include "ravolt/Z3MMATRIX.h"
 #include "tests/foundation/ownLog.h"
+#include "tests/support/shortReads.h"
 
 #include <limits>
 #include <numeric>
@@ -111,7 +112,6 @@ TEST(ByteReader, TextsHaveAMaximumLengthOf255ByDefault) {
 
 class FileBytesTest : public testing::Test {
   protected:
-    ~FileBytesTest() override { systemFaults = {}; }
     void expectBlocks(int more) { EXPECT_EQ(liveBlocks(), live + more); }
     // The bytes of a file, with the zero after them.
     void expectContent(const std::string &content) {
@@ -153,13 +153,13 @@ TEST_F(FileBytesTest, SayWhyAFileCannotBeRead) {
     writeFile("bytes", "0123456789");
     for (const char *name : {"nowhere", static_cast<const char *>(nullptr), "."})
         EXPECT_EQ(bytes.read(name), FileBytes::Result::notOpened);
-    systemFaults.shortRead = true;
-    EXPECT_EQ(bytes.read("bytes"), FileBytes::Result::shortRead);
+    {
+        const ShortReads shortReads;
+        EXPECT_EQ(bytes.read("bytes"), FileBytes::Result::shortRead);
+    }
     expectBlocks(0);
-    systemFaults = {};
-    systemFaults.failMallocOf = 11;
-    EXPECT_EQ(bytes.read("bytes"), FileBytes::Result::outOfMemory);
-    systemFaults = {};
+    EXPECT_EQ(withoutMemory(11, [&] { return bytes.read("bytes"); }),
+              FileBytes::Result::outOfMemory);
     EXPECT_EQ(bytes.data(), nullptr);
     EXPECT_EQ(bytes.size(), 0u);
     expectBlocks(1); // the failed allocation has counted

@@ -1,3 +1,5 @@
+// Files by name, file dialogs and the system time.
+
 #include "foundation/bytes.h"
 #include "tests/foundation/ownLog.h"
 
@@ -8,52 +10,35 @@
 namespace ravolt::test {
 namespace {
 
-TEST(Files, HaveTheirSizeInBytes) {
+TEST(Files, HaveASizeAndExistWhereTheyAreRegularFiles) {
     writeFile("five", std::string("a\r\n\0b", 5));
     writeFile("empty", "");
-    EXPECT_EQ(zlfGetFileSize("five"), 5);
-    EXPECT_EQ(zlfGetFileSize("empty"), 0);
-}
-
-TEST(Files, WithoutASizeGiveMinusOne) {
-    EXPECT_EQ(zlfGetFileSize(nullptr), -1);
-    EXPECT_EQ(zlfGetFileSize("nowhere"), -1);
-    EXPECT_EQ(zlfGetFileSize("."), -1);
-}
-
-TEST(Files, OfMoreThan31BitsHaveNoSize) {
+    writeFile("largest", "");
     writeFile("huge", "");
-    std::filesystem::resize_file("huge", 0x7FFFFFFF);
-    EXPECT_EQ(zlfGetFileSize("huge"), 0x7FFFFFFF);
+    std::filesystem::resize_file("largest", 0x7FFFFFFF);
     std::filesystem::resize_file("huge", 0x80000000);
-    EXPECT_EQ(zlfGetFileSize("huge"), -1);
-}
-
-TEST(Files, ExistWhenTheyOpenForReading) {
-    writeFile("there", "");
-    EXPECT_TRUE(zlfFileExists("there"));
-    EXPECT_FALSE(zlfFileExists("not there"));
-    EXPECT_FALSE(zlfFileExists(nullptr));
-    EXPECT_FALSE(zlfFileExists(""));
-    EXPECT_FALSE(zlfFileExists(".")) << "a folder is no file";
-}
-
-// Without a writer, to open a FIFO for reading would wait for one.
-TEST(Files, AreRegularFiles) {
-    ASSERT_EQ(mkfifo("fifo", 0600), 0);
-    EXPECT_FALSE(zlfFileExists("fifo"));
-    EXPECT_EQ(zlfGetFileSize("fifo"), -1);
-    EXPECT_FALSE(zlfFileExists("/dev/null"));
+    std::filesystem::create_symlink("five", "link");
+    ASSERT_EQ(mkfifo("fifo", 0600), 0); // to open it for reading would wait for a writer
+    const struct {
+        const char *name;
+        int size;
+        bool exists;
+    } rows[] = {{"five", 5, true},      {"empty", 0, true},      {"largest", 0x7FFFFFFF, true},
+                {"huge", -1, true},     {"link", 5, true},       {nullptr, -1, false},
+                {"nowhere", -1, false}, {"", -1, false},         {".", -1, false},
+                {"fifo", -1, false},    {"/dev/null", -1, false}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.name));
+        EXPECT_EQ(zlfGetFileSize(row.name), row.size);
+        EXPECT_EQ(zlfFileExists(row.name), row.exists);
+    }
     zlfPARSER parser;
     EXPECT_FALSE(zlfOpenParser(&parser, "fifo"));
     FileBytes bytes;
     EXPECT_EQ(bytes.read("fifo"), FileBytes::Result::notOpened);
-    writeFile("behind", "text");
-    std::filesystem::create_symlink("behind", "link");
-    EXPECT_EQ(zlfGetFileSize("link"), 4) << "what is read may stand behind a link";
 }
 
-TEST(Files, OpenInTheModeAskedFor) {
+TEST(Files, OpenInTheRequestedMode) {
     FILE *file = zlfOpenFile("opened", "w");
     ASSERT_NE(file, nullptr);
     std::fputs("text", file);
@@ -65,10 +50,10 @@ TEST(Files, OpenInTheModeAskedFor) {
 }
 
 TEST(Files, DialogsAreNeverConfirmed) {
-    char file[260] = "as it was";
+    char file[260] = "unchanged";
     EXPECT_FALSE(zlfOpenFileDialog(file, nullptr));
     EXPECT_FALSE(zlfSaveFileDialog(file, "txt", nullptr));
-    EXPECT_STREQ(file, "as it was");
+    EXPECT_STREQ(file, "unchanged");
 }
 
 TEST(Files, SystemTimeCountsFrom1601InSteps) {

@@ -1,7 +1,7 @@
-#include "tests/foundation/ownLog.h"
+// The log as HTML, in a program of its own: a process that has opened one HTML log writes every
+// later log as HTML too.
 
-// These tests stand in a program of their own, since a process that has opened one HTML log writes
-// every later log as HTML too.
+#include "tests/foundation/ownLog.h"
 
 namespace ravolt::test {
 namespace {
@@ -53,27 +53,26 @@ TEST_F(HtmlLog, ANameWithTheEndingInItsMiddleCounts) {
     EXPECT_EQ(readText("log.html.txt"), "<HTML><BODY>" + header);
 }
 
-TEST_F(HtmlLog, ARunOfBlanksKeepsItsLastOne) {
-    EXPECT_EQ(translated(""), "");
-    EXPECT_EQ(translated(" "), " ");
-    EXPECT_EQ(translated("a b"), "a b");
-    EXPECT_EQ(translated("  "), "&nbsp ");
-    EXPECT_EQ(translated("   "), "&nbsp&nbsp ");
-    EXPECT_EQ(translated("a    b  \n c"), "a&nbsp&nbsp&nbsp b&nbsp <BR>\n c");
-}
-
-TEST_F(HtmlLog, NothingButBlanksAndLineFeedsIsTranslated) {
-    EXPECT_EQ(translated("<B>&\t\r\n\n"), "<B>&\t\r<BR>\n<BR>\n");
-}
-
-TEST_F(HtmlLog, ATranslationIsCutAtAWholePiece) {
+// The last blank of a run is one in HTML too.
+TEST_F(HtmlLog, BlanksAndLineFeedsAreTranslatedAndCutAtAWholePiece) {
+    const std::string feeds(204, '\n');
     std::string lines;
     for (int i = 0; i < 204; ++i) // 204 times 5 bytes are 1020
         lines += "<BR>\n";
-    EXPECT_EQ(translated(std::string(1000, '\n')), lines);
-    EXPECT_EQ(translated(std::string(204, '\n') + "abc"), lines + "abc");
-    EXPECT_EQ(translated(std::string(204, '\n') + "abcd"), lines + "abc");
-    EXPECT_EQ(translated(std::string(204, '\n') + "ab\nc"), lines + "ab");
+    const std::pair<std::string, std::string> rows[] = {
+        {"", ""},
+        {" ", " "},
+        {"a b", "a b"},
+        {"  ", "&nbsp "},
+        {"   ", "&nbsp&nbsp "},
+        {"a    b  \n c", "a&nbsp&nbsp&nbsp b&nbsp <BR>\n c"},
+        {"<B>&\t\r\n\n", "<B>&\t\r<BR>\n<BR>\n"},
+        {std::string(1000, '\n'), lines},
+        {feeds + "abc", lines + "abc"},
+        {feeds + "abcd", lines + "abc"},
+        {feeds + "ab\nc", lines + "ab"}};
+    for (const auto &[text, expected] : rows)
+        EXPECT_EQ(translated(text), expected);
 }
 
 TEST_F(HtmlLog, TheConsoleGetsThePlainText) {

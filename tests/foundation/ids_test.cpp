@@ -1,3 +1,5 @@
+// Identifiers of the objects.
+
 #include "tests/foundation/ownLog.h"
 
 #include <random>
@@ -22,7 +24,7 @@ TEST_F(Ids, StartAtOneAndTheLowestFreeOneComesFirst) {
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(Ids, AreTheLowestFreeOnesWhateverComesAndGoes) {
+TEST_F(Ids, AreTheLowestFreeOnesWhateverIsReleased) {
     std::mt19937 random(1);
     std::set<unsigned int> taken;
     for (int step = 0; step < 20000; ++step) {
@@ -49,50 +51,40 @@ TEST_F(Ids, RunOutAfter65535) {
     for (unsigned int id = 1; id <= 65535; ++id)
         ASSERT_EQ(zlfNewId(), id);
     EXPECT_NOTHING_LOGGED();
-    EXPECT_EQ(zlfNewId(), 0u);
-    EXPECT_LOGGED_EXACTLY("zlfNewId: all ID are used\n");
-    EXPECT_EQ(zlfNewId(), 0u);
-    EXPECT_LOGGED_EXACTLY("zlfNewId: all ID are used\n");
-    releaseId(65535);
-    EXPECT_EQ(zlfNewId(), 65535u);
-    releaseId(40000);
-    EXPECT_EQ(zlfNewId(), 40000u);
+    for (const unsigned int released : {65535u, 40000u}) {
+        EXPECT_EQ(zlfNewId(), 0u);
+        EXPECT_LOGGED_EXACTLY("zlfNewId: all ID are used\n");
+        releaseId(released);
+        EXPECT_EQ(zlfNewId(), released);
+    }
     EXPECT_EQ(zlfNewId(), 0u);
 }
 
-TEST_F(Ids, RefuseAReleaseOutsideTheirRange) {
-    releaseId(0);
-    EXPECT_LOGGED_EXACTLY("releaseId: invalid params (0)\n");
-    releaseId(65536);
-    EXPECT_LOGGED_EXACTLY("releaseId: invalid params (65536)\n");
-    releaseId(0xFFFFFFFFu);
-    EXPECT_LOGGED_EXACTLY("releaseId: invalid params (-1)\n");
-}
-
-TEST_F(Ids, ReportASecondReleaseWithoutALineEnd) {
+// A second release is logged without the end of the line.
+TEST_F(Ids, RefuseAnInvalidRelease) {
     releaseId(zlfNewId());
-    releaseId(1);
-    EXPECT_LOGGED_EXACTLY("releaseId: ID already released (1)");
-    releaseId(65535);
-    EXPECT_LOGGED_EXACTLY("releaseId: ID already released (65535)");
+    const std::pair<unsigned int, const char *> rows[] = {
+        {0, "releaseId: invalid params (0)\n"},
+        {65536, "releaseId: invalid params (65536)\n"},
+        {0xFFFFFFFFu, "releaseId: invalid params (-1)\n"},
+        {1, "releaseId: ID already released (1)"},
+        {65535, "releaseId: ID already released (65535)"}};
+    for (const auto &[id, message] : rows) {
+        releaseId(id);
+        EXPECT_LOGGED_EXACTLY(message);
+    }
     EXPECT_EQ(zlfNewId(), 1u);
 }
 
-TEST_F(Ids, AreAllFreeInANewLog) {
+TEST_F(Ids, AreZeroWithoutALogAndAllFreeInANewOne) {
     zlfNewId();
     zlfNewId();
     zlfCloseLog();
+    EXPECT_EQ(zlfNewId(), 0u);
+    for (const unsigned int id : {1u, 0u, 70000u})
+        releaseId(id);
     ASSERT_TRUE(zlfOpenLog("own.txt"));
     EXPECT_EQ(zlfNewId(), 1u);
-}
-
-TEST_F(Ids, AreNotGivenWithoutALogAndAReleaseIsSafe) {
-    zlfNewId();
-    zlfCloseLog();
-    EXPECT_EQ(zlfNewId(), 0u);
-    releaseId(1);
-    releaseId(0);
-    releaseId(70000);
 }
 
 } // namespace

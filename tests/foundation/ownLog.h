@@ -1,12 +1,14 @@
 #pragma once
 
-// A log of the test's own, in place of the one that the library opens as it is loaded.
+// A log of the test's own, instead of the one that the library opens when it is loaded.
 
 #include "foundation/services.h"
 #include "ravolt/zlf.h"
 #include "tests/foundation/systemFaults.h"
+#include "tests/support/clock.h"
 #include "tests/support/files.h"
 #include "tests/support/logReader.h"
+#include "tests/support/recorder.h"
 
 #include <cstdlib>
 #include <ctime>
@@ -21,14 +23,20 @@ inline int liveBlocks() {
     return static_cast<int>(figures.allocations - figures.releases);
 }
 
-// Makes liveBlocks() zero, whatever other tests have left.
+// The result of a step in which allocations of so many bytes and more fail.
+template <class Step> auto withoutMemory(std::size_t bytes, Step step) {
+    Recorder::instance().failAllocation(bytes);
+    const auto result = step();
+    Recorder::instance().allocationsWork();
+    return result;
+}
+
+// Makes liveBlocks() zero, whatever other tests have done.
 inline void balanceBlocks() {
     while (liveBlocks() > 0)
         zlfFree(nullptr);
-    systemFaults.failMallocOf = 1;
     while (liveBlocks() < 0)
-        zlfMalloc(1);
-    systemFaults.failMallocOf.reset();
+        withoutMemory(1, [] { return zlfMalloc(1); });
 }
 
 // No log is open, and nothing is echoed.
@@ -42,12 +50,13 @@ class NoLog : public testing::Test {
     }
     ~NoLog() override {
         systemFaults = {};
+        ownClock = {};
         zlfCloseLog();
         zlfSetConsoleEcho(true);
     }
 };
 
-// "own.txt" is open, and what the expectations about the log read.
+// "own.txt" is open, and the expectations about the log read it.
 class OwnLog : public NoLog {
   protected:
     OwnLog() {

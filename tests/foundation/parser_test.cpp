@@ -1,6 +1,7 @@
 // Key files: opening, lines, comments, numbers and texts.
 
 #include "tests/foundation/ownLog.h"
+#include "tests/support/shortReads.h"
 
 #include <filesystem>
 #include <limits>
@@ -94,9 +95,8 @@ TEST_F(Parser, RefusesToOpenWhatCannotBeRead) {
                 {".", "unable to open file ."},
                 {"empty", "file 'empty' is empty"},
                 {"ten", "out of memory (11 bytes needed)"}};
-    systemFaults.failMallocOf = 11;
     for (const auto &row : rows) {
-        EXPECT_FALSE(zlfOpenParser(&parser, row.file));
+        EXPECT_FALSE(withoutMemory(11, [&] { return zlfOpenParser(&parser, row.file); }));
         EXPECT_LOGGED_EXACTLY("zlfOpenParser: " + std::string(row.message) + "\n");
         EXPECT_EQ(parser.data, nullptr);
     }
@@ -114,8 +114,10 @@ TEST_F(Parser, RefusesToOpenWhatCannotBeRead) {
 TEST_F(Parser, RefusesAShortReadAndDoesNotCountItsRelease) {
     writeFile("keys.txt", "0123456789");
     const int live = liveBlocks();
-    systemFaults.shortRead = true;
-    EXPECT_FALSE(zlfOpenParser(&parser, "keys.txt"));
+    {
+        const ShortReads shortReads;
+        EXPECT_FALSE(zlfOpenParser(&parser, "keys.txt"));
+    }
     EXPECT_LOGGED_EXACTLY("zlfOpenParser: file 'keys.txt' is corrupted\n");
     EXPECT_EQ(liveBlocks(), live + 1);
     EXPECT_NE(parser.data, nullptr);

@@ -1,6 +1,5 @@
 #include "tests/foundation/systemFaults.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -19,7 +18,7 @@ using ravolt::test::systemFaults;
 
 namespace {
 
-// What the system says of its memory when so much is in use. Most of the rest is a cache, which
+// The figures of the system when so much memory is in use. Most of the rest is a cache, which
 // counts as available although it is not free.
 int memoryFile(std::uint64_t inUse) {
     constexpr unsigned long long free = 1'000, available = 9'000'000, cached = 8'500'000; // kB
@@ -36,26 +35,14 @@ int memoryFile(std::uint64_t inUse) {
 
 extern "C" {
 
-void *__real_malloc(std::size_t bytes);
-std::size_t __real_fread(void *target, std::size_t size, std::size_t count, std::FILE *file);
 int __real_clock_gettime(clockid_t clock, timespec *time);
 int __real_open(const char *path, int flags, mode_t mode);
 
-void *__wrap_malloc(std::size_t bytes) {
-    return systemFaults.failMallocOf == bytes ? nullptr : __real_malloc(bytes);
-}
-
-std::size_t __wrap_fread(void *target, std::size_t size, std::size_t count, std::FILE *file) {
-    const std::size_t missing = systemFaults.shortRead ? 1 : 0;
-    return __real_fread(target, size, std::max(count, missing) - missing, file);
-}
-
 int __wrap_clock_gettime(clockid_t clock, timespec *time) {
-    const auto &lie = clock == CLOCK_MONOTONIC ? systemFaults.counter : systemFaults.realTime;
-    if (!lie)
+    if (clock == CLOCK_MONOTONIC || !systemFaults.realTime)
         return __real_clock_gettime(clock, time);
-    time->tv_sec = *lie / 1'000'000'000;
-    time->tv_nsec = *lie % 1'000'000'000;
+    time->tv_sec = *systemFaults.realTime / 1'000'000'000;
+    time->tv_nsec = *systemFaults.realTime % 1'000'000'000;
     return 0;
 }
 

@@ -1,3 +1,5 @@
+// Texts in buffers of a fixed size.
+
 #include "foundation/text.h"
 
 #include <string>
@@ -8,29 +10,23 @@ namespace ravolt {
 namespace {
 
 TEST(Text, IsCopiedUpToTheSizeOfItsTarget) {
-    char target[5] = {'#', '#', '#', '#', '#'};
-    copyText(target, "abc");
-    EXPECT_STREQ(target, "abc");
-    EXPECT_EQ(target[4], '#');
-    copyText(target, "abcd");
-    EXPECT_STREQ(target, "abcd");
-    copyText(target, "abcdefgh");
-    EXPECT_STREQ(target, "abcd");
+    const char unterminated[] = {'a', 'b', 'c', 'd', 'e'};
+    const std::pair<const char *, const char *> rows[] = {{"abc", "abc"},
+                                                          {"abcd", "abcd"},
+                                                          {"abcdefgh", "abcd"},
+                                                          {unterminated, "abcd"},
+                                                          {nullptr, ""}};
+    for (const auto &[source, expected] : rows) {
+        char target[5] = {'#', '#', '#', '#', '#'};
+        copyText(target, source);
+        EXPECT_STREQ(target, expected);
+        EXPECT_EQ(target[4], expected[0] && expected[3] ? '\0' : '#');
+    }
+    char target[8] = "abcdef";
+    copyText(target, target + 2);
+    EXPECT_STREQ(target, "cdef") << "within its own buffer";
     copyText(target, 1, "abc");
     EXPECT_STREQ(target, "");
-}
-
-TEST(Text, NullIsAnEmptyText) {
-    char target[5] = "abcd";
-    copyText(target, nullptr);
-    EXPECT_STREQ(target, "");
-}
-
-TEST(Text, ASourceLongerThanTheTargetNeedsNoTerminator) {
-    const char source[4] = {'a', 'b', 'c', 'd'};
-    char target[3];
-    copyText(target, source);
-    EXPECT_STREQ(target, "ab");
 }
 
 TEST(Text, IsFormattedUpToTheSizeOfItsTarget) {
@@ -41,12 +37,6 @@ TEST(Text, IsFormattedUpToTheSizeOfItsTarget) {
     EXPECT_STREQ(target, "12-xy");
 }
 
-TEST(Text, MayBeCopiedWithinItsOwnBuffer) {
-    char target[8] = "abcdef";
-    copyText(target, target + 2);
-    EXPECT_STREQ(target, "cdef");
-}
-
 std::string applied(const char *stored) {
     std::string result(std::string(stored).size() + 1, 'x');
     applyFormat(result.data(), stored);
@@ -54,13 +44,15 @@ std::string applied(const char *stored) {
 }
 
 TEST(Text, AStoredFormatLosesOneOfTwoPercentSigns) {
-    EXPECT_EQ(applied(""), "");
-    EXPECT_EQ(applied("plain"), "plain");
-    EXPECT_EQ(applied("%%"), "%");
-    EXPECT_EQ(applied("%%%%"), "%%");
-    EXPECT_EQ(applied("%%%"), "%%");
-    EXPECT_EQ(applied("100%"), "100%");
-    EXPECT_EQ(applied("%s %d %n %%s"), "%s %d %n %s");
+    const std::pair<const char *, const char *> rows[] = {{"", ""},
+                                                          {"plain", "plain"},
+                                                          {"%%", "%"},
+                                                          {"%%%%", "%%"},
+                                                          {"%%%", "%%"},
+                                                          {"100%", "100%"},
+                                                          {"%s %d %n %%s", "%s %d %n %s"}};
+    for (const auto &[stored, expected] : rows)
+        EXPECT_EQ(applied(stored), expected);
 }
 
 } // namespace

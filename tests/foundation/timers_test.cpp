@@ -9,6 +9,8 @@ using Timers = OwnLog;
 
 constexpr std::int64_t second = 1'000'000'000;
 
+void setCounter(std::int64_t nanoseconds) { ownClock = {true, nanoseconds}; }
+
 TEST_F(Timers, AreMadeFromTheFirstFreeOneOn) {
     EXPECT_EQ(zlfNewTimer(0.0f), 0) << "a rate of zero: stays free";
     EXPECT_FALSE(zlfAdjournTimer(0));
@@ -46,9 +48,9 @@ TEST_F(Timers, MeasureInUnitsOfTheirRate) {
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
-        systemFaults.counter = row.from;
+        setCounter(row.from);
         const int timer = zlfNewTimer(row.rate);
-        systemFaults.counter = row.to;
+        setCounter(row.to);
         EXPECT_TRUE(zlfAdjournTimer(timer));
         EXPECT_FLOAT_EQ(zlfGetTimerFactor(timer), row.factor);
         EXPECT_FLOAT_EQ(zlfGetTimerFps(timer), row.fps);
@@ -57,11 +59,11 @@ TEST_F(Timers, MeasureInUnitsOfTheirRate) {
 }
 
 TEST_F(Timers, MeasureFromTheLastAdjourn) {
-    systemFaults.counter = 0;
+    setCounter(0);
     const int timer = zlfNewTimer(1.0f);
-    systemFaults.counter = 3 * second;
+    setCounter(3 * second);
     zlfAdjournTimer(timer);
-    systemFaults.counter = 11 * second;
+    setCounter(11 * second);
     EXPECT_FLOAT_EQ(zlfGetTimerFactor(timer), 3.0f); // no counter is read here
     zlfAdjournTimer(timer);
     EXPECT_FLOAT_EQ(zlfGetTimerFactor(timer), 8.0f);

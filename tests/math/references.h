@@ -6,8 +6,8 @@
 
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <random>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -52,24 +52,21 @@ inline void expectNear(double actual, double expected, double scale = 1.0) {
     EXPECT_NEAR(actual, expected, 4e-6 * scale);
 }
 
-inline void expectNear(const Z3MVECTOR3D &v, double x, double y, double z, double scale = 1.0) {
-    expectNear(v.x, x, scale);
-    expectNear(v.y, y, scale);
-    expectNear(v.z, z, scale);
+template <class Numbers>
+void expectEachNear(const float *actual, const Numbers &expected, double scale) {
+    for (std::size_t i = 0; i < std::size(expected); ++i)
+        EXPECT_NEAR(actual[i], std::data(expected)[i], 4e-6 * scale) << "element " << i;
 }
-
+inline void expectNear(const Z3MVECTOR3D &v, double x, double y, double z, double scale = 1.0) {
+    expectEachNear(&v.x, std::array{x, y, z}, scale);
+}
 inline void expectNear(const Z3MVECTOR4D &v, double x, double y, double z, double w,
                        double scale = 1.0) {
-    expectNear(v.x, x, scale);
-    expectNear(v.y, y, scale);
-    expectNear(v.z, z, scale);
-    expectNear(v.w, w, scale);
+    expectEachNear(&v.x, std::array{x, y, z, w}, scale);
 }
-
 inline void expectNear(const Z3MMATRIX &m, const std::array<double, 16> &expected,
                        double scale = 1.0) {
-    for (std::size_t i = 0; i < 16; ++i)
-        EXPECT_NEAR(m.e[i], expected[i], 4e-6 * scale) << "element " << i;
+    expectEachNear(m.e, expected, scale);
 }
 
 } // namespace ravolt::test

@@ -1,11 +1,11 @@
-#include "ravolt/Z3MMATRIX.h"
+// What the three classes of vectors have in common.
+
 #include "ravolt/Z3MPLANE.h"
 #include "ravolt/zlf.h"
 #include "tests/math/references.h"
 
+#include <tuple>
 #include <type_traits>
-
-// What the three classes of vectors have in common.
 
 namespace ravolt::test {
 namespace {
@@ -35,14 +35,6 @@ TYPED_TEST_SUITE(VectorFamilyTest, Vectors);
 
 enum Enumerators { three = 3 };
 
-TYPED_TEST(VectorFamilyTest, TakesEnumeratorsForNumbers) {
-    this->expectEach(this->a + three, [](int i, int) { return i + 3; });
-    this->expectEach(this->a - three, [](int i, int) { return i - 3; });
-    this->expectEach(this->a * three, [](int i, int) { return i * 3; });
-    this->a *= three;
-    this->expectEach(this->a, [](int i, int) { return i * 3; });
-}
-
 TEST(VectorFamily, ComparesTwoSizesAsTheSmallerOneWidens) {
     const Z3MVECTOR2D two(1, 2);
     const Z3MVECTOR3D flat(1, 2, 0), high(1, 2, 3);
@@ -57,18 +49,13 @@ TEST(VectorFamily, ComparesTwoSizesAsTheSmallerOneWidens) {
     EXPECT_EQ(direction == two, 0);
 }
 
-// A literal 0 would be the address of nothing.
-TEST(VectorFamily, IsNotMadeFromALiteralZero) {
-    static_assert(!std::is_constructible_v<Z3MVECTOR2D, std::nullptr_t>);
-    static_assert(!std::is_constructible_v<Z3MVECTOR3D, std::nullptr_t>);
-    static_assert(!std::is_constructible_v<Z3MVECTOR4D, std::nullptr_t>);
-    static_assert(!std::is_constructible_v<Z3MMATRIX, std::nullptr_t>);
-}
-
 TYPED_TEST(VectorFamilyTest, IsItsFloatsAndNothingElse) {
     static_assert(std::is_standard_layout_v<TypeParam>);
     static_assert(std::is_trivially_copyable_v<TypeParam>);
     static_assert(!std::is_polymorphic_v<TypeParam>);
+    // A literal 0 would be a null pointer.
+    static_assert(!std::is_constructible_v<TypeParam, std::nullptr_t>);
+    static_assert(!std::is_constructible_v<Z3MMATRIX, std::nullptr_t>);
     EXPECT_EQ(static_cast<void *>(&this->a.x), &this->a);
 }
 
@@ -85,17 +72,12 @@ TYPED_TEST(VectorFamilyTest, CopiesFromItsOwnClassAndFromFloats) {
 
 TYPED_TEST(VectorFamilyTest, IndexesWithEveryIntegerType) {
     const TypeParam &constant = this->a;
-    EXPECT_EQ(this->a[1], 2.0f);
-    EXPECT_EQ(this->a[1u], 2.0f);
-    EXPECT_EQ(this->a[1l], 2.0f);
-    EXPECT_EQ(this->a[1ul], 2.0f);
-    EXPECT_EQ(this->a[1ll], 2.0f);
-    EXPECT_EQ(this->a[short{1}], 2.0f);
-    EXPECT_EQ(this->a['\1'], 2.0f);
-    EXPECT_EQ(this->a[std::size_t{1}], 2.0f);
-    EXPECT_EQ(constant[1], 2.0f);
-    EXPECT_EQ(constant[1u], 2.0f);
-    EXPECT_EQ(constant[1l], 2.0f);
+    const auto check = [&](auto index) {
+        EXPECT_EQ(this->a[index], 2.0f);
+        EXPECT_EQ(constant[index], 2.0f);
+    };
+    std::apply([&](auto... indices) { (check(indices), ...); },
+               std::tuple(1, 1u, 1l, 1ul, 1ll, short{1}, '\1', std::size_t{1}));
     this->a[0] = 8.0f;
     EXPECT_EQ(this->a.x, 8.0f);
 }
@@ -115,37 +97,33 @@ TYPED_TEST(VectorFamilyTest, ABadIndexEndsTheProcess) {
 TYPED_TEST(VectorFamilyTest, IsAPointerToItsFirstComponent) {
     float *pointer = this->a;
     EXPECT_EQ(pointer, &this->a.x);
-    for (int i = 0; i < this->N; ++i)
-        EXPECT_EQ(pointer[i], static_cast<float>(i + 1));
+    this->expectEach(TypeParam(pointer), [](int x, int) { return x; });
 }
 
-TYPED_TEST(VectorFamilyTest, HasSigns) {
-    this->expectEach(-this->a, [](int x, int) { return -x; });
-    this->expectEach(+this->a, [](int x, int) { return x; });
+TYPED_TEST(VectorFamilyTest, OperatorsWorkOnEachComponent) {
+    const TypeParam &a = this->a, &b = this->b;
+    this->expectEach(-a, [](int x, int) { return -x; });
+    this->expectEach(+a, [](int x, int) { return x; });
+    this->expectEach(a + 1.5f, [](int x, int) { return x + 1.5; });
+    this->expectEach(a - 1.5f, [](int x, int) { return x - 1.5; });
+    this->expectEach(a * 1.5f, [](int x, int) { return x * 1.5; });
+    this->expectEach(a / 2.0f, [](int x, int) { return x / 2.0; });
+    this->expectEach(a + b, [](int x, int y) { return x + y; });
+    this->expectEach(a - b, [](int x, int y) { return x - y; });
+    this->expectEach(a * b, [](int x, int y) { return x * y; });
+    this->expectEach(a / b, [](float x, float y) { return x / y; });
 }
 
-TYPED_TEST(VectorFamilyTest, TakesAScalarOnEachComponent) {
-    this->expectEach(this->a + 1.5f, [](int x, int) { return x + 1.5; });
-    this->expectEach(this->a - 1.5f, [](int x, int) { return x - 1.5; });
-    this->expectEach(this->a * 1.5f, [](int x, int) { return x * 1.5; });
-    this->expectEach(this->a / 2.0f, [](int x, int) { return x / 2.0; });
-}
-
-TYPED_TEST(VectorFamilyTest, TakesScalarsOfEveryArithmeticType) {
-    const auto plusTwo = [](int x, int) { return x + 2; };
-    this->expectEach(this->a + 2, plusTwo);
-    this->expectEach(this->a + 2u, plusTwo);
-    this->expectEach(this->a + 2l, plusTwo);
-    this->expectEach(this->a + 2.0, plusTwo);
-    this->expectEach(this->a - -2l, plusTwo);
-    this->expectEach(this->a * 2.0 / 2, [](int x, int) { return x; });
-}
-
-TYPED_TEST(VectorFamilyTest, TakesAVectorComponentByComponent) {
-    this->expectEach(this->a + this->b, [](int x, int y) { return x + y; });
-    this->expectEach(this->a - this->b, [](int x, int y) { return x - y; });
-    this->expectEach(this->a * this->b, [](int x, int y) { return x * y; });
-    this->expectEach(this->a / this->b, [](float x, float y) { return x / y; });
+TYPED_TEST(VectorFamilyTest, OperatorsAcceptScalarsOfEveryArithmeticType) {
+    const auto check = [this](auto... scalars) {
+        (this->expectEach(this->a + scalars, [](int x, int) { return x + 3; }), ...);
+        (this->expectEach(this->a - scalars, [](int x, int) { return x - 3; }), ...);
+        (this->expectEach(this->a * scalars, [](int x, int) { return x * 3; }), ...);
+        (this->expectEach(this->a / scalars, [](float x, int) { return x / 3; }), ...);
+        (this->expectEach(TypeParam(this->a) *= scalars, [](int x, int) { return x * 3; }), ...);
+    };
+    check(3, 3u, 3l, 3.0, three);
+    this->expectEach(this->a - -2l, [](int x, int) { return x + 2; });
 }
 
 TYPED_TEST(VectorFamilyTest, DoesNotGuardDivisions) {
@@ -198,16 +176,13 @@ TYPED_TEST(VectorFamilyTest, ComparesExactly) {
     }
 }
 
-TYPED_TEST(VectorFamilyTest, ResetsAllComponentsToZero) {
-    this->a.reset();
-    this->expectEach(this->a, [](int, int) { return 0; });
-}
-
 TYPED_TEST(VectorFamilyTest, SetsFromFloatsAndReturnsACopy) {
     const float floats[] = {5, 7, 9, 11};
     const TypeParam copy = this->a.set(floats);
     EXPECT_TRUE(copy == this->b);
     EXPECT_TRUE(this->a == this->b);
+    this->a.reset();
+    this->expectEach(this->a, [](int, int) { return 0; });
 }
 
 TYPED_TEST(VectorFamilyTest, InterpolatesWithoutAClamp) {
@@ -232,35 +207,24 @@ TYPED_TEST(VectorFamilyTest, HasALengthOverAllComponents) {
     }
 }
 
-TYPED_TEST(VectorFamilyTest, TakesALength) {
-    TypeParam v = this->a;
+TYPED_TEST(VectorFamilyTest, CanBeSetToALengthAndNormalized) {
+    TypeParam v = this->a, unit = this->a, zero;
     const TypeParam copy = v.setLength(7.0f);
     EXPECT_TRUE(copy == v);
     expectNear(v.length(), 7.0, 7.0);
     expectNear(v.angle(this->a), 0.0, 1000.0);
     v.setLength(-7.0f);
-    EXPECT_LT(v[0], 0.0f) << "a negative length turns it round";
-}
-
-TYPED_TEST(VectorFamilyTest, AZeroVectorTakesNoLength) {
-    this->a.reset();
-    this->a.setLength(2.0f);
+    EXPECT_LT(v[0], 0.0f) << "a negative length inverts the direction";
+    const TypeParam unitCopy = unit.normalize();
+    EXPECT_TRUE(unitCopy == unit);
     for (int i = 0; i < this->N; ++i)
-        EXPECT_TRUE(std::isnan(this->a[i]));
-}
-
-TYPED_TEST(VectorFamilyTest, Normalizes) {
-    TypeParam v = this->a;
-    const TypeParam copy = v.normalize();
-    EXPECT_TRUE(copy == v);
+        expectNear(unit[i], (i + 1) / std::sqrt(double(this->a.squaredLength())));
+    zero.reset();
+    zero.normalize();
+    this->expectEach(zero, [](int, int) { return 0; });
+    zero.setLength(2.0f);
     for (int i = 0; i < this->N; ++i)
-        expectNear(v[i], (i + 1) / std::sqrt(double(this->a.squaredLength())));
-}
-
-TYPED_TEST(VectorFamilyTest, AZeroVectorStaysZeroWhenNormalized) {
-    this->a.reset();
-    this->a.normalize();
-    this->expectEach(this->a, [](int, int) { return 0; });
+        EXPECT_TRUE(std::isnan(zero[i]));
 }
 
 TYPED_TEST(VectorFamilyTest, HasAnAngleInDoublePrecision) {
@@ -277,7 +241,7 @@ TYPED_TEST(VectorFamilyTest, HasAnAngleInDoublePrecision) {
     EXPECT_NEAR(x.angle(y), pi / 4, 1e-7);
 }
 
-TYPED_TEST(VectorFamilyTest, AnAngleThatIsNoneIsZero) {
+TYPED_TEST(VectorFamilyTest, AnUndefinedAngleIsZero) {
     TypeParam zero;
     zero.reset();
     EXPECT_EQ(zero.angle(this->a), 0.0);
@@ -289,6 +253,76 @@ TYPED_TEST(VectorFamilyTest, AnAngleThatIsNoneIsZero) {
         EXPECT_FALSE(std::isnan(v.angle(v * 3.0f)));
         EXPECT_LT(v.angle(v * 3.0f), 0.001);
     }
+}
+
+// --- What differs: sizes and defaults, distances and the cross product
+
+TEST(VectorFamily, IsZeroByDefaultButForW) {
+    static_assert(sizeof(Z3MVECTOR2D) == 8 && sizeof(Z3MVECTOR3D) == 12);
+    static_assert(sizeof(Z3MVECTOR4D) == 16);
+    EXPECT_EQ(Z3MVECTOR2D(), Z3MVECTOR2D(0, 0));
+    EXPECT_EQ(Z3MVECTOR3D(), Z3MVECTOR3D(0, 0, 0));
+    Z3MVECTOR4D v;
+    EXPECT_EQ(v, Z3MVECTOR4D(0, 0, 0, 1));
+    v.reset();
+    EXPECT_EQ(v, Z3MVECTOR4D(0, 0, 0, 0));
+}
+
+TEST(VectorFamily, AcceptsAnyMixOfNumbers) {
+    EXPECT_EQ(Z3MVECTOR2D(1, 2.5), Z3MVECTOR2D(1.0f, 2.5f));
+    EXPECT_EQ(Z3MVECTOR2D(1.0, 2.0), Z3MVECTOR2D(1u, 2l));
+    EXPECT_EQ(Z3MVECTOR3D(1, 2.0, 3u), Z3MVECTOR3D(1.0f, 2.0f, 3.0f));
+    EXPECT_EQ(Z3MVECTOR3D(1.0, 2.0, 3.0), Z3MVECTOR3D(1, 2, 3));
+    EXPECT_EQ(Z3MVECTOR4D(1, 2.5, 3.5f, 4u), Z3MVECTOR4D(1.0f, 2.5f, 3.5f, 4.0f));
+    EXPECT_EQ(Z3MVECTOR4D(1.0, 2.0, 3.0, 4.0), Z3MVECTOR4D(1, 2, 3, 4));
+    Z3MVECTOR2D two;
+    EXPECT_EQ(two.set(1, 2.5), Z3MVECTOR2D(1.0f, 2.5f));
+    EXPECT_EQ(two, Z3MVECTOR2D(1.0f, 2.5f));
+    EXPECT_EQ(two.set(3.0f, 4.0f), Z3MVECTOR2D(3, 4));
+    EXPECT_EQ(two.set(5.0, 6.0), Z3MVECTOR2D(5, 6));
+    EXPECT_EQ(two.set(7, 8), Z3MVECTOR2D(7, 8));
+    Z3MVECTOR3D v;
+    EXPECT_EQ(v.set(1u, 2.5, 3.5f), Z3MVECTOR3D(1.0f, 2.5f, 3.5f));
+    EXPECT_EQ(v.set(4, 5, 6), Z3MVECTOR3D(4, 5, 6));
+    EXPECT_EQ(v, Z3MVECTOR3D(4, 5, 6));
+    Z3MVECTOR4D four;
+    EXPECT_EQ(four.set(1, 2.5, 3.5f, 4l), Z3MVECTOR4D(1.0f, 2.5f, 3.5f, 4.0f));
+    EXPECT_EQ(four, Z3MVECTOR4D(1.0f, 2.5f, 3.5f, 4.0f));
+}
+
+TEST(VectorFamily, WidensWithAZOfZeroAndAWOfOne) {
+    const Z3MVECTOR2D flat(1, 2);
+    const Z3MVECTOR3D solid(1, 2, 3);
+    EXPECT_EQ(Z3MVECTOR3D(flat), Z3MVECTOR3D(1, 2, 0));
+    EXPECT_EQ(Z3MVECTOR4D(flat), Z3MVECTOR4D(1, 2, 0, 1));
+    EXPECT_EQ(Z3MVECTOR4D(solid), Z3MVECTOR4D(1, 2, 3, 1));
+    Z3MVECTOR3D v(7, 8, 9);
+    v = flat;
+    EXPECT_EQ(v, Z3MVECTOR3D(1, 2, 0));
+    EXPECT_EQ(v + flat, Z3MVECTOR3D(2, 4, 0));
+    Z3MVECTOR4D w(7, 8, 9, 10);
+    w = flat;
+    EXPECT_EQ(w, Z3MVECTOR4D(1, 2, 0, 1));
+    w = Z3MVECTOR4D(7, 8, 9, 10);
+    w = solid;
+    EXPECT_EQ(w, Z3MVECTOR4D(1, 2, 3, 1));
+}
+
+TEST(VectorFamily, HasADistance) {
+    EXPECT_EQ(Z3MVECTOR2D(1, 1).distance(Z3MVECTOR2D(4, 5)), 5.0f);
+    EXPECT_EQ(Z3MVECTOR3D(1, 1, 1).distance(Z3MVECTOR3D(3, 4, 7)), 7.0f);
+    // On purpose: z counts twice, as in (3 - 1, 4 - 2, 5 - 3, 5 - 4).
+    EXPECT_FLOAT_EQ(Z3MVECTOR4D(1, 2, 3, 4).distance(Z3MVECTOR3D(3, 4, 5)), std::sqrt(13.0f));
+    EXPECT_FLOAT_EQ(Z3MVECTOR4D().distance(Z3MVECTOR3D(0, 0, 0)), 1.0f);
+    EXPECT_FLOAT_EQ(Z3MVECTOR4D(0, 0, 0, 2).distance(Z3MVECTOR2D(3, 4)), std::sqrt(29.0f));
+}
+
+TEST(VectorFamily, HasACrossProductIn3D) {
+    const Z3MVECTOR3D x(1, 0, 0), y(0, 1, 0), z(0, 0, 1);
+    EXPECT_EQ(x ^ y, z);
+    EXPECT_EQ(y ^ z, x);
+    EXPECT_EQ(z ^ x, y);
+    EXPECT_EQ(Z3MVECTOR3D(2, 3, 5) ^ Z3MVECTOR3D(7, 11, 13), Z3MVECTOR3D(-16, 9, 1));
 }
 
 } // namespace

@@ -10,12 +10,20 @@ using ravolt::test::heap;
 
 extern "C" {
 
+void *__real_malloc(std::size_t bytes);
 void *__real_calloc(std::size_t number, std::size_t bytes);
 void *__real_realloc(void *block, std::size_t bytes);
 void *__real__Znwm(std::size_t bytes);
 void *__real__Znam(std::size_t bytes);
 void *__real__ZnwmRKSt9nothrow_t(std::size_t bytes, const std::nothrow_t &);
 void *__real__ZnamRKSt9nothrow_t(std::size_t bytes, const std::nothrow_t &);
+
+void *__wrap_malloc(std::size_t bytes) {
+    if (!heap.refuses(bytes))
+        return __real_malloc(bytes);
+    ++heap.refusedBlocks;
+    return nullptr;
+}
 
 void *__wrap_calloc(std::size_t number, std::size_t bytes) {
     return heap.refuses(number * bytes) ? nullptr : __real_calloc(number, bytes);

@@ -1,5 +1,3 @@
-// In a source of its own, so that a test program may bring its own fread.
-
 #include "tests/support/shortReads.h"
 
 #include <algorithm>
