@@ -101,17 +101,17 @@ TYPED_TEST(VectorFamilyTest, IsAPointerToItsFirstComponent) {
 }
 
 TYPED_TEST(VectorFamilyTest, OperatorsWorkOnEachComponent) {
-    const TypeParam &a = this->a, &b = this->b;
-    this->expectEach(-a, [](int x, int) { return -x; });
-    this->expectEach(+a, [](int x, int) { return x; });
-    this->expectEach(a + 1.5f, [](int x, int) { return x + 1.5; });
-    this->expectEach(a - 1.5f, [](int x, int) { return x - 1.5; });
-    this->expectEach(a * 1.5f, [](int x, int) { return x * 1.5; });
-    this->expectEach(a / 2.0f, [](int x, int) { return x / 2.0; });
-    this->expectEach(a + b, [](int x, int y) { return x + y; });
-    this->expectEach(a - b, [](int x, int y) { return x - y; });
-    this->expectEach(a * b, [](int x, int y) { return x * y; });
-    this->expectEach(a / b, [](float x, float y) { return x / y; });
+    const TypeParam &v = this->a, &w = this->b;
+    this->expectEach(-v, [](int x, int) { return -x; });
+    this->expectEach(+v, [](int x, int) { return x; });
+    this->expectEach(v + 1.5f, [](int x, int) { return x + 1.5; });
+    this->expectEach(v - 1.5f, [](int x, int) { return x - 1.5; });
+    this->expectEach(v * 1.5f, [](int x, int) { return x * 1.5; });
+    this->expectEach(v / 2.0f, [](int x, int) { return x / 2.0; });
+    this->expectEach(v + w, [](int x, int y) { return x + y; });
+    this->expectEach(v - w, [](int x, int y) { return x - y; });
+    this->expectEach(v * w, [](int x, int y) { return x * y; });
+    this->expectEach(v / w, [](float x, float y) { return x / y; });
 }
 
 TYPED_TEST(VectorFamilyTest, OperatorsAcceptScalarsOfEveryArithmeticType) {
