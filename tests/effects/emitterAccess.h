@@ -1,9 +1,14 @@
 #pragma once
 
-// The private side of RVEMITTER, for tests: the pool, the arrays and the slots.
+// The private side of RVEMITTER, for tests: the pool, the arrays and the slots; and the fixture of
+// its call tests.
 
+#include "ravolt/RVELEMENT.h"
 #include "ravolt/RVEMITTER.h"
 #include "tests/engine/openGLAccess.h"
+#include "tests/support/engineFixture.h"
+
+#include <vector>
 
 namespace ravolt::test {
 
@@ -68,5 +73,33 @@ inline unsigned int slotsInUse() {
         number += pool()[slot].used;
     return number;
 }
+
+// Type, limits of energy, velocity, size and spin, blending, angle, spinning, sizes and radius.
+using Numbers = std::vector<double>;
+template <class... Values> Numbers numbers(Values... values) {
+    return {static_cast<double>(values)...};
+}
+inline Numbers numbersOf(const RVEMITTER &emitter) {
+    return numbers(emitter.getEmitterType(), emitter.getMaximumEnergy(),
+                   emitter.getMaximumVelocity(), emitter.getMaximumParticuleSize(),
+                   emitter.getMaximumSpin(), emitter.getBlendingSrc(), emitter.getBlendingDst(),
+                   emitter.getMaximumAngle(), emitter.getSpinning(), emitter.getSizeX(),
+                   emitter.getSizeY(), emitter.getRadius());
+}
+
+class EmitterTest : public SilentEngineTest {
+  protected:
+    void SetUp() override {
+        SilentEngineTest::SetUp();
+        emitter = new RVEMITTER;
+    }
+
+    Calls recordRender() {
+        return callsOf([this] { EXPECT_TRUE(emitter->render(&element)); });
+    }
+
+    RVEMITTER *emitter = nullptr;
+    RVELEMENT element;
+};
 
 } // namespace ravolt::test

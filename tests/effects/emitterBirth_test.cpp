@@ -1,8 +1,9 @@
 // Births against a reference that replays the sequence of random numbers.
 
 #include "tests/effects/emitterAccess.h"
-#include "tests/support/engineFixture.h"
+#include "tests/support/expectNear.h"
 
+#include <array>
 #include <cmath>
 #include <cstdlib>
 
@@ -53,11 +54,10 @@ Born bornAs(const RVEMITTER &emitter, const Limits &limits) {
     return born;
 }
 
-class EmitterBirth : public SilentEngineTest {
+class EmitterBirth : public EmitterTest {
   protected:
     void SetUp() override {
-        SilentEngineTest::SetUp();
-        emitter = new RVEMITTER;
+        EmitterTest::SetUp();
         emitter->setMaximumEnergy(static_cast<int>(limits.energy));
         emitter->setMaximumParticuleSize(static_cast<int>(limits.size));
         emitter->setMaximumSpin(static_cast<int>(limits.spin));
@@ -96,7 +96,6 @@ class EmitterBirth : public SilentEngineTest {
     }
 
     Limits limits;
-    RVEMITTER *emitter = nullptr;
 };
 
 TEST_F(EmitterBirth, PointsShootInAllDirections) { expectBirths(0); }
@@ -106,19 +105,14 @@ TEST_F(EmitterBirth, DiscsSubtractTheirCenter) { expectBirths(2); }
 TEST_F(EmitterBirth, PlaneCoversItsWholeSize) {
     emitter->setEmitterType(1);
     emitter->setNumberOfParticles(2000);
-    float least[2] = {100, 100}, greatest[2] = {-100, -100};
+    float minX = 100, maxX = -100, minZ = 100, maxZ = -100;
     for (unsigned int index = 0; index < 2000; ++index) {
-        const Z3MVECTOR3D place = particleOf(*emitter, index).position;
-        EXPECT_EQ(place.y, 5.0f);
-        for (int axis = 0; axis < 2; ++axis) {
-            least[axis] = std::min(least[axis], place[2 * axis]);
-            greatest[axis] = std::max(greatest[axis], place[2 * axis]);
-        }
+        const Z3MVECTOR3D position = particleOf(*emitter, index).position;
+        EXPECT_EQ(position.y, 5.0f);
+        minX = std::min(minX, position.x), maxX = std::max(maxX, position.x);
+        minZ = std::min(minZ, position.z), maxZ = std::max(maxZ, position.z);
     }
-    EXPECT_NEAR(least[0], 3 - 4, 0.1);
-    EXPECT_NEAR(greatest[0], 3 + 4, 0.1);
-    EXPECT_NEAR(least[1], 7 - 6, 0.1);
-    EXPECT_NEAR(greatest[1], 7 + 6, 0.1);
+    expectNear(std::array{minX, maxX, minZ, maxZ}, {3 - 4, 3 + 4, 7 - 6, 7 + 6}, 0.1);
 }
 
 TEST_F(EmitterBirth, DiscOfNoRadiusIsAPoint) {
@@ -128,7 +122,7 @@ TEST_F(EmitterBirth, DiscOfNoRadiusIsAPoint) {
     EXPECT_TRUE(particleOf(*emitter, 2).position == Z3MVECTOR3D(-3, 0, -7));
 }
 
-TEST_F(EmitterBirth, UnknownTypeIsLoggedAndLeavesThePlaceAndTheSpeed) {
+TEST_F(EmitterBirth, UnknownTypeIsLoggedAndChangesNeitherPositionNorVelocity) {
     emitter->setNumberOfParticles(1);
     const RVPARTICLE before = particleOf(*emitter, 0);
     emitter->setNumberOfParticles(0);

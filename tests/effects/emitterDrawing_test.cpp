@@ -1,4 +1,4 @@
-// Emitters as they look, on both paths, and what they leave behind for the meshes after them.
+// The pictures of emitters on both paths, and of the meshes that are drawn after them.
 
 #include "tests/effects/emitterAccess.h"
 #include "tests/models/modelScenes.h"
@@ -15,6 +15,8 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 
+#include <string>
+#include <tuple>
 #include <vector>
 
 using namespace ravolt;
@@ -26,7 +28,7 @@ constexpr Pixel black{0, 0, 0, 255};
 constexpr Tolerance edges{
     .maximum = 255, .mean = 0.3, .reason = "samples at edges differ between the two settings"};
 
-// What a test sets of a particle that stands still.
+// The values of a particle without velocity.
 struct Still {
     Z3MVECTOR3D position;
     float size = 1, energy = 0.8f, spin = 0;
@@ -89,9 +91,6 @@ class EmitterDrawingWithProgram : public EmitterDrawing {
     EmitterDrawingWithProgram() { settings.setShaders(true); }
 };
 
-const std::vector<Still> threeParticles = {
-    {{-3, 0, 0}, 1, 0.9f, 0}, {{0, 1, 0}, 1.5f, 0.7f, 0}, {{3, -1, 0}, 1, 0.5f, 0}};
-
 TEST_F(EmitterDrawing, ParticlesAreTexturedBlendedQuads) {
     emitter->setTexture(makeArrow());
     emitter->setRotation(20, 30, 0);
@@ -100,23 +99,24 @@ TEST_F(EmitterDrawing, ParticlesAreTexturedBlendedQuads) {
     EXPECT_PICTURE(readFrame(), "emitter_particles", edges);
 }
 
-TEST_F(EmitterDrawing, AlphaIsTheEnergyAndFaintParticlesAreNotDrawn) {
-    place({{{0, 0, 0}, 1, 0.5f, 0}});
-    drawFrame(nullptr, emitter);
-    EXPECT_PIXEL(pixelAt(width / 2, height / 2), (Pixel{127, 127, 127}), 2);
-    EXPECT_PIXEL(pixelAt(2, 2), black, 0);
-    place({{{0, 0, 0}, 1, 0.19f, 0}});
-    drawFrame(nullptr, emitter);
-    EXPECT_PIXEL(pixelAt(width / 2, height / 2), black, 0);
-}
-
-TEST_F(EmitterDrawing, BlendingIsTheEmitters) {
-    emitter->setBlendingSrc(GL_ZERO);
-    emitter->setBlendingDst(GL_ONE_MINUS_SRC_ALPHA);
-    RVOPENGL::setBackgroundColor(1, 0, 0, 1);
-    place({{{0, 0, 0}, 1, 0.75f, 0}});
-    drawFrame(nullptr, emitter);
-    EXPECT_PIXEL(pixelAt(width / 2, height / 2), (Pixel{64, 0, 0}), 2);
+TEST_F(EmitterDrawing, AlphaIsTheEnergyAndTheBlendingIsTheEmitters) {
+    const struct {
+        const char *what;
+        float energy, red; // of the background
+        Pixel expected;
+    } cases[] = {{"half of white", 0.5f, 0, {127, 127, 127}},
+                 {"too faint to be drawn", 0.19f, 0, black},
+                 {"blending of its own", 0.75f, 1, {64, 0, 0}}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        if (c.red)
+            emitter->setBlendingSrc(GL_ZERO);
+        RVOPENGL::setBackgroundColor(c.red, 0, 0, 1);
+        place({{{0, 0, 0}, 1, c.energy, 0}});
+        drawFrame(nullptr, emitter);
+        EXPECT_PIXEL(pixelAt(width / 2, height / 2), c.expected, 2);
+        EXPECT_PIXEL(pixelAt(2, 2), (Pixel{static_cast<unsigned char>(c.red * 255), 0, 0}), 0);
+    }
 }
 
 TEST_F(EmitterDrawing, ParticlesWriteNoDepth) {
@@ -128,7 +128,7 @@ TEST_F(EmitterDrawing, ParticlesWriteNoDepth) {
     EXPECT_EQ(integerOf(GL_DEPTH_WRITEMASK), GL_TRUE);
 }
 
-TEST_F(EmitterDrawing, CullingIsOffBehindItsSwitch) {
+TEST_F(EmitterDrawing, CullingIsOffWhereItsSwitchIsOn) {
     place({{{0, 0, 0}, 1, 0.9f, 0}});
     RVOPENGL::cullingOn();
     drawFrame(nullptr, emitter);
@@ -141,19 +141,17 @@ TEST_F(EmitterDrawing, CullingIsOffBehindItsSwitch) {
          {GL_VERTEX_ARRAY, GL_COLOR_ARRAY, GL_NORMAL_ARRAY, GL_TEXTURE_COORD_ARRAY})
         EXPECT_FALSE(glIsEnabled(array));
     drawFrame2D(nullptr);
-    EXPECT_TRUE(glIsEnabled(GL_CULL_FACE)) << "the end of a 2D block brings it back";
+    EXPECT_TRUE(glIsEnabled(GL_CULL_FACE)) << "after a 2D block";
 }
 
 TEST_F(EmitterDrawingWithProgram, ProgramAndProcessorDrawTheSame) {
     ASSERT_TRUE(RVSHADER::useEmitter());
     emitter->setTexture(makeArrow());
     emitter->setRotation(20, 30, 0);
-    std::vector<Still> atCentre = threeParticles;
-    place(atCentre, true);
-    recorder.start();
-    drawFrame(nullptr, emitter);
-    const Calls calls = recorder.stop();
-    EXPECT_TRUE(calls.contains("glNormalPointer"));
+    const std::vector<Still> particles = {
+        {{-3, 0, 0}, 1, 0.9f, 0}, {{0, 1, 0}, 1.5f, 0.7f, 0}, {{3, -1, 0}, 1, 0.5f, 0}};
+    place(particles, true);
+    EXPECT_TRUE(callsOf([&] { drawFrame(nullptr, emitter); }).contains("glNormalPointer"));
     const Picture byProgram = readFrame();
     EXPECT_GT(byProgram.pixelsUnlike(black), 100u);
 
@@ -161,16 +159,17 @@ TEST_F(EmitterDrawingWithProgram, ProgramAndProcessorDrawTheSame) {
     // The program moves in the screen's frame, the processor in the emitter's: without a rotation
     // they are the same.
     emitter->setRotation(0, 0, 0);
-    place(atCentre);
+    place(particles);
     drawFrame(nullptr, emitter);
-    const Picture byProcessor = readFrame();
-    const Difference difference = differenceOf(byProgram, byProcessor);
-    EXPECT_LT(difference.mean, 0.3);
+    EXPECT_LT(differenceOf(byProgram, readFrame()).mean, 0.3);
 }
 
 // Meshes that are drawn after an emitter, in the same list and in the next frame.
-class MeshAfterEmitter : public EmitterDrawing {
+class MeshAfterEmitter : public EmitterDrawing,
+                         public testing::WithParamInterface<std::tuple<bool, bool>> {
   protected:
+    MeshAfterEmitter() { settings.setShaders(program); }
+
     // The cubes in a frame after a frame with the emitter, or without.
     Picture picture(bool withEmitter, bool lit) {
         writeCheck();
@@ -230,22 +229,16 @@ class MeshAfterEmitter : public EmitterDrawing {
             writeTga("check_d.tga", {.width = side, .height = side, .pixels = pixels.data()}));
     }
 
-    bool program = false;
+    const bool program = std::get<0>(GetParam());
 };
 
-TEST_F(MeshAfterEmitter, UnlitMeshLooksTheSame) { expectTheSame(false); }
-TEST_F(MeshAfterEmitter, LitMeshLooksTheSame) { expectTheSame(true); }
+TEST_P(MeshAfterEmitter, LooksTheSame) { expectTheSame(std::get<1>(GetParam())); }
 
-class MeshAfterEmitterWithProgram : public MeshAfterEmitter {
-  protected:
-    MeshAfterEmitterWithProgram() {
-        settings.setShaders(true);
-        program = true;
-    }
-};
-
-TEST_F(MeshAfterEmitterWithProgram, UnlitMeshLooksTheSame) { expectTheSame(false); }
-TEST_F(MeshAfterEmitterWithProgram, LitMeshLooksTheSame) { expectTheSame(true); }
+INSTANTIATE_TEST_SUITE_P(EachPath, MeshAfterEmitter,
+                         testing::Combine(testing::Bool(), testing::Bool()), [](const auto &each) {
+                             return std::string(std::get<0>(each.param) ? "Program" : "Processor") +
+                                    (std::get<1>(each.param) ? "Lit" : "Unlit");
+                         });
 
 // The normals of a mesh with few vertices, in the application's memory, are not read for the many
 // of an emitter.
@@ -254,12 +247,10 @@ TEST_F(EmitterDrawing, ArraysOfSmallMeshesBeforeItAreNotRead) {
     emitter->link(root);
     emitter->setMaximumParticuleSize(1); // nothing to fill
     emitter->setNumberOfParticles(4096);
-    recorder.start();
-    drawFrame(nullptr, root);
-    const Calls calls = recorder.stop();
-    EXPECT_TRUE(calls.haveInOrder({{"glEnableClientState", GL_NORMAL_ARRAY},
-                                   {"glDisableClientState", GL_NORMAL_ARRAY},
-                                   {"glDrawArrays", GL_QUADS, 0, 4 * 4096}}));
+    EXPECT_TRUE(callsOf([&] { drawFrame(nullptr, root); })
+                    .haveInOrder({{"glEnableClientState", GL_NORMAL_ARRAY},
+                                  {"glDisableClientState", GL_NORMAL_ARRAY},
+                                  {"glDrawArrays", GL_QUADS, 0, 4 * 4096}}));
 }
 
 } // namespace

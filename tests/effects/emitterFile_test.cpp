@@ -23,26 +23,22 @@ class EmitterFile : public testing::Test {
     std::vector<EmitterElement> elements;
 };
 
-TEST_F(EmitterFile, ElementsStandInTheirOrder) {
-    ASSERT_TRUE(read("<emitter><radius value='2'/><type value='1'/><radius value='3'/></emitter>"));
-    ASSERT_EQ(elements.size(), 3u);
+TEST_F(EmitterFile, ElementsAreReadInOrderWithTheirAttributes) {
+    ASSERT_TRUE(read("<emitter><radius value='2'/><type value='1'/><radius value='3'/>"
+                     "<center z='3' x='1' y='2'/><emitterSize x='4' y='5'/>"
+                     "<texture value='a &amp; b.tga'/><maxSpin value='-12'/></emitter>"));
+    ASSERT_EQ(elements.size(), 7u);
     EXPECT_EQ(elements[0].key, EmitterKey::radius);
     EXPECT_EQ(elements[0].x, 2);
     EXPECT_EQ(elements[1].key, EmitterKey::type);
     EXPECT_EQ(elements[1].integer, 1);
     EXPECT_EQ(elements[2].x, 3);
-}
-
-TEST_F(EmitterFile, EachKindOfElementHasItsAttributes) {
-    ASSERT_TRUE(read("<emitter><center z='3' x='1' y='2'/><emitterSize x='4' y='5'/>"
-                     "<texture value='a &amp; b.tga'/><maxSpin value='-12'/></emitter>"));
-    ASSERT_EQ(elements.size(), 4u);
-    EXPECT_EQ(elements[0].x, 1);
-    EXPECT_EQ(elements[0].y, 2);
-    EXPECT_EQ(elements[0].z, 3);
-    EXPECT_EQ(elements[1].y, 5);
-    EXPECT_EQ(elements[2].text, "a & b.tga");
-    EXPECT_EQ(elements[3].integer, -12);
+    EXPECT_EQ(elements[3].x, 1);
+    EXPECT_EQ(elements[3].y, 2);
+    EXPECT_EQ(elements[3].z, 3);
+    EXPECT_EQ(elements[4].y, 5);
+    EXPECT_EQ(elements[5].text, "a & b.tga");
+    EXPECT_EQ(elements[6].integer, -12);
 }
 
 TEST_F(EmitterFile, UnknownNamesAndMissingAttributesAreSkipped) {

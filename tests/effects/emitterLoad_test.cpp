@@ -1,44 +1,35 @@
-// Emitter files: what each element does to an emitter, and what happens to its texture.
+// Emitter files: the effect of each element on an emitter, and its texture.
 
 #include "tests/effects/emitterAccess.h"
 #include "tests/resources/tgaFiles.h"
-#include "tests/support/engineFixture.h"
 
-#include "ravolt/RVELEMENT.h"
 #include "ravolt/RVTEXTURE.h"
-#include "ravolt/zlf.h"
 
-#include <fstream>
-#include <sstream>
 #include <string>
 
 using namespace ravolt::test;
 
 namespace {
 
-class EmitterLoad : public SilentEngineTest {
+class EmitterLoad : public EmitterTest {
   protected:
     void SetUp() override {
-        SilentEngineTest::SetUp();
-        emitter = new RVEMITTER;
+        EmitterTest::SetUp();
+        writeFile("spark_d.tga", plainTga(4, 2));
         RVTEXTURE::setPath("");
     }
     void TearDown() override {
         RVTEXTURE::setPath("");
-        SilentEngineTest::TearDown();
+        EmitterTest::TearDown();
     }
 
     bool load(const std::string &elements) {
-        std::ofstream("emitter.xml")
-            << "<?xml version=\"1.0\"?>\n<emitter>" << elements << "</emitter>\n";
+        writeFile("emitter.xml", "<?xml version=\"1.0\"?>\n<emitter>" + elements + "</emitter>\n");
         return emitter->load("emitter.xml");
     }
-
-    RVEMITTER *emitter = nullptr;
 };
 
 TEST_F(EmitterLoad, EveryElementHasItsEffect) {
-    writeFile("spark_d.tga", plainTga(4, 2));
     emitter->setCenter(Z3MVECTOR3D(9, 9, 9));
     ASSERT_TRUE(
         load("<type value='2'/><texture value='spark_d.tga'/><maxEnergy value='321'/>"
@@ -49,22 +40,8 @@ TEST_F(EmitterLoad, EveryElementHasItsEffect) {
              "<colorStart x='0.25' y='0.5' z='1'/><colorEnd x='1' y='0.5' z='0.25'/>"
              "<blendingSrc value='1'/><blendingDst value='769'/>"
              "<nbOfParticles value='11'/>"));
-    EXPECT_EQ(emitter->getEmitterType(), 2);
-    ASSERT_NE(emitter->getTexture(), nullptr);
-    EXPECT_EQ(emitter->getTexture()->getSizeX(), 4u);
-    EXPECT_STREQ(emitter->getTexture()->getFilename(), "spark_d.tga");
-    EXPECT_FALSE(emitter->getTexture()->isLoaded()) << "uploaded when it is drawn";
-    EXPECT_EQ(emitter->getTexture()->getReferences(), 0);
     EXPECT_EQ(emitter->getNumberOfParticles(), 11u);
-    EXPECT_EQ(emitter->getMaximumEnergy(), 321u);
-    EXPECT_EQ(emitter->getMaximumVelocity(), 12u);
-    EXPECT_EQ(emitter->getMaximumAngle(), 1.5f);
-    EXPECT_EQ(emitter->getSizeX(), 2.5f);
-    EXPECT_EQ(emitter->getSizeY(), 3.5f);
-    EXPECT_EQ(emitter->getRadius(), 4.5f);
-    EXPECT_EQ(emitter->getMaximumParticuleSize(), 34u);
-    EXPECT_EQ(emitter->getMaximumSpin(), 56u);
-    EXPECT_EQ(emitter->getSpinning(), 7.5f);
+    EXPECT_EQ(numbersOf(*emitter), numbers(2, 321, 12, 34, 56, 1, 769, 1.5, 7.5, 2.5, 3.5, 4.5));
     EXPECT_TRUE(emitter->getPosition() == Z3MVECTOR3D(1, 2, 3)) << "the node's";
     EXPECT_TRUE(emitter->getCenter() == Z3MVECTOR3D(9, 9, 9));
     EXPECT_TRUE(emitter->getGravity() == Z3MVECTOR3D(4, 5, 6));
@@ -72,8 +49,15 @@ TEST_F(EmitterLoad, EveryElementHasItsEffect) {
     EXPECT_TRUE(emitter->getUpVector() == Z3MVECTOR3D(0.5, -1, 2));
     EXPECT_TRUE(emitter->getColorStart() == Z3MVECTOR3D(0.25, 0.5, 1));
     EXPECT_TRUE(emitter->getColorEnd() == Z3MVECTOR3D(1, 0.5, 0.25));
-    EXPECT_EQ(emitter->getBlendingSrc(), 1u);
-    EXPECT_EQ(emitter->getBlendingDst(), 769u);
+
+    RVTEXTURE *texture = emitter->getTexture();
+    ASSERT_NE(texture, nullptr);
+    EXPECT_EQ(texture->getSizeX(), 4u);
+    EXPECT_STREQ(texture->getFilename(), "spark_d.tga");
+    EXPECT_EQ(texture->getReferences(), 0);
+    EXPECT_FALSE(texture->isLoaded());
+    recordRender();
+    EXPECT_TRUE(texture->isLoaded()) << "uploaded when it is drawn";
     EXPECT_NOTHING_LOGGED();
 }
 
@@ -94,13 +78,12 @@ TEST_F(EmitterLoad, ColorsAreFollowedByTheirDifference) {
                      "<nbOfParticles value='1'/>"));
     particleOf(*emitter, 0).startEnergy = 4;
     particleOf(*emitter, 0).energy = 1;
-    RVELEMENT element;
     emitter->setTexture(nullptr);
-    emitter->render(&element);
+    recordRender();
     EXPECT_EQ(colorBytes()[0], 63);
 }
 
-TEST_F(EmitterLoad, FileWithoutBlendingGivesTheConstructors) {
+TEST_F(EmitterLoad, FileWithoutBlendingSetsTheConstructors) {
     emitter->setBlendingSrc(GL_ONE);
     emitter->setBlendingDst(GL_ONE);
     ASSERT_TRUE(load("<blendingSrc value='0'/>"));
@@ -113,31 +96,28 @@ TEST_F(EmitterLoad, FileWithoutBlendingGivesTheConstructors) {
 TEST_F(EmitterLoad, LimitsOfZeroAreStoredAndCountAsOne) {
     ASSERT_TRUE(load("<maxEnergy value='0'/><maxVelocity value='0'/><maxParticleSize value='0'/>"
                      "<maxSpin value='0'/><nbOfParticles value='2'/>"));
-    EXPECT_EQ(emitter->getMaximumEnergy(), 0u);
-    EXPECT_EQ(emitter->getMaximumVelocity(), 0u);
-    EXPECT_EQ(emitter->getMaximumParticuleSize(), 0u);
-    EXPECT_EQ(emitter->getMaximumSpin(), 0u);
-    EXPECT_EQ(particleOf(*emitter, 1).energy, 0);
-    EXPECT_EQ(particleOf(*emitter, 1).size, 0);
-    EXPECT_TRUE(particleOf(*emitter, 1).velocity == Z3MVECTOR3D());
+    EXPECT_EQ(numbersOf(*emitter),
+              numbers(0, 0, 0, 0, 0, GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, 0, 0, 10, 10, 10));
+    const RVPARTICLE &p = particleOf(*emitter, 1);
+    EXPECT_EQ(p.energy, 0);
+    EXPECT_EQ(p.size, 0);
+    EXPECT_TRUE(p.velocity == Z3MVECTOR3D());
     EXPECT_LOGGED_EXACTLY(
         "   [!] Maximum energy for particles too low @ RVEMITTER::initialize()\n");
 }
 
-TEST_F(EmitterLoad, NegativeAndHugeNumbersDoNoHarm) {
+TEST_F(EmitterLoad, NegativeAndHugeNumbersAreHarmless) {
     recorder.stopClock();
     ASSERT_TRUE(load("<maxEnergy value='-7'/><maxVelocity value='99999999999999999999'/>"
                      "<maxParticleSize value='-1'/><maxSpin value='-1'/><radius value='1e999'/>"
                      "<type value='2'/><nbOfParticles value='-5'/><nbOfParticles value='20'/>"));
     EXPECT_EQ(emitter->getNumberOfParticles(), 20u);
-    RVELEMENT element;
     emitter->setTexture(nullptr);
-    EXPECT_TRUE(emitter->render(&element));
+    recordRender();
 }
 
-TEST_F(EmitterLoad, TextureIsReplacedWhoeverSetIt) {
-    auto *own = new RVTEXTURE;
-    emitter->setTexture(own);
+TEST_F(EmitterLoad, AnyFormerTextureIsReplaced) {
+    emitter->setTexture(new RVTEXTURE);
     ASSERT_TRUE(load(""));
     EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 15u) << "14 of the render targets, and a new one";
     const unsigned int first = emitter->getTexture()->getId();
@@ -148,7 +128,6 @@ TEST_F(EmitterLoad, TextureIsReplacedWhoeverSetIt) {
 
 TEST_F(EmitterLoad, TextureIsFoundInItsPath) {
     RVTEXTURE::setPath("./");
-    writeFile("spark_d.tga", plainTga(4, 2));
     ASSERT_TRUE(load("<texture value='spark_d.tga'/>"));
     EXPECT_EQ(emitter->getTexture()->getSizeY(), 2u);
     RVTEXTURE::setPath("elsewhere/");
@@ -157,47 +136,30 @@ TEST_F(EmitterLoad, TextureIsFoundInItsPath) {
                           "elsewhere/spark_d.tga @ RVTEXTURE::loadTGA\n");
 }
 
-TEST_F(EmitterLoad, TextureIsUploadedAtItsFirstFrame) {
-    writeFile("spark_d.tga", plainTga(4, 4));
-    ASSERT_TRUE(load("<texture value='spark_d.tga'/>"));
-    RVELEMENT element;
-    emitter->render(&element);
-    EXPECT_TRUE(emitter->getTexture()->isLoaded());
-}
-
-TEST_F(EmitterLoad, MissingFileLeavesNoParticlesAndANewTexture) {
-    emitter->setNumberOfParticles(5);
-    emitter->setBlendingSrc(GL_ONE);
-    EXPECT_FALSE(emitter->load("none.xml"));
-    EXPECT_LOGGED_EXACTLY("   [!] Error while loading XML file: none.xml @ RVEMITTER::load\n");
-    EXPECT_EQ(emitter->getNumberOfParticles(), 0u);
-    EXPECT_NE(emitter->getTexture(), nullptr);
-    EXPECT_EQ(emitter->getBlendingSrc(), unsigned(GL_ONE));
-}
-
-TEST_F(EmitterLoad, FileWithoutEmitterIsRefused) {
-    std::ofstream("other.xml") << "<root><emitter/></root>";
-    EXPECT_FALSE(emitter->load("other.xml"));
-    EXPECT_LOGGED_EXACTLY("   [!] Error while loading XML file: other.xml @ RVEMITTER::load\n");
-}
-
-TEST_F(EmitterLoad, DeepFileIsRefusedWithOneLine) {
+TEST_F(EmitterLoad, RefusedFilesHaveNoParticlesAndANewTexture) {
     std::string deep;
     for (int level = 0; level < 100000; ++level)
         deep += "<a>";
-    EXPECT_FALSE(load(deep));
-    EXPECT_LOGGED_EXACTLY("   [!] Error while loading XML file: emitter.xml @ RVEMITTER::load\n");
+    writeFile("deep.xml", "<emitter>" + deep);
+    writeFile("other.xml", "<root><emitter/></root>");
+    for (const std::string name : {"none.xml", "other.xml", "deep.xml"}) {
+        emitter->setNumberOfParticles(5);
+        emitter->setBlendingSrc(GL_ONE);
+        EXPECT_FALSE(emitter->load(name.c_str()));
+        EXPECT_LOGGED_EXACTLY("   [!] Error while loading XML file: " + name +
+                              " @ RVEMITTER::load\n");
+        EXPECT_EQ(emitter->getNumberOfParticles(), 0u);
+        EXPECT_NE(emitter->getTexture(), nullptr);
+        EXPECT_EQ(emitter->getBlendingSrc(), unsigned(GL_ONE));
+    }
 }
 
-TEST_F(EmitterLoad, NullIsRefusedAndChangesNothing) {
+TEST_F(EmitterLoad, NullOrNoMemoryForTheTextureIsRefused) {
     emitter->setNumberOfParticles(5);
     EXPECT_FALSE(emitter->load(nullptr));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVEMITTER::load\n");
     EXPECT_EQ(emitter->getNumberOfParticles(), 5u);
     EXPECT_EQ(emitter->getTexture(), nullptr);
-}
-
-TEST_F(EmitterLoad, WithoutMemoryForTheTextureItIsRefused) {
     recorder.failAllocation(sizeof(RVTEXTURE), 0, 1);
     EXPECT_FALSE(emitter->load("emitter.xml"));
     recorder.allocationsWork();
@@ -205,17 +167,11 @@ TEST_F(EmitterLoad, WithoutMemoryForTheTextureItIsRefused) {
     EXPECT_EQ(emitter->getTexture(), nullptr);
 }
 
-// The example in the document of the formats.
 TEST_F(EmitterLoad, DocumentedExampleLoads) {
-    std::ifstream document(RAVOLT_SOURCE "/docs/formats.md");
-    std::stringstream all;
-    all << document.rdbuf();
-    const std::string text = all.str();
+    const std::string text = readText(RAVOLT_SOURCE "/docs/formats.md");
     const std::size_t start = text.find("```xml\n<?xml version=\"1.0\"?>\n<emitter>");
     ASSERT_NE(start, std::string::npos);
-    const std::size_t end = text.find("```", start + 3);
-    std::ofstream("example.xml") << text.substr(start + 7, end - start - 7);
-    writeFile("spark_d.tga", plainTga(4, 4));
+    writeFile("example.xml", text.substr(start + 7, text.find("```", start + 3) - start - 7));
     ASSERT_TRUE(emitter->load("example.xml"));
     EXPECT_NOTHING_LOGGED();
     EXPECT_EQ(emitter->getNumberOfParticles(), 400u);

@@ -1,64 +1,54 @@
-// The pool of the particles: who takes which slots, the count, and what is logged.
+// The pool of the particles: the slots that emitters take, their count and messages; accessors.
 
 #include "tests/effects/emitterAccess.h"
-#include "tests/support/engineFixture.h"
+#include "tests/support/files.h"
 
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVTEXTURE.h"
 
-#include <cstddef>
 #include <memory>
-#include <type_traits>
 #include <vector>
 
 using namespace ravolt::test;
 
 namespace {
 
-constexpr char poolIsFull[] = "   [!] Not enough free particles @ RVEMITTER::initialize()";
-constexpr char noEnergy[] = "   [!] Maximum energy for particles too low @ RVEMITTER::initialize()";
+constexpr char poolIsFull[] = "   [!] Not enough free particles @ RVEMITTER::initialize()\n";
+constexpr char noEnergy[] =
+    "   [!] Maximum energy for particles too low @ RVEMITTER::initialize()\n";
 
-class EmitterPool : public SilentEngineTest {
+class EmitterPool : public EmitterTest {
   protected:
-    void SetUp() override {
-        SilentEngineTest::SetUp();
-        emitter = new RVEMITTER;
-    }
-
     static RVEMITTER *emitterOf(int number) {
         auto *other = new RVEMITTER;
         other->setNumberOfParticles(number);
         return other;
     }
 
-    RVEMITTER *emitter = nullptr;
+    // Slots in use and the class's count of particles.
+    static void expectUse(unsigned int slots, int counted) {
+        EXPECT_EQ(slotsInUse(), slots);
+        EXPECT_EQ(particlesCounted(), counted);
+    }
 };
+
+// --- Accessors
 
 TEST_F(EmitterPool, NewEmitterHasItsDefaults) {
     EXPECT_EQ(emitter->getType(), RV_NODE_TYPE_EMITTER);
     EXPECT_EQ(emitter->getName(), "[emitter " + std::to_string(emitter->getId()) + "]");
-    EXPECT_EQ(emitter->getEmitterType(), 0);
     EXPECT_FALSE(isInitialized(*emitter));
-    EXPECT_EQ(emitter->getNumberOfParticles(), 0u);
     for (unsigned int index = 0; index < RV_EMITTER_PARTICLES; ++index)
         ASSERT_EQ(slotsOf(*emitter)[index], -1);
-    EXPECT_EQ(emitter->getMaximumEnergy(), 100u);
-    EXPECT_EQ(emitter->getMaximumVelocity(), 100u);
-    EXPECT_EQ(emitter->getMaximumParticuleSize(), 100u);
-    EXPECT_EQ(emitter->getMaximumSpin(), 1u);
-    EXPECT_EQ(emitter->getMaximumAngle(), 0.0f);
-    EXPECT_EQ(emitter->getSpinning(), 0.0f);
-    EXPECT_TRUE(emitter->getCenter() == Z3MVECTOR3D());
-    EXPECT_TRUE(emitter->getGravity() == Z3MVECTOR3D());
-    EXPECT_EQ(emitter->getSizeX(), 10.0f);
-    EXPECT_EQ(emitter->getSizeY(), 10.0f);
-    EXPECT_EQ(emitter->getRadius(), 10.0f);
-    EXPECT_TRUE(emitter->getUpVector() == Z3MVECTOR3D(0, 1, 0));
-    EXPECT_EQ(emitter->getTexture(), nullptr);
-    EXPECT_EQ(emitter->getBlendingSrc(), unsigned(GL_SRC_ALPHA));
-    EXPECT_EQ(emitter->getBlendingDst(), unsigned(GL_ONE_MINUS_SRC_ALPHA));
     for (unsigned int vertex = 0; vertex < RV_EMITTER_VERTICES; ++vertex)
         ASSERT_TRUE(centresOf(*emitter)[vertex] == Z3MVECTOR3D());
+    EXPECT_EQ(emitter->getNumberOfParticles(), 0u);
+    EXPECT_EQ(emitter->getTexture(), nullptr);
+    EXPECT_EQ(numbersOf(*emitter),
+              numbers(0, 100, 100, 100, 1, GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, 0, 0, 10, 10, 10));
+    EXPECT_TRUE(emitter->getCenter() == Z3MVECTOR3D());
+    EXPECT_TRUE(emitter->getGravity() == Z3MVECTOR3D());
+    EXPECT_TRUE(emitter->getUpVector() == Z3MVECTOR3D(0, 1, 0));
 }
 
 TEST_F(EmitterPool, NewEmittersHaveRandomColorsInHundredths) {
@@ -72,50 +62,41 @@ TEST_F(EmitterPool, NewEmittersHaveRandomColorsInHundredths) {
     EXPECT_FALSE(one->getColorStart() == other->getColorStart());
 }
 
-TEST_F(EmitterPool, AccessorsReturnWhatWasSet) {
+TEST_F(EmitterPool, AccessorsReturnTheSetValues) {
     emitter->setEmitterType(7);
     emitter->setMaximumAngle(1.5f);
     emitter->setSpinning(2.5f);
-    emitter->setGravity(Z3MVECTOR3D(1, 2, 3));
-    emitter->setCenter(Z3MVECTOR3D(4, 5, 6));
-    emitter->setUpVector(Z3MVECTOR3D(7, 8, 9));
     emitter->setSizeX(3.5f);
     emitter->setSizeY(4.5f);
     emitter->setRadius(5.5f);
-    emitter->setColorStart(Z3MVECTOR3D(0.1, 0.2, 0.3));
-    emitter->setColorEnd(Z3MVECTOR3D(0.4, 0.5, 0.6));
     emitter->setBlendingSrc(GL_ONE);
     emitter->setBlendingDst(GL_ZERO);
-    EXPECT_EQ(emitter->getEmitterType(), 7);
-    EXPECT_EQ(emitter->getMaximumAngle(), 1.5f);
-    EXPECT_EQ(emitter->getSpinning(), 2.5f);
-    EXPECT_TRUE(emitter->getGravity() == Z3MVECTOR3D(1, 2, 3));
-    EXPECT_TRUE(emitter->getCenter() == Z3MVECTOR3D(4, 5, 6));
-    EXPECT_TRUE(emitter->getUpVector() == Z3MVECTOR3D(7, 8, 9));
-    EXPECT_EQ(emitter->getSizeX(), 3.5f);
-    EXPECT_EQ(emitter->getSizeY(), 4.5f);
-    EXPECT_EQ(emitter->getRadius(), 5.5f);
-    EXPECT_TRUE(emitter->getColorStart() == Z3MVECTOR3D(0.1, 0.2, 0.3));
-    EXPECT_TRUE(emitter->getColorEnd() == Z3MVECTOR3D(0.4, 0.5, 0.6));
-    EXPECT_EQ(emitter->getBlendingSrc(), unsigned(GL_ONE));
-    EXPECT_EQ(emitter->getBlendingDst(), unsigned(GL_ZERO));
-}
-
-TEST_F(EmitterPool, LimitedSettersStoreOneForAnythingBelowTwo) {
-    for (const int value : {-5, 0, 1, 2, 77}) {
-        const unsigned int stored = value < 2 ? 1 : static_cast<unsigned int>(value);
-        emitter->setMaximumEnergy(value);
-        emitter->setMaximumVelocity(value);
-        emitter->setMaximumParticuleSize(value);
-        emitter->setMaximumSpin(value);
-        EXPECT_EQ(emitter->getMaximumEnergy(), stored);
-        EXPECT_EQ(emitter->getMaximumVelocity(), stored);
-        EXPECT_EQ(emitter->getMaximumParticuleSize(), stored);
-        EXPECT_EQ(emitter->getMaximumSpin(), stored);
+    for (const int limit : {-5, 0, 1, 2, 77}) { // at least 1
+        emitter->setMaximumEnergy(limit);
+        emitter->setMaximumVelocity(limit);
+        emitter->setMaximumParticuleSize(limit);
+        emitter->setMaximumSpin(limit);
+        const int stored = limit < 2 ? 1 : limit;
+        EXPECT_EQ(numbersOf(*emitter), numbers(7, stored, stored, stored, stored, GL_ONE, GL_ZERO,
+                                               1.5, 2.5, 3.5, 4.5, 5.5));
     }
+    const struct {
+        void (RVEMITTER::*set)(const Z3MVECTOR3D &);
+        Z3MVECTOR3D (RVEMITTER::*get)() const;
+    } vectors[] = {{&RVEMITTER::setGravity, &RVEMITTER::getGravity},
+                   {&RVEMITTER::setCenter, &RVEMITTER::getCenter},
+                   {&RVEMITTER::setUpVector, &RVEMITTER::getUpVector},
+                   {&RVEMITTER::setColorStart, &RVEMITTER::getColorStart},
+                   {&RVEMITTER::setColorEnd, &RVEMITTER::getColorEnd}};
+    float number = 1;
+    for (const auto &each : vectors)
+        (emitter->*each.set)(Z3MVECTOR3D(number++, 2, 3));
+    number = 1;
+    for (const auto &each : vectors)
+        EXPECT_TRUE((emitter->*each.get)() == Z3MVECTOR3D(number++, 2, 3));
 }
 
-TEST_F(EmitterPool, TextureIsNotCountedAndEmptyOnceItIsDeleted) {
+TEST_F(EmitterPool, TextureIsNotReferencedAndEmptyOnceItIsDeleted) {
     auto *texture = new RVTEXTURE;
     emitter->setTexture(texture);
     EXPECT_EQ(emitter->getTexture(), texture);
@@ -123,6 +104,8 @@ TEST_F(EmitterPool, TextureIsNotCountedAndEmptyOnceItIsDeleted) {
     delete texture;
     EXPECT_EQ(emitter->getTexture(), nullptr);
 }
+
+// --- Start and stop of the class
 
 // The arrays as the program needs them.
 TEST_F(EmitterPool, StartFillsTheArraysWithUnitQuads) {
@@ -134,76 +117,68 @@ TEST_F(EmitterPool, StartFillsTheArraysWithUnitQuads) {
     }
 }
 
-TEST_F(EmitterPool, SecondStartOfTheClassKeepsThePool) {
+TEST_F(EmitterPool, PoolIsMadeOnceAndDeletedWithItsCount) {
     emitter->setNumberOfParticles(3);
     const RVPARTICLE *before = pool();
     EXPECT_TRUE(RVEMITTER::init());
     EXPECT_EQ(pool(), before);
     EXPECT_EQ(slotsInUse(), 3u);
     EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(EmitterPool, ClassDoesNotStartWithoutMemoryForThePool) {
-    RVEMITTER::free();
-    recorder.failAllocation(RV_PARTICLES * sizeof(RVPARTICLE), 0, 1);
-    EXPECT_FALSE(RVEMITTER::init());
-    EXPECT_EQ(pool(), nullptr);
-    recorder.allocationsWork();
-    EXPECT_TRUE(RVEMITTER::init());
-    EXPECT_NE(pool(), nullptr);
-}
-
-TEST_F(EmitterPool, StopDeletesThePoolAndItsCount) {
-    emitter->setNumberOfParticles(3);
     RAVOLT::free();
     EXPECT_EQ(pool(), nullptr);
     EXPECT_TRUE(RVEMITTER::free());
     EXPECT_EQ(particlesCounted(), 0);
+    recorder.failAllocation(RV_PARTICLES * sizeof(RVPARTICLE), 0, 1);
+    EXPECT_FALSE(RVEMITTER::init()); // without memory
+    EXPECT_EQ(pool(), nullptr);
+    recorder.allocationsWork();
     EXPECT_TRUE(RAVOLT::init(&settings));
+    EXPECT_NE(pool(), nullptr);
     EXPECT_EQ(slotsInUse(), 0u);
 }
+
+// --- Slots
 
 TEST_F(EmitterPool, NewParticlesTakeTheFirstFreeSlots) {
     emitter->setNumberOfParticles(3);
     RVEMITTER *other = emitterOf(2);
     emitter->setNumberOfParticles(1);
     other->setNumberOfParticles(5);
+    const int *slots = slotsOf(*other);
+    EXPECT_EQ(std::vector<int>(slots, slots + 6), (std::vector<int>{3, 4, 1, 2, 5, -1}));
     EXPECT_EQ(slotsOf(*emitter)[0], 0);
-    const int expected[] = {3, 4, 1, 2, 5, -1};
-    for (unsigned int index = 0; index < 6; ++index)
-        EXPECT_EQ(slotsOf(*other)[index], expected[index]) << index;
     EXPECT_EQ(slotsOf(*emitter)[1], 1) << "entries of released slots stay";
-    EXPECT_EQ(particlesCounted(), 6);
-    EXPECT_EQ(slotsInUse(), 6u);
+    expectUse(6, 6);
     EXPECT_TRUE(isInitialized(*emitter));
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(EmitterPool, AnEmitterHasAtMost4096) {
-    emitter->setNumberOfParticles(5000);
-    EXPECT_EQ(emitter->getNumberOfParticles(), 4096u);
-    EXPECT_EQ(slotsInUse(), 4096u);
+TEST_F(EmitterPool, NumbersAreLimitedToThoseOfAnEmitterAndOfThePool) {
+    const struct {
+        const char *what;
+        std::vector<int> others; // numbers of other emitters
+        int set;
+        unsigned int number;
+    } cases[] = {{"of an emitter", {}, 5000, 4096},
+                 {"negative", {}, -3, 0},
+                 {"beyond the pool it is the excess", {4000, 2000}, 3000, 808}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        ASSERT_TRUE(restart());
+        markLog();
+        int others = 0;
+        for (const int number : c.others)
+            others += static_cast<int>(emitterOf(number)->getNumberOfParticles());
+        emitter = emitterOf(c.set < 0 ? 4 : 0);
+        emitter->setNumberOfParticles(c.set);
+        EXPECT_EQ(emitter->getNumberOfParticles(), c.number);
+        const int all = others + static_cast<int>(c.number);
+        expectUse(static_cast<unsigned int>(all), all);
+        EXPECT_NOTHING_LOGGED();
+    }
 }
 
-TEST_F(EmitterPool, NegativeNumbersAreZero) {
-    emitter->setNumberOfParticles(4);
-    emitter->setNumberOfParticles(-3);
-    EXPECT_EQ(emitter->getNumberOfParticles(), 0u);
-    EXPECT_EQ(particlesCounted(), 0);
-    EXPECT_EQ(slotsInUse(), 0u);
-}
-
-TEST_F(EmitterPool, BeyondThePoolAnEmitterGetsTheExcess) {
-    emitterOf(4000);
-    emitterOf(2000);
-    emitter->setNumberOfParticles(3000);
-    EXPECT_EQ(emitter->getNumberOfParticles(), 808u);
-    EXPECT_EQ(particlesCounted(), 6808);
-    EXPECT_EQ(slotsInUse(), 6808u);
-    EXPECT_NOTHING_LOGGED();
-}
-
-TEST_F(EmitterPool, TheExcessMayTakeParticlesAway) {
+TEST_F(EmitterPool, ExcessMayReleaseParticles) {
     emitterOf(4096);
     emitter->setNumberOfParticles(4000);
     emitterOf(96);
@@ -213,54 +188,45 @@ TEST_F(EmitterPool, TheExcessMayTakeParticlesAway) {
 }
 
 // Slots of deleted emitters stay in use and count, so that the excess passes the limit.
-TEST_F(EmitterPool, DeletedEmittersKeepTheirSlotsAndTheExcessStaysInTheArrays) {
+TEST_F(EmitterPool, SlotsOfDeletedEmittersStayInUseUnlessTheyAreReleasedBefore) {
+    RVEMITTER *other = emitterOf(4096);
+    other->setNumberOfParticles(0);
+    delete other;
+    expectUse(0, 0);
     for (int time = 0; time < 2; ++time)
         delete emitterOf(4096);
-    EXPECT_EQ(slotsInUse(), 8192u);
-    EXPECT_EQ(particlesCounted(), 8192);
+    expectUse(8192, 8192);
     EXPECT_NOTHING_LOGGED();
 
     emitter->setNumberOfParticles(4096);
     EXPECT_EQ(emitter->getNumberOfParticles(), 4096u);
-    EXPECT_LOGGED_TIMES(1, poolIsFull);
+    EXPECT_LOGGED_EXACTLY(poolIsFull);
     EXPECT_EQ(slotsOf(*emitter)[0], -1);
     emitterOf(4096);
-    EXPECT_LOGGED_TIMES(2, poolIsFull);
+    EXPECT_LOGGED_EXACTLY(poolIsFull);
     EXPECT_EQ(particlesCounted(), 4 * 4096);
-    RVELEMENT element;
-    EXPECT_TRUE(emitter->render(&element)) << "it goes on with the entries that it has";
+    EXPECT_TRUE(emitter->render(&element)) << "with the entries that it has";
 }
 
-TEST_F(EmitterPool, ReleasedParticlesOfADeletedEmitterAreFree) {
-    RVEMITTER *other = emitterOf(4096);
-    other->setNumberOfParticles(0);
-    delete other;
-    EXPECT_EQ(slotsInUse(), 0u);
-    EXPECT_EQ(particlesCounted(), 0);
-}
-
-TEST_F(EmitterPool, FullPoolGivesWhatItHas) {
-    writeNumber(*emitterOf(4096), 4096);
-    RVEMITTER *second = emitterOf(4090);
-    (void)second;
-    writeNumber(*emitter, 8);
-    EXPECT_TRUE(emitter->initialize());
-    EXPECT_LOGGED_EXACTLY(std::string(poolIsFull) + "\n");
-    EXPECT_EQ(slotsOf(*emitter)[5], 8191);
-    EXPECT_EQ(slotsOf(*emitter)[6], -1);
-    EXPECT_EQ(emitter->getNumberOfParticles(), 8u);
-}
-
-TEST_F(EmitterPool, InitializeTakesSlotsForANumberSetOtherwise) {
+TEST_F(EmitterPool, InitializeTakesTheFreeSlotsForANumberSetOtherwise) {
     writeNumber(*emitter, 3);
     EXPECT_TRUE(emitter->initialize());
     EXPECT_TRUE(isInitialized(*emitter));
     EXPECT_EQ(slotsOf(*emitter)[2], 2);
     EXPECT_EQ(slotsOf(*emitter)[3], -1);
-    EXPECT_EQ(slotsInUse(), 3u);
-    EXPECT_EQ(particlesCounted(), 0) << "it counts nothing";
+    expectUse(3, 0); // it counts nothing
     EXPECT_GT(particleOf(*emitter, 2).color.w, 0.0f) << "born";
     EXPECT_NOTHING_LOGGED();
+
+    emitterOf(4096);
+    emitterOf(4087);
+    RVEMITTER *last = new RVEMITTER; // for 6 free slots
+    writeNumber(*last, 8);
+    EXPECT_TRUE(last->initialize());
+    EXPECT_LOGGED_EXACTLY(poolIsFull);
+    EXPECT_EQ(slotsOf(*last)[5], 8191);
+    EXPECT_EQ(slotsOf(*last)[6], -1);
+    EXPECT_EQ(last->getNumberOfParticles(), 8u);
 }
 
 TEST_F(EmitterPool, InitializeRescalesTooManyParticles) {
@@ -273,13 +239,10 @@ TEST_F(EmitterPool, InitializeRescalesTooManyParticles) {
 }
 
 TEST_F(EmitterPool, EmptyEmitterTakesASlotAtItsFirstRenderAndDrawsNothing) {
-    RVELEMENT element;
-    recorder.start();
-    EXPECT_TRUE(emitter->render(&element));
-    EXPECT_TRUE(recorder.stop().contains(Call("glDrawArrays", GL_QUADS, 0, 0)));
+    EXPECT_TRUE(recordRender().contains(Call("glDrawArrays", GL_QUADS, 0, 0)));
     EXPECT_EQ(slotsInUse(), 1u);
     EXPECT_EQ(slotsOf(*emitter)[0], 0);
-    emitter->render(&element);
+    recordRender();
     EXPECT_EQ(slotsInUse(), 1u) << "once";
     EXPECT_NOTHING_LOGGED();
 }
@@ -287,49 +250,46 @@ TEST_F(EmitterPool, EmptyEmitterTakesASlotAtItsFirstRenderAndDrawsNothing) {
 TEST_F(EmitterPool, WithoutAPoolThereAreNoParticles) {
     RVEMITTER::free();
     emitter->setNumberOfParticles(3);
-    EXPECT_LOGGED_EXACTLY(std::string(poolIsFull) + "\n");
+    EXPECT_LOGGED_EXACTLY(poolIsFull);
     writeSlot(*emitter, 0, 7); // as after a start and a stop
-    RVELEMENT element;
-    EXPECT_TRUE(emitter->render(&element));
+    recordRender();
     EXPECT_TRUE(emitter->initialize());
     emitter->setNumberOfParticles(0);
     EXPECT_TRUE(RVEMITTER::init());
 }
 
-TEST_F(EmitterPool, CopiesShareTheirParticlesAndGiveNothingBack) {
+TEST_F(EmitterPool, CopiesShareTheirParticlesAndReleaseNothing) {
     auto *texture = new RVTEXTURE;
     emitter->setTexture(texture);
     emitter->setNumberOfParticles(2);
+    RVEMITTER *assigned = new RVEMITTER;
+    *assigned = *emitter;
     {
         const auto copy = std::make_unique<RVEMITTER>(*emitter);
-        EXPECT_EQ(copy->getNumberOfParticles(), 2u);
-        EXPECT_EQ(copy->getTexture(), texture);
-        EXPECT_EQ(slotsOf(*copy)[1], 1);
-        EXPECT_EQ(RVNODE::getNumberOfNodes(), 1u);
+        for (RVEMITTER *each : {assigned, copy.get()}) {
+            EXPECT_EQ(each->getNumberOfParticles(), 2u);
+            EXPECT_EQ(each->getTexture(), texture);
+            EXPECT_EQ(slotsOf(*each)[1], 1);
+        }
+        EXPECT_EQ(RVNODE::getNumberOfNodes(), 2u); // without the copy
     }
-    RVEMITTER *other = new RVEMITTER;
-    *other = *emitter;
-    EXPECT_EQ(slotsOf(*other)[1], 1);
-    EXPECT_EQ(other->getTexture(), texture);
     EXPECT_EQ(slotsInUse(), 2u);
     delete texture;
-    EXPECT_EQ(other->getTexture(), nullptr);
+    EXPECT_EQ(assigned->getTexture(), nullptr);
 }
 
 TEST_F(EmitterPool, MaximumEnergyOfZeroIsLogged) {
-    std::FILE *file = std::fopen("zero.xml", "w");
-    std::fputs("<emitter><maxEnergy value=\"0\"/></emitter>", file);
-    std::fclose(file);
+    writeFile("zero.xml", "<emitter><maxEnergy value=\"0\"/></emitter>");
     ASSERT_TRUE(emitter->load("zero.xml"));
     EXPECT_EQ(emitter->getMaximumEnergy(), 0u);
     EXPECT_NOTHING_LOGGED();
     emitter->setNumberOfParticles(1);
-    EXPECT_LOGGED_TIMES(1, noEnergy);
+    EXPECT_LOGGED_EXACTLY(noEnergy);
     EXPECT_TRUE(emitter->initialize());
-    EXPECT_LOGGED_TIMES(2, noEnergy);
+    EXPECT_LOGGED_EXACTLY(noEnergy);
 }
 
-// Where the first of the own fields stands, a mesh has its radius.
+// The emitter's first own field has the offset of a mesh's radius.
 TEST_F(EmitterPool, EmitterTypeIsSortedAsTheBitsOfARadius) {
     auto *root = new RVNODE;
     auto *second = new RVEMITTER;
@@ -341,10 +301,8 @@ TEST_F(EmitterPool, EmitterTypeIsSortedAsTheBitsOfARadius) {
         RAVOLT::begin3D(nullptr);
         root->pass();
         RVELEMENT::sort3D();
-        Recorder &calls = Recorder::instance();
-        calls.start();
-        RAVOLT::end3D(true);
-        return calls.stop().named("glLoadMatrixf")[0].arguments[14];
+        const Calls calls = callsOf([] { RAVOLT::end3D(true); });
+        return calls.named("glLoadMatrixf")[0].arguments[14];
     };
     EXPECT_EQ(firstDrawn(), -10);
     second->setEmitterType(0x40000000); // 2.0f

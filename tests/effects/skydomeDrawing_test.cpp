@@ -1,4 +1,4 @@
-// What a sky looks like, and what OpenGL holds of it.
+// The pictures of a sky, and its buffers as OpenGL reports them.
 
 #include "ravolt/RVSKYDOME.h"
 
@@ -9,9 +9,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "tests/effects/sceneryPictures.h"
-#include "tests/support/engineFixture.h"
-
-#include <SDL/SDL.h>
+#include "tests/support/glObjects.h"
 
 #include <vector>
 
@@ -43,13 +41,6 @@ class SkydomeDrawingTest : public EngineTest {
         sky->link(root);
     }
 
-    void withoutPrograms() {
-        settings.setShaders(false);
-        ASSERT_TRUE(restart());
-        makeScene();
-        RVMATERIAL::getFirst()->setShader(nullptr); // the features outlive a restart
-    }
-
     Picture draw() {
         drawFrame(camera, root);
         return readFrame();
@@ -74,17 +65,13 @@ class SkydomeDrawingTest : public EngineTest {
     RVSKYDOME *sky = nullptr;
 };
 
-TEST_F(SkydomeDrawingTest, LooksUpAtTheSkyThroughItsProgram) {
+TEST_F(SkydomeDrawingTest, LooksUpAtTheSky) {
     ASSERT_TRUE(RVSHADER::useSkydome());
     EXPECT_PICTURE(draw(), "skydome_program", edges);
+    expectSameFrames([this] { return draw(); });
 }
 
-TEST_F(SkydomeDrawingTest, LooksUpAtTheSkyThroughTheFixedFunctions) {
-    withoutPrograms();
-    EXPECT_PICTURE(draw(), "skydome_fixed", edges);
-}
-
-// On purpose: of the colour of the light model alone, whatever lights there are.
+// On purpose: of the colour of the light model alone, not of the lights.
 TEST_F(SkydomeDrawingTest, ProgramBrightensTheSkyByAFifthOfTheAmbientLight) {
     const Picture dim = draw();
     const float ambient[] = {1, 0.5f, 0, 1}, standard[] = {0.2f, 0.2f, 0.2f, 1};
@@ -97,9 +84,13 @@ TEST_F(SkydomeDrawingTest, ProgramBrightensTheSkyByAFifthOfTheAmbientLight) {
     EXPECT_NEAR(after.blue - before.blue, -0.2 * 0.2 * 255, 2);
 }
 
-TEST_F(SkydomeDrawingTest, EarlierColoursDoNotTintTheSkyWithoutAProgram) {
-    withoutPrograms();
+TEST_F(SkydomeDrawingTest, WithoutAProgramEarlierColoursDoNotTintTheSky) {
+    settings.setShaders(false);
+    ASSERT_TRUE(restart());
+    makeScene();
+    RVMATERIAL::getFirst()->setShader(nullptr); // the features outlive a restart
     const Picture plain = draw();
+    EXPECT_PICTURE(plain, "skydome_fixed", edges);
     RVLIGHT *light = new RVLIGHT; // draws its own shape in its colour
     light->setDiffuse(1, 0, 0, 1);
     light->link(root);
@@ -120,13 +111,13 @@ TEST_F(SkydomeDrawingTest, CoversAllAboveItsRimWithoutAGap) {
     EXPECT_EQ(draw().pixelsUnlike(gap), 0u);
 }
 
-TEST_F(SkydomeDrawingTest, TravelsWithTheCamera) {
+TEST_F(SkydomeDrawingTest, MovesWithTheCamera) {
     const Picture before = draw();
     camera->setPosition(300, -20, 4000);
     EXPECT_LE(differenceOf(draw(), before).mean, 0.05);
 }
 
-TEST_F(SkydomeDrawingTest, TurnsByItsOwnRotationAndThatOfItsEntry) {
+TEST_F(SkydomeDrawingTest, RotatesByItsOwnRotationAndThatOfItsEntry) {
     camera->setRotation(15, 60, 0);
     const Picture wanted = draw();
     camera->setRotation(15, 0, 0);
@@ -136,7 +127,7 @@ TEST_F(SkydomeDrawingTest, TurnsByItsOwnRotationAndThatOfItsEntry) {
     EXPECT_GT(differenceOf(draw(), wanted).mean, 5);
 }
 
-TEST_F(SkydomeDrawingTest, DrawnWithNullItKeepsTheMirror) {
+TEST_F(SkydomeDrawingTest, DrawnWithNullItKeepsAMirroredMatrix) {
     camera->setRotation(-15, 0, 0);
     const Picture mirrored = drawMirrored();
     camera->setRotation(15, 0, 0);
@@ -149,18 +140,13 @@ TEST_F(SkydomeDrawingTest, DrawnWithNullItKeepsTheMirror) {
 }
 
 TEST_F(SkydomeDrawingTest, UserClipPlanesCutTheSky) {
-    const double left[] = {-1, 0, 0, 0};
-    glLoadIdentity();
-    glClipPlane(GL_CLIP_PLANE0, left);
-    glEnable(GL_CLIP_PLANE0);
-    const Picture cut = draw();
-    glDisable(GL_CLIP_PLANE0);
-    EXPECT_NE(cut.at(width / 2 - 8, height / 2), background);
+    const Picture cut = drawCut([this] { return draw(); });
     EXPECT_EQ(cut.at(width / 2 + 8, height / 2), background);
+    EXPECT_NE(cut.at(width / 2 - 8, height / 2), background);
     EXPECT_EQ(cut.at(width / 2 - 8, height / 2), draw().at(width / 2 - 8, height / 2));
 }
 
-TEST_F(SkydomeDrawingTest, ThingsInFrontOfTheSkyHideIt) {
+TEST_F(SkydomeDrawingTest, DepthOfTheSkyIsNearlyThatOfTheFarPlane) {
     drawFrame(camera, root);
     float depth = 0;
     glReadPixels(width / 2, height / 2, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
@@ -168,54 +154,36 @@ TEST_F(SkydomeDrawingTest, ThingsInFrontOfTheSkyHideIt) {
     EXPECT_LT(depth, 1.0f);
 }
 
-TEST_F(SkydomeDrawingTest, LeavesNothingBehindForTheNextFrame) {
-    const Picture first = draw();
-    for (int again = 0; again < 2; ++again) {
-        RAVOLT::swap();
-        drawFrame2D(nullptr);
-        EXPECT_EQ(differenceOf(draw(), first).maximum, 0);
-    }
+// The values in a buffer of the driver.
+template <class T>
+std::vector<T> bufferValues(GLenum target, const Call &made, std::size_t number) {
+    const auto readBuffer = entryPoint<PFNGLGETBUFFERSUBDATAARBPROC>("glGetBufferSubDataARB");
+    const auto sizeOf = entryPoint<PFNGLGETBUFFERPARAMETERIVARBPROC>("glGetBufferParameterivARB");
+    std::vector<T> values(number);
+    const auto bytes = static_cast<GLsizeiptrARB>(number * sizeof(T));
+    RVOPENGL::glBindBufferARB(target, static_cast<GLuint>(made.arguments.back()));
+    GLint size = 0;
+    sizeOf(target, GL_BUFFER_SIZE_ARB, &size);
+    EXPECT_EQ(size, bytes);
+    readBuffer(target, 0, bytes, values.data());
+    RVOPENGL::glBindBufferARB(target, 0);
+    return values;
 }
 
-// What the driver holds in the buffers of a sky that is made now.
-struct DriverBuffers {
-    std::vector<RVSKYDOME_VERTEX> vertices{175};
-    std::vector<unsigned short> indices = std::vector<unsigned short>(300);
-
-    DriverBuffers() {
-        const Calls made = callsOf([] { new RVSKYDOME; }).named("glGenBuffersARB");
-        read(GL_ARRAY_BUFFER_ARB, made[0], vertices);
-        read(GL_ELEMENT_ARRAY_BUFFER_ARB, made[1], indices);
-    }
-
-  private:
-    template <class T> static void read(GLenum target, const Call &made, std::vector<T> &values) {
-        const auto readBuffer = reinterpret_cast<PFNGLGETBUFFERSUBDATAARBPROC>(
-            SDL_GL_GetProcAddress("glGetBufferSubDataARB"));
-        const auto sizeOf = reinterpret_cast<PFNGLGETBUFFERPARAMETERIVARBPROC>(
-            SDL_GL_GetProcAddress("glGetBufferParameterivARB"));
-        const std::size_t bytes = values.size() * sizeof(T);
-        RVOPENGL::glBindBufferARB(target, static_cast<GLuint>(made.arguments.back()));
-        GLint size = 0;
-        sizeOf(target, GL_BUFFER_SIZE_ARB, &size);
-        EXPECT_EQ(static_cast<std::size_t>(size), bytes);
-        readBuffer(target, 0, static_cast<GLsizeiptrARB>(bytes), values.data());
-        RVOPENGL::glBindBufferARB(target, 0);
-    }
-};
-
-TEST_F(SkydomeDrawingTest, DriverHoldsADomeOfNineTenthsOfTheFarPlane) {
+TEST_F(SkydomeDrawingTest, BuffersHaveADomeOfNineTenthsOfTheFarPlane) {
     for (const float farPlane : {1024.0f, 100.0f}) {
         RVOPENGL::setFarPlane(farPlane);
-        const DriverBuffers driver;
+        const Calls made = callsOf([] { new RVSKYDOME; }).named("glGenBuffersARB");
+        const auto vertices = bufferValues<RVSKYDOME_VERTEX>(GL_ARRAY_BUFFER_ARB, made[0], 175);
         const ravolt::DomeGeometry dome = ravolt::makeDome(farPlane * 0.9f, 15, 15);
-        EXPECT_EQ(driver.indices, dome.indices);
+        EXPECT_EQ(bufferValues<unsigned short>(GL_ELEMENT_ARRAY_BUFFER_ARB, made[1], 300),
+                  dome.indices);
         for (std::size_t i = 0; i < dome.vertices.size(); ++i) {
-            const Z3MVECTOR3D gap = driver.vertices[i].position - dome.vertices[i].position;
+            const Z3MVECTOR3D gap = vertices[i].position - dome.vertices[i].position;
             EXPECT_LT(gap.length(), farPlane * 1e-5f) << i;
-            EXPECT_TRUE(driver.vertices[i].texCoord == dome.vertices[i].texCoord) << i;
+            EXPECT_TRUE(vertices[i].texCoord == dome.vertices[i].texCoord) << i;
         }
-        EXPECT_NEAR(driver.vertices[0].position.y, farPlane * 0.6f, farPlane * 1e-5f);
+        EXPECT_NEAR(vertices[0].position.y, farPlane * 0.6f, farPlane * 1e-5f);
     }
 }
 

@@ -1,4 +1,4 @@
-// What water looks like, and what OpenGL holds of it.
+// The pictures of water, and its objects as OpenGL reports them.
 
 #include "ravolt/RVWATER.h"
 
@@ -11,11 +11,8 @@
 #include "ravolt/RVTEXTURE.h"
 #include "tests/effects/sceneryPictures.h"
 #include "tests/support/engineFixture.h"
-#include "tests/support/glState.h"
-
-#include <SDL/SDL.h>
-
-#include <string>
+#include "tests/support/expectNear.h"
+#include "tests/support/glObjects.h"
 
 using namespace ravolt::test;
 
@@ -96,7 +93,7 @@ class WaterDrawingTest : public EngineTest {
         fillImages();
     }
 
-    // What a terrain would draw: the reflection red with a bright left half, the refraction blue
+    // As a terrain draws them: the reflection red with a bright left half, the refraction blue
     // with a bright lower half.
     void fillImages() {
         unsigned int fbo = 0, renderBuffer = 0;
@@ -135,13 +132,10 @@ class WaterDrawingTest : public EngineTest {
 // A pixel of the water.
 constexpr int waterX = 64, waterY = 56;
 
-TEST_F(WaterDrawingTest, MixesReflectionAndRefraction) {
+TEST_F(WaterDrawingTest, MixesReflectionAndRefractionAlsoShadowedWithoutACaster) {
     ASSERT_TRUE(RVSHADER::useWater());
-    EXPECT_PICTURE(draw(), "water_program", edges);
-}
-
-TEST_F(WaterDrawingTest, WithoutACasterTheShadowedWaterLooksLikeThePlainOne) {
     const Picture plain = draw();
+    EXPECT_PICTURE(plain, "water_program", edges);
     RAVOLT::shadowingOn();
     const Picture shadowed = draw();
     EXPECT_LOGGED("   [!] Invalid shadow pass: no shadow casters detected @ RAVOLT::end3D");
@@ -177,114 +171,55 @@ TEST_F(WaterDrawingTest, SpansItsSizesFromItsOrigin) {
     const double pixelsOfAUnit = height / 2 / (20 * 0.41421356);
     int columns = 0, rows = 0;
     for (int x = 0; x < width; ++x)
-        columns += !(above.at(x, height / 2) == background);
+        columns += above.at(x, height / 2) != background;
     for (int y = 0; y < height; ++y)
-        rows += !(above.at(width / 2, y) == background);
+        rows += above.at(width / 2, y) != background;
     EXPECT_NEAR(columns, 20 * pixelsOfAUnit, 1.5);
     EXPECT_NEAR(rows, 12 * pixelsOfAUnit, 1.5);
 }
 
-TEST_F(WaterDrawingTest, StandsStillWithoutSpeedAndMovesWithIt) {
-    const Picture first = draw();
+// The clock soon is above 1, the maximum of a colour.
+TEST_F(WaterDrawingTest, MovesWithItsSpeedAloneAndBeyondAClockOfOne) {
+    Picture last = draw();
     recorder.letPass(0.5);
-    EXPECT_EQ(differenceOf(draw(), first).maximum, 0);
-    water->setSpeed(0.13f);
-    recorder.letPass(0.5);
-    const Picture moved = draw();
-    EXPECT_GT(differenceOf(moved, first).mean, 1.0);
-    recorder.letPass(0.5);
-    EXPECT_GT(differenceOf(draw(), moved).mean, 1.0);
-}
-
-// The clock soon is above 1, the greatest value that a colour shows.
-TEST_F(WaterDrawingTest, ClockIsNotCutAtOne) {
+    EXPECT_EQ(differenceOf(draw(), last).maximum, 0);
     water->setSpeed(0.37f);
-    Picture last;
     for (int frame = 0; frame < 6; ++frame) {
         recorder.letPass(1);
         const Picture now = draw();
-        if (!last.empty()) {
-            EXPECT_GT(differenceOf(now, last).mean, 0.5) << frame;
-        }
+        EXPECT_GT(differenceOf(now, last).mean, 0.5) << frame;
         last = now;
     }
 }
 
-TEST_F(WaterDrawingTest, ClockDoesNotTintWhatIsDrawnAfterIt) {
+TEST_F(WaterDrawingTest, ClockDoesNotChangeTheCurrentColour) {
     water->setSpeed(1);
     drawFrame(camera, root);
     glColor4f(0.25f, 0.5f, 0.75f, 1);
     water->render(nullptr);
     float color[4] = {};
     glGetFloatv(GL_CURRENT_COLOR, color);
-    EXPECT_EQ(color[0], 0.25f);
-    EXPECT_EQ(color[1], 0.5f);
-    EXPECT_EQ(color[2], 0.75f);
+    expectNear(color, {0.25, 0.5, 0.75, 1}, 0);
 }
 
 TEST_F(WaterDrawingTest, UserClipPlanesCutTheWater) {
     light->unlink();
     const Picture whole = draw();
-    const double left[] = {-1, 0, 0, 0};
     for (const bool shadowed : {false, true}) {
         if (shadowed)
             RAVOLT::shadowingOn();
-        glLoadIdentity();
-        glClipPlane(GL_CLIP_PLANE0, left);
-        glEnable(GL_CLIP_PLANE0);
-        const Picture cut = draw();
-        glDisable(GL_CLIP_PLANE0);
+        const Picture cut = drawCut([this] { return draw(); });
         EXPECT_NE(cut.at(waterX - 10, waterY), background);
         EXPECT_EQ(cut.at(waterX + 10, waterY), background);
         EXPECT_NE(whole.at(waterX + 10, waterY), background);
     }
 }
 
-TEST_F(WaterDrawingTest, LeavesNothingBehindForTheNextFrame) {
-    const Picture first = draw();
-    for (int again = 0; again < 2; ++again) {
-        RAVOLT::swap();
-        drawFrame2D(nullptr);
-        EXPECT_EQ(differenceOf(draw(), first).maximum, 0);
-    }
+TEST_F(WaterDrawingTest, NextFramesAreTheSame) {
+    expectSameFrames([this] { return draw(); });
 }
 
-TEST_F(WaterDrawingTest, SamplersPointToTheUnitsOfTheirNumbers) {
-    const auto getUniform =
-        reinterpret_cast<PFNGLGETUNIFORMIVARBPROC>(SDL_GL_GetProcAddress("glGetUniformivARB"));
-    const auto getHandle =
-        reinterpret_cast<PFNGLGETHANDLEARBPROC>(SDL_GL_GetProcAddress("glGetHandleARB"));
-    const unsigned int slotOfUnit[] = {0, 1, 8, 9, 16};
-    for (RVSHADER *program : {RVSHADER::water, RVSHADER::waterS}) {
-        program->render(nullptr);
-        for (unsigned int unit = 0; unit < 5; ++unit) {
-            if (program == RVSHADER::water && unit == 1)
-                continue; // it has no shadow map
-            GLint value = -1;
-            getUniform(getHandle(GL_PROGRAM_OBJECT_ARB),
-                       static_cast<GLint>(program->getParam(slotOfUnit[unit])), &value);
-            EXPECT_EQ(value, static_cast<GLint>(unit)) << program->getName();
-        }
-    }
-}
-
-// --- The frame buffers
-
-GLint attachment(GLenum point, GLenum what) {
-    const auto get = reinterpret_cast<PFNGLGETFRAMEBUFFERATTACHMENTPARAMETERIVEXTPROC>(
-        SDL_GL_GetProcAddress("glGetFramebufferAttachmentParameterivEXT"));
-    GLint value = -1;
-    get(GL_FRAMEBUFFER_EXT, point, what, &value);
-    return value;
-}
-
-GLint renderBufferValue(GLenum what) {
-    const auto get = reinterpret_cast<PFNGLGETRENDERBUFFERPARAMETERIVEXTPROC>(
-        SDL_GL_GetProcAddress("glGetRenderbufferParameterivEXT"));
-    GLint value = -1;
-    get(GL_RENDERBUFFER_EXT, what, &value);
-    return value;
-}
+// --- The objects
 
 TEST_F(WaterDrawingTest, FrameBuffersAreCompleteWithAnImageAndADepthBuffer) {
     unsigned int fbo[2] = {}, renderBuffer[2] = {};
@@ -296,48 +231,30 @@ TEST_F(WaterDrawingTest, FrameBuffersAreCompleteWithAnImageAndADepthBuffer) {
         RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, fbo[i]);
         EXPECT_EQ(RVOPENGL::glCheckFramebufferStatusEXT(GL_FRAMEBUFFER_EXT),
                   static_cast<GLenum>(GL_FRAMEBUFFER_COMPLETE_EXT));
-        EXPECT_EQ(attachment(GL_COLOR_ATTACHMENT0_EXT, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE_EXT),
-                  GL_TEXTURE);
-        EXPECT_EQ(attachment(GL_COLOR_ATTACHMENT0_EXT, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME_EXT),
-                  static_cast<GLint>(image->getGLId()));
-        EXPECT_EQ(attachment(GL_DEPTH_ATTACHMENT_EXT, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE_EXT),
-                  GL_RENDERBUFFER_EXT);
-        EXPECT_EQ(attachment(GL_DEPTH_ATTACHMENT_EXT, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME_EXT),
-                  static_cast<GLint>(renderBuffer[i]));
+        EXPECT_EQ(attachedType(GL_COLOR_ATTACHMENT0_EXT), GL_TEXTURE);
+        EXPECT_EQ(attachedName(GL_COLOR_ATTACHMENT0_EXT), static_cast<int>(image->getGLId()));
+        EXPECT_EQ(attachedType(GL_DEPTH_ATTACHMENT_EXT), GL_RENDERBUFFER_EXT);
+        EXPECT_EQ(attachedName(GL_DEPTH_ATTACHMENT_EXT), static_cast<int>(renderBuffer[i]));
         RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, renderBuffer[i]);
-        EXPECT_EQ(renderBufferValue(GL_RENDERBUFFER_WIDTH_EXT), 64);
-        EXPECT_EQ(renderBufferValue(GL_RENDERBUFFER_HEIGHT_EXT), 64);
-        EXPECT_EQ(renderBufferValue(GL_RENDERBUFFER_DEPTH_SIZE_EXT), 24);
+        EXPECT_EQ(renderBufferOf(GL_RENDERBUFFER_WIDTH_EXT), 64);
+        EXPECT_EQ(renderBufferOf(GL_RENDERBUFFER_HEIGHT_EXT), 64);
+        EXPECT_EQ(renderBufferOf(GL_RENDERBUFFER_DEPTH_SIZE_EXT), 24);
+
+        glBindTexture(GL_TEXTURE_2D, image->getGLId());
+        EXPECT_EQ(textureLevel(GL_TEXTURE_WIDTH), 64);
+        EXPECT_EQ(textureLevel(GL_TEXTURE_HEIGHT), 64);
+        EXPECT_EQ(textureLevel(GL_TEXTURE_INTERNAL_FORMAT), GL_RGB);
+        EXPECT_EQ(textureLevel(GL_TEXTURE_ALPHA_SIZE), 0);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_MIN_FILTER), GL_LINEAR);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_MAG_FILTER), GL_LINEAR);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_WRAP_S), GL_CLAMP_TO_EDGE);
     }
+    glBindTexture(GL_TEXTURE_2D, 0);
     RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, 0);
     RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }
 
-TEST_F(WaterDrawingTest, ImagesAreRgbOfTheWatersSizeWithoutMipmapsAndClamped) {
-    for (const unsigned int slot : {0u, 2u}) {
-        glBindTexture(GL_TEXTURE_2D, RVMATERIAL::getFirst()->getTexture(slot)->getGLId());
-        const auto level = [](GLenum what) {
-            GLint value = 0;
-            glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, what, &value);
-            return value;
-        };
-        const auto parameter = [](GLenum what) {
-            GLint value = 0;
-            glGetTexParameteriv(GL_TEXTURE_2D, what, &value);
-            return value;
-        };
-        EXPECT_EQ(level(GL_TEXTURE_WIDTH), 64);
-        EXPECT_EQ(level(GL_TEXTURE_HEIGHT), 64);
-        EXPECT_EQ(level(GL_TEXTURE_INTERNAL_FORMAT), GL_RGB);
-        EXPECT_EQ(level(GL_TEXTURE_ALPHA_SIZE), 0);
-        EXPECT_EQ(parameter(GL_TEXTURE_MIN_FILTER), GL_LINEAR);
-        EXPECT_EQ(parameter(GL_TEXTURE_MAG_FILTER), GL_LINEAR);
-        EXPECT_EQ(parameter(GL_TEXTURE_WRAP_S), GL_CLAMP_TO_EDGE);
-    }
-    glBindTexture(GL_TEXTURE_2D, 0);
-}
-
-TEST_F(WaterDrawingTest, ImageThatWasThrownOutIsFilledAndSeenAgain) {
+TEST_F(WaterDrawingTest, EvictedImageIsDrawnAgainOnceItIsFilled) {
     const Picture before = draw();
     RVMATERIAL::getFirst()->getTexture(0)->unload(true);
     EXPECT_GT(differenceOf(draw(), before).mean, 1.0); // black until it is drawn into

@@ -105,21 +105,17 @@ TEST_F(Target, ANewTargetAtTheAddressOfTheCurrentOneIsNotCurrent) {
 
 // --- the current target
 
-TEST_F(Target, RenderBindsOnceAndSetsTheViewport) {
+TEST_F(Target, RenderBindsOnceWithItsViewportAndUnbindTheWindowOnceWithout) {
+    const auto unbind = [] { RVFBO::unbind(); };
     RVFBO *target = RVOPENGL::getFbo(6);
     EXPECT_EQ(renderCalls(target), (Calls{bindCall(target), {"glViewport", 0, 0, 32, 24}}));
     EXPECT_EQ(RVFBO::getCurrent(), target);
     glViewport(1, 2, 3, 4);
     EXPECT_TRUE(renderCalls(target).empty());
-    EXPECT_EQ(viewportNow(), (Box{1, 2, 3, 4}));
-}
-
-TEST_F(Target, UnbindBindsTheWindowOnceAndDoesNotChangeTheViewport) {
-    EXPECT_TRUE(callsOf([] { RVFBO::unbind(); }).empty());
-    RVOPENGL::getFbo(6)->render(nullptr);
-    EXPECT_EQ(callsOf([] { RVFBO::unbind(); }), (Calls{bindCall(nullptr)}));
+    EXPECT_EQ(callsOf(unbind), (Calls{bindCall(nullptr)}));
     EXPECT_EQ(RVFBO::getCurrent(), nullptr);
-    EXPECT_EQ(viewportNow(), (Box{0, 0, 32, 24}));
+    EXPECT_EQ(viewportNow(), (Box{1, 2, 3, 4}));
+    EXPECT_TRUE(callsOf(unbind).empty());
 }
 
 TEST_F(Target, DrawingGoesToTheTargetAndNotToTheWindow) {
@@ -169,19 +165,6 @@ TEST_F(Target, BindTextureAttachesDepthWithoutColour) {
     EXPECT_EQ(integerOf(GL_READ_BUFFER), read);
 }
 
-TEST_F(Target, BindTextureRefusesNullAndOtherAttachments) {
-    auto *target = new RVFBO;
-    EXPECT_TRUE(callsOf([&] { EXPECT_FALSE(target->bindTexture(0, nullptr)); }).empty());
-    EXPECT_LOGGED_EXACTLY(invalidParams);
-    RVTEXTURE *texture = newTexture(8, 8, 4);
-    for (int attachment : {2, -1}) {
-        EXPECT_FALSE(target->bindTexture(attachment, texture));
-        EXPECT_LOGGED_EXACTLY("   [!] Invalid operation @ RVFBO::bindTexture\n");
-        EXPECT_EQ(target->getTexture(), nullptr);
-        EXPECT_EQ(RVFBO::getCurrent(), target);
-    }
-}
-
 // --- bindRenderBuffer
 
 TEST_F(Target, BindRenderBufferReplacesAFormerOne) {
@@ -197,25 +180,29 @@ TEST_F(Target, BindRenderBufferReplacesAFormerOne) {
     EXPECT_EQ(sizeOf(target), Size(10, 9));
 }
 
-TEST_F(Target, BindRenderBufferRefusesOtherAttachmentsAndStoresTheEmptyBuffer) {
+// On purpose: a refused render buffer is stored, empty.
+TEST_F(Target, NullOtherAttachmentsAndIncompleteTargetsAreLogged) {
     auto *target = new RVFBO;
-    const Calls calls = callsOf([&] { EXPECT_FALSE(target->bindRenderBuffer(0, 64, 64)); });
-    EXPECT_LOGGED_EXACTLY("   [!] Invalid operation @ RVFBO::bindBuffer\n");
-    EXPECT_FALSE(calls.contains("glRenderbufferStorageEXT"));
-    EXPECT_EQ(sizeOf(target), Size(0, 0));
-    RVFBO::unbind();
-    EXPECT_TRUE(callsOf([&] { delete target; }).contains("glDeleteRenderbuffersEXT"));
-}
-
-// --- isOk
-
-TEST_F(Target, AnIncompleteTargetIsReportedWithOpenGLsStatus) {
-    auto *target = new RVFBO;
+    EXPECT_TRUE(callsOf([&] { EXPECT_FALSE(target->bindTexture(0, nullptr)); }).empty());
+    EXPECT_LOGGED_EXACTLY(invalidParams);
+    RVTEXTURE *texture = newTexture(8, 8, 4);
+    for (int attachment : {2, -1}) {
+        EXPECT_FALSE(target->bindTexture(attachment, texture));
+        EXPECT_LOGGED_EXACTLY("   [!] Invalid operation @ RVFBO::bindTexture\n");
+        EXPECT_EQ(target->getTexture(), nullptr);
+        EXPECT_EQ(RVFBO::getCurrent(), target);
+    }
     EXPECT_FALSE(target->isOk());
     EXPECT_LOGGED_EXACTLY("   [!] FBO not complete (error " +
                           std::to_string(GL_FRAMEBUFFER_INCOMPLETE_MISSING_ATTACHMENT_EXT) +
                           ") @ RVFBO::isOk\n");
+    const Calls calls = callsOf([&] { EXPECT_FALSE(target->bindRenderBuffer(0, 64, 64)); });
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid operation @ RVFBO::bindBuffer\n");
+    EXPECT_FALSE(calls.contains("glRenderbufferStorageEXT"));
+    EXPECT_EQ(sizeOf(target), Size(0, 0));
     EXPECT_EQ(RVFBO::getCurrent(), target);
+    RVFBO::unbind();
+    EXPECT_TRUE(callsOf([&] { delete target; }).contains("glDeleteRenderbuffersEXT"));
 }
 
 // --- without frame buffer objects
@@ -373,7 +360,7 @@ TEST_F(Target, ThePoolExistsWithoutShadersAndIsNeitherCountedNorCollected) {
     EXPECT_EQ(RVTEXTURE::getUsedMemory(), 0);
 }
 
-TEST_F(Target, AnEvictedTextureIsReloadedWithItsTarget) {
+TEST_F(Target, AnEvictedTextureIsReloadedWithItsTargetAndADeletedOneDetached) {
     for (int index = 0; index < 14; ++index) {
         RVFBO *target = RVOPENGL::getFbo(index);
         target->getTexture()->unload(true);
@@ -387,9 +374,7 @@ TEST_F(Target, AnEvictedTextureIsReloadedWithItsTarget) {
     }
     EXPECT_EQ(RAVOLT::getUsedVideoMemory(), 0u);
     RVFBO::unbind();
-}
 
-TEST_F(Target, ATargetWhoseTextureIsDeletedHasNone) {
     auto *target = new RVFBO;
     RVTEXTURE *texture = newTexture(8, 8, 4);
     target->bindTexture(0, texture);

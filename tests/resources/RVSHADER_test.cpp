@@ -178,6 +178,8 @@ TEST_F(ShaderTest, TextsAreCompiledUnderTheirLabels) {
     EXPECT_TRUE(shader->isOperative());
     shader->forceDeactivation();
     EXPECT_FALSE(shader->isOperative());
+    EXPECT_TRUE(shader->loadVertexShader(std::string(300, 'v').c_str(), "text"));
+    EXPECT_EQ(shader->getVSFilename(), std::string(255, 'v')) << "cut";
 }
 
 // On purpose two lines of the pixel stage name other methods.
@@ -249,11 +251,6 @@ TEST_F(ShaderTest, FilesAreReadWhole) {
     }
 }
 
-TEST_F(ShaderTest, LongLabelsAreCut) {
-    EXPECT_TRUE(shader->loadVertexShader(std::string(300, 'v').c_str(), "text"));
-    EXPECT_EQ(shader->getVSFilename(), std::string(255, 'v'));
-}
-
 TEST_F(OperativeShaderTest, NewVertexObjectReplacesTheOneInTheProgram) {
     const Calls calls = callsOf([&] { shader->loadVertexShader("v", "text"); });
     const double former = calls[0].arguments[1];
@@ -299,20 +296,21 @@ TEST_F(ShaderTest, LoadLinksThenFindsParametersAndAssignsSamplerUnits) {
     EXPECT_TRUE(RVSHADER::bindTexture(0)); // it stays in use
 }
 
-TEST_F(ShaderTest, LoadOfFilesCompilesThem) {
-    EXPECT_TRUE(shader->load("glowVS.glsl", "glowPS.glsl", false));
-    EXPECT_TRUE(shader->isOperative());
-    EXPECT_LOGGED_EXACTLY("   Vertex shader: glowVS.glsl, compiled\n"
-                          "   Pixel shader : glowPS.glsl, compiled\n");
-}
-
-TEST_F(ShaderTest, LoadOfOneFileAttachesItsObjectAlone) {
-    for (const bool vertex : {false, true}) {
-        const Calls calls = vertex ? loadCalls("glowVS.glsl", nullptr, false)
-                                   : loadCalls(nullptr, "glowPS.glsl", false);
-        ASSERT_EQ(calls.count("glAttachObjectARB"), 1u);
-        EXPECT_EQ(calls.named("glAttachObjectARB")[0].arguments[1],
-                  calls.named("glShaderSourceARB")[0].arguments[0]);
+TEST_F(ShaderTest, LoadOfFilesCompilesThemAndAttachesThoseOfTheCallAlone) {
+    const char *const vertex = "glowVS.glsl", *const pixel = "glowPS.glsl";
+    for (const auto &[vertexFile, pixelFile] :
+         {std::pair{vertex, pixel}, {nullptr, pixel}, {vertex, nullptr}}) {
+        const Calls calls = loadCalls(vertexFile, pixelFile, false);
+        const Calls attached = calls.named("glAttachObjectARB"),
+                    compiled = calls.named("glShaderSourceARB");
+        ASSERT_EQ(attached.size(), vertexFile && pixelFile ? 2u : 1u);
+        ASSERT_EQ(compiled.size(), attached.size());
+        for (std::size_t i = 0; i < attached.size(); ++i)
+            EXPECT_EQ(attached[i].arguments[1], compiled[i].arguments[0]);
+        EXPECT_TRUE(shader->isOperative());
+        EXPECT_LOGGED_EXACTLY(
+            std::string(vertexFile ? "   Vertex shader: glowVS.glsl, compiled\n" : "") +
+            (pixelFile ? "   Pixel shader : glowPS.glsl, compiled\n" : ""));
     }
 }
 
@@ -473,13 +471,8 @@ TEST_F(OperativeShaderTest, BonesAreTwoArraysAndTwoBuffers) {
                      EXPECT_TRUE(RVSHADER::bindBones(1, quat, trans, 0, 0));
                  }).contains("glEnableVertexAttribArrayARB"));
     RVSHADER::unbindBones();
-}
-
-TEST_F(OperativeShaderTest, MoreBonesThanTheProgramsHaveAreCut) {
-    const std::vector<float> quat(400), trans(300); // read beyond, these end the test
-    recorder.start();
-    EXPECT_TRUE(RVSHADER::bindBones(101, quat.data(), trans.data(), 1, 2));
-    const Calls calls = recorder.stop();
+    const std::vector<float> all(400); // read beyond these, more bones than 100 end the test
+    const Calls calls = callsOf([&] { RVSHADER::bindBones(101, all.data(), &all[100], 1, 2); });
     EXPECT_EQ(calls[0].arguments[1], 100);
     EXPECT_EQ(calls[1].arguments[1], 100);
     RVSHADER::unbindBones();

@@ -4,19 +4,14 @@
 
 #include "ravolt/RVOPENGL.h"
 #include "resources/shaderTexts.h"
-
-#include <SDL.h>
+#include "tests/support/glObjects.h"
 
 namespace ravolt::test {
 namespace {
 
-PFNGLGETINFOLOGARBPROC getInfoLog() {
-    return reinterpret_cast<PFNGLGETINFOLOGARBPROC>(SDL_GL_GetProcAddress("glGetInfoLogARB"));
-}
-
 std::string infoLog(unsigned int object) {
     char text[4096] = "";
-    getInfoLog()(object, sizeof text, nullptr, text);
+    entryPoint<PFNGLGETINFOLOGARBPROC>("glGetInfoLogARB")(object, sizeof text, nullptr, text);
     return text;
 }
 
@@ -84,10 +79,9 @@ class Textures {
     explicit Textures(const ProgramScene &scene) {
         for (const auto &[unit, image] : scene.images) {
             bindNew(unit);
-            std::vector<float> texels;
+            std::vector<std::array<float, 4>> texels;
             for (const Vec &texel : image.texels)
-                for (const float value : toFloats(texel))
-                    texels.push_back(value);
+                texels.push_back(toFloats(texel));
             glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA32F_ARB, image.width, image.height, 0, GL_RGBA,
                          GL_FLOAT, texels.data());
         }
@@ -133,31 +127,34 @@ class Textures {
 void setLight(const Light &light) {
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity(); // positions and directions are given in eye space
-    glLightfv(GL_LIGHT0, GL_AMBIENT, toFloats(light.ambient).data());
-    glLightfv(GL_LIGHT0, GL_DIFFUSE, toFloats(light.diffuse).data());
-    glLightfv(GL_LIGHT0, GL_SPECULAR, toFloats(light.specular).data());
-    glLightfv(GL_LIGHT0, GL_POSITION, toFloats(light.position).data());
-    glLightfv(GL_LIGHT0, GL_SPOT_DIRECTION, toFloats(light.spotDirection).data());
-    glLightf(GL_LIGHT0, GL_SPOT_CUTOFF, static_cast<float>(light.cutoff));
-    glLightf(GL_LIGHT0, GL_SPOT_EXPONENT, static_cast<float>(light.exponent));
-    glLightf(GL_LIGHT0, GL_CONSTANT_ATTENUATION, static_cast<float>(light.constant));
-    glLightf(GL_LIGHT0, GL_LINEAR_ATTENUATION, static_cast<float>(light.linear));
-    glLightf(GL_LIGHT0, GL_QUADRATIC_ATTENUATION, static_cast<float>(light.quadratic));
+    for (const auto &[name, value] : {std::pair{GL_AMBIENT, light.ambient},
+                                      {GL_DIFFUSE, light.diffuse},
+                                      {GL_SPECULAR, light.specular},
+                                      {GL_POSITION, light.position},
+                                      {GL_SPOT_DIRECTION, light.spotDirection}})
+        glLightfv(GL_LIGHT0, static_cast<GLenum>(name), toFloats(value).data());
+    for (const auto &[name, value] : {std::pair{GL_SPOT_CUTOFF, light.cutoff},
+                                      {GL_SPOT_EXPONENT, light.exponent},
+                                      {GL_CONSTANT_ATTENUATION, light.constant},
+                                      {GL_LINEAR_ATTENUATION, light.linear},
+                                      {GL_QUADRATIC_ATTENUATION, light.quadratic}})
+        glLightf(GL_LIGHT0, static_cast<GLenum>(name), static_cast<float>(value));
 }
 
 void setMaterial(const Material &material) {
-    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, toFloats(material.emission).data());
-    glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, toFloats(material.ambient).data());
-    glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, toFloats(material.diffuse).data());
-    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, toFloats(material.specular).data());
+    for (const auto &[name, value] : {std::pair{GL_EMISSION, material.emission},
+                                      {GL_AMBIENT, material.ambient},
+                                      {GL_DIFFUSE, material.diffuse},
+                                      {GL_SPECULAR, material.specular}})
+        glMaterialfv(GL_FRONT_AND_BACK, static_cast<GLenum>(name), toFloats(value).data());
     glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, static_cast<float>(material.shininess));
 }
 
 void setClipPlane(Vec plane) {
     const double equation[] = {plane.x, plane.y, plane.z, plane.w};
-    const bool isThere = dot(plane, plane) > 0;
-    (isThere ? glEnable : glDisable)(GL_CLIP_PLANE0);
-    if (isThere)
+    const bool enabled = dot(plane, plane) > 0;
+    (enabled ? glEnable : glDisable)(GL_CLIP_PLANE0);
+    if (enabled)
         glClipPlane(GL_CLIP_PLANE0, equation); // the modelview matrix is the identity
 }
 
@@ -191,71 +188,37 @@ void setUniforms(const Program &program, const ProgramScene &scene) {
                                  unit);
     if (!scene.shadowMap.depths.empty())
         RVOPENGL::glUniform1iARB(locationOf(program, "textureSampler1"), 1);
-    if (scene.boneQuat.empty())
+    const auto bones = static_cast<GLsizei>(scene.boneQuat.size());
+    if (bones == 0)
         return;
     std::vector<float> quat, trans;
-    for (const Vec &q : scene.boneQuat)
-        for (const float value : toFloats(q))
-            quat.push_back(value);
-    for (const Vec &t : scene.boneTrans)
-        for (int i = 0; i < 3; ++i)
-            trans.push_back(toFloats(t)[static_cast<std::size_t>(i)]);
-    const auto bones = static_cast<GLsizei>(scene.boneQuat.size());
+    for (std::size_t bone = 0; bone < scene.boneQuat.size(); ++bone) {
+        const auto q = toFloats(scene.boneQuat[bone]), t = toFloats(scene.boneTrans[bone]);
+        quat.insert(quat.end(), q.begin(), q.end());
+        trans.insert(trans.end(), t.begin(), t.end() - 1);
+    }
     RVOPENGL::glUniform4fvARB(locationOf(program, "boneQuat"), bones, quat.data());
     RVOPENGL::glUniform3fvARB(locationOf(program, "boneTrans"), bones, trans.data());
 }
 
-// One attribute of the three corners after the other, each as four floats.
-class Arrays {
-  public:
-    explicit Arrays(const ProgramScene &scene) {
-        for (const Vertex &corner : scene.corners) {
-            put(positions, corner.position);
-            put(normals, corner.normal);
-            put(colors, corner.color);
-            put(texCoords[0], corner.texCoord[0]);
-            put(texCoords[1], corner.texCoord[1]);
-            put(indices, corner.boneIndex);
-            put(weights, corner.boneWeight);
-        }
+void drawTriangle(const Program &program, const Vertex (&corners)[3]) {
+    const auto texCoord = entryPoint<PFNGLMULTITEXCOORD4DVARBPROC>("glMultiTexCoord4dvARB");
+    const auto attribute = entryPoint<PFNGLVERTEXATTRIB4DVARBPROC>("glVertexAttrib4dvARB");
+    const int index = program.attribute("boneIndex"), weight = program.attribute("boneWeight");
+    glBegin(GL_TRIANGLES);
+    for (const Vertex &corner : corners) {
+        glNormal3dv(&corner.normal.x);
+        glColor4dv(&corner.color.x);
+        for (GLenum unit = 0; unit < 2; ++unit)
+            texCoord(GL_TEXTURE0_ARB + unit, &corner.texCoord[unit].x);
+        if (index >= 0)
+            attribute(static_cast<GLuint>(index), &corner.boneIndex.x);
+        if (weight >= 0)
+            attribute(static_cast<GLuint>(weight), &corner.boneWeight.x);
+        glVertex4dv(&corner.position.x);
     }
-
-    void draw(const Program &program) const {
-        constexpr GLsizei stride = 4 * sizeof(float);
-        glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
-        glEnableClientState(GL_VERTEX_ARRAY);
-        glVertexPointer(4, GL_FLOAT, stride, positions.data());
-        glEnableClientState(GL_NORMAL_ARRAY);
-        glNormalPointer(GL_FLOAT, stride, normals.data());
-        glEnableClientState(GL_COLOR_ARRAY);
-        glColorPointer(4, GL_FLOAT, stride, colors.data());
-        for (GLenum unit = 0; unit < 2; ++unit) {
-            RVOPENGL::glClientActiveTextureARB(GL_TEXTURE0_ARB + unit);
-            glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-            glTexCoordPointer(4, GL_FLOAT, stride, texCoords[unit].data());
-        }
-        enable(program.attribute("boneIndex"), indices);
-        enable(program.attribute("boneWeight"), weights);
-        glDrawArrays(GL_TRIANGLES, 0, 3);
-        glPopClientAttrib();
-    }
-
-  private:
-    static void put(std::vector<float> &values, Vec v) {
-        for (const float value : toFloats(v))
-            values.push_back(value);
-    }
-
-    static void enable(int location, const std::vector<float> &values) {
-        if (location < 0)
-            return;
-        const auto place = static_cast<GLuint>(location);
-        RVOPENGL::glEnableVertexAttribArrayARB(place);
-        RVOPENGL::glVertexAttribPointerARB(place, 4, GL_FLOAT, GL_FALSE, 0, values.data());
-    }
-
-    std::vector<float> positions, normals, colors, texCoords[2], indices, weights;
-};
+    glEnd();
+}
 
 GLhandleARB compile(GLenum kind, const char *text) {
     const GLhandleARB shader = RVOPENGL::glCreateShaderObjectARB(kind);
@@ -287,7 +250,7 @@ Program::Program(const char *vertexLabel, const char *pixelLabel) {
         if (!succeeded(shader, GL_OBJECT_COMPILE_STATUS_ARB))
             messages += std::string(label) + " does not compile\n";
         RVOPENGL::glAttachObjectARB(program, shader);
-        RVOPENGL::glDeleteObjectARB(shader); // goes with the program
+        RVOPENGL::glDeleteObjectARB(shader); // deleted with the program
     }
     RVOPENGL::glLinkProgramARB(program);
     linked = succeeded(program, GL_OBJECT_LINK_STATUS_ARB);
@@ -314,7 +277,7 @@ std::vector<float> drawScene(const Program &program, const ProgramScene &scene) 
     const Textures textures(scene);
     setState(scene);
     setUniforms(program, scene);
-    Arrays(scene).draw(program);
+    drawTriangle(program, scene.corners);
     return Target::read();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a program draws and the reference computes alike: the fixed-function state that reaches a
+// The inputs of both a program and its reference: the fixed-function state that reaches a
 // program, its uniforms and textures, and one triangle. The triangle is drawn into a floating-point
 // target and compared pixel by pixel with a reference that has the program's two stages as
 // functions in double precision.
@@ -34,7 +34,7 @@ class Program {
     unsigned int program = 0;
 };
 
-// What the driver says to a text; `kind` is one of OpenGL's two.
+// The messages of the driver for a text; `kind` is one of OpenGL's two.
 std::string compileMessages(unsigned int kind, const std::string &text);
 
 // A texture of floats, repeated, with no filter.
@@ -81,8 +81,8 @@ struct VertexResult {
     Varyings varyings;
 };
 
-// What the pixel stage of a reference notes down while it computes a pixel.
-struct Notes {
+// What the pixel stage of a reference records while it computes a pixel.
+struct Trace {
     bool unsure = false; // so near to a step that single precision may fall on its other side
     std::set<std::string> visited;
 
@@ -109,14 +109,14 @@ class ProgramScene {
     void addShadowMap();
 
     // Lookups of the reference.
-    Vec sample(Notes &notes, int unit, double s, double t) const;
-    double lightReaching(Notes &notes, Vec coord) const; // the mean of four in the shadow map
+    Vec sample(Trace &trace, int unit, double s, double t) const;
+    double lightReaching(Trace &trace, Vec coord) const; // the mean of four in the shadow map
     double number(const std::string &name) const { return floats.at(name); }
 
     Matrix skinning(const Vertex &vertex) const; // the sum over the four bones
 
   private:
-    double compare(Notes &notes, Vec coord) const; // shadow2DProj
+    double compare(Trace &trace, Vec coord) const; // shadow2DProj
 };
 
 // Draws the corners as a triangle. Red to alpha of the target's pixels, bottom row first; the
@@ -126,12 +126,11 @@ inline constexpr double backgroundValue = -3;
 std::vector<float> drawScene(const Program &program, const ProgramScene &scene);
 
 using VertexReference = std::function<VertexResult(const ProgramScene &, const Vertex &)>;
-using PixelReference = std::function<Vec(const ProgramScene &, const Varyings &, Notes &)>;
+using PixelReference = std::function<Vec(const ProgramScene &, const Varyings &, Trace &)>;
 
 struct Comparison {
-    int compared = 0;              // pixels of the triangle that were compared
-    int background = 0;            // pixels beside it that were compared
-    double largest = 0;            // difference, relative for values above 1
+    int compared = 0;              // pixels of the triangle
+    int background = 0;            // pixels beside it
     std::set<std::string> visited; // branches that the compared pixels took
 };
 
@@ -139,10 +138,16 @@ class ProgramTest : public EngineTest {
   protected:
     ProgramTest() { settings.setShaders(true); }
 
-    // The whole comparison. A pixel may differ by `tolerance`, times its value above 1.
-    static Comparison compare(const char *vertexLabel, const char *pixelLabel,
+    // The whole comparison, of more than 200 pixels inside the triangle and outside. A pixel
+    // may differ by singlePrecision, times its value above 1.
+    static Comparison compare(const std::string &vertexLabel, const std::string &pixelLabel,
                               const ProgramScene &scene, const VertexReference &vertexReference,
-                              const PixelReference &pixelReference, double tolerance);
+                              const PixelReference &pixelReference);
+
+    // The same, cut by a plane of the user's.
+    static Comparison compareCut(const std::string &vertexLabel, const std::string &pixelLabel,
+                                 ProgramScene scene, const VertexReference &vertexReference,
+                                 const PixelReference &pixelReference);
 
     // Puts the corners at these places of the screen (-1 to 1) and distances from the eye, for the
     // scene's modelview matrix, and a perspective that fits.
