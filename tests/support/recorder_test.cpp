@@ -1,6 +1,10 @@
+// The recorder in front of a silent driver.
+
 #include "tests/support/recorder.h"
 
 #include "ravolt/zlf.h"
+#include "tests/support/expectNear.h"
+#include "tests/support/glState.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -32,63 +36,55 @@ TEST_F(RecorderInSilence, NothingIsRecordedBeforeStartAndAfterStop) {
     EXPECT_TRUE(recorder.calls().empty());
 }
 
-TEST_F(RecorderInSilence, NumbersStandInTheirOrderAndFloatsCompareAsFloats) {
-    recorder.start();
-    glColor4f(0.1f, 0.2f, 0.3f, 1);
-    glOrtho(0, 128, 96, 0, -1, 1);
-    const Calls calls = recorder.stop();
+TEST_F(RecorderInSilence, NumbersAreInTheirOrderAndFloatsCompareAsFloats) {
+    const Calls calls = callsOf([] {
+        glColor4f(0.1f, 0.2f, 0.3f, 1);
+        glOrtho(0, 128, 96, 0, -1, 1);
+    });
     EXPECT_EQ(calls, (Calls{{"glColor4f", 0.1, 0.2, 0.3, 1}, {"glOrtho", 0, 128, 96, 0, -1, 1}}));
-    EXPECT_FALSE(calls ==
-                 (Calls{{"glColor4f", 0.1, 0.2, 0.3001, 1}, {"glOrtho", 0, 128, 96, 0, -1, 1}}));
+    EXPECT_FALSE(calls[0] == Call("glColor4f", 0.1, 0.2, 0.3001, 1));
     EXPECT_FALSE(calls[0] == Call("glColor4f", 0.1, 0.2, 0.3));
 }
 
-TEST_F(RecorderInSilence, ShortArraysStandElementByElement) {
+// Element by element; other addresses are told from offsets.
+TEST_F(RecorderInSilence, ShortArraysAndAddressesAreRecorded) {
     const GLfloat four[4] = {1, 2, 3, 4};
     const GLuint names[2] = {7, 9};
-    recorder.start();
-    glColor4fv(four);
-    glLightfv(GL_LIGHT1, GL_POSITION, four);
-    glLightfv(GL_LIGHT1, GL_SPOT_DIRECTION, four);
-    glMaterialfv(GL_FRONT, GL_SHININESS, four);
-    glDeleteTextures(2, names);
-    EXPECT_EQ(recorder.stop(), (Calls{{"glColor4fv", 1, 2, 3, 4},
-                                      {"glLightfv", GL_LIGHT1, GL_POSITION, 1, 2, 3, 4},
-                                      {"glLightfv", GL_LIGHT1, GL_SPOT_DIRECTION, 1, 2, 3},
-                                      {"glMaterialfv", GL_FRONT, GL_SHININESS, 1},
-                                      {"glDeleteTextures", 2, 7, 9}}));
-}
-
-TEST_F(RecorderInSilence, AddressesAreToldFromOffsets) {
-    const GLfloat three[3] = {};
-    recorder.start();
-    glVertexPointer(3, GL_FLOAT, 0, three);
-    glVertexPointer(3, GL_FLOAT, 0, reinterpret_cast<const void *>(24));
-    glVertexPointer(3, GL_FLOAT, 0, nullptr);
-    EXPECT_EQ(recorder.stop(), (Calls{{"glVertexPointer", 3, GL_FLOAT, 0, anyAddress},
-                                      {"glVertexPointer", 3, GL_FLOAT, 0, 24},
-                                      {"glVertexPointer", 3, GL_FLOAT, 0, 0}}));
-}
-
-TEST_F(RecorderInSilence, MadeNamesAreFreshAndRecorded) {
-    GLuint names[2] = {};
-    recorder.start();
-    glGenTextures(2, names);
-    const Calls calls = recorder.stop();
-    EXPECT_NE(names[0], 0u);
-    EXPECT_NE(names[0], names[1]);
-    EXPECT_EQ(calls, (Calls{{"glGenTextures", 2, names[0], names[1]}}));
+    GLuint made[2] = {};
+    const Calls calls = callsOf([&] {
+        glColor4fv(four);
+        glLightfv(GL_LIGHT1, GL_POSITION, four);
+        glLightfv(GL_LIGHT1, GL_SPOT_DIRECTION, four);
+        glMaterialfv(GL_FRONT, GL_SHININESS, four);
+        glDeleteTextures(2, names);
+        glVertexPointer(3, GL_FLOAT, 0, four);
+        glVertexPointer(3, GL_FLOAT, 0, reinterpret_cast<const void *>(24));
+        glVertexPointer(3, GL_FLOAT, 0, nullptr);
+        glGenTextures(2, made);
+    });
+    EXPECT_EQ(calls, (Calls{{"glColor4fv", 1, 2, 3, 4},
+                            {"glLightfv", GL_LIGHT1, GL_POSITION, 1, 2, 3, 4},
+                            {"glLightfv", GL_LIGHT1, GL_SPOT_DIRECTION, 1, 2, 3},
+                            {"glMaterialfv", GL_FRONT, GL_SHININESS, 1},
+                            {"glDeleteTextures", 2, 7, 9},
+                            {"glVertexPointer", 3, GL_FLOAT, 0, anyAddress},
+                            {"glVertexPointer", 3, GL_FLOAT, 0, 24},
+                            {"glVertexPointer", 3, GL_FLOAT, 0, 0},
+                            {"glGenTextures", 2, made[0], made[1]}}));
+    EXPECT_NE(made[0], 0u);
+    EXPECT_NE(made[0], made[1]);
 }
 
 TEST_F(RecorderInSilence, FailuresNameEnumerants) {
-    EXPECT_EQ(testing::PrintToString(Call("glEnable", GL_BLEND)), "glEnable(GL_BLEND)");
-    EXPECT_EQ(testing::PrintToString(Call("glBegin", GL_QUADS)), "glBegin(GL_QUADS)");
-    EXPECT_EQ(testing::PrintToString(Call("glViewport", 0, 0, 1024, 768)),
-              "glViewport(0, 0, 1024, 768)");
-    EXPECT_EQ(testing::PrintToString(Call("glClear", GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)),
-              "glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)");
-    EXPECT_EQ(testing::PrintToString(Call("glVertexPointer", 3, GL_FLOAT, 0, anyAddress)),
-              "glVertexPointer(3, GL_FLOAT, 0, (address))");
+    EXPECT_EQ((Calls{{"glEnable", GL_BLEND},
+                     {"glBegin", GL_QUADS},
+                     {"glViewport", 0, 0, 1024, 768},
+                     {"glClear", GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT},
+                     {"glVertexPointer", 3, GL_FLOAT, 0, anyAddress}})
+                  .text(),
+              "glEnable(GL_BLEND)\nglBegin(GL_QUADS)\nglViewport(0, 0, 1024, 768)\n"
+              "glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)\n"
+              "glVertexPointer(3, GL_FLOAT, 0, (address))\n");
 }
 
 TEST_F(RecorderInSilence, MarksCutTheCalls) {
@@ -119,9 +115,6 @@ TEST_F(RecorderInSilence, ExtensionFunctionsRecordTheirCalls) {
                                       {"glBindBufferARB", GL_ARRAY_BUFFER_ARB, name}}));
     EXPECT_NE(name, 0u);
     EXPECT_EQ(SDL_GL_GetProcAddress("glNoSuchFunction"), nullptr);
-}
-
-TEST_F(RecorderInSilence, EntryPointsCanBeMissing) {
     recorder.nullEntryPoint("glBindBufferARB");
     EXPECT_EQ(SDL_GL_GetProcAddress("glBindBufferARB"), nullptr);
     EXPECT_NE(SDL_GL_GetProcAddress("glBufferDataARB"), nullptr);
@@ -189,13 +182,11 @@ TEST_F(RecorderInSilence, RefusedFunctionsGiveZeroAfterTheStatedNumberOfCalls) {
 TEST_F(RecorderInSilence, PixelsAreAnsweredOnceEach) {
     recorder.answerReadPixels({1, 2, 3, 4});
     recorder.answerReadPixels({5, 6, 7, 8});
-    unsigned char pixel[4] = {};
-    glReadPixels(0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
-    EXPECT_EQ(pixel[3], 4);
-    glReadPixels(0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
-    EXPECT_EQ(pixel[0], 5);
-    glReadPixels(0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
-    EXPECT_EQ(pixel[0], 0);
+    for (const int first : {1, 5, 0}) {
+        unsigned char pixel[4] = {};
+        glReadPixels(0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
+        EXPECT_EQ(pixel[0], first);
+    }
 }
 
 TEST_F(RecorderInSilence, MatricesMultiplyFromTheRightAsOpenGLHasThem) {
@@ -205,26 +196,17 @@ TEST_F(RecorderInSilence, MatricesMultiplyFromTheRightAsOpenGLHasThem) {
     glPushMatrix();
     glRotatef(90, 0, 0, 1);
     glTranslatef(4, 0, 0);
-    GLfloat m[16] = {};
-    glGetFloatv(GL_MODELVIEW_MATRIX, m);
-    EXPECT_NEAR(m[0], 0, 1e-6);
-    EXPECT_NEAR(m[1], 1, 1e-6);
-    EXPECT_NEAR(m[4], -1, 1e-6);
-    EXPECT_NEAR(m[12], 1, 1e-6);
-    EXPECT_NEAR(m[13], 6, 1e-6);
-    EXPECT_NEAR(m[14], 3, 1e-6);
+    const auto expectMatrix = [](const std::array<float, 16> &expected) {
+        expectNear(matrixOf(GL_MODELVIEW_MATRIX), expected, 1e-6);
+    };
+    expectMatrix({0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 1, 6, 3, 1});
     glPopMatrix();
-    glGetFloatv(GL_MODELVIEW_MATRIX, m);
-    EXPECT_EQ(m[12], 1);
-    EXPECT_EQ(m[13], 2);
+    expectMatrix({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1});
 }
 
-TEST_F(RecorderInSilence, ViewportAndSwitchesAreKept) {
+TEST_F(RecorderInSilence, ViewportAndSwitchesAreStored) {
     glViewport(1, 2, 30, 40);
-    GLint viewport[4] = {};
-    glGetIntegerv(GL_VIEWPORT, viewport);
-    EXPECT_EQ(viewport[0], 1);
-    EXPECT_EQ(viewport[3], 40);
+    EXPECT_EQ(viewportNow(), (std::array{1, 2, 30, 40}));
     EXPECT_FALSE(glIsEnabled(GL_LIGHTING));
     glEnable(GL_LIGHTING);
     EXPECT_TRUE(glIsEnabled(GL_LIGHTING));
@@ -249,7 +231,7 @@ TEST_F(RecorderInSilence, LargeAllocationsFailOnDemand) {
     EXPECT_TRUE(std::unique_ptr<char[]>(new (std::nothrow) char[1000]));
 }
 
-TEST_F(RecorderInSilence, TheClockStandsStillButForWhatIsLetPass) {
+TEST_F(RecorderInSilence, TheClockIsStoppedAndAdvancedByTheTest) {
     recorder.stopClock();
     const int timer = zlfNewTimer(1);
     recorder.letPass(0.25);

@@ -1,5 +1,5 @@
-// The SDL functions of the program, those that the engine calls: each records, lies where asked to,
-// and calls the real one; in silent mode a small SDL of our own stands behind them.
+// The SDL functions of the program, those that the engine calls: each records, fakes its result
+// where that is set, and calls the real one; in silent mode a small SDL of our own is called.
 
 #include "tests/support/callWriter.h"
 #include "tests/support/glRecorder.h"
@@ -17,7 +17,7 @@ namespace {
 
 using State = Recorder::State;
 
-// What a display without a screen keeps between calls.
+// The state of a display without a screen.
 struct SilentSdl {
     std::map<int, int> attributes;
     SDL_PixelFormat format = {};
@@ -40,13 +40,10 @@ SDL_Surface *silentMode(int width, int height, int bitsPerPixel, Uint32 flags) {
     return &sdl.surface;
 }
 
-// The real function behind the one of this name.
-#define REAL(name) (reinterpret_cast<decltype(&::name)>(realFunction(#name)))
-
-// Every function starts so: its call is recorded.
+// Records the call of the program.
 template <class... Arguments> State &entered(const char *name, Arguments... arguments) {
     State &state = recorderState();
-    if (state.recording && !Inside::isTrue())
+    if (state.recording)
         state.record(writeCall(name, arguments...));
     return state;
 }
@@ -60,57 +57,61 @@ char *writeName(char *buffer, int size, const std::string &name) {
     return buffer;
 }
 
+// A fault that is set; the text that SDL_GetError returns then.
+bool fails(State &state, const std::optional<std::string> &error) {
+    state.toldError = error.value_or("");
+    return error.has_value();
+}
+
 } // namespace
 } // namespace ravolt::test
 
 using namespace ravolt::test;
 
+// Every function starts so: the real one of this name, and whether a library has made the call.
+// What it calls in its turn is not recorded.
+#define REAL(name)                                                                                 \
+    static const auto real = reinterpret_cast<decltype(&::name)>(realFunction(#name));             \
+    const bool nested = Inside::isTrue();                                                          \
+    const Inside inside
+
 extern "C" {
 
 int SDL_Init(Uint32 flags) {
-    static const auto real = REAL(SDL_Init);
-    if (Inside::isTrue())
-        return real(flags);
-    State &state = entered("SDL_Init", flags);
-    state.toldError = state.initFailure.value_or("");
-    if (state.initFailure)
-        return -1;
-    if (state.silent)
-        return 0;
-    Inside inside;
+    REAL(SDL_Init);
+    if (!nested) {
+        State &state = entered("SDL_Init", flags);
+        if (fails(state, state.initFailure))
+            return -1;
+        if (state.silent)
+            return 0;
+    }
     return real(flags);
 }
 
-// A question without an effect: it is not written down. In silent mode everything is up.
+// A question without an effect: it is not recorded. In silent mode everything is initialized.
 Uint32 SDL_WasInit(Uint32 flags) {
-    static const auto real = REAL(SDL_WasInit);
-    if (!Inside::isTrue() && Recorder::instance().isSilent())
-        return flags;
-    Inside inside;
-    return real(flags);
+    REAL(SDL_WasInit);
+    return !nested && Recorder::instance().isSilent() ? flags : real(flags);
 }
 
 void SDL_Quit(void) {
-    static const auto real = REAL(SDL_Quit);
-    if (!Inside::isTrue() && entered("SDL_Quit").silent)
-        return;
-    Inside inside;
-    real();
+    REAL(SDL_Quit);
+    if (nested || !entered("SDL_Quit").silent)
+        real();
 }
 
 char *SDL_GetError(void) {
-    static const auto real = REAL(SDL_GetError);
-    if (Inside::isTrue())
-        return real();
-    State &state = entered("SDL_GetError");
-    if (state.silent || !state.toldError.empty())
-        return state.toldError.data();
+    REAL(SDL_GetError);
+    if (!nested)
+        if (State &state = entered("SDL_GetError"); state.silent || !state.toldError.empty())
+            return state.toldError.data();
     return real();
 }
 
 const SDL_VideoInfo *SDL_GetVideoInfo(void) {
-    static const auto real = REAL(SDL_GetVideoInfo);
-    if (Inside::isTrue())
+    REAL(SDL_GetVideoInfo);
+    if (nested)
         return real();
     State &state = entered("SDL_GetVideoInfo");
     SilentSdl &sdl = silentSdl();
@@ -118,122 +119,94 @@ const SDL_VideoInfo *SDL_GetVideoInfo(void) {
         sdl.info = {};
         sdl.info.vfmt = &sdl.format;
     } else {
-        Inside inside;
-        const SDL_VideoInfo *truth = real();
-        if (!truth || !state.videoMemory)
-            return truth;
-        sdl.info = *truth;
+        const SDL_VideoInfo *actual = real();
+        if (!actual || !state.videoMemory)
+            return actual;
+        sdl.info = *actual;
     }
     sdl.info.video_mem = state.videoMemory.value_or(0);
     return &sdl.info;
 }
 
 char *SDL_VideoDriverName(char *buffer, int size) {
-    static const auto real = REAL(SDL_VideoDriverName);
-    if (Inside::isTrue())
-        return real(buffer, size);
-    State &state = entered("SDL_VideoDriverName");
-    if (state.driverName || state.silent)
-        return writeName(buffer, size, state.driverName.value_or("silent"));
-    Inside inside;
+    REAL(SDL_VideoDriverName);
+    if (!nested)
+        if (State &state = entered("SDL_VideoDriverName"); state.driverName || state.silent)
+            return writeName(buffer, size, state.driverName.value_or("silent"));
     return real(buffer, size);
 }
 
 int SDL_VideoModeOK(int width, int height, int bitsPerPixel, Uint32 flags) {
-    static const auto real = REAL(SDL_VideoModeOK);
-    if (Inside::isTrue())
-        return real(width, height, bitsPerPixel, flags);
-    State &state = entered("SDL_VideoModeOK", width, height, bitsPerPixel, flags);
-    if (state.modesRefused)
-        return 0;
-    if (state.silent)
-        return bitsPerPixel;
-    Inside inside;
+    REAL(SDL_VideoModeOK);
+    if (!nested)
+        if (State &state = entered("SDL_VideoModeOK", width, height, bitsPerPixel, flags);
+            state.modesRefused || state.silent)
+            return state.modesRefused ? 0 : bitsPerPixel;
     return real(width, height, bitsPerPixel, flags);
 }
 
 SDL_Surface *SDL_SetVideoMode(int width, int height, int bitsPerPixel, Uint32 flags) {
-    static const auto real = REAL(SDL_SetVideoMode);
-    if (Inside::isTrue())
-        return real(width, height, bitsPerPixel, flags);
-    State &state = entered("SDL_SetVideoMode", width, height, bitsPerPixel, flags);
-    state.toldError = state.modeFailure.value_or("");
-    if (state.modeFailure)
-        return nullptr;
-    if (state.silent)
-        return silentMode(width, height, bitsPerPixel, flags);
-    Inside inside;
+    REAL(SDL_SetVideoMode);
+    if (!nested) {
+        State &state = entered("SDL_SetVideoMode", width, height, bitsPerPixel, flags);
+        if (fails(state, state.modeFailure))
+            return nullptr;
+        if (state.silent)
+            return silentMode(width, height, bitsPerPixel, flags);
+    }
     return real(width, height, bitsPerPixel, flags);
 }
 
 void SDL_WM_SetCaption(const char *title, const char *icon) {
-    static const auto real = REAL(SDL_WM_SetCaption);
-    if (!Inside::isTrue() && entered("SDL_WM_SetCaption", title).silent)
-        return;
-    Inside inside;
-    real(title, icon);
+    REAL(SDL_WM_SetCaption);
+    if (nested || !entered("SDL_WM_SetCaption", title).silent)
+        real(title, icon);
 }
 
 int SDL_GetWMInfo(SDL_SysWMinfo *info) {
-    static const auto real = REAL(SDL_GetWMInfo);
-    if (!Inside::isTrue() && entered("SDL_GetWMInfo").silent)
-        return 0;
-    Inside inside;
-    return real(info);
+    REAL(SDL_GetWMInfo);
+    return nested || !entered("SDL_GetWMInfo").silent ? real(info) : 0;
 }
 
 int SDL_GL_LoadLibrary(const char *path) {
-    static const auto real = REAL(SDL_GL_LoadLibrary);
-    if (!Inside::isTrue() && entered("SDL_GL_LoadLibrary", path).silent)
-        return 0;
-    Inside inside;
-    return real(path);
+    REAL(SDL_GL_LoadLibrary);
+    return nested || !entered("SDL_GL_LoadLibrary", path).silent ? real(path) : 0;
 }
 
 int SDL_GL_SetAttribute(SDL_GLattr attribute, int value) {
-    static const auto real = REAL(SDL_GL_SetAttribute);
-    if (!Inside::isTrue() &&
-        entered("SDL_GL_SetAttribute", static_cast<int>(attribute), value).silent) {
-        silentSdl().attributes[attribute] = value;
-        return 0;
-    }
-    Inside inside;
-    return real(attribute, value);
+    REAL(SDL_GL_SetAttribute);
+    if (nested || !entered("SDL_GL_SetAttribute", static_cast<int>(attribute), value).silent)
+        return real(attribute, value);
+    silentSdl().attributes[attribute] = value;
+    return 0;
 }
 
 int SDL_GL_GetAttribute(SDL_GLattr attribute, int *value) {
-    static const auto real = REAL(SDL_GL_GetAttribute);
-    if (Inside::isTrue())
+    REAL(SDL_GL_GetAttribute);
+    if (nested)
         return real(attribute, value);
     State &state = entered("SDL_GL_GetAttribute", static_cast<int>(attribute));
-    const auto told = state.attributes.find(attribute);
-    if (told != state.attributes.end() || state.silent) {
-        *value = told != state.attributes.end() ? told->second : silentSdl().attributes[attribute];
-        return 0;
-    }
-    Inside inside;
-    return real(attribute, value);
+    const auto faked = state.attributes.find(attribute);
+    if (faked == state.attributes.end() && !state.silent)
+        return real(attribute, value);
+    *value = faked != state.attributes.end() ? faked->second : silentSdl().attributes[attribute];
+    return 0;
 }
 
 void *SDL_GL_GetProcAddress(const char *name) {
-    static const auto real = REAL(SDL_GL_GetProcAddress);
-    if (Inside::isTrue())
+    REAL(SDL_GL_GetProcAddress);
+    if (nested)
         return real(name);
     State &state = entered("SDL_GL_GetProcAddress", name);
-    Inside inside;
     if (state.nullEntryPoints.count(name))
         return nullptr;
-    if (state.silent)
-        return trampolineOf(name, nullptr);
-    void *found = real(name);
-    return found ? trampolineOf(name, found) : nullptr;
+    void *found = state.silent ? nullptr : real(name);
+    return found || state.silent ? trampolineOf(name, found) : nullptr;
 }
 
 void SDL_GL_SwapBuffers(void) {
-    static const auto real = REAL(SDL_GL_SwapBuffers);
-    if (!Inside::isTrue() && entered("SDL_GL_SwapBuffers").silent)
-        return;
-    Inside inside;
-    real();
+    REAL(SDL_GL_SwapBuffers);
+    if (nested || !entered("SDL_GL_SwapBuffers").silent)
+        real();
 }
 }
