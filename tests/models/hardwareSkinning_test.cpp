@@ -188,16 +188,6 @@ TEST_P(HardwareSkinningTest, ProgramSkinsAsTheProcessorDoes) {
     EXPECT_PIXEL(program.flat.at(width / 2, height / 2), (Pixel{255, 128, 64}), 1);
 }
 
-// Only the bones move: without that all pictures would agree.
-TEST_P(HardwareSkinningTest, MovedBonesChangeThePicture) {
-    const Picture before = draw(true, GetParam()).lit;
-    meshNamed("middle")->rotate(0, 0, 60);
-    if (GetParam().shadowed)
-        RAVOLT::shadowingOn();
-    drawFrame(nullptr, RVNODE::findByName("[root]"));
-    EXPECT_GT(differenceOf(before, readFrame()).mean, 1.0);
-}
-
 INSTANTIATE_TEST_SUITE_P(Lights, HardwareSkinningTest, testing::ValuesIn(looks),
                          [](const auto &each) { return std::string(each.param.byProgram); });
 

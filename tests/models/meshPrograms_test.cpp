@@ -150,18 +150,6 @@ TEST_F(MeshProgramTest, WithoutPassthroughTheFixedFunctionsDraw) {
     }
 }
 
-TEST_F(MeshProgramTest, LitMeshesAreDrawnByTheProgramOfTheirLight) {
-    RVMESH *mesh = makeSquare();
-    RVLIGHT *light = new RVLIGHT;
-    light->setLightType(RV_LIGHT_TYPE_OMNI);
-    light->link(meshNamed("[root]"));
-    mesh->setPosition(0, 0, -5);
-    RVLIGHT::lightingOn();
-    const Names names = programsOf([&] { drawFrame(nullptr, meshNamed("[root]")); });
-    ASSERT_FALSE(names.empty());
-    EXPECT_EQ(names.back(), "pplOmni");
-}
-
 // --- Skin
 
 TEST_F(MeshProgramTest, ProgramSkinsFourWeights) {
@@ -286,17 +274,6 @@ TEST_F(MeshProgramTest, BothBlocksOfAFrameBeginWithoutAProgram) {
                                    {"glUseProgramObjectARB", 0},
                                    {"glDisable", GL_DEPTH_TEST}}));
     RAVOLT::end2D();
-}
-
-TEST_F(MeshProgramTest, ShadowsRequirePrograms) {
-    EXPECT_FALSE(RAVOLT::isShadowed());
-    RAVOLT::shadowingOn();
-    EXPECT_TRUE(RAVOLT::isShadowed());
-    RAVOLT::shadowingOff();
-    recorder.refuse("glGetObjectParameterivARB", 2 * 12, 1); // pplSpotS
-    ASSERT_TRUE(restart());
-    RAVOLT::shadowingOn();
-    EXPECT_FALSE(RAVOLT::isShadowed());
 }
 
 TEST_F(MeshProgramTest, SelectionRestoresThePixelWithoutAProgram) {

@@ -313,14 +313,11 @@ TEST_F(Video, PlayingWithoutAFileDoesNothing) {
     expectUpdate(*video, 0, 0, RV_VIDEO_REWIND, notFound, 0);
 }
 
-TEST_F(OpenVideo, PlayedVideoStopsAtItsStart) {
+TEST_F(OpenVideo, PlayedVideoStopsAtItsStartAndALoopContinuesInTheSameUpdate) {
     for (int turn = 0; turn < 3; ++turn) {
         video->play();
         expectUpdate(*video, wholeVideo, framesPerVideo, RV_VIDEO_STOP, loadingVideo);
     }
-}
-
-TEST_F(OpenVideo, LoopedVideoContinuesInTheSameUpdate) {
     video->play();
     unsigned int steps = 0;
     for (; video->getStatus() == RV_VIDEO_PLAY; ++steps)
@@ -369,10 +366,16 @@ TEST_F(Video, EmptyFileIsAtItsEndAtOnce) {
 // --- Copies
 
 TEST_F(OpenVideo, CopyContinuesTheSameVideoAndOwnsNothing) {
+    video->flipOn();
+    EXPECT_TRUE(video->load("video"));
+    EXPECT_TRUE(video->isFlipped()) << "after a load";
     video->play();
     const std::size_t begun = begin(*video);
     {
         RVVIDEO copy(*video);
+        video->flipOff();
+        EXPECT_FALSE(video->isFlipped());
+        EXPECT_TRUE(copy.isFlipped());
         EXPECT_EQ(copy.getId(), video->getId());
         EXPECT_STREQ(copy.getName(), "video");
         EXPECT_EQ(copy.getTexture(), screen);
@@ -383,18 +386,6 @@ TEST_F(OpenVideo, CopyContinuesTheSameVideoAndOwnsNothing) {
     EXPECT_EQ(RVVIDEO::findById(video->getId()), video);
     // The shared stream is at its start.
     expectUpdate(*video, wholeVideo, framesPerVideo, RV_VIDEO_STOP, loadingVideo);
-}
-
-TEST_F(OpenVideo, FlippingIsCopiedAndNotChangedByLoading) {
-    video->flipOn();
-    EXPECT_TRUE(video->isFlipped());
-    EXPECT_TRUE(video->load("video"));
-    EXPECT_TRUE(video->isFlipped());
-    const RVVIDEO copy(*video);
-    EXPECT_TRUE(copy.isFlipped());
-    video->flipOff();
-    EXPECT_FALSE(video->isFlipped());
-    EXPECT_TRUE(copy.isFlipped());
 }
 
 TEST_F(Video, CopyOutlivesItsOriginal) {
