@@ -1,9 +1,10 @@
-// The mirror against its table, and against what OpenGL holds after the same calls.
+// The mirror against its table, and against the matrices of OpenGL after the same calls.
 
 #include "ravolt/Z3MMATRIX.h"
 #include "ravolt/shadowMatrixStack.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/expectNear.h"
+#include "tests/support/glState.h"
 
 #include <GL/gl.h>
 
@@ -28,12 +29,6 @@ Numbers mirrored(GLenum name) {
     Numbers numbers;
     numbers.fill(-77);
     glWrapperGetFloatv(name, numbers.data());
-    return numbers;
-}
-
-Numbers driverHas(GLenum name) {
-    Numbers numbers{};
-    glGetFloatv(name, numbers.data());
     return numbers;
 }
 
@@ -62,19 +57,17 @@ class MatrixMirror : public EngineTest {
     }
 
     void expectAgreement() {
-        expectNear(mirrored(GL_MODELVIEW_MATRIX), driverHas(GL_MODELVIEW_MATRIX));
-        expectNear(mirrored(GL_PROJECTION_MATRIX), driverHas(GL_PROJECTION_MATRIX));
+        expectNear(mirrored(GL_MODELVIEW_MATRIX), matrixOf(GL_MODELVIEW_MATRIX));
+        expectNear(mirrored(GL_PROJECTION_MATRIX), matrixOf(GL_PROJECTION_MATRIX));
     }
 
   private:
     static void emptyBoth() {
         for (GLenum mode : {GL_PROJECTION, GL_MODELVIEW}) {
             glWrapperMatrixMode(mode);
-            int depth = 1;
-            glGetIntegerv(mode == GL_PROJECTION ? GL_PROJECTION_STACK_DEPTH
-                                                : GL_MODELVIEW_STACK_DEPTH,
-                          &depth);
-            for (; depth > 1; --depth)
+            for (int depth = integerOf(mode == GL_PROJECTION ? GL_PROJECTION_STACK_DEPTH
+                                                             : GL_MODELVIEW_STACK_DEPTH);
+                 depth > 1; --depth)
                 glWrapperPopMatrix();
             glWrapperLoadIdentity();
         }
@@ -86,10 +79,10 @@ TEST(MatrixMirrorAlone, StartsAsIdentityAndNeedsNoContextToBeRead) {
     EXPECT_EQ(mirrored(GL_PROJECTION_MATRIX), identity);
 }
 
-TEST_F(MatrixMirror, ModeChoosesTheStackAndReachesOpenGL) {
-    EXPECT_EQ(callsOf([] { glWrapperMatrixMode(GL_PROJECTION); }),
-              (Calls{{"glMatrixMode", GL_PROJECTION}}));
+TEST_F(MatrixMirror, ModeChoosesTheStackAndAnyOtherModeDoesNotChangeIt) {
+    glWrapperMatrixMode(GL_PROJECTION);
     glWrapperLoadMatrixf(sample.data());
+    glWrapperPushMatrix();
     EXPECT_EQ(mirrored(GL_PROJECTION_MATRIX), sample);
     EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), identity);
     EXPECT_EQ(callsOf([] { glWrapperMatrixMode(GL_MODELVIEW); }),
@@ -98,54 +91,56 @@ TEST_F(MatrixMirror, ModeChoosesTheStackAndReachesOpenGL) {
     EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), other);
     EXPECT_EQ(mirrored(GL_PROJECTION_MATRIX), sample);
     expectAgreement();
-}
+    glWrapperPopMatrix(); // nothing was pushed here
+    EXPECT_LOGGED_EXACTLY("   [!] Stack underflow in glWrapper\n");
 
-TEST_F(MatrixMirror, AnyOtherModeDoesNotChangeTheMirror) {
-    glWrapperMatrixMode(GL_PROJECTION);
+    EXPECT_EQ(callsOf([] { glWrapperMatrixMode(GL_PROJECTION); }),
+              (Calls{{"glMatrixMode", GL_PROJECTION}}));
+    glWrapperPopMatrix();
     EXPECT_EQ(callsOf([] { glWrapperMatrixMode(GL_TEXTURE); }),
               (Calls{{"glMatrixMode", GL_TEXTURE}}));
-    glWrapperLoadMatrixf(sample.data()); // to OpenGL's texture matrix
-    EXPECT_EQ(mirrored(GL_PROJECTION_MATRIX), sample);
-    EXPECT_EQ(driverHas(GL_PROJECTION_MATRIX), identity);
+    glWrapperLoadMatrixf(other.data()); // to OpenGL's texture matrix
+    EXPECT_EQ(mirrored(GL_PROJECTION_MATRIX), other);
+    EXPECT_EQ(matrixOf(GL_PROJECTION_MATRIX), sample);
     glLoadIdentity();
 }
 
-TEST_F(MatrixMirror, LoadIdentityAndLoadMatrix) {
-    EXPECT_EQ(callsOf([] { glWrapperLoadMatrixf(sample.data()); }).names(),
-              std::vector<std::string>{"glLoadMatrixf"});
-    EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), sample);
-    expectAgreement();
-    EXPECT_EQ(callsOf(glWrapperLoadIdentity), (Calls{{"glLoadIdentity"}}));
-    EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), identity);
-    expectAgreement();
-}
-
-TEST_F(MatrixMirror, MultiplyingPutsTheNewMatrixFirst) {
-    glWrapperLoadMatrixf(sample.data());
-    EXPECT_EQ(callsOf([] { glWrapperMultMatrixf(other.data()); }).names(),
-              std::vector<std::string>{"glMultMatrixf"});
-    EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), product(other, sample));
-    expectAgreement();
-}
-
-TEST_F(MatrixMirror, RotationTurnsAboutAUnitAxis) {
-    glWrapperLoadMatrixf(sample.data());
-    EXPECT_EQ(callsOf([] { glWrapperRotatef(30, 0, 0.6f, 0.8f); }),
-              (Calls{{"glRotatef", 30, 0, 0.6f, 0.8f}}));
+// The new matrix is the first factor.
+TEST_F(MatrixMirror, EachFunctionCallsItsOwnOnceAndAgreesWithOpenGL) {
     Z3MMATRIX rotation;
     rotation.setRotation(30, 0, 0.6f, 0.8f);
     Numbers turned;
     std::copy_n(rotation.e, 16, turned.begin());
-    expectNear(mirrored(GL_MODELVIEW_MATRIX), product(turned, sample));
-    expectAgreement();
-}
-
-TEST_F(MatrixMirror, TranslationMoves) {
-    glWrapperLoadMatrixf(sample.data());
-    EXPECT_EQ(callsOf([] { glWrapperTranslatef(1, 2, 3); }), (Calls{{"glTranslatef", 1, 2, 3}}));
-    const Numbers moved{2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 4, 0, 7, 12, 19, 1};
-    EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), moved);
-    expectAgreement();
+    const auto call = [](const char *name, const Numbers &numbers) {
+        return Call(name, std::vector<double>(numbers.begin(), numbers.end()));
+    };
+    const struct {
+        Call call;
+        void (*function)();
+        Numbers wanted; // from the sample
+    } rows[] = {
+        {call("glLoadMatrixf", other), [] { glWrapperLoadMatrixf(other.data()); }, other},
+        {{"glLoadIdentity"}, glWrapperLoadIdentity, identity},
+        {call("glMultMatrixf", other), [] { glWrapperMultMatrixf(other.data()); },
+         product(other, sample)},
+        {{"glRotatef", 30, 0, 0.6f, 0.8f},
+         [] { glWrapperRotatef(30, 0, 0.6f, 0.8f); },
+         product(turned, sample)},
+        {{"glTranslatef", 1, 2, 3},
+         [] { glWrapperTranslatef(1, 2, 3); },
+         {2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 4, 0, 7, 12, 19, 1}},
+        {{"glOrtho", -2, 6, 1, 5, -3, 7},
+         [] { glWrapperOrtho(-2, 6, 1, 5, -3, 7); },
+         product({0.25f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, -0.2f, 0, -0.5f, -1.5f, -0.4f, 1}, sample)},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.call.name);
+        glWrapperLoadMatrixf(sample.data());
+        EXPECT_EQ(callsOf(row.function), Calls{row.call});
+        expectNear(mirrored(GL_MODELVIEW_MATRIX), row.wanted);
+        expectAgreement();
+    }
+    EXPECT_NOTHING_LOGGED();
 }
 
 TEST_F(MatrixMirror, PushCopiesTheTopAndPopRestoresTheOldOne) {
@@ -157,22 +152,7 @@ TEST_F(MatrixMirror, PushCopiesTheTopAndPopRestoresTheOldOne) {
     EXPECT_EQ(callsOf(glWrapperPopMatrix), (Calls{{"glPopMatrix"}}));
     EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), sample);
     expectAgreement();
-}
-
-TEST_F(MatrixMirror, EachModeHasAStackOfItsOwn) {
-    glWrapperLoadMatrixf(sample.data());
-    glWrapperPushMatrix();
-    glWrapperMatrixMode(GL_PROJECTION);
-    glWrapperPopMatrix(); // nothing was pushed here
-    EXPECT_LOGGED_EXACTLY("   [!] Stack underflow in glWrapper\n");
-    glWrapperMatrixMode(GL_MODELVIEW);
-    glWrapperPopMatrix();
-    EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), sample);
-}
-
-TEST_F(MatrixMirror, APopFromAnEmptyStackIsLoggedAndDoesNothingElse) {
-    glWrapperLoadMatrixf(sample.data());
-    EXPECT_TRUE(callsOf(glWrapperPopMatrix).empty());
+    EXPECT_TRUE(callsOf(glWrapperPopMatrix).empty()) << "from an empty stack";
     EXPECT_LOGGED_EXACTLY("   [!] Stack underflow in glWrapper\n");
     EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), sample);
 }
@@ -200,65 +180,30 @@ TEST_F(MatrixMirror, The33rdPushIsLoggedAndDoesNothingElse) {
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_STACK_UNDERFLOW));
 }
 
-TEST_F(MatrixMirror, OrthoAgreesWithOpenGL) {
-    glWrapperMatrixMode(GL_PROJECTION);
-    EXPECT_EQ(callsOf([] { glWrapperOrtho(-2, 6, 1, 5, -3, 7); }),
-              (Calls{{"glOrtho", -2, 6, 1, 5, -3, 7}}));
-    const Numbers wanted{0.25f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, -0.2f, 0, -0.5f, -1.5f, -0.4f, 1};
-    expectNear(mirrored(GL_PROJECTION_MATRIX), wanted);
-    expectAgreement();
-    glWrapperOrtho(0, 4, 0, 4, -1, 1);
-    expectAgreement();
-}
-
 TEST_F(MatrixMirror, TheMirroredFrustumIsNotOpenGLs) {
+    // OpenGL has 0.5 and 1, with the near plane, in 0 and 5, the others but -1.5 transposed.
+    const Numbers alone{0.25f, 0, 0.5f, 0, 0, 0.5f, 1.5f, 0, 0, 0, -1.5f, -5, 0, 0, -1, 0};
     glWrapperMatrixMode(GL_PROJECTION);
     EXPECT_EQ(callsOf([] { glWrapperFrustum(-2, 6, 1, 5, 2, 10); }),
               (Calls{{"glFrustum", -2, 6, 1, 5, 2, 10}}));
-    Numbers wanted = identity;
-    wanted[0] = 0.25f;  // OpenGL: 0.5, with the near plane
-    wanted[5] = 0.5f;   // OpenGL: 1
-    wanted[2] = 0.5f;   // OpenGL has it in 8
-    wanted[6] = 1.5f;   // OpenGL has it in 9
-    wanted[10] = -1.5f; // the same
-    wanted[11] = -5;    // OpenGL has it in 14
-    wanted[14] = -1;    // OpenGL has it in 11
-    wanted[15] = 0;     // the same
-    expectNear(mirrored(GL_PROJECTION_MATRIX), wanted);
-    const Numbers driver = driverHas(GL_PROJECTION_MATRIX);
+    expectNear(mirrored(GL_PROJECTION_MATRIX), alone);
+    const Numbers driver = matrixOf(GL_PROJECTION_MATRIX);
     EXPECT_EQ(driver[0], 0.5f);
     EXPECT_EQ(driver[8], 0.5f);
     EXPECT_EQ(driver[14], -5);
-}
-
-TEST_F(MatrixMirror, TheFrustumIsMultipliedInFront) {
-    glWrapperMatrixMode(GL_PROJECTION);
     glWrapperLoadMatrixf(sample.data());
     glWrapperFrustum(-2, 6, 1, 5, 2, 10);
-    Numbers alone = identity;
-    alone[0] = 0.25f;
-    alone[5] = 0.5f;
-    alone[2] = 0.5f;
-    alone[6] = 1.5f;
-    alone[10] = -1.5f;
-    alone[11] = -5;
-    alone[14] = -1;
-    alone[15] = 0;
     expectNear(mirrored(GL_PROJECTION_MATRIX), product(alone, sample));
 }
 
-TEST_F(MatrixMirror, ReadingAsksTheMirrorAloneAndKnowsTwoNames) {
-    EXPECT_TRUE(callsOf([] { mirrored(GL_MODELVIEW_MATRIX); }).empty());
+TEST_F(MatrixMirror, ReadingCallsNothingKnowsTwoNamesAndSeesNoDirectCalls) {
+    glTranslatef(1, 2, 3);
+    EXPECT_TRUE(callsOf([] { EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), identity); }).empty());
+    glLoadIdentity();
     Numbers untouched;
     untouched.fill(-77);
     EXPECT_EQ(mirrored(GL_TEXTURE_MATRIX), untouched);
     EXPECT_EQ(mirrored(GL_MODELVIEW), untouched);
-}
-
-TEST_F(MatrixMirror, WhatGoesToOpenGLDirectlyIsNotSeen) {
-    glTranslatef(1, 2, 3);
-    EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), identity);
-    glLoadIdentity();
 }
 
 } // namespace
