@@ -96,24 +96,24 @@ TEST_F(CapabilityPictures, WithoutAnExtensionTheOtherEffectsAreSeen) {
 }
 
 TEST_F(CapabilityPictures, WithoutAFunctionTheOtherEffectsAreSeen) {
-    const auto expectLeft = [this](const Supported &left, const auto &names) {
-        for (const char *name : names) {
+    const auto expectLeft = [this](const Supported &left, const std::vector<std::string> &names) {
+        for (const std::string &name : names) {
             SCOPED_TRACE(name);
             recorder.nullEntryPoint(name);
             EXPECT_EQ(changeFrom(left, pictureOfANewStart()), 0);
         }
     };
-    expectLeft(nothing, std::vector{"glGenFramebuffersEXT", "glGenerateMipmapEXT"});
+    expectLeft(nothing, wordsOf("glGenFramebuffersEXT glGenerateMipmapEXT"));
     expectLeft(nothing, functionsOfPrograms);
-    expectLeft(all, std::vector{"glMultiTexCoord2fARB", "glClientActiveTextureARB",
-                                "glBindBufferARB", "glDeleteObjectARB", "glDetachObjectARB",
-                                "glUniform3fvARB", "glVertexAttribPointerARB",
-                                "glGetAttribLocationARB", "glBeginQueryARB"});
+    expectLeft(all, wordsOf("glMultiTexCoord2fARB glClientActiveTextureARB glBindBufferARB "
+                            "glDeleteObjectARB glDetachObjectARB glUniform3fvARB "
+                            "glVertexAttribPointerARB glGetAttribLocationARB glBeginQueryARB"));
 }
 
 TEST_F(CapabilityPictures, WithoutAProgramTheOtherEffectsAreSeen) {
-    for (unsigned int index = 0; index < std::size(programs); ++index) {
-        const std::string name = programs[index].name;
+    ASSERT_EQ(programs.size(), 35u);
+    for (unsigned int index = 0; index < programs.size(); ++index) {
+        const std::string &name = programs[index];
         if (name.find("bloom") != 0 && name.find("dof") != 0 && name != "pplSpotS")
             continue;
         SCOPED_TRACE(name);
@@ -123,7 +123,7 @@ TEST_F(CapabilityPictures, WithoutAProgramTheOtherEffectsAreSeen) {
         if (name == "bloomForceAlpha")
             expectSquareAndBackground(made);
         else
-            EXPECT_EQ(changeFrom(programs[index].left, made), 0);
+            EXPECT_EQ(changeFrom(leftWithout(name), made), 0);
     }
 }
 

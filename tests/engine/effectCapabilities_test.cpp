@@ -173,7 +173,7 @@ INSTANTIATE_TEST_SUITE_P(Each, WithoutWhatWasDeleted,
 class WithoutStage : public EffectCapabilities, public testing::WithParamInterface<unsigned int> {};
 
 TEST_P(WithoutStage, TheEffectsThatNeedItAreSkippedAndTheFrameIsDrawn) {
-    const Supported left = programs[GetParam() / 2].left;
+    const Supported left = leftWithout(programs[GetParam() / 2]);
     recorder.refuse("glGetObjectParameterivARB", GetParam(), 1);
     start();
     expectSupported(left);
@@ -181,7 +181,7 @@ TEST_P(WithoutStage, TheEffectsThatNeedItAreSkippedAndTheFrameIsDrawn) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, WithoutStage, testing::Range(0u, 70u), [](const auto &tested) {
-    return std::string(programs[tested.param / 2].name) + (tested.param % 2 ? "Pixel" : "Vertex");
+    return programs[tested.param / 2] + (tested.param % 2 ? "Pixel" : "Vertex");
 });
 
 } // namespace

@@ -116,6 +116,32 @@ class LifecycleTest : public SilentTest {
         EXPECT_TRUE(RAVOLT::free());
     }
 
+    // A start that fails for a reason: its last calls, what it logs after a line, and that nothing
+    // of it is left when the reason is gone. `targets`: render targets that were made.
+    void expectUndone(const char *what, const std::function<void()> &breakStart,
+                      const std::function<void()> &restore, const Calls &lastCalls,
+                      const char *line, const std::string &log, std::size_t targets = 0) {
+        SCOPED_TRACE(what);
+        breakStart();
+        mark = markLog();
+        const Calls calls =
+            callsOf([this] { EXPECT_FALSE(RAVOLT::init(&shaders)); }).without({"SDL_GetError"});
+        recorder.allocationsWork();
+        EXPECT_FALSE(RAVOLT::isActive());
+        EXPECT_EQ(logAfter(line), log);
+        ASSERT_GE(calls.size(), lastCalls.size());
+        const auto number = static_cast<std::ptrdiff_t>(lastCalls.size());
+        EXPECT_EQ(Calls(std::vector<Call>(calls.end() - number, calls.end())), lastCalls);
+        EXPECT_FALSE(calls.contains("SDL_GetVideoInfo"));
+        EXPECT_EQ(calls.count("glDeleteFramebuffersEXT"), targets);
+        EXPECT_EQ(calls.count("glDeleteRenderbuffersEXT"), targets ? 2u : 0u);
+        EXPECT_GE(calls.count("glDeleteTextures"), targets ? 2u : 0u); // one is the splash's
+        for (int index = 0; index < 14 && targets; ++index)
+            EXPECT_EQ(RVOPENGL::getFbo(index), nullptr) << index;
+        restore();
+        expectNothingLeftAndACleanStart();
+    }
+
     RVSETTINGS shaders; // with these on
     LogMark mark = 0;
 };
@@ -314,113 +340,62 @@ TEST_F(LifecycleTest, AFailureUndoesWhatTheStartHasDone) {
     RVSETTINGS running;
     const auto nothing = [] {};
     const Call init("SDL_Init", SDL_INIT_VIDEO), quit("SDL_Quit");
-    const struct {
-        const char *what;
-        std::function<void()> breakStart, restore;
-        Calls lastCalls;
-        const char *line;
-        std::string logAfterIt;
-        std::size_t targets = 0; // that were made
-    } rows[] = {
-        {"no video",
-         [&] { recorder.failSdlInit("the screen is gone"); },
-         nothing,
-         {init},
-         "",
-         "   [!] Unable to init SDL_INIT_VIDEO (the screen is gone) @ RAVOLT::init\n"},
-        {"incompatible mode",
-         [&] { recorder.refuseVideoMode(); },
-         nothing,
-         {init, {"SDL_VideoModeOK", 640, 480, 16, SDL_OPENGL}, quit},
-         "          Water map size : 256\n",
-         "   [!] Incompatible config @ RVSETTINGS::init\n"
-         "   [!] Unable to init settings @ RAVOLT::init\n"},
-        {"no such mode",
-         [&] { recorder.failSetVideoMode("no visual"); },
-         nothing,
-         {{"SDL_SetVideoMode", 640, 480, 16, SDL_HWSURFACE | SDL_OPENGL}, quit},
-         "          Font path   : ''\n",
-         "   [!] Unsupported video config (no visual) @ RVSETTINGS::init\n"
-         "   [!] Unable to init settings @ RAVOLT::init\n"},
-        {"active settings",
-         [&] { EXPECT_TRUE((running.*reach(SettingsInit()))()); },
-         [] {
-             EXPECT_TRUE(RVSETTINGS::isActive());
-             EXPECT_TRUE(reach(SettingsFree())());
-             EXPECT_FALSE(reach(SettingsFree())());
-         },
-         {init, quit},
-         "   Initialize Ravolt\n\n",
-         "   [!] Settings already active\n"
-         "   [!] Unable to init settings @ RAVOLT::init\n"},
-        {"active OpenGL",
-         [] { EXPECT_TRUE(startOpenGL()); },
-         [] {
-             EXPECT_TRUE(stopOpenGL());
-             RVFBO::cleanUp();
-             RVTEXTURE::cleanUp();
-         },
-         {quit},
-         "   Settings initialized\n",
-         "   [!] OpenGL already active @ RVOPENGL::init\n"
-         "   [!] Unable to init OpenGL @ RAVOLT::init\n" +
-             settingsUndone},
-        {"no memory for the list",
-         [&] { recorder.failAllocation(4096 * sizeof(RVELEMENT)); },
-         nothing,
-         {quit},
-         "   Codepaths initialized\n",
-         "   [!] Out of memory @ RVELEMENT::init\n" + listFailed,
-         14},
-        {"active list",
-         [] { EXPECT_TRUE(RVELEMENT::init(1)); },
-         [] {
-             EXPECT_TRUE(RVELEMENT::isActive()); // the start did not make it
-             RVELEMENT::free();
-         },
-         {quit},
-         "   Codepaths initialized\n",
-         "   [!] Already active @ RVELEMENT::init\n" + listFailed,
-         14},
-        {"mesh class",
-         [] { meshClassFails = true; },
-         [] { meshClassFails = false; },
-         {quit},
-         "   4096 elements allocated\n",
-         "   [!] Unable to initialize mesh class @ RAVOLT::init\n" + allUndone,
-         14},
-        {"emitter class",
-         [] { emitterClassFails = true; },
-         [] { emitterClassFails = false; },
-         {quit},
-         "   4096 elements allocated\n",
-         "   [!] Unable to initialize emitter class @ RAVOLT::init\n" + allUndone,
-         14},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
-        row.breakStart();
-        mark = markLog();
-        const Calls calls =
-            callsOf([this] { EXPECT_FALSE(RAVOLT::init(&shaders)); }).without({"SDL_GetError"});
-        recorder.allocationsWork();
-        EXPECT_FALSE(RAVOLT::isActive());
-        EXPECT_EQ(logAfter(row.line), row.logAfterIt);
-        ASSERT_GE(calls.size(), row.lastCalls.size());
-        EXPECT_EQ(
-            Calls(std::vector<Call>(calls.end() - static_cast<std::ptrdiff_t>(row.lastCalls.size()),
-                                    calls.end())),
-            row.lastCalls);
-        EXPECT_FALSE(calls.contains("SDL_GetVideoInfo"));
-        EXPECT_EQ(calls.count("glDeleteFramebuffersEXT"), row.targets);
-        EXPECT_EQ(calls.count("glDeleteRenderbuffersEXT"), row.targets ? 2u : 0u);
-        EXPECT_GE(calls.count("glDeleteTextures"), row.targets ? 2u : 0u); // one is the splash's
-        for (int index = 0; index < 14 && row.targets; ++index)
-            EXPECT_EQ(RVOPENGL::getFbo(index), nullptr) << index;
-        row.restore();
-        expectNothingLeftAndACleanStart();
-        mark = markLog();
-    }
+    expectUndone(
+        "no video", [&] { recorder.failSdlInit("the screen is gone"); }, nothing, {init}, "",
+        "   [!] Unable to init SDL_INIT_VIDEO (the screen is gone) @ RAVOLT::init\n");
+    expectUndone(
+        "incompatible mode", [&] { recorder.refuseVideoMode(); }, nothing,
+        {init, {"SDL_VideoModeOK", 640, 480, 16, SDL_OPENGL}, quit},
+        "          Water map size : 256\n",
+        "   [!] Incompatible config @ RVSETTINGS::init\n"
+        "   [!] Unable to init settings @ RAVOLT::init\n");
+    expectUndone(
+        "no such mode", [&] { recorder.failSetVideoMode("no visual"); }, nothing,
+        {{"SDL_SetVideoMode", 640, 480, 16, SDL_HWSURFACE | SDL_OPENGL}, quit},
+        "          Font path   : ''\n",
+        "   [!] Unsupported video config (no visual) @ RVSETTINGS::init\n"
+        "   [!] Unable to init settings @ RAVOLT::init\n");
+    expectUndone(
+        "active settings", [&] { EXPECT_TRUE((running.*reach(SettingsInit()))()); },
+        [] {
+            EXPECT_TRUE(RVSETTINGS::isActive());
+            EXPECT_TRUE(reach(SettingsFree())());
+            EXPECT_FALSE(reach(SettingsFree())());
+        },
+        {init, quit}, "   Initialize Ravolt\n\n",
+        "   [!] Settings already active\n"
+        "   [!] Unable to init settings @ RAVOLT::init\n");
+    expectUndone(
+        "active OpenGL", [] { EXPECT_TRUE(startOpenGL()); },
+        [] {
+            EXPECT_TRUE(stopOpenGL());
+            RVFBO::cleanUp();
+            RVTEXTURE::cleanUp();
+        },
+        {quit}, "   Settings initialized\n",
+        "   [!] OpenGL already active @ RVOPENGL::init\n"
+        "   [!] Unable to init OpenGL @ RAVOLT::init\n" +
+            settingsUndone);
+    expectUndone(
+        "no memory for the list", [&] { recorder.failAllocation(4096 * sizeof(RVELEMENT)); },
+        nothing, {quit}, "   Codepaths initialized\n",
+        "   [!] Out of memory @ RVELEMENT::init\n" + listFailed, 14);
+    expectUndone(
+        "active list", [] { EXPECT_TRUE(RVELEMENT::init(1)); },
+        [] {
+            EXPECT_TRUE(RVELEMENT::isActive()); // the start did not make it
+            RVELEMENT::free();
+        },
+        {quit}, "   Codepaths initialized\n",
+        "   [!] Already active @ RVELEMENT::init\n" + listFailed, 14);
+    expectUndone(
+        "mesh class", [] { meshClassFails = true; }, [] { meshClassFails = false; }, {quit},
+        "   4096 elements allocated\n",
+        "   [!] Unable to initialize mesh class @ RAVOLT::init\n" + allUndone, 14);
+    expectUndone(
+        "emitter class", [] { emitterClassFails = true; }, [] { emitterClassFails = false; },
+        {quit}, "   4096 elements allocated\n",
+        "   [!] Unable to initialize emitter class @ RAVOLT::init\n" + allUndone, 14);
 }
 
 TEST_F(LifecycleTest, FailedOrderOfTheListUndoesTheSame) {

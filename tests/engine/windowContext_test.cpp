@@ -1,10 +1,11 @@
-// The window with a real context: what a resize leaves alive, the handle and the placement, what
-// the two SDL libraries report.
+// The window with a real context: what outlives a resize, the handle and the placement, what the
+// two SDL libraries report.
 
 #include "engine/app/windowSystem.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVSETTINGS.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/glState.h"
 
 #include <GL/gl.h>
 #include <SDL/SDL.h>
@@ -15,6 +16,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 using namespace ravolt::test;
 
@@ -29,26 +31,6 @@ std::string driver() {
     return name;
 }
 
-using Pixels = std::array<unsigned char, 2 * 2 * 4>;
-constexpr Pixels checkers = {255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 9, 8, 7, 6};
-
-GLuint makeTexture() {
-    GLuint texture = 0;
-    glGenTextures(1, &texture);
-    glBindTexture(GL_TEXTURE_2D, texture);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 2, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE, checkers.data());
-    return texture;
-}
-
-void expectAlive(GLuint texture) {
-    EXPECT_TRUE(glIsTexture(texture));
-    glBindTexture(GL_TEXTURE_2D, texture);
-    Pixels read = {};
-    glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, read.data());
-    EXPECT_EQ(read, checkers);
-}
-
 // A window as another client of the X server sees it.
 class OtherClient {
   public:
@@ -60,14 +42,13 @@ class OtherClient {
             XCloseDisplay(display);
     }
 
-    struct Place {
-        int x = 0, y = 0, width = 0, height = 0;
-    };
-    Place placeOf(Window window) const {
+    // x, y, width and height.
+    std::array<int, 4> boxOf(Window window) const {
         XWindowAttributes attributes = {};
         XGetWindowAttributes(display, window, &attributes);
         return {attributes.x, attributes.y, attributes.width, attributes.height};
     }
+    std::array<int, 2> sizeOf(Window window) const { return {boxOf(window)[2], boxOf(window)[3]}; }
 
     // The topmost of the root's windows.
     Window topmost() const {
@@ -104,17 +85,6 @@ TEST_F(WindowContextTest, AfterTheEngineNothingFitsAndNothingIsShown) {
     ASSERT_TRUE(restart());
 }
 
-class ResizableWindowTest : public EngineTest {
-  protected:
-    ResizableWindowTest() { settings.setResizable(true); }
-};
-
-// Asks for 16 bits and obtains 24.
-class CoarseWindowTest : public EngineTest {
-  protected:
-    CoarseWindowTest() { settings.setColorDepth(16); }
-};
-
 // Large enough for the whole splash.
 class SplashTest : public EngineTest {
   protected:
@@ -129,50 +99,60 @@ class CaveWindowTest : public EngineTest {
     CaveWindowTest() { settings.setCAVESplashScreen(true); }
 };
 
-void expectResizeKeepsContextAndObjects() {
-    const GLuint texture = makeTexture();
-    glClearColor(0.25f, 0.5f, 0.75f, 1.0f);
-    for (const auto &[width, height] : {std::pair(200, 150), {64, 32}, {333, 97}, {128, 96}}) {
-        SCOPED_TRACE(testing::Message() << width << " by " << height);
-        ASSERT_TRUE(RVSETTINGS::resize(0, 0, width, height));
-        expectAlive(texture);
-        EXPECT_EQ(RVSETTINGS::getSDLWindowX(), width);
-        EXPECT_EQ(RVSETTINGS::getSDLWindowY(), height);
-        EXPECT_EQ(SDL_GetVideoSurface()->w, width);
-        EXPECT_EQ(SDL_GetVideoSurface()->h, height);
+// Of 16 bits requested 24 are obtained.
+class ResizedWindow : public EngineTest, public testing::WithParamInterface<std::pair<bool, int>> {
+  protected:
+    ResizedWindow() {
+        settings.setResizable(GetParam().first);
+        settings.setColorDepth(GetParam().second);
+    }
+};
 
-        GLint viewport[4] = {};
-        glGetIntegerv(GL_VIEWPORT, viewport);
-        EXPECT_EQ(viewport[2], width);
-        EXPECT_EQ(viewport[3], height);
+TEST_P(ResizedWindow, KeepsContextAndObjects) {
+    if (GetParam().second == 16) {
+        ASSERT_EQ(RVSETTINGS::getSDLColorDepth(), 24);
+    }
+    std::array<unsigned char, 2 * 2 * 4> pixels = {255, 0, 0,   255, 0, 255, 0, 255,
+                                                   0,   0, 255, 255, 9, 8,   7, 6};
+    const auto checkers = pixels;
+    GLuint texture = 0;
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 2, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    glClearColor(0.25f, 0.5f, 0.75f, 1.0f);
+    for (const auto &[x, y] : {std::pair(200, 150), {64, 32}, {333, 97}, {128, 96}}) {
+        SCOPED_TRACE(testing::Message() << x << " by " << y);
+        ASSERT_TRUE(RVSETTINGS::resize(0, 0, x, y));
+        EXPECT_TRUE(glIsTexture(texture));
+        glBindTexture(GL_TEXTURE_2D, texture);
+        pixels.fill(1);
+        glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+        EXPECT_EQ(pixels, checkers);
+        const std::array size{x, y};
+        const SDL_Surface *surface = SDL_GetVideoSurface();
+        EXPECT_EQ((std::array{RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY()}), size);
+        EXPECT_EQ((std::array{surface->w, surface->h}), size);
+        EXPECT_EQ((std::array{viewportNow()[2], viewportNow()[3]}), size);
         GLfloat clearColor[4] = {};
         glGetFloatv(GL_COLOR_CLEAR_VALUE, clearColor); // the context is the same one
         EXPECT_EQ(clearColor[2], 0.75f);
 
-        RAVOLT::swap(); // the driver takes the new size over with the picture
+        RAVOLT::swap(); // the driver applies the new size with the picture
         RAVOLT::clear(true, true, false);
-        EXPECT_PIXEL(pixelAt(width - 1, 0), Pixel{64, 128, 191}, 1);
-        EXPECT_PIXEL(pixelAt(width - 1, height - 1), Pixel{64, 128, 191}, 1);
+        EXPECT_PIXEL(pixelAt(x - 1, 0), Pixel{64, 128, 191}, 1);
+        EXPECT_PIXEL(pixelAt(x - 1, y - 1), Pixel{64, 128, 191}, 1);
         if (onX11()) {
-            const OtherClient other;
-            const OtherClient::Place place = other.placeOf(engineWindow());
-            EXPECT_EQ(place.width, width);
-            EXPECT_EQ(place.height, height);
+            EXPECT_EQ(OtherClient().sizeOf(engineWindow()), size);
         }
     }
     glDeleteTextures(1, &texture);
 }
 
+INSTANTIATE_TEST_SUITE_P(Of, ResizedWindow,
+                         testing::Values(std::pair{false, 32}, std::pair{true, 32},
+                                         std::pair{false, 16}));
+
 } // namespace
-
-TEST_F(WindowContextTest, ResizeKeepsContextAndObjects) { expectResizeKeepsContextAndObjects(); }
-
-TEST_F(ResizableWindowTest, ResizeKeepsContextAndObjects) { expectResizeKeepsContextAndObjects(); }
-
-TEST_F(CoarseWindowTest, ResizeKeepsContextAndObjects) {
-    ASSERT_EQ(RVSETTINGS::getSDLColorDepth(), 24);
-    expectResizeKeepsContextAndObjects();
-}
 
 TEST_F(WindowContextTest, ColorDepthIsWhatWasObtained) {
     GLint red, green, blue, alpha;
@@ -202,10 +182,7 @@ TEST_F(WindowContextTest, HandleIsTheWindowOfTheWindowSystem) {
         return;
     }
     ASSERT_NE(RVSETTINGS::getSDLWindow(), nullptr);
-    const OtherClient other;
-    const OtherClient::Place place = other.placeOf(engineWindow());
-    EXPECT_EQ(place.width, width);
-    EXPECT_EQ(place.height, height);
+    EXPECT_EQ(OtherClient().sizeOf(engineWindow()), (std::array{width, height}));
 }
 
 TEST_F(WindowContextTest, WithoutX11PlacementDoesNothing) {
@@ -229,18 +206,14 @@ TEST_F(WindowContextTest, OnX11TheFrameGetsTheSizeRequestedForTheContent) {
     XSync(manager.display, False);
 
     ravolt::SystemWindow().setOuterSize(width, height);
-    OtherClient::Place place = manager.placeOf(window);
-    EXPECT_EQ(place.width, width - 12); // 5 pixels and a border on each side
-    EXPECT_EQ(place.height, height - 26);
-    EXPECT_EQ(place.x, 5);
-    EXPECT_EQ(place.y, 19);
+    const std::array inside{5, 19, width - 12, height - 26}; // 5 pixels and a border on each side
+    EXPECT_EQ(manager.boxOf(window), inside);
 
     XResizeWindow(manager.display, frame, width - 2, height - 2); // the manager follows
     XSync(manager.display, False);
     ravolt::SystemWindow().setOuterSize(width, height); // nothing more to do
-    place = manager.placeOf(window);
-    EXPECT_EQ(place.width, width - 12);
-    EXPECT_EQ(manager.placeOf(frame).width + 2, width);
+    EXPECT_EQ(manager.boxOf(window), inside);
+    EXPECT_EQ(manager.sizeOf(frame)[0] + 2, width);
 
     XReparentWindow(manager.display, window, DefaultRootWindow(manager.display), 0, 0);
     XSync(manager.display, False);
@@ -252,22 +225,13 @@ TEST_F(WindowContextTest, OnX11AnUnframedWindowKeepsItsSizeAndPosition) {
     XMoveWindow(other.display, engineWindow(), 33, 44);
     XSync(other.display, False);
     ravolt::SystemWindow().setOuterSize(width, height);
-    const OtherClient::Place place = other.placeOf(engineWindow());
-    EXPECT_EQ(place.x, 33);
-    EXPECT_EQ(place.y, 44);
-    EXPECT_EQ(place.width, width);
-    EXPECT_EQ(place.height, height);
+    EXPECT_EQ(other.boxOf(engineWindow()), (std::array{33, 44, width, height}));
 }
 
 TEST_F(CaveWindowTest, OnX11IsOnTopWithItsSize) {
     ASSERT_TRUE(onX11());
     const OtherClient other;
-    const OtherClient::Place place = other.placeOf(engineWindow());
-    EXPECT_EQ(place.x, 0);
-    EXPECT_EQ(place.y, 0);
-    EXPECT_EQ(place.width, width);
-    EXPECT_EQ(place.height, height);
-
+    EXPECT_EQ(other.boxOf(engineWindow()), (std::array{0, 0, width, height}));
     const Window cover =
         XCreateSimpleWindow(other.display, DefaultRootWindow(other.display), 0, 0, 50, 50, 0, 0, 0);
     XMapRaised(other.display, cover);
