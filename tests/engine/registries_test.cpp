@@ -18,45 +18,40 @@ namespace ravolt::test {
 namespace {
 
 // A class: what its members are called, and the line of its clean-up, if it has one.
-template <class Object> struct Named {
+template <class Object, unsigned int (*number)()> struct Named {
     using Type = Object;
+    static unsigned int count() { return number(); }
     static Object *first() { return Object::getFirst(); }
     static Object *next(const Object *object) { return object->getNext(); }
     static Object *previous(const Object *object) { return object->getPrevious(); }
     static char *name(Object *object) { return object->getName(); }
     static Object *find(const char *name) { return Object::findByName(name); }
 };
-template <class Object> struct OfFile : Named<Object> {
+template <class Object, unsigned int (*number)()> struct OfFile : Named<Object, number> {
     static char *name(Object *object) { return object->getFilename(); }
     static Object *find(const char *name) { return Object::findByFilename(name); }
 };
 
-struct Nodes : Named<RVNODE> {
+struct Nodes : Named<RVNODE, RVNODE::getNumberOfNodes> {
     static constexpr const char *kind = "node", *released = " node(s) released @ RVNODE::cleanUp";
-    static unsigned int count() { return RVNODE::getNumberOfNodes(); }
     static RVNODE *first() { return RVNODE::getFirstNode(); }
     static RVNODE *next(const RVNODE *node) { return node->getNextNode(); }
     static RVNODE *previous(const RVNODE *node) { return node->getPreviousNode(); }
 };
-struct Materials : Named<RVMATERIAL> {
+struct Materials : Named<RVMATERIAL, RVMATERIAL::getNumberOfMaterials> {
     static constexpr const char *kind = "material", *released = " material(s) released";
-    static unsigned int count() { return RVMATERIAL::getNumberOfMaterials(); }
 };
-struct Shaders : Named<RVSHADER> {
+struct Shaders : Named<RVSHADER, RVSHADER::getNumberOfShaders> {
     static constexpr const char *kind = "shader", *released = " shader(s) released";
-    static unsigned int count() { return RVSHADER::getNumberOfShaders(); }
 };
-struct Textures : OfFile<RVTEXTURE> {
+struct Textures : OfFile<RVTEXTURE, RVTEXTURE::getNumberOfTextures> {
     static constexpr const char *kind = "texture", *released = " texture(s) released";
-    static unsigned int count() { return RVTEXTURE::getNumberOfTextures(); }
 };
-struct Anims : OfFile<RVANIM> {
+struct Anims : OfFile<RVANIM, RVANIM::getNumberOfAnims> {
     static constexpr const char *kind = "anim", *released = nullptr;
-    static unsigned int count() { return RVANIM::getNumberOfAnims(); }
 };
-struct Videos : Named<RVVIDEO> {
+struct Videos : Named<RVVIDEO, RVVIDEO::getNumberOfVideos> {
     static constexpr const char *kind = "video", *released = nullptr;
-    static unsigned int count() { return RVVIDEO::getNumberOfVideos(); }
     static RVVIDEO *find(const char *name) { return RVVIDEO::findByFilename(name); }
 };
 
@@ -108,29 +103,22 @@ TYPED_TEST_SUITE(Registry, AllClasses, ClassName);
 TYPED_TEST(Registry, KeepsTheOrderOfCreation) {
     using Object = typename TypeParam::Type;
     using Objects = std::vector<Object *>;
-    Object *a = new Object, *b = new Object, *c = new Object, *d = new Object;
-    EXPECT_EQ(this->all(), this->with({a, b, c, d}));
-    delete b;
-    EXPECT_EQ(this->all(), this->with({a, c, d})) << "one in the middle";
-    delete a;
-    EXPECT_EQ(this->all(), this->with({c, d})) << "the first of ours";
-    delete d;
-    EXPECT_EQ(this->all(), this->with({c})) << "the last";
-    Object *e = new Object;
-    EXPECT_EQ(this->all(), this->with({c, e}));
-    delete c;
-    delete e;
-    EXPECT_EQ(this->all(), this->engineOwn);
-
-    TypeParam::Type::cleanUp();
-    EXPECT_EQ(this->all(), Objects());
-    a = new Object;
-    b = new Object;
-    EXPECT_EQ(this->all(), (Objects{a, b}));
-    delete a;
-    EXPECT_EQ(this->all(), Objects{b}) << "the head";
-    delete b;
-    EXPECT_EQ(this->all(), Objects()) << "the only one";
+    for (bool alone : {false, true}) { // after the engine's own objects, and in an empty registry
+        if (alone) {
+            Object::cleanUp();
+            this->engineOwn.clear();
+        }
+        Objects own = {new Object, new Object, new Object, new Object};
+        EXPECT_EQ(this->all(), this->with(own));
+        for (std::ptrdiff_t index : {1, 0, 1, 0}) { // in the middle, the first, the last, the only
+            delete own[static_cast<std::size_t>(index)];
+            own.erase(own.begin() + index);
+            EXPECT_EQ(this->all(), this->with(own));
+        }
+        own = {new Object};
+        EXPECT_EQ(this->all(), this->with(own));
+        delete own[0];
+    }
 }
 
 TYPED_TEST(Registry, FindsTheOldestOfANameLetterByLetter) {
