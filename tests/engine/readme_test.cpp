@@ -64,7 +64,7 @@ TEST_F(Readme, LoopOfOneFrameOrNoneIsNoFailure) {
     }
 }
 
-TEST_F(Readme, EachPassOfACharacterStandsWhereItStoodThen) {
+TEST_F(Readme, EachPassOfACharacterIsDrawnWhereItWasThen) {
     RVNODE *character = makeCharacter();
     (new readme::Axes)->link(character->getChild(0));
     RAVOLT::clear(true, true, false);
@@ -81,33 +81,30 @@ TEST_F(Readme, CustomNodeIsSeenAndFound) {
     drawFrame(nullptr, axes);
     const Picture picture = readFrame();
     const int middleX = width / 2, middleY = height / 2;
-    int found = 0;
-    for (int row = middleY - 1; row <= middleY + 1; ++row)
-        found += picture.at(middleX + 10, row) == red;
-    EXPECT_EQ(found, 1);
-    found = 0;
-    for (int column = middleX - 1; column <= middleX + 1; ++column)
-        found += picture.at(column, middleY - 10) == green;
-    EXPECT_EQ(found, 1);
-    found = 0;
+    int reds = 0, greens = 0, found = 0;
+    for (int offset = -1; offset <= 1; ++offset) {
+        reds += picture.at(middleX + 10, middleY + offset) == red;
+        greens += picture.at(middleX + offset, middleY - 10) == green;
+    }
     for (int row = middleY - 1; row <= middleY + 2; ++row)
         found += RAVOLT::select(middleX + 10, row) == axes->getId();
+    EXPECT_EQ(reds, 1);
+    EXPECT_EQ(greens, 1);
     EXPECT_EQ(found, 1);
 }
 
-TEST_F(Readme, CustomNodeLeavesTheLightsAsTheyWere) {
+TEST_F(Readme, CustomNodeDoesNotChangeTheLights) {
     auto *axes = new readme::Axes;
-    RVLIGHT::lightingOn();
-    drawFrame(nullptr, axes);
-    EXPECT_TRUE(RVLIGHT::getLighting());
-    RVLIGHT::lightingOff();
-    drawFrame(nullptr, axes);
-    EXPECT_FALSE(RVLIGHT::getLighting());
+    for (bool on : {true, false}) {
+        on ? RVLIGHT::lightingOn() : RVLIGHT::lightingOff();
+        drawFrame(nullptr, axes);
+        EXPECT_EQ(RVLIGHT::getLighting(), on);
+    }
 }
 
 // Four squares of eight by eight pixels, the lower rows first: red and green below, blue and white
 // above. Not single pixels, since an anisotropic filter may mix neighbours.
-TEST_F(Readme, PictureStandsUprightInPixelsOfTheWindow) {
+TEST_F(Readme, PictureIsUprightInPixelsOfTheWindow) {
     Bytes image = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 16, 0, 16, 0, 24, 0};
     const Pixel colors[2][2] = {{red, green}, {blue, white}};
     for (int row = 0; row < 16; ++row)
@@ -122,14 +119,14 @@ TEST_F(Readme, PictureStandsUprightInPixelsOfTheWindow) {
     drawFrame(nullptr, nullptr);
     const Pixel background = pixelAt(64, 48);
     readme::drawOverlay(logo);
-    EXPECT_PIXEL(pixelAt(10, 20), blue, 0);
-    EXPECT_PIXEL(pixelAt(25, 20), white, 0);
-    EXPECT_PIXEL(pixelAt(10, 35), red, 0);
-    EXPECT_PIXEL(pixelAt(25, 35), green, 0);
-    EXPECT_PIXEL(pixelAt(9, 20), background, 0);
-    EXPECT_PIXEL(pixelAt(26, 20), background, 0);
-    EXPECT_PIXEL(pixelAt(10, 19), background, 0);
-    EXPECT_PIXEL(pixelAt(10, 36), background, 0);
+    const struct {
+        int x, y;
+        Pixel color;
+    } rows[] = {{10, 20, blue},       {25, 20, white},     {10, 35, red},
+                {25, 35, green},      {9, 20, background}, {26, 20, background},
+                {10, 19, background}, {10, 36, background}};
+    for (const auto &row : rows)
+        EXPECT_PIXEL(pixelAt(row.x, row.y), row.color, 0) << row.x << ", " << row.y;
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// A whole life of the engine in which one allocation of the library fails, each in turn: no
-// exception gets out, the end and another start work, nothing is left behind.
+// A whole run of the engine in which one allocation of the library fails, each in turn: no
+// exception is thrown to the application, the end and another start work, nothing is left.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
@@ -26,7 +26,6 @@
 #include <string>
 
 namespace ravolt::test {
-
 namespace {
 
 // The memory of the object itself is the application's and always there; what its constructor
@@ -128,21 +127,11 @@ class WithoutMemory : public SilentTest {
 
     static void frame(RVNODE *root) {
         auto *camera = make<RVCAMERA>();
-        RAVOLT::shadowingOn();
-        RAVOLT::bloomingOn();
-        RAVOLT::HDROn();
-        RAVOLT::DOFOn();
+        allEffectsOn();
         for (int number = 0; number < 2; ++number) {
-            RAVOLT::clear(true, true, false);
-            RAVOLT::begin3D(camera);
-            if (root)
-                root->pass(true);
-            RAVOLT::end3D(true);
+            drawFrame(camera, root);
             RAVOLT::select(1, 1);
-            RAVOLT::begin2D();
-            if (root)
-                root->pass();
-            RAVOLT::end2D();
+            drawFrame2D(root);
             RAVOLT::swap();
         }
     }
@@ -165,7 +154,7 @@ class WithoutMemory : public SilentTest {
         try {
             life();
         } catch (...) {
-            ADD_FAILURE() << "an exception got out";
+            ADD_FAILURE() << "an exception was thrown";
         }
         const bool refused = heap.refusal.after == 0 && heap.refusal.times != times;
         recorder.allocationsWork();
@@ -177,6 +166,15 @@ class WithoutMemory : public SilentTest {
         EXPECT_EQ(finalMemoryRatio() - ratio, static_cast<int>(heap.refusedBlocks - blocks));
         ratio += static_cast<int>(heap.refusedBlocks - blocks);
         return refused;
+    }
+
+    // So many allocations fail from each one on. The number of allocations of a life.
+    unsigned int failFromEach(unsigned int times) {
+        unsigned int after = 0;
+        for (; lifeWithout(after, times) && !HasFailure(); ++after)
+            EXPECT_TRUE(endsInOrder());
+        EXPECT_FALSE(HasFailure()) << "at allocation " << after;
+        return after;
     }
 
     static void expectNothingLeft() {
@@ -204,11 +202,7 @@ class WithoutMemory : public SilentTest {
 };
 
 TEST_F(WithoutMemory, EachAllocationMayFailByItself) {
-    unsigned int after = 0;
-    for (; lifeWithout(after, 1) && !HasFailure(); ++after)
-        ASSERT_TRUE(endsInOrder()) << "after allocation " << after;
-    EXPECT_GT(after, 80u) << "the life has gone through more than the start";
-    EXPECT_FALSE(HasFailure()) << "at allocation " << after;
+    EXPECT_GT(failFromEach(1), 80u) << "more than the start was run";
     for (const char *line :
          {"   [!] Out of memory for the splash picture @ RVSETTINGS::init",
           "   [!] Out of memory @ RVOPENGL::init", "   [!] Out of memory @ RVSHADER::init",
@@ -217,13 +211,8 @@ TEST_F(WithoutMemory, EachAllocationMayFailByItself) {
 }
 
 TEST_F(WithoutMemory, AllAllocationsMayFailFromEachOn) {
-    constexpr unsigned int forever = 1'000'000; // counted down, so that it shows
-    unsigned int after = 0;
-    for (; lifeWithout(after, forever) && !HasFailure(); ++after)
-        ASSERT_TRUE(endsInOrder()) << "after allocation " << after;
-    EXPECT_FALSE(HasFailure()) << "at allocation " << after;
+    failFromEach(1'000'000); // counted down, so that it shows
 }
 
 } // namespace
-
 } // namespace ravolt::test
