@@ -1,12 +1,11 @@
-// Every animated model of assimp's test collection (Debian's package assimp-testmodels): where the
-// engine puts vertices and nodes in each frame of each clip, bent by the processor, beside where
-// the file's own data put them at that time, evaluated by assimp's own means. Corner is compared
-// with corner, face by face, as the file has them: nothing is joined or moved to another place
-// before. animated.tsv has the outcome, and for each clip the bound of the error with its reason.
+// Every animated model of the collection: the positions of vertices and nodes in each frame of each
+// clip, skinned by the processor, beside those by the file's own data at that time, evaluated by
+// assimp's own means. Corner is compared with corner, face by face, in the order of the file.
+// animated.tsv has the outcome, and for each clip the bound of the error with its reason.
 //
 // RAVOLT_ANIMATED_RENEW=FILE appends what was found, as lines of animated.tsv, to FILE.
 
-#include "tests/tools/support.h"
+#include "tests/tools/collection.h"
 #include "tools/convert/import.h"
 #include "tools/stage/sphere.h"
 
@@ -16,20 +15,13 @@
 #include <assimp/postprocess.h>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <iomanip>
-#include <map>
-#include <memory>
 #include <ravolt.h>
-#include <set>
 #include <sstream>
 
 namespace {
 
 using namespace tool_test;
-
-const fs::path collection = "/usr/share/assimp/models";
 
 // Corners of triangles in the world.
 using Corners = std::array<Vector, 3>;
@@ -47,8 +39,8 @@ aiQuaternion mixed(const aiQuatKey &a, const aiQuatKey &b, float factor) {
 }
 
 // Files state rotations by a few digits, and assimp does not keep the length between close keys.
-aiVector3D mended(const aiVector3D &value) { return value; }
-aiQuaternion mended(aiQuaternion value) { return value.Normalize(); }
+aiVector3D normalized(const aiVector3D &value) { return value; }
+aiQuaternion normalized(aiQuaternion value) { return value.Normalize(); }
 
 bool isSkinned(const aiScene &scene, const aiMesh &mesh) {
     return std::any_of(mesh.mBones, mesh.mBones + mesh.mNumBones, [&](const aiBone *bone) {
@@ -82,7 +74,7 @@ auto valueAt(const Key *keys, unsigned int number, aiAnimBehaviour before, aiAni
 
 aiMatrix4x4 localAt(const aiNodeAnim &channel, double ticks) {
     const auto at = [&](const auto *keys, unsigned int number) {
-        return mended(valueAt(keys, number, channel.mPreState, channel.mPostState, ticks));
+        return normalized(valueAt(keys, number, channel.mPreState, channel.mPostState, ticks));
     };
     // First the scaling, then the rotation, then the translation, as assimp's own documentation
     // says; its constructor from the three turns before it scales.
@@ -242,7 +234,7 @@ class Played {
         RVSETTINGS settings;
         settings.setWindowX(64);
         settings.setWindowY(64);
-        settings.setShaders(false); // the processor bends
+        settings.setShaders(false); // the processor skins
         if (!RAVOLT::init(&settings))
             throw Failure("the engine does not start");
         root = RAVOLT::load("scene.rve");
@@ -252,11 +244,11 @@ class Played {
     }
     ~Played() { RAVOLT::free(); }
 
-    std::vector<Corners> triangles(bool skinned) {
+    std::vector<Corners> triangles(bool isSkinned) {
         std::vector<Corners> result;
         for (RVMESH *mesh : meshes)
-            if (mesh->isSkinned() == skinned)
-                add(*mesh, skinned ? bent(*mesh) : mesh->getVertexPtr(), result);
+            if (mesh->isSkinned() == isSkinned)
+                add(*mesh, isSkinned ? skinnedVertices(*mesh) : mesh->getVertexPtr(), result);
         return result;
     }
 
@@ -285,7 +277,7 @@ class Played {
     }
 
     // What the engine draws of a mesh that is alone in the frame.
-    const Z3MVECTOR3D *bent(RVMESH &mesh) {
+    const Z3MVECTOR3D *skinnedVertices(RVMESH &mesh) {
         mesh.setDisplayStatus(true);
         RAVOLT::clear(true, true, false);
         RAVOLT::begin3D(nullptr);
@@ -295,7 +287,7 @@ class Played {
         void *vertices = nullptr;
         glGetPointerv(GL_VERTEX_ARRAY_POINTER, &vertices);
         if (!vertices || vertices == mesh.getVertexPtr())
-            throw Failure("the mesh is not bent");
+            throw Failure("the mesh is not skinned");
         return static_cast<const Z3MVECTOR3D *>(vertices);
     }
 
@@ -343,37 +335,42 @@ struct Errors {
     double nodes = 0;
 };
 
-void compare(Played &played, const Reference &reference, double size, Errors &errors) {
-    const auto raise = [size](double &error, double found) {
-        error = std::max(error, found / size);
-    };
-    const std::vector<Corners> rigid = played.triangles(false), skinned = played.triangles(true);
-    raise(errors.vertices, difference(rigid, reference.triangles(false, 4)));
-    raise(errors.vertices, difference(skinned, reference.triangles(true, 4)));
-    raise(errors.allBones, difference(rigid, reference.triangles(false, 100)));
-    raise(errors.allBones, difference(skinned, reference.triangles(true, 100)));
+// At that time of the animation; NULL for the model as it is loaded.
+Errors compare(Played &played, const aiScene &scene, const aiAnimation *animation, double ticks) {
+    Reference reference(scene);
+    reference.pose(animation, ticks);
+    Errors errors;
+    for (const bool isSkinned : {false, true}) {
+        const std::vector<Corners> shown = played.triangles(isSkinned);
+        errors.vertices =
+            std::max(errors.vertices, difference(shown, reference.triangles(isSkinned, 4)));
+        errors.allBones =
+            std::max(errors.allBones, difference(shown, reference.triangles(isSkinned, 100)));
+    }
     for (const auto &[name, stated] : reference.nodes()) {
         Vector shown;
         if (played.place(name, shown))
-            raise(errors.nodes, length(shown - stated));
+            errors.nodes = std::max(errors.nodes, length(shown - stated));
     }
+    const double size = reference.size();
+    return {errors.vertices / size, errors.allBones / size, errors.nodes / size};
 }
 
 // The last time that a clip shows.
 double lastTick(const aiAnimation &animation) {
     double last = 0;
-    bool goesOn = false;
+    bool continues = false;
     for (unsigned int i = 0; i < animation.mNumChannels; ++i) {
         const aiNodeAnim &channel = *animation.mChannels[i];
-        if (channel.mNumPositionKeys)
-            last = std::max(last, channel.mPositionKeys[channel.mNumPositionKeys - 1].mTime);
-        if (channel.mNumRotationKeys)
-            last = std::max(last, channel.mRotationKeys[channel.mNumRotationKeys - 1].mTime);
-        if (channel.mNumScalingKeys)
-            last = std::max(last, channel.mScalingKeys[channel.mNumScalingKeys - 1].mTime);
-        goesOn = goesOn || channel.mPostState >= aiAnimBehaviour_LINEAR;
+        const auto take = [&](const auto *keys, unsigned int number) {
+            last = number ? std::max(last, keys[number - 1].mTime) : last;
+        };
+        take(channel.mPositionKeys, channel.mNumPositionKeys);
+        take(channel.mRotationKeys, channel.mNumRotationKeys);
+        take(channel.mScalingKeys, channel.mNumScalingKeys);
+        continues = continues || channel.mPostState >= aiAnimBehaviour_LINEAR;
     }
-    return goesOn ? animation.mDuration : last;
+    return continues ? animation.mDuration : last;
 }
 
 constexpr double framesPerSecond = 30;
@@ -386,25 +383,17 @@ Errors play(const aiScene &scene, const Clip &clip, Played &played) {
     const aiAnimation *animation = clip.animation < 0 ? nullptr : scene.mAnimations[clip.animation];
     const double tps =
         animation && animation->mTicksPerSecond > 0 ? animation->mTicksPerSecond : 25;
-    Reference reference(scene);
-    Errors errors;
+    Errors largest;
     for (unsigned int frame = 0; frame < anim.getNumberOfFrames(); ++frame) {
         EXPECT_TRUE(anim.apply(frame, played.root));
         const double ticks =
             animation ? std::min(frame / framesPerSecond * tps, lastTick(*animation)) : 0;
-        reference.pose(animation, ticks);
-        compare(played, reference, reference.size(), errors);
+        const Errors errors = compare(played, scene, animation, ticks);
+        largest = {std::max(largest.vertices, errors.vertices),
+                   std::max(largest.allBones, errors.allBones),
+                   std::max(largest.nodes, errors.nodes)};
     }
-    return errors;
-}
-
-// A model without clips, as it is loaded.
-Errors pose(const aiScene &scene, Played &played) {
-    Reference reference(scene);
-    reference.pose(nullptr, 0);
-    Errors errors;
-    compare(played, reference, reference.size(), errors);
-    return errors;
+    return largest;
 }
 
 std::string text(double number) {
@@ -431,14 +420,10 @@ const aiScene &asStated(Assimp::Importer &importer, const fs::path &file) {
 }
 
 std::vector<Outcome> outcomesOf(const std::string &model) {
-    ConvertOptions options;
-    options.model = collection / model;
-    options.scene = "scene.rve";
-    Report report;
-    Progress silent(false);
+    const ConvertOptions options = optionsOf(collection / model);
     try {
         const std::vector<Clip> clips = make(options).clips;
-        convertModel(options, report, silent);
+        writeScene(options);
         Assimp::Importer importer;
         const aiScene &source = asStated(importer, options.model);
         Played played;
@@ -447,7 +432,7 @@ std::vector<Outcome> outcomesOf(const std::string &model) {
             outcomes.push_back({clip.name + "\t" + std::to_string(clip.frames.frames.size()),
                                 play(source, clip, played)});
         if (outcomes.empty())
-            outcomes.push_back({"no clip\t0", pose(source, played)});
+            outcomes.push_back({"no clip\t0", compare(played, source, nullptr, 0)});
         return outcomes;
     } catch (const Failure &) {
         return {{"refused\t0", {}}};
@@ -463,81 +448,35 @@ bool isAnimated(const std::string &model) {
                                  [](const aiMesh *mesh) { return mesh->mNumBones > 0; }));
 }
 
-std::vector<std::string> modelsIn(const std::string &folder) {
-    const std::set<std::string> others = {".png", ".jpg", ".tga",  ".bin", ".md",
-                                          ".txt", ".zip", ".glsl", ".bmp"};
-    std::vector<std::string> models;
-    for (const auto &entry : fs::recursive_directory_iterator(collection / folder)) {
-        const std::string model = fs::relative(entry.path(), collection).string();
-        if (entry.is_regular_file() && !others.count(entry.path().extension().string()) &&
-            isAnimated(model))
-            models.push_back(model);
-    }
-    std::sort(models.begin(), models.end());
-    return models;
-}
+class Animated : public CollectionTest {};
 
-// A line of animated.tsv, behind its model, clip and frames: the errors found when it was written,
-// the bounds, and why.
-struct Expectation {
-    double boundOfVertices = 0, boundOfAllBones = 0, boundOfNodes = 0;
-};
-
-std::map<std::string, Expectation> expectations() {
-    std::map<std::string, Expectation> result;
-    std::ifstream table(RAVOLT_ANIMATED_TABLE);
-    for (std::string line; std::getline(table, line);) {
-        if (line.empty() || line[0] == '#')
-            continue;
-        std::vector<std::string> columns;
-        std::istringstream stream(line);
-        for (std::string column; std::getline(stream, column, '\t');)
-            columns.push_back(column);
-        if (columns.size() != 10) {
-            ADD_FAILURE() << line;
-            continue;
-        }
-        result[columns[0] + "\t" + columns[1] + "\t" + columns[2]] = {
-            std::stod(columns[6]), std::stod(columns[7]), std::stod(columns[8])};
-    }
-    return result;
-}
-
-class Animated : public ::testing::TestWithParam<const char *> {};
-
-TEST_P(Animated, MovesAsTheModelSays) {
-    ASSERT_TRUE(fs::exists(collection)) << "no models: install assimp-testmodels";
-    std::map<std::string, Expectation> expected = expectations();
-    std::ofstream renewed;
-    if (const char *file = std::getenv("RAVOLT_ANIMATED_RENEW"))
-        renewed.open(file, std::ios::app);
-
+TEST_P(Animated, MovesAsTheModelStates) {
+    std::map<std::string, std::string> expected = rowsOf(RAVOLT_ANIMATED_TABLE, GetParam(), 3);
+    std::ofstream renewed = renewedRows("RAVOLT_ANIMATED_RENEW");
     for (const std::string &model : modelsIn(GetParam()))
-        for (const Outcome &outcome : outcomesOf(model)) {
+        for (const Outcome &outcome :
+             isAnimated(model) ? outcomesOf(model) : std::vector<Outcome>()) {
+            const auto &[vertices, allBones, nodes] = outcome.errors;
             const std::string line = model + "\t" + outcome.what;
-            renewed << line << "\t" << text(outcome.errors.vertices) << "\t"
-                    << text(outcome.errors.allBones) << "\t" << text(outcome.errors.nodes)
-                    << "\t1e-5\t1e-5\t1e-5\tsingle precision\n";
-            const auto found = expected.find(line);
-            if (found == expected.end()) {
-                ADD_FAILURE() << "not in the table: " << line;
-                continue;
-            }
-            EXPECT_LE(outcome.errors.vertices, found->second.boundOfVertices) << line;
-            EXPECT_LE(outcome.errors.allBones, found->second.boundOfAllBones) << line;
-            EXPECT_LE(outcome.errors.nodes, found->second.boundOfNodes) << line;
-            expected.erase(found);
+            renewed << line << "\t" << text(vertices) << "\t" << text(allBones) << "\t"
+                    << text(nodes) << "\t1e-5\t1e-5\t1e-5\tsingle precision\n";
+            // The errors when the table was written, and the bounds.
+            double found[3], bounds[3] = {-1, -1, -1};
+            std::istringstream columns(expected[line]);
+            columns >> found[0] >> found[1] >> found[2] >> bounds[0] >> bounds[1] >> bounds[2];
+            EXPECT_TRUE(columns.good()) << "not in the table: " << line;
+            EXPECT_LE(vertices, bounds[0]) << line;
+            EXPECT_LE(allBones, bounds[1]) << line;
+            EXPECT_LE(nodes, bounds[2]) << line;
+            expected.erase(line);
         }
-    for (const auto &[line, expectation] : expected)
-        EXPECT_NE(line.substr(0, line.find('/')), GetParam()) << line << " is not there";
+    for (const auto &[line, row] : expected)
+        ADD_FAILURE() << line << " is not there";
 }
 
 INSTANTIATE_TEST_SUITE_P(Models, Animated,
                          ::testing::Values("3DS", "ASE", "BVH", "CSM", "Collada", "FBX", "LWS",
                                            "MD5", "MDL", "SMD", "X", "glTF2"),
-                         [](const auto &folder) {
-                             return std::string(std::isdigit(folder.param[0]) ? "Folder" : "") +
-                                    folder.param;
-                         });
+                         nameOf);
 
 } // namespace

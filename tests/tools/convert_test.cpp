@@ -417,14 +417,7 @@ TEST(Convert, WarnsOfWhatASceneCannotContain) {
 
 TEST(Convert, MovesNodesUpThatAreTooDeep) {
     constexpr int depth = 100;
-    GltfData data;
-    data.square();
-    for (int i = 0; i < depth; ++i)
-        data.nodes +=
-            (i ? ",{\"name\":\"n" : "{\"name\":\"n") + std::to_string(i) +
-            "\",\"translation\":[1,0,0]," +
-            (i + 1 < depth ? "\"children\":[" + std::to_string(i + 1) + "]}" : "\"mesh\":0}");
-    writeFile("deep.gltf", data.text());
+    writeFile("deep.gltf", chainOfNodes(depth));
     const Made made = make("deep.gltf");
     EXPECT_TRUE(contains(made.report.warnings(),
                          "nodes below level 60 moved up to it: the engine tells places in the "
@@ -454,8 +447,14 @@ TEST(Convert, ConvertsLights) {
 <light id="lamp"><technique_common><point><color>0.2 0.2 0.2</color></point></technique_common></light>
 <light id="cone"><technique_common><spot><color>2 1 0</color><falloff_angle>60</falloff_angle></spot></technique_common></light>
 <light id="glow"><technique_common><ambient><color>1 1 1</color></ambient></technique_common></light>
-</library_lights>)" + daeGeometry() +
-                            R"(
+</library_lights>
+<library_geometries><geometry id="g"><mesh>
+<source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 1 0</float_array><technique_common>
+<accessor source="#pa" count="3" stride="3"><param name="X" type="float"/>
+<param name="Y" type="float"/><param name="Z" type="float"/></accessor></technique_common></source>
+<vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+<triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p></triangles>
+</mesh></geometry></library_geometries>
 <library_visual_scenes><visual_scene id="s">
 <node id="thing" name="thing"><instance_geometry url="#g"/></node>
 <node id="sunNode" name="sunNode"><rotate>1 0 0 -90</rotate><instance_light url="#sun"/></node>

@@ -1,55 +1,22 @@
-// Real models that nobody here made: those of assimp's test collection (Debian's package
-// assimp-testmodels). Each is either drawn, or refused with one line, as corpus.tsv says.
+// Real models that nobody here made. Each is either drawn, or refused with one line, as corpus.tsv
+// says.
 //
 // RAVOLT_CORPUS_RENEW=FILE appends what was found, as lines of corpus.tsv, to FILE.
 // RAVOLT_CORPUS_PICTURES=FOLDER writes the pictures there.
 
-#include "tests/tools/support.h"
+#include "tests/tools/collection.h"
 #include "tools/convert/import.h"
 #include "tools/stage/engine.h"
 #include "tools/stage/picture.h"
 #include "tools/stage/stage.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <map>
 #include <ravolt.h>
-#include <set>
 
 namespace {
 
 using namespace tool_test;
-
-const fs::path collection = "/usr/share/assimp/models";
-
-// Endings of files that stand beside models.
-const std::set<std::string> companions = {".png", ".jpg",  ".tga",  ".bin",  ".md", ".txt",
-                                          ".mtl", ".vert", ".frag", ".glsl", ".zip"};
-
-std::vector<std::string> modelsIn(const std::string &folder) {
-    std::vector<std::string> models;
-    for (const auto &entry : fs::recursive_directory_iterator(collection / folder)) {
-        std::string ending = entry.path().extension().string();
-        std::transform(ending.begin(), ending.end(), ending.begin(), ::tolower);
-        if (entry.is_regular_file() && !companions.count(ending) &&
-            entry.path().filename() != "LICENSE")
-            models.push_back(fs::relative(entry.path(), collection).string());
-    }
-    std::sort(models.begin(), models.end());
-    return models;
-}
-
-// What corpus.tsv says of each model.
-std::map<std::string, std::string> expectations() {
-    std::map<std::string, std::string> result;
-    std::ifstream table(RAVOLT_CORPUS_TABLE);
-    std::string line;
-    while (std::getline(table, line))
-        if (!line.empty() && line[0] != '#')
-            result[line.substr(0, line.find('\t'))] = line.substr(line.find('\t') + 1);
-    return result;
-}
 
 std::size_t coveredPixels(const Picture &picture) {
     std::size_t covered = 0;
@@ -59,15 +26,14 @@ std::size_t coveredPixels(const Picture &picture) {
     return covered;
 }
 
-std::vector<GLenum> openGlErrors() {
-    std::vector<GLenum> errors;
-    for (GLenum error = glGetError(); error != GL_NO_ERROR && errors.size() < 100;
-         error = glGetError())
-        errors.push_back(error);
+int openGlErrors() {
+    int errors = 0;
+    while (glGetError() != GL_NO_ERROR && errors < 100)
+        ++errors;
     return errors;
 }
 
-// Where the model's own matrices, in double precision, put its triangles.
+// The box of the triangles by the model's own matrices, in double precision.
 void addTriangles(const aiScene &scene, const aiNode &node, const Affine &parent, Box &box) {
     const Affine here = parent * affineFrom(node.mTransformation);
     for (unsigned int i = 0; i < node.mNumMeshes; ++i) {
@@ -86,7 +52,7 @@ bool hasBones(const aiScene &scene) {
                        [](const aiMesh *mesh) { return mesh->mNumBones > 0; });
 }
 
-// Bones put a mesh where they are, which its node does not tell.
+// A mesh with bones is where they are, not where its node is.
 void expectSamePositions(const std::string &model, const Sphere &found) {
     Report report;
     Progress silent(false);
@@ -103,7 +69,7 @@ void expectSamePositions(const std::string &model, const Sphere &found) {
     EXPECT_GE(found.radius, length(box.high - box.low) * 0.25) << model;
 }
 
-void useTarget(const std::string &model, const Picture &picture) {
+void writeWhereRequested(const std::string &model, const Picture &picture) {
     const char *folder = std::getenv("RAVOLT_CORPUS_PICTURES");
     if (!folder)
         return;
@@ -119,17 +85,15 @@ void draw(const std::string &model) {
     openGlErrors();
     Stage stage(root);
     const Picture picture = shoot(stage, size); // as the command draws it
-    useTarget(model, picture);
-    EXPECT_TRUE(openGlErrors().empty()) << model;
+    writeWhereRequested(model, picture);
+    EXPECT_EQ(openGlErrors(), 0) << model;
     EXPECT_GT(coveredPixels(picture), 100u) << model << " leaves an empty picture";
     expectSamePositions(model, sphereAround(root));
 }
 
 // The outcome as corpus.tsv states it.
 std::string outcomeOf(const std::string &model) {
-    ConvertOptions options;
-    options.model = collection / model;
-    options.scene = "scene.rve";
+    ConvertOptions options = optionsOf(collection / model);
     options.sources.follow = true; // the models of one folder use pictures of another
     Report report;
     Progress silent(false);
@@ -151,15 +115,11 @@ std::string outcomeOf(const std::string &model) {
     }
 }
 
-class Corpus : public ::testing::TestWithParam<const char *> {};
+class Corpus : public CollectionTest {};
 
 TEST_P(Corpus, IsDrawnOrRefusedAsStated) {
-    ASSERT_TRUE(fs::exists(collection)) << "no models: install assimp-testmodels";
-    std::map<std::string, std::string> expected = expectations();
-    std::ofstream renewed;
-    if (const char *file = std::getenv("RAVOLT_CORPUS_RENEW"))
-        renewed.open(file, std::ios::app);
-
+    std::map<std::string, std::string> expected = rowsOf(RAVOLT_CORPUS_TABLE, GetParam(), 1);
+    std::ofstream renewed = renewedRows("RAVOLT_CORPUS_RENEW");
     for (const std::string &model : modelsIn(GetParam())) {
         const std::string outcome = outcomeOf(model);
         EXPECT_EQ(outcome, expected[model]) << model;
@@ -167,15 +127,12 @@ TEST_P(Corpus, IsDrawnOrRefusedAsStated) {
         renewed << model << "\t" << outcome << "\n";
     }
     for (const auto &[model, outcome] : expected)
-        EXPECT_NE(model.substr(0, model.find('/')), GetParam()) << model << " is not there";
+        ADD_FAILURE() << model << " is not there";
 }
 
 INSTANTIATE_TEST_SUITE_P(Models, Corpus,
                          ::testing::Values("glTF2", "glTF", "OBJ", "Collada", "FBX", "3DS", "MD5",
                                            "X", "PLY"),
-                         [](const auto &folder) {
-                             return std::string(std::isdigit(folder.param[0]) ? "Folder" : "") +
-                                    folder.param;
-                         });
+                         nameOf);
 
 } // namespace

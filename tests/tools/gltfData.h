@@ -120,4 +120,16 @@ class GltfData {
     std::string attributes, accessors, views, bytes;
 };
 
+// A square at the end of a chain of nodes, 'n0' and so on, each a step along x from the one before.
+inline std::string chainOfNodes(int depth) {
+    GltfData data;
+    data.square();
+    for (int i = 0; i < depth; ++i)
+        data.nodes +=
+            (i ? ",{\"name\":\"n" : "{\"name\":\"n") + std::to_string(i) +
+            "\",\"translation\":[1,0,0]," +
+            (i + 1 < depth ? "\"children\":[" + std::to_string(i + 1) + "]}" : "\"mesh\":0}");
+    return data.text();
+}
+
 } // namespace tool_test

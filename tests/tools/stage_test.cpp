@@ -1,5 +1,6 @@
 // Whole pictures through the engine: what a converter got wrong is visible there.
 
+#include "tests/tools/gltfData.h"
 #include "tests/tools/openStage.h"
 
 #include <array>
@@ -272,19 +273,9 @@ TEST_F(StageTest, LooksAtASurfaceFromItsFront) {
         }
 }
 
-// A square at the end of a chain of nodes, each a step to the right of the one before.
 TEST_F(StageTest, ShowsAModelOfAHundredLevels) {
-    std::string nodes, ends;
-    for (int i = 0; i < 100; ++i, ends += "</node>")
-        nodes += "<node id=\"n" + std::to_string(i) + "\"><translate>1 0 0</translate>";
-    writeFile("deep.dae", R"(<?xml version="1.0"?>
-<COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1"><asset>
-<up_axis>Y_UP</up_axis></asset>)" +
-                              daeGeometry() + R"(<library_visual_scenes><visual_scene id="s">)" +
-                              nodes + "<instance_geometry url=\"#g\"/>" + ends +
-                              R"(</visual_scene></library_visual_scenes>
-<scene><instance_visual_scene url="#s"/></scene></COLLADA>)");
-    writeScene("deep.dae");
+    writeFile("deep.gltf", chainOfNodes(100));
+    writeScene("deep.gltf");
     OpenStage open;
     EXPECT_NEAR(open.stage.sphere().center.x, 100.5, 1e-3);
     EXPECT_NEAR(open.stage.sphere().radius, std::sqrt(0.5), 1e-3);

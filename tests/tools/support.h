@@ -102,17 +102,6 @@ AnimationSet rise {
                         rise + ".0,0.0;;; }\n  }\n}\n");
 }
 
-// The triangle "#g" of a COLLADA file.
-inline std::string daeGeometry() {
-    return R"(<library_geometries><geometry id="g"><mesh>
-<source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 1 0</float_array><technique_common>
-<accessor source="#pa" count="3" stride="3"><param name="X" type="float"/>
-<param name="Y" type="float"/><param name="Z" type="float"/></accessor></technique_common></source>
-<vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
-<triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p></triangles>
-</mesh></geometry></library_geometries>)";
-}
-
 // ---- conversions -----------------------------------------------------------------------------
 
 inline ConvertOptions optionsOf(const fs::path &model, const fs::path &scene = "scene.rve") {
