@@ -237,22 +237,18 @@ TEST_F(BuiltinProgramsTest, EngineStartsAndStopsThemInOrder) {
     EXPECT_LT(startLog.find("   Codepaths initialized"), startLog.find("elements allocated"));
 }
 
-TEST_F(BuiltinProgramsTest, StartWithoutShadersClearsTheFlagsOfTheFormerRun) {
+TEST_F(BuiltinProgramsTest, WithoutShadersTheObjectsExistAndTheFlagsOfTheFormerRunAreCleared) {
     ASSERT_TRUE(RVSHADER::useSkinning());
     settings.setShaders(false);
-    ASSERT_TRUE(restart());
-    expectNoFeature();
-}
-
-class WithoutShadersTest : public SilentEngineTest {};
-
-TEST_F(WithoutShadersTest, ObjectsExistAndNothingIsUsed) {
+    ASSERT_TRUE(RAVOLT::free());
+    const LogMark mark = markLog();
+    ASSERT_TRUE(RAVOLT::init(&settings));
     expectNoFeature();
     for (const BuiltinProgram &row : builtinPrograms)
         EXPECT_FALSE((*row.program)->isOperative()) << row.name;
     EXPECT_FALSE(RVSHADER::isActive());
     for (const char *text : {"Init shaders", "shaders supported", "RVSHADER"})
-        EXPECT_EQ(logTextSince(startMark).find(text), std::string::npos) << text;
+        EXPECT_EQ(logTextSince(mark).find(text), std::string::npos) << text;
 }
 
 TEST_F(BuiltinProgramsTest, FailedStartDeletesItsPrograms) {

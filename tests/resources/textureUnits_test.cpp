@@ -3,6 +3,7 @@
 #include "tests/resources/textureCalls.h"
 #include "tests/support/callNames.h"
 
+#include <functional>
 #include <new>
 
 namespace ravolt::test {
@@ -80,19 +81,21 @@ TEST_F(TextureCalls, OnlySwitchingAllUnitsOffInvalidatesTheirTextures) {
               "glActiveTextureARB glEnable glActiveTextureARB glBindTexture");
 }
 
-TEST_F(TextureCalls, UpdateAndModifyInvalidateUnit0Alone) {
+TEST_F(TextureCalls, UploadsInvalidateUnit0Alone) {
     RVTEXTURE *texture = makeTexture("a.tga"), *other = makeTexture("b.tga");
-    for (const bool modify : {false, true}) {
+    const char pixels[4 * 4 * 3] = {};
+    const std::function<void()> uploads[] = {
+        [&] { EXPECT_TRUE(renderCalls(other, 3).contains("glTexImage2D")); }, // inside render
+        [&] { other->update(); }, [&] { other->modify(pixels, false); }};
+    for (const auto &upload : uploads) {
         renderCalls(texture, 0);
         renderCalls(texture, 1);
-        const char pixels[4 * 4 * 3] = {};
-        if (modify)
-            other->modify(pixels, false);
-        else
-            other->update();
+        upload();
         EXPECT_TRUE(renderCalls(texture, 1).empty());
-        EXPECT_TRUE(renderCalls(texture, 0).contains("glBindTexture"));
+        EXPECT_TRUE(renderCalls(texture, 0).contains(bound(texture)));
     }
+    renderCalls(other, 3);
+    EXPECT_TRUE(renderCalls(other, 3).empty());
 }
 
 TEST_F(TextureCalls, NewNameIsBoundOnEveryUnitAgain) {
@@ -113,14 +116,6 @@ TEST_F(TextureCalls, FirstNameIsBoundWhereItWasMissing) {
     writeFile("a.tga", plainTga(4, 4));
     EXPECT_TRUE(texture->reload());
     EXPECT_TRUE(renderCalls(texture, 3).contains(bound(texture)));
-}
-
-TEST_F(TextureCalls, UploadInsideRenderOnAnotherUnitInvalidatesUnit0) {
-    RVTEXTURE *texture = makeTexture("a.tga"), *other = makeTexture("b.tga");
-    renderCalls(texture, 0);
-    EXPECT_TRUE(renderCalls(other, 3).contains("glTexImage2D"));
-    EXPECT_TRUE(renderCalls(texture, 0).contains(bound(texture)));
-    EXPECT_TRUE(renderCalls(other, 3).empty());
 }
 
 TEST_F(TextureCalls, NewTextureAtTheAddressOfADeletedOneIsBound) {

@@ -1,4 +1,4 @@
-// Every built-in program compiles and links without a word from the driver.
+// Every built-in program compiles and links without a message of the driver.
 
 #include "ravolt/RVOPENGL.h"
 #include "resources/shaderTexts.h"
@@ -27,7 +27,7 @@ TEST_F(BuiltinTexts, AreRefusedWithWordsOfAYoungerLanguage) {
     }
 }
 
-// The driver is told so there, and takes the texts of the other tests.
+// There the driver is set to it, and compiles the texts of the other tests.
 TEST_F(BuiltinTexts, MeetADriverThatTakesNoYoungerLanguageInVersion110) {
     const std::string rest = "\nvoid main() { gl_FragColor = vec4(1.0); }\n";
     EXPECT_EQ(compileMessages(GL_FRAGMENT_SHADER_ARB, "#version 110" + rest), "");

@@ -104,8 +104,8 @@ class ProgramScene {
     Vec clipPlane; // in eye space, for a varying clipVertex of the reference; none if all are 0
     Vertex corners[3];
 
-    // Texels of many depths over the whole triangle, in front of it and behind, so mixed that a
-    // pixel has the light from none to all of its four lookups.
+    // Texels of many depths over the whole triangle, nearer and farther, so mixed that a pixel is
+    // lit by none to all of its four lookups.
     void addShadowMap();
 
     // Lookups of the reference.

@@ -1,4 +1,4 @@
-// The texts by their labels, and a second compiler's word on them.
+// The texts by their labels, and the messages of a second compiler.
 
 #include "resources/shaderTexts.h"
 #include "tests/resources/builtinTable.h"
@@ -7,25 +7,18 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <string>
 
 namespace ravolt::test {
 namespace {
 
-std::string contents(const std::string &path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // Compiles and links the two texts with the reference compiler; what it says but for file names.
 std::string secondOpinion(const char *vertexText, const char *pixelText, int &result) {
     writeFile("stage.vert", vertexText);
     writeFile("stage.frag", pixelText);
     result = std::system("glslangValidator -l stage.vert stage.frag >messages.txt 2>&1");
-    std::string messages = contents("messages.txt");
+    std::string messages = readText("messages.txt");
     for (const char *name : {"stage.vert\n", "stage.frag\n"})
         if (const std::size_t at = messages.find(name); at != std::string::npos)
             messages.erase(at, std::string(name).size());
@@ -34,7 +27,7 @@ std::string secondOpinion(const char *vertexText, const char *pixelText, int &re
 
 } // namespace
 
-TEST(shaderTexts, HaveEveryLabel) {
+TEST(shaderTexts, HaveEveryLabelAndNoOther) {
     std::set<std::string> labels;
     for (const BuiltinProgram &program : builtinPrograms) {
         for (const char *label : {program.vertexLabel, program.pixelLabel}) {
@@ -44,16 +37,12 @@ TEST(shaderTexts, HaveEveryLabel) {
         }
     }
     EXPECT_EQ(labels.size(), 70u);
+    for (const char *other :
+         {static_cast<const char *>(nullptr), "", "pplVSdirectS.glsl", "pplVSspotTSA.glsl "})
+        EXPECT_EQ(shaderText(other), nullptr);
 }
 
-TEST(shaderTexts, HaveNoOtherLabel) {
-    EXPECT_EQ(shaderText(nullptr), nullptr);
-    EXPECT_EQ(shaderText(""), nullptr);
-    EXPECT_EQ(shaderText("pplVSdirectS.glsl"), nullptr);
-    EXPECT_EQ(shaderText("pplVSspotTSA.glsl "), nullptr);
-}
-
-// Skinned programs have an A behind all other letters of their labels.
+// The labels of skinned programs end with an A.
 TEST(shaderTexts, AreTheSameForAPixelStageWithAndWithoutSkinning) {
     unsigned int skinned = 0;
     for (const BuiltinProgram &program : builtinPrograms) {

@@ -31,7 +31,7 @@ inline Vec cross(Vec a, Vec b) {
 }
 inline double radians(double degrees) { return degrees * 3.14159265358979323846 / 180; }
 
-using Matrix = std::array<Vec, 4>; // columns, as OpenGL holds them
+using Matrix = std::array<Vec, 4>; // columns, as in OpenGL
 
 inline constexpr Matrix identity = {Vec{1, 0, 0, 0}, Vec{0, 1, 0, 0}, Vec{0, 0, 1, 0},
                                     Vec{0, 0, 0, 1}};
