@@ -14,26 +14,13 @@ bool startsWith(std::string_view text, std::string_view start) {
 }
 
 std::size_t elementsOfParameter(unsigned int parameter) {
-    switch (parameter) {
-    case GL_AMBIENT:
-    case GL_DIFFUSE:
-    case GL_SPECULAR:
-    case GL_POSITION:
-    case GL_EMISSION:
-    case GL_AMBIENT_AND_DIFFUSE:
-    case GL_LIGHT_MODEL_AMBIENT:
-    case GL_TEXTURE_ENV_COLOR:
-    case GL_TEXTURE_BORDER_COLOR:
-    case GL_OBJECT_PLANE:
-    case GL_EYE_PLANE:
-    case GL_FOG_COLOR:
-        return 4;
-    case GL_SPOT_DIRECTION:
-    case GL_COLOR_INDEXES:
-        return 3;
-    default:
-        return 1;
-    }
+    for (const unsigned int four :
+         {GL_AMBIENT, GL_DIFFUSE, GL_SPECULAR, GL_POSITION, GL_EMISSION, GL_AMBIENT_AND_DIFFUSE,
+          GL_LIGHT_MODEL_AMBIENT, GL_TEXTURE_ENV_COLOR, GL_TEXTURE_BORDER_COLOR, GL_OBJECT_PLANE,
+          GL_EYE_PLANE, GL_FOG_COLOR})
+        if (parameter == four)
+            return 4;
+    return parameter == GL_SPOT_DIRECTION || parameter == GL_COLOR_INDEXES ? 3 : 1;
 }
 
 // The digit of names as glColor4fv, glVertex3d_v; 0 without one.

@@ -55,18 +55,18 @@ const GLubyte *SilentDriver::glGetString(GLenum name) {
 }
 
 std::vector<double> SilentDriver::values(GLenum name) const {
-    static const std::map<GLenum, GLenum> matrices{{GL_MODELVIEW_MATRIX, GL_MODELVIEW},
-                                                   {GL_PROJECTION_MATRIX, GL_PROJECTION},
-                                                   {GL_TEXTURE_MATRIX, GL_TEXTURE}};
-    static const std::map<GLenum, GLenum> depths{{GL_MODELVIEW_STACK_DEPTH, GL_MODELVIEW},
-                                                 {GL_PROJECTION_STACK_DEPTH, GL_PROJECTION},
-                                                 {GL_TEXTURE_STACK_DEPTH, GL_TEXTURE}};
-    if (auto found = matrices.find(name); found != matrices.end()) {
-        const Matrix &matrix = stacks.at(found->second).back();
-        return {matrix.begin(), matrix.end()};
+    const struct {
+        GLenum matrix, depth, mode;
+    } rows[] = {{GL_MODELVIEW_MATRIX, GL_MODELVIEW_STACK_DEPTH, GL_MODELVIEW},
+                {GL_PROJECTION_MATRIX, GL_PROJECTION_STACK_DEPTH, GL_PROJECTION},
+                {GL_TEXTURE_MATRIX, GL_TEXTURE_STACK_DEPTH, GL_TEXTURE}};
+    for (const auto &row : rows) {
+        const std::vector<Matrix> &stack = stacks.at(row.mode);
+        if (name == row.matrix)
+            return {stack.back().begin(), stack.back().end()};
+        if (name == row.depth)
+            return {static_cast<double>(stack.size())};
     }
-    if (auto found = depths.find(name); found != depths.end())
-        return {static_cast<double>(stacks.at(found->second).size())};
     if (name == GL_VIEWPORT)
         return {viewport.begin(), viewport.end()};
     if (name == GL_MATRIX_MODE)
@@ -84,11 +84,6 @@ void SilentDriver::glGetIntegerv(GLenum name, GLint *out) {
 void SilentDriver::glGetFloatv(GLenum name, GLfloat *out) {
     for (double value : values(name))
         *out++ = static_cast<GLfloat>(value);
-}
-
-void SilentDriver::glGetDoublev(GLenum name, GLdouble *out) {
-    for (double value : values(name))
-        *out++ = value;
 }
 
 void SilentDriver::glGetBooleanv(GLenum name, GLboolean *out) {
@@ -112,7 +107,6 @@ void SilentDriver::glLoadIdentity() { top() = identity; }
 void SilentDriver::glLoadMatrixf(const GLfloat *matrix) { top() = fromArray(matrix); }
 void SilentDriver::glLoadMatrixd(const GLdouble *matrix) { top() = fromArray(matrix); }
 void SilentDriver::glMultMatrixf(const GLfloat *matrix) { multiply(fromArray(matrix)); }
-void SilentDriver::glMultMatrixd(const GLdouble *matrix) { multiply(fromArray(matrix)); }
 
 void SilentDriver::glTranslatef(GLfloat x, GLfloat y, GLfloat z) {
     multiply({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, y, z, 1});
@@ -185,14 +179,6 @@ void SilentDriver::glGetObjectParameterivARB(GLhandleARB, GLenum name, GLint *va
 
 GLint SilentDriver::location(const char *name) {
     return locations.try_emplace(name, static_cast<GLint>(locations.size())).first->second;
-}
-
-GLint SilentDriver::glGetUniformLocationARB(GLhandleARB, const GLcharARB *name) {
-    return location(name);
-}
-
-GLint SilentDriver::glGetAttribLocationARB(GLhandleARB, const GLcharARB *name) {
-    return location(name);
 }
 
 void SilentDriver::glReadPixels(GLint, GLint, GLsizei width, GLsizei height, GLenum format,

@@ -1,6 +1,6 @@
 #pragma once
 
-// A driver that draws nothing. It keeps what the engine reads back: the matrix stacks, the
+// A driver that draws nothing. It stores what the engine reads back: the matrix stacks, the
 // viewport, the switches, the names of objects. Each member has the name of the OpenGL function
 // that it stands for; a function without a member does nothing and gives 0.
 
@@ -25,7 +25,6 @@ class SilentDriver {
     const GLubyte *glGetString(GLenum name);
     void glGetIntegerv(GLenum name, GLint *values);
     void glGetFloatv(GLenum name, GLfloat *values);
-    void glGetDoublev(GLenum name, GLdouble *values);
     void glGetBooleanv(GLenum name, GLboolean *values);
     void glEnable(GLenum what) { enabled.insert(what); }
     void glDisable(GLenum what) { enabled.erase(what); }
@@ -41,7 +40,6 @@ class SilentDriver {
     void glLoadMatrixf(const GLfloat *matrix);
     void glLoadMatrixd(const GLdouble *matrix);
     void glMultMatrixf(const GLfloat *matrix);
-    void glMultMatrixd(const GLdouble *matrix);
     void glTranslatef(GLfloat x, GLfloat y, GLfloat z);
     void glRotatef(GLfloat degrees, GLfloat x, GLfloat y, GLfloat z);
     void glScalef(GLfloat x, GLfloat y, GLfloat z);
@@ -61,8 +59,8 @@ class SilentDriver {
     GLhandleARB glCreateShaderObjectARB(GLenum) { return ++lastName; }
     GLhandleARB glCreateProgramObjectARB() { return ++lastName; }
     void glGetObjectParameterivARB(GLhandleARB object, GLenum name, GLint *value);
-    GLint glGetUniformLocationARB(GLhandleARB program, const GLcharARB *name);
-    GLint glGetAttribLocationARB(GLhandleARB program, const GLcharARB *name);
+    GLint glGetUniformLocationARB(GLhandleARB, const GLcharARB *name) { return location(name); }
+    GLint glGetAttribLocationARB(GLhandleARB, const GLcharARB *name) { return location(name); }
     GLenum glCheckFramebufferStatusEXT(GLenum) { return GL_FRAMEBUFFER_COMPLETE_EXT; }
     void glBindFramebufferEXT(GLenum, GLuint name) {
         integers[GL_FRAMEBUFFER_BINDING_EXT] = static_cast<GLint>(name);
