@@ -438,7 +438,8 @@ class AnimOnTree : public Anim {
         }
     }
 
-    // The rotation and the position of root, hips, arm and leg by their x, which tells the entry.
+    // The rotation and the position of root, hips, arm and leg by their x, which identifies the
+    // entry.
     using Numbers = std::vector<float>;
     void expectNodes(const Numbers &turns, const Numbers &moves = {1, 1, 1, 1}) {
         for (unsigned int number = 0; number < 4; ++number) {

@@ -184,24 +184,6 @@ TEST_F(MeshProgramTest, MaterialIsAppliedAgainAfterAMeshThatCannotBeSkinned) {
     EXPECT_EQ(programs(render(meshNamed("other"), full)), Names{"skydomeShader"});
 }
 
-// The picture is in skinnedCharacters_test.cpp.
-TEST_F(MeshProgramTest, RigidMeshOfASkinnedMaterialUsesTheRigidPrograms) {
-    RVNODE *root = loadScene(
-        RveScene{{materialNamed("paint")},
-                 rootOver({squareMesh("first", "paint"), emptyMesh("bone"),
-                           skinnedSquare("skin", {"bone"}, 4, "paint"),
-                           squareMesh("second", "paint"), squareMesh("third", "paint")})});
-    root->setPosition(0, 0, -5);
-    RVLIGHT *light = new RVLIGHT;
-    light->setLightType(RV_LIGHT_TYPE_SPOT);
-    light->link(root);
-    RVLIGHT::lightingOn();
-    const Names names = programsOf([&] { drawFrame(nullptr, root); });
-    ASSERT_GE(names.size(), 3u);
-    EXPECT_EQ(Names(names.end() - 3, names.end()), (Names{"pplSpot", "pplSpotA", "pplSpot"}));
-    EXPECT_TRUE(meshNamed("skin")->getMaterial()->isSkinned());
-}
-
 TEST_F(MeshProgramTest, NormalsAreDrawnWithoutAProgramAndNotForASkinOfAProgram) {
     RVMESH::showNormals();
     const Calls calls = render(makeSquare(), flat);

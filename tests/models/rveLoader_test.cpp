@@ -263,7 +263,7 @@ TEST_F(RveLoaderTest, BonesOfASecondTreeAreItsOwn) {
     RveScene scene = fullScene();
     loadScene(scene);
     const LogMark mark = logMark();
-    scene.root.children.pop_back(); // the first tree's bones do not serve the second
+    scene.root.children.pop_back(); // those of the first tree are not used
     loadScene(scene);
     EXPECT_EQ(problemsSince(mark),
               (Lines{"   Building bones for square...    [!] Bone first bone not found @ "

@@ -30,7 +30,7 @@ byFfmpeg() {
     source "$3" "${5:-}" | ffmpegQuietly -f yuv4mpegpipe -i pipe:0 -c:v "$2" -bf "$4" -g 6 -q:v 3 \
         -fflags +bitexact -flags:v "$flags" -f "$2" "$1"
     cp "$1" "$1.noend"
-    printf '\000\000\001\267' >>"$1" # the end code, which this encoder leaves out
+    printf '\000\000\001\267' >>"$1" # the end code, which this encoder omits
     reference "$1"
 }
 
