@@ -300,8 +300,10 @@ void RVTERRAIN::drawSky(float scaleY) const {
     glPopMatrix();
 }
 
+// The surface lies in the clip plane, and would be clipped or not by errors of rounding.
 void RVTERRAIN::drawWater() const {
     RVOPENGL::cullingOff();
+    glDisable(GL_CLIP_PLANE0);
     if (drawsWater())
         water->render(nullptr);
 }

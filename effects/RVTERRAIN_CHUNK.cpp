@@ -8,6 +8,7 @@
 #include "engine/gl/bindings.h"
 #include "foundation/registry.h"
 #include "ravolt/RVCAMERA.h"
+#include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
@@ -156,6 +157,7 @@ void RVTERRAIN_CHUNK::render(float inv) {
     if (!visible || !vertexBuffer || !ravolt::canBindBuffers())
         return;
     const bool depth = RVOPENGL::getProfile() == RV_OPENGL_PROFILE_ZPASS;
+    const bool lit = RVLIGHT::getLighting();
     if (depth)
         shadeDepth();
     else
@@ -167,6 +169,8 @@ void RVTERRAIN_CHUNK::render(float inv) {
             list->draw();
     if (depth)
         glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    if (lit)
+        RVLIGHT::lightingOn();
 }
 
 void RVTERRAIN_CHUNK::shadeDepth() {
@@ -207,6 +211,7 @@ void RVTERRAIN_CHUNK::shadePlain() {
     RVMATERIAL::reset();
     RVSHADER::disable();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+    RVLIGHT::lightingOff();
     RVOPENGL::colorArrayOff();
     glColor4f(1, 1, 1, 1);
 }

@@ -523,7 +523,7 @@ const std::string reflection = "64x64 clip below ~reflection reflection clear fr
                   refraction = "~refraction refraction clear land ",
                   skyRefraction = "~refraction refraction clear push sky pop land ",
                   window = "128x96 window ~window ",
-                  screen = "push sky pop push lift land pop uncull water unclip cull";
+                  screen = "push sky pop push lift land pop uncull unclip water unclip cull";
 
 TEST_F(TerrainCallsTest, HeightOfTheEyeDecidesOnPlanesAndSky) {
     make();
@@ -555,8 +555,8 @@ TEST_F(TerrainCallsTest, FlatProfileEndsWithTheCullingOfBackFaces) {
     look(2);
     RVOPENGL::setProfile(RV_OPENGL_PROFILE_FLAT);
     EXPECT_EQ(stepsOf(render()), reflection + refraction + window +
-                                     "above push sky pop push lift land back pop uncull water "
-                                     "unclip cull");
+                                     "above push sky pop push lift land back pop uncull unclip "
+                                     "water unclip cull");
 }
 
 TEST_F(TerrainCallsTest, WithoutWaterItsImagesAreLeftOut) {
@@ -592,10 +592,11 @@ TEST_F(TerrainCallsTest, WaterThatIsLoadedAnewGetsItsImages) {
 TEST_F(TerrainCallsTest, WithoutATextureTheSkyIsNotDrawn) {
     make(geometryXml + layersXml() + waterXml);
     look(2);
-    EXPECT_EQ(stepsOf(render()), "64x64 clip below ~reflection reflection clear front push mirror "
-                                 "pop inverted back " +
-                                     refraction + window +
-                                     "above push pop push lift land pop uncull water unclip cull");
+    EXPECT_EQ(stepsOf(render()),
+              "64x64 clip below ~reflection reflection clear front push mirror "
+              "pop inverted back " +
+                  refraction + window +
+                  "above push pop push lift land pop uncull unclip water unclip cull");
 }
 
 TEST_F(TerrainCallsTest, UniformsAreTheMirrorAndTheRepeats) {
