@@ -22,6 +22,8 @@ constexpr std::array commands = {
             addConvert},
     Command{"view", "Show a scene or a model in a window", addView},
     Command{"shot", "Draw pictures of a scene or a model, without a display too", addShot},
+    Command{"terrain", "Make a terrain with its textures, water and sky of a map of heights",
+            addTerrain},
 };
 
 constexpr const char *exitCodes = "Exit codes: 0 done, 1 the job failed, 2 wrong options, "

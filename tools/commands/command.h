@@ -23,5 +23,6 @@ struct Command {
 std::function<void()> addConvert(CLI::App &app);
 std::function<void()> addView(CLI::App &app);
 std::function<void()> addShot(CLI::App &app);
+std::function<void()> addTerrain(CLI::App &app);
 
 } // namespace ravolt::tool

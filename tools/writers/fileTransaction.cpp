@@ -103,13 +103,17 @@ void copyMode(const std::string &from, int file) {
         static_cast<void>(fchmod(file, state.st_mode & 07777));
 }
 
-bool writeTemporary(const FileTransaction::Staged &file, const std::vector<unsigned char> &bytes) {
+bool writeTemporary(const FileTransaction::Staged &file,
+                    const std::function<bool(const FileTransaction::Append &)> &write) {
     Descriptor to(open(file.temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!to.isOpen())
         return false;
     if (file.replaced)
         copyMode(file.target, to.get());
-    return writeAll(to.get(), bytes.data(), bytes.size()) && fsync(to.get()) == 0 && to.close();
+    const auto append = [&](const void *bytes, std::size_t size) {
+        return writeAll(to.get(), static_cast<const unsigned char *>(bytes), size);
+    };
+    return write(append) && fsync(to.get()) == 0 && to.close();
 }
 
 bool copyInto(const FileTransaction::Staged &file) {
@@ -146,6 +150,11 @@ FileTransaction::~FileTransaction() {
 
 std::string FileTransaction::stage(const std::string &path,
                                    const std::vector<unsigned char> &bytes) {
+    return stage(path, [&](const Append &append) { return append(bytes.data(), bytes.size()); });
+}
+
+std::string FileTransaction::stage(const std::string &path,
+                                   const std::function<bool(const Append &)> &write) {
     Staged file;
     file.path = path;
     file.target = targetOf(path);
@@ -156,7 +165,7 @@ std::string FileTransaction::stage(const std::string &path,
     if (onStage)
         onStage(file);
     files.push_back(file);
-    return writeTemporary(file, bytes) ? "" : path + ": cannot be written";
+    return writeTemporary(file, write) ? "" : path + ": cannot be written";
 }
 
 // Hard links, where the file system has them: without one there is no way back from a rename.

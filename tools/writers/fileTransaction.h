@@ -5,6 +5,7 @@
 // the end of the process by SIGKILL leaves temporaries behind, which are in nobody's way; between
 // two renames it leaves each file whole, some of them new.
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -30,6 +31,13 @@ class FileTransaction {
     // Writes the bytes to a temporary. Gives what is wrong, or an empty text; a target that is
     // read-only is refused.
     std::string stage(const std::string &path, const std::vector<unsigned char> &bytes);
+
+    // Appends bytes to the temporary. False when they cannot be written; whoever calls it then
+    // ends.
+    using Append = std::function<bool(const void *bytes, std::size_t size)>;
+
+    // The same for a file that is made piece by piece: `write` returns false when it has failed.
+    std::string stage(const std::string &path, const std::function<bool(const Append &)> &write);
 
     // Takes over what another process has staged, or was about to stage.
     void adopt(Staged other) { files.push_back(std::move(other)); }
