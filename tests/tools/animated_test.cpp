@@ -168,7 +168,7 @@ class Reference {
         const std::size_t first = result.size();
         for (unsigned int f = 0; f < mesh.mNumFaces; ++f) {
             const unsigned int *index = mesh.mFaces[f].mIndices;
-            const auto corner = [&](int k) { return vectorFrom(mesh.mVertices[index[k]]); };
+            const auto corner = [&](int k) { return Vector(mesh.mVertices[index[k]]); };
             const Vector a = corner(1) - corner(0), b = corner(2) - corner(0);
             if (length(cross(a, b)) > 1e-9 * std::max(dot(a, a), dot(b, b))) // else not to be seen
                 result.push_back({vertices[index[0]], vertices[index[1]], vertices[index[2]]});
@@ -197,7 +197,7 @@ class Reference {
                 const unsigned int vertex = bone.mWeights[i].mVertexId;
                 if (bone.mWeights[i].mWeight > 0)
                     influences[vertex].emplace_back(bone.mWeights[i].mWeight,
-                                                    map(vectorFrom(mesh.mVertices[vertex])));
+                                                    map(Vector(mesh.mVertices[vertex])));
             }
         }
         std::vector<Vector> result;
@@ -216,7 +216,7 @@ class Reference {
             else if (lost[v])
                 result.push_back(Vector{} * std::nan("")); // nothing says where it is
             else
-                result.push_back(places.at(&node)(vectorFrom(mesh.mVertices[v])));
+                result.push_back(places.at(&node)(Vector(mesh.mVertices[v])));
         }
         return result;
     }

@@ -277,7 +277,7 @@ TEST(Motion, SkipsKeysThatAreNotFinite) {
     EXPECT_EQ(xAt(clip.move("n", {{0, {1, 0, 0}}, {1, {std::nanf(""), 0, 0}}, {2, {3, 0, 0}}}), 1),
               2);
     const Motion turned(clip.turn("n", {{0, aiQuaternion(0, 0, 0, 0)}}));
-    EXPECT_EQ(turned.at(1, aiMatrix4x4()).linear.row[0][0], 1);
+    EXPECT_EQ(turned.at(1, aiMatrix4x4()).linear[0][0], 1);
 }
 
 } // namespace

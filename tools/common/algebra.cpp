@@ -5,8 +5,6 @@
 
 namespace ravolt::tool {
 
-double length(const Vector &v) { return std::hypot(v.x, v.y, v.z); }
-
 Vector unit(const Vector &v, const Vector &otherwise) {
     const double size = length(v);
     return size > 0 && std::isfinite(size) ? v * (1 / size) : otherwise;
@@ -16,55 +14,39 @@ bool isFinite(const Vector &v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
-Matrix matrixOfColumns(const Vector &a, const Vector &b, const Vector &c) {
-    return {{{{a.x, b.x, c.x}, {a.y, b.y, c.y}, {a.z, b.z, c.z}}}};
+std::array<float, 3> floatsOf(const Vector &v) {
+    return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
 }
 
-Matrix operator*(const Matrix &a, const Matrix &b) {
-    return matrixOfColumns(a * b.column(0), a * b.column(1), a * b.column(2));
+Matrix matrixOfColumns(const Vector &a, const Vector &b, const Vector &c) {
+    return {a.x, b.x, c.x, a.y, b.y, c.y, a.z, b.z, c.z};
+}
+
+Vector columnOf(const Matrix &m, unsigned int index) {
+    return {m[0][index], m[1][index], m[2][index]};
 }
 
 Matrix operator*(const Matrix &m, double factor) {
-    return matrixOfColumns(m.column(0) * factor, m.column(1) * factor, m.column(2) * factor);
+    return matrixOfColumns(columnOf(m, 0) * factor, columnOf(m, 1) * factor,
+                           columnOf(m, 2) * factor);
 }
 
-Vector operator*(const Matrix &m, const Vector &v) {
-    return m.column(0) * v.x + m.column(1) * v.y + m.column(2) * v.z;
-}
-
-Matrix transposed(const Matrix &m) {
-    Matrix result;
-    for (int i = 0; i < 3; ++i)
-        for (int j = 0; j < 3; ++j)
-            result.row[i][j] = m.row[j][i];
-    return result;
-}
-
-Matrix cofactors(const Matrix &m) {
-    const Vector a = m.column(0), b = m.column(1), c = m.column(2);
-    return matrixOfColumns(cross(b, c), cross(c, a), cross(a, b));
-}
-
-double determinantOf(const Matrix &m) { return dot(m.column(0), cross(m.column(1), m.column(2))); }
+Matrix transposed(Matrix m) { return m.Transpose(); }
 
 double largestDifference(const Matrix &a, const Matrix &b) {
     double largest = 0;
-    for (std::size_t i = 0; i < 3; ++i)
-        for (std::size_t j = 0; j < 3; ++j)
-            largest = std::max(largest, std::abs(a.row[i][j] - b.row[i][j]));
+    for (unsigned int i = 0; i < 3; ++i)
+        for (unsigned int j = 0; j < 3; ++j)
+            largest = std::max(largest, std::abs(a[i][j] - b[i][j]));
     return largest;
 }
 
-double largestEntry(const Matrix &m) {
-    double largest = 0;
-    for (const auto &row : m.row)
-        for (double entry : row)
-            largest = std::max(largest, std::abs(entry));
-    return largest;
-}
+double largestEntry(const Matrix &m) { return largestDifference(m, m * 0); }
 
 Matrix normalMatrix(const Matrix &linear) {
-    return cofactors(linear) * (determinantOf(linear) < 0 ? -1 : 1);
+    const Vector a = columnOf(linear, 0), b = columnOf(linear, 1), c = columnOf(linear, 2);
+    const double sign = linear.Determinant() < 0 ? -1 : 1;
+    return matrixOfColumns(cross(b, c), cross(c, a), cross(a, b)) * sign;
 }
 
 Affine operator*(const Affine &outer, const Affine &inner) {
@@ -73,26 +55,23 @@ Affine operator*(const Affine &outer, const Affine &inner) {
 
 bool isFinite(const Affine &transform) {
     bool finite = isFinite(transform.offset);
-    for (int index = 0; index < 3; ++index)
-        finite = finite && isFinite(transform.linear.column(index));
+    for (unsigned int index = 0; index < 3; ++index)
+        finite = finite && isFinite(columnOf(transform.linear, index));
     return finite;
 }
 
 bool invert(const Affine &transform, Affine &result) {
-    const double determinant = determinantOf(transform.linear);
-    const Matrix inverse = transposed(cofactors(transform.linear)) * (1 / determinant);
+    const Matrix inverse = Matrix(transform.linear).Inverse(); // not finite if there is none
     const Affine candidate{inverse, inverse * (transform.offset * -1.0)};
-    if (determinant == 0 || !isFinite(candidate))
+    if (!isFinite(candidate))
         return false;
     result = candidate;
     return true;
 }
 
-Affine affineFrom(const aiMatrix4x4 &m) {
-    Affine result;
-    result.linear = matrixOfColumns({m.a1, m.b1, m.c1}, {m.a2, m.b2, m.c2}, {m.a3, m.b3, m.c3});
-    result.offset = {m.a4, m.b4, m.c4};
-    return result;
+Affine affineFrom(const aiMatrix4x4 &matrix) {
+    const aiMatrix4x4t<double> m = matrix;
+    return {Matrix(m), {m.a4, m.b4, m.c4}};
 }
 
 } // namespace ravolt::tool

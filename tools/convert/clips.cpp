@@ -26,10 +26,6 @@ std::string inSmallLetters(std::string text) {
     return text;
 }
 
-std::array<float, 3> floats(const Vector &v) {
-    return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
-}
-
 std::string rounded(double number) {
     char text[32];
     std::snprintf(text, sizeof text, "%.1f", number);
@@ -233,7 +229,7 @@ void Clips::write(const Source &source, const std::vector<bool> &moving) {
         std::vector<ravolt::RvaEntry> entries;
         for (std::size_t joint : joints) {
             const Placement &at = pose.placement[joint];
-            entries.push_back({floats(at.degrees), floats(at.position), true});
+            entries.push_back({floatsOf(at.degrees), floatsOf(at.position), true});
         }
         clip.frames.frames.push_back(std::move(entries));
     });

@@ -65,10 +65,6 @@ float cutOffOf(const aiLight &light, bool halfCones) {
     return std::isfinite(angle) ? static_cast<float>(std::clamp(angle, 0.0, 90.0)) : 45.0f;
 }
 
-ravolt::RveVector floats(const Vector &v) {
-    return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
-}
-
 } // namespace
 
 ModelLights::ModelLights(const Model &model, Report &report) : halfCones(model.hasHalfCones()) {
@@ -97,8 +93,8 @@ std::vector<const aiLight *> ModelLights::of(const std::string &node) const {
 }
 
 ravolt::RveNode ModelLights::convert(const aiLight &light, const Affine &frame) const {
-    const Vector position = vectorFrom(light.mPosition);
-    const Vector direction = frame.linear * vectorFrom(light.mDirection);
+    const Vector position = light.mPosition;
+    const Vector direction = frame.linear * Vector(light.mDirection);
     const float dimming = 1 / std::max(1.0f, strengthOf(light));
     const auto channel = [=](float value) {
         return std::isfinite(value) ? std::clamp(value * dimming, 0.0f, 1.0f) : 0.0f;
@@ -106,9 +102,9 @@ ravolt::RveNode ModelLights::convert(const aiLight &light, const Affine &frame) 
     ravolt::RveNode node;
     node.kind = ravolt::RveKind::light;
     node.name = light.mName.C_Str();
-    node.position = floats(frame(isFinite(position) ? position : Vector{}));
+    node.position = floatsOf(frame(isFinite(position) ? position : Vector{}));
     node.light.type = typeOf(light);
-    node.light.direction = floats(unit(direction, {0, 0, -1}));
+    node.light.direction = floatsOf(unit(direction, {0, 0, -1}));
     node.light.cutOff = cutOffOf(light, halfCones);
     node.light.color = {channel(light.mColorDiffuse.r), channel(light.mColorDiffuse.g),
                         channel(light.mColorDiffuse.b)};

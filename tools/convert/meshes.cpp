@@ -34,7 +34,7 @@ const Affine &transformOf(const VertexTransform &transform, const Affine &rigid,
 }
 
 Vector normalOf(const aiMesh &mesh, std::uint32_t vertex) {
-    return mesh.mNormals ? ravolt::tool::vectorFrom(mesh.mNormals[vertex]) : Vector{};
+    return mesh.mNormals ? Vector(mesh.mNormals[vertex]) : Vector{};
 }
 
 // Whether the triangles face away from the side that the normals call the outside, by nearly all
@@ -46,9 +46,9 @@ bool isInsideOut(const aiMesh &mesh) {
         if (!isTriangle(face))
             continue;
         const unsigned int *index = face.mIndices;
-        const Vector areaNormal = crossOf(ravolt::tool::vectorFrom(mesh.mVertices[index[0]]),
-                                          ravolt::tool::vectorFrom(mesh.mVertices[index[1]]),
-                                          ravolt::tool::vectorFrom(mesh.mVertices[index[2]]));
+        const Vector areaNormal =
+            crossOf(Vector(mesh.mVertices[index[0]]), Vector(mesh.mVertices[index[1]]),
+                    Vector(mesh.mVertices[index[2]]));
         const Vector normal =
             normalOf(mesh, index[0]) + normalOf(mesh, index[1]) + normalOf(mesh, index[2]);
         const double agreement = dot(areaNormal, normal);
@@ -80,8 +80,7 @@ std::uint32_t addVertex(Geometry &geometry, const aiMesh &mesh, const VertexTran
                         const Affine &rigid, std::uint32_t vertex) {
     const Affine &vertexTransform = transformOf(transform, rigid, vertex);
     const Vector normal = normalMatrix(vertexTransform.linear) * unit(normalOf(mesh, vertex));
-    geometry.positions.push_back(
-        pointFrom(vertexTransform(ravolt::tool::vectorFrom(mesh.mVertices[vertex]))));
+    geometry.positions.push_back(pointFrom(vertexTransform(Vector(mesh.mVertices[vertex]))));
     geometry.normals.push_back(pointFrom(unit(normal)));
     if (geometry.hasTexCoords) {
         const aiVector3D *channel = mesh.mTextureCoords[transform.channel];
@@ -249,7 +248,7 @@ Dropped append(Geometry &geometry, const aiMesh &mesh, const VertexTransform &tr
                 here = addVertex(geometry, mesh, transform, rigid, index[corner]);
             face[static_cast<std::size_t>(corner)] = here;
         }
-        const bool mirrored = determinantOf(transformOf(transform, rigid, index[0]).linear) < 0;
+        const bool mirrored = transformOf(transform, rigid, index[0]).linear.Determinant() < 0;
         if (mirrored != insideOut)
             std::swap(face[1], face[2]);
         if (!hasFinitePosition(geometry, face))

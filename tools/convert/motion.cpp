@@ -19,7 +19,9 @@ Quaternion sum(const Quaternion &a, double u, const Quaternion &b, double v) {
     return {a.w * u + b.w * v, a.x * u + b.x * v, a.y * u + b.y * v, a.z * u + b.z * v};
 }
 
-Quaternion quaternionFrom(const aiQuaternion &q) { return {q.w, q.x, q.y, q.z}; }
+Quaternion quaternionFrom(const aiQuaternion &q) {
+    return {q.w, q.x, q.y, q.z}; // has no conversion of its own
+}
 
 std::optional<Quaternion> unitFrom(const Quaternion &read) {
     const double size = std::sqrt(dotOf(read, read));
@@ -59,15 +61,6 @@ bool isReached(double time, double ticks, double span) {
 
 } // namespace
 
-Matrix matrixFrom(const Quaternion &q) {
-    return {{{{1 - 2 * (q.y * q.y + q.z * q.z), 2 * (q.x * q.y - q.w * q.z),
-               2 * (q.x * q.z + q.w * q.y)},
-              {2 * (q.x * q.y + q.w * q.z), 1 - 2 * (q.x * q.x + q.z * q.z),
-               2 * (q.y * q.z - q.w * q.x)},
-              {2 * (q.x * q.z - q.w * q.y), 2 * (q.y * q.z + q.w * q.x),
-               1 - 2 * (q.x * q.x + q.y * q.y)}}}};
-}
-
 Quaternion between(const Quaternion &a, const Quaternion &b, double factor) {
     const double cosine = std::clamp(dotOf(a, b), -1.0, 1.0);
     const double sign = cosine < 0 ? -1 : 1;
@@ -106,7 +99,7 @@ Motion::Motion(const aiNodeAnim &channel, const Interpolation &interpolation)
     scalings.between = interpolation.scalings;
     const auto takeVectors = [](const aiVectorKey *from, unsigned int number, Keys<Vector> &keys) {
         for (unsigned int i = 0; i < number; ++i)
-            if (const Vector value = vectorFrom(from[i].mValue);
+            if (const Vector value = from[i].mValue;
                 std::isfinite(from[i].mTime) && isFinite(value))
                 keys.list.push_back({from[i].mTime, value});
     };
@@ -124,11 +117,11 @@ Motion::Motion(const aiNodeAnim &channel, const Interpolation &interpolation)
     using Vectors = std::map<double, Vector>;
     addTangents(positions, interpolation, [](const aiNodeAnim &from, Vectors &to) {
         for (unsigned int i = 0; i < from.mNumPositionKeys; ++i)
-            to[from.mPositionKeys[i].mTime] = vectorFrom(from.mPositionKeys[i].mValue);
+            to[from.mPositionKeys[i].mTime] = from.mPositionKeys[i].mValue;
     });
     addTangents(scalings, interpolation, [](const aiNodeAnim &from, Vectors &to) {
         for (unsigned int i = 0; i < from.mNumScalingKeys; ++i)
-            to[from.mScalingKeys[i].mTime] = vectorFrom(from.mScalingKeys[i].mValue);
+            to[from.mScalingKeys[i].mTime] = from.mScalingKeys[i].mValue;
     });
     addTangents(
         rotations, interpolation, [](const aiNodeAnim &from, std::map<double, Quaternion> &to) {
@@ -201,11 +194,11 @@ Affine Motion::at(double ticks, const aiMatrix4x4 &own) const {
     aiQuaternion ownRotation;
     own.Decompose(ownScaling, ownRotation, ownPosition);
     const Quaternion otherwise = unitFrom(quaternionFrom(ownRotation)).value_or(Quaternion());
-    const Matrix rotation = matrixFrom(valueAt(rotations, ticks).value_or(otherwise));
-    const Vector scaling = valueAt(scalings, ticks).value_or(vectorFrom(ownScaling));
+    const Matrix rotation = valueAt(rotations, ticks).value_or(otherwise).GetMatrix();
+    const Vector scaling = valueAt(scalings, ticks).value_or(ownScaling);
     const Affine result{
         rotation * matrixOfColumns({scaling.x, 0, 0}, {0, scaling.y, 0}, {0, 0, scaling.z}),
-        valueAt(positions, ticks).value_or(vectorFrom(ownPosition))};
+        valueAt(positions, ticks).value_or(ownPosition)};
     return isFinite(result) ? result : Affine();
 }
 

@@ -11,12 +11,8 @@
 
 namespace ravolt::tool {
 
-// A rotation.
-struct Quaternion {
-    double w = 1, x = 0, y = 0, z = 0;
-};
+using Quaternion = aiQuaterniont<double>;
 
-Matrix matrixFrom(const Quaternion &q);
 // The shorter way round, and beyond its ends for factors outside of 0 to 1.
 Quaternion between(const Quaternion &a, const Quaternion &b, double factor);
 

@@ -10,13 +10,6 @@ namespace ravolt::tool {
 
 namespace {
 
-bool same(const Matrix &a, const Matrix &b) { return a.row == b.row; }
-
-bool same(const Affine &a, const Affine &b) {
-    return same(a.linear, b.linear) && a.offset.x == b.offset.x && a.offset.y == b.offset.y &&
-           a.offset.z == b.offset.z;
-}
-
 // The format's texts end at a zero and are at most 255 bytes long.
 std::string nameInModel(const aiScene &scene, const aiNode &node) {
     std::string name = node.mName.C_Str();
@@ -105,9 +98,9 @@ bool Skeleton::isInOwnPose(std::size_t index, const std::vector<Affine> &localTr
                            const Pose &made) const {
     const Joint &joint = list[index];
     return !own.placement.empty() && joint.parent == joint.parentInModel &&
-           same(localTransforms[index], locals[index]) &&
+           localTransforms[index] == locals[index] &&
            (joint.parent == nowhere ||
-            same(made.placement[joint.parent].residual, own.placement[joint.parent].residual));
+            made.placement[joint.parent].residual == own.placement[joint.parent].residual);
 }
 
 Pose Skeleton::pose(const std::vector<Affine> &localTransforms, const Pose *before) const {

@@ -18,13 +18,13 @@ namespace {
 // Position and rotation alone.
 Affine inverseOfRigid(const Affine &rigid) {
     const Matrix back = transposed(rigid.linear);
-    return {back, back * rigid.offset * -1};
+    return {back, back * rigid.offset * -1.0};
 }
 
 void addWeighted(Affine &sum, const Affine &map, double weight) {
-    for (std::size_t i = 0; i < 3; ++i)
-        for (std::size_t j = 0; j < 3; ++j)
-            sum.linear.row[i][j] += map.linear.row[i][j] * weight;
+    for (unsigned int i = 0; i < 3; ++i)
+        for (unsigned int j = 0; j < 3; ++j)
+            sum.linear[i][j] += map.linear[i][j] * weight;
     sum.offset = sum.offset + map.offset * weight;
 }
 
@@ -195,7 +195,7 @@ void Skins::setBindPose() {
 // Whether all joints of a vertex agree on its position.
 bool Skins::fitsBindPose(const Skin &skin, const aiMesh &mesh, std::size_t vertex,
                          double tolerance) const {
-    const Vector position = vectorFrom(mesh.mVertices[vertex]);
+    const Vector position = mesh.mVertices[vertex];
     const auto placed = [&](const Influence &influence) {
         return (bind.world[skin.joints[influence.bone]] * skin.toJoint[influence.bone])(position);
     };

@@ -16,13 +16,13 @@ namespace {
 // nearest orthogonal matrix.
 Matrix orthogonalFactor(Matrix m) {
     for (int turn = 0; turn < 100; ++turn) {
-        const Matrix inverseTranspose = cofactors(m) * (1 / determinantOf(m));
+        const Matrix inverseTranspose = transposed(Matrix(m).Inverse());
         double change = 0;
-        for (int i = 0; i < 3; ++i)
-            for (int j = 0; j < 3; ++j) {
-                const double next = (m.row[i][j] + inverseTranspose.row[i][j]) / 2;
-                change = std::max(change, std::abs(next - m.row[i][j]));
-                m.row[i][j] = next;
+        for (unsigned int i = 0; i < 3; ++i)
+            for (unsigned int j = 0; j < 3; ++j) {
+                const double next = (m[i][j] + inverseTranspose[i][j]) / 2;
+                change = std::max(change, std::abs(next - m[i][j]));
+                m[i][j] = next;
             }
         if (change < 1e-15)
             break;
@@ -33,14 +33,14 @@ Matrix orthogonalFactor(Matrix m) {
 // A rotation that goes with a flattened matrix: its columns give the axes that still have a
 // direction, the rest is made up.
 Matrix rotationOfFlat(const Matrix &m) {
-    int longest = 0;
-    for (int i = 1; i < 3; ++i)
-        if (length(m.column(i)) > length(m.column(longest)))
+    unsigned int longest = 0;
+    for (unsigned int i = 1; i < 3; ++i)
+        if (length(columnOf(m, i)) > length(columnOf(m, longest)))
             longest = i;
-    const int second = (longest + 1) % 3, third = (longest + 2) % 3;
-    const Vector first = unit(m.column(longest), {1, 0, 0});
+    const unsigned int second = (longest + 1) % 3, third = (longest + 2) % 3;
+    const Vector first = unit(columnOf(m, longest), {1, 0, 0});
     const auto beside = [&](const Vector &v) { return v - first * dot(first, v); };
-    const Vector a = beside(m.column(second)), b = beside(m.column(third));
+    const Vector a = beside(columnOf(m, second)), b = beside(columnOf(m, third));
     const Vector made = std::abs(first.x) < 0.6 ? Vector{1, 0, 0} : Vector{0, 1, 0};
     // The second axis comes from its own column, or from the third one's when that says more.
     const Vector next =
@@ -59,12 +59,12 @@ Matrix rotationOf(const Matrix &m) {
     if (size == 0)
         return Matrix();
     const Matrix normed = m * (1 / size);
-    if (std::abs(determinantOf(normed)) < 1e-9)
+    if (std::abs(normed.Determinant()) < 1e-9)
         return rotationOfFlat(normed);
     Matrix rotation = orthogonalFactor(normed);
-    if (determinantOf(rotation) < 0)
-        for (auto &row : rotation.row)
-            row[0] = -row[0];
+    if (rotation.Determinant() < 0)
+        for (unsigned int i = 0; i < 3; ++i)
+            rotation[i][0] = -rotation[i][0];
     return rotation;
 }
 

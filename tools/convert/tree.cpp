@@ -28,10 +28,6 @@ namespace {
 using ravolt::RveKind;
 using ravolt::RveNode;
 
-ravolt::RveVector floats(const Vector &v) {
-    return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
-}
-
 // What a name may be longer by than that of a node of the model: the number of a piece and the
 // like.
 constexpr std::size_t roomForMore = 12;
@@ -244,8 +240,8 @@ void TreeBuilder::addNode(std::size_t joint, RveNode &home) {
     const Placement &placement = skins.bindPose().placement[joint];
     RveNode result;
     result.name = skeleton.joints()[joint].name;
-    result.position = floats(placement.position);
-    result.rotation = floats(placement.degrees);
+    result.position = floatsOf(placement.position);
+    result.rotation = floatsOf(placement.degrees);
     fill(result, std::move(parts.rigid), skins.isBone(joint));
     if (!parts.skinned.empty())
         addSkinned(skeleton.freeName(result.name + "_skin", roomForMore), std::move(parts.skinned));

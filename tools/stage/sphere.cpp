@@ -110,7 +110,7 @@ void Extent::add(const Skin &skin) {
         Vector place;
         for (std::size_t k = i * data.weightsPerVertex; k < (i + 1) * data.weightsPerVertex; ++k)
             if (data.boneWeights[k] != 0)
-                place = place + moved[data.boneIndices[k]](data.vertices[i]) * data.boneWeights[k];
+                place += moved[data.boneIndices[k]](data.vertices[i]) * double(data.boneWeights[k]);
         places.push_back(place);
     }
 }
