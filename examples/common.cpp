@@ -40,21 +40,23 @@ void requireDisplay() {
 
 std::string folderOf(const std::string &file) { return file.substr(0, file.find_last_of('/') + 1); }
 
-Example::Example(int argc, char **argv, std::initializer_list<const char *> wanted) {
-    bool sensible = true;
+Example::Example(int argc, char **argv, std::initializer_list<const char *> required) {
+    bool valid = true;
     for (int i = 1; i < argc; ++i) {
         if (!std::strcmp(argv[i], "--frames") && i + 1 < argc) {
             frames = std::atoi(argv[++i]);
         } else if (!std::strcmp(argv[i], "--picture") && i + 1 < argc) {
             picture = argv[++i];
+        } else if (!std::strcmp(argv[i], "--draft")) {
+            draft = true;
         } else {
-            sensible = sensible && argv[i][0] != '-';
+            valid = valid && argv[i][0] != '-';
             files.push_back(argv[i]);
         }
     }
-    if (!sensible || files.size() != wanted.size()) {
-        std::fprintf(stderr, "usage: %s [--frames N] [--picture FILE.png]", argv[0]);
-        for (const char *file : wanted)
+    if (!valid || files.size() != required.size()) {
+        std::fprintf(stderr, "usage: %s [--frames N] [--picture FILE.png] [--draft]", argv[0]);
+        for (const char *file : required)
             std::fprintf(stderr, " %s", file);
         std::fprintf(stderr, "\n");
         std::exit(2);
@@ -88,13 +90,13 @@ float Example::seconds() const { return frames ? 1.0f / 30.0f : RAVOLT::getFPSfa
 // Only one %d or %s in the name is replaced: the name is not used as a format.
 void Example::writeFramePicture(bool last) const {
     const std::string name = picture ? picture : "";
-    const std::size_t place = name.find('%');
-    if (place == std::string::npos) {
+    const std::size_t percent = name.find('%');
+    if (percent == std::string::npos) {
         if (picture && last)
             writePicture(picture);
         return;
     }
-    const std::size_t kind = name.find_first_not_of("0123456789", place + 1);
+    const std::size_t kind = name.find_first_not_of("0123456789", percent + 1);
     char number[16];
     std::snprintf(number, sizeof number, "%03d", frame - 1);
     std::string word = number;
@@ -106,7 +108,7 @@ void Example::writeFramePicture(bool last) const {
     }
     const bool known = kind != std::string::npos && std::strchr("sd", name[kind]);
     const std::string rest = kind == std::string::npos ? "" : name.substr(known ? kind + 1 : kind);
-    writePicture((name.substr(0, place) + word + rest).c_str());
+    writePicture((name.substr(0, percent) + word + rest).c_str());
 }
 
 bool Example::next() {

@@ -3,21 +3,23 @@
 // What the examples share and what is not about the engine: the command line, the window's events,
 // and pictures of the frame.
 //
-//   EXAMPLE [--frames N] [--picture FILE.png] FILE ...
+//   EXAMPLE [--frames N] [--picture FILE.png] [--draft] FILE ...
 //
 // With --frames the program ends by itself after N frames. With --picture it writes the last one;
-// a "%03d" in the name makes it write them all, and a "%s" those that have a label.
+// a "%03d" in the name makes it write them all, and a "%s" those that have a label. With --draft
+// the stage is drawn small and with coarse shadows, for quick runs.
 
 #include <initializer_list>
 #include <string>
 #include <vector>
 
-// The part of a file's name up to the last slash, which stays; empty when there is none.
+// The part of a file's name up to and including the last slash; empty if there is none.
 std::string folderOf(const std::string &file);
 
 struct Example {
-    int frames = 0;                  // 0: until the window is closed
-    const char *picture = nullptr;   // NULL: none
+    int frames = 0;                // 0: until the window is closed
+    const char *picture = nullptr; // NULL: none
+    bool draft = false;
     std::vector<const char *> files; // as many as the constructor requires
 
     int frame = 0;               // frames that have been shown
@@ -26,10 +28,10 @@ struct Example {
     int mouseX = -1, mouseY = -1; // last click in window pixels, -1 for none since the last frame
     int wheel = 0;                // wheel steps since the last frame
 
-    // Reads the command line; `wanted` are the names of the required files in the usage line. Ends
-    // the program with that line when the command line is invalid, and with advice when there is no
-    // display.
-    Example(int argc, char **argv, std::initializer_list<const char *> wanted = {});
+    // Reads the command line; `required` are the names of the required files in the usage line.
+    // Ends the program with that line when the command line is invalid, and with advice when there
+    // is no display.
+    Example(int argc, char **argv, std::initializer_list<const char *> required = {});
 
     // To be called once after each RAVOLT::swap: handles the window's events and writes the picture
     // of the frame, if it has one. False when the program is to end.

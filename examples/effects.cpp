@@ -82,7 +82,7 @@ void setSkinningProgram(RVNODE *node, RVSHADER *program) {
 
 // Tone mapping adapts to the brightness over time. In a run for pictures, whose frames take any
 // time, this frame counts as a second, so that the adaptation is complete.
-void letTheEyeAdapt() {
+void adaptToneMapping() {
     RAVOLT::begin2D();
     RAVOLT::end2D();
     RAVOLT::swap();
@@ -95,7 +95,7 @@ int main(int argc, char **argv) {
     // init
     Example example(argc, argv,
                     {"SCENE.rve", "STAGE.rve", "CHARACTER.rve", "CLIP.rva", "VIDEO.m2v"});
-    if (!openStage("Ravolt: effects", example.files[0]))
+    if (!openStage("Ravolt: effects", example.files[0], example.draft))
         return 1;
     RVNODE *model = RAVOLT::load(example.files[0]), *stage = loadStage(example.files[1]);
     Walker walker(example.files[2], example.files[3]);
@@ -130,7 +130,7 @@ int main(int argc, char **argv) {
                    : time + example.seconds() / secondsOfAPart;
         example.label = static_cast<int>(time) != shown ? part.name : nullptr;
         if (part.tones && example.frames && example.label)
-            letTheEyeAdapt();
+            adaptToneMapping();
 
         // draw
         RAVOLT::clear(true, true, false);

@@ -23,18 +23,18 @@ RVNODE *skies[2] = {}; // each under a node of its own, by Daytime
 
 // Detaches a dome from the stage, to be drawn round the camera.
 RVNODE *takeSky(RVNODE *stage, const char *name) {
-    RVNODE *holder = new RVNODE();
+    RVNODE *parent = new RVNODE();
     if (RVNODE *dome = stage->findByNameInHierarchy(name)) {
         dome->unlink();
-        dome->link(holder);
+        dome->link(parent);
     }
-    return holder;
+    return parent;
 }
 
 } // namespace
 
-bool openStage(const char *title, const char *file) {
-    constexpr int width = 960, height = 600;
+bool openStage(const char *title, const char *file, bool draft) {
+    const int width = draft ? 240 : 960, height = draft ? 150 : 600;
     RVSETTINGS settings;
     settings.setTitle(title);
     settings.setWindowX(width);
@@ -42,8 +42,9 @@ bool openStage(const char *title, const char *file) {
     settings.setFBOSizeX(2 * width);
     settings.setFBOSizeY(2 * height);
     settings.setForceFBO(true);
-    settings.setShadowMapSize(4096); // smaller ones show steps on faces that the light grazes
-    settings.setVideoMemory(256);    // megabytes; SDL reports none, and 16 would be assumed
+    // Smaller shadow maps show steps on faces that the light grazes.
+    settings.setShadowMapSize(draft ? 256 : 4096);
+    settings.setVideoMemory(256); // megabytes; SDL reports none, and 16 would be assumed
     settings.setColorDepth(32);
     settings.setZetaDepth(24);
     settings.setShaders(true);

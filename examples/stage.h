@@ -15,8 +15,8 @@ enum class Daytime {
 };
 
 // Starts the engine, with programs and with textures from the folder of `file`. False when it does
-// not start; its log says why.
-bool openStage(const char *title, const char *file);
+// not start; its log says why. A draft has a small window and coarse shadows.
+bool openStage(const char *title, const char *file, bool draft);
 
 // The stage itself, without its skies. NULL when it cannot be loaded.
 RVNODE *loadStage(const char *file);

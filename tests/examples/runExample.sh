@@ -29,7 +29,7 @@ name=picture.png
 [ "$pictures" -eq 1 ] || name=picture_%s.png       # those that the example labels
 [ "$pictures" -ne "$frames" ] || name=picture_%d.png # all
 rm -f picture*.png
-"$example" --frames "$frames" --picture "$name" $files >output.txt || {
+"$example" --draft --frames "$frames" --picture "$name" $files >output.txt || {
     cat output.txt
     echo "FAILED: exit status"
     exit 1
