@@ -132,7 +132,7 @@ class Reference {
             for (const Corners &corners : triangles(skinned, 100))
                 for (const Vector &place : corners)
                     if (isFinite(place))
-                        box.take(place);
+                        box.add(place);
         return length(box.high - box.low);
     }
 

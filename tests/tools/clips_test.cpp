@@ -250,7 +250,7 @@ double xAt(const aiNodeAnim &channel, double ticks) {
 
 TEST(Motion, TurnsTheShorterWay) {
     const Quaternion a{1, 0, 0, 0}, b{-std::cos(0.1), 0, -std::sin(0.1), 0};
-    const Quaternion middle = between(a, b, 0.5);
+    const Quaternion middle = interpolate(a, b, 0.5);
     EXPECT_NEAR(std::abs(middle.w), std::cos(0.05), 1e-12);
     EXPECT_NEAR(std::abs(middle.y), std::sin(0.05), 1e-12);
 }

@@ -41,7 +41,7 @@ void addTriangles(const aiScene &scene, const aiNode &node, const Affine &parent
         for (unsigned int f = 0; f < mesh.mNumFaces; ++f)
             if (mesh.mFaces[f].mNumIndices == 3)
                 for (int k = 0; k < 3; ++k)
-                    box.take(here(Vector(mesh.mVertices[mesh.mFaces[f].mIndices[k]])));
+                    box.add(here(Vector(mesh.mVertices[mesh.mFaces[f].mIndices[k]])));
     }
     for (unsigned int i = 0; i < node.mNumChildren; ++i)
         addTriangles(scene, *node.mChildren[i], here, box);

@@ -30,8 +30,8 @@ TEST(EffectTables, HaveEachRowAtItsIndex) {
     for (std::size_t i = 0; i < numberOfEffectParameters; ++i) {
         const EffectParameterRow &row = effectParameterTable()[i];
         EXPECT_EQ(static_cast<std::size_t>(row.parameter), i);
-        EXPECT_LE(row.lowest, row.start) << row.option;
-        EXPECT_LE(row.start, row.highest) << row.option;
+        EXPECT_LE(row.min, row.start) << row.option;
+        EXPECT_LE(row.start, row.max) << row.option;
         EXPECT_GT(row.step, 0) << row.option;
     }
 }

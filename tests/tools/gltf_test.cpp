@@ -102,7 +102,7 @@ TEST(Gltf, WithInvalidUtf8IsReadAsItIs) {
 TEST(Gltf, AboveALimitIsReadAsItIs) {
     const GltfData data = twoCharacters("1");
     writeFile("two.glb", binaryOf(data.textWith(""), data.buffer()));
-    fs::resize_file("two.glb", GltfText::largestFile + 1); // a hole, not bytes
+    fs::resize_file("two.glb", GltfText::maxFileSize + 1); // a hole, not bytes
     const Made made = make("two.glb");
     EXPECT_TRUE(contains(made.report.warnings(),
                          "the file has more than 512 MB: equal names of nodes, steps and cubic "

@@ -58,25 +58,25 @@ TEST(Transforms, FindsTheAnglesOfEveryRotation) {
 }
 
 TEST(Transforms, DivideAMatrixIntoARotationAndAResidual) {
-    const Placement rotated = place({rotationFromDegrees({20, -35, 70}), {1, 2, 3}}, Matrix());
+    const Placement rotated = decompose({rotationFromDegrees({20, -35, 70}), {1, 2, 3}}, Matrix());
     expectNear(rotated.degrees, {20, -35, 70}, 1e-5);
     EXPECT_LT(largestDifference(rotated.residual, Matrix()), 1e-7);
     for (const Matrix &scale : {scaling(2, 3, 4), scaling(-1, 1, 1)}) {
-        const Placement placement = place({scale, {5, 6, 7}}, Matrix());
+        const Placement placement = decompose({scale, {5, 6, 7}}, Matrix());
         expectNear(placement.degrees, {}, 0);
         EXPECT_LT(largestDifference(placement.residual, scale), 1e-12);
     }
     for (double scale : {1e-30, 1e-9, 1e9, 1e30}) {
         const Placement placement =
-            place({rotationFromDegrees({10, 20, 30}) * scale, {}}, Matrix());
+            decompose({rotationFromDegrees({10, 20, 30}) * scale, {}}, Matrix());
         EXPECT_NEAR(placement.degrees.y, 20, 1e-5);
         EXPECT_LT(largestDifference(placement.residual, Matrix() * scale), scale * 1e-6);
     }
 }
 
 TEST(Transforms, ScalesThePositionsOfChildren) {
-    const Placement parent = place({scaling(2, 3, 4), {}}, Matrix());
-    expectNear(place({Matrix(), {1, 1, 1}}, parent.residual).position, {2, 3, 4}, 0);
+    const Placement parent = decompose({scaling(2, 3, 4), {}}, Matrix());
+    expectNear(decompose({Matrix(), {1, 1, 1}}, parent.residual).position, {2, 3, 4}, 0);
 }
 
 // Whatever the matrices, points end up where the model has them.
@@ -88,7 +88,7 @@ TEST(Transforms, PreservesWorldPositionsAlongBranchesOfAnyMatrices) {
         double size = 1; // of the numbers involved
         for (int level = 0; level < 6; ++level) {
             const Affine local{random.matrix(), random.vector(10)};
-            const Placement placement = place(local, residual);
+            const Placement placement = decompose(local, residual);
             model = model * local;
             engine = engine * rigid(placement);
             residual = placement.residual;
@@ -109,7 +109,7 @@ TEST(Transforms, PreservesWorldPositionsOfFlattenedNodes) {
                            rotationFromDegrees({30, 40, 50}) * scaling(1, 0, 2),
                            matrixOfColumns({1, 2, 3}, {2, 4, 6}, {-1, -2, -3})};
     for (const Matrix &matrix : flat) {
-        const Placement placement = place({matrix, {}}, Matrix());
+        const Placement placement = decompose({matrix, {}}, Matrix());
         const Matrix again = rotationFromDegrees(placement.degrees) * placement.residual;
         EXPECT_LT(largestDifference(again, matrix), 1e-6);
     }
@@ -132,7 +132,7 @@ TEST(Transforms, TurnsNearOtherAnglesWithTheSameRotation) {
     for (int i = 0; i < 1000; ++i) {
         const Vector near = random.vector(1000);
         const Matrix rotation = rotationFromDegrees(near + random.vector(1));
-        const Placement turned = turnedNear(place({rotation, {}}, Matrix()), near);
+        const Placement turned = turnedNear(decompose({rotation, {}}, Matrix()), near);
         EXPECT_LT(
             largestDifference(rotationFromDegrees(turned.degrees) * turned.residual, rotation),
             1e-9);
@@ -145,7 +145,7 @@ TEST(Transforms, TurnsNearOtherAnglesWithTheSameRotation) {
 TEST(Transforms, PreservesTheThirdAngleWhereOnlyTheSumCounts) {
     for (double y : {90.0, -90.0}) {
         const Matrix rotation = rotationFromDegrees({30, y, 40});
-        const Placement turned = turnedNear(place({rotation, {}}, Matrix()), {29, y, 41});
+        const Placement turned = turnedNear(decompose({rotation, {}}, Matrix()), {29, y, 41});
         EXPECT_NEAR(turned.degrees.z, 41, 1e-3);
         EXPECT_NEAR(turned.degrees.x, y > 0 ? 29 : 31, 1e-3);
         EXPECT_LT(largestDifference(rotationFromDegrees(turned.degrees), rotation), 1e-5);

@@ -77,11 +77,11 @@ void convert(const Options &options) {
                 result = stageModel(options, report, progress, job.files, job.inputs);
             }
             say(report, options.verbosity);
-            job.closingWords = figuresText(options.scene.string(), result);
+            job.closingMessage = figuresText(options.scene.string(), result);
         },
         done);
     if (!options.verbosity.quiet)
-        std::printf("%s\n", done.closingWords.c_str());
+        std::printf("%s\n", done.closingMessage.c_str());
 }
 
 } // namespace

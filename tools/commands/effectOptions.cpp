@@ -21,7 +21,7 @@ std::string helpFor(const EffectRow &row) {
 
 std::string helpFor(const EffectParameterRow &row) {
     char range[64];
-    std::snprintf(range, sizeof range, "; %g to %g (%g)", row.lowest, row.highest, row.start);
+    std::snprintf(range, sizeof range, "; %g to %g (%g)", row.min, row.max, row.start);
     return row.what + std::string(range);
 }
 
@@ -37,9 +37,8 @@ void addShadowMap(CLI::App &command, EffectOptions &to) {
     command
         .add_option(shadowMapOption, to.shadowMap,
                     "Side of the shadow map, the softer the smaller; " +
-                        std::to_string(smallestShadowMap) + " to " +
-                        std::to_string(largestShadowMap) + " (" + std::to_string(defaultShadowMap) +
-                        ")")
+                        std::to_string(minShadowMap) + " to " + std::to_string(maxShadowMap) +
+                        " (" + std::to_string(defaultShadowMap) + ")")
         ->option_text("PIXELS")
         ->group(group);
 }
@@ -67,9 +66,9 @@ void addEffects(CLI::App &command, EffectOptions &to) {
 void check(const EffectOptions &options) {
     for (const EffectParameterRow &row : effectParameterTable())
         if (const auto &value = options.parameters[static_cast<std::size_t>(row.parameter)])
-            requireWithin(row.option, *value, row.lowest, row.highest);
-    requireWithin(shadowMapOption, options.shadowMap.value_or(defaultShadowMap), smallestShadowMap,
-                  largestShadowMap);
+            requireWithin(row.option, *value, row.min, row.max);
+    requireWithin(shadowMapOption, options.shadowMap.value_or(defaultShadowMap), minShadowMap,
+                  maxShadowMap);
 }
 
 Effects effectsFrom(const EffectOptions &options) {

@@ -13,7 +13,7 @@ class App;
 
 namespace ravolt::tool {
 
-// As they were given. An option that shapes an effect switches it on too.
+// The values of the options. An option that is a parameter of an effect switches it on too.
 struct EffectOptions {
     std::array<bool, numberOfEffects> on{};
     std::array<std::optional<double>, numberOfEffectParameters> parameters{};

@@ -1,7 +1,7 @@
 #pragma once
 
 // The scene file that is to be shown: the one given, or one made of a model, in a temporary folder
-// that goes away with this object.
+// that is removed with this object.
 
 #include "tools/commands/showOptions.h"
 #include "tools/common/temporaryFolder.h"
@@ -14,25 +14,24 @@
 
 namespace ravolt::tool {
 
-// Says a report on standard error, line by line.
+// Prints a report on standard error, line by line.
 void say(const Report &report, const Verbosity &verbosity);
 
 class SceneToShow {
   public:
     // Throws Failure when there is no such file or the model cannot be converted.
-    SceneToShow(const ShowOptions &wanted, const Verbosity &verbosity);
+    SceneToShow(const ShowOptions &options, const Verbosity &verbosity);
 
     const std::filesystem::path &file() const { return scene; }
     // What was read for it.
     const InputFiles &inputs() const { return inputFiles; }
-    // Its skins and clips, and the clip that is wanted, for a time when the working folder is
-    // another.
+    // Its skins and clips, and the requested clip, valid after a change of the working folder too.
     const std::vector<SceneSkin> &skins() const { return sceneSkins; }
     const std::vector<ClipFile> &clips() const { return clipFiles; }
-    const std::string &wantedClip() const { return clip; }
+    const std::string &requestedClip() const { return clip; }
 
   private:
-    void convert(const ShowOptions &wanted, const Verbosity &verbosity);
+    void convert(const ShowOptions &options, const Verbosity &verbosity);
 
     std::optional<TemporaryFolder> folder;
     std::filesystem::path scene;

@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A name with a number in it is counted on from 0, whichever frame comes first.
+// Pictures are numbered from 0, whichever frame is the first.
 constexpr const char *videoHelp =
     "A video of a clip, of an even size:\n"
     "  ravolt shot MODEL --clip NAME --frames 0.. -o video_%04d.png\n"
@@ -63,11 +63,11 @@ void addOptions(CLI::App &app, ShotOptions &to) {
     app.footer(videoHelp);
 }
 
-constexpr int largestWhole = 4096; // which takes a gigabyte of video memory
+constexpr int maxTarget = 4096; // which needs a gigabyte of video memory
 
 constexpr int maxPictures = 10000;
 
-// What is drawn, one picture after the other.
+// The pictures to draw.
 struct Series {
     int pictures = 1;
     int firstFrame = 0;
@@ -76,7 +76,7 @@ struct Series {
     int digits = 3;        // of the number in file names that do not say
 };
 
-// A whole number from 0 to `most`; -1 for anything else.
+// A whole number from 0 to `maximum`; -1 for anything else.
 int wholeNumber(const std::string &text, int maximum) {
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -110,16 +110,16 @@ Series seriesFrom(const ShotOptions &options) {
     return series;
 }
 
-// Puts the number where the name has "%d", "%4d" or "%04d"; else in front of the ending. One
-// picture alone keeps a name without such a place.
+// Inserts the number at "%d", "%4d" or "%04d" in the name, else before the extension. The name of a
+// single picture without such a format is unchanged.
 fs::path pictureFile(const fs::path &output, int picture, const Series &series) {
     std::string name = output.filename().string();
-    static const std::regex place("%0?([1-9]?)d");
+    static const std::regex format("%0?([1-9]?)d");
     std::smatch found;
     int digits = series.digits;
     std::size_t at = output.stem().string().size(), length = 0;
     std::string before = "_";
-    if (std::regex_search(name, found, place)) {
+    if (std::regex_search(name, found, format)) {
         at = static_cast<std::size_t>(found.position());
         length = static_cast<std::size_t>(found.length());
         digits = found[1].length() ? std::stoi(found[1]) : 1;
@@ -132,7 +132,7 @@ fs::path pictureFile(const fs::path &output, int picture, const Series &series) 
     return output.parent_path() / name.replace(at, length, before + number);
 }
 
-// Fits the series to the clip, now that its length is known.
+// Adapts the series to the clip, whose length is known now.
 void fit(Series &series, const ShotOptions &options, const Playback &playback) {
     const int frames = playback.frames();
     if (series.ofClip && series.toTheEnd)
@@ -171,13 +171,13 @@ bool usesTarget(const ShotOptions &options) {
     return effectsFrom(options.effects).needWholePicture() && !options.wireframe;
 }
 
-// Twice the size for a smooth picture, but where that is too large. Lines are one pixel wide, and
+// Twice the size for a smooth picture, unless that is too large. Lines are one pixel wide, and
 // would fade.
 WindowSize sizeToDraw(const ShotOptions &options) {
     const WindowSize size = options.size;
     const bool lines = options.wireframe || options.normals || options.boxes;
-    const int largest = (usesTarget(options) ? largestWhole : 2 * largestWhole) / 2;
-    if (!options.smooth || lines || std::max(size.width, size.height) > largest)
+    const int limit = (usesTarget(options) ? maxTarget : 2 * maxTarget) / 2;
+    if (!options.smooth || lines || std::max(size.width, size.height) > limit)
         return size;
     return {2 * size.width, 2 * size.height};
 }
@@ -229,18 +229,18 @@ void drawPictures(const ShotOptions &options) {
     const SceneToShow scene(options, verbosity);
     const LogAtEnd logged(verbosity);
     WindowSize drawn = sizeToDraw(options);
-    if (usesTarget(options) && std::max(options.size.width, options.size.height) > largestWhole)
+    if (usesTarget(options) && std::max(options.size.width, options.size.height) > maxTarget)
         throw WrongOptions("--size " + std::to_string(options.size.width) + "x" +
                            std::to_string(options.size.height) +
                            ": with bloom, tone mapping or depth of field at most " +
-                           std::to_string(largestWhole) + " pixels in each direction");
+                           std::to_string(maxTarget) + " pixels in each direction");
     const std::unique_ptr<Engine> engine = startEngine(options, verbosity, drawn);
     RVNODE *root = engine->load(scene.file());
     Stage stage(root);
     Playback playback(root, scene.clips(), scene.skins());
     Series series = seriesFrom(options);
     if (!options.clip.empty()) {
-        playback.choose(scene.wantedClip());
+        playback.choose(scene.requestedClip());
         warnOfMissingNodes(playback, verbosity);
         stage.setSphere(playback.sphere());
         fit(series, options, playback);

@@ -15,14 +15,14 @@ namespace ravolt::tool {
 struct ShowOptions {
     std::filesystem::path input; // a scene, or a model
     WindowSize size;
-    std::string sizeText = "960x640"; // as it was given
+    std::string sizeText = "960x640"; // before it is parsed
     int rig = 0;
     std::optional<double> yaw, pitch; // degrees; without them the stage's own
     double zoom = 1;                  // a factor
     bool wireframe = false;
     bool twoSided = false;              // of a model
     SourceOptions sources;              // likewise
-    AlphaUse alpha = AlphaUse::picture; // of textures of a model that does not say
+    AlphaUse alpha = AlphaUse::picture; // of textures of a model that does not state it
     bool normals = false;
     bool boxes = false;
     EffectOptions effects;

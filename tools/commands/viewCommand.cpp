@@ -1,5 +1,5 @@
-// The viewer draws when something has changed, and sleeps otherwise; with tone mapping, which gets
-// used to the light over time, it draws all the time.
+// The viewer draws when something has changed, and sleeps otherwise; with tone mapping, which
+// adapts to the brightness over time, it draws all the time.
 
 #include "tools/commands/command.h"
 #include "tools/commands/scene.h"
@@ -76,7 +76,7 @@ class Viewer {
     void down() { stage.setPitch(stage.getPitch() - degreesPerKey); }
     void nearer() { stage.setZoom(stage.getZoom() * zoomPerStep); }
     void farther() { stage.setZoom(stage.getZoom() / zoomPerStep); }
-    void leave() { open = false; }
+    void quit() { open = false; }
     void help() { say(viewKeys()); }
     void nextClip() { chooseClip(false); }
     void previousClip() { chooseClip(true); }
@@ -152,8 +152,8 @@ const std::vector<Viewer::Key> &Viewer::keys() {
             {SDLK_PLUS, "+", "nearer", &Viewer::nearer},
             {SDLK_MINUS, "-", "farther", &Viewer::farther},
             {SDLK_h, "h", "show these keys", &Viewer::help},
-            {SDLK_q, "q", "leave", &Viewer::leave},
-            {SDLK_ESCAPE, "Escape", "leave", &Viewer::leave},
+            {SDLK_q, "q", "leave", &Viewer::quit},
+            {SDLK_ESCAPE, "Escape", "leave", &Viewer::quit},
         };
         list.insert(list.end(), rest.begin(), rest.end());
         return list;
@@ -166,7 +166,7 @@ void Viewer::say(const std::string &line) {
     std::fflush(stdout);
 }
 
-// What is on, in the window's title.
+// Shows the state in the window's title.
 void Viewer::showState() {
     std::string state = title;
     if (!playback.empty())
@@ -197,7 +197,7 @@ void Viewer::toggle(Effect effect) {
     showState();
 }
 
-// Bloom comes and goes with its brightness, unless the user has chosen another.
+// Bloom switches its brightness on and off with it, unless the user has chosen another.
 void Viewer::fitBrightness() {
     Effects effects = stage.getEffects();
     const double defaultValue = rowOf(EffectParameter::brightness).start,
@@ -241,16 +241,16 @@ void Viewer::step(int frames) {
     showState();
 }
 
-// Whether another frame of the clip is due.
+// Whether the clip shows another frame now.
 bool Viewer::advanceClip(double seconds) {
     const int period = playback.period();
     if (paused || period < 2)
         return false;
     clipSeconds = std::fmod(clipSeconds + seconds, period / options.fps);
-    const int due = std::min(static_cast<int>(clipSeconds * options.fps), period - 1);
-    if (due == playback.frame())
+    const int displayFrame = std::min(static_cast<int>(clipSeconds * options.fps), period - 1);
+    if (displayFrame == playback.frame())
         return false;
-    playback.setFrame(due);
+    playback.setFrame(displayFrame);
     showState();
     return true;
 }
@@ -259,11 +259,11 @@ void Viewer::nextParameter() {
     const auto isShown = [this](const EffectParameterRow &row) {
         return !row.of || stage.getEffects().isOn(*row.of);
     };
-    auto place = static_cast<std::size_t>(parameter);
+    auto index = static_cast<std::size_t>(parameter);
     do
-        place = (place + 1) % numberOfEffectParameters;
-    while (!isShown(effectParameterTable()[place])); // the first is always shown
-    parameter = effectParameterTable()[place].parameter;
+        index = (index + 1) % numberOfEffectParameters;
+    while (!isShown(effectParameterTable()[index])); // the first is always shown
+    parameter = effectParameterTable()[index].parameter;
     changeParameter(stage.getEffects().get(parameter));
 }
 
@@ -314,7 +314,7 @@ void Viewer::take(const SDL_Event &event) {
     changed = true;
     switch (event.type) {
     case SDL_QUIT:
-        leave();
+        quit();
         break;
     case SDL_KEYDOWN:
         press(event);
@@ -379,17 +379,17 @@ void Viewer::run() {
         if (spinning)
             stage.setYaw(stage.getYaw() + spinDegreesPerSecond * passed);
         changed = advanceClip(passed) || changed;
-        const bool due = changed || spinning || stage.getEffects().isOn(Effect::toneMapping);
-        if (due) {
+        const bool redraw = changed || spinning || stage.getEffects().isOn(Effect::toneMapping);
+        if (redraw) {
             changed = false;
             drawFrame();
         } else {
             SDL_Delay(10);
         }
-        drawn = due;
+        drawn = redraw;
         if (options.seconds > 0 &&
             std::chrono::duration<double>(now - start).count() >= options.seconds)
-            leave();
+            quit();
     }
 }
 
@@ -426,7 +426,7 @@ void view(const ViewOptions &options) {
     Stage stage(root);
     Playback playback(root, scene.clips(), scene.skins());
     if (!options.clip.empty())
-        playback.choose(scene.wantedClip());
+        playback.choose(scene.requestedClip());
     else
         chooseFirst(playback, verbosity);
     warnOfMissingNodes(playback, verbosity);

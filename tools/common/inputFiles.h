@@ -1,7 +1,7 @@
 #pragma once
 
-// The files that a conversion reads, known by what they are and not by their names, so that none of
-// them is ever written to, not through a link either.
+// The files that a conversion reads, identified by device and inode instead of by name, so that
+// none of them is ever written to, not through a link either.
 
 #include <compare>
 #include <filesystem>

@@ -1,25 +1,25 @@
 #pragma once
 
-// Everything that the tool says on standard error, in lines that start with its name.
+// The tool's messages on standard error, in lines that start with its name.
 
 #include <string>
 
 namespace ravolt::tool {
 
-// How much is said on standard error: with `quiet` nothing but failures, with `verbose` also notes
+// Which messages are printed: with `quiet` only errors, with `verbose` also notes
 // and the engine's log.
 struct Verbosity {
     bool quiet = false;
     bool verbose = false;
 };
 
-// Why the job failed.
+// An error: why the job failed.
 void sayError(const std::string &line);
 
-// What is lost or wrong in the result; nothing with `quiet`.
+// A warning: what is lost or wrong in the result.
 void warn(const std::string &line, const Verbosity &verbosity);
 
-// Anything else worth knowing, with `verbose` alone.
+// A note, with `verbose` only.
 void note(const std::string &line, const Verbosity &verbosity);
 
 } // namespace ravolt::tool

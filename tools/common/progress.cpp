@@ -10,11 +10,11 @@ namespace ravolt::tool {
 namespace {
 
 constexpr int barWidth = 30;
-constexpr std::chrono::milliseconds patience(500); // short work shows no bar
+constexpr std::chrono::milliseconds delay(500); // shorter work shows no bar
 
 } // namespace
 
-Progress::Progress(bool wanted) : shown(wanted && isatty(STDERR_FILENO)) {}
+Progress::Progress(bool enabled) : shown(enabled && isatty(STDERR_FILENO)) {}
 
 Progress::~Progress() {
     if (drawn)
@@ -30,7 +30,7 @@ void Progress::step(const std::string &name, double from, double to) {
 }
 
 void Progress::update(double part) {
-    if (!shown || !std::isfinite(part) || Clock::now() - born < patience)
+    if (!shown || !std::isfinite(part) || Clock::now() - created < delay)
         return;
     const double whole = start + (end - start) * std::clamp(part, 0.0, 1.0);
     const int percent = static_cast<int>(whole * 100);

@@ -1,7 +1,7 @@
 #pragma once
 
-// A progress bar on the terminal for work that takes longer than a moment. It writes to standard
-// error, only when that is a terminal, and takes itself away when the work is done.
+// A progress bar on the terminal for longer work. It writes to standard error, only if that is a
+// terminal, and is erased when the work is done.
 
 #include <chrono>
 #include <string>
@@ -10,8 +10,8 @@ namespace ravolt::tool {
 
 class Progress {
   public:
-    // `wanted` false keeps it silent.
-    explicit Progress(bool wanted);
+    // `enabled` false draws nothing.
+    explicit Progress(bool enabled);
     ~Progress();
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
@@ -19,7 +19,7 @@ class Progress {
     // Names the step that begins, and the part of the whole, 0 to 1, that it spans.
     void step(const std::string &name, double from, double to);
 
-    // How far the step has come, 0 to 1.
+    // The completed part of the step, 0 to 1.
     void update(double part);
 
   private:
@@ -30,7 +30,7 @@ class Progress {
     int lastPercent = -1;
     double start = 0, end = 0;
     std::string label;
-    Clock::time_point born = Clock::now();
+    Clock::time_point created = Clock::now();
 };
 
 } // namespace ravolt::tool

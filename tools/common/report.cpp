@@ -6,7 +6,7 @@ namespace ravolt::tool {
 
 namespace {
 
-// Names in models may hold anything, and lines go to terminals.
+// Names in models may contain control characters, which a terminal would interpret.
 void addOnce(std::vector<std::string> &lines, std::string line) {
     std::replace_if(
         line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 127; }, '?');

@@ -1,7 +1,7 @@
 #pragma once
 
-// What a conversion has to say beside its result: one line for each thing that the scene format
-// cannot hold or that had to be changed. A line that is said twice is kept once.
+// The messages of a conversion: one line for each thing that the scene format cannot store or that
+// had to be changed. Equal lines are stored once.
 
 #include <string>
 #include <vector>

@@ -23,7 +23,7 @@ Matrix rotationFromDegrees(const Vector &degrees) {
 
 Vector degreesFromRotation(const Matrix &r) {
     const double cosineOfY = std::hypot(r[0][0], r[0][1]);
-    // Straight up or down only the sum or the difference of the other two angles counts.
+    // At +-90 degrees only the sum or the difference of the other two angles counts.
     const bool locked = cosineOfY < 1e-9;
     const double x = locked ? std::atan2(r[2][1], r[1][1]) : std::atan2(-r[1][2], r[2][2]);
     const double y = std::atan2(r[0][2], cosineOfY);

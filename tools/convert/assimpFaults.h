@@ -1,8 +1,9 @@
 #pragma once
 
 // Faults of assimp that the converter corrects in what assimp returns, each only for the releases
-// in which it was seen: a release without the fault would be corrected twice. Where a later release
-// still has it, the test of its correction fails there, and the last release of its row moves up.
+// in which it was seen: the correction would break the result of a release without the fault. If a
+// later release has the fault too, the test of the correction fails: raise the last release of its
+// row then.
 
 namespace ravolt::tool {
 

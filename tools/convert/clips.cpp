@@ -1,5 +1,5 @@
-// Every clip states all the nodes that any clip of the model moves, so that whichever comes after
-// which, no limb remains in the pose of another clip. A clip has one frame more than full
+// Every clip has all nodes that any clip of the model moves, so that no node remains in the pose of
+// the clip that was applied before. A clip has one frame more than full
 // intervals; when the movement ends between two frames, the last one shows its end.
 
 #include "tools/convert/clips.h"
@@ -17,7 +17,7 @@ namespace ravolt::tool {
 
 namespace {
 
-// assimp's own choice where a model does not state the length of a tick.
+// assimp's default if a model does not state the length of a tick.
 constexpr double defaultTicksPerSecond = 25;
 
 std::string inSmallLetters(std::string text) {
@@ -32,7 +32,7 @@ std::string rounded(double number) {
     return text;
 }
 
-// Names the option by which a clip is not cut, to two digits that count.
+// Names the option with which a clip is not cut, to two significant digits.
 std::string fittingRate(double maxRate) {
     if (maxRate < minFps)
         return "";
@@ -103,7 +103,7 @@ void Clips::read(unsigned int index) {
     for (unsigned int i = 0; i < animation.mNumChannels; ++i) {
         const aiNodeAnim &channel = *animation.mChannels[i];
         const std::size_t joint = skeleton.find(channel.mNodeName.C_Str());
-        if (joint == nowhere) {
+        if (joint == noJoint) {
             ++unknown;
         } else if (known.insert(joint).second) {
             const auto found = interpolations.find({index, channel.mNodeName.C_Str()});
@@ -124,27 +124,27 @@ void Clips::read(unsigned int index) {
     sources.push_back(std::move(source));
 }
 
-// Some readers state durations far beyond the last key, and some formats number their frames from
-// one: then the keys reach beyond the duration, and the clip starts with the first of them.
+// Some readers state durations far beyond the last key. Some formats number their frames from one:
+// then the keys exceed the duration, and the clip starts with the first key.
 void Clips::setTimes(Source &source, const aiAnimation &animation) {
     double first = std::numeric_limits<double>::infinity(), last = 0;
-    bool goesOn = false;
+    bool continues = false;
     for (const Track &track : source.tracks) {
         first = std::min(first, track.motion.firstKey());
         last = std::max(last, track.motion.lastKey());
-        goesOn = goesOn || track.motion.goesOn();
+        continues = continues || track.motion.continuesAfterEnd();
     }
     const double duration =
         std::isfinite(animation.mDuration) ? std::max(0.0, animation.mDuration) : 0;
-    const double end = goesOn && duration > 0 ? duration : last;
-    if (!goesOn && std::isfinite(first) && last > duration && last - first <= duration)
+    const double end = continues && duration > 0 ? duration : last;
+    if (!continues && std::isfinite(first) && last > duration && last - first <= duration)
         source.firstTick = first;
     if (std::isfinite(animation.mTicksPerSecond) && animation.mTicksPerSecond > 0)
         source.ticksPerSecond = animation.mTicksPerSecond;
     else
         source.ticksPerSecond = defaultTicksPerSecond;
     source.seconds = (end - source.firstTick) / source.ticksPerSecond;
-    constexpr double sameFrame = 1e-3; // what keys on a frame may miss it by
+    constexpr double sameFrame = 1e-3; // tolerance of keys on a frame
     const double frames = std::ceil(source.seconds * fps - sameFrame) + 1;
     constexpr auto maxFrames = static_cast<double>(ravolt::rvaFrames);
     source.frames = static_cast<std::size_t>(std::clamp(frames, 1.0, maxFrames));
@@ -171,9 +171,9 @@ template <class Visit> void Clips::play(const Source &source, const Visit &visit
 }
 
 bool Clips::differs(const Placement &placement, std::size_t joint) const {
-    const Placement &still = skins.bindPose().placement[joint];
-    return length(placement.degrees - still.degrees) > 1e-4 ||
-           length(placement.position - still.position) > size * 1e-6;
+    const Placement &bound = skins.bindPose().placement[joint];
+    return length(placement.degrees - bound.degrees) > 1e-4 ||
+           length(placement.position - bound.position) > size * 1e-6;
 }
 
 // Whether everything attached to the joint would have to change its size.

@@ -1,7 +1,7 @@
 #pragma once
 
-// Movements of a model as clips (RVA): for each frame the place and the rotation of each node that
-// some clip of the model moves.
+// Animations of a model as clips (RVA): for each frame the position and the rotation of each node
+// that some clip of the model moves.
 
 #include "tools/common/report.h"
 #include "tools/convert/gltf2.h"

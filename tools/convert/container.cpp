@@ -11,7 +11,7 @@ namespace {
 
 class Bytes {
   public:
-    // Nothing is taken out of a pipe, which can be read but once.
+    // A pipe is not read, since it can be read only once.
     explicit Bytes(const std::filesystem::path &file) {
         std::error_code error;
         if (!std::filesystem::is_regular_file(file, error))
@@ -85,7 +85,7 @@ std::uint64_t statedSize(Bytes &file) {
     return 0;
 }
 
-constexpr std::uint64_t longestFile = std::uint64_t(1) << 40; // no model has a terabyte
+constexpr std::uint64_t maxFileSize = std::uint64_t(1) << 40; // no model has a terabyte
 
 // The records of a binary FBX file, each of which states where it ends; a record of zeros is last.
 std::string cutFbx(Bytes &file) {
@@ -97,8 +97,8 @@ std::string cutFbx(Bytes &file) {
             file.little(at) | (isLong ? std::uint64_t(file.little(at + 4)) << 32 : 0);
         if (end == 0)
             return "";
-        if (end > longestFile)
-            return ""; // wrong in another way
+        if (end > maxFileSize)
+            return ""; // invalid in another way
         if (end > file.size())
             return complaint("a record ends at", end, file.size());
         if (end <= at)

@@ -64,7 +64,7 @@ Textures::Options textureOptions(const ConvertOptions &options) {
         result.forbidden =
             options.scene.string() + ": is no regular file, so the textures cannot stand beside it";
     result.prefix = options.prefix;
-    result.largest = options.largestTexture;
+    result.maxSide = options.largestTexture;
     return result;
 }
 

@@ -19,15 +19,15 @@ namespace ravolt::tool {
 
 struct ConvertOptions {
     std::filesystem::path model;
-    std::filesystem::path scene; // the file to write; textures and clips go beside it
+    std::filesystem::path scene; // the file to write; textures and clips are written beside it
     SourceOptions sources;
     bool normalMaps = false;            // also write NAME_n.tga
     bool twoSided = false;              // every surface can be seen from behind
-    AlphaUse alpha = AlphaUse::picture; // of textures where the model does not say
+    AlphaUse alpha = AlphaUse::picture; // of textures where the model does not state it
     unsigned int largestTexture = 4096;
     double scale = 1;   // of all lengths
     double fps = 30;    // frames of a clip in a second
-    std::string prefix; // put in front of the names of materials and textures
+    std::string prefix; // of the names of materials and textures
 };
 
 // Figures of a scene, for a closing line.
@@ -50,17 +50,18 @@ struct Converted {
 // The file of a clip: SCENE.NAME.rva beside SCENE.rve.
 std::filesystem::path clipFile(const std::filesystem::path &scene, const std::string &clip);
 
-// What is made of a model, with its textures staged in `files`. What it reads is added to `inputs`.
+// Converts a model, with its textures staged in `files`. The files that it reads are added to
+// `inputs`.
 // Throws Failure.
 Converted makeScene(const ConvertOptions &options, Report &report, Progress &progress,
                     FileTransaction &files, InputFiles &inputs);
 
-// The whole, staged in `files`. Throws Failure, with one line, when there is no scene to be made or
-// it cannot be written, or would replace one of its own inputs.
+// Converts a model, with all files staged in `files`. Throws Failure, with one line, if it cannot
+// be converted or written, or would replace one of its own inputs.
 ConvertResult stageModel(const ConvertOptions &options, Report &report, Progress &progress,
                          FileTransaction &files, InputFiles &inputs);
 
-// The whole, written. Throws Failure; all files are as they were then.
+// Converts a model and writes all files. Throws Failure; then all files are unchanged.
 ConvertResult convertModel(const ConvertOptions &options, Report &report, Progress &progress);
 
 } // namespace ravolt::tool

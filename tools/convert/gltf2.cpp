@@ -108,11 +108,11 @@ bool copySharedMeshes(Json &document) {
     return !copies.empty();
 }
 
-Between kindOf(const Json &sampler) {
+InterpolationMode kindOf(const Json &sampler) {
     const std::string interpolation = textOf(sampler, "interpolation");
     if (interpolation == "STEP")
-        return Between::step;
-    return interpolation == "CUBICSPLINE" ? Between::cubic : Between::linear;
+        return InterpolationMode::step;
+    return interpolation == "CUBICSPLINE" ? InterpolationMode::cubic : InterpolationMode::linear;
 }
 
 Interpolations interpolationsOf(const Json &document, const std::vector<std::string> &names) {
@@ -122,9 +122,9 @@ Interpolations interpolationsOf(const Json &document, const std::vector<std::str
         for (const Json &channel : listOf(animations[i], "channels")) {
             const Json &target = objectOf(channel, "target");
             const std::size_t node = numberOf(target, "node");
-            const Between kind =
+            const InterpolationMode kind =
                 kindOf(itemOf(listOf(animations[i], "samplers"), numberOf(channel, "sampler")));
-            if (node >= names.size() || kind == Between::linear)
+            if (node >= names.size() || kind == InterpolationMode::linear)
                 continue;
             Interpolation &way = result[{i, names[node]}];
             const std::string path = textOf(target, "path");
@@ -179,7 +179,7 @@ class TangentWriter {
         const Json &times = itemOf(accessors, numberOf(sampler, "input"));
         const Json &view = itemOf(listOf(document, "bufferViews"), numberOf(values, "bufferView"));
         constexpr std::size_t floats = 5126;
-        return kindOf(sampler) == Between::cubic && !times.is_null() && !view.is_null() &&
+        return kindOf(sampler) == InterpolationMode::cubic && !times.is_null() && !view.is_null() &&
                !values.contains("sparse") && numberOf(values, "componentType") == floats &&
                numberOf(view, "byteStride", 0) == 0 &&
                numberOf(values, "count", 0) == 3 * numberOf(times, "count", 0);
@@ -233,7 +233,7 @@ Gltf2File::Gltf2File(const std::filesystem::path &path, Report &report) {
     constexpr const char *lost = ": equal names of nodes, steps and cubic curves of clips are lost";
     const GltfText file(path);
     if (file.isTooLarge()) {
-        report.warn("the file has more than " + std::to_string(GltfText::largestFile >> 20) +
+        report.warn("the file has more than " + std::to_string(GltfText::maxFileSize >> 20) +
                     " MB" + lost);
         return;
     }

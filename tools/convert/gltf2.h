@@ -1,8 +1,8 @@
 #pragma once
 
-// What of a glTF 2 file gets lost in assimp, which knows nodes by their names alone, gives a mesh
-// one skin, and takes the values of keys without the way from one to the next. The file is read
-// before it, and what assimp reads instead says the same in a form that it keeps.
+// Preserves what assimp loses of a glTF 2 file: it finds nodes by their names alone, gives a mesh
+// one skin, and ignores the interpolation between keys. The file is read before assimp does, and
+// assimp reads an equivalent replacement in a form that it preserves.
 
 #include "tools/common/report.h"
 #include "tools/convert/motion.h"
@@ -23,17 +23,17 @@ using Interpolations = std::map<std::pair<std::size_t, std::string>, Interpolati
 
 class Gltf2File {
   public:
-    // Anything else than a glTF 2 file with such things has no replacement. Warns of a file that is
-    // too large for one.
+    // Only a glTF 2 file with such contents has a replacement. Warns of a file that is too large or
+    // invalid.
     Gltf2File(const std::filesystem::path &file, Report &report);
 
-    // What assimp is to read in place of the file; empty when the file itself.
+    // What assimp reads instead of the file; empty if it reads the file itself.
     const std::string &replacement() const { return bytes; }
     // How many nodes have another name there.
     std::size_t renamedNodes() const { return renamed; }
 
-    // Takes what the replacement has beside the model out of the scene that assimp made of it. It
-    // belongs to this object, and the interpolations point into it.
+    // Moves the additional animations of the replacement out of assimp's scene into this object;
+    // the interpolations point into them.
     Interpolations takeInterpolations(aiScene &scene);
     // As above, for a scene of the file itself: without the tangents of cubic ones.
     const Interpolations &plainInterpolations() const { return interpolations; }

@@ -19,7 +19,7 @@ GltfText::GltfText(const std::filesystem::path &file) {
     if (!std::filesystem::is_regular_file(file, error))
         return;
     const std::uintmax_t size = std::filesystem::file_size(file, error);
-    tooLarge = !error && size > largestFile;
+    tooLarge = !error && size > maxFileSize;
     if (error || tooLarge)
         return;
     std::ifstream stream(file, std::ios::binary);

@@ -10,10 +10,10 @@ namespace ravolt::tool {
 
 class GltfText {
   public:
-    // In bytes; the whole of it is in memory, twice where it is changed.
-    static constexpr std::size_t largestFile = std::size_t(512) << 20;
+    // In bytes; all of it is in memory, several times if it is changed.
+    static constexpr std::size_t maxFileSize = std::size_t(512) << 20;
 
-    // No text where the file is too large, or is no regular file, which can be read but once.
+    // Without a text if the file is too large, or is no regular file, which can be read only once.
     explicit GltfText(const std::filesystem::path &file);
 
     bool isTooLarge() const { return tooLarge; }

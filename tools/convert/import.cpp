@@ -36,7 +36,7 @@ constexpr float creaseAngle = 60;
 constexpr unsigned int steps = aiProcess_Triangulate | aiProcess_SortByPType |
                                aiProcess_GenSmoothNormals | aiProcess_GenUVCoords;
 
-// Hands assimp's steps to our progress bar.
+// Forwards assimp's progress to the progress bar.
 class Handler : public Assimp::ProgressHandler {
   public:
     explicit Handler(Progress &target) : progress(target) {}
@@ -87,7 +87,7 @@ bool isGltf(const std::filesystem::path &file) {
     return ending == ".gltf" || ending == ".glb" || ending == ".vrm";
 }
 
-// One line, without the line ends that some importers put into their reasons.
+// One line, without the line ends that some importers write into their reasons.
 std::string oneLine(std::string text) {
     std::replace(text.begin(), text.end(), '\n', ' ');
     std::replace(text.begin(), text.end(), '\r', ' ');
@@ -120,13 +120,13 @@ bool isDrawable(const aiMesh &mesh, const aiFace &face) {
     });
 }
 
-// Some readers state more than they have made. After this no pointer has to be checked again.
+// Some readers state more items than they created. After this no pointer needs another check.
 template <class T> void dropNull(T **items, unsigned int &number) {
     T **const end = items ? std::remove(items, items + number, nullptr) : items;
     number = static_cast<unsigned int>(end - items);
 }
 
-// Those that are referred to by number.
+// Items that are referred to by number.
 template <class T> void replaceNull(T **items, unsigned int &number) {
     if (!items)
         number = 0;
@@ -185,7 +185,8 @@ void dropNullPointers(aiScene &scene) {
         dropNullInAnimation(*scene.mAnimations[i]);
 }
 
-// Returns how many faces went. Faces swap their index arrays, so nothing is lost or freed twice.
+// Returns how many faces were dropped. Faces swap their index arrays, so that none is leaked or
+// freed twice.
 std::size_t dropBadFaces(aiMesh &mesh) {
     if (!mesh.mVertices)
         mesh.mNumVertices = 0;
@@ -215,7 +216,7 @@ std::size_t dropBadWeights(aiMesh &mesh) {
     return dropped;
 }
 
-// Vertices that no face uses any more must not poison what assimp computes over all of them.
+// Vertices that no face uses any more must not affect what assimp computes of all vertices.
 void zeroBadVertices(aiMesh &mesh) {
     for (unsigned int i = 0; i < mesh.mNumVertices; ++i)
         if (!isFinite(mesh.mVertices[i]))
@@ -233,7 +234,7 @@ std::size_t zeroBadTexCoords(aiMesh &mesh) {
     return zeroed;
 }
 
-// Nodes that name a mesh which does not exist lose it.
+// Removes references of nodes to meshes that do not exist.
 void dropBadReferences(aiNode &node, unsigned int numberOfMeshes) {
     const auto end = std::remove_if(node.mMeshes, node.mMeshes + node.mNumMeshes,
                                     [=](unsigned int index) { return index >= numberOfMeshes; });
@@ -242,7 +243,7 @@ void dropBadReferences(aiNode &node, unsigned int numberOfMeshes) {
         dropBadReferences(*node.mChildren[i], numberOfMeshes);
 }
 
-// What is in the file but is no surface, counted before the meshes are looked at one by one.
+// Whether any mesh has a face.
 bool hasFaces(const aiScene &scene) {
     return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes,
                        [](const aiMesh *mesh) { return mesh->mNumFaces > 0; });
@@ -252,12 +253,12 @@ bool hasFaces(const aiScene &scene) {
 
 void cleanScene(aiScene &scene, Report &report) {
     dropNullPointers(scene);
-    std::size_t faces = 0, weights = 0, places = 0;
+    std::size_t faces = 0, weights = 0, texCoords = 0;
     for (unsigned int i = 0; i < scene.mNumMeshes; ++i) {
         aiMesh &mesh = *scene.mMeshes[i];
         faces += dropBadFaces(mesh);
         weights += dropBadWeights(mesh);
-        places += zeroBadTexCoords(mesh);
+        texCoords += zeroBadTexCoords(mesh);
         zeroBadVertices(mesh);
         unweld(mesh);
         if (mesh.mMaterialIndex >= scene.mNumMaterials)
@@ -269,8 +270,8 @@ void cleanScene(aiScene &scene, Report &report) {
                     " dropped: vertices that do not exist or have no finite position");
     if (weights)
         report.warn(counted(weights, "bone weight", "bone weights") + " of no vertex dropped");
-    if (places)
-        report.warn(counted(places, "texture coordinate", "texture coordinates") +
+    if (texCoords)
+        report.warn(counted(texCoords, "texture coordinate", "texture coordinates") +
                     " without a finite value set to zero");
 }
 
@@ -314,7 +315,7 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
     importer.SetIOHandler(files.makeIoSystem()); // the importer deletes each one
     Handler handler(progress);
     importer.SetProgressHandler(&handler);
-    // The importer deletes its handler unless it is taken away again.
+    // The importer deletes its handler unless it is reset.
     struct Release {
         Assimp::Importer &importer;
         ~Release() { importer.SetProgressHandler(nullptr); }
@@ -327,7 +328,7 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
     progress.step("reading " + std::filesystem::path(path).filename().string(), 0, 0.35);
     readFile(path, files, report);
     // The scene belongs to the importer, which returns it as constant; before the steps run
-    // nobody else looks at it.
+    // nothing else reads it.
     aiScene &read = const_cast<aiScene &>(*importer.GetScene());
     if (!read.mRootNode)
         throw Failure(path, "has no nodes");
@@ -349,7 +350,7 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
     if (!current)
         throw Failure(path, oneLine(importer.GetErrorString()));
     bakeVertexColors(read, {linearColors, textureLimit}, report);
-    // assimp's own step joins vertices of different bones.
+    // assimp's own step would weld vertices of different bones.
     for (unsigned int i = 0; i < current->mNumMeshes; ++i)
         weldVertices(*current->mMeshes[i]);
 }

@@ -20,11 +20,11 @@ namespace ravolt::tool {
 
 class Model {
   public:
-    // Throws Failure, with one line, when the file cannot be read or holds nothing to draw.
+    // Throws Failure, with one line, when the file cannot be read or has nothing to draw.
     // Further files of the model are read through `files`. Textures that are made of vertex colours
     // have sides of at most `textureLimit` pixels.
     Model(const std::string &path, ModelFiles &files, Report &report, Progress &progress,
-          unsigned int textureLimit = largestTexture);
+          unsigned int textureLimit = maxTextureSide);
 
     const aiScene &scene() const { return *current; }
 

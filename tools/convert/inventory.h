@@ -1,6 +1,6 @@
 #pragma once
 
-// What a model has that a scene file cannot hold: one line for each kind of thing.
+// Reports what a model has and a scene file cannot store: one line for each kind.
 
 #include "tools/common/report.h"
 

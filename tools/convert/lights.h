@@ -13,8 +13,7 @@
 
 namespace ravolt::tool {
 
-// The lights that a scene can hold, by the name of the node they belong to. The others are
-// reported.
+// The lights that a scene can store, by the name of their node. The others are reported.
 class ModelLights {
   public:
     ModelLights(const Model &model, Report &report);
@@ -22,7 +21,7 @@ class ModelLights {
     // Those of one node, if any.
     std::vector<const aiLight *> of(const std::string &node) const;
 
-    // `light` in a frame that `frame` carries its node's frame into.
+    // `light` transformed by `frame`.
     ravolt::RveNode convert(const aiLight &light, const Affine &frame) const;
 
   private:

@@ -15,11 +15,10 @@ namespace ravolt::tool {
 
 namespace {
 
-// The engine blends what is not exactly opaque. A surface whose texture alone has holes is as good
-// as opaque itself.
+// The engine blends what is not exactly opaque, which a surface whose texture has holes needs.
 constexpr float nearlyOpaque = 0.999f;
-constexpr float strongestHighlight = 128; // OpenGL's largest exponent
-constexpr float strongestGlow = 16;       // above 1 it shows with bloom
+constexpr float maxHighlight = 128; // OpenGL's largest exponent
+constexpr float maxGlow = 16;       // values above 1 glow with bloom
 
 using Color = ravolt::RveColor;
 
@@ -27,7 +26,7 @@ float limited(float value, float low, float high, float otherwise) {
     return std::isfinite(value) ? std::clamp(value, low, high) : otherwise;
 }
 
-// A colour of the material; false when it has none of that kind.
+// A colour of the material; false if it has none of that kind.
 bool colorOf(const aiMaterial &material, const char *key, Color &color, float maximum = 1) {
     aiColor4D read;
     if (material.Get(key, 0, 0, read) != aiReturn_SUCCESS)
@@ -80,7 +79,7 @@ std::string firstPath(const aiMaterial &material, std::initializer_list<aiTextur
     return "";
 }
 
-// The alpha from which on a glTF material that masks is solid; 0 for any other.
+// The minimum alpha of solid pixels of a glTF material that masks; 0 for any other.
 unsigned char cutOf(const aiMaterial &material) {
     aiString mode;
     if (material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) != aiReturn_SUCCESS ||
@@ -90,7 +89,7 @@ unsigned char cutOf(const aiMaterial &material) {
     return static_cast<unsigned char>(std::max(1.0f, std::ceil(cut * 255)));
 }
 
-// Whether the format or the material says what the alpha of its picture means.
+// Whether the format or the material states what the alpha of its picture means.
 bool saysAlpha(const aiMaterial &material, const Model &model) {
     int flags = 0;
     material.Get(AI_MATKEY_TEXFLAGS(aiTextureType_DIFFUSE, 0), flags);
@@ -109,8 +108,7 @@ bool usesAlpha(const aiMaterial &material) {
     return (flags & aiTextureFlags_UseAlpha) != 0;
 }
 
-// Where a surface without a colour of its own glows with a picture, that picture is its texture:
-// a texture covers the glow as well.
+// A black surface with an emission map uses that map as its texture, which covers the emission too.
 bool glowsWithPicture(const aiMaterial &material) {
     Color diffuse;
     return !pathOf(material, aiTextureType_EMISSIVE).empty() &&
@@ -175,7 +173,7 @@ TextureTransform transformOf(const aiMaterial &material, aiTextureType type) {
     return result;
 }
 
-// A texture replaces the colour where a material states none, and where exporters left it black.
+// A texture replaces the colour if a material states none, and if an exporter wrote black.
 Color diffuseOf(const aiMaterial &material, bool linear, bool covered) {
     Color diffuse = {0, 0, 0, 1};
     const bool stated =
@@ -187,13 +185,13 @@ Color diffuseOf(const aiMaterial &material, bool linear, bool covered) {
     return linear ? asShown(diffuse) : diffuse;
 }
 
-// Where a picture says which parts glow, and the scene cannot contain it, nothing does.
+// If an emission map states which parts glow, which a scene cannot store, nothing glows.
 Color emissionOf(const aiMaterial &material, aiTextureType textureSet, bool linear) {
     Color emission = {0, 0, 0, 1};
     for (aiTextureType type : {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR})
         if (type != textureSet && !pathOf(material, type).empty())
             return emission;
-    const bool stated = colorOf(material, "$clr.emissive", emission, strongestGlow);
+    const bool stated = colorOf(material, "$clr.emissive", emission, maxGlow);
     return stated && linear ? asShown(emission) : emission;
 }
 
@@ -215,21 +213,21 @@ void setHighlight(const aiMaterial &material, bool linear, ravolt::RveMaterial &
     const float exponent = numberOf(material, "$mat.shininess", 0);
     // An exponent near 0 is no highlight: OpenGL would add the colour all over the surface.
     out.specular = exponent < 1 ? Color{0, 0, 0, 1} : scaled(specular, strength);
-    out.shininess = exponent < 1 ? 0 : std::min(exponent, strongestHighlight);
+    out.shininess = exponent < 1 ? 0 : std::min(exponent, maxHighlight);
 }
 
 void setOpacity(const aiMaterial &material, bool seeThrough, Report &report,
                 ravolt::RveMaterial &out) {
     float opacity = limited(numberOf(material, "$mat.opacity", 1), 0, 1, 1);
     if (opacity <= 0) {
-        // Some exporters state a transparency here; nothing invisible is worth a material.
+        // Some exporters write the transparency instead.
         report.warn("material '" + out.name + "': opacity 0 taken as opaque");
         opacity = 1;
     }
     out.transparency = seeThrough ? std::min(opacity, nearlyOpaque) : opacity;
 }
 
-// The maps that a scene has no place for.
+// The maps that a scene cannot store.
 constexpr struct {
     aiTextureType type;
     const char *name;
@@ -283,9 +281,9 @@ std::string Converter::freeName(const aiMaterial &material) {
     material.Get(AI_MATKEY_NAME, stated);
     std::string base = options.prefix + (stated.length ? stated.C_Str() : "material");
     if (base == "[none]")
-        base = "none"; // the format's word for no material at all
-    constexpr std::size_t roomForDigits = 12;
-    base = base.substr(0, ravolt::rveTextLength - roomForDigits);
+        base = "none"; // in the format it means no material
+    constexpr std::size_t suffixLength = 12;
+    base = base.substr(0, ravolt::rveTextLength - suffixLength);
     std::string name = base;
     for (int number = 2; !names.insert(name).second; ++number)
         name = base + "_" + std::to_string(number);

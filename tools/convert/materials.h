@@ -14,20 +14,20 @@
 
 namespace ravolt::tool {
 
-// What the meshes of a material have to know of it.
+// What the meshes of a material need of it.
 struct Surface {
     bool used = false;
     std::string name;         // unique in the scene
     unsigned int channel = 0; // set of texture coordinates
     TextureTransform texture; // applied to them
-    bool bothSides = false;   // to be seen from behind, and opaque: the engine itself shows both
-                              // sides of what is transparent
+    bool bothSides = false;   // two-sided and opaque: the engine itself draws both sides of
+                              // transparent surfaces
 };
 
 struct MaterialOptions {
     bool normalMaps = false;
     bool twoSided = false;
-    AlphaUse alpha = AlphaUse::picture; // of formats that do not say
+    AlphaUse alpha = AlphaUse::picture; // of formats that do not state it
     std::string prefix;
 };
 

@@ -37,8 +37,7 @@ Vector normalOf(const aiMesh &mesh, std::uint32_t vertex) {
     return mesh.mNormals ? Vector(mesh.mNormals[vertex]) : Vector{};
 }
 
-// Whether the triangles face away from the side that the normals call the outside, by nearly all
-// of the surface.
+// Whether the triangles contradict the normals on nearly all of the surface.
 bool isInsideOut(const aiMesh &mesh) {
     double with = 0, against = 0;
     for (unsigned int i = 0; i < mesh.mNumFaces && mesh.mNormals; ++i) {
@@ -58,8 +57,8 @@ bool isInsideOut(const aiMesh &mesh) {
     return against > 9 * with;
 }
 
-// Fills in, from the triangles around it, each normal from `first` on that has no direction.
-void mendNormals(Geometry &geometry, std::size_t first) {
+// Computes each normal from `first` on that has no direction from the triangles around it.
+void computeMissingNormals(Geometry &geometry, std::size_t first) {
     std::vector<Vector> sums(geometry.positions.size() - first);
     for (const auto &face : geometry.faces) {
         if (face[0] < first)
@@ -92,7 +91,7 @@ std::uint32_t addVertex(Geometry &geometry, const aiMesh &mesh, const VertexTran
     return static_cast<std::uint32_t>(geometry.positions.size() - 1);
 }
 
-// Corners in a line, as far as single precision can tell.
+// Whether the corners are not on one line, in single precision.
 bool hasArea(const Geometry &geometry, const std::array<std::uint32_t, 3> &face) {
     const Vector a = vectorFrom(geometry.positions[face[0]]);
     const Vector b = vectorFrom(geometry.positions[face[1]]);
@@ -107,22 +106,23 @@ bool hasFinitePosition(const Geometry &geometry, const std::array<std::uint32_t,
     });
 }
 
-// Vertices beyond what a float holds, which no triangle uses, go where another one is.
+// Moves vertices beyond the range of a float, which no triangle uses, to the position of another.
 void collapseUnused(Geometry &geometry, std::size_t first) {
-    const Point home = geometry.faces.empty() ? Point() : geometry.positions[geometry.faces[0][0]];
+    const Point target =
+        geometry.faces.empty() ? Point() : geometry.positions[geometry.faces[0][0]];
     for (std::size_t i = first; i < geometry.positions.size(); ++i)
         if (!isFinite(vectorFrom(geometry.positions[i])))
-            geometry.positions[i] = home;
+            geometry.positions[i] = target;
 }
 
-// Copies a vertex with its normal turned round, and returns the index of the copy.
+// Copies a vertex with its normal reversed, and returns the index of the copy.
 std::uint32_t addBackOf(Geometry &geometry, std::uint32_t vertex) {
     const Point normal = geometry.normals[vertex], position = geometry.positions[vertex];
     geometry.positions.push_back(position);
     geometry.normals.push_back({-normal.x, -normal.y, -normal.z});
     if (geometry.hasTexCoords) {
-        const TexCoord place = geometry.texCoords[vertex];
-        geometry.texCoords.push_back(place);
+        const TexCoord texCoord = geometry.texCoords[vertex];
+        geometry.texCoords.push_back(texCoord);
     }
     if (!geometry.influences.empty()) {
         const VertexInfluences influences = geometry.influences[vertex];
@@ -131,8 +131,7 @@ std::uint32_t addBackOf(Geometry &geometry, std::uint32_t vertex) {
     return static_cast<std::uint32_t>(geometry.positions.size() - 1);
 }
 
-// The triangles from `firstFace` on a second time, facing the other way, except those whose back
-// nobody can see.
+// Adds the backs of the triangles from `firstFace` on, except of those whose back is invisible.
 void addBacks(Geometry &geometry, std::size_t firstVertex, std::size_t firstFace) {
     const std::vector<bool> closed = closedOutward(geometry, firstFace);
     std::vector<std::uint32_t> backs(geometry.positions.size() - firstVertex, unused);
@@ -160,13 +159,14 @@ template <class Visit> void eachBone(const VertexInfluences &influences, const V
 // Grows one piece of a split: maps each vertex of the whole to its index there.
 class Piece {
   public:
-    Piece(const Geometry &whole, std::vector<std::uint32_t> &places) : from(whole), place(places) {}
+    Piece(const Geometry &whole, std::vector<std::uint32_t> &indices)
+        : from(whole), newIndex(indices) {}
 
     // How many vertices the face would add.
     std::size_t cost(const std::array<std::uint32_t, 3> &face) const {
         return static_cast<std::size_t>(
             std::count_if(face.begin(), face.end(),
-                          [this](std::uint32_t index) { return place[index] == unused; }));
+                          [this](std::uint32_t index) { return newIndex[index] == unused; }));
     }
 
     // How many bones the piece would have with the face.
@@ -186,11 +186,11 @@ class Piece {
         result.faces.push_back({moved(face[0]), moved(face[1]), moved(face[2])});
     }
 
-    // Hands out the piece and begins the next one.
+    // Returns the piece and begins the next one.
     Geometry finish() {
         result.hasTexCoords = from.hasTexCoords;
         for (std::uint32_t index : taken)
-            place[index] = unused;
+            newIndex[index] = unused;
         taken.clear();
         bones.clear();
         return std::exchange(result, {});
@@ -201,8 +201,8 @@ class Piece {
 
   private:
     std::uint32_t moved(std::uint32_t index) {
-        if (place[index] == unused) {
-            place[index] = static_cast<std::uint32_t>(result.positions.size());
+        if (newIndex[index] == unused) {
+            newIndex[index] = static_cast<std::uint32_t>(result.positions.size());
             taken.push_back(index);
             result.positions.push_back(from.positions[index]);
             result.normals.push_back(from.normals[index]);
@@ -214,11 +214,11 @@ class Piece {
                          [this](std::uint32_t bone) { bones.insert(bone); });
             }
         }
-        return place[index];
+        return newIndex[index];
     }
 
     const Geometry &from;
-    std::vector<std::uint32_t> &place;
+    std::vector<std::uint32_t> &newIndex;
     std::vector<std::uint32_t> taken;
     std::set<std::uint32_t> bones;
     Geometry result;
@@ -235,7 +235,7 @@ Dropped append(Geometry &geometry, const aiMesh &mesh, const VertexTransform &tr
 
     const Affine rigid{transform.residual, {}};
     const bool insideOut = isInsideOut(mesh);
-    std::vector<std::uint32_t> place(mesh.mNumVertices, unused);
+    std::vector<std::uint32_t> newIndex(mesh.mNumVertices, unused);
     Dropped dropped;
     for (unsigned int i = 0; i < mesh.mNumFaces; ++i) {
         if (!isTriangle(mesh.mFaces[i]))
@@ -243,7 +243,7 @@ Dropped append(Geometry &geometry, const aiMesh &mesh, const VertexTransform &tr
         const unsigned int *index = mesh.mFaces[i].mIndices;
         std::array<std::uint32_t, 3> face;
         for (int corner = 0; corner < 3; ++corner) {
-            std::uint32_t &here = place[index[corner]];
+            std::uint32_t &here = newIndex[index[corner]];
             if (here == unused)
                 here = addVertex(geometry, mesh, transform, rigid, index[corner]);
             face[static_cast<std::size_t>(corner)] = here;
@@ -260,7 +260,7 @@ Dropped append(Geometry &geometry, const aiMesh &mesh, const VertexTransform &tr
     }
     if (dropped.tooFar)
         collapseUnused(geometry, firstVertex);
-    mendNormals(geometry, firstVertex);
+    computeMissingNormals(geometry, firstVertex);
     if (transform.bothSides)
         addBacks(geometry, firstVertex, firstFace);
     return dropped;
@@ -280,8 +280,8 @@ std::vector<Geometry> split(Geometry geometry, std::size_t limit, std::size_t ma
         pieces.push_back(std::move(geometry));
         return pieces;
     }
-    std::vector<std::uint32_t> places(geometry.positions.size(), unused);
-    Piece piece(geometry, places);
+    std::vector<std::uint32_t> indices(geometry.positions.size(), unused);
+    Piece piece(geometry, indices);
     for (const auto &face : geometry.faces) {
         if (piece.faces() == limit || piece.vertices() + piece.cost(face) > limit ||
             piece.bonesWith(face) > maxBones)

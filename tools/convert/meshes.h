@@ -23,27 +23,26 @@ struct TextureTransform {
     }
 };
 
-// How the vertices of one mesh go into the space of their node in the scene.
+// How the vertices of one mesh are transformed into the space of their node in the scene.
 struct VertexTransform {
     Matrix residual;                          // for all vertices of a rigid mesh
     std::vector<Affine> posed;                // for each vertex of a skinned mesh; else empty
     std::vector<VertexInfluences> influences; // as many
     unsigned int channel = 0;                 // which set of texture coordinates
     TextureTransform texture;                 // applied to them
-    bool bothSides = false; // each triangle a second time, seen from behind, but for those
-                            // of closed parts
+    bool bothSides = false; // adds the back of each triangle, except of closed parts
 };
 
-// Triangles that append leaves out, as they would not be seen.
+// Numbers of triangles that append drops, as they would be invisible.
 struct Dropped {
-    std::size_t tooFar = 0;      // beyond what a float holds
+    std::size_t tooFar = 0;      // beyond the range of a float
     std::size_t withoutArea = 0; // lines and points
 };
 
-// Adds the triangles of `mesh`; skinned and rigid ones do not go together. Mirroring turns the
-// triangles round, so that their front stays the front; a mesh whose triangles contradict its
-// normals nearly everywhere is turned round as well. Normals that are missing or broken follow from
-// the triangles. Vertices without a triangle are left out.
+// Adds the triangles of `mesh`; skinned and rigid ones do not go together. A mirroring
+// transform reverses the triangles, so that their front remains the front; a mesh whose triangles
+// contradict its normals nearly everywhere is reversed as well. Missing or broken normals are
+// computed from the triangles. Vertices without a triangle are dropped.
 Dropped append(Geometry &geometry, const aiMesh &mesh, const VertexTransform &transform);
 
 // Cuts into pieces of at most `limit` vertices, `limit` faces and `maxBones` bones each, in the
@@ -54,7 +53,7 @@ std::vector<Geometry> split(Geometry geometry, std::size_t limit = meshLimit,
 // The bones of a geometry, in the order of their numbers.
 std::vector<std::uint32_t> bonesOf(const Geometry &geometry);
 
-// The box around the vertices, and the distance of the farthest from the node's own place.
+// The box around the vertices, and the maximum distance of a vertex from the node's origin.
 struct Bounds {
     Point minimum, maximum;
     float radius = 0;

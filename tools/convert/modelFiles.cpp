@@ -122,7 +122,7 @@ void ModelFiles::addFolder(const fs::path &folder) {
         folders.push_back(folder);
 }
 
-// A link there may have come with the model, so it counts only where it leads nowhere else.
+// A symbolic link there may have come with the model, so it must not lead anywhere else.
 void ModelFiles::addTexturesBeside(const fs::path &folder) {
     std::error_code error;
     for (const fs::directory_entry &entry : fs::directory_iterator(folder, error))
@@ -235,7 +235,7 @@ ModelFiles::Found ModelFiles::texture(const std::string &stated) { return find(s
 fs::path ModelFiles::part(const std::string &stated) {
     if (stated == model.string())
         return model;
-    // assimp puts the model's folder in front of what the model states.
+    // assimp prepends the model's folder to what the model states.
     std::string rest = stated;
     if (const std::string front = home.string() + "/"; rest.rfind(front, 0) == 0)
         rest.erase(0, front.size());

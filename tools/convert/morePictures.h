@@ -1,7 +1,7 @@
 #pragma once
 
 // Pictures in formats that stb_image does not read: SGI, DDS, TIFF, WebP, JPEG 2000 and PCX, known
-// by their first bytes. ImageMagick decodes them; a build without it reads none.
+// by their first bytes. ImageMagick decodes them; a build without it decodes none.
 
 #include "tools/convert/image.h"
 
@@ -11,7 +11,7 @@
 
 namespace ravolt::tool {
 
-// The format by ImageMagick's name; NULL if the bytes begin none of these.
+// The format by ImageMagick's name; NULL for any other format.
 const char *otherFormatOf(const unsigned char *bytes, std::size_t size);
 
 // Reads a picture of at most `maxPixels`; an empty one, with the reason, if it cannot be read.

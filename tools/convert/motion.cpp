@@ -30,7 +30,7 @@ std::optional<Quaternion> unitFrom(const Quaternion &read) {
     return sum(read, 1 / size, read, 0);
 }
 
-Vector between(const Vector &a, const Vector &b, double factor) { return a + (b - a) * factor; }
+Vector interpolate(const Vector &a, const Vector &b, double factor) { return a + (b - a) * factor; }
 
 Vector sum(const Vector &a, double u, const Vector &b, double v) { return a * u + b * v; }
 
@@ -61,7 +61,7 @@ bool isReached(double time, double ticks, double span) {
 
 } // namespace
 
-Quaternion between(const Quaternion &a, const Quaternion &b, double factor) {
+Quaternion interpolate(const Quaternion &a, const Quaternion &b, double factor) {
     const double cosine = std::clamp(dotOf(a, b), -1.0, 1.0);
     const double sign = cosine < 0 ? -1 : 1;
     const double angle = std::acos(std::abs(cosine));
@@ -74,9 +74,9 @@ Quaternion between(const Quaternion &a, const Quaternion &b, double factor) {
 // The tangents of a key are found by its time.
 template <class Value, class Get>
 void Motion::addTangents(Keys<Value> &keys, const Interpolation &interpolation, const Get &get) {
-    if (keys.between != Between::cubic)
+    if (keys.mode != InterpolationMode::cubic)
         return;
-    keys.between = Between::linear;
+    keys.mode = InterpolationMode::linear;
     if (interpolation.lacksTangents())
         return;
     std::map<double, Value> in, out;
@@ -89,14 +89,14 @@ void Motion::addTangents(Keys<Value> &keys, const Interpolation &interpolation, 
         key.incoming = sum(in[key.time], scale, Value{}, 0);
         key.outgoing = sum(out[key.time], scale, Value{}, 0);
     }
-    keys.between = Between::cubic;
+    keys.mode = InterpolationMode::cubic;
 }
 
 Motion::Motion(const aiNodeAnim &channel, const Interpolation &interpolation)
     : before(channel.mPreState), after(channel.mPostState) {
-    positions.between = interpolation.positions;
-    rotations.between = interpolation.rotations;
-    scalings.between = interpolation.scalings;
+    positions.mode = interpolation.positions;
+    rotations.mode = interpolation.rotations;
+    scalings.mode = interpolation.scalings;
     const auto takeVectors = [](const aiVectorKey *from, unsigned int number, Keys<Vector> &keys) {
         for (unsigned int i = 0; i < number; ++i)
             if (const Vector value = from[i].mValue;
@@ -177,16 +177,16 @@ std::optional<Value> Motion::valueAt(const Keys<Value> &track, double ticks) con
     if (!(span > 0))
         return above->value;
     const double factor = (ticks - below->time) / span;
-    switch (track.between) {
-    case Between::step:
+    switch (track.mode) {
+    case InterpolationMode::step:
         return isReached(above->time, ticks, span) ? above->value : below->value;
-    case Between::cubic:
+    case InterpolationMode::cubic:
         return curved(below->value, sum(below->outgoing, span, Value{}, 0), above->value,
                       sum(above->incoming, span, Value{}, 0), factor);
-    case Between::linear:
+    case InterpolationMode::linear:
         break;
     }
-    return between(below->value, above->value, factor);
+    return interpolate(below->value, above->value, factor);
 }
 
 Affine Motion::at(double ticks, const aiMatrix4x4 &own) const {

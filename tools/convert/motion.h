@@ -1,7 +1,6 @@
 #pragma once
 
-// Movements of a model as functions of time, from the keys that its file states. Times are those of
-// the model, in ticks.
+// Animations of nodes as functions of time, from the keys of the model. Times are in ticks.
 
 #include "tools/common/algebra.h"
 
@@ -13,40 +12,42 @@ namespace ravolt::tool {
 
 using Quaternion = aiQuaterniont<double>;
 
-// The shorter way round, and beyond its ends for factors outside of 0 to 1.
-Quaternion between(const Quaternion &a, const Quaternion &b, double factor);
+// Spherical interpolation the shorter way; extrapolates for factors outside of 0 to 1. assimp's own
+// is linear for small angles.
+Quaternion interpolate(const Quaternion &a, const Quaternion &b, double factor);
 
-enum class Between { linear, step, cubic };
+enum class InterpolationMode { linear, step, cubic };
 
-// How a movement goes on from one key to the next.
+// The interpolation from one key to the next.
 struct Interpolation {
-    Between positions = Between::linear, rotations = Between::linear, scalings = Between::linear;
-    // What cubic ones have beside the channel: keys whose values are the tangents into its keys,
-    // and out of them, by the second. Not owned; without them the movement is linear.
+    InterpolationMode positions = InterpolationMode::linear, rotations = InterpolationMode::linear,
+                      scalings = InterpolationMode::linear;
+    // Of cubic ones: channels whose values are the tangents into the keys and out of them, per
+    // second. Not owned; without them the interpolation is linear.
     const aiNodeAnim *incoming = nullptr, *outgoing = nullptr;
     double ticksPerSecond = 1;
 
     bool lacksTangents() const {
         return (!incoming || !outgoing) &&
-               (positions == Between::cubic || rotations == Between::cubic ||
-                scalings == Between::cubic);
+               (positions == InterpolationMode::cubic || rotations == InterpolationMode::cubic ||
+                scalings == InterpolationMode::cubic);
     }
 };
 
-// One node's movement.
+// The animation of one node.
 class Motion {
   public:
     explicit Motion(const aiNodeAnim &channel, const Interpolation &interpolation = {});
 
-    // The node's transform at that time; what the channel does not state is taken from `own`, the
-    // one that the node has without it.
+    // The node's transform at that time; what the channel does not animate is taken from `own`, the
+    // node's transform without it.
     Affine at(double ticks, const aiMatrix4x4 &own) const;
 
-    // Where the movement starts: a key that is alone says no time. Infinite when all are.
+    // The time of the first key of a track with several keys; infinite if no track has several.
     double firstKey() const;
     double lastKey() const;
-    // Whether it goes on after its last key.
-    bool goesOn() const {
+    // Whether it continues after its last key.
+    bool continuesAfterEnd() const {
         return after == aiAnimBehaviour_LINEAR || after == aiAnimBehaviour_REPEAT;
     }
 
@@ -54,11 +55,11 @@ class Motion {
     template <class Value> struct Key {
         double time;
         Value value;
-        Value incoming = {}, outgoing = {}; // tangents by the tick
+        Value incoming = {}, outgoing = {}; // tangents per tick
     };
     template <class Value> struct Keys {
         std::vector<Key<Value>> list;
-        Between between = Between::linear;
+        InterpolationMode mode = InterpolationMode::linear;
     };
 
     template <class Visit> void eachTrack(const Visit &visit) const;

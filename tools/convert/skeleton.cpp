@@ -30,7 +30,7 @@ double poseExtent(const Pose &pose) {
 Skeleton::Skeleton(const aiScene &model, double scale, int firstLevel, Report &lines)
     : scene(model), report(lines), outermost{Matrix() * scale, {}},
       names({"[root]", skeletonRootName}) {
-    gather(*scene.mRootNode, nowhere, nowhere, firstLevel);
+    gather(*scene.mRootNode, noJoint, noJoint, firstLevel);
     own = pose(locals, nullptr);
     if (shortenedNames)
         report.warn(counted(shortenedNames, "name", "names") +
@@ -43,10 +43,10 @@ Skeleton::Skeleton(const aiScene &model, double scale, int firstLevel, Report &l
                     " moved up to it: the engine tells places in the world down to there");
 }
 
-std::string Skeleton::freeName(const std::string &wanted, std::size_t more) {
-    constexpr std::size_t roomForDigits = 12;
-    const std::size_t longest = ravolt::rveTextLength - roomForDigits + more;
-    const std::string plain = wanted.substr(0, longest);
+std::string Skeleton::freeName(const std::string &preferred, std::size_t more) {
+    constexpr std::size_t suffixLength = 12;
+    const std::size_t longest = ravolt::rveTextLength - suffixLength + more;
+    const std::string plain = preferred.substr(0, longest);
     std::string name = plain;
     while (!names.insert(name).second)
         name = plain + "_" + std::to_string(++numbers.try_emplace(plain, 1).first->second);
@@ -65,15 +65,15 @@ Affine Skeleton::finiteLocal(const aiNode &node) {
 void Skeleton::gather(const aiNode &node, std::size_t parent, std::size_t parentInModel,
                       int level) {
     const std::size_t here = list.size();
-    const std::string wanted = nameInModel(scene, node);
-    const std::string name = freeName(wanted);
-    if (name.rfind(wanted, 0) != 0)
+    const std::string preferred = nameInModel(scene, node);
+    const std::string name = freeName(preferred);
+    if (name.rfind(preferred, 0) != 0)
         ++shortenedNames;
-    else if (name != wanted)
+    else if (name != preferred)
         ++renamed;
     list.push_back({&node, name, parent, parentInModel, level});
     locals.push_back(finiteLocal(node));
-    byName.emplace(node.mName.C_Str(), here); // the first stays
+    byName.emplace(node.mName.C_Str(), here); // the first one counts
 
     const bool deep = level >= maxLevel && node.mNumChildren > 0;
     flattened |= deep;
@@ -86,20 +86,20 @@ void Skeleton::gather(const aiNode &node, std::size_t parent, std::size_t parent
 
 std::size_t Skeleton::find(const char *name) const {
     const auto found = byName.find(name);
-    return found == byName.end() ? nowhere : found->second;
+    return found == byName.end() ? noJoint : found->second;
 }
 
 Pose Skeleton::poseOf(const std::vector<Affine> &localTransforms, const Pose &before) const {
     return pose(localTransforms, &before);
 }
 
-// Whether a joint has the transform of the model's own pose, which is known already.
+// Whether a joint has the transform of the model's own pose, which is computed already.
 bool Skeleton::isInOwnPose(std::size_t index, const std::vector<Affine> &localTransforms,
                            const Pose &made) const {
     const Joint &joint = list[index];
     return !own.placement.empty() && joint.parent == joint.parentInModel &&
            localTransforms[index] == locals[index] &&
-           (joint.parent == nowhere ||
+           (joint.parent == noJoint ||
             made.placement[joint.parent].residual == own.placement[joint.parent].residual);
 }
 
@@ -109,13 +109,13 @@ Pose Skeleton::pose(const std::vector<Affine> &localTransforms, const Pose *befo
     for (std::size_t i = 0; i < list.size(); ++i) {
         const Joint &joint = list[i];
         const bool moved = joint.parent != joint.parentInModel;
-        const bool isTop = joint.parent == nowhere;
+        const bool isTop = joint.parent == noJoint;
         relative.push_back(moved ? relative[joint.parentInModel] * localTransforms[i]
                                  : localTransforms[i]);
         Placement at = isInOwnPose(i, localTransforms, made)
                            ? own.placement[i]
-                           : place(relative[i], isTop ? outermost.linear
-                                                      : made.placement[joint.parent].residual);
+                           : decompose(relative[i], isTop ? outermost.linear
+                                                          : made.placement[joint.parent].residual);
         if (before)
             at = turnedNear(at, before->placement[i].degrees);
         const Affine local{rotationFromDegrees(at.degrees), at.position};

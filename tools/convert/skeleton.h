@@ -1,7 +1,7 @@
 #pragma once
 
 // The nodes of a model in one list, as the scene will have them: under unique names,
-// each below the node that is its parent in the scene, and placed by a position and a rotation.
+// each below its parent in the scene, with a position and a rotation.
 
 #include "tools/common/algebra.h"
 #include "tools/common/report.h"
@@ -16,17 +16,17 @@
 namespace ravolt::tool {
 
 // Levels of nodes in a scene. The format and the engine's drawing go deeper, but
-// RVNODE::getFinalMatrix, by which a scene is framed and its nodes are placed in the world, knows
+// RVNODE::getFinalMatrix, by which the camera is set and world transforms are found, follows
 // 63 ancestors; the pieces of a node and its lights are one level below it.
 constexpr int maxLevel = 60;
 
-constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
+constexpr std::size_t noJoint = static_cast<std::size_t>(-1);
 
 struct Joint {
     const aiNode *node = nullptr;
     std::string name;
-    std::size_t parent = nowhere;        // in the scene; nowhere for the top
-    std::size_t parentInModel = nowhere; // another one below the deepest level
+    std::size_t parent = noJoint;        // in the scene; noJoint for the top
+    std::size_t parentInModel = noJoint; // another one below the deepest level
     int level = 0;
 };
 
@@ -36,7 +36,7 @@ struct Pose {
     std::vector<Affine> world;
 };
 
-// How large a figure is, by the places of its joints.
+// The size of a figure, by the positions of its joints.
 double poseExtent(const Pose &pose);
 
 class Skeleton {
@@ -47,11 +47,11 @@ class Skeleton {
     // Parents come before their children, in the order of the model.
     const std::vector<Joint> &joints() const { return list; }
 
-    // The first node of that name in the model; nowhere when there is none.
+    // The first node of that name in the model; noJoint if there is none.
     std::size_t find(const char *nameInModel) const;
 
-    // A name that nothing else of the scene has, at most `more` characters below the limit.
-    std::string freeName(const std::string &wanted, std::size_t more = 0);
+    // A name that nothing else of the scene has; `more` raises the limit of its length.
+    std::string freeName(const std::string &preferred, std::size_t more = 0);
 
     // The model's own transforms, each relative to its parent in the model.
     const std::vector<Affine> &ownLocals() const { return locals; }

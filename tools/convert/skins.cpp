@@ -41,7 +41,7 @@ Skins::Skins(const aiScene &model, const Skeleton &joints, Report &report)
             for (const BoneInfluences &influences : skin.influences)
                 for (const Influence &influence : influences)
                     if (influence.weight > 0)
-                        bones[influence.bone == nowhere ? i : skin.joints[influence.bone]] = true;
+                        bones[influence.bone == noJoint ? i : skin.joints[influence.bone]] = true;
         }
     }
     setBindPose();
@@ -58,7 +58,7 @@ bool Skins::any() const {
                        [](const Skin &skin) { return !skin.influences.empty(); });
 }
 
-// Vertices whose bones are all missing would not move with the vertices around them.
+// Vertices whose bones are all missing get the influences of their neighbours.
 void Skins::followNeighbours(const aiMesh &mesh, const std::vector<bool> &lost,
                              std::vector<std::vector<Influence>> &influences) {
     for (bool again = true; again;) {
@@ -89,7 +89,7 @@ Skins::Skin Skins::read(const aiMesh &mesh) {
         const Affine offset = affineFrom(bone.mOffsetMatrix);
         skin.joints.push_back(joint);
         skin.toJoint.push_back(offset);
-        if (joint == nowhere || !isFinite(offset)) {
+        if (joint == noJoint || !isFinite(offset)) {
             missing.insert(bone.mName.C_Str());
             for (unsigned int i = 0; i < bone.mNumWeights; ++i)
                 lost[bone.mWeights[i].mVertexId] = true;
@@ -111,7 +111,7 @@ Skins::Skin Skins::read(const aiMesh &mesh) {
             [](const Influence &a, const Influence &b) { return a.weight > b.weight; });
         simplified += candidates.size() > bonesOfAVertex;
         if (candidates.empty())
-            candidates.push_back({nowhere, 1});
+            candidates.push_back({noJoint, 1});
         BoneInfluences influences;
         double sum = 0;
         for (std::size_t k = 0; k < std::min(candidates.size(), influences.size()); ++k)
@@ -157,7 +157,7 @@ std::vector<std::optional<Affine>> Skins::boundTransforms() const {
             for (const JointConstraint &constraint : constraints[group[next]])
                 if (!transforms[constraint.joint]) {
                     const Affine whole = *transforms[group[next]] * constraint.toFirst;
-                    const Placement rigid = place(whole, Matrix());
+                    const Placement rigid = decompose(whole, Matrix());
                     transforms[constraint.joint] = {rotationFromDegrees(rigid.degrees),
                                                     rigid.position};
                     group.push_back(constraint.joint);
@@ -173,7 +173,7 @@ void Skins::setBindPose() {
     bind = own;
     for (std::size_t i = 0; i < bones.size(); ++i) {
         const std::size_t parent = skeleton.joints()[i].parent;
-        const Affine above = parent == nowhere ? Affine() : bind.world[parent];
+        const Affine above = parent == noJoint ? Affine() : bind.world[parent];
         Placement &at = bind.placement[i];
         const Affine usual = above * Affine{rotationFromDegrees(at.degrees), at.position};
         bind.world[i] = usual;
@@ -185,7 +185,7 @@ void Skins::setBindPose() {
             continue;
         changed = true;
         const Placement local =
-            turnedNear(place(inverseOfRigid(above) * wanted, Matrix()), at.degrees);
+            turnedNear(decompose(inverseOfRigid(above) * wanted, Matrix()), at.degrees);
         at.degrees = local.degrees;
         at.position = local.position;
         bind.world[i] = above * Affine{rotationFromDegrees(at.degrees), at.position};
@@ -226,7 +226,7 @@ void Skins::setVertexTransform(unsigned int mesh, std::size_t joint, VertexTrans
         Affine map{Matrix() * 0, {}};
         VertexInfluences joints;
         for (std::size_t k = 0; k < influences.size() && influences[k].weight > 0; ++k) {
-            const bool free = influences[k].bone == nowhere;
+            const bool free = influences[k].bone == noJoint;
             const std::size_t by = free ? joint : skin.joints[influences[k].bone];
             addWeighted(map, free ? own : bind.world[by] * skin.toJoint[influences[k].bone],
                         influences[k].weight);

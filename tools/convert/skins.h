@@ -2,7 +2,7 @@
 
 // Skins: which joints move each vertex of a mesh. The engine skins a mesh from the pose that its
 // tree has in the file, so that pose must be the one that the skin was bound in, and the vertices
-// are where the joints put them in it.
+// are at the positions that the joints give them in it.
 
 #include "tools/convert/meshes.h"
 #include "tools/convert/skeleton.h"
@@ -29,14 +29,14 @@ class Skins {
     const Pose &bindPose() const { return bind; }
     bool differsFromOwnPose() const { return changed; }
 
-    // For each vertex of a mesh on the node `joint`: how it goes into the frame of the scene in
-    // that pose, and its influences. A vertex without a bone follows the node itself.
+    // For each vertex of a mesh on the node `joint`: its transform into the frame of the
+    // scene in that pose, and its influences. A vertex without a bone follows the node itself.
     void setVertexTransform(unsigned int mesh, std::size_t joint, VertexTransform &transform);
 
   private:
     // One of the bones of the mesh that move a vertex.
     struct Influence {
-        std::size_t bone = nowhere;
+        std::size_t bone = noJoint;
         double weight = 0;
     };
     using BoneInfluences = std::array<Influence, bonesOfAVertex>;

@@ -16,7 +16,7 @@ namespace ravolt::tool {
 
 namespace {
 
-// Pixels as the writer wants them: bottom row first, with alpha only where it is used.
+// Pixels for the writer: bottom row first, with alpha only if it is used.
 std::vector<unsigned char> bottomUp(const Image &image, unsigned int channels) {
     std::vector<unsigned char> result;
     result.reserve(std::size_t(channels) * image.width * image.height);
@@ -33,7 +33,7 @@ std::string sizeText(unsigned int width, unsigned int height) {
     return std::to_string(width) + "x" + std::to_string(height);
 }
 
-// How a line calls a texture: embedded ones have no more than a number.
+// The texture's name in messages: embedded ones have a number only.
 std::string called(const std::string &path) {
     return path[0] == '*' ? "embedded texture " + path.substr(1) : "texture '" + path + "'";
 }
@@ -113,7 +113,7 @@ Image Textures::read(const std::string &path) {
 }
 
 Image Textures::fitted(Image image, const std::string &path, bool sRgb) {
-    const unsigned int side = textureSide(image.width, image.height, options.largest);
+    const unsigned int side = textureSide(image.width, image.height, options.maxSide);
     if (image.width == side && image.height == side)
         return image;
     const std::string line = called(path) + " resized from " + sizeText(image.width, image.height) +
@@ -126,14 +126,14 @@ Image Textures::fitted(Image image, const std::string &path, bool sRgb) {
 }
 
 // The file that is read and would be replaced by one of that name; empty for none.
-std::string Textures::takenInput(const std::string &name) const {
+std::string Textures::overwrittenInput(const std::string &name) const {
     for (const char *ending : {colorEnding, normalEnding})
         if (inputs.contains(options.scene.parent_path() / (name + ending)))
             return name + ending;
     return "";
 }
 
-// Names that differ by letter case alone would be one file on some systems.
+// Names that differ by letter case only are one file on some systems.
 std::string Textures::freeName(const std::string &path) {
     const std::string base =
         plainName(options.prefix + nameOf(scene.GetEmbeddedTexture(path.c_str()), path));
@@ -142,11 +142,11 @@ std::string Textures::freeName(const std::string &path) {
     const auto isTaken = [&](const std::string &wanted) {
         const std::string small = inSmallLetters(wanted);
         return small + colorEnding == sceneName || small + normalEnding == sceneName ||
-               !takenInput(wanted).empty() || !names.insert(small).second;
+               !overwrittenInput(wanted).empty() || !names.insert(small).second;
     };
     for (int number = 2; isTaken(name); ++number)
         name = base + "_" + std::to_string(number);
-    if (const std::string taken = takenInput(base); !taken.empty())
+    if (const std::string taken = overwrittenInput(base); !taken.empty())
         report.warn(called(path) + " is written to '" + name + colorEnding +
                     "', as the model reads '" + taken + "'");
     return name;

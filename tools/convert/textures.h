@@ -1,6 +1,6 @@
 #pragma once
 
-// The textures of a model as TGA files beside the scene: NAME_d.tga for what covers a surface and,
+// The textures of a model as TGA files beside the scene: NAME_d.tga for the colours and,
 // on request, NAME_n.tga for its normal map, which the engine finds by that suffix.
 
 #include "tools/common/inputFiles.h"
@@ -18,7 +18,7 @@
 
 namespace ravolt::tool {
 
-// Whose word on a picture's alpha holds.
+// What decides the meaning of an alpha channel.
 enum class AlphaUse {
     stated,  // the opacity of the texture set decides
     picture, // the pixels decide
@@ -27,7 +27,7 @@ enum class AlphaUse {
     blended,
 };
 
-// The textures of one surface, by the model's own paths; empty for none.
+// The textures of one surface, by the model's own paths; empty if missing.
 struct TextureSet {
     std::string color;
     std::string opacity; // a map of its own, or `color` again when that picture's alpha counts
@@ -40,27 +40,27 @@ struct TextureSet {
 
 // The file made of a texture set.
 struct TextureFile {
-    std::string name; // empty when there is none: not stated, not found or broken
+    std::string name; // empty if it is not stated, not found or broken
     bool seeThrough = false;
 };
 
 class Textures {
   public:
     struct Options {
-        std::filesystem::path scene; // textures go beside it
+        std::filesystem::path scene; // textures are written beside it
         // Why no file may be written there; empty when they may.
         std::string forbidden;
         std::string prefix;
-        unsigned int largest = largestTexture;
+        unsigned int maxSide = maxTextureSide;
     };
 
-    // All pictures that the model names, and whatever else it made the reader open, are added to
-    // `inputs`, and no file is given the name of an input.
+    // All pictures that the model names, and all files that its reader opened, are added to
+    // `inputs`; no output has the name of an input.
     Textures(const aiScene &model, ModelFiles &sources, const Options &settings, Report &lines,
              FileTransaction &transaction, InputFiles &inputs);
 
-    // Each texture set is staged once. Pictures that are missing or broken are reported and left
-    // out; throws Failure only when a file cannot be written.
+    // Each texture set is staged once. Missing or broken pictures are reported and skipped; throws
+    // Failure only if a file cannot be written.
     TextureFile file(const TextureSet &textureSet);
 
   private:
@@ -68,7 +68,7 @@ class Textures {
     Image read(const std::string &path);
     Image readFile(const std::string &path, std::string &reason);
     Image fitted(Image image, const std::string &path, bool sRgb);
-    std::string takenInput(const std::string &name) const;
+    std::string overwrittenInput(const std::string &name) const;
     std::string freeName(const std::string &path);
     void applyAlphaUse(Image &image, const TextureSet &textureSet);
     void write(const std::string &name, const Image &image, bool withAlpha);

@@ -30,8 +30,8 @@ Matrix orthogonalFactor(Matrix m) {
     return m;
 }
 
-// A rotation that goes with a flattened matrix: its columns give the axes that still have a
-// direction, the rest is made up.
+// A rotation for a singular matrix: its columns give the axes that have a direction, the others are
+// chosen.
 Matrix rotationOfFlat(const Matrix &m) {
     unsigned int longest = 0;
     for (unsigned int i = 1; i < 3; ++i)
@@ -41,10 +41,10 @@ Matrix rotationOfFlat(const Matrix &m) {
     const Vector first = unit(columnOf(m, longest), {1, 0, 0});
     const auto beside = [&](const Vector &v) { return v - first * dot(first, v); };
     const Vector a = beside(columnOf(m, second)), b = beside(columnOf(m, third));
-    const Vector made = std::abs(first.x) < 0.6 ? Vector{1, 0, 0} : Vector{0, 1, 0};
-    // The second axis comes from its own column, or from the third one's when that says more.
+    const Vector chosen = std::abs(first.x) < 0.6 ? Vector{1, 0, 0} : Vector{0, 1, 0};
+    // The second axis is that of its own column, or follows from the third one's if that is longer.
     const Vector next =
-        length(a) >= length(b) ? unit(a, unit(cross(first, made))) : cross(unit(b), first);
+        length(a) >= length(b) ? unit(a, unit(cross(first, chosen))) : cross(unit(b), first);
     Vector axes[3];
     axes[longest] = first;
     axes[second] = next;
@@ -52,8 +52,7 @@ Matrix rotationOfFlat(const Matrix &m) {
     return matrixOfColumns(axes[0], axes[1], axes[2]);
 }
 
-// The rotation nearest to a matrix. Of a mirroring one it is the rotation that leaves a mirroring
-// along X behind.
+// The rotation nearest to a matrix. The residual of a mirroring one mirrors along X.
 Matrix rotationOf(const Matrix &m) {
     const double size = largestEntry(m);
     if (size == 0)
@@ -72,8 +71,7 @@ double asFloat(double value) { return static_cast<double>(static_cast<float>(val
 
 Vector asFloat(const Vector &v) { return {asFloat(v.x), asFloat(v.y), asFloat(v.z)}; }
 
-// An angle that differs from a round figure by no more than the model's own precision is that
-// figure.
+// Rounds an angle that is round but for the precision of the model.
 double tidy(double degrees) {
     const double rounded = std::round(degrees * 1000) / 1000;
     const double result = std::abs(degrees - rounded) < 2e-5 ? rounded : degrees;
@@ -89,7 +87,7 @@ Vector nearestTurns(const Vector &degrees, const Vector &near) {
             nearestTurn(degrees.z, near.z)};
 }
 
-// Straight up the sum of the outer angles counts, straight down their difference.
+// At +90 degrees the sum of the outer angles counts, at -90 their difference.
 Vector withThirdAngle(const Vector &locked, double z) {
     const double change = z - locked.z;
     return {locked.y > 0 ? locked.x - change : locked.x + change, locked.y, z};
@@ -97,7 +95,7 @@ Vector withThirdAngle(const Vector &locked, double z) {
 
 } // namespace
 
-Placement place(const Affine &local, const Matrix &parentResidual) {
+Placement decompose(const Affine &local, const Matrix &parentResidual) {
     const Matrix whole = parentResidual * local.linear;
     const Vector exact = degreesFromRotation(rotationOf(whole));
     Placement result;

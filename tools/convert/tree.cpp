@@ -4,10 +4,10 @@
 // - with triangles of one material: a mesh;
 // - with more: such a node with a child mesh for each material, and for each piece of a mesh that
 //   is above the format's limit.
-// With skins all of them are below a node "HumanoidRoot", and so do the skinned meshes, unmoved:
-// the engine skins them in the frame of that node, wherever their own nodes in the model are.
-// Scale, shear and mirroring travel down the tree as the residual of each node's matrix and end in
-// vertices and positions.
+// With skins all of them are below a node "HumanoidRoot". The skinned meshes are its children,
+// without a transform: the engine skins them in the frame of that node, wherever their own nodes
+// are. Scale, shear and mirroring are passed down the tree as the residual of each node's matrix
+// and applied to vertices and positions.
 
 #include "tools/convert/tree.h"
 
@@ -28,11 +28,10 @@ namespace {
 using ravolt::RveKind;
 using ravolt::RveNode;
 
-// What a name may be longer by than that of a node of the model: the number of a piece and the
-// like.
-constexpr std::size_t roomForMore = 12;
+// The maximum length of the suffixes of names, such as the number of a piece.
+constexpr std::size_t suffixLength = 12;
 
-// One mesh of the scene to be: some triangles of one material.
+// One mesh of the scene: triangles of one material.
 struct Part {
     std::string material;
     Geometry geometry;
@@ -47,8 +46,8 @@ ravolt::RveSkin skinFrom(const Geometry &geometry, const Skeleton &skeleton) {
     for (const VertexInfluences &influences : geometry.influences)
         for (std::size_t k = 0; k < bonesOfAVertex; ++k) {
             const bool isUsed = influences.weight[k] > 0;
-            const auto place = std::lower_bound(bones.begin(), bones.end(), influences.bone[k]);
-            skin.boneIndices.push_back(isUsed ? static_cast<std::uint8_t>(place - bones.begin())
+            const auto found = std::lower_bound(bones.begin(), bones.end(), influences.bone[k]);
+            skin.boneIndices.push_back(isUsed ? static_cast<std::uint8_t>(found - bones.begin())
                                               : std::uint8_t{0});
             skin.boneWeights.push_back(influences.weight[k]);
         }
@@ -68,8 +67,8 @@ ravolt::RveMesh meshFrom(Part part, const Skeleton &skeleton) {
         mesh.vertices.push_back({p.x, p.y, p.z});
     for (const Point &n : part.geometry.normals)
         mesh.normals.push_back({n.x, n.y, n.z});
-    for (const TexCoord &place : part.geometry.texCoords)
-        mesh.uvs.push_back({place.u, place.v});
+    for (const TexCoord &texCoord : part.geometry.texCoords)
+        mesh.uvs.push_back({texCoord.u, texCoord.v});
     for (const auto &[a, b, c] : part.geometry.faces)
         mesh.faces.push_back({static_cast<std::uint16_t>(a), static_cast<std::uint16_t>(b),
                               static_cast<std::uint16_t>(c)});
@@ -90,7 +89,7 @@ class TreeBuilder {
         std::vector<Part> rigid, skinned;
     };
 
-    void addNode(std::size_t joint, RveNode &home);
+    void addNode(std::size_t joint, RveNode &target);
     Parts partsOf(std::size_t joint);
     void addPieces(std::size_t joint, const std::string &material, Geometry geometry,
                    std::vector<Part> &parts);
@@ -188,10 +187,10 @@ void TreeBuilder::fill(RveNode &target, std::vector<Part> parts, bool bone) {
     const bool turned = target.rotation != ravolt::RveVector{0, 0, 0};
     target.kind = turned || bone ? RveKind::mesh : RveKind::node;
     target.mesh.hidden = true;
-    target.mesh.material = ""; // "[none]" would be worth a complaint of the engine
+    target.mesh.material = ""; // the engine would log an error for "[none]"
     for (std::size_t i = 0; i < parts.size(); ++i)
         target.children.push_back(
-            meshNode(skeleton.freeName(target.name + "_" + std::to_string(i + 1), roomForMore),
+            meshNode(skeleton.freeName(target.name + "_" + std::to_string(i + 1), suffixLength),
                      std::move(parts[i])));
 }
 
@@ -199,11 +198,11 @@ void TreeBuilder::addSkinned(const std::string &name, std::vector<Part> parts) {
     drawn += parts.size();
     for (std::size_t i = 0; i < parts.size(); ++i)
         skinned.push_back(meshNode(
-            i == 0 ? name : skeleton.freeName(name + "_" + std::to_string(i + 1), roomForMore),
+            i == 0 ? name : skeleton.freeName(name + "_" + std::to_string(i + 1), suffixLength),
             std::move(parts[i])));
 }
 
-// A node that is nothing but a light becomes the light; others get it as a child.
+// A node with nothing but a light is replaced by the light; others get it as a child.
 void TreeBuilder::addLights(RveNode &target, std::size_t joint) {
     const Placement &placement = skins.bindPose().placement[joint];
     const aiNode &node = *skeleton.joints()[joint].node;
@@ -218,20 +217,20 @@ void TreeBuilder::addLights(RveNode &target, std::size_t joint) {
     }
     for (const aiLight *light : own) {
         RveNode child = lights.convert(*light, {placement.residual, {}});
-        child.name = skeleton.freeName(target.name + "_light", roomForMore);
+        child.name = skeleton.freeName(target.name + "_light", suffixLength);
         target.children.push_back(std::move(child));
         ++made;
     }
 }
 
-// Such a node gives way to its mesh, which then has its name.
+// Such a node is replaced by its mesh, which gets its name.
 bool TreeBuilder::isNothingButSkin(std::size_t joint, const Parts &parts) const {
     return !parts.skinned.empty() && parts.rigid.empty() && children[joint].empty() &&
            isStatic(joint) && lights.of(skeleton.joints()[joint].node->mName.C_Str()).empty();
 }
 
-// The node with its subtree, below `home`.
-void TreeBuilder::addNode(std::size_t joint, RveNode &home) {
+// Adds the node with its subtree below `target`.
+void TreeBuilder::addNode(std::size_t joint, RveNode &target) {
     Parts parts = partsOf(joint);
     if (isNothingButSkin(joint, parts)) {
         addSkinned(skeleton.joints()[joint].name, std::move(parts.skinned));
@@ -244,12 +243,13 @@ void TreeBuilder::addNode(std::size_t joint, RveNode &home) {
     result.rotation = floatsOf(placement.degrees);
     fill(result, std::move(parts.rigid), skins.isBone(joint));
     if (!parts.skinned.empty())
-        addSkinned(skeleton.freeName(result.name + "_skin", roomForMore), std::move(parts.skinned));
+        addSkinned(skeleton.freeName(result.name + "_skin", suffixLength),
+                   std::move(parts.skinned));
     addLights(result, joint);
     ++made;
     for (std::size_t child : children[joint])
         addNode(child, result);
-    home.children.push_back(std::move(result));
+    target.children.push_back(std::move(result));
 }
 
 void TreeBuilder::checkTotals() {
@@ -258,18 +258,18 @@ void TreeBuilder::checkTotals() {
                     " dropped: too far away for single precision");
     if (dropped.withoutArea)
         report.note(counted(dropped.withoutArea, "face", "faces") + " without area left out");
-    if (drawn > drawnAtOnce)
+    if (drawn > maxDrawn)
         report.warn(std::to_string(drawn) + " meshes and lights: the engine draws at most " +
-                    std::to_string(drawnAtOnce) + " in a frame");
-    constexpr std::size_t skinnedAtOnce = 256;
-    if (skinned.size() > skinnedAtOnce)
+                    std::to_string(maxDrawn) + " in a frame");
+    constexpr std::size_t maxSkinned = 256;
+    if (skinned.size() > maxSkinned)
         report.warn(std::to_string(skinned.size()) +
-                    " meshes with bones: the engine draws at most " +
-                    std::to_string(skinnedAtOnce) + " in a frame");
-    constexpr std::size_t identities = 65535;
-    if (made > identities)
-        report.warn(std::to_string(made) + " nodes: the engine can tell " +
-                    std::to_string(identities) + " objects apart");
+                    " meshes with bones: the engine draws at most " + std::to_string(maxSkinned) +
+                    " in a frame");
+    constexpr std::size_t maxIds = 65535;
+    if (made > maxIds)
+        report.warn(std::to_string(made) + " nodes: the engine can tell " + std::to_string(maxIds) +
+                    " objects apart");
 }
 
 RveNode TreeBuilder::build() {
@@ -277,7 +277,7 @@ RveNode TreeBuilder::build() {
     children.resize(joints.size());
     std::vector<std::size_t> tops;
     for (std::size_t i = 0; i < joints.size(); ++i)
-        (joints[i].parent == nowhere ? tops : children[joints[i].parent]).push_back(i);
+        (joints[i].parent == noJoint ? tops : children[joints[i].parent]).push_back(i);
 
     RveNode root;
     root.kind = RveKind::mesh;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The node tree of a model as that of a scene file: names and order kept, transforms taken apart,
-// one mesh for each material of a node.
+// The node tree of a model as that of a scene file: names and order preserved, transforms
+// decomposed, one mesh for each material of a node.
 
 #include "tools/common/progress.h"
 #include "tools/common/report.h"
@@ -16,8 +16,8 @@
 
 namespace ravolt::tool {
 
-// What the engine draws in one frame at most.
-constexpr std::size_t drawnAtOnce = 4096;
+// The maximum that the engine draws in one frame.
+constexpr std::size_t maxDrawn = 4096;
 
 ravolt::RveNode convertTree(const Model &model, const std::vector<Surface> &surfaces,
                             Skeleton &skeleton, Skins &skins, const Clips &clips, Report &report,

@@ -1,7 +1,7 @@
 #pragma once
 
 // Colours of vertices, which the meshes of a scene do not have: where a mesh has no texture they
-// become the colour of its material, or a texture.
+// are converted to the colour of its material, or a texture.
 
 #include "tools/common/report.h"
 
@@ -15,7 +15,7 @@ struct VertexColorOptions {
 };
 
 // For a scene of triangles, before equal vertices are joined: those of a baked mesh are separate
-// afterwards. Reports what is left out.
+// afterwards. Reports what is dropped.
 void bakeVertexColors(aiScene &scene, const VertexColorOptions &options, Report &report);
 
 } // namespace ravolt::tool

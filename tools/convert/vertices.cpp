@@ -63,11 +63,11 @@ std::vector<Weights> weightsOf(const aiMesh &mesh) {
     return all;
 }
 
-// Normals and texture coordinates that differ by less are one: exporters compute them anew for each
-// corner.
+// Normals and texture coordinates that differ by less are equal: exporters compute them for each
+// corner again.
 float rounded(float value) { return std::floor(value * 0x1p16f + 0.5f); }
 
-// Tells the vertices of a mesh apart.
+// Compares the vertices of a mesh.
 class Vertices {
   public:
     explicit Vertices(const aiMesh &all) : mesh(all), weights(weightsOf(all)) {}
@@ -77,7 +77,7 @@ class Vertices {
         eachNumber([&](const auto &number) {
             result = result * 1000003 + std::hash<float>()(number(vertex));
         });
-        return result; // weights differ where a skin has a seam alone
+        return result; // weights differ at the seams of a skin only
     }
 
     bool areEqual(unsigned int a, unsigned int b) const {
@@ -114,7 +114,7 @@ std::size_t cornersOf(const aiMesh &mesh) {
 
 void unweld(aiMesh &mesh) {
     const std::size_t corners = cornersOf(mesh);
-    constexpr std::size_t maxCorners = 1u << 28; // beyond, the mesh is rather left smooth
+    constexpr std::size_t maxCorners = 1u << 28; // a larger mesh remains smooth
     if (mesh.mNormals || mesh.mNumAnimMeshes || corners == mesh.mNumVertices ||
         corners > maxCorners)
         return;
@@ -144,12 +144,12 @@ void weldVertices(aiMesh &mesh) {
     const auto equal = [&](unsigned int a, unsigned int b) { return vertices.areEqual(a, b); };
     std::unordered_map<unsigned int, unsigned int, decltype(hash), decltype(equal)> known(
         mesh.mNumVertices, hash, equal);
-    Indices kept, place;
+    Indices kept, newIndex;
     std::vector<Indices> copies(mesh.mNumBones ? mesh.mNumVertices : 0);
     for (unsigned int i = 0; i < mesh.mNumVertices; ++i) {
         const auto own = static_cast<unsigned int>(kept.size());
         const auto [found, isNew] = known.try_emplace(i, own);
-        place.push_back(found->second);
+        newIndex.push_back(found->second);
         if (!isNew)
             continue;
         kept.push_back(i);
@@ -160,7 +160,7 @@ void weldVertices(aiMesh &mesh) {
         return;
     for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
         for (unsigned int k = 0; k < mesh.mFaces[i].mNumIndices; ++k)
-            mesh.mFaces[i].mIndices[k] = place[mesh.mFaces[i].mIndices[k]];
+            mesh.mFaces[i].mIndices[k] = newIndex[mesh.mFaces[i].mIndices[k]];
     selectVertices(mesh, kept);
     moveWeights(mesh, copies);
 }

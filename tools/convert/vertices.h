@@ -1,6 +1,6 @@
 #pragma once
 
-// Vertices of a mesh as it was read: each corner with one of its own, or equal ones joined.
+// Vertices of a mesh as it was read: unwelds and welds them.
 
 #include <assimp/mesh.h>
 

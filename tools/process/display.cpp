@@ -20,18 +20,18 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char *libraryName = "libSDL-1.2.so.0";
-constexpr const char *restartedMark = "RAVOLT_TOOL_STARTED_ANEW"; // guards against a circle
+constexpr const char *restartedVariable = "RAVOLT_TOOL_STARTED_ANEW"; // prevents a loop
 
 bool isSet(const char *variable) {
     const char *value = std::getenv(variable);
     return value && *value;
 }
 
-// The library over SDL 2 counts its releases from 1.2.50 on.
+// The releases of the library on top of SDL 2 begin with 1.2.50.
 bool isOverSdl2() { return SDL_Linked_Version()->patch >= 50; }
 
-// Whether a window can be opened on a display. The classic library must not look any further than
-// the X server.
+// Whether a window can be opened on a display. The classic library must not
+// try any driver but the X server's.
 bool hasDisplay() {
     if (isSet("SDL_VIDEODRIVER"))
         return true;
@@ -42,7 +42,7 @@ bool hasDisplay() {
     return isSet("DISPLAY");
 }
 
-// Debian keeps it beside the classic library, in a folder of its own for each architecture.
+// Debian installs it beside the classic library, in a folder of its own for each architecture.
 std::string findLibraryFolder() {
     std::error_code error;
     for (const fs::directory_entry &entry : fs::directory_iterator("/usr/lib", error)) {
@@ -58,7 +58,7 @@ std::string findLibraryFolder() {
     const std::string path = before && *before ? folder + ":" + before : folder;
     setenv("LD_LIBRARY_PATH", path.c_str(), 1);
     setenv("SDL_VIDEODRIVER", "offscreen", 1);
-    setenv(restartedMark, "1", 1);
+    setenv(restartedVariable, "1", 1);
     LogRedirect::clear();
     std::fflush(nullptr);
     execv("/proc/self/exe", LogRedirect::arguments());
@@ -83,7 +83,7 @@ void requireDisplayOrOffscreen(const std::string &libraryFolder, const Verbosity
     std::error_code error;
     const std::string folder = libraryFolder.empty() ? findLibraryFolder() : libraryFolder;
     if (folder.empty() || !fs::exists(fs::path(folder) / libraryName, error) ||
-        isSet(restartedMark))
+        isSet(restartedVariable))
         throw Failure(
             (libraryFolder.empty() ? std::string("no display") : folder) +
             ": no library to draw with off screen. Install SDL 1.2's interface over SDL 2 "

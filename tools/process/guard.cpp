@@ -1,4 +1,4 @@
-// The child tells its parent what it does in records: a letter, the length of a text, and the text.
+// The child reports to its parent in records: a letter, the length of a text, and the text.
 
 #include "tools/process/guard.h"
 
@@ -23,7 +23,7 @@ namespace ravolt::tool {
 
 namespace {
 
-enum class Record : char { staged = 'S', input = 'I', closingWords = 'W', complaint = 'C' };
+enum class Record : char { staged = 'S', input = 'I', closingMessage = 'W', error = 'C' };
 
 bool memoryRanOut = false;
 
@@ -37,16 +37,16 @@ std::string megabytesText(const Limits &limits) {
            " MB (--max-memory)";
 }
 
-// What went wrong in the job; empty when nothing did.
-std::string complaintOf(const std::string &file, const Limits &limits,
-                        const std::function<void()> &job) {
+// The error of the job; empty if there was none.
+std::string errorOf(const std::string &file, const Limits &limits,
+                    const std::function<void()> &job) {
     try {
         job();
         return "";
     } catch (const std::bad_alloc &) {
         return file + ": " + megabytesText(limits);
     } catch (const std::exception &error) {
-        if (memoryRanOut) // whatever the reader makes of it
+        if (memoryRanOut) // however the reader reports it
             return file + ": " + megabytesText(limits);
         return *error.what() ? error.what() : "failed without a reason";
     }
@@ -59,7 +59,7 @@ void writeAll(int target, const void *data, std::size_t size) {
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0)
-            _exit(1); // the parent is gone
+            _exit(1); // the parent has ended
         bytes += count;
         size -= static_cast<std::size_t>(count);
     }
@@ -107,15 +107,15 @@ void setLimit(__rlimit_resource resource, rlim_t maximum) {
 
 void setLimits(const Limits &limits) {
     std::set_new_handler(recordOutOfMemory);
-    setLimit(RLIMIT_CORE, 0); // a file that nobody wants
+    setLimit(RLIMIT_CORE, 0); // no core dump
     setLimit(RLIMIT_CPU, limits.seconds);
 #ifndef __SANITIZE_ADDRESS__ // which reserves more than any machine has
     setLimit(RLIMIT_AS, sizeNow() + (rlim_t(limits.megabytes) << 20));
 #endif
 }
 
-[[noreturn]] void beChild(int parent, const std::string &file, const Limits &limits,
-                          const std::function<void(GuardedJob &)> &job) {
+[[noreturn]] void runChild(int parent, const std::string &file, const Limits &limits,
+                           const std::function<void(GuardedJob &)> &job) {
     ignoreSignals();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     setLimits(limits);
@@ -123,28 +123,28 @@ void setLimits(const Limits &limits) {
     own.files.onStage = [&](const Staged &staged) {
         writeRecord(parent, Record::staged, textOf(staged));
     };
-    const std::string complaint = complaintOf(file, limits, [&] { job(own); });
+    const std::string error = errorOf(file, limits, [&] { job(own); });
     std::fflush(nullptr);
-    if (complaint.empty()) {
+    if (error.empty()) {
         for (const InputFiles::Identity &input : own.inputs.all())
             writeRecord(parent, Record::input,
                         std::string(reinterpret_cast<const char *>(&input), sizeof input));
-        writeRecord(parent, Record::closingWords, own.closingWords);
+        writeRecord(parent, Record::closingMessage, own.closingMessage);
     } else {
-        writeRecord(parent, Record::complaint, complaint);
+        writeRecord(parent, Record::error, error);
     }
-    // Past all destructors: files and program are the parent's business.
-    _exit(complaint.empty() ? 0 : 1);
+    // Without destructors: the files belong to the parent.
+    _exit(error.empty() ? 0 : 1);
 }
 
-// Reads records until the child has closed its end. Returns the child's complaint.
+// Reads records until the child has closed its end.
 class Reader {
   public:
     Reader(int from, GuardedJob &target) : source(from), done(target) {}
 
     // False when a signal has come before the end.
     bool read();
-    const std::string &complaint() const { return childComplaint; }
+    const std::string &error() const { return childError; }
 
   private:
     void takeRecords();
@@ -152,15 +152,15 @@ class Reader {
 
     int source;
     GuardedJob &done;
-    std::string bytes, childComplaint;
+    std::string bytes, childError;
 };
 
 bool Reader::read() {
-    constexpr int lookAgain = 100; // milliseconds: a signal may come just before `poll`
+    constexpr int timeout = 100; // milliseconds: a signal may arrive just before `poll`
     char part[4096];
     while (!receivedSignal()) {
         pollfd waiting = {source, POLLIN, 0};
-        if (poll(&waiting, 1, lookAgain) <= 0)
+        if (poll(&waiting, 1, timeout) <= 0)
             continue;
         const ssize_t count = ::read(source, part, sizeof part);
         if (count == 0 || (count < 0 && errno != EINTR))
@@ -194,11 +194,11 @@ void Reader::take(Record record, const std::string &text) {
         std::memcpy(&identity, text.data(), std::min(sizeof identity, text.size()));
         done.inputs.add(identity);
         break;
-    case Record::closingWords:
-        done.closingWords = text;
+    case Record::closingMessage:
+        done.closingMessage = text;
         break;
-    case Record::complaint:
-        childComplaint = text;
+    case Record::error:
+        childError = text;
         break;
     }
 }
@@ -218,15 +218,15 @@ void endChild(pid_t child) {
 }
 
 void throwIfFailed(const std::string &file, const Limits &limits, int status,
-                   const std::string &complaint) {
+                   const std::string &error) {
     if (WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU)
         throw Failure(file, "took more than " + std::to_string(limits.seconds) +
                                 " seconds of processor time (--max-time)");
     if (WIFSIGNALED(status))
         throw Failure(file, std::string("the reader of such models crashed on it (") +
                                 strsignal(WTERMSIG(status)) + ")");
-    if (!complaint.empty())
-        throw Failure(complaint);
+    if (!error.empty())
+        throw Failure(error);
     if (status != 0)
         throw Failure(file, "the reader of such models gave up on it");
 }
@@ -242,7 +242,7 @@ void runGuarded(const std::string &file, const Limits &limits,
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
-        beChild(ends[1], file, limits, job);
+        runChild(ends[1], file, limits, job);
     }
     const int reason = errno;
     close(ends[1]);
@@ -255,7 +255,7 @@ void runGuarded(const std::string &file, const Limits &limits,
         throw Failure(std::string("cannot start a process: ") + std::strerror(reason));
     const int status = whole ? waitFor(child) : 0;
     throwIfInterrupted();
-    throwIfFailed(file, limits, status, reader.complaint());
+    throwIfFailed(file, limits, status, reader.error());
     const std::string error = done.files.commit();
     if (!error.empty())
         throw Failure(error);

@@ -1,8 +1,8 @@
 #pragma once
 
-// Readers of model files are many and old; some crash on what they do not expect, and some take
-// whatever memory and time a file makes them take. So a conversion runs in a process of its own and
-// within limits: when that dies, the tool still says so in a line, and removes what it has made.
+// Some readers of model files crash on invalid files or take unlimited memory and time. Therefore a
+// conversion runs in a process of its own, within limits: if that process dies, the tool reports it
+// in one line and removes the files that it created.
 
 #include "tools/common/inputFiles.h"
 #include "tools/writers/fileTransaction.h"
@@ -12,23 +12,23 @@
 
 namespace ravolt::tool {
 
-// What the process may take beside what it starts with.
+// What the process may use in addition to what it starts with.
 struct Limits {
     unsigned int megabytes = 4096;
     unsigned int seconds = 600; // of processor time
 };
 
-// What a job has done: the files that it staged and read, and what is to be said of it when the
-// staged files have taken their places.
+// The results of a job: the files that it staged and read, and the message to print when the staged
+// files are committed.
 struct GuardedJob {
     FileTransaction files;
     InputFiles inputs;
-    std::string closingWords;
+    std::string closingMessage;
 };
 
 // Runs `job` in a child of this process, waits for it and commits the files that it has staged. A
-// Failure of the job comes out here as if it had been thrown here; the child's end by a signal, and
-// a limit that it has met, become a Failure that names `file`. A signal to this process ends the
+// Failure of the job is thrown here again; the end of the child by a signal or by a limit is thrown
+// as a Failure that names `file`. A signal to this process ends the
 // child and throws Interrupted. Call it before the engine starts: a child must not share a window.
 void runGuarded(const std::string &file, const Limits &limits,
                 const std::function<void(GuardedJob &)> &job, GuardedJob &done);

@@ -22,14 +22,14 @@ namespace {
 int userFolder = -1;
 int userOutput = -1;
 char logFolder[512];
-bool aside = false;
+bool redirected = false;
 char **programArguments = nullptr;
 sigset_t formerMask;
 
-// Goes to a fresh folder below `place`.
-bool goBelow(const char *place) {
-    const int length = std::snprintf(logFolder, sizeof logFolder, "%s/ravolt-log-XXXXXX", place);
-    return length > 0 && length < static_cast<int>(sizeof logFolder) && place[0] == '/' &&
+// Changes to a new folder below `parent`.
+bool enterNewFolder(const char *parent) {
+    const int length = std::snprintf(logFolder, sizeof logFolder, "%s/ravolt-log-XXXXXX", parent);
+    return length > 0 && length < static_cast<int>(sizeof logFolder) && parent[0] == '/' &&
            mkdtemp(logFolder) && chdir(logFolder) == 0;
 }
 
@@ -37,8 +37,8 @@ bool goBelow(const char *place) {
 // of getenv's own.
 void redirect(int, char **arguments, char **environment) {
     programArguments = arguments;
-    // Signals wait until somebody can remove what is made here. A full disk and a reader that has
-    // gone shall fail a write, not end the process.
+    // Signals are blocked until something can remove the folder. On a full disk or a closed pipe a
+    // write is to fail instead of ending the process.
     sigset_t ending;
     sigemptyset(&ending);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
@@ -48,12 +48,12 @@ void redirect(int, char **arguments, char **environment) {
     signal(SIGPIPE, SIG_IGN);
     userFolder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     userOutput = silenceOutput();
-    // Without a way back the log stays where it always is.
+    // If the working folder cannot be restored, the log is written there.
     constexpr const char *variable = "TMPDIR=";
-    for (char **entry = environment; entry && *entry && userFolder >= 0 && !aside; ++entry)
+    for (char **entry = environment; entry && *entry && userFolder >= 0 && !redirected; ++entry)
         if (std::strncmp(*entry, variable, std::strlen(variable)) == 0)
-            aside = goBelow(*entry + std::strlen(variable));
-    aside = aside || (userFolder >= 0 && goBelow("/tmp"));
+            redirected = enterNewFolder(*entry + std::strlen(variable));
+    redirected = redirected || (userFolder >= 0 && enterNewFolder("/tmp"));
 }
 
 [[gnu::section(".preinit_array"), gnu::used]] void (*const first)(int, char **, char **) = redirect;
@@ -76,14 +76,14 @@ LogRedirect::LogRedirect() {
 LogRedirect::~LogRedirect() { clear(); }
 
 std::filesystem::path LogRedirect::log() {
-    return (aside ? std::filesystem::path(logFolder) : std::filesystem::path(".")) /
+    return (redirected ? std::filesystem::path(logFolder) : std::filesystem::path(".")) /
            "ravolt_log.txt";
 }
 
 char **LogRedirect::arguments() { return programArguments; }
 
 void LogRedirect::clear() {
-    if (!aside)
+    if (!redirected)
         return;
     // The library still writes its closing lines, into a file that has no name any more.
     std::error_code error;

@@ -1,8 +1,8 @@
 #pragma once
 
-// The engine's library opens its log in the working folder, and greets on standard output, as soon
-// as it is loaded: before main. The tool leaves no log in its user's folders and keeps its output
-// for itself, so it redirects both before the library's constructors run.
+// The engine's library opens its log in the working folder, and prints a greeting on standard
+// output, as soon as it is loaded: before main. The tool writes no log into its user's folders and
+// only its own text to standard output, so it redirects both before the library's constructors run.
 
 #include <filesystem>
 
@@ -10,7 +10,7 @@ namespace ravolt::tool {
 
 class LogRedirect {
   public:
-    // First thing in main: back to the user's folder and output, and no more echo of the log.
+    // Create it first in main: restores the user's folder and output, and ends the echo of the log.
     LogRedirect();
     // Removes the log.
     ~LogRedirect();

@@ -10,7 +10,7 @@ int silenceOutput();
 // Ends that; nothing for -1.
 void restoreOutput(int former);
 
-// While one lives, nothing reaches standard output.
+// During its lifetime nothing is written to standard output.
 class ScopedSilentLog {
   public:
     ScopedSilentLog();

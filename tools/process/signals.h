@@ -1,7 +1,7 @@
 #pragma once
 
-// SIGINT, SIGTERM and SIGHUP end the tool between two steps of its work, so that everything made
-// for passing use is removed. A signal only sets a flag; loops look at it.
+// SIGINT, SIGTERM and SIGHUP end the tool between two steps of its work, so that temporary
+// files are removed. A signal only sets a flag, which loops check.
 
 #include <exception>
 
@@ -18,7 +18,7 @@ class Interrupted : public std::exception {
     int signalNumber;
 };
 
-// From now on those signals are recorded; one that was ignored before, as by nohup, stays ignored.
+// Records those signals from now on; one that is ignored already, as by nohup, remains ignored.
 void catchSignals();
 
 // The last one received; 0 for none.

@@ -19,7 +19,7 @@ bool hasExtension(const std::string &name) {
            std::istream_iterator<std::string>();
 }
 
-// The engine asks for the programs alone, which would read an ordinary texture as shadows.
+// The engine checks the programs only, which would read an ordinary texture as shadows.
 bool shadowsWork() {
     return RVSHADER::useShadows() && hasExtension("GL_ARB_depth_texture") &&
            hasExtension("GL_ARB_shadow");
@@ -147,7 +147,7 @@ void Effects::switchOff(Effect effect) {
 
 void Effects::set(EffectParameter parameter, double value) {
     const EffectParameterRow &row = rowOf(parameter);
-    values[static_cast<std::size_t>(parameter)] = std::clamp(value, row.lowest, row.highest);
+    values[static_cast<std::size_t>(parameter)] = std::clamp(value, row.min, row.max);
 }
 
 bool Effects::needPrograms() const { return isOn(Effect::perPixel) || isOn(Effect::depthOfField); }

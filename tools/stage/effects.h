@@ -1,8 +1,7 @@
 #pragma once
 
-// What a picture can be given beyond the plain drawing: which effects there are, what each needs,
-// and the numbers that shape them. The command line, the viewer's keys and the stage all go by the
-// two tables here.
+// The effects of a picture: what each needs, and its parameters. The command line, the viewer's
+// keys and the stage use the two tables here.
 
 #include <array>
 #include <cstddef>
@@ -22,7 +21,7 @@ struct EffectRow {
     const char *what;   // for the help
     std::vector<Effect> needs;
     bool wholePicture;   // works on the picture as a whole, in a render target
-    bool (*canBeDone)(); // asks the live engine, whose programs must have been wanted
+    bool (*canBeDone)(); // of the running engine; programs must be enabled
 };
 
 enum class EffectParameter {
@@ -44,7 +43,7 @@ struct EffectParameterRow {
     std::optional<Effect> of; // none: of every picture
     const char *option;       // "--exposure"
     const char *unit;         // "DEGREES", "FACTOR", ...
-    double lowest, highest, start;
+    double min, max, start;
     double step;      // of the viewer's keys
     const char *what; // for the help
 };
@@ -55,7 +54,7 @@ const std::array<EffectParameterRow, numberOfEffectParameters> &effectParameterT
 const EffectRow &rowOf(Effect effect);
 const EffectParameterRow &rowOf(EffectParameter parameter);
 
-constexpr int smallestShadowMap = 64, largestShadowMap = 4096, defaultShadowMap = 1024;
+constexpr int minShadowMap = 64, maxShadowMap = 4096, defaultShadowMap = 1024;
 
 class Effects {
   public:
@@ -70,7 +69,7 @@ class Effects {
     double get(EffectParameter parameter) const {
         return values[static_cast<std::size_t>(parameter)];
     }
-    // Keeps within the number's range.
+    // Clamps to the parameter's range.
     void set(EffectParameter parameter, double value);
 
     // Whether GLSL programs are needed.

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // "   [!] Invalid header in file a.rve @ RAVOLT::load" as "invalid header in file a.rve".
-std::string plainComplaint(const std::string &line) {
+std::string errorText(const std::string &line) {
     constexpr const char *mark = "[!] ";
     std::string text = line.substr(line.find(mark) + 4);
     const std::size_t place = text.rfind(" @ ");
@@ -43,12 +43,12 @@ WindowSize canvasSize() {
     return {RVSETTINGS::getSDLFBOSizeX(), RVSETTINGS::getSDLFBOSizeY()};
 }
 
-std::string Engine::complaint() const {
+std::string Engine::lastError() const {
     std::ifstream log(logFile);
     std::string line, last = "the engine gave no reason";
     while (std::getline(log, line))
         if (line.find("[!] ") != std::string::npos)
-            last = plainComplaint(line);
+            last = errorText(line);
     return last;
 }
 
@@ -61,15 +61,15 @@ std::vector<std::string> Engine::removeBrokenTextures(const fs::path &log) {
                 material->setTexture(slot, nullptr);
         }
     std::ifstream stream(log);
-    std::vector<std::string> complaints;
+    std::vector<std::string> errors;
     for (std::string line; std::getline(stream, line);) {
         if (!isOfATexture(line))
             continue;
-        const std::string complaint = plainComplaint(line);
-        if (std::find(complaints.begin(), complaints.end(), complaint) == complaints.end())
-            complaints.push_back(complaint);
+        const std::string error = errorText(line);
+        if (std::find(errors.begin(), errors.end(), error) == errors.end())
+            errors.push_back(error);
     }
-    return complaints;
+    return errors;
 }
 
 Engine::Engine(WindowSize size, const std::string &title, bool resizable, const fs::path &log,
@@ -89,7 +89,7 @@ Engine::Engine(WindowSize size, const std::string &title, bool resizable, const 
     settings.setFBOSizeY(drawing.picture.height);
     settings.setForceFBO(drawing.useTarget);
     if (!RAVOLT::init(&settings))
-        throw Failure("cannot open a window: " + complaint());
+        throw Failure("cannot open a window: " + lastError());
     if (drawing.useTarget && usesTarget() && !RVOPENGL::getFbo(0)->isOk()) {
         RAVOLT::free();
         throw PictureTooLarge("the display cannot draw effects into a picture of that size");
@@ -105,7 +105,7 @@ RVNODE *Engine::load(const fs::path &scene) {
     RAVOLT::confineFilesOn(); // scenes come from anywhere
     RVNODE *root = error ? nullptr : RAVOLT::load(file.filename().c_str());
     if (!root)
-        throw Failure(scene.string(), error ? error.message() : complaint());
+        throw Failure(scene.string(), error ? error.message() : lastError());
     return root;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-// The engine in the tool's hands: started, fed with a scene, stopped, and its complaints made
-// into the tool's own.
+// The engine: started with a scene, stopped, and the errors of its log reported as the tool's own.
 
 #include "tools/common/failure.h"
 
@@ -26,7 +25,7 @@ struct Drawing {
     bool useTarget = false; // in its target, where it is larger than every window may be
 };
 
-// The display has no target of the size of a picture that is to be kept.
+// The display has no render target of the size of the picture.
 class PictureTooLarge : public Failure {
   public:
     using Failure::Failure;
@@ -42,22 +41,22 @@ class Engine {
     Engine(const Engine &) = delete;
     Engine &operator=(const Engine &) = delete;
 
-    // Loads a scene file and returns its root, which the engine owns. Throws Failure. Goes to the
-    // scene's folder, so that textures are found beside it by their bare names.
+    // Loads a scene file and returns its root, which the engine owns. Throws Failure. Changes to
+    // the scene's folder, so that textures are found beside it by their file names.
     RVNODE *load(const std::filesystem::path &scene);
 
-    // Takes the textures that could not be loaded off their materials, whose colours are seen then:
-    // programs would make black of them. Returns the complaints of the engine's log, each once:
+    // Removes textures that could not be loaded from their materials, so that their colours are
+    // visible: programs would draw them black. Returns the errors of the engine's log, each once:
     // "Unable to open file a.tga".
     static std::vector<std::string> removeBrokenTextures(const std::filesystem::path &log);
 
   private:
-    std::string complaint() const;
+    std::string lastError() const;
 
     std::filesystem::path logFile;
 };
 
-// Of what is drawn into: the window, or the target that keeps the picture. Needs the live engine.
+// The size of what is drawn into: the window, or the render target. Needs the running engine.
 WindowSize canvasSize();
 
 // Whether a file is a scene file rather than a model. Throws Failure when it cannot be read.

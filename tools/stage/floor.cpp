@@ -1,4 +1,4 @@
-// The engine takes meshes from scene files alone, so the floor goes through one.
+// The engine loads meshes from scene files only, so the floor is written to one.
 
 #include "tools/stage/floor.h"
 
@@ -15,7 +15,7 @@ namespace ravolt::tool {
 
 namespace {
 
-// Fine enough for a spot light to show on it without programs too.
+// Fine enough to show a spot light without programs too.
 constexpr int rings = 40, sectors = 72;
 constexpr double gap = 0.002; // below the scene, in its radii
 

@@ -10,7 +10,7 @@ namespace ravolt::tool {
 
 constexpr double floorRadii = 4; // the floor's radius in those of the scene
 
-// Needs the live engine, which owns the floor. Throws Failure when it cannot be made.
+// Needs the running engine, which owns the floor. Throws Failure when it cannot be made.
 RVNODE *makeFloor(const Sphere &scene);
 
 } // namespace ravolt::tool

@@ -1,5 +1,5 @@
-// Every pixel is a + b * brightness, where a is what the surface sends out by itself and reflects
-// of the ambient light. Two pictures give both, and so the brightness at which it begins to glow.
+// Every pixel is a + b * brightness, where a is the emission of the surface and its reflection of
+// the ambient light. Two pictures give both, and so the brightness at which it begins to glow.
 
 #include "tools/stage/glow.h"
 

@@ -24,8 +24,8 @@ constexpr double pyramid = 10;        // well above the size of a light's shape
 constexpr double spotPyramid = 0.004; // what it is scaled to, in radii of the scene
 constexpr float spotAmbient = 0.2f;
 
-// One light of a rig: where it comes from, in the axes of the view or of the world. The shine of
-// black plastic is all that one sees of it, so a light may be brighter in highlights.
+// One light of a rig: where it comes from, in the axes of the view or of the world. A light
+// may be brighter in highlights, which are all that is visible of black plastic.
 struct RigLight {
     double right, up, back;
     float brightness, highlight;
@@ -33,7 +33,7 @@ struct RigLight {
 
 struct Rig {
     const char *name;
-    bool withCamera; // or standing in the world
+    bool withCamera; // else fixed in the world
     float ambient;
     std::vector<RigLight> lights;
 };
@@ -84,7 +84,7 @@ Lights::Lights(RVNODE *scene) : spot(new RVLIGHT) {
     spot->setLightType(RV_LIGHT_TYPE_SPOT);
     spot->setExclusive(true);
     walk(scene, [this](RVNODE *node) {
-        // One with children cannot leave the tree without them.
+        // A light with children cannot be unlinked without them.
         const bool leaf = node->getNumberOfChildren() == 0 && node->getParent();
         if (node->getType() == RV_NODE_TYPE_LIGHT && leaf) {
             sceneLights.push_back(node);
@@ -119,7 +119,7 @@ void Lights::arrange(const View &view, const Sphere &scene, const Effects &effec
     const bool own = isOwnRig() && !spotIsOn;
     showOwnLights(own);
     for (RVLIGHT *light : rigLights) {
-        // Nearer lights, which cannot leave the tree, come second.
+        // Nearer lights, which cannot be unlinked, have lower priority.
         light->setExclusive(!own && !spotIsOn);
         light->setDirection(floats(view.back * -1.0));
         shine(*light, 0, 0);
@@ -150,7 +150,7 @@ void Lights::arrangeRig(const View &view, double brightness) {
     }
 }
 
-// Its matrix makes its pyramid small; place and direction are the same without.
+// The matrix scales its shape down; position and direction are unaffected.
 void Lights::arrangeSpot(const Sphere &scene, const Effects &effects) {
     const Vector from =
         directionAt(effects.get(EffectParameter::spotYaw), effects.get(EffectParameter::spotPitch));
@@ -173,7 +173,7 @@ void Lights::arrangeSpot(const Sphere &scene, const Effects &effects) {
     setGlobalAmbient(spotAmbient);
 }
 
-// Where the scene's own lights shine, black ones of the rig only fill up what they leave over.
+// Beside the scene's own lights, black lights of the rig only fill the remaining slots.
 void Lights::pass() {
     std::size_t others = 0;
     if (spotIsOn) {

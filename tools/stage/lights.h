@@ -20,7 +20,7 @@ struct View {
     Vector right, up, back, eye;
 };
 
-// The direction to what stands so many degrees round the scene and above its horizon.
+// The direction to a point at these angles, in degrees, around the scene and above its horizon.
 Vector directionAt(double yaw, double pitch);
 
 class Lights {
@@ -33,9 +33,9 @@ class Lights {
     int getRig() const { return rig; }
     static std::string rigName(int index);
 
-    // Makes the lights ready for a frame.
+    // Sets up the lights for a frame.
     void arrange(const View &view, const Sphere &scene, const Effects &effects);
-    // Within the frame, beside the scene's own pass.
+    // Within the frame, in addition to the scene's own pass.
     void pass();
 
   private:
@@ -47,7 +47,7 @@ class Lights {
     std::vector<RVLIGHT *> rigLights;   // always as many as an object can have
     RVLIGHT *spot;                      // replaces the first of them
     std::vector<RVNODE *> sceneLights;  // of the scene itself
-    std::vector<RVNODE *> lightParents; // where they belong
+    std::vector<RVNODE *> lightParents; // of each of them
     int rig = 0;
     bool spotIsOn = false;
 };

@@ -17,16 +17,16 @@ namespace ravolt::tool {
 
 namespace {
 
-// SDL refuses windows that are larger than the screen, which off screen is of this size.
-constexpr WindowSize largestWindow = {1024, 768};
+// SDL refuses windows larger than the screen, whose size this is off screen.
+constexpr WindowSize maxWindow = {1024, 768};
 
-// The fewest equal parts, of at most `largest` pixels, and their size.
-int partOf(int whole, int largest) {
-    const int parts = (whole + largest - 1) / largest;
+// The size of the fewest equal parts of at most `maximum` pixels.
+int partOf(int whole, int maximum) {
+    const int parts = (whole + maximum - 1) / maximum;
     return (whole + parts - 1) / parts;
 }
 
-// `bottom` counts from the whole picture's lowest row; what lies beyond the whole is left out.
+// `bottom` counts from the whole picture's lowest row; pixels beyond the whole are skipped.
 void copyTile(const Picture &tile, int left, int bottom, Picture &whole) {
     const int columns = std::min(tile.width, whole.width - left);
     for (int up = 0; up < std::min(tile.height, whole.height - bottom); ++up) {
@@ -39,8 +39,7 @@ void copyTile(const Picture &tile, int left, int bottom, Picture &whole) {
 } // namespace
 
 WindowSize windowFor(WindowSize picture) {
-    return {partOf(picture.width, largestWindow.width),
-            partOf(picture.height, largestWindow.height)};
+    return {partOf(picture.width, maxWindow.width), partOf(picture.height, maxWindow.height)};
 }
 
 Picture shoot(Stage &stage, WindowSize size) {
@@ -66,7 +65,7 @@ Picture shoot(Stage &stage, WindowSize size) {
 
 namespace {
 
-void drawUnkept(Stage &stage) {
+void drawDiscarded(Stage &stage) {
     stage.draw();
     RAVOLT::swap();
 }
@@ -80,7 +79,7 @@ void drawAfterPause(Stage &stage) {
     Effects without = effects;
     without.switchOff(Effect::toneMapping);
     stage.setEffects(without);
-    drawUnkept(stage);
+    drawDiscarded(stage);
     stage.setEffects(effects);
 }
 
@@ -89,11 +88,11 @@ void settle(Stage &stage) {
     drawAfterPause(stage);
     if (!stage.getEffects().isOn(Effect::toneMapping))
         return;
-    // A frame that takes a second closes the whole gap.
+    // A frame that takes a second adapts completely.
     const Clock::time_point first = Clock::now();
-    drawUnkept(stage);
+    drawDiscarded(stage);
     std::this_thread::sleep_until(first + std::chrono::seconds(1));
-    drawUnkept(stage);
+    drawDiscarded(stage);
 }
 
 Picture halved(const Picture &picture) {

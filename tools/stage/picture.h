@@ -1,6 +1,6 @@
 #pragma once
 
-// What the window shows, as a picture.
+// Pictures of the stage.
 
 #include "tools/stage/engine.h"
 
@@ -22,28 +22,27 @@ struct Picture {
 // Between the end of a frame's drawing and RAVOLT::swap.
 Picture takePicture();
 
-// The window that a picture of that size is drawn in, a part at a time where it is larger than
-// every screen is sure to be.
+// The window that a picture of that size is drawn in: in parts if it is larger than any screen
+// certainly is.
 WindowSize windowFor(WindowSize picture);
 
 // The stage as a picture of any size, drawn into a window of any size; with effects that work on
-// the picture as a whole the engine must keep the picture.
+// the picture as a whole the engine must draw into a render target.
 Picture shoot(Stage &stage, WindowSize size);
 
-// After a pause the engine would take the first frame for one that lasted all that time, and in the
-// very first one depth of field and shadows have no lights to go by, without which meshes with
-// bones cast the shadow of their bind pose. So this draws one that is not kept, where the effects
-// ask for it.
+// Draws a frame that is discarded, if the effects need one: after a pause the engine would count
+// the whole pause as the duration of the first frame, and in the very first frame depth of field
+// and shadows know no lights, so that meshes with bones cast the shadow of their bind pose.
 void drawAfterPause(Stage &stage);
 
-// Draws frames that are not kept until effects which look at earlier frames have settled: tone
-// mapping takes a second to get used to the light.
+// Draws frames that are discarded until effects that depend on earlier frames have settled: tone
+// mapping adapts to the brightness within a second.
 void settle(Stage &stage);
 
 // Half as wide and as high: each pixel is the mean of four, so that edges are smooth.
 Picture halved(const Picture &picture);
 
-// Whether something is to be seen in it.
+// Whether it shows anything but the background.
 bool showsSomething(const Picture &picture);
 
 // As a PNG file. Throws std::bad_alloc.
@@ -52,7 +51,7 @@ std::vector<unsigned char> encodePng(const Picture &picture);
 // To standard output.
 void printPng(const Picture &picture);
 
-// Throws Failure when the file cannot be written, which then stays as it was.
+// Throws Failure when the file cannot be written, which is unchanged then.
 void writePng(const Picture &picture, const std::filesystem::path &file);
 
 } // namespace ravolt::tool

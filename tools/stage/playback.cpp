@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char *ending = ".rva";
 
-// Of which clips are looked at for the room that they take.
+// Of a clip, for its extent.
 constexpr int maxSampledFrames = 24;
 
 Vector vectorFrom(const Z3MVECTOR3D &v) { return {v.x, v.y, v.z}; }
@@ -26,7 +26,7 @@ Z3MVECTOR3D floats(const Vector &v) {
     return Z3MVECTOR3D(static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z));
 }
 
-// But for rounding. The same rotation has several triples of angles.
+// Whether two entries are equal but for rounding. A rotation has several triples of angles.
 bool areEqual(const RVBONEFRAME &a, const RVBONEFRAME &b) {
     constexpr double rounding = 1e-4;
     const Vector here = vectorFrom(a.translation), there = vectorFrom(b.translation);
@@ -56,7 +56,7 @@ std::vector<ClipFile> clipsBeside(const fs::path &scene) {
         if (name.extension() != ending || stem.rfind(start, 0) != 0)
             continue;
         const std::string clip = stem.substr(start.size());
-        // A full stop more: the clip of another scene, whose name begins with this one's.
+        // With a full stop: a clip of another scene, whose name begins with this one's.
         if (!clip.empty() && clip.find('.') == std::string::npos)
             clips.push_back({clip, entry.path()});
     }
@@ -78,7 +78,8 @@ Playback::Playback(RVNODE *root, std::vector<ClipFile> files, std::vector<SceneS
     for (ClipFile &file : files)
         clips.push_back({std::move(file)});
     walk(scene, [this](RVNODE *node) {
-        still.push_back({node, vectorFrom(node->getPosition()), vectorFrom(node->getRotation())});
+        loadedPoses.push_back(
+            {node, vectorFrom(node->getPosition()), vectorFrom(node->getRotation())});
     });
 }
 
@@ -101,7 +102,7 @@ RVANIM *Playback::clipOf(std::size_t index) {
 }
 
 void Playback::restoreLoadedPose() {
-    for (const Still &one : still) {
+    for (const LoadedPose &one : loadedPoses) {
         one.node->setPosition(floats(one.position));
         one.node->setRotation(floats(one.degrees));
     }

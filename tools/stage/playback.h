@@ -1,6 +1,6 @@
 #pragma once
 
-// Clips that are played on a scene: those beside its file, or one that is named.
+// Clips that are played on a scene: those beside its file, or a given one.
 
 #include "tools/stage/sphere.h"
 
@@ -30,8 +30,8 @@ class Playback {
   public:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-    // On the engine's scene `root`, as loaded, whose file has those skins. Make it after the
-    // engine, and drop it before.
+    // On the engine's scene `root`, as loaded, whose file has those skins. Create it after
+    // the engine and destroy it before.
     Playback(RVNODE *root, std::vector<ClipFile> clips, std::vector<SceneSkin> skins = {});
 
     bool empty() const { return clips.empty(); }
@@ -41,16 +41,16 @@ class Playback {
     // such clip.
     void choose(std::size_t index);
     void choose(const std::string &nameOrFile);
-    // The next one, or the one before; between the last and the first is none. Throws Failure for
-    // one whose file is broken: what is shown stays, and that clip is there no more.
+    // The next or the previous one; between the last and the first is none. Throws Failure for one
+    // whose file is broken: the frame that is shown remains, and that clip is removed.
     void next(bool backwards);
 
     std::size_t chosen() const { return current; }
     std::string name() const; // of the chosen clip
     int frames() const;       // of it; 1 with none
-    int period() const;       // without the last frame of a clip that ends as it begins
+    int period() const;       // without the last frame of a clip whose last frame equals its first
     int frame() const { return shown; }
-    void setFrame(int index); // counted on from the end, and back from the start
+    void setFrame(int index); // wraps around at both ends
 
     // How many nodes the chosen clip moves that the scene does not have.
     std::size_t missingNodes() const;
@@ -58,7 +58,7 @@ class Playback {
     // "walk 3/30": the clip, its frame from 0 and its last frame.
     std::string state() const;
 
-    // Around the scene in all frames of the chosen clip. The frame that is shown stays.
+    // Around the scene in all frames of the chosen clip. The frame that is shown remains.
     Sphere sphere();
 
   private:
@@ -71,7 +71,7 @@ class Playback {
         RVANIM *clip = nullptr; // of the engine, once it is loaded
         bool loops = false;     // its last frame equals the first one
     };
-    struct Still {
+    struct LoadedPose {
         RVNODE *node;
         Vector position, degrees;
     };
@@ -79,7 +79,7 @@ class Playback {
     RVNODE *scene;
     std::vector<SceneSkin> skins;
     std::vector<Entry> clips;
-    std::vector<Still> still; // all nodes as they were loaded
+    std::vector<LoadedPose> loadedPoses; // all nodes as they were loaded
     std::size_t current = none;
     int shown = 0;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the engine does not tell of the skins of a scene: which bones move each of their vertices.
+// The skins of a scene file, which the engine does not expose: the bones of each of their vertices.
 
 #include "tools/common/algebra.h"
 
@@ -13,8 +13,7 @@
 namespace ravolt::tool {
 
 struct SceneSkin {
-    std::size_t node =
-        0; // its place in the scene, the root is 0, and children follow their parents
+    std::size_t node = 0; // its index in the scene in depth-first order; the root is 0
     std::size_t weightsPerVertex = 0;
     std::vector<Vector> vertices; // or some of them, evenly over the mesh
     std::vector<std::uint8_t> boneIndices;
@@ -22,7 +21,7 @@ struct SceneSkin {
     std::vector<std::string> bones;
 };
 
-// Of a scene file (RVE); nothing of one that is broken. All skins together have some thousand
+// Of a scene file (RVE); nothing of a broken one. All skins together have some thousand
 // vertices at most, so that they can be followed through many frames.
 std::vector<SceneSkin> readSkins(const std::filesystem::path &scene);
 

@@ -20,7 +20,7 @@ Affine affineFrom(const Z3MMATRIX &matrix) {
 
 Affine worldOf(RVNODE *node) { return affineFrom(node->getFinalMatrix(nullptr)); }
 
-// In the frame that the engine binds skins in.
+// In the frame in which the engine binds skins.
 Affine inFigure(RVNODE *node) { return affineFrom(node->getFinalMatrix(skeletonRootName)); }
 
 Affine inverseOf(const Affine &transform) {
@@ -28,24 +28,24 @@ Affine inverseOf(const Affine &transform) {
     return invert(transform, result) ? result : Affine();
 }
 
-void addVertices(RVNODE *node, std::vector<Vector> &places) {
+void addVertices(RVNODE *node, std::vector<Vector> &points) {
     const RVMESH *mesh = visibleMesh(node);
     if (!mesh)
         return;
     const Affine world = worldOf(node);
     const Z3MVECTOR3D *vertices = mesh->getVertexPtr();
     for (unsigned int i = 0; i < mesh->getNumberOfVertices(); ++i)
-        places.push_back(world(vectorFrom(vertices[i])));
+        points.push_back(world(vectorFrom(vertices[i])));
 }
 
-Sphere sphereOf(const std::vector<Vector> &places) {
+Sphere sphereOf(const std::vector<Vector> &points) {
     Sphere sphere;
     Box box;
-    for (const Vector &place : places)
-        box.take(place);
+    for (const Vector &point : points)
+        box.add(point);
     sphere.center = (box.low + box.high) * 0.5;
     sphere.lowest = box.low.y;
-    for (const Vector &p : places)
+    for (const Vector &p : points)
         sphere.radius = std::max(sphere.radius, length(p - sphere.center));
     return sphere;
 }
@@ -60,12 +60,12 @@ const RVMESH *visibleMesh(const RVNODE *node) {
 }
 
 Sphere sphereAround(RVNODE *root) {
-    std::vector<Vector> places;
-    walk(root, [&](RVNODE *node) { addVertices(node, places); });
-    return sphereOf(places);
+    std::vector<Vector> points;
+    walk(root, [&](RVNODE *node) { addVertices(node, points); });
+    return sphereOf(points);
 }
 
-void Box::take(const Vector &p) {
+void Box::add(const Vector &p) {
     if (empty)
         low = high = p;
     empty = false;
@@ -111,20 +111,20 @@ void Extent::add(const Skin &skin) {
         for (std::size_t k = i * data.weightsPerVertex; k < (i + 1) * data.weightsPerVertex; ++k)
             if (data.boneWeights[k] != 0)
                 place += moved[data.boneIndices[k]](data.vertices[i]) * double(data.boneWeights[k]);
-        places.push_back(place);
+        points.push_back(place);
     }
 }
 
 void Extent::add() {
     walk(scene, [this](RVNODE *node) {
         if (!followed.count(node))
-            addVertices(node, places);
+            addVertices(node, points);
     });
     for (const Skin &skin : skins)
         add(skin);
 }
 
-Sphere Extent::sphere() const { return places.empty() ? sphereAround(scene) : sphereOf(places); }
+Sphere Extent::sphere() const { return points.empty() ? sphereAround(scene) : sphereOf(points); }
 
 std::vector<Vector> areaNormals(RVNODE *root, double size) {
     std::vector<Vector> result;

@@ -23,22 +23,22 @@ struct Box {
     Vector low, high;
     bool empty = true;
 
-    void take(const Vector &place);
+    void add(const Vector &point);
 };
 
-// Around all vertices of the visible meshes under `root`, in the world. Needs the live engine.
-// The radius is 0 when there are none.
+// Around all vertices of the visible meshes under `root`, in the world. Needs the running engine.
+// The radius is 0 if there are none.
 Sphere sphereAround(RVNODE *root);
 
-// The room that a scene takes while it moves, by its vertices: those of skins where their bones put
-// them. Make it while the scene is as it was loaded, which is how its skins were bound.
+// The extent of a scene while it moves, by its vertices, those of skins as their bones move them.
+// Create it while the scene is in the pose of its file, in which its skins were bound.
 class Extent {
   public:
     // `skins` are those of the scene's file; others count in their pose when they are loaded.
     Extent(RVNODE *root, const std::vector<SceneSkin> &skins);
 
     void add(); // the scene in its present pose
-    // Without any such time the one around the scene as it was loaded.
+    // Around all poses that were added; without any, around the scene as it was loaded.
     Sphere sphere() const;
 
   private:
@@ -58,7 +58,7 @@ class Extent {
     RVNODE *scene;
     std::vector<Skin> skins;
     std::set<const RVNODE *> followed; // the meshes of these
-    std::vector<Vector> places;
+    std::vector<Vector> points;
 };
 
 // The triangles of the visible meshes as vectors along their normals, each as long as twice its

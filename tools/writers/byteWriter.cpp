@@ -11,7 +11,7 @@ void ByteWriter::fail(const std::string &where, const std::string &reason) {
         result.error = where + ": " + reason;
 }
 
-void ByteWriter::put(const void *data, std::size_t size) {
+void ByteWriter::writeBytes(const void *data, std::size_t size) {
     if (!ok() || !size)
         return;
     const std::size_t end = result.bytes.size();
@@ -19,26 +19,26 @@ void ByteWriter::put(const void *data, std::size_t size) {
     std::memcpy(result.bytes.data() + end, data, size);
 }
 
-void ByteWriter::putZeros(std::size_t size) {
+void ByteWriter::writeZeros(std::size_t size) {
     if (ok())
         result.bytes.resize(result.bytes.size() + size);
 }
 
-void ByteWriter::putCount(const std::string &where, std::size_t count, std::size_t maximum,
-                          const char *what) {
+void ByteWriter::writeCount(const std::string &where, std::size_t count, std::size_t maximum,
+                            const char *what) {
     if (count > maximum)
         fail(where, std::to_string(count) + " " + what + ", at most " + std::to_string(maximum));
     const std::uint16_t number = static_cast<std::uint16_t>(count);
-    put(&number, sizeof(number));
+    writeBytes(&number, sizeof(number));
 }
 
-void ByteWriter::putText(const std::string &where, const std::string &text) {
+void ByteWriter::writeText(const std::string &where, const std::string &text) {
     if (text.size() > writtenTextLength)
         fail(where, "a text of " + std::to_string(text.size()) + " characters, at most " +
                         std::to_string(writtenTextLength));
     if (text.find('\0') != std::string::npos)
         fail(where, "a text with a zero byte in it");
-    put(text.c_str(), text.size() + 1);
+    writeBytes(text.c_str(), text.size() + 1);
 }
 
 WrittenBytes ByteWriter::take() {

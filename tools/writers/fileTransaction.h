@@ -2,8 +2,8 @@
 
 // Files that are written together: each first under a temporary name beside its target, then all
 // are renamed. Until then, and after any failure, the former files remain. Only
-// the end of the process by SIGKILL leaves temporaries behind, which are in nobody's way; between
-// two renames it leaves each file whole, some of them new.
+// the end of the process by SIGKILL does not remove the temporaries; between two renames it leaves
+// each file complete, some of them new.
 
 #include <cstddef>
 #include <functional>

@@ -19,7 +19,7 @@ struct PngPicture {
 // Throws std::bad_alloc.
 std::vector<unsigned char> encodePng(const PngPicture &picture);
 
-// What is wrong, or an empty text. A file that cannot be written whole stays as it was.
+// Returns the error, or an empty text. A file that cannot be written completely is unchanged.
 std::string writePng(const std::string &path, const PngPicture &picture);
 
 } // namespace ravolt

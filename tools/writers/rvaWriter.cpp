@@ -4,14 +4,14 @@ namespace ravolt {
 
 namespace {
 
-void putFrame(ByteWriter &writer, std::size_t number, const RvaClip &clip) {
+void writeFrame(ByteWriter &writer, std::size_t number, const RvaClip &clip) {
     const std::vector<RvaEntry> &frame = clip.frames[number];
     if (frame.size() != clip.bones.size())
         writer.fail("frame " + std::to_string(number), "entries must be as many as bones");
     for (const RvaEntry &entry : frame) {
-        writer.putFloats(entry.rotation);
-        writer.putFloats(entry.translation);
-        writer.putByte(entry.set);
+        writer.writeFloats(entry.rotation);
+        writer.writeFloats(entry.translation);
+        writer.writeByte(entry.set);
     }
 }
 
@@ -19,14 +19,14 @@ void putFrame(ByteWriter &writer, std::size_t number, const RvaClip &clip) {
 
 RvaResult encodeRva(const RvaClip &clip) {
     ByteWriter writer;
-    writer.put(rva::magic.data(), rva::magic.size());
-    writer.putByte(rva::separator);
-    writer.putCount("the clip", clip.bones.size(), rvaBones, "bones");
-    writer.putCount("the clip", clip.frames.size(), rvaFrames, "frames");
+    writer.writeBytes(rva::magic.data(), rva::magic.size());
+    writer.writeByte(rva::separator);
+    writer.writeCount("the clip", clip.bones.size(), rvaBones, "bones");
+    writer.writeCount("the clip", clip.frames.size(), rvaFrames, "frames");
     for (const std::string &bone : clip.bones)
-        writer.putText("bone '" + bone + "'", bone);
+        writer.writeText("bone '" + bone + "'", bone);
     for (std::size_t number = 0; number < clip.frames.size() && writer.ok(); ++number)
-        putFrame(writer, number, clip);
+        writeFrame(writer, number, clip);
     return writer.take();
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 // Makes animation files (RVA) that the engine reads, from a plain description. Nothing of the
-// engine is needed. What a file cannot hold, or the engine would refuse, is an error that names the
-// thing and its limit.
+// engine is needed. What a file cannot store, or the engine would refuse, is an error that names
+// the object and its limit.
 
 #include "models/rvaFormat.h"
 #include "tools/writers/byteWriter.h"
@@ -34,7 +34,7 @@ using RvaResult = WrittenBytes;
 
 RvaResult encodeRva(const RvaClip &clip);
 
-// What is wrong, or an empty text. A file that cannot be written whole stays as it was.
+// Returns the error, or an empty text. A file that cannot be written completely is unchanged.
 std::string writeRva(const std::string &path, const RvaClip &clip);
 
 } // namespace ravolt

@@ -22,118 +22,118 @@ class Writer : private ByteWriter {
     explicit Writer(RveVersion formatVersion) : version(formatVersion) {}
 
     RveResult write(const RveScene &scene) {
-        put((version == RveVersion::v16a ? rve::magic : rve::obsoleteMagic).data(),
-            rve::headerBytes);
-        putCount("the scene", scene.materials.size(), rveMaterials, "materials");
+        writeBytes((version == RveVersion::v16a ? rve::magic : rve::obsoleteMagic).data(),
+                   rve::headerBytes);
+        writeCount("the scene", scene.materials.size(), rveMaterials, "materials");
         for (const RveMaterial &material : scene.materials)
-            putMaterial(material);
-        putNode(scene.root, 1);
+            writeMaterial(material);
+        writeNode(scene.root, 1);
         return take();
     }
 
   private:
-    void putMaterial(const RveMaterial &material) {
+    void writeMaterial(const RveMaterial &material) {
         const std::string where = "material '" + material.name + "'";
-        putText(where, material.name);
-        putText(where, material.texture);
-        putText(where, material.shader);
+        writeText(where, material.name);
+        writeText(where, material.texture);
+        writeText(where, material.shader);
         for (const RveColor *color :
              {&material.ambient, &material.diffuse, &material.specular, &material.selfIllumination})
-            putFloats(*color);
-        putFloat(material.transparency);
-        putFloat(material.shininess);
+            writeFloats(*color);
+        writeFloat(material.transparency);
+        writeFloat(material.shininess);
     }
 
-    void putNode(const RveNode &node, std::size_t depth) {
+    void writeNode(const RveNode &node, std::size_t depth) {
         const std::string where = "node '" + node.name + "'";
         if (depth > rveDepth) {
             fail(where, "a tree deeper than " + std::to_string(rveDepth) + " nodes");
             return;
         }
-        putByte(static_cast<std::uint8_t>(node.kind));
+        writeByte(static_cast<std::uint8_t>(node.kind));
         switch (node.kind) {
         case RveKind::node:
-            putPlainNode(where, node);
+            writePlainNode(where, node);
             break;
         case RveKind::light:
-            putLight(where, node);
+            writeLight(where, node);
             break;
         case RveKind::mesh:
-            putMesh(where, node);
+            writeMesh(where, node);
             break;
         default:
             fail(where, "an unknown kind");
         }
         for (const RveNode &child : node.children)
             if (ok())
-                putNode(child, depth + 1);
+                writeNode(child, depth + 1);
     }
 
-    void putChildren(const std::string &where, const RveNode &node) {
-        putCount(where, node.children.size(), rveChildren, "children");
+    void writeChildren(const std::string &where, const RveNode &node) {
+        writeCount(where, node.children.size(), rveChildren, "children");
     }
 
-    void putPlainNode(const std::string &where, const RveNode &node) {
-        put(&node.auxId, sizeof(node.auxId));
-        putText(where, node.name);
-        putFloats(node.position);
-        putFloats(node.origin);
-        putChildren(where, node);
+    void writePlainNode(const std::string &where, const RveNode &node) {
+        writeBytes(&node.auxId, sizeof(node.auxId));
+        writeText(where, node.name);
+        writeFloats(node.position);
+        writeFloats(node.origin);
+        writeChildren(where, node);
     }
 
-    void putLight(const std::string &where, const RveNode &node) {
-        putZeros(rve::reservedBytes);
-        putByte(static_cast<std::uint8_t>(node.light.type));
-        putText(where, node.name);
-        putFloats(node.position);
-        putFloats(node.light.direction);
-        putFloat(node.light.cutOff);
-        putFloats(node.light.color);
-        putChildren(where, node);
+    void writeLight(const std::string &where, const RveNode &node) {
+        writeZeros(rve::reservedBytes);
+        writeByte(static_cast<std::uint8_t>(node.light.type));
+        writeText(where, node.name);
+        writeFloats(node.position);
+        writeFloats(node.light.direction);
+        writeFloat(node.light.cutOff);
+        writeFloats(node.light.color);
+        writeChildren(where, node);
     }
 
-    void putMesh(const std::string &where, const RveNode &node) {
+    void writeMesh(const std::string &where, const RveNode &node) {
         const RveMesh &mesh = node.mesh;
         checkMesh(where, mesh);
-        putZeros(rve::reservedBytes);
-        putText(where, node.name);
-        putFloats(node.position);
-        putFloats(node.rotation);
-        putFloats(node.origin);
-        putText(where, mesh.material);
-        putFloat(mesh.radius);
-        putFloats(mesh.minimum);
-        putFloats(mesh.maximum);
-        putByte(mesh.hidden);
-        putCount(where, mesh.vertices.size(), rveVertices, "vertices");
-        putCount(where, mesh.uvs.size(), rveVertices, "texture coordinates");
-        putCount(where, mesh.faces.size(), rveVertices, "faces");
-        putChildren(where, node);
-        putCount(where, mesh.skin.weightsPerVertex, rveWeights, "weights of a vertex");
+        writeZeros(rve::reservedBytes);
+        writeText(where, node.name);
+        writeFloats(node.position);
+        writeFloats(node.rotation);
+        writeFloats(node.origin);
+        writeText(where, mesh.material);
+        writeFloat(mesh.radius);
+        writeFloats(mesh.minimum);
+        writeFloats(mesh.maximum);
+        writeByte(mesh.hidden);
+        writeCount(where, mesh.vertices.size(), rveVertices, "vertices");
+        writeCount(where, mesh.uvs.size(), rveVertices, "texture coordinates");
+        writeCount(where, mesh.faces.size(), rveVertices, "faces");
+        writeChildren(where, node);
+        writeCount(where, mesh.skin.weightsPerVertex, rveWeights, "weights of a vertex");
         if (!ok())
             return;
-        putGeometry(mesh);
+        writeGeometry(mesh);
         if (mesh.skin.weightsPerVertex)
-            putSkin(where, mesh.skin);
+            writeSkin(where, mesh.skin);
     }
 
-    void putGeometry(const RveMesh &mesh) {
+    void writeGeometry(const RveMesh &mesh) {
         const bool obsolete = version == RveVersion::v15a;
-        putArray(mesh.vertices);
-        putArray(mesh.normals);
+        writeArray(mesh.vertices);
+        writeArray(mesh.normals);
         if (obsolete)
-            putZeros(mesh.vertices.size() * rve::obsoleteVertexBytes);
-        putArray(mesh.uvs);
-        putArray(mesh.faces);
+            writeZeros(mesh.vertices.size() * rve::obsoleteVertexBytes);
+        writeArray(mesh.uvs);
+        writeArray(mesh.faces);
         if (mesh.faceNormals.empty())
-            putComputedFaceNormals(mesh);
+            writeComputedFaceNormals(mesh);
         else
-            putArray(mesh.faceNormals);
+            writeArray(mesh.faceNormals);
         if (obsolete)
-            putZeros(mesh.faces.size() * rve::obsoleteFaceBytes);
+            writeZeros(mesh.faces.size() * rve::obsoleteFaceBytes);
     }
 
-    void putComputedFaceNormals(const RveMesh &mesh) {
+    void writeComputedFaceNormals(const RveMesh &mesh) {
         for (const auto &face : mesh.faces) {
             const RveVector &corner = mesh.vertices[face[0]];
             RveVector normal = cross(difference(mesh.vertices[face[1]], corner),
@@ -141,16 +141,16 @@ class Writer : private ByteWriter {
             const float length = std::hypot(normal[0], normal[1], normal[2]);
             for (float &component : normal)
                 component /= length > 0.0f ? length : 1.0f;
-            putFloats(normal);
+            writeFloats(normal);
         }
     }
 
-    void putSkin(const std::string &where, const RveSkin &skin) {
-        putArray(skin.boneIndices);
-        putArray(skin.boneWeights);
-        putCount(where, skin.bones.size(), rveBones, "bones");
+    void writeSkin(const std::string &where, const RveSkin &skin) {
+        writeArray(skin.boneIndices);
+        writeArray(skin.boneWeights);
+        writeCount(where, skin.bones.size(), rveBones, "bones");
         for (const std::string &bone : skin.bones)
-            putText(where, bone);
+            writeText(where, bone);
     }
 
     // What must agree within a mesh.

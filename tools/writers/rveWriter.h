@@ -1,8 +1,8 @@
 #pragma once
 
 // Makes scene files (RVE) that the engine reads, from a plain description: materials and one tree
-// of plain nodes, lights and meshes. Nothing of the engine is needed. What a file cannot hold, or
-// the engine would refuse, is an error that names the thing and its limit.
+// of plain nodes, lights and meshes. Nothing of the engine is needed. What a file cannot store, or
+// the engine would refuse, is an error that names the object and its limit.
 
 #include "models/rveFormat.h"
 #include "tools/writers/byteWriter.h"
@@ -49,7 +49,7 @@ struct RveLight {
     RveVector color = {1.0f, 1.0f, 1.0f};
 };
 
-// Bends a mesh: `weightsPerVertex` pairs of a bone's number and its weight for each vertex, and the
+// Skins a mesh: `weightsPerVertex` pairs of a bone's number and its weight for each vertex, and the
 // names of the nodes that are the bones.
 struct RveSkin {
     unsigned int weightsPerVertex = 0; // 0: the mesh is rigid
@@ -100,7 +100,7 @@ using RveResult = WrittenBytes;
 
 RveResult encodeRve(const RveScene &scene, RveVersion version = RveVersion::v16a);
 
-// What is wrong, or an empty text. A file that cannot be written whole stays as it was.
+// Returns the error, or an empty text. A file that cannot be written completely is unchanged.
 std::string writeRve(const std::string &path, const RveScene &scene,
                      RveVersion version = RveVersion::v16a);
 

@@ -1,3 +1,5 @@
+// Packets of run-length files end with the row, as the format requires.
+
 #include "tools/writers/tgaWriter.h"
 
 #include "resources/tgaFormat.h"
@@ -7,33 +9,31 @@
 #include <cstddef>
 #include <cstring>
 
-// Packets of run-length files end with the row, as the format asks for.
-
 namespace ravolt {
 
 namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-void putNumber(Bytes &file, unsigned int number, unsigned int bytes) {
+void writeNumber(Bytes &file, unsigned int number, unsigned int bytes) {
     for (; bytes > 0; --bytes, number >>= 8)
         file.push_back(static_cast<unsigned char>(number));
 }
 
-void putHeader(Bytes &file, const TgaPicture &picture, TgaEncoding encoding) {
-    putNumber(file, 0, 2);
-    putNumber(file, encoding == TgaEncoding::runLength ? tga::runLength : tga::uncompressed, 1);
+void writeHeader(Bytes &file, const TgaPicture &picture, TgaEncoding encoding) {
+    writeNumber(file, 0, 2);
+    writeNumber(file, encoding == TgaEncoding::runLength ? tga::runLength : tga::uncompressed, 1);
     file.resize(file.size() + 9);
-    putNumber(file, picture.width, 2);
-    putNumber(file, picture.height, 2);
-    putNumber(file, picture.channels * 8, 1);
-    putNumber(file,
-              (picture.topRowFirst ? tga::topLeftOrigin : 0) +
-                  (picture.channels == 4 ? tga::alphaBits : 0),
-              1);
+    writeNumber(file, picture.width, 2);
+    writeNumber(file, picture.height, 2);
+    writeNumber(file, picture.channels * 8, 1);
+    writeNumber(file,
+                (picture.topRowFirst ? tga::topLeftOrigin : 0) +
+                    (picture.channels == 4 ? tga::alphaBits : 0),
+                1);
 }
 
-// A row of pixels, and what the packets ask of it.
+// A row of pixels, and what its packets need.
 struct Row {
     const unsigned char *pixels;
     unsigned int width;
@@ -52,7 +52,7 @@ struct Row {
         return count;
     }
 
-    // How many pixels from x on go by before two neighbours are equal, at least one.
+    // How many pixels from x on precede the next two equal neighbours, at least one.
     unsigned int literalFrom(unsigned int x) const {
         unsigned int count = 1;
         while (x + count < width && count < tga::maxPacket && equalFrom(x + count) == 1)
@@ -60,24 +60,24 @@ struct Row {
         return count;
     }
 
-    void putPixel(Bytes &file, unsigned int x) const {
+    void writePixel(Bytes &file, unsigned int x) const {
         const unsigned char *pixel = at(x);
         file.insert(file.end(), {pixel[2], pixel[1], pixel[0]});
         if (channels == 4)
             file.push_back(pixel[3]);
     }
 
-    void putPixels(Bytes &file, unsigned int x, unsigned int count) const {
+    void writePixels(Bytes &file, unsigned int x, unsigned int count) const {
         for (; count > 0; --count, ++x)
-            putPixel(file, x);
+            writePixel(file, x);
     }
 
-    void putPackets(Bytes &file) const {
+    void writePackets(Bytes &file) const {
         for (unsigned int x = 0; x < width;) {
             const unsigned int equal = equalFrom(x);
             const unsigned int count = equal > 1 ? equal : literalFrom(x);
-            putNumber(file, count - 1 + (equal > 1 ? tga::repeatFlag : 0), 1);
-            putPixels(file, x, equal > 1 ? 1 : count);
+            writeNumber(file, count - 1 + (equal > 1 ? tga::repeatFlag : 0), 1);
+            writePixels(file, x, equal > 1 ? 1 : count);
             x += count;
         }
     }
@@ -87,14 +87,14 @@ struct Row {
 
 Bytes encodeTga(const TgaPicture &picture, TgaEncoding encoding) {
     Bytes file;
-    putHeader(file, picture, encoding);
+    writeHeader(file, picture, encoding);
     const std::size_t rowSize = static_cast<std::size_t>(picture.width) * picture.channels;
     for (unsigned int y = 0; y < picture.height; ++y) {
         const Row row{picture.pixels + y * rowSize, picture.width, picture.channels};
         if (encoding == TgaEncoding::runLength)
-            row.putPackets(file);
+            row.writePackets(file);
         else
-            row.putPixels(file, 0, picture.width);
+            row.writePixels(file, 0, picture.width);
     }
     return file;
 }

@@ -21,7 +21,7 @@ struct TgaPicture {
 std::vector<unsigned char> encodeTga(const TgaPicture &picture,
                                      TgaEncoding encoding = TgaEncoding::uncompressed);
 
-// False when the file cannot be written whole; then it stays as it was.
+// False if the file cannot be written completely; then it is unchanged.
 bool writeTga(const std::string &path, const TgaPicture &picture,
               TgaEncoding encoding = TgaEncoding::uncompressed);
 

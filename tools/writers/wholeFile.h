@@ -5,7 +5,7 @@
 
 namespace ravolt {
 
-// What is wrong, or an empty text. A file that cannot be written whole stays as it was; see
+// Returns the error, or an empty text. A file that cannot be written completely is unchanged; see
 // FileTransaction.
 std::string writeWholeFile(const std::string &path, const std::vector<unsigned char> &bytes);
 
