@@ -1,4 +1,4 @@
-// Bright pass: only values above 1 glow, which a floating-point target can hold.
+// Bright pass: only values above 1 glow, which a floating-point target can store.
 
 uniform sampler2D textureSampler0;
 

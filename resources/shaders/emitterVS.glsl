@@ -1,4 +1,4 @@
-// Particles, vertex stage: makes a quad that faces the camera. The normal holds the particle's
+// Particles, vertex stage: makes a quad that faces the camera. The normal is the particle's
 // centre, the second texture coordinate its size (s) and its spin in degrees (t), and the vertex is
 // a corner of the unit quad.
 

@@ -1,4 +1,4 @@
-// Colour only, vertex stage. SKINNED: skinning.glsl stands in front.
+// Colour only, vertex stage. SKINNED: skinning.glsl is included before it.
 
 varying vec4 color;
 

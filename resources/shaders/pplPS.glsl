@@ -1,6 +1,6 @@
 // Per-pixel lighting, pixel stage: light 0 on the material, times a texture, under a shadow. The
 // variants are those of the vertex stage, but for skinning, which makes no difference here; with
-// SHADOWED, shadowMap.glsl stands in front.
+// SHADOWED, shadowMap.glsl is included before it.
 
 varying vec4 diffuse;
 varying vec4 ambient;

@@ -1,11 +1,11 @@
 // Per-pixel lighting, vertex stage: what light 0 and the material have in common for a vertex.
 //
-// Variants, by what is defined in front of this text:
+// Variants, by what is defined before this text:
 //   DIRECT, OMNI, SPOT   the light's type
 //   TEXTURED             a texture on unit 0
 //   SHADOWED             a shadow map on unit 1; spot lights only
-//   SKINNED              skinning.glsl stands in front
-//   SKINNED_LIGHT        the light terms take the skinned vertex too
+//   SKINNED              skinning.glsl is included before it
+//   SKINNED_LIGHT        the light terms use the skinned vertex too
 
 varying vec4 diffuse;
 varying vec4 ambient;
@@ -38,7 +38,7 @@ void main() {
 #ifdef SKINNED_LIGHT
     vec4 litVertex = position;
 #else
-    // On purpose: where SKINNED_LIGHT is not defined, a skinned vertex is lit where it stood before.
+    // On purpose: where SKINNED_LIGHT is not defined, a skinned vertex is lit at its unskinned position.
     vec4 litVertex = gl_Vertex;
 #endif
 
@@ -54,7 +54,7 @@ void main() {
     gl_TexCoord[0] = gl_MultiTexCoord0;
 #endif
 #ifdef SHADOWED
-    // The texture matrix of unit 1 takes eye space to the light's shadow map.
+    // The texture matrix of unit 1 transforms eye space to the light's shadow map.
     vec4 posWorld = gl_ModelViewMatrix * litVertex;
     gl_TexCoord[1] = gl_TextureMatrix[1] * posWorld;
 #endif

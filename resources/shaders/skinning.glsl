@@ -1,4 +1,4 @@
-// Hardware skinning, in front of a vertex stage that is SKINNED: four bones a vertex.
+// Hardware skinning, included before a vertex stage that is SKINNED: four bones a vertex.
 
 attribute vec4 boneIndex;
 attribute vec4 boneWeight;

@@ -1,4 +1,4 @@
-// Water, pixel stage. SHADOWED: shadowMap.glsl stands in front.
+// Water, pixel stage. SHADOWED: shadowMap.glsl is included before it.
 
 varying vec4 position;
 varying vec3 eyeVec;
