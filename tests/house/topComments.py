@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Fails on a source of the library whose comment about the whole file comes after its includes: it
-belongs above them. Such a comment is a block with an empty line (or the end) after it; one that is
-followed by code describes that code.
+"""Fails on a source of the library, of the tool or of an example whose comment about the whole file
+comes after its includes: it belongs above them. Such a comment is a block with an empty line (or
+the end) after it; one that is followed by code describes that code.
 
     topComments.py ROOT
     topComments.py --self     checks that the check itself finds faults
@@ -11,7 +11,8 @@ import re
 
 import check
 
-FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "video"]
+FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "video", "tools",
+           "examples"]
 AFTER_INCLUDES = re.compile(r"""\A(?:[ \t]*(?:\#[^\n]*|//[^\n]*)?\n)*   # to the last directive
                                 \#[^\n]*\n\s*
                                 (?://[^\n]*\n)+(?:\n|\Z)""", re.X)
