@@ -1,3 +1,6 @@
+// The engine's dome is a half sphere that is sunk by a third of its radius. All is computed from
+// the direction in which a pixel is seen, so that the texture closes round U and at the zenith.
+
 #include "tools/terrain/media.h"
 #include "tools/terrain/noise.h"
 #include "tools/terrain/texture.h"
@@ -5,9 +8,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-
-// The engine's dome is a half sphere that is sunk by a third of its radius. All is computed from
-// the direction in which a pixel is seen, so that the texture closes round U and at the zenith.
 
 namespace ravolt::tool::terrain {
 
