@@ -179,7 +179,7 @@ class OutputFolder {
     bool made = false;
 };
 
-std::string closingWords(const Options &options, const TerrainResult &result) {
+std::string closingMessage(const Options &options, const TerrainResult &result) {
     char text[400];
     std::snprintf(text, sizeof text,
                   ": %zu chunks of %u x %u vertices, %.6g x %.6g units, heights %.4g to %.4g, "
@@ -211,11 +211,11 @@ void makeTerrain(const Options &options) {
                 result = stageTerrain(options, report, progress, job.files);
             }
             say(report, options.verbosity);
-            job.closingWords = closingWords(options, result);
+            job.closingMessage = closingMessage(options, result);
         },
         done);
     if (!options.verbosity.quiet)
-        std::printf("%s\n", done.closingWords.c_str());
+        std::printf("%s\n", done.closingMessage.c_str());
 }
 
 } // namespace
