@@ -115,17 +115,10 @@ class TerrainChunkTest : public SilentEngineTest {
         return *chunks.back();
     }
 
-    // A chunk of a level, seen or not.
-    RVTERRAIN_CHUNK &makeChunkAt(unsigned int level, bool visible = true) {
+    RVTERRAIN_CHUNK &makeChunkAt(unsigned int level) {
         RVTERRAIN_CHUNK &chunk = makeChunk();
         chunk.setLodThresholds(levelIs(level));
         chunk.computeLevel(camera, true, false);
-        if (!visible) {
-            chunk.setFrustumPlanes(nothing.data());
-            EXPECT_FALSE(chunk.isInFrustum(false));
-            // Without losing its level, as a chunk that the water hides.
-            chunk.setFrustumPlanes(everything.data());
-        }
         return chunk;
     }
 
@@ -628,6 +621,29 @@ TEST_F(TerrainCallsTest, WithoutLevelsOfDetailAllChunksHaveTheFinestWithPlainEdg
     }
 }
 
+// With six levels at most, of which the last is drawn as its body alone.
+TEST_F(TerrainCallsTest, AnyNumberOfLevelsIsDrawn) {
+    for (const unsigned int levels : {1u, 2u, 5u, 6u, 7u, 20u}) {
+        SCOPED_TRACE(levels);
+        const TerrainFile file({.side = 129, .levels = levels, .scale = 0.25f});
+        const Calls calls = callsOf([&] {
+            terrain = loadTerrain(file, geometryXml + layersXml() +
+                                            lodXml(std::vector<std::string>(levels - 1, "0")));
+        });
+        buffers.clear();
+        for (const Call &call : calls.named("glGenBuffersARB"))
+            buffers.push_back(call.arguments.back());
+        look(2);
+        const std::size_t body = TerrainFile::listsPerLevel * (std::min(levels, 6u) - 1);
+        const std::vector<std::size_t> lists = listsOf(render());
+        ASSERT_FALSE(lists.empty());
+        EXPECT_EQ(lists[0], body);
+        EXPECT_EQ(lists.size(), levels <= 6 ? 2u : 10u);
+        EXPECT_EQ(terrain->getChunk(1)->getLevel(), std::min(levels, 6u) - 1);
+        delete terrain;
+    }
+}
+
 // The chunk on the left is nearer to the eye, and fits its edge to the other one.
 TEST_F(TerrainCallsTest, ChunkFitsItsEdgeToACoarserNeighbour) {
     make(geometryXml + layersXml() + lodXml({"1600", "4000", "9e9", "9e9", "9e9"}));
@@ -747,6 +763,15 @@ TEST_F(TerrainCallsTest, StateAfterwardsIsThatOfNoTerrain) {
     }
 }
 
+// Its own material, too, which was the last one applied.
+TEST_F(TerrainCallsTest, MaterialsAreAppliedAnewInTheSecondRenderingOfAFrame) {
+    make(geometryXml + layersXml());
+    look(0, 30); // one chunk alone is seen
+    const Calls first = render(), second = render();
+    EXPECT_EQ(second.named("glUseProgramObjectARB"), first.named("glUseProgramObjectARB"));
+    EXPECT_EQ(second.count("glBindTexture"), 8u);
+}
+
 // Emitters and the 2D block switch culling off without its switch.
 TEST_F(TerrainCallsTest, FacesAreCulledAlsoAfterAnEmitter) {
     make();
@@ -827,10 +852,15 @@ TEST_F(ForcedTargetTest, ForcedTargetIsUnboundAndBoundAgain) {
     RVFBO::unbind(); // the window's viewport is still that of the target
     EXPECT_EQ(stepsOf(render()), reflection + refraction + inTarget);
     RVTERRAIN::restoreTargetOn();
-    RVFBO::unbind();
-    render();
-    EXPECT_EQ(RVFBO::getCurrent(), nullptr);
-    EXPECT_EQ(integerOf(GL_FRAMEBUFFER_BINDING_EXT), 0);
+    for (RVFBO *target : {static_cast<RVFBO *>(nullptr), RVOPENGL::getFbo(4)}) {
+        RVFBO::unbind();
+        if (target)
+            target->render(nullptr);
+        render();
+        EXPECT_EQ(RVFBO::getCurrent(), target);
+        EXPECT_EQ(integerOf(GL_FRAMEBUFFER_BINDING_EXT),
+                  static_cast<int>(target ? target->getGLId() : 0));
+    }
 }
 
 TEST_F(TerrainCallsTest, WithoutFrameBufferObjectsTheImagesAreLeftOut) {

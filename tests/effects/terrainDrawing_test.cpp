@@ -299,6 +299,40 @@ TEST_F(TerrainAmongOthersTest, MeshAfterATerrainLooksLikeWithoutIt) {
     }
 }
 
+// Shadows are drawn from the map on unit 1, in a list that has the terrain too.
+TEST_F(TerrainAmongOthersTest, ShadowsOfMeshesAreThoseWithoutATerrain) {
+    make(neighbourhoods[0]);
+    auto *spot = new RVLIGHT;
+    spot->setLightType(RV_LIGHT_TYPE_SPOT);
+    spot->castShadows(true);
+    spot->setPosition(26, 8, 72);
+    spot->setDirection(Z3MVECTOR3D(0.5f, -0.5f, -0.5f));
+    spot->setCutOff(40);
+    spot->setShadowNearPlane(1);
+    spot->setShadowFarPlane(40);
+    spot->link(cubes);
+    RAVOLT::shadowingOn();
+    const auto drawn = [&] {
+        RAVOLT::swap();
+        drawFrame(camera, cubes);
+        return readFrame();
+    };
+    drawn();
+    const Picture without = drawn();
+    cubes->link(root); // after the terrain
+    RAVOLT::swap();
+    drawFrame(camera, root);
+    const Picture with = readFrame();
+    EXPECT_GT(without.pixelsUnlike(background), 500u);
+    EXPECT_GT(differenceOf(with, without).mean, 1.0);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            if (without.at(x, y) == background)
+                continue;
+            ASSERT_EQ(with.at(x, y), without.at(x, y)) << x << ", " << y;
+        }
+}
+
 TEST_F(TerrainAmongOthersTest, TerrainLooksTheSameAfterOtherThings) {
     for (const bool programs : {true, false}) {
         Picture first;

@@ -225,6 +225,7 @@ TEST_F(TerrainLoadTest, ConfigurationsLoadOrAreRefusedWithOneLineAndLeakNothing)
         else
             EXPECT_LOGGED_EXACTLY(c.problem.empty() ? "" : c.problem + failedLoad);
         EXPECT_EQ(terrain->getNumberOfChunks() > 0, terrain->getSkydome() != nullptr);
+        EXPECT_EQ(terrain->render(nullptr), terrain->getNumberOfChunks() > 0);
         release();
         EXPECT_EQ(notDeleted(recorder.stop()), std::multiset<std::string>{});
         markLog();
