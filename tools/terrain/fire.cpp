@@ -19,12 +19,12 @@ constexpr const char *fireXml = R"(<?xml version="1.0"?>
     <maxSpin value="120"/>
     <radius value="0.7"/>
     <gravity x="0" y="0.4" z="0"/>
-    <upVector x="0" y="0.7" z="0"/>
-    <colorStart x="1" y="0.75" z="0.3"/>
-    <colorEnd x="0.7" y="0.12" z="0.02"/>
+    <upVector x="0" y="0.5" z="0"/>
+    <colorStart x="0.75" y="0.42" z="0.12"/>
+    <colorEnd x="0.55" y="0.1" z="0.01"/>
     <blendingSrc value="770"/>
     <blendingDst value="1"/>
-    <nbOfParticles value="160"/>
+    <nbOfParticles value="110"/>
 </emitter>
 )";
 
@@ -41,11 +41,11 @@ constexpr const char *smokeXml = R"(<?xml version="1.0"?>
     <center x="0" y="1.5" z="0"/>
     <gravity x="0.15" y="0.25" z="0"/>
     <upVector x="0.1" y="1" z="0.05"/>
-    <colorStart x="0.28" y="0.26" z="0.25"/>
-    <colorEnd x="0.55" y="0.55" z="0.57"/>
+    <colorStart x="0.38" y="0.36" z="0.35"/>
+    <colorEnd x="0.62" y="0.62" z="0.64"/>
     <blendingSrc value="770"/>
     <blendingDst value="771"/>
-    <nbOfParticles value="90"/>
+    <nbOfParticles value="60"/>
 </emitter>
 )";
 

@@ -78,7 +78,7 @@ Color rockColor(float u, float v, float height) {
 }
 
 constexpr std::array<Layer, layerNames.size()> layers = {
-    Layer{grassHeight, grassColor, 0.022f, 0.12f, Lean::none},
+    Layer{grassHeight, grassColor, 0.014f, 0.12f, Lean::none},
     Layer{snowHeight, snowColor, 0.035f, 0.35f, Lean::towardsZ},
     Layer{sandHeight, sandColor, 0.010f, 0.15f, Lean::towardsX},
     Layer{rockHeight, rockColor, 0.055f, 0.25f, Lean::none},

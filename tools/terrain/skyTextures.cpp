@@ -88,10 +88,10 @@ constexpr float rim = 0.012f;
 
 template <class Look> Texture skyOf(unsigned int side, Look look) {
     Texture sky(side, 3);
+    const Color zenith = look(Direction{0, 1, 0});
     for (unsigned int y = 0; y < side; ++y)
         for (unsigned int x = 0; x < side; ++x) {
             const float v = sky.coordinate(y);
-            const Color zenith = look(Direction{0, 1, 0});
             sky.set(
                 x, y,
                 mixed(look(directionAt(sky.coordinate(x), v)), zenith, 1 - smoothStep(0, rim, v)));
@@ -99,31 +99,43 @@ template <class Look> Texture skyOf(unsigned int side, Look look) {
     return sky;
 }
 
+void lighten(Texture &sky, unsigned int x, unsigned int y, const Color &color, float strength) {
+    const unsigned char *old = sky.at(x, y);
+    const Color before = {old[0] / 255.0f, old[1] / 255.0f, old[2] / 255.0f};
+    sky.set(x, y, mixed(before, color, strength));
+}
+
+// A round star around (u, v): a pixel is four times as wide as high at the horizon, and narrows
+// towards the zenith.
+void addStar(Texture &sky, float u, float v, const Color &color, float strength) {
+    const int side = static_cast<int>(sky.size());
+    const float narrowing = std::max(std::sin(pi / 2 * (1 - v)), 0.02f);
+    const float radiusX = 0.55f / narrowing, radiusY = 2.2f;
+    const int middleX = static_cast<int>(u * static_cast<float>(side));
+    const int middleY = static_cast<int>(v * static_cast<float>(side));
+    const int reachX = static_cast<int>(radiusX), reachY = static_cast<int>(radiusY);
+    for (int y = std::max(middleY - reachY, 0); y <= std::min(middleY + reachY, side - 1); ++y)
+        for (int dx = -reachX; dx <= reachX; ++dx) {
+            const float distance = std::hypot(static_cast<float>(dx) / radiusX,
+                                              static_cast<float>(y - middleY) / radiusY);
+            lighten(sky, static_cast<unsigned int>((middleX + dx + side) % side),
+                    static_cast<unsigned int>(y), color,
+                    strength * std::max(1 - distance * distance, 0.0f));
+        }
+}
+
 void addStars(Texture &sky) {
     constexpr int stars = 1400;
     Dice dice(7);
-    const unsigned int side = sky.size();
     for (int i = 0; i < stars; ++i) {
         // Even over the half sphere.
         const float fromZenith = std::acos(dice.roll()), bright = dice.roll();
         const float v = 1 - fromZenith / (pi / 2), u = dice.roll();
-        const Direction to = directionAt(u, v);
-        if (to[1] < 0.03f)
-            continue;
-        const float strength =
-            (0.25f + 0.75f * bright * bright * bright) * (1 - cloudsAt(to, 0.8f, 101));
         const Color color = mixed({0.75f, 0.82f, 1.0f}, {1.0f, 0.90f, 0.75f}, dice.roll());
-        const auto x = static_cast<unsigned int>(u * static_cast<float>(side));
-        const auto y = static_cast<unsigned int>(v * static_cast<float>(side));
-        // A pixel narrows towards the zenith.
-        const int reach = static_cast<int>(0.25f / std::max(std::sin(fromZenith), 0.02f));
-        for (int dx = -reach; dx <= reach; ++dx) {
-            const unsigned int at =
-                static_cast<unsigned int>(static_cast<int>(x + side) + dx) % side;
-            const unsigned char *old = sky.at(at, std::min(y, side - 1));
-            const Color before = {old[0] / 255.0f, old[1] / 255.0f, old[2] / 255.0f};
-            sky.set(at, std::min(y, side - 1), mixed(before, color, strength));
-        }
+        const Direction to = directionAt(u, v);
+        if (to[1] > 0.03f)
+            addStar(sky, u, v, color,
+                    (0.2f + 0.8f * bright * bright * bright) * (1 - cloudsAt(to, 0.8f, 101)));
     }
 }
 

@@ -36,8 +36,8 @@ constexpr double suitableShore = 0.06, minShore = 0.8, maxShore = 4.2;
 
 // Units that a layer's texture and the waves of the water cover.
 constexpr std::array<double, numberOfLayers> tileSizes = {7, 12, 6, 15};
-constexpr double waveSize = 14;
-constexpr double waveSpeed = 0.02;
+constexpr double waveSize = 26;
+constexpr double waveSpeed = 0.012;
 
 // Heights before they have a unit.
 struct Source {

@@ -6,11 +6,11 @@ namespace ravolt::tool::terrain {
 
 namespace {
 
-constexpr float waveHeight = 0.035f;     // in sides of the texture
-constexpr float strongestOffset = 0.08f; // of the slopes, which fills the range of the colours
+constexpr float waveHeight = 0.012f;     // in sides of the texture
+constexpr float strongestOffset = 0.05f; // of the slopes, which fills the range of the colours
 
-float waves(float u, float v) { return tiledNoise(u, v, 8, 4, 71); }
-float swell(float u, float v) { return tiledNoise(u, v, 8, 2, 81); }
+float waves(float u, float v) { return tiledNoise(u, v, 8, 3, 71); }
+float swell(float u, float v) { return tiledNoise(u, v, 4, 2, 81); }
 
 } // namespace
 
