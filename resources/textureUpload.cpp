@@ -3,6 +3,7 @@
 
 #include "engine/gl/bindings.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "resources/textureInternals.h"
@@ -82,6 +83,13 @@ void uploadMipmapChain(unsigned int width, unsigned int height, unsigned char *p
     }
 }
 
+// The driver's largest, unless the settings limit it.
+float anisotropy() {
+    const float driver = RVOPENGL::getAnisotropicLevel();
+    const int limit = RVSETTINGS::getSDLMaxAnisotropy();
+    return limit > 0 ? std::min(driver, static_cast<float>(limit)) : driver;
+}
+
 } // namespace
 
 bool RVTEXTURE::update() {
@@ -154,8 +162,7 @@ void RVTEXTURE::uploadParameters() const {
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, wrap);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, wrap);
     if (formatOf(depth).pixels && RVOPENGL::useAnisotropic())
-        glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT,
-                        RVOPENGL::getAnisotropicLevel());
+        glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, anisotropy());
     if (depth == shadowMapDepth) {
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_MODE, GL_COMPARE_R_TO_TEXTURE);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_FUNC, GL_LEQUAL);

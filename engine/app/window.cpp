@@ -160,6 +160,7 @@ void RVSETTINGS::recordObtainedMode() {
     applied.FBOSizeX = FBOSizeX;
     applied.FBOSizeY = FBOSizeY;
     applied.waterSize = waterSize;
+    applied.maxAnisotropy = maxAnisotropy;
 
     zlfLog("      Color bits (RGBA): %d, %d, %d, %d\n", red, green, blue, alpha);
     zlfLog("      Shadow map size: %d\n", applied.shadowMapSize);

@@ -72,7 +72,7 @@ RVSETTINGS::RVSETTINGS()
       audioChannels(16), audioBuffers(32), audioElements(128), renderingElements(0),
       useShaders(false), shadowMapSize(1024), FBOSizeX(1024), FBOSizeY(768), waterSize(256),
       forceFBO(false), rvePath(), rvaPath(), mpgPath(), texturePath(), shaderPath(), fontPath(),
-      videoMemory(0) {
+      videoMemory(0), maxAnisotropy(0) {
     ravolt::copyText(title, ravolt::banner);
 }
 
@@ -106,6 +106,7 @@ bool RVSETTINGS::load(const char *filename) {
         {"RAVOLT_audioBuffers", &RVSETTINGS::audioBuffers, plain},
         {"RAVOLT_audioElements", &RVSETTINGS::audioElements, plain},
         {"RAVOLT_videoMemory", &RVSETTINGS::videoMemory, plain},
+        {"RAVOLT_maxAnisotropy", &RVSETTINGS::maxAnisotropy, plain},
     };
     struct TextRow {
         const char *key;
@@ -228,6 +229,10 @@ void RVSETTINGS::setVideoMemory(int megabytes) { videoMemory = megabytes; }
 
 int RVSETTINGS::getVideoMemory() const { return videoMemory; }
 
+void RVSETTINGS::setMaxAnisotropy(int level) { maxAnisotropy = level; }
+
+int RVSETTINGS::getMaxAnisotropy() const { return maxAnisotropy; }
+
 void RVSETTINGS::setForceFBO(bool on) { forceFBO = on; }
 
 bool RVSETTINGS::getForceFBO() const { return forceFBO; }
@@ -289,6 +294,8 @@ int RVSETTINGS::getSDLFBOSizeX() { return applied.FBOSizeX; }
 int RVSETTINGS::getSDLFBOSizeY() { return applied.FBOSizeY; }
 
 int RVSETTINGS::getSDLWaterSize() { return applied.waterSize; }
+
+int RVSETTINGS::getSDLMaxAnisotropy() { return applied.maxAnisotropy; }
 
 bool RVSETTINGS::getSDLForceFBO() { return applied.forceFBO; }
 

@@ -97,6 +97,12 @@ class RV_API RVSETTINGS {
     void setVideoMemory(int megabytes);
     int getVideoMemory() const;
 
+    // Additional: the largest anisotropy of the textures' filter; 0, the default, and less mean the
+    // driver's, which it never exceeds. 1 is fastest. On Mesa's software driver 16 makes frames
+    // several times slower, and where a surface is seen from its very edge they may never end.
+    void setMaxAnisotropy(int level);
+    int getMaxAnisotropy() const;
+
     // Prefixes of file names: scenes, animations, videos, textures, shaders, fonts. All empty by
     // default. RAVOLT::init passes all but the video path to their classes; the application passes
     // that one itself: RVVIDEO::setMPGPath(settings.getMPGPath()).
@@ -144,6 +150,7 @@ class RV_API RVSETTINGS {
     static int getSDLFBOSizeY();
     static int getSDLWaterSize();
     static bool getSDLForceFBO();
+    static int getSDLMaxAnisotropy(); // additional
 
     // The window system's handle: on X11 the window's number, cast. NULL where there is none.
     static void *getSDLWindow();
@@ -188,7 +195,8 @@ class RV_API RVSETTINGS {
     char texturePath[256];
     char shaderPath[256];
     char fontPath[256];
-    int videoMemory; // megabytes; 0 for what SDL reports
+    int videoMemory;   // megabytes; 0 for what SDL reports
+    int maxAnisotropy; // 0 for the driver's
 
     struct Applied {
         bool active;
@@ -207,6 +215,7 @@ class RV_API RVSETTINGS {
         int FBOSizeX;
         int FBOSizeY;
         int waterSize;
+        int maxAnisotropy;
         void *window;
         int audioChannels;
         int audioBuffers;

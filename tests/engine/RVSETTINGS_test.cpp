@@ -78,6 +78,7 @@ const std::vector<Field> fields = {
     number("RAVOLT_FBOSizeY", 768, &S::setFBOSizeY, &S::getFBOSizeY),
     number("RAVOLT_waterSize", 256, &S::setWaterSize, &S::getWaterSize),
     number("RAVOLT_videoMemory", 0, &S::setVideoMemory, &S::getVideoMemory),
+    number("RAVOLT_maxAnisotropy", 0, &S::setMaxAnisotropy, &S::getMaxAnisotropy),
     flag("RAVOLT_fullScreen", &S::setFullScreen, &S::isFullScreen),
     flag("RAVOLT_resizable", &S::setResizable, &S::isResizable),
     flag("RAVOLT_landscape", &S::setLandscape, &S::isLandscape),

@@ -64,6 +64,23 @@ TEST_F(WithoutAnisotropy, NoLevelIsSet) {
     EXPECT_FALSE(calls.contains("glTexParameterf"));
 }
 
+TEST_F(TextureCalls, AnisotropyIsTheDriversUnlessTheSettingsLimitIt) {
+    const float driver = RVOPENGL::getAnisotropicLevel();
+    const struct {
+        int requested;
+        float applied;
+    } rows[] = {{0, driver}, {-1, driver}, {1, 1.0f}, {2, 2.0f}, {1000, driver}};
+    for (const auto &row : rows) {
+        settings.setMaxAnisotropy(row.requested);
+        ASSERT_TRUE(restart());
+        EXPECT_EQ(RVSETTINGS::getSDLMaxAnisotropy(), row.requested);
+        EXPECT_EQ(updateCalls(makeTexture("a.tga")).named("glTexParameterf"),
+                  (Calls{{"glTexParameterf", GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT,
+                          row.applied}}))
+            << row.requested;
+    }
+}
+
 TEST_F(TextureCalls, ChainHasALevelForEachHalvingOfTheLargerSizeRoundedDown) {
     for (const bool odd : {false, true}) {
         RVTEXTURE *texture = new RVTEXTURE;
