@@ -239,6 +239,7 @@ void RVFONT::drawFullCache() {
     fontCachedCurrent = 0;
 }
 
-int RVFONT::advanceOf(char c) const {
-    return static_cast<int>(charSizeX) - static_cast<signed char>(getKerning(c));
+// Wraps around where the character moves the pen to the left.
+unsigned int RVFONT::advanceOf(char c) const {
+    return charSizeX - static_cast<unsigned int>(static_cast<signed char>(getKerning(c)));
 }

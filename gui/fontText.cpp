@@ -109,7 +109,7 @@ bool RVFONT::storeText(int x, int y, const char *text) {
     for (std::size_t i = 0; i < length; ++i) {
         if (text[i] == '\n') {
             dx = 0;
-            dy += static_cast<int>(charSizeY);
+            dy = sumOf(dy, static_cast<int>(charSizeY));
             continue;
         }
         if (text[i] == '^') {
@@ -121,14 +121,16 @@ bool RVFONT::storeText(int x, int y, const char *text) {
                     return false;
                 if (tag == Tag::color)
                     readColor(text + i, fontCachedBlockColor);
+                else if (tag == Tag::moveX)
+                    dx = sumOf(dx, offsetOf(text + i));
                 else
-                    (tag == Tag::moveX ? dx : dy) += offsetOf(text + i);
+                    dy = sumOf(dy, offsetOf(text + i));
                 i += tagLength - 1;
                 continue;
             }
         }
         putChar(sumOf(x, dx), sumOf(y, dy), text[i], false);
-        dx += advanceOf(text[i]);
+        dx = sumOf(dx, static_cast<int>(advanceOf(text[i])));
     }
     return true;
 }
@@ -145,7 +147,7 @@ unsigned int RVFONT::stringLength(const char *text) const {
             return width;
         const Tag tag = text[i] == '^' ? tagOf(text[i + 1]) : Tag::none;
         if (tag == Tag::none) {
-            width += static_cast<unsigned int>(advanceOf(text[i]));
+            width += advanceOf(text[i]);
             continue;
         }
         if (i + tagLength - 1 >= length)
@@ -183,17 +185,19 @@ struct LineBreaker {
     }
 
     // On purpose: a break within a word may be the next one's candidate, with the old xAtBreak.
-    bool breakLine(unsigned int lineHeight) {
-        y += static_cast<int>(lineHeight);
+    bool breakLine(int lineHeight) {
         if (breakAt) {
             *breakAt = '\n';
             breakAt = nullptr;
             x -= xAtBreak;
-            return true;
+        } else {
+            breakAt = destination + length;
+            if (!append("\n", 1))
+                return false;
+            x = 0;
         }
-        breakAt = destination + length;
-        x = 0;
-        return append("\n", 1);
+        y = sumOf(y, lineHeight);
+        return true;
     }
 };
 
@@ -209,7 +213,7 @@ bool copyTags(const char *&source, std::size_t &left, LineBreaker &line) {
         if (tag == Tag::moveX)
             line.x += static_cast<unsigned int>(offsetOf(source));
         else if (tag == Tag::moveY)
-            line.y += offsetOf(source);
+            line.y = sumOf(line.y, offsetOf(source));
         source += tagLength;
         left -= tagLength;
     }
@@ -231,18 +235,19 @@ int RVFONT::formatInto(const char *source, char *destination, std::size_t size,
         return 0;
     }
     LineBreaker line{destination, size - 1};
+    const int lineHeight = static_cast<int>(charSizeY);
     std::size_t left = std::strlen(source);
     bool complete = true;
     for (; *source; ++source, --left) {
         complete = copyTags(source, left, line);
         if (!complete)
             break;
-        const auto advance = static_cast<unsigned int>(advanceOf(*source));
+        const unsigned int advance = advanceOf(*source);
         if (isDrawn(*source) && advance + line.x > maxWidth) {
-            complete = line.breakLine(charSizeY);
+            complete = line.breakLine(lineHeight);
         } else if (*source == '\n') {
             line.x = 0;
-            line.y += static_cast<int>(charSizeY);
+            line.y = sumOf(line.y, lineHeight);
         }
         char *const written = destination + line.length;
         if (!complete || !line.append(source, 1)) {

@@ -122,7 +122,7 @@ class RV_API RVFONT {
         unsigned int id; // to be released; `id` may come from another object
     };
 
-    int advanceOf(char c) const;
+    unsigned int advanceOf(char c) const;
     void storeGlyph(int x, int y, char c) const;
     bool storeText(int x, int y, const char *text);
     void bindAtlas() const;
