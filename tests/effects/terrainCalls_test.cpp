@@ -381,13 +381,6 @@ TEST_F(TerrainChunkProgramTest, DepthProfileWritesTheDepthsIntoAlphaAlone) {
 
 // --- A terrain
 
-RVWATER *findWater() {
-    for (RVNODE *node = RVNODE::getFirstNode(); node; node = node->getNextNode())
-        if (node->getType() == RV_NODE_TYPE_WATER)
-            return static_cast<RVWATER *>(node);
-    return nullptr;
-}
-
 class TerrainCallsTest : public SilentEngineTest {
   protected:
     TerrainCallsTest() { settings.setShaders(true); }

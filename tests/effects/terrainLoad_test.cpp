@@ -40,13 +40,6 @@ std::multiset<std::string> notDeleted(const Calls &calls) {
     return live;
 }
 
-RVWATER *findWater() {
-    for (RVNODE *node = RVNODE::getFirstNode(); node; node = node->getNextNode())
-        if (node->getType() == RV_NODE_TYPE_WATER)
-            return static_cast<RVWATER *>(node);
-    return nullptr;
-}
-
 class TerrainLoadTest : public SilentEngineTest {
   protected:
     void SetUp() override {

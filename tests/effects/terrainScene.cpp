@@ -1,6 +1,7 @@
 #include "tests/effects/terrainScene.h"
 
 #include "ravolt/RVTERRAIN.h"
+#include "ravolt/RVWATER.h"
 #include "tests/resources/tgaFiles.h"
 
 #include <algorithm>
@@ -179,6 +180,13 @@ RVTERRAIN *loadTerrain(const TerrainFile &file, const std::string &elements) {
     auto *terrain = new RVTERRAIN;
     EXPECT_TRUE(terrain->load("land.xml"));
     return terrain;
+}
+
+RVWATER *findWater() {
+    for (RVNODE *node = RVNODE::getFirstNode(); node; node = node->getNextNode())
+        if (node->getType() == RV_NODE_TYPE_WATER)
+            return static_cast<RVWATER *>(node);
+    return nullptr;
 }
 
 } // namespace ravolt::test

@@ -11,6 +11,7 @@
 #include <vector>
 
 class RVTERRAIN;
+class RVWATER;
 
 namespace ravolt::test {
 
@@ -100,5 +101,8 @@ void writeTerrainTextures();
 
 // A new terrain of these files; a failure fails the test.
 RVTERRAIN *loadTerrain(const TerrainFile &file, const std::string &elements);
+
+// The first water that there is; NULL for none.
+RVWATER *findWater();
 
 } // namespace ravolt::test
