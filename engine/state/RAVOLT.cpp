@@ -34,6 +34,7 @@ namespace {
 
 bool timerAdjourned = false; // the clock has advanced in this frame
 bool confiningFiles = false;
+float frameDuration = 0.0f; // seconds; 0 for the measured one
 float shadowOffsetFactor = 0.0f, shadowOffsetUnits = 0.0f;
 
 } // namespace
@@ -47,10 +48,17 @@ void RAVOLT::updateTimer() {
     timerAdjourned = true;
 }
 
-float RAVOLT::getFPS() { return zlfGetTimerFps(timer); }
+float RAVOLT::getFPS() {
+    return frameDuration > 0.0f ? 1.0f / frameDuration : zlfGetTimerFps(timer);
+}
 
 // The timer's rate is 1, so its factor is a time in seconds.
-float RAVOLT::getFPSfactor() { return zlfGetTimerFactor(timer); }
+float RAVOLT::getFPSfactor() {
+    return frameDuration > 0.0f ? frameDuration : zlfGetTimerFactor(timer);
+}
+
+void RAVOLT::setFrameDuration(float seconds) { frameDuration = seconds > 0.0f ? seconds : 0.0f; }
+float RAVOLT::getFrameDuration() { return frameDuration; }
 
 long RAVOLT::getTimeStamp() { return timeStamp; }
 

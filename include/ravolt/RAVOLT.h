@@ -62,6 +62,13 @@ class RV_API RAVOLT {
     static float getFPS();
     static float getFPSfactor();
 
+    // Additional: the duration in seconds that every frame counts as, so that particles, waves,
+    // adaptation and the blinking of cursors are the same in each run; 0, the default, and less for
+    // the measured one. While it is set, the two functions above return it and its inverse. Births
+    // of particles use the standard library's rand: call std::srand, too.
+    static void setFrameDuration(float seconds);
+    static float getFrameDuration();
+
     // Number of the 3D frame. It starts at 65536; each `begin3D` adds 1.
     static long getTimeStamp();
 

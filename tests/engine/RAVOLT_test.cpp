@@ -30,6 +30,20 @@ class RavoltTest : public SilentTest {
     }
 };
 
+TEST_F(RavoltTest, FrameDurationReplacesTheMeasuredOneUntilItIsZero) {
+    recorder.stopClock();
+    ASSERT_TRUE(RAVOLT::init(nullptr));
+    EXPECT_EQ(RAVOLT::getFrameDuration(), 0.0f);
+    const float measured = RAVOLT::getFPSfactor();
+    RAVOLT::setFrameDuration(0.04f);
+    EXPECT_EQ(RAVOLT::getFrameDuration(), 0.04f);
+    EXPECT_EQ(RAVOLT::getFPSfactor(), 0.04f);
+    EXPECT_FLOAT_EQ(RAVOLT::getFPS(), 25.0f);
+    RAVOLT::setFrameDuration(-1.0f);
+    EXPECT_EQ(RAVOLT::getFrameDuration(), 0.0f);
+    EXPECT_EQ(RAVOLT::getFPSfactor(), measured);
+}
+
 } // namespace
 
 // --- Switches
