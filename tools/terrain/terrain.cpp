@@ -90,8 +90,7 @@ GridSize sizeFor(const TerrainOptions &options, const Heights &heights) {
             throw Failure(name, "has " + sizeText(heights.width, heights.depth) +
                                     " values, which make no even number of whole chunks of " +
                                     std::to_string(options.chunkSize) + " a side; " +
-                                    sizeText(near.width(), near.depth()) +
-                                    " would, and without --exact that is what it gets");
+                                    sizeText(near.width(), near.depth()) + " would");
         return exact;
     }
     if (!isLegal(near))
