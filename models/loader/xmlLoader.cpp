@@ -31,36 +31,40 @@ struct Subject {
     RVFONT *font = nullptr;
 };
 
-template <class Widget> void createWidget(RVNODE *&current) {
-    auto *const widget = new Widget;
-    widget->link(current);
-    current = widget;
-}
-
-// Nothing for another tag.
-Subject create(std::string_view tag, RVNODE *parent) {
-    Subject subject{parent};
+// NULL for a tag of no widget.
+RVNODE *createWidget(std::string_view tag) {
+    RVNODE *widget = nullptr;
     if (tag == "window") {
-        createWidget<RVWINDOW>(subject.node);
+        widget = new RVWINDOW;
         zlfLog("   + create a window\n");
     } else if (tag == "button") {
-        createWidget<RVBUTTON>(subject.node);
+        widget = new RVBUTTON;
         zlfLog("   + create a button\n");
     } else if (tag == "text") {
-        createWidget<RVTEXTFIELD>(subject.node);
+        widget = new RVTEXTFIELD;
         zlfLog("   + create a textfield\n");
     } else if (tag == "label") {
-        createWidget<RVLABEL>(subject.node);
+        widget = new RVLABEL;
         zlfLog("   + create a label\n");
     } else if (tag == "box") {
-        createWidget<RVBOX>(subject.node);
+        widget = new RVBOX;
         zlfLog("   + create a box\n");
     } else if (tag == "vslider") {
-        createWidget<RVVSCROLLBAR>(subject.node);
+        widget = new RVVSCROLLBAR;
         zlfLog("   + create a vertical slider\n");
     } else if (tag == "hslider") {
-        createWidget<RVHSCROLLBAR>(subject.node);
+        widget = new RVHSCROLLBAR;
         zlfLog("   + create a horizontal slider\n");
+    }
+    return widget;
+}
+
+// The parent itself for a tag that creates nothing.
+Subject create(std::string_view tag, RVNODE *parent) {
+    Subject subject{parent};
+    if (RVNODE *widget = createWidget(tag)) {
+        widget->link(parent);
+        subject.node = widget;
     } else if (tag == "font") {
         subject.font = new RVFONT;
         zlfLog("   + create a font\n");
@@ -235,7 +239,7 @@ RVNODE *RAVOLT::loadXML(const char *fileName) try {
         return nullptr;
     }
     zlfLog("\n   Loading XML file '%s'...\n", fileName);
-    TiXmlNode *const root = document.FirstChild("root");
+    TiXmlElement *const root = document.FirstChildElement("root"); // no comment of that text
     if (!root) {
         zlfLog("   [!] Root not found in file %s @ RAVOLT::loadXML\n", fileName);
         return nullptr;
