@@ -76,8 +76,11 @@ class XmlCheck {
     }
 
     bool passEndTag() {
-        if (takeName() != open.back())
+        const std::string_view tag = rest;
+        if (takeName() != open.back()) {
+            rest = tag;
             return false;
+        }
         open.pop_back();
         skipBlanks();
         return skip(">");
@@ -202,14 +205,17 @@ void locate(std::string_view text, const char *position, XmlProblem &problem) {
         1;
 }
 
-// TinyXML has not seen what is before `parsed`, which ends within a line.
+// TinyXML has not seen what is before `parsed`, which ends within a line. It does not say where an
+// empty document ends.
 void describe(std::string_view text, const char *parsed, const TiXmlDocument &document,
               XmlProblem &problem) {
     locate(text, parsed, problem);
-    problem.column =
-        document.ErrorRow() > 1 ? document.ErrorCol() : problem.column + document.ErrorCol() - 1;
-    problem.line += document.ErrorRow() - 1;
     problem.text = document.ErrorDesc();
+    const int row = document.ErrorRow(), column = document.ErrorCol();
+    if (row < 1)
+        return;
+    problem.column = row > 1 ? column : problem.column + column - 1;
+    problem.line += row - 1;
 }
 
 bool parse(std::string_view text, TiXmlDocument &document, XmlProblem &problem) {
