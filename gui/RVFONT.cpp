@@ -105,7 +105,7 @@ bool RVFONT::init() {
     fontCachedTexCoord = allocate<float>(RV_FONT_GLYPHS * floatsPerGlyph);
     fontCachedColor = allocate<unsigned char>(RV_FONT_GLYPHS * colorBytesPerGlyph);
     fontCachedIndex = allocate<unsigned short>(cachedVertices);
-    if (!fontCachedVertex || !fontCachedTexCoord || !fontCachedColor || !fontCachedIndex) {
+    if (!hasCache()) {
         zlfLog("   [!] Out of memory @ RVFONT::init\n");
         return false;
     }
@@ -121,6 +121,10 @@ bool RVFONT::free() {
     release(fontCachedColor);
     release(fontCachedIndex);
     return true;
+}
+
+bool RVFONT::hasCache() {
+    return fontCachedVertex && fontCachedTexCoord && fontCachedColor && fontCachedIndex;
 }
 
 void RVFONT::reset() { fontCachedCurrent = 0; }
@@ -186,7 +190,7 @@ char RVFONT::getKerning(char c) const {
 }
 
 bool RVFONT::putChar(int x, int y, char c, bool immediate) {
-    if (!fontCachedVertex || !fontCachedTexCoord || !fontCachedColor || !fontCachedIndex)
+    if (!hasCache())
         return false;
     storeGlyph(x, y, c);
     if (!immediate) {

@@ -73,15 +73,19 @@ bool RVFONT::putString(int x, int y, const char *format, ...) {
     va_start(arguments, format);
     const int length = std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
+    if (length < 0) { // characters that cannot be encoded
+        zlfLog("   [!] Invalid params @ RVFONT::putString\n");
+        return false;
+    }
     if (length >= static_cast<int>(sizeof text))
         zlfLog("   [!] Text of %d bytes is cut @ RVFONT::putString\n", length);
-    return length >= 0 && putText(x, y, text);
+    return putText(x, y, text);
 }
 
 // On purpose: glyphs of an earlier truncated text count as the first ones, and their number is
 // taken for one of indices.
 bool RVFONT::putText(int x, int y, const char *text) {
-    if (!text || !texture || !fontCachedIndex)
+    if (!text || !texture || !hasCache())
         return false;
     bindAtlas();
     std::fill(std::begin(fontCachedBlockColor), std::end(fontCachedBlockColor),

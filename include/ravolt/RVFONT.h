@@ -110,7 +110,8 @@ class RV_API RVFONT {
     int formatInto(const char *source, char *destination, std::size_t size,
                    unsigned int maxWidth) const;
 
-    // Additional: draws a text as it is, without printf. Widgets expand "%%" alone.
+    // Additional: draws a text as it is, without printf; false for NULL, and otherwise as putString.
+    // Widgets expand "%%" alone.
     bool putText(int x, int y, const char *text);
 
   private:
@@ -128,6 +129,7 @@ class RV_API RVFONT {
     void bindAtlas() const;
     static void setPointers(unsigned int firstGlyph);
     static void drawFullCache();
+    static bool hasCache();
 
     unsigned int id;
     ravolt::WeakPointer<RVTEXTURE> texture;

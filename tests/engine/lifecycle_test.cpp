@@ -6,6 +6,7 @@
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVEMITTER.h"
 #include "ravolt/RVFBO.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
@@ -33,11 +34,23 @@ namespace {
 
 bool meshClassFails = false;
 bool emitterClassFails = false;
+bool fontClassFails = false;
 
 } // namespace
 
-// Stands in front of RVMESH::init, which cannot fail by itself (see the linker's --wrap).
+// In front of those that cannot fail by themselves, and of that which fails without memory (see the
+// linker's --wrap).
 extern "C" {
+bool __real__ZN6RVFONT4initEv();
+bool __wrap__ZN6RVFONT4initEv() {
+    if (!fontClassFails)
+        return __real__ZN6RVFONT4initEv();
+    Recorder::instance().failAllocation(1, 3, 1);
+    const bool started = __real__ZN6RVFONT4initEv();
+    Recorder::instance().allocationsWork();
+    zlfFree(nullptr); // the refused block counts as live
+    return started;
+}
 bool __real__ZN6RVMESH4initEv();
 bool __wrap__ZN6RVMESH4initEv() { return !meshClassFails && __real__ZN6RVMESH4initEv(); }
 bool __real__ZN9RVEMITTER4initEv();
@@ -260,10 +273,12 @@ TEST_F(LifecycleTest, StopDestroysWhatLivesNodesFirst) {
     new RVMATERIAL;
     new RVTEXTURE;
     new RVANIM; // not logged
+    new RVFONT;
     markLog();
     EXPECT_TRUE(RAVOLT::free());
     EXPECT_LOGGED_EXACTLY(
-        logOfStop("   2 node(s) released @ RVNODE::cleanUp\n", "   1 material(s) released\n", 15));
+        logOfStop("   1 font(s) released\n   2 node(s) released @ RVNODE::cleanUp\n",
+                  "   1 material(s) released\n", 15));
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
     EXPECT_EQ(RVANIM::getNumberOfAnims(), 0u);
     EXPECT_EQ(zlfNewId(), 1u); // every identifier is free again
@@ -388,6 +403,13 @@ TEST_F(LifecycleTest, AFailureUndoesWhatTheStartHasDone) {
         },
         {quit}, "   Codepaths initialized\n",
         "   [!] Already active @ RVELEMENT::init\n" + listFailed, 14);
+    expectUndone(
+        "no memory for the font class", [] { fontClassFails = true; },
+        [] { fontClassFails = false; }, {quit}, "   4096 elements allocated\n",
+        "   [!] Out of memory @ RVFONT::init\n"
+        "   [!] Unable to initialize font class @ RAVOLT::init\n" +
+            allUndone,
+        14);
     expectUndone(
         "mesh class", [] { meshClassFails = true; }, [] { meshClassFails = false; }, {quit},
         "   4096 elements allocated\n",

@@ -3,6 +3,7 @@
 
 #include "ravolt/RVANIM.h"
 #include "ravolt/RVFBO.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVSHADER.h"
@@ -43,6 +44,9 @@ struct Materials : Named<RVMATERIAL, RVMATERIAL::getNumberOfMaterials> {
 };
 struct Shaders : Named<RVSHADER, RVSHADER::getNumberOfShaders> {
     static constexpr const char *kind = "shader", *released = " shader(s) released";
+};
+struct Fonts : Named<RVFONT, RVFONT::getNumberOfFonts> {
+    static constexpr const char *kind = "font", *released = " font(s) released";
 };
 struct Textures : OfFile<RVTEXTURE, RVTEXTURE::getNumberOfTextures> {
     static constexpr const char *kind = "texture", *released = " texture(s) released";
@@ -97,7 +101,7 @@ template <class Class> class Registry : public SilentEngineTest {
 struct ClassName {
     template <class Class> static std::string GetName(int) { return Class::kind; }
 };
-using AllClasses = testing::Types<Nodes, Materials, Shaders, Textures, Anims, Videos>;
+using AllClasses = testing::Types<Nodes, Materials, Shaders, Fonts, Textures, Anims, Videos>;
 TYPED_TEST_SUITE(Registry, AllClasses, ClassName);
 
 TYPED_TEST(Registry, KeepsTheOrderOfCreation) {
@@ -178,7 +182,7 @@ TYPED_TEST(Registry, CleanUpDeletesAllAndLogsTheirNumber) {
 // --- Names that are set
 
 template <class Class> class SetName : public Registry<Class> {};
-using NamedClasses = testing::Types<Nodes, Materials, Shaders>;
+using NamedClasses = testing::Types<Nodes, Materials, Shaders, Fonts>;
 TYPED_TEST_SUITE(SetName, NamedClasses, ClassName);
 
 TYPED_TEST(SetName, IgnoresNullAndWhatDoesNotFitItsBuffer) {
@@ -220,7 +224,8 @@ TEST_P(Folders, AreCutAtTheirBufferAndEmptiedByNull) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OfTheClasses, Folders,
-                         testing::Values(Folder{"scenes", RAVOLT::setRVEPath, RAVOLT::getRVEPath},
+                         testing::Values(Folder{"fonts", RVFONT::setPath, RVFONT::getPath},
+                                         Folder{"scenes", RAVOLT::setRVEPath, RAVOLT::getRVEPath},
                                          Folder{"clips", RVANIM::setRVAPath, RVANIM::getRVAPath},
                                          Folder{"videos", RVVIDEO::setMPGPath, RVVIDEO::getMPGPath},
                                          Folder{"textures", RVTEXTURE::setPath, RVTEXTURE::getPath},

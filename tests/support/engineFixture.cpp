@@ -2,6 +2,7 @@
 
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVFBO.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVNODE.h"
 #include "ravolt/RVTEXTURE.h"
@@ -44,6 +45,7 @@ void expectNothingLeft() {
     EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
     EXPECT_EQ(RVVIDEO::getNumberOfVideos(), 0u);
     EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
+    EXPECT_EQ(RVFONT::getNumberOfFonts(), 0u);
     const unsigned int id = zlfNewId();
     EXPECT_EQ(id, 1u) << "the identifiers below it were not given back";
     releaseId(id);
