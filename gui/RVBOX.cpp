@@ -27,7 +27,11 @@ bool isLive(const RVSHADER *program) {
     return false;
 }
 
-void drawQuad(int x1, int y1, int x2, int y2, const Z3MVECTOR4D &color, const RVBOXCOORD &coords) {
+// With more range than a size has: its neighbours have no overflow.
+using Pixels = long long;
+
+void drawQuad(Pixels x1, Pixels y1, Pixels x2, Pixels y2, const Z3MVECTOR4D &color,
+              const RVBOXCOORD &coords) {
     const float left = static_cast<float>(x1), top = static_cast<float>(y1);
     const float right = static_cast<float>(x2), bottom = static_cast<float>(y2);
     const float vertices[] = {left, top, right, top, left, bottom, right, bottom};
@@ -222,10 +226,10 @@ void RVBOX::drawBorder() const {
     constexpr float alpha = 0.5f;
     const float light = clickedStatus ? 0.7f : 1.3f, dark = clickedStatus ? 1.3f : 0.7f;
     const float lightest = clickedStatus ? 0.4f : 1.6f, darkest = clickedStatus ? 1.6f : 0.4f;
-    const auto quad = [this](int x1, int y1, int x2, int y2, float factor) {
+    const auto quad = [this](Pixels x1, Pixels y1, Pixels x2, Pixels y2, float factor) {
         drawQuad(x1, y1, x2, y2, shadeOf(factor, alpha), boxCoord);
     };
-    const int w = sizeX, h = sizeY;
+    const Pixels w = sizeX, h = sizeY;
     for (int i = 0; i < borderRings(); ++i) {
         quad(i + 1, i, w - i - 1, i + 1, light);
         quad(i, i + 1, i + 1, h - i - 1, light);

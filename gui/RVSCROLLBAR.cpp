@@ -75,9 +75,11 @@ void RVSCROLLBAR::setOffset(RVBOX &box, float along, float across) const {
 // The cursor's middle reaches both ends of the track, and a quarter of its width is beyond the
 // side.
 void RVSCROLLBAR::setCursorLimits(RVBUTTON &button) const {
-    const int length = lengthOf(button), width = widthOf(button);
-    const int start = -length / 2, end = lengthOf(*this) + length / 2;
-    const int side = -width / 4, otherSide = width - width / 4;
+    const long long length = lengthOf(button), width = widthOf(button);
+    const int start = ravolt::truncated(-length / 2);
+    const int end = ravolt::truncated(lengthOf(*this) + length / 2);
+    const int side = ravolt::truncated(-width / 4);
+    const int otherSide = ravolt::truncated(width - width / 4);
     if (axis == Axis::x)
         button.setLimits(start, side, end, otherSide);
     else
@@ -92,8 +94,8 @@ RVBUTTON *RVSCROLLBAR::getCursor() {
 
 void RVSCROLLBAR::setDisplayStatus(bool on) {
     RVBOX::setDisplayStatus(on);
-    if (RVBUTTON *button = getCursor())
-        button->setDisplayStatus(on);
+    if (RVBOX *child = getNumberOfChildren() > 0 ? ravolt::asBox(getChild(0)) : nullptr)
+        child->setDisplayStatus(on);
 }
 
 void RVSCROLLBAR::setCursorSize(int pixels) {
@@ -123,6 +125,8 @@ void RVSCROLLBAR::moveCursor(float value) {
 float RVSCROLLBAR::readCursor() const {
     const RVBUTTON &button = *cursorButton();
     const float length = static_cast<float>(lengthOf(*this));
+    if (length == 0.0f)
+        return minValue; // no position on the track has a meaning
     const float middle = offsetOf(button) + static_cast<float>(lengthOf(button)) / 2.0f;
     const float ratio = 1.0f - (length - middle) / length;
     float value = (maxValue - minValue) * ratio + minValue;

@@ -145,8 +145,9 @@ void RVWINDOW::setSizes(int width, int height) {
     if (RVBUTTON *bar = getTitleBar())
         bar->setSizeX(width);
     if (RVVSCROLLBAR *bar = getScrollBar()) {
-        bar->setSizeY(height - 2 * barMargin);
-        bar->setPosition(static_cast<float>(width - barWidth), static_cast<float>(barMargin));
+        bar->setSizeY(truncated(double(height) - 2 * barMargin));
+        bar->setPosition(static_cast<float>(double(width) - barWidth),
+                         static_cast<float>(barMargin));
         bar->setValue(0.0f);
     }
     RVBOX::setSizes(width, height);
@@ -165,7 +166,7 @@ void RVWINDOW::enableScissor() {
     if (RVSETTINGS::isSDLLandscape())
         glScissor(y, x, getSizeY(), getSizeX());
     else
-        glScissor(x, viewport[3] - y - getSizeY(), getSizeX(), getSizeY());
+        glScissor(x, truncated(double(viewport[3]) - y - getSizeY()), getSizeX(), getSizeY());
     glPopMatrix();
 }
 
@@ -208,7 +209,7 @@ bool RVWINDOW::updateScroll() {
     contentHeight = textHeight;
     measureChildren();
     showScrollBar();
-    if (const int delta = lastScrollLine - scrollLine; delta != 0)
+    if (const int delta = truncated(double(lastScrollLine) - scrollLine); delta != 0)
         moveChildren(delta);
     return true;
 }
@@ -244,7 +245,7 @@ void RVWINDOW::showScrollBar() {
         return;
     }
     const float visible = static_cast<float>(getSizeY()) / static_cast<float>(contentHeight);
-    const float length = visible * static_cast<float>(getSizeY() - 2 * barMargin);
+    const float length = visible * (static_cast<float>(getSizeY()) - 2 * barMargin);
     if (bar)
         bar->setCursorSize(std::max(truncated(length), minCursorSize));
 }
@@ -257,13 +258,14 @@ bool RVWINDOW::render(void *element) {
     if (!getDisplayStatus() || !maximized)
         return true;
     if (RVVSCROLLBAR *bar = getScrollBar())
-        scrollLine = truncated(bar->getValue() * static_cast<float>(contentHeight - getSizeY()));
+        scrollLine =
+            truncated(bar->getValue() * static_cast<float>(double(contentHeight) - getSizeY()));
     updateScroll();
     RVBUTTON::render(element);
     if (getScissorStatus())
         RVOPENGL::scissorOn();
     const int offset = isClicked() ? 1 : 0;
-    drawText(offset, offset - lastScrollLine, formattedText);
+    drawText(offset, truncated(double(offset) - lastScrollLine), formattedText);
     lastScrollLine = scrollLine;
     if (getScissorStatus())
         RVOPENGL::scissorOff();
