@@ -315,7 +315,7 @@ TEST_F(WaterTest, DestructorTestsTheOtherNameOfTheTwoInTheMiddle) {
                   "glDeleteFramebuffersEXT"}}; // that of the reflection
     for (const auto &c : cases) {
         water = new RVWATER;
-        recorder.refuse(c.generate, c.after, 1);
+        recorder.failCalls(c.generate, c.after, 1);
         ASSERT_TRUE(load(water));
         const auto names = buffersOf(water);
         ASSERT_EQ(names[c.missing], 0u);

@@ -35,7 +35,7 @@ class EmitterCalls : public EmitterTest {
     // The length of the last frame.
     void setFrame(double seconds) {
         RAVOLT::swap();
-        recorder.letPass(seconds);
+        recorder.advanceClock(seconds);
         RAVOLT::updateTimer();
         ASSERT_NEAR(RAVOLT::getFPSfactor(), seconds, 1e-4);
     }

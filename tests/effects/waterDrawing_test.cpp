@@ -181,11 +181,11 @@ TEST_F(WaterDrawingTest, SpansItsSizesFromItsOrigin) {
 // The clock soon is above 1, the maximum of a colour.
 TEST_F(WaterDrawingTest, MovesWithItsSpeedAloneAndBeyondAClockOfOne) {
     Picture last = draw();
-    recorder.letPass(0.5);
+    recorder.advanceClock(0.5);
     EXPECT_EQ(differenceOf(draw(), last).maximum, 0);
     water->setSpeed(0.37f);
     for (int frame = 0; frame < 6; ++frame) {
-        recorder.letPass(1);
+        recorder.advanceClock(1);
         const Picture now = draw();
         EXPECT_GT(differenceOf(now, last).mean, 0.5) << frame;
         last = now;

@@ -180,16 +180,16 @@ TEST_F(RavoltTest, ClockAdvancesOnceInAFrame) {
     recorder.stopClock();
     ASSERT_TRUE(RAVOLT::init(nullptr));
     RAVOLT::swap();
-    recorder.letPass(0.25);
+    recorder.advanceClock(0.25);
     RAVOLT::updateTimer();
     EXPECT_FLOAT_EQ(RAVOLT::getFPSfactor(), 0.25f);
     EXPECT_FLOAT_EQ(RAVOLT::getFPS(), 4.0f);
-    recorder.letPass(0.5);
+    recorder.advanceClock(0.5);
     RAVOLT::updateTimer();
     EXPECT_FLOAT_EQ(RAVOLT::getFPSfactor(), 0.25f);
 
     RAVOLT::swap();
-    recorder.letPass(1.25);
+    recorder.advanceClock(1.25);
     EXPECT_FLOAT_EQ(RAVOLT::getFPSfactor(), 0.25f); // the swap alone does not read the clock
     RAVOLT::updateTimer();
     EXPECT_FLOAT_EQ(RAVOLT::getFPSfactor(), 1.75f); // since the last reading
@@ -200,16 +200,16 @@ TEST_F(RavoltTest, BothBlocksOfAFrameAdvanceTheClockOnceAndOnlyThe3DOneTheStamp)
     ASSERT_TRUE(RAVOLT::init(nullptr));
     RAVOLT::swap();
     const long stamp = RAVOLT::getTimeStamp();
-    recorder.letPass(0.25);
+    recorder.advanceClock(0.25);
     RAVOLT::begin3D(nullptr);
     EXPECT_FLOAT_EQ(RAVOLT::getFPSfactor(), 0.25f);
     RAVOLT::end3D(true);
-    recorder.letPass(0.5);
+    recorder.advanceClock(0.5);
     RAVOLT::begin2D();
     RAVOLT::end2D();
     EXPECT_FLOAT_EQ(RAVOLT::getFPSfactor(), 0.25f);
     RAVOLT::swap();
-    recorder.letPass(0.125);
+    recorder.advanceClock(0.125);
     RAVOLT::begin2D(); // a frame without a 3D block
     EXPECT_FLOAT_EQ(RAVOLT::getFPSfactor(), 0.625f);
     RAVOLT::end2D();

@@ -30,7 +30,7 @@ class CapabilityPictures : public EffectsTest {
 
     void TearDown() override {
         recorder.reset();
-        recorder.forgiveUnits();
+        recorder.suppressUnitErrors();
         resetCapabilities();
         EffectsTest::TearDown();
         resetCapabilities();
@@ -56,7 +56,7 @@ class CapabilityPictures : public EffectsTest {
         while (glGetError() != GL_NO_ERROR)
             ;
         recorder.reset();
-        recorder.forgiveUnits();
+        recorder.suppressUnitErrors();
         return made;
     }
 
@@ -117,7 +117,7 @@ TEST_F(CapabilityPictures, WithoutAProgramTheOtherEffectsAreSeen) {
         if (name.find("bloom") != 0 && name.find("dof") != 0 && name != "pplSpotS")
             continue;
         SCOPED_TRACE(name);
-        recorder.refuse("glCompileShaderARB", 2 * index + index % 2, 1);
+        recorder.failCalls("glCompileShaderARB", 2 * index + index % 2, 1);
         const Picture made = pictureOfANewStart();
         // No effect requires this one; without it the depths in alpha weigh the glow.
         if (name == "bloomForceAlpha")
@@ -129,7 +129,7 @@ TEST_F(CapabilityPictures, WithoutAProgramTheOtherEffectsAreSeen) {
 
 // Bloom does not require it.
 TEST_F(CapabilityPictures, WithoutItsProgramToneMappingDoesNotChangeThePicture) {
-    recorder.refuse("glCompileShaderARB", 2 * 21, 1);
+    recorder.failCalls("glCompileShaderARB", 2 * 21, 1);
     RAVOLT::HDROn();
     Picture made;
     printedBy([&] { made = pictureOfANewStart(); });

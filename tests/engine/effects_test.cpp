@@ -270,7 +270,7 @@ TEST_F(ToneMapping, TheEyeAdaptsByTheGapASecond) {
     RAVOLT::swap();
     for (const auto &each : frames) {
         setBackground(static_cast<float>(each.grey));
-        recorder.letPass(each.seconds);
+        recorder.advanceClock(each.seconds);
         recorder.start();
         const std::string line = printedByFrame(nullptr);
         EXPECT_NEAR(adaptedIn(recorder.stop()), each.adapted, 0.0005) << each.seconds;

@@ -359,7 +359,7 @@ TEST_F(LifecycleTest, AFailureUndoesWhatTheStartHasDone) {
         "no video", [&] { recorder.failSdlInit("the screen is gone"); }, nothing, {init}, "",
         "   [!] Unable to init SDL_INIT_VIDEO (the screen is gone) @ RAVOLT::init\n");
     expectUndone(
-        "incompatible mode", [&] { recorder.refuseVideoMode(); }, nothing,
+        "incompatible mode", [&] { recorder.failVideoModeCheck(); }, nothing,
         {init, {"SDL_VideoModeOK", 640, 480, 16, SDL_OPENGL}, quit},
         "          Water map size : 256\n",
         "   [!] Incompatible config @ RVSETTINGS::init\n"

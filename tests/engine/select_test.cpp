@@ -346,8 +346,8 @@ class Decoded : public Selection, public testing::WithParamInterface<Decoding> {
 
 TEST_P(Decoded, FromTheSecondReading) {
     drawFrame(camera, nullptr);
-    recorder.answerReadPixels({9, 8, 7, 6});
-    recorder.answerReadPixels(GetParam().bytes);
+    recorder.fakeReadPixels({9, 8, 7, 6});
+    recorder.fakeReadPixels(GetParam().bytes);
     recorder.start();
     EXPECT_EQ(selectCentre(), GetParam().id);
     EXPECT_EQ(recorder.stop().named("glColor4ubv"), (Calls{{"glColor4ubv", 9, 8, 7, 6}}));

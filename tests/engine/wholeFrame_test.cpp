@@ -168,7 +168,7 @@ class WholeFrame : public SilentEngineTest {
         recorder.stopClock();
         frame(true);
         adaptedLuminance() = luminanceBefore;
-        recorder.letPass(0.25);
+        recorder.advanceClock(0.25);
     }
 
     void TearDown() override {

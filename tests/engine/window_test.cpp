@@ -153,7 +153,7 @@ TEST_F(WindowTest, FlagsAndCaptionFollowTheRequest) {
             EXPECT_EQ(caption.text, row.title);
         RAVOLT::free();
     }
-    recorder.refuseVideoMode();
+    recorder.failVideoModeCheck();
     markLog();
     EXPECT_FALSE(settings.isOk());
     EXPECT_NOTHING_LOGGED();

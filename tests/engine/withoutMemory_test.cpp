@@ -33,7 +33,7 @@ namespace {
 template <class T> T *make() {
     void *memory;
     {
-        const Inside application;
+        const ScopedUnrecorded application;
         memory = ::operator new(sizeof(T));
     }
     return new (memory) T;
@@ -146,26 +146,26 @@ class WithoutMemory : public SilentTest {
         RAVOLT::free();
     }
 
-    // A life with these allocations refused. Whether any was.
+    // A run with these allocations failing. Returns whether any failed.
     bool lifeWithout(unsigned int after, unsigned int times) {
         const LogMark mark = logMark();
-        const unsigned int blocks = heap.refusedBlocks;
+        const unsigned int blocks = heap.failedMallocs;
         recorder.failAllocation(1, after, times);
         try {
             life();
         } catch (...) {
             ADD_FAILURE() << "an exception was thrown";
         }
-        const bool refused = heap.refusal.after == 0 && heap.refusal.times != times;
+        const bool failed = heap.failure.after == 0 && heap.failure.times != times;
         recorder.allocationsWork();
         for (const std::string &line : problemsSince(mark))
             problems.insert(line);
         RAVOLT::free();
         expectNothingLeft();
-        // A block that was refused counts as live for good.
-        EXPECT_EQ(finalMemoryRatio() - ratio, static_cast<int>(heap.refusedBlocks - blocks));
-        ratio += static_cast<int>(heap.refusedBlocks - blocks);
-        return refused;
+        // A block whose allocation failed is never subtracted from the ratio.
+        EXPECT_EQ(finalMemoryRatio() - ratio, static_cast<int>(heap.failedMallocs - blocks));
+        ratio += static_cast<int>(heap.failedMallocs - blocks);
+        return failed;
     }
 
     // So many allocations fail from each one on. The number of allocations of a life.

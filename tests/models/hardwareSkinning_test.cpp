@@ -171,7 +171,7 @@ constexpr Pixel black{0, 0, 0, 255};
 
 // The numbers are compared in skinnedCharacters_test.cpp.
 TEST_P(HardwareSkinningTest, ProgramSkinsAsTheProcessorDoes) {
-    recorder.refuse("glGetObjectParameterivARB", 2 * 3, 1); // pplDirectA, and skinning with it
+    recorder.failCalls("glGetObjectParameterivARB", 2 * 3, 1); // pplDirectA, and skinning with it
     ASSERT_TRUE(restart());
     ASSERT_FALSE(RVSHADER::useSkinning());
     const Outcome processor = draw(false, GetParam());

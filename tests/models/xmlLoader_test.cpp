@@ -447,12 +447,12 @@ TEST_F(XmlLoaderTest, RunningOutOfMemoryReturnsWithALine) {
     unsigned int failures = 0;
     for (unsigned int after = 0;; ++after) {
         markLog();
-        const unsigned int blocks = heap.refusedBlocks;
+        const unsigned int blocks = heap.failedMallocs;
         recorder.failAllocation(1, after, 1);
         RVNODE *root = RAVOLT::loadXML("gui.xml");
-        const bool refused = heap.refusal.times == 0;
+        const bool refused = heap.failure.times == 0;
         recorder.allocationsWork();
-        for (unsigned int i = blocks; i < heap.refusedBlocks; ++i)
+        for (unsigned int i = blocks; i < heap.failedMallocs; ++i)
             zlfFree(nullptr); // the statistics count refused blocks, too
         if (!refused) {
             EXPECT_NE(root, nullptr);

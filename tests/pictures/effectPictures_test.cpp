@@ -179,7 +179,7 @@ class BrightnessPictures : public EngineTest {
 
     Picture picture() {
         RAVOLT::swap();
-        recorder.letPass(1.0 / 64);
+        recorder.advanceClock(1.0 / 64);
         adaptedLuminance() = adapted;
         drawFrame(nullptr, root);
         return readFrame();

@@ -304,7 +304,7 @@ TEST_F(MaterialProgramTest, ExplicitShadowProgramsGetTheMapsSizeToo) {
 // The failed shadow feature deactivates all its programs but one.
 TEST_F(MaterialProgramTest, ShadowedSkinUsesItsProgramWhereTheOthersFailed) {
     RAVOLT::shadowingOn();
-    recorder.refuse("glGetObjectParameterivARB", 2 * 14, 1); // pplSpotTS
+    recorder.failCalls("glGetObjectParameterivARB", 2 * 14, 1); // pplSpotTS
     ASSERT_TRUE(restart());
     ASSERT_FALSE(RVSHADER::useShadows());
     ASSERT_TRUE(RAVOLT::isShadowed()); // switched on before

@@ -271,7 +271,7 @@ TEST_F(BuiltinProgramsTest, FailingStageDropsItsFeaturesAndNoOthers) {
     for (unsigned int stage = 0; stage < 70; ++stage) {
         const BuiltinProgram &row = builtinPrograms[stage / 2];
         SCOPED_TRACE(testing::Message() << row.name << ", stage " << stage % 2);
-        recorder.refuse("glGetObjectParameterivARB", stage, 1);
+        recorder.failCalls("glGetObjectParameterivARB", stage, 1);
         const LogMark mark = markLog();
         ASSERT_TRUE(restart());
         if (stage % 2)
@@ -291,7 +291,7 @@ TEST_F(BuiltinProgramsTest, FailingStageDropsItsFeaturesAndNoOthers) {
 }
 
 TEST_F(BuiltinProgramsTest, NothingCompiles) {
-    recorder.refuse("glGetObjectParameterivARB");
+    recorder.failCalls("glGetObjectParameterivARB");
     const LogMark mark = markLog();
     ASSERT_TRUE(restart());
     expectOutcome(probe({}), mark);

@@ -74,9 +74,9 @@ TEST_F(TextureCalls, AnisotropyIsTheDriversUnlessTheSettingsLimitIt) {
         settings.setMaxAnisotropy(row.requested);
         ASSERT_TRUE(restart());
         EXPECT_EQ(RVSETTINGS::getSDLMaxAnisotropy(), row.requested);
-        EXPECT_EQ(updateCalls(makeTexture("a.tga")).named("glTexParameterf"),
-                  (Calls{{"glTexParameterf", GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT,
-                          row.applied}}))
+        EXPECT_EQ(
+            updateCalls(makeTexture("a.tga")).named("glTexParameterf"),
+            (Calls{{"glTexParameterf", GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, row.applied}}))
             << row.requested;
     }
 }
@@ -158,7 +158,7 @@ TEST_F(TextureCalls, UnsupportedFileIsReadOnceAndAlwaysCountsTheSame) {
 TEST_F(TextureCalls, UploadWithoutANameIsNotCounted) {
     RVTEXTURE *texture = makeTexture("a.tga", 8);
     const unsigned int used = RAVOLT::getUsedVideoMemory();
-    recorder.refuse("glGenTextures", 0, 1);
+    recorder.failCalls("glGenTextures", 0, 1);
     EXPECT_TRUE(texture->update());
     EXPECT_FALSE(texture->isLoaded());
     EXPECT_EQ(RAVOLT::getUsedVideoMemory(), used);

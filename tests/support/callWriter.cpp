@@ -1,3 +1,5 @@
+// Which array arguments are recorded element by element, by the name of the function.
+
 #include "tests/support/callWriter.h"
 
 #include <GL/gl.h>
@@ -23,10 +25,10 @@ std::size_t elementsOfParameter(unsigned int parameter) {
     return parameter == GL_SPOT_DIRECTION || parameter == GL_COLOR_INDEXES ? 3 : 1;
 }
 
-// The digit of names as glColor4fv, glVertex3d_v; 0 without one.
+// The digit in a name such as glColor4fv; 0 without one.
 std::size_t digitBeforeVector(std::string_view name) {
-    for (std::string_view maker : {"ARB", "EXT"})
-        if (name.size() > 3 && name.substr(name.size() - 3) == maker)
+    for (std::string_view vendor : {"ARB", "EXT"})
+        if (name.size() > 3 && name.substr(name.size() - 3) == vendor)
             name.remove_suffix(3);
     if (name.empty() || name.back() != 'v')
         return 0;

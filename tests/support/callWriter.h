@@ -10,8 +10,8 @@
 
 namespace ravolt::test {
 
-// How many elements the function reads from an array argument, given the numbers that stand before
-// it; none when it is no short array (a bitmap, the data of a buffer).
+// How many elements the function reads from an array argument, given the numbers of the arguments
+// before it; none when it is no short array (a bitmap, the data of a buffer).
 std::optional<std::size_t> elementsRead(const std::string &name, const std::vector<double> &before);
 
 inline double addressNumber(const void *address) {
@@ -29,7 +29,7 @@ template <class Argument> void addArgument(Call &call, Argument argument) {
             if (argument)
                 call.text += argument;
         } else if constexpr (std::is_same_v<Element, const char *>) {
-            if (argument && *argument) // texts of a program's stage: the first says it all
+            if (argument && *argument) // the sources of a shader: the first is enough
                 call.text += *argument;
         } else if constexpr (!std::is_const_v<Element>) {
             // An output: nothing to read yet.

@@ -1,3 +1,5 @@
+// Comparing, selecting and printing recorded calls.
+
 #include "tests/support/recorderState.h"
 
 #include <GL/gl.h>
@@ -13,7 +15,7 @@
 namespace ravolt::test {
 namespace {
 
-// A name for the value of an enumerant. Of several that share a value the first stands.
+// The name of an enumerant's value: the first one where several share a value.
 const std::map<long, const char *> &enumNames() {
     static const std::map<long, const char *> names = [] {
         std::map<long, const char *> made;
@@ -25,8 +27,8 @@ const std::map<long, const char *> &enumNames() {
     return names;
 }
 
-// Functions whose numbers are plain ones: sizes, places, colours.
-bool takesEnums(const std::string &function) {
+// Whether the numbers of a function may be enumerants: not those of sizes, positions and colours.
+bool hasEnumArguments(const std::string &function) {
     static const std::set<std::string> plain{
         "glViewport", "glScissor",   "glOrtho",      "glFrustum", "glRotatef",  "glTranslatef",
         "glScalef",   "glLineWidth", "glClearDepth", "glRectf",   "glPointSize"};
@@ -70,7 +72,7 @@ std::string argumentText(const Call &call, std::size_t index) {
         name = maskName(value);
     if (!name.empty())
         return name;
-    if (value >= 0x100 && value == std::floor(value) && takesEnums(call.name)) {
+    if (value >= 0x100 && value == std::floor(value) && hasEnumArguments(call.name)) {
         const auto found = enumNames().find(static_cast<long>(value));
         if (found != enumNames().end())
             return found->second;
@@ -95,8 +97,8 @@ std::string callText(const Call &call) {
 bool sameNumber(double a, double b) {
     if (a == b || (std::isnan(a) && std::isnan(b)))
         return true;
-    const double largest = 16777216; // up to here a float tells whole numbers apart
-    return std::abs(a) < largest && std::abs(b) < largest &&
+    const double limit = 16777216; // up to here a float represents every integer
+    return std::abs(a) < limit && std::abs(b) < limit &&
            static_cast<float>(a) == static_cast<float>(b);
 }
 
@@ -155,7 +157,7 @@ Calls Calls::between(const std::string &from, const std::string &to) const {
     const auto end = std::find_if(found.list.begin(), found.list.end(),
                                   [&](const Call &call) { return call.name == markName + to; });
     if (end == found.list.end()) {
-        ADD_FAILURE() << "no mark \"" << to << "\" behind the mark \"" << from << "\"";
+        ADD_FAILURE() << "no mark \"" << to << "\" after the mark \"" << from << "\"";
         return {};
     }
     found.list.erase(end, found.list.end());
@@ -169,7 +171,7 @@ testing::AssertionResult Calls::haveInOrder(const Calls &wanted) const {
         if (found == list.end())
             return testing::AssertionFailure()
                    << "call " << index << ", " << callText(wanted[index])
-                   << ", is not there in its place; behind the one before it stands\n"
+                   << " is missing; after the call before it come\n"
                    << Calls(std::vector<Call>(from, list.end())).text();
         from = found + 1;
     }

@@ -22,7 +22,7 @@ namespace ravolt::test {
 
 void Recorder::stopClock() { ownClock = {true, __real__ZN6ravolt8platform7counterEv()}; }
 
-void Recorder::letPass(double seconds) {
+void Recorder::advanceClock(double seconds) {
     const auto frequency = static_cast<double>(platform::counterFrequency());
     ownClock.count += static_cast<std::int64_t>(seconds * frequency);
 }

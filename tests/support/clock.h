@@ -1,7 +1,7 @@
 #pragma once
 
-// The lie about the clock: a clock that stands still, but for what a test lets pass. The library's
-// own counter is wrapped by the linker (--wrap).
+// The simulated clock, which only a test advances. The linker wraps the library's own counter
+// (--wrap).
 
 #include <cstdint>
 

@@ -1,3 +1,5 @@
+// Starts and frees the engine for each test, draws frames and reads their pixels.
+
 #include "tests/support/engineFixture.h"
 
 #include "ravolt/RVCAMERA.h"
@@ -24,22 +26,22 @@ bool isSet(const char *variable) {
     return value && *value;
 }
 
-// Puts the pack state back that reading a picture changes.
-class TightRows {
+// Packs rows without padding; restores the former alignment at the end.
+class ScopedPackAlignment {
   public:
-    TightRows() {
+    ScopedPackAlignment() {
         glGetIntegerv(GL_PACK_ALIGNMENT, &before);
         glPixelStorei(GL_PACK_ALIGNMENT, 1);
     }
-    ~TightRows() { glPixelStorei(GL_PACK_ALIGNMENT, before); }
-    TightRows(const TightRows &) = delete;
-    TightRows &operator=(const TightRows &) = delete;
+    ~ScopedPackAlignment() { glPixelStorei(GL_PACK_ALIGNMENT, before); }
+    ScopedPackAlignment(const ScopedPackAlignment &) = delete;
+    ScopedPackAlignment &operator=(const ScopedPackAlignment &) = delete;
 
   private:
     GLint before = 4;
 };
 
-void expectNothingLeft() {
+void expectNothingRegistered() {
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
     EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 0u);
     EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
@@ -47,7 +49,7 @@ void expectNothingLeft() {
     EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
     EXPECT_EQ(RVFONT::getNumberOfFonts(), 0u);
     const unsigned int id = zlfNewId();
-    EXPECT_EQ(id, 1u) << "the identifiers below it were not given back";
+    EXPECT_EQ(id, 1u) << "the identifiers below it were not released";
     releaseId(id);
 }
 
@@ -67,11 +69,11 @@ RVSETTINGS smallSettings() {
     return settings;
 }
 
-// The recorder swallows the known errors where they arise, so whatever is left is unknown.
-void drainKnownErrors() {
+// The recorder suppresses the known errors where they arise, so a pending one is unknown.
+void expectNoGlErrors() {
     if (Recorder::instance().isSilent())
         return;
-    Inside unrecorded;
+    ScopedUnrecorded unrecorded;
     for (int number = 0; number < 16; ++number) {
         const GLenum error = pendingError();
         if (error == GL_NO_ERROR)
@@ -84,8 +86,8 @@ Picture readArea(int x, int y, int width, int height) {
     Picture picture(width, height);
     if (Recorder::instance().isSilent())
         return picture;
-    Inside unrecorded;
-    const TightRows rows;
+    ScopedUnrecorded unrecorded;
+    const ScopedPackAlignment unpadded;
     glReadPixels(x, RVSETTINGS::getSDLWindowY() - y - height, width, height, GL_RGBA,
                  GL_UNSIGNED_BYTE, picture.bytes.data());
     const auto row = static_cast<std::ptrdiff_t>(width) * 4;
@@ -117,7 +119,7 @@ void drawFrame2D(RVNODE *root) {
     RAVOLT::end2D();
 }
 
-testing::AssertionResult displayIsThere() {
+testing::AssertionResult hasDisplay() {
     const char *driver = std::getenv("SDL_VIDEODRIVER");
     if ((driver && std::strcmp(driver, "x11") != 0) || isSet("DISPLAY"))
         return testing::AssertionSuccess();
@@ -128,24 +130,24 @@ testing::AssertionResult displayIsThere() {
 
 void EngineTest::SetUp() {
     if (!recorder.isSilent()) {
-        ASSERT_TRUE(displayIsThere());
+        ASSERT_TRUE(hasDisplay());
     }
-    zlfSetConsoleEcho(false); // the log file says it all
+    zlfSetConsoleEcho(false); // the log file is enough
     ratioBefore = finalMemoryRatio();
     startMark = logMark();
-    recorder.forgiveUnits();
+    recorder.suppressUnitErrors();
     ASSERT_TRUE(RAVOLT::init(&settings)) << logText();
-    drainKnownErrors();
+    expectNoGlErrors();
     markLog();
 }
 
 void EngineTest::TearDown() {
     recorder.allocationsWork();
     if (RAVOLT::isActive()) {
-        drainKnownErrors();
+        expectNoGlErrors();
         EXPECT_TRUE(RAVOLT::free());
     }
-    expectNothingLeft();
+    expectNothingRegistered();
     EXPECT_EQ(finalMemoryRatio(), ratioBefore) << "blocks allocated less blocks released";
     RecorderTest::TearDown();
 }

@@ -2,9 +2,9 @@
 
 // Fixtures that start the engine in a small window with small render targets and free it after each
 // test. After the test they expect that every registry is empty, that the memory ratio is what it
-// was and that no OpenGL error was left. A node, material or texture that is a member of a fixture
-// outlives that end: make it with new instead, as the engine deletes what is registered. Without a
-// display such a test fails and says what to do.
+// was and that no OpenGL error is pending. Create nodes, materials and textures with new, as the
+// engine deletes registered objects: a member of a fixture would outlive the engine. Without a
+// display such a test fails with instructions.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVSETTINGS.h"
@@ -23,12 +23,11 @@ namespace ravolt::test {
 // shadow map and a water map of 64, no shaders.
 RVSETTINGS smallSettings();
 
-// Any OpenGL error that is waiting fails the test. Those that the engine is known to leave do not
-// get here: the fixtures let the recorder swallow them (see Recorder::forgiveUnits). Called by the
-// fixture after the start and before the end.
-void drainKnownErrors();
+// A pending OpenGL error fails the test. The fixtures let the recorder suppress the known errors of
+// the engine (see Recorder::suppressUnitErrors), and call this after its start and before its end.
+void expectNoGlErrors();
 
-// The drawing surface, as it stands before the swap: the window's size, or a part of it.
+// The pixels of the back buffer, before the swap: the whole window or a part of it.
 Picture readFrame();
 Picture readArea(int x, int y, int width, int height); // x, y from the top left
 Pixel pixelAt(int x, int y);                           // from the top left
@@ -38,32 +37,31 @@ void drawFrame(RVCAMERA *camera, RVNODE *root);
 // One frame of the two-dimensional block: begin2D, pass, end2D.
 void drawFrame2D(RVNODE *root);
 
-// Whether a window can be opened here; if not, why not and what to do about it.
-testing::AssertionResult displayIsThere();
+// Whether there is a display for a window; the failure says how to start one.
+testing::AssertionResult hasDisplay();
 
 class EngineTest : public RecorderTest {
   protected:
     static constexpr int width = 128;
     static constexpr int height = 96;
 
-    // To change what the engine starts with, or to tell lies about it (the engine's capability
-    // flags once set stay set over a restart): in the constructor of the derived fixture.
+    // The constructor of a derived fixture may change these, or set overrides of the recorder (once
+    // set, the engine's capability flags stay set over a restart).
     RVSETTINGS settings = smallSettings();
 
     void SetUp() override;
     void TearDown() override;
 
-    // Frees the engine and starts it anew, with `settings` as they stand now (and the lies told by
-    // then).
+    // Frees the engine and starts it again, with the current `settings` and overrides.
     bool restart();
 
-    LogMark startMark = 0; // the log before the engine's start; the current mark is behind it
+    LogMark startMark = 0; // of the engine's start; the current mark is after it
 
   private:
     int ratioBefore = 0;
 };
 
-// As above with no driver behind: for recorded calls, label `trace`.
+// As above with the simulated driver: for recorded calls, label `trace`.
 class SilentEngineTest : public EngineTest {
   protected:
     void SetUp() override;

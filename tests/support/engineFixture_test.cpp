@@ -55,25 +55,26 @@ TEST_F(EngineFixture, RecordsTheEngineBeforeTheRealDriver) {
     RVOPENGL::blendingOff();
 }
 
-// A flag once set stays set over a restart, so the lie stands before the first start.
-struct LiedToEngine : EngineTest {
-    LiedToEngine() { recorder.hideExtension("GL_ARB_vertex_buffer_object"); }
+// A capability flag once set stays set over a restart, so this hides the extension before the first
+// start.
+struct EngineWithoutVbo : EngineTest {
+    EngineWithoutVbo() { recorder.hideExtension("GL_ARB_vertex_buffer_object"); }
 };
 
-TEST_F(LiedToEngine, StartsWithTheLies) {
+TEST_F(EngineWithoutVbo, StartsWithTheOverrides) {
     const std::string start = logTextSince(startMark);
     EXPECT_NE(start.find("   [!] GL_ARB_vertex_buffer_object not found @ RVOPENGL::init\n"),
               std::string::npos);
     EXPECT_FALSE(RVOPENGL::useVBO());
 }
 
-TEST_F(EngineFixture, RestartsWithLies) {
+TEST_F(EngineFixture, RestartsWithOverrides) {
     recorder.hideExtension("GL_ARB_vertex_buffer_object");
     ASSERT_TRUE(restart());
     EXPECT_LOGGED("   [!] GL_ARB_vertex_buffer_object not found @ RVOPENGL::init");
 }
 
-TEST_F(EngineFixture, UnitsBeyondTheFixedFunctionOnesLeaveNoError) {
+TEST_F(EngineFixture, UnitsBeyondTheFixedFunctionOnesRaiseNoError) {
     ASSERT_TRUE(RVOPENGL::glActiveTextureARB);
     RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + 15);
     glEnable(GL_TEXTURE_2D);
@@ -88,7 +89,7 @@ TEST_F(EngineFixture, UnitsBeyondTheFixedFunctionOnesLeaveNoError) {
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
-TEST_F(SilentEngineFixture, StartsTheEngineWithNothingBehind) {
+TEST_F(SilentEngineFixture, StartsTheEngineWithoutARealDriver) {
     EXPECT_TRUE(RAVOLT::isActive());
     recorder.start();
     drawFrame(nullptr, nullptr);

@@ -8,14 +8,14 @@
 
 namespace ravolt::test {
 
-// While one lives, RLIMIT_NOFILE (files that can be open) or RLIMIT_FSIZE (bytes of a file) is
-// `most`.
+// While one is alive, RLIMIT_NOFILE (files that can be open) or RLIMIT_FSIZE (bytes of a file) is
+// `maximum`.
 class FileLimit {
   public:
-    FileLimit(__rlimit_resource limited, rlim_t most) : resource(limited) {
-        std::signal(SIGXFSZ, SIG_IGN); // the write itself shall fail
+    FileLimit(__rlimit_resource limited, rlim_t maximum) : resource(limited) {
+        std::signal(SIGXFSZ, SIG_IGN); // the write itself is to fail
         getrlimit(resource, &former);
-        const rlimit limit{most, former.rlim_max};
+        const rlimit limit{maximum, former.rlim_max};
         setrlimit(resource, &limit);
     }
     ~FileLimit() { setrlimit(resource, &former); }

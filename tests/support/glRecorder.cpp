@@ -1,6 +1,7 @@
-// The OpenGL functions of the program: each records, lies where asked to, and calls the real one.
-// The core functions are ordinary definitions that stand in front of the driver's; the extension
-// functions are trampolines, one for each name of the engine's own list.
+// The OpenGL functions of the program: each records its call, overrides the result or simulates a
+// failure where a test has set one, and otherwise calls the real function. The core functions are
+// ordinary definitions, which hide the driver's; the extension functions are trampolines, one for
+// each name of the engine's list of entry points.
 
 #define GL_GLEXT_PROTOTYPES
 #include <GL/gl.h>
@@ -20,67 +21,72 @@ using State = Recorder::State;
 
 namespace {
 
-GLenum trueError() {
+GLenum driverError() {
     static const auto real = reinterpret_cast<decltype(&::glGetError)>(realFunction("glGetError"));
     return real();
 }
 
-// Answers in place of the driver's. Each member has the name of its function and tells whether it
-// has answered.
-struct Lies {
+// Results instead of the driver's. Each member has the name of its function and returns whether it
+// has overridden the call.
+struct Overrides {
     State &state;
 
-    bool glGetIntegerv(GLenum name, GLint *value) { return answer(state.integers, name, value); }
-    bool glGetFloatv(GLenum name, GLfloat *value) { return answer(state.floats, name, value); }
+    bool glGetIntegerv(GLenum name, GLint *value) {
+        return overrideValue(state.integers, name, value);
+    }
+    bool glGetFloatv(GLenum name, GLfloat *value) {
+        return overrideValue(state.floats, name, value);
+    }
 
-    bool glEnable(GLenum what) { return forgive(what, ::glEnable); }
-    bool glDisable(GLenum what) { return forgive(what, ::glDisable); }
+    bool glEnable(GLenum what) { return suppressUnitError(what, ::glEnable); }
+    bool glDisable(GLenum what) { return suppressUnitError(what, ::glDisable); }
 
     bool glReadPixels(GLint, GLint, GLsizei width, GLsizei height, GLenum format, GLenum type,
                       GLvoid *pixels) {
-        if (state.pixelAnswers.empty())
+        if (state.fakePixels.empty())
             return false;
-        const std::vector<unsigned char> bytes = state.pixelAnswers.front();
-        state.pixelAnswers.pop_front();
+        const std::vector<unsigned char> bytes = state.fakePixels.front();
+        state.fakePixels.pop_front();
         const auto wanted = bytesOfPixel(format, type) * static_cast<std::size_t>(width * height);
         std::memcpy(pixels, bytes.data(), std::min(bytes.size(), wanted));
         return true;
     }
 
   private:
-    bool forgive(GLenum what, void (*real)(GLenum)) {
-        if (!state.unitsForgiven || state.silent || what != GL_TEXTURE_2D)
+    bool suppressUnitError(GLenum what, void (*real)(GLenum)) {
+        if (!state.unitErrorsSuppressed || state.silent || what != GL_TEXTURE_2D)
             return false;
-        Inside inside;
+        ScopedUnrecorded unrecorded;
         GLint unit = GL_TEXTURE0, units = 0;
         ::glGetIntegerv(GL_ACTIVE_TEXTURE, &unit);
         ::glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
         if (unit < GL_TEXTURE0 + units)
             return false;
-        for (GLenum error; (error = trueError()) != GL_NO_ERROR;)
+        for (GLenum error; (error = driverError()) != GL_NO_ERROR;)
             state.errors.push_back(error);
         real(what);
-        trueError();
+        driverError();
         return true;
     }
 
     template <class Value>
-    bool answer(const std::map<GLenum, Value> &answers, GLenum name, Value *value) {
-        const auto found = answers.find(name);
-        if (found == answers.end())
+    bool overrideValue(const std::map<GLenum, Value> &values, GLenum name, Value *value) {
+        const auto found = values.find(name);
+        if (found == values.end())
             return false;
         *value = found->second;
         return true;
     }
 };
 
-// What is known of a function by its name alone.
+// The traits of a function, found by its name.
 #define DESCRIBE(function)                                                                         \
-    struct Of_##function {                                                                         \
+    struct Traits_##function {                                                                     \
         static constexpr const char *name = #function;                                             \
-        template <class... Arguments> static bool lie(auto &lies, Arguments... arguments) {        \
-            if constexpr (requires { lies.function(arguments...); })                               \
-                return lies.function(arguments...);                                                \
+        template <class... Arguments>                                                              \
+        static bool callOverride(auto &overrides, Arguments... arguments) {                        \
+            if constexpr (requires { overrides.function(arguments...); })                          \
+                return overrides.function(arguments...);                                           \
             else                                                                                   \
                 return false;                                                                      \
         }                                                                                          \
@@ -93,40 +99,40 @@ struct Lies {
         }                                                                                          \
     };
 
-// The names that a glGen... has made, in its entry of the recording.
-template <class... Arguments> void addMade(Call *, Arguments...) {}
-void addMade(Call *call, GLsizei number, GLuint *names) {
+// Appends the names that a glGen... has generated to its entry of the recording.
+template <class... Arguments> void addGeneratedNames(Call *, Arguments...) {}
+void addGeneratedNames(Call *call, GLsizei number, GLuint *names) {
     if (call && call->name.rfind("glGen", 0) == 0)
         call->arguments.insert(call->arguments.end(), names, names + std::max(number, 0));
 }
 
-template <class Of, class Result, class Real, class... Arguments>
-Result answer(State &state, Real real, Arguments... arguments) {
-    Lies lies{state};
+template <class Traits, class Result, class Real, class... Arguments>
+Result resultOf(State &state, Real real, Arguments... arguments) {
+    Overrides overrides{state};
     if constexpr (std::is_void_v<Result>)
-        if (Of::lie(lies, arguments...))
+        if (Traits::callOverride(overrides, arguments...))
             return;
     if (state.silent)
-        return Of::template silent<Result>(state.driver, arguments...);
-    Inside inside;
+        return Traits::template silent<Result>(state.driver, arguments...);
+    ScopedUnrecorded unrecorded;
     return real()(arguments...);
 }
 
-// The one way of every function. `real` gives the address of the real one.
-template <class Of, class Result, class Real, class... Arguments>
-Result through(Real real, Arguments... arguments) {
-    if (Inside::isTrue())
+// The body of every function. `real` returns the address of the real one.
+template <class Traits, class Result, class Real, class... Arguments>
+Result forwardCall(Real real, Arguments... arguments) {
+    if (ScopedUnrecorded::isActive())
         return real()(arguments...);
-    const Inside ownWork; // its memory is none of the library's
+    const ScopedUnrecorded ownWork; // the recorder's own allocations do not fail
     State &state = recorderState();
-    Call *call = state.recording ? state.record(writeCall(Of::name, arguments...)) : nullptr;
-    if (state.refuses(Of::name))
+    Call *call = state.recording ? state.record(writeCall(Traits::name, arguments...)) : nullptr;
+    if (state.simulatesFailureOf(Traits::name))
         return Result();
     if constexpr (std::is_void_v<Result>) {
-        answer<Of, Result>(state, real, arguments...);
-        addMade(call, arguments...);
+        resultOf<Traits, Result>(state, real, arguments...);
+        addGeneratedNames(call, arguments...);
     } else {
-        return answer<Of, Result>(state, real, arguments...);
+        return resultOf<Traits, Result>(state, real, arguments...);
     }
 }
 
@@ -134,17 +140,17 @@ Result through(Real real, Arguments... arguments) {
 #include "tests/support/coreFunctions.inc"
 #undef CORE
 
-// An extension function: records, and calls what SDL_GL_GetProcAddress gave.
-template <class Of, class Function> struct Trampoline;
-template <class Of, class Result, class... Arguments>
-struct Trampoline<Of, Result (*)(Arguments...)> {
+// An extension function: records, and calls what SDL_GL_GetProcAddress has returned.
+template <class Traits, class Function> struct Trampoline;
+template <class Traits, class Result, class... Arguments>
+struct Trampoline<Traits, Result (*)(Arguments...)> {
     static inline void *real = nullptr;
 
     static Result call(Arguments... arguments) {
         const auto function = [] { return reinterpret_cast<Result (*)(Arguments...)>(real); };
-        return through<Of, Result>(function, arguments...);
+        return forwardCall<Traits, Result>(function, arguments...);
     }
-    static void *over(void *realFunction) {
+    static void *wrap(void *realFunction) {
         real = realFunction;
         return reinterpret_cast<void *>(&call);
     }
@@ -156,23 +162,24 @@ struct Trampoline<Of, Result (*)(Arguments...)> {
 
 struct EntryRow {
     const char *name;
-    void *(*over)(void *real);
+    void *(*wrap)(void *real);
 };
 
 constexpr EntryRow entryRows[] = {
-#define RV_GL_ENTRY_POINT(extension, name) {#name, &Trampoline<Of_##name, decltype(&::name)>::over},
+#define RV_GL_ENTRY_POINT(extension, name)                                                         \
+    {#name, &Trampoline<Traits_##name, decltype(&::name)>::wrap},
 #include "engine/gl/glEntryPoints.inc"
 #undef RV_GL_ENTRY_POINT
 };
 
-std::string withoutHidden(const State &state, const char *all) {
+std::string visibleExtensions(const State &state, const char *all) {
     std::istringstream words(all ? all : "");
     std::string shown, word;
     while (words >> word) {
-        const auto hides = [&](const std::string &name) {
+        const auto isHiddenBy = [&](const std::string &name) {
             return word.find(name) != std::string::npos;
         };
-        if (std::none_of(state.hiddenExtensions.begin(), state.hiddenExtensions.end(), hides))
+        if (std::none_of(state.hiddenExtensions.begin(), state.hiddenExtensions.end(), isHiddenBy))
             shown += word + " ";
     }
     return shown;
@@ -182,12 +189,12 @@ const GLubyte *bytes(const std::string &text) {
     return reinterpret_cast<const GLubyte *>(text.c_str());
 }
 
-const GLubyte *trueString(State &state, GLenum name) {
+const GLubyte *driverString(State &state, GLenum name) {
     static const auto real =
         reinterpret_cast<decltype(&::glGetString)>(realFunction("glGetString"));
     if (state.silent)
         return state.driver.glGetString(name);
-    Inside inside;
+    ScopedUnrecorded unrecorded;
     return real(name);
 }
 
@@ -200,13 +207,13 @@ unsigned int pendingError() {
         state.errors.pop_front();
         return error;
     }
-    return state.silent ? GL_NO_ERROR : trueError();
+    return state.silent ? GL_NO_ERROR : driverError();
 }
 
 void *trampolineOf(const char *name, void *real) {
     for (const EntryRow &row : entryRows)
         if (std::strcmp(row.name, name) == 0)
-            return row.over(real);
+            return row.wrap(real);
     return real;
 }
 
@@ -222,30 +229,30 @@ extern "C" {
             static const auto found = reinterpret_cast<decltype(&::name)>(realFunction(#name));    \
             return found;                                                                          \
         };                                                                                         \
-        return through<Of_##name, result> arguments;                                               \
+        return forwardCall<Traits_##name, result> arguments;                                       \
     }
 #include "tests/support/coreFunctions.inc"
 #undef CORE
 
 GLenum glGetError(void) {
     State &state = recorderState();
-    if (state.recording && !Inside::isTrue())
+    if (state.recording && !ScopedUnrecorded::isActive())
         state.record(Call("glGetError"));
     return pendingError();
 }
 
 const GLubyte *glGetString(GLenum name) {
     State &state = recorderState();
-    if (Inside::isTrue())
-        return trueString(state, name);
+    if (ScopedUnrecorded::isActive())
+        return driverString(state, name);
     if (state.recording)
         state.record(writeCall("glGetString", name));
-    const auto told = state.strings.find(name);
+    const auto fake = state.strings.find(name);
     const GLubyte *text =
-        told != state.strings.end() ? bytes(told->second) : trueString(state, name);
+        fake != state.strings.end() ? bytes(fake->second) : driverString(state, name);
     if (name != GL_EXTENSIONS || state.hiddenExtensions.empty())
         return text;
-    state.shownExtensions = withoutHidden(state, reinterpret_cast<const char *>(text));
-    return bytes(state.shownExtensions);
+    state.visibleExtensions = visibleExtensions(state, reinterpret_cast<const char *>(text));
+    return bytes(state.visibleExtensions);
 }
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// What OpenGL says that it is set to.
+// The current values of OpenGL's state.
 
 #include <GL/gl.h>
 

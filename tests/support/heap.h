@@ -1,8 +1,8 @@
 #pragma once
 
-// The lies about the heap, and the count of what the program allocates. The heap's functions are
-// wrapped by the linker (--wrap), so that only the program's own code meets them. They run before
-// main and before any static object is built: what they use is initialised at compile time.
+// The simulated failures of the heap, and the number of the program's allocations. The linker wraps
+// the heap's functions (--wrap) for the program's own code alone. They run before main and before
+// any static object is constructed: what they use is initialised at compile time.
 
 #include "tests/support/recorderState.h"
 
@@ -13,13 +13,13 @@ namespace ravolt::test {
 
 struct Heap {
     std::size_t failFrom = 0; // 0: no failures
-    Refusal refusal;
+    SimulatedFailure failure;
     std::atomic<unsigned long> allocations{0};
-    unsigned int refusedBlocks = 0; // calls of malloc alone
+    unsigned int failedMallocs = 0; // calls of malloc alone
 
-    bool refuses(std::size_t bytes) {
+    bool fails(std::size_t bytes) {
         allocations.fetch_add(1, std::memory_order_relaxed);
-        return failFrom && bytes >= failFrom && !Inside::isTrue() && refusal.takes();
+        return failFrom && bytes >= failFrom && !ScopedUnrecorded::isActive() && failure.occurs();
     }
 };
 extern constinit Heap heap;

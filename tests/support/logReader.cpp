@@ -1,3 +1,5 @@
+// Reads the log file of the library and compares it with what a test expects.
+
 #include "tests/support/logReader.h"
 
 #include "ravolt/zlf.h"
@@ -33,7 +35,7 @@ void readLogOf(const std::string &fileName) {
     markLog();
 }
 
-// Only what is wanted is read: a test of bad input asks thousands of times.
+// Reads no more than needed: a test of bad input calls this thousands of times.
 std::string logTextSince(LogMark mark) {
     std::ifstream file(logName, std::ios::binary);
     if (mark <= logMark())
@@ -61,7 +63,7 @@ testing::AssertionResult logged(const std::string &line) {
     const auto lines = linesSince(currentMark);
     if (std::find(lines.begin(), lines.end(), line) != lines.end())
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << quoted(line) << " is not in the log; there stands\n"
+    return testing::AssertionFailure() << quoted(line) << " is not in the log, which has\n"
                                        << logTextSince(currentMark);
 }
 
@@ -70,9 +72,9 @@ testing::AssertionResult loggedTimes(const std::string &line, std::size_t times)
     const auto number = static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
     if (number == times)
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << quoted(line) << " stands in the log " << number
-                                       << " times, not " << times << "; there stands\n"
-                                       << logTextSince(currentMark);
+    return testing::AssertionFailure()
+           << quoted(line) << " is in the log " << number << " times, not " << times << "; it has\n"
+           << logTextSince(currentMark);
 }
 
 testing::AssertionResult loggedExactly(const std::string &text) {
@@ -81,7 +83,7 @@ testing::AssertionResult loggedExactly(const std::string &text) {
     if (found == text)
         return testing::AssertionSuccess();
     return testing::AssertionFailure()
-           << "logged " << quoted(found) << "\nand not " << quoted(text);
+           << "logged " << quoted(found) << "\ninstead of " << quoted(text);
 }
 
 int finalMemoryRatio() {

@@ -15,15 +15,14 @@
 
 namespace ravolt::test {
 
-// A place in the log: its length in bytes when it was taken.
+// A position in the log: its length in bytes at that time.
 using LogMark = std::size_t;
 
 LogMark logMark();
-// Everything since `mark`. A log that has been opened anew since is read from its start.
+// Everything since `mark`. A log that has been reopened since is read from its start.
 std::string logTextSince(LogMark mark);
 std::string logText();
-// The lines without their line ends; what stands behind the last line end is a line too, if not
-// empty.
+// The lines without their line ends. Text after the last line end is a line too.
 std::vector<std::string> linesSince(LogMark mark);
 // Those of them that report a problem: they contain "[!]".
 std::vector<std::string> problemsSince(LogMark mark);
@@ -31,19 +30,19 @@ std::vector<std::string> problemsSince(LogMark mark);
 // The mark from which the expectations below read: set by the engine's fixtures before each test
 // body, and by this call.
 LogMark markLog();
-// The log that all this reads from now on, marked at its end.
+// Reads this log from now on, with the mark at its end.
 void readLogOf(const std::string &fileName);
 
-// The line (without its line end) stands in the log since the mark; exactly `times`.
+// The log since the mark contains the line (without its line end); exactly `times` times.
 testing::AssertionResult logged(const std::string &line);
 testing::AssertionResult loggedTimes(const std::string &line, std::size_t times);
-// What was logged since the mark is this, byte for byte, line ends included. The mark moves behind
-// it: the next expectation reads on from there.
+// The log since the mark is this text, byte for byte, line ends included. The mark moves to its
+// end, where the next expectation starts.
 testing::AssertionResult loggedExactly(const std::string &text);
 
-// Closes the log, reads "Final memory ratio: N" in it, and opens it anew and empty under its name.
-// To be called with no object of the engine alive: the identifiers are forgotten. -9999 if the line
-// is not there.
+// Closes the log, reads "Final memory ratio: N" in it, and reopens it empty with the same name.
+// Requires that no object of the engine is alive: closing resets the identifiers. -9999 if the line
+// is missing.
 int finalMemoryRatio();
 
 } // namespace ravolt::test

@@ -25,7 +25,7 @@ TEST(logReader, ReadsWhatWasLoggedSinceTheMark) {
     EXPECT_EQ(problemsSince(0), std::vector<std::string>{"   [!] one (1)"});
 }
 
-TEST(logReader, AnExactExpectationMovesTheMarkBehindWhatItHasRead) {
+TEST(logReader, AnExactExpectationMovesTheMarkToTheEnd) {
     markLog();
     zlfLog("one\n");
     EXPECT_LOGGED_EXACTLY("one\n");
@@ -36,7 +36,7 @@ TEST(logReader, AnExactExpectationMovesTheMarkBehindWhatItHasRead) {
     EXPECT_LOGGED_EXACTLY("three\n");
 }
 
-TEST(logReader, FinalMemoryRatioOpensTheLogAnew) {
+TEST(logReader, FinalMemoryRatioReopensTheLog) {
     zlfLog("old\n");
     const int before = finalMemoryRatio();
     EXPECT_EQ(logText().find("old"), std::string::npos);

@@ -1,3 +1,5 @@
+// Tests a reader of files with names that have no readable file.
+
 #include "tests/support/missingFiles.h"
 
 #include "tests/support/logReader.h"
@@ -38,7 +40,7 @@ void expectNamesWithoutAFileAreRefused(const FileReader &reader) {
     for (const int end : ends)
         close(end);
 
-    reader.setPath(std::string(250, 'p').c_str()); // which NULL does not need
+    reader.setPath(std::string(250, 'p').c_str()); // is not needed for NULL
     expectRefused(nullptr, reader.notFound, 200);
     reader.setPath("folder/");
     expectRefused(nullptr, reader.notFound);

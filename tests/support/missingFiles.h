@@ -1,7 +1,7 @@
 #pragma once
 
-// Names that lead to no file, for every reader of files. The test program is linked with --wrap for
-// zlfFileExists.
+// Names without a readable file, for every reader of files. The test program is linked with --wrap
+// for zlfFileExists.
 
 #include <functional>
 #include <string>

@@ -1,3 +1,5 @@
+// Loads, saves and compares pictures.
+
 #include "tests/support/pictures.h"
 
 #include "tools/writers/pngWriter.h"
@@ -24,7 +26,7 @@ namespace {
 
 std::string goldenPath(const std::string &name) { return RAVOLT_GOLDEN "/" + name + ".png"; }
 
-bool renewing() {
+bool updatesReferences() {
     const char *value = std::getenv("RAVOLT_RENEW_PICTURES");
     return value && *value && std::string(value) != "0";
 }
@@ -33,14 +35,14 @@ int channelDifference(const Picture &a, const Picture &b, std::size_t index) {
     return std::abs(int(a.bytes[index]) - int(b.bytes[index]));
 }
 
-// What a PNG viewer shows is to be what was compared.
+// A PNG viewer is to show what was compared: colours without alpha.
 Picture opaque(Picture picture) {
     for (std::size_t index = 3; index < picture.bytes.size(); index += 4)
         picture.bytes[index] = 255;
     return picture;
 }
 
-// The differences eight times as strong, so that they can be seen.
+// The differences, scaled by eight to be visible.
 Picture differencePicture(const Picture &a, const Picture &b) {
     Picture shown(a.width, a.height);
     for (std::size_t index = 0; index < shown.bytes.size(); ++index)
@@ -129,11 +131,11 @@ Difference differenceOf(const Picture &a, const Picture &b) {
     return difference;
 }
 
-testing::AssertionResult looksLike(const Picture &actual, const std::string &name,
-                                   const Tolerance &tolerance) {
+testing::AssertionResult matchesPicture(const Picture &actual, const std::string &name,
+                                        const Tolerance &tolerance) {
     if ((tolerance.maximum > 0 || tolerance.mean > 0) && !*tolerance.reason)
         return testing::AssertionFailure() << name << ": a tolerance needs its reason";
-    if (renewing())
+    if (updatesReferences())
         return savePicture(opaque(actual), goldenPath(name))
                    ? testing::AssertionSuccess()
                    : testing::AssertionFailure() << "can not write " << goldenPath(name);

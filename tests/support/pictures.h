@@ -1,12 +1,13 @@
 #pragma once
 
-// Pictures: what a test has drawn against the picture that belongs there.
+// Pictures: compares what a test has drawn with a reference picture.
 //
 //     EXPECT_PICTURE(readFrame(), "RVMESH_texturedCube",
 //                    Tolerance{.maximum = 8, .mean = 0.2, .reason = "edges between drivers"});
 //
-// The expected pictures lie in tests/golden/NAME.png. A failure leaves NAME.actual.png,
-// NAME.expected.png and NAME.difference.png in the folder where the test runs, which then stays.
+// The reference pictures are tests/golden/NAME.png. A failure writes NAME.actual.png,
+// NAME.expected.png and NAME.difference.png into the folder where the test runs, which is not
+// deleted then.
 // RAVOLT_RENEW_PICTURES=1 writes the pictures instead of comparing them: look at each one.
 
 #include <cstddef>
@@ -34,11 +35,11 @@ struct Picture {
     void set(int x, int y, Pixel pixel);
     bool empty() const { return bytes.empty(); }
     // Number of pixels whose colour differs from `background` by more than `tolerance` in a
-    // channel; alpha is not looked at.
+    // channel; alpha is ignored.
     std::size_t pixelsUnlike(Pixel background, int tolerance = 2) const;
 };
 
-// An empty picture when the file is no readable PNG.
+// Returns an empty picture when the file is no readable PNG.
 Picture loadPicture(const std::string &path);
 bool savePicture(const Picture &picture, const std::string &path);
 
@@ -48,7 +49,7 @@ struct Tolerance {
     const char *reason = ""; // why it is not exact; must be given with any other value
 };
 
-// Largest and mean difference of red, green and blue; alpha is left out. Sizes must agree.
+// Largest and mean difference of red, green and blue; alpha is ignored. Sizes must agree.
 struct Difference {
     bool sameSize = false;
     int maximum = 0;
@@ -56,13 +57,13 @@ struct Difference {
 };
 Difference differenceOf(const Picture &a, const Picture &b);
 
-testing::AssertionResult looksLike(const Picture &actual, const std::string &name,
-                                   const Tolerance &tolerance);
+testing::AssertionResult matchesPicture(const Picture &actual, const std::string &name,
+                                        const Tolerance &tolerance);
 
 // Red, green and blue of a pixel within `tolerance` of the expected one.
 testing::AssertionResult pixelNear(Pixel actual, Pixel expected, int tolerance);
 
 } // namespace ravolt::test
 
-#define EXPECT_PICTURE(...) EXPECT_TRUE(ravolt::test::looksLike(__VA_ARGS__))
+#define EXPECT_PICTURE(...) EXPECT_TRUE(ravolt::test::matchesPicture(__VA_ARGS__))
 #define EXPECT_PIXEL(...) EXPECT_TRUE(ravolt::test::pixelNear(__VA_ARGS__))

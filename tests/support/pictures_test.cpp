@@ -15,7 +15,7 @@ Picture plain(int width, int height, Pixel pixel) {
     return picture;
 }
 
-TEST(pictures, APngComesBackAsItWas) {
+TEST(pictures, SavedAndLoadedPngsAreEqual) {
     Picture picture = plain(5, 3, {10, 20, 30});
     picture.set(4, 0, {255, 0, 7, 255});
     ASSERT_TRUE(savePicture(picture, "one.png"));
@@ -37,22 +37,22 @@ TEST(pictures, DifferenceIsTheLargestAndTheMeanOfTheColours) {
     EXPECT_FALSE(differenceOf(a, plain(2, 3, {})).sameSize);
 }
 
-TEST(pictures, AFailureLeavesThreePictures) {
+TEST(pictures, AFailureWritesThreePictures) {
     if (const char *renew = std::getenv("RAVOLT_RENEW_PICTURES"); renew && *renew)
         unsetenv("RAVOLT_RENEW_PICTURES");
     const Picture expected = loadPicture(RAVOLT_SOURCE "/tests/golden/support_example.png");
     ASSERT_FALSE(expected.empty());
-    EXPECT_TRUE(looksLike(expected, "support_example", {}));
+    EXPECT_TRUE(matchesPicture(expected, "support_example", {}));
 
     Picture other = expected;
     other.set(0, 0, {1, 2, 3});
-    EXPECT_FALSE(looksLike(other, "support_example", {}));
+    EXPECT_FALSE(matchesPicture(other, "support_example", {}));
     for (const char *kind : {"actual", "expected", "difference"})
         EXPECT_TRUE(std::filesystem::exists("support_example." + std::string(kind) + ".png"));
-    EXPECT_FALSE(looksLike(other, "support_example", {.maximum = 255, .mean = 255}))
+    EXPECT_FALSE(matchesPicture(other, "support_example", {.maximum = 255, .mean = 255}))
         << "a tolerance without its reason";
-    EXPECT_TRUE(looksLike(other, "support_example", {255, 255, "everything is right"}));
-    EXPECT_FALSE(looksLike(other, "no such picture", {255, 255, "everything is right"}));
+    EXPECT_TRUE(matchesPicture(other, "support_example", {255, 255, "everything is right"}));
+    EXPECT_FALSE(matchesPicture(other, "no such picture", {255, 255, "everything is right"}));
 }
 
 TEST(pictures, PixelsUnlikeTheBackgroundAreCounted) {

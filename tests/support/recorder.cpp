@@ -1,3 +1,5 @@
+// The recorder's interface: starts and stops recordings, and sets overrides and failures.
+
 #include "tests/support/clock.h"
 #include "tests/support/heap.h"
 #include "tests/support/recorderState.h"
@@ -12,14 +14,14 @@
 #include <utility>
 
 namespace ravolt::test {
-thread_local int Inside::depth = 0;
+thread_local int ScopedUnrecorded::depth = 0;
 
-// The libraries as they are known to every program, should the linker have left them out.
+// Also searched in the libraries by name, since the linker may have dropped them as unused.
 void *realFunction(const char *name) {
-    // An application is linked with OpenGL; here it must be held, or SDL unloads it with its window
-    // and the addresses of its functions go stale.
-    static void *const held = dlopen("libGL.so.1", RTLD_LAZY);
-    static_cast<void>(held);
+    // An application is linked with OpenGL. Here a reference is needed, or SDL unloads the library
+    // with its window and the addresses of its functions dangle.
+    static void *const reference = dlopen("libGL.so.1", RTLD_LAZY);
+    static_cast<void>(reference);
     void *found = dlsym(RTLD_NEXT, name);
     for (const char *library : {"libGL.so.1", "libSDL-1.2.so.0"})
         if (void *handle = found ? nullptr : dlopen(library, RTLD_LAZY))
@@ -32,21 +34,21 @@ void *realFunction(const char *name) {
 }
 
 Call *Recorder::State::record(Call call) {
-    Inside ownWork;
+    ScopedUnrecorded ownWork;
     calls.list.push_back(std::move(call));
     return &calls.list.back();
 }
 
-bool Recorder::State::refuses(const char *name) {
-    if (refusals.empty())
+bool Recorder::State::simulatesFailureOf(const char *name) {
+    if (callFailures.empty())
         return false;
-    const auto found = refusals.find(name);
-    return found != refusals.end() && found->second.takes();
+    const auto found = callFailures.find(name);
+    return found != callFailures.end() && found->second.occurs();
 }
 
 Recorder::Recorder() : hidden(new State) {}
 
-// Lives as long as the process, since calls come until its end.
+// Never deleted, since calls come until the process ends.
 Recorder &Recorder::instance() {
     static Recorder *const recorder = new Recorder;
     return *recorder;
@@ -71,9 +73,9 @@ void Recorder::mark(const std::string &name) {
 }
 
 void Recorder::reset() {
-    const bool forgiven = hidden->unitsForgiven;
+    const bool forgiven = hidden->unitErrorsSuppressed;
     *hidden = State();
-    hidden->unitsForgiven = forgiven;
+    hidden->unitErrorsSuppressed = forgiven;
     ownClock = {};
     allocationsWork();
 }
@@ -92,18 +94,18 @@ void Recorder::setInteger(unsigned int name, int value) { hidden->integers[name]
 void Recorder::setFloat(unsigned int name, float value) { hidden->floats[name] = value; }
 void Recorder::nullEntryPoint(const std::string &name) { hidden->nullEntryPoints.insert(name); }
 
-void Recorder::answerReadPixels(std::vector<unsigned char> bytes) {
-    hidden->pixelAnswers.push_back(std::move(bytes));
+void Recorder::fakeReadPixels(std::vector<unsigned char> bytes) {
+    hidden->fakePixels.push_back(std::move(bytes));
 }
 
-void Recorder::forgiveUnits() { hidden->unitsForgiven = true; }
+void Recorder::suppressUnitErrors() { hidden->unitErrorsSuppressed = true; }
 
-void Recorder::refuse(const std::string &name, unsigned int after, unsigned int times) {
-    hidden->refusals[name] = {after, times};
+void Recorder::failCalls(const std::string &name, unsigned int after, unsigned int times) {
+    hidden->callFailures[name] = {after, times};
 }
 
 void Recorder::failSdlInit(const std::string &error) { hidden->initFailure = error; }
-void Recorder::refuseVideoMode() { hidden->modesRefused = true; }
+void Recorder::failVideoModeCheck() { hidden->videoModeCheckFails = true; }
 void Recorder::failSetVideoMode(const std::string &error) { hidden->modeFailure = error; }
 void Recorder::videoMemory(unsigned int kilobytes) { hidden->videoMemory = kilobytes; }
 void Recorder::setAttribute(int attribute, int value) { hidden->attributes[attribute] = value; }
@@ -119,7 +121,7 @@ void Recorder::driverName(const std::string &name) { hidden->driverName = name; 
 
 void Recorder::failAllocation(std::size_t bytes, unsigned int after, unsigned int times) {
     heap.failFrom = bytes ? bytes : 1;
-    heap.refusal = {after, times};
+    heap.failure = {after, times};
 }
 
 void Recorder::allocationsWork() { heap.failFrom = 0; }

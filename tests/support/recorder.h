@@ -1,16 +1,16 @@
 #pragma once
 
-// The recorder stands between the engine and its two neighbours. A test program that links the test
-// support has the functions of OpenGL 1.1 and the SDL 1.2 functions that the engine calls defined
-// in itself, in front of the real ones; the extension functions that SDL_GL_GetProcAddress hands
-// out are its own too. Each one writes down its name and arguments while a recording runs, tells a
-// lie where a test asked for one, and calls the real function.
+// The recorder intercepts the engine's calls of OpenGL and SDL. A test program that links the test
+// support defines the functions of OpenGL 1.1 and the SDL 1.2 functions that the engine calls,
+// which hides the real ones; SDL_GL_GetProcAddress returns wrappers of the extension functions.
+// Each of them records its name and arguments while a recording runs, overrides its result or
+// simulates a failure where a test has set one, and otherwise calls the real function.
 //
 //     EXPECT_EQ(callsOf(RVOPENGL::blendingOn), (Calls{{"glEnable", GL_BLEND}}));
 //
-// In silent mode nothing behind the recorder is called: SDL succeeds, the driver is a plausible one
-// that has every extension, and matrices, viewport, switches and object names are kept. Calls that
-// a library makes to itself are neither recorded nor lied to. RecorderTest (below) puts all back
+// In silent mode no real function is called: SDL succeeds, and the driver is a simulated one that
+// has every extension and stores matrices, viewport, switches and object names. Calls that a
+// library makes itself are neither recorded nor overridden. RecorderTest (below) resets everything
 // after each test.
 
 #include <cstddef>
@@ -25,15 +25,15 @@
 
 namespace ravolt::test {
 
-// Stands for an address in the arguments of a call. Addresses below 1 MiB are offsets into a buffer
-// object and stand as numbers; NULL is 0.
+// Represents an address in the arguments of a call. Addresses below 1 MiB are offsets into a buffer
+// object and are recorded as numbers; NULL is 0.
 inline constexpr double anyAddress = -1.0e300;
 
 // One call: the function's name and its arguments as numbers. The elements that a function reads
-// from a short array (glColor4fv, glLoadMatrixf, glLightfv, glDeleteTextures ...) stand one by one
-// in place of the address; names that it makes (glGenTextures) likewise; other output pointers and
-// texts are left out. `text` is the text argument, where there is one (a caption, a GLSL source),
-// and takes no part in the comparison.
+// from a short array (glColor4fv, glLoadMatrixf, glLightfv, glDeleteTextures ...) and the names
+// that it generates (glGenTextures) are recorded one by one instead of the address; other output
+// pointers are omitted. `text` is the text argument if there is one (a caption, a GLSL source);
+// comparisons ignore it.
 struct Call {
     std::string name;
     std::vector<double> arguments;
@@ -46,12 +46,12 @@ struct Call {
     Call(std::string function, std::vector<double> numbers)
         : name(std::move(function)), arguments(std::move(numbers)) {}
 
-    // Same name and same numbers, as far as a float tells them apart.
+    // Same name and same numbers, compared with the precision of a float.
     friend bool operator==(const Call &a, const Call &b);
     friend void PrintTo(const Call &call, std::ostream *out); // glEnable(GL_BLEND)
 };
 
-// Calls in their order, with the questions that tests ask.
+// Calls in their order, with queries for tests.
 class Calls {
   public:
     Calls() = default;
@@ -81,16 +81,16 @@ class Calls {
     bool contains(const Call &call) const { return count(call) != 0; }
     std::vector<std::string> names() const;
 
-    // What lies behind a mark, or between two of them (see Recorder::mark), the marks left out. An
-    // unknown mark fails the test and gives nothing.
+    // The calls after a mark, or between two of them (see Recorder::mark), without the marks. An
+    // unknown mark fails the test and returns no calls.
     Calls since(const std::string &mark) const;
     Calls between(const std::string &from, const std::string &to) const;
 
-    // Whether `wanted` stand in this order among the calls, others between them or not. Tells which
-    // one is missing: EXPECT_TRUE(calls.haveInOrder({{"glFlush"}, {"glFinish"}})).
+    // Whether the calls contain `wanted` in this order, with or without others in between. The
+    // failure names the missing one: EXPECT_TRUE(calls.haveInOrder({{"glFlush"}, {"glFinish"}})).
     testing::AssertionResult haveInOrder(const Calls &wanted) const;
 
-    // One call a line, in all.
+    // All calls, one a line.
     std::string text() const;
 
     friend bool operator==(const Calls &a, const Calls &b) { return a.list == b.list; }
@@ -105,66 +105,68 @@ class Recorder {
   public:
     static Recorder &instance();
 
-    // Recording. start() empties what was there; stop() hands the calls out and ends the recording;
-    // calls() looks at them while it runs. A mark is an entry of its own name among the calls.
+    // Recording. start() clears the calls; stop() ends the recording and returns them; calls() are
+    // those recorded so far. A mark is an entry with a name of its own among the calls.
     void start();
     Calls stop();
     const Calls &calls() const;
     bool isRecording() const;
     void mark(const std::string &name);
 
-    // Ends the recording, the silent mode and every lie (but not forgiveUnits).
+    // Ends the recording, the silent mode, every override and every simulated failure (but not
+    // suppressUnitErrors).
     void reset();
 
-    // Nothing behind the recorder is called from now on (until reset).
+    // No real function is called from now on (until reset).
     void silent();
     bool isSilent() const;
 
-    // Lies of the driver. An extension is hidden with all those whose names contain its name.
+    // Overrides of the driver. An extension is hidden with all those whose names contain its name.
     void hideExtension(const std::string &name);
-    void setExtensions(const std::string &all); // in place of the driver's own list
+    void setExtensions(const std::string &all); // instead of the driver's own list
     void setVendor(const std::string &text);
     void setRenderer(const std::string &text);
     void setVersion(const std::string &text);
     void setTextureUnits(int number);              // GL_MAX_TEXTURE_IMAGE_UNITS_ARB
     void setInteger(unsigned int name, int value); // any value of glGetIntegerv
     void setFloat(unsigned int name, float value); // any value of glGetFloatv
-    void nullEntryPoint(const std::string &name);  // SDL_GL_GetProcAddress gives NULL
-    // The next glReadPixels gives these bytes, the one after it those of the next answer ...; then
-    // the truth again.
-    void answerReadPixels(std::vector<unsigned char> bytes);
+    void nullEntryPoint(const std::string &name);  // SDL_GL_GetProcAddress returns NULL
+    // The next glReadPixels reads these bytes instead of the real ones. Several calls are queued:
+    // each glReadPixels consumes one.
+    void fakeReadPixels(std::vector<unsigned char> bytes);
     // From the (after + 1)-th call on (`times` of them) the function is recorded, not called, and
-    // gives 0: a glCreateShaderObjectARB that fails.
-    void refuse(const std::string &name, unsigned int after = 0, unsigned int times = ~0u);
+    // returns 0: a glCreateShaderObjectARB that fails.
+    void failCalls(const std::string &name, unsigned int after = 0, unsigned int times = ~0u);
 
-    // Enabling 2D texturing on units that the fixed-function pipeline does not have is an error
-    // that the engine lives with: from now on it leaves none behind. The engine's fixtures do this.
-    void forgiveUnits();
+    // The engine enables 2D texturing on texture units that the fixed-function pipeline does not
+    // have, which is an OpenGL error: from now on the recorder clears it. The engine's fixtures
+    // call this.
+    void suppressUnitErrors();
 
-    // Lies of SDL. SDL_GetError gives `error` after a failure that was told.
-    void failSdlInit(const std::string &error = "no such device"); // SDL_Init gives -1
-    void refuseVideoMode();                                        // SDL_VideoModeOK gives 0
+    // Simulated failures and overrides of SDL. SDL_GetError returns `error` after such a failure.
+    void failSdlInit(const std::string &error = "no such device"); // SDL_Init returns -1
+    void failVideoModeCheck();                                     // SDL_VideoModeOK returns 0
     void failSetVideoMode(const std::string &error = "no such mode");
     void videoMemory(unsigned int kilobytes);
-    void setAttribute(int attribute, int value); // what SDL_GL_GetAttribute finds
+    void setAttribute(int attribute, int value); // the result of SDL_GL_GetAttribute
     void channelSizes(int red, int green, int blue, int alpha);
     void driverName(const std::string &name);
 
-    // Lies of the heap: malloc, calloc, realloc and nothrow new, called from the program's own
-    // code, give NULL (and plain new throws) for requests of at least `bytes` bytes, after the
-    // first `after` of them. Ends with allocationsWork() or reset().
+    // Simulated failures of the heap: malloc, calloc, realloc and nothrow new, called from the
+    // program's own code, return NULL (and plain new throws) for requests of at least `bytes`
+    // bytes, after the first `after` of them. Ends with allocationsWork() or reset().
     void failAllocation(std::size_t bytes, unsigned int after = 0, unsigned int times = ~0u);
     void allocationsWork();
     // Number of allocations (malloc family and new) of the program's own code since the start of
     // the process; the recorder's own are counted too, so count while it does not record.
     unsigned long allocations() const;
 
-    // Lies of the clock: it stands still from now on, but for what is let pass. Frames of no length
-    // count as a second. Ends with reset().
+    // A simulated clock, which only advanceClock() advances. Frames of no length count as a second.
+    // Ends with reset().
     void stopClock();
-    void letPass(double seconds);
+    void advanceClock(double seconds);
 
-    // For the definitions behind it; tests have no use for it.
+    // Internal, for the definitions of the recorder.
     struct State;
     State &state() { return *hidden; }
 
@@ -173,7 +175,7 @@ class Recorder {
     State *hidden;
 };
 
-// What `step` calls.
+// The calls that `step` makes.
 template <class Step> Calls callsOf(Step step) {
     Recorder &recorder = Recorder::instance();
     recorder.start();
@@ -181,14 +183,14 @@ template <class Step> Calls callsOf(Step step) {
     return recorder.stop();
 }
 
-// Puts the recorder back after each test.
+// Resets the recorder after each test.
 class RecorderTest : public testing::Test {
   protected:
     Recorder &recorder = Recorder::instance();
     void TearDown() override { recorder.reset(); }
 };
 
-// As above, for tests that need no display: nothing real is called.
+// As above, for tests that need no display: no real function is called.
 class SilentTest : public RecorderTest {
   protected:
     void SetUp() override { recorder.silent(); }

@@ -1,11 +1,11 @@
 #pragma once
 
-// What the recorder's definitions share: the recording, the lies, and whether a call comes from the
-// program or from inside a library that the program has called.
+// What the recorder's definitions share: the recording, the overrides, the simulated failures, and
+// whether a call comes from the program or from inside a library that the program has called.
 
 #include "tests/support/recorder.h"
-#include "tests/support/refusal.h"
 #include "tests/support/silentDriver.h"
+#include "tests/support/simulatedFailure.h"
 
 #include <deque>
 #include <map>
@@ -16,7 +16,7 @@
 
 namespace ravolt::test {
 
-// A mark stands among the calls under this name, followed by its own.
+// A mark is an entry among the calls with this name, followed by its own.
 inline constexpr const char *markName = "mark: ";
 
 struct Recorder::State {
@@ -30,45 +30,46 @@ struct Recorder::State {
     std::map<unsigned int, int> integers;        // glGetIntegerv
     std::map<unsigned int, float> floats;        // glGetFloatv
     std::set<std::string> nullEntryPoints;
-    std::deque<std::vector<unsigned char>> pixelAnswers;
-    std::map<std::string, Refusal> refusals;
+    std::deque<std::vector<unsigned char>> fakePixels;
+    std::map<std::string, SimulatedFailure> callFailures;
 
-    bool unitsForgiven = false;
-    std::deque<unsigned int> errors; // found before a forgiven call, for glGetError
+    bool unitErrorsSuppressed = false;
+    std::deque<unsigned int> errors; // pending before a suppressed error, for glGetError
 
     std::optional<std::string> initFailure;
     std::optional<std::string> modeFailure;
-    bool modesRefused = false;
+    bool videoModeCheckFails = false;
     std::optional<unsigned int> videoMemory;
     std::map<int, int> attributes;
     std::optional<std::string> driverName;
-    std::string toldError; // for SDL_GetError, empty for the truth
+    std::string fakeError; // for SDL_GetError, empty for the real one
 
-    std::string shownExtensions; // the text that glGetString has handed out
+    std::string visibleExtensions; // the text that glGetString has returned
 
     Call *record(Call call); // its entry, until the next one
-    bool refuses(const char *name);
+    bool simulatesFailureOf(const char *name);
 };
 
 inline Recorder::State &recorderState() { return Recorder::instance().state(); }
 
-// Alive while a real function runs: what it calls in its turn is left alone.
-class Inside {
+// Alive while a real function runs: the calls that it makes are neither recorded nor overridden.
+class ScopedUnrecorded {
   public:
-    Inside() { ++depth; }
-    ~Inside() { --depth; }
-    Inside(const Inside &) = delete;
-    Inside &operator=(const Inside &) = delete;
-    static bool isTrue() { return depth != 0; }
+    ScopedUnrecorded() { ++depth; }
+    ~ScopedUnrecorded() { --depth; }
+    ScopedUnrecorded(const ScopedUnrecorded &) = delete;
+    ScopedUnrecorded &operator=(const ScopedUnrecorded &) = delete;
+    static bool isActive() { return depth != 0; }
 
   private:
     static thread_local int depth;
 };
 
-// What glGetError gives, recorded or not.
+// The result of glGetError, recorded or not.
 unsigned int pendingError();
 
-// The function of this name behind the program's own one; ends the program when there is none.
+// The library's function of this name, which the program's own one hides; aborts when there is
+// none.
 void *realFunction(const char *name);
 
 } // namespace ravolt::test

@@ -1,4 +1,4 @@
-// The recorder in front of a silent driver.
+// The recorder with the simulated driver.
 
 #include "tests/support/recorder.h"
 
@@ -18,7 +18,7 @@ using namespace ravolt::test;
 
 namespace {
 
-struct RecorderInSilence : SilentTest {};
+struct SilentRecorder : SilentTest {};
 
 std::string string(GLenum name) { return reinterpret_cast<const char *>(glGetString(name)); }
 
@@ -26,7 +26,7 @@ template <class Function> Function entryPoint(const char *name) {
     return reinterpret_cast<Function>(SDL_GL_GetProcAddress(name));
 }
 
-TEST_F(RecorderInSilence, NothingIsRecordedBeforeStartAndAfterStop) {
+TEST_F(SilentRecorder, NothingIsRecordedBeforeStartAndAfterStop) {
     glEnable(GL_BLEND);
     recorder.start();
     glDisable(GL_BLEND);
@@ -36,7 +36,7 @@ TEST_F(RecorderInSilence, NothingIsRecordedBeforeStartAndAfterStop) {
     EXPECT_TRUE(recorder.calls().empty());
 }
 
-TEST_F(RecorderInSilence, NumbersAreInTheirOrderAndFloatsCompareAsFloats) {
+TEST_F(SilentRecorder, NumbersAreInTheirOrderAndFloatsCompareAsFloats) {
     const Calls calls = callsOf([] {
         glColor4f(0.1f, 0.2f, 0.3f, 1);
         glOrtho(0, 128, 96, 0, -1, 1);
@@ -46,8 +46,8 @@ TEST_F(RecorderInSilence, NumbersAreInTheirOrderAndFloatsCompareAsFloats) {
     EXPECT_FALSE(calls[0] == Call("glColor4f", 0.1, 0.2, 0.3));
 }
 
-// Element by element; other addresses are told from offsets.
-TEST_F(RecorderInSilence, ShortArraysAndAddressesAreRecorded) {
+// Element by element; addresses and offsets differ.
+TEST_F(SilentRecorder, ShortArraysAndAddressesAreRecorded) {
     const GLfloat four[4] = {1, 2, 3, 4};
     const GLuint names[2] = {7, 9};
     GLuint made[2] = {};
@@ -75,7 +75,7 @@ TEST_F(RecorderInSilence, ShortArraysAndAddressesAreRecorded) {
     EXPECT_NE(made[0], made[1]);
 }
 
-TEST_F(RecorderInSilence, FailuresNameEnumerants) {
+TEST_F(SilentRecorder, FailuresNameEnumerants) {
     EXPECT_EQ((Calls{{"glEnable", GL_BLEND},
                      {"glBegin", GL_QUADS},
                      {"glViewport", 0, 0, 1024, 768},
@@ -87,7 +87,7 @@ TEST_F(RecorderInSilence, FailuresNameEnumerants) {
               "glVertexPointer(3, GL_FLOAT, 0, (address))\n");
 }
 
-TEST_F(RecorderInSilence, MarksCutTheCalls) {
+TEST_F(SilentRecorder, MarksDivideTheCalls) {
     recorder.start();
     glFlush();
     recorder.mark("a");
@@ -103,7 +103,7 @@ TEST_F(RecorderInSilence, MarksCutTheCalls) {
     EXPECT_FALSE(calls.haveInOrder({{"glFinish"}, {"glFinish"}}));
 }
 
-TEST_F(RecorderInSilence, ExtensionFunctionsRecordTheirCalls) {
+TEST_F(SilentRecorder, ExtensionFunctionsRecordTheirCalls) {
     const auto bind = entryPoint<PFNGLBINDBUFFERARBPROC>("glBindBufferARB");
     const auto generate = entryPoint<PFNGLGENBUFFERSARBPROC>("glGenBuffersARB");
     ASSERT_TRUE(bind && generate);
@@ -120,14 +120,14 @@ TEST_F(RecorderInSilence, ExtensionFunctionsRecordTheirCalls) {
     EXPECT_NE(SDL_GL_GetProcAddress("glBufferDataARB"), nullptr);
 }
 
-TEST_F(RecorderInSilence, HiddenExtensionsTakeLongerNamesWithThem) {
+TEST_F(SilentRecorder, HidingAnExtensionHidesLongerNames) {
     recorder.setExtensions("GL_ARB_shadow GL_ARB_shadow_ambient GL_ARB_multitexture");
     EXPECT_NE(string(GL_EXTENSIONS).find("GL_ARB_shadow"), std::string::npos);
     recorder.hideExtension("GL_ARB_shadow");
     EXPECT_EQ(string(GL_EXTENSIONS), "GL_ARB_multitexture ");
 }
 
-TEST_F(RecorderInSilence, DriverLies) {
+TEST_F(SilentRecorder, OverridesValuesOfTheDriver) {
     recorder.setVendor("ATI Technologies");
     recorder.setTextureUnits(8);
     GLint units = 0;
@@ -141,14 +141,14 @@ TEST_F(RecorderInSilence, DriverLies) {
     EXPECT_EQ(units, 16);
 }
 
-TEST_F(RecorderInSilence, SdlLies) {
+TEST_F(SilentRecorder, OverridesResultsOfSdl) {
     EXPECT_EQ(SDL_Init(SDL_INIT_VIDEO), 0);
     recorder.failSdlInit("nothing plugged in");
     EXPECT_EQ(SDL_Init(SDL_INIT_VIDEO), -1);
     EXPECT_STREQ(SDL_GetError(), "nothing plugged in");
 
     EXPECT_NE(SDL_VideoModeOK(128, 96, 16, SDL_OPENGL), 0);
-    recorder.refuseVideoMode();
+    recorder.failVideoModeCheck();
     EXPECT_EQ(SDL_VideoModeOK(128, 96, 16, SDL_OPENGL), 0);
 
     EXPECT_NE(SDL_SetVideoMode(128, 96, 16, SDL_OPENGL), nullptr);
@@ -171,17 +171,17 @@ TEST_F(RecorderInSilence, SdlLies) {
     EXPECT_STREQ(SDL_VideoDriverName(name, 3), "x1");
 }
 
-TEST_F(RecorderInSilence, RefusedFunctionsGiveZeroAfterTheStatedNumberOfCalls) {
+TEST_F(SilentRecorder, FailingFunctionsReturnZeroAfterTheStatedNumberOfCalls) {
     const auto create = entryPoint<PFNGLCREATESHADEROBJECTARBPROC>("glCreateShaderObjectARB");
-    recorder.refuse("glCreateShaderObjectARB", 1, 1);
+    recorder.failCalls("glCreateShaderObjectARB", 1, 1);
     EXPECT_NE(create(GL_VERTEX_SHADER_ARB), 0u);
     EXPECT_EQ(create(GL_VERTEX_SHADER_ARB), 0u);
     EXPECT_NE(create(GL_VERTEX_SHADER_ARB), 0u);
 }
 
-TEST_F(RecorderInSilence, PixelsAreAnsweredOnceEach) {
-    recorder.answerReadPixels({1, 2, 3, 4});
-    recorder.answerReadPixels({5, 6, 7, 8});
+TEST_F(SilentRecorder, FakePixelsAreReadOnceEach) {
+    recorder.fakeReadPixels({1, 2, 3, 4});
+    recorder.fakeReadPixels({5, 6, 7, 8});
     for (const int first : {1, 5, 0}) {
         unsigned char pixel[4] = {};
         glReadPixels(0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
@@ -189,7 +189,7 @@ TEST_F(RecorderInSilence, PixelsAreAnsweredOnceEach) {
     }
 }
 
-TEST_F(RecorderInSilence, MatricesMultiplyFromTheRightAsOpenGLHasThem) {
+TEST_F(SilentRecorder, MatricesMultiplyFromTheRightAsOpenGLHasThem) {
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
     glTranslatef(1, 2, 3);
@@ -204,7 +204,7 @@ TEST_F(RecorderInSilence, MatricesMultiplyFromTheRightAsOpenGLHasThem) {
     expectMatrix({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1});
 }
 
-TEST_F(RecorderInSilence, ViewportAndSwitchesAreStored) {
+TEST_F(SilentRecorder, ViewportAndSwitchesAreStored) {
     glViewport(1, 2, 30, 40);
     EXPECT_EQ(viewportNow(), (std::array{1, 2, 30, 40}));
     EXPECT_FALSE(glIsEnabled(GL_LIGHTING));
@@ -212,8 +212,8 @@ TEST_F(RecorderInSilence, ViewportAndSwitchesAreStored) {
     EXPECT_TRUE(glIsEnabled(GL_LIGHTING));
 }
 
-TEST_F(RecorderInSilence, LargeAllocationsFailOnDemand) {
-    // Through pointers that the compiler can not see through, or it leaves the pairs out.
+TEST_F(SilentRecorder, LargeAllocationsFailOnDemand) {
+    // Through volatile pointers, or the compiler removes the pairs.
     void *(*volatile allocate)(std::size_t) = std::malloc;
     recorder.failAllocation(1000, 1, 1);
     void *small = allocate(999), *first = allocate(1000), *second = allocate(1000),
@@ -231,13 +231,13 @@ TEST_F(RecorderInSilence, LargeAllocationsFailOnDemand) {
     EXPECT_TRUE(std::unique_ptr<char[]>(new (std::nothrow) char[1000]));
 }
 
-TEST_F(RecorderInSilence, TheClockIsStoppedAndAdvancedByTheTest) {
+TEST_F(SilentRecorder, TheClockIsStoppedAndAdvancedByTheTest) {
     recorder.stopClock();
     const int timer = zlfNewTimer(1);
-    recorder.letPass(0.25);
+    recorder.advanceClock(0.25);
     zlfAdjournTimer(timer);
     EXPECT_EQ(zlfGetTimerFactor(timer), 0.25f);
-    recorder.letPass(3);
+    recorder.advanceClock(3);
     zlfAdjournTimer(timer);
     EXPECT_EQ(zlfGetTimerFactor(timer), 3);
     recorder.reset();
@@ -246,11 +246,11 @@ TEST_F(RecorderInSilence, TheClockIsStoppedAndAdvancedByTheTest) {
     zlfFreeTimer(timer);
 }
 
-TEST_F(RecorderInSilence, AllocationsAreCounted) {
+TEST_F(SilentRecorder, AllocationsAreCounted) {
     const unsigned long before = recorder.allocations();
-    auto *volatile kept = new int(3);
+    auto *volatile allocated = new int(3);
     EXPECT_EQ(recorder.allocations(), before + 1);
-    delete kept;
+    delete allocated;
 }
 
 } // namespace

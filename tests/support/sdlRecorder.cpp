@@ -1,5 +1,5 @@
-// The SDL functions of the program, those that the engine calls: each records, fakes its result
-// where that is set, and calls the real one; in silent mode a small SDL of our own is called.
+// The SDL functions that the engine calls: each records its call, fakes the result where a test has
+// set one, and otherwise calls the real function; silent mode uses a small simulated SDL.
 
 #include "tests/support/callWriter.h"
 #include "tests/support/glRecorder.h"
@@ -41,7 +41,7 @@ SDL_Surface *silentMode(int width, int height, int bitsPerPixel, Uint32 flags) {
 }
 
 // Records the call of the program.
-template <class... Arguments> State &entered(const char *name, Arguments... arguments) {
+template <class... Arguments> State &recordCall(const char *name, Arguments... arguments) {
     State &state = recorderState();
     if (state.recording)
         state.record(writeCall(name, arguments...));
@@ -57,9 +57,9 @@ char *writeName(char *buffer, int size, const std::string &name) {
     return buffer;
 }
 
-// A fault that is set; the text that SDL_GetError returns then.
-bool fails(State &state, const std::optional<std::string> &error) {
-    state.toldError = error.value_or("");
+// Whether a failure is set; SDL_GetError then returns its text.
+bool simulatesFailure(State &state, const std::optional<std::string> &error) {
+    state.fakeError = error.value_or("");
     return error.has_value();
 }
 
@@ -68,20 +68,20 @@ bool fails(State &state, const std::optional<std::string> &error) {
 
 using namespace ravolt::test;
 
-// Every function starts so: the real one of this name, and whether a library has made the call.
-// What it calls in its turn is not recorded.
+// The start of every function: the real one of this name, and whether a library has made the call.
+// The calls that the function makes are not recorded.
 #define REAL(name)                                                                                 \
     static const auto real = reinterpret_cast<decltype(&::name)>(realFunction(#name));             \
-    const bool nested = Inside::isTrue();                                                          \
-    const Inside inside
+    const bool nested = ScopedUnrecorded::isActive();                                              \
+    const ScopedUnrecorded unrecorded
 
 extern "C" {
 
 int SDL_Init(Uint32 flags) {
     REAL(SDL_Init);
     if (!nested) {
-        State &state = entered("SDL_Init", flags);
-        if (fails(state, state.initFailure))
+        State &state = recordCall("SDL_Init", flags);
+        if (simulatesFailure(state, state.initFailure))
             return -1;
         if (state.silent)
             return 0;
@@ -89,7 +89,7 @@ int SDL_Init(Uint32 flags) {
     return real(flags);
 }
 
-// A question without an effect: it is not recorded. In silent mode everything is initialized.
+// A query without an effect: it is not recorded. In silent mode everything is initialized.
 Uint32 SDL_WasInit(Uint32 flags) {
     REAL(SDL_WasInit);
     return !nested && Recorder::instance().isSilent() ? flags : real(flags);
@@ -97,15 +97,15 @@ Uint32 SDL_WasInit(Uint32 flags) {
 
 void SDL_Quit(void) {
     REAL(SDL_Quit);
-    if (nested || !entered("SDL_Quit").silent)
+    if (nested || !recordCall("SDL_Quit").silent)
         real();
 }
 
 char *SDL_GetError(void) {
     REAL(SDL_GetError);
     if (!nested)
-        if (State &state = entered("SDL_GetError"); state.silent || !state.toldError.empty())
-            return state.toldError.data();
+        if (State &state = recordCall("SDL_GetError"); state.silent || !state.fakeError.empty())
+            return state.fakeError.data();
     return real();
 }
 
@@ -113,7 +113,7 @@ const SDL_VideoInfo *SDL_GetVideoInfo(void) {
     REAL(SDL_GetVideoInfo);
     if (nested)
         return real();
-    State &state = entered("SDL_GetVideoInfo");
+    State &state = recordCall("SDL_GetVideoInfo");
     SilentSdl &sdl = silentSdl();
     if (state.silent) {
         sdl.info = {};
@@ -131,7 +131,7 @@ const SDL_VideoInfo *SDL_GetVideoInfo(void) {
 char *SDL_VideoDriverName(char *buffer, int size) {
     REAL(SDL_VideoDriverName);
     if (!nested)
-        if (State &state = entered("SDL_VideoDriverName"); state.driverName || state.silent)
+        if (State &state = recordCall("SDL_VideoDriverName"); state.driverName || state.silent)
             return writeName(buffer, size, state.driverName.value_or("silent"));
     return real(buffer, size);
 }
@@ -139,17 +139,17 @@ char *SDL_VideoDriverName(char *buffer, int size) {
 int SDL_VideoModeOK(int width, int height, int bitsPerPixel, Uint32 flags) {
     REAL(SDL_VideoModeOK);
     if (!nested)
-        if (State &state = entered("SDL_VideoModeOK", width, height, bitsPerPixel, flags);
-            state.modesRefused || state.silent)
-            return state.modesRefused ? 0 : bitsPerPixel;
+        if (State &state = recordCall("SDL_VideoModeOK", width, height, bitsPerPixel, flags);
+            state.videoModeCheckFails || state.silent)
+            return state.videoModeCheckFails ? 0 : bitsPerPixel;
     return real(width, height, bitsPerPixel, flags);
 }
 
 SDL_Surface *SDL_SetVideoMode(int width, int height, int bitsPerPixel, Uint32 flags) {
     REAL(SDL_SetVideoMode);
     if (!nested) {
-        State &state = entered("SDL_SetVideoMode", width, height, bitsPerPixel, flags);
-        if (fails(state, state.modeFailure))
+        State &state = recordCall("SDL_SetVideoMode", width, height, bitsPerPixel, flags);
+        if (simulatesFailure(state, state.modeFailure))
             return nullptr;
         if (state.silent)
             return silentMode(width, height, bitsPerPixel, flags);
@@ -159,23 +159,23 @@ SDL_Surface *SDL_SetVideoMode(int width, int height, int bitsPerPixel, Uint32 fl
 
 void SDL_WM_SetCaption(const char *title, const char *icon) {
     REAL(SDL_WM_SetCaption);
-    if (nested || !entered("SDL_WM_SetCaption", title).silent)
+    if (nested || !recordCall("SDL_WM_SetCaption", title).silent)
         real(title, icon);
 }
 
 int SDL_GetWMInfo(SDL_SysWMinfo *info) {
     REAL(SDL_GetWMInfo);
-    return nested || !entered("SDL_GetWMInfo").silent ? real(info) : 0;
+    return nested || !recordCall("SDL_GetWMInfo").silent ? real(info) : 0;
 }
 
 int SDL_GL_LoadLibrary(const char *path) {
     REAL(SDL_GL_LoadLibrary);
-    return nested || !entered("SDL_GL_LoadLibrary", path).silent ? real(path) : 0;
+    return nested || !recordCall("SDL_GL_LoadLibrary", path).silent ? real(path) : 0;
 }
 
 int SDL_GL_SetAttribute(SDL_GLattr attribute, int value) {
     REAL(SDL_GL_SetAttribute);
-    if (nested || !entered("SDL_GL_SetAttribute", static_cast<int>(attribute), value).silent)
+    if (nested || !recordCall("SDL_GL_SetAttribute", static_cast<int>(attribute), value).silent)
         return real(attribute, value);
     silentSdl().attributes[attribute] = value;
     return 0;
@@ -185,7 +185,7 @@ int SDL_GL_GetAttribute(SDL_GLattr attribute, int *value) {
     REAL(SDL_GL_GetAttribute);
     if (nested)
         return real(attribute, value);
-    State &state = entered("SDL_GL_GetAttribute", static_cast<int>(attribute));
+    State &state = recordCall("SDL_GL_GetAttribute", static_cast<int>(attribute));
     const auto faked = state.attributes.find(attribute);
     if (faked == state.attributes.end() && !state.silent)
         return real(attribute, value);
@@ -197,7 +197,7 @@ void *SDL_GL_GetProcAddress(const char *name) {
     REAL(SDL_GL_GetProcAddress);
     if (nested)
         return real(name);
-    State &state = entered("SDL_GL_GetProcAddress", name);
+    State &state = recordCall("SDL_GL_GetProcAddress", name);
     if (state.nullEntryPoints.count(name))
         return nullptr;
     void *found = state.silent ? nullptr : real(name);
@@ -206,7 +206,7 @@ void *SDL_GL_GetProcAddress(const char *name) {
 
 void SDL_GL_SwapBuffers(void) {
     REAL(SDL_GL_SwapBuffers);
-    if (nested || !entered("SDL_GL_SwapBuffers").silent)
+    if (nested || !recordCall("SDL_GL_SwapBuffers").silent)
         real();
 }
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-// A lie about files, for the tests of readers that read a file whole.
+// Simulated short reads, for the tests of readers that read a whole file.
 
 namespace ravolt::test {
 
-// While one lives, every fread reads one byte less than it was asked for.
+// While one is alive, every fread reads one element less than requested.
 class ShortReads {
   public:
     ShortReads() { active = true; }

@@ -1,3 +1,5 @@
+// The simulated driver's state: matrix stacks, switches, object names.
+
 #include "tests/support/silentDriver.h"
 
 #include <algorithm>
@@ -150,7 +152,7 @@ void SilentDriver::glFrustum(GLdouble left, GLdouble right, GLdouble bottom, GLd
               0});
 }
 
-// As deep as drivers are: an overflow or underflow changes nothing.
+// The usual depth of drivers: an overflow or underflow changes nothing.
 void SilentDriver::glPushMatrix() {
     if (stacks[matrixMode].size() < 32)
         stacks[matrixMode].push_back(Matrix(top()));
@@ -172,7 +174,7 @@ GLuint SilentDriver::glGenLists(GLsizei range) {
     return first;
 }
 
-// Everything compiles and links without a word.
+// Everything compiles and links, with an empty log.
 void SilentDriver::glGetObjectParameterivARB(GLhandleARB, GLenum name, GLint *value) {
     *value = name == GL_OBJECT_INFO_LOG_LENGTH_ARB ? 0 : 1;
 }

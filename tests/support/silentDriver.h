@@ -1,8 +1,8 @@
 #pragma once
 
-// A driver that draws nothing. It stores what the engine reads back: the matrix stacks, the
+// A simulated driver that draws nothing. It stores what the engine queries: the matrix stacks, the
 // viewport, the switches, the names of objects. Each member has the name of the OpenGL function
-// that it stands for; a function without a member does nothing and gives 0.
+// that it implements; a function without a member does nothing and returns 0.
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -17,7 +17,7 @@ namespace ravolt::test {
 
 class SilentDriver {
   public:
-    // Column by column, as OpenGL has them.
+    // In column-major order.
     using Matrix = std::array<double, 16>;
 
     SilentDriver();
@@ -81,7 +81,7 @@ class SilentDriver {
     GLuint lastName = 0;
 
     Matrix &top() { return stacks[matrixMode].back(); }
-    void multiply(const Matrix &matrix); // top becomes top times matrix, as OpenGL does
+    void multiply(const Matrix &matrix); // multiplies the top from the right
     void generate(GLsizei number, GLuint *names);
     std::vector<double> values(GLenum name) const;
     GLint location(const char *name);

@@ -9,12 +9,12 @@
 namespace ravolt::test {
 
 FileFaults::Kind FileFaults::planned = Kind::failure;
-Refusal FileFaults::refusal;
+SimulatedFailure FileFaults::failure;
 
 FileFaults::FileFaults(Kind kind, unsigned int number) {
     renames() = 0;
     planned = kind;
-    refusal = {number - 1, 1};
+    failure = {number - 1, 1};
 }
 
 int &FileFaults::renames() {
@@ -23,8 +23,8 @@ int &FileFaults::renames() {
     return *shared;
 }
 
-bool FileFaults::strikes() {
-    if (!refusal.takes())
+bool FileFaults::occurs() {
+    if (!failure.occurs())
         return false;
     if (planned == Kind::kill)
         raise(SIGKILL);
@@ -44,13 +44,13 @@ int __real_rename(const char *from, const char *to);
 int __real_link(const char *from, const char *to);
 
 ssize_t __wrap_write(int file, const void *bytes, std::size_t size) {
-    return FileFaults::strikes() ? -1 : __real_write(file, bytes, size);
+    return FileFaults::occurs() ? -1 : __real_write(file, bytes, size);
 }
 
-int __wrap_fsync(int file) { return FileFaults::strikes() ? -1 : __real_fsync(file); }
+int __wrap_fsync(int file) { return FileFaults::occurs() ? -1 : __real_fsync(file); }
 
 int __wrap_rename(const char *from, const char *to) {
-    if (FileFaults::strikes())
+    if (FileFaults::occurs())
         return -1;
     const int result = __real_rename(from, to);
     FileFaults::renames() += result == 0;
@@ -58,6 +58,6 @@ int __wrap_rename(const char *from, const char *to) {
 }
 
 int __wrap_link(const char *from, const char *to) {
-    return FileFaults::strikes() ? -1 : __real_link(from, to);
+    return FileFaults::occurs() ? -1 : __real_link(from, to);
 }
 }

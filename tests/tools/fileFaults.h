@@ -3,7 +3,7 @@
 // Faults of the file system: a call of the program's own code that writes, syncs, renames or links
 // fails, or is the last that the process makes.
 
-#include "tests/support/refusal.h"
+#include "tests/support/simulatedFailure.h"
 
 namespace ravolt::test {
 
@@ -13,22 +13,22 @@ class FileFaults {
 
     // Of the call of that number, from 1.
     FileFaults(Kind kind, unsigned int number);
-    ~FileFaults() { refusal = {}; }
+    ~FileFaults() { failure = {}; }
     FileFaults(const FileFaults &) = delete;
     FileFaults &operator=(const FileFaults &) = delete;
 
     // Whether the call was made.
-    static bool reached() { return !refusal.times; }
+    static bool reached() { return !failure.times; }
 
     // Renames that succeeded, those of child processes too.
     static int &renames();
 
     // For the calls themselves: whether this one fails.
-    static bool strikes();
+    static bool occurs();
 
   private:
     static Kind planned;
-    static Refusal refusal;
+    static SimulatedFailure failure;
 };
 
 } // namespace ravolt::test

@@ -1,6 +1,6 @@
 // The writer of PNG files, which allocates all its memory by realloc, where there is none.
 
-#include "tests/support/refusal.h"
+#include "tests/support/simulatedFailure.h"
 #include "tools/stage/picture.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 namespace {
 
-ravolt::test::Refusal refusal;
+ravolt::test::SimulatedFailure failure;
 
 }
 
@@ -17,7 +17,7 @@ extern "C" {
 void *__real_realloc(void *block, std::size_t bytes);
 
 void *__wrap_realloc(void *block, std::size_t bytes) {
-    return refusal.takes() ? nullptr : __real_realloc(block, bytes);
+    return failure.occurs() ? nullptr : __real_realloc(block, bytes);
 }
 }
 
@@ -32,14 +32,14 @@ TEST(Png, ThrowsWhereverThereIsNoMemory) {
     const std::vector<unsigned char> whole = encodePng(picture);
     unsigned int failures = 0;
     for (bool failed = true; failed && failures < 10000; failures += failed) {
-        refusal = {failures, 1};
+        failure = {failures, 1};
         try {
             EXPECT_EQ(encodePng(picture), whole);
             failed = false;
         } catch (const std::bad_alloc &) {
         }
     }
-    refusal = {};
+    failure = {};
     EXPECT_GT(failures, 10u);
     EXPECT_LT(failures, 10000u);
 }

@@ -2,12 +2,12 @@
 
 namespace ravolt::test {
 
-// A function that is not called: `after` calls pass, then `times` are refused.
-struct Refusal {
+// `after` calls succeed, then `times` calls fail.
+struct SimulatedFailure {
     unsigned int after = 0;
     unsigned int times = 0;
 
-    bool takes() {
+    bool occurs() {
         if (after) {
             --after;
             return false;
