@@ -48,8 +48,12 @@ bool RVLABEL::write(const char *format, ...) {
     char formatted[bufferSize];
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(formatted, sizeof formatted, format, arguments);
+    const int length = std::vsnprintf(formatted, sizeof formatted, format, arguments);
     va_end(arguments);
+    if (length < 0) { // characters that cannot be encoded
+        zlfLog("   [!] Invalid params @ RVLABEL::write\n");
+        return false;
+    }
     font->formatInto(formatted, text, sizeof text, maxWidth);
     return true;
 }

@@ -60,4 +60,14 @@ void FontTest::TearDown() {
     SilentEngineTest::TearDown();
 }
 
+std::string FontTest::textOf(RVNODE *widget) {
+    Drawings drawings = drawingsOf([&] { EXPECT_TRUE(widget->render(&element)); });
+    std::erase_if(drawings, [](const Drawing &each) { return each.mode != GL_TRIANGLES; });
+    return glyphsOf(drawings);
+}
+
+Calls FontTest::renderCalls(RVNODE *widget) {
+    return callsOf([&] { EXPECT_TRUE(widget->render(&element)); });
+}
+
 } // namespace ravolt::test

@@ -2,7 +2,9 @@
 
 // Fonts in front of a silent driver, and what they draw as text.
 
+#include "ravolt/RVELEMENT.h"
 #include "ravolt/RVFONT.h"
+#include "ravolt/RVNODE.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/gui/drawnArrays.h"
 #include "tests/support/engineFixture.h"
@@ -27,6 +29,11 @@ class FontTest : public SilentEngineTest {
     void SetUp() override;
     void TearDown() override;
 
+    // Draws a widget at its element; the glyphs of its texts.
+    std::string textOf(RVNODE *widget);
+    Calls renderCalls(RVNODE *widget);
+
+    RVELEMENT element;
     RVFONT *font = nullptr;
     RVTEXTURE *atlas = nullptr;
 };
