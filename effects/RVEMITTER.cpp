@@ -77,7 +77,8 @@ Z3MVECTOR4D colorOf(const RVPARTICLE &p, const Z3MVECTOR3D &end, const Z3MVECTOR
     return Z3MVECTOR4D(color.x, color.y, color.z, p.energy);
 }
 
-// Where the program can build the quads. Their sizes and spins travel on the second unit.
+// Whether the program builds the quads. Sizes and spins are passed as the second unit's
+// coordinates.
 bool hasHardwarePath() {
     return RVSHADER::useEmitter() && RVSHADER::emitter && RVSHADER::emitter->isOperative() &&
            RVOPENGL::glClientActiveTextureARB && RVOPENGL::glActiveTextureARB;
@@ -91,7 +92,8 @@ void beginState(const float *matrix, unsigned int blendingSrc, unsigned int blen
     glBlendFunc(blendingSrc, blendingDst);
 }
 
-// On purpose: culling stays off, behind its cached switch. In the shadow map particles write depth.
+// On purpose: culling remains off, without an update of its cached switch. In the shadow map
+// particles write depth.
 void setTests() {
     if (RVOPENGL::getProfile() == RV_OPENGL_PROFILE_FULL)
         glDepthMask(GL_FALSE);
@@ -143,11 +145,11 @@ struct RVEMITTER::Facing {
         r *= s;
         u *= s;
         // On purpose: the size scales the position, too.
-        const Z3MVECTOR3D place = p.position * s;
-        corner[0] = Z3MVECTOR4D(place - r - u);
-        corner[1] = Z3MVECTOR4D(place + r - u);
-        corner[2] = Z3MVECTOR4D(place + r + u);
-        corner[3] = Z3MVECTOR4D(place - r + u);
+        const Z3MVECTOR3D centre = p.position * s;
+        corner[0] = Z3MVECTOR4D(centre - r - u);
+        corner[1] = Z3MVECTOR4D(centre + r - u);
+        corner[2] = Z3MVECTOR4D(centre + r + u);
+        corner[3] = Z3MVECTOR4D(centre - r + u);
     }
 };
 
@@ -204,12 +206,12 @@ bool RVEMITTER::init() {
 bool RVEMITTER::free() {
     delete[] particle;
     particle = nullptr;
-    numberbOfParticlesUsed = 0; // they went with the pool
+    numberbOfParticlesUsed = 0; // they were deleted with the pool
     return true;
 }
 
-// Enters free slots from the entry `first` on. The number is compared after a slot is taken: the
-// caller decides whether 0 may be wanted. Returns how many were taken.
+// Enters free slots from the entry `first` on, and returns their number. It compares after a slot
+// is entered, so that a request for 0 enters one: the caller decides whether it makes one.
 unsigned int RVEMITTER::takeSlots(unsigned int first, unsigned int wanted) {
     unsigned int taken = 0;
     for (unsigned int slot = 0; particle && slot < RV_PARTICLES; ++slot) {

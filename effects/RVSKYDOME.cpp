@@ -49,7 +49,7 @@ RVSKYDOME &RVSKYDOME::operator=(const RVSKYDOME &other) {
     return *this;
 }
 
-// All but the node's own and what is owned.
+// All fields except those of the node and the owned buffers.
 void RVSKYDOME::copyFields(const RVSKYDOME &other) {
     speed = other.speed;
     time = other.time;
@@ -86,7 +86,8 @@ void RVSKYDOME::createDome() try {
 } catch (const std::bad_alloc &) {
 }
 
-// On purpose: after a failed load the new texture stays, without pixels, and so does the material.
+// On purpose: after a failed load the new texture remains, without pixels, and so does the
+// material.
 bool RVSKYDOME::loadTexture(const char *filename) {
     if (!filename) {
         zlfLog("   [!] Invalid params @ RVSKYDOME::loadTexture\n");
@@ -117,7 +118,7 @@ bool RVSKYDOME::render(void *element) {
     RVOPENGL::indexArrayOn();
     RVOPENGL::vertexArrayOn();
     RVOPENGL::textureArrayOn();
-    // Arrays of what was drawn before may be shorter than the dome.
+    // Arrays of an earlier object may be shorter than the dome.
     RVOPENGL::normalArrayOff();
     RVOPENGL::colorArrayOff();
     RVLIGHT::lightingOff();
@@ -148,8 +149,8 @@ bool RVSKYDOME::canRender() {
     return false;
 }
 
-// The index array stays without a pointer: glIndexPointer takes no unsigned shorts and would do
-// nothing but raise an OpenGL error, which an application's own check would find.
+// The index array has no pointer: glIndexPointer does not accept unsigned shorts and would only
+// raise an OpenGL error, which an application's own check would find.
 void RVSKYDOME::drawStrip() const {
     constexpr GLsizei stride = sizeof(RVSKYDOME_VERTEX);
     ravolt::bindBuffer(GL_ARRAY_BUFFER_ARB, vertexBuffer);

@@ -1,5 +1,5 @@
-// Terrains: their life and their drawing. The frame buffers of the water are bound around RVFBO,
-// as RVWATER does it.
+// Terrains: their construction and their drawing. The frame buffers of the water are bound by
+// direct calls, without RVFBO, as in RVWATER.
 //
 // Invariants: `chunks` has numberOfChunks objects; while it is NULL, numberOfChunks is 0. The
 // planes are those of cachedModelview and of the projection when they were computed.
@@ -34,7 +34,7 @@ bool restoringTarget = false;
 // So that no gap opens between the land and the water, whose images show it lower.
 constexpr float landLift = 2.0f;
 
-// Around this height of the camera both sides of the surface are seen.
+// Near this height of the camera both sides of the surface are visible.
 constexpr float surfaceMargin = 1.0f;
 
 void bindFramebuffer(GLuint framebuffer) {
@@ -64,7 +64,8 @@ void vertexArraysOff() {
     RVOPENGL::textureArrayOff();
 }
 
-// Emitters and the 2D block switch culling off without the switch, which then has no effect.
+// Emitters and the 2D block disable culling without an update of the cached switch, which then has
+// no effect.
 void cullBackFaces() {
     if (!glIsEnabled(GL_CULL_FACE))
         RVOPENGL::cullingOff();
@@ -102,7 +103,7 @@ class EntryTarget {
             forced->render(nullptr);
     }
 
-    // RVFBO binds its target only when it knows another one as the current one.
+    // RVFBO binds its target only if it is not the recorded current one.
     void restore() const {
         RVFBO::unbind();
         if (current)
@@ -112,7 +113,7 @@ class EntryTarget {
         setViewport();
     }
 
-    RVFBO *current; // as RVFBO knows it
+    RVFBO *current; // as recorded by RVFBO
     GLint framebuffer;
     GLint viewport[4];
 };
@@ -218,7 +219,7 @@ float RVTERRAIN::eyeHeight() const {
     return (camera ? camera->getPosition() : RVCAMERA::getCameraPosition()).y;
 }
 
-// Not only once, since the application may load the water anew.
+// In every frame, since the application may load the water again.
 void RVTERRAIN::fetchBuffers() {
     water->getReflectionBuffer(reflectionFbo, reflectionRenderbuffer);
     water->getRefractionBuffer(refractionFbo, refractionRenderbuffer);
@@ -276,7 +277,7 @@ void RVTERRAIN::drawScreen() {
         glDisable(GL_CLIP_PLANE0);
     for (unsigned int number = 0; number < numberOfChunks; ++number) {
         chunks[number]->computeLevel(camera, lodEnabled, false);
-        if (drawsWater()) // which hides what is on its other side
+        if (drawsWater()) // it hides the objects on its other side
             chunks[number]->cullSurface(camera);
     }
     drawSky(1.0f);
@@ -300,7 +301,7 @@ void RVTERRAIN::drawSky(float scaleY) const {
     glPopMatrix();
 }
 
-// The surface lies in the clip plane, and would be clipped or not by errors of rounding.
+// The surface is in the clip plane, where rounding errors would decide on clipping.
 void RVTERRAIN::drawWater() const {
     RVOPENGL::cullingOff();
     glDisable(GL_CLIP_PLANE0);
@@ -320,8 +321,8 @@ void RVTERRAIN::renderChunks(float inv) {
     RVOPENGL::colorArrayOff();
 }
 
-// What is drawn next must not find the textures and the program of a chunk or of the water: a
-// material does not switch off the units of an earlier one.
+// The next object must not be drawn with the textures and the program of a chunk or of the water: a
+// material does not disable the units of an earlier one.
 void RVTERRAIN::finish(bool culled) {
     vertexArraysOff();
     ravolt::unbindBuffers();

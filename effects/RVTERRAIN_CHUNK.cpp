@@ -38,7 +38,7 @@ constexpr unsigned int invParameter = 2, firstRepeatParameter = 3;
 // Offsets in a vertex of the file.
 constexpr std::size_t weightsOffset = 12, tangentOffset = 24;
 
-// A chunk this near to the surface is seen from both sides of it.
+// Chunks within this distance of the surface are drawn on both sides of it.
 constexpr float surfaceMargin = 1.0f;
 
 Z3MVECTOR3D positionOf(const RVCAMERA *camera) {
@@ -206,7 +206,7 @@ void RVTERRAIN_CHUNK::shade(float inv) {
             static_cast<GLint>(program->getParam(firstRepeatParameter + layer)), repeat[layer]);
 }
 
-// White, without what an earlier chunk's material has applied.
+// White, and without the state of an earlier chunk's material.
 void RVTERRAIN_CHUNK::shadePlain() {
     RVMATERIAL::reset();
     RVSHADER::disable();

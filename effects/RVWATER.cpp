@@ -1,5 +1,6 @@
 // Water: its surface, its two images with their frame buffers, and its drawing. The frame buffers
-// are bound around RVFBO, which is left without a current target or finds the one that it knows.
+// are bound by direct calls, without RVFBO. Afterwards RVFBO's current target is none, or it is
+// bound again.
 //
 // Invariants: the names in `owned` are this object's and no other object deletes them; those that
 // it draws with may be another's. A frame buffer has its image attached under the name in
@@ -63,8 +64,8 @@ void createFrameBuffer(GLuint &fbo, GLuint &renderBuffer, unsigned int image) {
                                            GL_RENDERBUFFER_EXT, renderBuffer);
 }
 
-// An image that was thrown out of video memory comes back, black until it is drawn into again, and
-// under another name.
+// An image that was evicted from video memory is uploaded again, with another name, and black until
+// it is drawn into.
 void restoreImage(RVTEXTURE *image, unsigned int fbo, unsigned int &attached) {
     if (!image || !fbo || image->getGLId() == attached)
         return;
@@ -85,7 +86,7 @@ unsigned int frameShadowMap() {
                : 0;
 }
 
-// A material that was applied with the other program is applied anew.
+// A material that was applied with the other program is applied again.
 void chooseProgram(RVMATERIAL &material, RVSHADER *program) {
     if (material.getShader() == program)
         return;
@@ -129,7 +130,7 @@ RVWATER &RVWATER::operator=(const RVWATER &other) {
     return *this;
 }
 
-// All but the node's own and what is owned.
+// All fields except those of the node and the owned names.
 void RVWATER::copyFields(const RVWATER &other) {
     speed = other.speed;
     time = other.time;
@@ -172,7 +173,7 @@ void RVWATER::init(float newSizeZ, float newSizeX) {
     createSurface();
 }
 
-// Four corners are all: the waves are made pixel by pixel.
+// Four corners are enough: the program computes the waves per pixel.
 void RVWATER::createSurface() {
     if (!owned->surfaceList)
         owned->surfaceList = glGenLists(1);
@@ -200,12 +201,12 @@ bool RVWATER::loadTextures(const char *bumpFile, const char *dudvFile, int newRe
     dudvTexture.set(ravolt::findOrLoadTexture(dudvFile, false, loaded));
     RVMATERIAL *const made = loaded ? new (std::nothrow) RVMATERIAL : nullptr;
     if (!made) {
-        // On purpose: the name of the method is not this one's.
+        // On purpose: the log names another method.
         zlfLog("   [!] Invalid params @ RVWATER::loadTexture\n");
         return false;
     }
     material.set(made);
-    // As users of the textures before the images make room in video memory.
+    // References first: creating the images may evict unreferenced textures.
     material->setTexture(bumpSlot, bumpTexture.get());
     material->setTexture(dudvSlot, dudvTexture.get());
     createTexture();
@@ -231,7 +232,7 @@ void RVWATER::createTexture() {
         attachedReflection = reflectionTexture->getGLId();
         attachedRefraction = refractionTexture->getGLId();
 
-        RVFBO::unbind(); // so that RVFBO knows what is bound at the end
+        RVFBO::unbind(); // so that RVFBO's record is correct at the end
         createFrameBuffer(owned->reflectionFbo, owned->reflectionRenderBuffer, attachedReflection);
         createFrameBuffer(owned->refractionFbo, owned->refractionRenderBuffer, attachedRefraction);
         RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
@@ -282,7 +283,7 @@ bool RVWATER::render(void *element) {
         applyParameters(*program, shadowed);
 
     time += RAVOLT::getFPSfactor();
-    glPushAttrib(GL_CURRENT_BIT); // what is drawn next must not have the colour of the clock
+    glPushAttrib(GL_CURRENT_BIT); // the next object must not have the colour of the clock
     glColor3f(time * speed, 0, 0);
     glCallList(surfaceList);
     glPopAttrib();
@@ -294,7 +295,8 @@ void RVWATER::restoreImages() {
     restoreImage(refractionTexture.get(), refractionFbo, attachedRefraction);
 }
 
-// The program is in use. Its samplers point to the units of their numbers since it was linked.
+// Requires that the program is in use. Each of its samplers has the unit of its number since
+// linking.
 void RVWATER::applyParameters(const RVSHADER &program, bool shadowed) {
     if (shadowed) {
         const int size = RVSETTINGS::getSDLShadowMapSize();
@@ -305,7 +307,7 @@ void RVWATER::applyParameters(const RVSHADER &program, bool shadowed) {
         static_cast<GLint>(program.getParam(repeatParameter)), repeat);
 }
 
-// What is on the unit may be a texture of another material, or the map of an earlier frame.
+// The unit may have a texture of another material, or the map of an earlier frame.
 void RVWATER::bindShadowMap() {
     unsigned int map = frameShadowMap();
     if (!map) {

@@ -11,7 +11,7 @@ constexpr int quarterCircle = 90;
 
 float radians(int degrees) { return static_cast<float>(degrees) / 180.0f * 3.14159274f; }
 
-// Y is up, and the dome is sunk by a third of its radius.
+// Y is up, and the dome is lowered by a third of its radius.
 RVSKYDOME_VERTEX makeVertex(float radius, int phi, int theta) {
     const float ring = std::sin(radians(phi)) * radius;
     const float height = std::cos(radians(phi)) * radius;

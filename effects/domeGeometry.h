@@ -12,7 +12,7 @@ struct DomeGeometry {
     std::vector<unsigned short> indices;
 };
 
-// Steps in degrees, of which whole degrees count, at least 1; empty for smaller ones. Throws
+// Steps in degrees, truncated to whole degrees; the result is empty for steps below 1. Throws
 // std::bad_alloc.
 DomeGeometry makeDome(float radius, float latitudeStep, float longitudeStep);
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// Reader of emitter files: the elements in their order, as values. What they do to an emitter,
-// which depends on that order, is its own matter.
+// Reader of emitter files: returns the elements as values, in their order. The emitter applies them
+// in that order.
 
 #include <string>
 #include <vector>

@@ -36,7 +36,7 @@ void deleteLitShadowMap(unsigned int map) {
         glDeleteTextures(1, &map);
 }
 
-// The unit stays off: programs read it all the same, and what is drawn without one must not.
+// The unit remains disabled: programs read it nevertheless, and drawing without a program must not.
 void bindShadowMapUnit(unsigned int map) {
     selectUnit(mapUnit);
     glBindTexture(GL_TEXTURE_2D, map);

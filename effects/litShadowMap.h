@@ -2,7 +2,7 @@
 
 namespace ravolt {
 
-// OpenGL's name of a new shadow map that lets all light through; 0 when there is none.
+// OpenGL's name of a new shadow map without any shadow; 0 if it cannot be created.
 unsigned int createLitShadowMap();
 void deleteLitShadowMap(unsigned int map);
 

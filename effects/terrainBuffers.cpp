@@ -21,7 +21,7 @@ RVTERRAIN_INDEXBUFFER::RVTERRAIN_INDEXBUFFER(const unsigned short *indices, unsi
 
 RVTERRAIN_INDEXBUFFER::~RVTERRAIN_INDEXBUFFER() { ravolt::deleteBuffer(buffer); }
 
-// The index array has no pointer: glIndexPointer takes no unsigned shorts and would do nothing but
+// The index array has no pointer: glIndexPointer does not accept unsigned shorts and would only
 // raise an OpenGL error, which an application's own check would find.
 void RVTERRAIN_INDEXBUFFER::draw() const {
     if (!buffer || count == 0)
@@ -46,8 +46,8 @@ void deleteLists(List *&table, std::size_t entries) {
 RVTERRAIN_INDEXTABLE::RVTERRAIN_INDEXTABLE(unsigned char numberOfLevels)
     : body(nullptr), edgeCoarse{}, edgeSame{}, levels(numberOfLevels) {}
 
-// The size of the chunks is in the lengths of the lists alone. Delegates, so that the destructor
-// runs when memory runs out here.
+// The size of the chunks is not stored: the lengths of the lists depend on it. Delegates, so that
+// the destructor runs when memory runs out here.
 RVTERRAIN_INDEXTABLE::RVTERRAIN_INDEXTABLE(unsigned short, unsigned char numberOfLevels)
     : RVTERRAIN_INDEXTABLE(numberOfLevels) {
     body = new List[levels]();

@@ -1,7 +1,7 @@
 #pragma once
 
-// Reader of a terrain's configuration file: the elements below its root and below those, in their
-// order, as texts. What they do to a terrain, which depends on that order, is its own matter.
+// Reader of a terrain's configuration file: returns the two levels of elements below the root as
+// texts, in their order. The terrain applies them in that order.
 
 #include <string>
 #include <vector>

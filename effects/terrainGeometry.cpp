@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t bytesPerVertex = 36;
 
-// Cells along a side of a chunk: powers of two beyond the numbers' bits leave none.
+// Cells along a side of a chunk; none for levels above the bits of chunkSize.
 std::int64_t cellsOf(const RVTERRAIN_HEADER &header, unsigned int level) {
     return level < 16 ? (header.chunkSize - 1) >> level : 0;
 }
@@ -50,7 +50,7 @@ template <class T> bool readBytes(std::istream &file, T *values, std::size_t cou
                                        static_cast<std::streamsize>(count * sizeof(T))));
 }
 
-// 0 when it cannot be found, as for what is no regular file.
+// 0 if it cannot be determined, as for a file that is not a regular one.
 std::uint64_t sizeOf(std::istream &file) {
     const auto start = file.tellg();
     file.seekg(0, std::ios::end);

@@ -1,10 +1,10 @@
 #pragma once
 
-// Reader of a terrain's geometry file, without OpenGL: all of it but the vertices, checked, and
-// then the vertices chunk by chunk. What the file's numbers may be:
+// Reader of a terrain's geometry file, without OpenGL: first checks and reads everything except the
+// vertices, and then reads the vertices chunk by chunk. A valid file has:
 //
 // - at least 2 vertices a side of a chunk and of the terrain, at least one level and one chunk; an
-//   even number of chunks, since walks over them may take two a step;
+//   even number of chunks, since loops may advance by two chunks;
 // - as many bytes as the header announces, or more;
 // - numbers in the lists below those of the vertices of a chunk, and neighbours in the file.
 
@@ -48,8 +48,8 @@ const char *readTerrainGeometry(std::istream &file, TerrainGeometry &geometry);
 // Bytes of the vertices of a chunk.
 std::size_t terrainVertexBytes(const RVTERRAIN_HEADER &header);
 
-// Reads the vertices of a chunk, of which `vertices` has the size. False when the file has become
-// shorter.
+// Reads the vertices of a chunk; `vertices` has their number. False when the file has been
+// truncated meanwhile.
 bool readTerrainVertices(std::istream &file, const TerrainGeometry &geometry, std::size_t chunk,
                          std::vector<unsigned char> &vertices);
 

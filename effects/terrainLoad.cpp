@@ -30,7 +30,7 @@ using ravolt::TerrainSection;
 
 namespace {
 
-// What the element TERRAIN says about the layers.
+// The attributes of the element TERRAIN about the layers.
 struct Layers {
     std::vector<const char *> diffuse, normal;
     std::vector<int> repeat;
@@ -108,7 +108,8 @@ float realOf(const TerrainEntry &entry) {
     return static_cast<float>(std::atof(entry.text.c_str()));
 }
 
-// What is drawn next from the application's memory must not find a buffer, also after a failure.
+// Unbinds the buffers, also after a failure: the next object may be drawn from the application's
+// memory.
 struct UnbindBuffersAtEnd {
     UnbindBuffersAtEnd() = default;
     ~UnbindBuffersAtEnd() { ravolt::unbindBuffers(); }
@@ -162,7 +163,7 @@ bool RVTERRAIN::applySection(const TerrainSection &section) {
     return section.name != "LOD" || applyLod(section);
 }
 
-// Without chunks, before GEOMETRY, the textures are nobody's.
+// Without chunks, before GEOMETRY, no object uses the textures.
 bool RVTERRAIN::applyLayers(const TerrainSection &section) {
     Layers layers;
     for (const TerrainEntry &entry : section.entries)
@@ -247,7 +248,7 @@ bool RVTERRAIN::applySky(const TerrainSection &section) {
     return true;
 }
 
-// A second element writes into the array of the first, which the chunks have.
+// A second element writes into the array of the first, to which the chunks refer.
 bool RVTERRAIN::applyLod(const TerrainSection &section) {
     if (!indexTable) {
         zlfLog("   [!] GEOMETRY must come first @ XML::LOD\n");

@@ -1,4 +1,4 @@
-// Boxes: their state, their tests and their drawing from arrays of the stack.
+// Boxes: their state, their hit tests and their drawing from arrays on the stack.
 
 #include "ravolt/RVBOX.h"
 
@@ -27,7 +27,7 @@ bool isLive(const RVSHADER *program) {
     return false;
 }
 
-// With more range than a size has: its neighbours have no overflow.
+// With a wider range than a size, so that sums with one do not overflow.
 using Pixels = long long;
 
 void drawQuad(Pixels x1, Pixels y1, Pixels x2, Pixels y2, const Z3MVECTOR4D &color,
@@ -48,8 +48,8 @@ int clampedToInt(long long value) {
     return static_cast<int>(std::clamp<long long>(value, INT_MIN, INT_MAX));
 }
 
-// A step along one axis. Positions are in the window of the application, which `parents` is the
-// parent's; the last test wins.
+// A step along one axis, limited to the range from `start` to `end` in the window of the
+// application. `parents` is the parent's position there. The end is applied last.
 int limitedStep(int step, int parents, int position, int size, int start, int end) {
     long long next = static_cast<long long>(step) + parents + position;
     next = std::max(next, static_cast<long long>(start) + parents);

@@ -39,7 +39,7 @@ bool RVBUTTON::render(void *element) {
     if (!getDisplayStatus())
         return true;
     RVBOX::render(element);
-    // The box has switched it off, but its rectangle is still the right one.
+    // The box has disabled it, but its rectangle is still valid.
     if (getScissorStatus())
         RVOPENGL::scissorOn();
     drawCaption();

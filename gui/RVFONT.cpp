@@ -1,8 +1,8 @@
 // Fonts: the registry, the atlas, the corrections and the cache of glyphs. The texts are in
 // gui/fontText.cpp.
 //
-// Invariants: fontCachedCurrent is below RV_FONT_GLYPHS between two calls. The four arrays are all
-// there or are not used.
+// Invariants: fontCachedCurrent is below RV_FONT_GLYPHS between two calls. The four arrays are used
+// only if all are allocated.
 
 #include "ravolt/RVFONT.h"
 
@@ -48,7 +48,7 @@ bool isCharacter(char c) {
     return byte >= firstCharacter && byte <= lastCharacter;
 }
 
-// The cells are counted from that of the blank, which also stands for what is no character.
+// Cells are counted from that of the blank, which is also used for bytes without a character.
 int cellOf(char c) { return isCharacter(c) ? c - firstCharacter : 0; }
 
 template <class T> T *allocate(std::size_t count) {
@@ -98,7 +98,7 @@ RVFONT &RVFONT::operator=(const RVFONT &other) {
     return *this;
 }
 
-// On purpose: what was allocated before a failure stays until the next init or free.
+// On purpose: arrays that were allocated before a failure remain until the next init or free.
 bool RVFONT::init() {
     free();
     fontCachedVertex = allocate<float>(RV_FONT_GLYPHS * floatsPerGlyph);

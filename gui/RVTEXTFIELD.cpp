@@ -82,7 +82,7 @@ void RVTEXTFIELD::drawContents() {
         drawText(captionOffset(), captionOffset(), text);
 }
 
-// The opposite of the border of a box, so that the field looks like a hollow.
+// The opposite of the border of a box, so that the field appears sunken.
 void RVTEXTFIELD::drawFrame() const {
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVOPENGL::blendingOn();

@@ -53,7 +53,7 @@ int sumOf(int a, int b) {
     return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
 }
 
-// Of a tag that is complete and of a known letter.
+// Requires a complete tag with a known letter.
 void readColor(const char *tag, unsigned char (&block)[24]) {
     for (std::size_t i = 0; i < std::size(block); ++i)
         block[i] = colorByte(tag[2 + i % 4]);
@@ -82,8 +82,8 @@ bool RVFONT::putString(int x, int y, const char *format, ...) {
     return putText(x, y, text);
 }
 
-// On purpose: glyphs of an earlier truncated text count as the first ones, and their number is
-// taken for one of indices.
+// On purpose: glyphs of an earlier truncated text count as the first ones, and their number is used
+// as a number of indices.
 bool RVFONT::putText(int x, int y, const char *text) {
     if (!text || !texture || !hasCache())
         return false;
@@ -96,7 +96,7 @@ bool RVFONT::putText(int x, int y, const char *text) {
         return false;
     if (fontCachedCurrent <= start && !fontCacheFlushed)
         return true;
-    // When the cache was full in between, fewer may be left than there were.
+    // If the cache was flushed meanwhile, it may have fewer glyphs than before.
     const unsigned int first = fontCachedCurrent >= start ? start : 0;
     setPointers(0);
     glDrawElements(GL_TRIANGLES,

@@ -15,7 +15,7 @@
 
 namespace {
 
-// What one call passes, in the pixels of the 2D block.
+// The arguments of a call, in pixels of the 2D block.
 struct Input {
     char key;
     int x, y;
@@ -29,11 +29,11 @@ struct Input {
     }
 };
 
-// Between two calls. The pointers become NULL when their widgets are deleted.
+// The state between two calls. The pointers are NULL after their widgets are deleted.
 struct Interaction {
     int previousX = -1, previousY = -1;
     int previousLeft = 0, previousRight = 0;
-    ravolt::WeakPointer<RVBOX> pressed; // held by the pointer
+    ravolt::WeakPointer<RVBOX> pressed; // pressed by the mouse
     ravolt::WeakPointer<RVBOX> focused; // a text field
     bool dragged = false;
 
@@ -116,7 +116,7 @@ RVBOX *Interaction::findHit(const Input &input) const {
     return hit;
 }
 
-// A static box is not held while the pointer is beside it.
+// A static box is not pressed while the pointer is outside of it.
 bool Interaction::hold(const Input &input, RVBOX *&hit) const {
     RVBOX &box = *pressed.get();
     const bool held = !box.isStatic() || box.checkBoundaries(input.x, input.y);

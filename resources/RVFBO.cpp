@@ -61,7 +61,7 @@ RVFBO::~RVFBO() {
     FboRegistry::unlink(firstFbo, lastFbo, this);
 }
 
-bool RVFBO::bindTexture(int place, RVTEXTURE *newTexture) {
+bool RVFBO::bindTexture(int slot, RVTEXTURE *newTexture) {
     if (!newTexture) {
         zlfLog("   [!] Invalid params @ RVFBO::bindTexture\n");
         return false;
@@ -69,15 +69,15 @@ bool RVFBO::bindTexture(int place, RVTEXTURE *newTexture) {
     if (!framebuffersWork())
         return false;
     render(nullptr);
-    if (place != RV_FBO_COLOR && place != RV_FBO_DEPTH) {
+    if (slot != RV_FBO_COLOR && slot != RV_FBO_DEPTH) {
         zlfLog("   [!] Invalid operation @ RVFBO::bindTexture\n");
         return false;
     }
-    if (place == RV_FBO_DEPTH) { // a target with depth alone has no colour to draw or read
+    if (slot == RV_FBO_DEPTH) { // a target with depth alone has no colour to draw or read
         glReadBuffer(GL_NONE);
         glDrawBuffer(GL_NONE);
     }
-    attachment = place == RV_FBO_DEPTH ? GL_DEPTH_ATTACHMENT_EXT : GL_COLOR_ATTACHMENT0_EXT;
+    attachment = slot == RV_FBO_DEPTH ? GL_DEPTH_ATTACHMENT_EXT : GL_COLOR_ATTACHMENT0_EXT;
     texture.set(newTexture);
     attach();
     sizeX = static_cast<int>(texture->getSizeX());
@@ -85,7 +85,7 @@ bool RVFBO::bindTexture(int place, RVTEXTURE *newTexture) {
     return true;
 }
 
-bool RVFBO::bindRenderBuffer(int place, int newSizeX, int newSizeY) {
+bool RVFBO::bindRenderBuffer(int slot, int newSizeX, int newSizeY) {
     if (!framebuffersWork())
         return false;
     render(nullptr);
@@ -93,7 +93,7 @@ bool RVFBO::bindRenderBuffer(int place, int newSizeX, int newSizeY) {
         RVOPENGL::glDeleteRenderbuffersEXT(1, &renderBuffer);
     RVOPENGL::glGenRenderbuffersEXT(1, &renderBuffer);
     RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, renderBuffer);
-    if (place != RV_FBO_DEPTH_BUFFER) {
+    if (slot != RV_FBO_DEPTH_BUFFER) {
         // On purpose: an older name of the method, and the new, empty buffer is not deleted.
         zlfLog("   [!] Invalid operation @ RVFBO::bindBuffer\n");
         return false;

@@ -1,10 +1,10 @@
-// Programs: the registry, their making, and the one in use. Only here and in shaderParameters.cpp,
-// where their values are, may OpenGL's functions for programs be called; what the engine's own
-// programs are is in builtinPrograms.cpp.
+// Programs: their registry, compiling and linking, and the current one. OpenGL's functions for
+// programs may be called only here and in shaderParameters.cpp, which sets their values; the
+// engine's own programs are listed in builtinPrograms.cpp.
 //
-// Invariants: while currentShader is not NULL it names a living program, `enabled` is set, and
-// OpenGL has its programObject in use, as far as OpenGL took it. An entry point that the driver has
-// left out is passed over: the stage then does not compile, or the value does not arrive.
+// Invariants: while currentShader is not NULL it points to an existing program, `enabled` is set,
+// and OpenGL uses its programObject, unless OpenGL has refused it. Calls of a missing entry point
+// are skipped: the stage then does not compile, or the value is not set.
 
 #include "ravolt/RVSHADER.h"
 
@@ -187,7 +187,7 @@ bool RVSHADER::readAndCompile(const Stage &stage, const char *stageName, const c
         zlfLog(stage.notRead, path.get());
         return false;
     }
-    // An empty file has no text at all, and OpenGL is told so.
+    // An empty file has no text: NULL is passed to OpenGL.
     const char *text = file.size() ? reinterpret_cast<const char *>(file.data()) : nullptr;
     return compile(stage, stageName, text);
 }

@@ -1,7 +1,7 @@
 // The two operations on whole images: the blur pyramid for bloom and depth of field, and the
-// measure of the scene's luminance. Each leaves the window current, the projection as it was and
-// the identity on the modelview matrix; depth test, blending, lighting and colour mask are the
-// caller's.
+// measurement of the scene's luminance. Afterwards the window is the current target, the projection
+// is restored and the modelview matrix is the identity; depth test, blending, lighting and colour
+// mask are the caller's.
 
 #include "engine/gl/screenQuad.h"
 #include "ravolt/RVFBO.h"
@@ -93,7 +93,7 @@ bool RVFBO::blur(RVFBO *target, RVSHADER *combine, int first) {
     return true;
 }
 
-// The mean is what the hardware leaves in the smallest level of the mipmaps.
+// The mean is read from the smallest mipmap level, which the hardware computes.
 bool RVFBO::computeLuminance(float *result) {
     RVFBO *const scene = RVOPENGL::getFbo(sceneTarget);
     RVFBO *const measure = RVOPENGL::getFbo(luminanceTarget);

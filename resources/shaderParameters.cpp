@@ -80,7 +80,7 @@ void setFloat(const RVSHADER &program, unsigned int slot, float value) {
     ravolt::callIfPresent<RVOPENGL::glUniform1fARB>(location(program, slot), value);
 }
 
-// An array that is on is read at every vertex: without a buffer behind it, from nowhere.
+// An enabled array is read for every vertex, so that it is enabled only with a buffer.
 void bindAttribute(GLuint attribute, unsigned int buffer) {
     if (!buffer || !RVOPENGL::glBindBufferARB || !RVOPENGL::glVertexAttribPointerARB)
         return;
@@ -97,8 +97,8 @@ void RVSHADER::findParameters() {
     assignSamplerUnits();
 }
 
-// A texture that is bound to a unit already is not bound again for a program that comes later, so
-// each sampler points at its unit from the start. It also keeps samplers of two kinds off one unit,
+// A texture that is already bound to a unit is not bound again for a later program, so each sampler
+// is assigned its unit from the start. This also avoids that samplers of two types share a unit,
 // with which no program runs.
 void RVSHADER::assignSamplerUnits() const {
     for (unsigned int unit = 0; unit < RV_TEXTURE_UNITS; ++unit)

@@ -1,8 +1,8 @@
-// The budget: what a texture counts for, and the collector that keeps the sum in bounds. The counts
-// are estimates by fixed rules and not checked against each other.
+// The budget of video memory: the estimated size of a texture, and the collector that limits the
+// sum. The estimates follow fixed rules and are not checked against each other.
 //
-// Invariant: while the collector runs for an upload, the texture that is being uploaded lives on,
-// and so do the pixels that it had, even if the collector takes them from it.
+// Invariant: while the collector runs for an upload, it deletes neither the texture that is being
+// uploaded nor its pixels, even if it detaches the pixels from the texture.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVOPENGL.h"
@@ -71,7 +71,7 @@ bool RVTEXTURE::unload(bool releaseBitmap) {
 }
 
 // The image of a render target cannot be restored, and may be the frame that is being drawn. The
-// engine's targets live until its end, and evicting them would release nothing.
+// engine's targets exist until its end, and evicting them would release nothing.
 bool RVTEXTURE::isEvictable() const {
     return memorySize != 0 || !ravolt::RenderTargets::useTexture(this);
 }
@@ -103,7 +103,7 @@ bool RVTEXTURE::garbageCollect(unsigned long keep) {
     return true;
 }
 
-// On purpose: a mipmapped texture was counted for twice of what this takes back.
+// On purpose: a mipmapped texture was counted for twice of what this subtracts.
 void RVTEXTURE::releaseUpload() {
     invalidateBindings(); // also of a texture without a name, which is bound as nothing
     if (!glId)
@@ -120,8 +120,8 @@ void RVTEXTURE::releasePixels() {
     bitmap = nullptr;
 }
 
-// On purpose: what is missing for the levels of a mipmap chain does not start the collector.
-void RVTEXTURE::makeRoom() {
+// On purpose: the mipmap levels are not part of the needed memory.
+void RVTEXTURE::reserveVideoMemory() {
     const unsigned int needed = memorySize;
     if (mipmap)
         memorySize *= 2;
@@ -133,7 +133,7 @@ void RVTEXTURE::makeRoom() {
     uploading = nullptr;
 }
 
-// Without a context there is no name, and nothing that unload could take back.
+// Without a context there is no name, and unload would never subtract the size.
 void RVTEXTURE::countUpload() {
     if (!glId)
         return;

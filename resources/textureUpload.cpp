@@ -1,5 +1,5 @@
-// From the pixel copy to OpenGL. Uploads go through unit 0, behind the back of the cache, which
-// therefore forgets what was bound there.
+// Uploads of the pixel copy to OpenGL. An upload binds the texture on unit 0 with direct calls and
+// then invalidates the cached binding of that unit.
 
 #include "engine/gl/bindings.h"
 #include "ravolt/RVOPENGL.h"
@@ -44,10 +44,9 @@ GLint minification(bool linear, bool mipmap) {
 
 unsigned int halved(unsigned int size) { return size > 1 ? size / 2 : size; }
 
-// The mean of four pixels for each pixel of a level, in place: a level never outgrows what is
-// already read.
+// The mean of four pixels for each pixel of a level, in place: writing never overtakes reading.
 // On purpose: the rows of the level above count as twice the new width, so that only the levels of
-// a square image of a power of two are true. Beyond the image its last pixel is read.
+// a square image of a power of two are correct. Beyond the image its last pixel is read.
 void halvePixels(unsigned char *pixels, unsigned int width, unsigned int height,
                  unsigned int channels, std::size_t lastPixel) {
     const std::size_t stride = std::size_t(width) * 2;
@@ -99,7 +98,7 @@ bool RVTEXTURE::update() {
     }
     releaseUpload();
     unsigned char *const pixels = bitmap;
-    makeRoom();
+    reserveVideoMemory();
 
     const GLclampf priority = 1.0f;
     glGenTextures(1, &glId);
@@ -108,7 +107,7 @@ bool RVTEXTURE::update() {
     uploadParameters();
     uploadImage(pixels);
     countUpload();
-    if (pixels != bitmap) // the collector took them
+    if (pixels != bitmap) // the collector has detached them from the texture
         zlfFree(pixels);
     return true;
 }

@@ -21,11 +21,11 @@ void applyOwnView(const RVCAMERA &camera) {
         return;
     }
     const Z3MVECTOR3D degrees = camera.getRotation();
-    const Z3MVECTOR3D place = camera.getPosition();
+    const Z3MVECTOR3D position = camera.getPosition();
     glRotatef(-degrees.z, 0, 0, 1);
     glRotatef(-degrees.x, 1, 0, 0);
     glRotatef(-degrees.y, 0, 1, 0);
-    glTranslatef(-place.x, -place.y, -place.z);
+    glTranslatef(-position.x, -position.y, -position.z);
 }
 
 // On purpose: the whole matrix is replaced, so the pre-rotation has no effect on an aimed camera.

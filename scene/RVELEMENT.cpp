@@ -32,8 +32,8 @@ bool RVELEMENT::init(unsigned int count) {
         zlfLog("   [!] Already active @ RVELEMENT::init\n");
         return false;
     }
-    if (count == 0 || count > ravolt::largestRenderList)
-        count = ravolt::largestRenderList;
+    if (count == 0 || count > ravolt::maxRenderListEntries)
+        count = ravolt::maxRenderListEntries;
 
     element = new (std::nothrow) RVELEMENT[count];
     if (!element) {

@@ -31,12 +31,12 @@ void aimAtTarget(RVLIGHT &light) {
     RVNODE *const node = light.getTargetNode();
     if (!node)
         return;
-    const Z3MVECTOR3D place = light.getPositioning() == RV_NODE_POSITIONING_MATRIX
-                                  ? light.getMatrix().getTranslation()
-                                  : light.getPosition();
+    const Z3MVECTOR3D position = light.getPositioning() == RV_NODE_POSITIONING_MATRIX
+                                     ? light.getMatrix().getTranslation()
+                                     : light.getPosition();
     Z3MVECTOR3D way =
         (node == &light ? light.getTarget() : node->getFinalMatrix(nullptr).getTranslation()) -
-        place;
+        position;
     way.normalize();
     light.setDirection(way);
 }

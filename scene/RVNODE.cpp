@@ -189,8 +189,8 @@ char *RVNODE::getTypeName() const { return typeName[rowOf(type)]; }
 void ravolt::applyLocalTransform(const RVNODE &node) {
     switch (node.getPositioning()) {
     case RV_NODE_POSITIONING_VECTORS: {
-        const Z3MVECTOR3D place = node.getPosition() + node.getOrigin();
-        glTranslatef(place.x, place.y, place.z);
+        const Z3MVECTOR3D position = node.getPosition() + node.getOrigin();
+        glTranslatef(position.x, position.y, position.z);
         ravolt::applyRotation(node.getRotation());
         break;
     }

@@ -9,7 +9,7 @@
 
 namespace ravolt {
 
-OrderedEntry orderedEntries[largestRenderList];
+OrderedEntry orderedEntries[maxRenderListEntries];
 
 void sortOrderedEntries(unsigned int number) {
     const auto before = [](const OrderedEntry &a, const OrderedEntry &b) { return a.key < b.key; };

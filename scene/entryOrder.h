@@ -10,31 +10,31 @@ class RVELEMENT;
 namespace ravolt {
 
 // The largest capacity of the render list.
-constexpr unsigned int largestRenderList = 4096;
+constexpr unsigned int maxRenderListEntries = 4096;
 
 struct OrderedEntry {
     std::uint64_t key;
     RVELEMENT *entry;
 };
 
-// The one scratch table; the list belongs to the rendering thread.
-extern OrderedEntry orderedEntries[largestRenderList];
+// The only scratch table: render lists are used in the rendering thread alone.
+extern OrderedEntry orderedEntries[maxRenderListEntries];
 
 void sortOrderedEntries(unsigned int number);
 
-// A number that grows with `value`. Equal floats give equal numbers (0 and -0 too), and NaN comes
-// after infinity.
+// A number that increases with `value`. Equal floats give equal numbers (0 and -0 too), and NaN
+// comes after infinity.
 std::uint32_t orderedBits(float value);
 
 // Sorts the first `number` pointers, ascending by `keyOf(entry)`, a number below 2^48.
 template <class KeyOf>
 void orderEntries(RVELEMENT **entries, unsigned int number, const KeyOf &keyOf) {
-    for (unsigned int place = 0; place < number; ++place)
-        orderedEntries[place] = {static_cast<std::uint64_t>(keyOf(*entries[place])) << 16 | place,
-                                 entries[place]};
+    for (unsigned int index = 0; index < number; ++index)
+        orderedEntries[index] = {static_cast<std::uint64_t>(keyOf(*entries[index])) << 16 | index,
+                                 entries[index]};
     sortOrderedEntries(number);
-    for (unsigned int place = 0; place < number; ++place)
-        entries[place] = orderedEntries[place].entry;
+    for (unsigned int index = 0; index < number; ++index)
+        entries[index] = orderedEntries[index].entry;
 }
 
 } // namespace ravolt

@@ -72,7 +72,7 @@ struct Caster {
     Z3MMATRIX eyeToLight() const { return cameraInverse * view; }
 };
 
-// Only back faces are drawn for its lifetime, whatever the cached switch is.
+// Only back faces are drawn for its lifetime, independent of the cached switch.
 class BackFaces {
   public:
     BackFaces() : culled(RVOPENGL::isCulled()) {

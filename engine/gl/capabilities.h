@@ -7,7 +7,7 @@ struct RVOPENGL::Capabilities {
     // Fewer texture units than these count as no multitexturing.
     static constexpr int requiredUnits = 16;
 
-    // Makes the render targets of the pool. Without memory it leaves the pool empty.
+    // Creates the render targets of the pool. Without memory the pool remains empty.
     using MakePool = bool (*)(RVFBO *(&pool)[14]);
 
     // Logs the driver and what it has and lacks, fetches the entry points and sets the flags. The

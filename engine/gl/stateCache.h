@@ -1,7 +1,7 @@
 #pragma once
 
-// Every test of a cached OpenGL state goes through here. An option of the build makes all of them
-// miss. What is drawn must be the same with and without it, else a cache is wrong.
+// Every test of a cached OpenGL state calls this. A build option makes all of them miss. The drawn
+// result must be the same with and without the option, else a cache is wrong.
 
 namespace ravolt {
 

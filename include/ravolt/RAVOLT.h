@@ -94,9 +94,9 @@ class RV_API RAVOLT {
     static RVNODE *load(const char *fileName);
 
     // Builds the widgets that an XML file describes, linked below a new plain node, which is
-    // returned, or NULL with a log line. The file name is used without a path; textures and kerning
-    // files are found behind their paths. The registries own the nodes, fonts and textures; what a
-    // file has made before a failure stays.
+    // returned, or NULL with a log line. The file name is used without a path; the paths of
+    // RVTEXTURE::setPath and RVFONT::setPath are prepended to those of textures and kerning files.
+    // The registries own the nodes, fonts and textures; objects created before a failure remain.
     static RVNODE *loadXML(const char *fileName);
 
     // Additional: whether the files that a scene file or an interface names are confined to the

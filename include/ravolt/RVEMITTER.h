@@ -58,8 +58,8 @@ class RV_API RVEMITTER : public RVNODE {
     RVEMITTER(const RVEMITTER &other);
     RVEMITTER &operator=(const RVEMITTER &other);
 
-    // The pool of the particles and the arrays, for RAVOLT::init and RAVOLT::free. init keeps a
-    // pool that exists, and is false without memory. free is always true.
+    // Creates and deletes the pool of particles and the arrays, for RAVOLT::init and RAVOLT::free.
+    // init does not replace an existing pool, and is false without memory. free is always true.
     static bool init();
     static bool free();
 
@@ -72,14 +72,14 @@ class RV_API RVEMITTER : public RVNODE {
     bool load(const char *filename);
 
     // Takes slots of the pool for getNumberOfParticles particles and starts them. `render` and
-    // setNumberOfParticles call it or do the same; another call takes further slots and gives none
-    // back. On purpose: 0 particles take a slot, too. Always true; a full pool and a maximum energy
+    // setNumberOfParticles call it or do the same; another call takes further slots and releases
+    // none. On purpose: 0 particles take a slot, too. Always true; a full pool and a maximum energy
     // of 0 are logged.
     bool initialize();
 
     // Draws, and advances, the particles; `element` is the emitter's RVELEMENT. Afterwards
-    // GL_CULL_FACE is off behind RVOPENGL::cullingOn, blending is off and lighting is on. False,
-    // with a line in the log, for NULL.
+    // GL_CULL_FACE is off without RVOPENGL::cullingOff, so that its cached switch may be wrong;
+    // blending is off and lighting is on. False, with a line in the log, for NULL.
     bool render(void *element) override;
 
     // At most 4096, and a negative number is 0. On purpose: where more than 8192 would be in use,

@@ -76,9 +76,9 @@ class RV_API RVFONT {
     void setCharSizeY(unsigned int pixels) { charSizeY = pixels; }
     unsigned int getCharSizeY() const { return charSizeY; }
 
-    // Reads the corrections from a kerning file behind the path of setPath; characters that it does
-    // not name keep theirs. False, with a line in the log, for NULL and for a file that cannot be
-    // read.
+    // Reads the corrections from a kerning file, to whose name the path of setPath is prepended;
+    // those of characters that it does not name are not changed. False, with a line in the log, for
+    // NULL and for a file that cannot be read.
     bool loadKerning(const char *filename);
     // Pixels, signed, that a character advances less than a cell; for characters from 0x20 to 0x7F.
     // setKerning is false, with a line in the log, for others, and getKerning 0.
@@ -110,8 +110,8 @@ class RV_API RVFONT {
     int formatInto(const char *source, char *destination, std::size_t size,
                    unsigned int maxWidth) const;
 
-    // Additional: draws a text as it is, without printf; false for NULL, and otherwise as putString.
-    // Widgets expand "%%" alone.
+    // Additional: draws a text as it is, without printf; false for NULL, and otherwise as
+    // putString. Widgets expand "%%" alone.
     bool putText(int x, int y, const char *text);
 
   private:

@@ -22,8 +22,8 @@ class RV_API RVSKYDOME : public RVNODE {
     ~RVSKYDOME() override;
 
     // A copy has the values of every field and draws from the original's buffers, which it does not
-    // own: it must not be drawn once the original is gone. Assignment likewise; the buffers that
-    // the sky was made with stay with it, unused, and are released at its end.
+    // own: it must not be drawn after the original was deleted. Assignment likewise; the sky's own
+    // buffers are no longer used, and are released at its end.
     RVSKYDOME(const RVSKYDOME &other);
     RVSKYDOME &operator=(const RVSKYDOME &other);
 
@@ -31,12 +31,13 @@ class RV_API RVSKYDOME : public RVNODE {
     // On purpose without a visible effect: the geometry is made in the constructor alone.
     void init(float newRadius, float latitudeStep, float longitudeStep);
 
-    // The texture of this file name: the one that is loaded already, or else the TGA file behind
-    // RVTEXTURE::setPath, repeated and with mipmaps. U runs once around the horizon, V is 0 at the
-    // rim and 1 at the zenith. The first call makes the material; with RVSHADER::useSkydome it is
-    // drawn by RVSHADER::skydome, which brightens it by a fifth of the ambient light of the scene,
-    // else by the fixed functions. False, with a line in the log, for NULL and for a file that
-    // RVTEXTURE::load refuses; the texture that is drawn stays as it was then.
+    // The texture of this file name: the one that is already loaded, or else the TGA file, with the
+    // path of RVTEXTURE::setPath prepended; repeated and with mipmaps. U runs once around the
+    // horizon, V is 0 at the rim and 1 at the zenith. The first call makes the material; with
+    // RVSHADER::useSkydome it is drawn by RVSHADER::skydome, which brightens it by a fifth of the
+    // ambient light of the scene, else by the fixed functions. False, with a line in the log, for
+    // NULL and for a file that RVTEXTURE::load refuses; the texture that is drawn stays as it was
+    // then.
     bool loadTexture(const char *filename);
 
     // Stored; nothing reads it. To turn the sky, turn the node.

@@ -36,9 +36,9 @@ class RV_API RVTERRAIN : public RVNODE {
     RVTERRAIN &operator=(const RVTERRAIN &) = delete;
 
     // Reads a configuration file; once, for a new terrain. Its name and that of the geometry file
-    // are used unchanged, relative to the working directory; textures are found behind
-    // RVTEXTURE::setPath. False, with lines in the log, for files that are missing or malformed;
-    // what has been created so far stays until the destructor runs.
+    // are used unchanged, relative to the working directory; the path of RVTEXTURE::setPath
+    // is prepended to those of textures. False, with lines in the log, for files that are missing
+    // or malformed; objects created so far remain until the destructor runs.
     bool load(const char *filename);
 
     // Draws the terrain; `element` is its RVELEMENT, whose lights are activated, or NULL to draw

@@ -47,10 +47,10 @@ class RV_API RVTERRAIN_CHUNK {
     void setFrustumPlanes(Z3MVECTOR4D *planes);
 
     // Four layers, each with a texture of colour and height, one of normal and gloss, and the
-    // number of its tiles along the chunk: the textures of these names that are loaded already, or
-    // else the TGA files behind RVTEXTURE::setPath. Makes a new material, which stays in its
-    // registry. The flag is not used: the program is RVSHADER::terrainComplex with
-    // RVSHADER::useTerrain, else none. False, with a line in the log, for a file that
+    // number of its tiles along the chunk: the textures of these names that are already loaded, or
+    // else the TGA files, with the path of RVTEXTURE::setPath prepended. Makes a new material,
+    // which stays in its registry. The flag is not used: the program is RVSHADER::terrainComplex
+    // with RVSHADER::useTerrain, else none. False, with a line in the log, for a file that
     // RVTEXTURE::load refuses; the material stays as it was then.
     bool loadTexture(const char *diffuse1, const char *normal1, int repeat1, const char *diffuse2,
                      const char *normal2, int repeat2, const char *diffuse3, const char *normal3,

@@ -40,7 +40,7 @@ struct RV_API RVTERRAIN_INDEXTABLE {
 
     RVTERRAIN_INDEXBUFFER **body;              // by level
     RVTERRAIN_INDEXBUFFER **edgeCoarse[edges]; // by level * corners + variant
-    RVTERRAIN_INDEXBUFFER **edgeSame[edges];   // likewise
+    RVTERRAIN_INDEXBUFFER **edgeSame[edges];   // by level * corners + variant
     unsigned char levels;                      // of detail
 
   private:

@@ -138,7 +138,7 @@ class RV_API RVTEXTURE {
     void invalidateBindings();
     void releaseUpload();
     void releasePixels();
-    void makeRoom();
+    void reserveVideoMemory();
     bool isEvictable() const;
     void bindForUpload() const;
     void uploadParameters() const;

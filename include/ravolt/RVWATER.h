@@ -24,21 +24,21 @@ class RV_API RVWATER : public RVNODE {
     ~RVWATER() override;
 
     // A copy has the values of every field and draws with the original's frame buffers and surface,
-    // which it does not own: it must not be used once the original is gone. Assignment likewise;
-    // what the water owned itself stays with it, unused, and is released at its end.
+    // which it does not own: it must not be used after the original was deleted. Assignment
+    // likewise; the water's own objects are no longer used, and are released at its end.
     RVWATER(const RVWATER &other);
     RVWATER &operator=(const RVWATER &other);
 
     // The extents along Z and X, in units of the scene. On purpose Z comes first.
     void init(float newSizeZ, float newSizeX);
 
-    // Normal map and distortion map, each the texture of this file name that is loaded already, or
-    // else the TGA file behind RVTEXTURE::setPath; `newRepeat` is how often they are tiled over the
-    // water. Makes a new material and, with frame buffer objects, two new images of
-    // RVSETTINGS::getSDLWaterSize() pixels each way with their frame buffers; those of an earlier
-    // call are deleted, while its textures and its material stay in their registries. The window is
-    // the bound target afterwards. False, with a line in the log, for NULL and for files that
-    // RVTEXTURE::load refuses; an earlier material stays in use then.
+    // Normal map and distortion map, each the texture of this file name that is already loaded, or
+    // else the TGA file, with the path of RVTEXTURE::setPath prepended; `newRepeat` is how often
+    // they are tiled over the water. Makes a new material and, with frame buffer objects, two new
+    // images of RVSETTINGS::getSDLWaterSize() pixels each way with their frame buffers; those of an
+    // earlier call are deleted, while its textures and its material stay in their registries. The
+    // window is the bound target afterwards. False, with a line in the log, for NULL and for files
+    // that RVTEXTURE::load refuses; an earlier material stays in use then.
     bool loadTextures(const char *bumpFile, const char *dudvFile, int newRepeat);
 
     // Factor on the clock of the waves, which advances by RAVOLT::getFPSfactor() in each render; 0

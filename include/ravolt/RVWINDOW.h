@@ -57,7 +57,7 @@ class RV_API RVWINDOW : public RVBUTTON {
 
     // NULL after it was deleted.
     RVBUTTON *getTitleBar() const;
-    // Additional: likewise.
+    // Additional: the scroll bar; NULL after it was deleted.
     RVVSCROLLBAR *getScrollBar() const;
 
   private:

@@ -168,7 +168,7 @@ RVSHADER *findOrLoadShader(const char *name, LoadTransaction &transaction) {
 void buildMaterial(const MaterialRecord &record, LoadTransaction &transaction) {
     RVTEXTURE *diffuse = nullptr;
     RVTEXTURE *normalMap = nullptr;
-    // The name of a normal map leaves the path only if that of the texture does.
+    // The name of a normal map is outside of the path only if that of the texture is.
     if (namesFile(record.textureName)) {
         diffuse = findOrLoadTexture(record.textureName, transaction);
         normalMap = findOrLoadNormalMap(record.textureName, transaction);
