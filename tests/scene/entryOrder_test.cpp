@@ -38,7 +38,7 @@ TEST(EntryOrder, EqualFloatsHaveEqualBits) {
 
 TEST(EntryOrder, SortsStablyByKey) {
     std::mt19937 random(1);
-    std::vector<RVELEMENT> storage(ravolt::largestRenderList);
+    std::vector<RVELEMENT> storage(ravolt::maxRenderListEntries);
     std::vector<RVELEMENT *> entries;
     for (RVELEMENT &entry : storage) {
         entry.setParam1(static_cast<unsigned int>(random() % 50));
@@ -47,7 +47,7 @@ TEST(EntryOrder, SortsStablyByKey) {
     std::vector<RVELEMENT *> expected = entries;
     std::stable_sort(expected.begin(), expected.end(),
                      [](RVELEMENT *a, RVELEMENT *b) { return keyOf(*a) < keyOf(*b); });
-    ravolt::orderEntries(entries.data(), ravolt::largestRenderList, keyOf);
+    ravolt::orderEntries(entries.data(), ravolt::maxRenderListEntries, keyOf);
     EXPECT_EQ(entries, expected);
 }
 
