@@ -1,6 +1,6 @@
 #pragma once
 
-// Draw calls of the interface as rectangles and texts.
+// Draw calls of boxes as rectangles.
 
 #include "tests/gui/drawnArrays.h"
 
@@ -49,26 +49,6 @@ inline std::vector<Quad> quadsOf(const std::vector<Drawing> &drawings) {
         quads.push_back(quad);
     }
     return quads;
-}
-
-// A text: its number of glyphs and the top left corner of the first one.
-struct Text {
-    std::size_t glyphs;
-    float x, y;
-
-    friend bool operator==(const Text &, const Text &) = default;
-    friend void PrintTo(const Text &text, std::ostream *out) {
-        *out << text.glyphs << " glyphs at (" << text.x << ", " << text.y << ")";
-    }
-};
-
-// A glyph is two triangles, whose third vertex is the top left one.
-inline std::vector<Text> textsOf(const std::vector<Drawing> &drawings) {
-    std::vector<Text> texts;
-    for (const auto &[mode, v] : drawings)
-        if (mode == GL_TRIANGLES && v.size() >= 6)
-            texts.push_back({v.size() / 6, v[2].x, v[2].y});
-    return texts;
 }
 
 } // namespace ravolt::test

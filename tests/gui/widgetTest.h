@@ -86,7 +86,9 @@ class WidgetTest : public SilentEngineTest {
     // Cells of 16 by 16 without corrections.
     static RVFONT *makeFont() {
         RVFONT *const font = new RVFONT;
-        font->setTexture(new RVTEXTURE);
+        RVTEXTURE *const atlas = new RVTEXTURE;
+        EXPECT_TRUE(atlas->create(16, 16, RV_TEXTURE_RGBA));
+        font->setTexture(atlas);
         return font;
     }
 
