@@ -24,7 +24,7 @@ class TextField : public FontTest {
     // The length of the last frame.
     void setFrame(double seconds) {
         RAVOLT::swap();
-        recorder.letPass(seconds);
+        recorder.advanceClock(seconds);
         RAVOLT::updateTimer();
         ASSERT_NEAR(RAVOLT::getFPSfactor(), seconds, 1e-4);
     }
