@@ -75,11 +75,10 @@ void RVSCROLLBAR::setOffset(RVBOX &box, float along, float across) const {
 // The cursor's middle reaches both ends of the track, and a quarter of its width is beyond the
 // side.
 void RVSCROLLBAR::setCursorLimits(RVBUTTON &button) const {
-    const long long length = lengthOf(button), width = widthOf(button);
-    const int start = ravolt::truncated(-length / 2);
-    const int end = ravolt::truncated(lengthOf(*this) + length / 2);
-    const int side = ravolt::truncated(-width / 4);
-    const int otherSide = ravolt::truncated(width - width / 4);
+    const int half = lengthOf(button) / 2, quarter = widthOf(button) / 4;
+    const int start = -half;
+    const int end = ravolt::truncated(static_cast<double>(lengthOf(*this)) + half);
+    const int side = -quarter, otherSide = widthOf(button) - quarter;
     if (axis == Axis::x)
         button.setLimits(start, side, end, otherSide);
     else
