@@ -1,5 +1,5 @@
 # What an installed Ravolt consists of: the library, its headers, the documents that these name, a
-# CMake package and ravolt.pc.
+# CMake package and ravolt.pc. tools/CMakeLists.txt adds the program and the default font.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS ravolt EXPORT RavoltTargets

@@ -6,7 +6,7 @@ packages=(
     libsdl1.2-dev libsdl1.2-compat libgl-dev libgl1-mesa-dri libglx-mesa0 libegl1 libegl-mesa0
     libx11-dev libtinyxml-dev
     libmpeg2-4-dev libassimp-dev libstb-dev libcli11-dev nlohmann-json3-dev assimp-testmodels
-    libmagickwand-6.q16-dev
+    libmagickwand-6.q16-dev libfreetype-dev fonts-dejavu-core
     xvfb
     libgtest-dev libbenchmark-dev python3 clang-format-14 clang-tidy-14 glslang-tools ffmpeg mjpegtools
 )

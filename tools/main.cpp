@@ -24,6 +24,7 @@ constexpr std::array commands = {
     Command{"shot", "Draw pictures of a scene or a model, without a display too", addShot},
     Command{"terrain", "Make a terrain with its textures, water and sky of a map of heights",
             addTerrain},
+    Command{"font", "Make the texture and the kerning file of a font", addFont},
 };
 
 constexpr const char *exitCodes = "Exit codes: 0 done, 1 the job failed, 2 wrong options, "

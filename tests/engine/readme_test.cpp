@@ -129,5 +129,15 @@ TEST_F(Readme, PictureIsUprightInPixelsOfTheWindow) {
         EXPECT_PIXEL(pixelAt(row.x, row.y), row.color, 0) << row.x << ", " << row.y;
 }
 
+TEST_F(Readme, FontHasItsCellsAndItsKerning) {
+    Bytes image = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 0, 24, 0, 255, 255, 255};
+    writeFile("font.tga", image);
+    writeFile("font.txt", "RAVOLT_kerning_A=5\n");
+    RVFONT *font = readme::loadFont("font.tga", "font.txt", 8, 12);
+    EXPECT_EQ(font->stringLength("AB"), 11u);
+    EXPECT_EQ(font->getCharSizeY(), 12u);
+    EXPECT_TRUE(font->putString(0, 0, "A"));
+}
+
 } // namespace
 } // namespace ravolt::test

@@ -28,6 +28,12 @@ for document in $(grep -hoE '[a-z]+\.md' "$prefix"/include/ravolt/*.h | sort -u)
     [ -f "$prefix/share/doc/ravolt/$document" ] || fail "a header names $document, which is not installed"
 done
 
+# The default font, where the build has made one.
+for file in "$build"/share/ravolt/*; do
+    [ ! -e "$file" ] || cmp "$file" "$prefix/share/ravolt/$(basename "$file")" ||
+        fail "$file is not installed"
+done
+
 cmake -S "$application" -B package "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_CXX_COMPILER=$compiler" \
     >package.log 2>&1 && cmake --build package >>package.log 2>&1 || fail "$(cat package.log)"
 ./package/application || fail "the application of the CMake package ends with $?"

@@ -37,7 +37,7 @@ TOOL_LAYERS = [
     ("writers", {"tools/writers": []}),
     ("common", {"tools/common": []}),
     ("process", {"tools/process": []}),
-    ("jobs", {"tools/convert": [], "tools/stage": [], "tools/terrain": []}),
+    ("jobs", {"tools/convert": [], "tools/font": [], "tools/stage": [], "tools/terrain": []}),
     ("commands", {"tools/commands": []}),
     ("program", {"tools": []}),
 ]

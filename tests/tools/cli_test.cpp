@@ -56,7 +56,7 @@ TEST(CommandLine, ReportsWrongOptionsInOneLine) {
     const std::string shot = "shot m.obj -o x.png ", convert = "convert m.obj -o x.rve ",
                       number = ": expected ";
     for (const auto &[arguments, start] : std::vector<std::pair<std::string, std::string>>{
-             {"bogus", "no command 'bogus': there are convert, view, shot and terrain\n"},
+             {"bogus", "no command 'bogus': there are convert, view, shot, terrain and font\n"},
              {"--nonsense", ""},
              {"convert", "MODEL is required (see ravolt convert --help)\n"},
              {"convert m.obj", "--output is required (see ravolt convert --help)\n"},

@@ -24,5 +24,6 @@ std::function<void()> addConvert(CLI::App &app);
 std::function<void()> addView(CLI::App &app);
 std::function<void()> addShot(CLI::App &app);
 std::function<void()> addTerrain(CLI::App &app);
+std::function<void()> addFont(CLI::App &app);
 
 } // namespace ravolt::tool
