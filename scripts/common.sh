@@ -7,7 +7,7 @@ packages=(
     libx11-dev libtinyxml-dev
     libmpeg2-4-dev libassimp-dev libstb-dev libcli11-dev nlohmann-json3-dev assimp-testmodels
     libmagickwand-6.q16-dev libfreetype-dev fonts-dejavu-core
-    xvfb
+    xvfb xdotool
     libgtest-dev libbenchmark-dev python3 clang-format-14 clang-tidy-14 glslang-tools ffmpeg mjpegtools
 )
 
