@@ -14,9 +14,15 @@ struct Row {
     AssimpRelease last;
 };
 
+constexpr AssimpRelease oldest = {0, 0};
+constexpr AssimpRelease newest = {~0u, ~0u};
+
 constexpr Row rows[] = {
     {AssimpFault::gltf1LocalTransforms, {5, 2}, {5, 2}},
     {AssimpFault::gltf2TextureTransforms, {5, 2}, {5, 2}},
+    {AssimpFault::gltf2EqualNames, oldest, newest},
+    {AssimpFault::gltf2SharedMeshes, oldest, newest},
+    {AssimpFault::gltf2Interpolation, oldest, newest},
 };
 
 bool isUpTo(AssimpRelease release, AssimpRelease limit) {

@@ -12,7 +12,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-void place(aiNode &node, const Json &translation) {
+void setTranslation(aiNode &node, const Json &translation) {
     const bool isVector = translation.is_array() && translation.size() == 3 &&
                           std::all_of(translation.begin(), translation.end(),
                                       [](const Json &number) { return number.is_number(); });
@@ -25,7 +25,7 @@ void place(aiNode &node, const Json &translation) {
 
 } // namespace
 
-void placeGltf1Nodes(aiScene &scene, const std::filesystem::path &file) {
+void restoreGltf1Translations(aiScene &scene, const std::filesystem::path &file) {
     const Json document = Json::parse(GltfText(file).json(), nullptr, false);
     const auto nodes = document.find("nodes");
     if (nodes == document.end() || !nodes->is_object())
@@ -33,7 +33,7 @@ void placeGltf1Nodes(aiScene &scene, const std::filesystem::path &file) {
     for (const auto &[name, stated] : nodes->items())
         if (aiNode *node = scene.mRootNode->FindNode(name.c_str()))
             if (const auto translation = stated.find("translation"); translation != stated.end())
-                place(*node, *translation);
+                setTranslation(*node, *translation);
 }
 
 } // namespace ravolt::tool

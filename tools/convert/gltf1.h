@@ -6,7 +6,8 @@ struct aiScene;
 
 namespace ravolt::tool {
 
-// assimp rotates and scales a glTF 1 node's own translation too. Restores the stated translations.
-void placeGltf1Nodes(aiScene &scene, const std::filesystem::path &file);
+// The correction of AssimpFault::gltf1LocalTransforms: restores the translations that the file
+// states.
+void restoreGltf1Translations(aiScene &scene, const std::filesystem::path &file);
 
 } // namespace ravolt::tool

@@ -1,8 +1,8 @@
-// assimp reads files whose text is no UTF-8, the reader here does not: such a file is read as it
-// is.
+// A file whose text is no UTF-8 has no replacement: assimp reads it, the JSON parser here does not.
 
 #include "tools/convert/gltf2.h"
 
+#include "tools/convert/assimpFaults.h"
 #include "tools/convert/gltfText.h"
 
 #include <algorithm>
@@ -54,26 +54,30 @@ bool hasSeveralRoots(const Json &document) {
     });
 }
 
-// The names that assimp gives the nodes, once equal ones have got another name in the document.
-struct NodeNames {
+// The names that assimp gives the nodes of the document.
+std::vector<std::string> nodeNamesOf(const Json &document) {
     std::vector<std::string> names;
-    std::size_t renamed = 0;
-};
+    for (const Json &node : listOf(document, "nodes")) {
+        names.push_back(textOf(node, "name"));
+        if (names.back().empty()) // assimp names it by its number
+            names.back() = "nodes[" + std::to_string(names.size() - 1) + "]";
+    }
+    return names;
+}
 
-NodeNames makeNamesUnique(Json &document) {
+// Renames nodes in the document and in `names` until all names differ. Returns how many.
+std::size_t makeNamesUnique(Json &document, std::vector<std::string> &names) {
     const Json &nodes = listOf(document, "nodes");
-    NodeNames result;
+    std::size_t renamed = 0;
     std::set<std::string> taken;
     if (hasSeveralRoots(document))
-        taken.insert("ROOT"); // of the node that assimp puts above them
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        result.names.push_back(textOf(nodes[i], "name"));
-        if (result.names[i].empty()) // assimp names it by its number
-            taken.insert(result.names[i] = "nodes[" + std::to_string(i) + "]");
-    }
+        taken.insert("ROOT"); // of the parent that assimp creates for them
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+        if (textOf(nodes[i], "name").empty())
+            taken.insert(names[i]);
     std::map<std::string, int> numbers;
     for (std::size_t i = 0; i < nodes.size(); ++i) {
-        std::string &name = result.names[i];
+        std::string &name = names[i];
         if (textOf(nodes[i], "name").empty() || taken.insert(name).second)
             continue;
         int &number = numbers.try_emplace(name, 1).first->second;
@@ -82,9 +86,9 @@ NodeNames makeNamesUnique(Json &document) {
             unique = name + "_" + std::to_string(++number);
         while (!taken.insert(unique).second);
         document["nodes"][i]["name"] = name = unique;
-        ++result.renamed;
+        ++renamed;
     }
-    return result;
+    return renamed;
 }
 
 // A mesh that is used with several skins, or with and without one, gets a copy for each of them.
@@ -245,11 +249,14 @@ Gltf2File::Gltf2File(const std::filesystem::path &path, Report &report) {
     if (!document.is_object())
         return;
     animations = listOf(document, "animations").size();
-    const NodeNames nodes = makeNamesUnique(document);
-    renamed = nodes.renamed;
-    interpolations = interpolationsOf(document, nodes.names);
-    const bool copied = copySharedMeshes(document);
-    curved = TangentWriter(document).write();
+    std::vector<std::string> names = nodeNamesOf(document);
+    if (hasFault(AssimpFault::gltf2EqualNames))
+        renamed = makeNamesUnique(document, names);
+    const bool copied = hasFault(AssimpFault::gltf2SharedMeshes) && copySharedMeshes(document);
+    if (hasFault(AssimpFault::gltf2Interpolation)) {
+        interpolations = interpolationsOf(document, names);
+        curved = TangentWriter(document).write();
+    }
     if (renamed || copied || !curved.empty())
         bytes = file.with(document.dump());
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-// Preserves what assimp loses of a glTF 2 file: it finds nodes by their names alone, gives a mesh
-// one skin, and ignores the interpolation between keys. The file is read before assimp does, and
-// assimp reads an equivalent replacement in a form that it preserves.
+// Preserves what assimp loses of a glTF 2 file (see AssimpFault): it finds nodes by their names
+// alone, gives a mesh one skin, and ignores the interpolation between keys. This reads the file
+// before assimp does, and assimp then reads an equivalent replacement in a form that it preserves.
 
 #include "tools/common/report.h"
 #include "tools/convert/motion.h"

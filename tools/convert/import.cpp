@@ -334,23 +334,24 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
         throw Failure(path, "has no nodes");
     cleanScene(read, report);
     if (isReadBy(importer, "glTF Importer") && hasFault(AssimpFault::gltf1LocalTransforms))
-        placeGltf1Nodes(read, files.part(path));
+        restoreGltf1Translations(read, files.part(path));
     if (!hasFaces(read))
         throw Failure(path, reasonOf(path, "has no triangles to draw"));
 
     progress.step("preparing", 0.35, 0.5);
-    // Where assimp's own step would turn a glTF 2 texture about another centre than assimp states,
-    // the transforms are applied to the coordinates of each material instead.
     linearColors = isReadBy(importer, "glTF2");
     for (const char *format :
          {"glTF", "Autodesk FBX", "Collada", "LightWave", "X3D", "3D Manufacturing"})
         alphaSaid = alphaSaid || isReadBy(importer, format);
+    // With the fault, assimp's own step would rotate a glTF 2 texture about another centre than
+    // assimp states: the transforms are applied to the coordinates of each material instead.
     current = importer.ApplyPostProcessing(
         hasTextureTransforms() ? steps : steps | aiProcess_TransformUVCoords);
     if (!current)
         throw Failure(path, oneLine(importer.GetErrorString()));
     bakeVertexColors(read, {linearColors, textureLimit}, report);
-    // assimp's own step would weld vertices of different bones.
+    // In every release: assimp's own step would precede the baking, which may separate equal
+    // vertices. Release 5.2.5 also joins vertices that different bones move.
     for (unsigned int i = 0; i < current->mNumMeshes; ++i)
         weldVertices(*current->mMeshes[i]);
 }

@@ -152,9 +152,9 @@ void reportMapping(const aiMaterial &material, aiTextureType type, const std::st
     }
 }
 
-// The transform of a glTF 2 texture, which assimp 5.2 states as one about the texture's centre with
-// an offset that does not belong to it: the way back to the file's own offset, whose rows count
-// downwards.
+// The transform of a glTF 2 texture with AssimpFault::gltf2TextureTransforms: assimp states it
+// about the texture's centre with an offset for another centre. Restores the file's own offset,
+// whose rows are counted downwards.
 TextureTransform transformOf(const aiMaterial &material, aiTextureType type) {
     aiUVTransform stated;
     if (material.Get(AI_MATKEY_UVTRANSFORM(type, 0), stated) != aiReturn_SUCCESS)
