@@ -39,9 +39,9 @@ std::string GltfText::with(const std::string &json) const {
         return json;
     const std::string padded = json + std::string((4 - json.size() % 4) % 4, ' ');
     std::string whole = header + padded + rest;
-    const auto setNumber = [&](std::size_t place, std::size_t number) {
+    const auto setNumber = [&](std::size_t offset, std::size_t number) {
         const auto value = static_cast<std::uint32_t>(number);
-        std::memcpy(whole.data() + place, &value, sizeof value);
+        std::memcpy(whole.data() + offset, &value, sizeof value);
     };
     setNumber(fileLengthAt, whole.size());
     setNumber(jsonLengthAt, padded.size());

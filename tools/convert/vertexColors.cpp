@@ -29,7 +29,7 @@ constexpr Texel white = {255, 255, 255};
 
 constexpr unsigned int squareSide = 4;
 // Where the corners are in their square.
-constexpr std::array<std::array<unsigned int, 2>, 3> places = {{{1, 1}, {2, 1}, {1, 2}}};
+constexpr std::array<std::array<unsigned int, 2>, 3> cornerTexels = {{{1, 1}, {2, 1}, {1, 2}}};
 
 float shown(float linear) {
     return linear <= 0.0031308f ? 12.92f * linear : 1.055f * std::pow(linear, 1 / 2.4f) - 0.055f;
@@ -93,14 +93,14 @@ class Atlas {
         return result;
     }
 
-    // The texture coordinates of a corner, by its place in the rising order.
-    aiVector3D place(const Corners &corners, std::size_t corner) const {
+    // The texture coordinates of a corner, by its index in the sorted order.
+    aiVector3D texCoordOf(const Corners &corners, std::size_t corner) const {
         const unsigned int inRow = side() / squareSide;
         const auto number = static_cast<unsigned int>(squares.at(corners));
         const auto texels = static_cast<float>(side());
         const auto middle = [](unsigned int texel) { return static_cast<float>(texel) + 0.5f; };
-        return {middle(number % inRow * squareSide + places[corner][0]) / texels,
-                1 - middle(number / inRow * squareSide + places[corner][1]) / texels, 0};
+        return {middle(number % inRow * squareSide + cornerTexels[corner][0]) / texels,
+                1 - middle(number / inRow * squareSide + cornerTexels[corner][1]) / texels, 0};
     }
 
     aiTexture *texture() const {
@@ -252,7 +252,7 @@ class Baker {
             setCoordinates(*mesh, atlas);
     }
 
-    // Corners of equal colours have the places in the order that they come in.
+    // Corners of equal colours have these texels in the order of the corners.
     void setCoordinates(aiMesh &mesh, const Atlas &atlas) const {
         separateCorners(mesh);
         for (aiVector3D *&channel : mesh.mTextureCoords)
@@ -269,7 +269,7 @@ class Baker {
                 while (!plainOne && (taken[corner] || corners[corner] != texelOf(mesh, vertex)))
                     ++corner;
                 taken[corner] = true;
-                mesh.mTextureCoords[0][vertex] = atlas.place(corners, corner);
+                mesh.mTextureCoords[0][vertex] = atlas.texCoordOf(corners, corner);
             }
         });
     }

@@ -48,7 +48,7 @@ class Xml {
     std::size_t indent = 0;
 };
 
-void putLayers(Xml &xml, const TerrainConfig &config) {
+void writeLayers(Xml &xml, const TerrainConfig &config) {
     xml.open("TERRAIN");
     xml.value("SHADER_TYPE", std::string("COMPLEX"));
     for (const TerrainConfig::Layer &layer : config.layers) {
@@ -59,7 +59,7 @@ void putLayers(Xml &xml, const TerrainConfig &config) {
     xml.close("TERRAIN");
 }
 
-void putWater(Xml &xml, const TerrainConfig &config) {
+void writeWater(Xml &xml, const TerrainConfig &config) {
     xml.open("WATER");
     xml.value("SPEED", config.waterSpeed);
     xml.value("REPEAT", config.waterRepeat);
@@ -68,14 +68,14 @@ void putWater(Xml &xml, const TerrainConfig &config) {
     xml.close("WATER");
 }
 
-void putSky(Xml &xml, const TerrainConfig &config) {
+void writeSky(Xml &xml, const TerrainConfig &config) {
     xml.open("SKY");
     xml.value("SPEED", 0);
     xml.value("TEXTURE24_DIFFUSE", config.sky);
     xml.close("SKY");
 }
 
-void putLod(Xml &xml, const TerrainConfig &config) {
+void writeLod(Xml &xml, const TerrainConfig &config) {
     xml.open("LOD");
     xml.value("ENABLE", std::string("YES"));
     for (const double distance : config.lod)
@@ -89,10 +89,10 @@ std::string configText(const TerrainConfig &config) {
     Xml xml;
     xml.open("LANDSCAPE");
     xml.value("GEOMETRY", config.geometry);
-    putLayers(xml, config);
-    putWater(xml, config);
-    putSky(xml, config);
-    putLod(xml, config);
+    writeLayers(xml, config);
+    writeWater(xml, config);
+    writeSky(xml, config);
+    writeLod(xml, config);
     xml.close("LANDSCAPE");
     return xml.text();
 }

@@ -22,14 +22,14 @@ class Writer {
     WrittenGeometry write(const std::function<void(double)> &progress);
 
   private:
-    template <class Item> bool put(const std::vector<Item> &items) {
+    template <class Item> bool writeItems(const std::vector<Item> &items) {
         return append(items.data(), items.size() * sizeof(Item));
     }
-    bool putHeader();
-    bool putLists();
-    bool putLevel(unsigned int level);
-    bool putTexCoords();
-    bool putChunk(unsigned int chunkX, unsigned int chunkZ);
+    bool writeHeader();
+    bool writeLists();
+    bool writeLevel(unsigned int level);
+    bool writeTexCoords();
+    bool writeChunk(unsigned int chunkX, unsigned int chunkZ);
     void fillVertices(unsigned int chunkX, unsigned int chunkZ);
     GeometryChunk headerOf(unsigned int chunkX, unsigned int chunkZ) const;
     std::uint16_t numberOf(unsigned int chunkX, unsigned int chunkZ) const;
@@ -44,7 +44,7 @@ class Writer {
     WrittenGeometry result;
 };
 
-bool Writer::putHeader() {
+bool Writer::writeHeader() {
     GeometryHeader header;
     header.chunkSize = static_cast<std::uint16_t>(size.chunkSize);
     header.terrainSizeY = static_cast<std::uint16_t>(size.width());
@@ -54,35 +54,35 @@ bool Writer::putHeader() {
     return append(&header, sizeof header);
 }
 
-bool Writer::putLevel(unsigned int level) {
-    if (!put(bodyList(size.chunkSize, level)))
+bool Writer::writeLevel(unsigned int level) {
+    if (!writeItems(bodyList(size.chunkSize, level)))
         return false;
     for (unsigned int variant = 0; variant < cornerVariants; ++variant)
         for (const bool coarser : {true, false})
             for (unsigned int edge = 0; edge < numberOfEdges; ++edge)
-                if (!put(edgeList(size.chunkSize, level, static_cast<Edge>(edge), coarser)))
+                if (!writeItems(edgeList(size.chunkSize, level, static_cast<Edge>(edge), coarser)))
                     return false;
     return true;
 }
 
-bool Writer::putLists() {
+bool Writer::writeLists() {
     for (unsigned int level = 0; level < terrainLevels; ++level)
-        if (!putLevel(level))
+        if (!writeLevel(level))
             return false;
     return true;
 }
 
-// From 0 to 1 over a chunk: repeats are whole numbers, so that textures go on in the next one.
-bool Writer::putTexCoords() {
+// From 0 to 1 over a chunk: repeats are integers, so that textures continue in the next chunk.
+bool Writer::writeTexCoords() {
     std::vector<std::array<float, 2>> coords;
     const float cells = static_cast<float>(size.cells());
     for (unsigned int j = 0; j < size.chunkSize; ++j)
         for (unsigned int i = 0; i < size.chunkSize; ++i)
             coords.push_back({static_cast<float>(i) / cells, static_cast<float>(j) / cells});
-    return put(coords);
+    return writeItems(coords);
 }
 
-// All of a vertex is computed from its place in the whole terrain, so that the copies on the
+// A vertex is computed from its position in the whole terrain alone, so that the copies on the
 // borders of chunks are equal.
 void Writer::fillVertices(unsigned int chunkX, unsigned int chunkZ) {
     GeometryVertex *next = vertices.data();
@@ -143,20 +143,20 @@ void Writer::measure(unsigned int chunkX, unsigned int chunkZ, const GeometryChu
     }
 }
 
-bool Writer::putChunk(unsigned int chunkX, unsigned int chunkZ) {
+bool Writer::writeChunk(unsigned int chunkX, unsigned int chunkZ) {
     fillVertices(chunkX, chunkZ);
     const GeometryChunk chunk = headerOf(chunkX, chunkZ);
     measure(chunkX, chunkZ, chunk);
-    return append(&chunk, sizeof chunk) && put(vertices);
+    return append(&chunk, sizeof chunk) && writeItems(vertices);
 }
 
 WrittenGeometry Writer::write(const std::function<void(double)> &progress) {
-    if (!putHeader() || !putLists() || !putTexCoords())
+    if (!writeHeader() || !writeLists() || !writeTexCoords())
         return result;
     for (unsigned int x = 0; x < size.chunksX; ++x) {
         progress(static_cast<double>(x) / size.chunksX);
         for (unsigned int z = 0; z < size.chunksZ; ++z)
-            if (!putChunk(x, z))
+            if (!writeChunk(x, z))
                 return result;
     }
     result.whole = true;
