@@ -1,3 +1,5 @@
+// Builds the scenes of the benchmarks and loads them into the engine.
+
 #include "benchScene.h"
 
 #include "ravolt/RAVOLT.h"

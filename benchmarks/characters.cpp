@@ -1,3 +1,5 @@
+// Builds the figure, its bones and its movements.
+
 #include "characters.h"
 
 #include "ravolt/RVCAMERA.h"

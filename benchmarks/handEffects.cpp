@@ -1,3 +1,5 @@
+// The passes of a frame with effects, by direct OpenGL calls.
+
 #define GL_GLEXT_PROTOTYPES
 
 #include "handEffects.h"

@@ -1,3 +1,5 @@
+// Draws the meshes of a benchmark's scene by direct OpenGL calls.
+
 #include "handMeshes.h"
 
 #include "ravolt/RVOPENGL.h"

@@ -1,3 +1,9 @@
+// Emitters: the pool, the births, the file and the drawing.
+//
+// Invariants: an entry of particleIndex is -1 or a slot of the pool; numberOfParticles is at most
+// RV_EMITTER_PARTICLES. The arrays serve one emitter at a time. The order of the calls of rand is
+// fixed: the components of a vector are computed from the third to the first.
+
 #include "ravolt/RVEMITTER.h"
 
 #include "effects/emitterFile.h"
@@ -20,12 +26,6 @@
 #include <iterator>
 #include <new>
 #include <vector>
-
-// Emitters: the pool, the births, the file and the drawing.
-//
-// Invariants: an entry of particleIndex is -1 or a slot of the pool; numberOfParticles is at most
-// RV_EMITTER_PARTICLES. The arrays serve one emitter at a time. The order of the calls of rand is
-// fixed: the components of a vector are computed from the third to the first.
 
 using ravolt::EmitterKey;
 

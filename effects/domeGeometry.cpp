@@ -1,3 +1,5 @@
+// The vertices and the index strip of a sky dome.
+
 #include "effects/domeGeometry.h"
 
 #include <cmath>

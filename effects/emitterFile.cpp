@@ -1,3 +1,5 @@
+// Parses emitter files by a table of their elements and the types of their values.
+
 #include "effects/emitterFile.h"
 
 #include "foundation/xmlDocument.h"

@@ -1,3 +1,6 @@
+// A depth texture of one texel at the greatest depth, for shadowed programs without a shadow
+// map.
+
 #include "effects/litShadowMap.h"
 
 #include "engine/gl/bindings.h"

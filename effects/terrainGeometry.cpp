@@ -1,3 +1,5 @@
+// Reads geometry files and checks every number before anything is created from it.
+
 #include "effects/terrainGeometry.h"
 
 #include <algorithm>

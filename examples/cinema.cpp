@@ -1,3 +1,5 @@
+// Plays a video into a texture by steps of its decoder.
+
 #include "cinema.h"
 
 #include <ravolt.h>

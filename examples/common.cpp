@@ -1,3 +1,5 @@
+// The main loop of the examples: events, numbers of frames and pictures.
+
 #include "common.h"
 
 #include "tools/writers/pngWriter.h"

@@ -1,3 +1,5 @@
+// Opens the window of the stage, loads it, and sets its light and camera.
+
 #include "stage.h"
 
 #include "common.h"

@@ -1,3 +1,5 @@
+// Loads the character and its clip, and advances both along a circle.
+
 #include "walker.h"
 
 #include <ravolt.h>

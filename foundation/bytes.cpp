@@ -1,3 +1,5 @@
+// Reads a whole file into memory, in one block that its owner can take over.
+
 #include "foundation/bytes.h"
 
 #include "foundation/platform.h"

@@ -1,3 +1,5 @@
+// The Linux part of the platform layer: files, memory figures and clocks by POSIX and /proc.
+
 #include "foundation/platform.h"
 
 #include <algorithm>

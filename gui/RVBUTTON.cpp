@@ -1,3 +1,5 @@
+// Buttons: a box with a caption, which is shortened to the width of the box.
+
 #include "ravolt/RVBUTTON.h"
 
 #include "foundation/registry.h"

@@ -1,3 +1,5 @@
+// Labels: a text that is broken into lines of the label's width.
+
 #include "ravolt/RVLABEL.h"
 
 #include "foundation/registry.h"

@@ -1,3 +1,5 @@
+// Text fields: editing the caption, and drawing it with the cursor.
+
 #include "ravolt/RVTEXTFIELD.h"
 
 #include "foundation/registry.h"

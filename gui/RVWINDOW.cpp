@@ -1,3 +1,6 @@
+// Windows: their title bar and scroll bar, the layout of their content, and its clipping by the
+// scissor.
+
 #include "ravolt/RVWINDOW.h"
 
 #include "foundation/registry.h"

@@ -1,3 +1,5 @@
+// Casts of nodes to widgets, by the type of the node.
+
 #include "gui/boxNodes.h"
 
 #include "ravolt/RVBOX.h"

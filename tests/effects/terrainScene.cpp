@@ -1,3 +1,5 @@
+// Writes the files of a small terrain: its index lists, heights and configuration.
+
 #include "tests/effects/terrainScene.h"
 
 #include "ravolt/RVTERRAIN.h"

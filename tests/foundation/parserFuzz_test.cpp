@@ -1,11 +1,11 @@
+// Broken files, and a second reader to compare with: it is written for plainness, copies every
+// line, and takes the stated steps in their order.
+
 #include "tests/foundation/ownLog.h"
 
 #include <cstring>
 #include <random>
 #include <vector>
-
-// Broken files, and a second reader to compare with: it is written for plainness, copies every
-// line, and takes the stated steps in their order.
 
 namespace ravolt::test {
 namespace {

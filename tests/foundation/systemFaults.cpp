@@ -1,3 +1,5 @@
+// Wrapped functions of the system, with simulated results and failures.
+
 #include "tests/foundation/systemFaults.h"
 
 #include <cerrno>

@@ -1,3 +1,5 @@
+// Reads the vertices of recorded draw calls from their arrays.
+
 #include "tests/gui/drawnArrays.h"
 
 #include <gtest/gtest.h>

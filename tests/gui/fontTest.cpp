@@ -1,3 +1,5 @@
+// The vertices that a glyph is drawn with, and the text that drawn vertices show.
+
 #include "tests/gui/fontTest.h"
 
 #include <sstream>

@@ -1,3 +1,5 @@
+// Nodes, meshes and materials for the scene files of tests.
+
 #include "tests/models/modelScenes.h"
 
 #include "ravolt/RAVOLT.h"

@@ -1,3 +1,5 @@
+// A second implementation of skinning, to compare with.
+
 #include "tests/models/skinReference.h"
 
 #include <cmath>

@@ -1,3 +1,5 @@
+// Cubes as meshes of scene files.
+
 #include "tests/pictures/cubes.h"
 
 #include "tests/models/modelScenes.h"

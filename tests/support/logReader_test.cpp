@@ -1,3 +1,5 @@
+// Reading the log since a mark, and reopening it.
+
 #include "tests/support/logReader.h"
 
 #include "ravolt/zlf.h"

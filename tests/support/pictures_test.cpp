@@ -1,3 +1,5 @@
+// Saving, loading and comparing pictures.
+
 #include "tests/support/pictures.h"
 
 #include <cstdlib>

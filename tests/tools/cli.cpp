@@ -1,3 +1,5 @@
+// Runs the tool as a process, and checks its output.
+
 #include "tests/tools/cli.h"
 
 #include <cstdlib>

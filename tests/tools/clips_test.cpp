@@ -1,3 +1,5 @@
+// Sampling the animations of a model as clips.
+
 #include "tools/convert/clips.h"
 
 #include "tests/tools/figure.h"

@@ -1,3 +1,5 @@
+// Wrapped functions of the file system, with simulated failures.
+
 #include "tests/tools/fileFaults.h"
 
 #include <cerrno>

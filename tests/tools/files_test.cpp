@@ -1,3 +1,5 @@
+// Temporary folders, file names and decoded pictures.
+
 #include "tests/tools/support.h"
 #include "tools/common/temporaryFolder.h"
 #include "tools/convert/images.h"

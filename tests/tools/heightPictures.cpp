@@ -1,3 +1,5 @@
+// Encodes PNG pictures of heights.
+
 #include "tests/tools/heightPictures.h"
 
 #include <algorithm>

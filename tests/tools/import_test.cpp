@@ -1,3 +1,5 @@
+// Cleaning imported scenes, and welding their vertices.
+
 #include "tools/convert/import.h"
 
 #include "tests/tools/figure.h"

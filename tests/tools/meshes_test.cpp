@@ -1,3 +1,5 @@
+// Converting meshes: faces, normals and texture coordinates.
+
 #include "tools/convert/meshes.h"
 
 #include "tests/tools/figure.h"

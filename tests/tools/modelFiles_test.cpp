@@ -1,3 +1,5 @@
+// Finding the further files of a model within its folders.
+
 #include "tools/convert/modelFiles.h"
 
 #include "tests/tools/support.h"

@@ -1,3 +1,5 @@
+// Finds a window by its title over a connection of its own to the X server.
+
 #include "tests/tools/otherWindow.h"
 
 #include <X11/Xlib.h>

@@ -1,3 +1,5 @@
+// Playing the clips of a scene.
+
 #include "tools/stage/playback.h"
 
 #include "tests/tools/support.h"

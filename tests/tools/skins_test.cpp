@@ -1,3 +1,5 @@
+// Converting skins: bones, weights and poses.
+
 #include "tools/convert/skins.h"
 
 #include "tests/tools/figure.h"

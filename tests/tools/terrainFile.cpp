@@ -1,3 +1,5 @@
+// Reads geometry files for comparison.
+
 #include "tests/tools/terrainFile.h"
 
 #include <cmath>

@@ -1,11 +1,11 @@
+// `ravolt terrain` as its users run it.
+
 #include "tests/tools/cli.h"
 #include "tests/tools/heightPictures.h"
 #include "tests/tools/terrainFile.h"
 
 #include <cmath>
 #include <set>
-
-// `ravolt terrain` as its users run it.
 
 namespace {
 

@@ -1,3 +1,6 @@
+// The geometry file as it is written, by its geometry: what the lists cover, how they wind, and
+// whether the rims of neighbours are the same.
+
 #include "tests/tools/support.h"
 #include "tests/tools/terrainFile.h"
 #include "tools/terrain/geometryWriter.h"
@@ -7,9 +10,6 @@
 #include <cmath>
 #include <map>
 #include <set>
-
-// The geometry file as it is written, by its geometry: what the lists cover, how they wind, and
-// whether the rims of neighbours are the same.
 
 namespace {
 

@@ -1,3 +1,5 @@
+// Resampling heights and reading files of heights.
+
 #include "tests/tools/heightPictures.h"
 #include "tests/tools/support.h"
 #include "tools/terrain/gridSize.h"

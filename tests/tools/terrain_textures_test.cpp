@@ -1,3 +1,5 @@
+// The computed textures of terrains.
+
 #include "tests/tools/support.h"
 #include "tests/tools/terrainFile.h"
 #include "tools/terrain/ground.h"

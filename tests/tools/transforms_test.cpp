@@ -1,3 +1,5 @@
+// Angles of rotations, and dividing matrices into rotations and residuals.
+
 #include "tools/convert/transforms.h"
 
 #include "tests/support/expectNear.h"

@@ -1,3 +1,5 @@
+// Adds the options of the effects from the tables of tools/stage/effects.h, and checks them.
+
 #include "tools/commands/effectOptions.h"
 
 #include "tools/common/ranges.h"

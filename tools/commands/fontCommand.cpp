@@ -1,3 +1,5 @@
+// The command `font`: its options, and the message about its result.
+
 #include "tools/commands/command.h"
 #include "tools/commands/options.h"
 #include "tools/commands/scene.h"

@@ -1,3 +1,5 @@
+// Adds and checks the options that several commands share.
+
 #include "tools/commands/options.h"
 
 #include "tools/common/failure.h"

@@ -1,3 +1,5 @@
+// Finds the scene file to show, or converts a model into one in a temporary folder.
+
 #include "tools/commands/scene.h"
 
 #include "tools/common/message.h"

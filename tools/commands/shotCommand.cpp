@@ -1,3 +1,5 @@
+// The command `shot`: its options, the numbering of its pictures, and their drawing.
+
 #include "tools/commands/command.h"
 #include "tools/commands/scene.h"
 #include "tools/commands/show.h"

@@ -1,3 +1,5 @@
+// Prepares the stage and the engine for `view` and `shot`.
+
 #include "tools/commands/show.h"
 
 #include "tools/common/failure.h"

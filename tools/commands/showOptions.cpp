@@ -1,3 +1,5 @@
+// Adds and checks the options that `view` and `shot` share.
+
 #include "tools/commands/showOptions.h"
 
 #include "tools/common/failure.h"

@@ -1,3 +1,5 @@
+// Vectors, matrices and affine maps in double precision.
+
 #include "tools/common/algebra.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Draws the progress bar on the terminal, and erases it.
+
 #include "tools/common/progress.h"
 
 #include <algorithm>

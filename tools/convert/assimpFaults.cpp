@@ -1,3 +1,5 @@
+// The table of assimp's faults and the releases for which they are corrected.
+
 #include "tools/convert/assimpFaults.h"
 
 #include <assimp/version.h>

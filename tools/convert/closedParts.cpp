@@ -1,3 +1,6 @@
+// Finds connected parts by their shared vertices, and tests whether each is closed with its
+// faces outward.
+
 #include "tools/convert/closedParts.h"
 
 #include "tools/common/algebra.h"

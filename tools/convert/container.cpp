@@ -1,3 +1,5 @@
+// Reads the sizes that the headers of binary glTF, FBX and other files state.
+
 #include "tools/convert/container.h"
 
 #include <array>

@@ -1,3 +1,5 @@
+// The steps of a conversion, from the options to the committed files.
+
 #include "tools/convert/convert.h"
 
 #include "tools/common/failure.h"

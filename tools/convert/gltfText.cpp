@@ -1,3 +1,5 @@
+// Reads and writes the JSON chunk of text and binary glTF files.
+
 #include "tools/convert/gltfText.h"
 
 #include <cstdint>

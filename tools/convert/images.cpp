@@ -1,3 +1,5 @@
+// Decodes, resizes and combines pictures.
+
 #include "tools/convert/images.h"
 
 #include "tools/convert/morePictures.h"

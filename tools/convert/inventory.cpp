@@ -1,3 +1,5 @@
+// Counts the contents of a model that a scene file cannot store.
+
 #include "tools/convert/inventory.h"
 
 #include <algorithm>

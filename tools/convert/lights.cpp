@@ -1,3 +1,5 @@
+// Converts lights, and reports their unsupported properties.
+
 #include "tools/convert/lights.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Builds the list of nodes, their unique names and their poses.
+
 #include "tools/convert/skeleton.h"
 
 #include "tools/common/rotation.h"

@@ -1,3 +1,5 @@
+// Rearranges the arrays of a mesh by lists of vertex indices.
+
 #include "tools/convert/vertices.h"
 
 #include <algorithm>

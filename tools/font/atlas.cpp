@@ -1,3 +1,5 @@
+// Draws the coverage of each character with its outline and shadow into its cell.
+
 #include "tools/font/atlas.h"
 
 #include "tools/writers/tgaWriter.h"

@@ -1,3 +1,5 @@
+// Loads a font file and renders its characters by FreeType.
+
 #include "tools/font/face.h"
 
 #include "tools/common/failure.h"

@@ -1,3 +1,5 @@
+// The steps of `ravolt font`, from the options to the committed files.
+
 #include "tools/font/font.h"
 
 #include "tools/common/failure.h"

@@ -1,3 +1,5 @@
+// Selects the video driver of SDL by the display that is available.
+
 #include "tools/process/display.h"
 
 #include "tools/common/failure.h"

@@ -1,3 +1,5 @@
+// Redirects the log and standard output before the constructors of the engine's library run.
+
 #include "tools/process/logRedirect.h"
 
 #include "tools/common/message.h"

@@ -1,3 +1,5 @@
+// Signal handlers that store the last received signal in a flag.
+
 #include "tools/process/signals.h"
 
 #include <csignal>

@@ -1,3 +1,5 @@
+// The table of the effects and their parameters, and how each is applied.
+
 #include "tools/stage/effects.h"
 
 #include <algorithm>

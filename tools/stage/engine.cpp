@@ -1,3 +1,5 @@
+// Starts and stops the engine, with a window or off screen.
+
 #include "tools/stage/engine.h"
 
 #include <algorithm>

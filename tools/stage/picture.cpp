@@ -1,3 +1,5 @@
+// Reads the pixels of the frame and writes them as a PNG file.
+
 #include "tools/stage/picture.h"
 
 #include "tools/common/failure.h"

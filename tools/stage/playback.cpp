@@ -1,3 +1,5 @@
+// Loads the clips of a scene, plays them, and finds nodes that they miss.
+
 #include "tools/stage/playback.h"
 
 #include "tools/common/failure.h"

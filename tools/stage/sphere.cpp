@@ -1,3 +1,5 @@
+// Computes the bounding sphere of a scene from its vertices.
+
 #include "tools/stage/sphere.h"
 
 #include "tools/common/sceneNames.h"

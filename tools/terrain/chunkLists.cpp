@@ -1,3 +1,5 @@
+// Builds the index lists of the levels of detail as triangle strips.
+
 #include "tools/terrain/chunkLists.h"
 
 #include <algorithm>

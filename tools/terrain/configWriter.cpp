@@ -1,3 +1,5 @@
+// Writes the configuration file as indented XML.
+
 #include "tools/terrain/configWriter.h"
 
 #include <cstdio>

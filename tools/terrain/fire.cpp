@@ -1,3 +1,5 @@
+// The emitter files of the fire and its smoke, as literals.
+
 #include "tools/terrain/media.h"
 #include "tools/terrain/noise.h"
 #include "tools/terrain/texture.h"

@@ -1,3 +1,5 @@
+// Writes the geometry file chunk by chunk, and measures the written chunks.
+
 #include "tools/terrain/geometryWriter.h"
 
 #include "tools/terrain/chunkLists.h"

@@ -1,3 +1,5 @@
+// Chooses the chunk size and the numbers of chunks for a grid of heights.
+
 #include "tools/terrain/gridSize.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Computes layer weights and tangents from height and slope.
+
 #include "tools/terrain/ground.h"
 
 #include "tools/terrain/noise.h"

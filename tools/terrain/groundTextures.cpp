@@ -1,3 +1,5 @@
+// Procedural textures of grass, snow, sand and rock.
+
 #include "tools/terrain/media.h"
 #include "tools/terrain/noise.h"
 #include "tools/terrain/texture.h"

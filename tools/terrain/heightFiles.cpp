@@ -1,3 +1,5 @@
+// Detects the format of a height file and decodes its values.
+
 #include "tools/terrain/heightFiles.h"
 
 #include "tools/common/failure.h"

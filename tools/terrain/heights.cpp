@@ -1,3 +1,5 @@
+// Resamples, smooths and measures grids of heights.
+
 #include "tools/terrain/heights.h"
 
 #include <algorithm>

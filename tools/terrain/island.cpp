@@ -1,3 +1,5 @@
+// Generates the heights of an island, and levels a square on it.
+
 #include "tools/terrain/island.h"
 
 #include "tools/terrain/noise.h"

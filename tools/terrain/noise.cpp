@@ -1,3 +1,5 @@
+// Fractal, tiled and ridged sums of gradient noise.
+
 #include "tools/terrain/noise.h"
 
 #include <algorithm>

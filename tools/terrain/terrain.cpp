@@ -1,3 +1,5 @@
+// The steps of `ravolt terrain`, from the heights to the committed files.
+
 #include "tools/terrain/terrain.h"
 
 #include "tools/common/failure.h"

@@ -1,3 +1,5 @@
+// Pixels and normals of computed textures.
+
 #include "tools/terrain/texture.h"
 
 #include "tools/writers/tgaWriter.h"

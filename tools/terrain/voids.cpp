@@ -1,3 +1,6 @@
+// Fills missing heights by the nearest known values in their row and column, weighted by
+// distance.
+
 #include "tools/terrain/voids.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Appends little-endian values to the bytes of a file, and records the first error.
+
 #include "tools/writers/byteWriter.h"
 
 #include "tools/writers/wholeFile.h"

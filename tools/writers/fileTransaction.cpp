@@ -1,3 +1,5 @@
+// Temporary files beside their targets, and renaming all of them at once.
+
 #include "tools/writers/fileTransaction.h"
 
 #include <cerrno>

@@ -1,3 +1,5 @@
+// Encodes materials and nodes as records of the scene format.
+
 #include "tools/writers/rveWriter.h"
 
 #include "models/rveFormat.h"

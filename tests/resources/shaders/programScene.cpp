@@ -1,3 +1,5 @@
+// A software rasterizer that computes the expected colours of the programs.
+
 #include "tests/resources/shaders/programScene.h"
 
 #include <optional>
