@@ -24,6 +24,13 @@ constexpr char firstCharacter = 0x20, lastCharacter = 0x7e, cursor = 0x7f;
 
 // --- The command
 
+// The first place where a part stands changes; it has to be there.
+std::string replaced(std::string text, const std::string &part, const std::string &by) {
+    const std::size_t start = text.find(part);
+    EXPECT_NE(start, std::string::npos);
+    return text.replace(start, part.size(), by);
+}
+
 // Without x.tga, x.txt and temporaries.
 void expectRefused(const std::string &arguments, int code, const std::string &start,
                    const std::string &before = "") {
@@ -53,6 +60,12 @@ TEST(FontCommand, RefusesWhatMakesNoSenseWithOneLine) {
     fs::copy_file(font, "own.txt", fs::copy_options::overwrite_existing);
     writeFile("broken.ttf", readText(font).substr(0, 5000));
     writeFile("empty.ttf", "");
+    // Neither codes nor names of its characters.
+    writeFile("nothing.ttf", replaced(replaced(readText(font), "cmap", "none"), "post", "none"));
+    writeFile("pictures.bdf", "STARTFONT 2.1\nFONT a\nSIZE 8 75 75\nFONTBOUNDINGBOX 8 8 0 0\n"
+                              "STARTPROPERTIES 1\nFONT_ASCENT 8\nENDPROPERTIES\nCHARS 1\n"
+                              "STARTCHAR A\nENCODING 65\nSWIDTH 500 0\nDWIDTH 8 0\nBBX 8 1 0 0\n"
+                              "BITMAP\nFF\nENDCHAR\nENDFONT\n");
     const struct {
         std::string arguments;
         int code;
@@ -81,10 +94,23 @@ TEST(FontCommand, RefusesWhatMakesNoSenseWithOneLine) {
         {"own.tga -o own.tga", 1, "own.tga: is read by this command; choose another name\n"},
         {"own.txt -o own.tga", 1, "own.txt: is read by this command; choose another name\n"},
         {font + " -o none/x.tga", 1, "none/x.tga: "},
+        {"nothing.ttf" + out, 1, "nothing.ttf: has none of the printable characters of ASCII\n"},
+        {"pictures.bdf" + out, 1, "pictures.bdf: has pictures of one size, but no outlines\n"},
     };
     for (const auto &row : rows)
         expectRefused(row.arguments, row.code, row.start);
     EXPECT_EQ(readText("own.tga"), readText(font));
+}
+
+// A range of the font's characters that begins with the blank.
+TEST(FontCommand, NamesTheCharactersThatAFontLacks) {
+    using namespace std::string_literals;
+    writeFile("few.ttf", replaced(readText(fonts + "DejaVuSans.ttf"), "\0\0\0\x20\0\0\0\x7e"s,
+                                  "\0\0\0\x24\0\0\0\x7e"s));
+    const Outcome result = run("font few.ttf -o few.tga");
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.err, "ravolt: warning: few.ttf: has no  !\"#\n");
+    EXPECT_TRUE(fs::exists("few.tga"));
 }
 
 // A kerning file that cannot be written: the texture is not replaced either.
