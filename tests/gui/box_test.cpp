@@ -123,7 +123,9 @@ TEST_F(BoxTest, KeepsWhatIsSet) {
                              {&RVBOX::setLimitStatus, &RVBOX::getLimitStatus},
                              {&RVBOX::setScissorStatus, &RVBOX::getScissorStatus}}) {
         const Flags before = flagsOf(*box);
-        (box->*flag.set)(!(box->*flag.get)());
+        RVBOX &changed = *box;
+        const bool on = (changed.*flag.get)();
+        (changed.*flag.set)(!on);
         int changes = 0;
         for (std::size_t index = 0; index < before.size(); ++index)
             changes += before[index] != flagsOf(*box)[index];
