@@ -1,6 +1,6 @@
 // The pictures of emitters on both paths, and of the meshes that are drawn after them.
 
-#include "tests/effects/emitterAccess.h"
+#include "tests/effects/stillParticles.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
@@ -28,12 +28,6 @@ constexpr Pixel black{0, 0, 0, 255};
 constexpr Tolerance edges{
     .maximum = 255, .mean = 0.3, .reason = "samples at edges differ between the two settings"};
 
-// The values of a particle without velocity.
-struct Still {
-    Z3MVECTOR3D position;
-    float size = 1, energy = 0.8f, spin = 0;
-};
-
 class EmitterDrawing : public EngineTest {
   protected:
     void SetUp() override {
@@ -52,19 +46,8 @@ class EmitterDrawing : public EngineTest {
         EngineTest::TearDown();
     }
 
-    // The size that is drawn is `size` on both paths.
     void place(const std::vector<Still> &particles, bool hardware = false) {
-        emitter->setNumberOfParticles(static_cast<int>(particles.size()));
-        for (unsigned int index = 0; index < particles.size(); ++index) {
-            const Still &still = particles[index];
-            RVPARTICLE &p = particleOf(*emitter, index);
-            p.position = still.position / still.size; // which the size scales
-            p.velocity.reset();
-            p.size = hardware ? still.size : still.size + still.energy;
-            p.energy = p.startEnergy = still.energy;
-            p.spin = still.spin;
-            p.spinSpeed = 0;
-        }
+        ravolt::test::place(*emitter, particles, hardware);
     }
 
     // Each orientation looks different.
@@ -75,12 +58,7 @@ class EmitterDrawing : public EngineTest {
             for (unsigned int x = 0; x < side; ++x)
                 for (const bool on : {true, x < side / 2, y < side / 2})
                     pixels.push_back(on ? 255 : 40);
-        EXPECT_TRUE(
-            writeTga("arrow_d.tga", {.width = side, .height = side, .pixels = pixels.data()}));
-        auto *texture = new RVTEXTURE;
-        texture->setFilter(false, false, false);
-        EXPECT_TRUE(texture->load("arrow_d.tga"));
-        return texture;
+        return squareTexture("arrow_d.tga", side, pixels);
     }
 
     RVEMITTER *emitter = nullptr;
