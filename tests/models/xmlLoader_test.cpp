@@ -30,7 +30,7 @@ std::string repeated(std::size_t times, const std::string &text) {
 }
 
 // A property of a node as a text.
-using Look = std::string (*)(RVNODE &);
+using Getter = std::string (*)(RVNODE &);
 
 RVBOX &box(RVNODE &node) { return static_cast<RVBOX &>(node); }
 RVBUTTON &button(RVNODE &node) { return static_cast<RVBUTTON &>(node); }
@@ -145,7 +145,7 @@ TEST_F(XmlLoaderTest, CreatingElementsMakeLinkedWidgetsAndLogThem) {
 TEST_F(XmlLoaderTest, PropertiesSetWhatTheyName) {
     const struct {
         const char *element;
-        Look look;
+        Getter get;
         std::string expected;
     } rows[] = {
         {"<box><name value='b'/></box>", name, "b"},
@@ -186,7 +186,7 @@ TEST_F(XmlLoaderTest, PropertiesSetWhatTheyName) {
         SCOPED_TRACE(row.element);
         RVNODE *node = loadElement(row.element);
         ASSERT_NE(node, nullptr);
-        EXPECT_EQ(row.look(*node), row.expected);
+        EXPECT_EQ(row.get(*node), row.expected);
         EXPECT_EQ(problemsSince(mark).size(), 0u);
     }
 }
@@ -195,7 +195,7 @@ TEST_F(XmlLoaderTest, PropertiesSetWhatTheyName) {
 TEST_F(XmlLoaderTest, MissingAttributesAndOtherKindsChangeNothing) {
     const struct {
         const char *element;
-        Look look;
+        Getter get;
         std::string expected;
     } rows[] = {
         {"<box><name/><name ref='x'/></box>", name, "[box #]"},
@@ -219,11 +219,11 @@ TEST_F(XmlLoaderTest, MissingAttributesAndOtherKindsChangeNothing) {
         SCOPED_TRACE(row.element);
         RVNODE *node = loadElement(row.element);
         ASSERT_NE(node, nullptr);
-        const unsigned int id = row.look == titleCaption ? title(*node).getId() : node->getId();
+        const unsigned int id = row.get == titleCaption ? title(*node).getId() : node->getId();
         std::string expected = row.expected;
         if (const std::size_t hash = expected.find('#'); hash != std::string::npos)
             expected.replace(hash, 1, std::to_string(id));
-        EXPECT_EQ(row.look(*node), expected);
+        EXPECT_EQ(row.get(*node), expected);
         EXPECT_EQ(problemsSince(mark).size(), 0u);
     }
 }
