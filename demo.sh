@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is needed, builds, and flies over an island that `ravolt terrain` makes: its mountains
 # and its shore, a paved place with a truck and a character that walks round it, a camp fire, below the
-# water, and by night, with shadows, bloom and depth of field.
+# water, and by night, with shadows, bloom and depth of field, and with a control panel.
 #
 #   ./demo.sh            in a window; without a display it leaves pictures in demo-pictures/
 #   ./demo.sh --pictures pictures, with a display too
@@ -42,10 +42,11 @@ convert() { # MODEL NAME: with materials of its own, which scenes otherwise shar
 convert "$models/glTF/CesiumMilkTruck/CesiumMilkTruck.gltf" truck
 convert "$models/X/Testwuson.X" wisent
 convert media/stage.obj stage
+cp media/panel.xml "$build"/share/ravolt/font.* "$stage" || fail "the control panel could not be made"
 echo "Making the island"
 (cd "$stage" && "$build/bin/ravolt" terrain --island 7 -o island) || fail "the island could not be made"
 show=("$build/bin/island" island/terrain.xml ./stage.rve ./truck.rve ./wisent.rve
-    ./wisent.Wuson_Walk.rva)
+    ./wisent.Wuson_Walk.rva ./panel.xml)
 
 cd "$stage" || exit 1 # the engine's log lands here
 if [ -n "$window" ]; then

@@ -17,16 +17,6 @@
 
 namespace {
 
-void writePicture(const char *path) {
-    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
-    std::vector<unsigned char> rows(static_cast<std::size_t>(width) * height * 3);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
-    const std::string error = ravolt::writePng(path, {width, height, 3, false, rows.data()});
-    if (!error.empty())
-        std::fprintf(stderr, "%s\n", error.c_str());
-}
-
 // SDL 1.2 falls back to a text-mode driver when it finds no X server, which garbles the terminal.
 void requireDisplay() {
     if (std::getenv("DISPLAY") || std::getenv("SDL_VIDEODRIVER"))
@@ -66,24 +56,54 @@ Example::Example(int argc, char **argv, std::initializer_list<const char *> requ
     requireDisplay();
 }
 
+void Example::writePicture(const char *path) {
+    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+    std::vector<unsigned char> rows(static_cast<std::size_t>(width) * height * 3);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
+    const std::string error = ravolt::writePng(path, {width, height, 3, false, rows.data()});
+    if (!error.empty())
+        std::fprintf(stderr, "%s\n", error.c_str());
+}
+
 void Example::handleEvents() {
     mouseX = mouseY = -1;
     wheel = 0;
+    typed = 0;
+    SDL_EnableUNICODE(1); // characters as they are typed
     for (SDL_Event event; SDL_PollEvent(&event);) {
-        if (event.type == SDL_QUIT)
+        switch (event.type) {
+        case SDL_QUIT:
             closed = true;
-        if (event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_ESCAPE)
-            closed = true;
-        if (event.type != SDL_MOUSEBUTTONDOWN)
-            continue;
-        if (event.button.button == SDL_BUTTON_WHEELUP) {
-            ++wheel;
-        } else if (event.button.button == SDL_BUTTON_WHEELDOWN) {
-            --wheel;
-        } else {
-            mouseX = event.button.x;
-            mouseY = event.button.y;
+            break;
+        case SDL_KEYDOWN:
+            closed = closed || event.key.keysym.sym == SDLK_ESCAPE;
+            if (event.key.keysym.unicode < 0x80)
+                typed = static_cast<char>(event.key.keysym.unicode);
+            break;
+        case SDL_MOUSEMOTION:
+            pointerX = event.motion.x;
+            pointerY = event.motion.y;
+            break;
+        case SDL_MOUSEBUTTONDOWN:
+            handleButton(event.button);
+            break;
+        case SDL_MOUSEBUTTONUP:
+            pressed = pressed && event.button.button != SDL_BUTTON_LEFT;
+            break;
         }
+    }
+}
+
+void Example::handleButton(const SDL_MouseButtonEvent &event) {
+    if (event.button == SDL_BUTTON_WHEELUP) {
+        ++wheel;
+    } else if (event.button == SDL_BUTTON_WHEELDOWN) {
+        --wheel;
+    } else {
+        mouseX = pointerX = event.x;
+        mouseY = pointerY = event.y;
+        pressed = pressed || event.button == SDL_BUTTON_LEFT;
     }
 }
 

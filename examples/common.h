@@ -16,6 +16,8 @@
 // The part of a file's name up to and including the last slash; empty if there is none.
 std::string folderOf(const std::string &file);
 
+struct SDL_MouseButtonEvent;
+
 struct Example {
     int frames = 0;                // 0: until the window is closed
     const char *picture = nullptr; // NULL: none
@@ -27,6 +29,10 @@ struct Example {
 
     int mouseX = -1, mouseY = -1; // last click in window pixels, -1 for none since the last frame
     int wheel = 0;                // wheel steps since the last frame
+
+    int pointerX = -1, pointerY = -1; // the mouse in window pixels, -1 before it has moved
+    bool pressed = false;             // its left button
+    char typed = 0;                   // last character since the last frame; 8 for backspace
 
     // Reads the command line; `required` are the names of the required files in the usage line.
     // Ends the program with that line when the command line is invalid, and with advice when there
@@ -41,8 +47,12 @@ struct Example {
     // its pictures are the same every time.
     float seconds() const;
 
+    // Writes the frame that has just been shown into a PNG file.
+    static void writePicture(const char *path);
+
   private:
     void handleEvents();
+    void handleButton(const SDL_MouseButtonEvent &event);
     void writeFramePicture(bool last) const;
     bool closed = false;
 };

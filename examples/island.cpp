@@ -4,6 +4,7 @@
 // fire are what `ravolt terrain --island` makes.
 
 #include "common.h"
+#include "panel.h"
 #include "stage.h"
 #include "walker.h"
 
@@ -186,17 +187,17 @@ RVNODE *makeSquare(RVNODE *stage, RVNODE *model, const Walker &walker) {
     return place;
 }
 
-void applyEffects(const Part &part) {
-    if (part.bloom > 0)
-        RAVOLT::bloomingOn();
-    else
-        RAVOLT::bloomingOff();
-    RAVOLT::setBloomingIntensity(part.bloom);
-    if (part.focus > 0)
-        RAVOLT::DOFOn();
-    else
-        RAVOLT::DOFOff();
-    RAVOLT::setDOFFocus((part.focus + nearPlane) / islandFarPlane); // as the depth pass encodes it
+void turn(bool on, void (*switchOn)(), void (*switchOff)()) { on ? switchOn() : switchOff(); }
+
+// What the part has, unless the panel has switched it off.
+void applyEffects(const Part &part, const Panel &panel) {
+    turn(part.bloom > 0 && panel.isOn("bloom"), RAVOLT::bloomingOn, RAVOLT::bloomingOff);
+    RAVOLT::setBloomingIntensity(part.bloom * panel.getBloomFactor());
+    turn(part.focus > 0 && panel.isOn("focus"), RAVOLT::DOFOn, RAVOLT::DOFOff);
+    turn(panel.isOn("shadows"), RAVOLT::shadowingOn, RAVOLT::shadowingOff);
+    turn(panel.isOn("wireframe"), RAVOLT::wireframeOn, RAVOLT::wireframeOff);
+    const float focus = part.focus * panel.getFocusFactor();
+    RAVOLT::setDOFFocus((focus + nearPlane) / islandFarPlane); // as the depth pass encodes it
     RAVOLT::setDOFRange(islandFarPlane / blurDistance);
 }
 
@@ -228,25 +229,27 @@ void announce(const Part &part) {
 
 int main(int argc, char **argv) {
     // init
-    Example example(argc, argv,
-                    {"TERRAIN.xml", "STAGE.rve", "SCENE.rve", "CHARACTER.rve", "CLIP.rva"});
+    Example example(
+        argc, argv,
+        {"TERRAIN.xml", "STAGE.rve", "SCENE.rve", "CHARACTER.rve", "CLIP.rva", "PANEL.xml"});
     if (!openStage("Ravolt: island", example.files[1], example.draft))
         return 1;
     setPlanes();
     RVNODE *stage = loadStage(example.files[1]), *model = RAVOLT::load(example.files[2]);
     Walker walker(example.files[3], example.files[4]);
+    Panel panel;
+    const bool panelLoaded = panel.load(example.files[5]);
     const std::string folder = folderOf(example.files[0]);
     RVTEXTURE::setPath(folder.c_str());
     Land land;
     CampFire campFire;
-    if (!stage || !model || !walker.isReady() || !land.load(example.files[0]) ||
+    if (!stage || !model || !walker.isReady() || !panelLoaded || !land.load(example.files[0]) ||
         !campFire.load(folder)) {
         RAVOLT::free();
         return 1;
     }
     RVNODE *place = makeSquare(stage, model, walker);
     RVCAMERA *camera = makeFlyingCamera();
-    RAVOLT::shadowingOn();
     if (example.frames) { // pictures are the same in each run
         std::srand(1);
         RAVOLT::setFrameDuration(1.0f / 30.0f);
@@ -263,7 +266,7 @@ int main(int argc, char **argv) {
             announce(part);
             land.apply(part.lighting);
         }
-        applyEffects(part);
+        applyEffects(part, panel);
         moveCamera(camera, part, time - static_cast<float>(shown));
         walker.advance(example.seconds());
         // A run of N frames shows all parts once; the last picture of each is written.
@@ -280,7 +283,10 @@ int main(int argc, char **argv) {
         place->pass(true);
         campFire.pass();
         RAVOLT::end3D(true);
-        showFrame();
+        showFrame(example.frames ? nullptr : panel.getNode()); // pictures are without the panel
+        panel.update(example);
+        if (const std::string name = panel.takePictureName(); !name.empty())
+            Example::writePicture((name + ".png").c_str());
     } while (example.next());
 
     // free

@@ -47,6 +47,7 @@ bool openStage(const char *title, const char *file, bool draft) {
     // Smaller shadow maps show steps on faces that the light grazes.
     settings.setShadowMapSize(draft ? 256 : 4096);
     settings.setVideoMemory(256); // megabytes; SDL reports none, and 16 would be assumed
+    settings.setMaxAnisotropy(1); // software drivers are several times faster, and texts sharp
     settings.setColorDepth(32);
     settings.setZetaDepth(24);
     settings.setShaders(true);
@@ -108,12 +109,15 @@ void orbit(RVCAMERA *camera, float degrees) {
     camera->setPosition(10.0f * std::sin(angle), 2.4f, 10.0f * std::cos(angle));
 }
 
-void showFrame() {
-    if (RVOPENGL::useFBO()) { // else the frame is in the window already
-        const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+void showFrame(RVNODE *interface) {
+    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+    const bool inTarget = RVOPENGL::useFBO(); // else the frame is in the window already
+    if (inTarget) {
         RVFBO::unbind();
         glViewport(0, 0, width, height);
-        RAVOLT::begin2D();
+    }
+    RAVOLT::begin2D();
+    if (inTarget) {
         RVOPENGL::getFbo(0)->getTexture()->render(nullptr); // its filter takes the mean of four
         glColor4f(1, 1, 1, 1);
         glBegin(GL_QUADS);
@@ -122,7 +126,9 @@ void showFrame() {
         glTexCoord2f(1, 0), glVertex2i(width, height);
         glTexCoord2f(1, 1), glVertex2i(width, 0);
         glEnd();
-        RAVOLT::end2D();
     }
+    if (interface)
+        interface->pass(true);
+    RAVOLT::end2D();
     RAVOLT::swap();
 }

@@ -34,5 +34,6 @@ RVCAMERA *makeCamera();
 void orbit(RVCAMERA *camera, float degrees);
 
 // Shows the frame in the window, in place of RAVOLT::swap. Frames are drawn twice as large into
-// render target 0, so that edges are smooth.
-void showFrame();
+// render target 0, so that edges are smooth. An interface is drawn over the frame, in pixels of the
+// window.
+void showFrame(RVNODE *interface = nullptr);

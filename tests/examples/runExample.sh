@@ -1,7 +1,8 @@
 #!/bin/sh
 # runExample.sh CONVERTER EXAMPLE FRAMES PICTURES [FILE...]: runs an example for some frames in this
 # folder. A FILE is a model, which is converted; a clip (.rva), which a conversion before it has made;
-# a video (.m2v), which is made of the first scene; or a terrain (.terrain), which is an island. It fails on the example's exit status, on a
+# a video (.m2v), which is made of the first scene; a terrain (.terrain), which is an island;
+# or an interface (.xml). It fails on the example's exit status, on a
 # problem in its log, on a leak in the log's closing statistics, and when it does not leave as many
 # pictures as it should or the last two thirds of many show the same.
 set -eu
@@ -16,6 +17,10 @@ for file in "$@"; do
     *.m2v)
         made=./$file
         "$scripts/makeVideo.sh" "$converter" "${files%% *}" "$made" 25
+        ;;
+    *.xml) # an interface, which uses the default font
+        made=./$(basename "$file")
+        cp "$file" "$(dirname "$converter")"/../share/ravolt/font.* .
         ;;
     *.terrain)
         name=${file%.*}

@@ -1,0 +1,68 @@
+#include "panel.h"
+
+#include "common.h"
+
+#include <ravolt.h>
+
+namespace {
+
+template <class Widget> Widget *find(RVNODE *root, const char *name) {
+    return static_cast<Widget *>(root->findByNameInHierarchy(name));
+}
+
+constexpr float secondsOfARate = 0.5f;
+
+} // namespace
+
+bool Panel::load(const char *file) {
+    const std::string folder = folderOf(file);
+    RVFONT::setPath(folder.c_str());
+    RVTEXTURE::setPath(folder.c_str());
+    root = RAVOLT::loadXML(file);
+    RVFONT *font = RVFONT::findByName("panel");
+    if (!root || !font)
+        return false;
+    for (const char *name : {"bloom", "focus", "shadows"})
+        find<RVBUTTON>(root, name)->setClickedStatus(true);
+    slider("bloomIntensity")->setMaxValue(2);
+    slider("bloomIntensity")->setValue(1);
+    slider("focusDistance")->setMinValue(0.5f);
+    slider("focusDistance")->setMaxValue(2);
+    slider("focusDistance")->setValue(1);
+    find<RVTEXTFIELD>(root, "pictureName")->clear();
+    for (const char *key = "island"; *key; ++key)
+        find<RVTEXTFIELD>(root, "pictureName")->manageKey(*key);
+    showRate(0);
+    return true;
+}
+
+RVHSCROLLBAR *Panel::slider(const char *name) const { return find<RVHSCROLLBAR>(root, name); }
+
+void Panel::update(const Example &example) {
+    unsigned int used = 0;
+    RVELEMENT::manageGUIEvents(example.typed, example.pointerX, example.pointerY, example.pressed,
+                               0, &used);
+    const RVNODE *save = find<RVBUTTON>(root, "picture");
+    if (used == save->getId())
+        picture = find<RVTEXTFIELD>(root, "pictureName")->getCaption();
+    time += example.seconds();
+    ++frames;
+    if (time > secondsOfARate)
+        showRate(static_cast<float>(frames) / time);
+}
+
+void Panel::showRate(float rate) {
+    find<RVLABEL>(root, "frames")->write("%.1f frames a second", static_cast<double>(rate));
+    time = 0;
+    frames = 0;
+}
+
+bool Panel::isOn(const char *name) const { return find<RVBUTTON>(root, name)->isClicked(); }
+float Panel::getBloomFactor() const { return slider("bloomIntensity")->getValue(); }
+float Panel::getFocusFactor() const { return slider("focusDistance")->getValue(); }
+
+std::string Panel::takePictureName() {
+    std::string name;
+    name.swap(picture);
+    return name;
+}

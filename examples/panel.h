@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+
+class RVNODE;
+class RVHSCROLLBAR;
+struct Example;
+
+// The control panel of the demo, media/panel.xml: a switch for each effect, sliders, a text field
+// and a button for pictures, a frame counter, and a text of help.
+class Panel {
+  public:
+    // Loads the file, with font.tga and font.txt beside it. False when it cannot be loaded; the log
+    // says why.
+    bool load(const char *file);
+
+    // Passes on pointer and keys of the last frame and shows the frame rate. To be called once a
+    // frame, after showFrame.
+    void update(const Example &example);
+
+    // What is set; all effects are on initially.
+    bool isOn(const char *name) const; // a switch
+    float getBloomFactor() const;      // 0 to 2
+    float getFocusFactor() const;      // 0.5 to 2
+    std::string takePictureName();     // empty unless the button was pressed
+
+    // The node to pass in the 2D block, in pixels of the window.
+    RVNODE *getNode() const { return root; }
+
+  private:
+    RVHSCROLLBAR *slider(const char *name) const;
+    void showRate(float seconds);
+
+    RVNODE *root = nullptr;
+    std::string picture;
+    float time = 0; // since the rate was shown
+    int frames = 0; // since then
+};
