@@ -5,6 +5,7 @@
 #include "foundation/registry.h"
 #include "gui/boxNodes.h"
 #include "ravolt/RVBUTTON.h"
+#include "ravolt/zlf.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,8 +20,10 @@ RVSCROLLBAR::RVSCROLLBAR(RV_NODE_TYPE ownType, Axis barAxis)
     setSizes(horizontal ? 64 : 4, horizontal ? 4 : 64);
 
     auto *const button = new (std::nothrow) RVBUTTON;
-    if (!button)
+    if (!button) {
+        zlfLog("   [!] Out of memory for the cursor @ RVSCROLLBAR::RVSCROLLBAR\n");
         return;
+    }
     cursor.set(button);
     button->setStaticStatus(false);
     button->setLimitStatus(true);

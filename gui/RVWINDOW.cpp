@@ -48,8 +48,10 @@ RVWINDOW::RVWINDOW()
 
 void RVWINDOW::createTitleBar() {
     auto *const bar = new (std::nothrow) RVBUTTON;
-    if (!bar)
+    if (!bar) {
+        zlfLog("   [!] Out of memory for the title bar @ RVWINDOW::RVWINDOW\n");
         return;
+    }
     titleBar.set(bar);
     bar->setStaticStatus(false);
     bar->setScissorStatus(false);
@@ -62,8 +64,10 @@ void RVWINDOW::createTitleBar() {
 
 void RVWINDOW::createScrollBar() {
     auto *const bar = new (std::nothrow) RVVSCROLLBAR;
-    if (!bar)
+    if (!bar) {
+        zlfLog("   [!] Out of memory for the scroll bar @ RVWINDOW::RVWINDOW\n");
         return;
+    }
     scrollBar.set(bar);
     bar->setPosition(120.0f, static_cast<float>(barMargin));
     bar->setSizeY(96);

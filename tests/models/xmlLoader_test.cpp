@@ -446,7 +446,7 @@ TEST_F(XmlLoaderTest, RunningOutOfMemoryReturnsWithALine) {
                          "<button><box/></button><label/><vslider/></window></root>");
     unsigned int failures = 0;
     for (unsigned int after = 0;; ++after) {
-        markLog();
+        mark = markLog();
         const unsigned int blocks = heap.failedMallocs;
         recorder.failAllocation(1, after, 1);
         RVNODE *root = RAVOLT::loadXML("gui.xml");
@@ -458,6 +458,9 @@ TEST_F(XmlLoaderTest, RunningOutOfMemoryReturnsWithALine) {
             EXPECT_NE(root, nullptr);
             break;
         }
+        EXPECT_TRUE(!problemsSince(mark).empty() ||
+                    logTextSince(mark).find("zlfOpenParser: out of memory") != std::string::npos)
+            << after;
         if (!root) {
             ++failures;
             EXPECT_TRUE(logged("   [!] Out of memory for file gui.xml @ RAVOLT::loadXML") ||
@@ -465,6 +468,10 @@ TEST_F(XmlLoaderTest, RunningOutOfMemoryReturnsWithALine) {
         }
     }
     EXPECT_GE(failures, 10u);
+    for (const char *part : {"   [!] Out of memory for the title bar @ RVWINDOW::RVWINDOW",
+                             "   [!] Out of memory for the scroll bar @ RVWINDOW::RVWINDOW",
+                             "   [!] Out of memory for the cursor @ RVSCROLLBAR::RVSCROLLBAR"})
+        EXPECT_NE(logTextSince(startMark).find(part), std::string::npos) << part;
 }
 
 } // namespace
