@@ -60,6 +60,9 @@ start_display() {
     rm -f "$place" "$place.log"
 }
 
+# Objects are shared between checkouts: paths below this one count as relative.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+
 # configure_and_build PRESET [option of cmake ...]
 configure_and_build() {
     local preset=$1 log
