@@ -9,7 +9,6 @@
 
 #include <climits>
 #include <cmath>
-#include <tuple>
 
 using namespace ravolt::test;
 
@@ -257,21 +256,29 @@ TEST_F(BoxTest, ReportsLimitsWithoutASteps) {
 
 TEST_F(BoxTest, IsHitInsideAndOnItsEdges) {
     RVNODE *const shifted = add(new RVNODE, 5, 7);
-    box = addBox(10.5f, 20, 30, 40, addBox(100, 200, 1, 1, shifted));
-    // From (115.5, 227) to (145.5, 267).
-    const std::tuple<int, int, bool> cases[] = {
-        {130, 250, true},   {116, 250, true},      {115, 250, false},    {145, 250, true},
-        {146, 250, false},  {130, 227, true},      {130, 226, false},    {130, 267, true},
-        {130, 268, false},  {116, 227, true},      {145, 267, true},     {146, 268, false},
-        {-130, 250, false}, {INT_MAX, 250, false}, {130, INT_MIN, false}};
-    for (const auto &[x, y, hit] : cases) {
-        EXPECT_EQ(box->checkBoundaries(x, y), hit) << x << ", " << y;
-        box->setCheckStatus(false);
-        EXPECT_FALSE(box->checkBoundaries(x, y));
-        box->setCheckStatus(true);
+    RVBOX *const parent = addBox(100, 200, 1, 1, shifted);
+    // From (115, 227) to (145, 267), and half a pixel to the lower right.
+    RVBOX *const whole = addBox(10, 20, 30, 40, parent);
+    RVBOX *const half = addBox(10.5f, 20.5f, 30, 40, parent);
+    const struct {
+        int x, y;
+        bool hitsWhole, hitsHalf;
+    } cases[] = {
+        {130, 250, true, true},       {115, 250, true, false},     {114, 250, false, false},
+        {116, 250, true, true},       {145, 250, true, true},      {146, 250, false, false},
+        {130, 227, true, false},      {130, 226, false, false},    {130, 228, true, true},
+        {130, 267, true, true},       {130, 268, false, false},    {115, 227, true, false},
+        {145, 267, true, true},       {146, 268, false, false},    {-130, 250, false, false},
+        {INT_MAX, 250, false, false}, {130, INT_MIN, false, false}};
+    for (const auto &c : cases) {
+        EXPECT_EQ(whole->checkBoundaries(c.x, c.y), c.hitsWhole) << c.x << ", " << c.y;
+        EXPECT_EQ(half->checkBoundaries(c.x, c.y), c.hitsHalf) << c.x << ", " << c.y;
+        whole->setCheckStatus(false);
+        EXPECT_FALSE(whole->checkBoundaries(c.x, c.y));
+        whole->setCheckStatus(true);
     }
-    box->setDisplayStatus(false);
-    EXPECT_TRUE(box->checkBoundaries(130, 250)) << "whether it is shown does not count";
+    whole->setDisplayStatus(false);
+    EXPECT_TRUE(whole->checkBoundaries(130, 250)) << "whether it is shown does not count";
 }
 
 // A window from (100, 100) to (200, 200) in another one from (0, 50) to (90, 150).

@@ -432,4 +432,17 @@ TEST_F(DispatchTest, ARestartReleasesEverything) {
     EXPECT_EQ(input(40, 10, 0), "-");
 }
 
+// A copy is not in the registry: the end of the engine does not delete it.
+TEST_F(DispatchTest, ARestartReleasesAlsoWhatItDoesNotDelete) {
+    RVTEXTFIELD copy(*new RVTEXTFIELD);
+    copy.clear();
+    drawFrame2D(&copy);
+    EXPECT_TRUE(RVELEMENT::manageGUIEvents(0, 10, 10, 1, 0, nullptr));
+    ASSERT_TRUE(restart());
+    EXPECT_FALSE(RVELEMENT::manageGUIEvents(0, 10, 10, 1, 0, nullptr)) << "held";
+    copy.setFont(makeFont());
+    EXPECT_FALSE(RVELEMENT::manageGUIEvents('a', 10, 10, 0, 0, nullptr));
+    EXPECT_STREQ(copy.getCaption(), "") << "the focus";
+}
+
 } // namespace
