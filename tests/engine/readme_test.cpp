@@ -1,6 +1,7 @@
 // The pieces of code in the README do what is written beside them.
 
 #include "ravolt.h"
+#include "tests/effects/terrainScene.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/files.h"
 
@@ -137,6 +138,30 @@ TEST_F(Readme, FontHasItsCellsAndItsKerning) {
     EXPECT_EQ(font->stringLength("AB"), 11u);
     EXPECT_EQ(font->getCharSizeY(), 12u);
     EXPECT_TRUE(font->putString(0, 0, "A"));
+}
+
+TEST_F(Readme, LandscapeIsLoadedOrNull) {
+    EXPECT_EQ(readme::loadLandscape("gone.xml", ""), nullptr);
+    EXPECT_EQ(RVOPENGL::getFarPlane(), 1000.0f);
+    TerrainFile().write();
+    writeFile("terrain.xml", "<LAND><GEOMETRY>land.geo</GEOMETRY></LAND>");
+    RVTERRAIN *terrain = readme::loadLandscape("terrain.xml", "textures/");
+    ASSERT_NE(terrain, nullptr);
+    EXPECT_STREQ(RVTEXTURE::getPath(), "textures/");
+    EXPECT_TRUE(RVTERRAIN::isRestoringTarget());
+    RVTERRAIN::restoreTargetOff();
+    RVTEXTURE::setPath(nullptr);
+}
+
+TEST_F(Readme, ButtonOfAnInterfaceIsClickedWhenItIsReleased) {
+    writeFile("menu.xml", "<root><button><name value='quit'/></button></root>");
+    RVNODE *menu = RAVOLT::load("menu.xml");
+    ASSERT_NE(menu, nullptr);
+    std::vector<bool> clicked;
+    for (const bool pressed : {false, true, true, false, false})
+        clicked.push_back(readme::isClicked(menu, "quit", 10, 10, pressed, 0));
+    EXPECT_EQ(clicked, (std::vector<bool>{false, false, false, true, false}));
+    EXPECT_FALSE(readme::isClicked(menu, "gone", 10, 10, false, 0));
 }
 
 } // namespace
