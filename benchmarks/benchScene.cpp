@@ -114,7 +114,7 @@ RveScene gridScene(int groups, int meshesInGroup, float spacing) {
     return scene;
 }
 
-// A mesh behind the camera that is only there for its material: with a transparent entry in the
+// A mesh behind the camera that exists for its material alone: with a transparent entry in the
 // list, the list is sorted.
 RveNode glassNode() {
     RveNode glass = meshNode(0, "glass", "glass");

@@ -256,7 +256,7 @@ void HandEffects::drawDepths() const {
 }
 
 // From eye space to the caster's clip space, onto the projection or, moved to 0 to 1, onto the
-// texture matrix of unit 1, where the map goes with it.
+// texture matrix of unit 1, which the map needs.
 void HandEffects::setMapMatrix(unsigned int mode) const {
     if (mode == GL_TEXTURE) {
         from(map, 1);

@@ -1,4 +1,4 @@
-// What a start of the engine costs and where the time goes: without programs, and with the 35
+// The duration of a start of the engine, and of its parts: without programs, and with the 35
 // programs while the driver finds them in its cache on disk, has that cache off, or fills it.
 // Each start is one of a process of its own; the figures are medians, in milliseconds of the
 // calling thread.
@@ -194,7 +194,7 @@ Times medians(std::vector<Times> starts) {
     return result;
 }
 
-// The driver's cache in a folder that is new for each start, or kept.
+// The driver's cache in a folder that is new for each start, or the same for all.
 constexpr struct {
     const char *name;
     const char *mode;

@@ -39,7 +39,7 @@ void Cinema::showOn(RVNODE *scene, const char *mesh) {
         return;
     if (RVMATERIAL *material = static_cast<RVMESH *>(node)->getMaterial()) {
         material->setTexture(0, texture);
-        material->setEmission(1.0f, 1.0f, 1.0f, 1.0f); // whatever light it receives
+        material->setEmission(1.0f, 1.0f, 1.0f, 1.0f); // independent of lights
     }
 }
 

@@ -18,7 +18,7 @@
 
 namespace {
 
-// One part of the show. The focus goes from one distance to another, in metres from the camera; a
+// One part of the show. The focus moves from one distance to another, in metres from the camera; a
 // part without a focus has no depth of field.
 struct Part {
     const char *name;

@@ -42,7 +42,7 @@ const Lighting underWater = {{-112, 70, -28}, 0.30f, 0.60f, 0.62f, 0.06f, 0.17f,
 const Lighting night = {{105, 80, -30}, 0.30f, 0.36f, 0.52f, 0.10f,   0.10f,
                         0.12f,          0.03f, 0.04f, 0.09f, nightSky};
 
-// One part of the flight: the camera goes from one point to another, and so does what it looks at.
+// One part of the flight: the camera and its target each move from one point to another.
 // The focus is in units from the camera; a part without one has no depth of field.
 struct Part {
     const char *name;

@@ -13,7 +13,7 @@ constexpr float radius = 3.65f;       // metres
 constexpr float pace = 0.335f;        // metres per second, so that no foot slides
 constexpr float start = 135, turn = pace / radius * 180 / 3.1415927f; // degrees, per second
 
-// Brown hair that hangs down: each column goes its own way from pixel to pixel.
+// Brown hair that hangs down: the colours of each column vary at random.
 RVTEXTURE *makeFur() {
     constexpr unsigned int size = 256;
     RVTEXTURE *fur = new RVTEXTURE();

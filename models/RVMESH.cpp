@@ -94,7 +94,7 @@ void shadeFlat(const RVMESH &mesh, const RVELEMENT &entry) {
     RVLIGHT::lightingOff();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVOPENGL::blendingOff();
-    RVOPENGL::colorArrayOff(); // 2D drawing leaves it on, and its colours would replace this one
+    RVOPENGL::colorArrayOff(); // 2D drawing enables it, and its colours would replace this one
     const bool depth = RVOPENGL::getProfile() == RV_OPENGL_PROFILE_ZPASS;
     const bool skinned = mesh.isSkinned();
     RVSHADER *const program =

@@ -84,7 +84,7 @@ void RVMESH::animateVertices() {
         skinnedVertex[i].y = v.x * m[1] + v.y * m[5] + v.z * m[9] + m[13];
         skinnedVertex[i].z = v.x * m[2] + v.y * m[6] + v.z * m[10] + m[14];
 
-        // On purpose: blended normals keep the length that the weights gave them.
+        // On purpose: blended normals are not normalized.
         const Z3MVECTOR3D &n = vertexNormal[i];
         skinnedNormal[i].x = n.x * m[0] + n.y * m[4] + n.z * m[8];
         skinnedNormal[i].y = n.x * m[1] + n.y * m[5] + n.z * m[9];

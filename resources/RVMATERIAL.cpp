@@ -1,7 +1,7 @@
 // Materials: the registry, and what a surface is to OpenGL. Only here may glMaterial be called; the
 // debug shapes, which have no material, do it too.
 //
-// Invariant: while currentMaterial names a material, OpenGL holds its program, its colours, its
+// Invariant: while currentMaterial names a material, OpenGL has its program, its colours, its
 // blending and its textures, unless somebody has changed them without a call of reset.
 
 #include "ravolt/RVMATERIAL.h"

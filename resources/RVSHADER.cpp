@@ -114,7 +114,7 @@ bool RVSHADER::load(const char *vertexFile, const char *pixelFile, bool alreadyC
     return true;
 }
 
-// The link's status is not read: a program that does not link holds no parameters.
+// The link's status is not read: a program that does not link has no parameters.
 void RVSHADER::link(bool vertex, bool pixel) {
     if (programObject)
         ravolt::callIfPresent<RVOPENGL::glDeleteObjectARB>(programObject);
@@ -152,7 +152,7 @@ bool RVSHADER::loadPixelShader(const char *stageName, const char *source) {
         .object = &RVSHADER::pixelObject,
         .operative = &RVSHADER::psOperative,
         .filename = &RVSHADER::psFilename,
-        // On purpose: the function is asked for and not the flag.
+        // On purpose: this tests the function and not the flag.
         .isSupported = [] { return RVOPENGL::glCompileShaderARB != nullptr; },
         .detachesAlways = true, // On purpose: also from program 0.
         // On purpose: two of the lines name another method.

@@ -30,7 +30,7 @@ void blurOnce(const RVFBO &source, RVSHADER &program, RVFBO &target) {
     ravolt::drawQuad(target.getSizeX(), target.getSizeY());
 }
 
-// On purpose: the program named for the horizontal steps along y, and goes first.
+// On purpose: the program named for the horizontal samples along y, and is the first.
 void blurLevel(const RVFBO &source, RVFBO &result, RVFBO &scratch) {
     {
         const ravolt::PixelProjection pixels(result.getSizeX(), result.getSizeY());
@@ -40,7 +40,7 @@ void blurLevel(const RVFBO &source, RVFBO &result, RVFBO &scratch) {
     glLoadIdentity();
 }
 
-// The levels on units 0 to 3. A unit may still hold its level from a blur with another program, and
+// The levels on units 0 to 3. A unit may still have its level from a blur with another program, and
 // then the texture would not point this program's sampler at it.
 void renderLevels(const std::array<RVFBO *, 2 * levels> &pool) {
     for (unsigned int unit = 0; unit < levels; ++unit) {

@@ -1,5 +1,5 @@
 // The engine's own programs: their names, their texts and the features that they are needed for.
-// The objects exist whether or not anything compiles, so that everybody may ask isOperative.
+// The objects exist whether or not anything compiles, so that isOperative can always be called.
 
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
@@ -120,9 +120,9 @@ constexpr Program programs[] = {
 namespace ravolt {
 
 struct BuiltinPrograms {
-    // What the driver's programs are good for. A feature is on when all the programs that it needs
-    // are operative and all its conditions hold; else the programs of the next column fall. NULL is
-    // a hole.
+    // The uses of the driver's programs. A feature is on when all the programs that it needs
+    // are operative and all its conditions are true; else the programs of the next column are
+    // dropped. NULL is an unused entry.
     struct Feature {
         bool *flag;
         RVSHADER **needs[7];
@@ -157,7 +157,7 @@ const BuiltinPrograms::Feature BuiltinPrograms::features[] = {
                  &RVSHADER::passthroughZPassA},
      .supported = "      Passthrough supported\n",
      .unsupported = "      Passthrough not supported\n"},
-    // On purpose: bloomToneMapping and bloomForceAlpha are not asked for.
+    // On purpose: bloomToneMapping and bloomForceAlpha are not tested.
     {.flag = &RVSHADER::bloomFlag,
      .needs = {&RVSHADER::bloomCombine, &RVSHADER::bloomBright, &RVSHADER::bloomV,
                &RVSHADER::bloomH},
@@ -166,7 +166,7 @@ const BuiltinPrograms::Feature BuiltinPrograms::features[] = {
                  &RVSHADER::bloomH},
      .supported = "      Bloom lighting supported\n",
      .unsupported = "      Bloom lighting not supported\n"},
-    // On purpose: pplSpotSA is asked for and not dropped.
+    // On purpose: pplSpotSA is tested and not dropped.
     {.flag = &RVSHADER::shadowsFlag,
      .needs = {&RVSHADER::pplSpotS, &RVSHADER::pplSpotTS, &RVSHADER::pplSpotTSA,
                &RVSHADER::pplSpotSA},

@@ -1,6 +1,6 @@
 // The engine's render targets: what each one is, as a table. All the targets are made first, then
 // their textures, in the order of the rows. One that OpenGL refuses is reported by RVFBO::isOk and
-// kept all the same.
+// not deleted.
 
 #include "resources/renderTargets.h"
 
@@ -68,7 +68,7 @@ Pixels sizeOf(const Row &row) {
     return {RVSETTINGS::getSDLFBOSizeX() / row.divisor, RVSETTINGS::getSDLFBOSizeY() / row.divisor};
 }
 
-// The reference keeps the texture from the collector.
+// With a reference the collector does not delete the texture.
 bool attachTexture(RVFBO &target, const Row &row) {
     const Pixels pixels = sizeOf(row);
     RVTEXTURE *texture = new (std::nothrow) RVTEXTURE;

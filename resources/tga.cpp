@@ -31,7 +31,7 @@ TgaKind kindOf(const unsigned char *header) {
 
 bool isSupportedSize(unsigned int size) { return size >= 1 && size <= tga::maxSize; }
 
-// The pixels that a packet stands for; its byte below 128 announces that many and one literal ones.
+// The pixels that a packet encodes; its byte below 128 announces that many and one literal ones.
 std::size_t packetPixels(unsigned int packet) {
     return packet < repeatFlag ? packet + 1 : packet - (repeatFlag - 1);
 }
@@ -61,7 +61,7 @@ bool bodyFits(const ByteReader &body, const TgaImage &image) {
     return true;
 }
 
-// Files hold blue before red.
+// Files store blue before red.
 template <unsigned int depth> void decodePixel(const unsigned char *from, unsigned char *to) {
     to[0] = from[2];
     to[1] = from[1];

@@ -12,7 +12,7 @@ constexpr unsigned char uncompressed = 2, runLength = 10;
 
 constexpr unsigned int maxSize = 4096; // pixels each way
 
-// A packet stands for at most so many pixels; from the flag on it repeats one.
+// A packet encodes at most so many pixels; from the flag on it repeats one.
 constexpr unsigned int maxPacket = 128;
 constexpr unsigned int repeatFlag = 128;
 

@@ -1,5 +1,5 @@
-// Invariant: the statics hold the view of the last render, and `thisPassCamera` a living camera or
-// NULL.
+// Invariant: the statics store the view of the last render, and `thisPassCamera` an existing camera
+// or NULL.
 
 #include "ravolt/RVCAMERA.h"
 

@@ -34,7 +34,7 @@ struct NodeTraits {
     bool casts;                          // drawn into the shadow map
     bool pickable;                       // drawn by RAVOLT::select
     float (*radius)(const RVNODE &node); // of an object of the kind's own class; NULL for 0
-    const NodeReader *reader;            // NULL where no scene file holds the kind
+    const NodeReader *reader;            // NULL if no scene file has the kind
 };
 
 // The row of the node's type. A type beyond the last kind is drawn as a custom node is, and not

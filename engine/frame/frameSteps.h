@@ -4,7 +4,7 @@
 #include "ravolt/Z3MMATRIX.h"
 
 // The steps of a frame, as RAVOLT::end3D runs them. A step that draws the render list once more or
-// composites the picture leaves the full profile, an open colour mask, blending off with its
+// composites the picture ends with the full profile, an open colour mask, blending off with its
 // standard function, and the frame's own target bound.
 struct RAVOLT::Frame {
     // Whether all render targets exist, and whether the frame must be drawn into target 0.
@@ -33,8 +33,8 @@ struct RAVOLT::Frame {
     static void presentScene();
 
   private:
-    // The list leaves the blending of its last entry, and OpenGL state that the material cache does
-    // not know. Neither must affect what follows.
+    // Afterwards the blending is that of the last entry, and there is OpenGL state that the
+    // material cache does not know. Neither must affect what follows.
     static void invalidateAfterList();
     static void drawMap(const Z3MMATRIX &eyeToLight);
     static void drawCasters(const Z3MMATRIX &eyeToLight);

@@ -1,8 +1,8 @@
 #pragma once
 
 // The extension functions that a driver may leave out even though it lists their extension. A call
-// that does nothing without its function goes through here. What needs several functions together
-// checks their pointers first.
+// that does nothing without its function is made by these functions. Code that needs several
+// functions together checks their pointers first.
 
 namespace ravolt {
 

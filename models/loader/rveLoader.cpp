@@ -1,6 +1,6 @@
 // A scene file is read twice. The first pass builds nothing and checks everything: bounds, kinds,
 // texts, tables, depth. Only a file that passes is built, so that the second pass need not check
-// its bytes, and an invalid file leaves no objects. Memory can still run out in the second pass;
+// its bytes, and an invalid file creates no objects. Memory can still run out in the second pass;
 // then everything created so far is deleted.
 
 #include "ravolt/RAVOLT.h"
@@ -222,7 +222,7 @@ struct DestroyTree {
 
 bool namesXml(const char *path) { return std::strstr(path, ".xml") || std::strstr(path, ".XML"); }
 
-// Whether the file starts with a known magic, which also gives the version of the format.
+// Whether the file starts with a known magic, which also states the version of the format.
 bool readHeader(const char *path, const ravolt::FileBytes &file) {
     const std::string header(reinterpret_cast<const char *>(file.data()),
                              std::min(file.size(), rve::magic.size()));

@@ -138,7 +138,7 @@ void useFont(const Subject &subject, const TiXmlElement &property) {
         label->setFont(font);
 }
 
-// A texture that is loaded already keeps its filter.
+// The filter of a texture that is already loaded does not change.
 void setTexture(const Subject &subject, const TiXmlElement &property) {
     const char *value = property.Attribute("value");
     RVBOX *const box = !value || subject.font ? nullptr : boxOf(subject, property);

@@ -159,7 +159,7 @@ class MeshAfterEmitter : public EmitterDrawing,
                                  placed(cubeMesh("right", "plain"), {2, 0, -9}, {20, 30, 0})})});
         if (lit) {
             auto *light = new RVLIGHT;
-            light->setPosition(2, 5, 30); // its shape is behind the eye
+            light->setPosition(2, 5, 30); // its marker is behind the camera
             light->link(root);
         }
         if (withEmitter) {

@@ -289,7 +289,7 @@ TEST_F(TerrainAmongOthersTest, MeshAfterATerrainLooksLikeWithoutIt) {
     for (const Neighbourhood &n : neighbourhoods) {
         SCOPED_TRACE(n.what);
         make(n);
-        Neighbourhood alone = n; // an emitter leaves culling off, and a terrain its switch right
+        Neighbourhood alone = n; // an emitter disables culling, a terrain restores its switch
         alone.afterEmitter = false;
         drawCubes(alone, false); // uploads the textures
         const Picture without = drawCubes(alone, false), with = drawCubes(n, true);

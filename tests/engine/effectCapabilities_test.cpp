@@ -17,7 +17,7 @@ class EffectCapabilities : public SilentEngineTest {
   protected:
     EffectCapabilities() { settings.setShaders(true); }
 
-    void SetUp() override { resetCapabilities(); } // the test says what the driver is like
+    void SetUp() override { resetCapabilities(); } // each test sets those of the driver
 
     void TearDown() override {
         resetEffects();

@@ -146,7 +146,7 @@ struct Placing {
 
 class ShadowOfALight : public ShadowsOnTheFloor, public testing::WithParamInterface<Placing> {};
 
-TEST_P(ShadowOfALight, FallsWhereTheGeometrySays) {
+TEST_P(ShadowOfALight, FallsAtTheComputedPosition) {
     const Placing &at = GetParam();
     camera->setRotation(-38, at.turn, 0);
     markLog();
@@ -168,7 +168,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto &test) { return std::string(test.param.name); });
 
 // The light is linked to a turned and moved node, and shines along its own -x.
-TEST_F(ShadowsOnTheFloor, OfALightUnderATurnedNodeFallWhereTheGeometrySays) {
+TEST_F(ShadowsOnTheFloor, OfALightBelowARotatedNodeFallAtTheComputedPosition) {
     RVLIGHT *light = newCasterAt({-1, 0, 0}, {0, 0, 0});
     auto *arm = new RVNODE;
     light->unlink();

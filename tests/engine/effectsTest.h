@@ -77,7 +77,7 @@ inline std::array<float, 4> texelOf(int index, int x, int y) {
     return {all[first], all[first + 1], all[first + 2], all[first + 3]};
 }
 
-// What is set after a frame, whatever the effects are.
+// The state after a frame with any effects.
 inline void expectStateOfAFrame() {
     EXPECT_EQ(RVOPENGL::getProfile(), RV_OPENGL_PROFILE_FULL);
     GLboolean color[4] = {}, depth = GL_FALSE;

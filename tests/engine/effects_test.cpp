@@ -253,7 +253,7 @@ TEST_F(ToneMapping, IsThePictureOfItsFormula) {
 }
 
 TEST_F(ToneMapping, TheEyeAdaptsByTheGapASecond) {
-    // The luminance is 1 initially. Each frame goes on from the end of the one before.
+    // The luminance is 1 initially. Each frame continues from the end of the one before.
     const struct {
         double seconds, grey, adapted;
     } frames[] = {

@@ -1,5 +1,5 @@
 // The detection of the capabilities, one after the other, with a driver that draws nothing and
-// offers what a test says.
+// offers what a test sets.
 
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVOPENGL.h"
@@ -350,7 +350,7 @@ TEST_F(GlStart, ALongerNameCountsAsTheShorterOneInIt) {
     EXPECT_TRUE(RVOPENGL::useOcclusionQuery());
 }
 
-TEST_F(GlStart, AnEntryPointThatIsNullIsReportedAndTheStartGoesOn) {
+TEST_F(GlStart, AnEntryPointThatIsNullIsReportedAndTheStartContinues) {
     const struct {
         const char *group, *message;
         const char *before; // the line that follows

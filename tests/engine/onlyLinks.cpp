@@ -1,4 +1,4 @@
-// Calls nothing: what the log holds after it, the library has written as it was loaded and
+// Calls nothing: what the log contains after it, the library has written as it was loaded and
 // unloaded.
 
 int main() { return 0; }

@@ -1,8 +1,8 @@
 #pragma once
 
 // The private side of RVOPENGL, for tests: start and stop on their own, and the flags, which no
-// start clears. Access is not checked in an explicit instantiation, which gives the pointers to the
-// members.
+// start clears. Access is not checked in an explicit instantiation, which passes the pointers to
+// the members.
 
 #include "ravolt/RVOPENGL.h"
 

@@ -44,7 +44,7 @@ class Readme : public EngineTest {
 
 TEST_F(Readme, LoopShowsNoFrameTwice) {
     RVNODE *character = makeCharacter();
-    const RVANIM *clip = makeClip(5); // the last one stands for the first
+    const RVANIM *clip = makeClip(5); // the last frame equals the first
     std::vector<float> shown;
     for (unsigned int tick = 0; tick < 9; ++tick) {
         readme::play(clip, character, (static_cast<float>(tick) + 0.5f) / 30);

@@ -389,7 +389,7 @@ class TargetSelection : public Selection {
     TargetSelection() { settings.setForceFBO(true); }
 };
 
-// Draws through target 0 and, as the copy at a frame's end does, goes back to the window.
+// Draws through target 0, and then binds the window as the copy at a frame's end does.
 TEST_F(TargetSelection, WorksOnTargetZeroAndDoesNotUnbindIt) {
     auto *node = new Square;
     drawFrame(camera, node);

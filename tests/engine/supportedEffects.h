@@ -72,7 +72,7 @@ constexpr const char *functions[] = {
 #include "engine/gl/glEntryPoints.inc"
 };
 
-// Without these there are no render targets, though the flag says so.
+// Without these there are no render targets, although the flag is set.
 inline bool isOfFramebuffers(const std::string &name) {
     return name.find("EXT") != std::string::npos;
 }

@@ -106,7 +106,7 @@ Calls sizes(const RVSHADER *shader, int x, int y) {
 
 // --- the scene
 
-// Marks its draws and, on request, enables whatever a node may.
+// Marks its draws and, on request, enables every state that a node may.
 template <class Node> class Marked : public Node {
   public:
     explicit Marked(const char *itsName) : name(itsName) {}
@@ -219,7 +219,7 @@ Calls matrix(const char *load, const float (&numbers)[16]) {
 constexpr RV_OPENGL_PROFILE full = RV_OPENGL_PROFILE_FULL, flat = RV_OPENGL_PROFILE_FLAT,
                             depth = RV_OPENGL_PROFILE_ZPASS;
 
-// A node's place, on the stack.
+// A node's transform, on the stack.
 Calls passed(double x, double y, double z) {
     return Calls{{"glGetIntegerv", GL_MAX_MODELVIEW_STACK_DEPTH},
                  {"glGetIntegerv", GL_MODELVIEW_STACK_DEPTH}} +
@@ -348,7 +348,7 @@ Calls levelsOnceMore() {
 }
 Calls levelsOff() { return texturingOff(1) + texturingOff(2) + texturingOff(3); }
 
-// The blur of `source` into target 1, whose alpha the colour mask keeps.
+// The blur of `source` into target 1, whose alpha the colour mask protects.
 Calls blur(int source, const RVSHADER *combine, const Calls &levels, const Calls &off) {
     return colorMask(1, 0) + blurLevel(source, 6, 7) + blurLevel(6, 8, 9) + blurLevel(8, 10, 11) +
            blurLevel(10, 12, 13) + target(1) + pixels(targetX, targetY) + program(combine) +

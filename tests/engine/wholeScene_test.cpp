@@ -134,7 +134,7 @@ void expectSwitchesAreCached() {
     EXPECT_EQ(integerOf(GL_LIGHT_MODEL_TWO_SIDE) != 0, RVOPENGL::isTwoSide());
 }
 
-// Each unit has what the caches say, and units beyond the fixed functions' have no switch.
+// Each unit has the texture of the caches, and units beyond the fixed functions' have no switch.
 void expectTexturesAreCached() {
     const int active = integerOf(GL_ACTIVE_TEXTURE), switches = integerOf(GL_MAX_TEXTURE_UNITS);
     for (int unit = 0; unit < static_cast<int>(RV_TEXTURE_UNITS); ++unit) {
@@ -158,7 +158,7 @@ void expectStateAndCaches() {
     expectTexturesAreCached();
 }
 
-// What OpenGL says of the window, which is a frame buffer object itself in one of the settings.
+// OpenGL's state of the window, which is a frame buffer object itself in one of the settings.
 struct Window {
     int binding = integerOf(GL_FRAMEBUFFER_BINDING_EXT);
     int buffer = integerOf(GL_DRAW_BUFFER);

@@ -242,7 +242,7 @@ TEST_F(CaveWindowTest, OnX11IsOnTopWithItsSize) {
     XDestroyWindow(other.display, cover);
 }
 
-// The software drivers keep what they have shown in the buffer that is read here.
+// With the software drivers this buffer still has the presented frame.
 TEST_F(SplashTest, IsUprightInTheMiddleOfAWhiteWindow) {
     EXPECT_PICTURE(readFrame(), "RVSETTINGS_splash",
                    Tolerance{.maximum = 2, .mean = 0.1, .reason = "filtering between drivers"});

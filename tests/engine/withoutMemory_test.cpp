@@ -112,7 +112,7 @@ class WithoutMemory : public SilentTest {
         video->load("life.rve"); // no video, but a file
         video->play();
         video->update(2);
-        video->load(nullptr); // closes the file, which the destructor leaves open
+        video->load(nullptr); // closes the file, which the destructor does not
     }
 
     static void tree() {

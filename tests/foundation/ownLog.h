@@ -31,7 +31,7 @@ template <class Step> auto withoutMemory(std::size_t bytes, Step step) {
     return result;
 }
 
-// Makes liveBlocks() zero, whatever other tests have done.
+// Resets liveBlocks() to zero.
 inline void balanceBlocks() {
     while (liveBlocks() > 0)
         zlfFree(nullptr);

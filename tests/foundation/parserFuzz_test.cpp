@@ -1,5 +1,5 @@
-// Broken files, and a second reader to compare with: it is written for plainness, copies every
-// line, and takes the stated steps in their order.
+// Broken files, and a second, simpler reader to compare with, which copies every line and follows
+// the documented steps in their order.
 
 #include "tests/foundation/ownLog.h"
 

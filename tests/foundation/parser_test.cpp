@@ -27,7 +27,7 @@ class Parser : public OwnLog {
         ASSERT_TRUE(zlfOpenParser(&parser, "keys.txt"));
     }
 
-    // All that `read` gives, zlfReadLine or zlfReadToken.
+    // All results of `read`, which is zlfReadLine or zlfReadToken.
     Lines read(const std::string &bytes, bool (*function)(zlfPARSER *, char *) = zlfReadLine) {
         open(bytes);
         Lines lines;

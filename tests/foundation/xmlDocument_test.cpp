@@ -104,8 +104,8 @@ TEST_F(XmlDocument, WhatOnlyLooksDeepIsFlat) {
         }
 }
 
-// Bytes above 127 in a file that is no UTF-8 stand for themselves, also before a quote.
-TEST_F(XmlDocument, BytesOfOtherEncodingsStandForThemselves) {
+// Bytes above 127 in a file that is no UTF-8 are not changed, also before a quote.
+TEST_F(XmlDocument, BytesOfOtherEncodingsAreUnchanged) {
     for (const char *start : {"", "<?xml version='1.0'?>", "<?xml encoding='ISO-8859-1'?>"}) {
         EXPECT_TRUE(load(std::string(start) + "<a v='caf\xe9'/>"));
         EXPECT_EQ(attribute(), "caf\xe9") << start;

@@ -339,7 +339,7 @@ TEST_F(DispatchTest, RaisesWindowsAndParentsOfTitleBarsAlone) {
 
 // --- Other nodes in the list
 
-// A node that ends the test where it is read as a box: it has nothing behind RVNODE's fields.
+// A node that crashes the test when it is read as a box: no memory follows RVNODE's fields.
 TEST_F(DispatchTest, PassesOverWhatIsNoBox) {
     add(new CustomNode);
     add(new RVLIGHT);

@@ -40,7 +40,7 @@ void setArray(Array &array, GLint size, GLenum type, GLsizei stride, const void 
     array = {size, type, data};
 }
 
-// `index` gives the number of the vertex at each position of the call.
+// `index` returns the number of the vertex at each position of the call.
 template <class Index> void storeDrawing(GLenum mode, GLsizei count, Index index) {
     if (!active)
         return;

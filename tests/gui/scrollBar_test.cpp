@@ -136,7 +136,7 @@ TYPED_TEST(ScrollBarTest, ReadsTheValueOfTheCursorsMiddle) {
     EXPECT_EQ(bar.getValue(), 3);
 }
 
-// The pointer holds the cursor and moves far beyond both ends.
+// The pointer drags the cursor far beyond both ends.
 TYPED_TEST(ScrollBarTest, ADraggedCursorReachesBothEndsExactly) {
     TypeParam &bar = *this->tested;
     bar.setPosition(20, 30);

@@ -7,7 +7,7 @@
 namespace ravolt::test {
 namespace {
 
-// Elements 0 to 15, to see where each one goes.
+// Elements 0 to 15, so that each one is recognized.
 Z3MMATRIX counting() { return Z3MMATRIX(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
 
 using Elements = std::array<float, 16>;

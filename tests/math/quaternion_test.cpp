@@ -65,7 +65,7 @@ TEST(Quaternion, InvertsByItsSigns) {
     EXPECT_EQ(q, Z3MVECTOR4D(-1, -2, -3, 4));
 }
 
-TEST(Quaternion, MultipliesAsTheFormulaSays) {
+TEST(Quaternion, MultipliesByTheFormula) {
     Numbers numbers;
     for (int round = 0; round < 100; ++round) {
         const Z3MVECTOR4D p = numbers.vector<Z3MVECTOR4D>(), q = numbers.vector<Z3MVECTOR4D>();

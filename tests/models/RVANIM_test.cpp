@@ -106,7 +106,7 @@ TEST_F(Anim, ClipsInMemoryThatWasUsedAreEmptyAndSmall) {
         expectEmpty(*each);
 }
 
-// On any storage, whatever it contained.
+// In memory with any former contents.
 TEST_F(Anim, ClipOutsideTheHeapIsEmptyToo) {
     const auto storage = std::make_unique<unsigned char[]>(sizeof(RVANIM) + 4096);
     for (const std::size_t offset : {0u, 8u, 4088u}) {

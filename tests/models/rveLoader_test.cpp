@@ -497,7 +497,7 @@ const std::set<std::string> memoryLines = {
     "   [!] Consistency error: light == NULL @ RVLIGHT::load",
 };
 
-// Each allocation in turn fails; then everything is as before, and one line says why.
+// Each allocation in turn fails; then everything is as before, and one line has the reason.
 TEST_F(RveLoaderTest, LoadWithoutMemoryChangesNothing) {
     writePicture("wall_d.tga");
     writePicture("wall_n.tga");

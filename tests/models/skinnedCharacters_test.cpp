@@ -53,7 +53,7 @@ class CharactersTest : public EngineTest, public testing::WithParamInterface<Way
     // Pixels to a unit, ten units in front of the eye.
     static double scale() { return height / 2 / (10 * std::tan(22.5 * 3.14159265358979 / 180)); }
 
-    // Where the middle of a pixel lies there.
+    // The position of a pixel's centre there.
     static float unitsX(int x) { return static_cast<float>((x + 0.5 - width / 2) / scale()); }
     static float unitsY(int y) { return static_cast<float>((height / 2 - y - 0.5) / scale()); }
 

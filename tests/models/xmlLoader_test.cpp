@@ -191,7 +191,7 @@ TEST_F(XmlLoaderTest, PropertiesSetWhatTheyName) {
     }
 }
 
-// The expected text is the default; # stands for the identifier.
+// The expected text is the default; # is replaced by the identifier.
 TEST_F(XmlLoaderTest, MissingAttributesAndOtherKindsChangeNothing) {
     const struct {
         const char *element;
@@ -450,11 +450,11 @@ TEST_F(XmlLoaderTest, RunningOutOfMemoryReturnsWithALine) {
         const unsigned int blocks = heap.failedMallocs;
         recorder.failAllocation(1, after, 1);
         RVNODE *root = RAVOLT::loadXML("gui.xml");
-        const bool refused = heap.failure.times == 0;
+        const bool failed = heap.failure.times == 0;
         recorder.allocationsWork();
         for (unsigned int i = blocks; i < heap.failedMallocs; ++i)
-            zlfFree(nullptr); // the statistics count refused blocks, too
-        if (!refused) {
+            zlfFree(nullptr); // the statistics count blocks whose allocation failed, too
+        if (!failed) {
             EXPECT_NE(root, nullptr);
             break;
         }

@@ -32,7 +32,7 @@ class EffectPictures : public EngineTest {
         settings.setShadowMapSize(256);
     }
 
-    // Three cubes one behind the other on a floor, under a spot from the upper left.
+    // Three cubes in a row away from the camera, on a floor, under a spot from the upper left.
     void SetUp() override {
         EngineTest::SetUp();
         camera = new RVCAMERA;
@@ -72,8 +72,8 @@ class EffectPictures : public EngineTest {
         RAVOLT::setDOFRange(150);
     }
 
-    // From the second frame on: a mesh that no light was ever picked for leaves its program, also
-    // in the depth pass, and the first lights are picked behind that pass.
+    // From the second frame on: a mesh without a chosen light switches programs off, also
+    // in the depth pass, and the first lights are chosen after that pass.
     void expectPicture(const char *name) {
         drawFrame(camera, root);
         RAVOLT::swap();
@@ -209,7 +209,7 @@ TEST_F(BrightnessPictures, ToneMapping) {
     EXPECT_PICTURE(mapped, "effects_toneMapping", edges);
     EXPECT_EQ(differenceOf(picture(), mapped).maximum, 0);
     // With the exposure 1 a value is shown by its square over what the eye has adapted to. The glow
-    // is added behind that.
+    // is added after that.
     RAVOLT::setBloomingIntensity(0);
     const Picture withoutGlow = picture();
     for (std::size_t column = 0; column < std::size(values); ++column) {

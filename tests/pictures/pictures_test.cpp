@@ -84,7 +84,7 @@ class PictureTest : public EngineTest {
         return light;
     }
 
-    // Three frames of the same are the same: the first one left nothing behind.
+    // Three frames of the same scene are equal: the first one has no influence on the others.
     void expectPicture(RVNODE *root, const char *name, const Tolerance &tolerance = edges) {
         drawFrame(camera, root);
         const Picture first = readFrame();

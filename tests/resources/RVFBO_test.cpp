@@ -602,7 +602,7 @@ TEST_F(ShadedTarget, BlurWithoutItsParametersDrawsNothing) {
 
 // --- luminance
 
-// Whichever target is asked, the scene is measured, and no frame before counts.
+// With any target the scene is measured, without those of earlier frames.
 TEST_F(ShadedTarget, TheLuminanceOfOneColourIsItsOwnAlsoAboveWhite) {
     for (const std::array<float, 3> &color : {std::array{0.5f, 0.25f, 1.0f},
                                               {4.0f, 2.0f, 8.0f},

@@ -48,7 +48,8 @@ class TextureCalls : public SilentEngineTest {
         RAVOLT::pushVideoMemory(RAVOLT::getFreeVideoMemory() - bytes);
     }
 
-    // Ends the lie, and the count of a live block that the failed call has left.
+    // Ends the simulated failure, and corrects the number of live blocks, which counts the failed
+    // call.
     void allocationsWork() {
         recorder.allocationsWork();
         zlfFree(nullptr);

@@ -252,7 +252,7 @@ TEST_F(ElementTest, EmptySlotsAmongTheChildrenAreSkipped) {
 
 // --- Nodes with the fields of another class
 
-// Memory that says "yes" wherever a field was not written.
+// Memory in which every unwritten field is true.
 struct Filled {
     Filled() { std::memset(bytes, 1, sizeof bytes); }
     RVNODE *copyOf(const RVNODE &node) { return new (bytes) RVNODE(node); }
@@ -545,7 +545,7 @@ TEST_F(ElementTest, SkinnedRootHasNoSkeletonSpace) {
 
 // From an identity through the parent's own transform down to each bone, whose matrix is read
 // there; other nodes are only traversed. A bone without a node of its name is not read. The pass
-// itself, its matrix too, goes on as before.
+// itself, its matrix too, continues as before.
 TEST_F(ElementTest, SkeletonPassReadsEachBoneInTheSpaceOfTheParent) {
     root->setPosition(1, 0, 0);
     RVNODE *joint = place(new RVNODE);

@@ -360,7 +360,7 @@ TEST_F(TreeTest, DisplayTreeIndentsByTwo) {
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVNODE::displayTree\n");
 }
 
-// One line a node, cut where it would be longer than the log takes.
+// One line a node, truncated to the length that the log accepts.
 TEST_F(NodeTest, DisplayTreeRecursiveLogsFromItsDepthAndCutsItsLines) {
     RVNODE *node = make(std::string(255, 'n'));
     EXPECT_EQ(RVNODE::displayTreeRecursive(nullptr, 3), nullptr);

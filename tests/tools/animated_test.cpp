@@ -48,7 +48,7 @@ bool isSkinned(const aiScene &scene, const aiMesh &mesh) {
     });
 }
 
-// The value of a channel's keys at that time; outside of them as the channel says.
+// The value of a channel's keys at that time; outside of them by the channel's rule.
 template <class Key>
 auto valueAt(const Key *keys, unsigned int number, aiAnimBehaviour before, aiAnimBehaviour after,
              double ticks) -> decltype(keys->mValue) {
@@ -100,8 +100,8 @@ class Reference {
         place(*scene.mRootNode, Affine());
     }
 
-    // Of nodes whose names are their own. A node that holds a skinned mesh is not looked at: its
-    // name may be that of the mesh, which stands with the skeleton.
+    // Of nodes whose names are their own. A node with a skinned mesh is ignored: its
+    // name may be that of the mesh, which is with the skeleton.
     std::map<std::string, Vector> nodes() const {
         std::map<std::string, int> number;
         std::map<std::string, Vector> result;
@@ -214,7 +214,7 @@ class Reference {
             if (weights > 0)
                 result.push_back(sum * (1 / weights));
             else if (lost[v])
-                result.push_back(Vector{} * std::nan("")); // nothing says where it is
+                result.push_back(Vector{} * std::nan("")); // its position is undefined
             else
                 result.push_back(places.at(&node)(Vector(mesh.mVertices[v])));
         }
@@ -407,8 +407,8 @@ struct Outcome {
     Errors errors;
 };
 
-// The file as assimp reads it. Polygons are cut into triangles, which keeps all corners and their
-// order.
+// The file as assimp reads it. Polygons are divided into triangles, which preserves all corners and
+// their order.
 const aiScene &asStated(Assimp::Importer &importer, const fs::path &file) {
     importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);

@@ -219,7 +219,7 @@ TEST(CommandLine, ReadsTexturesElsewhereOnRequestAlone) {
     EXPECT_TRUE(fs::exists("wall_d.tga"));
 }
 
-TEST(CommandLine, UsesTheAlphaOfTexturesAsTheCallerSays) {
+TEST(CommandLine, UsesTheAlphaOfTexturesAsTheCallerRequests) {
     writeAlphas("leaf.tga", {255, 120, 130, 0});
     writeSquare("Kd 1 1 1\nmap_Kd leaf.tga\n");
     for (const auto &[word, alphas] :
@@ -459,7 +459,7 @@ TEST(CommandLine, WarnsOfAClipOfAnotherModel) {
 }
 
 // Word for word but for the names, which are placeholders.
-TEST(CommandLine, MakesAVideoAsTheHelpSays) {
+TEST(CommandLine, MakesAVideoAsInTheHelp) {
     writeMovingSquare("move.x");
     const std::string help = run("shot --help").out;
     const auto lineFrom = [&](const std::string &start) {

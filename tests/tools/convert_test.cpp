@@ -280,7 +280,7 @@ void expectAlphas(const Made &made, const Alphas &expected) {
     }
 }
 
-TEST(Convert, BlendsOrCutsOutAsAGltfMaterialSays) {
+TEST(Convert, BlendsOrCutsOutAsAGltfMaterialStates) {
     const auto expect = [](const std::string &mode, unsigned char alpha, const Alphas &written) {
         SCOPED_TRACE(mode + std::to_string(alpha));
         writeTexture("c.tga", 1, {1, 2, 3, alpha});
@@ -295,7 +295,7 @@ TEST(Convert, BlendsOrCutsOutAsAGltfMaterialSays) {
 }
 
 // In a format that does not define the alpha of textures.
-TEST(Convert, UsesAlphaByItsPixelsOrAsTheCallerSays) {
+TEST(Convert, UsesAlphaByItsPixelsOrAsTheCallerRequests) {
     ConvertOptions options = optionsOf("m.obj");
     const auto expect = [&](AlphaUse use, const Alphas &alphas, const Alphas &written,
                             const Lines &notes = {}) {

@@ -1,5 +1,5 @@
-// Real models that nobody here made. Each is either drawn, or refused with one line, as corpus.tsv
-// says.
+// Models of other authors. Each is either drawn, or rejected with one line, as listed in
+// corpus.tsv.
 //
 // RAVOLT_CORPUS_RENEW=FILE appends what was found, as lines of corpus.tsv, to FILE.
 // RAVOLT_CORPUS_PICTURES=FOLDER writes the pictures there.

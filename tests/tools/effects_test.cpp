@@ -277,7 +277,7 @@ TEST_F(EffectsOnStage, DepthOfFieldBlursWhatIsOutOfFocus) {
     EXPECT_LT(sharpness(shoot(effects)), 0.5 * plain);
 }
 
-TEST_F(EffectsOnStage, FocusGoesFromFrontToBack) {
+TEST_F(EffectsOnStage, FocusMovesFromFrontToBack) {
     Effects effects = with({Effect::depthOfField});
     effects.set(EffectParameter::focusDepth, 0.3);
     effects.set(EffectParameter::focus, 0.15);

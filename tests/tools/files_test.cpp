@@ -76,7 +76,7 @@ Image withAlphas(const std::vector<std::pair<unsigned char, unsigned int>> &alph
 
 TEST(Images, ShowThePurposeOfTheirAlpha) {
     EXPECT_EQ(alphaOf(withAlphas({{255, 16}})), Alpha::opaque);
-    EXPECT_EQ(alphaOf(withAlphas({{0, 16}})), Alpha::opaque); // nobody filled it in
+    EXPECT_EQ(alphaOf(withAlphas({{0, 16}})), Alpha::opaque); // not filled in
     EXPECT_EQ(alphaOf(withAlphas({{128, 16}})), Alpha::blended);
     EXPECT_EQ(alphaOf(withAlphas({{247, 996}, {0, 4}})), Alpha::opaque);
     EXPECT_EQ(alphaOf(withAlphas({{247, 995}, {8, 5}})), Alpha::cutout);

@@ -24,7 +24,7 @@ constexpr char firstCharacter = 0x20, lastCharacter = 0x7e, cursor = 0x7f;
 
 // --- The command
 
-// The first place where a part stands changes; it has to be there.
+// Replaces the first occurrence of a part, which must exist.
 std::string replaced(std::string text, const std::string &part, const std::string &by) {
     const std::size_t start = text.find(part);
     EXPECT_NE(start, std::string::npos);

@@ -235,7 +235,7 @@ std::string number(std::uint32_t value) {
     return bytes;
 }
 
-TEST(Import, SaysThatAFileIsCutOff) {
+TEST(Import, ReportsATruncatedFile) {
     using namespace std::string_literals;
     const std::string scene = R"({"asset":{"version":"2.0"}}  )";
     const std::string glb = "glTF" + number(2) + number(20 + 29 + 8 + 100) + number(29) + "JSON" +

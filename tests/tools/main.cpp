@@ -1,4 +1,4 @@
-// The engine's log is kept off the tests' output.
+// Redirects the engine's log away from the tests' output.
 
 #include <gtest/gtest.h>
 #include <ravolt/zlf.h>

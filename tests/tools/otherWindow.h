@@ -1,6 +1,6 @@
 #pragma once
 
-// The window of another program on the X server: what its title says, and keys pressed in it.
+// The window of another program on the X server: its title, and simulated keys.
 
 #include <memory>
 #include <string>

@@ -81,7 +81,7 @@ inline void writeSquare(const std::string &material = "Kd 1 1 1\n",
     writeFile(model, squareObj(library, "a"));
 }
 
-// A square that rises by one, or as the digit says, in a tenth of a second.
+// A square that rises by one, or by the digit, in a tenth of a second.
 inline void writeMovingSquare(const fs::path &file, const std::string &membersOfMesh = "",
                               char rise = '1') {
     writeFile(file, R"(xof 0303txt 0032

@@ -87,7 +87,7 @@ TEST_F(TerrainCommand, MakesAFolderWithAllThatTheEngineLoads) {
     EXPECT_EQ(file.bytesAfterwards, 0u);
 }
 
-TEST_F(TerrainCommand, DefaultsMakeAPlaceWithWaterAndLand) {
+TEST_F(TerrainCommand, DefaultsCreateATerrainWithWaterAndLand) {
     ASSERT_EQ(run("terrain hills.png -o out --no-textures").code, 0);
     std::size_t below = 0, all = 0;
     float lowest = 0, highest = 0;
@@ -194,7 +194,7 @@ TEST_F(TerrainCommand, TakesRawValuesAndTiles) {
     EXPECT_NEAR(lowest, -100 / 92.6, 0.1);
 }
 
-TEST_F(TerrainCommand, MakesUpAnIslandAndTellsWhereItsSquareIs) {
+TEST_F(TerrainCommand, CreatesAnIslandAndPrintsThePositionOfItsSquare) {
     const Outcome result = run("terrain --island 20 -o out --no-textures");
     EXPECT_EQ(result.code, 0) << result.err;
     double x = 0, y = 0, z = 0, radius = 0;
@@ -210,7 +210,7 @@ TEST_F(TerrainCommand, MakesUpAnIslandAndTellsWhereItsSquareIs) {
             }
 }
 
-TEST_F(TerrainCommand, QuietSaysNothing) {
+TEST_F(TerrainCommand, QuietPrintsNothing) {
     const Outcome result = run("terrain hills.png -o out --no-textures -q");
     EXPECT_EQ(result.code, 0);
     EXPECT_EQ(result.out + result.err, "");

@@ -210,7 +210,7 @@ TEST_F(TerrainGeometry, TextureCoordinatesRunOnceOverAChunk) {
         }
 }
 
-TEST_F(TerrainGeometry, EveryChunkStandsOnceInTheGridAndItsVerticesAreThoseOfTheHeights) {
+TEST_F(TerrainGeometry, EveryChunkIsOnceInTheGridAndItsVerticesAreThoseOfTheHeights) {
     std::set<std::pair<unsigned int, unsigned int>> places;
     for (const Chunk &chunk : file.chunks) {
         EXPECT_TRUE(places.insert({chunk.gridX, chunk.gridY}).second);

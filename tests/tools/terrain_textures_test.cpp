@@ -14,7 +14,7 @@ namespace {
 using namespace ravolt::tool::terrain;
 using terrain_test::textsOf;
 
-// A texture as the engine reads it: bytes 12 to 17 of the file tell its shape.
+// A texture as the engine reads it: bytes 12 to 17 of the file state its size.
 struct Picture {
     unsigned int width = 0, height = 0, channels = 0;
     std::vector<unsigned char> bytes; // B G R [A]
@@ -45,7 +45,7 @@ Files filesBy(const std::function<void(const FileSink &)> &make) {
     return files;
 }
 
-// The largest step between neighbours that lie `border` apart: inside the picture, or over its
+// The largest step between neighbours with the distance `border`: inside the picture, or over its
 // border.
 double largestStep(const Picture &picture, bool alongX, bool overBorder) {
     double largest = 0;
@@ -110,7 +110,7 @@ TEST(TerrainTextures, HeightsFillTheAlphaOfADiffuseMap) {
 }
 
 // Level ground of each layer, by its own normal map in its own frame, is lit as much from either
-// side, and brighter the higher the light stands.
+// side, and brighter the higher the light is.
 TEST(TerrainTextures, LevelGroundOfEveryLayerIsLitAsLevelGround) {
     const Files files = filesBy([](const FileSink &sink) { makeGroundTextures(128, sink); });
     const float levelHeights[] = {20, 90, -9};

@@ -171,7 +171,7 @@ class OutputFolder {
     ~OutputFolder() {
         std::error_code error;
         if (made)
-            fs::remove(folder, error); // only an empty one goes
+            fs::remove(folder, error); // fails if it is not empty
     }
     OutputFolder(const OutputFolder &) = delete;
     OutputFolder &operator=(const OutputFolder &) = delete;

@@ -17,7 +17,7 @@ inline Vector cross(const Vector &a, const Vector &b) { return a ^ b; }
 // More exact than Length(), by which the longer of two equal axes would be another one.
 inline double length(const Vector &v) { return std::hypot(v.x, v.y, v.z); }
 
-// Of length 1; a vector without a direction gives `otherwise`.
+// The vector scaled to length 1; `otherwise` for a vector without a direction.
 Vector unit(const Vector &v, const Vector &otherwise = {});
 bool isFinite(const Vector &v);
 std::array<float, 3> floatsOf(const Vector &v);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Reads a model file by assimp and cleans what it gives, so that the rest of the conversion can
+// Reads a model file by assimp and cleans the result, so that the rest of the conversion can
 // trust every index and every number: triangles with vertices that do not exist or that lie
 // nowhere are dropped, and so are weights of such vertices. Everything dropped is reported.
 
@@ -38,7 +38,7 @@ class Model {
     bool hasTextureTransforms() const {
         return linearColors && hasFault(AssimpFault::gltf2TextureTransforms);
     }
-    // Whether the format has a word on what the alpha of a texture means.
+    // Whether the format defines the meaning of a texture's alpha.
     bool saysAlpha() const { return alphaSaid; }
 
   private:

@@ -1,6 +1,6 @@
 // Colours come from models in many conventions. What reaches the scene are colours for OpenGL's
 // fixed-function light: ambient and diffuse reflection as shown on the screen, a highlight only
-// where the model asks for one, and an opacity in `transparency`.
+// if the model has one, and an opacity in `transparency`.
 
 #include "tools/convert/materials.h"
 

@@ -1,4 +1,4 @@
-// Invariant: no path leaves this file that mayRead does not allow.
+// Invariant: every path that this file returns is allowed by mayRead.
 
 #include "tools/convert/modelFiles.h"
 
@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The endings that are tried where a texture's file has another one than the model says, the
+// The endings that are tried where a texture's file has another one than the model states, the
 // likeliest first.
 constexpr const char *pictureExtensions[] = {
     ".png", ".jpg", ".jpeg", ".tga", ".bmp",  ".dds", ".gif", ".psd", ".tif", ".tiff",

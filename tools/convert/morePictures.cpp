@@ -31,7 +31,7 @@ void start() {
 
 using Wand = std::unique_ptr<MagickWand, decltype(&DestroyMagickWand)>;
 
-// A format in front of the name keeps the library from looking for one in the bytes.
+// With a format as prefix of the name the library does not detect one from the bytes.
 Wand wandFor(const char *format) {
     Wand wand(NewMagickWand(), &DestroyMagickWand);
     MagickSetFilename(wand.get(), (std::string(format) + ":picture").c_str());

@@ -106,7 +106,7 @@ Placement decompose(const Affine &local, const Matrix &parentResidual) {
 }
 
 Placement turnedNear(const Placement &placement, const Vector &near) {
-    constexpr double lockedWithin = 1e-4; // degrees; single precision says nothing about the rest
+    constexpr double lockedWithin = 1e-4; // degrees; single precision does not determine the rest
     Vector degrees = placement.degrees;
     const Vector first = degreesFromRotation(rotationFromDegrees(degrees)); // |y| at most 90
     if (90 - std::abs(first.y) < lockedWithin)

@@ -177,7 +177,7 @@ class Baker {
         return inOrder(corners);
     }
 
-    // White alone says nothing: programs write it where nobody has painted.
+    // White alone has no meaning: programs write it for meshes without painted colours.
     void sortMeshes() {
         for (unsigned int i = 0; i < scene.mNumMeshes; ++i) {
             aiMesh &mesh = *scene.mMeshes[i];

@@ -1,5 +1,5 @@
 // Lights of the rigs are directional. The position of such a light has no effect, except that the
-// engine draws a small pyramid there: so they all stand behind the camera, and the first one
+// engine draws a small pyramid there: so they are all behind the camera, and the first one
 // nearest to the scene, since programs go by the nearest light alone.
 //
 // The engine leaves OpenGL lights on that an object does not need any more. So there are always

@@ -1,5 +1,5 @@
-// The reader stays inside the file whatever its counts say: it stops where the file ends early, and
-// then there are no skins.
+// The reader never reads beyond the file, independent of its counts: it stops where the file ends
+// early, and then there are no skins.
 
 #include "tools/stage/skins.h"
 

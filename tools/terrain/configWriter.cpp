@@ -8,7 +8,7 @@ namespace ravolt::tool::terrain {
 
 namespace {
 
-// GEOMETRY stands first: the other elements act on what it creates.
+// GEOMETRY is first: the other elements act on what it creates.
 class Xml {
   public:
     void open(const char *name) {

@@ -8,7 +8,7 @@
 
 namespace ravolt::tool::terrain {
 
-constexpr unsigned int terrainLevels = 6; // of detail: the engine tells that many apart
+constexpr unsigned int terrainLevels = 6; // of detail: the engine supports that many
 
 // Vertices a side of a chunk: 32 and more cells that halve five times, and indices of 16 bits.
 constexpr std::array<unsigned int, 6> chunkSizes = {65, 97, 129, 161, 193, 225};

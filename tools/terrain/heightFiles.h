@@ -23,7 +23,7 @@ struct HeightFile {
     Heights heights;
     bool coarse = false;       // 8 bits, whose steps show as terraces
     double stepsPerSample = 0; // how many steps of the values are as long as the way from one to
-                               // the next, where the format says so: metres; 0 where it does not
+                               // the next, if the format states it: metres; 0 where it does not
     std::size_t filled = 0;    // values that were missing
 };
 

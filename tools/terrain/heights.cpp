@@ -24,8 +24,8 @@ float catmullRom(float distance) {
 
 float tent(float distance) { return std::max(0.0f, 1 - std::fabs(distance)); }
 
-// Beyond its ends the line goes on as its mirror image in the last value, upside down, so that
-// slopes go on.
+// Beyond its ends the line continues as its mirror image in the last value, upside down, so that
+// slopes continue.
 void addTap(Taps &taps, int i, int last, float weight) {
     const auto at = [&](int place) -> float & {
         return taps.weights[static_cast<unsigned int>(std::clamp(place, 0, last)) - taps.first];

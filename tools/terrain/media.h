@@ -27,7 +27,7 @@ inline constexpr const char *waterDudv = "water_dudv.tga";
 // ground.h.
 void makeGroundTextures(unsigned int side, const FileSink &sink);
 
-// The sun stands at +X, 35 degrees up; the moon at -X. U goes round, V up to the zenith, and a
+// The sun is at +X, 35 degrees up; the moon at -X. U goes round, V up to the zenith, and a
 // fifth of it is below the horizon.
 void makeSkies(unsigned int side, const FileSink &sink);
 

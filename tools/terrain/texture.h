@@ -35,7 +35,7 @@ class Texture {
     std::vector<unsigned char> pixels;
 };
 
-// A grid of numbers that goes on at its other side.
+// A grid of numbers that wraps around.
 class TiledField {
   public:
     // `value(u, v)` for each point of the grid, u and v from 0 to 1.

@@ -38,7 +38,7 @@ class Descriptor {
     int number;
 };
 
-// What /dev/stdout and its like lead to: an open file, whatever its name is.
+// The open file that /dev/stdout and the like refer to, independent of its name.
 bool isOpenFile(const fs::path &target) { return target.string().rfind("/proc/", 0) == 0; }
 
 // Where a chain of links ends, whether there is a file or not.

@@ -139,7 +139,7 @@ Vec pixelStage(const Variant &variant, const ProgramScene &scene, const Varyings
         trace.visited.insert("reached by a quarter");
     if (!trace.above(sum, 0.1, color.w > 0 ? "reached" : "reached outside the cone"))
         color = {};
-    // A depth texture read as luminance has an alpha of 1, whatever the comparison gave.
+    // A depth texture read as luminance has an alpha of 1, with any result of the comparison.
     return ambient * texel + Vec{sum, sum, sum, 1} * texel * color;
 }
 
@@ -215,7 +215,7 @@ void setNormals(ProgramScene &scene) {
 
 class LightingProgram : public ProgramTest, public testing::WithParamInterface<Variant> {};
 
-TEST_P(LightingProgram, ComputesWhatItsFormulaSays) {
+TEST_P(LightingProgram, ComputesItsFormula) {
     const Variant &variant = GetParam();
     ProgramScene scene = sceneFor(variant);
     place(scene);

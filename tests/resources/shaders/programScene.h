@@ -46,7 +46,7 @@ struct Image {
     static Image random(int width, int height, unsigned int seed, double low, double high);
 };
 
-// A depth texture that gives the comparison: 1 where the third coordinate is not above the depth.
+// A depth texture with comparison: 1 where the third coordinate is not above the depth.
 struct DepthImage {
     int width = 0, height = 0;
     std::vector<double> depths;
@@ -149,7 +149,7 @@ class ProgramTest : public EngineTest {
                                  ProgramScene scene, const VertexReference &vertexReference,
                                  const PixelReference &pixelReference);
 
-    // Puts the corners at these places of the screen (-1 to 1) and distances from the eye, for the
+    // Sets the corners to these screen positions (-1 to 1) and distances from the eye, for the
     // scene's modelview matrix, and a perspective that fits.
     static void place(ProgramScene &scene);
 };

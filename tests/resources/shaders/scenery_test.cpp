@@ -112,7 +112,7 @@ ProgramScene waterScene(double cameraHeight) {
     scene.integers["repeat"] = 3;
     for (int i = 0; i < 3; ++i) {
         scene.corners[i].texCoord[0] = texCoordAt(i);
-        scene.corners[i].color = {0.37, 0.9, 0.1, 0.5}; // the time, and what nobody reads
+        scene.corners[i].color = {0.37, 0.9, 0.1, 0.5}; // the time, and unused values
     }
     return scene;
 }

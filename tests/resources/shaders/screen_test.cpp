@@ -193,7 +193,7 @@ TEST_F(ScreenProgram, SkyIsBrightenedByAFifthOfTheAmbientLight) {
         true);
 }
 
-TEST_F(ScreenProgram, PassthroughGivesTheColour) {
+TEST_F(ScreenProgram, PassthroughWritesTheColour) {
     const auto color = [](const auto &, const auto &in, Trace &) { return in.at("color"); };
     ProgramScene scene = pictureScene(0);
     expectPair("passthroughVS.glsl", "passthroughPS.glsl", scene, through, color);

@@ -13,7 +13,7 @@
 namespace ravolt::test {
 namespace {
 
-// Compiles and links the two texts with the reference compiler; what it says but for file names.
+// Compiles and links the two texts with the reference compiler; its messages without file names.
 std::string secondOpinion(const char *vertexText, const char *pixelText, int &result) {
     writeFile("stage.vert", vertexText);
     writeFile("stage.frag", pixelText);
