@@ -1,3 +1,5 @@
+// Loads the control panel, applies the values of its widgets, and updates its texts.
+
 #include "panel.h"
 
 #include "common.h"

@@ -77,14 +77,14 @@ TEST_F(TerrainConfigTest, WhatIsNoFileIsRefused) {
 
 TEST_F(TerrainConfigTest, WithoutMemoryTheFileIsRefused) {
     writeFile("land.xml", "<R><A>1</A></R>");
-    unsigned int refusals = 0;
-    for (std::string result = "refused"; result == "refused"; ++refusals) {
-        recorder.failAllocation(1, refusals, 1);
+    unsigned int failures = 0;
+    for (std::string result = "refused"; result == "refused"; ++failures) {
+        recorder.failAllocation(1, failures, 1);
         result = readConfig();
         recorder.allocationsWork();
-        ASSERT_LT(refusals, 1000u);
+        ASSERT_LT(failures, 1000u);
     }
-    EXPECT_GT(refusals, 1u);
+    EXPECT_GT(failures, 1u);
 }
 
 } // namespace

@@ -1,3 +1,5 @@
+// Draws the characters of a small font into a texture.
+
 #include "tests/gui/pixelFont.h"
 
 #include "ravolt/RVFONT.h"

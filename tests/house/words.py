@@ -28,6 +28,14 @@ WORDS = {
     r"hindrances?": "unsupportedReason",
     r"pull_in": "collapse",
     r"quiet_start": "log redirection",
+    r"let_pass": "advanceClock",
+    r"lied_to|(driver|sdl)_lies": "override, simulate",
+    r"forgiv(e|es|en|ing)": "suppress",
+    r"drain_known": "expect",
+    r"told_[a-z]+": "fake, logged",
+    r"in_silence": "silent",
+    r"make_room": "reserve",
+    r"largest_render_list": "maxRenderListEntries",
 }
 FIRST_WORDS = {  # of a name with more than one part
     r"most|deepest": "max",
@@ -72,7 +80,9 @@ def self_test():
                             "int maxBones, atLeast, TALKATIVE, stringer;\n",
             "tests/golden/a.png": ""}
     bad = ["int mostBones;", "void takeInForce();", "bool IsStiff;", "// The rungs of it.",
-           "TEST(Video, AFilmLoads)", "ask_for_context", "HTTPTalk", "leastOf"]
+           "TEST(Video, AFilmLoads)", "ask_for_context", "HTTPTalk", "leastOf", "clock.letPass(1);",
+           "TEST(Recorder, DriverLies)", "struct RecorderInSilence", "forgiveUnits",
+           "std::string toldError;", "makeRoom"]
     return (not list(faults(good)) and list(faults({"tools/makeFilm.sh": ""})) and
             all(len(list(faults({**good, "engine/b.h": text}))) == 1 for text in bad))
 

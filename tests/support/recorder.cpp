@@ -73,9 +73,9 @@ void Recorder::mark(const std::string &name) {
 }
 
 void Recorder::reset() {
-    const bool forgiven = hidden->unitErrorsSuppressed;
+    const bool suppressed = hidden->unitErrorsSuppressed;
     *hidden = State();
-    hidden->unitErrorsSuppressed = forgiven;
+    hidden->unitErrorsSuppressed = suppressed;
     ownClock = {};
     allocationsWork();
 }
