@@ -177,6 +177,10 @@ TEST_F(BoxState, HasTextureProgramAndBlendingInTheFillAndOnlyBlendingInTheBorder
                 };
                 check(1);
                 check(0);
+                if (itsTexture) {
+                    EXPECT_FALSE(calls().contains(Call("glDisable", GL_TEXTURE_2D)))
+                        << "without a border";
+                }
             }
 }
 

@@ -100,7 +100,7 @@ void expectChanged(const RVBOX &box) {
     EXPECT_TRUE(box.isClicked());
 }
 
-TEST_F(BoxTest, KeepsWhatIsSet) {
+TEST_F(BoxTest, StoresWhatIsSet) {
     change(*box);
     expectChanged(*box);
     box->setSizeX(30);
@@ -243,7 +243,7 @@ TEST_F(BoxTest, ClampsAStepToItsLimits) {
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(BoxTest, ReportsLimitsWithoutASteps) {
+TEST_F(BoxTest, ReportsAMissingStep) {
     int step = 5;
     EXPECT_FALSE(box->checkLimits(nullptr, &step));
     EXPECT_FALSE(box->checkLimits(&step, nullptr));

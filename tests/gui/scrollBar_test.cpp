@@ -247,6 +247,7 @@ TYPED_TEST(ScrollBarTest, HasNoCursorWithoutMemory) {
     this->recorder.allocationsWork();
     EXPECT_EQ(bar->getCursor(), nullptr);
     EXPECT_EQ(bar->getNumberOfChildren(), 0u);
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for the cursor @ RVSCROLLBAR::RVSCROLLBAR\n");
 }
 
 } // namespace

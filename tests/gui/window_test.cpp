@@ -194,7 +194,7 @@ TEST_F(WindowTest, PassesCaptionAndFontToItsTitleBar) {
     EXPECT_EQ(textOfDrawing(), "") << "not in the body";
 }
 
-TEST_F(WindowTest, LivesWithoutItsTitleBar) {
+TEST_F(WindowTest, WorksWithoutItsTitleBar) {
     window->write("x");
     erase(title);
     EXPECT_EQ(window->getTitleBar(), nullptr);
@@ -209,7 +209,7 @@ TEST_F(WindowTest, LivesWithoutItsTitleBar) {
     EXPECT_NOTHING_LOGGED();
 }
 
-TEST_F(WindowTest, LivesWithoutItsScrollBar) {
+TEST_F(WindowTest, WorksWithoutItsScrollBar) {
     RVBOX *const lower = addBox(0, 200, 10, 10, window);
     RVBOX *const upper = addBox(0, 0, 10, 10, window);
     erase(bar);
@@ -238,6 +238,8 @@ TEST_F(WindowTest, IsMadeWithoutMemoryForItsBars) {
     recorder.failAllocation(sizeof(RVBOX));
     RVWINDOW *const made = new (memory) RVWINDOW;
     recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory for the title bar @ RVWINDOW::RVWINDOW\n"
+                          "   [!] Out of memory for the scroll bar @ RVWINDOW::RVWINDOW\n");
     EXPECT_EQ(made->getTitleBar(), nullptr);
     EXPECT_EQ(made->getScrollBar(), nullptr);
     EXPECT_EQ(made->getNumberOfChildren(), 0u);
