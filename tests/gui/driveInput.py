@@ -53,6 +53,7 @@ class Application:
         self.lines = queue.Queue()
         self.state = {}
         threading.Thread(target=self._read, daemon=True).start()
+        self.expect("the first frame", clicks="0")  # the splash has a window of its own
         self.window = self._find_window()
 
     def _read(self):
