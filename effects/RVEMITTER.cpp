@@ -256,8 +256,9 @@ void RVEMITTER::setNumberOfParticles(int number) {
     if (maxEnergy == 0)
         zlfLog("   [!] Maximum energy for particles too low @ RVEMITTER::initialize()\n");
     numberOfParticles = static_cast<unsigned int>(wanted);
-    numberbOfParticlesUsed =
-        static_cast<int>(std::clamp<std::int64_t>(numberbOfParticlesUsed + delta, 0, INT32_MAX));
+    // On purpose: negative where a copy has released the same particles.
+    numberbOfParticlesUsed = static_cast<int>(
+        std::clamp<std::int64_t>(numberbOfParticlesUsed + delta, INT32_MIN, INT32_MAX));
     initialized = true;
 }
 

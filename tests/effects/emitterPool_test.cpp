@@ -278,6 +278,18 @@ TEST_F(EmitterPool, CopiesShareTheirParticlesAndReleaseNothing) {
     EXPECT_EQ(assigned->getTexture(), nullptr);
 }
 
+// Both subtract what one has added.
+TEST_F(EmitterPool, CountIsNegativeAfterACopyHasReleasedTheSameParticles) {
+    emitter->setNumberOfParticles(5);
+    RVEMITTER copy(*emitter);
+    emitter->setNumberOfParticles(0);
+    copy.setNumberOfParticles(0);
+    expectUse(0, -5);
+    emitter->setNumberOfParticles(3);
+    expectUse(3, -2);
+    EXPECT_NOTHING_LOGGED();
+}
+
 TEST_F(EmitterPool, MaximumEnergyOfZeroIsLogged) {
     writeFile("zero.xml", "<emitter><maxEnergy value=\"0\"/></emitter>");
     ASSERT_TRUE(emitter->load("zero.xml"));
