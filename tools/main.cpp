@@ -20,8 +20,9 @@ using namespace ravolt::tool;
 constexpr std::array commands = {
     Command{"convert", "Make a scene file (RVE), with textures (TGA) and clips (RVA), of a model",
             addConvert},
-    Command{"view", "Show a scene or a model in a window", addView},
-    Command{"shot", "Draw pictures of a scene or a model, without a display too", addShot},
+    Command{"view", "Show a scene, a model or an emitter in a window", addView},
+    Command{"shot", "Draw pictures of these, terrains and interfaces, without a display too",
+            addShot},
     Command{"terrain", "Make a terrain with its textures, water and sky of a map of heights",
             addTerrain},
     Command{"font", "Make the texture and the kerning file of a font", addFont},

@@ -282,12 +282,6 @@ TEST_F(StageTest, ShowsAModelOfAHundredLevels) {
     EXPECT_GT(coverage(open.shoot()), 0.05);
 }
 
-TEST_F(StageTest, DistinguishesScenesFromModels) {
-    EXPECT_TRUE(isScene("scene.rve"));
-    EXPECT_FALSE(isScene("m.obj"));
-    EXPECT_EQ(failureOf([] { isScene("missing"); }), "missing: no such file");
-}
-
 // With what SDL reports, or nothing, the engine would load the textures of a larger scene anew in
 // each frame.
 TEST_F(StageTest, HasMemoryForTheTexturesOfALargeSceneAndStatesWhyASceneIsBad) {

@@ -16,10 +16,12 @@ void say(const Report &report, const Verbosity &verbosity) {
 
 SceneToShow::SceneToShow(const ShowOptions &wanted, const Verbosity &verbosity)
     : clip(wanted.clip) {
-    if (isScene(wanted.input))
-        inputFiles.add(scene = wanted.input);
-    else
+    if (wanted.content == Content::model)
         convert(wanted, verbosity);
+    else
+        inputFiles.add(scene = wanted.input);
+    if (wanted.content == Content::emitter)
+        return; // it has neither skins nor clips
     sceneSkins = readSkins(scene);
     clipFiles = clipsBeside(scene);
     if (isClipFile(clip))

@@ -9,14 +9,29 @@
 
 namespace ravolt::tool {
 
+class Landscape;
 class Playback;
+class SceneToShow;
 
 // How the engine is started for the effects; with `programs` even if none of them is on yet.
 Drawing drawingFor(const ShowOptions &options, bool programs);
 
 // Throws WrongOptions for a rig that the scene does not have. Warns of effects that the display
 // cannot do.
-void arrange(Stage &stage, const ShowOptions &options, const Verbosity &verbosity);
+void arrange(Stage &stage, const ShowOptions &options);
+
+// The same for a terrain.
+void arrange(Landscape &landscape, const ShowOptions &options);
+
+// A loaded scene; an emitter has its root above it.
+struct LoadedScene {
+    RVNODE *root = nullptr;
+    RVEMITTER *emitter = nullptr;
+};
+LoadedScene load(Engine &engine, const SceneToShow &scene, const ShowOptions &options);
+
+// Of the window that shows all widgets: the engine is started to load them.
+WindowSize sizeOfInterface(const ShowOptions &options);
 
 // With bloom, and without --brightness, raises the brightness until some of the scene glows. Call
 // it after `arrange`.

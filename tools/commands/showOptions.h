@@ -4,6 +4,8 @@
 
 #include "tools/commands/effectOptions.h"
 #include "tools/commands/options.h"
+#include "tools/common/algebra.h"
+#include "tools/stage/content.h"
 #include "tools/stage/engine.h"
 
 #include <filesystem>
@@ -13,9 +15,14 @@
 namespace ravolt::tool {
 
 struct ShowOptions {
-    std::filesystem::path input; // a scene, or a model
+    std::filesystem::path input;
+    Content content = Content::model; // of the input, once it is known
     WindowSize size;
     std::string sizeText = "960x640"; // before it is parsed
+    bool sizeIsGiven = false;
+    std::optional<int> anisotropy;
+    std::optional<Vector> eye, target; // of a terrain
+    unsigned int seed = 1;             // of an emitter
     int rig = 0;
     std::optional<double> yaw, pitch; // degrees; without them the stage's own
     double zoom = 1;                  // a factor
@@ -36,6 +43,10 @@ void addShow(CLI::App &app, ShowOptions &to);
 
 // Throws WrongOptions for what is out of range.
 void check(const CLI::App &app, const ShowOptions &options);
+
+// What the input is. Throws WrongOptions for an option that has no meaning for it, and Failure for
+// a file that cannot be read.
+Content contentFor(const CLI::App &app, ShowOptions &options);
 
 // Reads --size.
 WindowSize sizeFrom(const std::string &text);

@@ -10,6 +10,7 @@
 #include "tools/process/display.h"
 #include "tools/process/logRedirect.h"
 #include "tools/process/signals.h"
+#include "tools/stage/particles.h"
 #include "tools/stage/picture.h"
 #include "tools/stage/playback.h"
 
@@ -379,7 +380,8 @@ void Viewer::run() {
         if (spinning)
             stage.setYaw(stage.getYaw() + spinDegreesPerSecond * passed);
         changed = advanceClip(passed) || changed;
-        const bool redraw = changed || spinning || stage.getEffects().isOn(Effect::toneMapping);
+        const bool redraw = changed || spinning || options.content == Content::emitter ||
+                            stage.getEffects().isOn(Effect::toneMapping);
         if (redraw) {
             changed = false;
             drawFrame();
@@ -422,16 +424,16 @@ void view(const ViewOptions &options) {
     const LogAtEnd logged(verbosity);
     const std::string title = "ravolt - " + options.input.filename().string();
     Engine engine(options.size, title, true, LogRedirect::log(), drawingFor(options, true));
-    RVNODE *root = engine.load(scene.file());
-    Stage stage(root);
-    Playback playback(root, scene.clips(), scene.skins());
+    const LoadedScene loaded = load(engine, scene, options);
+    Stage stage(loaded.root);
+    Playback playback(loaded.root, scene.clips(), scene.skins());
     if (!options.clip.empty())
         playback.choose(scene.requestedClip());
     else
         chooseFirst(playback, verbosity);
     warnOfMissingNodes(playback, verbosity);
-    stage.setSphere(playback.sphere());
-    arrange(stage, options, verbosity);
+    stage.setSphere(loaded.emitter ? sphereAround(*loaded.emitter) : playback.sphere());
+    arrange(stage, options);
     removeBrokenTextures(verbosity);
     Viewer(stage, playback, options, title, pictures).run();
 }
@@ -449,6 +451,10 @@ std::function<void()> addView(CLI::App &app) {
         requireWithin("--seconds", options->seconds, 0, 1e9);
         options->size = sizeFrom(options->sizeText);
         requireDisplay();
+        const Content content = contentFor(app, *options);
+        if (content == Content::terrain || content == Content::interface)
+            throw Failure(options->input.string(), std::string("is ") + nameOf(content) +
+                                                       ", of which ravolt shot draws pictures");
         view(*options);
     };
 }

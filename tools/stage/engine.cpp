@@ -5,11 +5,14 @@
 #include <algorithm>
 #include <fstream>
 #include <ravolt/RAVOLT.h>
+#include <ravolt/RVEMITTER.h>
 #include <ravolt/RVFBO.h>
 #include <ravolt/RVMATERIAL.h>
 #include <ravolt/RVOPENGL.h>
 #include <ravolt/RVSETTINGS.h>
+#include <ravolt/RVTERRAIN.h>
 #include <ravolt/RVTEXTURE.h>
+#include <string_view>
 
 namespace ravolt::tool {
 
@@ -17,14 +20,18 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// "   [!] Invalid header in file a.rve @ RAVOLT::load" as "invalid header in file a.rve".
+// "   [!] Invalid header in file a.rve @ RAVOLT::load" as "Invalid header in file a.rve", and
+// "   [!] Invalid params @ XML::LOD.LEVEL" as "Invalid params in LOD.LEVEL".
 std::string errorText(const std::string &line) {
     constexpr const char *mark = "[!] ";
-    std::string text = line.substr(line.find(mark) + 4);
+    const std::string text = line.substr(line.find(mark) + 4);
     const std::size_t place = text.rfind(" @ ");
-    if (place != std::string::npos)
-        text.erase(place);
-    return text;
+    if (place == std::string::npos)
+        return text;
+    constexpr std::string_view ofXml = " @ XML::";
+    if (text.compare(place, ofXml.size(), ofXml) == 0)
+        return text.substr(0, place) + " in " + text.substr(place + ofXml.size());
+    return text.substr(0, place);
 }
 
 constexpr int videoMemory = 512; // megabytes
@@ -33,6 +40,12 @@ constexpr int videoMemory = 512; // megabytes
 bool isOfATexture(const std::string &line) {
     return line.find("[!] ") != std::string::npos &&
            (line.ends_with(" @ RVTEXTURE::loadTGA") || line.ends_with(": refused @ RAVOLT::load"));
+}
+
+bool isSoftware() {
+    const char *renderer = reinterpret_cast<const char *>(glGetString(GL_RENDERER));
+    const std::string name = renderer ? renderer : "";
+    return name.find("llvmpipe") != std::string::npos || name.find("softpipe") != std::string::npos;
 }
 
 bool usesTarget() { return RVSETTINGS::getSDLForceFBO() && RVOPENGL::useFBO(); }
@@ -50,6 +63,25 @@ std::string Engine::lastError() const {
     std::string line, last = "the engine gave no reason";
     while (std::getline(log, line))
         if (line.find("[!] ") != std::string::npos)
+            last = errorText(line);
+    return last;
+}
+
+std::size_t Engine::logSize() const {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(logFile, error);
+    return error ? 0 : static_cast<std::size_t>(size);
+}
+
+// The last error that is not the consequence of another.
+std::string Engine::terrainError(std::size_t start) const {
+    std::ifstream log(logFile);
+    log.seekg(static_cast<std::streamoff>(start));
+    std::string line, last = "the engine gave no reason";
+    while (std::getline(log, line))
+        if (line.find("[!] ") != std::string::npos &&
+            line.find("[!] Invalid params @ RV") == std::string::npos &&
+            !line.ends_with(" @ RVTERRAIN::load"))
             last = errorText(line);
     return last;
 }
@@ -90,6 +122,16 @@ Engine::Engine(WindowSize size, const std::string &title, bool resizable, const 
     settings.setFBOSizeX(drawing.picture.width);
     settings.setFBOSizeY(drawing.picture.height);
     settings.setForceFBO(drawing.useTarget);
+    settings.setMaxAnisotropy(drawing.anisotropy.value_or(0));
+    start(settings, drawing);
+    if (!drawing.anisotropy && isSoftware()) {
+        RAVOLT::free();
+        settings.setMaxAnisotropy(1);
+        start(settings, drawing);
+    }
+}
+
+void Engine::start(RVSETTINGS &settings, const Drawing &drawing) {
     if (!RAVOLT::init(&settings))
         throw Failure("cannot open a window: " + lastError());
     if (drawing.useTarget && usesTarget() && !RVOPENGL::getFbo(0)->isOk()) {
@@ -100,32 +142,52 @@ Engine::Engine(WindowSize size, const std::string &title, bool resizable, const 
 
 Engine::~Engine() { RAVOLT::free(); }
 
-RVNODE *Engine::load(const fs::path &scene) {
+void Engine::enterFolderOf(const fs::path &file) {
     std::error_code error;
-    const fs::path file = fs::absolute(scene);
-    fs::current_path(file.parent_path(), error);
-    RAVOLT::confineFilesOn(); // scenes come from anywhere
-    RVNODE *root = error ? nullptr : RAVOLT::load(file.filename().c_str());
+    fs::current_path(fs::absolute(file).parent_path(), error);
+    if (error)
+        throw Failure(file.string(), error.message());
+    RAVOLT::confineFilesOn(); // files come from anywhere
+}
+
+RVNODE *Engine::load(const fs::path &scene) {
+    enterFolderOf(scene);
+    RVNODE *root = RAVOLT::load(scene.filename().c_str());
     if (!root)
-        throw Failure(scene.string(), error ? error.message() : lastError());
+        throw Failure(scene.string(), lastError());
     return root;
 }
 
-bool isScene(const fs::path &file) {
-    std::error_code error;
-    if (!fs::exists(file, error))
-        throw Failure(file.string(), "no such file");
-    if (fs::is_directory(file, error))
-        throw Failure(file.string(), "is a folder, not a scene or a model");
-    if (!fs::is_regular_file(file, error)) // it is read more than once
-        throw Failure(file.string(), "is no regular file");
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw Failure(file.string(), "cannot be read");
-    constexpr const char *magic = "RVE file v";
-    std::string start(10, '\0');
-    stream.read(start.data(), static_cast<std::streamsize>(start.size()));
-    return start == magic;
+RVNODE *Engine::loadInterface(const fs::path &file) {
+    enterFolderOf(file);
+    RVNODE *root = RAVOLT::loadXML(file.filename().c_str());
+    if (!root)
+        throw Failure(file.string(), lastError());
+    return root;
+}
+
+RVEMITTER *Engine::loadEmitter(const fs::path &file) {
+    enterFolderOf(file);
+    RVEMITTER *emitter = new RVEMITTER;
+    if (!emitter->load(file.filename().c_str()))
+        throw Failure(file.string(), lastError());
+    emitter->link(new RVNODE);
+    return emitter;
+}
+
+// Textures are beside the configuration, wherever the geometry is looked for.
+RVTERRAIN *Engine::loadTerrain(const fs::path &file, const fs::path &folder) {
+    const fs::path config = fs::absolute(file);
+    enterFolderOf(folder / "");
+    const std::string before = RVTEXTURE::getPath();
+    RVTEXTURE::setPath((config.parent_path() / "").c_str());
+    const std::size_t logged = logSize();
+    RVTERRAIN *terrain = new RVTERRAIN;
+    const bool loaded = terrain->load(config.c_str());
+    RVTEXTURE::setPath(before.c_str());
+    if (!loaded)
+        throw Failure(file.string(), terrainError(logged));
+    return terrain;
 }
 
 } // namespace ravolt::tool

@@ -5,10 +5,14 @@
 #include "tools/common/failure.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
+class RVEMITTER;
 class RVNODE;
+class RVSETTINGS;
+class RVTERRAIN;
 
 namespace ravolt::tool {
 
@@ -23,6 +27,9 @@ struct Drawing {
     int shadowMap = 1024;   // its side in pixels
     WindowSize picture;     // drawn with effects that work on the picture as a whole
     bool useTarget = false; // in its target, where it is larger than every window may be
+    // Of textures. Without it 1 with a software driver, which is several times slower with 16, and
+    // the driver's own with others.
+    std::optional<int> anisotropy;
 };
 
 // The display has no render target of the size of the picture.
@@ -45,21 +52,29 @@ class Engine {
     // the scene's folder, so that textures are found beside it by their file names.
     RVNODE *load(const std::filesystem::path &scene);
 
+    // The same for the other kinds of files. An emitter has a plain node above it.
+    RVNODE *loadInterface(const std::filesystem::path &file);
+    RVEMITTER *loadEmitter(const std::filesystem::path &file);
+    // In `folder`, from which the path of the geometry leads to it.
+    RVTERRAIN *loadTerrain(const std::filesystem::path &file, const std::filesystem::path &folder);
+
     // Removes textures that could not be loaded from their materials, so that their colours are
     // visible: programs would draw them black. Returns the errors of the engine's log, each once:
     // "Unable to open file a.tga".
     static std::vector<std::string> removeBrokenTextures(const std::filesystem::path &log);
 
   private:
+    void start(RVSETTINGS &settings, const Drawing &drawing);
     std::string lastError() const;
+    std::string terrainError(std::size_t start) const; // of the log from there on
+    std::size_t logSize() const;
+    // Changes to the file's folder. Throws Failure.
+    static void enterFolderOf(const std::filesystem::path &file);
 
     std::filesystem::path logFile;
 };
 
 // The size of what is drawn into: the window, or the render target. Needs the running engine.
 WindowSize canvasSize();
-
-// Whether a file is a scene file rather than a model. Throws Failure when it cannot be read.
-bool isScene(const std::filesystem::path &file);
 
 } // namespace ravolt::tool

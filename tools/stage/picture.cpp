@@ -9,11 +9,9 @@
 #include "tools/writers/wholeFile.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <ravolt/RAVOLT.h>
 #include <ravolt/RVOPENGL.h>
-#include <thread>
 
 namespace ravolt::tool {
 
@@ -44,7 +42,7 @@ WindowSize windowFor(WindowSize picture) {
     return {partOf(picture.width, maxWindow.width), partOf(picture.height, maxWindow.height)};
 }
 
-Picture shoot(Stage &stage, WindowSize size) {
+Picture shoot(Drawable &drawable, WindowSize size) {
     const auto [width, height] = canvasSize();
     Picture whole;
     whole.width = size.width;
@@ -56,45 +54,44 @@ Picture shoot(Stage &stage, WindowSize size) {
         for (int left = 0; left < size.width; left += width) {
             throwIfInterrupted();
             if (inParts)
-                stage.setPart({size.width, size.height, left, bottom});
-            stage.draw();
+                drawable.setPart({size.width, size.height, left, bottom});
+            drawable.draw();
             copyTile(takePicture(), left, bottom, whole);
             RAVOLT::swap();
         }
-    stage.setPart({});
+    drawable.setPart({});
     return whole;
 }
 
 namespace {
 
-void drawDiscarded(Stage &stage) {
-    stage.draw();
+void drawDiscarded(Drawable &drawable) {
+    drawable.draw();
     RAVOLT::swap();
 }
 
 } // namespace
 
-void drawAfterPause(Stage &stage) {
-    const Effects effects = stage.getEffects();
+void drawAfterPause(Drawable &drawable) {
+    const Effects effects = drawable.getEffects();
     if (!effects.needWholePicture() && !effects.isOn(Effect::shadows))
         return;
     Effects without = effects;
     without.switchOff(Effect::toneMapping);
-    stage.setEffects(without);
-    drawDiscarded(stage);
-    stage.setEffects(effects);
+    drawable.setEffects(without);
+    drawDiscarded(drawable);
+    drawable.setEffects(effects);
 }
 
-void settle(Stage &stage) {
-    using Clock = std::chrono::steady_clock;
-    drawAfterPause(stage);
-    if (!stage.getEffects().isOn(Effect::toneMapping))
+void settle(Drawable &drawable) {
+    drawAfterPause(drawable);
+    if (!drawable.getEffects().isOn(Effect::toneMapping))
         return;
-    // A frame that takes a second adapts completely.
-    const Clock::time_point first = Clock::now();
-    drawDiscarded(stage);
-    std::this_thread::sleep_until(first + std::chrono::seconds(1));
-    drawDiscarded(stage);
+    const float before = RAVOLT::getFrameDuration();
+    RAVOLT::setFrameDuration(1); // in which it adapts completely
+    drawDiscarded(drawable);
+    drawDiscarded(drawable);
+    RAVOLT::setFrameDuration(before);
 }
 
 Picture halved(const Picture &picture) {

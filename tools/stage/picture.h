@@ -1,6 +1,6 @@
 #pragma once
 
-// Pictures of the stage.
+// Pictures of the stage, and of what else is drawable.
 
 #include "tools/stage/engine.h"
 
@@ -10,7 +10,7 @@
 
 namespace ravolt::tool {
 
-class Stage;
+class Drawable;
 
 // Rows from the top down, R G B.
 struct Picture {
@@ -26,18 +26,18 @@ Picture takePicture();
 // certainly is.
 WindowSize windowFor(WindowSize picture);
 
-// The stage as a picture of any size, drawn into a window of any size; with effects that work on
+// A picture of any size, drawn into a window of any size; with effects that work on
 // the picture as a whole the engine must draw into a render target.
-Picture shoot(Stage &stage, WindowSize size);
+Picture shoot(Drawable &drawable, WindowSize size);
 
 // Draws a frame that is discarded, if the effects need one: after a pause the engine would count
 // the whole pause as the duration of the first frame, and in the very first frame depth of field
 // and shadows know no lights, so that meshes with bones cast the shadow of their bind pose.
-void drawAfterPause(Stage &stage);
+void drawAfterPause(Drawable &drawable);
 
 // Draws frames that are discarded until effects that depend on earlier frames have settled: tone
 // mapping adapts to the brightness within a second.
-void settle(Stage &stage);
+void settle(Drawable &drawable);
 
 // Half as wide and as high: each pixel is the mean of four, so that edges are smooth.
 Picture halved(const Picture &picture);

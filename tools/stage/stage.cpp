@@ -3,7 +3,6 @@
 #include "tools/stage/stage.h"
 
 #include "tools/process/scopedSilentLog.h"
-#include "tools/stage/engine.h"
 #include "tools/stage/floor.h"
 #include "tools/stage/walk.h"
 
@@ -103,10 +102,7 @@ void Stage::setEffects(const Effects &wanted) {
 }
 
 View Stage::viewNow() const {
-    const WindowSize canvas = canvasSize();
-    const double width = part.wholeWidth ? part.wholeWidth : canvas.width;
-    const double height = part.wholeHeight ? part.wholeHeight : canvas.height;
-    const double aspect = width / std::max(1.0, height);
+    const double aspect = aspectOf(part);
     const double half = angleOfView * degree / 2;
     const double narrow = std::atan(std::tan(half) * std::min(1.0, aspect));
     View view;
@@ -120,23 +116,11 @@ View Stage::viewNow() const {
 
 // The planes are as close to the scene as the view allows, which gives the depth buffer its best
 // resolution at any size.
-void Stage::project(double distance) {
+void Stage::projectFrom(double distance) {
     const double reach =
         around.radius * (effects.isOn(Effect::floor) ? std::hypot(floorRadii, 1) : 1) * 1.02;
     const double nearest = std::max(distance - reach, (distance + reach) / 2000);
-    RVOPENGL::setAngleOfView(static_cast<float>(angleOfView));
-    RVOPENGL::setNearPlane(static_cast<float>(nearest));
-    RVOPENGL::setFarPlane(static_cast<float>(distance + reach));
-    const WindowSize canvas = canvasSize();
-    RVOPENGL::resize(0, 0, canvas.width, canvas.height);
-    if (!part.wholeWidth)
-        return;
-    const double pixel = 2 * nearest * std::tan(angleOfView * degree / 2) / part.wholeHeight;
-    const double left = (part.left - part.wholeWidth / 2.0) * pixel;
-    const double bottom = (part.bottom - part.wholeHeight / 2.0) * pixel;
-    const auto f = [](double value) { return static_cast<float>(value); };
-    RVOPENGL::setFrustum(f(left), f(left + canvas.width * pixel), f(bottom),
-                         f(bottom + canvas.height * pixel), f(nearest), f(distance + reach), false);
+    project({angleOfView, nearest, distance + reach}, part);
 }
 
 // As a matrix, made in double precision, for scenes so large or small that the camera's own aiming
@@ -179,7 +163,7 @@ void Stage::applyEffects(double distance) {
 
 void Stage::draw() {
     const View view = viewNow();
-    project(view.distance);
+    projectFrom(view.distance);
     aimCamera(view);
     lights.arrange(view, around, effects);
     applyEffects(view.distance);
@@ -198,7 +182,5 @@ void Stage::draw() {
     RAVOLT::begin2D();
     RAVOLT::end2D();
 }
-
-void Stage::resize(int width, int height) { RVSETTINGS::resize(0, 0, width, height); }
 
 } // namespace ravolt::tool

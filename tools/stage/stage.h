@@ -4,6 +4,7 @@
 // drawn frame by frame with the effects that are on. For scenes of any size: planes and distances
 // follow from the scene's own.
 
+#include "tools/stage/drawable.h"
 #include "tools/stage/effects.h"
 #include "tools/stage/lights.h"
 #include "tools/stage/sphere.h"
@@ -17,14 +18,7 @@ class RVNODE;
 
 namespace ravolt::tool {
 
-// What the window shows of a larger picture, in pixels from its lower left corner. As it is made:
-// the window shows all of the picture.
-struct PicturePart {
-    int wholeWidth = 0, wholeHeight = 0;
-    int left = 0, bottom = 0;
-};
-
-class Stage {
+class Stage : public Drawable {
   public:
     // Takes the engine's scene `root`. Make it after the engine, and drop it before. The camera
     // stands where something of the scene is to be seen: a surface that would face away is looked
@@ -46,25 +40,19 @@ class Stage {
     int getRig() const { return lights.getRig(); }
     static std::string rigName(int index) { return Lights::rigName(index); }
 
-    // What the display cannot do is left out by the engine without a word.
-    void setEffects(const Effects &wanted);
-    const Effects &getEffects() const { return effects; }
+    void setEffects(const Effects &wanted) override;
+    const Effects &getEffects() const override { return effects; }
 
     void setWireframe(bool on); // without bloom and depth of field
     void setNormals(bool on);
     void setBoxes(bool on); // a bounding box around each mesh
 
-    // For pictures that are larger than a window can be.
-    void setPart(const PicturePart &shown) { part = shown; }
+    void setPart(const PicturePart &shown) override { part = shown; }
 
     // Whether a pixel is as dark as where nothing is drawn.
     static bool isBackground(int red, int green, int blue);
 
-    // Draws one frame into the window, which is then to be shown by RAVOLT::swap.
-    void draw();
-
-    // The window has a new size.
-    void resize(int width, int height);
+    void draw() override;
 
     // What the camera goes round and keeps in view; initially the scene as loaded.
     const Sphere &sphere() const { return around; }
@@ -73,7 +61,7 @@ class Stage {
   private:
     View viewNow() const;
     void aimCamera(const View &view);
-    void project(double distance);
+    void projectFrom(double distance);
     void focus(double distance);
     void applyEffects(double distance);
     void lookFromFront();

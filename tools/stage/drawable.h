@@ -1,0 +1,48 @@
+#pragma once
+
+// What pictures are made of.
+
+namespace ravolt::tool {
+
+class Effects;
+
+// What the window shows of a larger picture, in pixels from its lower left corner. As it is made:
+// the window shows all of the picture.
+struct PicturePart {
+    int wholeWidth = 0, wholeHeight = 0;
+    int left = 0, bottom = 0;
+};
+
+class Drawable {
+  public:
+    Drawable() = default;
+    virtual ~Drawable() = default;
+    Drawable(const Drawable &) = delete;
+    Drawable &operator=(const Drawable &) = delete;
+
+    // Draws one frame into the window, which is then to be shown by RAVOLT::swap.
+    virtual void draw() = 0;
+
+    // What the display cannot do is left out by the engine without a word.
+    virtual void setEffects(const Effects &wanted) = 0;
+    virtual const Effects &getEffects() const = 0;
+
+    // For pictures that are larger than a window can be.
+    virtual void setPart(const PicturePart &shown) = 0;
+
+    // The window has a new size.
+    void resize(int width, int height);
+};
+
+// The planes of the engine's projection, and its angle of view in degrees.
+struct Projection {
+    double angle, nearest, farthest;
+};
+
+// Sets it for that part of the picture.
+void project(const Projection &projection, const PicturePart &part);
+
+// Width through height of the whole picture.
+double aspectOf(const PicturePart &part);
+
+} // namespace ravolt::tool
