@@ -1,0 +1,97 @@
+#!/usr/bin/env python3
+"""Operates the control panel of the demo with the pointer and the keys of an X server.
+
+    operatePanel.py TOOL ISLAND SOURCES
+
+Makes the demo's files in this folder with the content tool, starts the demo small and coarse, types into
+its text field, presses its button, which saves a picture of that name, and ends the demo with Escape.
+"""
+
+import shutil
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+tool, island, sources = sys.argv[1], sys.argv[2], Path(sys.argv[3])
+sys.path.insert(0, str(sources / "tests/gui"))
+from driveInput import Screen  # noqa: E402
+
+MODELS = Path("/usr/share/assimp/models")
+PATIENCE = 60  # seconds, on a machine with much else to do
+FRAME = 1.5  # seconds in which at least two frames are drawn
+FIELD, SAVE = (60, 145), (200, 145)
+
+
+def make_files():
+    for model, name in ((MODELS / "glTF/CesiumMilkTruck/CesiumMilkTruck.gltf", "truck"),
+                        (MODELS / "X/Testwuson.X", "wisent"),
+                        (sources / "media/stage.obj", "stage")):
+        subprocess.run([tool, "convert", model, "--prefix", name + "_", "-q", "-o", name + ".rve"],
+                       check=True)
+    subprocess.run([tool, "terrain", "--island", "7", "--texture-size", "64", "-q", "-o", "island"],
+                   check=True)
+    shutil.copy(sources / "media/panel.xml", ".")
+    for font in (Path(tool).parent.parent / "share/ravolt").glob("font.*"):
+        shutil.copy(font, ".")
+
+
+class Demo:
+    def __init__(self, screen):
+        self.screen = screen
+        self.process = subprocess.Popen(
+            [island, "--draft", "island/terrain.xml", "./stage.rve", "./truck.rve", "./wisent.rve",
+             "./wisent.Wuson_Walk.rva", "./panel.xml"],
+            env=screen.environment, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+        self.process.stderr.readline()  # names the first part: the window is there
+        found = screen.xdotool("search", "--name", "Ravolt")[1].split()
+        if not found:
+            sys.exit("the window did not open")
+        self.window = found[-1]
+
+    def click(self, point):
+        """Two moves, since the first one may be lost while the window gets the focus."""
+        for x in (point[0] + 1, point[0]):
+            self.screen.xdotool("mousemove", "--window", self.window, x, point[1])
+            time.sleep(FRAME / 3)
+        for action in ("mousedown", "mouseup"):
+            self.screen.xdotool(action, 1)
+            time.sleep(FRAME)
+
+    def save(self, picture):
+        """The picture that the button saves."""
+        end = time.monotonic() + PATIENCE
+        while not picture.exists():
+            if time.monotonic() > end:
+                sys.exit(f"{picture} was not saved; there are {sorted(Path('.').glob('*.png'))}")
+            self.click(SAVE)
+        time.sleep(FRAME)  # it is written
+        data = picture.read_bytes()
+        picture.unlink()
+        return data
+
+
+def operate(demo):
+    demo.click(FIELD)
+    demo.screen.xdotool("key", "BackSpace")
+    time.sleep(FRAME)
+    demo.screen.xdotool("key", "s")  # one key a frame
+    time.sleep(FRAME)
+    if not demo.save(Path("islans.png")).startswith(b"\x89PNG"):
+        sys.exit("it is no picture")
+    demo.screen.xdotool("key", "Escape")
+    if demo.process.wait(PATIENCE) != 0:
+        sys.exit("the demo has failed")
+
+
+make_files()
+display = Screen()
+running = None
+try:
+    running = Demo(display)
+    operate(running)
+finally:
+    if running and running.process.poll() is None:
+        running.process.kill()
+        running.process.wait()
+    display.stop()
