@@ -167,7 +167,7 @@ void place(RVNODE *node, std::vector<Placement> &list) {
 
 } // namespace
 
-void startEngine(bool programs) {
+void startEngine(bool programs, int maxAnisotropy) {
     static bool running = false; // with programs
     if (RAVOLT::isActive() && running == programs)
         return;
@@ -181,6 +181,7 @@ void startEngine(bool programs) {
     settings.setColorDepth(32);
     settings.setZetaDepth(24);
     settings.setShaders(programs);
+    settings.setMaxAnisotropy(maxAnisotropy);
     if (!RAVOLT::init(&settings)) {
         std::fprintf(stderr, "the engine does not start here, see ravolt_log.txt\n");
         std::exit(1);

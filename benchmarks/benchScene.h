@@ -19,8 +19,9 @@ namespace bench {
 constexpr int windowWidth = 640, windowHeight = 480;
 
 // Makes sure that the engine is running, with or without its programs; restarts it if it is running
-// the other way. Ends the program if it does not start.
-void startEngine(bool programs);
+// the other way. Ends the program if it does not start. An engine that is running keeps its limit
+// of the anisotropy; 0 is the driver's.
+void startEngine(bool programs, int maxAnisotropy = 0);
 void stopEngine();
 
 struct Scene {

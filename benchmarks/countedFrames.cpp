@@ -6,6 +6,7 @@
 // keys of bench::effects stand for the effects' scene. instructions.py makes a table of it.
 
 #include "benchScene.h"
+#include "jobs.h"
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVNODE.h"
@@ -13,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #if __has_include(<valgrind/callgrind.h>)
 #include <valgrind/callgrind.h>
@@ -50,14 +52,38 @@ bench::Scene make(const char *name) {
     return tree ? bench::makeTreeScene() : bench::makeLitScene();
 }
 
+// Counts the frames of the job of that key, by the engine or by hand. False for an unknown one.
+bool countJob(const std::string &key, int frames) {
+    for (const bench::JobKind &kind : bench::jobKinds()) {
+        const bool hand = key == std::string(kind.key) + "ByHand";
+        if (!hand && key != kind.key)
+            continue;
+        const auto job = kind.make();
+        for (int frame = 0; frame < bench::jobWarmUp; ++frame)
+            job->drawByEngine();
+        if (hand)
+            bench::prepareHand(*job);
+        CALLGRIND_START_INSTRUMENTATION;
+        for (; frames > 0; --frames)
+            hand ? job->drawByHand() : job->drawByEngine();
+        CALLGRIND_STOP_INSTRUMENTATION;
+        return true;
+    }
+    return false;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
+    if (argc == 3 && countJob(argv[1], std::atoi(argv[2])))
+        return 0;
     bench::Scene scene = argc == 3 ? make(argv[1]) : bench::Scene();
     if (!scene.root) {
         std::fprintf(stderr, "usage: countedFrames SCENE FRAMES\n  SCENE: tree lit");
         for (const bench::Effects &effects : bench::effects)
             std::fprintf(stderr, " %s", effects.key);
+        for (const bench::JobKind &kind : bench::jobKinds())
+            std::fprintf(stderr, " %s %sByHand", kind.key, kind.key);
         std::fprintf(stderr, "\n");
         return 2;
     }

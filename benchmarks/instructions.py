@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Instructions of a frame: in the library, and in all.
+"""Instructions of a frame: in the library, in the program itself, and in all.
 
     instructions.py COUNTED_FRAMES SCENE...
 
@@ -24,7 +24,7 @@ def instructions(program, scene, folder):
                    cwd=folder, check=True, capture_output=True)
     listing = subprocess.run(["callgrind_annotate", "--threshold=100", "--auto=no", out],
                              check=True, capture_output=True, text=True).stdout
-    library = whole = 0
+    library = own = whole = 0
     for line in listing.splitlines():
         found = LINE.match(line)
         if not found:
@@ -34,18 +34,21 @@ def instructions(program, scene, folder):
             whole = count
         elif "/libravolt.so" in found.group(2):
             library += count
-    return library, whole
+        elif "/countedFrames" in found.group(2):
+            own += count
+    return library, own, whole
 
 
 def main():
     program, scenes = os.path.abspath(sys.argv[1]), sys.argv[2:]
     os.environ["LP_NUM_THREADS"] = "0"
-    print("| Scene | In the library, a frame | In all |\n|---|---:|---:|", flush=True)
+    print("| Scene | In the library, a frame | In the program | In all |\n|---|---:|---:|---:|",
+          flush=True)
     with tempfile.TemporaryDirectory() as folder:
         for scene in scenes:
             subprocess.run([program, scene, "1"], cwd=folder, check=True, capture_output=True)
-            library, whole = instructions(program, scene, folder)
-            print(f"| {scene} | {library:,} | {whole:,} |", flush=True)
+            library, own, whole = instructions(program, scene, folder)
+            print(f"| {scene} | {library:,} | {own:,} | {whole:,} |", flush=True)
 
 
 if __name__ == "__main__":

@@ -3,6 +3,7 @@
 // job is one of the frames "GROUP: JOB".
 
 #include "benchScene.h"
+#include "jobs.h"
 
 #include <benchmark/benchmark.h>
 
@@ -71,6 +72,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
 } // namespace
 
 int main(int argc, char **argv) {
+    bench::registerJobs();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
