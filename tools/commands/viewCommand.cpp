@@ -4,6 +4,7 @@
 #include "tools/commands/command.h"
 #include "tools/commands/scene.h"
 #include "tools/commands/show.h"
+#include "tools/commands/viewOthers.h"
 #include "tools/common/failure.h"
 #include "tools/common/message.h"
 #include "tools/common/ranges.h"
@@ -445,17 +446,19 @@ std::function<void()> addView(CLI::App &app) {
     addShow(app, *options);
     app.add_flag("--spin", options->spin, "Turn by itself");
     app.add_option("--seconds", options->seconds, "End by itself after that time");
-    app.footer(viewKeys());
+    app.footer(viewKeys() + terrainKeys());
     return [options, &app] {
         check(app, *options);
         requireWithin("--seconds", options->seconds, 0, 1e9);
         options->size = sizeFrom(options->sizeText);
         requireDisplay();
         const Content content = contentFor(app, *options);
-        if (content == Content::terrain || content == Content::interface)
-            throw Failure(options->input.string(), std::string("is ") + nameOf(content) +
-                                                       ", of which ravolt shot draws pictures");
-        view(*options);
+        if (content == Content::terrain)
+            viewTerrain(*options, options->seconds);
+        else if (content == Content::interface)
+            viewInterface(*options, options->seconds);
+        else
+            view(*options);
     };
 }
 
