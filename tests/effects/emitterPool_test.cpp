@@ -89,11 +89,15 @@ TEST_F(EmitterPool, AccessorsReturnTheSetValues) {
                    {&RVEMITTER::setColorStart, &RVEMITTER::getColorStart},
                    {&RVEMITTER::setColorEnd, &RVEMITTER::getColorEnd}};
     float number = 1;
-    for (const auto &each : vectors)
-        (emitter->*each.set)(Z3MVECTOR3D(number++, 2, 3));
+    for (const auto &each : vectors) {
+        const Z3MVECTOR3D value(number++, 2, 3);
+        (emitter->*each.set)(value);
+    }
     number = 1;
-    for (const auto &each : vectors)
-        EXPECT_TRUE((emitter->*each.get)() == Z3MVECTOR3D(number++, 2, 3));
+    for (const auto &each : vectors) {
+        const Z3MVECTOR3D value = (emitter->*each.get)();
+        EXPECT_TRUE(value == Z3MVECTOR3D(number++, 2, 3));
+    }
 }
 
 TEST_F(EmitterPool, TextureIsNotReferencedAndEmptyOnceItIsDeleted) {

@@ -225,7 +225,9 @@ TEST_F(Anim, SettersChangeTheirComponentsAndMakeKeys) {
     float wanted[3] = {};
     for (int axis = 0; axis < 3; ++axis) {
         entry(0, 1).set = false;
-        EXPECT_TRUE((clip.*setters[axis])(0, 1, wanted[axis] = axis + 1.0f));
+        wanted[axis] = axis + 1.0f;
+        const bool set = (clip.*setters[axis])(0, 1, wanted[axis]);
+        EXPECT_TRUE(set);
         EXPECT_TRUE(isVector(clip.getFrameRotation(0, 1), wanted[0], wanted[1], wanted[2]));
         EXPECT_TRUE(entry(0, 1).set);
     }

@@ -77,8 +77,10 @@ TEST_F(Material, SettersStore) {
     setDistinctColors(material, 0);
     expectDistinctColors(material, 0);
     float number = 5;
-    for (const ColorAccess &color : colors)
-        (material.*color.setNumbers)(number++ + 0.1f, 0.2f, 0.3f, 0.4f);
+    for (const ColorAccess &color : colors) {
+        const float red = number++ + 0.1f;
+        (material.*color.setNumbers)(red, 0.2f, 0.3f, 0.4f);
+    }
     expectDistinctColors(material, 5);
     material.setShininess(33.0f);
     EXPECT_EQ(material.getShininess(), 33.0f);

@@ -164,8 +164,9 @@ TEST_F(ShaderTest, TextsAreCompiledUnderTheirLabels) {
         EXPECT_FALSE(shader->isOperative());
         EXPECT_STREQ((shader->*stage.label)(), "[none]");
         recorder.start();
-        EXPECT_TRUE((shader->*stage.load)("label", "the text"));
+        const bool compiled = (shader->*stage.load)("label", "the text");
         const Calls calls = recorder.stop();
+        EXPECT_TRUE(compiled);
         ASSERT_EQ(namesOf(calls), "glCreateShaderObjectARB glShaderSourceARB glCompileShaderARB "
                                   "glGetObjectParameterivARB");
         EXPECT_EQ(calls[0], Call("glCreateShaderObjectARB", stage.kind));
@@ -228,7 +229,8 @@ TEST_F(OperativeShaderTest, FailedStagesAreLoggedAndInoperative) {
             SCOPED_TRACE(testing::Message() << c.what << ", stage " << pixel);
             makeOperative();
             c.lie();
-            EXPECT_FALSE((shader->*stages[pixel].load)(c.name, c.source));
+            const bool compiled = (shader->*stages[pixel].load)(c.name, c.source);
+            EXPECT_FALSE(compiled);
             EXPECT_LOGGED_EXACTLY(c.lines[pixel]);
             EXPECT_EQ(shader->isOperative(), c.operative);
             EXPECT_STREQ(shader->getVSFilename(), "v"); // the last that compiled

@@ -28,7 +28,7 @@ TEST_F(BuiltinTexts, AreRefusedWithWordsOfAYoungerLanguage) {
 }
 
 // There the driver is set to it, and compiles the texts of the other tests.
-TEST_F(BuiltinTexts, CompileWithADriverThatAcceptsNoLaterLanguageIn110) {
+TEST_F(BuiltinTexts, CompileInVersion110WhereTheDriverAcceptsNoLaterLanguage) {
     const std::string rest = "\nvoid main() { gl_FragColor = vec4(1.0); }\n";
     EXPECT_EQ(compileMessages(GL_FRAGMENT_SHADER_ARB, "#version 110" + rest), "");
     EXPECT_NE(compileMessages(GL_FRAGMENT_SHADER_ARB, "#version 120" + rest).find("1.20"),
