@@ -1,3 +1,5 @@
+// The vertices of all chunks, of which the heights are put together to one grid.
+
 #include "tools/stage/terrainHeights.h"
 
 #include "tools/common/failure.h"
