@@ -6,6 +6,7 @@
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVTEXTURE.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -91,11 +92,11 @@ TEST_F(EmitterPool, AccessorsReturnTheSetValues) {
     float number = 1;
     for (const auto &each : vectors) {
         const Z3MVECTOR3D value(number++, 2, 3);
-        (emitter->*each.set)(value);
+        std::invoke(each.set, emitter, value);
     }
     number = 1;
     for (const auto &each : vectors) {
-        const Z3MVECTOR3D value = (emitter->*each.get)();
+        const Z3MVECTOR3D value = std::invoke(each.get, emitter);
         EXPECT_TRUE(value == Z3MVECTOR3D(number++, 2, 3));
     }
 }

@@ -226,7 +226,7 @@ TEST_F(Anim, SettersChangeTheirComponentsAndMakeKeys) {
     for (int axis = 0; axis < 3; ++axis) {
         entry(0, 1).set = false;
         wanted[axis] = axis + 1.0f;
-        const bool set = (clip.*setters[axis])(0, 1, wanted[axis]);
+        const bool set = std::invoke(setters[axis], clip, 0, 1, wanted[axis]);
         EXPECT_TRUE(set);
         EXPECT_TRUE(isVector(clip.getFrameRotation(0, 1), wanted[0], wanted[1], wanted[2]));
         EXPECT_TRUE(entry(0, 1).set);

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace ravolt::test {
@@ -79,7 +80,7 @@ TEST_F(Material, SettersStore) {
     float number = 5;
     for (const ColorAccess &color : colors) {
         const float red = number++ + 0.1f;
-        (material.*color.setNumbers)(red, 0.2f, 0.3f, 0.4f);
+        std::invoke(color.setNumbers, material, red, 0.2f, 0.3f, 0.4f);
     }
     expectDistinctColors(material, 5);
     material.setShininess(33.0f);

@@ -162,9 +162,9 @@ TEST_F(ShaderTest, TextsAreCompiledUnderTheirLabels) {
     for (const Stage &stage : stages) {
         SCOPED_TRACE(stage.title);
         EXPECT_FALSE(shader->isOperative());
-        EXPECT_STREQ((shader->*stage.label)(), "[none]");
+        EXPECT_STREQ(std::invoke(stage.label, shader), "[none]");
         recorder.start();
-        const bool compiled = (shader->*stage.load)("label", "the text");
+        const bool compiled = std::invoke(stage.load, shader, "label", "the text");
         const Calls calls = recorder.stop();
         EXPECT_TRUE(compiled);
         ASSERT_EQ(namesOf(calls), "glCreateShaderObjectARB glShaderSourceARB glCompileShaderARB "
@@ -229,7 +229,7 @@ TEST_F(OperativeShaderTest, FailedStagesAreLoggedAndInoperative) {
             SCOPED_TRACE(testing::Message() << c.what << ", stage " << pixel);
             makeOperative();
             c.lie();
-            const bool compiled = (shader->*stages[pixel].load)(c.name, c.source);
+            const bool compiled = std::invoke(stages[pixel].load, shader, c.name, c.source);
             EXPECT_FALSE(compiled);
             EXPECT_LOGGED_EXACTLY(c.lines[pixel]);
             EXPECT_EQ(shader->isOperative(), c.operative);
