@@ -57,6 +57,7 @@ class RV_API RVBOX : public RVNODE {
     // NULL removes the texture. The box counts as a user of its texture until the next setTexture;
     // its destructor does not release it. Always true.
     bool setTexture(RVTEXTURE *newTexture);
+    // Additional: NULL for none, and after the texture was deleted.
     RVTEXTURE *getTexture() const { return texture.get(); }
     // Not owned; NULL, and a program that was deleted, mean none. Always true.
     bool setShader(RVSHADER *newShader);
