@@ -6,7 +6,7 @@ install(TARGETS ravolt EXPORT RavoltTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
-install(FILES docs/formats.md docs/additions.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES docs/formats.md docs/additions.md docs/troubleshooting.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(EXPORT RavoltTargets NAMESPACE Ravolt::
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
 
