@@ -40,6 +40,12 @@ class Screen:
                                 timeout=TIMEOUT, capture_output=True, text=True, check=False)
         return result.returncode, result.stdout
 
+    def send(self, *arguments):
+        """For commands that fail only on a wrong window or without the server."""
+        code, _ = self.xdotool(*arguments)
+        if code:
+            sys.exit(f"xdotool {' '.join(map(str, arguments))} failed with {code}")
+
     def stop(self):
         self.server.terminate()
         self.server.wait(TIMEOUT)
@@ -53,7 +59,8 @@ class Application:
         self.lines = queue.Queue()
         self.state = {}
         threading.Thread(target=self._read, daemon=True).start()
-        self.expect("the first frame", clicks="0")  # the splash has a window of its own
+        # Not before: with SDL 1.2 the splash has a window of its own, with the same title.
+        self.expect("the first frame", clicks="0")
         self.window = self._find_window()
 
     def _read(self):
@@ -71,41 +78,29 @@ class Application:
             time.sleep(0.1)
         sys.exit("the window did not open")
 
-    def reports(self, seconds, wanted):
-        """Whether a report in which all of `wanted` have their values comes in time."""
-        end = time.monotonic() + seconds
+    def expect(self, what, **wanted):
+        """Waits for a report in which all of `wanted` have their values."""
+        end = time.monotonic() + TIMEOUT
         while any(self.state.get(name) != value for name, value in wanted.items()):
             try:
                 line = self.lines.get(timeout=max(0.01, end - time.monotonic()))
             except queue.Empty:
-                return False
+                sys.exit(f"{what}: expected {wanted}, the last report was {self.state}")
             if line is None:
-                sys.exit(f"the program has ended, its last report was {self.state}")
+                sys.exit(f"{what}: the program has ended, its last report was {self.state}")
             self.state = dict(field.split("=", 1) for field in line.rstrip("\n").split("\t"))
-        return True
-
-    def expect(self, what, **wanted):
-        if not self.reports(TIMEOUT, wanted):
-            sys.exit(f"{what}: expected {wanted}, the last report was {self.state}")
         print(f"{what}: {wanted}")
 
     def move(self, x, y):
-        """By way of the pixel to the right after the first try, since SDL 1.2 may lose a movement
-        while the window gets the focus, and the same position again is no movement."""
-        for column in [x] + [x + 1] * 9:
-            for at in dict.fromkeys([column, x]):
-                self.screen.xdotool("mousemove", "--window", self.window, at, y)
-            if self.reports(TIMEOUT / 10, {"pointer": f"{x},{y}"}):
-                print(f"pointer moved to {x}, {y}")
-                return
-        sys.exit(f"the pointer is not at {x}, {y}, the last report was {self.state}")
+        self.screen.send("mousemove", "--window", self.window, x, y)
+        self.expect("pointer moved", pointer=f"{x},{y}")
 
     def press(self):
-        self.screen.xdotool("mousedown", 1)
+        self.screen.send("mousedown", 1)
         self.expect("button pressed", left="1")
 
     def release(self):
-        self.screen.xdotool("mouseup", 1)
+        self.screen.send("mouseup", 1)
         self.expect("button released", left="0")
 
     def click(self, x, y):
@@ -120,7 +115,7 @@ class Application:
         self.release()
 
     def key(self, *names):
-        self.screen.xdotool("key", *names)
+        self.screen.send("key", *names)
 
 
 def use_widgets(application):
