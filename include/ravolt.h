@@ -42,4 +42,5 @@
 #include "ravolt/Z3MVECTOR3D.h"
 #include "ravolt/Z3MVECTOR4D.h"
 #include "ravolt/shadowMatrixStack.h"
+#include "ravolt/version.h"
 #include "ravolt/zlf.h"

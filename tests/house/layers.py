@@ -16,7 +16,7 @@ LAYERS = [
     ("foundation", {"foundation": ["api", "zlf", "owned", "weakPointer"]}),
     ("mathematics", {"math": ["vectorFamily", "Z3MVECTOR2D", "Z3MVECTOR3D", "Z3MVECTOR4D",
                               "Z3MPLANE", "Z3MMATRIX"]}),
-    ("engine state", {"engine/state": ["RAVOLT", "RVSETTINGS"]}),
+    ("engine state", {"engine/state": ["RAVOLT", "RVSETTINGS", "version"]}),
     ("OpenGL state", {"engine/gl": ["RVOPENGL", "shadowMatrixStack"]}),
     ("resources", {"resources": ["RVTEXTURE", "RVMATERIAL", "RVSHADER", "RVFBO"]}),
     ("scene", {"scene": ["RVNODE", "RVCAMERA", "RVELEMENT", "RVLIGHT", "RVHELPER"]}),

@@ -1,0 +1,3 @@
+#include "ravolt/version.h"
+
+const char *ravoltVersion() { return RAVOLT_VERSION_STRING; }
