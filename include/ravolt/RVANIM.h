@@ -12,9 +12,9 @@ constexpr unsigned int RV_ANIM_FRAMES = 1024;
 
 // One bone in one frame.
 struct RV_API RVBONEFRAME {
-    Z3MVECTOR3D rotation; // degrees
-    Z3MVECTOR3D translation;
-    bool set = false; // a key, not a value between keys
+    Z3MVECTOR3D rotation;    // degrees
+    Z3MVECTOR3D translation; // units of the scene
+    bool set = false;        // a key, not a value between keys
 };
 
 // A clip: for every frame the rotation and translation of each bone of a skeleton, whose bones are
@@ -107,6 +107,7 @@ class RV_API RVANIM {
     // Deletes all clips. False when there are none.
     static bool cleanUp();
 
+    // The number of clips that exist.
     static unsigned int getNumberOfAnims();
     // The first match in order of creation, or NULL. Case matters.
     static RVANIM *findById(unsigned int id);
@@ -115,6 +116,7 @@ class RV_API RVANIM {
     RVANIM *getNext() const;
     RVANIM *getPrevious() const;
 
+    // The clip's own number.
     unsigned int getId() const;
     // As given to load, without the path; at most 255 characters are kept.
     char *getFilename();

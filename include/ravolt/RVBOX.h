@@ -81,6 +81,7 @@ class RV_API RVBOX : public RVNODE {
     void setThickness(unsigned int pixels) { thickness = pixels; }
     unsigned int getThickness() const { return thickness; }
 
+    // The texture coordinates; the whole texture by default.
     void setBoxCoords(const RVBOXCOORD &coords) { boxCoord = coords; }
     RVBOXCOORD getBoxCoord() const { return boxCoord; }
 

@@ -35,6 +35,7 @@ class RV_API RVBUTTON : public RVBOX {
     void setFont(RVFONT *newFont);
     RVFONT *getFont() const { return font.get(); }
 
+    // What a click does: RV_BUTTON_NORMAL by default.
     void setEventType(RV_BUTTON_EVENT newType) { eventType = newType; }
     RV_BUTTON_EVENT getEventType() const { return eventType; }
 
@@ -45,6 +46,7 @@ class RV_API RVBUTTON : public RVBOX {
     // Where the caption starts, in both axes: it sinks with the button.
     int captionOffset() const { return isClicked() ? 2 : 1; }
 
+    // Of the caption.
     ravolt::WeakPointer<RVFONT> font;
     char caption[256];
 

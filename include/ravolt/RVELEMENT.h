@@ -27,6 +27,7 @@ class RV_API RVELEMENT {
     // Releases the storage; false, without a log line, when there is none.
     static bool free();
 
+    // Whether the storage is allocated.
     static bool isActive() { return active; }
 
     // Empties the list. The fields of an entry do not change until a pass fills it again, and
@@ -88,6 +89,7 @@ class RV_API RVELEMENT {
     // Orders the lights alone: exclusive ones first, then by distance from `point` in eye space.
     static bool sortLights(const Z3MVECTOR3D &point);
 
+    // The node of the entry, and its modelview matrix in this frame. Not owned.
     RVNODE *getNode() const { return node; }
     Z3MMATRIX *getMatrix() { return &matrix; }
     const Z3MMATRIX *getMatrix() const { return &matrix; }

@@ -25,14 +25,14 @@ class RVPARTICLE {
     Z3MVECTOR3D position;  // in the emitter's own frame, in units of the particle's size
     Z3MVECTOR3D reserved1; // read by nothing
     Z3MVECTOR3D velocity;  // a second
-    Z3MVECTOR3D reserved2;
-    Z3MVECTOR4D color; // of the last frame; the fourth component is the energy
-    float spinSpeed;   // degrees a second
-    float spin;        // degrees
-    float size;
-    float startEnergy; // at birth
-    float energy;      // above 0, except for a particle that was born with 0
-    bool used;         // belongs to an emitter
+    Z3MVECTOR3D reserved2; // read by nothing
+    Z3MVECTOR4D color;     // of the last frame; the fourth component is the energy
+    float spinSpeed;       // degrees a second
+    float spin;            // degrees
+    float size;            // the edge of its quad, in units of the scene
+    float startEnergy;     // at birth
+    float energy;          // above 0, except for a particle that was born with 0
+    bool used;             // belongs to an emitter
 };
 
 // A cloud of textured, blended quads that face the camera. A particle that runs out of energy is

@@ -73,11 +73,13 @@ class RV_API RVFBO {
     // Deletes all targets, the pool's too. False when there are none.
     static bool cleanUp();
 
+    // The number of targets that exist, the pool's too.
     static unsigned int getNumberOfFbos();
     // The target that is drawn into; NULL for the window. The pointer does not change when the
     // current target is deleted.
     static RVFBO *getCurrent();
 
+    // Counts up from 1 with each target; not OpenGL's name.
     unsigned int getId() const;
     unsigned int getGLId() const; // OpenGL's name; 0 without frame buffer objects
     char *getName();

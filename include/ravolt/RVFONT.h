@@ -59,6 +59,7 @@ class RV_API RVFONT {
     static void setPath(const char *path);
     static char *getPath();
 
+    // The font's own number, and its name.
     unsigned int getId() const { return id; }
     char *getName() { return name; }
     // NULL, or 256 characters and more, changes nothing.

@@ -88,6 +88,7 @@ class RV_API RVMATERIAL {
     // material. False when there are none.
     static bool cleanUp();
 
+    // The number of materials that exist.
     static unsigned int getNumberOfMaterials();
     // The first match in order of creation, or NULL. Case counts.
     static RVMATERIAL *findById(unsigned int id);
@@ -96,6 +97,7 @@ class RV_API RVMATERIAL {
     RVMATERIAL *getNext() const;
     RVMATERIAL *getPrevious() const;
 
+    // The material's own number.
     unsigned int getId() const;
     // RAVOLT::getTimeStamp() at the last render, 0 before.
     int getTimeStamp() const;

@@ -23,12 +23,12 @@ constexpr unsigned int RV_SKELETONS = 256;
 
 // One triangle: three vertex indices.
 struct RV_API RVFACE {
-    unsigned short vertex[3];
+    unsigned short vertex[3]; // counter-clockwise as seen from the front
 };
 
 // One bone of a mesh: the node that moves it, found by name, and the pose it was bound in.
 struct RV_API RVBONE {
-    char name[256];
+    char name[256];         // of the node
     RVNODE *node = nullptr; // not owned; NULL when the tree has no node of that name
     Z3MMATRIX matrix;       // inverse of the bone's matrix in the bind pose
 };
@@ -36,8 +36,8 @@ struct RV_API RVBONE {
 // One entry of the skeleton cache: the matrices of the bones of one mesh in this frame, relative to
 // the parent of the mesh.
 struct RV_API RVSKELETON {
-    Z3MMATRIX matrix[RV_BONES];
-    RVNODE *mesh = nullptr; // not owned
+    Z3MMATRIX matrix[RV_BONES]; // by bone
+    RVNODE *mesh = nullptr;     // not owned
 };
 
 // A mesh of triangles that draws itself in each kind of pass, from vertex buffers where the driver
@@ -127,6 +127,7 @@ class RV_API RVMESH : public RVNODE {
     void setMaterial(RVMATERIAL *material);
     RVMATERIAL *getMaterial() const;
 
+    // The sizes of the arrays below.
     int getNumberOfBones() const;
     unsigned int getNumberOfVertices() const;
     unsigned int getNumberOfUVs() const;

@@ -91,6 +91,7 @@ class RV_API RVNODE {
     const char *getName() const { return name; }
     void setName(const char *text);
 
+    // The kind of node, and the kind in words.
     RV_NODE_TYPE getType() const { return type; }
     char *getTypeName() const;
 
@@ -146,6 +147,7 @@ class RV_API RVNODE {
     RVNODE *getTargetNode() const { return targetNode; }
     void setTargetNode(RVNODE *node) { targetNode = node; }
 
+    // How the position is meant; see RV_NODE_POSITIONING.
     RV_NODE_POSITIONING getPositioning() const { return positioning; }
     void setPositioning(RV_NODE_POSITIONING value) { positioning = value; }
 
@@ -164,6 +166,7 @@ class RV_API RVNODE {
     // modelview mode. At most 63 ancestors; beyond that an identity and a log line.
     Z3MMATRIX getFinalMatrix(const char *stopName);
 
+    // The place in the tree; a root has no parent (NULL).
     RVNODE *getParent() const { return parent; }
     unsigned int getNumberOfChildren() const { return numberOfChildren; }
     bool isRoot() const { return !parent; }
@@ -218,6 +221,7 @@ class RV_API RVNODE {
     // False for a copy, which must release nothing.
     bool isRegistered() const { return registration->registered; }
 
+    // The head of the registry.
     static RVNODE *firstNode;
 
   private:
@@ -237,6 +241,7 @@ class RV_API RVNODE {
     char name[256];
 
   protected:
+    // The kind, set by the constructors.
     RV_NODE_TYPE type;
 
   private:

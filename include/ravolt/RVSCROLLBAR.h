@@ -30,6 +30,7 @@ class RV_API RVSCROLLBAR : public RVBOX {
     RVBUTTON *getCursor();
 
   protected:
+    // Along which the cursor moves.
     enum class Axis { x, y };
 
     // A track of 64 by 4 pixels along the axis, with a cursor of 16 by 8.

@@ -122,6 +122,7 @@ class RV_API RVSHADER {
     // Deletes all programs, also those below. False when there are none.
     static bool cleanUp();
 
+    // The number of programs that exist, the built-in ones too.
     static unsigned int getNumberOfShaders();
     // The first match in order of creation, or NULL. Case counts.
     static RVSHADER *findById(unsigned int id);

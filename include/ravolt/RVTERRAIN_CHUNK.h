@@ -18,10 +18,10 @@ struct RVTERRAIN_INDEXTABLE;
 // RVTERRAIN::getChunk. Needs the engine's context.
 class RV_API RVTERRAIN_CHUNK {
   public:
-    static constexpr unsigned int neighbourCount = 4;
-    static constexpr unsigned int layers = 4;       // of textures
-    static constexpr unsigned int vertexBytes = 36; // position, weights of the layers, tangent
-    static constexpr unsigned int frustumPlaneCount = 6;
+    static constexpr unsigned int neighbourCount = 4;    // one a side
+    static constexpr unsigned int layers = 4;            // of textures
+    static constexpr unsigned int vertexBytes = 36;      // position, weights of the layers, tangent
+    static constexpr unsigned int frustumPlaneCount = 6; // of the view
     static constexpr unsigned int bufferCount = 1 + neighbourCount; // the body and the edges
 
     // Uploads `vertices`, chunkSize times chunkSize of them, and computes the bounds from the

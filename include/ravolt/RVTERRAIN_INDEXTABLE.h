@@ -29,7 +29,7 @@ class RV_API RVTERRAIN_INDEXBUFFER {
 // vertex of the rim, for a coarser neighbour; each of them in four variants, by which of the two
 // adjacent edges lie at a coarser neighbour.
 struct RV_API RVTERRAIN_INDEXTABLE {
-    static constexpr unsigned int edges = 4;
+    static constexpr unsigned int edges = 4;   // of a chunk
     static constexpr unsigned int corners = 4; // variants of an edge
 
     // All lists are NULL. Throws std::bad_alloc.

@@ -18,6 +18,7 @@ class RV_API RVTEXTFIELD : public RVBUTTON {
     // (backspace), and shows the cursor in the next drawing for any key. False without a font.
     bool manageKey(char key);
 
+    // Empties the text.
     void clear() { caption[0] = '\0'; }
 
   private:

@@ -90,6 +90,7 @@ class RV_API RVTEXTURE {
     // are empty. False when there are none.
     static bool cleanUp();
 
+    // The number of textures that exist.
     static unsigned int getNumberOfTextures();
     // The first match in order of creation, or NULL. Case counts.
     static RVTEXTURE *findById(unsigned int id);
@@ -107,6 +108,7 @@ class RV_API RVTEXTURE {
     // unloading a mipmapped texture subtracts twice what its load added.
     static int getUsedMemory();
 
+    // The texture's own number; not OpenGL's name.
     unsigned int getId() const;
     // OpenGL's name; 0 when the texture is not in video memory.
     unsigned int getGLId() const;

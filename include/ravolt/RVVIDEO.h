@@ -78,6 +78,7 @@ class RV_API RVVIDEO {
     void flipOff();
     bool isFlipped() const;
 
+    // The video's own number.
     unsigned int getId() const;
     // The name of the file as given to load, without the path; at most 255 characters are kept.
     char *getName();
@@ -85,6 +86,7 @@ class RV_API RVVIDEO {
     // Deletes all videos; every pointer to one is invalid then. False when there are none.
     static bool cleanUp();
 
+    // The number of videos that exist.
     static unsigned int getNumberOfVideos();
     // The first match in order of creation, or NULL. Case matters.
     static RVVIDEO *findById(unsigned int id);

@@ -13,6 +13,7 @@
 
 class RV_API Z3MMATRIX {
   public:
+    // The elements, column by column.
     float e[16];
 
     // Identity.
@@ -68,6 +69,7 @@ class RV_API Z3MMATRIX {
     }
     void setTranslation(const Z3MVECTOR3D &v) { setTranslation(v.x, v.y, v.z); }
 
+    // The identity: ones on the diagonal, zeros elsewhere.
     void setIdentity() {
         for (int i = 0; i < 16; ++i)
             e[i] = i % 5 == 0 ? 1.0f : 0.0f;
@@ -88,6 +90,7 @@ class RV_API Z3MMATRIX {
         e[10] = scale.z;
     }
 
+    // Exchanges rows and columns, in place.
     void transpose();
 
     // The inverse of an affine matrix, new or in place. Elements 3, 7, 11 and 15 of the source are

@@ -8,6 +8,7 @@
 
 class RV_API Z3MPLANE {
   public:
+    // The normal and the offset.
     float a, b, c, d;
 
     // All four zero.

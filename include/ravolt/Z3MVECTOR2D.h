@@ -8,6 +8,7 @@
 
 class RV_API Z3MVECTOR2D : public ravolt::VectorFamily<Z3MVECTOR2D, 2> {
   public:
+    // The components.
     float x, y;
 
     // Zero.

@@ -9,6 +9,7 @@
 
 class RV_API Z3MVECTOR3D : public ravolt::VectorFamily<Z3MVECTOR3D, 3> {
   public:
+    // The components.
     float x, y, z;
 
     // Zero.

@@ -12,6 +12,7 @@
 
 class RV_API Z3MVECTOR4D : public ravolt::VectorFamily<Z3MVECTOR4D, 4> {
   public:
+    // The components.
     float x, y, z, w;
 
     // (0, 0, 0, 1): the origin, opaque black, the identity quaternion.

@@ -12,6 +12,7 @@ template <class T> class Owned {
     Owned(const Owned &) : value() {}
     Owned &operator=(const Owned &) { return *this; }
 
+    // The value.
     T &operator*() { return value; }
     const T &operator*() const { return value; }
     T *operator->() { return &value; }

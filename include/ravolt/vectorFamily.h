@@ -12,6 +12,7 @@
 
 namespace ravolt {
 
+// Enables a template where a condition holds.
 template <bool condition> using EnableIf = typename std::enable_if<condition, int>::type;
 
 // True when all of the types are numbers or enumerators, anything that converts to float.
@@ -21,6 +22,7 @@ struct AreNumbers<First, Rest...>
     : std::integral_constant<bool, std::is_convertible<First, float>::value &&
                                        AreNumbers<Rest...>::value> {};
 
+// The base class of a vector class `Vector` of N components.
 template <class Vector, int N> class VectorFamily {
   public:
     // The component `index`, from 0. An index outside 0 to N-1 ends the process with exit(1),
@@ -41,6 +43,7 @@ template <class Vector, int N> class VectorFamily {
     // The first component, for OpenGL's calls that take N floats.
     operator float *() { return data(); }
 
+    // Negated, and as it is, component by component.
     Vector operator-() const {
         return map([](float a) { return -a; });
     }
@@ -129,6 +132,7 @@ template <class Vector, int N> class VectorFamily {
     // Linear interpolation: 0 gives this vector, 1 gives `other`. `t` is not clamped.
     Vector lerp(const Vector &other, float t) const { return self() + (other - self()) * t; }
 
+    // The Euclidean length, and its square, which needs no root.
     float squaredLength() const { return self() % self(); }
     float length() const { return std::sqrt(squaredLength()); }
 

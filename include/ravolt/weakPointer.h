@@ -24,6 +24,7 @@ template <class T> class WeakPointer {
             attach(newTarget, Registry<T>::weakPointers(*newTarget).first);
     }
 
+    // The object; NULL when there is none, or when it was deleted.
     T *get() const { return target; }
     T *operator->() const { return target; }
     explicit operator bool() const { return target != nullptr; }
