@@ -1,12 +1,14 @@
-# What an installed Ravolt consists of: the library, its headers, the documents that these name, a
-# CMake package and ravolt.pc. tools/CMakeLists.txt adds the program and the default font.
+# What an installed Ravolt consists of: the library and the kit, their headers, the documents that these
+# name, a CMake package, ravolt.pc and ravolt-kit.pc. tools/CMakeLists.txt adds the program and the default font.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS ravolt EXPORT RavoltTargets
+install(TARGETS ravolt ravolt_kit EXPORT RavoltTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
-install(FILES docs/formats.md docs/additions.md docs/troubleshooting.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES docs/formats.md docs/additions.md docs/kit.md docs/troubleshooting.md
+    DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(EXPORT RavoltTargets NAMESPACE Ravolt::
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
 
@@ -27,5 +29,8 @@ set(RAVOLT_PRIVATE_LIBRARIES "-lSDL -lGL -lX11 -ltinyxml")
 if(RAVOLT_VIDEO)
     string(APPEND RAVOLT_PRIVATE_LIBRARIES " -lmpeg2 -lmpeg2convert")
 endif()
-configure_file(cmake/ravolt.pc.in ${PROJECT_BINARY_DIR}/ravolt.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/ravolt.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(package ravolt ravolt-kit)
+    configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+endforeach()
+install(FILES ${PROJECT_BINARY_DIR}/ravolt.pc ${PROJECT_BINARY_DIR}/ravolt-kit.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

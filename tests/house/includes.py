@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Reads the #include lines of the library and of the content tool and fails on a folder that includes
+"""Reads the #include lines of the library, of the kit and of the content tool and fails on a folder that includes
 a neighbour or a higher layer, on a cycle of sources, on a public header that includes more than it
-may, on a tool source that includes internal headers of the library, on a folder without a layer, and
-on a diagram in docs/architecture.md that is not the one of the table.
+may, on a source of the kit or the tool that includes internal headers of the library, on a header of
+the kit that includes SDL's, on a folder without a layer, and on a diagram in docs/architecture.md that is not the one of the table.
 
     includes.py ROOT            checks the sources under ROOT
     includes.py ROOT --self     checks that the check itself finds each kind of fault
@@ -24,8 +24,9 @@ OPENGL_HEADERS = {"ravolt/RVOPENGL.h": {"GL/gl.h", "GL/glext.h"}}
 # Headers that the build makes, and that include nothing.
 MADE = {"resources/shaderSources.h"}
 
-# What the tool includes of the library.
-FOR_TOOLS = re.compile(r"^(ravolt/\w+\.h|(models|resources)/\w+Format\.h)$")
+# What the kit includes of the library, and the tool of the library and of the kit.
+FOR_KIT = re.compile(r"^ravolt(/\w+)?\.h$")
+FOR_TOOLS = re.compile(r"^(ravolt/(kit/)?\w+\.h|(models|resources)/\w+Format\.h)$")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 
@@ -38,15 +39,26 @@ def folder_of(path):
     return folder if folder in LAYER else None
 
 
+def is_of_kit(name):
+    return name == "ravolt/kit.h" or name.startswith(("kit/", "ravolt/kit/"))
+
+
 def read(root):
     """All files of the library: the name by which they are included, and their text."""
     files = {}
     for folder in TOP_FOLDERS:
         for path in sorted((root / folder).rglob("*")):
-            if path.suffix in (".h", ".cpp", ".inc"):
-                name = path.relative_to(root).as_posix().removeprefix("include/")
+            name = path.relative_to(root).as_posix().removeprefix("include/")
+            if path.suffix in (".h", ".cpp", ".inc") and not is_of_kit(name):
                 files[name] = path.read_text(encoding="utf-8")
     return files
+
+
+def read_kit(root):
+    paths = [root / "include/ravolt/kit.h", *sorted((root / "include/ravolt/kit").rglob("*.h")),
+             *sorted((root / "kit").glob("*.*"))]
+    return {path.relative_to(root).as_posix().removeprefix("include/"): path.read_text(encoding="utf-8")
+            for path in paths if path.suffix in (".h", ".cpp")}
 
 
 def read_tools(root):
@@ -108,6 +120,18 @@ def tool_faults(files):
     yield from cycle_faults(files, lambda path: path.rpartition(".")[0])
 
 
+def kit_faults(files):
+    for path, text in files.items():
+        for ours, name in includes_of(text):
+            if name.startswith("SDL") and path.startswith("ravolt/"):
+                yield f"{path}: a header of the kit does not include {name}"
+            if not ours or (FOR_KIT.match(name) and not is_of_kit(name)):
+                continue
+            if name not in files:
+                yield f"{path}: includes {name}, which is no header of the kit"
+    yield from cycle_faults(files, module_of)
+
+
 def cycle_faults(files, module_of):
     arrows = {}
     for path, text in files.items():
@@ -163,10 +187,19 @@ def self_test():
          "tools/convert/b.h": '#include "tools/convert/a.h"'},
         {"tools/unknown/b.cpp": ""},
     ]
+    kit = {"ravolt/kit/a.h": '#include "ravolt/RVNODE.h"\n#include <string>', "kit/b.h": "",
+           "kit/a.cpp": '#include "ravolt/kit/a.h"\n#include "kit/b.h"\n#include <SDL.h>'}
+    bad_kit = [
+        {"kit/c.cpp": '#include "scene/renderList.h"'},
+        {"ravolt/kit/c.h": "#include <SDL/SDL.h>"},
+        {"ravolt/kit/a.h": '#include "ravolt/kit/c.h"', "ravolt/kit/c.h": '#include "ravolt/kit/a.h"'},
+    ]
     document = "<!-- layers -->\n```\n1  scene\n```\n"
     return (faults(good) == [] and all(len(faults(files)) == 1 for files in bad)
             and not [*tool_faults(tools)]
             and all(len([*tool_faults(tools | files)]) == 1 for files in bad_tools)
+            and not [*kit_faults(kit)]
+            and all(len([*kit_faults(kit | files)]) == 1 for files in bad_kit)
             and not [*diagram_faults(document, "layers", "1  scene\n")]
             and len([*diagram_faults(document, "layers", "1  models\n")]) == 1
             and len([*diagram_faults("no diagram", "layers", "1  scene\n")]) == 1)
@@ -176,15 +209,15 @@ def main():
     if "--self" in sys.argv:
         sys.exit(0 if self_test() else "the check does not find what it should")
     root = Path(sys.argv[1])
-    files, tools = read(root), read_tools(root)
+    files, kit, tools = read(root), read_kit(root), read_tools(root)
     document = (root / DOCUMENT).read_text(encoding="utf-8")
-    found = faults(files) + [*tool_faults(tools)]
+    found = faults(files) + [*kit_faults(kit)] + [*tool_faults(tools)]
     for mark, layers in DIAGRAMS.items():
         found += diagram_faults(document, mark, diagram(root, layers))
     for fault in found:
         print(fault)
-    print(f"{len(files) + len(tools)} files, {len(found)} faults")
-    sys.exit(1 if found or not files or not tools else 0)
+    print(f"{len(files) + len(kit) + len(tools)} files, {len(found)} faults")
+    sys.exit(1 if found or not files or not kit or not tools else 0)
 
 
 if __name__ == "__main__":

@@ -21,10 +21,10 @@ check() {
 cmake --install "$build" --prefix "$prefix" >install.log 2>&1 || fail "$(cat install.log)"
 
 # The documents, and every other one that a public header names.
-for document in formats.md additions.md; do
+for document in formats.md additions.md kit.md troubleshooting.md; do
     cmp "$source/docs/$document" "$prefix/share/doc/ravolt/$document" || fail "$document is not installed"
 done
-for document in $(grep -hoE '[a-z]+\.md' "$prefix"/include/ravolt/*.h | sort -u); do
+for document in $(grep -hoE '[a-z]+\.md' "$prefix"/include/ravolt/*.h "$prefix"/include/ravolt/kit/*.h | sort -u); do
     [ -f "$prefix/share/doc/ravolt/$document" ] || fail "a header names $document, which is not installed"
 done
 
@@ -38,6 +38,8 @@ cmake -S "$application" -B package "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_CXX_CO
     >package.log 2>&1 && cmake --build package >>package.log 2>&1 || fail "$(cat package.log)"
 ./package/application || fail "the application of the CMake package ends with $?"
 check "CMake package"
+./package/kit || fail "the kit of the CMake package ends with $?"
+check "CMake package, kit"
 
 # The README's application looks for a scene that is not here, and so ends at once.
 checkHello() {
@@ -63,6 +65,10 @@ PKG_CONFIG_LIBDIR=$PKG_CONFIG_PATH pkg-config --cflags --libs ravolt >/dev/null 
     $(pkg-config --cflags --libs ravolt) "-Wl,-rpath,$libraries" || fail "pkg-config: it does not build"
 ./application || fail "the application of pkg-config ends with $?"
 check "pkg-config"
+"$compiler" -std=c++17 "$application/kit.cpp" -o kit \
+    $(pkg-config --cflags --libs ravolt-kit) "-Wl,-rpath,$libraries" || fail "pkg-config: the kit does not build"
+./kit || fail "the kit of pkg-config ends with $?"
+check "pkg-config, kit"
 
 [ "$PKG_CONFIG_PATH" = "$prefix/lib/pkgconfig" ] || fail "README: not the folder of ravolt.pc"
 command=$(sed -n 's/^g++ \(hello.cpp .*\)$/\1/p' "$source/README.md")

@@ -1,4 +1,4 @@
-"""The layers of the library and those of the content tool: the tables of which folder may include
+"""The layers of the library, the kit and those of the content tool: the tables of which folder may include
 which. The check of the includes reads them, and the diagrams in docs/architecture.md are made from
 them.
 
@@ -32,7 +32,11 @@ LAYERS = [
     ("application", {"engine/app": []}),
 ]
 
-# The tool's own layers. Of the library its folders include public headers and format numbers only.
+# The kit, above the library: of it the sources include public headers only.
+KIT_LAYERS = [("kit", {"kit": []})]
+
+# The tool's own layers. Of the library and the kit its folders include public headers, and of the
+# library format numbers.
 TOOL_LAYERS = [
     ("writers", {"tools/writers": []}),
     ("common", {"tools/common": []}),
@@ -54,7 +58,7 @@ FOLDER_OF_HEADER = {f"ravolt/{header}.h": folder for _, folders in LAYERS
 
 DOCUMENT = "docs/architecture.md"
 WIDTH = 100
-DIAGRAMS = {"layers": LAYERS, "layers of the tool": TOOL_LAYERS}  # by their marks in the document
+DIAGRAMS = {"layers": LAYERS, "kit": KIT_LAYERS, "layers of the tool": TOOL_LAYERS}  # by their marks in the document
 
 
 def modules_in(root, folder):

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Writes the application of README.md, its CMakeLists.txt, and its other pieces of C++ as one file,
-samples.inc, into a folder.
+samples.inc, into a folder; of another document its pieces of C++ alone.
 
-readme.py SOURCE FOLDER
+readme.py SOURCE FOLDER [DOCUMENT]
 """
 import pathlib
 import re
@@ -22,11 +22,13 @@ def only(text, language, holding=""):
 
 
 def main():
-    text = (pathlib.Path(sys.argv[1]) / "README.md").read_text()
+    document = sys.argv[3] if len(sys.argv) > 3 else "README.md"
+    text = (pathlib.Path(sys.argv[1]) / document).read_text()
     folder = pathlib.Path(sys.argv[2])
     folder.mkdir(parents=True, exist_ok=True)
-    (folder / "hello.cpp").write_text(only(text, "cpp", "int main("))
-    (folder / "CMakeLists.txt").write_text(only(text, "cmake"))
+    if document == "README.md":
+        (folder / "hello.cpp").write_text(only(text, "cpp", "int main("))
+        (folder / "CMakeLists.txt").write_text(only(text, "cmake"))
     pieces = [block for block in blocks_of(text, "cpp") if "int main(" not in block]
     (folder / "samples.inc").write_text(re.sub("^#include.*$", "", "".join(pieces), flags=re.MULTILINE))
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs clang-tidy over the library's sources as .clang-tidy says: the house's style of names and some
+"""Runs clang-tidy over the sources of the library and of the kit as .clang-tidy says: the house's style of names and some
 checks for bugs. A source that passed is not checked again until it changes, or a header that it
 includes, its compile command, the settings or the program: a stamp in the build folder says so.
 
@@ -18,7 +18,8 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 RELEASE = 14
-LIBRARY = "ravolt_objects.dir/"  # the sources are compiled for other targets as well
+# The sources are compiled for other targets as well.
+LIBRARIES = ("ravolt_objects.dir/", "ravolt_kit_objects.dir/")
 # clang's own warnings are on, except where it does not see what a loop or a format is for.
 OPTIONS = ["--quiet", "--warnings-as-errors=*", "--extra-arg=-Wno-for-loop-analysis",
            "--extra-arg=-Wno-format-zero-length"]
@@ -73,7 +74,7 @@ def check(entry, program, root, stamps, settings):
 def run(root, build):
     program = find_program()
     database = json.loads((build / "compile_commands.json").read_text())
-    entries = [entry for entry in database if LIBRARY in entry["command"]]
+    entries = [entry for entry in database if any(library in entry["command"] for library in LIBRARIES)]
     stamps = build / "tidy"
     stamps.mkdir(exist_ok=True)
     (stamps / "compile_commands.json").write_text(json.dumps(entries))
@@ -94,7 +95,7 @@ def self_test(settings):
     def result(source, header="#pragma once\n"):
         (root / "source.cpp").write_text('#include "source.h"\n' + source)
         (root / "source.h").write_text(header)
-        command = f"c++ -Wall -Werror -I{root} -o {LIBRARY}source.o -c source.cpp"
+        command = f"c++ -Wall -Werror -I{root} -o {LIBRARIES[0]}source.o -c source.cpp"
         (root / "compile_commands.json").write_text(json.dumps(
             [{"directory": str(root), "command": command, "file": str(root / "source.cpp")}]))
         return run(root, root)[1:]

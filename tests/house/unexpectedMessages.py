@@ -12,7 +12,7 @@ import sys
 from pathlib import Path
 
 FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "effects",
-           "gui", "video"]
+           "gui", "video", "kit"]
 CLOSE = 160  # characters between two parts
 
 LITERAL = r'"((?:[^"\\\n]|\\.)*)"'

@@ -1,0 +1,6 @@
+#pragma once
+
+// Everything of the kit, in one header. The kit is a second library above the engine: what an
+// application needs around it, built on the engine's public headers and SDL's alone. C++17.
+
+#include "ravolt/kit/smoothedValue.h"
