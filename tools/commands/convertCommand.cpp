@@ -1,13 +1,11 @@
 // The command `convert`: its options, and the message about its result.
 
 #include "tools/commands/command.h"
+#include "tools/commands/fileJob.h"
 #include "tools/commands/options.h"
-#include "tools/commands/scene.h"
 #include "tools/common/failure.h"
 #include "tools/common/ranges.h"
 #include "tools/convert/clips.h"
-#include "tools/process/guard.h"
-#include "tools/process/logRedirect.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -68,22 +66,12 @@ void check(const ConvertOptions &options) {
 }
 
 void convert(const Options &options) {
-    GuardedJob done;
-    runGuarded(
-        options.model.string(), options.limits,
-        [&](GuardedJob &job) {
-            Report report;
-            ConvertResult result;
-            {
-                Progress progress(!options.verbosity.quiet);
-                result = stageModel(options, report, progress, job.files, job.inputs);
-            }
-            say(report, options.verbosity);
-            job.closingMessage = figuresText(options.scene.string(), result);
-        },
-        done);
-    if (!options.verbosity.quiet)
-        std::printf("%s\n", done.closingMessage.c_str());
+    writeFiles(options.model.string(), options.limits, options.verbosity,
+               [&](GuardedJob &job, Report &report) {
+                   Progress progress(!options.verbosity.quiet);
+                   return figuresText(options.scene.string(),
+                                      stageModel(options, report, progress, job.files, job.inputs));
+               });
 }
 
 } // namespace
@@ -93,7 +81,6 @@ std::function<void()> addConvert(CLI::App &app) {
     addOptions(app, *options);
     return [options] {
         check(*options);
-        LogRedirect::clear(); // no engine, so nothing to log
         convert(*options);
     };
 }

@@ -1,14 +1,12 @@
 // The command `font`: its options, and the message about its result.
 
 #include "tools/commands/command.h"
+#include "tools/commands/fileJob.h"
 #include "tools/commands/options.h"
-#include "tools/commands/scene.h"
 #include "tools/common/failure.h"
 #include "tools/common/ranges.h"
 #include "tools/font/cells.h"
 #include "tools/font/font.h"
-#include "tools/process/guard.h"
-#include "tools/process/logRedirect.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -76,18 +74,11 @@ std::string closingMessage(const Options &options, const FontResult &result) {
 }
 
 void makeFont(const Options &options) {
-    GuardedJob done;
-    runGuarded(
-        options.input.string(), options.limits,
-        [&](GuardedJob &job) {
-            Report report;
-            const FontResult result = stageFont(options, report, job.files, job.inputs);
-            say(report, options.verbosity);
-            job.closingMessage = closingMessage(options, result);
-        },
-        done);
-    if (!options.verbosity.quiet)
-        std::printf("%s\n", done.closingMessage.c_str());
+    writeFiles(options.input.string(), options.limits, options.verbosity,
+               [&](GuardedJob &job, Report &report) {
+                   return closingMessage(options,
+                                         stageFont(options, report, job.files, job.inputs));
+               });
 }
 
 } // namespace
@@ -97,7 +88,6 @@ std::function<void()> addFont(CLI::App &app) {
     addOptions(app, *options);
     return [options] {
         check(*options);
-        LogRedirect::clear(); // no engine, so nothing to log
         makeFont(*options);
     };
 }

@@ -2,13 +2,13 @@
 
 #include "tools/commands/command.h"
 #include "tools/commands/scene.h"
+#include "tools/commands/shotEngine.h"
 #include "tools/commands/shotOptions.h"
 #include "tools/commands/shotOthers.h"
 #include "tools/commands/show.h"
 #include "tools/common/failure.h"
 #include "tools/common/message.h"
 #include "tools/process/display.h"
-#include "tools/process/logRedirect.h"
 #include "tools/process/signals.h"
 #include "tools/stage/glow.h"
 #include "tools/stage/particles.h"
@@ -111,26 +111,12 @@ WindowSize sizeToDraw(const ShotOptions &options) {
     return {2 * size.width, 2 * size.height};
 }
 
-// Falls back to the plain size, in `drawn` too, where the display has no target of twice the size.
-std::unique_ptr<Engine> startEngine(const ShotOptions &options, const Verbosity &verbosity,
-                                    WindowSize &drawn) {
+std::unique_ptr<Engine> startForStage(const ShotOptions &options, WindowSize &drawn) {
     Drawing drawing = drawingFor(options, options.content == Content::emitter);
     drawing.useTarget = usesTarget(options);
-    const auto start = [&] {
-        drawing.picture = drawn;
-        return std::make_unique<Engine>(windowFor(drawn), "ravolt", false, LogRedirect::log(),
-                                        drawing);
-    };
-    try {
-        return start();
-    } catch (const PictureTooLarge &) {
-        if (drawn.width == options.size.width)
-            throw;
-    }
-    drawn = options.size;
-    auto engine = start();
-    warn("the display cannot draw effects at twice the size: drawn as with --no-smooth", verbosity);
-    return engine;
+    return startEngine(
+        options, drawing, drawn,
+        "the display cannot draw effects at twice the size: drawn as with --no-smooth");
 }
 
 void drawOnStage(const ShotOptions &options) {
@@ -141,7 +127,7 @@ void drawOnStage(const ShotOptions &options) {
     WindowSize drawn = sizeToDraw(options);
     if (usesTarget(options))
         requireTarget(options, "with bloom, tone mapping or depth of field ");
-    const std::unique_ptr<Engine> engine = startEngine(options, verbosity, drawn);
+    const std::unique_ptr<Engine> engine = startForStage(options, drawn);
     const LoadedScene loaded = load(*engine, scene, options);
     Stage stage(loaded.root);
     if (loaded.emitter)

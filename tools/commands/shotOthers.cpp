@@ -2,11 +2,10 @@
 
 #include "tools/commands/shotOthers.h"
 
+#include "tools/commands/shotEngine.h"
 #include "tools/commands/shotOptions.h"
 #include "tools/commands/show.h"
-#include "tools/common/message.h"
 #include "tools/common/progress.h"
-#include "tools/process/logRedirect.h"
 #include "tools/process/signals.h"
 #include "tools/stage/landscape.h"
 #include "tools/stage/panel.h"
@@ -35,20 +34,8 @@ Vector turnedAbout(const Vector &center, const Vector &point, double turns) {
 std::unique_ptr<Engine> startForTarget(const ShotOptions &options, WindowSize &drawn) {
     Drawing drawing = drawingFor(options, true);
     drawing.useTarget = true;
-    const auto start = [&] {
-        drawing.picture = drawn;
-        return std::make_unique<Engine>(windowFor(drawn), "ravolt", false, LogRedirect::log(),
-                                        drawing);
-    };
-    try {
-        return start();
-    } catch (const PictureTooLarge &) {
-        if (drawn.width == options.size.width)
-            throw;
-    }
-    drawn = options.size;
-    warn("the display cannot draw at twice the size: drawn as with --no-smooth", options.verbosity);
-    return start();
+    return startEngine(options, drawing, drawn,
+                       "the display cannot draw at twice the size: drawn as with --no-smooth");
 }
 
 } // namespace

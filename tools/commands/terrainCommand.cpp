@@ -1,11 +1,9 @@
 // The command `terrain`: its options, its output folder, and the message about its result.
 
 #include "tools/commands/command.h"
+#include "tools/commands/fileJob.h"
 #include "tools/commands/options.h"
-#include "tools/commands/scene.h"
 #include "tools/common/failure.h"
-#include "tools/process/guard.h"
-#include "tools/process/logRedirect.h"
 #include "tools/terrain/terrain.h"
 
 #include <CLI/CLI.hpp>
@@ -202,22 +200,12 @@ std::string closingMessage(const Options &options, const TerrainResult &result) 
 
 void makeTerrain(const Options &options) {
     const OutputFolder folder(options.folder);
-    GuardedJob done;
-    runGuarded(
-        options.island ? "the island" : options.input.string(), options.limits,
-        [&](GuardedJob &job) {
-            Report report;
-            TerrainResult result;
-            {
-                Progress progress(!options.verbosity.quiet);
-                result = stageTerrain(options, report, progress, job.files);
-            }
-            say(report, options.verbosity);
-            job.closingMessage = closingMessage(options, result);
-        },
-        done);
-    if (!options.verbosity.quiet)
-        std::printf("%s\n", done.closingMessage.c_str());
+    writeFiles(options.island ? "the island" : options.input.string(), options.limits,
+               options.verbosity, [&](GuardedJob &job, Report &report) {
+                   Progress progress(!options.verbosity.quiet);
+                   return closingMessage(options,
+                                         stageTerrain(options, report, progress, job.files));
+               });
 }
 
 } // namespace
@@ -227,7 +215,6 @@ std::function<void()> addTerrain(CLI::App &app) {
     addOptions(app, *options);
     return [options] {
         check(*options);
-        LogRedirect::clear(); // no engine, so nothing to log
         makeTerrain(*options);
     };
 }
