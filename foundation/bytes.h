@@ -10,6 +10,12 @@
 
 namespace ravolt {
 
+// Where and why a file is refused; a reason of NULL for one that is not.
+struct FileProblem {
+    std::size_t offset = 0;
+    const char *reason = nullptr;
+};
+
 // Reads little-endian values from a block of memory. A read past the end gives zeros and marks the
 // reader as failed for good, so a run of reads needs one test at its end. The block must outlive
 // the reader.
@@ -17,17 +23,21 @@ class ByteReader {
   public:
     ByteReader(const void *data, std::size_t size, std::size_t position = 0)
         : start(static_cast<const unsigned char *>(data)), end(size), cursor(position) {
-        if (cursor > end)
+        if (cursor > end) {
+            cursor = end;
             fail();
+        }
     }
 
-    bool ok() const { return !failed; }
+    bool ok() const { return !reason; }
+    // The first failure: its offset is where the read starts that failed.
+    FileProblem problem() const { return {failedAt, reason}; }
     std::size_t position() const { return cursor; }
     std::size_t left() const { return end - cursor; }
 
     // The next `count` bytes, in place; NULL when fewer are left.
     const unsigned char *take(std::size_t count) {
-        if (failed || count > left()) {
+        if (reason || count > left()) {
             fail();
             return nullptr;
         }
@@ -50,10 +60,10 @@ class ByteReader {
     // A zero-terminated text of at most `maxLength` characters, in place and without its zero, so
     // that data() is a C string. A longer or unterminated one is a failure and reads as empty.
     std::string_view readText(std::size_t maxLength = 255) {
-        const std::size_t window = failed ? 0 : (left() < maxLength + 1 ? left() : maxLength + 1);
+        const std::size_t window = reason ? 0 : (left() < maxLength + 1 ? left() : maxLength + 1);
         const void *zero = window ? std::memchr(start + cursor, 0, window) : nullptr;
         if (!zero) {
-            fail();
+            fail(window > maxLength ? "a text that is too long" : endsEarly);
             return std::string_view("", 0);
         }
         const char *text = reinterpret_cast<const char *>(start + cursor);
@@ -62,17 +72,29 @@ class ByteReader {
         return {text, length};
     }
 
-    // Marks the reader as failed: what was read is invalid.
-    void fail() {
-        failed = true;
-        cursor = end;
+    static constexpr char endsEarly[] = "it ends early";
+
+    // Marks the reader as failed here, or at a byte that it has returned: what was read is invalid.
+    void fail(const char *why = endsEarly) { failAt(cursor, why); }
+    void fail(const char *why, const unsigned char *at) {
+        failAt(static_cast<std::size_t>(at - start), why);
     }
 
   private:
+    // Only the first failure counts.
+    void failAt(std::size_t position, const char *why) {
+        if (!reason) {
+            reason = why;
+            failedAt = position;
+        }
+        cursor = end;
+    }
+
     const unsigned char *start;
     std::size_t end;
     std::size_t cursor;
-    bool failed = false;
+    const char *reason = nullptr;
+    std::size_t failedAt = 0;
 };
 
 // A file read whole into one block from zlfMalloc. Each loader reports a failure in its own words.

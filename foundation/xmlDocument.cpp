@@ -1,6 +1,7 @@
 // The text is tokenized before TinyXML parses it, with the same rules, so that the depth found here
 // is the one that TinyXML reaches. What is ambiguous is rejected: a wrong end tag, a declaration
-// that is not at the start. The one at the start is left out of the text.
+// that is not at the start. The one at the start is replaced by blanks, so that positions in the
+// text are those in the file.
 
 #include "foundation/xmlDocument.h"
 
@@ -205,17 +206,25 @@ void locate(std::string_view text, const char *position, XmlProblem &problem) {
         1;
 }
 
-// TinyXML has not seen what is before `parsed`, which ends within a line. It does not say where an
-// empty document ends.
+// TinyXML does not say where an empty document ends: that is after `parsed`.
 void describe(std::string_view text, const char *parsed, const TiXmlDocument &document,
               XmlProblem &problem) {
     locate(text, parsed, problem);
     problem.text = document.ErrorDesc();
-    const int row = document.ErrorRow(), column = document.ErrorCol();
-    if (row < 1)
+    if (document.ErrorRow() < 1)
         return;
-    problem.column = row > 1 ? column : problem.column + column - 1;
-    problem.line += row - 1;
+    problem.line = document.ErrorRow();
+    problem.column = document.ErrorCol();
+}
+
+// The whole text with blanks before `rest`.
+std::string withoutStart(std::string_view whole, std::string_view rest) {
+    std::string text(whole);
+    const auto start = text.begin();
+    std::replace_if(
+        start, start + (rest.data() - whole.data()), [](char c) { return c != '\n' && c != '\r'; },
+        ' ');
+    return text;
 }
 
 bool parse(std::string_view text, TiXmlDocument &document, XmlProblem &problem) {
@@ -241,7 +250,8 @@ bool parse(std::string_view text, TiXmlDocument &document, XmlProblem &problem) 
     }
 
     const bool utf8 = (marked || declaresUtf8(declaration)) && isWellFormedUtf8(text);
-    document.Parse(text.data(), nullptr, utf8 ? TIXML_ENCODING_UTF8 : TIXML_ENCODING_LEGACY);
+    document.Parse(withoutStart(whole, text).c_str(), nullptr,
+                   utf8 ? TIXML_ENCODING_UTF8 : TIXML_ENCODING_LEGACY);
     if (document.Error())
         describe(whole, text.data(), document, problem);
     return !document.Error();
@@ -250,14 +260,16 @@ bool parse(std::string_view text, TiXmlDocument &document, XmlProblem &problem) 
 } // namespace
 
 bool loadXml(const char *path, TiXmlDocument &document, XmlProblem *problem) try {
+    XmlProblem ignored;
+    XmlProblem &found = problem ? *problem : ignored;
     FileBytes file;
     const int size = zlfGetFileSize(path);
     if (size < 0 || static_cast<std::size_t>(size) > maxXmlSize ||
-        file.read(path) != FileBytes::Result::ok || file.size() > maxXmlSize)
+        file.read(path) != FileBytes::Result::ok || file.size() > maxXmlSize) {
+        found.text = "it cannot be read, or is larger than 4 MiB";
         return false;
-    XmlProblem ignored;
-    return parse({reinterpret_cast<const char *>(file.data()), file.size()}, document,
-                 problem ? *problem : ignored);
+    }
+    return parse({reinterpret_cast<const char *>(file.data()), file.size()}, document, found);
 } catch (const std::bad_alloc &) {
     return false;
 }

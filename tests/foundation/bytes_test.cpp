@@ -58,6 +58,23 @@ TEST(ByteReader, AReadAcrossTheEndFailsForGood) {
         failing([count](auto &reader) { EXPECT_EQ(reader.take(count), nullptr); });
 }
 
+TEST(ByteReader, ReportsWhereAndWhyItFailedFirst) {
+    const auto problemOf = [](auto fail) {
+        ByteReader reader(three, 3, 1);
+        EXPECT_EQ(reader.problem().reason, nullptr);
+        fail(reader);
+        reader.read<std::uint64_t>(); // a later failure
+        return std::to_string(reader.problem().offset) + ": " + reader.problem().reason;
+    };
+    EXPECT_EQ(problemOf([](auto &reader) { reader.skip(3); }), "1: it ends early");
+    EXPECT_EQ(problemOf([](auto &reader) { reader.readText(); }), "1: it ends early");
+    EXPECT_EQ(problemOf([](auto &reader) { reader.readText(1); }), "1: a text that is too long");
+    EXPECT_EQ(problemOf([](auto &reader) { reader.fail("wrong"); }), "1: wrong");
+    EXPECT_EQ(problemOf([](auto &reader) { reader.fail("wrong", reader.take(2) + 1); }),
+              "2: wrong");
+    EXPECT_EQ(ByteReader(three, 3, 4).problem().offset, 3u);
+}
+
 TEST(ByteReader, ReadsAndSkipsBlocksUpToTheEnd) {
     for (std::size_t count = 0; count <= 3; ++count) {
         ByteReader reader(three, 3), skipping(three, 3);

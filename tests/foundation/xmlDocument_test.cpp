@@ -50,6 +50,17 @@ TEST_F(XmlDocument, WellFormedFilesLoad) {
     ASSERT_NE(document.FirstChildElement("a")->FirstChildElement("c"), nullptr);
 }
 
+TEST_F(XmlDocument, ElementsHaveTheirPositionsInTheFile) {
+    for (const std::string &start : {std::string("\n\n "), std::string("\xef\xbb\xbf\n\n "),
+                                     std::string("<?xml\nversion='1.0'\n?>")}) {
+        ASSERT_TRUE(load(start + "\n<a>\n  <b/></a>")) << start;
+        const TiXmlElement *root = document.FirstChildElement("a");
+        EXPECT_EQ(root->Row(), 4);
+        EXPECT_EQ(root->FirstChildElement("b")->Row(), 5);
+        EXPECT_EQ(root->FirstChildElement("b")->Column(), 3);
+    }
+}
+
 TEST_F(XmlDocument, MalformedFilesDoNot) {
     EXPECT_FALSE(loadXml("none.xml", document));
     for (const char *text :
