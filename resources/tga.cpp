@@ -3,7 +3,6 @@
 
 #include "resources/tga.h"
 
-#include "foundation/bytes.h"
 #include "resources/tgaFormat.h"
 
 #include <algorithm>
@@ -37,28 +36,54 @@ std::size_t packetPixels(unsigned int packet) {
 }
 
 // Whether the packets end exactly with the image, and the file not before them.
-bool packetsFit(ByteReader body, const TgaImage &image) {
-    for (std::size_t left = image.pixels(); left > 0;) {
-        const unsigned int packet = body.read<std::uint8_t>();
+void skipPackets(ByteReader &body, const TgaImage &image) {
+    for (std::size_t left = image.pixels(); left > 0 && body.ok();) {
+        const unsigned char *const start = body.take(1);
+        const unsigned int packet = start ? *start : 0;
         const std::size_t count = packetPixels(packet);
         body.skip((packet < repeatFlag ? count : 1) * image.depth);
-        if (!body.ok() || count > left)
-            return false;
-        left -= count;
+        if (count > left)
+            body.fail("a packet that is longer than the rest of the image", start);
+        left -= std::min(count, left);
     }
-    return true;
 }
 
-bool bodyFits(const ByteReader &body, const TgaImage &image) {
+// The reader fails where the body is not good.
+void skipBody(ByteReader &body, const TgaImage &image) {
     switch (image.kind) {
     case TgaKind::uncompressed:
-        return body.left() >= image.bytes();
+        body.skip(image.bytes());
+        break;
     case TgaKind::runLength:
-        return packetsFit(body, image);
+        skipPackets(body, image);
+        break;
     case TgaKind::unsupported:
         break;
     }
-    return true;
+}
+
+TgaResult readImage(ByteReader &reader, TgaImage &image) {
+    const unsigned char *kind = reader.take(tga::kindBytes);
+    const unsigned char *sizes = reader.take(0);
+    image.width = reader.read<std::uint16_t>();
+    image.height = reader.read<std::uint16_t>();
+    const unsigned int bits = reader.read<std::uint8_t>();
+    const unsigned int descriptor = reader.read<std::uint8_t>();
+    if (!reader.ok())
+        return TgaResult::corrupted;
+
+    if ((bits != 24 && bits != 32) || !isSupportedSize(image.width) ||
+        !isSupportedSize(image.height)) {
+        reader.fail("neither 24 nor 32 bits a pixel, or a side of 0 or more than 4096 pixels",
+                    sizes);
+        return TgaResult::unsupportedDepthOrSizes;
+    }
+    image.depth = bits / 8;
+    image.reverseRows = descriptor >= smallestTopDescriptor;
+    image.kind = kindOf(kind);
+    image.body = kind + reader.position();
+    skipBody(reader, image);
+    return reader.ok() ? TgaResult::ok : TgaResult::corrupted;
 }
 
 // Files store blue before red.
@@ -112,24 +137,12 @@ void reverseRows(const TgaImage &image, unsigned char *pixels) {
 
 } // namespace
 
-TgaResult inspectTga(const void *file, std::size_t size, TgaImage &image) {
+TgaResult inspectTga(const void *file, std::size_t size, TgaImage &image, FileProblem *problem) {
     ByteReader reader(file, size);
-    const unsigned char *kind = reader.take(tga::kindBytes);
-    image.width = reader.read<std::uint16_t>();
-    image.height = reader.read<std::uint16_t>();
-    const unsigned int bits = reader.read<std::uint8_t>();
-    const unsigned int descriptor = reader.read<std::uint8_t>();
-    if (!reader.ok())
-        return TgaResult::corrupted;
-
-    if ((bits != 24 && bits != 32) || !isSupportedSize(image.width) ||
-        !isSupportedSize(image.height))
-        return TgaResult::unsupportedDepthOrSizes;
-    image.depth = bits / 8;
-    image.reverseRows = descriptor >= smallestTopDescriptor;
-    image.kind = kindOf(kind);
-    image.body = kind + reader.position();
-    return bodyFits(reader, image) ? TgaResult::ok : TgaResult::corrupted;
+    const TgaResult result = readImage(reader, image);
+    if (problem)
+        *problem = reader.problem();
+    return result;
 }
 
 void decodeTga(const TgaImage &image, unsigned char *pixels) {
