@@ -8,26 +8,18 @@
 #include "foundation/text.h"
 #include "models/modelFile.h"
 #include "models/rvaFormat.h"
+#include "models/rvaRecord.h"
 #include "ravolt/zlf.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <new>
 #include <string>
-#include <string_view>
 
 using ravolt::ByteReader;
+using ravolt::RvaRecord;
 
 namespace {
-
-// A file as a view of its bytes.
-struct RvaRecord {
-    std::uint16_t numberOfBones = 0;
-    std::uint16_t numberOfFrames = 0;
-    const char *boneName[RV_ANIM_BONES] = {};
-    const unsigned char *entries = nullptr; // entryBytes for each bone of each frame
-};
 
 using namespace ravolt::rva;
 static_assert(maxBones == RV_ANIM_BONES && maxFrames == RV_ANIM_FRAMES);
@@ -38,27 +30,12 @@ constexpr std::size_t maxSavedName = 254;
 // --- Reading
 
 bool readHeader(const char *path, const ravolt::FileBytes &file) {
-    const std::string_view header(reinterpret_cast<const char *>(file.data()),
-                                  std::min(file.size(), magic.size()));
-    if (header != magic) {
+    if (!ravolt::readRvaHeader(file.data(), file.size())) {
         zlfLog("   [!] Invalid header in file %s @ RVANIM::load\n", path);
         return false;
     }
     zlfLog("   Header: %s\n", magic.data());
     return true;
-}
-
-// Whether the file is complete and within the limits.
-bool readRecord(ByteReader reader, RvaRecord &record) {
-    record.numberOfBones = reader.read<std::uint16_t>();
-    record.numberOfFrames = reader.read<std::uint16_t>();
-    if (record.numberOfBones > RV_ANIM_BONES || record.numberOfFrames > RV_ANIM_FRAMES)
-        return false;
-    for (unsigned int bone = 0; bone < record.numberOfBones; ++bone)
-        record.boneName[bone] = reader.readText().data();
-    record.entries =
-        reader.take(std::size_t{record.numberOfFrames} * record.numberOfBones * entryBytes);
-    return reader.ok();
 }
 
 // Names and entries beyond the counts of the file do not change.
@@ -125,7 +102,8 @@ bool RVANIM::load(const char *newFileName) try {
     if (!ravolt::readModelFile(path, "RVANIM::load", file) || !readHeader(path, file))
         return false;
     RvaRecord record;
-    if (!readRecord(ByteReader(file.data(), file.size(), headerBytes), record)) {
+    ByteReader reader(file.data(), file.size(), headerBytes);
+    if (!ravolt::readRvaRecord(reader, record)) {
         zlfLog("   [!] Corrupted file %s @ RVANIM::load\n", path);
         return false;
     }

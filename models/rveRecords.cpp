@@ -37,22 +37,38 @@ void readSkin(ByteReader &reader, MeshRecord &mesh) {
     mesh.boneWeights = takeArray(reader, weights, sizeof(float));
     mesh.numberOfBones = reader.read<std::uint16_t>();
     if (mesh.numberOfBones > maxBones) {
-        reader.fail();
+        reader.fail("more than 100 bones");
         return;
     }
     for (unsigned int i = 0; i < mesh.numberOfBones; ++i)
         mesh.boneName[i] = reader.readText().data();
 }
 
-// The largest of `count` numbers that need not be aligned; 0 for none.
+template <class Number> Number numberAt(const unsigned char *bytes, std::size_t index) {
+    Number number; // which need not be aligned in the file
+    std::memcpy(&number, bytes + index * sizeof(Number), sizeof(Number));
+    return number;
+}
+
+// The largest of `count` numbers; 0 for none.
 template <class Number> Number largest(const unsigned char *bytes, std::size_t count) {
     Number maximum = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        Number number;
-        std::memcpy(&number, bytes + i * sizeof(Number), sizeof(Number));
-        maximum = std::max(maximum, number);
-    }
+    for (std::size_t i = 0; i < count; ++i)
+        maximum = std::max(maximum, numberAt<Number>(bytes, i));
     return maximum;
+}
+
+// Most files have good indices, so that the first bad one is searched only where there is one.
+template <class Number>
+bool checkBelow(unsigned int limit, const unsigned char *bytes, std::size_t count,
+                const char *problem, ByteReader &reader) {
+    if (count == 0 || largest<Number>(bytes, count) < limit)
+        return true;
+    std::size_t bad = 0;
+    while (numberAt<Number>(bytes, bad) < limit)
+        ++bad;
+    reader.fail(problem, bytes + bad * sizeof(Number));
+    return false;
 }
 
 } // namespace
@@ -92,17 +108,15 @@ bool readMeshRecord(ByteReader &reader, bool obsolete, MeshRecord &mesh) {
     return reader.ok();
 }
 
-bool indicesInRange(const MeshRecord &mesh) {
-    if (mesh.faces) {
-        const std::uint16_t vertices = mesh.numberOfUVs
-                                           ? std::min(mesh.numberOfVertices, mesh.numberOfUVs)
-                                           : mesh.numberOfVertices;
-        if (largest<std::uint16_t>(mesh.faces, mesh.numberOfFaces * std::size_t{3}) >= vertices)
-            return false;
-    }
+bool checkIndices(const MeshRecord &mesh, ByteReader &reader) {
+    const std::uint16_t vertices = mesh.numberOfUVs
+                                       ? std::min(mesh.numberOfVertices, mesh.numberOfUVs)
+                                       : mesh.numberOfVertices;
     const std::size_t weights = std::size_t{mesh.numberOfVertices} * mesh.numberOfWeights;
-    return !mesh.boneIndices ||
-           largest<std::uint8_t>(mesh.boneIndices, weights) < mesh.numberOfBones;
+    return checkBelow<std::uint16_t>(vertices, mesh.faces, mesh.numberOfFaces * std::size_t{3},
+                                     "a face's index beyond the vertices", reader) &&
+           checkBelow<std::uint8_t>(mesh.numberOfBones, mesh.boneIndices, weights,
+                                    "a bone's number beyond the bones", reader);
 }
 
 } // namespace ravolt

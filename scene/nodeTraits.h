@@ -8,18 +8,12 @@ class RVNODE;
 
 namespace ravolt {
 
-class ByteReader;
-
 // How a scene file stores nodes of a kind.
 struct NodeReader {
     unsigned char kind; // the byte before a node's record
 
-    // Reads one record and the number of its children. False where it ends early or an index is
-    // outside of its table.
-    bool (*check)(ByteReader &reader, bool obsolete, unsigned int &numberOfChildren);
-
-    // Makes the node of the record at `buffer + *cursor`, which has passed the check, and moves the
-    // cursor to its end. NULL with a log line when memory runs out.
+    // Makes the node of the record at `buffer + *cursor`, which has passed the check of
+    // models/rveFile.h, and moves the cursor to its end. NULL with a log line when memory runs out.
     RVNODE *(*load)(char *buffer, long *cursor, bool obsolete);
 };
 

@@ -16,8 +16,8 @@
 #include "foundation/text.h"
 #include "models/loadIndex.h"
 #include "models/modelFile.h"
+#include "models/rveFile.h"
 #include "models/rveFormat.h"
-#include "models/rveRecords.h"
 #include "scene/nodeInternals.h"
 #include "scene/nodeTraits.h"
 
@@ -25,19 +25,17 @@
 #include <memory>
 #include <new>
 #include <string>
-#include <string_view>
 #include <vector>
 
 using ravolt::ByteReader;
 using ravolt::LoadIndex;
 using ravolt::MaterialRecord;
 using ravolt::NodeInternals;
+using ravolt::RveVerdict;
 
 namespace rve = ravolt::rve;
 
 namespace {
-
-enum class Verdict { good, corrupted, unknownKind };
 
 // The state of one load, for functions that have no parameter for it.
 struct LoadState {
@@ -46,39 +44,6 @@ struct LoadState {
 } state;
 
 bool isNone(const char *text) { return std::strcmp(text, rve::noName) == 0; }
-
-// --- The first pass
-
-// `open` contains, for each node on the path from the root, how many children are still to come.
-Verdict checkTree(ByteReader &reader) {
-    std::vector<unsigned int> open;
-    open.reserve(rve::maxTreeDepth);
-    do {
-        const unsigned char kind = reader.read<unsigned char>();
-        if (!reader.ok() || open.size() == rve::maxTreeDepth)
-            return Verdict::corrupted;
-        const ravolt::NodeReader *nodeReader = ravolt::readerOf(kind);
-        if (!nodeReader)
-            return Verdict::unknownKind;
-        unsigned int children = 0;
-        if (!nodeReader->check(reader, state.obsolete, children))
-            return Verdict::corrupted;
-        open.push_back(children);
-        while (!open.empty() && open.back() == 0)
-            open.pop_back();
-        if (!open.empty())
-            --open.back();
-    } while (!open.empty());
-    return Verdict::good;
-}
-
-Verdict checkFile(ByteReader reader) {
-    MaterialRecord material;
-    for (unsigned int left = reader.read<std::uint16_t>(); left; --left)
-        if (!ravolt::readMaterialRecord(reader, material))
-            return Verdict::corrupted;
-    return checkTree(reader);
-}
 
 // --- Materials
 
@@ -222,29 +187,27 @@ struct DestroyTree {
 
 bool namesXml(const char *path) { return std::strstr(path, ".xml") || std::strstr(path, ".XML"); }
 
-// Whether the file starts with a known magic, which also states the version of the format.
 bool readHeader(const char *path, const ravolt::FileBytes &file) {
-    const std::string header(reinterpret_cast<const char *>(file.data()),
-                             std::min(file.size(), rve::magic.size()));
-    state.obsolete = header == rve::obsoleteMagic;
-    if (state.obsolete) {
-        zlfLog("   [!] Obsolete RVE file format detected: re-export your model with 1.6a\n");
-    } else if (header != rve::magic) {
+    if (!ravolt::readRveHeader(file.data(), file.size(), state.obsolete)) {
         zlfLog("   [!] Invalid header in file %s @ RAVOLT::load\n", path);
         return false;
     }
-    zlfLog("   Header: %s\n", header.c_str());
+    if (state.obsolete)
+        zlfLog("   [!] Obsolete RVE file format detected: re-export your model with 1.6a\n");
+    zlfLog("   Header: %s\n", state.obsolete ? rve::obsoleteMagic.data() : rve::magic.data());
     return true;
 }
 
+// The first pass.
 bool checkContents(const char *path, const ravolt::FileBytes &file) {
-    switch (checkFile(ByteReader(file.data(), file.size(), rve::headerBytes))) {
-    case Verdict::good:
+    ByteReader reader(file.data(), file.size(), rve::headerBytes);
+    switch (ravolt::checkRve(reader, state.obsolete)) {
+    case RveVerdict::good:
         return true;
-    case Verdict::corrupted:
+    case RveVerdict::corrupted:
         zlfLog("   [!] Corrupted file %s @ RAVOLT::load\n", path);
         return false;
-    case Verdict::unknownKind:
+    case RveVerdict::unknownKind:
         zlfLog("   [!] Unknow type @ RAVOLT::recursiveLoad\n");
         return false;
     }

@@ -4,6 +4,7 @@
 #include "foundation/text.h"
 #include "foundation/xmlDocument.h"
 #include "gui/boxNodes.h"
+#include "models/interfaceFormat.h"
 #include "models/modelFile.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVFONT.h"
@@ -19,6 +20,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <string>
 #include <string_view>
@@ -215,6 +217,14 @@ constexpr struct {
     {"color", setColor},  {"kind", setKind},
 };
 
+constexpr bool hasEveryProperty() {
+    for (std::size_t i = 0; i < std::size(properties); ++i)
+        if (properties[i].tag != ravolt::interface::properties[i].tag)
+            return false;
+    return std::size(properties) == std::size(ravolt::interface::properties);
+}
+static_assert(hasEveryProperty());
+
 void applyProperty(const Subject &subject, const TiXmlElement &element) {
     for (const auto &property : properties)
         if (property.tag == element.Value())
@@ -239,7 +249,8 @@ RVNODE *RAVOLT::loadXML(const char *fileName) try {
         return nullptr;
     }
     zlfLog("\n   Loading XML file '%s'...\n", fileName);
-    TiXmlElement *const root = document.FirstChildElement("root"); // no comment of that text
+    TiXmlElement *const root =
+        document.FirstChildElement(ravolt::interface::root); // no comment of that text
     if (!root) {
         zlfLog("   [!] Root not found in file %s @ RAVOLT::loadXML\n", fileName);
         return nullptr;

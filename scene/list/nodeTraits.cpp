@@ -3,7 +3,6 @@
 #include "scene/nodeTraits.h"
 
 #include "models/rveFormat.h"
-#include "models/rveRecords.h"
 #include "ravolt/RVEMITTER.h"
 #include "ravolt/RVHELPER.h"
 #include "ravolt/RVLIGHT.h"
@@ -11,7 +10,6 @@
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
 #include "scene/nodeInternals.h"
-#include "scene/nodeRecords.h"
 
 #include <bit>
 #include <iterator>
@@ -29,36 +27,13 @@ float emitterRadius(const RVNODE &node) {
 
 float helperRadius(const RVNODE &node) { return static_cast<const RVHELPER &>(node).getRadius(); }
 
-template <class Record>
-bool checkRecord(bool whole, const Record &record, unsigned int &numberOfChildren) {
-    numberOfChildren = record.numberOfChildren;
-    return whole;
-}
-
 constexpr NodeReader plainNodeRow = {
-    rve::kindNode,
-    [](ByteReader &reader, bool, unsigned int &children) {
-        PlainNodeRecord record;
-        return checkRecord(readPlainNodeRecord(reader, record), record, children);
-    },
-    [](char *buffer, long *cursor, bool) { return RVNODE::load(buffer, cursor); }};
+    rve::kindNode, [](char *buffer, long *cursor, bool) { return RVNODE::load(buffer, cursor); }};
 
 constexpr NodeReader lightRow = {
-    rve::kindLight,
-    [](ByteReader &reader, bool, unsigned int &children) {
-        LightRecord record;
-        return checkRecord(readLightRecord(reader, record), record, children);
-    },
-    [](char *buffer, long *cursor, bool) { return RVLIGHT::load(buffer, cursor); }};
+    rve::kindLight, [](char *buffer, long *cursor, bool) { return RVLIGHT::load(buffer, cursor); }};
 
-constexpr NodeReader meshRow = {rve::kindMesh,
-                                [](ByteReader &reader, bool obsolete, unsigned int &children) {
-                                    MeshRecord record;
-                                    const bool whole = readMeshRecord(reader, obsolete, record) &&
-                                                       indicesInRange(record);
-                                    return checkRecord(whole, record, children);
-                                },
-                                [](char *buffer, long *cursor, bool obsolete) {
+constexpr NodeReader meshRow = {rve::kindMesh, [](char *buffer, long *cursor, bool obsolete) {
                                     return RVMESH::load(buffer, cursor, obsolete);
                                 }};
 
