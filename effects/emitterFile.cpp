@@ -84,24 +84,32 @@ bool readAttributes(const TiXmlElement &xml, Attributes attributes, EmitterEleme
 
 } // namespace
 
-bool readEmitterFile(const char *path, std::vector<EmitterElement> &elements) try {
+bool readEmitterFile(const char *path, std::vector<EmitterElement> &elements,
+                     EmitterRemarks *remarks) try {
+    EmitterRemarks ignored;
+    EmitterRemarks &found = remarks ? *remarks : ignored;
     TiXmlDocument document;
-    if (!loadXml(path, document))
+    if (!loadXml(path, document, &found.problem))
         return false;
     const TiXmlElement *emitter = document.FirstChildElement("emitter");
-    if (!emitter)
+    if (!emitter) {
+        found.problem = {1, 1, "no element emitter"};
         return false;
+    }
     for (const TiXmlElement *xml = emitter->FirstChildElement(); xml;
          xml = xml->NextSiblingElement()) {
         const Row *row =
             std::find_if(std::begin(rows), std::end(rows), [xml](const Row &candidate) {
                 return std::strcmp(candidate.name, xml->Value()) == 0;
             });
-        if (row == std::end(rows))
-            continue;
-        EmitterElement element{.key = row->key};
-        if (readAttributes(*xml, row->attributes, element))
+        const bool known = row != std::end(rows);
+        EmitterElement element{.key = known ? row->key : EmitterKey::type,
+                               .line = xml->Row(),
+                               .column = xml->Column()};
+        if (known && readAttributes(*xml, row->attributes, element))
             elements.push_back(element);
+        else
+            found.skipped.push_back({xml->Value(), known, xml->Row(), xml->Column()});
     }
     return true;
 } catch (const std::bad_alloc &) {

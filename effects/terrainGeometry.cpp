@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <iterator>
 
 static_assert(std::endian::native == std::endian::little,
               "values are read as they are in the file");
@@ -62,7 +63,7 @@ std::uint64_t sizeOf(std::istream &file) {
 }
 
 const char *checkHeader(const RVTERRAIN_HEADER &header, std::uint64_t fileSize,
-                        std::uint64_t &numberOfChunks) {
+                        std::uint64_t &numberOfChunks, std::uint64_t &problemOffset) {
     if (header.chunkSize < 2 || header.terrainSizeX < header.chunkSize ||
         header.terrainSizeY < header.chunkSize || header.levels == 0)
         return "a size or the levels are 0";
@@ -71,53 +72,50 @@ const char *checkHeader(const RVTERRAIN_HEADER &header, std::uint64_t fileSize,
     if (numberOfChunks % 2 != 0)
         return "an odd number of chunks";
     const std::uint64_t offset = chunksOffset(header);
-    if (fileSize < offset || (fileSize - offset) / chunkBytes(header) < numberOfChunks)
+    if (fileSize < offset || (fileSize - offset) / chunkBytes(header) < numberOfChunks) {
+        problemOffset = fileSize;
         return "shorter than its header says";
+    }
     return nullptr;
 }
 
-bool readList(std::istream &file, std::size_t length, std::vector<unsigned short> &list) {
+// `offset` is that of the list, and then of what is wrong with it or of the end of the list.
+const char *readList(std::istream &file, std::size_t length, std::uint64_t vertices,
+                     std::vector<unsigned short> &list, std::uint64_t &offset) {
     list.resize(length);
-    return readBytes(file, list.data(), length);
+    if (!readBytes(file, list.data(), length))
+        return "it cannot be read";
+    const auto bad = std::find_if(list.begin(), list.end(),
+                                  [vertices](unsigned short index) { return index >= vertices; });
+    offset += static_cast<std::uint64_t>(bad - list.begin()) * sizeof(unsigned short);
+    return bad == list.end() ? nullptr : "an index beyond the vertices";
 }
 
-bool readLevel(std::istream &file, const RVTERRAIN_HEADER &header, unsigned int number,
-               TerrainLevel &level) {
-    if (!readList(file, terrainBodyLength(header, number), level.body))
-        return false;
+const char *readLevel(std::istream &file, unsigned int number, TerrainGeometry &geometry) {
+    const RVTERRAIN_HEADER &header = geometry.header;
+    TerrainLevel &level = geometry.levels[number];
+    const std::uint64_t vertices = verticesOf(header);
+    if (const char *problem = readList(file, terrainBodyLength(header, number), vertices,
+                                       level.body, geometry.problemOffset))
+        return problem;
     for (auto &variant : level.edge)
         for (std::vector<unsigned short> &list : variant)
-            if (!readList(file, terrainEdgeLength(header, number), list))
-                return false;
-    return true;
-}
-
-bool inRange(const std::vector<unsigned short> &list, std::uint64_t vertices) {
-    return std::all_of(list.begin(), list.end(),
-                       [vertices](unsigned short index) { return index < vertices; });
-}
-
-bool inRange(const TerrainLevel &level, std::uint64_t vertices) {
-    return inRange(level.body, vertices) &&
-           std::all_of(level.edge.begin(), level.edge.end(), [vertices](const auto &variant) {
-               return std::all_of(variant.begin(), variant.end(),
-                                  [vertices](const auto &list) { return inRange(list, vertices); });
-           });
+            if (const char *problem = readList(file, terrainEdgeLength(header, number), vertices,
+                                               list, geometry.problemOffset))
+                return problem;
+    return nullptr;
 }
 
 void seekChunk(std::istream &file, const RVTERRAIN_HEADER &header, std::uint64_t chunk) {
-    file.seekg(static_cast<std::streamoff>(chunksOffset(header) + chunk * chunkBytes(header)));
+    file.seekg(static_cast<std::streamoff>(terrainChunkOffset(header, chunk)));
 }
 
 const char *readLevels(std::istream &file, TerrainGeometry &geometry) {
+    geometry.problemOffset = sizeof geometry.header;
     geometry.levels.resize(geometry.header.levels);
-    for (unsigned int number = 0; number < geometry.levels.size(); ++number) {
-        TerrainLevel &level = geometry.levels[number];
-        if (!readLevel(file, geometry.header, number, level))
-            return "it cannot be read";
-        if (!inRange(level, verticesOf(geometry.header)))
-            return "an index beyond the vertices";
-    }
+    for (unsigned int number = 0; number < geometry.levels.size(); ++number)
+        if (const char *problem = readLevel(file, number, geometry))
+            return problem;
     return nullptr;
 }
 
@@ -127,11 +125,17 @@ const char *readChunkHeaders(std::istream &file, TerrainGeometry &geometry,
     for (std::size_t number = 0; number < numberOfChunks; ++number) {
         RVTERRAIN_CHUNK_HEADER &chunk = geometry.chunks[number];
         seekChunk(file, geometry.header, number);
+        geometry.problemOffset = terrainChunkOffset(geometry.header, number);
         if (!readBytes(file, &chunk, 1))
             return "it cannot be read";
-        for (const unsigned short neighbour : chunk.neighbour)
-            if (neighbour > numberOfChunks)
-                return "a neighbour beyond the chunks";
+        const auto bad = std::find_if(
+            std::begin(chunk.neighbour), std::end(chunk.neighbour),
+            [numberOfChunks](unsigned short neighbour) { return neighbour > numberOfChunks; });
+        if (bad != std::end(chunk.neighbour)) {
+            geometry.problemOffset += static_cast<std::uint64_t>(
+                reinterpret_cast<const char *>(bad) - reinterpret_cast<const char *>(&chunk));
+            return "a neighbour beyond the chunks";
+        }
     }
     return nullptr;
 }
@@ -154,7 +158,8 @@ const char *readTerrainGeometry(std::istream &file, TerrainGeometry &geometry) {
     std::uint64_t numberOfChunks = 0;
     if (!readBytes(file, &geometry.header, 1))
         return "shorter than its header";
-    if (const char *problem = checkHeader(geometry.header, size, numberOfChunks))
+    if (const char *problem =
+            checkHeader(geometry.header, size, numberOfChunks, geometry.problemOffset))
         return problem;
     if (const char *problem = readLevels(file, geometry))
         return problem;
@@ -162,6 +167,14 @@ const char *readTerrainGeometry(std::istream &file, TerrainGeometry &geometry) {
     if (!readBytes(file, geometry.texCoords.data(), geometry.texCoords.size()))
         return "it cannot be read";
     return readChunkHeaders(file, geometry, numberOfChunks);
+}
+
+std::uint64_t terrainChunkOffset(const RVTERRAIN_HEADER &header, std::uint64_t chunk) {
+    return chunksOffset(header) + chunk * chunkBytes(header);
+}
+
+std::uint64_t terrainFileBytes(const TerrainGeometry &geometry) {
+    return terrainChunkOffset(geometry.header, geometry.chunks.size());
 }
 
 std::size_t terrainVertexBytes(const RVTERRAIN_HEADER &header) {

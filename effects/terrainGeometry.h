@@ -34,6 +34,7 @@ struct TerrainGeometry {
     std::vector<TerrainLevel> levels;
     std::vector<Z3MVECTOR2D> texCoords; // chunkSize times chunkSize
     std::vector<RVTERRAIN_CHUNK_HEADER> chunks;
+    std::uint64_t problemOffset = 0; // where a file is wrong
 };
 
 // Numbers in the lists of a level, from 0 to header.levels - 1. A negative result of the formula is
@@ -45,7 +46,11 @@ std::size_t terrainEdgeLength(const RVTERRAIN_HEADER &header, unsigned int level
 // Throws std::bad_alloc.
 const char *readTerrainGeometry(std::istream &file, TerrainGeometry &geometry);
 
-// Bytes of the vertices of a chunk.
+// Bytes of the whole file, as its header says.
+std::uint64_t terrainFileBytes(const TerrainGeometry &geometry);
+
+// The offset of a chunk, and the bytes of its vertices.
+std::uint64_t terrainChunkOffset(const RVTERRAIN_HEADER &header, std::uint64_t chunk);
 std::size_t terrainVertexBytes(const RVTERRAIN_HEADER &header);
 
 // Reads the vertices of a chunk; `vertices` has their number. False when the file has been

@@ -5,7 +5,6 @@
 #include "effects/terrainGeometry.h"
 #include "engine/gl/bindings.h"
 #include "foundation/registry.h"
-#include "foundation/xmlDocument.h"
 #include "ravolt/RVSKYDOME.h"
 #include "ravolt/RVTERRAIN.h"
 #include "ravolt/RVTERRAIN_CHUNK.h"
@@ -16,7 +15,6 @@
 
 #include <algorithm>
 #include <cfloat>
-#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <new>
@@ -29,84 +27,6 @@ using ravolt::TerrainLevel;
 using ravolt::TerrainSection;
 
 namespace {
-
-// The attributes of the element TERRAIN about the layers.
-struct Layers {
-    std::vector<const char *> diffuse, normal;
-    std::vector<int> repeat;
-    bool complex = false;
-};
-
-constexpr std::size_t numberOfLayers = RVTERRAIN_CHUNK::layers;
-
-bool isComplete(const Layers &layers) {
-    return layers.diffuse.size() == numberOfLayers && layers.normal.size() == numberOfLayers &&
-           layers.repeat.size() == numberOfLayers;
-}
-
-bool addShaderType(const TerrainEntry &entry, Layers &layers) {
-    if (!entry.hasText) {
-        zlfLog("   [!] Invalid params @ XML::TERRAIN.SHADER_TYPE\n");
-        return false;
-    }
-    layers.complex = entry.text == "COMPLEX";
-    return true;
-}
-
-bool addRepeat(const TerrainEntry &entry, Layers &layers) {
-    if (!entry.hasText) {
-        zlfLog("   [!] Invalid params @ XML::TERRAIN.REPEAT\n");
-        return false;
-    }
-    if (layers.repeat.size() == numberOfLayers) {
-        zlfLog("   [!] Too many repeat member @ XML::TERRAIN.REPEAT\n");
-        return false;
-    }
-    layers.repeat.push_back(ravolt::xmlInteger(entry.text.c_str()));
-    return true;
-}
-
-bool addNormal(const TerrainEntry &entry, Layers &layers) {
-    if (!entry.hasText) {
-        zlfLog("   [!] Invalid params @ XML::TERRAIN.TEXTURE32_NORMAL_GLOSS\n");
-        return false;
-    }
-    if (layers.normal.size() == numberOfLayers) {
-        zlfLog("   [!] Too many normal member @ XML::TERRAIN.TEXTURE32_NORMAL_GLOSS\n");
-        return false;
-    }
-    layers.normal.push_back(entry.text.c_str());
-    return true;
-}
-
-bool addDiffuse(const TerrainEntry &entry, Layers &layers) {
-    if (!entry.hasText) {
-        zlfLog("   [!] Invalid params @ XML::TERRAIN.TEXTURE32_DIFFUSE_HEIGHT\n");
-        return false;
-    }
-    if (layers.diffuse.size() == numberOfLayers) {
-        zlfLog("   [!] Too many diffuse member @ XML::TERRAIN.TEXTURE32_DIFFUSE_HEIGHT\n");
-        return false;
-    }
-    layers.diffuse.push_back(entry.text.c_str());
-    return true;
-}
-
-bool addToLayers(const TerrainEntry &entry, Layers &layers) {
-    if (entry.name == "SHADER_TYPE")
-        return addShaderType(entry, layers);
-    if (entry.name == "REPEAT")
-        return addRepeat(entry, layers);
-    if (entry.name == "TEXTURE32_NORMAL_GLOSS")
-        return addNormal(entry, layers);
-    if (entry.name == "TEXTURE32_DIFFUSE_HEIGHT")
-        return addDiffuse(entry, layers);
-    return true;
-}
-
-float realOf(const TerrainEntry &entry) {
-    return static_cast<float>(std::atof(entry.text.c_str()));
-}
 
 // Unbinds the buffers, also after a failure: the next object may be drawn from the application's
 // memory.
@@ -138,152 +58,81 @@ bool RVTERRAIN::load(const char *filename) try {
     return false;
 }
 
+// What the elements of the configuration do to the terrain.
+class RVTERRAIN::Configured : public ravolt::TerrainTarget {
+  public:
+    explicit Configured(RVTERRAIN &object) : terrain(object) {}
+
+    bool loadGeometry(const TerrainEntry &filename) override {
+        return terrain.loadGeometry(filename.text.c_str());
+    }
+    bool hasWater() const override { return terrain.water.get() != nullptr; }
+    bool hasSky() const override { return terrain.sky.get() != nullptr; }
+    unsigned int levels() const override {
+        return terrain.indexTable ? terrain.indexTable->levels : 0;
+    }
+
+    // Without chunks, before GEOMETRY, no object uses the textures.
+    void setLayers(const ravolt::TerrainLayers &layers) override {
+        const auto diffuse = [&](std::size_t i) { return layers.diffuse[i]->text.c_str(); };
+        const auto normal = [&](std::size_t i) { return layers.normal[i]->text.c_str(); };
+        const std::vector<int> &repeat = layers.repeat;
+        forEachChunk([&](RVTERRAIN_CHUNK &chunk) {
+            chunk.loadTexture(diffuse(0), normal(0), repeat[0], diffuse(1), normal(1), repeat[1],
+                              diffuse(2), normal(2), repeat[2], diffuse(3), normal(3), repeat[3],
+                              layers.complex);
+        });
+    }
+
+    void setWaterSpeed(float speed) override { terrain.water->setSpeed(speed); }
+    bool loadWater(const TerrainSection &, const TerrainEntry *normal, const TerrainEntry *dudv,
+                   int repeat) override {
+        if (!terrain.water->loadTextures(normal ? normal->text.c_str() : nullptr,
+                                         dudv ? dudv->text.c_str() : nullptr, repeat))
+            return false;
+        terrain.fetchBuffers();
+        terrain.waterLoaded = true;
+        return true;
+    }
+
+    void setSkySpeed(float speed) override { terrain.sky->setSpeed(speed); }
+    bool loadSky(const TerrainEntry &filename) override {
+        return terrain.sky->loadTexture(filename.text.c_str());
+    }
+
+    // A second element writes into the array of the first, to which the chunks refer.
+    void startLod() override {
+        if (!terrain.lodThresholds)
+            terrain.lodThresholds = new float[levels() - 1]();
+    }
+    void setLodEnabled(bool enabled) override { terrain.lodEnabled = enabled; }
+    void setLodThreshold(std::size_t number, float squaredDistance) override {
+        terrain.lodThresholds[number] = squaredDistance;
+    }
+    void finishLod() override {
+        forEachChunk(
+            [this](RVTERRAIN_CHUNK &chunk) { chunk.setLodThresholds(terrain.lodThresholds); });
+    }
+
+    void report(const Problem &problem) override { zlfLog("%s", problem.logLine); }
+
+  private:
+    template <class Action> void forEachChunk(Action action) {
+        std::for_each(terrain.chunks, terrain.chunks + terrain.numberOfChunks,
+                      [&](RVTERRAIN_CHUNK *chunk) { action(*chunk); });
+    }
+
+    RVTERRAIN &terrain;
+};
+
 bool RVTERRAIN::loadConfig(const char *filename) {
     std::vector<TerrainSection> sections;
     if (!filename || !ravolt::readTerrainConfig(filename, sections)) {
         zlfLog("   [!] Invalid params @ RVTERRAIN::loadConfig\n");
         return false;
     }
-    return std::all_of(sections.begin(), sections.end(),
-                       [this](const TerrainSection &section) { return applySection(section); });
-}
-
-bool RVTERRAIN::applySection(const TerrainSection &section) {
-    if (section.name == "GEOMETRY") {
-        if (!section.hasText)
-            zlfLog("   [!] Invalid params @ XML::GEOMETRY\n");
-        return section.hasText && loadGeometry(section.text.c_str());
-    }
-    if (section.name == "TERRAIN")
-        return applyLayers(section);
-    if (section.name == "WATER")
-        return applyWater(section);
-    if (section.name == "SKY")
-        return applySky(section);
-    return section.name != "LOD" || applyLod(section);
-}
-
-// Without chunks, before GEOMETRY, no object uses the textures.
-bool RVTERRAIN::applyLayers(const TerrainSection &section) {
-    Layers layers;
-    for (const TerrainEntry &entry : section.entries)
-        if (!addToLayers(entry, layers))
-            return false;
-    if (!isComplete(layers)) {
-        zlfLog("   [!] not enought argument @ XML::TERRAIN.\n");
-        return false;
-    }
-    const auto &diffuse = layers.diffuse, &normal = layers.normal;
-    const auto &repeat = layers.repeat;
-    std::for_each(chunks, chunks + numberOfChunks, [&](RVTERRAIN_CHUNK *chunk) {
-        chunk->loadTexture(diffuse[0], normal[0], repeat[0], diffuse[1], normal[1], repeat[1],
-                           diffuse[2], normal[2], repeat[2], diffuse[3], normal[3], repeat[3],
-                           layers.complex);
-    });
-    return true;
-}
-
-bool RVTERRAIN::applyWater(const TerrainSection &section) {
-    if (!water) {
-        zlfLog("   [!] GEOMETRY must come first @ XML::WATER\n");
-        return false;
-    }
-    const char *normal = nullptr, *dudv = nullptr;
-    int repeat = 1;
-    for (const TerrainEntry &entry : section.entries) {
-        if (entry.name == "SPEED") {
-            if (!entry.hasText) {
-                zlfLog("   [!] Invalid params @ XML::WATER.SPEED\n");
-                return false;
-            }
-            water->setSpeed(realOf(entry));
-        } else if (entry.name == "REPEAT") {
-            if (!entry.hasText) {
-                zlfLog("   [!] Invalid params @ XML::WATER.REPEAT\n");
-                return false;
-            }
-            repeat = ravolt::xmlInteger(entry.text.c_str());
-        } else if (entry.name == "TEXTURE24_DUDV") {
-            if (!entry.hasText) {
-                zlfLog("   [!] Invalid params @ XML::WATER.TEXTURE24_DUDV\n");
-                return false;
-            }
-            dudv = entry.text.c_str();
-        } else if (entry.name == "TEXTURE24_NORMAL") {
-            if (!entry.hasText) {
-                zlfLog("   [!] Invalid params @ XML::WATER.TEXTURE24_NORMAL\n");
-                return false;
-            }
-            normal = entry.text.c_str();
-        }
-    }
-    if (!water->loadTextures(normal, dudv, repeat))
-        return false;
-    fetchBuffers();
-    waterLoaded = true;
-    return true;
-}
-
-bool RVTERRAIN::applySky(const TerrainSection &section) {
-    if (!sky) {
-        zlfLog("   [!] GEOMETRY must come first @ XML::SKY\n");
-        return false;
-    }
-    for (const TerrainEntry &entry : section.entries) {
-        if (entry.name == "SPEED") {
-            if (!entry.hasText) {
-                zlfLog("   [!] Invalid params @ XML::SKY.SPEED\n");
-                return false;
-            }
-            sky->setSpeed(realOf(entry));
-        } else if (entry.name == "TEXTURE24_DIFFUSE") {
-            if (!entry.hasText) {
-                zlfLog("   [!] Invalid params @ XML::SKY.TEXTURE24_DIFFUSE\n");
-                return false;
-            }
-            if (!sky->loadTexture(entry.text.c_str()))
-                return false;
-        }
-    }
-    return true;
-}
-
-// A second element writes into the array of the first, to which the chunks refer.
-bool RVTERRAIN::applyLod(const TerrainSection &section) {
-    if (!indexTable) {
-        zlfLog("   [!] GEOMETRY must come first @ XML::LOD\n");
-        return false;
-    }
-    const std::size_t thresholds = indexTable->levels - 1u;
-    if (!lodThresholds)
-        lodThresholds = new float[thresholds]();
-    std::size_t number = 0;
-    for (const TerrainEntry &entry : section.entries) {
-        if (entry.name == "ENABLE") {
-            if (!entry.hasText) {
-                zlfLog("   [!] Invalid params @ XML::LOD.ENABLE\n");
-                return false;
-            }
-            lodEnabled = entry.text == "YES";
-        } else if (entry.name == "LEVEL") {
-            if (!entry.hasText) {
-                zlfLog("   [!] Invalid params @ XML::LOD.LEVEL\n");
-                return false;
-            }
-            if (number == thresholds) {
-                zlfLog("   [!] Too many lod level @ XML::LOD.LEVEL\n");
-                return false;
-            }
-            lodThresholds[number++] = realOf(entry);
-        }
-    }
-    if (number < thresholds) {
-        zlfLog("   [!] Not enought lod level @ XML::LOD.LEVEL\n");
-        return false;
-    }
-    std::for_each(chunks, chunks + numberOfChunks,
-                  [this](RVTERRAIN_CHUNK *chunk) { chunk->setLodThresholds(lodThresholds); });
-    return true;
+    Configured configured(*this);
+    return ravolt::applyTerrainConfig(sections, configured);
 }
 
 // The file is checked as a whole before anything is made from it.

@@ -17,7 +17,6 @@ struct RVTERRAIN_INDEXTABLE;
 
 namespace ravolt {
 struct TerrainGeometry;
-struct TerrainSection;
 } // namespace ravolt
 
 // A landscape of square chunks with a sky and with water at height 0, from two files: an XML
@@ -70,13 +69,9 @@ class RV_API RVTERRAIN : public RVNODE {
     const RVTERRAIN_CHUNK *getChunk(unsigned int index) const;
 
   private:
-    bool loadConfig(const char *filename);
-    bool applySection(const ravolt::TerrainSection &section);
-    bool applyLayers(const ravolt::TerrainSection &section);
-    bool applyWater(const ravolt::TerrainSection &section);
-    bool applySky(const ravolt::TerrainSection &section);
-    bool applyLod(const ravolt::TerrainSection &section);
+    class Configured;
 
+    bool loadConfig(const char *filename);
     bool loadGeometry(const char *filename);
     bool createTerrain(const ravolt::TerrainGeometry &geometry);
     void loadIndex(const ravolt::TerrainGeometry &geometry);
