@@ -87,39 +87,20 @@ bool RVSETTINGS::load(const char *filename) {
         int flag;
     };
     static constexpr NumberRow numbers[] = {
-        {"RAVOLT_windowX", &RVSETTINGS::windowX, plain},
-        {"RAVOLT_windowY", &RVSETTINGS::windowY, plain},
-        {"RAVOLT_colorDepth", &RVSETTINGS::colorDepth, plain},
-        {"RAVOLT_zetaDepth", &RVSETTINGS::zetaDepth, plain},
-        {"RAVOLT_stencilDepth", &RVSETTINGS::stencilDepth, plain},
-        {"RAVOLT_fullScreen", nullptr, 0},
-        {"RAVOLT_resizable", nullptr, 1},
-        {"RAVOLT_landscape", nullptr, 2},
-        {"RAVOLT_CAVESplashScreen", nullptr, 3},
-        {"RAVOLT_renderingElements", &RVSETTINGS::renderingElements, plain},
-        {"RAVOLT_useShaders", nullptr, alone},
-        {"RAVOLT_shadowMapSize", &RVSETTINGS::shadowMapSize, plain},
-        {"RAVOLT_FBOSizeX", &RVSETTINGS::FBOSizeX, plain},
-        {"RAVOLT_FBOSizeY", &RVSETTINGS::FBOSizeY, plain},
-        {"RAVOLT_waterSize", &RVSETTINGS::waterSize, plain},
-        {"RAVOLT_audioChannels", &RVSETTINGS::audioChannels, plain},
-        {"RAVOLT_audioBuffers", &RVSETTINGS::audioBuffers, plain},
-        {"RAVOLT_audioElements", &RVSETTINGS::audioElements, plain},
-        {"RAVOLT_videoMemory", &RVSETTINGS::videoMemory, plain},
-        {"RAVOLT_maxAnisotropy", &RVSETTINGS::maxAnisotropy, plain},
+#define RV_SETTING_NUMBER(field) {"RAVOLT_" #field, &RVSETTINGS::field, plain},
+#define RV_SETTING_FLAG(field, flag) {"RAVOLT_" #field, nullptr, flag},
+#define RV_SETTING_TEXT(field)
+#include "engine/state/settingsKeys.inc"
     };
     struct TextRow {
         const char *key;
         char (RVSETTINGS::*field)[256];
     };
     static constexpr TextRow texts[] = {
-        {"RAVOLT_title", &RVSETTINGS::title},
-        {"RAVOLT_rvePath", &RVSETTINGS::rvePath},
-        {"RAVOLT_rvaPath", &RVSETTINGS::rvaPath},
-        {"RAVOLT_mpgPath", &RVSETTINGS::mpgPath},
-        {"RAVOLT_texturePath", &RVSETTINGS::texturePath},
-        {"RAVOLT_shaderPath", &RVSETTINGS::shaderPath},
-        {"RAVOLT_fontPath", &RVSETTINGS::fontPath},
+#define RV_SETTING_NUMBER(field)
+#define RV_SETTING_FLAG(field, flag)
+#define RV_SETTING_TEXT(field) {"RAVOLT_" #field, &RVSETTINGS::field},
+#include "engine/state/settingsKeys.inc"
     };
 
     if (!filename) {
