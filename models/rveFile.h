@@ -25,8 +25,8 @@ class RveVisitor {
 // Whether a file starts with a known magic, which also states the version of the format.
 bool readRveHeader(const void *file, std::size_t size, bool &obsolete);
 
-// Reads everything after the header and checks it: bounds, texts, tables, indices, kinds, depth. The
-// reader starts after the header. It ends after the tree, or has failed where and why. Throws
+// Reads everything after the header and checks it: bounds, texts, tables, indices, kinds, depth.
+// The reader starts after the header. It ends after the tree, or has failed where and why. Throws
 // std::bad_alloc.
 RveVerdict checkRve(ByteReader &reader, bool obsolete, RveVisitor *visitor = nullptr);
 

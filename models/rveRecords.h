@@ -59,8 +59,8 @@ bool readMaterialRecord(ByteReader &reader, MaterialRecord &record);
 bool readMeshRecord(ByteReader &reader, bool obsolete, MeshRecord &record);
 
 // Whether all indices of a mesh are within their tables: vertices of faces below the number of
-// vertices (and of texture coordinates if there are any), bones below the number of bones. Otherwise
-// the reader of the record has failed at the first index that is not.
+// vertices (and of texture coordinates if there are any), bones below the number of bones.
+// Otherwise the reader of the record has failed at the first index that is not.
 bool checkIndices(const MeshRecord &record, ByteReader &reader);
 
 } // namespace ravolt
