@@ -63,6 +63,26 @@ BENCHMARK(nodesByHand)
     ->Name("60,000 nodes made and destroyed/baseline")
     ->Unit(benchmark::kMillisecond);
 
+// Linked one by one under one parent, then unlinked from the first to the last.
+void childrenByEngine(benchmark::State &state) {
+    bench::startEngine(false);
+    RVNODE *parent = new RVNODE();
+    std::vector<RVNODE *> children(numberOfNodes);
+    for (RVNODE *&child : children)
+        child = new RVNODE();
+    for (auto _ : state) {
+        for (RVNODE *child : children)
+            child->link(parent);
+        for (RVNODE *child : children)
+            child->unlink();
+    }
+    state.SetItemsProcessed(state.iterations() * numberOfNodes);
+    RVNODE::cleanUp();
+}
+BENCHMARK(childrenByEngine)
+    ->Name("60,000 children linked and unlinked/ravolt")
+    ->Unit(benchmark::kMillisecond);
+
 // The sort alone, of 4,096 entries freshly passed: 8 lights, 512 transparent meshes, the rest
 // opaque with 16 textures.
 void sortByEngine(benchmark::State &state) {

@@ -1,6 +1,7 @@
 // Invariants: a node is in the registry from its constructor to its destructor, unless it is a
 // copy. `children` has `numberOfChildren` entries in use and is NULL for none; an entry is NULL
-// only between reserveChildren and setChild. A child's parent has it in its array, as long as
+// only between reserveChildren and setChild. The entries are a part of `registration->storage`,
+// which may have free ones before and after them. A child's parent has it in its array, as long as
 // nobody deletes a linked node.
 
 #include "ravolt/RVNODE.h"
@@ -35,7 +36,7 @@ unsigned int rowOf(RV_NODE_TYPE type) {
     return std::min<unsigned int>(static_cast<unsigned int>(type), RV_NODE_TYPE_CUSTOM);
 }
 
-using Places = std::unique_ptr<RVNODE *[]>;
+using ChildList = std::unique_ptr<RVNODE *[]>;
 
 constexpr unsigned int maxAncestors = 64;
 
@@ -113,7 +114,7 @@ RVNODE::~RVNODE() {
     if (!isRegistered())
         return;
     releaseId(registration->id);
-    delete[] children;
+    NodeInternals::releaseChildren(*this);
     Nodes::unlink(firstNode, lastNode, this);
 }
 
@@ -167,9 +168,7 @@ bool RVNODE::cleanUp() {
         return false;
     // All are unlinked first: a destructor may look at its node's parent or children.
     for (RVNODE *node = firstNode; node; node = node->next) {
-        delete[] node->children;
-        node->children = nullptr;
-        node->numberOfChildren = 0;
+        NodeInternals::releaseChildren(*node);
         node->parent = nullptr;
     }
     const unsigned int released = Nodes::cleanUp(firstNode);
@@ -228,19 +227,21 @@ RVNODE *RVNODE::getChild(unsigned int index) const {
 bool RVNODE::link(RVNODE *newParent) {
     if (!NodeInternals::mayLink(*this, newParent))
         return false;
-    // The array grows by exactly one: no other length than the number of children is stored.
-    RVNODE **const grown = new (std::nothrow) RVNODE *[newParent->numberOfChildren + 1];
-    if (!grown) {
+    if (!NodeInternals::reserveEntries(*newParent, 1)) {
         zlfLog("   [!] Out of memory @ RVNODE::link\n");
         return false;
     }
-    NodeInternals::append(*this, *newParent, grown);
+    NodeInternals::append(*this, *newParent);
     return true;
 }
 
+// A copy whose children are in its original's array.
+bool NodeInternals::sharesChildren(const RVNODE &node) {
+    return node.children && !node.isRegistered();
+}
+
 bool NodeInternals::mayLink(const RVNODE &node, const RVNODE *parent) {
-    const bool sharesChildren = parent && parent->children && !parent->isRegistered();
-    if (!parent || parent == &node || sharesChildren) {
+    if (!parent || parent == &node || sharesChildren(*parent)) {
         zlfLog("   [!] Invalid param @ RVNODE::link\n");
         return false;
     }
@@ -251,12 +252,75 @@ bool NodeInternals::mayLink(const RVNODE &node, const RVNODE *parent) {
     return true;
 }
 
-void NodeInternals::append(RVNODE &node, RVNODE &parent, RVNODE **grown) {
-    std::copy_n(parent.children, parent.numberOfChildren, grown);
-    grown[parent.numberOfChildren++] = &node;
-    delete[] parent.children;
-    parent.children = grown;
+// Entries before the first child. A copy with children has no storage of its own.
+unsigned int NodeInternals::firstSlot(const RVNODE &parent) {
+    return parent.children && parent.isRegistered()
+               ? static_cast<unsigned int>(parent.children - parent.registration->storage)
+               : 0;
+}
+
+// Grows by halves, so that linking takes constant time on average. Entries that were freed at the
+// front are used again once they are half as many as the children.
+bool NodeInternals::reserveEntries(RVNODE &parent, unsigned int more) {
+    if (sharesChildren(parent))
+        return true; // mayLink refuses them all
+    RVNODE **&storage = parent.registration->storage;
+    const unsigned int used = parent.numberOfChildren, first = firstSlot(parent);
+    const unsigned int capacity = parent.registration->capacity;
+    if (first + used + more <= capacity)
+        return true;
+    if (used + more <= capacity && first >= used / 2) {
+        parent.children = std::copy_n(parent.children, used, storage) - used;
+        return true;
+    }
+    const unsigned int grown = used + std::max(more, used / 2);
+    RVNODE **const replacement = new (std::nothrow) RVNODE *[grown];
+    if (!replacement)
+        return false;
+    std::copy_n(parent.children, used, replacement);
+    delete[] storage;
+    storage = replacement;
+    parent.registration->capacity = grown;
+    parent.children = used ? replacement : nullptr;
+    return true;
+}
+
+void NodeInternals::append(RVNODE &node, RVNODE &parent) {
+    if (parent.numberOfChildren == 0)
+        parent.children = parent.registration->storage;
+    RVNODE **const entry = parent.children + parent.numberOfChildren++;
+    *entry = &node;
     node.parent = &parent;
+    node.registration->slot = static_cast<unsigned int>(entry - parent.registration->storage);
+}
+
+// The entry of `node` among the children of its parent; NULL for none. The entries may have been
+// moved since it was linked.
+RVNODE **NodeInternals::findEntry(const RVNODE &node) {
+    const RVNODE &parent = *node.parent;
+    RVNODE **const begin = parent.children, **const end = begin + parent.numberOfChildren;
+    const unsigned int linked = node.registration->slot - firstSlot(parent);
+    if (linked < parent.numberOfChildren && begin[linked] == &node)
+        return begin + linked;
+    RVNODE **const found = std::find(begin, end, &node);
+    return found == end ? nullptr : found;
+}
+
+// The shorter side of the array closes the gap.
+void NodeInternals::removeEntry(RVNODE &parent, RVNODE **entry) {
+    RVNODE **const end = parent.children + parent.numberOfChildren--;
+    if (entry - parent.children < end - entry)
+        std::move_backward(parent.children++, entry, entry + 1);
+    else
+        std::move(entry + 1, end, entry);
+}
+
+void NodeInternals::releaseChildren(RVNODE &node) {
+    delete[] node.registration->storage;
+    node.registration->storage = nullptr;
+    node.registration->capacity = 0;
+    node.children = nullptr;
+    node.numberOfChildren = 0;
 }
 
 bool RVNODE::unlink() {
@@ -264,48 +328,41 @@ bool RVNODE::unlink() {
         zlfLog("   [!] Node %s is already unlinked @ RVNODE::unlink\n", name);
         return false;
     }
-    RVNODE **const begin = parent->children;
-    RVNODE **const end = begin + parent->numberOfChildren;
     // On purpose: an only child is not compared with this node.
     if (parent->numberOfChildren != 1) {
-        RVNODE **const own = std::find(begin, end, this);
-        if (own == end) {
+        RVNODE **const entry = NodeInternals::findEntry(*this);
+        if (!entry) {
             zlfLog("   [!] Consistency problem with %s @ RVNODE::unlink\n", name);
             return false;
         }
-        std::copy(own + 1, end, own);
+        NodeInternals::removeEntry(*parent, entry);
     } else {
-        delete[] begin;
-        parent->children = nullptr;
+        NodeInternals::releaseChildren(*parent);
     }
-    --parent->numberOfChildren;
     parent = nullptr;
     return true;
 }
 
-// A child is unlinked only when its new entry is allocated: all nodes are still in the tree when
-// memory runs out.
+// All memory is allocated first: the tree does not change when it runs out.
 bool RVNODE::remove() {
     if (!parent) {
         zlfLog("   [!] Node %s already unlinked @ RVNODE::remove\n", name);
         return false;
     }
     const unsigned int number = numberOfChildren;
-    const Places orphans(new (std::nothrow) RVNODE *[number]);
-    if (orphans)
-        std::copy_n(children, number, orphans.get());
+    const ChildList orphans(new (std::nothrow) RVNODE *[number]);
+    if (!orphans || !NodeInternals::reserveEntries(*parent, number)) {
+        zlfLog("   [!] Out of memory @ RVNODE::remove\n");
+        return false;
+    }
+    std::copy_n(children, number, orphans.get());
     for (unsigned int index = 0; index < number; ++index) {
-        Places grown(orphans ? new (std::nothrow) RVNODE *[parent->numberOfChildren + 1] : nullptr);
-        if (!grown) {
-            zlfLog("   [!] Out of memory @ RVNODE::remove\n");
-            return false;
-        }
         RVNODE *const orphan = orphans[index];
         if (!orphan)
             continue;
         orphan->unlink();
         if (NodeInternals::mayLink(*orphan, parent))
-            NodeInternals::append(*orphan, *parent, grown.release());
+            NodeInternals::append(*orphan, *parent);
     }
     return unlink();
 }
@@ -354,14 +411,16 @@ void NodeInternals::setListStamp(RVNODE &node, int stamp) { node.registration->l
 bool NodeInternals::reserveChildren(RVNODE &parent, unsigned int count) {
     if (count == 0)
         return true;
-    parent.children = new (std::nothrow) RVNODE *[count]();
-    if (!parent.children)
+    if (!reserveEntries(parent, count))
         return false;
+    parent.children = parent.registration->storage;
     parent.numberOfChildren = count;
+    std::fill_n(parent.children, count, nullptr);
     return true;
 }
 
 void NodeInternals::setChild(RVNODE &parent, unsigned int index, RVNODE &child) {
     parent.children[index] = &child;
     child.parent = &parent;
+    child.registration->slot = index;
 }

@@ -26,9 +26,21 @@ struct NodeInternals {
     // Whether `node` may become a child of `parent`; logs why not.
     static bool mayLink(const RVNODE &node, const RVNODE *parent);
 
-    // Makes `node` the last child of `parent`, whose array is replaced by `grown`: it has room for
-    // one entry more.
-    static void append(RVNODE &node, RVNODE &parent, RVNODE **grown);
+    // Reserves entries for `more` children of `parent`. False when it runs out.
+    static bool reserveEntries(RVNODE &parent, unsigned int more);
+
+    // Makes `node` the last child of `parent`, which has an entry reserved for it.
+    static void append(RVNODE &node, RVNODE &parent);
+
+    // Deletes the array of the children, which are no longer children of `node`.
+    static void releaseChildren(RVNODE &node);
+
+    static RVNODE **findEntry(const RVNODE &node);
+    static void removeEntry(RVNODE &parent, RVNODE **entry);
+
+  private:
+    static bool sharesChildren(const RVNODE &node);
+    static unsigned int firstSlot(const RVNODE &parent);
 };
 
 } // namespace ravolt

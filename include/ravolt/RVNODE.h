@@ -183,8 +183,7 @@ class RV_API RVNODE {
     bool unlink();
 
     // Removes the node without its children, which are appended to those of its parent. Nothing is
-    // deleted. False with a log line for a root, and when memory runs out: then the node, and the
-    // children that have not been moved yet, are not changed.
+    // deleted. False with a log line for a root, and when memory runs out: then nothing changes.
     bool remove();
 
     // Depth first, this node included; NULL for none.
@@ -234,6 +233,9 @@ class RV_API RVNODE {
         unsigned int id;           // to be released; `id` may come from another object
         RV_NODE_TYPE dynamicClass; // its class; `type` may come from another object
         int listStamp;             // of the frame in which it was last added to the render list
+        RVNODE **storage;          // the array that `children` is a part of, owned; NULL for none
+        unsigned int capacity;     // its entries
+        unsigned int slot;         // where its parent's storage had the node when it was linked
     };
 
     unsigned int id;
@@ -261,7 +263,7 @@ class RV_API RVNODE {
     RVNODE *next;
     unsigned int numberOfChildren;
     RVNODE *parent;
-    RVNODE **children; // numberOfChildren entries in use, owned; NULL without children
+    RVNODE **children; // numberOfChildren entries; NULL without children
     ravolt::Owned<Registration> registration;
 
     static RVNODE *lastNode;

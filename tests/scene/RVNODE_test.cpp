@@ -288,6 +288,46 @@ TEST_F(TreeTest, UnlinkRemovesTheNodeAndTheOthersStayInOrder) {
     EXPECT_LOGGED_EXACTLY("   [!] Node root is already unlinked @ RVNODE::unlink\n");
 }
 
+// Entries are freed at both ends and in the middle, and used again, at every length.
+TEST_F(TreeTest, ChildrenStayInOrderThroughManyLinksAndUnlinks) {
+    std::vector<RVNODE *> nodes, expected;
+    for (int index = 0; index < 60; ++index)
+        nodes.push_back(make("child"));
+    const auto link = [&](RVNODE *child) {
+        EXPECT_TRUE(child->link(after));
+        expected.push_back(child);
+    };
+    const auto unlink = [&](std::size_t index) {
+        EXPECT_TRUE(expected[index]->unlink());
+        expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(index));
+    };
+    for (std::size_t step = 0; step < 600; ++step) {
+        if (step % 7 < 4 || expected.empty()) {
+            RVNODE *child = nodes[step * 31 % nodes.size()];
+            if (child->isRoot())
+                link(child);
+        } else {
+            unlink(step % 3 == 0 ? 0 : step * 13 % expected.size());
+        }
+        ASSERT_EQ(childrenOf(*after), NodeList(expected.begin(), expected.end())) << step;
+    }
+    while (!expected.empty())
+        unlink(0);
+    EXPECT_EQ(after->getNumberOfChildren(), 0u);
+    EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(TreeTest, LinkingThousandsOfChildrenAllocatesRarely) {
+    std::vector<RVNODE *> children;
+    for (int index = 0; index < 20000; ++index)
+        children.push_back(new RVNODE);
+    const unsigned long allocations = recorder.allocations();
+    for (RVNODE *child : children)
+        child->link(after);
+    EXPECT_LT(recorder.allocations() - allocations, 40u);
+    EXPECT_EQ(childrenOf(*after), NodeList(children.begin(), children.end()));
+}
+
 // A copy has a parent that does not have it among its children.
 TEST_F(TreeTest, UnlinkOfACopyAmongSeveralChildrenFails) {
     RVNODE copy(*a);
