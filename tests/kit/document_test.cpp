@@ -18,4 +18,29 @@ TEST(KitDocument, ALampFades) {
     EXPECT_LT(fade(brightness, false, 1), first);
 }
 
+TEST(KitDocument, AClipPlaysInTwoLayers) {
+    auto *root = new RVNODE, *arm = new RVNODE;
+    root->setName("root");
+    arm->setName("arm");
+    arm->link(root);
+    RVANIM *clips[] = {new RVANIM, new RVANIM};
+    for (RVANIM *clip : clips) {
+        clip->setNumberOfBones(1);
+        clip->setNumberOfFrames(16); // at 30 frames per second a loop of 16/30 seconds
+        clip->setBoneName(0, clip == clips[0] ? "root" : "arm");
+        clip->setFrame(15, 0, 0, 90, 0);
+    }
+    int steps = 0;
+    ravolt::kit::ClipPlayer player(root);
+    startWalk(player, clips[0], clips[1], arm, [&](const std::string &) { ++steps; });
+    RAVOLT::setFrameDuration(0.5f);
+    advanceWalk(player);
+    RAVOLT::setFrameDuration(0);
+    EXPECT_EQ(steps, 1);
+    EXPECT_NEAR(root->getRotation().y, 90, 1e-3);
+    EXPECT_NEAR(arm->getRotation().y, 90, 1e-3);
+    RVANIM::cleanUp();
+    RVNODE::cleanUp();
+}
+
 } // namespace
