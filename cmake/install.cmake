@@ -1,11 +1,12 @@
 # What an installed Ravolt consists of: the library and the kit, their headers, the documents that these
 # name, a CMake package, ravolt.pc and ravolt-kit.pc. tools/CMakeLists.txt adds the program and the default font.
+# The components are those of the packages: runtime, dev, and tools for what tools/CMakeLists.txt adds.
 include(CMakePackageConfigHelpers)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
 
 install(TARGETS ravolt ravolt_kit EXPORT RavoltTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(FILES docs/formats.md docs/additions.md docs/kit.md docs/troubleshooting.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR})

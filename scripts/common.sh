@@ -9,6 +9,7 @@ packages=(
     libmagickwand-6.q16-dev libfreetype-dev fonts-dejavu-core
     xvfb xdotool
     libgtest-dev libbenchmark-dev python3 clang-format-14 clang-tidy-14 glslang-tools ffmpeg mjpegtools
+    lintian dpkg-dev fakeroot file abigail-tools
 )
 
 # Says what went wrong and what to do about it, and ends the script.

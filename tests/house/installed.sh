@@ -70,7 +70,8 @@ check "pkg-config"
 ./kit || fail "the kit of pkg-config ends with $?"
 check "pkg-config, kit"
 
-[ "$PKG_CONFIG_PATH" = "$prefix/lib/pkgconfig" ] || fail "README: not the folder of ravolt.pc"
+folder=$(sed -n 's/^CMAKE_INSTALL_LIBDIR:PATH=//p' "$build/CMakeCache.txt") # lib, or lib/x86_64-linux-gnu
+[ "$PKG_CONFIG_PATH" = "$prefix/$folder/pkgconfig" ] || fail "README: not the folder of ravolt.pc"
 command=$(sed -n 's/^g++ \(hello.cpp .*\)$/\1/p' "$source/README.md")
 [ -n "$command" ] || fail "the README has no command for g++"
 (cd hello && eval "\"$compiler\" $command \"-Wl,-rpath,$libraries\"") || fail "README, pkg-config: does not build"

@@ -1,0 +1,92 @@
+#!/bin/sh
+# packages.sh BUILD COMPILER GAME [ARGUMENT...]: packs what BUILD holds, and checks the packages: two runs
+# write the same bytes, lintian finds no fault, a program of the one source GAME builds against the
+# unpacked packages through CMake and through pkg-config and runs with the arguments, and installing the
+# packages and purging them leaves nothing.
+build=$1 compiler=$2 game=$3
+shift 3
+scripts=$(dirname "$0")
+
+fail() {
+    echo "$*"
+    exit 1
+}
+
+# Packs into a folder.
+pack() {
+    (cd "$build" && cpack -B "$1") >pack.log 2>&1 || fail "$(cat pack.log)"
+}
+pack "$PWD/packages"
+pack "$PWD/again"
+number=0
+for package in packages/*.deb; do
+    cmp "$package" "again/$(basename "$package")" || fail "$package is not reproducible"
+    number=$((number + 1))
+done
+[ $number -eq 3 ] || fail "$number packages instead of 3"
+
+# What lintian does not compare: the version is that of the changelog, the program needs this library,
+# and the linker's cache is brought up to date by the trigger, not by scripts.
+mkdir root
+for package in packages/*.deb; do
+    dpkg-deb -x "$package" root
+    changelog=root/usr/share/doc/$(dpkg-deb -f "$package" Package)/changelog.Debian.gz
+    version=$(gzip -dc "$changelog" | sed -n '1s/.*(\(.*\)).*/\1/p')
+    [ "$(dpkg-deb -f "$package" Version)" = "$version" ] || fail "$package is not version $version"
+done
+for package in libravolt-dev ravolt-tools; do
+    dpkg-deb -f packages/${package}_*.deb Depends | grep -q "libravolt1 (= $version)" ||
+        fail "$package does not depend on its library"
+done
+dpkg-deb -f packages/libravolt1_*.deb Depends | grep -q 'libsdl1.2debian' ||
+    fail "the library does not depend on SDL"
+dpkg-deb -I packages/libravolt1_*.deb triggers | grep -q '^activate-noawait ldconfig$' ||
+    fail "no trigger for ldconfig"
+dpkg-deb -I packages/libravolt1_*.deb shlibs | grep -q '^libravolt 1 libravolt1 ' || fail "no shlibs"
+dpkg-deb -I packages/libravolt1_*.deb postinst >/dev/null 2>&1 && fail "a script runs"
+
+# There is no manual page yet.
+lintian --allow-root --suppress-tags no-manual-page --fail-on error,warning packages/*.deb || fail "lintian finds faults"
+
+libraries=$(dirname "$(find "$PWD/root" -name 'libravolt.so.1')")
+[ "$(basename "$libraries")" != lib ] || fail "the library is in no folder of its architecture"
+runInstalled() {
+    LD_LIBRARY_PATH=$libraries${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} timeout -s KILL 60 "$@"
+}
+
+# The program leaves a log without a leak.
+play() {
+    program=$1
+    shift
+    runInstalled "$program" "$@" >output.txt || fail "$program ends with $?: $(cat output.txt)"
+    grep -q '^Final memory ratio: 0 ' ravolt_log.txt || fail "$program leaks"
+    rm ravolt_log.txt
+}
+cmake -S "$scripts/game" -B cmake "-DGAME=$game" "-DCMAKE_PREFIX_PATH=$PWD/root/usr" \
+    "-DCMAKE_CXX_COMPILER=$compiler" >cmake.log 2>&1 && cmake --build cmake >>cmake.log 2>&1 ||
+    fail "$(cat cmake.log)"
+play ./cmake/game "$@"
+
+PKG_CONFIG_PATH=$libraries/pkgconfig
+export PKG_CONFIG_PATH
+"$compiler" -std=c++17 "$game" -o game $(pkg-config --cflags --libs ravolt-kit sdl) ||
+    fail "pkg-config: the game does not build"
+play ./game "$@"
+
+objdump -p root/usr/bin/ravolt | grep -E 'R(UN)?PATH' && fail "the program has a path of libraries"
+runInstalled root/usr/bin/ravolt --version >/dev/null || fail "the program does not run"
+
+# dpkg itself, in an empty root with a database of its own.
+mkdir -p empty database/info database/updates
+: >database/status
+fakeroot=
+[ "$(id -u)" -eq 0 ] || fakeroot=fakeroot
+dpkgInRoot() {
+    PATH=$PATH:/usr/sbin:/sbin $fakeroot dpkg "--root=$PWD/empty" "--admindir=$PWD/database" \
+        --log=dpkg.log --force-depends --no-triggers "$@" >>dpkg.txt 2>&1 || fail "$(cat dpkg.txt)"
+}
+dpkgInRoot --install packages/*.deb
+[ -x empty/usr/bin/ravolt ] || fail "nothing was installed"
+dpkgInRoot --purge libravolt1 libravolt-dev ravolt-tools
+remaining=$(find empty -mindepth 1)
+[ -z "$remaining" ] || fail "remains after the purge: $remaining"
