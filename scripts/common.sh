@@ -10,6 +10,7 @@ packages=(
     xvfb xdotool
     libgtest-dev libbenchmark-dev python3 clang-format-14 clang-tidy-14 glslang-tools ffmpeg mjpegtools
     lintian dpkg-dev fakeroot file abigail-tools
+    mkdocs python3-pygments doxygen chromium
 )
 
 # Says what went wrong and what to do about it, and ends the script.

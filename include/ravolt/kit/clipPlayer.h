@@ -11,6 +11,7 @@ class RVNODE;
 
 namespace ravolt::kit {
 
+// How a clip is played.
 struct ClipOptions {
     float framesPerSecond = 30; // of the clip: 30 as `ravolt convert` samples them; up to 1000
     float speed = 1;            // seconds of the clip per second, -100 to 100; negative: backwards

@@ -10,6 +10,7 @@ class SmoothedValue {
     // Begins at rest at `start`. `rate` is per second; 0 and less reach the target at once.
     explicit SmoothedValue(double start = 0, double rate = 10);
 
+    // Per second; takes effect from the next `advance`.
     void setRate(double perSecond);
     double getRate() const { return rate; }
 
