@@ -4,4 +4,5 @@
 // application needs around it, built on the engine's public headers and SDL's alone. C++17.
 
 #include "ravolt/kit/clipPlayer.h"
+#include "ravolt/kit/input.h"
 #include "ravolt/kit/smoothedValue.h"

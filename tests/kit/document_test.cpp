@@ -3,13 +3,23 @@
 #include <ravolt.h>
 #include <ravolt/kit.h>
 
+#include "tests/kit/events.h"
+#include "tests/support/engineFixture.h"
+
 #include <gtest/gtest.h>
 
+namespace document {
+#include "samples.inc"
+}
+
+namespace ravolt::test {
 namespace {
 
-#include "samples.inc"
+using namespace document;
 
-TEST(KitDocument, ALampFades) {
+class KitDocument : public EngineTest {};
+
+TEST_F(KitDocument, ALampFades) {
     ravolt::kit::SmoothedValue brightness(0, 4);
     const float first = fade(brightness, true, 0.1f);
     EXPECT_GT(first, 0);
@@ -18,7 +28,7 @@ TEST(KitDocument, ALampFades) {
     EXPECT_LT(fade(brightness, false, 1), first);
 }
 
-TEST(KitDocument, AClipPlaysInTwoLayers) {
+TEST_F(KitDocument, AClipPlaysInTwoLayers) {
     auto *root = new RVNODE, *arm = new RVNODE;
     root->setName("root");
     arm->setName("arm");
@@ -43,4 +53,27 @@ TEST(KitDocument, AClipPlaysInTwoLayers) {
     RVNODE::cleanUp();
 }
 
+TEST_F(KitDocument, AButtonIsClicked) {
+    kit::Input input;
+    auto *root = new RVNODE;
+    auto *button = new RVBUTTON;
+    button->setName("go");
+    button->setSizes(20, 10);
+    button->link(root);
+    bool open = false;
+    EXPECT_FALSE(isClicked(input, root, "go", open));
+    EXPECT_TRUE(open);
+    for (const bool down : {true, false}) {
+        SDL_Event event = buttonEvent(5, 5, down);
+        SDL_PushEvent(&event);
+    }
+    EXPECT_TRUE(isClicked(input, root, "go", open));
+    EXPECT_FALSE(isClicked(input, root, "stop", open));
+    SDL_Event quit = eventOf(SDL_QUIT);
+    SDL_PushEvent(&quit);
+    EXPECT_FALSE(isClicked(input, root, "go", open));
+    EXPECT_FALSE(open);
+}
+
 } // namespace
+} // namespace ravolt::test
