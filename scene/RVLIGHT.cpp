@@ -94,6 +94,7 @@ void drawShape(const RVLIGHT &light, const RVELEMENT &entry) {
 } // namespace
 
 bool RVLIGHT::lighting = false;
+bool RVLIGHT::markers = true;
 
 RVLIGHT::RVLIGHT()
     : lightType(RV_LIGHT_TYPE_OMNI), ambient(0.2, 0.2, 0.2, 1), diffuse(0.7, 0.7, 0.7, 1),
@@ -160,6 +161,7 @@ bool RVLIGHT::render(void *element) {
     // The entry of a light that no object has activated may have the number of a former mesh.
     if (entry.getParam1() < openGLLights)
         setUp(*this, entry, aim);
-    drawShape(*this, entry);
+    if (markers)
+        drawShape(*this, entry);
     return true;
 }

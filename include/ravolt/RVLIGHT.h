@@ -20,7 +20,8 @@ enum RV_LIGHT_TYPE : int {
 // and set `direction`, or rotate a parent. The direction to a target is computed from the light's
 // own position, without those of its parents, so it is wrong below a moved parent; a target at that
 // very position gives the direction (0, 0, 0). Each set-up also draws a small pyramid at the
-// position of the light. Needs the live OpenGL context to be rendered.
+// position of the light, unless markersOff was called. Needs the live OpenGL context to be
+// rendered.
 class RV_API RVLIGHT : public RVNODE {
   public:
     RVLIGHT();
@@ -48,6 +49,12 @@ class RV_API RVLIGHT : public RVNODE {
     static void lightingOn();
     static void lightingOff();
     static bool getLighting() { return lighting; }
+
+    // Additional: whether set-ups draw the pyramids that mark the lights. They do by default; the
+    // setting outlasts RAVOLT::free.
+    static void markersOn() { markers = true; }
+    static void markersOff() { markers = false; }
+    static bool isShowingMarkers() { return markers; }
 
     // RV_LIGHT_TYPE_OMNI by default. Any other number than the three types counts as an omni light
     // and logs a line at each render.
@@ -110,4 +117,5 @@ class RV_API RVLIGHT : public RVNODE {
     float shadowFarPlane;
 
     static bool lighting;
+    static bool markers;
 };

@@ -165,6 +165,28 @@ struct Window {
 };
 
 // Without blit the frame ends in target 0, with the last program still in use.
+// The marker of a light: lighting off, its matrix, its colour, twelve points, lighting on.
+TEST_F(WholeScene, WithoutMarkersEveryOtherCallOfTheFrameIsTheSame) {
+    switchAllOn();
+    RAVOLT::HDROff(); // which adapts to what is seen
+    draw(true);       // what is made in a first frame
+    const Calls shown = callsOf([this] { draw(true); });
+    RVLIGHT::markersOff();
+    const Calls hidden = callsOf([this] { draw(true); });
+    RVLIGHT::markersOn();
+    std::vector<Call> others(shown.begin(), shown.end());
+    int markers = 0;
+    for (std::size_t i = others.size(); i-- > 1;) { // debug helpers are strips too
+        if (others[i] != Call("glBegin", GL_LINE_STRIP) || others[i + 1].name != "glVertex3fv")
+            continue;
+        const auto begin = others.begin() + static_cast<std::ptrdiff_t>(i);
+        others.erase(begin - 3, begin + 15);
+        ++markers;
+    }
+    EXPECT_GT(markers, 10) << "two lights in each pass, and for each lit mesh";
+    EXPECT_EQ(hidden.text(), Calls(std::move(others)).text());
+}
+
 TEST_F(WholeScene, EndsWithTheStatedStateInTheWindowOrInTargetZero) {
     const Window window;
     const auto projection = matrixOf(GL_PROJECTION_MATRIX);

@@ -318,6 +318,21 @@ TEST_F(LightShading, EachSetUpDrawsAPyramidInTheDiffuseColor) {
         << "for every lit object";
 }
 
+TEST_F(LightShading, MarkersCanBeHidden) {
+    RVLIGHT *light = makeLight(1, 2, 3);
+    RVELEMENT *entry = collect();
+    EXPECT_TRUE(RVLIGHT::isShowingMarkers()) << "by default";
+    const Calls shown = callsOf([&] { light->render(entry); });
+    RVLIGHT::markersOff();
+    EXPECT_FALSE(RVLIGHT::isShowingMarkers());
+    const Calls hidden = callsOf([&] { EXPECT_TRUE(light->render(entry)); });
+    EXPECT_EQ(hidden, firstOf(shown, shown.size() - 18)) << "all but the marker's calls";
+    EXPECT_FALSE(hidden.contains("glBegin"));
+    EXPECT_TRUE(RVLIGHT::getLighting());
+    RVLIGHT::markersOn();
+    EXPECT_EQ(callsOf([&] { light->render(entry); }), shown);
+}
+
 // An entry that a skinned mesh had in an earlier frame has no number of a light.
 TEST_F(LightShading, NumberBeyondOpenGLsLightsProgramsNone) {
     RVLIGHT *light = makeLight();
