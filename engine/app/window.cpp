@@ -23,6 +23,7 @@ namespace {
 struct {
     int bits = 0;
     Uint32 flags = 0;
+    bool multisampled = false; // whether SDL's attributes for it are set
 } requestedMode;
 
 Uint32 modeFlags(bool fullScreen, bool resizable) {
@@ -93,7 +94,20 @@ void setContextAttributes(const RVSETTINGS &requested) {
         SDL_GL_SetAttribute(row.attribute, row.value);
 }
 
-bool openWindow(RVSETTINGS &requested) {
+void setSampleAttributes(int samples) {
+    SDL_GL_SetAttribute(SDL_GL_MULTISAMPLEBUFFERS, samples > 0);
+    SDL_GL_SetAttribute(SDL_GL_MULTISAMPLESAMPLES, samples);
+    requestedMode.multisampled = samples > 0;
+}
+
+// OpenGL's number: SDL 1.2's interface on SDL 2 reports the requested one, obtained or not.
+int obtainedSamples() {
+    GLint samples = 0;
+    glGetIntegerv(GL_SAMPLES_ARB, &samples);
+    return samples;
+}
+
+bool openMode(RVSETTINGS &requested) {
     const bool titled = requested.getTitle()[0] != '\0';
     requestedMode.bits = requested.getColorDepth();
     requestedMode.flags = modeFlags(requested.isFullScreen(), requested.isResizable()) |
@@ -103,6 +117,18 @@ bool openWindow(RVSETTINGS &requested) {
         SDL_WM_SetCaption(requested.getTitle(), nullptr);
     return SDL_SetVideoMode(requested.getWindowX(), requested.getWindowY(), requestedMode.bits,
                             requestedMode.flags) != nullptr;
+}
+
+// Without multisampling if there is none: then the mode does not open, or, with SDL 1.2's interface
+// on SDL 2, it opens with an incomplete frame buffer.
+bool openWindow(RVSETTINGS &requested) {
+    if (requested.getMultisampling() > 0) {
+        setSampleAttributes(requested.getMultisampling());
+        if (openMode(requested) && obtainedSamples() > 0)
+            return true;
+        setSampleAttributes(0);
+    }
+    return openMode(requested);
 }
 
 } // namespace
@@ -161,6 +187,9 @@ void RVSETTINGS::recordObtainedMode() {
     applied.FBOSizeY = FBOSizeY;
     applied.waterSize = waterSize;
     applied.maxAnisotropy = maxAnisotropy;
+    applied.multisampling = requestedMode.multisampled ? obtainedSamples() : 0;
+    if (multisampling > 0 && applied.multisampling == 0)
+        zlfLog("   [!] Unsupported multisampling (%d samples) @ RVSETTINGS::init\n", multisampling);
 
     zlfLog("      Color bits (RGBA): %d, %d, %d, %d\n", red, green, blue, alpha);
     zlfLog("      Shadow map size: %d\n", applied.shadowMapSize);
@@ -183,6 +212,8 @@ bool RVSETTINGS::free() {
         return false;
     zlfLog("   Release settings...\n");
     zlfLog("   Settings released\n");
+    if (requestedMode.multisampled) // SDL 1.2's interface on SDL 2 never resets the attributes
+        setSampleAttributes(0);
     applied.active = false;
     return true;
 }

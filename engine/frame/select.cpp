@@ -12,6 +12,7 @@
 #include "ravolt/RVSHADER.h"
 #include "scene/nodeTraits.h"
 
+#include <SDL/SDL.h>
 #include <array>
 
 namespace {
@@ -37,10 +38,19 @@ WindowPixel turnForDisplay(int x, int y) {
     return {x, y};
 }
 
+// SDL 1.2's interface on SDL 2 draws a multisampled window into a frame buffer of its own, which
+// only its own function reads.
+auto pixelReader() {
+    using Reader = decltype(&glReadPixels);
+    void *const function =
+        RVSETTINGS::getSDLMultisampling() ? SDL_GL_GetProcAddress("glReadPixels") : nullptr;
+    return function ? reinterpret_cast<Reader>(function) : &glReadPixels;
+}
+
 // All zeros outside of the target.
 PixelBytes readPixel(const WindowPixel &pixel) {
     PixelBytes bytes = {};
-    glReadPixels(pixel.x, pixel.row(), 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
+    pixelReader()(pixel.x, pixel.row(), 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
     return bytes;
 }
 
@@ -93,8 +103,12 @@ class SelectionScope {
         glPushMatrix();
         glMatrixMode(GL_MODELVIEW);
         glPushMatrix();
+        if (RVSETTINGS::getSDLMultisampling()) // the mean of two ids would be a third one
+            glDisable(GL_MULTISAMPLE_ARB);
     }
     ~SelectionScope() {
+        if (RVSETTINGS::getSDLMultisampling())
+            glEnable(GL_MULTISAMPLE_ARB);
         glMatrixMode(GL_PROJECTION);
         glPopMatrix();
         glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);

@@ -72,7 +72,7 @@ RVSETTINGS::RVSETTINGS()
       audioChannels(16), audioBuffers(32), audioElements(128), renderingElements(0),
       useShaders(false), shadowMapSize(1024), FBOSizeX(1024), FBOSizeY(768), waterSize(256),
       forceFBO(false), rvePath(), rvaPath(), mpgPath(), texturePath(), shaderPath(), fontPath(),
-      videoMemory(0), maxAnisotropy(0) {
+      videoMemory(0), maxAnisotropy(0), multisampling(0) {
     ravolt::copyText(title, ravolt::banner);
 }
 
@@ -214,6 +214,10 @@ void RVSETTINGS::setMaxAnisotropy(int level) { maxAnisotropy = level; }
 
 int RVSETTINGS::getMaxAnisotropy() const { return maxAnisotropy; }
 
+void RVSETTINGS::setMultisampling(int samples) { multisampling = samples; }
+
+int RVSETTINGS::getMultisampling() const { return multisampling; }
+
 void RVSETTINGS::setForceFBO(bool on) { forceFBO = on; }
 
 bool RVSETTINGS::getForceFBO() const { return forceFBO; }
@@ -277,6 +281,8 @@ int RVSETTINGS::getSDLFBOSizeY() { return applied.FBOSizeY; }
 int RVSETTINGS::getSDLWaterSize() { return applied.waterSize; }
 
 int RVSETTINGS::getSDLMaxAnisotropy() { return applied.maxAnisotropy; }
+
+int RVSETTINGS::getSDLMultisampling() { return applied.multisampling; }
 
 bool RVSETTINGS::getSDLForceFBO() { return applied.forceFBO; }
 

@@ -103,6 +103,16 @@ class RV_API RVSETTINGS {
     void setMaxAnisotropy(int level);
     int getMaxAnisotropy() const;
 
+    // Additional: samples of each pixel of the window, for smooth edges in frames that are drawn
+    // straight into it (0); 0 and less mean none. Frames with bloom, depth of field or
+    // setForceFBO are drawn into a render target, which has no more samples. Where the driver
+    // refuses, a log line says so and the window has none; getSDLMultisampling is what was
+    // obtained. An application that reads such a window's pixels calls the function that
+    // SDL_GL_GetProcAddress("glReadPixels") returns: SDL 1.2's interface on SDL 2 draws into a
+    // frame buffer of its own, which no other function reads.
+    void setMultisampling(int samples);
+    int getMultisampling() const;
+
     // Prefixes of file names: scenes, animations, videos, textures, shaders, fonts. All empty by
     // default. RAVOLT::init passes all but the video path to their classes; the application passes
     // that one itself: RVVIDEO::setMPGPath(settings.getMPGPath()).
@@ -151,6 +161,7 @@ class RV_API RVSETTINGS {
     static int getSDLWaterSize();
     static bool getSDLForceFBO();
     static int getSDLMaxAnisotropy(); // additional
+    static int getSDLMultisampling(); // additional: samples of a pixel, 0 without multisampling
 
     // The window system's handle: on X11 the window's number, cast. NULL where there is none.
     static void *getSDLWindow();
@@ -197,6 +208,7 @@ class RV_API RVSETTINGS {
     char fontPath[256];
     int videoMemory;   // megabytes; 0 for what SDL reports
     int maxAnisotropy; // 0 for the driver's
+    int multisampling; // samples of a pixel of the window
 
     struct Applied {
         bool active;
@@ -216,6 +228,7 @@ class RV_API RVSETTINGS {
         int FBOSizeY;
         int waterSize;
         int maxAnisotropy;
+        int multisampling;
         void *window;
         int audioChannels;
         int audioBuffers;

@@ -79,6 +79,7 @@ const std::vector<Field> fields = {
     number("RAVOLT_waterSize", 256, &S::setWaterSize, &S::getWaterSize),
     number("RAVOLT_videoMemory", 0, &S::setVideoMemory, &S::getVideoMemory),
     number("RAVOLT_maxAnisotropy", 0, &S::setMaxAnisotropy, &S::getMaxAnisotropy),
+    number("RAVOLT_multisampling", 0, &S::setMultisampling, &S::getMultisampling),
     flag("RAVOLT_fullScreen", &S::setFullScreen, &S::isFullScreen),
     flag("RAVOLT_resizable", &S::setResizable, &S::isResizable),
     flag("RAVOLT_landscape", &S::setLandscape, &S::isLandscape),

@@ -121,6 +121,11 @@ TEST_P(SelectionOfDepth, ANodeIsFoundByItsIdOrItsAuxiliaryId) {
 
 INSTANTIATE_TEST_SUITE_P(Bits, SelectionOfDepth, testing::Values(24, 32));
 
+class MultisampledSelection : public Selection {
+  protected:
+    MultisampledSelection() { settings.setMultisampling(4); }
+};
+
 TEST_F(Selection, TheNearestOfSeveralIsFoundUntilItIsDeleted) {
     auto *far = new Square, *near = new Square;
     far->setPosition(0, 0, -1);
@@ -438,6 +443,28 @@ TEST_F(BloomingSelection, A2DBlockAfterItIsDrawnIntoTargetZeroUnlessThatIsUnboun
     EXPECT_PIXEL(pixelAt(127, 81), blue, 0);
     EXPECT_PIXEL(pixelAt(101, 89), blue, 0);
     EXPECT_FALSE(pixelAt(98, 85) == blue);
+}
+
+// Samples of an edge have the id of either side, and their mean would be that of a third node.
+TEST_F(MultisampledSelection, EdgesHaveTheIdsOfTheirSidesAlone) {
+    ASSERT_EQ(RVSETTINGS::getSDLMultisampling(), 4);
+    auto *scene = new RVNODE;
+    auto *square = new Square;
+    square->link(scene);
+    square->setRotation(0, 0, 20);
+    for (int i = 0; i < 9; ++i) // so that the id is not 1
+        (new RVNODE)->link(scene);
+    const unsigned int id = square->getId();
+    unsigned int seen = 0, unseen = 0;
+    for (int x = 0; x < width; ++x) {
+        drawFrame(camera, scene);
+        const unsigned int selected = RAVOLT::select(x, 40);
+        EXPECT_TRUE(selected == id || selected == 0) << selected << " at " << x;
+        ++(selected ? seen : unseen);
+    }
+    EXPECT_GT(seen, 10u);
+    EXPECT_GT(unseen, 10u);
+    EXPECT_TRUE(glIsEnabled(GL_MULTISAMPLE));
 }
 
 } // namespace

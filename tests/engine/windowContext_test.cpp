@@ -10,6 +10,7 @@
 #include <GL/gl.h>
 #include <SDL/SDL.h>
 #include <X11/Xlib.h>
+#include <X11/Xutil.h>
 
 #include <gtest/gtest.h>
 
@@ -163,6 +164,98 @@ TEST_F(WindowContextTest, ColorDepthIsWhatWasObtained) {
     EXPECT_GE(RVSETTINGS::getSDLColorDepth(), red + green + blue);
     EXPECT_LE(RVSETTINGS::getSDLColorDepth(), red + green + blue + alpha);
     EXPECT_GE(RVSETTINGS::getSDLZetaDepth(), 16);
+}
+
+// --- Multisampling, an addition
+
+namespace {
+
+class MultisampledWindow : public EngineTest {
+  protected:
+    MultisampledWindow() { settings.setMultisampling(4); }
+
+    // A white triangle with slanted edges on black.
+    static void drawTriangle() {
+        glMatrixMode(GL_PROJECTION);
+        glLoadIdentity();
+        glMatrixMode(GL_MODELVIEW);
+        glLoadIdentity();
+        glClearColor(0, 0, 0, 1);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        glColor4f(1, 1, 1, 1);
+        glBegin(GL_TRIANGLES);
+        glVertex2f(-0.9f, -0.9f);
+        glVertex2f(0.9f, -0.7f);
+        glVertex2f(-0.3f, 0.9f);
+        glEnd();
+    }
+
+    // Of the pixels that are neither black nor white.
+    static int greys(const Picture &picture) {
+        int count = 0;
+        for (std::size_t i = 0; i < picture.bytes.size(); i += 4)
+            count += picture.bytes[i] > 8 && picture.bytes[i] < 247;
+        return count;
+    }
+
+    // As SDL reads the window.
+    static Picture readResolved() {
+        using Read = decltype(&glReadPixels);
+        Picture picture(width, height);
+        void *const read = SDL_GL_GetProcAddress("glReadPixels");
+        glPixelStorei(GL_PACK_ALIGNMENT, 1);
+        reinterpret_cast<Read>(read)(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE,
+                                     picture.bytes.data());
+        return picture;
+    }
+
+    // As the screen shows it.
+    static Picture readScreen() {
+        const OtherClient other;
+        XImage *image =
+            XGetImage(other.display, engineWindow(), 0, 0, width, height, AllPlanes, ZPixmap);
+        Picture picture(width, height);
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                picture.bytes[static_cast<std::size_t>(4 * (y * width + x))] =
+                    static_cast<unsigned char>(XGetPixel(image, x, y) & 255);
+        XDestroyImage(image);
+        return picture;
+    }
+};
+
+} // namespace
+
+TEST_F(MultisampledWindow, WithoutX11HasSmoothEdges) {
+    ASSERT_FALSE(onX11());
+    EXPECT_EQ(RVSETTINGS::getSDLMultisampling(), 4);
+    drawTriangle();
+    EXPECT_GT(greys(readResolved()), 50);
+}
+
+TEST_F(MultisampledWindow, HasSmoothEdgesOnX11) {
+    ASSERT_TRUE(onX11());
+    EXPECT_EQ(RVSETTINGS::getSDLMultisampling(), 4);
+    drawTriangle();
+    RAVOLT::swap();
+    EXPECT_GT(greys(readScreen()), 50);
+    settings.setMultisampling(0);
+    ASSERT_TRUE(restart());
+    drawTriangle();
+    RAVOLT::swap();
+    EXPECT_EQ(greys(readScreen()), 0);
+}
+
+TEST_F(MultisampledWindow, OpensWithoutWhatTheDriverRefuses) {
+    settings.setMultisampling(64);
+    markLog();
+    ASSERT_TRUE(restart());
+    EXPECT_EQ(RVSETTINGS::getSDLMultisampling(), 0);
+    EXPECT_LOGGED_TIMES(1, "   [!] Unsupported multisampling (64 samples) @ RVSETTINGS::init");
+    drawTriangle();
+    const Picture picture = readFrame();
+    EXPECT_EQ(greys(picture), 0);
+    EXPECT_PIXEL(picture.at(50, 48), (Pixel{255, 255, 255}), 0);
 }
 
 TEST_F(WindowContextTest, VideoMemoryIsReportedOrSupposed) {

@@ -43,6 +43,16 @@ class WindowTest : public SilentTest {
         return callsOf([&] { started = RAVOLT::init(&settings); });
     }
 
+    // The lines about multisampling.
+    std::vector<std::string> problems() const {
+        std::vector<std::string> lines = problemsSince(beginning);
+        std::erase_if(lines, [](const std::string &line) {
+            return line.find("multisampling") == std::string::npos;
+        });
+        return lines;
+    }
+
+    const LogMark beginning = markLog();
     RVSETTINGS settings;
     bool started = false;
 };
@@ -353,6 +363,88 @@ TEST_F(WindowTest, AppliedSettingsKeepTheirValuesAfterAStopAndAFailedMode) {
         EXPECT_EQ(RVSETTINGS::getSDLColorDepth(), 24);
     }
     EXPECT_EQ(settings.getWindowX(), 333);
+}
+
+// --- Multisampling, an addition
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Calls samplesOf(const Calls &calls) {
+    return calls.where([](const Call &call) {
+        if (call.name != "SDL_GL_SetAttribute")
+            return call.name == "SDL_SetVideoMode";
+        const int attribute = static_cast<int>(call.arguments[0]);
+        return attribute == SDL_GL_MULTISAMPLEBUFFERS || attribute == SDL_GL_MULTISAMPLESAMPLES;
+    });
+}
+
+const Call plainMode("SDL_SetVideoMode", 640, 480, 16, SDL_HWSURFACE | SDL_OPENGL);
+
+Calls samplesSet(int buffers, int samples) {
+    return {{"SDL_GL_SetAttribute", SDL_GL_MULTISAMPLEBUFFERS, buffers},
+            {"SDL_GL_SetAttribute", SDL_GL_MULTISAMPLESAMPLES, samples}};
+}
+
+} // namespace
+
+TEST_F(WindowTest, WithoutMultisamplingNoAttributeOfItIsSet) {
+    recorder.setInteger(GL_SAMPLES, 4); // of a window that has it anyway
+    for (const int samples : {0, -4}) {
+        settings.setMultisampling(samples);
+        const Calls calls = start();
+        EXPECT_EQ(samplesOf(calls), Calls{plainMode});
+        EXPECT_FALSE(calls.contains(Call("glGetIntegerv", GL_SAMPLES)));
+        EXPECT_EQ(RVSETTINGS::getSDLMultisampling(), 0);
+        EXPECT_EQ(samplesOf(callsOf(RAVOLT::free)), Calls());
+    }
+    EXPECT_EQ(problems(), Lines());
+}
+
+TEST_F(WindowTest, MultisamplingIsSetBeforeTheWindowOpensAndResetAtTheEnd) {
+    recorder.setInteger(GL_SAMPLES, 4);
+    settings.setMultisampling(3);
+    Calls wanted = samplesSet(1, 3);
+    EXPECT_TRUE(start().haveInOrder({wanted[0], wanted[1], plainMode}));
+    EXPECT_EQ(RVSETTINGS::getSDLMultisampling(), 4) << "what was obtained";
+    EXPECT_EQ(settings.getMultisampling(), 3);
+    EXPECT_EQ(problems(), Lines());
+    EXPECT_EQ(samplesOf(callsOf(RAVOLT::free)), samplesSet(0, 0));
+    EXPECT_EQ(samplesOf(callsOf(RAVOLT::free)), Calls());
+}
+
+TEST_F(WindowTest, RefusedMultisamplingOpensAWindowWithout) {
+    recorder.setInteger(GL_SAMPLES, 4);
+    recorder.failSetVideoMode("no such visual", 1);
+    settings.setMultisampling(64);
+    const Calls on = samplesSet(1, 64), off = samplesSet(0, 0);
+    EXPECT_EQ(samplesOf(start()), (Calls{on[0], on[1], plainMode, off[0], off[1], plainMode}));
+    EXPECT_TRUE(started);
+    EXPECT_EQ(RVSETTINGS::getSDLMultisampling(), 0);
+    EXPECT_LOGGED("   [!] Unsupported multisampling (64 samples) @ RVSETTINGS::init");
+    EXPECT_EQ(problems().size(), 1u);
+    EXPECT_EQ(samplesOf(callsOf(RAVOLT::free)), Calls());
+}
+
+TEST_F(WindowTest, WindowObtainedWithoutSamplesIsOpenedOnceMore) {
+    recorder.setInteger(GL_SAMPLES, 0);
+    settings.setMultisampling(8);
+    const Calls on = samplesSet(1, 8), off = samplesSet(0, 0);
+    EXPECT_EQ(samplesOf(start()), (Calls{on[0], on[1], plainMode, off[0], off[1], plainMode}));
+    EXPECT_TRUE(started);
+    EXPECT_EQ(RVSETTINGS::getSDLMultisampling(), 0);
+    EXPECT_LOGGED("   [!] Unsupported multisampling (8 samples) @ RVSETTINGS::init");
+    EXPECT_EQ(problems().size(), 1u);
+}
+
+TEST_F(WindowTest, NoWindowWithAndWithoutMultisamplingIsTheFailureOfTheMode) {
+    recorder.failSetVideoMode("no such mode");
+    settings.setMultisampling(4);
+    EXPECT_EQ(samplesOf(start()).count("SDL_SetVideoMode"), 2u);
+    EXPECT_FALSE(started);
+    EXPECT_LOGGED("   [!] Unsupported video config (no such mode) @ RVSETTINGS::init");
+    EXPECT_NOT_LOGGED("   [!] Unsupported multisampling (4 samples) @ RVSETTINGS::init");
 }
 
 // --- Resize

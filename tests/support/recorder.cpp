@@ -106,7 +106,10 @@ void Recorder::failCalls(const std::string &name, unsigned int after, unsigned i
 
 void Recorder::failSdlInit(const std::string &error) { hidden->initFailure = error; }
 void Recorder::failVideoModeCheck() { hidden->videoModeCheckFails = true; }
-void Recorder::failSetVideoMode(const std::string &error) { hidden->modeFailure = error; }
+void Recorder::failSetVideoMode(const std::string &error, unsigned int times) {
+    hidden->modeFailure = error;
+    hidden->modeFailures = times;
+}
 void Recorder::videoMemory(unsigned int kilobytes) { hidden->videoMemory = kilobytes; }
 void Recorder::setAttribute(int attribute, int value) { hidden->attributes[attribute] = value; }
 

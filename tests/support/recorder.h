@@ -146,7 +146,8 @@ class Recorder {
     // Simulated failures and overrides of SDL. SDL_GetError returns `error` after such a failure.
     void failSdlInit(const std::string &error = "no such device"); // SDL_Init returns -1
     void failVideoModeCheck();                                     // SDL_VideoModeOK returns 0
-    void failSetVideoMode(const std::string &error = "no such mode");
+    // The first `times` calls.
+    void failSetVideoMode(const std::string &error = "no such mode", unsigned int times = ~0u);
     void videoMemory(unsigned int kilobytes);
     void setAttribute(int attribute, int value); // the result of SDL_GL_GetAttribute
     void channelSizes(int red, int green, int blue, int alpha);

@@ -38,6 +38,7 @@ struct Recorder::State {
 
     std::optional<std::string> initFailure;
     std::optional<std::string> modeFailure;
+    unsigned int modeFailures = 0; // still to come
     bool videoModeCheckFails = false;
     std::optional<unsigned int> videoMemory;
     std::map<int, int> attributes;

@@ -149,8 +149,11 @@ SDL_Surface *SDL_SetVideoMode(int width, int height, int bitsPerPixel, Uint32 fl
     REAL(SDL_SetVideoMode);
     if (!nested) {
         State &state = recordCall("SDL_SetVideoMode", width, height, bitsPerPixel, flags);
-        if (simulatesFailure(state, state.modeFailure))
+        if (simulatesFailure(state, state.modeFailure)) {
+            if (state.modeFailures != ~0u && --state.modeFailures == 0)
+                state.modeFailure.reset();
             return nullptr;
+        }
         if (state.silent)
             return silentMode(width, height, bitsPerPixel, flags);
     }
