@@ -10,6 +10,7 @@
 #include "ravolt/zlf.h"
 
 #include "models/loadIndex.h"
+#include "models/skinBlend.h"
 
 namespace {
 
@@ -68,26 +69,8 @@ void RVMESH::animateByProgram() const {
                         boneWeightBuffer);
 }
 
-// Blends the matrices and transforms each vertex once, which equals the weighted sum of the vertex
-// transformed by each bone and takes half the time.
 void RVMESH::animateVertices() {
-    const unsigned char *index = boneIndex;
-    const float *weight = boneWeight;
-    for (unsigned int i = 0; i < numberOfVertices; ++i) {
-        float m[16] = {};
-        for (unsigned int k = 0; k < numberOfWeights; ++k, ++index, ++weight)
-            for (unsigned int element = 0; element < 16; ++element)
-                m[element] += *weight * boneMatrix[*index].e[element];
-
-        const Z3MVECTOR3D &v = vertex[i];
-        skinnedVertex[i].x = v.x * m[0] + v.y * m[4] + v.z * m[8] + m[12];
-        skinnedVertex[i].y = v.x * m[1] + v.y * m[5] + v.z * m[9] + m[13];
-        skinnedVertex[i].z = v.x * m[2] + v.y * m[6] + v.z * m[10] + m[14];
-
-        // On purpose: blended normals are not normalized.
-        const Z3MVECTOR3D &n = vertexNormal[i];
-        skinnedNormal[i].x = n.x * m[0] + n.y * m[4] + n.z * m[8];
-        skinnedNormal[i].y = n.x * m[1] + n.y * m[5] + n.z * m[9];
-        skinnedNormal[i].z = n.x * m[2] + n.y * m[6] + n.z * m[10];
-    }
+    const ravolt::BindPose pose = {vertex,     vertexNormal,     boneIndex,
+                                   boneWeight, numberOfVertices, numberOfWeights};
+    ravolt::skinVertices(pose, boneMatrix, numberOfBones, skinnedVertex, skinnedNormal);
 }
