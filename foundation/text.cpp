@@ -14,8 +14,15 @@ void copyText(char *target, std::size_t size, const char *source) {
 void formatText(char *target, std::size_t size, const char *format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(target, size, format, arguments);
+    formatArguments(target, size, format, arguments);
     va_end(arguments);
+}
+
+int formatArguments(char *target, std::size_t size, const char *format, std::va_list arguments) {
+    const int length = std::vsnprintf(target, size, format, arguments);
+    if (length < 0)
+        target[0] = '\0';
+    return length;
 }
 
 void applyFormat(char *target, const char *stored) {

@@ -18,6 +18,11 @@ void copyText(char *target, std::size_t size, const char *source);
 [[gnu::format(printf, 3, 4)]] void formatText(char *target, std::size_t size, const char *format,
                                               ...);
 
+// vprintf into `target` of `size` bytes. Returns the length of the whole text, of which `size` or
+// more is cut; or a negative number, with an empty target, for characters that cannot be encoded.
+[[gnu::format(printf, 3, 0)]] int formatArguments(char *target, std::size_t size,
+                                                  const char *format, std::va_list arguments);
+
 // What printf would write for a stored text used as a format without arguments: `%%` gives one
 // percent sign, and any other conversion, which would need an argument, is copied unchanged. The
 // result is never longer than `stored`, which may be the target itself.

@@ -11,7 +11,6 @@
 #include "ravolt/zlf.h"
 
 #include <cstdarg>
-#include <cstdio>
 
 RVLABEL::RVLABEL() : text() {
     initType(RV_NODE_TYPE_LABEL);
@@ -50,7 +49,7 @@ bool RVLABEL::write(const char *format, ...) {
     char formatted[bufferSize];
     va_list arguments;
     va_start(arguments, format);
-    const int length = std::vsnprintf(formatted, sizeof formatted, format, arguments);
+    const int length = ravolt::formatArguments(formatted, sizeof formatted, format, arguments);
     va_end(arguments);
     if (length < 0) { // characters that cannot be encoded
         zlfLog("   [!] Invalid params @ RVLABEL::write\n");

@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <new>
 
@@ -113,7 +112,7 @@ bool RVWINDOW::write(const char *format, ...) {
     char added[textSize];
     va_list arguments;
     va_start(arguments, format);
-    const int length = std::vsnprintf(added, sizeof added, format, arguments);
+    const int length = ravolt::formatArguments(added, sizeof added, format, arguments);
     va_end(arguments);
     const std::size_t present = std::strlen(text);
     if (length < 0 || present + static_cast<std::size_t>(length) >= textSize) {

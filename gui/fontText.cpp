@@ -1,12 +1,13 @@
 // Texts: their tags, drawing, measuring and breaking into lines.
 
 #include "ravolt/RVFONT.h"
+
+#include "foundation/text.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 
 #include <algorithm>
 #include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -71,7 +72,7 @@ bool RVFONT::putString(int x, int y, const char *format, ...) {
     char text[textBufferSize];
     va_list arguments;
     va_start(arguments, format);
-    const int length = std::vsnprintf(text, sizeof text, format, arguments);
+    const int length = ravolt::formatArguments(text, sizeof text, format, arguments);
     va_end(arguments);
     if (length < 0) { // characters that cannot be encoded
         zlfLog("   [!] Invalid params @ RVFONT::putString\n");

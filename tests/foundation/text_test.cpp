@@ -37,6 +37,26 @@ TEST(Text, IsFormattedUpToTheSizeOfItsTarget) {
     EXPECT_STREQ(target, "12-xy");
 }
 
+[[gnu::format(printf, 3, 4)]] int formatWith(char *target, std::size_t size, const char *format,
+                                             ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int length = formatArguments(target, size, format, arguments);
+    va_end(arguments);
+    return length;
+}
+
+TEST(Text, OfArgumentsReportsItsWholeLength) {
+    char target[6] = "#####";
+    EXPECT_EQ(formatWith(target, sizeof target, "%d-%s", 12, "x"), 4);
+    EXPECT_STREQ(target, "12-x");
+    EXPECT_EQ(formatWith(target, sizeof target, "%d-%s", 12, "xyz"), 6);
+    EXPECT_STREQ(target, "12-xy");
+    const wchar_t unencodable[] = {0x7fffffff, 0};
+    EXPECT_LT(formatWith(target, sizeof target, "ab%ls", unencodable), 0);
+    EXPECT_STREQ(target, "");
+}
+
 std::string applied(const char *stored) {
     std::string result(std::string(stored).size() + 1, 'x');
     applyFormat(result.data(), stored);

@@ -97,6 +97,9 @@ TEST_F(WindowTest, TakesTextUntilItIsFull) {
         EXPECT_EQ(textOf(*window).size(), fits ? 3967u : 0u);
     }
     EXPECT_LOGGED_TIMES(2, "   [!] Text overflow @ RVWINDOW::write");
+    const wchar_t unencodable[] = {0x7fffffff, 0};
+    EXPECT_FALSE(window->write("%ls", unencodable));
+    EXPECT_EQ(textOf(*window).size(), 3967u);
     markLog();
     const char *none = nullptr;
     EXPECT_FALSE(window->write(none));
