@@ -4,15 +4,22 @@
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
 #include "ravolt/RVCAMERA.h"
+#include "ravolt/RVELEMENT.h"
 #include "ravolt/RVFBO.h"
+#include "ravolt/RVFONT.h"
 #include "ravolt/RVHELPER.h"
+#include "ravolt/RVHSCROLLBAR.h"
+#include "ravolt/RVLABEL.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
+#include "ravolt/RVTEXTFIELD.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
+#include "ravolt/RVVSCROLLBAR.h"
+#include "ravolt/RVWINDOW.h"
 #include "ravolt/zlf.h"
 #include "tests/engine/resetEffects.h"
 #include "tests/models/modelScenes.h"
@@ -21,6 +28,7 @@
 #include "tests/support/heap.h"
 #include "tools/writers/tgaWriter.h"
 
+#include <functional>
 #include <new>
 #include <set>
 #include <string>
@@ -56,6 +64,28 @@ RveScene sceneOfEverything() {
     return scene;
 }
 
+// Longer than a label.
+constexpr const char *longText =
+    "abcdefghijklmnopqrstuvwxyz abcdefghijklmnopqrstuvwxyz abcdefghijklmnopqrstuvwxyz "
+    "abcdefghijklmnopqrstuvwxyz abcdefghijklmnopqrstuvwxyz abcdefghijklmnopqrstuvwxyz "
+    "abcdefghijklmnopqrstuvwxyz abcdefghijklmnopqrstuvwxyz abcdefghijklmnopqrstuvwxyz "
+    "abcdefghijklmnopqrstuvwxyz";
+
+// Each element and each property that allocates.
+constexpr const char *interfaceOfEverything = R"(<root>
+<!-- in the log -->
+<font><name value="file"/><texture value="wall_d.tga"/><kerning value="kerning.txt"/></font>
+<box><name value="below"/><texture value="wall_n.tga"/><color r="0" g="0" b="0" a="0.5"/></box>
+<window><title value="title"/><size width="96" height="20"/><usefont ref="file"/>
+<write value="more than the lines of the window"/>
+<button><title value="caption"/><kind value="switch"/><usefont ref="file"/></button>
+<text><position x="0" y="64"/><usefont ref="file"/></text>
+<label><usefont ref="file"/><write value="100%%"/></label>
+<hslider/></window>
+<vslider/></root>)";
+
+constexpr unsigned int endless = 1'000'000; // counted down, so that it shows
+
 class WithoutMemory : public SilentTest {
   protected:
     void SetUp() override {
@@ -67,6 +97,8 @@ class WithoutMemory : public SilentTest {
         ASSERT_TRUE(writeTga("wall_d.tga", picture));
         ASSERT_TRUE(writeTga("wall_n.tga", picture));
         writeFile("life.rve", bytesOf(sceneOfEverything()));
+        writeFile("gui.xml", interfaceOfEverything);
+        writeFile("kerning.txt", "RAVOLT_kerning_i=5\nRAVOLT_kerning_SPACE=7\n");
         writeFile("ownVS.glsl", Bytes{' '});
         writeFile("ownPS.glsl", Bytes{' '});
         settings.setShaders(true);
@@ -146,13 +178,72 @@ class WithoutMemory : public SilentTest {
         RAVOLT::free();
     }
 
+    template <class Widget> static Widget *add(RVNODE *parent) {
+        Widget *const widget = make<Widget>();
+        widget->link(parent);
+        return widget;
+    }
+
+    static RVFONT *makeFont() {
+        RVFONT *const font = make<RVFONT>();
+        auto *const atlas = make<RVTEXTURE>();
+        atlas->create(16, 16, RV_TEXTURE_RGBA);
+        font->setTexture(atlas);
+        font->loadKerning("kerning.txt");
+        return font;
+    }
+
+    static RVNODE *widgets() {
+        RVFONT *const font = makeFont();
+        auto *const root = make<RVNODE>();
+        auto *const window = add<RVWINDOW>(root);
+        window->setFont(font);
+        window->setCaption("title");
+        window->write("%s", longText);
+        window->format();
+        for (RVBUTTON *button : {add<RVBUTTON>(window), add<RVBUTTON>(root)})
+            button->setFont(font);
+        auto *const field = add<RVTEXTFIELD>(root);
+        field->setFont(font);
+        field->manageKey('a');
+        auto *const label = add<RVLABEL>(window);
+        label->setFont(font);
+        label->write("%s", longText);
+        for (RVBOX *bar : {static_cast<RVBOX *>(add<RVHSCROLLBAR>(root)),
+                           static_cast<RVBOX *>(add<RVVSCROLLBAR>(window))})
+            bar->setForemost(0);
+        add<RVBOX>(root)->setTexture(RVTEXTURE::getFirst());
+        return root;
+    }
+
+    // A press on whatever is at each point, and its release.
+    static void operate() {
+        for (const int at : {10, 25, 40})
+            for (const int left : {1, 1, 0}) {
+                unsigned int event;
+                RVELEMENT::manageGUIEvents('b', at, at, left, 0, &event);
+            }
+    }
+
+    void interfaceLife() {
+        if (!RAVOLT::init(&settings))
+            return;
+        for (RVNODE *root : {widgets(), RAVOLT::load("gui.xml")})
+            for (int number = 0; number < 2; ++number) {
+                drawFrame2D(root);
+                operate();
+                RAVOLT::swap();
+            }
+        RAVOLT::free();
+    }
+
     // A run with these allocations failing. Returns whether any failed.
-    bool lifeWithout(unsigned int after, unsigned int times) {
+    bool lifeWithout(const std::function<void()> &run, unsigned int after, unsigned int times) {
         const LogMark mark = logMark();
         const unsigned int blocks = heap.failedMallocs;
         recorder.failAllocation(1, after, times);
         try {
-            life();
+            run();
         } catch (...) {
             ADD_FAILURE() << "an exception was thrown";
         }
@@ -169,9 +260,9 @@ class WithoutMemory : public SilentTest {
     }
 
     // So many allocations fail from each one on. The number of allocations of a life.
-    unsigned int failFromEach(unsigned int times) {
+    unsigned int failFromEach(const std::function<void()> &run, unsigned int times) {
         unsigned int after = 0;
-        for (; lifeWithout(after, times) && !HasFailure(); ++after)
+        for (; lifeWithout(run, after, times) && !HasFailure(); ++after)
             EXPECT_TRUE(endsInOrder());
         EXPECT_FALSE(HasFailure()) << "at allocation " << after;
         return after;
@@ -184,6 +275,7 @@ class WithoutMemory : public SilentTest {
         EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
         EXPECT_EQ(RVSHADER::getNumberOfShaders(), 0u);
         EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
+        EXPECT_EQ(RVFONT::getNumberOfFonts(), 0u);
         const unsigned int id = zlfNewId();
         EXPECT_EQ(id, 1u);
         releaseId(id);
@@ -202,7 +294,7 @@ class WithoutMemory : public SilentTest {
 };
 
 TEST_F(WithoutMemory, EachAllocationMayFailByItself) {
-    EXPECT_GT(failFromEach(1), 80u) << "more than the start was run";
+    EXPECT_GT(failFromEach([this] { life(); }, 1), 80u) << "more than the start was run";
     for (const char *line :
          {"   [!] Out of memory for the splash picture @ RVSETTINGS::init",
           "   [!] Out of memory @ RVOPENGL::init", "   [!] Out of memory @ RVSHADER::init",
@@ -211,7 +303,20 @@ TEST_F(WithoutMemory, EachAllocationMayFailByItself) {
 }
 
 TEST_F(WithoutMemory, AllAllocationsMayFailFromEachOn) {
-    failFromEach(1'000'000); // counted down, so that it shows
+    failFromEach([this] { life(); }, endless);
+}
+
+TEST_F(WithoutMemory, EachAllocationOfAnInterfaceMayFail) {
+    const unsigned int start = failFromEach([this] { RAVOLT::init(&settings); }, 1);
+    for (const unsigned int times : {1u, endless})
+        EXPECT_GT(failFromEach([this] { interfaceLife(); }, times), start + 20);
+    for (const char *line :
+         {"   [!] Out of memory for the title bar @ RVWINDOW::RVWINDOW",
+          "   [!] Out of memory for the scroll bar @ RVWINDOW::RVWINDOW",
+          "   [!] Out of memory for the cursor @ RVSCROLLBAR::RVSCROLLBAR",
+          "   [!] Out of memory for file gui.xml @ RAVOLT::loadXML",
+          "   [!] Out of memory @ RVFONT::init", "   [!] Out of memory @ RVNODE::link"})
+        EXPECT_EQ(problems.count(line), 1u) << line;
 }
 
 } // namespace
