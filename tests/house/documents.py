@@ -14,6 +14,8 @@ def blocks(text):
 
 
 def links(text):
+    """Those outside of code, whose lambdas look like links."""
+    text = re.sub(r"^```.*?^```$", "", text, flags=re.MULTILINE | re.DOTALL)
     return [link for link in re.findall(r"\]\(([^)#]+)\)", text) if "://" not in link]
 
 

@@ -3,6 +3,7 @@
 #include <ravolt.h>
 #include <ravolt/kit.h>
 
+#include "tests/effects/terrainScene.h"
 #include "tests/kit/events.h"
 #include "tests/support/engineFixture.h"
 
@@ -51,6 +52,27 @@ TEST_F(KitDocument, AClipPlaysInTwoLayers) {
     EXPECT_NEAR(arm->getRotation().y, 90, 1e-3);
     RVANIM::cleanUp();
     RVNODE::cleanUp();
+}
+
+TEST_F(KitDocument, AnOrbitFollowsThePointer) {
+    kit::Input input;
+    kit::OrbitCamera orbit;
+    input.handle(buttonEvent(5, 5, true));
+    input.handle(motionEvent(25, 5, 20, 0));
+    auto *view = new RVCAMERA;
+    RAVOLT::setFrameDuration(10);
+    orbitAround(orbit, input, view);
+    RAVOLT::setFrameDuration(0);
+    EXPECT_NEAR(view->getRotation().y, -5, 1e-3);
+}
+
+TEST_F(KitDocument, AWalkerIsOnItsTerrain) {
+    TerrainFile().write(); // of height 1, and 8 by 4
+    kit::TerrainHeights heights, none;
+    EXPECT_FLOAT_EQ(makeWalker(heights, "land.geo").getPosition().y, 1 + 2 + 1.7f);
+    EXPECT_FLOAT_EQ(makeWalker(heights, "land.geo").getPosition().x, 4);
+    EXPECT_FLOAT_EQ(makeWalker(none, "gone.geo").getPosition().y, 1.7f);
+    EXPECT_LOGGED("   [!] File gone.geo has no heights of a terrain @ TerrainHeights::load");
 }
 
 TEST_F(KitDocument, AButtonIsClicked) {
