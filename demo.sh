@@ -27,9 +27,9 @@ case "${1:-}" in
 *) fail "unknown option $1; see ./demo.sh --help" ;;
 esac
 
-install_packages
+install_packages "${demo_packages[@]}"
 echo "Building"
-configure_and_build release
+configure_and_build release -- ravolt_tool ravolt_default_font example_island
 
 build=$PWD/build/release
 stage=$PWD/build/demo

@@ -44,7 +44,7 @@ run_tests() {
     summary+=("$preset: $(grep -E '^Total Test time' "$log")")
 }
 
-install_packages
+install_packages "${test_packages[@]}"
 start_display
 configure_and_build dev
 run_tests dev

@@ -1,12 +1,17 @@
-# Shared by ./demo.sh and ./test.sh: packages and the virtual screen. Sourced, not run.
+# Shared by ./demo.sh and ./test.sh: packages, building and the virtual screen. Sourced, not run.
 
-# What a fresh Debian machine lacks. The building needs the first lines, the tests the rest.
-packages=(
-    cmake ninja-build g++ pkg-config ccache
+# What a fresh Debian machine lacks: for building and for the demo,
+demo_packages=(
+    cmake ninja-build g++ pkg-config
     libsdl1.2-dev libsdl1.2-compat libgl-dev libgl1-mesa-dri libglx-mesa0 libegl1 libegl-mesa0
     libx11-dev libtinyxml-dev
     libmpeg2-4-dev libassimp-dev libstb-dev libcli11-dev nlohmann-json3-dev assimp-testmodels
-    libmagickwand-6.q16-dev libfreetype-dev fonts-dejavu-core
+    libfreetype-dev fonts-dejavu-core
+)
+# and for the tests, which also build what is optional.
+test_packages=(
+    "${demo_packages[@]}"
+    ccache libmagickwand-6.q16-dev
     xvfb xdotool
     libgtest-dev libbenchmark-dev python3 clang-format-14 clang-tidy-14 glslang-tools ffmpeg mjpegtools
     lintian dpkg-dev fakeroot file abigail-tools
@@ -19,10 +24,10 @@ fail() {
     exit 1
 }
 
-# Installs the packages that are not there yet.
+# install_packages PACKAGE ...: those that are not there yet.
 install_packages() {
     local missing=() package administrator=()
-    for package in "${packages[@]}"; do
+    for package in "$@"; do
         [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
             missing+=("$package")
     done
@@ -65,14 +70,19 @@ start_display() {
 # Objects are shared between checkouts: paths below this one count as relative.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 
-# configure_and_build PRESET [option of cmake ...]
+# configure_and_build PRESET [option of cmake ...] [-- TARGET ...]: these targets, or all.
 configure_and_build() {
-    local preset=$1 log
+    local preset=$1 log options=()
     shift
+    while [ $# -gt 0 ] && [ "$1" != -- ]; do
+        options+=("$1")
+        shift
+    done
+    [ $# -eq 0 ] || shift
     log="build/$preset/configure.log"
     mkdir -p "build/$preset"
-    cmake --preset "$preset" "$@" >"$log" 2>&1 ||
+    cmake --preset "$preset" "${options[@]}" >"$log" 2>&1 ||
         { cat "$log"; fail "cmake failed; delete build/$preset and try again"; }
-    cmake --build --preset "$preset" --parallel "$(nproc)" ||
+    cmake --build --preset "$preset" --parallel "$(nproc)" ${1+--target "$@"} ||
         fail "building '$preset' failed; see the first error above"
 }

@@ -17,8 +17,7 @@ esac
 jobs=${1:-$(nproc)}
 build=build/coverage
 
-packages+=(gcovr)
-install_packages
+install_packages "${test_packages[@]}" gcovr
 export LIBGL_ALWAYS_SOFTWARE=1
 
 mkdir -p "$build"
