@@ -37,9 +37,8 @@ TerrainHeights::TerrainHeights(const std::filesystem::path &geometry) {
     float spacing;
     std::memcpy(&spacing, &head[8], sizeof spacing);
     scale = static_cast<double>(spacing);
-    const std::size_t larger = std::max(alongX, alongZ); // whichever of them goes along X
-    columns = rows = larger * cells + 1;
-    heights.resize(columns * rows);
+    stride = std::max(alongX, alongZ) * cells + 1; // whichever of them goes along X
+    heights.resize(stride * stride);
 
     const std::size_t chunkBytes = chunkHeaderBytes + side * side * vertexFloats * sizeof(float);
     const std::size_t all = alongX * alongZ * chunkBytes;
@@ -51,10 +50,12 @@ TerrainHeights::TerrainHeights(const std::filesystem::path &geometry) {
         file.read(reinterpret_cast<char *>(vertices.data()),
                   static_cast<std::streamsize>(vertices.size() * sizeof(float)));
         const std::size_t left = wordAt(header.data()) * cells, top = wordAt(&header[2]) * cells;
-        if (!file || left + cells >= columns || top + cells >= rows)
+        if (!file || left + cells >= stride || top + cells >= stride)
             throw Failure(geometry.string(), "is shorter than its header says");
         for (std::size_t i = 0; i < side * side; ++i)
-            heights[(top + i / side) * columns + left + i % side] = vertices[i * vertexFloats + 1];
+            heights[(top + i / side) * stride + left + i % side] = vertices[i * vertexFloats + 1];
+        columns = std::max(columns, left + side);
+        rows = std::max(rows, top + side);
     }
 }
 

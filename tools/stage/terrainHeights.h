@@ -17,10 +17,11 @@ class TerrainHeights {
 
   private:
     float vertex(std::size_t column, std::size_t row) const {
-        return heights[row * columns + column];
+        return heights[row * stride + column];
     }
 
     std::size_t columns = 0, rows = 0; // vertices along X and Z
+    std::size_t stride = 0;            // of a row in `heights`
     double scale = 1;
     std::vector<float> heights; // row by row
 };
