@@ -9,7 +9,6 @@
 #include "foundation/registry.h"
 #include "foundation/text.h"
 #include "ravolt/RAVOLT.h"
-#include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 #include "scene/localTransform.h"
 #include "scene/nodeInternals.h"
@@ -185,16 +184,19 @@ char *RVNODE::getTypeName() const { return typeName[rowOf(type)]; }
 
 // --- Transform
 
-void ravolt::applyLocalTransform(const RVNODE &node) {
+void ravolt::applyLocalTransform(const RVNODE &node, Z3MMATRIX &matrix) {
     switch (node.getPositioning()) {
     case RV_NODE_POSITIONING_VECTORS: {
         const Z3MVECTOR3D position = node.getPosition() + node.getOrigin();
-        glTranslatef(position.x, position.y, position.z);
-        ravolt::applyRotation(node.getRotation());
+        float *const e = matrix.e;
+        for (unsigned int row = 0; row < 4; ++row)
+            e[12 + row] = e[row] * position.x + e[4 + row] * position.y + e[8 + row] * position.z +
+                          e[12 + row];
+        ravolt::applyRotation(node.getRotation(), matrix);
         break;
     }
     case RV_NODE_POSITIONING_MATRIX:
-        glMultMatrixf(node.getMatrix().e);
+        matrix = node.getMatrix() * matrix;
         break;
     }
 }
@@ -206,12 +208,9 @@ Z3MMATRIX RVNODE::getFinalMatrix(const char *stopName) {
         zlfLog("   [!] Depth overflow @ RVNODE::getFinalMatrix()\n");
         return result;
     }
-    const ravolt::ModelviewScope scope;
-    glLoadIdentity();
     for (unsigned int level = ancestry.depth; level-- > 0;)
-        ravolt::applyLocalTransform(*ancestry.node[level]);
-    ravolt::applyLocalTransform(*this);
-    glGetFloatv(GL_MODELVIEW_MATRIX, result.e);
+        ravolt::applyLocalTransform(*ancestry.node[level], result);
+    ravolt::applyLocalTransform(*this, result);
     return result;
 }
 
@@ -405,6 +404,8 @@ RVNODE *RVNODE::displayTreeRecursive(RVNODE *node, int depth) {
 bool NodeInternals::isObjectOf(const RVNODE &node, RV_NODE_TYPE type) {
     return node.type == type && node.registration->dynamicClass == type;
 }
+
+void NodeInternals::setTimeStamp(RVNODE &node, int stamp) { node.timeStamp = stamp; }
 
 void NodeInternals::setListStamp(RVNODE &node, int stamp) { node.registration->listStamp = stamp; }
 

@@ -13,6 +13,9 @@ struct NodeInternals {
     // type alone does not say so: it may have been assigned from another node.
     static bool isObjectOf(const RVNODE &node, RV_NODE_TYPE type);
 
+    // The frame in which the node was last passed.
+    static void setTimeStamp(RVNODE &node, int stamp);
+
     // The frame in which the node was last added to the render list.
     static void setListStamp(RVNODE &node, int stamp);
 

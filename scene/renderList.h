@@ -25,18 +25,19 @@ struct RenderList {
     // Removes all entries of `node`, which is being deleted.
     static void removeNode(const RVNODE &node);
 
-    // Adds an entry with the current modelview matrix, unless the node is clipped by its distance.
-    // The list is not full.
-    static void add(RVNODE &node);
+    // Adds entries for the nodes of a tree. `around` is the eye-space matrix of what is above it.
+    // False with a log line when the list is full.
+    static bool pass(RVNODE &node, const Z3MMATRIX &around);
 
-    // Stores the current modelview matrix in the skeleton of `mesh`, as that of the first bone that
-    // `node` moves. Nothing is stored when the skeleton cache is full or missing.
-    static void storeBoneMatrix(const RVNODE &node, const RVMESH &mesh);
+    // Stores the matrices of the nodes of a tree that move the bones of `mesh` in its skeleton.
+    static void passSkeleton(const RVNODE &node, const RVMESH &mesh, const Z3MMATRIX &around);
 
   private:
     static void removeEntry(unsigned int index);
     static bool isClipped(const RVNODE &node, const Z3MMATRIX &eye);
+    static void add(RVNODE &node, const Z3MMATRIX &eye);
     static unsigned int addSkeleton(RVMESH &mesh);
+    static void storeBoneMatrix(const RVNODE &node, const RVMESH &mesh, const Z3MMATRIX &matrix);
 };
 
 } // namespace ravolt

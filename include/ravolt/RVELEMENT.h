@@ -55,7 +55,7 @@ class RV_API RVELEMENT {
     // sort3D, which puts the lights first.
     static RVELEMENT *getLight(unsigned int index);
 
-    // Records `node` and all below it, with transforms on OpenGL's modelview stack. False with a
+    // Records `node` and all below it, beginning with OpenGL's modelview matrix. False with a
     // log line for NULL and when the list is full; the nodes below it are then left out.
     // Plain nodes and hidden or clipped meshes take no entry. The flag has no effect.
     static bool pass(RVNODE *node, bool flag);

@@ -162,8 +162,8 @@ class RV_API RVNODE {
 
     // The transform from the node to the world, or to the space around its nearest ancestor of that
     // name (whose own transform is included). The node's own name is not compared: it never ends
-    // the search. A name that no ancestor has counts as NULL. Needs the live OpenGL context in
-    // modelview mode. At most 63 ancestors; beyond that an identity and a log line.
+    // the search. A name that no ancestor has counts as NULL. Computed as OpenGL's matrix stack
+    // does. At most 63 ancestors; beyond that an identity and a log line.
     Z3MMATRIX getFinalMatrix(const char *stopName);
 
     // The place in the tree; a root has no parent (NULL).

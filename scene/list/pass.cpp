@@ -1,5 +1,6 @@
-// Filling the render list: the tree is walked with OpenGL's modelview stack, and each node that is
-// drawn gets an entry with the matrix found there. Nothing is drawn.
+// Filling the render list: the tree is walked, from OpenGL's modelview matrix on, and each node
+// that is drawn gets an entry with its matrix. Nothing is drawn, and OpenGL's matrix does not
+// change.
 
 #include "gui/boxNodes.h"
 #include "ravolt/RAVOLT.h"
@@ -38,6 +39,12 @@ bool isMinimized(RVNODE &node) {
     return window && window->isMinimized();
 }
 
+Z3MMATRIX currentModelview() {
+    Z3MMATRIX matrix;
+    glGetFloatv(GL_MODELVIEW_MATRIX, matrix.e);
+    return matrix;
+}
+
 } // namespace
 
 bool RVNODE::pass(bool flag) {
@@ -51,21 +58,7 @@ bool RVELEMENT::pass(RVNODE *node, bool) {
         zlfLog("   [!] Invalid params @ RVELEMENT::pass\n");
         return false;
     }
-    if (numberOfPassedElements >= numberOfElements) {
-        zlfLog("   [!] Scene too complex @ RVELEMENT::pass\n");
-        return false;
-    }
-    const ravolt::ModelviewScope scope;
-    ravolt::applyLocalTransform(*node);
-    if (isListed(*node))
-        ravolt::RenderList::add(*node);
-    const bool minimized = isMinimized(*node);
-    const unsigned int children =
-        minimized ? std::min(node->getNumberOfChildren(), 1u) : node->getNumberOfChildren();
-    for (unsigned int index = 0; index < children; ++index)
-        if (RVNODE *child = node->getChild(index))
-            child->pass(minimized);
-    return true;
+    return ravolt::RenderList::pass(*node, currentModelview());
 }
 
 bool RVELEMENT::passSkeleton(RVNODE *node, RVMESH *mesh) {
@@ -73,17 +66,40 @@ bool RVELEMENT::passSkeleton(RVNODE *node, RVMESH *mesh) {
         zlfLog("   [!] Invalid params @ RVELEMENT::skeletonPass\n");
         return false;
     }
-    const ravolt::ModelviewScope scope;
-    ravolt::applyLocalTransform(*node);
-    if (isMesh(*node))
-        ravolt::RenderList::storeBoneMatrix(*node, *mesh);
-    for (unsigned int index = 0; index < node->getNumberOfChildren(); ++index)
-        if (RVNODE *child = node->getChild(index))
-            passSkeleton(child, mesh);
+    ravolt::RenderList::passSkeleton(*node, *mesh, currentModelview());
     return true;
 }
 
 namespace ravolt {
+
+bool RenderList::pass(RVNODE &node, const Z3MMATRIX &around) {
+    if (RVELEMENT::numberOfPassedElements >= RVELEMENT::numberOfElements) {
+        zlfLog("   [!] Scene too complex @ RVELEMENT::pass\n");
+        return false;
+    }
+    Z3MMATRIX matrix(around);
+    applyLocalTransform(node, matrix);
+    if (isListed(node))
+        add(node, matrix);
+    const unsigned int all = node.getNumberOfChildren();
+    const unsigned int children = isMinimized(node) ? std::min(all, 1u) : all;
+    for (unsigned int index = 0; index < children; ++index)
+        if (RVNODE *child = node.getChild(index)) {
+            NodeInternals::setTimeStamp(*child, static_cast<int>(RAVOLT::getTimeStamp()));
+            pass(*child, matrix);
+        }
+    return true;
+}
+
+void RenderList::passSkeleton(const RVNODE &node, const RVMESH &mesh, const Z3MMATRIX &around) {
+    Z3MMATRIX matrix(around);
+    applyLocalTransform(node, matrix);
+    if (isMesh(node))
+        storeBoneMatrix(node, mesh, matrix);
+    for (unsigned int index = 0; index < node.getNumberOfChildren(); ++index)
+        if (const RVNODE *child = node.getChild(index))
+            passSkeleton(*child, mesh, matrix);
+}
 
 // By the distance from the eye to the node's origin, which is the translation of the matrix. On
 // purpose: a clipped node is logged in every frame.
@@ -97,14 +113,13 @@ bool RenderList::isClipped(const RVNODE &node, const Z3MMATRIX &eye) {
     return true;
 }
 
-void RenderList::add(RVNODE &node) {
-    Z3MMATRIX &eye = RVELEMENT::element[RVELEMENT::numberOfPassedElements].matrix;
-    glGetFloatv(GL_MODELVIEW_MATRIX, eye.e);
+void RenderList::add(RVNODE &node, const Z3MMATRIX &eye) {
     if (RVELEMENT::clipping && isClipped(node, eye))
         return;
 
     RVELEMENT &entry = RVELEMENT::element[RVELEMENT::numberOfPassedElements];
     entry.node = &node;
+    entry.matrix = eye;
     NodeInternals::setListStamp(node, static_cast<int>(RAVOLT::getTimeStamp()));
     entry.auxId = node.getAuxId();
     *node.getCachedMatrix() = eye;
@@ -125,21 +140,22 @@ unsigned int RenderList::addSkeleton(RVMESH &mesh) {
         zlfLog("   [!] Skeleton cache full @ RVELEMENT::pass\n");
         return skeletonCacheSize;
     }
-    const ModelviewScope scope;
-    glLoadIdentity();
-    RVELEMENT::passSkeleton(mesh.getParent(), &mesh);
+    if (RVNODE *const parent = mesh.getParent())
+        passSkeleton(*parent, mesh, Z3MMATRIX());
+    else
+        RVELEMENT::passSkeleton(nullptr, &mesh); // logs it
     RVMESH::skeletonElement[RVMESH::currentSkeleton].mesh = &mesh;
     return RVMESH::currentSkeleton++;
 }
 
-void RenderList::storeBoneMatrix(const RVNODE &node, const RVMESH &mesh) {
+void RenderList::storeBoneMatrix(const RVNODE &node, const RVMESH &mesh, const Z3MMATRIX &matrix) {
     if (!RVMESH::skeletonElement || RVMESH::currentSkeleton >= skeletonCacheSize)
         return;
     RVSKELETON &skeleton = RVMESH::skeletonElement[RVMESH::currentSkeleton];
     const std::size_t bones = std::min<std::size_t>(mesh.numberOfBones, std::size(skeleton.matrix));
     for (std::size_t index = 0; index < bones; ++index) {
         if (mesh.bone[index].node == &node) {
-            glGetFloatv(GL_MODELVIEW_MATRIX, skeleton.matrix[index].e);
+            skeleton.matrix[index] = matrix;
             return;
         }
     }

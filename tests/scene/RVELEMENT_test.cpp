@@ -543,10 +543,9 @@ TEST_F(ElementTest, SkinnedRootHasNoSkeletonSpace) {
     RVELEMENT::reset();
 }
 
-// From an identity through the parent's own transform down to each bone, whose matrix is read
-// there; other nodes are only traversed. A bone without a node of its name is not read. The pass
-// itself, its matrix too, continues as before.
-TEST_F(ElementTest, SkeletonPassReadsEachBoneInTheSpaceOfTheParent) {
+// The matrices of the bones are tested where they skin a mesh. The pass itself, its matrix too,
+// continues as before; the calls of OpenGL's matrix stack may be absent.
+TEST_F(ElementTest, SkeletonPassDoesNotChangeThePass) {
     root->setPosition(1, 0, 0);
     RVNODE *joint = place(new RVNODE);
     joint->setPosition(0, 4, 0);
@@ -559,18 +558,7 @@ TEST_F(ElementTest, SkeletonPassReadsEachBoneInTheSpaceOfTheParent) {
         node->setDisplayStatus(false);
 
     RAVOLT::begin3D(nullptr);
-    const Calls calls = callsOf([&] { root->pass(); });
-    const std::string skeleton =
-        "glPushMatrix()\nglLoadIdentity()\nglPushMatrix()\nglTranslatef(1, 0, 0)\n"
-        "glPushMatrix()\nglTranslatef(0, 4, 0)\n"
-        "glPushMatrix()\nglTranslatef(0, 0, 5)\nglGetFloatv(GL_MODELVIEW_MATRIX)\n"
-        "glPopMatrix()\nglPopMatrix()\n"
-        "glPushMatrix()\nglTranslatef(0, 0, 6)\nglPopMatrix()\n"
-        "glPushMatrix()\nglTranslatef(0, 2, 0)\nglPopMatrix()\nglPopMatrix()\nglPopMatrix()\n";
-    // After it, the pass pops the matrices of the mesh and of the root.
-    EXPECT_TRUE(calls.text().ends_with(skeleton + "glPopMatrix()\nglPopMatrix()\n"))
-        << calls.text();
-    EXPECT_EQ(calls.count("glGetFloatv"), 2u); // the mesh itself, and one bone
+    EXPECT_EQ(callsOf([&] { root->pass(); }).text(), "glGetFloatv(GL_MODELVIEW_MATRIX)\n");
 
     RVELEMENT::reset();
     CustomProbe *next = custom(3);
