@@ -24,8 +24,8 @@ OPENGL_HEADERS = {"ravolt/RVOPENGL.h": {"GL/gl.h", "GL/glext.h"}}
 # Headers that the build makes, and that include nothing.
 MADE = {"resources/shaderSources.h"}
 
-# What the kit includes of the library, and the tool of the library and of the kit.
-FOR_KIT = re.compile(r"^ravolt(/\w+)?\.h$")
+# What the kit includes of the library and of the writers, and the tool of the library and of the kit.
+FOR_KIT = re.compile(r"^(ravolt(/\w+)?|tools/writers/pngWriter)\.h$")
 FOR_TOOLS = re.compile(r"^(ravolt/(kit/)?\w+\.h|(models|resources)/\w+Format\.h)$")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)

@@ -7,6 +7,10 @@
 #include "tests/kit/events.h"
 #include "tests/support/engineFixture.h"
 
+#include "tests/models/modelScenes.h"
+#include "tests/pictures/cubes.h"
+#include "tests/support/engineFixture.h"
+
 #include <gtest/gtest.h>
 
 namespace document {
@@ -98,4 +102,49 @@ TEST_F(KitDocument, AButtonIsClicked) {
 }
 
 } // namespace
+class KitDocumentInWindow : public ravolt::test::EngineTest {
+  protected:
+    // A red square in the middle of the window.
+    static RVNODE *square() {
+        using namespace ravolt::test;
+        return loadScene(RveScene{{coloured("red", {1, 0, 0, 1})},
+                                  rootOver({placed(squareMesh("square", "red"), {0, 0, -5})})});
+    }
+};
+
+TEST_F(KitDocumentInWindow, PicturesAreSaved) {
+    RVNODE *scene = square();
+    const auto draw = [scene] { ravolt::test::drawFrame(nullptr, scene); };
+    draw();
+    EXPECT_TRUE(saveFrame("frame.png"));
+    EXPECT_TRUE(savePoster(draw, "poster.png"));
+    EXPECT_EQ(ravolt::test::loadPicture("frame.png").width, width);
+    EXPECT_EQ(ravolt::test::loadPicture("poster.png").height, height);
+}
+
+TEST_F(KitDocumentInWindow, MeshesAndTheGroundArePicked) {
+    RVNODE *scene = square();
+    auto *camera = new RVCAMERA;
+    ravolt::test::drawFrame(camera, scene);
+    EXPECT_FALSE(hideAt(1, 1));
+    EXPECT_TRUE(hideAt(64, 48));
+    EXPECT_TRUE(ravolt::test::meshNamed("square")->isHidden());
+    Z3MVECTOR3D point;
+    EXPECT_TRUE(groundAt(64, 80, point, [](float, float) { return -1.5f; }));
+    EXPECT_NEAR(point.y, -1.5f, 1e-3);
+    EXPECT_FALSE(groundAt(64, 10, point, [](float, float) { return -1.5f; }));
+}
+
+TEST_F(KitDocumentInWindow, AnOverlayIsDrawn) {
+    auto *logo = new RVTEXTURE;
+    logo->create(2, 2, RV_TEXTURE_RGB);
+    ravolt::kit::FrameStatistics frames;
+    ravolt::test::drawFrame(nullptr, nullptr);
+    const ravolt::test::Pixel background = ravolt::test::pixelAt(12, 45);
+    drawOverlay(frames, logo);
+    EXPECT_EQ(ravolt::test::pixelAt(12, 45), (ravolt::test::Pixel{0, 0, 0}));
+    EXPECT_FALSE(ravolt::test::pixelAt(12, 45) == background);
+    EXPECT_EQ(frames.getNumberOfFrames(), 1u);
+}
+
 } // namespace ravolt::test
