@@ -15,3 +15,4 @@
 #include "ravolt/kit/smoothedValue.h"
 #include "ravolt/kit/terrainHeights.h"
 #include "ravolt/kit/walkCamera.h"
+#include "ravolt/kit/window.h"

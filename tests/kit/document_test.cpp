@@ -58,6 +58,18 @@ TEST_F(KitDocument, AClipPlaysInTwoLayers) {
     RVNODE::cleanUp();
 }
 
+TEST_F(KitDocument, AKeyFillsTheScreen) {
+    kit::Input input;
+    kit::Window window;
+    for (const bool filled : {true, false}) {
+        SDL_Event press = keyEvent(SDLK_F11), release = keyEvent(SDLK_F11, false);
+        SDL_PushEvent(&press);
+        SDL_PushEvent(&release);
+        EXPECT_TRUE(pollWithWindow(input, window, SDLK_F11));
+        EXPECT_EQ(window.isFullScreen(), filled);
+    }
+}
+
 TEST_F(KitDocument, AnOrbitFollowsThePointer) {
     kit::Input input;
     kit::OrbitCamera orbit;
