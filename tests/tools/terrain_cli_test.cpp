@@ -258,6 +258,12 @@ TEST_F(TerrainCommand, RefusesWhatItCannotReadOrWriteAndMakesNoFolder) {
                   "large.raw: ran out of memory, of which it may take 16 MB (--max-memory)");
 }
 
+TEST_F(TerrainCommand, NeedsMemoryForTheHeightsAndNotForTheGeometry) {
+    writeFile("large.raw", std::string(2 * 1025 * 1025, '\1'));
+    expectSuccess("terrain large.raw -o out --exact --no-textures --max-memory 16 -q");
+    EXPECT_GT(fs::file_size("out/terrain.geo"), 32u << 20);
+}
+
 TEST_F(TerrainCommand, ReplacesAllFilesOrNone) {
     fs::create_directory("out");
     writeFile("out/terrain.geo", "before");
