@@ -4,7 +4,8 @@
     operatePanel.py TOOL ISLAND SOURCES
 
 Makes the demo's files in this folder with the content tool, starts the demo small and coarse, types into
-its text field, presses its button, which saves a picture of that name, and ends the demo with Escape.
+its text field, presses its button, which saves a picture of that name, moves the panel, minimizes it and
+maximizes it again, and ends the demo with Escape.
 """
 
 import shutil
@@ -20,7 +21,8 @@ from driveInput import Screen  # noqa: E402
 MODELS = Path("/usr/share/assimp/models")
 PATIENCE = 60  # seconds, on a machine with much else to do
 FRAME = 1.5  # seconds in which at least two frames are drawn
-FIELD, SAVE = (60, 145), (200, 145)
+FIELD, SAVE, TITLE_BAR = (60, 145), (200, 145), (60, 22)
+STEP = (-30, -10)  # by which the panel is moved, in a window of 240 by 150
 
 
 def make_files():
@@ -49,22 +51,30 @@ class Demo:
             sys.exit("the window did not open")
         self.window = found[-1]
 
-    def click(self, point):
-        """Two moves, since the first one may be lost while the window gets the focus."""
-        for x in (point[0] + 1, point[0]):
-            self.screen.xdotool("mousemove", "--window", self.window, x, point[1])
-            time.sleep(FRAME / 3)
-        for action in ("mousedown", "mouseup"):
-            self.screen.xdotool(action, 1)
-            time.sleep(FRAME)
+    def send(self, *arguments):
+        self.screen.send(*arguments)
+        time.sleep(FRAME)
 
-    def save(self, picture):
+    def move(self, point):
+        self.send("mousemove", "--window", self.window, *point)
+
+    def click(self, point):
+        self.drag(point, point)
+
+    def drag(self, start, end):
+        self.move(start)
+        self.send("mousedown", 1)
+        if end != start:
+            self.move(end)
+        self.send("mouseup", 1)
+
+    def save(self, picture, button):
         """The picture that the button saves."""
         end = time.monotonic() + PATIENCE
         while not picture.exists():
             if time.monotonic() > end:
                 sys.exit(f"{picture} was not saved; there are {sorted(Path('.').glob('*.png'))}")
-            self.click(SAVE)
+            self.click(button)
         time.sleep(FRAME)  # it is written
         data = picture.read_bytes()
         picture.unlink()
@@ -73,13 +83,21 @@ class Demo:
 
 def operate(demo):
     demo.click(FIELD)
-    demo.screen.xdotool("key", "BackSpace")
-    time.sleep(FRAME)
-    demo.screen.xdotool("key", "s")  # one key a frame
-    time.sleep(FRAME)
-    if not demo.save(Path("islans.png")).startswith(b"\x89PNG"):
+    demo.send("key", "BackSpace")
+    demo.send("key", "s")  # one key a frame
+    picture = Path("islans.png")
+    if not demo.save(picture, SAVE).startswith(b"\x89PNG"):
         sys.exit("it is no picture")
-    demo.screen.xdotool("key", "Escape")
+    moved = [(x + STEP[0], y + STEP[1]) for x, y in (TITLE_BAR, SAVE)]
+    demo.drag(TITLE_BAR, moved[0])
+    demo.save(picture, moved[1])
+    demo.click(moved[0])
+    demo.click(moved[1])
+    if picture.exists():
+        sys.exit("the button of the minimized panel has saved a picture")
+    demo.click(moved[0])
+    demo.save(picture, moved[1])
+    demo.screen.send("key", "Escape")
     if demo.process.wait(PATIENCE) != 0:
         sys.exit("the demo has failed")
 
