@@ -177,8 +177,9 @@ Pixel Input::getMotion() const {
 }
 
 // manageGUIEvents turns its pixel in landscape mode by the window's height, whatever the height of
-// the target is: the difference is added here.
+// the block is: the difference is added here.
 unsigned int Input::manageGUI() {
+    findBlock();
     if (steps.empty())
         addStep(0);
     unsigned int used = 0;
@@ -186,43 +187,61 @@ unsigned int Input::manageGUI() {
     while (!steps.empty() && !used) {
         const Step step = steps.front();
         steps.pop_front();
-        Pixel pixel = toTarget(step.pointer);
+        Pixel pixel = toDrawn(step.pointer);
         if (RVSETTINGS::isSDLLandscape())
-            pixel.y += getWindowSize().y - targetSize().y;
+            pixel.y += getWindowSize().y - drawnSize().y;
         if (RVELEMENT::manageGUIEvents(step.key, pixel.x, pixel.y, step.left, step.right, &used))
             onWidget = true; // a press and its release may be in one frame
     }
     return used;
 }
 
+// begin2D takes the viewport for the block.
+void Input::findBlock() {
+    if (!RVSETTINGS::isActive())
+        return;
+    GLint values[4] = {};
+    glGetIntegerv(GL_VIEWPORT, values);
+    viewport = {values[0], getWindowSize().y - values[1] - values[3], values[2], values[3]};
+    drawnIntoTarget = RVFBO::getCurrent() != nullptr;
+}
+
 void Input::setArea(int x, int y, int width, int height) { area = {x, y, width, height}; }
 
 Pixel Input::getWindowSize() { return {RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY()}; }
 
-// Of what the block is drawn into, before landscape mode turns it.
-Pixel Input::targetSize() const {
+// The size of the block before landscape mode turns it.
+Pixel Input::drawnSize() const {
+    if (!viewport.isEmpty())
+        return {viewport.width, viewport.height};
     if (const RVFBO *target = forcedTarget())
         return {target->getSizeX(), target->getSizeY()};
-    return area.width > 0 && area.height > 0 ? Pixel{area.width, area.height} : getWindowSize();
+    return area.isEmpty() ? getWindowSize() : Pixel{area.width, area.height};
 }
 
-Pixel Input::toTarget(Pixel pixel) const {
-    const bool whole = area.width < 1 || area.height < 1;
-    const Pixel target = targetSize(),
-                shown = whole ? getWindowSize() : Pixel{area.width, area.height};
-    if (!whole)
-        pixel = {pixel.x - area.x, pixel.y - area.y};
-    return {scaled(pixel.x, target.x, shown.x), scaled(pixel.y, target.y, shown.y)};
+Input::Rectangle Input::shownArea() const {
+    if (!area.isEmpty())
+        return area;
+    if (!viewport.isEmpty() && !drawnIntoTarget)
+        return viewport;
+    return {0, 0, getWindowSize().x, getWindowSize().y};
+}
+
+Pixel Input::toDrawn(Pixel pixel) const {
+    const Pixel size = drawnSize();
+    const Rectangle shown = shownArea();
+    return {scaled(pixel.x - shown.x, size.x, shown.width),
+            scaled(pixel.y - shown.y, size.y, shown.height)};
 }
 
 Pixel Input::getBlockSize() const {
-    const Pixel size = targetSize();
+    const Pixel size = drawnSize();
     return RVSETTINGS::isSDLLandscape() ? Pixel{size.y, size.x} : size;
 }
 
 Pixel Input::toBlock(Pixel windowPixel) const {
-    const Pixel pixel = toTarget(windowPixel);
-    return RVSETTINGS::isSDLLandscape() ? Pixel{targetSize().y - pixel.y, pixel.x} : pixel;
+    const Pixel pixel = toDrawn(windowPixel);
+    return RVSETTINGS::isSDLLandscape() ? Pixel{drawnSize().y - pixel.y, pixel.x} : pixel;
 }
 
 } // namespace ravolt::kit

@@ -130,14 +130,24 @@ TEST_F(InputPixels, AResizedWindowHasItsNewPixels) {
 
 TEST_F(InputPixels, APartOfTheWindowHasItsOwnPixels) {
     RVOPENGL::resize(40, 30, 64, 48); // from the top left
-    input.setArea(40, 30, 64, 48);
     frame();
     const auto pixels = shown(readFrame());
     EXPECT_TRUE(pixels.count({40 + left, 30 + top}));
     EXPECT_EQ(input.getBlockSize().x, 64);
     expectClicksWhereItIsSeen(pixels);
-    input.setArea(0, 0, 0, 0);
+}
+
+// Without manageGUI the viewport is not known.
+TEST_F(InputPixels, TheApplicationSetsAPart) {
     EXPECT_EQ(input.getBlockSize().x, width);
+    input.setArea(40, 30, 64, 48);
+    EXPECT_EQ(input.getBlockSize().x, 64);
+    push(motionEvent(50, 60));
+    input.poll();
+    EXPECT_EQ(input.getPointer().x, 10);
+    EXPECT_EQ(input.getPointer().y, 30);
+    input.setArea(0, 0, 0, 0);
+    EXPECT_EQ(input.getPointer().x, 50);
 }
 
 class LandscapePixels : public InputPixels {
@@ -160,7 +170,6 @@ TEST_F(LandscapePixels, AreTurned) {
 
 TEST_F(LandscapePixels, OfAPartAreTurnedInIt) {
     RVOPENGL::resize(40, 20, 48, 64);
-    input.setArea(40, 20, 48, 64);
     frame();
     expectClicksWhereItIsSeen(shown(readFrame()));
 }
@@ -182,6 +191,7 @@ class TargetPixels : public InputPixels {
 };
 
 TEST_F(TargetPixels, AreThoseOfTheTarget) {
+    EXPECT_EQ(input.getBlockSize().x, 64); // before the first frame, too
     expectClicksInTarget();
     EXPECT_EQ(input.getBlockSize().x, 64);
     EXPECT_EQ(input.getBlockSize().y, 48);
@@ -189,6 +199,35 @@ TEST_F(TargetPixels, AreThoseOfTheTarget) {
     input.poll();
     EXPECT_EQ(input.getPointer().x, 50);
     EXPECT_EQ(input.getPointer().y, 30);
+}
+
+// The lower right quarter of the window shows the target.
+TEST_F(TargetPixels, AreShownInAPartOfTheWindow) {
+    input.setArea(width / 2, height / 2, width / 2, height / 2);
+    frame();
+    push(motionEvent(width / 2 + 10, height / 2 + 5));
+    input.poll();
+    EXPECT_EQ(input.getPointer().x, 10);
+    EXPECT_EQ(input.getPointer().y, 5);
+    EXPECT_TRUE(isClickedAt(width / 2 + left + 2, height / 2 + top + 2));
+}
+
+// The application shows the target itself, and draws the 2D block into the window.
+TEST_F(TargetPixels, AreThoseOfTheWindowWhereTheTargetIsUnbound) {
+    const auto drawInWindow = [this] {
+        input.poll();
+        RAVOLT::clear(true, true, false);
+        RVFBO::unbind();
+        glViewport(0, 0, width, height);
+        RAVOLT::begin2D();
+        root->pass();
+        RAVOLT::end2D();
+        return input.manageGUI();
+    };
+    drawInWindow();
+    EXPECT_EQ(input.getBlockSize().x, width);
+    pushClick(left + 2, top + 2);
+    EXPECT_EQ(drawInWindow(), button->getId());
 }
 
 class TurnedTargetPixels : public TargetPixels {

@@ -23,9 +23,11 @@ struct Pixel {
 //         RAVOLT::swap();
 //     }
 //
-// Coordinates are pixels of the 2D block wherever it is not said otherwise: those of the window,
-// turned in landscape mode, or those of render target 0 with RVSETTINGS::setForceFBO, which is
-// supposed to be shown in the whole window. They follow a resized window (RVSETTINGS::resize).
+// Coordinates are pixels of the 2D block wherever it is not said otherwise: those of the window or
+// of its viewport, also after RVSETTINGS::resize, or those of the render target into which the
+// block is drawn, as with RVSETTINGS::setForceFBO, and turned in landscape mode. What it is drawn
+// into is what is bound in `manageGUI`; without that call it is the window, or target 0 where it is
+// forced.
 class Input {
   public:
     // Sees an event first; the input ignores those for which it returns true.
@@ -67,17 +69,18 @@ class Input {
     Pixel getMotion() const;
 
     // Passes what has happened on to the widgets of the last 2D block, by
-    // RVELEMENT::manageGUIEvents: call it once a frame after end2D. Every character and every click
-    // counts, however many of them a frame has. Returns the id of the button that was used, or 0;
-    // what comes after that is passed on by the next call.
+    // RVELEMENT::manageGUIEvents: call it once a frame directly after end2D, with the target and
+    // the viewport of the block. Every character and every click counts, however many of them a
+    // frame has. Returns the id of the button that was used, or 0; what comes after that is passed
+    // on by the next call.
     unsigned int manageGUI();
     // Whether the pointer was on a widget, or a widget was held, at any moment that the last
     // manageGUI has passed on: such a press is not for the scene.
     bool isOnWidget() const { return onWidget; }
 
-    // The part of the window in which the 2D block is shown, in its pixels; a width or height of 0
-    // for the whole window, which is the default. For a viewport of RVOPENGL::resize, or a target
-    // that the application shows in a part of the window.
+    // The part of the window in which the 2D block is shown, in its pixels. By default, and with a
+    // width or height of 0, this is the viewport, or the whole window for a render target. For a
+    // target that the application shows in a part of the window.
     void setArea(int x, int y, int width, int height);
 
     // Width and height of the 2D block; 0 by 0 before RAVOLT::init.
@@ -99,8 +102,16 @@ class Input {
     bool handleButton(const SDL_Event &event);
     void releaseAll();
     void addStep(char key, bool moved = false);
-    Pixel targetSize() const;
-    Pixel toTarget(Pixel windowPixel) const;
+
+    // Left, top, width and height.
+    struct Rectangle {
+        int x, y, width, height;
+        bool isEmpty() const { return width < 1 || height < 1; }
+    };
+    void findBlock();
+    Pixel drawnSize() const;
+    Rectangle shownArea() const;
+    Pixel toDrawn(Pixel windowPixel) const;
 
     static constexpr int numberOfKeys = 512, numberOfButtons = 32;
     std::bitset<numberOfKeys> keysDown, keysPressed;
@@ -110,9 +121,9 @@ class Input {
     int wheel = 0;
     std::deque<Step> steps; // that the widgets have not got yet
     bool onWidget = false, closed = false;
-    struct {
-        int x, y, width, height;
-    } area = {0, 0, 0, 0};
+    Rectangle area = {0, 0, 0, 0};     // that the application has set; empty for none
+    Rectangle viewport = {0, 0, 0, 0}; // of the last manageGUI; empty before
+    bool drawnIntoTarget = false;      // then
 };
 
 } // namespace ravolt::kit
