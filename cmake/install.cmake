@@ -1,15 +1,16 @@
-# What an installed Ravolt consists of: the library and the kit, their headers, the documents that these
-# name, a CMake package, ravolt.pc and ravolt-kit.pc. tools/CMakeLists.txt adds the program and the default font.
+# What an installed Ravolt consists of: the library, the kit and the recorder for tests, their headers,
+# the documents that these name, a CMake package and files for pkg-config. tools/CMakeLists.txt adds the
+# program and the default font.
 # The components are those of the packages: runtime, dev, and tools for what tools/CMakeLists.txt adds.
 include(CMakePackageConfigHelpers)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
 
-install(TARGETS ravolt ravolt_kit EXPORT RavoltTargets
+install(TARGETS ravolt ravolt_kit ravolt_testing EXPORT RavoltTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
-install(FILES docs/formats.md docs/additions.md docs/kit.md docs/troubleshooting.md
-    DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES docs/formats.md docs/additions.md docs/kit.md docs/testing.md
+    docs/troubleshooting.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(EXPORT RavoltTargets NAMESPACE Ravolt::
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
 
@@ -30,8 +31,7 @@ set(RAVOLT_PRIVATE_LIBRARIES "-lSDL -lGL -lX11 -ltinyxml")
 if(RAVOLT_VIDEO)
     string(APPEND RAVOLT_PRIVATE_LIBRARIES " -lmpeg2 -lmpeg2convert")
 endif()
-foreach(package ravolt ravolt-kit)
+foreach(package ravolt ravolt-kit ravolt-testing)
     configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
-install(FILES ${PROJECT_BINARY_DIR}/ravolt.pc ${PROJECT_BINARY_DIR}/ravolt-kit.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -6,10 +6,10 @@
 
 #include "ravolt/RVHELPER.h"
 #include "ravolt/RVSHADER.h"
+#include "testing/mark.h"
 #include "tests/engine/adaptedLuminance.h"
 #include "tests/engine/effectsTest.h"
 #include "tests/scene/sceneProbes.h"
-#include "tests/support/recorderState.h"
 
 namespace ravolt::test {
 namespace {

@@ -10,7 +10,6 @@
 #include "tests/engine/openGLAccess.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
-#include "tests/support/recorderState.h"
 
 namespace ravolt::test {
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compiles the C++ blocks of the documents, those with the kit as C++17, and finds links to files that are not there.
+"""Compiles the C++ blocks of the documents, those with the kit or for tests as C++17, and finds links to files that are not there.
 
 documents.py SOURCE COMPILER
 """
@@ -21,7 +21,7 @@ def links(text):
 
 def compiles(code, source, compiler):
     flags = subprocess.run(["pkg-config", "--cflags", "sdl"], capture_output=True, text=True, check=True)
-    standard = "c++17" if "ravolt/kit" in code else "c++11"
+    standard = "c++17" if re.search("ravolt/(kit|testing)", code) else "c++11"
     command = [compiler, f"-std={standard}", "-Wall", "-Wextra", "-Werror", "-fsyntax-only", "-x", "c++",
                f"-I{source / 'include'}", *flags.stdout.split(), "-"]
     result = subprocess.run(command, input=code, capture_output=True, text=True)

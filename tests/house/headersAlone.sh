@@ -1,12 +1,12 @@
 #!/bin/sh
-# headersAlone.sh COMPILER STANDARD FOLDER PART: every header of the engine or of the kit, as PART says,
+# headersAlone.sh COMPILER STANDARD FOLDER PART: every header of the engine, of the kit or of testing, as PART says,
 # below FOLDER compiles alone, as the first thing of a program in the given standard, without a warning.
 compiler=$1 standard=$2 folder=$3 part=$4
 failed=0 number=0
 headersOf() {
     case $1 in
-    kit) find ravolt/kit.h ravolt/kit -name '*.h' ;;
-    engine) find . -name '*.h' ! -path './ravolt/kit.h' ! -path './ravolt/kit/*' ;;
+    kit | testing) find "ravolt/$1.h" "ravolt/$1" -name '*.h' ;;
+    engine) find . -name '*.h' ! -path './ravolt/kit*' ! -path './ravolt/testing*' ;;
     esac
 }
 for header in $(cd "$folder" && headersOf "$part" | sort); do

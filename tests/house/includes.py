@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Reads the #include lines of the library, of the kit and of the content tool and fails on a folder that includes
-a neighbour or a higher layer, on a cycle of sources, on a public header that includes more than it
-may, on a source of the kit or the tool that includes internal headers of the library, on a header of
-the kit that includes SDL's, on a folder without a layer, and on a diagram in docs/architecture.md that is not the one of the table.
+"""Reads the #include lines of the library, of the kit, of the library for tests and of the content tool
+and fails on a folder that includes a neighbour or a higher layer, on a cycle of sources, on a public
+header that includes more than it may, on a source of the others that includes internal headers of the
+library, on a header of the kit or for tests that includes SDL's, on a folder without a layer, and on a diagram in docs/architecture.md that is not the one of the table.
 
     includes.py ROOT            checks the sources under ROOT
     includes.py ROOT --self     checks that the check itself finds each kind of fault
@@ -24,8 +24,11 @@ OPENGL_HEADERS = {"ravolt/RVOPENGL.h": {"GL/gl.h", "GL/glext.h"}}
 # Headers that the build makes, and that include nothing.
 MADE = {"resources/shaderSources.h"}
 
-# What the kit includes of the library and of the writers, and the tool of the library and of the kit.
-FOR_KIT = re.compile(r"^(ravolt(/\w+)?|tools/writers/pngWriter)\.h$")
+# The libraries beside the engine's, and what each one includes except public headers.
+PARTS = {"kit": {"tools/writers/pngWriter.h"}, "testing": {"engine/gl/glEntryPoints.inc"}}
+
+# What these libraries include of the engine's, and the tool of the engine's and of the kit.
+FOR_PARTS = re.compile(r"^ravolt(/\w+)?\.h$")
 FOR_TOOLS = re.compile(r"^(ravolt/(kit/)?\w+\.h|(models|resources)/\w+Format\.h)$")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
@@ -39,8 +42,8 @@ def folder_of(path):
     return folder if folder in LAYER else None
 
 
-def is_of_kit(name):
-    return name == "ravolt/kit.h" or name.startswith(("kit/", "ravolt/kit/"))
+def is_of(part, name):
+    return name == f"ravolt/{part}.h" or name.startswith((f"{part}/", f"ravolt/{part}/"))
 
 
 def read(root):
@@ -49,16 +52,17 @@ def read(root):
     for folder in TOP_FOLDERS:
         for path in sorted((root / folder).rglob("*")):
             name = path.relative_to(root).as_posix().removeprefix("include/")
-            if path.suffix in (".h", ".cpp", ".inc") and not is_of_kit(name):
+            if path.suffix in (".h", ".cpp", ".inc") and not any(
+                    is_of(part, name) for part in PARTS):
                 files[name] = path.read_text(encoding="utf-8")
     return files
 
 
-def read_kit(root):
-    paths = [root / "include/ravolt/kit.h", *sorted((root / "include/ravolt/kit").rglob("*.h")),
-             *sorted((root / "kit").glob("*.*"))]
+def read_part(root, part):
+    paths = [root / f"include/ravolt/{part}.h", *sorted((root / f"include/ravolt/{part}").rglob("*.h")),
+             *sorted((root / part).glob("*.*"))]
     return {path.relative_to(root).as_posix().removeprefix("include/"): path.read_text(encoding="utf-8")
-            for path in paths if path.suffix in (".h", ".cpp")}
+            for path in paths if path.suffix in (".h", ".cpp", ".inc")}
 
 
 def read_tools(root):
@@ -120,15 +124,15 @@ def tool_faults(files):
     yield from cycle_faults(files, lambda path: path.rpartition(".")[0])
 
 
-def kit_faults(files):
+def part_faults(part, files):
     for path, text in files.items():
         for ours, name in includes_of(text):
             if name.startswith("SDL") and path.startswith("ravolt/"):
-                yield f"{path}: a header of the kit does not include {name}"
-            if not ours or (FOR_KIT.match(name) and not is_of_kit(name)):
+                yield f"{path}: a header of the {part} library does not include {name}"
+            if not ours or name in PARTS[part] or (FOR_PARTS.match(name) and not is_of(part, name)):
                 continue
             if name not in files:
-                yield f"{path}: includes {name}, which is no header of the kit"
+                yield f"{path}: includes {name}, which is no header of the {part} library"
     yield from cycle_faults(files, module_of)
 
 
@@ -198,8 +202,8 @@ def self_test():
     return (faults(good) == [] and all(len(faults(files)) == 1 for files in bad)
             and not [*tool_faults(tools)]
             and all(len([*tool_faults(tools | files)]) == 1 for files in bad_tools)
-            and not [*kit_faults(kit)]
-            and all(len([*kit_faults(kit | files)]) == 1 for files in bad_kit)
+            and not [*part_faults("kit", kit)]
+            and all(len([*part_faults("kit", kit | files)]) == 1 for files in bad_kit)
             and not [*diagram_faults(document, "layers", "1  scene\n")]
             and len([*diagram_faults(document, "layers", "1  models\n")]) == 1
             and len([*diagram_faults("no diagram", "layers", "1  scene\n")]) == 1)
@@ -209,15 +213,19 @@ def main():
     if "--self" in sys.argv:
         sys.exit(0 if self_test() else "the check does not find what it should")
     root = Path(sys.argv[1])
-    files, kit, tools = read(root), read_kit(root), read_tools(root)
+    files, tools = read(root), read_tools(root)
+    parts = {part: read_part(root, part) for part in PARTS}
     document = (root / DOCUMENT).read_text(encoding="utf-8")
-    found = faults(files) + [*kit_faults(kit)] + [*tool_faults(tools)]
+    found = faults(files) + [*tool_faults(tools)]
+    for part, part_files in parts.items():
+        found += part_faults(part, part_files)
     for mark, layers in DIAGRAMS.items():
         found += diagram_faults(document, mark, diagram(root, layers))
     for fault in found:
         print(fault)
-    print(f"{len(files) + len(kit) + len(tools)} files, {len(found)} faults")
-    sys.exit(1 if found or not files or not kit or not tools else 0)
+    everything = [files, tools, *parts.values()]
+    print(f"{sum(map(len, everything))} files, {len(found)} faults")
+    sys.exit(1 if found or not all(everything) else 0)
 
 
 if __name__ == "__main__":

@@ -21,10 +21,11 @@ check() {
 cmake --install "$build" --prefix "$prefix" >install.log 2>&1 || fail "$(cat install.log)"
 
 # The documents, and every other one that a public header names.
-for document in formats.md additions.md kit.md troubleshooting.md; do
+for document in formats.md additions.md kit.md testing.md troubleshooting.md; do
     cmp "$source/docs/$document" "$prefix/share/doc/ravolt/$document" || fail "$document is not installed"
 done
-for document in $(grep -hoE '[a-z]+\.md' "$prefix"/include/ravolt/*.h "$prefix"/include/ravolt/kit/*.h | sort -u); do
+for document in $(grep -hoE '[a-z]+\.md' "$prefix"/include/ravolt/*.h "$prefix"/include/ravolt/kit/*.h \
+    "$prefix"/include/ravolt/testing/*.h | sort -u); do
     [ -f "$prefix/share/doc/ravolt/$document" ] || fail "a header names $document, which is not installed"
 done
 
@@ -40,6 +41,16 @@ cmake -S "$application" -B package "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_CXX_CO
 check "CMake package"
 ./package/kit || fail "the kit of the CMake package ends with $?"
 check "CMake package, kit"
+
+# The tests of an application need no display and no GPU.
+testing=$source/examples/testing
+radar() {
+    env -u SDL_VIDEODRIVER -u DISPLAY "$1" >radar.txt || fail "$1 ends with $?: $(cat radar.txt)"
+    [ "$(grep -c '^passed' radar.txt)" -eq 4 ] || fail "$1 does not pass its four tests: $(cat radar.txt)"
+}
+cmake -S "$testing" -B testing "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_CXX_COMPILER=$compiler" \
+    >testing.log 2>&1 && cmake --build testing >>testing.log 2>&1 || fail "$(cat testing.log)"
+radar ./testing/radar_test
 
 # The README's application looks for a scene that is not here, and so ends at once.
 checkHello() {
@@ -69,6 +80,10 @@ check "pkg-config"
     $(pkg-config --cflags --libs ravolt-kit) "-Wl,-rpath,$libraries" || fail "pkg-config: the kit does not build"
 ./kit || fail "the kit of pkg-config ends with $?"
 check "pkg-config, kit"
+# The engine's own calls are recorded wherever OpenGL is in the command.
+"$compiler" -std=c++17 "$testing/radar_test.cpp" -lGL -o radar \
+    $(pkg-config --cflags --libs ravolt-testing) "-Wl,-rpath,$libraries" || fail "pkg-config: no test builds"
+radar ./radar
 
 folder=$(sed -n 's/^CMAKE_INSTALL_LIBDIR:PATH=//p' "$build/CMakeCache.txt") # lib, or lib/x86_64-linux-gnu
 [ "$PKG_CONFIG_PATH" = "$prefix/$folder/pkgconfig" ] || fail "README: not the folder of ravolt.pc"

@@ -35,6 +35,10 @@ LAYERS = [
 # The kit, above the library: of it the sources include public headers only.
 KIT_LAYERS = [("kit", {"kit": []})]
 
+# The recorder for tests, beside the kit: of the library its sources include public headers and the list
+# of entry points.
+TESTING_LAYERS = [("testing", {"testing": []})]
+
 # The tool's own layers. Of the library and the kit its folders include public headers, and of the
 # library format numbers.
 TOOL_LAYERS = [
@@ -58,7 +62,7 @@ FOLDER_OF_HEADER = {f"ravolt/{header}.h": folder for _, folders in LAYERS
 
 DOCUMENT = "docs/architecture.md"
 WIDTH = 100
-DIAGRAMS = {"layers": LAYERS, "kit": KIT_LAYERS, "layers of the tool": TOOL_LAYERS}  # by their marks in the document
+DIAGRAMS = {"layers": LAYERS, "kit": KIT_LAYERS, "testing": TESTING_LAYERS, "layers of the tool": TOOL_LAYERS}  # by their marks in the document
 
 
 def modules_in(root, folder):

@@ -77,7 +77,7 @@ ROWS = [
      "exceptions": {}},
 ]
 
-RECORDED = ["tests/support/coreFunctions.inc", "engine/gl/glEntryPoints.inc"]
+RECORDED = ["testing/coreFunctions.inc", "engine/gl/glEntryPoints.inc"]
 FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "effects",
            "gui", "video"]
 

@@ -12,7 +12,7 @@ import re
 import check
 
 FOLDERS = ["foundation", "math", "engine", "scene", "resources", "models", "video", "effects",
-           "gui", "kit", "tools", "examples", "benchmarks", "tests"]
+           "gui", "kit", "testing", "tools", "examples", "benchmarks", "tests"]
 MAX_LINES_WITHOUT = 40
 AFTER_INCLUDES = re.compile(r"""\A(?:[ \t]*(?:\#[^\n]*|//[^\n]*)?\n)*   # to the last directive
                                 \#[^\n]*\n\s*

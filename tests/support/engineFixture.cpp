@@ -10,7 +10,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
 #include "ravolt/zlf.h"
-#include "tests/support/recorderState.h"
+#include "testing/recorderState.h"
 
 #include <GL/gl.h>
 

@@ -4,7 +4,7 @@
 // the heap's functions (--wrap) for the program's own code alone. They run before main and before
 // any static object is constructed: what they use is initialised at compile time.
 
-#include "tests/support/recorderState.h"
+#include "testing/recorderState.h"
 
 #include <atomic>
 #include <cstddef>

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <stdexcept>
 
 using namespace ravolt::test;
 
@@ -101,6 +102,18 @@ TEST_F(SilentRecorder, MarksDivideTheCalls) {
     EXPECT_EQ(calls.count(Call("glFinish")), 1u);
     EXPECT_TRUE(calls.haveInOrder({{"glFlush"}, {"glFinish"}, {"glFlush"}}));
     EXPECT_FALSE(calls.haveInOrder({{"glFinish"}, {"glFinish"}}));
+    EXPECT_EQ(
+        calls.haveInOrder({{"glFinish"}, {"glFinish"}}).explanation,
+        "call 1, glFinish() is missing; after the call before it come\n--- mark: b\nglFlush()\n");
+    EXPECT_THROW(calls.since("c"), std::out_of_range);
+    EXPECT_THROW(calls.between("b", "a"), std::out_of_range);
+}
+
+TEST_F(SilentRecorder, AssertionsOfGoogleTestHaveTheExplanation) {
+    const testing::AssertionResult failed(Calls().haveInOrder({{"glFlush"}}));
+    EXPECT_FALSE(failed);
+    EXPECT_NE(std::string(failed.message()).find("glFlush() is missing"), std::string::npos);
+    EXPECT_TRUE(testing::AssertionResult(Calls().haveInOrder({})));
 }
 
 TEST_F(SilentRecorder, ExtensionFunctionsRecordTheirCalls) {

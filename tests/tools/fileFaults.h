@@ -3,7 +3,7 @@
 // Faults of the file system: a call of the program's own code that writes, syncs, renames or links
 // fails, or is the last that the process makes.
 
-#include "tests/support/simulatedFailure.h"
+#include "testing/simulatedFailure.h"
 
 namespace ravolt::test {
 

@@ -1,6 +1,6 @@
 // The writer of PNG files, which allocates all its memory by realloc, where there is none.
 
-#include "tests/support/simulatedFailure.h"
+#include "testing/simulatedFailure.h"
 #include "tools/stage/picture.h"
 
 #include <gtest/gtest.h>

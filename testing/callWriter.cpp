@@ -1,6 +1,6 @@
 // Which array arguments are recorded element by element, by the name of the function.
 
-#include "tests/support/callWriter.h"
+#include "testing/callWriter.h"
 
 #include <GL/gl.h>
 

@@ -2,7 +2,7 @@
 
 // Turns the arguments of a function into the numbers of a Call.
 
-#include "tests/support/recorder.h"
+#include "ravolt/testing/calls.h"
 
 #include <cstdint>
 #include <optional>

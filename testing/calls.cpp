@@ -1,6 +1,8 @@
 // Comparing, selecting and printing recorded calls.
 
-#include "tests/support/recorderState.h"
+#include "ravolt/testing/calls.h"
+
+#include "testing/mark.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -11,6 +13,7 @@
 #include <ostream>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 
 namespace ravolt::test {
 namespace {
@@ -20,7 +23,7 @@ const std::map<long, const char *> &enumNames() {
     static const std::map<long, const char *> names = [] {
         std::map<long, const char *> made;
 #define ENUM(name) made.try_emplace(static_cast<long>(name), #name);
-#include "tests/support/enumNames.inc"
+#include "testing/enumNames.inc"
 #undef ENUM
         return made;
     }();
@@ -109,7 +112,9 @@ bool operator==(const Call &a, const Call &b) {
                                           b.arguments.begin(), b.arguments.end(), sameNumber);
 }
 
-void PrintTo(const Call &call, std::ostream *out) { *out << callText(call); }
+bool operator!=(const Call &a, const Call &b) { return !(a == b); }
+
+std::ostream &operator<<(std::ostream &out, const Call &call) { return out << callText(call); }
 
 Calls Calls::where(const std::function<bool(const Call &)> &wanted) const {
     Calls found;
@@ -145,10 +150,8 @@ std::vector<std::string> Calls::names() const {
 Calls Calls::since(const std::string &mark) const {
     const auto from = std::find_if(list.begin(), list.end(),
                                    [&](const Call &call) { return call.name == markName + mark; });
-    if (from == list.end()) {
-        ADD_FAILURE() << "no mark \"" << mark << "\" among the calls";
-        return {};
-    }
+    if (from == list.end())
+        throw std::out_of_range("no mark \"" + mark + "\" among the calls");
     return Calls(std::vector<Call>(from + 1, list.end()));
 }
 
@@ -156,26 +159,23 @@ Calls Calls::between(const std::string &from, const std::string &to) const {
     Calls found = since(from);
     const auto end = std::find_if(found.list.begin(), found.list.end(),
                                   [&](const Call &call) { return call.name == markName + to; });
-    if (end == found.list.end()) {
-        ADD_FAILURE() << "no mark \"" << to << "\" after the mark \"" << from << "\"";
-        return {};
-    }
+    if (end == found.list.end())
+        throw std::out_of_range("no mark \"" + to + "\" after the mark \"" + from + "\"");
     found.list.erase(end, found.list.end());
     return found;
 }
 
-testing::AssertionResult Calls::haveInOrder(const Calls &wanted) const {
+CheckResult Calls::haveInOrder(const Calls &wanted) const {
     auto from = list.begin();
     for (std::size_t index = 0; index < wanted.size(); ++index) {
         const auto found = std::find(from, list.end(), wanted[index]);
         if (found == list.end())
-            return testing::AssertionFailure()
-                   << "call " << index << ", " << callText(wanted[index])
-                   << " is missing; after the call before it come\n"
-                   << Calls(std::vector<Call>(from, list.end())).text();
+            return {false, "call " + std::to_string(index) + ", " + callText(wanted[index]) +
+                               " is missing; after the call before it come\n" +
+                               Calls(std::vector<Call>(from, list.end())).text()};
         from = found + 1;
     }
-    return testing::AssertionSuccess();
+    return {true, ""};
 }
 
 std::string Calls::text() const {
@@ -185,8 +185,14 @@ std::string Calls::text() const {
     return all;
 }
 
-void PrintTo(const Calls &calls, std::ostream *out) {
-    *out << calls.size() << " calls\n" << calls.text();
+bool operator==(const Calls &a, const Calls &b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end());
+}
+
+bool operator!=(const Calls &a, const Calls &b) { return !(a == b); }
+
+std::ostream &operator<<(std::ostream &out, const Calls &calls) {
+    return out << calls.size() << " calls\n" << calls.text();
 }
 
 } // namespace ravolt::test

@@ -1,6 +1,6 @@
 // The simulated driver's state: matrix stacks, switches, object names.
 
-#include "tests/support/silentDriver.h"
+#include "testing/silentDriver.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,9 +3,9 @@
 // What the recorder's definitions share: the recording, the overrides, the simulated failures, and
 // whether a call comes from the program or from inside a library that the program has called.
 
-#include "tests/support/recorder.h"
-#include "tests/support/silentDriver.h"
-#include "tests/support/simulatedFailure.h"
+#include "ravolt/testing/calls.h"
+#include "testing/silentDriver.h"
+#include "testing/simulatedFailure.h"
 
 #include <deque>
 #include <map>
@@ -16,10 +16,7 @@
 
 namespace ravolt::test {
 
-// A mark is an entry among the calls with this name, followed by its own.
-inline constexpr const char *markName = "mark: ";
-
-struct Recorder::State {
+struct RecorderState {
     bool recording = false;
     Calls calls;
     SilentDriver driver;
@@ -51,7 +48,7 @@ struct Recorder::State {
     bool simulatesFailureOf(const char *name);
 };
 
-inline Recorder::State &recorderState() { return Recorder::instance().state(); }
+RecorderState &recorderState();
 
 // Alive while a real function runs: the calls that it makes are neither recorded nor overridden.
 class ScopedUnrecorded {
@@ -65,6 +62,10 @@ class ScopedUnrecorded {
   private:
     static thread_local int depth;
 };
+
+// True. What calls them is linked with the functions that replace those of OpenGL and of SDL.
+bool interceptsOpenGL();
+bool interceptsSdl();
 
 // The result of glGetError, recorded or not.
 unsigned int pendingError();

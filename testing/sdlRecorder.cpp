@@ -1,9 +1,9 @@
 // The SDL functions that the engine calls: each records its call, fakes the result where a test has
 // set one, and otherwise calls the real function; silent mode uses a small simulated SDL.
 
-#include "tests/support/callWriter.h"
-#include "tests/support/glRecorder.h"
-#include "tests/support/recorderState.h"
+#include "testing/callWriter.h"
+#include "testing/glRecorder.h"
+#include "testing/recorderState.h"
 
 #include <SDL/SDL.h>
 #include <SDL/SDL_syswm.h>
@@ -15,7 +15,7 @@
 namespace ravolt::test {
 namespace {
 
-using State = Recorder::State;
+using State = RecorderState;
 
 // The state of a display without a screen.
 struct SilentSdl {
@@ -64,6 +64,9 @@ bool simulatesFailure(State &state, const std::optional<std::string> &error) {
 }
 
 } // namespace
+
+bool interceptsSdl() { return true; }
+
 } // namespace ravolt::test
 
 using namespace ravolt::test;
@@ -92,7 +95,7 @@ int SDL_Init(Uint32 flags) {
 // A query without an effect: it is not recorded. In silent mode everything is initialized.
 Uint32 SDL_WasInit(Uint32 flags) {
     REAL(SDL_WasInit);
-    return !nested && Recorder::instance().isSilent() ? flags : real(flags);
+    return !nested && recorderState().silent ? flags : real(flags);
 }
 
 void SDL_Quit(void) {

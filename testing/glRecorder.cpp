@@ -7,9 +7,9 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
-#include "tests/support/callWriter.h"
-#include "tests/support/glRecorder.h"
-#include "tests/support/recorderState.h"
+#include "testing/callWriter.h"
+#include "testing/glRecorder.h"
+#include "testing/recorderState.h"
 
 #include <algorithm>
 #include <cstring>
@@ -17,7 +17,7 @@
 
 namespace ravolt::test {
 
-using State = Recorder::State;
+using State = RecorderState;
 
 namespace {
 
@@ -137,7 +137,7 @@ Result forwardCall(Real real, Arguments... arguments) {
 }
 
 #define CORE(result, name, parameters, arguments) DESCRIBE(name)
-#include "tests/support/coreFunctions.inc"
+#include "testing/coreFunctions.inc"
 #undef CORE
 
 // An extension function: records, and calls what SDL_GL_GetProcAddress has returned.
@@ -200,6 +200,8 @@ const GLubyte *driverString(State &state, GLenum name) {
 
 } // namespace
 
+bool interceptsOpenGL() { return true; }
+
 unsigned int pendingError() {
     State &state = recorderState();
     if (!state.errors.empty()) {
@@ -231,7 +233,7 @@ extern "C" {
         };                                                                                         \
         return forwardCall<Traits_##name, result> arguments;                                       \
     }
-#include "tests/support/coreFunctions.inc"
+#include "testing/coreFunctions.inc"
 #undef CORE
 
 GLenum glGetError(void) {
