@@ -1,71 +1,57 @@
-// What is under the pointer: a click on a mesh of the scene hides it, a click on the background
-// shows all again.
+// What is under the pointer: its name, material, face and point are shown, and a click hides it.
 
 #include "common.h"
 
 #include <ravolt.h>
+#include <ravolt/kit.h>
 
-#include <cstdio>
 #include <string>
 
-namespace {
-
-void showAll(RVNODE *node) {
-    if (node->getType() == RV_NODE_TYPE_MESH)
-        static_cast<RVMESH *>(node)->setDisplayStatus(true);
-    for (unsigned int i = 0; i < node->getNumberOfChildren(); ++i)
-        showAll(node->getChild(i));
+static std::string describe(const ravolt::kit::Pick &pick) {
+    if (!pick.node)
+        return "nothing";
+    const std::string material = pick.material ? pick.material->getName() : "no material";
+    return pick.node->getName() + ("\n" + material) + "\nface " + std::to_string(pick.face) + ", " +
+           std::to_string(pick.distance) + " away";
 }
-
-void hide(RVNODE *scene, unsigned int id) {
-    RVNODE *node = scene->findByIdInHierarchy(id);
-    if (node && node->getType() == RV_NODE_TYPE_MESH) {
-        std::printf("hidden: %s\n", node->getName());
-        static_cast<RVMESH *>(node)->setDisplayStatus(false);
-    }
-}
-
-} // namespace
 
 int main(int argc, char **argv) {
     Example example(argc, argv, {"SCENE.rve"});
-    const std::string scene = example.files[0], folder = folderOf(scene);
-
+    const std::string folder = folderOf(example.files[0]);
     RVSETTINGS settings;
     settings.setTitle("Ravolt: picking");
     settings.setVideoMemory(256); // megabytes for textures
     settings.setColorDepth(32);   // all four bytes of an identifier fit into a pixel
     settings.setRVEPath(folder.c_str());
     settings.setTexturePath(folder.c_str());
-    if (!RAVOLT::init(&settings))
-        return 1;
-    RVNODE *model = RAVOLT::load(scene.substr(folder.size()).c_str());
+    RVNODE *model =
+        RAVOLT::init(&settings) ? RAVOLT::load(example.files[0] + folder.size()) : nullptr;
     if (!model) {
         RAVOLT::free();
         return 1;
     }
-
     RVCAMERA *camera = new RVCAMERA();
     camera->setPosition(3.0f, 3.0f, 5.0f);
     camera->setTargetNode(model);
     RVLIGHT *light = new RVLIGHT();
     light->setPosition(5.0f, 100.0f, 50.0f);
-
+    if (example.frames) // nobody moves the pointer
+        example.pointerX = 300, example.pointerY = 250;
+    ravolt::kit::Overlay overlay;
     do {
         RAVOLT::clear(true, true, false);
         RAVOLT::begin3D(camera);
         light->pass(true);
         model->pass(true);
         RAVOLT::end3D(true);
-
-        // select uses the list of end3D, so this comes before begin2D.
-        if (example.mouseX >= 0) {
-            const unsigned int id = RAVOLT::select(example.mouseX, example.mouseY);
-            id ? hide(model, id) : showAll(model);
-        }
+        // Before begin2D, which empties the list of what is drawn.
+        const auto pick = ravolt::kit::Picker().pick(example.pointerX, example.pointerY);
+        if (example.mouseX >= 0 && pick.node && pick.node->getType() == RV_NODE_TYPE_MESH)
+            static_cast<RVMESH *>(pick.node)->setDisplayStatus(false);
+        RAVOLT::begin2D();
+        overlay.text(10, 10, describe(pick));
+        RAVOLT::end2D();
         RAVOLT::swap();
     } while (example.next());
-
     RAVOLT::free();
-    return 0;
 }

@@ -109,7 +109,7 @@ void orbit(RVCAMERA *camera, float degrees) {
     camera->setPosition(10.0f * std::sin(angle), 2.4f, 10.0f * std::cos(angle));
 }
 
-void showFrame(RVNODE *interface) {
+void showFrame(RVNODE *interface, const std::function<void()> &overlay) {
     const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
     const bool inTarget = RVOPENGL::useFBO(); // else the frame is in the window already
     if (inTarget) {
@@ -127,6 +127,8 @@ void showFrame(RVNODE *interface) {
         glTexCoord2f(1, 1), glVertex2i(width, 0);
         glEnd();
     }
+    if (overlay)
+        overlay();
     if (interface)
         interface->pass(true);
     RAVOLT::end2D();

@@ -3,6 +3,8 @@
 // The stage that several examples play on, media/stage.obj: its window, its sky, its light and its
 // camera.
 
+#include <functional>
+
 class RVCAMERA;
 class RVLIGHT;
 class RVNODE;
@@ -34,6 +36,6 @@ RVCAMERA *makeCamera();
 void orbit(RVCAMERA *camera, float degrees);
 
 // Shows the frame in the window, in place of RAVOLT::swap. Frames are drawn twice as large into
-// render target 0, so that edges are smooth. An interface is drawn over the frame, in pixels of the
-// window.
-void showFrame(RVNODE *interface = nullptr);
+// render target 0, so that edges are smooth. An interface is drawn over the frame, and so is what
+// `overlay` draws, in pixels of the window.
+void showFrame(RVNODE *interface = nullptr, const std::function<void()> &overlay = nullptr);

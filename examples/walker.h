@@ -1,13 +1,19 @@
 #pragma once
 
-class RVANIM;
+#include <memory>
+
 class RVNODE;
+
+namespace ravolt::kit {
+class ClipPlayer;
+}
 
 // A character that walks round a circle: a clip moves its bones, and it advances with its feet.
 class Walker {
   public:
     // Loads the character and its clip.
     Walker(const char *scene, const char *clipFile);
+    ~Walker();
     bool isReady() const; // both have been loaded
 
     void advance(float seconds);
@@ -16,11 +22,8 @@ class Walker {
     RVNODE *getNode() const { return middle; }
 
   private:
-    unsigned int period() const; // frames until the clip begins again
-
     RVNODE *middle;
     RVNODE *character;
-    RVANIM *clip;
-    bool hasClip;
+    std::unique_ptr<ravolt::kit::ClipPlayer> player; // of the character, once both are loaded
     float time = 0;
 };
