@@ -10,6 +10,7 @@
 #include "scene/localTransform.h"
 
 #include <iterator>
+#include <typeinfo>
 
 namespace {
 
@@ -56,23 +57,79 @@ Aim aimByType(const RVLIGHT &light) {
     return omni;
 }
 
+// What an OpenGL light was last set to, and from which entry.
+struct Slot {
+    unsigned int period = 0; // of KnownState
+    const RVELEMENT *entry = nullptr;
+    Z3MVECTOR4D ambient, diffuse, specular;
+    Z3MVECTOR3D attenuation;
+    float cutOff = 0, exponent = 0;
+    bool noDirection = false; // the direction is (0, 0, 0), in any frame
+};
+Slot slots[openGLLights];
+
+bool isSetUp(const RVELEMENT &entry) {
+    if (entry.getParam1() >= openGLLights)
+        return false;
+    const Slot &slot = slots[entry.getParam1()];
+    return ravolt::KnownState::hit(slot.period, slot.entry == &entry);
+}
+
+// A light of an unknown type is logged each time, and so set up each time.
+bool hasKnownType(const RVLIGHT &light) {
+    return light.getLightType() >= RV_LIGHT_TYPE_OMNI && light.getLightType() <= RV_LIGHT_TYPE_SPOT;
+}
+
+// Sets one of the parameters of a light that do not depend on a matrix, and records it.
+class Parameters {
+  public:
+    explicit Parameters(unsigned int number) : light(GL_LIGHT0 + number), slot(slots[number]) {}
+
+    void set(GLenum name, Z3MVECTOR4D &recorded, const Z3MVECTOR4D &value) const {
+        if (ravolt::KnownState::hit(slot.period, recorded == value))
+            return;
+        recorded = value;
+        glLightfv(light, name, recorded);
+    }
+
+    void set(GLenum name, float &recorded, float value) const {
+        if (ravolt::KnownState::hit(slot.period, recorded == value))
+            return;
+        recorded = value;
+        glLightf(light, name, value);
+    }
+
+  private:
+    const GLenum light;
+    const Slot &slot;
+};
+
+// Only what the OpenGL light is not known to have already.
 void setUp(const RVLIGHT &source, const RVELEMENT &entry, const Aim &aim) {
     const GLenum light = GL_LIGHT0 + entry.getParam1();
-    glEnable(light);
-    glLightfv(light, GL_AMBIENT, source.getAmbient());
-    glLightfv(light, GL_DIFFUSE, source.getDiffuse());
-    glLightfv(light, GL_SPECULAR, source.getSpecular());
-    glLightf(light, GL_SPOT_CUTOFF, aim.cutOff);
-    glLightf(light, GL_SPOT_EXPONENT, source.getExponent());
+    Slot &slot = slots[entry.getParam1()];
+    const Parameters parameters(entry.getParam1());
+    if (!ravolt::KnownState::hit(slot.period, true))
+        glEnable(light);
+    parameters.set(GL_AMBIENT, slot.ambient, source.getAmbient());
+    parameters.set(GL_DIFFUSE, slot.diffuse, source.getDiffuse());
+    parameters.set(GL_SPECULAR, slot.specular, source.getSpecular());
+    parameters.set(GL_SPOT_CUTOFF, slot.cutOff, aim.cutOff);
+    parameters.set(GL_SPOT_EXPONENT, slot.exponent, source.getExponent());
     const Z3MVECTOR3D attenuation = source.getAttenuation();
-    glLightf(light, GL_CONSTANT_ATTENUATION, attenuation.x);
-    glLightf(light, GL_LINEAR_ATTENUATION, attenuation.y);
-    glLightf(light, GL_QUADRATIC_ATTENUATION, attenuation.z);
+    parameters.set(GL_CONSTANT_ATTENUATION, slot.attenuation.x, attenuation.x);
+    parameters.set(GL_LINEAR_ATTENUATION, slot.attenuation.y, attenuation.y);
+    parameters.set(GL_QUADRATIC_ATTENUATION, slot.attenuation.z, attenuation.z);
     // On purpose: the matrix includes the rotation already, so a rotated light turns twice.
     glLoadMatrixf(entry.getMatrix()->e);
     ravolt::applyRotation(source.getRotation());
     glLightfv(light, GL_POSITION, aim.position);
-    glLightfv(light, GL_SPOT_DIRECTION, aim.direction);
+    const bool noDirection = !aim.direction[0] && !aim.direction[1] && !aim.direction[2];
+    if (!ravolt::KnownState::hit(slot.period, noDirection && slot.noDirection))
+        glLightfv(light, GL_SPOT_DIRECTION, aim.direction);
+    slot.noDirection = noDirection;
+    slot.entry = hasKnownType(source) ? &entry : nullptr;
+    slot.period = ravolt::KnownState::period();
 }
 
 // On purpose: the shape is drawn at each set-up, and so for each object that the light reaches.
@@ -89,6 +146,17 @@ void drawShape(const RVLIGHT &light, const RVELEMENT &entry) {
         glVertex3fv(point);
     glEnd();
     RVLIGHT::lightingOn();
+}
+
+// The render of an application's class may change any state of OpenGL.
+void renderLight(RVELEMENT &entry) {
+    RVNODE &light = *entry.getNode();
+    if (typeid(light) == typeid(RVLIGHT)) {
+        light.render(&entry);
+        return;
+    }
+    const ravolt::KnownState unknown;
+    light.render(&entry);
 }
 
 } // namespace
@@ -143,12 +211,14 @@ bool RVLIGHT::activateNearest(RVELEMENT *element) {
             return false;
         }
         light->setParam1(slot);
-        light->getNode()->render(light);
+        renderLight(*light);
         element->setNearestLight(slot, light);
     }
     return true;
 }
 
+// Lights do not change while the state is known: an entry that was set up in the same period is
+// still set up.
 bool RVLIGHT::render(void *element) {
     if (!element) {
         zlfLog("   [!] Invalid params @ RVLIGHT::render\n");
@@ -156,11 +226,13 @@ bool RVLIGHT::render(void *element) {
     }
     const RVELEMENT &entry = *static_cast<const RVELEMENT *>(element);
     aimAtTarget(*this);
-    const Aim aim = aimByType(*this);
     lightingOn();
-    // The entry of a light that no object has activated may have the number of a former mesh.
-    if (entry.getParam1() < openGLLights)
-        setUp(*this, entry, aim);
+    if (!isSetUp(entry)) {
+        const Aim aim = aimByType(*this);
+        // The entry of a light that no object has activated may have the number of a former mesh.
+        if (entry.getParam1() < openGLLights)
+            setUp(*this, entry, aim);
+    }
     if (markers)
         drawShape(*this, entry);
     return true;

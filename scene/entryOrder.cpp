@@ -4,8 +4,6 @@
 #include "scene/entryOrder.h"
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
 
 namespace ravolt {
 
@@ -17,13 +15,6 @@ void sortOrderedEntries(unsigned int number) {
     // The order of one frame is often that of the pass, or that of the last object's lights.
     if (!std::is_sorted(orderedEntries, end, before))
         std::sort(orderedEntries, end, before);
-}
-
-std::uint32_t orderedBits(float value) {
-    if (std::isnan(value))
-        return 0xffffffffu;
-    const auto bits = std::bit_cast<std::uint32_t>(value + 0.0f); // -0 becomes 0
-    return bits & 0x80000000u ? ~bits : bits | 0x80000000u;
 }
 
 } // namespace ravolt

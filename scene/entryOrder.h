@@ -3,6 +3,8 @@
 // Sorting of render-list entries by number: each entry's key is computed once, and entries of equal
 // keys keep their order. Nothing is allocated, and every bit pattern is ordered, NaN too.
 
+#include <bit>
+#include <cmath>
 #include <cstdint>
 
 class RVELEMENT;
@@ -24,7 +26,12 @@ void sortOrderedEntries(unsigned int number);
 
 // A number that increases with `value`. Equal floats give equal numbers (0 and -0 too), and NaN
 // comes after infinity.
-std::uint32_t orderedBits(float value);
+inline std::uint32_t orderedBits(float value) {
+    if (std::isnan(value))
+        return 0xffffffffu;
+    const auto bits = std::bit_cast<std::uint32_t>(value + 0.0f); // -0 becomes 0
+    return bits & 0x80000000u ? ~bits : bits | 0x80000000u;
+}
 
 // Sorts the first `number` pointers, ascending by `keyOf(entry)`, a number below 2^48.
 template <class KeyOf>

@@ -6,6 +6,7 @@
 #include "engine/frame/frameSteps.h"
 #include "engine/gl/bindings.h"
 #include "engine/gl/screenQuad.h"
+#include "engine/gl/stateCache.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVELEMENT.h"
@@ -25,6 +26,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <typeinfo>
 
 namespace {
 
@@ -192,12 +194,21 @@ bool RAVOLT::end2D() {
 }
 
 void RAVOLT::Frame::drawList(bool (*isDrawn)(const RVNODE &node)) {
+    ravolt::KnownState state;
     for (unsigned int index = 0; index < RVELEMENT::getNumberOfPassedElements(); ++index) {
         RVELEMENT *element = ravolt::RenderList::entry(index);
         RVNODE *node = element->getNode();
-        if (isDrawn(*node))
-            node->render(element);
+        if (!isDrawn(*node))
+            continue;
+        state.beforeNode(keepsStateKnown(*node));
+        node->render(element);
     }
+}
+
+// Other kinds change more than the caches record, and an application's class may change anything.
+bool RAVOLT::Frame::keepsStateKnown(const RVNODE &node) {
+    const std::type_info *const type = &typeid(node);
+    return type == &typeid(RVMESH) || type == &typeid(RVLIGHT);
 }
 
 void RAVOLT::Frame::drawMainPass() { drawList(isAnyNode); }

@@ -19,6 +19,10 @@ struct RAVOLT::Frame {
     // Draws the entries of the render list, in their order, whose nodes are accepted.
     static void drawList(bool (*isDrawn)(const RVNODE &node));
 
+    // Whether the node's `render` is one of the engine's that leaves all state known (see
+    // KnownState).
+    static bool keepsStateKnown(const RVNODE &node);
+
     // Depths into target 1's alpha, for applyDepthOfField.
     static void drawDepths();
     static void drawSkybox();

@@ -7,6 +7,7 @@
 
 #include "engine/gl/bindings.h"
 #include "engine/gl/screenQuad.h"
+#include "engine/gl/stateCache.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVFBO.h"
@@ -172,12 +173,14 @@ void unloadMapMatrix() {
 // does. The matrix of an entry is in the caster's eye space while it is drawn.
 void RAVOLT::Frame::drawCasters(const Z3MMATRIX &eyeToLight) {
     const unsigned int first = RVELEMENT::getNumberOfLights();
+    ravolt::KnownState state;
     for (unsigned int index = first; index < RVELEMENT::getNumberOfPassedElements(); ++index) {
         RVELEMENT *element = ravolt::RenderList::entry(index);
         if (!ravolt::traitsOf(*element->getNode()).casts)
             continue;
         const Z3MMATRIX matrix = *element->getMatrix();
         *element->getMatrix() = matrix * eyeToLight;
+        state.beforeNode(keepsStateKnown(*element->getNode()));
         element->getNode()->render(element);
         *element->getMatrix() = matrix;
     }

@@ -1,5 +1,6 @@
 // Ordering the render list. Only pointers move, never entries, and nothing is allocated.
 
+#include "engine/gl/stateCache.h"
 #include "gui/boxNodes.h"
 #include "ravolt/RVBOX.h"
 #include "ravolt/RVELEMENT.h"
@@ -73,10 +74,17 @@ bool RVELEMENT::sort3D() {
     return true;
 }
 
-// Exclusive lights first, then by distance from `point`.
+// Exclusive lights first, then by distance from `point`. While the state is known, nobody else
+// sorts them or moves one.
 bool RVELEMENT::sortLights(const Z3MVECTOR3D &point) {
     if (numberOfPassedElements == 0 || numberOfLights == 0)
         return false;
+    static Z3MVECTOR3D sortedFor;
+    static unsigned int period = 0;
+    if (ravolt::KnownState::hit(period, sortedFor == point))
+        return true;
+    sortedFor = point;
+    period = ravolt::KnownState::period();
     ravolt::orderEntries(elementPointer, numberOfLights, [&point](RVELEMENT &entry) {
         entry.distance = point.distance(entry.matrix.getTranslation());
         const bool isLight = ravolt::NodeInternals::isObjectOf(*entry.node, RV_NODE_TYPE_LIGHT);
