@@ -1,15 +1,14 @@
-// Marker boxes seen through an orbiting camera: the smallest whole application.
+// Marker boxes seen through an orbiting camera: dragging turns it, the wheel zooms.
 
 #include "common.h"
 
 #include <ravolt.h>
+#include <ravolt/kit.h>
 
 #include <cmath>
 
-namespace {
-
 // A ring of boxes around the origin, each one a node of the tree.
-RVNODE *makeRing(int count) {
+static RVNODE *makeRing(int count) {
     RVNODE *ring = new RVNODE();
     for (int i = 0; i < count; ++i) {
         const float turn = static_cast<float>(i) / count;
@@ -23,21 +22,6 @@ RVNODE *makeRing(int count) {
     return ring;
 }
 
-RVCAMERA *makeCamera(RVNODE *target) {
-    RVCAMERA *camera = new RVCAMERA();
-    camera->setPosition(0.0f, 7.0f, 16.0f);
-    camera->setTargetNode(target);
-    return camera;
-}
-
-RVLIGHT *makeLight() {
-    RVLIGHT *light = new RVLIGHT();
-    light->setPosition(4.0f, 30.0f, 14.0f);
-    return light;
-}
-
-} // namespace
-
 int main(int argc, char **argv) {
     Example example(argc, argv);
 
@@ -50,10 +34,17 @@ int main(int argc, char **argv) {
 
     // Everything made with new belongs to the engine from here on; RAVOLT::free deletes it.
     RVNODE *ring = makeRing(9);
-    RVCAMERA *camera = makeCamera(ring);
-    RVLIGHT *light = makeLight();
+    RVLIGHT *light = new RVLIGHT();
+    light->setPosition(4.0f, 30.0f, 14.0f);
+    RVCAMERA *camera = new RVCAMERA();
+    ravolt::kit::OrbitCamera orbit; // round the origin
+    orbit.setDistance(17.5);
+    orbit.setAngles(0, -24);
 
     do {
+        orbit.handle(example.input);
+        orbit.update(example.seconds());
+        orbit.apply(*camera);
         RAVOLT::clear(true, true, false);
         RAVOLT::begin3D(camera);
         light->pass(true);

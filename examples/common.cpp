@@ -1,10 +1,9 @@
-// The main loop of the examples: events, numbers of frames and pictures.
+// The main loop of the examples: numbers of frames and pictures.
 
 #include "common.h"
 
-#include "tools/writers/pngWriter.h"
-
 #include <ravolt.h>
+#include <ravolt/kit.h>
 
 #include <SDL/SDL.h>
 
@@ -13,7 +12,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -57,54 +55,9 @@ Example::Example(int argc, char **argv, std::initializer_list<const char *> requ
 }
 
 void Example::writePicture(const char *path) {
-    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
-    std::vector<unsigned char> rows(static_cast<std::size_t>(width) * height * 3);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, rows.data());
-    const std::string error = ravolt::writePng(path, {width, height, 3, false, rows.data()});
-    if (!error.empty())
-        std::fprintf(stderr, "%s\n", error.c_str());
-}
-
-void Example::handleEvents() {
-    mouseX = mouseY = -1;
-    wheel = 0;
-    typed = 0;
-    SDL_EnableUNICODE(1); // characters as they are typed
-    for (SDL_Event event; SDL_PollEvent(&event);) {
-        switch (event.type) {
-        case SDL_QUIT:
-            closed = true;
-            break;
-        case SDL_KEYDOWN:
-            closed = closed || event.key.keysym.sym == SDLK_ESCAPE;
-            if (event.key.keysym.unicode < 0x80)
-                typed = static_cast<char>(event.key.keysym.unicode);
-            break;
-        case SDL_MOUSEMOTION:
-            pointerX = event.motion.x;
-            pointerY = event.motion.y;
-            break;
-        case SDL_MOUSEBUTTONDOWN:
-            handleButton(event.button);
-            break;
-        case SDL_MOUSEBUTTONUP:
-            pressed = pressed && event.button.button != SDL_BUTTON_LEFT;
-            break;
-        }
-    }
-}
-
-void Example::handleButton(const SDL_MouseButtonEvent &event) {
-    if (event.button == SDL_BUTTON_WHEELUP) {
-        ++wheel;
-    } else if (event.button == SDL_BUTTON_WHEELDOWN) {
-        --wheel;
-    } else {
-        mouseX = pointerX = event.x;
-        mouseY = pointerY = event.y;
-        pressed = pressed || event.button == SDL_BUTTON_LEFT;
-    }
+    ravolt::kit::Screenshot picture;
+    if (picture.take())
+        picture.save(path); // the log says why it was not saved
 }
 
 float Example::seconds() const { return frames ? 1.0f / 30.0f : RAVOLT::getFPSfactor(); }
@@ -134,9 +87,10 @@ void Example::writeFramePicture(bool last) const {
 }
 
 bool Example::next() {
-    handleEvents();
+    bool open = input.poll([this](const SDL_Event &event) { return window.handle(event); });
+    open = open && !input.wasKeyPressed(SDLK_ESCAPE);
     ++frame;
-    const bool last = closed || (frames > 0 && frame >= frames);
+    const bool last = !open || (frames > 0 && frame >= frames);
     writeFramePicture(last);
     return !last;
 }

@@ -9,14 +9,15 @@
 // a "%03d" in the name makes it write them all, and a "%s" those that have a label. With --draft
 // the stage is drawn small and with coarse shadows, for quick runs.
 
+#include <ravolt/kit/input.h>
+#include <ravolt/kit/window.h>
+
 #include <initializer_list>
 #include <string>
 #include <vector>
 
 // The part of a file's name up to and including the last slash; empty if there is none.
 std::string folderOf(const std::string &file);
-
-struct SDL_MouseButtonEvent;
 
 struct Example {
     int frames = 0;                // 0: until the window is closed
@@ -27,12 +28,10 @@ struct Example {
     int frame = 0;               // frames that have been shown
     const char *label = nullptr; // of the frame's picture; NULL: the frame has none
 
-    int mouseX = -1, mouseY = -1; // last click in window pixels, -1 for none since the last frame
-    int wheel = 0;                // wheel steps since the last frame
-
-    int pointerX = -1, pointerY = -1; // the mouse in window pixels, -1 before it has moved
-    bool pressed = false;             // its left button
-    char typed = 0;                   // last character since the last frame; 8 for backspace
+    // The events of the frame. Escape closes the window, Alt and Enter toggle the full screen, and
+    // the user may resize a resizable window.
+    ravolt::kit::Input input;
+    ravolt::kit::Window window;
 
     // Reads the command line; `required` are the names of the required files in the usage line.
     // Ends the program with that line when the command line is invalid, and with advice when there
@@ -51,8 +50,5 @@ struct Example {
     static void writePicture(const char *path);
 
   private:
-    void handleEvents();
-    void handleButton(const SDL_MouseButtonEvent &event);
     void writeFramePicture(bool last) const;
-    bool closed = false;
 };

@@ -37,7 +37,7 @@ int main(int argc, char **argv) {
     ravolt::kit::Overlay overlay;
     frames.show(true);
     do {
-        if (example.typed == 'f')
+        if (example.input.wasKeyPressed('f'))
             frames.show(!frames.isShown());
         frames.add(example.seconds());
         RAVOLT::clear(true, true, false);

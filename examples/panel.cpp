@@ -40,10 +40,8 @@ bool Panel::load(const char *file) {
 
 RVHSCROLLBAR *Panel::slider(const char *name) const { return find<RVHSCROLLBAR>(root, name); }
 
-void Panel::update(const Example &example) {
-    unsigned int used = 0;
-    RVELEMENT::manageGUIEvents(example.typed, example.pointerX, example.pointerY, example.pressed,
-                               0, &used);
+void Panel::update(Example &example) {
+    const unsigned int used = example.input.manageGUI();
     const RVNODE *save = find<RVBUTTON>(root, "picture");
     if (used == save->getId())
         picture = find<RVTEXTFIELD>(root, "pictureName")->getCaption();

@@ -16,7 +16,7 @@ class Panel {
 
     // Passes on pointer and keys of the last frame and shows the frame rate. To be called once a
     // frame, after showFrame.
-    void update(const Example &example);
+    void update(Example &example);
 
     // What is set; all effects are on initially.
     bool isOn(const char *name) const; // a switch

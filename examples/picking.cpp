@@ -35,8 +35,6 @@ int main(int argc, char **argv) {
     camera->setTargetNode(model);
     RVLIGHT *light = new RVLIGHT();
     light->setPosition(5.0f, 100.0f, 50.0f);
-    if (example.frames) // nobody moves the pointer
-        example.pointerX = 300, example.pointerY = 250;
     ravolt::kit::Overlay overlay;
     do {
         RAVOLT::clear(true, true, false);
@@ -45,8 +43,12 @@ int main(int argc, char **argv) {
         model->pass(true);
         RAVOLT::end3D(true);
         // Before begin2D, which empties the list of what is drawn.
-        const auto pick = ravolt::kit::Picker().pick(example.pointerX, example.pointerY);
-        if (example.mouseX >= 0 && pick.node && pick.node->getType() == RV_NODE_TYPE_MESH)
+        auto at = example.input.getWindowPointer();
+        if (example.frames) // nobody moves the pointer
+            at = {300, 250};
+        const auto pick = ravolt::kit::Picker().pick(at.x, at.y);
+        if (example.input.wasButtonPressed() && pick.node &&
+            pick.node->getType() == RV_NODE_TYPE_MESH)
             static_cast<RVMESH *>(pick.node)->setDisplayStatus(false);
         RAVOLT::begin2D();
         overlay.text(10, 10, describe(pick));

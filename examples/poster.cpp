@@ -41,9 +41,9 @@ int main(int argc, char **argv) {
         draw();
         const bool last = example.frames && example.frame + 1 == example.frames;
         ravolt::kit::Screenshot shot;
-        if ((last || example.typed == 's') && shot.take())
+        if ((last || example.input.wasKeyPressed('s')) && shot.take())
             shot.save("screenshot.png");
-        if ((last || example.typed == 'p') && shot.takeSmooth(draw, 4))
+        if ((last || example.input.wasKeyPressed('p')) && shot.takeSmooth(draw, 4))
             shot.save("poster.png");
         RAVOLT::swap();
         model->rotate(0.0f, 30.0f * example.seconds(), 0.0f);

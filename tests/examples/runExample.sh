@@ -2,7 +2,7 @@
 # runExample.sh CONVERTER EXAMPLE FRAMES PICTURES [FILE...]: runs an example for some frames in this
 # folder. A FILE is a model, which is converted; a clip (.rva), which a conversion before it has made;
 # a video (.m2v), which is made of the first scene; a terrain (.terrain), which is an island;
-# or an interface (.xml). It fails on the example's exit status, on a
+# an interface (.xml), or the geometry (.geo) of the terrain. It fails on the example's exit status, on a
 # problem in its log, on a leak in the log's closing statistics, and when it does not leave as many
 # pictures as it should or the last two thirds of many show the same.
 set -eu
@@ -14,6 +14,7 @@ files=
 for file in "$@"; do
     case $file in
     *.rva) made=./$file ;;
+    *.geo) made=$file ;; # of the terrain before it
     *.m2v)
         made=./$file
         "$scripts/makeVideo.sh" "$converter" "${files%% *}" "$made" 25
