@@ -5,11 +5,13 @@
 
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVFBO.h"
+#include "ravolt/RVHELPER.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
+#include "ravolt/RVTEXTURE.h"
 #include "ravolt/kit/screenshot.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
@@ -257,6 +259,19 @@ TEST_F(PickerTest, OfNodesThatShareAnIdentifierTheOneThatIsThereIsFound) {
     EXPECT_EQ(picker.pick(45, 60).node, far);
 }
 
+// Drawing a mesh switches it off, but there may be none.
+TEST_F(PickerTest, ATextureThatIsStillOnChangesNothing) {
+    frame(camera, light, new RVNODE);
+    const Picture before = readFrame();
+    auto *grey = new RVTEXTURE;
+    grey->create(2, 2, RV_TEXTURE_RGB);
+    std::fill_n(grey->getBitmap(), 12, static_cast<unsigned char>(99));
+    grey->update();
+    grey->render(nullptr);
+    EXPECT_FALSE(picker.pick(40, 40).isHit());
+    EXPECT_EQ(readFrame().bytes, before.bytes);
+}
+
 TEST_F(PickerTest, ThePointIsInTheWorldOfATurnedCamera) {
     RVNODE *scene = loadScene({placed(squareMesh("wall", "[none]", 3), {10, 2, 0}, {0, 90, 0})});
     camera->setPosition(20, 3, 1);
@@ -284,17 +299,22 @@ TEST_F(PickerTest, ASkinnedMeshHasAPointAndNoFace) {
 }
 
 TEST_F(PickerTest, TheDepthOfThePixelIsAsBefore) {
-    frame(camera, light, twoSquares());
+    auto *helper = new RVHELPER; // is seen, and not picked
+    helper->setPosition(0.2f, 0.1f, -5);
+    frame(camera, light, helper);
     const auto depthAt = [](int x, int y) {
         float depth = -1;
         glReadPixels(x, height - 1 - y, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
         return depth;
     };
-    const float before = depthAt(75, 42);
-    ASSERT_LT(before, 1);
-    light->pass(); // of the list: a light has no depth
-    picker.pick(75, 42);
-    EXPECT_FLOAT_EQ(depthAt(75, 42), before);
+    int covered = 0;
+    for (int x = 40; x < 90; ++x) {
+        const float before = depthAt(x, 46);
+        covered += before < 1;
+        EXPECT_FALSE(picker.pick(x, 46).isHit());
+        EXPECT_FLOAT_EQ(depthAt(x, 46), before);
+    }
+    EXPECT_GT(covered, 5);
 }
 
 // --- the ground

@@ -128,7 +128,8 @@ TEST_F(Shot, OddWidthsHaveNoGapsBetweenRows) {
     glPixelStorei(GL_PACK_ALIGNMENT, 8);
     ASSERT_TRUE(shot.take());
     EXPECT_EQ(at(shot, 0, 50), blue);
-    EXPECT_EQ(at(shot, 100, 50), white);
+    EXPECT_EQ(at(shot, 0, 0), red);
+    EXPECT_EQ(at(shot, 100, 0), green);
     EXPECT_EQ(integerOf(GL_PACK_ALIGNMENT), 8);
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
 }
@@ -354,6 +355,18 @@ TEST_F(OverlayTest, ATextLiesWithinItsWidthAndHeightAndHasItsColour) {
             }
     EXPECT_GT(lit, 200);
     EXPECT_TRUE(callsOf([&] { EXPECT_EQ(overlay.widthOf(""), 0); }).empty());
+}
+
+TEST_F(OverlayTest, ACharacterWithoutALetterIsAQuestionMark) {
+    Overlay overlay;
+    const auto expected = drawn([&] { overlay.text(5, 5, "a??b"); }).getPixels();
+    drawn([&] {
+        overlay.text(5, 5,
+                     "a\x7f\xe4"
+                     "b");
+    });
+    EXPECT_EQ(shot.getPixels(), expected);
+    EXPECT_EQ(overlay.widthOf("\x7f\x01"), overlay.widthOf("??"));
 }
 
 TEST_F(OverlayTest, AFontDrawsTheTextWithItsOwnCells) {
