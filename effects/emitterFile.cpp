@@ -16,7 +16,7 @@ namespace ravolt {
 
 namespace {
 
-enum class Attributes { integer, real, text, xy, xyz };
+using Attributes = EmitterAttributes;
 
 struct Row {
     const char *name;
@@ -82,6 +82,15 @@ bool readAttributes(const TiXmlElement &xml, Attributes attributes, EmitterEleme
     return false;
 }
 
+EmitterElement elementOf(const Row &row, const TiXmlElement &xml) {
+    EmitterElement element{row.key};
+    element.name = row.name;
+    element.attributes = row.attributes;
+    element.line = xml.Row();
+    element.column = xml.Column();
+    return element;
+}
+
 } // namespace
 
 bool readEmitterFile(const char *path, std::vector<EmitterElement> &elements,
@@ -103,9 +112,7 @@ bool readEmitterFile(const char *path, std::vector<EmitterElement> &elements,
                 return std::strcmp(candidate.name, xml->Value()) == 0;
             });
         const bool known = row != std::end(rows);
-        EmitterElement element{.key = known ? row->key : EmitterKey::type,
-                               .line = xml->Row(),
-                               .column = xml->Column()};
+        EmitterElement element = known ? elementOf(*row, *xml) : EmitterElement{EmitterKey::type};
         if (known && readAttributes(*xml, row->attributes, element))
             elements.push_back(element);
         else

@@ -32,8 +32,13 @@ enum class EmitterKey {
     blendingDst
 };
 
+// What an element has: attributes of these names, or `value` alone.
+enum class EmitterAttributes { integer, real, text, xy, xyz };
+
 struct EmitterElement {
     EmitterKey key;
+    const char *name = "";
+    EmitterAttributes attributes = EmitterAttributes::integer;
     int integer = 0;                    // those that the table in emitterFile.cpp calls integer
     float x = 0.0f, y = 0.0f, z = 0.0f; // `x` also for a single real value
     std::string text = {};

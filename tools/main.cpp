@@ -26,6 +26,8 @@ constexpr std::array commands = {
     Command{"terrain", "Make a terrain with its textures, water and sky of a map of heights",
             addTerrain},
     Command{"font", "Make the texture and the kerning file of a font", addFont},
+    Command{"info", "Print what a file of the engine holds, without OpenGL", addInfo},
+    Command{"check", "Find what is wrong with files of the engine, without OpenGL", addCheck},
 };
 
 constexpr const char *exitCodes = "Exit codes: 0 done, 1 the job failed, 2 wrong options, "

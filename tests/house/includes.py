@@ -12,8 +12,8 @@ import re
 import sys
 from pathlib import Path
 
-from layers import (DIAGRAMS, DOCUMENT, FOLDER_OF_HEADER, LAYER, TOOL_LAYER, diagram,
-                    with_diagram)
+from layers import (DIAGRAMS, DOCUMENT, FOLDER_OF_HEADER, INSPECTION, LAYER, READERS, TOOL_LAYER,
+                    diagram, with_diagram)
 
 TOP_FOLDERS = sorted({folder.split("/")[0] for folder in LAYER} | {"include/ravolt"})
 
@@ -30,6 +30,11 @@ PARTS = {"kit": {"tools/writers/pngWriter.h"}, "testing": {"engine/gl/glEntryPoi
 # What these libraries include of the engine's, and the tool of the engine's and of the kit.
 FOR_PARTS = re.compile(r"^ravolt(/\w+)?\.h$")
 FOR_TOOLS = re.compile(r"^(ravolt/(kit/)?\w+\.h|(models|resources)/\w+Format\.h)$")
+FOR_INSPECTION = {f"{reader}.h" for reader in READERS} | {"engine/state/settingsKeys.inc"}
+
+# What the readers of files include besides each other: nothing that needs OpenGL.
+FOR_READERS = re.compile(r"^(models|resources)/\w+Format\.h$"
+                         r"|^ravolt/(zlf|Z3M\w+|RVMESH|RVTERRAIN_HEADERS)\.h$")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 
@@ -115,7 +120,7 @@ def tool_faults(files):
             continue
         for ours, name in includes_of(text):
             other = name.rpartition("/")[0]
-            if not ours or FOR_TOOLS.match(name):
+            if not ours or FOR_TOOLS.match(name) or (own == INSPECTION and name in FOR_INSPECTION):
                 continue
             if name not in files:
                 yield f"{path}: includes {name}, which is no header of the tool"
@@ -134,6 +139,17 @@ def part_faults(part, files):
             if name not in files:
                 yield f"{path}: includes {name}, which is no header of the {part} library"
     yield from cycle_faults(files, module_of)
+
+
+def reader_faults(files):
+    for path, text in files.items():
+        if path.rpartition(".")[0] not in READERS:
+            continue
+        for ours, name in includes_of(text):
+            if ours and name.rpartition(".")[0] not in READERS and not FOR_READERS.match(name):
+                yield f"{path}: a reader without OpenGL includes {name}"
+            if not ours and name.split("/")[0] in ("GL", "SDL"):
+                yield f"{path}: a reader without OpenGL includes {name}"
 
 
 def cycle_faults(files, module_of):
@@ -164,7 +180,8 @@ def diagram_faults(text, mark, drawn):
 
 
 def faults(files):
-    return [*layer_faults(files), *header_faults(files), *cycle_faults(files, module_of)]
+    return [*layer_faults(files), *header_faults(files), *reader_faults(files),
+            *cycle_faults(files, module_of)]
 
 
 def self_test():
@@ -172,21 +189,26 @@ def self_test():
     good = {"ravolt/zlf.h": '#include "ravolt/api.h"', "ravolt/api.h": "",
             "engine/frame/frame.cpp": '#include "ravolt/zlf.h"\n#include <vector>'}
     bad = [
-        {"foundation/text.cpp": '#include "ravolt/RVNODE.h"', "ravolt/RVNODE.h": ""},
+        {"foundation/ids.cpp": '#include "ravolt/RVNODE.h"', "ravolt/RVNODE.h": ""},
         {"models/RVMESH.cpp": '#include "video/stream.h"', "video/stream.h": ""},
         {"scene/RVNODE.cpp": '#include "scene/localTransform.h"', "ravolt/RVNODE.h": "",
          "scene/localTransform.h": "", "scene/localTransform.cpp": '#include "ravolt/RVNODE.h"'},
         {"ravolt/RVNODE.h": '#include "ravolt/zlf.h"', "ravolt/zlf.h": ""},
         {"ravolt/RVNODE.h": "#include <SDL/SDL.h>"},
         {"engine/unknown.cpp": ""},
-        {"foundation/text.cpp": '#include "foundation/missing.h"'},
+        {"foundation/ids.cpp": '#include "foundation/missing.h"'},
+        {"models/rveFile.cpp": '#include "ravolt/RVTEXTURE.h"', "ravolt/RVTEXTURE.h": ""},
+        {"resources/tga.cpp": "#include <GL/gl.h>"},
     ]
     tools = {"tools/writers/a.h": "", "tools/convert/a.h": '#include "models/rveFormat.h"',
+             "tools/inspect/a.cpp": '#include "models/rveFile.h"',
              "tools/convert/a.cpp": '#include "tools/convert/a.h"\n#include "tools/writers/a.h"'}
     bad_tools = [
         {"tools/writers/b.cpp": '#include "tools/convert/a.h"'},
         {"tools/stage/b.cpp": '#include "tools/convert/a.h"'},
         {"tools/stage/b.cpp": '#include "scene/renderList.h"'},
+        {"tools/stage/b.cpp": '#include "models/rveFile.h"'},
+        {"tools/inspect/b.cpp": '#include "scene/renderList.h"'},
         {"tools/convert/a.h": '#include "tools/convert/b.h"',
          "tools/convert/b.h": '#include "tools/convert/a.h"'},
         {"tools/unknown/b.cpp": ""},

@@ -40,15 +40,25 @@ KIT_LAYERS = [("kit", {"kit": []})]
 TESTING_LAYERS = [("testing", {"testing": []})]
 
 # The tool's own layers. Of the library and the kit its folders include public headers, and of the
-# library format numbers.
+# library format numbers; the folder that inspects files also includes the readers below.
 TOOL_LAYERS = [
     ("writers", {"tools/writers": []}),
     ("common", {"tools/common": []}),
     ("process", {"tools/process": []}),
-    ("jobs", {"tools/convert": [], "tools/font": [], "tools/stage": [], "tools/terrain": []}),
+    ("jobs", {"tools/convert": [], "tools/font": [], "tools/inspect": [], "tools/stage": [],
+              "tools/terrain": []}),
     ("commands", {"tools/commands": []}),
     ("program", {"tools": []}),
 ]
+
+# The readers of files that need no OpenGL, as modules. The library ravolt_readers has them for the
+# tool; they include one another and public headers of values.
+READERS = ["effects/emitterFile", "effects/terrainConfig", "effects/terrainGeometry",
+           "foundation/bytes", "foundation/platform", "foundation/platformLinux",
+           "foundation/text", "foundation/xmlDocument", "gui/kerningFile", "models/modelFile",
+           "models/rvaRecord", "models/rveFile", "models/rveRecords", "resources/tga",
+           "scene/nodeRecords"]
+INSPECTION = "tools/inspect"
 
 # The layer of each folder, and the folder of each public header.
 def layer_numbers(layers):

@@ -25,5 +25,7 @@ std::function<void()> addView(CLI::App &app);
 std::function<void()> addShot(CLI::App &app);
 std::function<void()> addTerrain(CLI::App &app);
 std::function<void()> addFont(CLI::App &app);
+std::function<void()> addInfo(CLI::App &app);
+std::function<void()> addCheck(CLI::App &app);
 
 } // namespace ravolt::tool

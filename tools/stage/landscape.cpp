@@ -3,6 +3,7 @@
 #include "tools/stage/landscape.h"
 
 #include "tools/common/failure.h"
+#include "tools/common/geometryPath.h"
 #include "tools/process/scopedSilentLog.h"
 #include "tools/stage/content.h"
 #include "tools/stage/engine.h"
@@ -47,23 +48,6 @@ std::string textOf(const std::vector<XmlElement> &elements, const std::string &s
             return element.text;
     }
     return {};
-}
-
-bool isFile(const fs::path &file) {
-    std::error_code error;
-    return fs::is_regular_file(file, error);
-}
-
-// The folder from which the path leads to a file; empty for none.
-fs::path folderFor(const fs::path &path, const fs::path &config) {
-    const fs::path first = fs::absolute(config).parent_path();
-    for (fs::path folder = first;; folder = folder.parent_path()) {
-        if (isFile(folder / path))
-            return folder;
-        if (folder == folder.parent_path())
-            break;
-    }
-    return isFile(path) ? fs::current_path() : fs::path();
 }
 
 // From the head of a geometry file.
@@ -123,7 +107,7 @@ TerrainFiles findTerrain(const fs::path &config) {
         throw Failure(config.string(), "names no geometry");
     TerrainFiles files;
     files.config = config;
-    files.folder = folderFor(path, config);
+    files.folder = folderOfGeometry(path, config);
     if (files.folder.empty())
         throw Failure(config.string(), "its geometry " + path + " is neither below its folder, " +
                                            "nor below one above that, nor below the working "

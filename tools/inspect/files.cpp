@@ -1,0 +1,163 @@
+// The kinds of files, and which function inspects each.
+
+#include "tools/inspect/files.h"
+
+#include "tools/common/failure.h"
+#include "tools/inspect/formats.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <string_view>
+#include <system_error>
+
+namespace ravolt::tool::inspect {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Kind {
+    FileKind kind;
+    const char *name;
+    void (*inspect)(Inspection &inspection);
+};
+
+constexpr Kind kinds[] = {
+    {FileKind::scene, "scene", inspectScene},
+    {FileKind::clip, "clip", inspectClip},
+    {FileKind::texture, "texture", inspectTexture},
+    {FileKind::settings, "settings", inspectSettings},
+    {FileKind::kerning, "kerning", inspectKerning},
+    {FileKind::interface, "interface", inspectInterface},
+    {FileKind::emitter, "emitter", inspectEmitter},
+    {FileKind::terrain, "terrain", inspectTerrain},
+    {FileKind::geometry, "geometry", inspectGeometry},
+    {FileKind::video, "video", inspectVideo},
+};
+
+const Kind &rowOf(FileKind kind) {
+    return *std::find_if(std::begin(kinds), std::end(kinds),
+                         [kind](const Kind &row) { return row.kind == kind; });
+}
+
+// Also where the content is damaged.
+constexpr std::pair<std::string_view, FileKind> extensions[] = {
+    {".rve", FileKind::scene},    {".rva", FileKind::clip},  {".tga", FileKind::texture},
+    {".geo", FileKind::geometry}, {".mpg", FileKind::video}, {".mpeg", FileKind::video},
+    {".m1v", FileKind::video},    {".m2v", FileKind::video},
+};
+
+constexpr std::size_t examinedBytes = 1 << 20;
+
+void requireFile(const fs::path &file) {
+    std::error_code error;
+    if (!fs::exists(file, error))
+        throw Failure(file.string(), "no such file");
+    if (!fs::is_regular_file(file, error))
+        throw Failure(file.string(), "is no regular file");
+}
+
+std::string startOf(const fs::path &file) {
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream)
+        throw Failure(file.string(), "cannot be read");
+    std::string start(examinedBytes, '\0');
+    stream.read(start.data(), static_cast<std::streamsize>(start.size()));
+    start.resize(static_cast<std::size_t>(stream.gcount()));
+    return start;
+}
+
+bool isXml(std::string_view text) {
+    constexpr std::string_view mark = "\xef\xbb\xbf"; // of UTF-8
+    const std::size_t first =
+        text.find_first_not_of(" \t\r\n", text.starts_with(mark) ? mark.size() : 0);
+    return first != text.npos && text[first] == '<';
+}
+
+bool has(std::string_view text, std::string_view part) { return text.find(part) != text.npos; }
+
+// Whether an element starts so; it may be malformed otherwise.
+bool hasElement(std::string_view text, std::string_view name) {
+    for (std::size_t at = 0; (at = text.find(name, at)) != text.npos; ++at) {
+        const std::string_view after = text.substr(at + name.size(), 1);
+        if (at > 0 && text[at - 1] == '<' && (after.empty() || has(" \t\r\n/>", after)))
+            return true;
+    }
+    return false;
+}
+
+std::optional<FileKind> kindOfXml(std::string_view text) {
+    if (hasElement(text, "emitter"))
+        return FileKind::emitter;
+    if (hasElement(text, "root"))
+        return FileKind::interface;
+    for (const char *section : {"GEOMETRY", "TERRAIN", "WATER", "SKY", "LOD"})
+        if (hasElement(text, section))
+            return FileKind::terrain;
+    return {};
+}
+
+std::optional<FileKind> kindOfContent(std::string_view start) {
+    constexpr std::string_view sequence("\0\0\1\xb3", 4), pack("\0\0\1\xba", 4);
+    if (start.starts_with("RVE file v"))
+        return FileKind::scene;
+    if (start.starts_with("RVA file v"))
+        return FileKind::clip;
+    if (start.starts_with(sequence) || start.starts_with(pack))
+        return FileKind::video;
+    if (isXml(start))
+        return kindOfXml(start);
+    if (has(start, "RAVOLT_kerning_"))
+        return FileKind::kerning;
+    if (has(start, "RAVOLT_"))
+        return FileKind::settings;
+    return {};
+}
+
+} // namespace
+
+const char *nameOf(FileKind kind) { return rowOf(kind).name; }
+
+std::optional<FileKind> kindNamed(const std::string &name) {
+    for (const Kind &row : kinds)
+        if (name == row.name)
+            return row.kind;
+    return {};
+}
+
+std::string kindNames() {
+    std::string names;
+    for (const Kind &row : kinds)
+        names += (&row == std::begin(kinds)     ? ""
+                  : &row + 1 == std::end(kinds) ? " or "
+                                                : ", ") +
+                 std::string(row.name);
+    return names;
+}
+
+FileKind kindOf(const fs::path &file) {
+    std::string extension = file.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    for (const auto &[known, kind] : extensions)
+        if (extension == known)
+            return kind;
+    if (const std::optional<FileKind> kind = kindOfContent(startOf(file)))
+        return *kind;
+    throw Failure(file.string(), "is of no known kind; state it: --as " + kindNames());
+}
+
+Inspection inspectFile(const fs::path &file, const InspectionOptions &options) {
+    requireFile(file);
+    Inspection inspection;
+    inspection.file = file;
+    inspection.kind = options.kind ? *options.kind : kindOf(file);
+    inspection.folders = options.folders;
+    if (inspection.folders.empty())
+        inspection.folders = {file.parent_path()};
+    rowOf(inspection.kind).inspect(inspection);
+    return inspection;
+}
+
+} // namespace ravolt::tool::inspect

@@ -1,0 +1,39 @@
+#include "tools/inspect/inspection.h"
+
+#include "tools/inspect/names.h"
+
+#include <algorithm>
+#include <system_error>
+
+namespace ravolt::tool::inspect {
+
+namespace fs = std::filesystem;
+
+Place atOffset(std::uint64_t offset) { return {offset, 0, 0}; }
+Place atLine(int line, int column) { return {{}, line, column}; }
+
+fs::path findCompanion(const Folders &folders, const std::string &name) {
+    std::error_code error;
+    for (const fs::path &folder : folders)
+        if (fs::is_regular_file(folder / name, error))
+            return folder / name;
+    return {};
+}
+
+bool Inspection::hasErrors() const {
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const Finding &finding) { return finding.isError; });
+}
+
+bool Inspection::hasWarnings() const {
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const Finding &finding) { return !finding.isError; });
+}
+
+void Inspection::requireCompanion(const Place &place, const std::string &what,
+                                  const std::string &name) {
+    if (findCompanion(folders, name).empty())
+        warn(place, what + " " + quoted(name) + " is missing");
+}
+
+} // namespace ravolt::tool::inspect
