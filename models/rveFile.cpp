@@ -21,14 +21,14 @@ class NodeCheck {
 
     RveVerdict check(std::size_t level, unsigned int &numberOfChildren) {
         const std::size_t offset = reader.position();
-        const unsigned char kind = reader.read<unsigned char>();
-        if (!reader.ok())
+        const unsigned char *const kind = reader.take(1);
+        if (!kind)
             return RveVerdict::corrupted;
         if (level == rve::maxTreeDepth) {
-            reader.fail("a tree that is deeper than 1024 levels");
+            reader.fail("a tree that is deeper than 1024 levels", kind);
             return RveVerdict::corrupted;
         }
-        switch (kind) {
+        switch (*kind) {
         case rve::kindNode: {
             PlainNodeRecord node;
             return finish(readPlainNodeRecord(reader, node), node, {offset, level},
@@ -44,7 +44,7 @@ class NodeCheck {
             return finish(whole, mesh, {offset, level}, numberOfChildren);
         }
         default:
-            reader.fail("a kind of node that is not known");
+            reader.fail("a kind of node that is not known", kind);
             return RveVerdict::unknownKind;
         }
     }
