@@ -10,6 +10,7 @@ install(TARGETS ravolt ravolt_kit ravolt_testing EXPORT RavoltTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(FILES docs/formats.md docs/additions.md docs/kit.md docs/testing.md
+    docs/inspection.md docs/ravolt-check.schema.json docs/ravolt-info.schema.json
     docs/troubleshooting.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(EXPORT RavoltTargets NAMESPACE Ravolt::
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)

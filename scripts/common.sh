@@ -13,7 +13,8 @@ test_packages=(
     "${demo_packages[@]}"
     ccache libmagickwand-6.q16-dev
     xvfb xdotool
-    libgtest-dev libbenchmark-dev python3 clang-format-14 clang-tidy-14 glslang-tools ffmpeg mjpegtools
+    libgtest-dev libbenchmark-dev python3 python3-jsonschema clang-format-14 clang-tidy-14
+    glslang-tools ffmpeg mjpegtools
     lintian dpkg-dev fakeroot file abigail-tools
     mkdocs python3-pygments doxygen chromium
 )

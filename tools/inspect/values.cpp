@@ -1,10 +1,10 @@
+// Conversions of single values.
+
 #include "tools/inspect/values.h"
 
 #include "tools/common/failure.h"
 
 #include <cmath>
-
-// Conversions of single values.
 
 namespace ravolt::tool::inspect {
 
