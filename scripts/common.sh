@@ -15,7 +15,7 @@ test_packages=(
     xvfb xdotool
     libgtest-dev libbenchmark-dev python3 python3-jsonschema clang-format-14 clang-tidy-14
     glslang-tools ffmpeg mjpegtools
-    lintian dpkg-dev fakeroot file abigail-tools
+    lintian dpkg-dev fakeroot file abigail-tools xz-utils
     mkdocs python3-pygments doxygen chromium
 )
 

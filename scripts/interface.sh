@@ -7,6 +7,7 @@
 #
 # CHECKOUT is this one by default, BUILD its folder build/dev; only the target `ravolt` is needed.
 set -eu
+scripts=$(dirname "$(readlink -f "$0")")
 build=${2:+$(realpath "$2")}
 cd "${1:-$(dirname "$0")/..}"
 build=${build:-$PWD/build/dev}
@@ -16,9 +17,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export LC_ALL=C
 
-echo "# Exported symbols"
-nm --dynamic --defined-only --demangle --format=posix "$library" >"$work/symbols"
-sed -E 's/ ([A-Za-z]) [0-9a-f]+( [0-9a-f]*)?$/ \1/' "$work/symbols" | sort
+"$scripts/symbolsAndSizes.sh" "$library" include
 
 # All literals of the sources, as those of the log pass through tables and helpers too. Adjacent ones
 # are one text, so that a line wrapped anew is no change.
@@ -42,18 +41,5 @@ for folder in ("foundation", "math", "engine", "scene", "resources", "models", "
                 text = None
 EOF
 sort "$work/texts"
-echo "# Sizes of the public classes"
-{
-    echo '#include <cstdio>'
-    echo '#include <ravolt.h>'
-    echo 'int main() {'
-    grep -rhE '^(class|struct) ' include |
-        sed -nE 's/^(class|struct) (RV_API )?([A-Za-z0-9]+)( :[^;]*)? \{$/\3/p' | sort |
-        sed 's/.*/    std::printf("%s %zu %zu\\n", "&", sizeof(&), alignof(&));/'
-    echo '}'
-} >"$work/sizes.cpp"
-c++ -std=c++11 -Iinclude "$work/sizes.cpp" -o "$work/sizes" # no symbol of the library is needed
-"$work/sizes"
-
 echo "# Reference pictures"
 find tests/golden -type f -exec sha256sum {} + | sort -k 2
