@@ -3,28 +3,35 @@
 #include "tools/commands/viewOthers.h"
 
 #include "tools/commands/show.h"
+#include "tools/common/failure.h"
 #include "tools/process/logRedirect.h"
 #include "tools/process/signals.h"
 #include "tools/stage/landscape.h"
 #include "tools/stage/panel.h"
-#include "tools/stage/terrainHeights.h"
 
 #include <SDL.h>
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
+#include <numbers>
 #include <ravolt/RAVOLT.h>
-#include <ravolt/RVELEMENT.h>
 #include <ravolt/RVNODE.h>
+#include <ravolt/kit/flyCamera.h>
+#include <ravolt/kit/input.h>
+#include <ravolt/kit/terrainHeights.h>
+#include <ravolt/kit/walkCamera.h>
+#include <ravolt/kit/window.h>
 
 namespace ravolt::tool {
 
 namespace {
 
-constexpr double degreesPerPixel = 0.25;
-constexpr double eyeHeight = 1.7; // of who walks, above the ground as it is drawn
-constexpr double landLift = 2;    // the engine draws the land this much higher
-constexpr double walkingPace = 12, flyingPace = 60, faster = 4; // units a second
+constexpr double degree = std::numbers::pi / 180;
+constexpr double eyeHeight = 1.7;                   // of who walks, above the ground as it is drawn
+constexpr double walkingPace = 12, flyingPace = 60; // units a second
+constexpr double steepest = 75;                     // degrees of a slope that is walked on
+constexpr double longestStep = 0.2;                 // seconds; the rest of a slow frame is left out
 
 void say(const std::string &line) {
     std::printf("%s\n", line.c_str());
@@ -41,122 +48,108 @@ class Loop {
         using Clock = std::chrono::steady_clock;
         const Clock::time_point start = Clock::now();
         Clock::time_point last = start;
-        while (open) {
+        while (poll()) {
             throwIfInterrupted();
-            for (SDL_Event event; SDL_PollEvent(&event);)
-                handle(event);
             const Clock::time_point now = Clock::now();
             frame(std::chrono::duration<double>(now - last).count());
             last = now;
             RAVOLT::swap();
-            open = open &&
-                   !(seconds > 0 && std::chrono::duration<double>(now - start).count() >= seconds);
+            if (seconds > 0 && std::chrono::duration<double>(now - start).count() >= seconds)
+                input.close();
         }
     }
 
   protected:
-    virtual void take(const SDL_Event &event) = 0;
     virtual void frame(double passed) = 0;
-    virtual void resize(int width, int height) = 0;
+
+    kit::Input input;
 
   private:
-    void handle(const SDL_Event &event) {
-        if (event.type == SDL_QUIT ||
-            (event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_ESCAPE))
-            open = false;
-        else if (event.type == SDL_VIDEORESIZE)
-            resize(std::max(1, event.resize.w), std::max(1, event.resize.h));
-        else
-            take(event);
+    bool poll() {
+        return input.poll([this](const SDL_Event &event) { return window.handle(event); }) &&
+               !input.wasKeyPressed(SDLK_ESCAPE);
     }
 
+    kit::Window window;
     double seconds;
-    bool open = true;
 };
 
 class TerrainViewer : public Loop {
   public:
+    // Throws Failure for a geometry without heights.
     TerrainViewer(Landscape &shown, const TerrainFiles &files, double limit)
-        : Loop(limit), landscape(shown), heights(files.geometry) {}
+        : Loop(limit), landscape(shown),
+          walker([this](double x, double z) { return heights.drawnAt(x, z); }, eyeHeight) {
+        if (!heights.load(files.geometry.string().c_str()))
+            throw Failure(files.geometry.string(), "has no heights of a terrain");
+        walker.setSpeed(walkingPace);
+        walker.setMaxSlope(steepest);
+        flyer.setSpeed(flyingPace);
+        flyer.setLevel(true);
+        const Vector ahead = landscape.getTarget() - landscape.getEye();
+        focus = length(ahead);
+        flyer.setAngles(std::atan2(-ahead.x, -ahead.z) / degree,
+                        std::asin(ahead.y / focus) / degree);
+        flyer.setPosition(
+            Z3MVECTOR3D(landscape.getEye().x, landscape.getEye().y, landscape.getEye().z));
+    }
 
   private:
-    void take(const SDL_Event &event) override {
-        if (event.type == SDL_MOUSEBUTTONDOWN || event.type == SDL_MOUSEBUTTONUP)
-            dragging = event.type == SDL_MOUSEBUTTONDOWN;
-        else if (event.type == SDL_MOUSEMOTION && dragging)
-            landscape.turn(event.motion.xrel * degreesPerPixel,
-                           -event.motion.yrel * degreesPerPixel);
-        else if (event.type == SDL_KEYDOWN)
-            press(event.key.keysym.sym);
-    }
-
-    void press(SDLKey key) {
-        if (key == SDLK_t)
-            landscape.setWireframe(!landscape.isWireframe());
-        if (key == SDLK_b)
-            landscape.setChunks(!landscape.isShowingChunks());
-        if (key == SDLK_b && landscape.isShowingChunks())
-            say(landscape.chunkCounts());
-        if (key == SDLK_g)
-            say((walking = !walking) ? "walking" : "flying");
-        if (key == SDLK_h)
-            say(terrainKeys());
-    }
+    bool isWalking() const { return camera == &walker; }
 
     void frame(double passed) override {
-        move(passed);
+        applyKeys();
+        camera->handle(input);
+        camera->update(std::min(passed, longestStep));
+        const Z3MVECTOR3D at = camera->getPosition(), ahead = camera->getForward();
+        const Vector eye = {double(at.x), double(at.y), double(at.z)};
+        landscape.setEye(eye);
+        landscape.lookAt(eye + Vector(double(ahead.x), double(ahead.y), double(ahead.z)) * focus);
         landscape.draw();
     }
 
-    void move(double passed) {
-        const Uint8 *keys = SDL_GetKeyState(nullptr);
-        const auto axis = [keys](SDLKey plus, SDLKey otherPlus, SDLKey minus, SDLKey otherMinus) {
-            return (keys[plus] || keys[otherPlus]) - (keys[minus] || keys[otherMinus]);
-        };
-        const bool hurried = keys[SDLK_LSHIFT] || keys[SDLK_RSHIFT];
-        const double step =
-            std::min(passed, 0.2) * (walking ? walkingPace : flyingPace) * (hurried ? faster : 1);
-        landscape.move(step * axis(SDLK_w, SDLK_UP, SDLK_s, SDLK_DOWN),
-                       step * axis(SDLK_d, SDLK_RIGHT, SDLK_a, SDLK_LEFT),
-                       step * axis(SDLK_PAGEUP, SDLK_SPACE, SDLK_PAGEDOWN, SDLK_c));
-        if (walking) {
-            const Vector &eye = landscape.getEye();
-            landscape.move(0, 0, heights.at(eye.x, eye.z) + landLift + eyeHeight - eye.y);
+    void applyKeys() {
+        if (input.wasKeyPressed(SDLK_t))
+            landscape.setWireframe(!landscape.isWireframe());
+        if (input.wasKeyPressed(SDLK_b)) {
+            landscape.setChunks(!landscape.isShowingChunks());
+            if (landscape.isShowingChunks())
+                say(landscape.chunkCounts());
         }
+        if (input.wasKeyPressed(SDLK_g)) {
+            changeCamera();
+            say(isWalking() ? "walking" : "flying");
+        }
+        if (input.wasKeyPressed(SDLK_h))
+            say(terrainKeys());
     }
 
-    void resize(int width, int height) override { landscape.resize(width, height); }
+    // Who lands stands on the ground at once.
+    void changeCamera() {
+        kit::Camera &next = isWalking() ? static_cast<kit::Camera &>(flyer) : walker;
+        next.place(*camera);
+        camera = &next;
+        if (isWalking())
+            walker.setOnGround(double(walker.getPosition().x), double(walker.getPosition().z));
+    }
 
     Landscape &landscape;
-    TerrainHeights heights;
-    bool dragging = false, walking = false;
+    kit::TerrainHeights heights;
+    kit::WalkCamera walker;
+    kit::FlyCamera flyer;
+    kit::Camera *camera = &flyer;
+    double focus = 1; // from the eye to what it looks at
 };
 
 class InterfaceViewer : public Loop {
   public:
     InterfaceViewer(Panel &shown, RVNODE *root, std::string itsTitle, double limit)
-        : Loop(limit), panel(shown), widgets(root), title(std::move(itsTitle)) {
-        SDL_EnableUNICODE(1); // characters as they are typed
-    }
+        : Loop(limit), panel(shown), widgets(root), title(std::move(itsTitle)) {}
 
   private:
-    void take(const SDL_Event &event) override {
-        if (event.type == SDL_MOUSEMOTION) {
-            x = event.motion.x;
-            y = event.motion.y;
-        }
-        if (event.type == SDL_MOUSEBUTTONDOWN || event.type == SDL_MOUSEBUTTONUP)
-            pressed = event.type == SDL_MOUSEBUTTONDOWN;
-        if (event.type == SDL_KEYDOWN && event.key.keysym.unicode < 0x80)
-            typed = static_cast<char>(event.key.keysym.unicode);
-    }
-
     void frame(double) override {
         panel.draw();
-        unsigned int used = 0;
-        RVELEMENT::manageGUIEvents(typed, x, y, pressed, 0, &used);
-        typed = 0;
-        if (used)
+        if (const unsigned int used = input.manageGUI())
             name(used);
     }
 
@@ -168,14 +161,9 @@ class InterfaceViewer : public Loop {
         SDL_WM_SetCaption((title + " - " + event).c_str(), nullptr);
     }
 
-    void resize(int width, int height) override { panel.resize(width, height); }
-
     Panel &panel;
     RVNODE *widgets;
     std::string title;
-    int x = -1, y = -1;
-    bool pressed = false;
-    char typed = 0;
 };
 
 std::string titleOf(const ShowOptions &options) {
@@ -209,6 +197,7 @@ std::string terrainKeys() {
     return "On a terrain: drag to look around; w, s, a, d or the arrows to move, PgUp or Space to\n"
            "rise, PgDown or c to sink, Shift to hurry; g to walk on the ground or fly; t for\n"
            "triangles; b for the chunks in the colours of their levels; Escape to leave.\n"
+           "Alt and Enter fill the screen.\n"
            "An interface is operated; the title names each event.\n";
 }
 

@@ -30,7 +30,6 @@ constexpr double degree = std::numbers::pi / 180;
 constexpr double angleOfView = 50;
 constexpr double landLift = 2;       // that the engine draws the land above its heights
 constexpr double skyHorizon = 0.216; // in V, since the sky is sunk by a third of its radius
-constexpr double maxPitch = 88;
 
 float f(double value) { return static_cast<float>(value); }
 
@@ -155,22 +154,6 @@ void Landscape::orbit(double yaw, double pitch, double zoom) {
     const double narrow = std::min(1.0, aspectOf(part));
     const double distance = 0.8 * size() / narrow / zoom;
     eye = target + directionAt(yaw, pitch) * distance;
-}
-
-void Landscape::turn(double right, double up) {
-    const Vector ahead = target - eye;
-    const double distance = length(ahead);
-    const double yaw = std::atan2(ahead.x, ahead.z) / degree - right;
-    const double pitch = std::asin(std::clamp(ahead.y / distance, -1.0, 1.0)) / degree + up;
-    target = eye + directionAt(yaw, std::clamp(pitch, -maxPitch, maxPitch)) * distance;
-}
-
-void Landscape::move(double forward, double right, double up) {
-    const Vector ahead = target - eye;
-    const Vector along = unit({ahead.x, 0, ahead.z}, {0, 0, -1});
-    const Vector step = along * forward + Vector(-along.z, 0, along.x) * right + Vector(0, up, 0);
-    eye = eye + step;
-    target = target + step;
 }
 
 // In the east, as in the tool's skies; so far away that its rays are parallel.

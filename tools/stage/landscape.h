@@ -49,10 +49,6 @@ class Landscape : public Drawable {
     // The eye of an orbit about the target: degrees round it and above it, and how much nearer
     // than where the whole terrain is seen.
     void orbit(double yaw, double pitch, double zoom);
-    // Degrees; the view is limited shortly before up and down.
-    void turn(double right, double up);
-    // Units along the ground, to the right and straight up.
-    void move(double forward, double right, double up);
 
     // Along the ground's diagonal.
     double size() const { return std::hypot(ground.width, ground.depth); }
