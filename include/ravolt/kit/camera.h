@@ -71,12 +71,16 @@ class Camera {
     // A number of seconds as `update` takes it.
     static double limitedSeconds(double seconds);
 
-    // World directions for the angles that the view approaches: into the view, and level to the
-    // right. Motion goes along these, so that it is the same however a turn is cut into frames.
+    // World directions for the angles that the view approaches. Motion goes along these, so that it
+    // is the same however a turn is cut into frames.
     struct Direction {
-        double x, y, z;
+        double x; // of length 1
+        double y; // upwards
+        double z; // towards the viewer at an angle of 0
     };
+    // Into the view.
     Direction getGoalForward() const;
+    // To the right, level.
     Direction getGoalRight() const;
 
   private:

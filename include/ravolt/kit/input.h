@@ -11,7 +11,8 @@ namespace ravolt::kit {
 
 // Pixels from the left and from the top.
 struct Pixel {
-    int x, y;
+    int x; // from the left
+    int y; // from the top
 };
 
 // Keys, pointer and text from SDL's events, and the events of the engine's widgets. It has no state
@@ -42,8 +43,10 @@ class Input {
     void beginFrame();
     bool handle(const SDL_Event &event);
 
-    bool isClosed() const { return closed; } // SDL_QUIT
-    void close() { closed = true; }          // the next `poll` returns false
+    // Whether SDL_QUIT has come, or `close` was called.
+    bool isClosed() const { return closed; }
+    // The next `poll` returns false.
+    void close() { closed = true; }
 
     // Keys by SDL's numbers (SDLK_SPACE); other numbers are never down. A key that repeats is
     // pressed once. A key that was pressed and released since the last frame was pressed as well.
