@@ -6,6 +6,8 @@
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
 #include "ravolt/RVEMITTER.h"
+#include "ravolt/RVFONT.h"
+#include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVTERRAIN.h"
 #include "ravolt/RVTEXTURE.h"
 #include "testing/recorderState.h"
@@ -83,6 +85,18 @@ bool __wrap__ZN9RVTEXTURE4loadEPKc(RVTEXTURE *texture, const char *name) {
     if (!name || std::strcmp(name, "[dynamic]") == 0)
         return load();
     return compared(RVTEXTURE::getPath(), name, FileKind::texture, load);
+}
+
+bool __real__ZN6RVFONT11loadKerningEPKc(RVFONT *font, const char *name);
+bool __wrap__ZN6RVFONT11loadKerningEPKc(RVFONT *font, const char *name) {
+    const auto load = [=] { return __real__ZN6RVFONT11loadKerningEPKc(font, name); };
+    return name ? compared(RVFONT::getPath(), name, FileKind::kerning, load) : load();
+}
+
+bool __real__ZN10RVSETTINGS4loadEPKc(RVSETTINGS *settings, const char *name);
+bool __wrap__ZN10RVSETTINGS4loadEPKc(RVSETTINGS *settings, const char *name) {
+    const auto load = [=] { return __real__ZN10RVSETTINGS4loadEPKc(settings, name); };
+    return name ? compared("", name, FileKind::settings, load) : load();
 }
 
 bool __real__ZN9RVEMITTER4loadEPKc(RVEMITTER *emitter, const char *name);

@@ -81,6 +81,25 @@ TEST_F(InspectCommand, InfoPrintsWhatAFileHolds) {
     expectFailure("info", 2, "FILE is required");
 }
 
+TEST_F(InspectCommand, InfoOfAModelIsThatOfItsSceneAndItsClips) {
+    const json model = json::parse(run("info --json m.obj").out),
+               scene = json::parse(run("info --json m.rve").out);
+    EXPECT_EQ(model["kind"], "model");
+    EXPECT_EQ(model["bytes"], fs::file_size("m.obj"));
+    EXPECT_EQ(model["content"]["materials"], scene["content"]["materials"]);
+    EXPECT_EQ(model["content"]["counts"], scene["content"]["counts"]);
+    EXPECT_EQ(model["content"]["clips"], json::array());
+    writeFile("words.obj", "words");
+    expectFailure("info words.obj", 1, "words.obj: ");
+    const fs::path animated = "/usr/share/assimp/models/X/Testwuson.X";
+    if (!fs::exists(animated))
+        return;
+    const json clips = json::parse(run("info --json " + animated.string()).out)["content"]["clips"];
+    EXPECT_TRUE(std::any_of(clips.begin(), clips.end(), [](const json &clip) {
+        return clip["frames"] > 1;
+    })) << clips;
+}
+
 TEST_F(InspectCommand, JsonHasTheSame) {
     const json info = json::parse(run("info --json m.rve").out);
     EXPECT_EQ(info["kind"], "scene");

@@ -136,14 +136,18 @@ std::string kindNames() {
     return names;
 }
 
-FileKind kindOf(const fs::path &file) {
+std::optional<FileKind> knownKindOf(const fs::path &file) {
     std::string extension = file.extension().string();
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     for (const auto &[known, kind] : extensions)
         if (extension == known)
             return kind;
-    if (const std::optional<FileKind> kind = kindOfContent(startOf(file)))
+    return kindOfContent(startOf(file));
+}
+
+FileKind kindOf(const fs::path &file) {
+    if (const std::optional<FileKind> kind = knownKindOf(file))
         return *kind;
     throw Failure(file.string(), "is of no known kind; state it: --as " + kindNames());
 }

@@ -21,7 +21,9 @@ struct InspectionOptions {
     Folders folders;
 };
 
-// The kind of a file, by its extension and its content. Throws Failure when it has none.
+// The kind of a file, by its extension and its content. Throws Failure when it cannot be read.
+std::optional<FileKind> knownKindOf(const std::filesystem::path &file);
+// The same, and throws Failure when it has none.
 FileKind kindOf(const std::filesystem::path &file);
 
 // Reads the whole file. Throws Failure when it cannot be read, or has no known kind.

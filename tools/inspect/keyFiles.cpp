@@ -225,7 +225,8 @@ void inspectKerning(Inspection &inspection) {
     signed char first[kerningFileEntries], second[kerningFileEntries];
     std::fill(std::begin(first), std::end(first), static_cast<signed char>(0));
     std::fill(std::begin(second), std::end(second), static_cast<signed char>(1));
-    if (!readKerningFile(inspection.file.c_str(), first) ||
+    // The reader would log an empty file.
+    if (file.size() == 0 || !readKerningFile(inspection.file.c_str(), first) ||
         !readKerningFile(inspection.file.c_str(), second)) {
         inspection.error({}, "it is empty");
         return;
