@@ -7,9 +7,9 @@
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
+#include "testing/recorderState.h"
 #include "tests/kit/events.h"
 #include "tests/support/engineFixture.h"
-#include "tests/support/recorderState.h"
 
 #include <SDL/SDL.h>
 #include <array>
