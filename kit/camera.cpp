@@ -29,14 +29,11 @@ struct Angles {
 Camera::Camera() : yaw(0, defaultTurnRate), pitch(0, defaultTurnRate) {}
 
 void Camera::handle(const Input &input) {
-    if (turnButton == 0)
-        dragging = true;
-    else if (input.wasButtonPressed(turnButton))
+    if (input.wasButtonPressed(turnButton))
         dragging = !input.isOnWidget();
-    else if (!input.isButtonDown(turnButton))
-        dragging = false;
-    const Pixel motion = input.getMotion();
-    if (dragging)
+    const bool always = turnButton == 0;
+    const Pixel motion = always ? input.getMotion() : input.getDrag(turnButton);
+    if (dragging || always)
         turn(-motion.x * degreesPerPixel, -motion.y * degreesPerPixel);
 }
 

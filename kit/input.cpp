@@ -54,6 +54,11 @@ template <std::size_t size> bool isSet(const std::bitset<size> &bits, int index)
            bits[static_cast<std::size_t>(index)];
 }
 
+// Along the axes of the 2D block.
+Pixel alongBlock(Pixel motion) {
+    return RVSETTINGS::isSDLLandscape() ? Pixel{-motion.y, motion.x} : motion;
+}
+
 } // namespace
 
 bool Input::poll(const Filter &filter) {
@@ -76,6 +81,7 @@ void Input::beginFrame() {
     buttonsPressed.reset();
     text.clear();
     motion = {0, 0};
+    drags.fill({0, 0});
     wheel = 0;
 }
 
@@ -89,7 +95,7 @@ bool Input::handle(const SDL_Event &event) {
         return handleButton(event);
     case SDL_MOUSEMOTION:
         pointer = {event.motion.x, event.motion.y};
-        motion = {motion.x + event.motion.xrel, motion.y + event.motion.yrel};
+        addMotion(event.motion.xrel, event.motion.yrel);
         addStep(0, true);
         return true;
     case SDL_ACTIVEEVENT:
@@ -102,6 +108,13 @@ bool Input::handle(const SDL_Event &event) {
     default:
         return false;
     }
+}
+
+void Input::addMotion(int dx, int dy) {
+    motion = {motion.x + dx, motion.y + dy};
+    for (std::size_t button = 0; button < drags.size(); ++button)
+        if (buttonsDown[button])
+            drags[button] = {drags[button].x + dx, drags[button].y + dy};
 }
 
 bool Input::handleKey(const SDL_Event &event) {
@@ -172,8 +185,12 @@ int Input::keyAxis(int positive, int negative) const {
     return isKeyDown(positive) - isKeyDown(negative);
 }
 
-Pixel Input::getMotion() const {
-    return RVSETTINGS::isSDLLandscape() ? Pixel{-motion.y, motion.x} : motion;
+Pixel Input::getMotion() const { return alongBlock(motion); }
+
+Pixel Input::getDrag(int button) const {
+    return button >= 0 && button < numberOfButtons
+               ? alongBlock(drags[static_cast<std::size_t>(button)])
+               : Pixel{0, 0};
 }
 
 // manageGUIEvents turns its pixel in landscape mode by the window's height, whatever the height of

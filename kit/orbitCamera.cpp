@@ -37,11 +37,10 @@ void OrbitCamera::handle(const Input &input) {
     Camera::handle(input);
     if (input.wasButtonPressed(panButton))
         panning = !input.isOnWidget();
-    else if (!input.isButtonDown(panButton))
-        panning = false;
     if (panning) {
+        const Pixel drag = input.getDrag(panButton);
         const double units = unitsPerPixel(getDistance(), input);
-        pan(-input.getMotion().x * units, input.getMotion().y * units);
+        pan(-drag.x * units, drag.y * units);
     }
     zoom(input.getWheel());
 }

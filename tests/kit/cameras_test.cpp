@@ -438,6 +438,23 @@ TEST_F(CameraInput, ADragTurns) {
     EXPECT_NEAR(camera.getYaw(), -5, 1e-6);
 }
 
+TEST_F(CameraInput, MotionBeforeAPressAndAfterItsReleaseIsNoDrag) {
+    OrbitCamera orbit;
+    frame({motionEvent(300, 0, 300, 0), buttonEvent(300, 0, true), buttonEvent(300, 0, false)});
+    EXPECT_EQ(camera.getYaw(), 0);
+    frame({motionEvent(310, 0, 10, 0), buttonEvent(310, 0, true), motionEvent(314, 0, 4, 0),
+           buttonEvent(314, 0, false), motionEvent(600, 0, 286, 0)});
+    EXPECT_NEAR(camera.getYaw(), -1, 1e-6);
+    input.beginFrame();
+    input.handle(motionEvent(200, 0, 200, 0));
+    input.handle(buttonEvent(200, 0, true, SDL_BUTTON_RIGHT));
+    orbit.handle(input);
+    orbit.update(10);
+    EXPECT_NEAR(orbit.getCenter().x, 0, 1e-6);
+    EXPECT_EQ(input.getDrag(-1).x, 0);
+    EXPECT_EQ(input.getDrag(99).x, 0);
+}
+
 TEST_F(CameraInput, AnotherButtonOrNoneTurns) {
     camera.setTurnButton(SDL_BUTTON_RIGHT);
     camera.setDegreesPerPixel(1);

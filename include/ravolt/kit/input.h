@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <bitset>
 #include <deque>
 #include <functional>
@@ -70,6 +71,8 @@ class Input {
     Pixel getWindowPointer() const { return pointer; }
     // Its motion in this frame: pixels of the window, along the axes of the 2D block.
     Pixel getMotion() const;
+    // The part of it while a button was down: what came before a press in this frame is no drag.
+    Pixel getDrag(int button = 1) const;
 
     // Passes what has happened on to the widgets of the last 2D block, by
     // RVELEMENT::manageGUIEvents: call it once a frame directly after end2D, with the target and
@@ -101,6 +104,7 @@ class Input {
     };
 
     bool handleKey(const SDL_Event &event);
+    void addMotion(int dx, int dy);
     void handleText(unsigned int character);
     bool handleButton(const SDL_Event &event);
     void releaseAll();
@@ -121,6 +125,7 @@ class Input {
     std::bitset<numberOfButtons> buttonsDown, buttonsPressed;
     std::string text;
     Pixel pointer = {-1, -1}, motion = {0, 0};
+    std::array<Pixel, numberOfButtons> drags = {};
     int wheel = 0;
     std::deque<Step> steps; // that the widgets have not got yet
     bool onWidget = false, closed = false;
