@@ -16,7 +16,7 @@ test_packages=(
     libgtest-dev libbenchmark-dev python3 python3-jsonschema clang-format-14 clang-tidy-14
     glslang-tools ffmpeg mjpegtools
     lintian dpkg-dev fakeroot file abigail-tools xz-utils
-    mkdocs python3-pygments doxygen chromium
+    mkdocs python3-pygments doxygen chromium python3-matplotlib
 )
 
 # Says what went wrong and what to do about it, and ends the script.
