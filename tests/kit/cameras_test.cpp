@@ -433,9 +433,10 @@ TEST_F(CameraInput, ADragTurns) {
     EXPECT_NEAR(camera.getPitch(), -10, 1e-6);
     frame({motionEvent(30, 40, 0, -10)});
     EXPECT_NEAR(camera.getPitch(), -7.5, 1e-6);
-    frame({buttonEvent(30, 40, false)});
+    frame({motionEvent(34, 40, 4, 0), buttonEvent(34, 40, false)}); // the last one
+    EXPECT_NEAR(camera.getYaw(), -6, 1e-6);
     frame({motionEvent(90, 90, 60, 50)});
-    EXPECT_NEAR(camera.getYaw(), -5, 1e-6);
+    EXPECT_NEAR(camera.getYaw(), -6, 1e-6);
 }
 
 TEST_F(CameraInput, MotionBeforeAPressAndAfterItsReleaseIsNoDrag) {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <numbers>
+#include <ravolt/RVSETTINGS.h>
 
 namespace {
 
@@ -193,7 +194,7 @@ TEST_F(StageTest, FollowsTheWindowsSize) {
     OpenStage open(size, {}, true);
     open.stage.draw();
     RAVOLT::swap();
-    open.stage.resize(120, 240);
+    RVSETTINGS::resize(0, 0, 120, 240);
     open.stage.draw();
     const Picture picture = takePicture();
     RAVOLT::swap();

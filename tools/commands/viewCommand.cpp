@@ -24,6 +24,8 @@
 #include <functional>
 #include <memory>
 #include <ravolt/RAVOLT.h>
+#include <ravolt/kit/input.h>
+#include <ravolt/kit/window.h>
 
 namespace ravolt::tool {
 
@@ -78,7 +80,7 @@ class Viewer {
     void down() { stage.setPitch(stage.getPitch() - degreesPerKey); }
     void nearer() { stage.setZoom(stage.getZoom() * zoomPerStep); }
     void farther() { stage.setZoom(stage.getZoom() / zoomPerStep); }
-    void quit() { open = false; }
+    void quit() { input.close(); }
     void help() { say(viewKeys()); }
     void nextClip() { chooseClip(false); }
     void previousClip() { chooseClip(true); }
@@ -99,11 +101,13 @@ class Viewer {
     void say(const std::string &line);
     void showState();
     void drawFrame();
-    void take(const SDL_Event &event);
+    bool take(const SDL_Event &event);
+    void takePointer();
     void press(const SDL_Event &event);
-    void button(const SDL_Event &event);
     void savePicture();
 
+    kit::Input input;
+    kit::Window window;
     Stage &stage;
     Playback &playback;
     const ViewOptions &options;
@@ -113,7 +117,7 @@ class Viewer {
     bool wireframe, normals, boxes, spinning;
     EffectParameter parameter = EffectParameter::brightness; // that the keys change
     double brightnessForGlow = 0; // found from the scene when bloom came on
-    bool open = true, dragging = false, changed = true, pictureWanted = false;
+    bool changed = true, pictureWanted = false;
     bool drawn = false; // in the last turn of the loop
     int pictures = 0;
     bool paused = false;    // the clip
@@ -302,42 +306,22 @@ void Viewer::press(const SDL_Event &event) {
             key.action(*this);
 }
 
-void Viewer::button(const SDL_Event &event) {
-    const bool down = event.type == SDL_MOUSEBUTTONDOWN;
-    if (event.button.button == SDL_BUTTON_LEFT)
-        dragging = down;
-    if (down && event.button.button == SDL_BUTTON_WHEELUP)
-        nearer();
-    if (down && event.button.button == SDL_BUTTON_WHEELDOWN)
-        farther();
+// The keys of the table repeat, so their events are used and not their states.
+bool Viewer::take(const SDL_Event &event) {
+    changed = changed || event.type != SDL_MOUSEMOTION;
+    if (window.handle(event))
+        return true;
+    if (event.type == SDL_KEYDOWN)
+        press(event);
+    return false;
 }
 
-void Viewer::take(const SDL_Event &event) {
-    changed = true;
-    switch (event.type) {
-    case SDL_QUIT:
-        quit();
-        break;
-    case SDL_KEYDOWN:
-        press(event);
-        break;
-    case SDL_MOUSEBUTTONDOWN:
-    case SDL_MOUSEBUTTONUP:
-        button(event);
-        break;
-    case SDL_MOUSEMOTION:
-        changed = dragging;
-        if (dragging) {
-            stage.setYaw(stage.getYaw() - event.motion.xrel * degreesPerPixel);
-            stage.setPitch(stage.getPitch() + event.motion.yrel * degreesPerPixel);
-        }
-        break;
-    case SDL_VIDEORESIZE:
-        stage.resize(std::max(1, event.resize.w), std::max(1, event.resize.h));
-        break;
-    default:
-        break;
-    }
+void Viewer::takePointer() {
+    const kit::Pixel drag = input.getDrag(SDL_BUTTON_LEFT);
+    changed = changed || drag.x != 0 || drag.y != 0;
+    stage.setYaw(stage.getYaw() - drag.x * degreesPerPixel);
+    stage.setPitch(stage.getPitch() + drag.y * degreesPerPixel);
+    stage.setZoom(stage.getZoom() * std::pow(zoomPerStep, input.getWheel()));
 }
 
 // A name that no file has yet.
@@ -369,12 +353,9 @@ void Viewer::run() {
     Clock::time_point last = start;
     fitBrightness();
     showState();
-    SDL_EnableKeyRepeat(SDL_DEFAULT_REPEAT_DELAY, SDL_DEFAULT_REPEAT_INTERVAL);
-    while (open) {
+    while (input.poll([this](const SDL_Event &event) { return take(event); })) {
         throwIfInterrupted();
-        SDL_Event event;
-        while (SDL_PollEvent(&event))
-            take(event);
+        takePointer();
         const Clock::time_point now = Clock::now();
         const double passed = std::chrono::duration<double>(now - last).count();
         last = now;
@@ -408,6 +389,7 @@ void chooseFirst(Playback &playback, const Verbosity &verbosity) {
 
 std::string viewKeys() {
     std::string text = "Mouse: drag with the left button to go round the scene, wheel to zoom.\n"
+                       "Alt and Enter fill the screen.\n"
                        "Keys:\n";
     for (const Viewer::Key &key : Viewer::keys()) {
         std::string name = key.name;

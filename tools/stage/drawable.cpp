@@ -6,11 +6,8 @@
 #include <cmath>
 #include <numbers>
 #include <ravolt/RVOPENGL.h>
-#include <ravolt/RVSETTINGS.h>
 
 namespace ravolt::tool {
-
-void Drawable::resize(int width, int height) { RVSETTINGS::resize(0, 0, width, height); }
 
 double aspectOf(const PicturePart &part) {
     const WindowSize canvas = canvasSize();

@@ -29,9 +29,6 @@ class Drawable {
 
     // For pictures that are larger than a window can be.
     virtual void setPart(const PicturePart &shown) = 0;
-
-    // The window has a new size.
-    void resize(int width, int height);
 };
 
 // The planes of the engine's projection, and its angle of view in degrees.
