@@ -1,10 +1,11 @@
 #!/bin/sh
-# packages.sh BUILD COMPILER GAME [ARGUMENT...]: packs what BUILD holds, and checks the packages: two runs
-# write the same bytes, lintian finds no fault, a program of the one source GAME builds against the
-# unpacked packages through CMake and through pkg-config and runs with the arguments, and installing the
-# packages and purging them leaves nothing.
-build=$1 compiler=$2 game=$3
-shift 3
+# packages.sh BUILD COMPILER GAME FRAMES [FILE...]: packs what BUILD holds, and checks the packages: two
+# runs write the same bytes, lintian finds no fault, the program of the one source GAME builds against the
+# unpacked packages through CMake and through pkg-config and runs for some frames, and installing the
+# packages and purging them leaves nothing. What the game loads is made with the packages' program from
+# the models among the FILEs, NAME=MODEL; the others are copied.
+build=$1 compiler=$2 game=$3 frames=$4
+shift 4
 scripts=$(dirname "$0")
 
 fail() {
@@ -51,30 +52,40 @@ lintian --allow-root --suppress-tags no-manual-page --fail-on error,warning pack
 libraries=$(dirname "$(find "$PWD/root" -name 'libravolt.so.1')")
 [ "$(basename "$libraries")" != lib ] || fail "the library is in no folder of its architecture"
 runInstalled() {
-    LD_LIBRARY_PATH=$libraries${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} timeout -s KILL 60 "$@"
+    LD_LIBRARY_PATH=$libraries${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} timeout -s KILL 120 "$@"
 }
 
-# The program leaves a log without a leak.
+objdump -p root/usr/bin/ravolt | grep -E 'R(UN)?PATH' && fail "the program has a path of libraries"
+ravolt() {
+    runInstalled root/usr/bin/ravolt "$@" >tool.txt 2>&1 || fail "ravolt $1: $(cat tool.txt)"
+}
+for file in "$@"; do
+    case $file in
+    *.xml) cp "$file" . ;;
+    *=*) ravolt convert "${file#*=}" --prefix "${file%%=*}_" -q -o "${file%%=*}.rve" ;;
+    esac
+done
+ravolt terrain --island 7 --texture-size 64 -q -o island
+cp root/usr/share/ravolt/font.* .
+
+# The program leaves a log without a problem and without a leak.
 play() {
-    program=$1
-    shift
-    runInstalled "$program" "$@" >output.txt || fail "$program ends with $?: $(cat output.txt)"
-    grep -q '^Final memory ratio: 0 ' ravolt_log.txt || fail "$program leaks"
+    runInstalled "$1" "$frames" >output.txt 2>&1 || fail "$1 ends with $?: $(cat output.txt)"
+    grep -F '[!]' ravolt_log.txt | grep -vF -e 'No VRam detected' -e 'normal map not found' &&
+        fail "$1: problems in its log"
+    grep -q '^Final memory ratio: 0 ' ravolt_log.txt || fail "$1 leaks"
     rm ravolt_log.txt
 }
 cmake -S "$scripts/game" -B cmake "-DGAME=$game" "-DCMAKE_PREFIX_PATH=$PWD/root/usr" \
     "-DCMAKE_CXX_COMPILER=$compiler" >cmake.log 2>&1 && cmake --build cmake >>cmake.log 2>&1 ||
     fail "$(cat cmake.log)"
-play ./cmake/game "$@"
+play ./cmake/game
 
 PKG_CONFIG_PATH=$libraries/pkgconfig
 export PKG_CONFIG_PATH
 "$compiler" -std=c++17 "$game" -o game $(pkg-config --cflags --libs ravolt-kit sdl) ||
     fail "pkg-config: the game does not build"
-play ./game "$@"
-
-objdump -p root/usr/bin/ravolt | grep -E 'R(UN)?PATH' && fail "the program has a path of libraries"
-runInstalled root/usr/bin/ravolt --version >/dev/null || fail "the program does not run"
+play ./game
 
 # dpkg itself, in an empty root with a database of its own.
 mkdir -p empty database/info database/updates
