@@ -221,6 +221,14 @@ void Input::findBlock() {
     glGetIntegerv(GL_VIEWPORT, values);
     viewport = {values[0], getWindowSize().y - values[1] - values[3], values[2], values[3]};
     drawnIntoTarget = RVFBO::getCurrent() != nullptr;
+    windowThen = getWindowSize();
+}
+
+// A viewport of the window changes with its size.
+bool Input::knowsViewport() const {
+    const Pixel now = getWindowSize();
+    return !viewport.isEmpty() &&
+           (drawnIntoTarget || (now.x == windowThen.x && now.y == windowThen.y));
 }
 
 void Input::setArea(int x, int y, int width, int height) { area = {x, y, width, height}; }
@@ -229,7 +237,7 @@ Pixel Input::getWindowSize() { return {RVSETTINGS::getSDLWindowX(), RVSETTINGS::
 
 // The size of the block before landscape mode turns it.
 Pixel Input::drawnSize() const {
-    if (!viewport.isEmpty())
+    if (knowsViewport())
         return {viewport.width, viewport.height};
     if (const RVFBO *target = forcedTarget())
         return {target->getSizeX(), target->getSizeY()};
@@ -239,7 +247,7 @@ Pixel Input::drawnSize() const {
 Input::Rectangle Input::shownArea() const {
     if (!area.isEmpty())
         return area;
-    if (!viewport.isEmpty() && !drawnIntoTarget)
+    if (knowsViewport() && !drawnIntoTarget)
         return viewport;
     return {0, 0, getWindowSize().x, getWindowSize().y};
 }

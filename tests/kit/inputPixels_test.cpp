@@ -120,7 +120,9 @@ TEST_F(InputPixels, AWindowHasItsOwnPixels) {
 }
 
 TEST_F(InputPixels, AResizedWindowHasItsNewPixels) {
+    frame();
     ASSERT_TRUE(RVSETTINGS::resize(0, 0, 200, 150));
+    EXPECT_EQ(input.getBlockSize().x, 200); // before the next frame, too
     frame();
     RAVOLT::swap();
     frame();

@@ -116,6 +116,7 @@ class Input {
         bool isEmpty() const { return width < 1 || height < 1; }
     };
     void findBlock();
+    bool knowsViewport() const;
     Pixel drawnSize() const;
     Rectangle shownArea() const;
     Pixel toDrawn(Pixel windowPixel) const;
@@ -132,6 +133,7 @@ class Input {
     Rectangle area = {0, 0, 0, 0};     // that the application has set; empty for none
     Rectangle viewport = {0, 0, 0, 0}; // of the last manageGUI; empty before
     bool drawnIntoTarget = false;      // then
+    Pixel windowThen = {0, 0};         // its size
 };
 
 } // namespace ravolt::kit
