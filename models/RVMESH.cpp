@@ -1,10 +1,11 @@
-// Drawing of meshes. Of OpenGL's state only what the cached switches of RVOPENGL record is assumed
-// between two meshes; buffers are bound again for each array. Front faces are culled only in the
-// first half of a transparent mesh: everywhere else it is GL_BACK.
+// Drawing of meshes. Of OpenGL's state only what the cached switches of RVOPENGL and KnownState
+// record is assumed between two meshes. Front faces are culled only in the first half of a
+// transparent mesh: everywhere else it is GL_BACK.
 
 #include "ravolt/RVMESH.h"
 
 #include "engine/gl/bindings.h"
+#include "engine/gl/stateCache.h"
 #include "foundation/registry.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
@@ -21,12 +22,22 @@
 
 namespace {
 
-// The pointer to an array for OpenGL: an offset of 0 in its buffer, which is bound, or its address.
-const void *arraySource(GLenum target, unsigned int buffer, const void *array) {
-    if (!ravolt::canBindBuffers())
-        return array;
-    ravolt::bindBuffer(target, buffer);
-    return buffer ? nullptr : array;
+// Where one of OpenGL's arrays was last set to be.
+struct ArraySource {
+    unsigned int period; // of KnownState
+    GLuint buffer;
+    const void *pointer;
+};
+ArraySource vertexSource = {}, normalSource = {}, coordinateSource = {};
+
+// Whether OpenGL must be given the pointer of an array. If so, its buffer is bound.
+bool mustSet(ArraySource &recorded, GLuint buffer, const void *pointer) {
+    if (ravolt::KnownState::hit(recorded.period,
+                                recorded.buffer == buffer && recorded.pointer == pointer))
+        return false;
+    recorded = {ravolt::KnownState::period(), buffer, pointer};
+    ravolt::bindBuffer(GL_ARRAY_BUFFER_ARB, buffer);
+    return true;
 }
 
 // The identifier as a colour, so that RAVOLT::select can read it back from a pixel.
@@ -215,35 +226,47 @@ void RVMESH::drawSurfaces(const RVELEMENT &entry, bool transparent) const {
 
 // The arrays of the file, in their buffers, or the skinned arrays if the processor skins the mesh.
 void RVMESH::bindArrays() const {
-    const auto source = [this](unsigned int buffer, const void *array) {
-        return arraySource(GL_ARRAY_BUFFER_ARB, skinnedVertex ? 0 : buffer, array);
+    const bool buffered = !skinnedVertex && ravolt::canBindBuffers();
+    // The offset in the buffer, which has the contents of `geometry`, or the address.
+    const auto source = [this, buffered](GLuint buffer, const void *array) {
+        if (!buffered || !buffer)
+            return array;
+        const auto offset = static_cast<const unsigned char *>(array) - geometry;
+        return reinterpret_cast<const void *>(offset);
     };
+    const auto bufferOf = [buffered](GLuint buffer) { return buffered ? buffer : 0; };
     if (vertex) {
         RVOPENGL::vertexArrayOn();
-        glVertexPointer(3, GL_FLOAT, 0,
-                        source(vertexBuffer, skinnedVertex ? skinnedVertex : vertex));
+        const void *pointer = source(vertexBuffer, skinnedVertex ? skinnedVertex : vertex);
+        if (mustSet(vertexSource, bufferOf(vertexBuffer), pointer))
+            glVertexPointer(3, GL_FLOAT, 0, pointer);
     } else {
         RVOPENGL::vertexArrayOff();
     }
     if (vertexNormal) {
         RVOPENGL::normalArrayOn();
-        glNormalPointer(GL_FLOAT, 0,
-                        source(normalBuffer, skinnedNormal ? skinnedNormal : vertexNormal));
+        const void *pointer = source(normalBuffer, skinnedNormal ? skinnedNormal : vertexNormal);
+        if (mustSet(normalSource, bufferOf(normalBuffer), pointer))
+            glNormalPointer(GL_FLOAT, 0, pointer);
     } else {
         RVOPENGL::normalArrayOff();
     }
     if (uv && RVOPENGL::getProfile() != RV_OPENGL_PROFILE_FLAT) {
         RVOPENGL::textureArrayOn();
-        glTexCoordPointer(2, GL_FLOAT, 0, source(uvBuffer, uv));
+        const void *pointer = source(uvBuffer, uv);
+        if (mustSet(coordinateSource, bufferOf(uvBuffer), pointer))
+            glTexCoordPointer(2, GL_FLOAT, 0, pointer);
     } else {
         RVOPENGL::textureArrayOff();
     }
 }
 
 void RVMESH::drawFaces() const {
-    const void *indices = arraySource(GL_ELEMENT_ARRAY_BUFFER_ARB, faceBuffer, face);
+    ravolt::bindBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, faceBuffer);
+    const bool buffered = faceBuffer && ravolt::canBindBuffers();
     if (face)
-        glDrawElements(GL_TRIANGLES, 3 * numberOfFaces, GL_UNSIGNED_SHORT, indices);
+        glDrawElements(GL_TRIANGLES, 3 * numberOfFaces, GL_UNSIGNED_SHORT,
+                       buffered ? nullptr : face);
 }
 
 // Not for a mesh that a program skins: only the program has its normals.

@@ -39,9 +39,7 @@ enum Block : unsigned int {
 
 // Indices in `owned.buffer`.
 enum Buffer : unsigned int {
-    bufferVertex,
-    bufferNormal,
-    bufferUV,
+    bufferArrays, // vertices, normals and texture coordinates, as in `geometry`
     bufferFace,
     bufferBoneIndex,
     bufferBoneWeight
@@ -191,12 +189,9 @@ void RVMESH::createBuffers() {
     const std::size_t vectors = numberOfVertices * sizeof(Z3MVECTOR3D);
     const std::size_t weights = std::size_t{numberOfVertices} * numberOfWeights * sizeof(float);
     unsigned int *const buffer = owned->buffer;
-    if (vertex) {
-        buffer[bufferVertex] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, vertex, vectors);
-        buffer[bufferNormal] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, vertexNormal, vectors);
-    }
-    if (uv)
-        buffer[bufferUV] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, uv, numberOfUVs * sizeof(*uv));
+    if (vertex || uv)
+        buffer[bufferArrays] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, geometry,
+                                                    2 * vectors + numberOfUVs * sizeof(*uv));
     if (face)
         buffer[bufferFace] =
             ravolt::createBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, face, numberOfFaces * sizeof(*face));
@@ -205,9 +200,8 @@ void RVMESH::createBuffers() {
             ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, boneIndexFloat, weights);
         buffer[bufferBoneWeight] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, boneWeight, weights);
     }
-    vertexBuffer = buffer[bufferVertex];
-    normalBuffer = buffer[bufferNormal];
-    uvBuffer = buffer[bufferUV];
+    vertexBuffer = normalBuffer = vertex ? buffer[bufferArrays] : 0;
+    uvBuffer = uv ? buffer[bufferArrays] : 0;
     faceBuffer = buffer[bufferFace];
     boneIndexBuffer = buffer[bufferBoneIndex];
     boneWeightBuffer = buffer[bufferBoneWeight];

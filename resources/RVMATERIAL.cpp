@@ -17,6 +17,7 @@
 #include "ravolt/zlf.h"
 #include "resources/programUsers.h"
 
+#include <bit>
 #include <cstring>
 #include <iterator>
 
@@ -61,13 +62,28 @@ void applyProgram(RVSHADER *program) {
     RVSHADER::bindTexture(shadowMapUnit);
 }
 
+// The colours that were last passed to OpenGL.
+struct AppliedColors {
+    unsigned int period; // of KnownState
+    Z3MVECTOR4D emission, ambient, diffuse, specular;
+    float shininess;
+};
+AppliedColors appliedColors = {};
+
+void applyColor(GLenum name, Z3MVECTOR4D &applied, const Z3MVECTOR4D &color) {
+    if (ravolt::KnownState::hit(appliedColors.period, applied == color))
+        return;
+    applied = color;
+    glMaterialfv(GL_FRONT_AND_BACK, name, applied);
+}
+
 } // namespace
 
 RVMATERIAL::RVMATERIAL()
     : id(zlfNewId()), timeStamp(0), references(0), ambient(0.2f, 0.2f, 0.2f, 1.0f),
       diffuse(0.6f, 0.6f, 0.6f, 1.0f), specular(0.2f, 0.2f, 0.2f, 1.0f),
-      emission(0.0f, 0.0f, 0.0f, 1.0f), transparency(1.0f), shininess(0.0f), shader(nullptr),
-      skinned(false) {
+      emission(0.0f, 0.0f, 0.0f, 1.0f), transparency(1.0f), shininess(0.0f), usedSlots(0),
+      shader(nullptr), skinned(false) {
     ravolt::formatText(name, "[material %d]", id);
     MaterialRegistry::append(firstMaterial, lastMaterial, this);
 }
@@ -101,14 +117,19 @@ RVSHADER *RVMATERIAL::chooseProgram(const int *lightType) const {
     return *litPrograms[*lightType][isTextured()][isSkinned()][RAVOLT::isShadowed()];
 }
 
-// On purpose: the alpha that was set in a colour is lost.
+// On purpose: the alpha that was set in a colour is lost. Colours that OpenGL is known to have are
+// not set again.
 void RVMATERIAL::applyColors() {
     emission.w = specular.w = diffuse.w = ambient.w = transparency;
-    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, emission);
-    glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, ambient);
-    glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, diffuse);
-    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, specular);
-    glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, shininess);
+    AppliedColors &applied = appliedColors;
+    applyColor(GL_EMISSION, applied.emission, emission);
+    applyColor(GL_AMBIENT, applied.ambient, ambient);
+    applyColor(GL_DIFFUSE, applied.diffuse, diffuse);
+    applyColor(GL_SPECULAR, applied.specular, specular);
+    if (!ravolt::KnownState::hit(applied.period, applied.shininess == shininess))
+        glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, shininess);
+    applied.shininess = shininess;
+    applied.period = ravolt::KnownState::period();
 }
 
 void RVMATERIAL::applyBlending() const {
@@ -122,16 +143,18 @@ void RVMATERIAL::applyBlending() const {
 
 // On purpose: units of an earlier material are not switched off, unless this one has no texture.
 void RVMATERIAL::applyTextures() const {
-    bool none = true;
-    for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot)
-        if (texture[slot]) {
-            texture[slot]->render(&slot);
-            none = false;
-        }
+    unsigned int applied = 0;
+    for (unsigned int slots = usedSlots; slots; slots &= slots - 1) {
+        unsigned int slot = static_cast<unsigned int>(std::countr_zero(slots));
+        if (!texture[slot])
+            continue;
+        texture[slot]->render(&slot);
+        applied |= 1u << slot;
+    }
     // A texture that came back in a later slot was uploaded through unit 0.
-    if (texture[0])
+    if (texture[0] && applied != 1)
         texture[0]->render(nullptr);
-    if (none)
+    if (!applied)
         RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
 }
 
@@ -145,6 +168,7 @@ bool RVMATERIAL::setTexture(unsigned int slot, RVTEXTURE *newTexture) {
     if (texture[slot])
         texture[slot]->decReferences();
     texture[slot].set(newTexture);
+    usedSlots |= 1u << slot;
     if (newTexture)
         newTexture->incReferences();
     return true;
@@ -169,6 +193,7 @@ void RVMATERIAL::clone(const RVMATERIAL *source) {
     shininess = source->shininess;
     for (unsigned int slot = 0; slot < RV_TEXTURE_UNITS; ++slot)
         texture[slot].set(source->texture[slot].get());
+    usedSlots = source->usedSlots;
     shader = source->shader;
 }
 

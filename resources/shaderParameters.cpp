@@ -3,6 +3,7 @@
 
 #include "ravolt/RVSHADER.h"
 
+#include "engine/gl/bindings.h"
 #include "engine/gl/entryPoint.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
@@ -84,7 +85,7 @@ void setFloat(const RVSHADER &program, unsigned int slot, float value) {
 void bindAttribute(GLuint attribute, unsigned int buffer) {
     if (!buffer || !RVOPENGL::glBindBufferARB || !RVOPENGL::glVertexAttribPointerARB)
         return;
-    RVOPENGL::glBindBufferARB(GL_ARRAY_BUFFER_ARB, buffer);
+    ravolt::bindBufferAlways(GL_ARRAY_BUFFER_ARB, buffer);
     ravolt::callIfPresent<RVOPENGL::glEnableVertexAttribArrayARB>(attribute);
     RVOPENGL::glVertexAttribPointerARB(attribute, 4, GL_FLOAT, GL_FALSE, 0, nullptr);
 }

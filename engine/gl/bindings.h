@@ -4,6 +4,7 @@
 // it. Only here may vertex buffers be generated, filled and deleted.
 
 #include "engine/gl/entryPoint.h"
+#include "engine/gl/stateCache.h"
 #include "ravolt/RVOPENGL.h"
 
 #include <cstddef>
@@ -21,10 +22,26 @@ inline void selectClientUnit(unsigned int unit) {
 
 inline bool canBindBuffers() { return RVOPENGL::useVBO() && RVOPENGL::glBindBufferARB; }
 
+// The buffer that was last bound to a target: the first is that of arrays, the second of indices.
+struct BoundBuffer {
+    unsigned int period; // of KnownState
+    GLuint name;
+};
+inline BoundBuffer boundBuffers[2] = {};
+
+// Binds a vertex buffer, also where RVOPENGL::useVBO is false. The driver has the function.
+inline void bindBufferAlways(GLenum target, GLuint buffer) {
+    BoundBuffer &bound = boundBuffers[target == GL_ELEMENT_ARRAY_BUFFER_ARB];
+    if (KnownState::hit(bound.period, bound.name == buffer))
+        return;
+    bound = {KnownState::period(), buffer};
+    RVOPENGL::glBindBufferARB(target, buffer);
+}
+
 // Binds a vertex buffer; 0 makes the arrays come from the application's memory.
 inline void bindBuffer(GLenum target, GLuint buffer) {
     if (canBindBuffers())
-        RVOPENGL::glBindBufferARB(target, buffer);
+        bindBufferAlways(target, buffer);
 }
 
 inline void unbindBuffers() {
@@ -42,7 +59,7 @@ inline GLuint createBuffer(GLenum target, const void *data, std::size_t bytes) {
         return 0;
     GLuint buffer = 0;
     RVOPENGL::glGenBuffersARB(1, &buffer);
-    RVOPENGL::glBindBufferARB(target, buffer);
+    bindBufferAlways(target, buffer);
     RVOPENGL::glBufferDataARB(target, static_cast<GLsizeiptrARB>(bytes), data, GL_STATIC_DRAW_ARB);
     return buffer;
 }

@@ -124,7 +124,8 @@ class RV_API RVMATERIAL {
     float transparency;
     float shininess;
     ravolt::WeakPointer<RVTEXTURE> texture[RV_TEXTURE_UNITS];
-    RVSHADER *shader; // not owned; followed by `render` alone
+    unsigned int usedSlots; // a bit for each slot that has, or had, a texture
+    RVSHADER *shader;       // not owned; followed by `render` alone
     bool skinned;
     RVMATERIAL *previous, *next;
     ravolt::WeakPointers<RVMATERIAL> weakPointers;

@@ -167,7 +167,7 @@ class RV_API RVMESH : public RVNODE {
     // What the destructor releases; none for a copy.
     struct Storage {
         void *block[7];
-        unsigned int buffer[6];
+        unsigned int buffer[4];
     };
 
     void copyProperties(const ravolt::MeshRecord &record);
@@ -214,7 +214,7 @@ class RV_API RVMESH : public RVNODE {
     Z3MVECTOR3D *skinnedVertex = nullptr;
     Z3MVECTOR3D *skinnedNormal = nullptr;
 
-    // Names of OpenGL buffers; 0 for none.
+    // Names of OpenGL buffers; 0 for none. Vertices, normals and coordinates share one.
     unsigned int vertexBuffer = 0;
     unsigned int normalBuffer = 0;
     unsigned int uvBuffer = 0;

@@ -231,21 +231,23 @@ TEST_F(MeshTest, MaterialIsAppliedOnceForARunOfMeshesAndAgainAfterNormals) {
 
 // --- Arrays
 
-TEST_F(MeshTest, LoadUploadsEachArrayOnceAndUnbinds) {
+// Vertices, normals and texture coordinates share a buffer: calls for one of their own are absent.
+TEST_F(MeshTest, LoadUploadsTheArraysOnceAndUnbinds) {
     const auto upload = [](GLenum target, int bytes) {
         return Call("glBufferDataARB", target, bytes, anyAddress, GL_STATIC_DRAW_ARB);
     };
-    const Call vectors = upload(GL_ARRAY_BUFFER_ARB, 48), floats = upload(GL_ARRAY_BUFFER_ARB, 32),
+    const Call arrays = upload(GL_ARRAY_BUFFER_ARB, 48 + 48 + 32),
+               floats = upload(GL_ARRAY_BUFFER_ARB, 32),
                faces = upload(GL_ELEMENT_ARRAY_BUFFER_ARB, 12);
     const Calls calls = callsOf([] { loadScene({squareMesh("square")}); });
-    EXPECT_EQ(calls.count("glGenBuffersARB"), 4u);
-    EXPECT_EQ(calls.named("glBufferDataARB"), (Calls{vectors, vectors, floats, faces}));
+    EXPECT_EQ(calls.count("glGenBuffersARB"), 2u);
+    EXPECT_EQ(calls.named("glBufferDataARB"), (Calls{arrays, faces}));
     EXPECT_EQ(calls[calls.size() - 2], unbindArrays);
     EXPECT_EQ(calls.back(), unbindElements);
     // Bone numbers and weights as floats.
     EXPECT_EQ(
         callsOf([] { loadScene({skinnedSquare("skin", {"skin"}, 2)}); }).named("glBufferDataARB"),
-        (Calls{vectors, vectors, floats, faces, floats, floats}));
+        (Calls{arrays, faces, floats, floats}));
 }
 
 // A mesh that was assigned to still owns its former arrays.
@@ -254,7 +256,7 @@ TEST_F(MeshTest, CopiesShareArraysAndEachBufferIsDeletedOnceByItsOwner) {
     std::multiset<double> names, deleted;
     for (const Call &call : made.named("glGenBuffersARB"))
         names.insert(call.arguments[1]);
-    EXPECT_EQ(names.size(), 8u);
+    EXPECT_EQ(names.size(), 4u);
     RVMESH *a = meshNamed("a"), *b = meshNamed("b");
     const Z3MVECTOR3D *const vertices = a->getVertexPtr();
     const Calls calls = callsOf([&] {
@@ -274,7 +276,7 @@ TEST_F(MeshTest, OpaqueMeshIsDrawnOnceFromItsBuffers) {
     recorder.start();
     RVMESH *mesh = makeSquare();
     const Calls made = recorder.stop().named("glGenBuffersARB");
-    ASSERT_EQ(made.size(), 4u);
+    ASSERT_EQ(made.size(), 2u);
     const auto bind = [&](GLenum target, std::size_t i) {
         return Call("glBindBufferARB", target, made[i].arguments.back());
     };
@@ -282,13 +284,13 @@ TEST_F(MeshTest, OpaqueMeshIsDrawnOnceFromItsBuffers) {
                                            bind(GL_ARRAY_BUFFER_ARB, 0),
                                            {"glVertexPointer", 3, GL_FLOAT, 0, 0},
                                            {"glEnableClientState", GL_NORMAL_ARRAY},
-                                           bind(GL_ARRAY_BUFFER_ARB, 1),
-                                           {"glNormalPointer", GL_FLOAT, 0, 0},
+                                           bind(GL_ARRAY_BUFFER_ARB, 0),
+                                           {"glNormalPointer", GL_FLOAT, 0, 48},
                                            {"glClientActiveTextureARB", GL_TEXTURE0},
                                            {"glEnableClientState", GL_TEXTURE_COORD_ARRAY},
-                                           bind(GL_ARRAY_BUFFER_ARB, 2),
-                                           {"glTexCoordPointer", 2, GL_FLOAT, 0, 0},
-                                           bind(GL_ELEMENT_ARRAY_BUFFER_ARB, 3),
+                                           bind(GL_ARRAY_BUFFER_ARB, 0),
+                                           {"glTexCoordPointer", 2, GL_FLOAT, 0, 96},
+                                           bind(GL_ELEMENT_ARRAY_BUFFER_ARB, 1),
                                            drawBuffer}));
     const Calls again = render(mesh);
     EXPECT_TRUE(again
@@ -296,6 +298,25 @@ TEST_F(MeshTest, OpaqueMeshIsDrawnOnceFromItsBuffers) {
                             "glColor4f", "glMaterialfv", "glLightModelf"})
                     .empty())
         << again.text();
+}
+
+// In a frame a mesh that is passed twice in a row, or shares the arrays of the one before, needs no
+// call for its arrays.
+TEST_F(MeshTest, ArraysThatAreSetAreNotSetAgain) {
+    RVMESH *square = makeSquare();
+    RVNODE *root = new RVNODE;
+    square->unlink();
+    square->link(root);
+    RVMESH *copy = new RVMESH;
+    *copy = *square;
+    copy->link(root);
+    for (int repeated = 0; repeated < 2; ++repeated) {
+        const Calls calls = callsOf([&] { drawFrame(nullptr, root); });
+        EXPECT_EQ(calls.count("glDrawElements"), 2u);
+        EXPECT_EQ(calls.count("glVertexPointer"), 1u);
+        EXPECT_EQ(calls.count("glNormalPointer"), 1u);
+        EXPECT_EQ(calls.count("glTexCoordPointer"), 1u);
+    }
 }
 
 TEST_F(BareDriverTest, OwnMemoryIsDrawn) {
@@ -323,14 +344,13 @@ TEST_F(MeshTest, DriverThatLacksAnEntryPointIsDrawnFromOwnMemory) {
     }
 }
 
+// No buffer need be bound for the second and the third array.
 TEST_F(MeshTest, SkinnedMeshIsDrawnFromItsSkinnedArrays) {
     RVNODE *root = loadScene({skinnedSquare("square", {"square"})});
     EXPECT_TRUE(callsOf([&] { drawFrame(nullptr, root); })
                     .haveInOrder({unbindArrays,
                                   {"glVertexPointer", 3, GL_FLOAT, 0, anyAddress},
-                                  unbindArrays,
                                   {"glNormalPointer", GL_FLOAT, 0, anyAddress},
-                                  unbindArrays,
                                   {"glTexCoordPointer", 2, GL_FLOAT, 0, anyAddress},
                                   drawBuffer}));
 }

@@ -5,6 +5,7 @@
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVLIGHT.h"
+#include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
 #include "tests/scene/sceneProbes.h"
@@ -164,6 +165,30 @@ TEST_F(KnownStateInFrame, ALightOfAnApplicationMayChangeALight) {
     link(new RVMESH);
     link(new RVMESH);
     EXPECT_EQ(frame().count("glLightfv"), 5u + 1u + 2 * (5u + 1u));
+}
+
+// The second material's colours are those that OpenGL has: its calls may be absent.
+TEST_F(KnownStateInFrame, ColorsThatAreSetAreNotSetAgain) {
+    for (int mesh = 0; mesh < 2; ++mesh)
+        link(new RVMESH)->setMaterial(new RVMATERIAL);
+    for (int repeated = 0; repeated < 2; ++repeated) {
+        const Calls calls = frame();
+        EXPECT_EQ(calls.count("glMaterialfv"), 4u);
+        EXPECT_EQ(calls.count("glMaterialf"), 1u);
+    }
+}
+
+TEST_F(KnownStateInFrame, ANodeOfAnApplicationMayChangeAColor) {
+    link(new RVMESH)->setMaterial(new RVMATERIAL);
+    link(new Calling<CustomNode>([] {
+        const float black[4] = {0, 0, 0, 1};
+        glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, black);
+    }));
+    link(new RVMESH)->setMaterial(new RVMATERIAL);
+    frame();
+    float color[4] = {};
+    glGetMaterialfv(GL_FRONT, GL_DIFFUSE, color);
+    EXPECT_EQ(color[0], 0.6f);
 }
 
 TEST_F(KnownStateInFrame, AnApplicationMayChangeALightBeforeTheListIsDrawn) {
