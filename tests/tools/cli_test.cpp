@@ -59,7 +59,6 @@ TEST(CommandLine, ReportsWrongOptionsInOneLine) {
              {"bogus", "no command 'bogus': there are convert, view, shot, terrain and font\n"},
              {"--nonsense", ""},
              {"convert", "MODEL is required (see ravolt convert --help)\n"},
-             {"convert m.obj", "--output is required (see ravolt convert --help)\n"},
              {"shot m.obj", "--output is required (see ravolt shot --help)\n"},
              {convert + "-q -v", "--quiet excludes --verbose (see ravolt convert --help)\n"},
              {convert + "--nonsense", ""},
@@ -151,7 +150,11 @@ TEST(CommandLine, ReportsWhatIsWrongWithAClipAndItsFrames) {
              {2, "move.x --clip rise --frames 9..", "--frames 9.." + range},
              {2, "move.x --clip rise --frames 3..1", "--frames 3..1" + order},
              {2, "move.x --clip rise --frames 0..1024", "--frames 0..1024" + order},
-             {2, "move.x --frames 0..1", "which clip? There is no --clip"},
+             {2, "move.x --frames 0..", "--frames 0..: only a clip has an end"},
+             {2, "move.x --frames 5..100000",
+              "--frames 5..100000: expected FIRST..LAST, from 0 to 99999"},
+             {2, "move.x --turn 8", "--turn 8: only with --frames FIRST..LAST"},
+             {2, "move.x --turn 8 --frames 8", "--turn 8: only with --frames FIRST..LAST"},
              {2, "move.x --frame 1", "which clip? There is no --clip"},
              {2, "move.x --frames 1x", "--frames 1x" + form},
              {2, "move.x --clip rise --frame 2 --frames 0..1",
@@ -279,6 +282,35 @@ TEST(CommandLine, ShootsSmoothPicturesByDefault) {
     }
 }
 
+TEST(CommandLine, ShootsWithAsManySamplesAsRequested) {
+    writeSquare();
+    const std::string shot = "shot m.obj --size 64x48 -o ";
+    expectSuccess(shot + "default.png");
+    expectSuccess(shot + "plain.png --no-smooth");
+    std::vector<std::string> earlier;
+    for (const std::string samples : {"1", "4", "9", "16"}) {
+        const std::string file = samples + ".png";
+        expectSuccess(shot + file + " --samples " + samples);
+        EXPECT_EQ(areEqual(file, "plain.png"), samples == "1") << samples;
+        EXPECT_EQ(areEqual(file, "default.png"), samples == "4") << samples;
+        for (const std::string &other : earlier)
+            EXPECT_FALSE(areEqual(file, other)) << file << " and " << other;
+        earlier.push_back(file);
+    }
+    expectSuccess(shot + "lines.png --wireframe");
+    expectSuccess(shot + "faded.png --wireframe --samples 4");
+    EXPECT_FALSE(areEqual("lines.png", "faded.png"));
+}
+
+TEST(CommandLine, WarnsOfSamplesThatThePictureIsTooLargeFor) {
+    writeSquare();
+    expectSuccess("shot m.obj --size 4200x8 -o x.png"); // not stated, so no warning
+    expectSuccess("shot m.obj --size 2500x8 --samples 16 -o x.png",
+                  "ravolt: warning: --samples 16: the picture is too large, drawn with 9\n");
+    expectSuccess("shot m.obj --size 4200x8 --samples 4 -o x.png",
+                  "ravolt: warning: --samples 4: the picture is too large, drawn with 1\n");
+}
+
 TEST(CommandLine, WarnsOfWhatTheDisplayDoesNotSupport) {
     writeSquare();
     const std::string bloom = "shot m.obj -o m.png --size 64x48 --bloom --floor";
@@ -294,15 +326,14 @@ TEST(CommandLine, WarnsOfWhatTheDisplayDoesNotSupport) {
     EXPECT_TRUE(isPng("m.png"));
 }
 
-TEST(CommandLine, DrawsWithoutSmoothingWhereTheDisplayHasNoTargetOfTwiceTheSize) {
+TEST(CommandLine, DrawsWithFewerSamplesWhereTheDisplayHasNoTargetForThem) {
     writeSquare();
     const std::string small = "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 "
                               "LD_PRELOAD='" RAVOLT_SMALL_TEXTURES "'";
     const std::string shot = "shot m.obj --bloom --size ";
     expectSuccess(shot + "600x40 --no-smooth -o plain.png");
     expectSuccess(shot + "600x40 -o small.png",
-                  "ravolt: warning: the display cannot draw effects at twice the size: drawn as "
-                  "with --no-smooth\n",
+                  "ravolt: warning: the display has no target for 4 samples: drawn with 1\n",
                   small);
     EXPECT_TRUE(areEqual("small.png", "plain.png"));
     expectFailure(shot + "1200x80 -o x.png", 1,

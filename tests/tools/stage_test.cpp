@@ -7,6 +7,8 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <numbers>
+#include <numeric>
+#include <ravolt/RVLIGHT.h>
 #include <ravolt/RVSETTINGS.h>
 
 namespace {
@@ -230,31 +232,64 @@ TEST_F(StageTest, DrawsLargePicturesInPartsThatFit) {
     EXPECT_EQ(window(8192, 8191), (std::pair{1024, 745}));
 }
 
-// A surface that shines by itself has one colour; only where pixels are halved is there another.
-TEST_F(StageTest, SmoothsTheEdgesOfAHalvedPicture) {
+// A surface that shines by itself has one colour; only the mean of samples is another.
+TEST_F(StageTest, SamplesSmoothEdgesAndKeepTheMeanColor) {
     writeSquare("Ka 0 0 0\nKd 0 0 0\nKe 1 1 1\n");
     writeScene();
     const auto between = [](const Picture &picture) {
         return std::count_if(picture.pixels.begin(), picture.pixels.end(),
                              [](unsigned char value) { return value > 60 && value < 230; });
     };
+    const auto mean = [](const Picture &picture) {
+        return std::accumulate(picture.pixels.begin(), picture.pixels.end(), 0.0) /
+               static_cast<double>(picture.pixels.size());
+    };
     OpenStage open;
-    EXPECT_EQ(between(open.shootFrom(20)), 0);
-    open.picture = {2 * size.width, 2 * size.height};
-    const Picture smooth = halved(open.shoot());
-    EXPECT_EQ(smooth.width, size.width);
-    EXPECT_EQ(smooth.height, size.height);
-    EXPECT_EQ(smooth.pixels.size(), std::size_t(3 * size.width * size.height));
-    EXPECT_GT(between(smooth), 90);
-    EXPECT_EQ(colorAt(smooth, 0.5, 0.5)[0], 255);
+    const Picture jagged = open.shootFrom(20);
+    EXPECT_EQ(between(jagged), 0);
+    for (const int side : {2, 3, 4}) {
+        SCOPED_TRACE(side * side);
+        open.picture = {side * size.width, side * size.height};
+        const Picture smooth = boxFiltered(open.shoot(), side);
+        EXPECT_EQ(smooth.width, size.width);
+        EXPECT_EQ(smooth.height, size.height);
+        EXPECT_EQ(smooth.pixels.size(), std::size_t(3 * size.width * size.height));
+        EXPECT_GT(between(smooth), 90);
+        // Point samples err by up to half a pixel along an edge of a hundred.
+        EXPECT_NEAR(mean(smooth), mean(jagged), 2 * 100 * 0.5 * 215 / (size.width * size.height));
+        EXPECT_EQ(colorAt(smooth, 0.5, 0.5)[0], 255);
+    }
 }
 
-TEST(PictureTest, HalvesToTheMeanOfFourPixels) {
-    const Picture half =
-        halved({4, 2, {0, 0, 9, 4, 0, 9, 8, 1, 2, 8, 1, 2, 0, 0, 9, 4, 3, 9, 8, 1, 3, 8, 1, 3}});
+TEST(PictureTest, EachPixelIsTheMeanOfItsSamples) {
+    const Picture picture = {
+        4, 2, {0, 0, 9, 4, 0, 9, 8, 1, 2, 8, 1, 2, 0, 0, 9, 4, 3, 9, 8, 1, 3, 8, 1, 3}};
+    const Picture half = boxFiltered(picture, 2);
     EXPECT_EQ(half.width, 2);
     EXPECT_EQ(half.height, 1);
     EXPECT_EQ(half.pixels, (std::vector<unsigned char>{2, 1, 9, 8, 1, 3}));
+    EXPECT_EQ(boxFiltered(picture, 1).pixels, picture.pixels);
+    const Picture nine = {4, 3, std::vector<unsigned char>(36, 7)};
+    const Picture third = boxFiltered(nine, 3);
+    EXPECT_EQ(third.width, 1) << "without the column that is left";
+    EXPECT_EQ(third.pixels, (std::vector<unsigned char>{7, 7, 7}));
+}
+
+// The engine's marker of a light would be seen beside the square.
+TEST_F(StageTest, ShowsNoMarkersOfLights) {
+    RveNode square = squareNode("square"), light;
+    square.mesh.material = "white";
+    light.kind = RveKind::light;
+    light.name = "lamp";
+    light.position = {0.2f, 0.2f, 1.5f};
+    writeRve({square, light}, "white");
+    OpenStage open;
+    open.stage.setRig(1);
+    const double plain = coverage(open.shootFrom(40));
+    open.stage.setRig(4);
+    EXPECT_EQ(coverage(open.shoot()), plain);
+    RVLIGHT::markersOn();
+    EXPECT_GT(coverage(open.shoot()), plain);
 }
 
 // A square that faces +z, turned about X by some degrees, then about the vertical.

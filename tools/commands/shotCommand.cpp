@@ -5,11 +5,11 @@
 #include "tools/commands/shotEngine.h"
 #include "tools/commands/shotOptions.h"
 #include "tools/commands/shotOthers.h"
+#include "tools/commands/shotSeries.h"
 #include "tools/commands/show.h"
 #include "tools/common/failure.h"
 #include "tools/common/message.h"
 #include "tools/process/display.h"
-#include "tools/process/signals.h"
 #include "tools/stage/glow.h"
 #include "tools/stage/particles.h"
 #include "tools/stage/picture.h"
@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <cctype>
 #include <memory>
+#include <ravolt/RAVOLT.h>
 
 namespace ravolt::tool {
 
@@ -26,7 +27,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Pictures are numbered from 0, whichever frame is the first.
+// Pictures are numbered from --start-number, whichever frame is the first.
 constexpr const char *videoHelp =
     "A video of a clip, of an even size:\n"
     "  ravolt shot MODEL --clip NAME --frames 0.. -o video_%04d.png\n"
@@ -39,13 +40,25 @@ void addOptions(CLI::App &app, ShotOptions &to) {
         ->required();
     app.add_option("--frames", to.frames,
                    "N: go once round the scene in N pictures, OUT_000.png and so on; "
-                   "FIRST..LAST: these frames of the clip, or FIRST.. up to its end, as "
-                   "OUT_0000.png and so on")
+                   "FIRST..LAST: these frames, from 0, of a video, or of the clip, there also "
+                   "FIRST.. up to its end, as OUT_0000.png and so on; a frame is the same picture "
+                   "in every run that draws it")
         ->capture_default_str();
-    app.add_flag("!--no-smooth", to.smooth,
-                 "Leave edges jagged: draw in the size of the picture, where otherwise it is "
-                 "drawn twice as large, up to 4096 pixels and 2048 with effects of the whole "
-                 "picture, and without lines");
+    app.add_option("--turn", to.turn,
+                   "With --frames FIRST..LAST: go once round the scene in so many frames")
+        ->check(CLI::Range(1, 100000));
+    app.add_option("--start-number", to.startNumber, "Number of the first picture")
+        ->check(CLI::Range(0, 99999))
+        ->capture_default_str();
+    CLI::Option *samples =
+        app.add_option("--samples", to.samples,
+                       "Samples of a pixel, 1, 4, 9 or 16, for smooth edges: the picture is drawn "
+                       "that many times as large, up to 8192 pixels in a direction and 4096 with "
+                       "effects of the whole picture or of a terrain (4, and 1 with lines)")
+            ->check(CLI::IsMember({1, 4, 9, 16}));
+    app.add_flag_callback(
+           "--no-smooth", [&to] { to.samples = 1; }, "The same as --samples 1")
+        ->excludes(samples);
     app.add_option("--frame", to.frame, "Frame of the clip, from 0")
         ->check(CLI::Range(0, 1023))
         ->capture_default_str();
@@ -64,23 +77,28 @@ void addOptions(CLI::App &app, ShotOptions &to) {
 // Adapts the series to the clip, whose length is known now.
 void fit(Series &series, const ShotOptions &options, const Playback &playback) {
     const int frames = playback.frames();
-    if (series.ofClip && series.toTheEnd)
-        series.pictures = std::max(1, frames - series.firstFrame);
-    const int last = series.firstFrame + (series.ofClip ? series.pictures : 1) - 1;
+    if (series.ofVideo && series.toTheEnd)
+        series.pictures = std::max(1, frames - series.first);
+    const int last = series.ofVideo ? series.first + series.pictures - 1 : options.frame;
     if (last >= frames)
-        throw WrongOptions((series.ofClip ? "--frames " + options.frames
-                                          : "--frame " + std::to_string(options.frame)) +
+        throw WrongOptions((series.ofVideo ? "--frames " + options.frames
+                                           : "--frame " + std::to_string(options.frame)) +
                            ": the clip '" + playback.name() + "' has frames 0 to " +
                            std::to_string(frames - 1));
 }
 
 void checkFrames(const ShotOptions &options) {
     const Series series = seriesFrom(options);
-    if (options.clip.empty() && (series.ofClip || options.frame > 0))
+    if (options.clip.empty() && options.frame > 0)
         throw WrongOptions("which clip? There is no --clip");
-    if (series.ofClip && options.frame > 0)
+    if (options.clip.empty() && series.toTheEnd)
+        throw WrongOptions("--frames " + options.frames + ": only a clip has an end");
+    if (series.ofVideo && options.frame > 0)
         throw WrongOptions("--frame " + std::to_string(options.frame) + ": --frames " +
                            options.frames + " tells the frames already");
+    if (options.turn && !series.ofVideo)
+        throw WrongOptions("--turn " + std::to_string(*options.turn) +
+                           ": only with --frames FIRST..LAST");
     if (options.output == standardOutput && (series.pictures > 1 || series.toTheEnd))
         throw WrongOptions("--output -: standard output takes one picture, not many");
 }
@@ -100,23 +118,10 @@ bool usesTarget(const ShotOptions &options) {
     return effectsFrom(options.effects).needWholePicture() && !options.wireframe;
 }
 
-// Twice the size for a smooth picture, unless that is too large. Lines are one pixel wide, and
-// would fade.
-WindowSize sizeToDraw(const ShotOptions &options) {
-    const WindowSize size = options.size;
-    const bool lines = options.wireframe || options.normals || options.boxes;
-    const int limit = (usesTarget(options) ? maxTarget : 2 * maxTarget) / 2;
-    if (!options.smooth || lines || std::max(size.width, size.height) > limit)
-        return size;
-    return {2 * size.width, 2 * size.height};
-}
-
 std::unique_ptr<Engine> startForStage(const ShotOptions &options, WindowSize &drawn) {
     Drawing drawing = drawingFor(options, options.content == Content::emitter);
     drawing.useTarget = usesTarget(options);
-    return startEngine(
-        options, drawing, drawn,
-        "the display cannot draw effects at twice the size: drawn as with --no-smooth");
+    return startEngine(options, drawing, drawn);
 }
 
 void drawOnStage(const ShotOptions &options) {
@@ -124,22 +129,24 @@ void drawOnStage(const ShotOptions &options) {
     const fs::path output = outputOf(options);
     const SceneToShow scene(options, verbosity);
     const LogAtEnd logged(verbosity);
-    WindowSize drawn = sizeToDraw(options);
     if (usesTarget(options))
         requireTarget(options, "with bloom, tone mapping or depth of field ");
+    WindowSize drawn = sizeToDraw(options, usesTarget(options) ? maxTarget : 2 * maxTarget);
     const std::unique_ptr<Engine> engine = startForStage(options, drawn);
+    const bool ofClip = !options.clip.empty();
+    RAVOLT::setFrameDuration(static_cast<float>(ofClip ? 1 / options.fps : frameStep));
     const LoadedScene loaded = load(*engine, scene, options);
     Stage stage(loaded.root);
     if (loaded.emitter)
         stage.setSphere(sphereAround(*loaded.emitter));
     Playback playback(loaded.root, scene.clips(), scene.skins());
     Series series = seriesFrom(options);
-    if (!options.clip.empty()) {
+    if (ofClip) {
         playback.choose(scene.requestedClip());
         warnOfMissingNodes(playback, verbosity);
         stage.setSphere(playback.sphere());
         fit(series, options, playback);
-        playback.setFrame(series.firstFrame);
+        playback.setFrame(series.ofVideo ? 0 : options.frame);
     }
     arrange(stage, options);
     removeBrokenTextures(verbosity);
@@ -148,25 +155,17 @@ void drawOnStage(const ShotOptions &options) {
     if (loaded.emitter)
         moveParticles(stage, options.warmUp.value_or(fullAfter(*loaded.emitter)));
     const double start = stage.getYaw();
-    bool something = false;
-    {
-        Progress progress(!verbosity.quiet && series.pictures > 1);
-        progress.step("drawing", 0, 1);
-        for (int i = 0; i < series.pictures; ++i) {
-            throwIfInterrupted();
-            if (series.ofClip)
-                playback.setFrame(series.firstFrame + i);
-            else
-                stage.setYaw(start + 360.0 * i / series.pictures);
-            Picture picture = shoot(stage, drawn);
-            if (drawn.width > options.size.width)
-                picture = halved(picture);
-            something = something || showsSomething(picture);
-            save(picture, pictureFile(output, i, series), scene.inputs());
-            progress.update(static_cast<double>(i + 1) / series.pictures);
-        }
-    }
-    if (!something)
+    const auto pose = [&](int frame) {
+        if (series.ofVideo && loaded.emitter && frame > 0)
+            moveParticles(stage, frameStep);
+        if (series.ofVideo && ofClip)
+            playback.setFrame(frame);
+        if (series.turn)
+            stage.setYaw(start + 360.0 * frame / series.turn);
+    };
+    const bool dependsOnEarlier = loaded.emitter || stage.getEffects().isOn(Effect::toneMapping);
+    if (!drawSeries(options, output, series, {stage, drawn, pose, dependsOnEarlier},
+                    scene.inputs()))
         warn("nothing is seen from here; try --two-sided or --yaw", verbosity);
 }
 

@@ -1,4 +1,4 @@
-// Pictures are drawn at twice their size where the display can.
+// Pictures are drawn with as many samples as the display can.
 
 #include "tools/commands/shotEngine.h"
 
@@ -9,23 +9,25 @@
 
 namespace ravolt::tool {
 
-std::unique_ptr<Engine> startEngine(const ShotOptions &options, Drawing drawing, WindowSize &drawn,
-                                    const std::string &warning) {
-    const auto start = [&] {
-        drawing.picture = drawn;
-        return std::make_unique<Engine>(windowFor(drawn), "ravolt", false, LogRedirect::log(),
-                                        drawing);
-    };
-    try {
-        return start();
-    } catch (const PictureTooLarge &) {
-        if (drawn.width == options.size.width)
-            throw;
+std::unique_ptr<Engine> startEngine(const ShotOptions &options, Drawing drawing,
+                                    WindowSize &drawn) {
+    const WindowSize size = options.size;
+    const int wanted = drawn.width / size.width;
+    for (int side = wanted;; --side) {
+        drawn = drawing.picture = {side * size.width, side * size.height};
+        try {
+            auto engine = std::make_unique<Engine>(windowFor(drawn), "ravolt", false,
+                                                   LogRedirect::log(), drawing);
+            if (side < wanted)
+                warn("the display has no target for " + std::to_string(wanted * wanted) +
+                         " samples: drawn with " + std::to_string(side * side),
+                     options.verbosity);
+            return engine;
+        } catch (const PictureTooLarge &) {
+            if (side == 1)
+                throw;
+        }
     }
-    drawn = options.size;
-    auto engine = start();
-    warn(warning, options.verbosity);
-    return engine;
 }
 
 } // namespace ravolt::tool

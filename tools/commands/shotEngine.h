@@ -5,16 +5,14 @@
 #include "tools/stage/engine.h"
 
 #include <memory>
-#include <string>
 
 namespace ravolt::tool {
 
 struct ShotOptions;
 
-// Starts the engine with a window, and a target where `drawing` has one, of the size `drawn`. Where
-// the display has no target of that size, which is twice that of the picture, `drawn` is set to the
-// size of the picture and `warning` is printed. Throws Failure.
-std::unique_ptr<Engine> startEngine(const ShotOptions &options, Drawing drawing, WindowSize &drawn,
-                                    const std::string &warning);
+// Starts the engine with a window, and a target where `drawing` has one, of the size `drawn`, which
+// is a multiple of that of the picture. Where the display has no target of that size, `drawn` is
+// set to the next smaller one that it has, with a warning. Throws Failure.
+std::unique_ptr<Engine> startEngine(const ShotOptions &options, Drawing drawing, WindowSize &drawn);
 
 } // namespace ravolt::tool

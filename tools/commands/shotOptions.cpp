@@ -3,10 +3,12 @@
 #include "tools/commands/shotOptions.h"
 
 #include "tools/common/failure.h"
+#include "tools/common/message.h"
 #include "tools/writers/rvaWriter.h"
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <regex>
 
@@ -17,6 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int maxPictures = 10000;
+constexpr int maxFrame = 99999; // of a video that is not a clip
 
 // A whole number from 0 to `maximum`; -1 for anything else.
 int wholeNumber(const std::string &text, int maximum) {
@@ -30,27 +33,28 @@ int wholeNumber(const std::string &text, int maximum) {
 
 Series seriesFrom(const ShotOptions &options) {
     Series series;
-    series.firstFrame = options.frame;
+    series.startNumber = options.startNumber;
     const std::string &text = options.frames;
     const std::size_t dots = text.find("..");
     if (dots == std::string::npos) {
-        series.pictures = wholeNumber(text, maxPictures);
+        series.pictures = series.turn = wholeNumber(text, maxPictures);
         if (series.pictures < 1)
             throw WrongOptions("--frames " + text + ": expected a number from 1 to " +
                                std::to_string(maxPictures) + ", or FIRST..LAST");
         return series;
     }
-    constexpr int lastFrame = static_cast<int>(ravolt::rvaFrames) - 1;
+    const int lastFrame = options.clip.empty() ? maxFrame : static_cast<int>(ravolt::rvaFrames) - 1;
     const std::string last = text.substr(dots + 2);
-    series.ofClip = true;
+    series.ofVideo = true;
     series.digits = 4;
+    series.turn = options.turn.value_or(0);
     series.toTheEnd = last.empty();
-    series.firstFrame = wholeNumber(text.substr(0, dots), lastFrame);
+    series.first = wholeNumber(text.substr(0, dots), lastFrame);
     const int end = last.empty() ? lastFrame : wholeNumber(last, lastFrame);
-    if (series.firstFrame < 0 || end < series.firstFrame)
+    if (series.first < 0 || end < series.first)
         throw WrongOptions("--frames " + text + ": expected FIRST..LAST, from 0 to " +
                            std::to_string(lastFrame));
-    series.pictures = end - series.firstFrame + 1;
+    series.pictures = end - series.first + 1;
     return series;
 }
 
@@ -70,7 +74,7 @@ fs::path pictureFile(const fs::path &output, int picture, const Series &series) 
         return output;
     }
     char number[24];
-    std::snprintf(number, sizeof number, "%0*d", digits, picture);
+    std::snprintf(number, sizeof number, "%0*d", digits, series.startNumber + picture);
     return output.parent_path() / name.replace(at, length, before + number);
 }
 
@@ -80,6 +84,21 @@ void requireTarget(const ShotOptions &options, const std::string &when) {
         throw WrongOptions("--size " + std::to_string(size.width) + "x" +
                            std::to_string(size.height) + ": " + when + "at most " +
                            std::to_string(maxTarget) + " pixels in each direction");
+}
+
+WindowSize sizeToDraw(const ShotOptions &options, int limit) {
+    // Lines are one pixel wide, and would fade.
+    const bool lines = options.wireframe || options.normals || options.boxes;
+    const int wanted = options.samples.value_or(lines ? 1 : 4);
+    const WindowSize size = options.size;
+    int side = static_cast<int>(std::lround(std::sqrt(wanted)));
+    while (side > 1 && std::max(size.width, size.height) * side > limit)
+        --side;
+    if (options.samples && side * side < wanted)
+        warn("--samples " + std::to_string(wanted) + ": the picture is too large, drawn with " +
+                 std::to_string(side * side),
+             options.verbosity);
+    return {side * size.width, side * size.height};
 }
 
 fs::path outputOf(const ShotOptions &options) {

@@ -10,9 +10,11 @@ namespace ravolt::tool {
 
 struct ShotOptions : ShowOptions {
     std::filesystem::path output; // "-" for standard output
-    bool smooth = true;           // drawn twice as large
+    std::optional<int> samples;   // of a pixel: 1, 4, 9 or 16
     int frame = 0;                // of the clip
-    std::string frames = "1"; // a number above 1: a turn round the scene; FIRST..LAST: of the clip
+    std::string frames = "1"; // a number above 1: a turn round the scene; FIRST..LAST: of a video
+    std::optional<int> turn;  // frames of a video in which it goes once round
+    int startNumber = 0;      // of the first picture
     std::optional<double> warmUp; // seconds of an emitter
     std::string sdlFolder;
 };
@@ -22,20 +24,27 @@ constexpr int maxTarget = 4096; // which needs a gigabyte of video memory
 // Throws WrongOptions for a picture that is larger: "--size 5000x10: `when`at most ...".
 void requireTarget(const ShotOptions &options, const std::string &when = "");
 
+// The size of the picture, or a multiple of it: the samples of a pixel are the pixels of a square
+// of the larger picture. Fewer than wanted, with a warning if they were stated, where the larger
+// one would exceed `limit` in one direction.
+WindowSize sizeToDraw(const ShotOptions &options, int limit);
+
 // The pictures to draw.
 struct Series {
     int pictures = 1;
-    int firstFrame = 0;
-    bool ofClip = false;   // or a turn round the scene
+    int first = 0;         // frame of a video
+    bool ofVideo = false;  // FIRST..LAST, of the clip if there is one; or a turn round the scene
     bool toTheEnd = false; // of the clip, whose length is not known yet
+    int turn = 0;          // frames in which it goes once round; 0 for none
     int digits = 3;        // of the number in file names that do not say
+    int startNumber = 0;   // of the first picture
 };
 
 // Throws WrongOptions for a --frames that is neither.
 Series seriesFrom(const ShotOptions &options);
 
 // Inserts the number at "%d", "%4d" or "%04d" in the name, else before the extension. The name of a
-// single picture without such a format is unchanged.
+// single picture without such a format is unchanged. `picture` counts those of the series from 0.
 std::filesystem::path pictureFile(const std::filesystem::path &output, int picture,
                                   const Series &series);
 

@@ -4,24 +4,20 @@
 
 #include "tools/commands/shotEngine.h"
 #include "tools/commands/shotOptions.h"
+#include "tools/commands/shotSeries.h"
 #include "tools/commands/show.h"
-#include "tools/common/progress.h"
-#include "tools/process/signals.h"
+#include "tools/common/failure.h"
 #include "tools/stage/landscape.h"
 #include "tools/stage/panel.h"
 
-#include <algorithm>
+#include <cmath>
 #include <memory>
 #include <numbers>
 #include <ravolt/RAVOLT.h>
 
 namespace ravolt::tool {
 
-namespace fs = std::filesystem;
-
 namespace {
-
-constexpr float frameSeconds = 1 / 30.0f; // of waves
 
 Vector turnedAbout(const Vector &center, const Vector &point, double turns) {
     const double angle = 2 * std::numbers::pi * turns;
@@ -34,26 +30,22 @@ Vector turnedAbout(const Vector &center, const Vector &point, double turns) {
 std::unique_ptr<Engine> startForTarget(const ShotOptions &options, WindowSize &drawn) {
     Drawing drawing = drawingFor(options, true);
     drawing.useTarget = true;
-    return startEngine(options, drawing, drawn,
-                       "the display cannot draw at twice the size: drawn as with --no-smooth");
+    return startEngine(options, drawing, drawn);
 }
 
 } // namespace
 
 void shootTerrain(const ShotOptions &options) {
-    const fs::path output = outputOf(options);
+    const std::filesystem::path output = outputOf(options);
     const TerrainFiles files = findTerrain(options.input);
     InputFiles inputs;
     inputs.add(files.config);
     inputs.add(files.geometry);
     const LogAtEnd logged(options.verbosity);
-    WindowSize drawn = options.size;
-    const bool smooth = options.smooth && !options.wireframe && !options.boxes;
-    if (smooth && std::max(drawn.width, drawn.height) <= maxTarget / 2)
-        drawn = {2 * drawn.width, 2 * drawn.height};
     requireTarget(options);
+    WindowSize drawn = sizeToDraw(options, maxTarget);
     const std::unique_ptr<Engine> engine = startForTarget(options, drawn);
-    RAVOLT::setFrameDuration(frameSeconds);
+    RAVOLT::setFrameDuration(static_cast<float>(frameStep));
     Landscape landscape(*engine, files);
     arrange(landscape, options);
     removeBrokenTextures(options.verbosity);
@@ -62,21 +54,20 @@ void shootTerrain(const ShotOptions &options) {
         landscape.draw();
     const Series series = seriesFrom(options);
     const Vector eye = landscape.getEye(), target = landscape.getTarget();
-    Progress progress(!options.verbosity.quiet && series.pictures > 1);
-    progress.step("drawing", 0, 1);
-    for (int i = 0; i < series.pictures; ++i) {
-        throwIfInterrupted();
-        landscape.setEye(turnedAbout(target, eye, static_cast<double>(i) / series.pictures));
-        Picture picture = shoot(landscape, drawn);
-        if (drawn.width > options.size.width)
-            picture = halved(picture);
-        save(picture, pictureFile(output, i, series), inputs);
-        progress.update(static_cast<double>(i + 1) / series.pictures);
-    }
+    const auto pose = [&](int frame) {
+        const double turns = series.turn ? static_cast<double>(frame) / series.turn : 0;
+        landscape.setEye(turnedAbout(target, eye, turns));
+    };
+    drawSeries(options, output, series, {landscape, drawn, pose, true},
+               inputs); // waves have a clock
 }
 
 void shootInterface(const ShotOptions &options) {
-    const fs::path output = outputOf(options);
+    const std::filesystem::path output = outputOf(options);
+    const Series series = seriesFrom(options);
+    if (!series.ofVideo && series.pictures > 1)
+        throw WrongOptions("--frames " + options.frames +
+                           ": an interface is flat; state FIRST..LAST");
     InputFiles inputs;
     inputs.add(options.input);
     const LogAtEnd logged(options.verbosity);
@@ -86,10 +77,10 @@ void shootInterface(const ShotOptions &options) {
         drawn = fitting.size = sizeOfInterface(fitting);
     requireTarget(fitting);
     const std::unique_ptr<Engine> engine = startForTarget(fitting, drawn);
-    RAVOLT::setFrameDuration(frameSeconds);
+    RAVOLT::setFrameDuration(static_cast<float>(frameStep));
     Panel panel(engine->loadInterface(fitting.input));
     removeBrokenTextures(options.verbosity);
-    save(shoot(panel, drawn), pictureFile(output, 0, {}), inputs);
+    drawSeries(fitting, output, series, {panel, drawn, [](int) {}, true}, inputs);
 }
 
 } // namespace ravolt::tool

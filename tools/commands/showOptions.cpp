@@ -44,8 +44,8 @@ bool concerns(const std::string &option, Content content) {
     static const std::set<std::string> ofModels = {
         "--two-sided", "--alpha",   "--textures", "--follow", "--max-memory",
         "--max-time",  "--normals", "--clip",     "--frame",  "--fps"};
-    static const std::set<std::string> ofInterfaces = {"--size", "--output", "--sdl",
-                                                       "--anisotropy", "--seconds"};
+    static const std::set<std::string> ofInterfaces = {
+        "--size", "--output", "--sdl", "--anisotropy", "--seconds", "--frames", "--start-number"};
     static const std::set<std::string> notOfTerrains = {
         "--rig",        "--per-pixel", "--spot",       "--shadows",
         "--floor",      "--spot-yaw",  "--spot-pitch", "--spot-distance",

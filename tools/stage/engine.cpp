@@ -7,6 +7,7 @@
 #include <ravolt/RAVOLT.h>
 #include <ravolt/RVEMITTER.h>
 #include <ravolt/RVFBO.h>
+#include <ravolt/RVLIGHT.h>
 #include <ravolt/RVMATERIAL.h>
 #include <ravolt/RVOPENGL.h>
 #include <ravolt/RVSETTINGS.h>
@@ -132,6 +133,7 @@ Engine::Engine(WindowSize size, const std::string &title, bool resizable, const 
 }
 
 void Engine::start(RVSETTINGS &settings, const Drawing &drawing) {
+    RVLIGHT::markersOff();
     if (!RAVOLT::init(&settings))
         throw Failure("cannot open a window: " + lastError());
     if (drawing.useTarget && usesTarget() && !RVOPENGL::getFbo(0)->isOk()) {

@@ -1,6 +1,6 @@
-// Lights of the rigs are directional. The position of such a light has no effect, except that the
-// engine draws a small pyramid there: so they are all behind the camera, and the first one
-// nearest to the scene, since programs go by the nearest light alone.
+// Lights of the rigs are directional. The position of such a light has no effect, except that
+// programs go by the nearest light alone: so they are all at the camera and behind it, the first
+// one nearest to the scene.
 //
 // The engine leaves OpenGL lights on that an object does not need any more. So there are always
 // four of them, the most that an object can have; those that are not needed are black.
@@ -20,8 +20,6 @@ namespace {
 
 constexpr double degree = std::numbers::pi / 180;
 constexpr std::size_t lightsOfAnObject = 4;
-constexpr double pyramid = 10;        // well above the size of a light's shape
-constexpr double spotPyramid = 0.004; // what it is scaled to, in radii of the scene
 constexpr float spotAmbient = 0.2f;
 
 // One light of a rig: where it comes from, in the axes of the view or of the world. A light
@@ -124,10 +122,9 @@ void Lights::arrange(const View &view, const Sphere &scene, const Effects &effec
         light->setDirection(floats(view.back * -1.0));
         shine(*light, 0, 0);
     }
-    const double behind = pyramid + view.distance;
     for (std::size_t i = 0; i < rigLights.size(); ++i) {
-        const double place = behind + 0.01 * view.distance * static_cast<double>(i);
-        rigLights[i]->setPosition(floats(view.eye + view.back * place));
+        const double behind = view.distance * (1 + 0.01 * static_cast<double>(i));
+        rigLights[i]->setPosition(floats(view.eye + view.back * behind));
     }
     if (spotIsOn)
         arrangeSpot(scene, effects);
@@ -150,17 +147,12 @@ void Lights::arrangeRig(const View &view, double brightness) {
     }
 }
 
-// The matrix scales its shape down; position and direction are unaffected.
 void Lights::arrangeSpot(const Sphere &scene, const Effects &effects) {
     const Vector from =
         directionAt(effects.get(EffectParameter::spotYaw), effects.get(EffectParameter::spotPitch));
     const double distance = effects.get(EffectParameter::spotDistance) * scene.radius;
     const auto f = [](double value) { return static_cast<float>(value); };
-    const Vector place = scene.center + from * distance;
-    const float size = f(spotPyramid * scene.radius);
-    spot->setPositioning(RV_NODE_POSITIONING_MATRIX);
-    spot->setMatrix(Z3MMATRIX(size, 0, 0, 0, 0, size, 0, 0, 0, 0, size, 0, f(place.x), f(place.y),
-                              f(place.z), 1));
+    spot->setPosition(floats(scene.center + from * distance));
     spot->setDirection(floats(from * -1.0));
     spot->setCutOff(f(effects.get(EffectParameter::spotAngle) / 2));
     spot->setExponent(f(effects.get(EffectParameter::spotFade)));

@@ -42,13 +42,12 @@ WindowSize windowFor(WindowSize picture) {
     return {partOf(picture.width, maxWindow.width), partOf(picture.height, maxWindow.height)};
 }
 
-Picture shoot(Drawable &drawable, WindowSize size) {
+namespace {
+
+// Draws all parts of a picture; `finish` is called with the left and bottom edge of each one before
+// it is presented.
+template <class Finish> void drawParts(Drawable &drawable, WindowSize size, Finish finish) {
     const auto [width, height] = canvasSize();
-    Picture whole;
-    whole.width = size.width;
-    whole.height = size.height;
-    whole.pixels.resize(std::size_t(3) * static_cast<std::size_t>(size.width) *
-                        static_cast<std::size_t>(size.height));
     const bool inParts = width != size.width || height != size.height;
     for (int bottom = 0; bottom < size.height; bottom += height)
         for (int left = 0; left < size.width; left += width) {
@@ -56,11 +55,27 @@ Picture shoot(Drawable &drawable, WindowSize size) {
             if (inParts)
                 drawable.setPart({size.width, size.height, left, bottom});
             drawable.draw();
-            copyTile(takePicture(), left, bottom, whole);
+            finish(left, bottom);
             RAVOLT::swap();
         }
     drawable.setPart({});
+}
+
+} // namespace
+
+Picture shoot(Drawable &drawable, WindowSize size) {
+    Picture whole;
+    whole.width = size.width;
+    whole.height = size.height;
+    whole.pixels.resize(std::size_t(3) * static_cast<std::size_t>(size.width) *
+                        static_cast<std::size_t>(size.height));
+    drawParts(drawable, size,
+              [&](int left, int bottom) { copyTile(takePicture(), left, bottom, whole); });
     return whole;
+}
+
+void drawUnseen(Drawable &drawable, WindowSize size) {
+    drawParts(drawable, size, [](int, int) {});
 }
 
 namespace {
@@ -94,20 +109,27 @@ void settle(Drawable &drawable) {
     RAVOLT::setFrameDuration(before);
 }
 
-Picture halved(const Picture &picture) {
-    Picture half;
-    half.width = picture.width / 2;
-    half.height = picture.height / 2;
+Picture boxFiltered(const Picture &picture, int side) {
+    const auto samples = static_cast<std::size_t>(side);
     const auto row = 3 * static_cast<std::size_t>(picture.width);
-    half.pixels.reserve(row / 2 * static_cast<std::size_t>(half.height));
-    for (std::size_t y = 0; y < static_cast<std::size_t>(half.height); ++y)
-        for (std::size_t x = 0; x < static_cast<std::size_t>(half.width); ++x)
-            for (std::size_t channel = 0; channel < 3; ++channel) {
-                const unsigned char *four = &picture.pixels[2 * y * row + 6 * x + channel];
-                const int sum = four[0] + four[3] + four[row] + four[row + 3];
-                half.pixels.push_back(static_cast<unsigned char>((sum + 2) / 4));
-            }
-    return half;
+    Picture filtered;
+    filtered.width = picture.width / side;
+    filtered.height = picture.height / side;
+    const auto columns = static_cast<std::size_t>(filtered.width);
+    std::vector<std::size_t> sums(3 * columns); // of one row
+    filtered.pixels.reserve(sums.size() * static_cast<std::size_t>(filtered.height));
+    for (std::size_t y = 0; y < static_cast<std::size_t>(filtered.height); ++y) {
+        std::fill(sums.begin(), sums.end(), 0);
+        for (std::size_t sample = 0; sample < samples; ++sample) {
+            const unsigned char *from = &picture.pixels[(y * samples + sample) * row];
+            for (std::size_t i = 0; i < 3 * columns * samples; ++i)
+                sums[i / (3 * samples) * 3 + i % 3] += from[i];
+        }
+        for (const std::size_t sum : sums)
+            filtered.pixels.push_back(
+                static_cast<unsigned char>((sum + samples * samples / 2) / (samples * samples)));
+    }
+    return filtered;
 }
 
 bool showsSomething(const Picture &picture) {

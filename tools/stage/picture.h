@@ -30,6 +30,9 @@ WindowSize windowFor(WindowSize picture);
 // the picture as a whole the engine must draw into a render target.
 Picture shoot(Drawable &drawable, WindowSize size);
 
+// The same frames, which are discarded.
+void drawUnseen(Drawable &drawable, WindowSize size);
+
 // Draws a frame that is discarded, if the effects need one: after a pause the engine would count
 // the whole pause as the duration of the first frame, and in the very first frame depth of field
 // and shadows know no lights, so that meshes with bones cast the shadow of their bind pose.
@@ -39,8 +42,9 @@ void drawAfterPause(Drawable &drawable);
 // mapping adapts to the brightness within a second.
 void settle(Drawable &drawable);
 
-// Half as wide and as high: each pixel is the mean of four, so that edges are smooth.
-Picture halved(const Picture &picture);
+// Each pixel is the mean of `side` by `side` pixels, which are its samples, so that edges are
+// smooth. Rows and columns beyond a multiple of `side` are left out.
+Picture boxFiltered(const Picture &picture, int side);
 
 // Whether it shows anything but the background.
 bool showsSomething(const Picture &picture);

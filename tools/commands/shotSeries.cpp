@@ -1,0 +1,34 @@
+// Each frame is drawn by the same calls whether it is saved or unseen.
+
+#include "tools/commands/shotSeries.h"
+
+#include "tools/commands/shotOptions.h"
+#include "tools/common/progress.h"
+#include "tools/process/signals.h"
+
+namespace ravolt::tool {
+
+bool drawSeries(const ShotOptions &options, const std::filesystem::path &output,
+                const Series &series, const SeriesSource &source, const InputFiles &inputs) {
+    const int start = source.dependsOnEarlier ? 0 : series.first;
+    const int end = series.first + series.pictures;
+    bool something = false;
+    Progress progress(!options.verbosity.quiet && end - start > 1);
+    progress.step("drawing", 0, 1);
+    for (int frame = start; frame < end; ++frame) {
+        throwIfInterrupted();
+        source.pose(frame);
+        if (frame < series.first) {
+            drawUnseen(source.drawable, source.drawn);
+        } else {
+            const Picture picture = boxFiltered(shoot(source.drawable, source.drawn),
+                                                source.drawn.width / options.size.width);
+            something = something || showsSomething(picture);
+            save(picture, pictureFile(output, frame - series.first, series), inputs);
+        }
+        progress.update(static_cast<double>(frame + 1 - start) / (end - start));
+    }
+    return something;
+}
+
+} // namespace ravolt::tool
