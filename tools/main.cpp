@@ -3,15 +3,13 @@
 
 #include "tools/commands/command.h"
 #include "tools/common/failure.h"
-#include "tools/common/message.h"
+#include "tools/process/exitCode.h"
 #include "tools/process/logRedirect.h"
-#include "tools/process/signals.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <new>
 
 namespace {
 
@@ -98,19 +96,5 @@ int run(int argc, char **argv) {
 
 int main(int argc, char **argv) {
     const LogRedirect quiet;
-    try {
-        return run(argc, argv);
-    } catch (const std::bad_alloc &) {
-        sayError("out of memory");
-    } catch (const Interrupted &end) {
-        return 128 + end.signal();
-    } catch (const WrongOptions &error) {
-        sayError(error.what());
-        return 2;
-    } catch (const std::exception &error) {
-        if (receivedSignal()) // which has cut short what failed
-            return 128 + receivedSignal();
-        sayError(error.what());
-    }
-    return 1;
+    return exitCodeOf([=] { return run(argc, argv); });
 }

@@ -142,6 +142,27 @@ TEST_F(Ending, StopsConvertOnASignalWhateverTheReaderDoes) {
     EXPECT_FALSE(hasTemporaries());
 }
 
+TEST_F(Ending, StopsAllModelsOfConvertOnASignal) {
+    writeSlowModel();
+    fs::create_directories("other");
+    fs::copy_file("slow.obj", "other/slower.obj", fs::copy_options::overwrite_existing);
+    for (const int number : {SIGINT, SIGTERM}) {
+        pid_t worker = 0, reader = 0;
+        EXPECT_EQ(signalled(number, {"convert", "slow.obj", "other/slower.obj", "m.obj", "-j", "2"},
+                            [&](pid_t program) {
+                                worker = readerOf(program);
+                                reader = worker ? readerOf(worker) : 0;
+                                return reader != 0;
+                            }),
+                  128 + number);
+        EXPECT_TRUE(reader);
+        EXPECT_NE(kill(reader, 0), 0) << "is still there";
+        EXPECT_NE(kill(worker, 0), 0) << "is still there";
+    }
+    EXPECT_FALSE(fs::exists("slow.rve") || fs::exists("slower.rve") || fs::exists("m.rve"));
+    EXPECT_FALSE(hasTemporaries());
+}
+
 TEST_F(Ending, PreservesIgnoredSignals) {
     EXPECT_EQ(
         run("shot m.obj -o m.png --size 64x48 & sleep 0.3; kill -HUP $!; wait $!", "trap '' HUP; ")

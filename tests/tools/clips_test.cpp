@@ -28,7 +28,7 @@ class ClipsTest : public ::testing::Test {
     ClipsTest() { figure.node("arm"); }
 
     const std::vector<Clip> &convert(double fps = 10) {
-        skeleton = std::make_unique<Skeleton>(figure.scene, 1, 1, report);
+        skeleton = std::make_unique<Skeleton>(figure.scene, Matrix(), 1, report);
         skins = std::make_unique<Skins>(figure.scene, *skeleton, report);
         clips =
             std::make_unique<Clips>(figure.scene, interpolations, *skeleton, *skins, fps, report);

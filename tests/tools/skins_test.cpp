@@ -100,7 +100,7 @@ TEST(Skins, WarnWhereThereAreMoreThanAFrameDraws) {
 class SkinsTest : public ::testing::Test {
   protected:
     VertexTransform transformOfBody() {
-        skeleton = std::make_unique<Skeleton>(figure.scene, 1, 2, report);
+        skeleton = std::make_unique<Skeleton>(figure.scene, Matrix(), 2, report);
         skins = std::make_unique<Skins>(figure.scene, *skeleton, report);
         VertexTransform transform;
         skins->setVertexTransform(0, 3, transform);
@@ -211,7 +211,7 @@ TEST(Skeleton, GivesItsNodesUniqueNames) {
     figure.node("HumanoidRoot");
     figure.node(std::string(300, 'x'));
     Report report;
-    const Skeleton skeleton(figure.scene, 1, 2, report);
+    const Skeleton skeleton(figure.scene, Matrix(), 2, report);
     Lines names;
     for (std::size_t i = 1; i <= 4; ++i)
         names.push_back(skeleton.joints()[i].name);

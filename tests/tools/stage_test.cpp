@@ -275,6 +275,27 @@ TEST(PictureTest, EachPixelIsTheMeanOfItsSamples) {
     EXPECT_EQ(third.pixels, (std::vector<unsigned char>{7, 7, 7}));
 }
 
+// The square in the plane of X and Z, whose Z axis is up.
+TEST_F(StageTest, ShowsAModelWhoseZAxisIsUpUpright) {
+    const Picture plain = OpenStage().shootFrom(30, 20);
+    std::string turned, rest = readText("m.obj");
+    for (std::istringstream lines(rest); std::getline(lines, rest);) {
+        float x = 0, y = 0;
+        if (std::sscanf(rest.c_str(), "v %f %f 0", &x, &y) == 2)
+            rest = "v " + std::to_string(x) + " 0 " + std::to_string(y);
+        if (rest == "vn 0 0 1")
+            rest = "vn 0 -1 0";
+        turned += rest + "\n";
+    }
+    writeFile("m.obj", turned);
+    writeScene();
+    EXPECT_GT(differences(OpenStage().shootFrom(30, 20), plain, 20), 1000u);
+    ConvertOptions options = optionsOf("m.obj");
+    options.zUp = true;
+    writeScene(options);
+    EXPECT_LT(differences(OpenStage().shootFrom(30, 20), plain, 20), 30u);
+}
+
 // The engine's marker of a light would be seen beside the square.
 TEST_F(StageTest, ShowsNoMarkersOfLights) {
     RveNode square = squareNode("square"), light;

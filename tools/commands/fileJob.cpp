@@ -10,9 +10,11 @@
 namespace ravolt::tool {
 
 void writeFiles(const std::string &input, const Limits &limits, const Verbosity &verbosity,
-                const std::function<std::string(GuardedJob &, Report &)> &job) {
+                const std::function<std::string(GuardedJob &, Report &)> &job,
+                const std::function<void()> &beforeCommit) {
     LogRedirect::clear(); // no engine, so nothing to log
     GuardedJob done;
+    done.beforeCommit = beforeCommit;
     runGuarded(
         input, limits,
         [&](GuardedJob &guarded) {

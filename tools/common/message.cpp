@@ -6,11 +6,16 @@ namespace ravolt::tool {
 
 namespace {
 
+std::string prefix;
+
 void say(const char *kind, const std::string &line) {
-    std::fprintf(stderr, "ravolt: %s%s\n", kind, line.c_str());
+    const bool prefixed = line.rfind(prefix, 0) == 0;
+    std::fprintf(stderr, "ravolt: %s%s%s\n", prefixed ? "" : prefix.c_str(), kind, line.c_str());
 }
 
 } // namespace
+
+void setMessagePrefix(const std::string &text) { prefix = text; }
 
 void sayError(const std::string &line) { say("", line); }
 

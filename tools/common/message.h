@@ -13,6 +13,10 @@ struct Verbosity {
     bool verbose = false;
 };
 
+// Every message from now on starts with this text, unless it does by itself: the file of a job
+// among several.
+void setMessagePrefix(const std::string &text);
+
 // An error: why the job failed.
 void sayError(const std::string &line);
 

@@ -78,6 +78,12 @@ void stage(FileTransaction &files, const fs::path &file, const ravolt::WrittenBy
         throw Failure(error);
 }
 
+// From the model's axes and lengths to those of the scene, whose Y axis is up.
+Matrix sceneAxes(const ConvertOptions &options) {
+    const Matrix axes = options.zUp ? matrixOfColumns({1, 0, 0}, {0, 0, -1}, {0, 1, 0}) : Matrix();
+    return axes * options.scale;
+}
+
 // Whether a skeleton's root will be needed: with it the tree is a level deeper.
 bool hasBones(const aiScene &scene) {
     return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes,
@@ -109,7 +115,7 @@ Converted makeScene(const ConvertOptions &options, Report &report, Progress &pro
         report, progress, made.scene.materials);
     progress.step("bones and clips", 0.75, 0.85);
     const bool withBones = hasBones(model.scene());
-    Skeleton skeleton(model.scene(), options.scale, withBones ? 2 : 1, report);
+    Skeleton skeleton(model.scene(), sceneAxes(options), withBones ? 2 : 1, report);
     Skins skins(model.scene(), skeleton, report);
     const Clips clips(model.scene(), model.interpolations(), skeleton, skins, options.fps, report);
     made.clips = clips.all();

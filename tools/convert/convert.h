@@ -26,6 +26,7 @@ struct ConvertOptions {
     AlphaUse alpha = AlphaUse::picture; // of textures where the model does not state it
     unsigned int largestTexture = 4096;
     double scale = 1;   // of all lengths
+    bool zUp = false;   // the model's Z axis is up, not its Y axis
     double fps = 30;    // frames of a clip in a second
     std::string prefix; // of the names of materials and textures
 };

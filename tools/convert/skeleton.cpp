@@ -29,9 +29,8 @@ double poseExtent(const Pose &pose) {
     return extent;
 }
 
-Skeleton::Skeleton(const aiScene &model, double scale, int firstLevel, Report &lines)
-    : scene(model), report(lines), outermost{Matrix() * scale, {}},
-      names({"[root]", skeletonRootName}) {
+Skeleton::Skeleton(const aiScene &model, const Matrix &axes, int firstLevel, Report &lines)
+    : scene(model), report(lines), outermost{axes, {}}, names({"[root]", skeletonRootName}) {
     gather(*scene.mRootNode, noJoint, noJoint, firstLevel);
     own = pose(locals, nullptr);
     if (shortenedNames)

@@ -41,8 +41,8 @@ double poseExtent(const Pose &pose);
 
 class Skeleton {
   public:
-    // `firstLevel` is that of the model's root in the scene, `scale` a factor for all lengths.
-    Skeleton(const aiScene &scene, double scale, int firstLevel, Report &report);
+    // `axes` turns and scales the whole model; `firstLevel` is that of its root in the scene.
+    Skeleton(const aiScene &scene, const Matrix &axes, int firstLevel, Report &report);
 
     // Parents come before their children, in the order of the model.
     const std::vector<Joint> &joints() const { return list; }

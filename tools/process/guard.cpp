@@ -256,6 +256,8 @@ void runGuarded(const std::string &file, const Limits &limits,
     const int status = whole ? waitFor(child) : 0;
     throwIfInterrupted();
     throwIfFailed(file, limits, status, reader.error());
+    if (done.beforeCommit)
+        done.beforeCommit();
     const std::string error = done.files.commit();
     if (!error.empty())
         throw Failure(error);

@@ -24,6 +24,7 @@ struct GuardedJob {
     FileTransaction files;
     InputFiles inputs;
     std::string closingMessage;
+    std::function<void()> beforeCommit; // called by the parent, unless empty
 };
 
 // Runs `job` in a child of this process, waits for it and commits the files that it has staged. A

@@ -1,0 +1,13 @@
+#pragma once
+
+// How a job ends: with a message for what went wrong, and an exit code.
+
+#include <functional>
+
+namespace ravolt::tool {
+
+// Runs the job and prints the error that it throws. Returns its result, or 1 for a job that failed,
+// 2 for wrong options, and 128 plus the signal's number where a signal has ended it.
+int exitCodeOf(const std::function<int()> &job);
+
+} // namespace ravolt::tool
