@@ -16,6 +16,7 @@ test_packages=(
     libgtest-dev libbenchmark-dev python3 python3-jsonschema clang-format-14 clang-tidy-14
     glslang-tools ffmpeg mjpegtools
     lintian dpkg-dev fakeroot file abigail-tools xz-utils
+    parallel mandoc bsdextrautils
     mkdocs python3-pygments doxygen chromium python3-matplotlib
 )
 

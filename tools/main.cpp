@@ -2,6 +2,7 @@
 // makes no sense, 128 + N a signal has ended it.
 
 #include "tools/commands/command.h"
+#include "tools/commands/documents.h"
 #include "tools/common/failure.h"
 #include "tools/process/exitCode.h"
 #include "tools/process/logRedirect.h"
@@ -77,6 +78,11 @@ int run(int argc, char **argv) {
     if (argc < 2) {
         std::fputs(app.help().c_str(), stdout);
         return 2;
+    }
+    if (argc == 3 &&
+        argv[1] == std::string("--write-documents")) { // for the build, not in the help
+        writeDocuments(app, argv[2]);
+        return 0;
     }
     checkCommand(argv[1]);
     try {

@@ -56,7 +56,8 @@ TEST(CommandLine, ReportsWrongOptionsInOneLine) {
     const std::string shot = "shot m.obj -o x.png ", convert = "convert m.obj -o x.rve ",
                       number = ": expected ";
     for (const auto &[arguments, start] : std::vector<std::pair<std::string, std::string>>{
-             {"bogus", "no command 'bogus': there are convert, view, shot, terrain and font\n"},
+             {"bogus",
+              "no command 'bogus': there are convert, view, shot, terrain, font, info and check\n"},
              {"--nonsense", ""},
              {"convert", "MODEL is required (see ravolt convert --help)\n"},
              {"shot m.obj", "--output is required (see ravolt shot --help)\n"},

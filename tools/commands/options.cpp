@@ -25,7 +25,7 @@ void addAlpha(CLI::App &app, AlphaUse &to) {
                    "What the alpha of a texture does where the model does not say: opaque, cutout "
                    "or blend; auto looks at the pixels (auto)")
         ->transform(CLI::CheckedTransformer(words))
-        ->type_name("WORD");
+        ->type_name("{auto,opaque,cutout,blend}");
 }
 
 void addSources(CLI::App &app, SourceOptions &to) {
