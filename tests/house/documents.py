@@ -32,7 +32,7 @@ def compiles(code, source, compiler):
 def main():
     source, compiler = pathlib.Path(sys.argv[1]), sys.argv[2]
     faults, compiled = 0, 0
-    for document in [*source.glob("*.md"), *source.glob("docs/*.md")]:
+    for document in [*source.glob("*.md"), *source.glob("docs/*.md"), *source.glob("docs/guide/*.md")]:
         text = document.read_text()
         for number, code in enumerate(blocks(text), 1):
             compiled += 1

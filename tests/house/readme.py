@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Writes the application of README.md, its CMakeLists.txt, and its other pieces of C++ as one file,
-samples.inc, into a folder; of another document its pieces of C++ alone.
+"""Writes what is code in a document into a folder: its application (the C++ block with main), as hello.cpp
+with a CMakeLists.txt for README.md and as application.cpp for others; all C++ but main as one file,
+samples.inc; and its commands (the blocks of sh) as commands.sh.
 
 readme.py SOURCE FOLDER [DOCUMENT]
 """
@@ -17,7 +18,7 @@ def only(text, language, holding=""):
     """The one block of a language that holds a text; others are pieces of code."""
     blocks = [block for block in blocks_of(text, language) if holding in block]
     if len(blocks) != 1:
-        sys.exit(f"README.md has {len(blocks)} blocks of {language} with '{holding}', not one")
+        sys.exit(f"the document has {len(blocks)} blocks of {language} with '{holding}', not one")
     return blocks[0]
 
 
@@ -29,8 +30,12 @@ def main():
     if document == "README.md":
         (folder / "hello.cpp").write_text(only(text, "cpp", "int main("))
         (folder / "CMakeLists.txt").write_text(only(text, "cmake"))
-    pieces = [block for block in blocks_of(text, "cpp") if "int main(" not in block]
+    elif "int main(" in text:
+        (folder / "application.cpp").write_text(only(text, "cpp", "int main("))
+    # Of an application what is before its main.
+    pieces = [block.split("int main(")[0] for block in blocks_of(text, "cpp")]
     (folder / "samples.inc").write_text(re.sub("^#include.*$", "", "".join(pieces), flags=re.MULTILINE))
+    (folder / "commands.sh").write_text("".join(blocks_of(text, "sh")))
 
 
 if __name__ == "__main__":
