@@ -46,8 +46,7 @@ dpkg-deb -I packages/libravolt1_*.deb triggers | grep -q '^activate-noawait ldco
 dpkg-deb -I packages/libravolt1_*.deb shlibs | grep -q '^libravolt 1 libravolt1 ' || fail "no shlibs"
 dpkg-deb -I packages/libravolt1_*.deb postinst >/dev/null 2>&1 && fail "a script runs"
 
-# There is no manual page yet.
-lintian --allow-root --suppress-tags no-manual-page --fail-on error,warning packages/*.deb || fail "lintian finds faults"
+lintian --allow-root --fail-on error,warning packages/*.deb || fail "lintian finds faults"
 
 libraries=$(dirname "$(find "$PWD/root" -name 'libravolt.so.1')")
 [ "$(basename "$libraries")" != lib ] || fail "the library is in no folder of its architecture"
