@@ -227,17 +227,13 @@ void RVMESH::drawSurfaces(const RVELEMENT &entry, bool transparent) const {
 // The arrays of the file, in their buffers, or the skinned arrays if the processor skins the mesh.
 void RVMESH::bindArrays() const {
     const bool buffered = !skinnedVertex && ravolt::canBindBuffers();
-    // The offset in the buffer, which has the contents of `geometry`, or the address.
-    const auto source = [this, buffered](GLuint buffer, const void *array) {
-        if (!buffered || !buffer)
-            return array;
-        const auto offset = static_cast<const unsigned char *>(array) - geometry;
-        return reinterpret_cast<const void *>(offset);
+    const auto source = [buffered](GLuint buffer, std::size_t offset, const void *array) {
+        return buffered && buffer ? reinterpret_cast<const void *>(offset) : array;
     };
     const auto bufferOf = [buffered](GLuint buffer) { return buffered ? buffer : 0; };
     if (vertex) {
         RVOPENGL::vertexArrayOn();
-        const void *pointer = source(vertexBuffer, skinnedVertex ? skinnedVertex : vertex);
+        const void *pointer = source(vertexBuffer, 0, skinnedVertex ? skinnedVertex : vertex);
         if (mustSet(vertexSource, bufferOf(vertexBuffer), pointer))
             glVertexPointer(3, GL_FLOAT, 0, pointer);
     } else {
@@ -245,7 +241,8 @@ void RVMESH::bindArrays() const {
     }
     if (vertexNormal) {
         RVOPENGL::normalArrayOn();
-        const void *pointer = source(normalBuffer, skinnedNormal ? skinnedNormal : vertexNormal);
+        const void *pointer =
+            source(normalBuffer, normalOffset, skinnedNormal ? skinnedNormal : vertexNormal);
         if (mustSet(normalSource, bufferOf(normalBuffer), pointer))
             glNormalPointer(GL_FLOAT, 0, pointer);
     } else {
@@ -253,7 +250,7 @@ void RVMESH::bindArrays() const {
     }
     if (uv && RVOPENGL::getProfile() != RV_OPENGL_PROFILE_FLAT) {
         RVOPENGL::textureArrayOn();
-        const void *pointer = source(uvBuffer, uv);
+        const void *pointer = source(uvBuffer, uvOffset, uv);
         if (mustSet(coordinateSource, bufferOf(uvBuffer), pointer))
             glTexCoordPointer(2, GL_FLOAT, 0, pointer);
     } else {
@@ -266,7 +263,7 @@ void RVMESH::drawFaces() const {
     const bool buffered = faceBuffer && ravolt::canBindBuffers();
     if (face)
         glDrawElements(GL_TRIANGLES, 3 * numberOfFaces, GL_UNSIGNED_SHORT,
-                       buffered ? nullptr : face);
+                       buffered ? reinterpret_cast<const void *>(std::size_t{faceOffset}) : face);
 }
 
 // Not for a mesh that a program skins: only the program has its normals.

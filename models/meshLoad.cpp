@@ -13,6 +13,7 @@
 #include "foundation/bytes.h"
 #include "foundation/text.h"
 #include "models/loadIndex.h"
+#include "models/meshBuffers.h"
 #include "models/rveRecords.h"
 #include "scene/nodeInternals.h"
 
@@ -38,12 +39,7 @@ enum Block : unsigned int {
 };
 
 // Indices in `owned.buffer`.
-enum Buffer : unsigned int {
-    bufferArrays, // vertices, normals and texture coordinates, as in `geometry`
-    bufferFace,
-    bufferBoneIndex,
-    bufferBoneWeight
-};
+enum Buffer : unsigned int { bufferBoneIndex, bufferBoneWeight };
 
 // zlfMalloc; the block is entered in `owned` too.
 template <class T> bool allocate(T *&array, void *&owned, std::size_t bytes) {
@@ -79,6 +75,7 @@ void assignMaterial(RVMESH &mesh, const char *materialName) {
 } // namespace
 
 RVMESH::~RVMESH() {
+    ravolt::MeshBuffers::release(owned->pool);
     for (const unsigned int buffer : owned->buffer)
         ravolt::deleteBuffer(buffer);
     for (void *block : owned->block)
@@ -108,7 +105,8 @@ RVNODE *RVMESH::load(const char *buffer, long *cursor, bool obsolete) {
         zlfLog("   [!] Out of memory @ RVMESH::recursiveLoadZVE\n");
         return nullptr;
     }
-    mesh->createBuffers();
+    if (!ravolt::MeshBuffers::isDeferred())
+        ravolt::MeshBuffers::create(*mesh);
     return mesh.release();
 }
 
@@ -185,26 +183,11 @@ bool RVMESH::copySkin(const MeshRecord &record) {
     return true;
 }
 
-void RVMESH::createBuffers() {
-    const std::size_t vectors = numberOfVertices * sizeof(Z3MVECTOR3D);
+void RVMESH::createSkinBuffers() {
     const std::size_t weights = std::size_t{numberOfVertices} * numberOfWeights * sizeof(float);
     unsigned int *const buffer = owned->buffer;
-    if (vertex || uv)
-        buffer[bufferArrays] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, geometry,
-                                                    2 * vectors + numberOfUVs * sizeof(*uv));
-    if (face)
-        buffer[bufferFace] =
-            ravolt::createBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, face, numberOfFaces * sizeof(*face));
-    if (isSkinned()) {
-        buffer[bufferBoneIndex] =
-            ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, boneIndexFloat, weights);
-        buffer[bufferBoneWeight] = ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, boneWeight, weights);
-    }
-    vertexBuffer = normalBuffer = vertex ? buffer[bufferArrays] : 0;
-    uvBuffer = uv ? buffer[bufferArrays] : 0;
-    faceBuffer = buffer[bufferFace];
-    boneIndexBuffer = buffer[bufferBoneIndex];
-    boneWeightBuffer = buffer[bufferBoneWeight];
-
-    ravolt::unbindBuffers();
+    boneIndexBuffer = buffer[bufferBoneIndex] =
+        ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, boneIndexFloat, weights);
+    boneWeightBuffer = buffer[bufferBoneWeight] =
+        ravolt::createBuffer(GL_ARRAY_BUFFER_ARB, boneWeight, weights);
 }

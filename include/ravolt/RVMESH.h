@@ -13,6 +13,8 @@ class RVELEMENT;
 class RVMATERIAL;
 
 namespace ravolt {
+struct BufferPool;
+struct MeshBuffers;
 struct MeshRecord;
 struct RenderList;
 } // namespace ravolt
@@ -47,7 +49,7 @@ struct RV_API RVSKELETON {
 // times in a frame, each time in another pose. (Move it by a node above "HumanoidRoot": the
 // transforms of that node and of those from it to the mesh are read when the mesh is drawn, not
 // when it is passed.) Drawing skins the mesh, on the GPU if RVSHADER::useSkinning is true. A mesh
-// owns its arrays and buffers and counts as one user of its
+// owns its arrays, shares buffers with the rigid meshes of its file and counts as one user of its
 // material. Meshes with geometry come from RAVOLT::load alone; one made with `new` draws nothing.
 // A mesh with a transparent material is drawn inner faces first, then outer ones; without lighting
 // (RVLIGHT::lightingOff) it is drawn once, as an opaque one, though still blended. Needs the live
@@ -143,6 +145,7 @@ class RV_API RVMESH : public RVNODE {
 
   private:
     friend class RVANIM; // takes the names of the bones
+    friend struct ravolt::MeshBuffers;
     friend struct ravolt::RenderList;
 
     // The material, to which the mesh has a reference; copies never have one.
@@ -167,13 +170,14 @@ class RV_API RVMESH : public RVNODE {
     // What the destructor releases; none for a copy.
     struct Storage {
         void *block[7];
-        unsigned int buffer[4];
+        unsigned int buffer[2];
+        ravolt::BufferPool *pool; // with the meshes of the same file
     };
 
     void copyProperties(const ravolt::MeshRecord &record);
     bool copyGeometry(const ravolt::MeshRecord &record);
     bool copySkin(const ravolt::MeshRecord &record);
-    void createBuffers();
+    void createSkinBuffers();
     bool isSkinnedByProgram() const;
     bool cannotSkin() const;
     void animateByProgram() const;
@@ -214,13 +218,17 @@ class RV_API RVMESH : public RVNODE {
     Z3MVECTOR3D *skinnedVertex = nullptr;
     Z3MVECTOR3D *skinnedNormal = nullptr;
 
-    // Names of OpenGL buffers; 0 for none. Vertices, normals and coordinates share one.
+    // Names of OpenGL buffers; 0 for none. Vertices, normals and coordinates share one, in which
+    // normals, coordinates and faces begin at offsets in bytes.
     unsigned int vertexBuffer = 0;
     unsigned int normalBuffer = 0;
     unsigned int uvBuffer = 0;
     unsigned int faceBuffer = 0;
     unsigned int boneIndexBuffer = 0;
     unsigned int boneWeightBuffer = 0;
+    unsigned int normalOffset = 0;
+    unsigned int uvOffset = 0;
+    unsigned int faceOffset = 0;
 
     ravolt::Owned<Storage> owned;
 

@@ -15,6 +15,7 @@
 #include "foundation/bytes.h"
 #include "foundation/text.h"
 #include "models/loadIndex.h"
+#include "models/meshBuffers.h"
 #include "models/modelFile.h"
 #include "models/rveFile.h"
 #include "models/rveFormat.h"
@@ -237,9 +238,14 @@ RVNODE *RAVOLT::load(const char *fileName) try {
     state.nodes = 0;
     char *bytes = reinterpret_cast<char *>(const_cast<unsigned char *>(file.data()));
     long cursor = static_cast<long>(reader.position());
-    std::unique_ptr<RVNODE, DestroyTree> root(recursiveLoad(bytes, &cursor, nullptr));
+    std::unique_ptr<RVNODE, DestroyTree> root;
+    {
+        const ravolt::MeshBuffers::Deferral deferral;
+        root.reset(recursiveLoad(bytes, &cursor, nullptr));
+    }
     if (!root)
         return nullptr;
+    ravolt::MeshBuffers::createForTree(*root);
     transaction.index.addTree(*root);
     recursiveInitBones(root.get(), root.get());
     zlfFree(file.release());

@@ -250,13 +250,14 @@ TEST_F(MeshTest, LoadUploadsTheArraysOnceAndUnbinds) {
         (Calls{arrays, faces, floats, floats}));
 }
 
-// A mesh that was assigned to still owns its former arrays.
-TEST_F(MeshTest, CopiesShareArraysAndEachBufferIsDeletedOnceByItsOwner) {
+// The meshes of a file share buffers, which are deleted with the last of them. A mesh that was
+// assigned to still uses its former buffers.
+TEST_F(MeshTest, CopiesShareArraysAndEachBufferIsDeletedOnce) {
     const Calls made = callsOf([] { loadScene({squareMesh("a"), squareMesh("b")}); });
     std::multiset<double> names, deleted;
     for (const Call &call : made.named("glGenBuffersARB"))
         names.insert(call.arguments[1]);
-    EXPECT_EQ(names.size(), 4u);
+    EXPECT_EQ(names.size(), 2u);
     RVMESH *a = meshNamed("a"), *b = meshNamed("b");
     const Z3MVECTOR3D *const vertices = a->getVertexPtr();
     const Calls calls = callsOf([&] {
@@ -298,6 +299,45 @@ TEST_F(MeshTest, OpaqueMeshIsDrawnOnceFromItsBuffers) {
                             "glColor4f", "glMaterialfv", "glLightModelf"})
                     .empty())
         << again.text();
+}
+
+// Of two squares in one file the faces of the second begin after those of the first.
+TEST_F(MeshTest, MeshesOfAFileAreDrawnFromSharedBuffers) {
+    const auto upload = [](GLenum target, int bytes) {
+        return Call("glBufferDataARB", target, bytes, anyAddress, GL_STATIC_DRAW_ARB);
+    };
+    RVNODE *root = nullptr;
+    const Calls load = callsOf([&] { root = loadScene({squareMesh("a"), squareMesh("b")}); });
+    EXPECT_EQ(load.named("glBufferDataARB"), (Calls{upload(GL_ARRAY_BUFFER_ARB, 2 * 128),
+                                                    upload(GL_ELEMENT_ARRAY_BUFFER_ARB, 24)}));
+    const Calls calls = callsOf([&] { drawFrame(nullptr, root); });
+    EXPECT_EQ(
+        calls.named({"glVertexPointer", "glNormalPointer", "glTexCoordPointer", "glDrawElements"}),
+        (Calls{{"glVertexPointer", 3, GL_FLOAT, 0, 0},
+               {"glNormalPointer", GL_FLOAT, 0, 96},
+               {"glTexCoordPointer", 2, GL_FLOAT, 0, 192},
+               {"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 0},
+               {"glDrawElements", GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, 12}}));
+    RVMESH *a = meshNamed("a");
+    a->unlink();
+    EXPECT_FALSE(callsOf([a] { delete a; }).contains("glDeleteBuffersARB"));
+    EXPECT_EQ(callsOf([] { RVNODE::cleanUp(); }).count("glDeleteBuffersARB"), 2u);
+}
+
+// 16-bit indices address 65,536 vertices: the third mesh has buffers of its own.
+TEST_F(MeshTest, SharedBuffersHaveNoMoreVerticesThanIndicesReach) {
+    std::vector<RveNode> meshes;
+    for (const char *name : {"a", "b", "c"}) {
+        RveNode mesh = squareMesh(name);
+        mesh.mesh.vertices.resize(32768);
+        mesh.mesh.normals.resize(32768);
+        mesh.mesh.uvs.resize(32768);
+        meshes.push_back(mesh);
+    }
+    const Calls calls = callsOf([&] { loadScene(RveScene{{}, rootOver(meshes)}); });
+    EXPECT_EQ(calls.count("glBufferDataARB"), 4u);
+    EXPECT_EQ(calls.named("glBufferDataARB")[0].arguments[1], 65536 * 32);
+    EXPECT_EQ(calls.named("glBufferDataARB")[2].arguments[1], 32768 * 32);
 }
 
 // In a frame a mesh that is passed twice in a row, or shares the arrays of the one before, needs no

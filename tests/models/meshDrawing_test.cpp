@@ -11,6 +11,7 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 #include <SDL/SDL.h>
+#include <cstring>
 
 using namespace ravolt;
 using namespace ravolt::test;
@@ -103,6 +104,36 @@ TEST_F(MeshDrawingTest, BuffersOfTheSkinContainBoneNumbersAndWeightsAsFloats) {
     };
     EXPECT_EQ(floatsOfBuffer(name(2), 8), (std::vector<float>{0, 1, 2, 0, 1, 2, 0, 2}));
     EXPECT_EQ(floatsOfBuffer(name(3), 8), weights);
+}
+
+// Faces in a shared buffer count from the first vertex of all meshes; a mesh without coordinates
+// has room for them.
+TEST_F(MeshDrawingTest, SharedBuffersContainTheArraysOfEachMesh) {
+    RveNode bare = squareMesh("bare");
+    bare.mesh.uvs.clear();
+    const RveNode square = squareMesh("square");
+    const Calls made = callsOf([&] {
+                           loadScene(RveScene{{}, rootOver({bare, square})});
+                       }).named("glGenBuffersARB");
+    ASSERT_EQ(made.size(), 2u);
+    const auto name = [&](std::size_t i) {
+        return static_cast<unsigned int>(made[i].arguments.back());
+    };
+    const std::vector<float> floats = floatsOfBuffer(name(0), 64);
+    for (std::size_t vertex = 0; vertex < 8; ++vertex)
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            EXPECT_EQ(floats[3 * vertex + axis], square.mesh.vertices[vertex % 4][axis]);
+            EXPECT_EQ(floats[24 + 3 * vertex + axis], square.mesh.normals[vertex % 4][axis]);
+        }
+    for (std::size_t vertex = 0; vertex < 8; ++vertex)
+        for (std::size_t axis = 0; axis < 2; ++axis)
+            EXPECT_EQ(floats[48 + 2 * vertex + axis],
+                      vertex < 4 ? 0 : square.mesh.uvs[vertex % 4][axis]);
+    std::vector<float> words = floatsOfBuffer(name(1), 6);
+    unsigned short indices[12];
+    std::memcpy(indices, words.data(), sizeof indices);
+    for (std::size_t i = 0; i < 12; ++i)
+        EXPECT_EQ(indices[i], square.mesh.faces[i / 3 % 2][i % 3] + (i < 6 ? 0 : 4)) << i;
 }
 
 // Two squares of one mesh, the near one first; it looks at the eye, the far one away from it.
