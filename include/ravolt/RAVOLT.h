@@ -74,7 +74,9 @@ class RV_API RAVOLT {
 
     // Id of the mesh or custom node under the pixel (x, y) of the window, counted from its top
     // left; 0 for none. In landscape mode the pixel is (height of the window - y, x). A node with
-    // an auxiliary id gives that id instead. Ids are read back from colours: at a colour depth of
+    // an auxiliary id gives that id instead. On purpose the pixel that is read is the one above,
+    // (x, y - 1), and that of the highest row is outside of the window: kit::Picker is right there,
+    // too. Ids are read back from colours: at a colour depth of
     // 16 bits (RVSETTINGS::getSDLColorDepth) their low 16 bits, at 24 their low 24, at 32 all of
     // them; at other depths any bit of an id may be lost. Draws the last 3D block again, so call it
     // between `end3D` and `begin2D`. The depth of the pixel is lost. While bloom or depth of field
@@ -130,6 +132,7 @@ class RV_API RAVOLT {
 
     // Shadows of one spot light per frame: the last one in the render list that casts shadows (see
     // RVLIGHT::castShadows). A frame without such a light is drawn without shadows and logs a line.
+    // On purpose transparent nodes are blended twice in a frame with shadows, and so look denser.
     // `shadowingOn` is ignored when the shadow programs are missing.
     static void shadowingOn();
     static void shadowingOff();
@@ -155,7 +158,9 @@ class RV_API RAVOLT {
     static float getBloomingIntensity();
 
     // Tone mapping, which has an effect only together with bloom, and its exposure (1 by default).
-    // Each frame with tone mapping prints the line "luminance: VALUE" to standard output.
+    // Each frame with tone mapping prints the line "luminance: VALUE" to standard output. The eye
+    // adapts to the mean luminance within some frames; on purpose it overshoots in a frame of more
+    // than a second.
     static void HDROn();
     static void HDROff();
     static bool isHDR();

@@ -83,7 +83,8 @@ class RV_API RVEMITTER : public RVNODE {
     bool render(void *element) override;
 
     // At most 4096, and a negative number is 0. On purpose: where more than 8192 would be in use,
-    // the emitter gets as many as there are too many. New particles start at once, with the values
+    // the emitter gets as many as there are too many, and what is missing in the pool is drawn as
+    // particles of the emitter before. New particles start at once, with the values
     // of that moment; a full pool and a maximum energy of 0 are logged.
     void setNumberOfParticles(int number);
     unsigned int getNumberOfParticles() const { return numberOfParticles; }

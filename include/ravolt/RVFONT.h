@@ -15,7 +15,7 @@ constexpr unsigned int RV_FONT_GLYPHS = 1024;
 // each character how much less than a cell it advances. Strings are drawn in the 2D block, one draw
 // call each, in white until a colour tag. Inline tags, of six characters each, in either case:
 //
-//   ^cRGBA  the colour from here on, each a digit from 0 to 8
+//   ^cRGBA  the colour from here on, each a digit from 0 to 8; on purpose a 9 wraps around to dark
 //   ^xNNNN  moves the pen by NNNN pixels in X, a number as for atoi: "^x-010" moves it to the left
 //   ^yNNNN  likewise in Y
 //
@@ -100,8 +100,9 @@ class RV_API RVFONT {
     unsigned int stringLength(const char *text) const;
 
     // Breaks a text into lines of at most `maxWidth` pixels, at blanks where there are any, else
-    // within the word, and returns the height of the lines after the first one. `maxHeight` is
-    // ignored on purpose. `destination` has room for the source and one character for each break
+    // within the word, and returns the height of the lines after the first one. On purpose a line
+    // that follows a break of the text itself counts as one cell longer. `maxHeight` is ignored on
+    // purpose. `destination` has room for the source and one character for each break
     // within a word: twice the source's length is always enough. 0, with a line in the log, for
     // NULL.
     int format(const char *source, char *destination, unsigned int maxWidth,

@@ -6,7 +6,8 @@
 #include "ravolt/api.h"
 
 // A visible marker for debugging: a wire box around a translucent solid one, between two corners
-// in the node's own frame. It counts as transparent whatever its alpha. Needs the live OpenGL
+// in the node's own frame. On purpose both are larger by a hundredth, and the wire has two
+// diagonals through the box. It counts as transparent whatever its alpha. Needs the live OpenGL
 // context to be rendered.
 class RV_API RVHELPER : public RVNODE {
   public:

@@ -20,8 +20,9 @@ enum RV_LIGHT_TYPE : int {
 // and set `direction`, or rotate a parent. The direction to a target is computed from the light's
 // own position, without those of its parents, so it is wrong below a moved parent; a target at that
 // very position gives the direction (0, 0, 0). Each set-up also draws a small pyramid at the
-// position of the light, unless markersOff was called. Needs the live OpenGL context to be
-// rendered.
+// position of the light, unless markersOff was called. On purpose: OpenGL's lights are not switched
+// off, so a light that is no longer passed still shines where fewer than four are passed; set its
+// colours to 0 instead. Needs the live OpenGL context to be rendered.
 class RV_API RVLIGHT : public RVNODE {
   public:
     RVLIGHT();

@@ -46,7 +46,8 @@ class RV_API RVTERRAIN : public RVNODE {
     // are left out, without loadable water the water, without a texture of the sky the sky. The
     // window, or with a forced target that one, is the bound target afterwards: see
     // restoreTargetOn. Buffers are unbound, texturing is off, lighting is on, and GL_CLIP_PLANE0 is
-    // off.
+    // off. On purpose the chunks that are seen are chosen again only when the view changes: after a
+    // change of the projection alone, as by RVOPENGL::resize, they are those of the former one.
     bool render(void *element) override;
 
     // The sky, which a successful load has created; NULL before, and after it was deleted.

@@ -12,6 +12,8 @@ class RV_API RVTEXTFIELD : public RVBUTTON {
     RVTEXTFIELD(const RVTEXTFIELD &other);
     RVTEXTFIELD &operator=(const RVTEXTFIELD &other) = default;
 
+    // The button, the text and its frame; on purpose the display status (RVBOX) hides the button
+    // alone.
     bool render(void *element) override;
 
     // Appends a character from 0x20 to 0x7F where there is room, removes the last one for 8

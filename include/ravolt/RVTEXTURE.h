@@ -73,8 +73,9 @@ class RV_API RVTEXTURE {
     bool render(void *data);
 
     // Enable or disable two-dimensional texturing on one unit; RV_TEXTURE_UNITS or more means all.
-    // Switching all off also invalidates the cache of the bindings. A driver with fewer
-    // fixed-function units raises an OpenGL error for the others. Always true.
+    // Switching all off also invalidates the cache of the bindings. On purpose switching one unit
+    // off does not: the next render of the same texture there does not switch it on again. A driver
+    // with fewer fixed-function units raises an OpenGL error for the others. Always true.
     static bool texturingOn(unsigned int unit);
     static bool texturingOff(unsigned int unit);
 
