@@ -1,7 +1,7 @@
 #!/bin/sh
 # installed.sh BUILD SOURCE COMPILER: installs what BUILD holds into a place of its own, and builds
-# and runs an application against it, and that of the README as the README says, through the CMake
-# package and through pkg-config.
+# and runs an application against it, and those of the README and of the guide's first page as they
+# say, through the CMake package and through pkg-config.
 build=$1 source=$2 application=$2/tests/house/installed compiler=$3
 prefix=$PWD/prefix
 
@@ -59,11 +59,12 @@ checkHello() {
     rm ravolt_log.txt
 }
 
-python3 "$source/tests/house/readme.py" "$source" hello || fail "the README has no application"
-cmake -S hello -B helloPackage "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_CXX_COMPILER=$compiler" \
-    >hello.log 2>&1 && cmake --build helloPackage >>hello.log 2>&1 || fail "$(cat hello.log)"
-./helloPackage/hello || fail "README, CMake: ends with $?"
-checkHello "README, CMake"
+# The first application of the guide is built as the guide says.
+python3 "$source/tests/house/readme.py" "$source" first docs/guide/firstWindow.md || fail "the guide has no application"
+mv first/application.cpp first/first.cpp
+cmake -S first -B firstPackage "-DCMAKE_PREFIX_PATH=$prefix" "-DCMAKE_CXX_COMPILER=$compiler" \
+    >first.log 2>&1 && cmake --build firstPackage >>first.log 2>&1 || fail "$(cat first.log)"
+[ -x firstPackage/first ] || fail "guide, CMake: no program"
 
 PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name ravolt.pc)")
 export PKG_CONFIG_PATH
@@ -87,11 +88,15 @@ radar ./radar
 
 folder=$(sed -n 's/^CMAKE_INSTALL_LIBDIR:PATH=//p' "$build/CMakeCache.txt") # lib, or lib/x86_64-linux-gnu
 [ "$PKG_CONFIG_PATH" = "$prefix/$folder/pkgconfig" ] || fail "README: not the folder of ravolt.pc"
-command=$(sed -n 's/^g++ \(hello.cpp .*\)$/\1/p' "$source/README.md")
+python3 "$source/tests/house/readme.py" "$source" hello || fail "the README has no application"
+command=$(sed -n 's/^g++ \(.*hello.cpp .*\)$/\1/p' "$source/README.md")
 [ -n "$command" ] || fail "the README has no command for g++"
-(cd hello && eval "\"$compiler\" $command \"-Wl,-rpath,$libraries\"") || fail "README, pkg-config: does not build"
-./hello/hello || fail "README, pkg-config: ends with $?"
-checkHello "README, pkg-config"
+(cd hello && eval "\"$compiler\" $command") || fail "README: it does not build"
+./hello/hello || fail "README: ends with $?"
+checkHello "README"
+command=$(sed -n 's/^g++ \(.*first.cpp .*\) \\$/\1/p' "$source/docs/guide/firstWindow.md")
+[ -n "$command" ] || fail "the guide has no command for g++"
+(cd first && eval "\"$compiler\" $command") || fail "guide, pkg-config: it does not build"
 
 objdump=$(command -v objdump) || exit 0
 library=$(find "$prefix" -name 'libravolt.so' | head -n 1)

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes what is code in a document into a folder: its application (the C++ block with main), as hello.cpp
-with a CMakeLists.txt for README.md and as application.cpp for others; all C++ but main as one file,
-samples.inc; and its commands (the blocks of sh) as commands.sh.
+for README.md and as application.cpp for others; its CMakeLists.txt, if it has one; all C++ but main as
+one file, samples.inc; and its commands (the blocks of sh) as commands.sh.
 
 readme.py SOURCE FOLDER [DOCUMENT]
 """
@@ -27,11 +27,12 @@ def main():
     text = (pathlib.Path(sys.argv[1]) / document).read_text()
     folder = pathlib.Path(sys.argv[2])
     folder.mkdir(parents=True, exist_ok=True)
-    if document == "README.md":
-        (folder / "hello.cpp").write_text(only(text, "cpp", "int main("))
-        (folder / "CMakeLists.txt").write_text(only(text, "cmake"))
-    elif "int main(" in text:
-        (folder / "application.cpp").write_text(only(text, "cpp", "int main("))
+    if "int main(" in text:
+        name = "hello.cpp" if document == "README.md" else "application.cpp"
+        (folder / name).write_text(only(text, "cpp", "int main("))
+    for block in blocks_of(text, "cmake"):
+        if "project(" in block:
+            (folder / "CMakeLists.txt").write_text(block)
     # Of an application what is before its main.
     pieces = [block.split("int main(")[0] for block in blocks_of(text, "cpp")]
     (folder / "samples.inc").write_text(re.sub("^#include.*$", "", "".join(pieces), flags=re.MULTILINE))

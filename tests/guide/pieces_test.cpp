@@ -1,16 +1,41 @@
-// The pieces of code in the README do what is written beside them.
+// The pieces of code in the guide do what is written beside them.
 
-#include "ravolt.h"
+#include <ravolt.h>
+#include <ravolt/kit.h>
+
 #include "tests/effects/terrainScene.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/files.h"
 
 #include <gtest/gtest.h>
 
+#include <SDL/SDL.h>
+#include <cmath>
 #include <vector>
 
-namespace readme {
-#include "samples.inc"
+namespace characters {
+#include "characters/samples.inc"
+}
+namespace effects {
+#include "effects/samples.inc"
+}
+namespace fonts {
+#include "fonts/samples.inc"
+}
+namespace interface {
+#include "interface/samples.inc"
+}
+namespace lights {
+#include "lights/samples.inc"
+}
+namespace ownNode {
+#include "ownNode/samples.inc"
+}
+namespace terrain {
+#include "terrain/samples.inc"
+}
+namespace videos {
+#include "videos/samples.inc"
 }
 
 namespace ravolt::test {
@@ -19,9 +44,9 @@ namespace {
 constexpr Pixel red{255, 0, 0, 255}, green{0, 255, 0, 255}, blue{0, 0, 255, 255},
     white{255, 255, 255, 255};
 
-class Readme : public EngineTest {
+class Guide : public EngineTest {
   protected:
-    Readme() { settings.setColorDepth(32); }
+    Guide() { settings.setColorDepth(32); }
 
     // A character of one bone and a clip that moves it by one unit a frame.
     RVNODE *makeCharacter() {
@@ -42,42 +67,42 @@ class Readme : public EngineTest {
     }
 };
 
-TEST_F(Readme, LoopShowsNoFrameTwice) {
+TEST_F(Guide, LoopShowsNoFrameTwice) {
     RVNODE *character = makeCharacter();
     const RVANIM *clip = makeClip(5); // the last frame equals the first
     std::vector<float> shown;
     for (unsigned int tick = 0; tick < 9; ++tick) {
-        readme::play(clip, character, (static_cast<float>(tick) + 0.5f) / 30);
+        characters::play(clip, character, (static_cast<float>(tick) + 0.5f) / 30);
         shown.push_back(character->getChild(0)->getPosition().x);
     }
     EXPECT_EQ(shown, (std::vector<float>{0, 1, 2, 3, 0, 1, 2, 3, 0}));
 }
 
-TEST_F(Readme, LoopOfOneFrameOrNoneIsNoFailure) {
+TEST_F(Guide, LoopOfOneFrameOrNoneIsNoFailure) {
     RVNODE *character = makeCharacter();
     const RVANIM *pose = makeClip(1), *nothing = makeClip(0);
     for (const float seconds : {0.0f, 0.5f, 100.0f}) {
         character->getChild(0)->setPosition(7, 7, 7);
-        readme::play(nothing, character, seconds);
+        characters::play(nothing, character, seconds);
         EXPECT_EQ(character->getChild(0)->getPosition().x, 7);
-        readme::play(pose, character, seconds);
+        characters::play(pose, character, seconds);
         EXPECT_EQ(character->getChild(0)->getPosition().x, 0);
     }
 }
 
-TEST_F(Readme, EachPassOfACharacterIsDrawnWhereItWasThen) {
+TEST_F(Guide, EachPassOfACharacterIsDrawnWhereItWasThen) {
     RVNODE *character = makeCharacter();
-    (new readme::Axes)->link(character->getChild(0));
+    (new ownNode::Axes)->link(character->getChild(0));
     RAVOLT::clear(true, true, false);
     RAVOLT::begin3D(nullptr);
-    readme::drawCrowd(makeClip(3), character);
+    characters::drawCrowd(makeClip(3), character);
     ASSERT_EQ(RVELEMENT::getNumberOfPassedElements(), 3u);
     RAVOLT::end3D(true);
     EXPECT_EQ(character->getPosition().x, 4);
 }
 
-TEST_F(Readme, CustomNodeIsSeenAndFound) {
-    auto *axes = new readme::Axes;
+TEST_F(Guide, CustomNodeIsSeenAndFound) {
+    auto *axes = new ownNode::Axes;
     axes->setPosition(0, 0, -3);
     drawFrame(nullptr, axes);
     const Picture picture = readFrame();
@@ -94,8 +119,8 @@ TEST_F(Readme, CustomNodeIsSeenAndFound) {
     EXPECT_EQ(found, 1);
 }
 
-TEST_F(Readme, CustomNodeDoesNotChangeTheLights) {
-    auto *axes = new readme::Axes;
+TEST_F(Guide, CustomNodeDoesNotChangeTheLights) {
+    auto *axes = new ownNode::Axes;
     for (bool on : {true, false}) {
         on ? RVLIGHT::lightingOn() : RVLIGHT::lightingOff();
         drawFrame(nullptr, axes);
@@ -105,7 +130,7 @@ TEST_F(Readme, CustomNodeDoesNotChangeTheLights) {
 
 // Four squares of eight by eight pixels, the lower rows first: red and green below, blue and white
 // above. Not single pixels, since an anisotropic filter may mix neighbours.
-TEST_F(Readme, PictureIsUprightInPixelsOfTheWindow) {
+TEST_F(Guide, PictureIsUprightInPixelsOfTheWindow) {
     Bytes image = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 16, 0, 16, 0, 24, 0};
     const Pixel colors[2][2] = {{red, green}, {blue, white}};
     for (int row = 0; row < 16; ++row)
@@ -115,11 +140,11 @@ TEST_F(Readme, PictureIsUprightInPixelsOfTheWindow) {
         }
     writeFile("logo.tga", image);
     RVTEXTURE::setPath(nullptr);
-    auto *logo = readme::loadPicture("logo.tga");
+    auto *logo = ownNode::loadPicture("logo.tga");
     logo->setPosition(10, 20);
     drawFrame(nullptr, nullptr);
     const Pixel background = pixelAt(64, 48);
-    readme::drawOverlay(logo);
+    ownNode::drawOverlay(logo);
     const struct {
         int x, y;
         Pixel color;
@@ -130,22 +155,22 @@ TEST_F(Readme, PictureIsUprightInPixelsOfTheWindow) {
         EXPECT_PIXEL(pixelAt(row.x, row.y), row.color, 0) << row.x << ", " << row.y;
 }
 
-TEST_F(Readme, FontHasItsCellsAndItsKerning) {
+TEST_F(Guide, FontHasItsCellsAndItsKerning) {
     Bytes image = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 0, 24, 0, 255, 255, 255};
     writeFile("font.tga", image);
     writeFile("font.txt", "RAVOLT_kerning_A=5\n");
-    RVFONT *font = readme::loadFont("font.tga", "font.txt", 8, 12);
+    RVFONT *font = fonts::loadFont("font.tga", "font.txt", 8, 12);
     EXPECT_EQ(font->stringLength("AB"), 11u);
     EXPECT_EQ(font->getCharSizeY(), 12u);
     EXPECT_TRUE(font->putString(0, 0, "A"));
 }
 
-TEST_F(Readme, LandscapeIsLoadedOrNull) {
-    EXPECT_EQ(readme::loadLandscape("gone.xml", ""), nullptr);
+TEST_F(Guide, LandscapeIsLoadedOrNull) {
+    EXPECT_EQ(terrain::loadLandscape("gone.xml", ""), nullptr);
     EXPECT_EQ(RVOPENGL::getFarPlane(), 1000.0f);
     TerrainFile().write();
     writeFile("terrain.xml", "<LAND><GEOMETRY>land.geo</GEOMETRY></LAND>");
-    RVTERRAIN *terrain = readme::loadLandscape("terrain.xml", "textures/");
+    RVTERRAIN *terrain = terrain::loadLandscape("terrain.xml", "textures/");
     ASSERT_NE(terrain, nullptr);
     EXPECT_STREQ(RVTEXTURE::getPath(), "textures/");
     EXPECT_TRUE(RVTERRAIN::isRestoringTarget());
@@ -153,15 +178,46 @@ TEST_F(Readme, LandscapeIsLoadedOrNull) {
     RVTEXTURE::setPath(nullptr);
 }
 
-TEST_F(Readme, ButtonOfAnInterfaceIsClickedWhenItIsReleased) {
+TEST_F(Guide, ButtonOfAnInterfaceIsClickedWhenItIsReleased) {
     writeFile("menu.xml", "<root><button><name value='quit'/></button></root>");
     RVNODE *menu = RAVOLT::load("menu.xml");
     ASSERT_NE(menu, nullptr);
     std::vector<bool> clicked;
     for (const bool pressed : {false, true, true, false, false})
-        clicked.push_back(readme::isClicked(menu, "quit", 10, 10, pressed, 0));
+        clicked.push_back(interface::isClicked(menu, "quit", 10, 10, pressed, 0));
     EXPECT_EQ(clicked, (std::vector<bool>{false, false, false, true, false}));
-    EXPECT_FALSE(readme::isClicked(menu, "gone", 10, 10, false, 0));
+    EXPECT_FALSE(interface::isClicked(menu, "gone", 10, 10, false, 0));
+}
+
+// Focus at 6 units, and complete blur at 4 and 8: the codes differ by 1 / range.
+TEST_F(Guide, FocusIsInUnits) {
+    RVOPENGL::setNearPlane(0.5f);
+    RVOPENGL::setFarPlane(50);
+    effects::setFocus(6, 2);
+    const auto code = [](float distance) { return (distance + 0.5f) / 50; };
+    EXPECT_FLOAT_EQ(RAVOLT::getDOFFocus(), code(6));
+    EXPECT_NEAR(code(8) - RAVOLT::getDOFFocus(), 1 / RAVOLT::getDOFRange(), 1e-6);
+    RVOPENGL::setNearPlane(1);
+    RVOPENGL::setFarPlane(1024);
+    RAVOLT::setDOFFocus(1);
+    RAVOLT::setDOFRange(2);
+}
+
+TEST_F(Guide, LampEnclosesItsGround) {
+    const RVLIGHT *lamp = lights::makeLamp({10, 0, 5}, 6);
+    EXPECT_TRUE(lamp->isShadowCaster());
+    EXPECT_EQ(lamp->getTargetNode(), lamp);
+    EXPECT_NE(lamp->getPosition().x, lamp->getTarget().x); // not exactly along Y
+    const float distance = std::hypot(1.0f, 6.0f);
+    EXPECT_LT(lamp->getShadowNearPlane(), distance);
+    EXPECT_GT(lamp->getShadowFarPlane(), distance);
+}
+
+TEST_F(Guide, VideoThatIsNotThereIsLogged) {
+    RVMATERIAL *screen = new RVMATERIAL;
+    EXPECT_NE(videos::showVideo("gone.m2v", screen), nullptr);
+    EXPECT_TRUE(screen->isTextured());
+    EXPECT_LOGGED("   [!] Invalid params or file not found @ RVVIDEO::load");
 }
 
 } // namespace
