@@ -189,6 +189,33 @@ TEST_F(Guide, ButtonOfAnInterfaceIsClickedWhenItIsReleased) {
     EXPECT_FALSE(interface::isClicked(menu, "gone", 10, 10, false, 0));
 }
 
+TEST_F(Guide, ACharacterWalksToItsFrontAndTheCameraIsBehindIt) {
+    RVNODE *character = new RVNODE;
+    character->setRotation(0, 90, 0); // its front is +X
+    kit::Input input;
+    input.beginFrame();
+    SDL_Event key = {};
+    key.type = SDL_KEYDOWN;
+    key.key.keysym.sym = SDLK_UP;
+    input.handle(key);
+    characters::steer(character, input, 2, 0.5f);
+    EXPECT_NEAR(character->getPosition().x, 1, 1e-4);
+    EXPECT_NEAR(character->getPosition().z, 0, 1e-4);
+    RVCAMERA *camera = new RVCAMERA;
+    characters::follow(camera, character, 4, 2);
+    EXPECT_NEAR(camera->getPosition().x, -3, 1e-4);
+    EXPECT_NEAR(camera->getPosition().y, 2, 1e-4);
+    EXPECT_NEAR(camera->getTarget().x, 1, 1e-4);
+}
+
+TEST_F(Guide, SkyIsSeenWithoutATerrain) {
+    Bytes image = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 0, 24, 0, 0, 0, 255}; // red
+    writeFile("sky.tga", image);
+    RVTEXTURE::setPath(nullptr);
+    drawFrame(nullptr, terrain::makeSky("sky.tga"));
+    EXPECT_PIXEL(pixelAt(width / 2, 2), red, 2);
+}
+
 // Focus at 6 units, and complete blur at 4 and 8: the codes differ by 1 / range.
 TEST_F(Guide, FocusIsInUnits) {
     RVOPENGL::setNearPlane(0.5f);
