@@ -23,6 +23,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <new>
 #include <vector>
@@ -66,9 +67,16 @@ Z3MVECTOR3D randomColor() {
 unsigned char colorByte(float value) {
     const double scaled = value * 255.0;
     constexpr double limit = 9.0e18; // beyond, where the low bits of a number are 0, and for NaN
-    return scaled > -limit && scaled < limit
-               ? static_cast<unsigned char>(static_cast<std::int64_t>(scaled))
-               : 0;
+    return std::fabs(scaled) < limit ? static_cast<unsigned char>(static_cast<std::int64_t>(scaled))
+                                     : 0;
+}
+
+// The same four bytes for each of the four vertices of a quad.
+void storeColor(const Z3MVECTOR4D &color, unsigned char *target) {
+    const unsigned char bytes[4] = {colorByte(color.x), colorByte(color.y), colorByte(color.z),
+                                    colorByte(color.w)};
+    for (int vertex = 0; vertex < 4; ++vertex)
+        std::memcpy(target + 4 * vertex, bytes, sizeof bytes);
 }
 
 Z3MVECTOR4D colorOf(const RVPARTICLE &p, const Z3MVECTOR3D &end, const Z3MVECTOR3D &delta) {
@@ -356,27 +364,27 @@ bool RVEMITTER::render(void *element) {
     return true;
 }
 
-// Fills the arrays with the particles as they are now, and advances them.
+// Fills the arrays with the particles as they are now, and advances them. The compiler would load
+// what does not change again for each particle, were it not in local variables.
 void RVEMITTER::advanceAll(const Facing &facing, bool hardware) {
     const float f = RAVOLT::getFPSfactor();
-    for (unsigned int quad = 0; quad < numberOfParticles && particleIndex[quad] >= 0; ++quad) {
-        if (!particle)
+    const Z3MVECTOR3D acceleration = gravity * f, end = colorEnd, delta = colorDelta;
+    RVPARTICLE *const pool = particle;
+    const unsigned int number = numberOfParticles;
+    for (unsigned int quad = 0; quad < number && particleIndex[quad] >= 0; ++quad) {
+        if (!pool)
             return; // a copy that outlived the engine
-        RVPARTICLE &p = particle[particleIndex[quad]];
-        p.velocity += gravity * f;
+        RVPARTICLE &p = pool[particleIndex[quad]];
+        p.velocity += acceleration;
         p.position += p.velocity * f;
         // On purpose: the size that is drawn grows as the energy falls, but not with the program.
         if (!hardware)
             facing.build(p, std::fabs(p.size - p.energy), vertexArray + 4 * quad);
-        p.color = colorOf(p, colorEnd, colorDelta);
+        p.color = colorOf(p, end, delta);
         p.spin += f * p.spinSpeed;
         if (hardware) // on purpose: with the spin of the next frame
             storeHardware(quad, p);
-        unsigned char *const bytes = colorArray + 16 * quad;
-        for (int channel = 0; channel < 4; ++channel)
-            bytes[channel] = colorByte(p.color[channel]);
-        for (int vertex = 1; vertex < 4; ++vertex)
-            std::copy_n(bytes, 4, bytes + 4 * vertex);
+        storeColor(p.color, colorArray + 16 * quad);
         p.energy = static_cast<float>(p.energy - f * 0.5);
         if (p.energy <= 0.0f)
             updateParticle(&p);
@@ -511,8 +519,10 @@ void RVEMITTER::apply(const ravolt::EmitterElement &element) {
 }
 
 void RVEMITTER::storeHardware(unsigned int quad, const RVPARTICLE &p) {
+    const Z3MVECTOR3D centre = p.position;
+    const Z3MVECTOR2D sizeAndSpin(p.size, p.spin);
     for (unsigned int vertex = 4 * quad; vertex < 4 * quad + 4; ++vertex) {
-        positions[vertex] = p.position;
-        uvSecondaryArray[vertex].set(p.size, p.spin);
+        positions[vertex] = centre;
+        uvSecondaryArray[vertex] = sizeAndSpin;
     }
 }

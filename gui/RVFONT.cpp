@@ -39,7 +39,7 @@ constexpr unsigned int cachedVertices = RV_FONT_GLYPHS * verticesPerGlyph;
 constexpr unsigned int floatsPerGlyph = 2 * verticesPerGlyph;
 constexpr unsigned int colorBytesPerGlyph = 4 * verticesPerGlyph;
 
-constexpr int cellsPerRow = 16;
+constexpr unsigned int cellsPerRow = 16;
 constexpr float cellSize = 1.0f / cellsPerRow;
 constexpr int firstCharacter = 0x20, lastCharacter = 0x7f;
 
@@ -63,9 +63,10 @@ template <class T> void release(T *&array) {
 
 // The two triangles of a rectangle, in the order of their vertices.
 void storeQuad(float *target, float left, float top, float right, float bottom) {
-    const float corners[floatsPerGlyph] = {left,  bottom, right, bottom, left, top,
-                                           right, bottom, right, top,    left, top};
-    std::copy(std::begin(corners), std::end(corners), target);
+    target[0] = target[4] = target[10] = left;
+    target[2] = target[6] = target[8] = right;
+    target[1] = target[3] = target[7] = bottom;
+    target[5] = target[9] = target[11] = top;
 }
 
 } // namespace
@@ -208,18 +209,20 @@ bool RVFONT::putChar(int x, int y, char c, bool immediate) {
 
 // Into the current slot. On purpose: the width on the screen counts as the cells of a row.
 void RVFONT::storeGlyph(int x, int y, char c) const {
-    const int cell = cellOf(c);
-    const int row = cell / cellsPerRow;
-    const float column = static_cast<float>(cell - static_cast<long long>(charSizeX) * row);
+    const auto cell = static_cast<unsigned int>(cellOf(c));
+    const unsigned int row = cell / cellsPerRow;
+    const auto column = static_cast<float>(cell - static_cast<long long>(charSizeX) * row);
     const float u = column * cellSize, v = static_cast<float>(cellsPerRow - row) * cellSize;
-    const float right = static_cast<float>(static_cast<long long>(x) + charSizeX);
-    const float bottom = static_cast<float>(static_cast<long long>(y) + charSizeY);
+    const auto right = static_cast<float>(static_cast<long long>(x) + charSizeX);
+    const auto bottom = static_cast<float>(static_cast<long long>(y) + charSizeY);
 
-    std::copy(std::begin(fontCachedBlockColor), std::end(fontCachedBlockColor),
-              fontCachedColor + fontCachedCurrent * colorBytesPerGlyph);
-    const unsigned int slot = fontCachedCurrent * floatsPerGlyph;
-    storeQuad(fontCachedVertex + slot, static_cast<float>(x), static_cast<float>(y), right, bottom);
-    storeQuad(fontCachedTexCoord + slot, u, v, u + cellSize, v - cellSize);
+    const unsigned int glyph = fontCachedCurrent;
+    float *const vertices = fontCachedVertex + glyph * floatsPerGlyph;
+    float *const coordinates = fontCachedTexCoord + glyph * floatsPerGlyph;
+    std::memcpy(fontCachedColor + glyph * colorBytesPerGlyph, fontCachedBlockColor,
+                sizeof fontCachedBlockColor);
+    storeQuad(vertices, static_cast<float>(x), static_cast<float>(y), right, bottom);
+    storeQuad(coordinates, u, v, u + cellSize, v - cellSize);
 }
 
 void RVFONT::bindAtlas() const {

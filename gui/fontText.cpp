@@ -134,7 +134,9 @@ bool RVFONT::storeText(int x, int y, const char *text) {
                 continue;
             }
         }
-        putChar(sumOf(x, dx), sumOf(y, dy), text[i], false);
+        storeGlyph(sumOf(x, dx), sumOf(y, dy), text[i]);
+        if (++fontCachedCurrent >= RV_FONT_GLYPHS)
+            drawFullCache();
         dx = sumOf(dx, static_cast<int>(advanceOf(text[i])));
     }
     return true;
