@@ -41,7 +41,8 @@ class RVPARTICLE {
 // time: with the effects of the frame, which draw the list several times, faster. The `emitter`
 // program draws where RVSHADER::useEmitter, and the processor builds the quads elsewhere; the sizes
 // differ: only there does a particle grow as it loses energy. Births use the standard library's
-// rand, which the engine does not seed. A node like any other: created with `new`, owned by the
+// rand, which the engine does not seed. What has an alpha of 0.2 or less is not drawn, and the rest
+// casts shadows. A node like any other: created with `new`, owned by the
 // registry, sorted with the transparent ones. Drawing needs the live OpenGL context, and the pool
 // lives from RAVOLT::init to RAVOLT::free.
 class RV_API RVEMITTER : public RVNODE {
