@@ -79,6 +79,8 @@ bool Overlay::text(int x, int y, const std::string &text) {
     int top = y;
     const std::string tag = tagOf(color);
     for (const std::string &line : linesOf(text)) {
+        // The last call has switched it off, and the texture may be cached.
+        RVTEXTURE::texturingOn(0);
         if (font)
             drawn = font->putText(x, top, (tag + line).c_str()) && drawn;
         else
@@ -130,6 +132,7 @@ bool Overlay::picture(RVTEXTURE *texture, int x, int y, int width, int height) {
     }
     const int right = x + (width > 0 ? width : static_cast<int>(texture->getSizeX()));
     const int bottom = y + (height > 0 ? height : static_cast<int>(texture->getSizeY()));
+    RVTEXTURE::texturingOn(0); // as in text
     texture->render(nullptr);
     applyState();
     glBegin(GL_QUADS); // the first row of a texture is its lowest

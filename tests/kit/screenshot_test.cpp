@@ -387,6 +387,20 @@ TEST_F(OverlayTest, AFontDrawsTheTextWithItsOwnCells) {
     EXPECT_EQ(overlay.heightOf("A%d\nA"), 32);
 }
 
+TEST_F(OverlayTest, ASecondTextAndPictureOfTheSameTextureAreTexturedToo) {
+    RVTEXTURE *texture = textureOf(256, std::vector<Pixel>(256 * 256, Pixel{0, 0, 0, 0}));
+    auto *font = new RVFONT;
+    font->setTexture(texture);
+    Overlay overlay(font);
+    drawn([&] {
+        for (const int x : {10, 40})
+            EXPECT_TRUE(overlay.text(x, 10, "A"));
+        for (const int x : {10, 40})
+            EXPECT_TRUE(overlay.picture(texture, x, 40, 16, 16));
+    });
+    EXPECT_EQ(rows(0, 0, 128, 96).find('#'), std::string::npos) << "the texture is transparent";
+}
+
 TEST_F(OverlayTest, APictureIsUprightBlendedAndMultipliedByTheColour) {
     RVTEXTURE *texture = textureOf(2, {red, green, {255, 255, 255, 128}, {0, 0, 0, 0}});
     Overlay overlay;
