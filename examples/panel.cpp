@@ -6,6 +6,8 @@
 
 #include <ravolt.h>
 
+#include <cmath>
+
 namespace {
 
 template <class Widget> Widget *find(RVNODE *root, const char *name) {
@@ -49,6 +51,13 @@ void Panel::update(Example &example) {
     ++frames;
     if (time > secondsOfARate)
         showRate(static_cast<float>(frames) / time);
+}
+
+void Panel::operate(float progress) {
+    const float wave = 0.5f - 0.5f * std::cos(6.2831853f * progress);
+    slider("bloomIntensity")->setValue(1 + wave);
+    slider("focusDistance")->setValue(1 - 0.5f * wave);
+    find<RVBUTTON>(root, "shadows")->setClickedStatus(progress < 0.35f || progress > 0.6f);
 }
 
 void Panel::showRate(float rate) {

@@ -18,6 +18,10 @@ class Panel {
     // frame, after showFrame.
     void update(Example &example);
 
+    // Moves the sliders and the switches as a user would, for a `progress` from 0 to 1; at its end
+    // all is as in the beginning.
+    void operate(float progress);
+
     // What is set; all effects are on initially.
     bool isOn(const char *name) const; // a switch
     float getBloomFactor() const;      // 0 to 2

@@ -109,24 +109,39 @@ void orbit(RVCAMERA *camera, float degrees) {
     camera->setPosition(10.0f * std::sin(angle), 2.4f, 10.0f * std::cos(angle));
 }
 
-void showFrame(RVNODE *interface, const std::function<void()> &overlay) {
-    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+// The part of target 0 between two columns, from 0 to 1. Its filter takes the mean of four pixels.
+static void drawTarget(float from, float to) {
+    const float width = static_cast<float>(RVSETTINGS::getSDLWindowX());
+    const float height = static_cast<float>(RVSETTINGS::getSDLWindowY());
+    RVOPENGL::getFbo(0)->getTexture()->render(nullptr);
+    glColor4f(1, 1, 1, 1);
+    glBegin(GL_QUADS);
+    glTexCoord2f(from, 1), glVertex2f(from * width, 0);
+    glTexCoord2f(from, 0), glVertex2f(from * width, height);
+    glTexCoord2f(to, 0), glVertex2f(to * width, height);
+    glTexCoord2f(to, 1), glVertex2f(to * width, 0);
+    glEnd();
+}
+
+// Starts the 2D block of the window, with a part of the frame.
+static void beginWindow(float from, float to) {
     const bool inTarget = RVOPENGL::useFBO(); // else the frame is in the window already
     if (inTarget) {
         RVFBO::unbind();
-        glViewport(0, 0, width, height);
+        glViewport(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
     }
     RAVOLT::begin2D();
-    if (inTarget) {
-        RVOPENGL::getFbo(0)->getTexture()->render(nullptr); // its filter takes the mean of four
-        glColor4f(1, 1, 1, 1);
-        glBegin(GL_QUADS);
-        glTexCoord2f(0, 1), glVertex2i(0, 0);
-        glTexCoord2f(0, 0), glVertex2i(0, height);
-        glTexCoord2f(1, 0), glVertex2i(width, height);
-        glTexCoord2f(1, 1), glVertex2i(width, 0);
-        glEnd();
-    }
+    if (inTarget)
+        drawTarget(from, to);
+}
+
+void copyFrame(float from, float to) {
+    beginWindow(from, to);
+    RAVOLT::end2D();
+}
+
+void showFrame(RVNODE *interface, const std::function<void()> &overlay, float from) {
+    beginWindow(from, 1);
     if (overlay)
         overlay();
     if (interface)

@@ -37,5 +37,12 @@ void orbit(RVCAMERA *camera, float degrees);
 
 // Shows the frame in the window, in place of RAVOLT::swap. Frames are drawn twice as large into
 // render target 0, so that edges are smooth. An interface is drawn over the frame, and so is what
-// `overlay` draws, in pixels of the window.
-void showFrame(RVNODE *interface = nullptr, const std::function<void()> &overlay = nullptr);
+// `overlay` draws, in pixels of the window. Columns before `from`, 0 to 1, are as copyFrame made
+// them.
+void showFrame(RVNODE *interface = nullptr, const std::function<void()> &overlay = nullptr,
+               float from = 0);
+
+// Draws the columns between two numbers from 0 to 1 into the window, which is not shown yet:
+// another picture of the same frame follows, with showFrame. Without render targets it has no
+// effect.
+void copyFrame(float from, float to);

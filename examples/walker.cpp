@@ -34,7 +34,7 @@ RVTEXTURE *makeFur() {
     return fur;
 }
 
-void dress(RVNODE *node, RVTEXTURE *fur) {
+void dressWith(RVNODE *node, RVTEXTURE *fur) {
     RVMESH *mesh = node->getType() == RV_NODE_TYPE_MESH ? static_cast<RVMESH *>(node) : nullptr;
     if (mesh && mesh->getMaterial() && !mesh->getMaterial()->isTextured()) {
         mesh->getMaterial()->setTexture(0, fur);
@@ -43,10 +43,12 @@ void dress(RVNODE *node, RVTEXTURE *fur) {
         mesh->getMaterial()->setSpecular(0.0f, 0.0f, 0.0f, 1.0f);
     }
     for (unsigned int i = 0; i < node->getNumberOfChildren(); ++i)
-        dress(node->getChild(i), fur);
+        dressWith(node->getChild(i), fur);
 }
 
 } // namespace
+
+void dressInFur(RVNODE *character) { dressWith(character, makeFur()); }
 
 Walker::Walker(const char *scene, const char *clipFile)
     : middle(new RVNODE()), character(RAVOLT::load(scene)) {
@@ -54,7 +56,7 @@ Walker::Walker(const char *scene, const char *clipFile)
     clip->setTranslating(true); // the bones' positions too, not only their rotations
     if (!clip->load(clipFile) || !character)
         return;
-    dress(character, makeFur());
+    dressInFur(character);
     character->setPosition(radius, 0.0f, 0.0f);
     character->setRotation(0.0f, 180.0f, 0.0f);
     character->link(middle);

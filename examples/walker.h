@@ -8,6 +8,9 @@ namespace ravolt::kit {
 class ClipPlayer;
 }
 
+// Gives the materials of a character that have no texture a brown fur.
+void dressInFur(RVNODE *character);
+
 // A character that walks round a circle: a clip moves its bones, and it advances with its feet.
 class Walker {
   public:

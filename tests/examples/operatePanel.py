@@ -8,7 +8,6 @@ its text field, presses its button, which saves a picture of that name, moves th
 maximizes it again, and ends the demo with Escape.
 """
 
-import shutil
 import subprocess
 import sys
 import time
@@ -18,7 +17,6 @@ tool, island, sources = sys.argv[1], sys.argv[2], Path(sys.argv[3])
 sys.path.insert(0, str(sources / "tests/gui"))
 from driveInput import Screen  # noqa: E402
 
-MODELS = Path("/usr/share/assimp/models")
 PATIENCE = 60  # seconds, on a machine with much else to do
 FRAME = 1.5  # seconds in which at least two frames are drawn
 FIELD, SAVE, TITLE_BAR = (60, 145), (200, 145), (60, 22)
@@ -26,24 +24,15 @@ STEP = (-30, -10)  # by which the panel is moved, in a window of 240 by 150
 
 
 def make_files():
-    for model, name in ((MODELS / "glTF/CesiumMilkTruck/CesiumMilkTruck.gltf", "truck"),
-                        (MODELS / "X/Testwuson.X", "wisent"),
-                        (sources / "media/stage.obj", "stage")):
-        subprocess.run([tool, "convert", model, "--prefix", name + "_", "-q", "-o", name + ".rve"],
-                       check=True)
-    subprocess.run([tool, "terrain", "--island", "7", "--texture-size", "64", "-q", "-o", "island"],
-                   check=True)
-    shutil.copy(sources / "media/panel.xml", ".")
-    for font in (Path(tool).parent.parent / "share/ravolt").glob("font.*"):
-        shutil.copy(font, ".")
+    village = Path(tool).parent / "makeVillage"
+    subprocess.run([sources / "scripts/makeWorld.sh", tool, village, "64"], check=True)
 
 
 class Demo:
     def __init__(self, screen):
         self.screen = screen
         self.process = subprocess.Popen(
-            [island, "--draft", "island/terrain.xml", "./stage.rve", "./truck.rve", "./wisent.rve",
-             "./wisent.Wuson_Walk.rva", "./panel.xml"],
+            [island, "--draft"],
             env=screen.environment, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
         self.process.stderr.readline()  # names the first part: the window is there
         found = screen.xdotool("search", "--name", "Ravolt")[1].split()

@@ -2,7 +2,8 @@
 # runExample.sh CONVERTER EXAMPLE FRAMES PICTURES [FILE...]: runs an example for some frames in this
 # folder. A FILE is a model, which is converted; a clip (.rva), which a conversion before it has made;
 # a video (.m2v), which is made of the first scene; a terrain (.terrain), which is an island;
-# an interface (.xml), or the geometry (.geo) of the terrain. It fails on the example's exit status, on a
+# an interface (.xml), the geometry (.geo) of the terrain, or the demo's world (.world), whose files are
+# made in this folder, and whose pictures are measured. It fails on the example's exit status, on a
 # problem in its log, on a leak in the log's closing statistics, and when it does not leave as many
 # pictures as it should or the last two thirds of many show the same.
 set -eu
@@ -10,7 +11,7 @@ scripts=$(dirname "$0")/../../scripts
 converter=$1 example=$2 frames=$3 pictures=$4
 shift 4
 
-files=
+files= measured=
 for file in "$@"; do
     case $file in
     *.rva) made=./$file ;;
@@ -27,6 +28,11 @@ for file in "$@"; do
         name=${file%.*}
         made=$name/terrain.xml
         "$converter" terrain --island 7 --texture-size 64 -q -o "$name"
+        ;;
+    *.world)
+        "$scripts/makeWorld.sh" "$converter" "$(dirname "$converter")/makeVillage" 64
+        measured=yes
+        continue
         ;;
     *)
         name=$(basename "${file%.*}")
@@ -67,5 +73,9 @@ fi
 if [ "$pictures" -eq "$frames" ] &&
     cmp -s "picture_$(printf %03d $((frames / 3))).png" "picture_$(printf %03d $((frames - 1))).png"; then
     echo "FAILED: nothing moves"
+    exit 1
+fi
+if [ "$measured" ] && ! python3 "$(dirname "$0")/measurePictures.py" .; then
+    echo "FAILED: too dark or too bright"
     exit 1
 fi

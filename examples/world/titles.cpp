@@ -1,0 +1,63 @@
+// Draws the texts in a font that has a shadow, so that they are read before bright and dark
+// pictures.
+
+#include "examples/world/titles.h"
+
+#include "examples/world/parts.h"
+
+#include <ravolt.h>
+#include <ravolt/kit/overlay.h>
+
+#include <SDL/SDL_opengl.h>
+
+#include <algorithm>
+
+namespace world {
+
+namespace {
+
+constexpr int smallWindow = 480;          // pixels; of that width and above the font fits
+constexpr float shown = 3.5f, fading = 1; // seconds
+
+void drawLine(int x, int height) {
+    RVTEXTURE::texturingOff(0);
+    glColor4f(1, 1, 1, 1);
+    glBegin(GL_QUADS);
+    glVertex2i(x - 1, 0), glVertex2i(x - 1, height);
+    glVertex2i(x + 1, height), glVertex2i(x + 1, 0);
+    glEnd();
+}
+
+} // namespace
+
+bool loadTitleFont(const std::string &folder) {
+    constexpr unsigned int cell = 32; // pixels
+    RVFONT::setPath(folder.c_str());
+    RVTEXTURE::setPath(folder.c_str());
+    RVTEXTURE *letters = new RVTEXTURE();
+    RVFONT *font = new RVFONT();
+    font->setName("title");
+    font->setCharSizeX(cell);
+    font->setCharSizeY(cell);
+    letters->setFilter(true, false, false);
+    return letters->load("title.tga") && font->setTexture(letters) &&
+           font->loadKerning("title.txt");
+}
+
+void drawTitles(const Part &part, float secondsOfPart, float split) {
+    const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
+    ravolt::kit::Overlay overlay(width < smallWindow ? nullptr : RVFONT::findByName("title"));
+    overlay.setScale(1);
+    const int x = width / 40, y = height - height / 20 - overlay.heightOf("");
+    if (part.comparison) {
+        const int middle = static_cast<int>(split * static_cast<float>(width));
+        drawLine(middle, height);
+        overlay.text(x, y, "without");
+        overlay.text(middle + x, y, part.comparison);
+    } else if (secondsOfPart < shown) {
+        overlay.setColor(1, 1, 1, std::min(1.0f, (shown - secondsOfPart) / fading));
+        overlay.text(x, y, part.name);
+    }
+}
+
+} // namespace world
