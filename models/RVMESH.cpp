@@ -18,6 +18,7 @@
 #include "scene/nodeInternals.h"
 #include "scene/renderList.h"
 
+#include <cmath>
 #include <new>
 
 namespace {
@@ -140,6 +141,7 @@ void disableUnusableProgram(const RVELEMENT &entry, bool cannotSkin) {
 RVSKELETON *RVMESH::skeletonElement = nullptr;
 unsigned int RVMESH::currentSkeleton = 0;
 bool RVMESH::displayNormals = false;
+float RVMESH::normalLength = 1;
 Z3MMATRIX RVMESH::boneMatrix[RV_BONES];
 Z3MVECTOR3D RVMESH::boneTrans[RV_BONES];
 Z3MVECTOR4D RVMESH::boneQuat[RV_BONES];
@@ -278,7 +280,7 @@ void RVMESH::drawNormals() const {
     const Z3MVECTOR3D *normal = skinnedNormal ? skinnedNormal : vertexNormal;
     glBegin(GL_LINES);
     for (unsigned int i = 0; i < numberOfVertices; ++i) {
-        const Z3MVECTOR3D to = from[i] + normal[i];
+        const Z3MVECTOR3D to = from[i] + normal[i] * normalLength;
         glColor4f(0.0f, 1.0f, 0.0f, 1.0f);
         glVertex3f(from[i].x, from[i].y, from[i].z);
         glColor4f(0.0f, 0.1f, 0.0f, 1.0f);
@@ -289,6 +291,13 @@ void RVMESH::drawNormals() const {
 
 void RVMESH::showNormals() { displayNormals = true; }
 void RVMESH::hideNormals() { displayNormals = false; }
+
+void RVMESH::setNormalLength(float length) {
+    if (std::isfinite(length) && length > 0)
+        normalLength = length;
+}
+
+float RVMESH::getNormalLength() { return normalLength; }
 
 void RVMESH::setDisplayStatus(bool visible) { hidden = !visible; }
 bool RVMESH::isHidden() const { return hidden; }

@@ -102,6 +102,11 @@ class RV_API RVMESH : public RVNODE {
     static void showNormals();
     static void hideNormals();
 
+    // Additional: the length of these lines, in units of the mesh; 1 by default. Only finite
+    // numbers above 0 are taken.
+    static void setNormalLength(float length);
+    static float getNormalLength();
+
     // A hidden mesh is not drawn; its children are.
     void setDisplayStatus(bool visible);
     bool isHidden() const;
@@ -235,6 +240,7 @@ class RV_API RVMESH : public RVNODE {
     static RVSKELETON *skeletonElement;  // RV_SKELETONS entries; NULL between free and init
     static unsigned int currentSkeleton; // entries used in this frame
     static bool displayNormals;
+    static float normalLength;
     // Temporary values of animate and the drawing that follows: from the bind pose to this frame.
     static Z3MMATRIX boneMatrix[RV_BONES];
     static Z3MVECTOR3D boneTrans[RV_BONES];

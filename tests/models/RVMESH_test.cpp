@@ -12,7 +12,9 @@
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
 
+#include <cmath>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <set>
 #include <utility>
@@ -558,6 +560,25 @@ TEST_F(MeshTest, NormalsAreLinesFromGreenToDarkGreen) {
     EXPECT_FALSE(render(new RVMESH).contains("glBegin")) << "a mesh without arrays";
     RVMESH::hideNormals();
     EXPECT_FALSE(render(mesh).contains("glBegin"));
+}
+
+TEST_F(MeshTest, NormalsHaveTheRequestedLength) {
+    RVMESH *mesh = makeSquare();
+    RVMESH::showNormals();
+    EXPECT_EQ(RVMESH::getNormalLength(), 1);
+    render(mesh); // with what the state cache then knows
+    const Calls before = render(mesh);
+    RVMESH::setNormalLength(0.25f);
+    const Calls calls = render(mesh);
+    EXPECT_TRUE(calls.haveInOrder({{"glVertex3f", -1, -1, 0}, {"glVertex3f", -1, -1, 0.25}}))
+        << calls.text();
+    const float infinite = std::numeric_limits<float>::infinity();
+    for (const float ignored : {0.0f, -1.0f, infinite, std::nanf("")}) {
+        RVMESH::setNormalLength(ignored);
+        EXPECT_EQ(RVMESH::getNormalLength(), 0.25f) << ignored;
+    }
+    RVMESH::setNormalLength(1);
+    EXPECT_EQ(render(mesh), before);
 }
 
 TEST_F(MeshTest, NormalsOfASkinnedMeshAreSkinnedToo) {

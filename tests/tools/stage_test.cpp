@@ -165,6 +165,15 @@ TEST_F(StageTest, ShowsLinesAndBoxesOnRequestAlone) {
     EXPECT_DOUBLE_EQ(covered(), plain);
 }
 
+TEST_F(StageTest, ShowsNormalsOfALengthThatFitsTheScene) {
+    OpenStage open;
+    EXPECT_FLOAT_EQ(RVMESH::getNormalLength(), float(0.02 * open.stage.sphere().radius));
+    Sphere large = open.stage.sphere();
+    large.radius *= 100;
+    open.stage.setSphere(large);
+    EXPECT_FLOAT_EQ(RVMESH::getNormalLength(), float(0.02 * large.radius));
+}
+
 TEST_F(StageTest, LightsTheSceneByItsOwnLightsAlone) {
     RveNode square = squareNode("square"), light;
     square.mesh.material = "white";

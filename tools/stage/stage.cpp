@@ -18,7 +18,8 @@ namespace {
 
 constexpr double degree = std::numbers::pi / 180;
 constexpr double angleOfView = 40;
-constexpr double margin = 1.08; // of the room that the scene takes in the picture
+constexpr double margin = 1.08;       // of the room that the scene takes in the picture
+constexpr double normalLength = 0.02; // in radii of the scene
 constexpr float background[3] = {0.16f, 0.18f, 0.22f};
 
 } // namespace
@@ -39,6 +40,7 @@ void Stage::setSphere(const Sphere &wanted) {
     around = wanted;
     if (around.radius == 0)
         around.radius = 1;
+    RVMESH::setNormalLength(static_cast<float>(normalLength * around.radius));
 }
 
 void Stage::lookFromFront() {
