@@ -117,6 +117,15 @@ void Input::addMotion(int dx, int dy) {
             drags[button] = {drags[button].x + dx, drags[button].y + dy};
 }
 
+// The interface of SDL 1.2 on SDL 2 (1.2.60) repeats a key that was pressed and released between
+// two polls until another one is pressed, if it makes characters as well. This ends all repeats.
+static void restartKeyRepeat() {
+    int delay = 0, interval = 0;
+    SDL_GetKeyRepeat(&delay, &interval);
+    SDL_EnableKeyRepeat(0, 0);
+    SDL_EnableKeyRepeat(delay, interval);
+}
+
 bool Input::handleKey(const SDL_Event &event) {
     const SDL_keysym &symbol = event.key.keysym;
     const auto key = static_cast<std::size_t>(symbol.sym);
@@ -126,6 +135,8 @@ bool Input::handleKey(const SDL_Event &event) {
             keysPressed.set(key);
         keysDown.set(key, down);
     }
+    if (keysDown.none())
+        restartKeyRepeat();
     if (down)
         handleText(symbol.sym == SDLK_BACKSPACE ? backspace : symbol.unicode);
     return true;
