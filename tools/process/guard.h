@@ -30,7 +30,7 @@ struct GuardedJob {
 // Runs `job` in a child of this process, waits for it and commits the files that it has staged. A
 // Failure of the job is thrown here again; the end of the child by a signal or by a limit is thrown
 // as a Failure that names `file`. A signal to this process ends the
-// child and throws Interrupted. Call it before the engine starts: a child must not share a window.
+// child and throws Interrupted. The job must not use a window that this process has opened.
 void runGuarded(const std::string &file, const Limits &limits,
                 const std::function<void(GuardedJob &)> &job, GuardedJob &done);
 

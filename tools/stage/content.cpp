@@ -13,6 +13,7 @@ namespace ravolt::tool {
 namespace {
 
 constexpr std::size_t examinedBytes = 1 << 20;
+constexpr std::size_t markedBytes = 64; // that say what a file is, unless it is XML
 constexpr std::string_view blanks = " \t\r\n";
 
 // Cuts the text after the next `end`; at its own end where there is none.
@@ -102,7 +103,9 @@ std::vector<XmlElement> elementsOf(const std::string &xml) {
     return elements;
 }
 
-std::string startOf(const std::filesystem::path &file) {
+namespace {
+
+std::string startOf(const std::filesystem::path &file, std::size_t bytes) {
     std::error_code error;
     if (!std::filesystem::exists(file, error))
         throw Failure(file.string(), "no such file");
@@ -113,17 +116,27 @@ std::string startOf(const std::filesystem::path &file) {
     std::ifstream stream(file, std::ios::binary);
     if (!stream)
         throw Failure(file.string(), "cannot be read");
-    std::string start(examinedBytes, '\0');
+    std::string start(bytes, '\0');
     stream.read(start.data(), static_cast<std::streamsize>(start.size()));
     start.resize(static_cast<std::size_t>(stream.gcount()));
     return start;
 }
 
+} // namespace
+
+std::string startOf(const std::filesystem::path &file) { return startOf(file, examinedBytes); }
+
+// More than the first bytes only of what may be XML.
 Content contentOf(const std::filesystem::path &file) {
-    const std::string start = startOf(file);
+    const std::string start = startOf(file, markedBytes);
     if (start.starts_with("RVE file v"))
         return Content::scene;
-    return isXml(start) ? contentOfXml(start) : Content::model;
+    const bool mayBeXml = start.find('<') != std::string::npos ||
+                          start.find_first_not_of(blanks) == std::string::npos;
+    if (!mayBeXml)
+        return Content::model;
+    const std::string text = startOf(file);
+    return isXml(text) ? contentOfXml(text) : Content::model;
 }
 
 const char *nameOf(Content content) {

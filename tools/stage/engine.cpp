@@ -4,15 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
-#include <ravolt/RAVOLT.h>
-#include <ravolt/RVEMITTER.h>
-#include <ravolt/RVFBO.h>
-#include <ravolt/RVLIGHT.h>
-#include <ravolt/RVMATERIAL.h>
-#include <ravolt/RVOPENGL.h>
-#include <ravolt/RVSETTINGS.h>
-#include <ravolt/RVTERRAIN.h>
-#include <ravolt/RVTEXTURE.h>
+#include <ravolt.h>
 #include <string_view>
 
 namespace ravolt::tool {
@@ -47,6 +39,33 @@ bool isSoftware() {
     const char *renderer = reinterpret_cast<const char *>(glGetString(GL_RENDERER));
     const std::string name = renderer ? renderer : "";
     return name.find("llvmpipe") != std::string::npos || name.find("softpipe") != std::string::npos;
+}
+
+// Those that exist now.
+template <class Object> std::set<const Object *> registered() {
+    std::set<const Object *> all;
+    for (const Object *each = Object::getFirst(); each; each = each->getNext())
+        all.insert(each);
+    return all;
+}
+
+template <class Object> void deleteOthers(const std::set<const Object *> &own) {
+    for (Object *each = Object::getFirst(); each;) {
+        Object *const current = each;
+        each = each->getNext();
+        if (!own.contains(current))
+            delete current;
+    }
+}
+
+void switchEverythingOff() {
+    RAVOLT::wireframeOff();
+    RVMESH::hideNormals();
+    RVSETTINGS::forceShadersOff();
+    RAVOLT::shadowingOff();
+    RAVOLT::bloomingOff();
+    RAVOLT::HDROff();
+    RAVOLT::DOFOff();
 }
 
 bool usesTarget() { return RVSETTINGS::getSDLForceFBO() && RVOPENGL::useFBO(); }
@@ -109,7 +128,7 @@ std::vector<std::string> Engine::removeBrokenTextures(const fs::path &log) {
 
 Engine::Engine(WindowSize size, const std::string &title, bool resizable, const fs::path &log,
                const Drawing &drawing)
-    : logFile(fs::absolute(log)) {
+    : logFile(fs::absolute(log)), startFolder(fs::current_path()) {
     RVSETTINGS settings;
     settings.setTitle(title.c_str());
     settings.setWindowX(size.width);
@@ -130,6 +149,9 @@ Engine::Engine(WindowSize size, const std::string &title, bool resizable, const 
         settings.setMaxAnisotropy(1);
         start(settings, drawing);
     }
+    ownTextures = registered<RVTEXTURE>();
+    ownMaterials = registered<RVMATERIAL>();
+    ownPrograms = registered<RVSHADER>();
 }
 
 void Engine::start(RVSETTINGS &settings, const Drawing &drawing) {
@@ -143,6 +165,23 @@ void Engine::start(RVSETTINGS &settings, const Drawing &drawing) {
 }
 
 Engine::~Engine() { RAVOLT::free(); }
+
+void Engine::unload() {
+    switchEverythingOff();
+    RVNODE::cleanUp();
+    RVFONT::cleanUp();
+    deleteOthers(ownMaterials);
+    deleteOthers(ownPrograms);
+    deleteOthers(ownTextures);
+    RVANIM::cleanUp();
+    RVVIDEO::cleanUp();
+    std::error_code error;
+    fs::current_path(startFolder, error);
+}
+
+unsigned int Engine::numberOfTextures() const {
+    return RVTEXTURE::getNumberOfTextures() - static_cast<unsigned int>(ownTextures.size());
+}
 
 void Engine::enterFolderOf(const fs::path &file) {
     std::error_code error;

@@ -6,13 +6,17 @@
 
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 class RVEMITTER;
+class RVMATERIAL;
 class RVNODE;
 class RVSETTINGS;
+class RVSHADER;
 class RVTERRAIN;
+class RVTEXTURE;
 
 namespace ravolt::tool {
 
@@ -63,6 +67,13 @@ class Engine {
     // "Unable to open file a.tga".
     static std::vector<std::string> removeBrokenTextures(const std::filesystem::path &log);
 
+    // Deletes everything that was loaded or made since the engine was started, and switches off
+    // what frames have switched on, so that another file can be loaded into the window. Pointers to
+    // nodes, stages and such are invalid then. Returns to the working folder of the start.
+    void unload();
+    // Loaded or made since the start.
+    unsigned int numberOfTextures() const;
+
   private:
     void start(RVSETTINGS &settings, const Drawing &drawing);
     std::string lastError() const;
@@ -71,7 +82,10 @@ class Engine {
     // Changes to the file's folder. Throws Failure.
     static void enterFolderOf(const std::filesystem::path &file);
 
-    std::filesystem::path logFile;
+    std::filesystem::path logFile, startFolder;
+    std::set<const RVTEXTURE *> ownTextures; // made by the engine at its start
+    std::set<const RVMATERIAL *> ownMaterials;
+    std::set<const RVSHADER *> ownPrograms;
 };
 
 // The size of what is drawn into: the window, or the render target. Needs the running engine.
