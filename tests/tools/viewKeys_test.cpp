@@ -67,8 +67,8 @@ TEST_F(ViewKeys, OnX11SwitchEffectsWithWhatTheyNeedAndTheTitleShowsThem) {
 }
 
 TEST_F(ViewKeys, OnX11ChangeTheNumbersOfTheEffectsThatAreOn) {
-    EXPECT_EQ(saidAfter(" --brightness 2",
-                        {"5", "Tab", "Prior", "Prior", "Next", "Home", "Tab", "Next", "q"}),
+    EXPECT_EQ(saidAfter(" --brightness 2", {"5", "Tab", "bracketright", "bracketright",
+                                            "bracketleft", "Home", "Tab", "bracketleft", "q"}),
               "effects: per-pixel lighting, bloom\n--bloom-intensity 0.5\n"
               "--bloom-intensity 0.6\n--bloom-intensity 0.7\n--bloom-intensity 0.6\n"
               "--bloom-intensity 0.5\n--brightness 2\n--brightness 1.75\n");
@@ -94,7 +94,7 @@ TEST_F(ViewKeys, OnX11PrintWhatTheDisplayDoesNotSupport) {
 
 TEST_F(ViewKeys, OnX11ShowTheListOfKeys) {
     const std::string text = saidAfter("", {"h", "l", "Escape"});
-    EXPECT_NE(text.find("  5       bloom\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("  5         bloom\n"), std::string::npos) << text;
     EXPECT_NE(text.find("lights: headlight\n"), std::string::npos) << text;
 }
 

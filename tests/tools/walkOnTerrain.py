@@ -166,14 +166,14 @@ def walk(viewer):
     # Nearer to the upper end of the slope less of it is above the eye.
     viewer.move("w", "steps forward", lambda: row + 4 <= skyline(viewer.picture()) < HEIGHT)
     viewer.stays("above the ground after the steps", lambda picture: grass_below(picture) > 0.95)
-    viewer.screen.send("keydown", "Next")
+    viewer.screen.send("keydown", "c")
     viewer.stays("above the ground, though sinking", lambda picture: grass_below(picture) > 0.95)
-    viewer.screen.send("keyup", "Next")
+    viewer.screen.send("keyup", "c")
 
 
 def fly(viewer):
     viewer.press("g", "flying")
-    viewer.move("Next", "below the ground", lambda: grass_below(viewer.picture()) < 0.05)
+    viewer.move("c", "below the ground", lambda: grass_below(viewer.picture()) < 0.05)
     viewer.press("g", "walking")
     viewer.until("above the ground again", lambda: grass_below(viewer.picture()) > 0.95)
 

@@ -133,9 +133,14 @@ Content contentFor(const CLI::App &app, ShowOptions &options) {
             throw WrongOptions(name + ": has no meaning for " + nameOf(content) + ", which " +
                                options.input.string() + " is");
     options.sizeIsGiven = app.count("--size") > 0;
-    if (content == Content::emitter) // particles in the air alone would show no place
+    options.content = content;
+    addFloorOfEmitters(options);
+    return content;
+}
+
+void addFloorOfEmitters(ShowOptions &options) {
+    if (options.content == Content::emitter)
         options.effects.on[static_cast<std::size_t>(Effect::floor)] = true;
-    return options.content = content;
 }
 
 WindowSize sizeFrom(const std::string &text) {

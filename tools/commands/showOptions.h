@@ -48,6 +48,9 @@ void check(const CLI::App &app, const ShowOptions &options);
 // a file that cannot be read.
 Content contentFor(const CLI::App &app, ShowOptions &options);
 
+// Particles in the air alone would show no place, so an emitter has a floor.
+void addFloorOfEmitters(ShowOptions &options);
+
 // Reads --size.
 WindowSize sizeFrom(const std::string &text);
 

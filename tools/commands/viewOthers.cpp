@@ -4,24 +4,18 @@
 
 #include "tools/commands/show.h"
 #include "tools/common/failure.h"
-#include "tools/process/logRedirect.h"
-#include "tools/process/signals.h"
 #include "tools/stage/landscape.h"
 #include "tools/stage/panel.h"
 
 #include <SDL.h>
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <numbers>
-#include <ravolt/RAVOLT.h>
 #include <ravolt/RVNODE.h>
 #include <ravolt/kit/flyCamera.h>
-#include <ravolt/kit/input.h>
 #include <ravolt/kit/terrainHeights.h>
 #include <ravolt/kit/walkCamera.h>
-#include <ravolt/kit/window.h>
 
 namespace ravolt::tool {
 
@@ -33,52 +27,12 @@ constexpr double walkingPace = 12, flyingPace = 60; // units a second
 constexpr double steepest = 75;                     // degrees of a slope that is walked on
 constexpr double longestStep = 0.2;                 // seconds; the rest of a slow frame is left out
 
-void say(const std::string &line) {
-    std::printf("%s\n", line.c_str());
-    std::fflush(stdout);
-}
-
-// The loop of a viewer: events, then a frame, as long as it is open.
-class Loop {
-  public:
-    explicit Loop(double limit) : seconds(limit) {}
-    virtual ~Loop() = default;
-
-    void run() {
-        using Clock = std::chrono::steady_clock;
-        const Clock::time_point start = Clock::now();
-        Clock::time_point last = start;
-        while (poll()) {
-            throwIfInterrupted();
-            const Clock::time_point now = Clock::now();
-            frame(std::chrono::duration<double>(now - last).count());
-            last = now;
-            RAVOLT::swap();
-            if (seconds > 0 && std::chrono::duration<double>(now - start).count() >= seconds)
-                input.close();
-        }
-    }
-
-  protected:
-    virtual void frame(double passed) = 0;
-
-    kit::Input input;
-
-  private:
-    bool poll() {
-        return input.poll([this](const SDL_Event &event) { return window.handle(event); }) &&
-               !input.wasKeyPressed(SDLK_ESCAPE);
-    }
-
-    kit::Window window;
-    double seconds;
-};
-
-class TerrainViewer : public Loop {
+class TerrainViewer : public ViewLoop {
   public:
     // Throws Failure for a geometry without heights.
-    TerrainViewer(Landscape &shown, const TerrainFiles &files, double limit)
-        : Loop(limit), landscape(shown),
+    TerrainViewer(ViewSession &common, const ShowOptions &options, Landscape &shown,
+                  const TerrainFiles &files)
+        : ViewLoop(common, options.input.filename().string()), landscape(shown),
           walker([this](double x, double z) { return heights.drawnAt(x, z); }, eyeHeight) {
         if (!heights.load(files.geometry.string().c_str()))
             throw Failure(files.geometry.string(), "has no heights of a terrain");
@@ -94,13 +48,36 @@ class TerrainViewer : public Loop {
             Z3MVECTOR3D(landscape.getEye().x, landscape.getEye().y, landscape.getEye().z));
     }
 
+    static const std::vector<ViewKey<TerrainViewer>> &keys();
+
   private:
     bool isWalking() const { return camera == &walker; }
+    bool press(int key) override { return pressOf(keys(), key, *this); }
 
-    void frame(double passed) override {
-        applyKeys();
-        camera->handle(input);
+    TextRows help() const override {
+        TextRows rows = terrainKeys();
+        for (const auto &row : rowsOf(commonKeys()))
+            rows.push_back(row);
+        return rows;
+    }
+
+    TextRows information() const override {
+        const Z3MVECTOR3D eye = camera->getPosition();
+        char text[80];
+        std::snprintf(text, sizeof text, "%.1f, %.1f, %.1f", double(eye.x), double(eye.y),
+                      double(eye.z));
+        return {{"camera", isWalking() ? "walking" : "flying"},
+                {"eye", text},
+                {"", landscape.chunkCounts()}};
+    }
+
+    bool advance(double passed) override {
+        camera->handle(session.input);
         camera->update(std::min(passed, longestStep));
+        return true;
+    }
+
+    void draw() override {
         const Z3MVECTOR3D at = camera->getPosition(), ahead = camera->getForward();
         const Vector eye = {double(at.x), double(at.y), double(at.z)};
         landscape.setEye(eye);
@@ -108,20 +85,12 @@ class TerrainViewer : public Loop {
         landscape.draw();
     }
 
-    void applyKeys() {
-        if (input.wasKeyPressed(SDLK_t))
-            landscape.setWireframe(!landscape.isWireframe());
-        if (input.wasKeyPressed(SDLK_b)) {
-            landscape.setChunks(!landscape.isShowingChunks());
-            if (landscape.isShowingChunks())
-                say(landscape.chunkCounts());
-        }
-        if (input.wasKeyPressed(SDLK_g)) {
-            changeCamera();
-            say(isWalking() ? "walking" : "flying");
-        }
-        if (input.wasKeyPressed(SDLK_h))
-            say(terrainKeys());
+    void toggleTriangles() { landscape.setWireframe(!landscape.isWireframe()); }
+
+    void toggleChunks() {
+        landscape.setChunks(!landscape.isShowingChunks());
+        if (landscape.isShowingChunks())
+            sayLine(landscape.chunkCounts());
     }
 
     // Who lands stands on the ground at once.
@@ -131,6 +100,7 @@ class TerrainViewer : public Loop {
         camera = &next;
         if (isWalking())
             walker.setOnGround(double(walker.getPosition().x), double(walker.getPosition().z));
+        sayLine(isWalking() ? "walking" : "flying");
     }
 
     Landscape &landscape;
@@ -141,23 +111,43 @@ class TerrainViewer : public Loop {
     double focus = 1; // from the eye to what it looks at
 };
 
-class InterfaceViewer : public Loop {
+const std::vector<ViewKey<TerrainViewer>> &TerrainViewer::keys() {
+    using Viewer = TerrainViewer;
+    static const std::vector<ViewKey<Viewer>> all = {
+        {0, "drag", "look around", nullptr},
+        {0, "w s a d", "move; the arrows too", nullptr},
+        {0, "Space, c", "rise and sink, when flying", nullptr},
+        {0, "Shift", "hurry", nullptr},
+        {SDLK_g, "g", "walk on the ground, or fly", &Viewer::changeCamera},
+        {SDLK_t, "t", "triangles", &Viewer::toggleTriangles},
+        {SDLK_b, "b", "the chunks in the colours of their levels", &Viewer::toggleChunks},
+    };
+    return all;
+}
+
+class InterfaceViewer : public ViewLoop {
   public:
-    InterfaceViewer(Panel &shown, RVNODE *root, std::string itsTitle, double limit)
-        : Loop(limit), panel(shown), widgets(root), title(std::move(itsTitle)) {}
+    InterfaceViewer(ViewSession &common, const ShowOptions &options, Panel &shown, RVNODE *root)
+        : ViewLoop(common, options.input.filename().string()), panel(shown), widgets(root),
+          title(titleOf(options.input)) {}
 
   private:
-    void frame(double) override {
+    bool advance(double) override { return true; }
+    void draw() override {
         panel.draw();
-        if (const unsigned int used = input.manageGUI())
+        if (const unsigned int used = session.input.manageGUI())
             name(used);
     }
+
+    // What is typed is for the widgets.
+    bool hasLetterKeys() const override { return false; }
+    TextRows help() const override { return rowsOf(commonKeys()); }
 
     void name(unsigned int id) const {
         RVNODE *node = widgets->findByIdInHierarchy(id);
         const std::string event =
             "event " + std::to_string(id) + (node ? std::string(": ") + node->getName() : "");
-        say(event);
+        sayLine(event);
         SDL_WM_SetCaption((title + " - " + event).c_str(), nullptr);
     }
 
@@ -166,39 +156,25 @@ class InterfaceViewer : public Loop {
     std::string title;
 };
 
-std::string titleOf(const ShowOptions &options) {
-    return "ravolt - " + options.input.filename().string();
-}
-
 } // namespace
 
-void viewTerrain(const ShowOptions &options, double seconds) {
+Ending viewTerrain(ViewSession &session, const ShowOptions &options) {
     const TerrainFiles files = findTerrain(options.input);
-    const LogAtEnd logged(options.verbosity);
-    Engine engine(options.size, titleOf(options), true, LogRedirect::log(),
-                  drawingFor(options, true));
-    Landscape landscape(engine, files);
+    Landscape landscape(session.open(options, options.size), files);
     arrange(landscape, options);
     removeBrokenTextures(options.verbosity);
-    TerrainViewer(landscape, files, seconds).run();
+    return TerrainViewer(session, options, landscape, files).run();
 }
 
-void viewInterface(const ShowOptions &options, double seconds) {
-    const LogAtEnd logged(options.verbosity);
-    const WindowSize size = options.sizeIsGiven ? options.size : sizeOfInterface(options);
-    Engine engine(size, titleOf(options), true, LogRedirect::log(), drawingFor(options, false));
-    RVNODE *root = engine.loadInterface(options.input);
+Ending viewInterface(ViewSession &session, const ShowOptions &options) {
+    const bool fits = options.sizeIsGiven || session.isOpen();
+    const WindowSize size = fits ? options.size : sizeOfInterface(options);
+    RVNODE *root = session.open(options, size).loadInterface(options.input);
     Panel panel(root);
     removeBrokenTextures(options.verbosity);
-    InterfaceViewer(panel, root, titleOf(options), seconds).run();
+    return InterfaceViewer(session, options, panel, root).run();
 }
 
-std::string terrainKeys() {
-    return "On a terrain: drag to look around; w, s, a, d or the arrows to move, PgUp or Space to\n"
-           "rise, PgDown or c to sink, Shift to hurry; g to walk on the ground or fly; t for\n"
-           "triangles; b for the chunks in the colours of their levels; Escape to leave.\n"
-           "Alt and Enter fill the screen.\n"
-           "An interface is operated; the title names each event.\n";
-}
+TextRows terrainKeys() { return rowsOf(TerrainViewer::keys()); }
 
 } // namespace ravolt::tool

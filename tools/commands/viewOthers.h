@@ -2,17 +2,14 @@
 
 // Viewers of what is shown on no stage.
 
-#include <string>
+#include "tools/commands/viewLoop.h"
 
 namespace ravolt::tool {
 
-struct ShowOptions;
+Ending viewTerrain(ViewSession &session, const ShowOptions &options);
+Ending viewInterface(ViewSession &session, const ShowOptions &options);
 
-// End when the window is closed, or after `seconds` unless that is 0.
-void viewTerrain(const ShowOptions &options, double seconds);
-void viewInterface(const ShowOptions &options, double seconds);
-
-// Their keys, for the help.
-std::string terrainKeys();
+// Their keys, without the common ones.
+TextRows terrainKeys();
 
 } // namespace ravolt::tool

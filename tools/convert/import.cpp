@@ -356,4 +356,10 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
         weldVertices(*current->mMeshes[i]);
 }
 
+bool isModelName(const std::filesystem::path &file) {
+    static const Assimp::Importer importer;
+    const std::string ending = file.extension().string();
+    return !ending.empty() && importer.IsExtensionSupported(ending.c_str());
+}
+
 } // namespace ravolt::tool

@@ -13,6 +13,7 @@
 
 #include <assimp/Importer.hpp>
 #include <assimp/scene.h>
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -51,6 +52,9 @@ class Model {
     bool linearColors = false;
     bool alphaSaid = false;
 };
+
+// Whether some reader of models takes files of such a name, in any letter case.
+bool isModelName(const std::filesystem::path &file);
 
 // Drops what cannot be drawn; see above. For the import, and for its tests.
 void cleanScene(aiScene &scene, Report &report);
