@@ -1,4 +1,4 @@
-// The simulated driver's state: matrix stacks, switches, object names.
+// The simulated driver's state: matrix stacks, switches, object names, images.
 
 #include "testing/silentDriver.h"
 
@@ -186,6 +186,16 @@ GLint SilentDriver::location(const char *name) {
 void SilentDriver::glReadPixels(GLint, GLint, GLsizei width, GLsizei height, GLenum format,
                                 GLenum type, GLvoid *pixels) {
     std::memset(pixels, 0, bytesOfPixel(format, type) * static_cast<std::size_t>(width * height));
+}
+
+void SilentDriver::glTexImage2D(GLenum, GLint, GLint, GLsizei width, GLsizei height, GLint,
+                                GLenum format, GLenum type, const GLvoid *pixels) {
+    draws.readImage(width, height, bytesOfPixel(format, type), pixels);
+}
+
+void SilentDriver::glTexSubImage2D(GLenum, GLint, GLint, GLint, GLsizei width, GLsizei height,
+                                   GLenum format, GLenum type, const GLvoid *pixels) {
+    draws.readImage(width, height, bytesOfPixel(format, type), pixels);
 }
 
 std::size_t bytesOfPixel(GLenum format, GLenum type) {

@@ -1,8 +1,11 @@
 #pragma once
 
 // A simulated driver that draws nothing. It stores what the engine queries: the matrix stacks, the
-// viewport, the switches, the names of objects. Each member has the name of the OpenGL function
-// that it implements; a function without a member does nothing and returns 0.
+// viewport, the switches, the names of objects, the vertex arrays and buffers, which it checks at
+// each draw. Each member has the name of the OpenGL function that it implements; a function without
+// a member does nothing and returns 0.
+
+#include "testing/drawChecker.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -28,8 +31,14 @@ class SilentDriver {
     void glGetBooleanv(GLenum name, GLboolean *values);
     void glEnable(GLenum what) { enabled.insert(what); }
     void glDisable(GLenum what) { enabled.erase(what); }
-    void glEnableClientState(GLenum what) { enabled.insert(what); }
-    void glDisableClientState(GLenum what) { enabled.erase(what); }
+    void glEnableClientState(GLenum what) {
+        enabled.insert(what);
+        draws.enable(what, true);
+    }
+    void glDisableClientState(GLenum what) {
+        enabled.erase(what);
+        draws.enable(what, false);
+    }
     GLboolean glIsEnabled(GLenum what) { return enabled.count(what) ? GL_TRUE : GL_FALSE; }
     void glViewport(GLint x, GLint y, GLsizei width, GLsizei height) {
         viewport = {x, y, width, height};
@@ -71,6 +80,47 @@ class SilentDriver {
     void glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type,
                       GLvoid *pixels);
 
+    void glBindBufferARB(GLenum target, GLuint name) { draws.bindBuffer(target, name); }
+    void glBufferDataARB(GLenum target, GLsizeiptrARB size, const GLvoid *data, GLenum) {
+        draws.setData(target, size, data);
+    }
+    void glDeleteBuffersARB(GLsizei number, const GLuint *names) {
+        draws.deleteBuffers(number, names);
+    }
+    void glClientActiveTextureARB(GLenum unit) { draws.setTextureUnit(unit); }
+    void glVertexPointer(GLint size, GLenum type, GLsizei stride, const GLvoid *pointer) {
+        draws.setArray(GL_VERTEX_ARRAY, size, type, stride, pointer);
+    }
+    void glNormalPointer(GLenum type, GLsizei stride, const GLvoid *pointer) {
+        draws.setArray(GL_NORMAL_ARRAY, 3, type, stride, pointer);
+    }
+    void glColorPointer(GLint size, GLenum type, GLsizei stride, const GLvoid *pointer) {
+        draws.setArray(GL_COLOR_ARRAY, size, type, stride, pointer);
+    }
+    void glTexCoordPointer(GLint size, GLenum type, GLsizei stride, const GLvoid *pointer) {
+        draws.setArray(GL_TEXTURE_COORD_ARRAY, size, type, stride, pointer);
+    }
+    void glEnableVertexAttribArrayARB(GLuint index) { draws.enableAttribute(index, true); }
+    void glDisableVertexAttribArrayARB(GLuint index) { draws.enableAttribute(index, false); }
+    void glVertexAttribPointerARB(GLuint index, GLint size, GLenum type, GLboolean, GLsizei stride,
+                                  const GLvoid *pointer) {
+        draws.setAttribute(index, size, type, stride, pointer);
+    }
+    void glDrawArrays(GLenum, GLint first, GLsizei count) { draws.drawArrays(first, count); }
+    void glDrawElements(GLenum, GLsizei count, GLenum type, const GLvoid *indices) {
+        draws.drawElements(count, type, indices);
+    }
+
+    void glPixelStorei(GLenum name, GLint value) { draws.setUnpacking(name, value); }
+    void glTexImage2D(GLenum target, GLint level, GLint internalFormat, GLsizei width,
+                      GLsizei height, GLint border, GLenum format, GLenum type,
+                      const GLvoid *pixels);
+    void glTexSubImage2D(GLenum target, GLint level, GLint x, GLint y, GLsizei width,
+                         GLsizei height, GLenum format, GLenum type, const GLvoid *pixels);
+
+    // The draws that have read outside their buffers.
+    const std::vector<std::string> &faults() const { return draws.faults(); }
+
   private:
     GLenum matrixMode = GL_MODELVIEW;
     std::map<GLenum, std::vector<Matrix>> stacks;
@@ -79,6 +129,7 @@ class SilentDriver {
     std::map<GLenum, GLint> integers; // single values
     std::map<std::string, GLint> locations;
     GLuint lastName = 0;
+    DrawChecker draws;
 
     Matrix &top() { return stacks[matrixMode].back(); }
     void multiply(const Matrix &matrix); // multiplies the top from the right

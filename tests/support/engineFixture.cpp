@@ -17,6 +17,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <vector>
 
 namespace ravolt::test {
 namespace {
@@ -143,6 +145,7 @@ void EngineTest::SetUp() {
 
 void EngineTest::TearDown() {
     recorder.allocationsWork();
+    EXPECT_EQ(recorderState().driver.faults(), std::vector<std::string>());
     if (RAVOLT::isActive()) {
         expectNoGlErrors();
         EXPECT_TRUE(RAVOLT::free());
