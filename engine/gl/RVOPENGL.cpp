@@ -124,7 +124,10 @@ bool RVOPENGL::resize(int x, int y, int sizeX, int sizeY) {
 
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
-    glViewport(x, RVSETTINGS::getSDLWindowY() - y - sizeY, sizeX, sizeY);
+    // Unsigned, as the sizes may be any: where the difference does not fit, it wraps.
+    const auto bottom = static_cast<unsigned int>(RVSETTINGS::getSDLWindowY()) -
+                        static_cast<unsigned int>(y) - static_cast<unsigned int>(sizeY);
+    glViewport(x, static_cast<GLint>(bottom), sizeX, sizeY);
     if (RVSETTINGS::isSDLLandscape()) {
         glRotatef(90, 0, 0, 1);
         setPerspective(angleOfView, height / width, nearPlane, farPlane);
