@@ -43,12 +43,29 @@ TEST(CommandLine, ShowsItsVersionAndTheHelpOfEachCommand) {
                      "--spot-angle ", "--spot-fade ", "--shadows ", "--shadow-map ", "--floor ",
                      "--bloom ", "--bloom-intensity ", "--tone-mapping ", "--exposure ",
                      "--depth-of-field ", "--focus ", "--focus-depth ", "--brightness "});
-    expectWords(view,
-                {"wireframe", "normals", "bounding boxes", "next light rig", "screenshot",
-                 "wheel to zoom", "Escape", "  1       per-pixel lighting\n",
-                 "  2       spot light\n", "  3       shadows\n", "  4       floor\n",
-                 "  5       bloom\n", "  6       tone mapping\n", "  7       depth of field\n",
-                 "  Tab     ", "  PgUp    ", "  PgDown  ", "  h       "});
+    expectWords(view, {"wireframe",
+                       "normals",
+                       "bounding boxes",
+                       "next light rig",
+                       "screenshot",
+                       "wheel ",
+                       "Escape",
+                       "  1         per-pixel lighting\n",
+                       "  2         spot light\n",
+                       "  3         shadows\n",
+                       "  4         floor\n",
+                       "  5         bloom\n",
+                       "  6         tone mapping\n",
+                       "  7         depth of field\n",
+                       "  Tab       ",
+                       "  ]         ",
+                       "  F1, h     ",
+                       "  F3, i     ",
+                       "  PgUp      ",
+                       "  PgDown    ",
+                       "  Drop      ",
+                       "On a terrain:\n",
+                       "  g         walk"});
 }
 
 TEST(CommandLine, ReportsWrongOptionsInOneLine) {
