@@ -20,11 +20,13 @@ void writeStall(ObjWriter &obj, const std::string &name, const Frame &where) {
     for (int i = 0; i < 3; ++i) {
         obj.begin(name + "_fruit" + std::to_string(i), fruits[i], where, 1);
         const float x = -0.85f + 0.85f * static_cast<float>(i);
-        for (int k = 0; k < 12; ++k)
-            obj.turnedBody({x - 0.24f + 0.16f * static_cast<float>(k % 4), 1.06f,
-                            -0.18f + 0.2f * static_cast<float>(k / 4)},
+        for (int k = 0; k < 12; ++k) {
+            const int column = k % 4, row = k / 4;
+            obj.turnedBody({x - 0.24f + 0.16f * static_cast<float>(column), 1.06f,
+                            -0.18f + 0.2f * static_cast<float>(row)},
                            {{0, 0.16f}, {0.06f, 0.14f}, {0.085f, 0.08f}, {0.06f, 0.02f}, {0, 0}}, 8,
                            1);
+        }
     }
     obj.begin(name + "_awning", "awning", where, 1);
     for (int side = 0; side < 2; ++side) {
