@@ -2,6 +2,7 @@
 
 #include "ravolt/RVBOX.h"
 
+#include "engine/gl/bindings.h"
 #include "foundation/registry.h"
 #include "gui/boxNodes.h"
 #include "ravolt/RVELEMENT.h"
@@ -38,6 +39,8 @@ void drawQuad(Pixels x1, Pixels y1, Pixels x2, Pixels y2, const Z3MVECTOR4D &col
     const Z3MVECTOR4D colors[] = {color, color, color, color};
     const Z3MVECTOR2D texCoords[] = {coords.topLeft, coords.topRight, coords.bottomLeft,
                                      coords.bottomRight};
+    ravolt::useArraysInMemory();
+    RVOPENGL::normalArrayOff(); // of a mesh
     glVertexPointer(2, GL_FLOAT, 0, vertices);
     glColorPointer(4, GL_FLOAT, 0, colors);
     glTexCoordPointer(2, GL_FLOAT, 0, texCoords);

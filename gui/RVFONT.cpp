@@ -6,6 +6,7 @@
 
 #include "ravolt/RVFONT.h"
 
+#include "engine/gl/bindings.h"
 #include "foundation/registry.h"
 #include "foundation/text.h"
 #include "gui/kerningFile.h"
@@ -233,6 +234,8 @@ void RVFONT::bindAtlas() const {
 
 void RVFONT::setPointers(unsigned int firstGlyph) {
     glColorPointer(4, GL_UNSIGNED_BYTE, 0, fontCachedColor + firstGlyph * colorBytesPerGlyph);
+    ravolt::useArraysInMemory();
+    RVOPENGL::normalArrayOff(); // of a mesh
     glVertexPointer(2, GL_FLOAT, 0, fontCachedVertex + firstGlyph * floatsPerGlyph);
     glTexCoordPointer(2, GL_FLOAT, 0, fontCachedTexCoord + firstGlyph * floatsPerGlyph);
 }

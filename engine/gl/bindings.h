@@ -44,6 +44,13 @@ inline void bindBuffer(GLenum target, GLuint buffer) {
         bindBufferAlways(target, buffer);
 }
 
+// Before arrays in the application's memory are drawn: a mesh that was drawn before leaves its
+// buffer bound, and OpenGL would take their addresses as offsets in it.
+inline void useArraysInMemory() {
+    if (!cacheHit(boundBuffers[0].name == 0))
+        bindBuffer(GL_ARRAY_BUFFER_ARB, 0);
+}
+
 inline void unbindBuffers() {
     bindBuffer(GL_ARRAY_BUFFER_ARB, 0);
     bindBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
