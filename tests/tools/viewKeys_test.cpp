@@ -38,6 +38,13 @@ class ViewKeys : public ::testing::Test {
         return readText("said");
     }
 
+    void pressAndAwait(const std::string &key, const std::string &end) {
+        window->press(key);
+        for (int tries = 0; tries < 500 && !readText("said").ends_with(end); ++tries)
+            usleep(20'000);
+        EXPECT_TRUE(readText("said").ends_with(end)) << readText("said");
+    }
+
     std::string saidAfter(const std::string &options, const Lines &keys,
                           const std::string &before = "") {
         open(file + options, title, before);
@@ -90,6 +97,23 @@ TEST_F(ViewKeys, OnX11PrintWhatTheDisplayDoesNotSupport) {
               "bloom: this display cannot do it\ndepth of field: this display cannot do it\n"
               "effects: spot light\nlights: the spot light stands in for the rigs\n"
               "clip: there are none\n");
+}
+
+// Of a square that stands at an angle, so that its edges are steps. Without steps there are more
+// colours, which take more bytes. A screenshot is one of the next frame, so each key is awaited.
+TEST_F(ViewKeys, OnX11SmoothTheEdgesAndGoBack) {
+    ASSERT_NO_FATAL_FAILURE(open(file + " --yaw 30", title));
+    const auto picture = [this](const std::string &end) {
+        return readText("keys" + number + end + ".png");
+    };
+    pressAndAwait("p", "_001.png\n");
+    pressAndAwait("F4", "edges: smooth\n");
+    pressAndAwait("p", "_002.png\n");
+    pressAndAwait("F4", "edges: as they are\n");
+    pressAndAwait("p", "_003.png\n");
+    said({"q"});
+    EXPECT_GT(picture("_002").size(), picture("_001").size());
+    EXPECT_EQ(picture("_003"), picture("_001"));
 }
 
 TEST_F(ViewKeys, OnX11ShowTheListOfKeys) {

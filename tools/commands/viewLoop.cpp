@@ -6,10 +6,12 @@
 #include "tools/commands/show.h"
 #include "tools/process/logRedirect.h"
 #include "tools/process/signals.h"
+#include "tools/stage/picture.h"
 
 #include <SDL.h>
 #include <cstdio>
 #include <ravolt/RAVOLT.h>
+#include <ravolt/kit/screenshot.h>
 #include <sstream>
 
 namespace ravolt::tool {
@@ -17,6 +19,8 @@ namespace ravolt::tool {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr int samplesASide = 2; // of a pixel
 
 double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
@@ -63,6 +67,7 @@ const std::vector<ViewKey<ViewLoop>> &ViewLoop::commonKeys() {
         {SDLK_F1, "F1, h", "these keys, on the screen and on standard output", &Loop::toggleHelp},
         {SDLK_F3, "F3, i", "the file, the clip, and the numbers of frames and of what is drawn",
          [](Loop &loop) { loop.session.text.toggleInformation(); }},
+        {SDLK_F4, "F4", "smooth edges by four samples a pixel, and back", &Loop::toggleSmooth},
         {SDLK_PAGEDOWN, "PgDown", "the next file of the folder",
          [](Loop &loop) { loop.ending = Ending::nextFile; }},
         {SDLK_PAGEUP, "PgUp", "the previous file",
@@ -120,8 +125,35 @@ TextRows ViewLoop::allFacts() const {
     return facts;
 }
 
+void ViewLoop::toggleSmooth() {
+    session.smooth = !session.smooth;
+    sayLine(session.smooth ? "edges: smooth" : "edges: as they are");
+}
+
+// The frame once a sample, each time shifted by part of a pixel, and the mean of these frames.
+void ViewLoop::drawSmooth() {
+    const WindowSize size = canvasSize();
+    const auto offset = [](int step) { return (step + 0.5) / samplesASide - 0.5; };
+    int sample = 0;
+    kit::Screenshot mean;
+    const bool taken = mean.takeSmooth(
+        [&] {
+            shift({size.width, size.height, offset(sample % samplesASide),
+                   offset(sample / samplesASide)});
+            ++sample;
+            draw();
+        },
+        samplesASide);
+    shift({});
+    if (taken)
+        showPicture({mean.getWidth(), mean.getHeight(), mean.getPixels()});
+}
+
 void ViewLoop::drawFrame(double passed) {
-    draw();
+    if (session.smooth && shift({}))
+        drawSmooth();
+    else
+        draw();
     onDrawn();
     if (drawn) // the pause before is not the time of a frame
         session.statistics.add(static_cast<float>(passed));

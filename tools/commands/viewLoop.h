@@ -6,6 +6,7 @@
 #include "tools/commands/showOptions.h"
 #include "tools/commands/viewText.h"
 #include "tools/process/fileDrop.h"
+#include "tools/stage/drawable.h"
 #include "tools/stage/engine.h"
 
 #include <chrono>
@@ -72,6 +73,7 @@ class ViewSession {
     kit::Window window;
     kit::FrameStatistics statistics;
     ScreenText text;
+    bool smooth = false;            // edges
     std::unique_ptr<FileDrop> drop; // while there is a window
     std::vector<std::filesystem::path> dropped;
 
@@ -107,6 +109,8 @@ class ViewLoop {
     virtual bool advance(double passed) = 0;
     virtual void draw() = 0;  // without RAVOLT::swap
     virtual void onDrawn() {} // before the text is drawn over it
+    // Shifts what is drawn by parts of a pixel; false for what has no edges to be smoothed.
+    virtual bool shift(const PicturePart &) { return false; }
     // Whether the key had a meaning. Called again while a key is held.
     virtual bool press(int) { return false; }
     virtual TextRows help() const = 0;
@@ -123,6 +127,8 @@ class ViewLoop {
     bool take(const SDL_Event &event);
     void takeDropped();
     void drawFrame(double passed);
+    void drawSmooth();
+    void toggleSmooth();
     void toggleHelp();
     TextRows allFacts() const;
 

@@ -46,6 +46,10 @@ class ModelViewer : public ViewLoop {
     bool advance(double passed) override;
     void draw() override;
     void onDrawn() override;
+    bool shift(const PicturePart &part) override {
+        stage.setPart(part);
+        return true;
+    }
     bool press(int key) override;
     TextRows help() const override;
     TextRows information() const override;

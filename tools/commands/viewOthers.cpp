@@ -85,6 +85,11 @@ class TerrainViewer : public ViewLoop {
         landscape.draw();
     }
 
+    bool shift(const PicturePart &part) override {
+        landscape.setPart(part);
+        return true;
+    }
+
     void toggleTriangles() { landscape.setWireframe(!landscape.isWireframe()); }
 
     void toggleChunks() {

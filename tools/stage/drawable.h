@@ -7,10 +7,10 @@ namespace ravolt::tool {
 class Effects;
 
 // What the window shows of a larger picture, in pixels from its lower left corner. As it is made:
-// the window shows all of the picture.
+// the window shows all of the picture. Parts of pixels shift it.
 struct PicturePart {
     int wholeWidth = 0, wholeHeight = 0;
-    int left = 0, bottom = 0;
+    double left = 0, bottom = 0;
 };
 
 class Drawable {

@@ -38,6 +38,18 @@ void copyTile(const Picture &tile, int left, int bottom, Picture &whole) {
 
 } // namespace
 
+void showPicture(const Picture &picture) {
+    RAVOLT::begin2D();
+    glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glRasterPos2i(0, 0);
+    glPixelZoom(1, -1); // its rows go from the top down
+    glDrawPixels(picture.width, picture.height, GL_RGB, GL_UNSIGNED_BYTE, picture.pixels.data());
+    glPixelZoom(1, 1);
+    glPopClientAttrib();
+    RAVOLT::end2D();
+}
+
 WindowSize windowFor(WindowSize picture) {
     return {partOf(picture.width, maxWindow.width), partOf(picture.height, maxWindow.height)};
 }
@@ -53,7 +65,7 @@ template <class Finish> void drawParts(Drawable &drawable, WindowSize size, Fini
         for (int left = 0; left < size.width; left += width) {
             throwIfInterrupted();
             if (inParts)
-                drawable.setPart({size.width, size.height, left, bottom});
+                drawable.setPart({size.width, size.height, double(left), double(bottom)});
             drawable.draw();
             finish(left, bottom);
             RAVOLT::swap();

@@ -22,6 +22,9 @@ struct Picture {
 // Between the end of a frame's drawing and RAVOLT::swap.
 Picture takePicture();
 
+// Draws it over the window, pixel by pixel, before RAVOLT::swap.
+void showPicture(const Picture &picture);
+
 // The window that a picture of that size is drawn in: in parts if it is larger than any screen
 // certainly is.
 WindowSize windowFor(WindowSize picture);
