@@ -11,6 +11,7 @@
 #include <SDL.h>
 
 #include <cmath>
+#include <cstring>
 
 namespace ravolt::kit {
 
@@ -25,6 +26,14 @@ const RVFBO *forcedTarget() {
     const RVFBO *target =
         RVSETTINGS::getSDLForceFBO() && RVOPENGL::useFBO() ? RVOPENGL::getFbo(0) : nullptr;
     return target && target->getTexture() ? target : nullptr;
+}
+
+// A driver may pass numbers that are none of SDLKey's, which must not be read as one.
+unsigned int numberOf(const SDL_keysym &symbol) {
+    static_assert(sizeof symbol.sym == sizeof(unsigned int));
+    unsigned int number = 0;
+    std::memcpy(&number, &symbol.sym, sizeof number);
+    return number;
 }
 
 void appendUtf8(std::string &text, unsigned int character) {
@@ -128,7 +137,7 @@ static void restartKeyRepeat() {
 
 bool Input::handleKey(const SDL_Event &event) {
     const SDL_keysym &symbol = event.key.keysym;
-    const auto key = static_cast<std::size_t>(symbol.sym);
+    const unsigned int key = numberOf(symbol);
     const bool down = event.type == SDL_KEYDOWN;
     if (key < numberOfKeys) {
         if (down && !keysDown[key])
@@ -138,7 +147,7 @@ bool Input::handleKey(const SDL_Event &event) {
     if (keysDown.none())
         restartKeyRepeat();
     if (down)
-        handleText(symbol.sym == SDLK_BACKSPACE ? backspace : symbol.unicode);
+        handleText(key == SDLK_BACKSPACE ? backspace : symbol.unicode);
     return true;
 }
 
