@@ -15,7 +15,7 @@ from pathlib import Path
 
 tool, island, sources = sys.argv[1], sys.argv[2], Path(sys.argv[3])
 sys.path.insert(0, str(sources / "tests/gui"))
-from driveInput import Screen  # noqa: E402
+from driveInput import run_on_screen  # noqa: E402
 
 PATIENCE = 60  # seconds, on a machine with much else to do
 FRAME = 1.5  # seconds in which at least two frames are drawn
@@ -92,13 +92,4 @@ def operate(demo):
 
 
 make_files()
-display = Screen()
-running = None
-try:
-    running = Demo(display)
-    operate(running)
-finally:
-    if running and running.process.poll() is None:
-        running.process.kill()
-        running.process.wait()
-    display.stop()
+run_on_screen(Demo, operate)

@@ -19,7 +19,7 @@ from pathlib import Path
 
 tool, game, sources = sys.argv[1], sys.argv[2], Path(sys.argv[3])
 sys.path.insert(0, str(sources / "tests/gui"))
-from driveInput import Screen  # noqa: E402
+from driveInput import run_on_screen  # noqa: E402
 
 MODELS = Path("/usr/share/assimp/models")
 PATIENCE = 90  # seconds, on a machine with much else to do
@@ -140,13 +140,4 @@ def play(running, screen):
 
 
 make_files()
-display = Screen()
-played = None
-try:
-    played = Game(display)
-    play(played, display)
-finally:
-    if played and played.process.poll() is None:
-        played.process.kill()
-        played.process.wait()
-    display.stop()
+run_on_screen(Game, lambda played: play(played, played.screen))

@@ -51,6 +51,20 @@ class Screen:
         self.server.wait(TIMEOUT)
 
 
+
+def run_on_screen(start, operate):
+    """Calls `operate` with what `start` makes on a screen of its own: an object whose `process` is a
+    program. Neither the program nor the screen is left behind."""
+    screen, running = Screen(), None
+    try:
+        running = start(screen)
+        operate(running)
+    finally:
+        if running and running.process.poll() is None:
+            running.process.kill()
+            running.process.wait()
+        screen.stop()
+
 class Application:
     def __init__(self, program, screen):
         self.screen = screen

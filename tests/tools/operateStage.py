@@ -13,7 +13,7 @@ from pathlib import Path
 
 tool, sources = sys.argv[1], Path(sys.argv[2])
 sys.path.insert(0, str(sources / "tests/gui"))
-from driveInput import Screen  # noqa: E402
+from driveInput import run_on_screen  # noqa: E402
 
 PATIENCE = 30  # seconds, on a machine with much else to do
 STEP = 0.3  # in which at least one frame is drawn
@@ -95,13 +95,4 @@ def operate(viewer):
 
 
 Path("model.obj").write_text(MODEL, encoding="utf-8")
-display = Screen()
-running = None
-try:
-    running = Viewer(display)
-    operate(running)
-finally:
-    if running and running.process.poll() is None:
-        running.process.kill()
-        running.process.wait()
-    display.stop()
+run_on_screen(Viewer, operate)

@@ -15,7 +15,7 @@ from pathlib import Path
 
 tool, sources = sys.argv[1], Path(sys.argv[2])
 sys.path.insert(0, str(sources / "tests/gui"))
-from driveInput import Screen, TIMEOUT  # noqa: E402
+from driveInput import run_on_screen, TIMEOUT  # noqa: E402
 
 STEP = 0.2  # seconds between two inputs, if nothing reports the first one
 INTERFACE = """<root>
@@ -103,13 +103,4 @@ def operate(viewer):
 
 
 Path("gui.xml").write_text(INTERFACE)
-display = Screen()
-running = None
-try:
-    running = Viewer(display)
-    operate(running)
-finally:
-    if running and running.process.poll() is None:
-        running.process.kill()
-        running.process.wait()
-    display.stop()
+run_on_screen(Viewer, operate)
