@@ -5,7 +5,7 @@
 include(CMakePackageConfigHelpers)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
 
-install(TARGETS ravolt ravolt_kit ravolt_testing EXPORT RavoltTargets
+install(TARGETS ravolt ravolt_kit ravolt_kit_core ravolt_testing EXPORT RavoltTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")

@@ -3,12 +3,12 @@
 
 #include "ravolt/kit/screenshot.h"
 
+#include "kit/files/pngWriter.h"
 #include "kit/surface.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/zlf.h"
-#include "tools/writers/pngWriter.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -4,7 +4,7 @@
 
 #include "examples/village/parts.h"
 
-#include "tools/writers/pngWriter.h"
+#include "kit/files/pngWriter.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -32,15 +32,18 @@ LAYERS = [
     ("application", {"engine/app": []}),
 ]
 
-# The kit, above the library: of it the sources include public headers only.
-KIT_LAYERS = [("kit", {"kit": []})]
+# The kit, above the library: of it the sources include public headers only, and those of the lower layer
+# nothing at all.
+KIT_FILES = "kit/files"
+KIT_LAYERS = [("files", {KIT_FILES: []}), ("kit", {"kit": []})]
 
 # The recorder for tests, beside the kit: of the library its sources include public headers and the list
 # of entry points.
 TESTING_LAYERS = [("testing", {"testing": []})]
 
-# The tool's own layers. Of the library and the kit its folders include public headers, and of the
-# library format numbers; the folder that inspects files also includes the readers below.
+# The tool's own layers. Of the library and the kit its folders include public headers, of the library
+# format numbers, and of the kit its lower layer; the folder that inspects files also includes the
+# readers below.
 TOOL_LAYERS = [
     ("writers", {"tools/writers": []}),
     ("common", {"tools/common": []}),
@@ -66,6 +69,7 @@ def layer_numbers(layers):
 
 
 LAYER = layer_numbers(LAYERS)
+PART_LAYER = layer_numbers(KIT_LAYERS) | layer_numbers(TESTING_LAYERS)
 TOOL_LAYER = layer_numbers(TOOL_LAYERS)
 FOLDER_OF_HEADER = {f"ravolt/{header}.h": folder for _, folders in LAYERS
                     for folder, headers in folders.items() for header in headers}

@@ -19,7 +19,7 @@ from pathlib import Path
 
 RELEASE = 14
 # The sources are compiled for other targets as well.
-LIBRARIES = ("ravolt_objects.dir/", "ravolt_kit_objects.dir/")
+LIBRARIES = ("ravolt_objects.dir/", "ravolt_kit_core.dir/", "ravolt_kit_files.dir/")
 # clang's own warnings are on, except where it does not see what a loop or a format is for.
 OPTIONS = ["--quiet", "--warnings-as-errors=*", "--extra-arg=-Wno-for-loop-analysis",
            "--extra-arg=-Wno-format-zero-length"]

@@ -2,7 +2,7 @@
 
 #include "tests/support/pictures.h"
 
-#include "tools/writers/pngWriter.h"
+#include "kit/files/pngWriter.h"
 
 #define STB_IMAGE_STATIC
 #define STB_IMAGE_IMPLEMENTATION

@@ -1,9 +1,9 @@
 // A conversion that fails changes no file of an earlier one.
 
+#include "kit/files/fileTransaction.h"
 #include "tests/support/fileLimit.h"
 #include "tests/tools/fileFaults.h"
 #include "tests/tools/support.h"
-#include "tools/writers/fileTransaction.h"
 
 #include <gtest/gtest.h>
 #include <map>

@@ -2,8 +2,8 @@
 
 #include "tools/commands/documents.h"
 
+#include "kit/files/wholeFile.h"
 #include "tools/common/failure.h"
-#include "tools/writers/wholeFile.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -3,13 +3,13 @@
 // Conversion of a model, in any format that assimp reads, to a scene file with its textures and its
 // clips.
 
+#include "kit/files/fileTransaction.h"
 #include "tools/common/inputFiles.h"
 #include "tools/common/progress.h"
 #include "tools/common/report.h"
 #include "tools/convert/clips.h"
 #include "tools/convert/modelFiles.h"
 #include "tools/convert/textures.h"
-#include "tools/writers/fileTransaction.h"
 #include "tools/writers/rveWriter.h"
 
 #include <filesystem>

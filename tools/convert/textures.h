@@ -3,11 +3,11 @@
 // The textures of a model as TGA files beside the scene: NAME_d.tga for the colours and,
 // on request, NAME_n.tga for its normal map, which the engine finds by that suffix.
 
+#include "kit/files/fileTransaction.h"
 #include "tools/common/inputFiles.h"
 #include "tools/common/report.h"
 #include "tools/convert/images.h"
 #include "tools/convert/modelFiles.h"
-#include "tools/writers/fileTransaction.h"
 
 #include <assimp/scene.h>
 #include <filesystem>

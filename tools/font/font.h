@@ -2,9 +2,9 @@
 
 // The whole job of `ravolt font`: a font file in, the texture and the kerning file of RVFONT out.
 
+#include "kit/files/fileTransaction.h"
 #include "tools/common/inputFiles.h"
 #include "tools/common/report.h"
-#include "tools/writers/fileTransaction.h"
 
 #include <filesystem>
 #include <optional>

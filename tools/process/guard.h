@@ -4,8 +4,8 @@
 // conversion runs in a process of its own, within limits: if that process dies, the tool reports it
 // in one line and removes the files that it created.
 
+#include "kit/files/fileTransaction.h"
 #include "tools/common/inputFiles.h"
-#include "tools/writers/fileTransaction.h"
 
 #include <functional>
 #include <string>

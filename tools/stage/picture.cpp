@@ -2,11 +2,11 @@
 
 #include "tools/stage/picture.h"
 
+#include "kit/files/pngWriter.h"
+#include "kit/files/wholeFile.h"
 #include "tools/common/failure.h"
 #include "tools/process/signals.h"
 #include "tools/stage/stage.h"
-#include "tools/writers/pngWriter.h"
-#include "tools/writers/wholeFile.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -3,10 +3,10 @@
 // The geometry file of a terrain, made in one go from its heights: beside these no more than a
 // chunk is in memory. See docs/formats.md.
 
+#include "kit/files/fileTransaction.h"
 #include "tools/terrain/gridSize.h"
 #include "tools/terrain/ground.h"
 #include "tools/terrain/heights.h"
-#include "tools/writers/fileTransaction.h"
 
 #include <functional>
 

@@ -2,6 +2,7 @@
 
 // The whole job of `ravolt terrain`: heights in, a folder with all that the engine loads out.
 
+#include "kit/files/fileTransaction.h"
 #include "tools/common/inputFiles.h"
 #include "tools/common/progress.h"
 #include "tools/common/report.h"
@@ -9,7 +10,6 @@
 #include "tools/terrain/ground.h"
 #include "tools/terrain/heightFiles.h"
 #include "tools/terrain/island.h"
-#include "tools/writers/fileTransaction.h"
 
 #include <array>
 #include <filesystem>

@@ -2,7 +2,7 @@
 
 #include "tools/writers/byteWriter.h"
 
-#include "tools/writers/wholeFile.h"
+#include "kit/files/wholeFile.h"
 
 #include <cstring>
 

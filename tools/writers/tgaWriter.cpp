@@ -2,8 +2,8 @@
 
 #include "tools/writers/tgaWriter.h"
 
+#include "kit/files/wholeFile.h"
 #include "resources/tgaFormat.h"
-#include "tools/writers/wholeFile.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,9 +1,9 @@
 // Every block of memory of the encoder is known here, since the encoder continues after a failed
 // allocation as if it had succeeded.
 
-#include "tools/writers/pngWriter.h"
+#include "kit/files/pngWriter.h"
 
-#include "tools/writers/wholeFile.h"
+#include "kit/files/wholeFile.h"
 
 #include <cstdlib>
 #include <new>

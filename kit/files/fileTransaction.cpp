@@ -1,6 +1,6 @@
 // Temporary files beside their targets, and renaming all of them at once.
 
-#include "tools/writers/fileTransaction.h"
+#include "kit/files/fileTransaction.h"
 
 #include <cerrno>
 #include <cstdint>

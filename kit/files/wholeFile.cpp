@@ -1,6 +1,6 @@
-#include "tools/writers/wholeFile.h"
+#include "kit/files/wholeFile.h"
 
-#include "tools/writers/fileTransaction.h"
+#include "kit/files/fileTransaction.h"
 
 std::string ravolt::writeWholeFile(const std::string &path,
                                    const std::vector<unsigned char> &bytes) {
