@@ -10,6 +10,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -21,6 +22,10 @@ struct State {
     bool tables = false;       // those of identifiers and timers exist
     bool html = false;         // set by a name with ".html", never cleared
     bool consoleEcho = true;
+    std::size_t limit = 0;   // bytes of the file; 0 for any number
+    std::size_t written = 0; // bytes of the file
+    bool limitReached = false;
+    bool lineOpen = false; // the last text had no line end
 };
 constinit State state;
 
@@ -71,8 +76,29 @@ void write(const Line &text) {
     Line html;
     if (state.html)
         translateToHtml(text, html);
-    std::fputs(state.html ? html : text, state.file);
+    const char *const piece = state.html ? html : text;
+    std::fputs(piece, state.file);
     std::fflush(state.file);
+    const std::size_t length = std::strlen(piece);
+    state.written += length;
+    if (length)
+        state.lineOpen = piece[length - 1] != '\n';
+}
+
+// Everything after the first text that does not fit is left out, so that what is there is complete.
+bool fitsLimit(const Line &text) {
+    if (!state.limit)
+        return true;
+    if (state.limitReached || state.written + std::strlen(text) <= state.limit)
+        return !state.limitReached;
+    const std::size_t limit = std::exchange(state.limit, 0); // not of these lines
+    if (state.lineOpen)
+        zlfLog("\n");
+    zlfLog("   [!] Log limit of %lu bytes reached, the rest is left out\n",
+           static_cast<unsigned long>(limit));
+    state.limit = limit;
+    state.limitReached = true;
+    return false;
 }
 
 struct TimeText {
@@ -99,6 +125,8 @@ bool openFile(const char *filename) {
     state.file = ravolt::platform::replaceFile(filename).release();
     if (!state.file)
         return false;
+    state.written = 0;
+    state.limitReached = state.lineOpen = false;
     if (std::strstr(filename, ".html")) {
         state.html = true;
         zlfLog("<HTML><BODY>");
@@ -163,6 +191,7 @@ bool zlfCloseLog() {
     state.tables = false;
     if (!state.file)
         return true;
+    const std::size_t limit = std::exchange(state.limit, 0); // not of the statistics
     const TimeText time = dateAndTime();
     if (state.html)
         zlfLog("<H4>\n<HR ALIGN=CENTER WIDTH=\"100%%\" SIZE=\"2\">");
@@ -174,6 +203,7 @@ bool zlfCloseLog() {
         zlfLog("</H4></BODY></HTML>");
     std::fclose(state.file);
     state.file = nullptr;
+    state.limit = limit;
     return true;
 }
 
@@ -185,8 +215,15 @@ bool zlfLog(const char *format, ...) {
     va_start(arguments, format);
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
+    if (!fitsLimit(text))
+        return false;
     write(text);
     return true;
+}
+
+void zlfSetLogLimit(std::size_t bytes) {
+    state.limit = bytes;
+    state.limitReached = false;
 }
 
 bool zlfLogError(const char *from, const char *detail, const char *format, ...) {

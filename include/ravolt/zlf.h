@@ -45,7 +45,7 @@ RV_API bool zlfOpenLog(const char *filename);
 RV_API bool zlfCloseLog();
 
 // printf into the log, at most 1023 bytes at a time; what is longer is cut. The file is complete up
-// to this text when the call returns. False when no log is open.
+// to this text when the call returns. False when no log is open, and beyond zlfSetLogLimit.
 __attribute__((format(printf, 1, 2))) RV_API bool zlfLog(const char *format, ...);
 
 // Logs an error in three lines: the time, a title, and the text, cut at 255 bytes. The title is
@@ -53,6 +53,13 @@ __attribute__((format(printf, 1, 2))) RV_API bool zlfLog(const char *format, ...
 // at 79 bytes. Always false, so that a caller can return its result.
 __attribute__((format(printf, 3, 4))) RV_API bool zlfLogError(const char *from, const char *detail,
                                                               const char *format, ...);
+
+// Additional: the largest size of the log in bytes; 0, the default, for no limit. A text that would
+// exceed it, and every later one, is neither written nor printed, and zlfLog is false for it; one
+// line says so. The closing statistics are written all the same. The limit applies to the log that
+// is open, and to later ones. Recommended for programs that run for days: under constant pressure on
+// the video memory, the collector logs every texture in every frame.
+RV_API void zlfSetLogLimit(std::size_t bytes);
 
 // Whether log texts are also printed to standard output; on by default. There, "%%" in a finished
 // text is printed as one percent sign.

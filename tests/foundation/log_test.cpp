@@ -276,5 +276,68 @@ TEST_F(Log, AnErrorIsWrittenToTheConsoleAlsoWithoutALog) {
     EXPECT_EQ(outputOf([] { zlfLogError("place", "", "bad"); }, false), "");
 }
 
+class LimitedLog : public Log {
+  protected:
+    ~LimitedLog() override { zlfSetLogLimit(0); }
+    static std::string reached(std::size_t bytes) {
+        return "   [!] Log limit of " + std::to_string(bytes) +
+               " bytes reached, the rest is left out\n";
+    }
+};
+
+TEST_F(LimitedLog, EndsWithOneLineAndTheStatistics) {
+    open();
+    const std::size_t limit = read + 10;
+    zlfSetLogLimit(limit);
+    EXPECT_TRUE(zlfLog("12345678\n"));
+    EXPECT_FALSE(zlfLog("1\n"));
+    EXPECT_FALSE(zlfLog("\n")) << "though it would fit";
+    EXPECT_EQ(added(), "12345678\n" + reached(limit));
+    zlfCloseLog();
+    EXPECT_EQ(added().rfind("\n" + dashes + "Final memory ratio: ", 0), 0u);
+    open();
+    EXPECT_TRUE(zlfLog("another\n")) << "is counted anew";
+    EXPECT_EQ(added(), "another\n");
+}
+
+TEST_F(LimitedLog, TheLineStartsAtALineAndTheRestIsNotPrinted) {
+    open();
+    const std::size_t limit = read + 5;
+    zlfSetLogLimit(limit);
+    EXPECT_EQ(outputOf([] {
+                  zlfLog("1234");
+                  zlfLog("56\n");
+                  zlfLog("7\n");
+              }),
+              "1234\n" + reached(limit));
+    EXPECT_EQ(added(), "1234\n" + reached(limit));
+}
+
+TEST_F(LimitedLog, AnotherLimitAppliesAtOnce) {
+    open();
+    zlfSetLogLimit(1);
+    EXPECT_FALSE(zlfLog("a\n"));
+    EXPECT_EQ(added(), reached(1));
+    zlfSetLogLimit(0);
+    EXPECT_TRUE(zlfLog("a\n"));
+    EXPECT_EQ(added(), "a\n");
+}
+
+TEST_F(Log, GrowsWithoutALimit) {
+    open();
+    for (int line = 0; line < 3000; ++line)
+        EXPECT_TRUE(zlfLog("%s\n", std::string(500, 'x').c_str()));
+    EXPECT_EQ(added().size(), 3000u * 501);
+}
+
+TEST_F(Log, AFullDiskCostsTheLogAlone) {
+    ASSERT_TRUE(zlfOpenLog("/dev/full"));
+    for (int line = 0; line < 100; ++line)
+        EXPECT_TRUE(zlfLog("%s\n", std::string(500, 'x').c_str()));
+    EXPECT_EQ(zlfNewId(), 1u);
+    releaseId(1);
+    EXPECT_TRUE(zlfCloseLog());
+}
+
 } // namespace
 } // namespace ravolt::test
