@@ -106,7 +106,9 @@ class RV_API RVTEXTURE {
     static void setPath(const char *path);
 
     // Bytes that the pixel copies count for. An estimate: every pixel counts four bytes, and
-    // unloading a mipmapped texture subtracts twice what its load added.
+    // unloading a mipmapped texture subtracts twice what its load added. On purpose the number
+    // therefore falls with each eviction and reload, to below 0 and on until it wraps, while the
+    // memory that is really used stays the same.
     static int getUsedMemory();
 
     // The texture's own number; not OpenGL's name.
