@@ -7,7 +7,7 @@
 class RVFONT;
 
 // What a click does; see RVELEMENT::manageGUIEvents.
-enum RV_BUTTON_EVENT {
+enum RV_BUTTON_EVENT : unsigned int {
     RV_BUTTON_NORMAL = 0,   // reports the button's id when the pointer is released over it
     RV_BUTTON_INVERTED = 1, // reports it when pressed, and in every further call while held
     RV_BUTTON_SWITCH = 2,   // toggles the clicked status and reports the id, once a press

@@ -17,7 +17,7 @@ class RVFBO;
 
 // The kind of pass that is running, so that one render function serves all of them. The order of
 // the values counts: from FLAT on, there are no lights, textures and blending.
-enum RV_OPENGL_PROFILE {
+enum RV_OPENGL_PROFILE : unsigned int {
     RV_OPENGL_PROFILE_FULL = 1, // normal drawing
     RV_OPENGL_PROFILE_FLAT = 2, // object ids as flat colours: selection and shadow map
     RV_OPENGL_PROFILE_ZPASS = 3 // depth coding: depth of field

@@ -6,7 +6,7 @@
 class RVTEXTURE;
 
 // What a video does at the next update.
-enum RV_VIDEO_STATUS {
+enum RV_VIDEO_STATUS : unsigned int {
     RV_VIDEO_STOP = 0,
     RV_VIDEO_PLAY = 1,     // at its end it rewinds and stops
     RV_VIDEO_PLAYLOOP = 2, // at its end it rewinds and goes on
