@@ -9,6 +9,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
+#include "ravolt/zlf.h"
 
 #include <algorithm>
 #include <iterator>
@@ -124,6 +125,10 @@ RVHELPER::RVHELPER(const RVHELPER &other) : RVNODE(other) {
 RVHELPER::~RVHELPER() = default;
 
 bool RVHELPER::render(void *element) {
+    if (!element) {
+        zlfLog("   [!] Invalid params @ RVHELPER::render\n");
+        return true;
+    }
     RVTEXTURE::texturingOff(16);
     RVSHADER::disable();
     glLoadMatrixf(static_cast<const RVELEMENT *>(element)->getMatrix()->e);

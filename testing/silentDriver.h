@@ -44,7 +44,11 @@ class SilentDriver {
         viewport = {x, y, width, height};
     }
 
-    void glMatrixMode(GLenum mode) { matrixMode = mode; }
+    // A mode that does not exist changes nothing.
+    void glMatrixMode(GLenum mode) {
+        if (stacks.count(mode))
+            matrixMode = mode;
+    }
     void glLoadIdentity();
     void glLoadMatrixf(const GLfloat *matrix);
     void glLoadMatrixd(const GLdouble *matrix);

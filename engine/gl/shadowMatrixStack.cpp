@@ -50,11 +50,19 @@ void glWrapperLoadIdentity() {
 }
 
 void glWrapperLoadMatrixf(const float *matrix) {
+    if (!matrix) {
+        zlfLog("   [!] Invalid params @ glWrapperLoadMatrixf\n");
+        return;
+    }
     current->top() = Z3MMATRIX(matrix);
     glLoadMatrixf(matrix);
 }
 
 void glWrapperMultMatrixf(const float *matrix) {
+    if (!matrix) {
+        zlfLog("   [!] Invalid params @ glWrapperMultMatrixf\n");
+        return;
+    }
     multiply(Z3MMATRIX(matrix));
     glMultMatrixf(matrix);
 }
@@ -126,6 +134,10 @@ void glWrapperOrtho(double left, double right, double bottom, double top, double
 }
 
 void glWrapperGetFloatv(unsigned int name, float *matrix) {
+    if (!matrix) {
+        zlfLog("   [!] Invalid params @ glWrapperGetFloatv\n");
+        return;
+    }
     if (MatrixStack *stack = stackOf(name, GL_MODELVIEW_MATRIX, GL_PROJECTION_MATRIX))
         std::copy(std::begin(stack->top().e), std::end(stack->top().e), matrix);
 }

@@ -106,10 +106,16 @@ class RV_API RVELEMENT {
     unsigned int getParam1() const { return param1; }
     void setParam1(unsigned int value) { param1 = value; }
 
-    // Lights chosen for this entry by RVLIGHT::activateNearest; `index` is 0 to 3 and not checked.
-    // Elements that were not chosen have the values of earlier frames.
-    void setNearestLight(unsigned int index, RVELEMENT *light) { nearestLight[index] = light; }
-    RVELEMENT *getNearestLight(unsigned int index) const { return nearestLight[index]; }
+    // Lights chosen for this entry by RVLIGHT::activateNearest; `index` is 0 to 3. Another one
+    // changes nothing, and gives NULL. Elements that were not chosen have the values of earlier
+    // frames.
+    void setNearestLight(unsigned int index, RVELEMENT *light) {
+        if (index < 4)
+            nearestLight[index] = light;
+    }
+    RVELEMENT *getNearestLight(unsigned int index) const {
+        return index < 4 ? nearestLight[index] : nullptr;
+    }
 
   private:
     friend struct ravolt::RenderList;

@@ -14,8 +14,8 @@ class RV_API RVHELPER : public RVNODE {
     RVHELPER();
     ~RVHELPER() override;
 
-    // Draws the box; `element` is the helper's RVELEMENT and never NULL. Blending is off
-    // afterwards. Always true.
+    // Draws the box; `element` is the helper's RVELEMENT. Nothing is drawn for NULL, with a line in
+    // the log. Blending is off afterwards. Always true.
     bool render(void *element) override;
 
     RVHELPER(const RVHELPER &other);

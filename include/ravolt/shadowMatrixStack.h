@@ -4,7 +4,8 @@
 // round trip to the driver. Each call changes the mirror and then calls the OpenGL function of the
 // same name. Do all matrix work through it, since the mirror does not see direct calls; the engine
 // itself makes direct calls. Both stacks start as identity; each takes 32 pushes, which may be more
-// than OpenGL's own. A context must be current, except for glWrapperGetFloatv.
+// than OpenGL's own. A context must be current, except for glWrapperGetFloatv. NULL for a matrix
+// logs a line and changes nothing.
 
 #include "ravolt/api.h"
 

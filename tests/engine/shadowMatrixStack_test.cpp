@@ -206,5 +206,17 @@ TEST_F(MatrixMirror, ReadingCallsNothingKnowsTwoNamesAndSeesNoDirectCalls) {
     EXPECT_EQ(mirrored(GL_MODELVIEW), untouched);
 }
 
+TEST_F(MatrixMirror, NullIsRefused) {
+    EXPECT_TRUE(callsOf([] {
+                    glWrapperLoadMatrixf(nullptr);
+                    glWrapperMultMatrixf(nullptr);
+                    glWrapperGetFloatv(GL_MODELVIEW_MATRIX, nullptr);
+                }).empty());
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ glWrapperLoadMatrixf\n"
+                          "   [!] Invalid params @ glWrapperMultMatrixf\n"
+                          "   [!] Invalid params @ glWrapperGetFloatv\n");
+    EXPECT_EQ(mirrored(GL_MODELVIEW_MATRIX), identity);
+}
+
 } // namespace
 } // namespace ravolt::test

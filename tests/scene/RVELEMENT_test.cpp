@@ -194,6 +194,9 @@ TEST_F(ElementTest, NewEntryIsEmpty) {
     entry.setNearestLight(3, &other);
     EXPECT_EQ(entry.getNearestLight(3), &other);
     EXPECT_EQ(entry.getNearestLight(0), nullptr);
+    entry.setNearestLight(4, &other);
+    EXPECT_EQ(entry.getNearestLight(4), nullptr) << "there are four";
+    EXPECT_EQ(entry.getParam1(), 9u) << "the field after them";
 }
 
 // --- Pass

@@ -221,4 +221,9 @@ TEST_F(HelperTest, SolidIsSeenThrough) {
     EXPECT_PIXEL(pixelAt(2, 2), (Pixel{0, 0, 0}), 0);
 }
 
+TEST_F(HelperTest, DrawsNothingForNull) {
+    EXPECT_TRUE(callsOf([&] { EXPECT_TRUE(helper->render(nullptr)); }).empty());
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVHELPER::render\n");
+}
+
 } // namespace
