@@ -10,7 +10,9 @@
 
 #include <SDL/SDL.h>
 
+#include <algorithm>
 #include <cstring>
+#include <string_view>
 #include <type_traits>
 
 namespace {
@@ -48,10 +50,26 @@ const char *driverText(GLenum name) {
     return text ? reinterpret_cast<const char *>(text) : "";
 }
 
-// One character a call: the list may be longer than a log text.
-void logCharacters(const char *text) {
-    for (; *text; ++text)
-        zlfLog("%c", *text);
+// The length of the first piece of a list that is longer than a log text. A log in HTML and the
+// console write two blanks and two percent signs differently within a text: a piece ends between.
+std::size_t pieceLength(std::string_view text) {
+    constexpr std::size_t longest = 512;
+    std::size_t length = 1;
+    while (length < std::min(text.size(), longest)) {
+        const char last = text[length - 1], next = text[length];
+        if (last == next && (next == ' ' || next == '%'))
+            break;
+        ++length;
+    }
+    return length;
+}
+
+void logInPieces(std::string_view text) {
+    while (!text.empty()) {
+        const std::string_view piece = text.substr(0, pieceLength(text));
+        zlfLog("%.*s", static_cast<int>(piece.size()), piece.data());
+        text.remove_prefix(piece.size());
+    }
 }
 
 void logDriver(const char *extensions) {
@@ -59,7 +77,7 @@ void logDriver(const char *extensions) {
     zlfLog("      Renderer  : %s\n", driverText(GL_RENDERER));
     zlfLog("      Version   : %s\n", driverText(GL_VERSION));
     zlfLog("      Extensions: ");
-    logCharacters(extensions);
+    logInPieces(extensions);
     zlfLog("\n\n");
 }
 

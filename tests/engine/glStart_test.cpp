@@ -203,6 +203,23 @@ class GlStart : public SilentTest {
     }
 };
 
+// Twice a percent sign is one within a text for the console. Here it is two.
+TEST_F(GlStart, LogsAListOfExtensionsOfAnyLengthAndCharacters) {
+    Display display;
+    display.extensions = {"GL_100%%", "", "GL_%d%s"}; // two blanks too
+    for (int name = 0; name < 600; ++name)
+        display.extensions.push_back("GL_EXT_name_" + std::to_string(name));
+    zlfSetConsoleEcho(true);
+    testing::internal::CaptureStdout();
+    const LogMark mark = markLog();
+    start(display);
+    const std::string console = testing::internal::GetCapturedStdout();
+    zlfSetConsoleEcho(false);
+    const std::string line = "      Extensions: " + display.list() + "\n\n";
+    EXPECT_NE(logTextSince(mark).find(line), std::string::npos);
+    EXPECT_NE(console.find(line), std::string::npos);
+}
+
 TEST_F(GlStart, LogsAFullDriverLineByLine) {
     start();
     EXPECT_LOGGED_EXACTLY(
