@@ -19,6 +19,11 @@ Point operator-(Point a, Point b) { return {a.x - b.x, a.y - b.y}; }
 
 float dot(Point a, Point b) { return a.x * b.x + a.y * b.y; }
 
+// The middle of a pixel.
+Point middleOf(int row, int column) {
+    return {static_cast<float>(column) + 0.5f, static_cast<float>(row) + 0.5f};
+}
+
 struct Color {
     float red, green, blue; // 0 to 1
 };
@@ -42,11 +47,11 @@ struct Stroke {
     Point a, b;
 };
 
-float distanceToStroke(Point p, const Stroke &stroke) {
+float squaredDistanceToStroke(Point p, const Stroke &stroke) {
     const Point along = stroke.b - stroke.a, from = p - stroke.a;
     const float fraction = std::clamp(dot(from, along) / dot(along, along), 0.0f, 1.0f);
     const Point away = {from.x - along.x * fraction, from.y - along.y * fraction};
-    return std::sqrt(dot(away, away));
+    return dot(away, away);
 }
 
 constexpr int arcParts = 24;
@@ -98,15 +103,16 @@ constexpr std::array<Point, 7> bolt = {{
 
 // Distance to the bolt's edge, negative inside it.
 float distanceToBolt(Point p) {
-    float nearest = 1.0e9f;
+    float nearest = 1.0e9f; // squared
     bool inside = false;
     for (std::size_t corner = 0; corner + 1 < bolt.size(); ++corner) {
         const Point a = bolt[corner], b = bolt[corner + 1];
-        nearest = std::min(nearest, distanceToStroke(p, {a, b}));
+        nearest = std::min(nearest, squaredDistanceToStroke(p, {a, b}));
         if ((a.y > p.y) != (b.y > p.y) && p.x < a.x + (b.x - a.x) * (p.y - a.y) / (b.y - a.y))
             inside = !inside;
     }
-    return inside ? -nearest : nearest;
+    const float distance = std::sqrt(nearest);
+    return inside ? -distance : distance;
 }
 
 // The part of a pixel that a shape covers, by the pixel's distance; `softness` is the width of the
@@ -115,15 +121,27 @@ float coverage(float distance, float softness = 1.0f) {
     return std::clamp(0.5f - distance / softness, 0.0f, 1.0f);
 }
 
+// Nothing of the bolt, its glow included, is visible outside of this box.
+bool isNearBolt(Point p) {
+    constexpr float glow = 16.0f;
+    return p.x > 94 - glow && p.x < 164 + glow && p.y > 38 - glow && p.y < 152 + glow;
+}
+
 Color emblem(Point p) {
     const Point out = p - center;
     const float toRim = std::sqrt(dot(out, out)) - radius;
     const Point below = {out.x, out.y - 5};
-    Color color = mix(white, shade, coverage(std::sqrt(dot(below, below)) - radius + 1, 14.0f));
+    const float shadow = coverage(std::sqrt(dot(below, below)) - radius + 1, 14.0f);
+    const float disc = coverage(toRim);
+    if (shadow == 0 && disc == 0)
+        return white;
+    Color color = mix(white, shade, shadow);
 
     const float height = (out.y + radius) / (2 * radius);
-    color = mix(color, mix(dusk, night, std::clamp(height, 0.0f, 1.0f)), coverage(toRim));
+    color = mix(color, mix(dusk, night, std::clamp(height, 0.0f, 1.0f)), disc);
     color = mix(color, white, 0.55f * coverage(std::fabs(toRim + 7) - 1)); // a thin ring
+    if (!isNearBolt(p))
+        return color;
     const float distance = distanceToBolt(p);
     color =
         mix(color, gold, 0.35f * coverage(distance - 5, 22.0f) * coverage(toRim + 8)); // its glow
@@ -131,28 +149,62 @@ Color emblem(Point p) {
                coverage(distance - 1.5f));
 }
 
+// The distances of the pixels from the name, for the rows that it is in. A pixel farther from every
+// stroke than `reach` may have any larger distance.
+class NameDistances {
+  public:
+    static constexpr int firstRow = 195, rows = 45;
+    static constexpr float halfStroke = 2.6f, reach = halfStroke + 1;
+
+    NameDistances() {
+        squared.fill(1.0e18f);
+        for (const Stroke &stroke : lettering())
+            add(stroke);
+    }
+
+    float at(int row, int column) const {
+        return std::sqrt(squared[static_cast<std::size_t>(indexOf(row, column))]);
+    }
+
+  private:
+    static int indexOf(int row, int column) {
+        return (row - firstRow) * ravolt::splashSize + column;
+    }
+
+    void add(const Stroke &stroke) {
+        const auto [left, right] = std::minmax(stroke.a.x, stroke.b.x);
+        const auto [top, bottom] = std::minmax(stroke.a.y, stroke.b.y);
+        for (int row = static_cast<int>(top - reach); row <= static_cast<int>(bottom + reach);
+             ++row)
+            for (int column = static_cast<int>(left - reach);
+                 column <= static_cast<int>(right + reach); ++column) {
+                float &nearest = squared[static_cast<std::size_t>(indexOf(row, column))];
+                nearest = std::min(nearest, squaredDistanceToStroke(middleOf(row, column), stroke));
+            }
+    }
+
+    std::array<float, rows * ravolt::splashSize> squared;
+};
+
 } // namespace
 
 namespace ravolt {
 
 std::unique_ptr<unsigned char[]> splashPicture() {
-    constexpr float halfStroke = 2.6f, nameStarts = 195.0f;
     constexpr std::size_t bytes = splashSize * splashSize * 3;
     std::unique_ptr<unsigned char[]> picture(new (std::nothrow) unsigned char[bytes]);
     if (!picture)
         return nullptr;
-    const Lettering name = lettering();
+    const NameDistances name;
     unsigned char *written = picture.get();
     for (int row = splashSize - 1; row >= 0; --row) {
+        const bool inName =
+            row >= NameDistances::firstRow && row < NameDistances::firstRow + NameDistances::rows;
         for (int column = 0; column < splashSize; ++column) {
-            const Point p = {static_cast<float>(column) + 0.5f, static_cast<float>(row) + 0.5f};
-            Color color = emblem(p);
-            if (p.y > nameStarts) {
-                float distance = 1.0e9f;
-                for (const Stroke &stroke : name)
-                    distance = std::min(distance, distanceToStroke(p, stroke));
-                color = mix(color, night, coverage(distance - halfStroke));
-            }
+            Color color = emblem(middleOf(row, column));
+            if (inName)
+                color =
+                    mix(color, night, coverage(name.at(row, column) - NameDistances::halfStroke));
             for (const float part : {color.blue, color.green, color.red})
                 *written++ = static_cast<unsigned char>(part * 255.0f + 0.5f);
         }
