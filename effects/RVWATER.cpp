@@ -80,10 +80,10 @@ void restoreImage(RVTEXTURE *image, unsigned int fbo, unsigned int &attached) {
 
 // OpenGL's name of the shadow map that the frame draws; 0 when no light casts shadows.
 unsigned int frameShadowMap() {
+    if (!ravolt::findShadowCaster())
+        return 0;
     const RVFBO *target = RVOPENGL::getFbo(shadowMapTarget);
-    return target && target->getTexture() && ravolt::findShadowCaster()
-               ? target->getTexture()->getGLId()
-               : 0;
+    return target && target->getTexture() ? target->getTexture()->getGLId() : 0;
 }
 
 // A material that was applied with the other program is applied again.

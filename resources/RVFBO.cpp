@@ -37,6 +37,15 @@ bool ravolt::framebuffersWork() {
 
 using ravolt::framebuffersWork;
 
+namespace {
+
+// Of the bound render buffer.
+void allocateDepth(int sizeX, int sizeY) {
+    RVOPENGL::glRenderbufferStorageEXT(GL_RENDERBUFFER_EXT, GL_DEPTH_COMPONENT24, sizeX, sizeY);
+}
+
+} // namespace
+
 RVFBO::RVFBO()
     : id(zlfNewId()), previous(nullptr), next(nullptr), sizeX(0), sizeY(0), glId(0),
       renderBuffer(0), attachment(GL_COLOR_ATTACHMENT0_EXT), attachedGlId(0),
@@ -98,8 +107,7 @@ bool RVFBO::bindRenderBuffer(int slot, int newSizeX, int newSizeY) {
         zlfLog("   [!] Invalid operation @ RVFBO::bindBuffer\n");
         return false;
     }
-    RVOPENGL::glRenderbufferStorageEXT(GL_RENDERBUFFER_EXT, GL_DEPTH_COMPONENT24, newSizeX,
-                                       newSizeY);
+    allocateDepth(newSizeX, newSizeY);
     RVOPENGL::glFramebufferRenderbufferEXT(GL_FRAMEBUFFER_EXT, GL_DEPTH_ATTACHMENT_EXT,
                                            GL_RENDERBUFFER_EXT, renderBuffer);
     sizeX = newSizeX;
@@ -146,6 +154,23 @@ bool ravolt::RenderTargets::useTexture(const RVTEXTURE *wanted) {
         if (target->texture.get() == wanted)
             return true;
     return false;
+}
+
+void ravolt::RenderTargets::bindDepthPlaceholder(RVFBO &target) {
+    const int sizeX = target.sizeX, sizeY = target.sizeY;
+    target.bindRenderBuffer(RV_FBO_DEPTH_BUFFER, 1, 1);
+    target.sizeX = sizeX;
+    target.sizeY = sizeY;
+}
+
+void ravolt::RenderTargets::allocateDepthBuffer(const RVFBO &target) {
+    if (!framebuffersWork() || !target.renderBuffer)
+        return;
+    GLint bound = 0;
+    glGetIntegerv(GL_RENDERBUFFER_BINDING_EXT, &bound);
+    RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, target.renderBuffer);
+    allocateDepth(target.sizeX, target.sizeY);
+    RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, static_cast<GLuint>(bound));
 }
 
 void RVFBO::attach() {

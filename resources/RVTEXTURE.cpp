@@ -18,6 +18,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/zlf.h"
+#include "resources/framebuffers.h"
 #include "resources/textureInternals.h"
 #include "resources/tga.h"
 
@@ -229,6 +230,7 @@ bool RVTEXTURE::render(void *data) {
     timeStamp = static_cast<int>(RAVOLT::getTimeStamp());
     if (ravolt::cacheHit(channelCache[unit] == this))
         return true;
+    ravolt::RenderTargets::allocateIfTarget(*this);
     if (!glId)
         reload();
     texturingOn(unit);
@@ -304,7 +306,12 @@ void RVTEXTURE::setPath(const char *path) { ravolt::copyText(texturePath, path);
 int RVTEXTURE::getUsedMemory() { return static_cast<int>(usedMemory); }
 
 unsigned int RVTEXTURE::getId() const { return id; }
-unsigned int RVTEXTURE::getGLId() const { return glId; }
+
+unsigned int RVTEXTURE::getGLId() const {
+    ravolt::RenderTargets::allocateIfTarget(*this);
+    return glId;
+}
+
 bool RVTEXTURE::isLoaded() const { return glId != 0; }
 char *RVTEXTURE::getFilename() { return filename; }
 unsigned int RVTEXTURE::getSizeX() const { return sizeX; }

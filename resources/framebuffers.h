@@ -1,5 +1,6 @@
 #pragma once
 
+class RVFBO;
 class RVTEXTURE;
 
 namespace ravolt {
@@ -11,6 +12,15 @@ bool framebuffersWork();
 struct RenderTargets {
     // Whether `texture` is attached to a target.
     static bool useTexture(const RVTEXTURE *texture);
+
+    // Gives the images of the pool their sizes if one of its targets has this texture, whose OpenGL
+    // object is to be used.
+    static void allocateIfTarget(const RVTEXTURE &texture);
+
+    // Attaches a depth buffer of one pixel, for a target that has the sizes of its texture, until
+    // allocateDepthBuffer gives it these sizes. What OpenGL has bound does not change there.
+    static void bindDepthPlaceholder(RVFBO &target);
+    static void allocateDepthBuffer(const RVFBO &target);
 };
 
 } // namespace ravolt

@@ -1,12 +1,18 @@
 // The engine's render targets: what each one is, as a table. All the targets are made first, then
 // their textures, in the order of the rows. One that OpenGL refuses is reported by RVFBO::isOk and
 // not deleted.
+//
+// Invariant: while the pool has placeholders, no code outside of this folder has got one of the
+// targets or OpenGL's name of one of their textures.
 
 #include "resources/renderTargets.h"
 
 #include "ravolt/RVFBO.h"
+#include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVTEXTURE.h"
+#include "resources/framebuffers.h"
+#include "resources/textureInternals.h"
 
 #include <algorithm>
 #include <iterator>
@@ -68,19 +74,42 @@ Pixels sizeOf(const Row &row) {
     return {RVSETTINGS::getSDLFBOSizeX() / row.divisor, RVSETTINGS::getSDLFBOSizeY() / row.divisor};
 }
 
+struct State {
+    RVFBO **pool = nullptr;    // RVOPENGL's, once it was made
+    bool placeholders = false; // of the rows below at least
+    bool isPlaceholder[ravolt::renderTargets] = {};
+};
+State state;
+
+// Of any other size OpenGL refuses the image, and isOk reports the target.
+bool isValid(Pixels pixels) {
+    GLint largest = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
+    return pixels.width > 0 && pixels.height > 0 && pixels.width <= largest &&
+           pixels.height <= largest;
+}
+
 // With a reference the collector does not delete the texture.
 bool attachTexture(RVFBO &target, const Row &row) {
     const Pixels pixels = sizeOf(row);
+    const bool placeholder = isValid(pixels);
+    const auto width = static_cast<unsigned int>(pixels.width);
+    const auto height = static_cast<unsigned int>(pixels.height);
     RVTEXTURE *texture = new (std::nothrow) RVTEXTURE;
     if (!texture)
         return false;
     texture->incReferences();
     texture->setFilter(true, row.filter == mipmapped, true);
-    texture->create(static_cast<unsigned int>(pixels.width),
-                    static_cast<unsigned int>(pixels.height), row.format);
+    if (placeholder)
+        ravolt::TextureInternals::createPlaceholder(*texture, width, height, row.format);
+    else
+        texture->create(width, height, row.format);
     target.bindTexture(row.format == depth ? RV_FBO_DEPTH : RV_FBO_COLOR, texture);
-    if (row.hasDepthBuffer)
+    if (row.hasDepthBuffer && placeholder)
+        ravolt::RenderTargets::bindDepthPlaceholder(target);
+    else if (row.hasDepthBuffer)
         target.bindRenderBuffer(RV_FBO_DEPTH_BUFFER, pixels.width, pixels.height);
+    state.isPlaceholder[row.index] = placeholder;
     target.isOk();
     RVFBO::unbind();
     return true;
@@ -94,9 +123,18 @@ void deleteTargets(RVFBO *(&pool)[ravolt::renderTargets]) {
     }
 }
 
+// The application may have deleted the target or its texture, or unloaded the texture, which comes
+// back with its sizes.
+void allocateImages(const RVFBO &target) {
+    if (target.getTexture())
+        ravolt::TextureInternals::allocateImage(*target.getTexture());
+    ravolt::RenderTargets::allocateDepthBuffer(target);
+}
+
 } // namespace
 
 bool ravolt::makeRenderTargets(RVFBO *(&pool)[renderTargets]) {
+    state = {};
     for (RVFBO *&target : pool)
         target = new (std::nothrow) RVFBO;
     const bool made = std::find(std::begin(pool), std::end(pool), nullptr) == std::end(pool) &&
@@ -105,5 +143,28 @@ bool ravolt::makeRenderTargets(RVFBO *(&pool)[renderTargets]) {
                       });
     if (!made)
         deleteTargets(pool);
+    state.pool = pool;
+    state.placeholders = made;
     return made;
+}
+
+void ravolt::allocateRenderTargets() {
+    if (!std::exchange(state.placeholders, false))
+        return;
+    for (int index = 0; index < renderTargets; ++index)
+        if (state.pool[index] && state.isPlaceholder[index])
+            allocateImages(*state.pool[index]);
+}
+
+void ravolt::RenderTargets::allocateIfTarget(const RVTEXTURE &texture) {
+    if (state.placeholders &&
+        std::any_of(state.pool, state.pool + renderTargets, [&texture](const RVFBO *target) {
+            return target && target->getTexture() == &texture;
+        }))
+        allocateRenderTargets();
+}
+
+RVFBO *RVOPENGL::getFbo(int index) {
+    ravolt::allocateRenderTargets();
+    return index >= 0 && index < ravolt::renderTargets ? fbo[index] : nullptr;
 }

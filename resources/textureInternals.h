@@ -1,7 +1,7 @@
 #pragma once
 
 // The library's access to the parts of RVTEXTURE that applications do not see. Defined in
-// resources/RVTEXTURE.cpp, and the change of pixels in resources/textureUpload.cpp.
+// resources/RVTEXTURE.cpp, and uploads in resources/textureUpload.cpp.
 
 class RVTEXTURE;
 
@@ -22,6 +22,12 @@ struct TextureInternals {
     // of the pixels given, of `rowLength` pixels, follow each other without gaps.
     static void replacePixels(const RVTEXTURE &texture, unsigned int width, unsigned int height,
                               unsigned int rowLength, const void *pixels, bool rgb = true);
+
+    // As RVTEXTURE::create, but OpenGL's image has one pixel until allocateImage gives it the
+    // texture's sizes, under the same name. What OpenGL has bound does not change there.
+    static void createPlaceholder(RVTEXTURE &texture, unsigned int sizeX, unsigned int sizeY,
+                                  unsigned int depth);
+    static void allocateImage(const RVTEXTURE &texture);
 
     // Releases the upload and the pixel copy without a log line.
     static void release(RVTEXTURE &texture);

@@ -6,6 +6,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "resources/framebuffers.h"
 #include "resources/textureInternals.h"
 
 #include <algorithm>
@@ -82,6 +83,8 @@ void uploadMipmapChain(unsigned int width, unsigned int height, unsigned char *p
     }
 }
 
+bool uploadsPlaceholder = false; // instead of an image with the texture's sizes
+
 // The driver's largest, unless the settings limit it.
 float anisotropy() {
     const float driver = RVOPENGL::getAnisotropicLevel();
@@ -96,6 +99,7 @@ bool RVTEXTURE::update() {
         zlfLog("   [!] Invalid params @ RVTEXTURE::update\n");
         return false;
     }
+    ravolt::RenderTargets::allocateIfTarget(*this);
     releaseUpload();
     unsigned char *const pixels = bitmap;
     reserveVideoMemory();
@@ -127,6 +131,7 @@ bool RVTEXTURE::modify(const char *newBitmap, bool keep) {
             std::memset(bitmap, 0, pixels * depth);
         return false;
     }
+    ravolt::RenderTargets::allocateIfTarget(*this);
     const bool rgb = depth == rgbDepth;
     if (keep)
         std::memmove(bitmap, newBitmap, pixels * (rgb ? 3 : 4));
@@ -145,6 +150,27 @@ void ravolt::TextureInternals::replacePixels(const RVTEXTURE &texture, unsigned 
                     static_cast<GLsizei>(height), rgb ? GL_RGB : GL_RGBA, GL_UNSIGNED_BYTE, pixels);
     if (rowLength != width)
         glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+}
+
+void ravolt::TextureInternals::createPlaceholder(RVTEXTURE &texture, unsigned int sizeX,
+                                                 unsigned int sizeY, unsigned int depth) {
+    uploadsPlaceholder = true;
+    texture.create(sizeX, sizeY, depth);
+    uploadsPlaceholder = false;
+}
+
+void ravolt::TextureInternals::allocateImage(const RVTEXTURE &texture) {
+    if (!texture.glId)
+        return;
+    GLint unit = GL_TEXTURE0, bound = 0;
+    if (RVOPENGL::glActiveTextureARB)
+        glGetIntegerv(GL_ACTIVE_TEXTURE, &unit);
+    selectUnit(0);
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+    glBindTexture(GL_TEXTURE_2D, texture.glId);
+    texture.uploadImage(texture.bitmap);
+    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(bound));
+    selectUnit(static_cast<unsigned int>(unit) - GL_TEXTURE0);
 }
 
 void RVTEXTURE::bindForUpload() const {
@@ -170,8 +196,10 @@ void RVTEXTURE::uploadParameters() const {
 
 void RVTEXTURE::uploadImage(unsigned char *pixels) const {
     const TextureFormat &format = formatOf(depth);
-    glTexImage2D(GL_TEXTURE_2D, 0, format.internal, static_cast<GLsizei>(sizeX),
-                 static_cast<GLsizei>(sizeY), 0, format.format, format.type,
+    const unsigned int width = uploadsPlaceholder ? 1 : sizeX;
+    const unsigned int height = uploadsPlaceholder ? 1 : sizeY;
+    glTexImage2D(GL_TEXTURE_2D, 0, format.internal, static_cast<GLsizei>(width),
+                 static_cast<GLsizei>(height), 0, format.format, format.type,
                  format.pixels ? pixels : nullptr);
     if (mipmap && format.pixels)
         uploadMipmapChain(sizeX, sizeY, pixels, format.format);

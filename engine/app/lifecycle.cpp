@@ -17,6 +17,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
 #include "ravolt/zlf.h"
+#include "resources/renderTargets.h"
 #include "resources/textureInternals.h"
 
 #include <SDL/SDL.h>
@@ -59,6 +60,7 @@ void deleteProgramsAfter(const RVSHADER *last) {
 
 struct RAVOLT::Lifecycle {
     static bool startClasses(RVSETTINGS &settings);
+    static void allocateForEffects();
     static bool stopOpenGL();
     static void detectVideoMemory(int budget);
 };
@@ -102,7 +104,7 @@ bool RAVOLT::Lifecycle::startClasses(RVSETTINGS &settings) {
     static constexpr Row rows[] = {
         {[](RVSETTINGS &requested) { return requested.init(); },
          "   [!] Unable to init settings @ RAVOLT::init\n", [] { return RVSETTINGS::free(); }},
-        {[](RVSETTINGS &) { return RVOPENGL::init(); },
+        {[](RVSETTINGS &) { return RVOPENGL::init() && (allocateForEffects(), true); },
          "   [!] Unable to init OpenGL @ RAVOLT::init\n", stopOpenGL},
         {[](RVSETTINGS &) {
              RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
@@ -133,6 +135,12 @@ bool RAVOLT::Lifecycle::startClasses(RVSETTINGS &settings) {
         return false;
     }
     return true;
+}
+
+// The switches are as the last run left them.
+void RAVOLT::Lifecycle::allocateForEffects() {
+    if (RVSETTINGS::getSDLForceFBO() || blooming || DOF || shadowing)
+        ravolt::allocateRenderTargets();
 }
 
 // Deletes the render targets, without log lines, while their context exists: in the next context

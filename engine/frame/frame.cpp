@@ -20,6 +20,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "resources/framebuffers.h"
+#include "resources/renderTargets.h"
 #include "scene/localTransform.h"
 #include "scene/nodeTraits.h"
 #include "scene/renderList.h"
@@ -112,10 +113,26 @@ Z3MMATRIX skyMatrix(const RVNODE &sky) {
 
 } // namespace
 
-// Not in engine/state with the other switches, since it needs RVSHADER.
+// The switches of the effects that draw into targets: the frame is not to wait for their memory.
+// The other switches are in engine/state.
+
 void RAVOLT::shadowingOn() {
-    if (RVSHADER::useShadows())
-        shadowing = true;
+    if (!RVSHADER::useShadows())
+        return;
+    shadowing = true;
+    ravolt::allocateRenderTargets();
+}
+
+void RAVOLT::bloomingOn() {
+    blooming = true;
+    if (RVSHADER::useBloom())
+        ravolt::allocateRenderTargets();
+}
+
+void RAVOLT::DOFOn() {
+    DOF = true;
+    if (RVSHADER::useDOF())
+        ravolt::allocateRenderTargets();
 }
 
 bool RAVOLT::clear(bool color, bool depth, bool stencil) {

@@ -53,10 +53,6 @@ bool mustDisable(bool &flag) { return !ravolt::cacheHit(!std::exchange(flag, fal
 
 } // namespace
 
-RVFBO *RVOPENGL::getFbo(int index) {
-    return index >= 0 && index < static_cast<int>(std::size(fbo)) ? fbo[index] : nullptr;
-}
-
 void RVOPENGL::onTargetDestroyed(const RVFBO *target) {
     std::replace(std::begin(fbo), std::end(fbo), const_cast<RVFBO *>(target),
                  static_cast<RVFBO *>(nullptr));

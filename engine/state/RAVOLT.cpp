@@ -104,8 +104,6 @@ float RAVOLT::getShadowOffsetFactor() { return shadowOffsetFactor; }
 
 float RAVOLT::getShadowOffsetUnits() { return shadowOffsetUnits; }
 
-void RAVOLT::bloomingOn() { blooming = true; }
-
 void RAVOLT::bloomingOff() { blooming = false; }
 
 bool RAVOLT::isBlooming() { return blooming; }
@@ -123,8 +121,6 @@ bool RAVOLT::isHDR() { return HDR; }
 void RAVOLT::setHDRExposure(float exposure) { HDRExposure = exposure; }
 
 float RAVOLT::getHDRExposure() { return HDRExposure; }
-
-void RAVOLT::DOFOn() { DOF = true; }
 
 void RAVOLT::DOFOff() { DOF = false; }
 

@@ -1,5 +1,5 @@
-// The calls that create the engine's render targets, on a silent driver, and what is drawn when
-// OpenGL refuses one of them.
+// The calls that create the engine's render targets, on a silent driver, the first use of their
+// images, and what is drawn when OpenGL refuses one of them.
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVFBO.h"
@@ -11,6 +11,7 @@
 #include "tests/support/engineFixture.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -59,8 +60,8 @@ std::vector<Made> poolOf(const Sizes &sizes) {
             {13, x / 16, y / 16, 4}};
 }
 
-Call imageCall(const Made &made) {
-    const int width = made.width, height = made.height;
+Call imageCall(const Made &made, bool placeholder = false) {
+    const int width = placeholder ? 1 : made.width, height = placeholder ? 1 : made.height;
     switch (made.format) {
     case 4:
         return {"glTexImage2D", GL_TEXTURE_2D,    0,         GL_RGBA, width, height, 0,
@@ -74,14 +75,18 @@ Call imageCall(const Made &made) {
     }
 }
 
+// A side of no pixels is refused at the start, and the target reported.
+bool startsAsPlaceholder(const Made &made) { return made.width > 0 && made.height > 0; }
+
 Calls callsThatMake(const std::vector<Made> &pool) {
     std::vector<Call> calls;
     for (const Made &made : pool) {
+        const bool placeholder = startsAsPlaceholder(made);
         const RVFBO *target = RVOPENGL::getFbo(made.index);
         const GLuint name = target->getGLId(), texture = target->getTexture()->getGLId();
         const bool isDepth = made.format == 5;
         calls.push_back({"glBindTexture", GL_TEXTURE_2D, texture});
-        calls.push_back(imageCall(made));
+        calls.push_back(imageCall(made, placeholder));
         calls.push_back({"glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, name});
         calls.push_back({"glViewport", 0, 0, 0, 0}); // it has no size yet
         if (isDepth) {
@@ -93,7 +98,7 @@ Calls callsThatMake(const std::vector<Made> &pool) {
                          GL_TEXTURE_2D, texture, 0});
         if (made.depthBuffer)
             calls.push_back({"glRenderbufferStorageEXT", GL_RENDERBUFFER_EXT, GL_DEPTH_COMPONENT24,
-                             made.width, made.height});
+                             placeholder ? 1 : made.width, placeholder ? 1 : made.height});
         calls.push_back({"glCheckFramebufferStatusEXT", GL_FRAMEBUFFER_EXT});
         calls.push_back({"glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, 0});
     }
@@ -130,10 +135,147 @@ TEST_P(PoolCalls, AreThoseOfTheirTable) {
               Calls(filters));
 }
 
+// The sizes come with the first use, under the same names.
+TEST_P(PoolCalls, AllocateTheImagesOnce) {
+    ASSERT_TRUE(restart());
+    std::vector<Made> pool = poolOf(GetParam());
+    const Calls first = callsOf([] { RVOPENGL::getFbo(5); });
+    std::sort(pool.begin(), pool.end(),
+              [](const Made &a, const Made &b) { return a.index < b.index; });
+    std::vector<Call> images, depths;
+    for (const Made &made : pool) {
+        if (!startsAsPlaceholder(made))
+            continue;
+        images.push_back(imageCall(made));
+        if (made.depthBuffer)
+            depths.push_back({"glRenderbufferStorageEXT", GL_RENDERBUFFER_EXT, GL_DEPTH_COMPONENT24,
+                              made.width, made.height});
+    }
+    EXPECT_EQ(first.named("glTexImage2D"), Calls(images));
+    EXPECT_EQ(first.named("glRenderbufferStorageEXT"), Calls(depths));
+    for (const char *name : {"glGenTextures", "glGenRenderbuffersEXT", "glBindFramebufferEXT",
+                             "glFramebufferTexture2DEXT", "glTexParameteri"})
+        EXPECT_EQ(first.count(name), 0u) << name;
+    EXPECT_TRUE(callsOf([] { RVOPENGL::getFbo(5); }).empty());
+}
+
 INSTANTIATE_TEST_SUITE_P(OfSizes, PoolCalls,
                          testing::Values(Sizes{"Usual", 1024, 768, 1024}, Sizes{"Odd", 101, 77, 33},
                                          Sizes{"TooSmallForAllLevels", 15, 31, 1}),
                          [](const auto &tested) { return std::string(tested.param.name); });
+
+// --- the first use of their images
+
+struct Use {
+    const char *name;
+    void (*call)();
+};
+
+void PrintTo(const Use &use, std::ostream *out) { *out << use.name; }
+
+// The luminance's texture, as an application finds it.
+RVTEXTURE &poolTexture() {
+    for (RVTEXTURE *texture = RVTEXTURE::getFirst(); texture; texture = texture->getNext())
+        if (texture->getSizeX() == 256)
+            return *texture;
+    std::abort();
+}
+
+const char pixels[256 * 256 * 4] = {};
+
+constexpr Use uses[] = {
+    {"Shadows", RAVOLT::shadowingOn},
+    {"Bloom", RAVOLT::bloomingOn},
+    {"DepthOfField", RAVOLT::DOFOn},
+    {"Target", [] { RVOPENGL::getFbo(0); }},
+    {"NameOfATexture", [] { EXPECT_NE(poolTexture().getGLId(), 0u); }},
+    {"BindingOfATexture", [] { poolTexture().render(nullptr); }},
+    {"UploadOfATexture", [] { poolTexture().update(); }},
+    {"FilterOfATexture", [] { poolTexture().setFilter(true, true, true); }},
+    {"PixelsOfATexture", [] { poolTexture().modify(pixels, false); }},
+};
+
+class ImagesOfThePool : public SilentEngineTest {
+  protected:
+    ImagesOfThePool() { settings.setShaders(true); }
+
+    void TearDown() override {
+        resetEffects();
+        SilentEngineTest::TearDown();
+    }
+
+    // Of more than one pixel.
+    static std::size_t images(const Calls &calls) {
+        return calls
+            .where([](const Call &call) {
+                return call.name == "glTexImage2D" && call.arguments[3] > 1;
+            })
+            .size();
+    }
+};
+
+class ImagesOfThePoolAt : public ImagesOfThePool, public testing::WithParamInterface<Use> {};
+
+TEST_P(ImagesOfThePoolAt, AreAllocated) {
+    ASSERT_TRUE(restart());
+    EXPECT_GE(images(callsOf(GetParam().call)), 14u);
+    EXPECT_EQ(images(callsOf([] { RVOPENGL::getFbo(0); })), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(TheFirst, ImagesOfThePoolAt, testing::ValuesIn(uses),
+                         [](const auto &tested) { return std::string(tested.param.name); });
+
+TEST_F(ImagesOfThePool, AreNotAllocatedByFramesWithoutThem) {
+    const Calls calls = callsOf([&] {
+        ASSERT_TRUE(restart());
+        drawFrame(nullptr, new BrightSquare);
+        RAVOLT::HDROn(); // nothing without bloom
+        auto *texture = new RVTEXTURE;
+        texture->create(1, 1, RV_TEXTURE_RGB);
+        EXPECT_NE(texture->getGLId(), 0u);
+        texture->render(nullptr);
+        RAVOLT::free();
+    });
+    EXPECT_EQ(images(calls), 1u) << "the splash";
+}
+
+// No frame waits for them.
+TEST_F(ImagesOfThePool, AreAllocatedAtAStartWithEffectsOn) {
+    RAVOLT::bloomingOn();
+    const Calls start = callsOf([&] { ASSERT_TRUE(restart()); });
+    EXPECT_EQ(images(start), 1u + 14u);
+    auto *square = new BrightSquare;
+    EXPECT_EQ(images(callsOf([&] { drawFrame(nullptr, square); })), 0u);
+}
+
+TEST_F(ImagesOfThePool, AreAllocatedAtAStartThatForcesTheTarget) {
+    settings.setForceFBO(true);
+    EXPECT_EQ(images(callsOf([&] { ASSERT_TRUE(restart()); })), 1u + 14u);
+}
+
+// What is bound then is the application's own, for example in a node that it draws itself.
+TEST_F(ImagesOfThePool, LeaveTheBindingsAsTheyAre) {
+    ASSERT_TRUE(restart());
+    recorder.setInteger(GL_ACTIVE_TEXTURE, GL_TEXTURE3);
+    recorder.setInteger(GL_TEXTURE_BINDING_2D, 77);
+    recorder.setInteger(GL_RENDERBUFFER_BINDING_EXT, 88);
+    const Calls calls = callsOf([] { RVOPENGL::getFbo(0); });
+    EXPECT_EQ(calls.named("glBindTexture").back(), (Call{"glBindTexture", GL_TEXTURE_2D, 77}));
+    EXPECT_EQ(calls.named("glActiveTextureARB").back(), (Call{"glActiveTextureARB", GL_TEXTURE3}));
+    EXPECT_EQ(calls.named("glBindRenderbufferEXT").back(),
+              (Call{"glBindRenderbufferEXT", GL_RENDERBUFFER_EXT, 88}));
+}
+
+TEST_F(ImagesOfThePool, AreThoseOfTheTargetsThatExist) {
+    ASSERT_TRUE(restart());
+    delete &poolTexture();
+    EXPECT_EQ(images(callsOf([] { RVOPENGL::getFbo(0); })), 13u);
+    ASSERT_TRUE(restart());
+    RVFBO::cleanUp();
+    EXPECT_EQ(images(callsOf([] { EXPECT_EQ(RVOPENGL::getFbo(0), nullptr); })), 0u);
+    RAVOLT::free();
+    EXPECT_TRUE(callsOf([] { EXPECT_EQ(RVOPENGL::getFbo(0), nullptr); }).empty());
+}
 
 // --- refused ones
 
