@@ -24,7 +24,7 @@ constexpr float maxFramesPerSecond = 1000, maxSpeed = 100, maxSeconds = 3600;
 bool isWithin(float value, float low, float high) { return value >= low && value <= high; }
 
 struct Pose {
-    Quaternion rotation;
+    Rotation rotation;
     Z3MVECTOR3D position;
 };
 
@@ -34,11 +34,11 @@ struct Sum {
     double rotationWeight = 0, positionWeight = 0;
     bool moves = false, translates = false; // there is a clip that does so, of any weight
 
-    void addRotation(const Quaternion &rotation, double weight) {
+    void addRotation(const Rotation &rotation, double weight) {
         moves = true;
         rotationWeight += weight;
         if (weight > 0)
-            pose.rotation = slerp(pose.rotation, rotation, weight / rotationWeight);
+            pose.rotation = mix(pose.rotation, rotation, weight / rotationWeight);
     }
     void addPosition(const Z3MVECTOR3D &position, double weight) {
         translates = true;
@@ -49,13 +49,13 @@ struct Sum {
 };
 
 Pose poseOf(const RVBONEFRAME &entry) {
-    return {quaternionFromDegrees(entry.rotation), entry.translation};
+    return {Rotation::from(entry.rotation), entry.translation};
 }
 
 bool areEqual(const Pose &a, const Pose &b, bool translating) {
     constexpr double rounding = 1e-4;
     constexpr double sameRotation = 1 - rounding * rounding / 8;
-    if (similarity(a.rotation, b.rotation) < sameRotation)
+    if (similarity(a.rotation.quaternion, b.rotation.quaternion) < sameRotation)
         return false;
     const Z3MVECTOR3D between = b.position - a.position;
     return !translating ||
@@ -112,6 +112,8 @@ struct ClipPlayer::Track {
     std::vector<std::pair<std::size_t, unsigned int>>
         bones; // the joint of each of the clip's bones
 
+    // The time in frames. The time of a frame is exactly that frame, without an error of rounding.
+    double frame() const;
     Pose sample(unsigned int bone) const;
 };
 
@@ -132,15 +134,21 @@ struct ClipPlayer::Event {
     std::string name;
 };
 
+double ClipPlayer::Track::frame() const {
+    constexpr double rounding = 1e-9;
+    const double number = time * static_cast<double>(options.framesPerSecond);
+    const double whole = std::round(number);
+    return std::fabs(number - whole) < rounding ? whole : number;
+}
+
 Pose ClipPlayer::Track::sample(unsigned int bone) const {
-    const double frame = time * static_cast<double>(options.framesPerSecond);
-    const unsigned int first = std::min(static_cast<unsigned int>(frame), frames - 1);
+    const unsigned int first = std::min(static_cast<unsigned int>(frame()), frames - 1);
     const unsigned int last =
         options.looping ? (first + 1) % frames : std::min(first + 1, frames - 1);
+    const double part = options.wholeFrames ? 0 : std::min(1.0, frame() - first);
     const Pose from = poseOf(*clip->getKeyframe(first, bone)),
                to = poseOf(*clip->getKeyframe(last, bone));
-    const double part = std::min(1.0, frame - first);
-    return {slerp(from.rotation, to.rotation, part), mix(from.position, to.position, part)};
+    return {mix(from.rotation, to.rotation, part), mix(from.position, to.position, part)};
 }
 
 // The newest track fades in, unless the layer stops.
@@ -177,7 +185,7 @@ ClipPlayer::ClipPlayer(RVNODE *root) {
         if (!std::exchange(known[node->getName()], true))
             joints.push_back({node,
                               node->getName(),
-                              {quaternionFromDegrees(node->getRotation()), node->getPosition()}});
+                              {Rotation::from(node->getRotation()), node->getPosition()}});
         for (unsigned int i = node->getNumberOfChildren(); i > 0; --i)
             pending.push_back(node->getChild(i - 1));
     }
@@ -238,10 +246,12 @@ bool ClipPlayer::play(RVANIM *clip, const ClipOptions &options, std::size_t laye
         (closes ? frames : frames - 1) / static_cast<double>(options.framesPerSecond);
     Track track = {clip, options, frames, duration, options.speed < 0 ? duration : 0,
                    true, false,   0,      0,        {}};
-    for (unsigned int bone = 0; bone < bonesOf(*clip); ++bone)
-        for (std::size_t joint = 0; joint < joints.size(); ++joint)
-            if (joints[joint].name == clip->getBoneName(bone))
-                track.bones.emplace_back(joint, bone);
+    for (std::size_t joint = 0; joint < joints.size(); ++joint)
+        for (unsigned int bone = bonesOf(*clip); bone-- > 0;)
+            if (joints[joint].name == clip->getBoneName(bone)) {
+                track.bones.emplace_back(joint, bone); // of equal names the last one, as with apply
+                break;
+            }
     if (track.bones.empty()) {
         zlfLog("   [!] No bone of clip %s found @ ClipPlayer::play\n", clip->getFilename());
         return false;
@@ -291,12 +301,29 @@ bool ClipPlayer::seek(float seconds, std::size_t layer) {
     return true;
 }
 
+bool ClipPlayer::seekFrame(unsigned int frame, std::size_t layer) {
+    const Track *track = playing(layer);
+    if (!track || frame >= track->frames) {
+        zlfLog("   [!] Invalid params @ ClipPlayer::seekFrame\n");
+        return false;
+    }
+    Track &newest = layers[layer]->tracks.back();
+    newest.time = frame / static_cast<double>(newest.options.framesPerSecond);
+    newest.atStart = true;
+    return true;
+}
+
 RVANIM *ClipPlayer::getClip(std::size_t layer) const {
     return playing(layer) ? playing(layer)->clip : nullptr;
 }
 
 float ClipPlayer::getTime(std::size_t layer) const {
     return playing(layer) ? static_cast<float>(playing(layer)->time) : 0;
+}
+
+unsigned int ClipPlayer::getFrame(std::size_t layer) const {
+    const Track *track = playing(layer);
+    return track ? std::min(static_cast<unsigned int>(track->frame()), track->frames - 1) : 0;
 }
 
 float ClipPlayer::getDuration(std::size_t layer) const {
@@ -425,7 +452,7 @@ void ClipPlayer::setPose() {
     }
     for (const Joint &joint : joints) {
         if (joint.moves)
-            joint.node->setRotation(degreesFromQuaternion(joint.pose.rotation));
+            joint.node->setRotation(joint.pose.rotation.toDegrees());
         if (joint.translates)
             joint.node->setPosition(joint.pose.position);
     }
@@ -450,7 +477,7 @@ void ClipPlayer::mixInto(const Layer &layer) {
             continue;
         if (sum.moves)
             joint.pose.rotation =
-                slerp(joint.pose.rotation, sum.pose.rotation, weight * sum.rotationWeight);
+                mix(joint.pose.rotation, sum.pose.rotation, weight * sum.rotationWeight);
         if (sum.translates)
             joint.pose.position =
                 mix(joint.pose.position, sum.pose.position, weight * sum.positionWeight);

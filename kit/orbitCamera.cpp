@@ -13,9 +13,8 @@ namespace ravolt::kit {
 namespace {
 
 constexpr double degree = 3.14159265358979323846 / 180;
-constexpr double moveRate = 10, startDistance = 10, zoomStep = 0.9;
+constexpr double moveRate = 10, startDistance = 10, defaultZoomStep = 0.9;
 constexpr double nearestByDefault = 0.01, farthestByDefault = 1e6;
-constexpr int panButton = 3;
 
 bool isPositive(double number) { return number > 0 && std::isfinite(number); }
 
@@ -31,7 +30,7 @@ double unitsPerPixel(double distance, const Input &input) {
 OrbitCamera::OrbitCamera()
     : x(0, moveRate), y(0, moveRate), z(0, moveRate),
       logDistance(std::log(startDistance), moveRate), lowestLog(std::log(nearestByDefault)),
-      highestLog(std::log(farthestByDefault)) {}
+      highestLog(std::log(farthestByDefault)), logZoomStep(std::log(defaultZoomStep)) {}
 
 void OrbitCamera::handle(const Input &input) {
     Camera::handle(input);
@@ -89,8 +88,13 @@ void OrbitCamera::setDistanceLimits(double nearest, double farthest) {
 
 void OrbitCamera::zoom(double steps) {
     if (std::isfinite(steps))
-        logDistance.setTarget(std::clamp(logDistance.getTarget() + steps * std::log(zoomStep),
-                                         lowestLog, highestLog));
+        logDistance.setTarget(
+            std::clamp(logDistance.getTarget() + steps * logZoomStep, lowestLog, highestLog));
+}
+
+void OrbitCamera::setZoomStep(double part) {
+    if (isPositive(part))
+        logZoomStep = std::log(part);
 }
 
 void OrbitCamera::setMoveRate(double perSecond) {

@@ -61,6 +61,14 @@ Quaternion slerp(const Quaternion &from, const Quaternion &to, double part) {
     return sum(from, std::sin((1 - part) * angle) / sine, to, sign * std::sin(part * angle) / sine);
 }
 
+Rotation mix(const Rotation &from, const Rotation &to, double part) {
+    if (part == 0)
+        return from;
+    if (part == 1)
+        return to;
+    return {slerp(from.quaternion, to.quaternion, part), {}, false};
+}
+
 double similarity(const Quaternion &a, const Quaternion &b) { return std::fabs(dot(a, b)); }
 
 } // namespace ravolt::kit

@@ -119,6 +119,17 @@ bool Screenshot::take() {
     return true;
 }
 
+bool Screenshot::setPixels(int newWidth, int newHeight, Bytes newPixels) {
+    if (newWidth < 1 || newHeight < 1 || newPixels.size() != bytesOf(newWidth, newHeight)) {
+        zlfLog("   [!] Invalid params @ Screenshot::setPixels\n");
+        return false;
+    }
+    width = newWidth;
+    height = newHeight;
+    pixels = std::move(newPixels);
+    return true;
+}
+
 bool Screenshot::takeSmooth(const std::function<void()> &draw, int samples) {
     if (!draw || samples < 1 || samples > maxSamples) {
         zlfLog("   [!] Invalid params @ Screenshot::takeSmooth\n");

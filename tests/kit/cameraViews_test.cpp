@@ -98,5 +98,26 @@ TEST_F(CameraViews, ADraggedCentreFollowsThePointer) {
     EXPECT_EQ(orbit.getYaw(), 35);
 }
 
+TEST_F(CameraViews, AnotherButtonOrNoneShiftsTheCentre) {
+    const struct {
+        int set;
+        Uint8 pressed;
+        bool shifts;
+    } rows[] = {{3, SDL_BUTTON_RIGHT, true},
+                {2, SDL_BUTTON_RIGHT, false},
+                {2, SDL_BUTTON_MIDDLE, true},
+                {0, SDL_BUTTON_RIGHT, false}};
+    for (const auto &row : rows) {
+        Input input;
+        OrbitCamera orbit;
+        orbit.setPanButton(row.set);
+        input.handle(buttonEvent(10, 10, true, row.pressed));
+        input.handle(motionEvent(30, 10, 20, 0));
+        orbit.handle(input);
+        orbit.update(10);
+        EXPECT_EQ(orbit.getCenter().x != 0, row.shifts) << row.set;
+    }
+}
+
 } // namespace
 } // namespace ravolt::test

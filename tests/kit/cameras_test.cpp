@@ -215,6 +215,17 @@ TEST(OrbitCamera, ZoomsByTenthsOfTheDistanceWithinItsLimits) {
     EXPECT_NEAR(camera.getDistance(), 2, 1e-9);
 }
 
+TEST(OrbitCamera, ZoomsByTheStepThatIsSet) {
+    OrbitCamera camera;
+    camera.setMoveRate(0);
+    camera.setZoomStep(0.5);
+    for (const double part : {0.0, -1.0, double(NAN), double(INFINITY)})
+        camera.setZoomStep(part);
+    camera.zoom(2);
+    camera.update(1);
+    EXPECT_NEAR(camera.getDistance(), 2.5, 1e-9);
+}
+
 TEST(OrbitCamera, PansInTheViewsPlane) {
     OrbitCamera camera;
     camera.setMoveRate(0);

@@ -145,19 +145,71 @@ TEST_F(ClipPlayerTest, APoseBetweenFramesIsOnTheShorterArc) {
     }
 }
 
-TEST_F(ClipPlayerTest, AWholeFrameIsWhatTheClipAppliesAlsoAtThePolesOfTheAngles) {
+std::array<float, 3> numbersOf(const Z3MVECTOR3D &v) { return {v.x, v.y, v.z}; }
+
+TEST_F(ClipPlayerTest, AWholeFrameIsExactlyWhatTheClipAppliesAlsoAtThePolesOfTheAngles) {
     const float angles[][3] = {{0, 90, 0},    {30, 90, 40},  {30, -90, 40}, {1, 89.999f, 2},
                                {-120, 45, 7}, {180, 0, 180}, {0, 180, 0},   {725, -3, 1000}};
     for (const auto &[x, y, z] : angles) {
         RVANIM *clip = clipOf({"hip"}, 2);
-        clip->setFrame(0, 0, x, y, z);
-        ASSERT_TRUE(clip->apply(0, root));
-        const Rows applied = matrixOf(*hip);
+        clip->setFrame(0, 0, 1, 2, 3);
+        clip->setFrame(1, 0, x, y, z);
+        clip->getKeyframe(1, 0)->translation = Z3MVECTOR3D(x / 3, y / 7, 1e9f);
+        clip->setTranslating(true);
         ClipPlayer player(root);
         ASSERT_TRUE(player.play(clip));
+        ASSERT_TRUE(player.seekFrame(1));
         ASSERT_TRUE(player.update(0));
-        for (std::size_t i = 0; i < 9; ++i)
-            EXPECT_NEAR(matrixOf(*hip)[i], applied[i], 2e-6) << x << " " << y << " " << z;
+        EXPECT_EQ(numbersOf(hip->getRotation()), (std::array{x, y, z}));
+        EXPECT_EQ(numbersOf(hip->getPosition()), (std::array{x / 3, y / 7, 1e9f}));
+    }
+}
+
+TEST_F(ClipPlayerTest, TheRestPoseReturnsExactly) {
+    arm->setRotation(0.1f, 90, 723.4f);
+    arm->setPosition(0.1f, 1e-7f, 3e8f);
+    ClipPlayer player(root);
+    RVANIM *clip = turning("arm", 3, 20);
+    clip->setTranslating(true);
+    player.play(clip);
+    player.update(0.01f);
+    EXPECT_FALSE(isTurned(arm, eulers(0.1f, 90, 723.4f)));
+    player.stop();
+    player.update(0);
+    EXPECT_EQ(numbersOf(arm->getRotation()), (std::array{0.1f, 90.0f, 723.4f}));
+    EXPECT_EQ(numbersOf(arm->getPosition()), (std::array{0.1f, 1e-7f, 3e8f}));
+}
+
+TEST_F(ClipPlayerTest, WholeFramesAreShownWithoutPosesBetweenThem) {
+    ClipPlayer player(root);
+    ClipOptions options = at(10);
+    options.wholeFrames = true;
+    player.play(turning("hip", 4, 17.3f), options); // a loop of 0.4 seconds
+    for (const auto &[seconds, frame] : {std::pair{0.05f, 0u},
+                                         {0.1f, 1u},
+                                         {0.1f, 2u},
+                                         {0.06f, 3u},
+                                         {0.08f, 3u},
+                                         {0.02f, 0u},
+                                         {0.1f, 1u}}) {
+        player.update(seconds);
+        EXPECT_EQ(player.getFrame(), frame) << seconds;
+        EXPECT_EQ(hip->getRotation().y, 17.3f * static_cast<float>(frame));
+    }
+}
+
+TEST_F(ClipPlayerTest, EachFrameIsReachedByItsNumberAtEveryRate) {
+    RVANIM *clip = turning("hip", 101, 3.6f); // its last frame equals the first
+    for (const float rate : {7.0f, 24.0f, 29.97f, 30.0f, 1000.0f}) {
+        ClipPlayer player(root);
+        player.play(clip, at(rate));
+        for (unsigned int frame = 0; frame <= 100; ++frame) {
+            ASSERT_TRUE(player.seekFrame(frame));
+            player.update(0);
+            EXPECT_EQ(player.getFrame(), frame) << rate;
+            EXPECT_EQ(hip->getRotation().y, 3.6f * static_cast<float>(frame)) << rate;
+        }
+        EXPECT_FLOAT_EQ(player.getTime(), 100 / rate);
     }
 }
 
@@ -200,6 +252,18 @@ TEST_F(ClipPlayerTest, OfEqualNamesTheFirstInTheTreeMovesAsWithApply) {
 }
 
 // --- time
+
+TEST_F(ClipPlayerTest, OfEqualNamesInTheClipTheLastMovesTheBoneAsWithApply) {
+    RVANIM *clip = clipOf({"hip", "arm", "hip"}, 1);
+    clip->setFrame(0, 0, 0, 40, 0);
+    clip->setFrame(0, 2, 0, 70, 0);
+    ClipPlayer player(root);
+    player.play(clip);
+    player.update(0);
+    EXPECT_EQ(hip->getRotation().y, 70);
+    clip->apply(0, root);
+    EXPECT_EQ(hip->getRotation().y, 70);
+}
 
 TEST_F(ClipPlayerTest, ALoopDoesNotShowALastFrameThatEqualsTheFirst) {
     RVANIM *doubled = turning("hip", 5, 90); // 0, 90, 180, 270, 360
@@ -577,6 +641,11 @@ TEST_F(ClipPlayerFaults, BadParametersAreRefusedWithALine) {
         EXPECT_FALSE(player.seek(seconds));
         EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ ClipPlayer::seek\n");
     }
+    EXPECT_FALSE(player.seekFrame(11));
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ ClipPlayer::seekFrame\n");
+    EXPECT_FALSE(player.seekFrame(0, 1));
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ ClipPlayer::seekFrame\n");
+    EXPECT_EQ(player.getFrame(7), 0u);
     EXPECT_FALSE(player.stop(0, 3));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ ClipPlayer::stop\n");
     EXPECT_FALSE(player.addEvent(nullptr, 0, "x"));

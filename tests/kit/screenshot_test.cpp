@@ -213,6 +213,28 @@ TEST_F(Shot, WithoutMemoryThereIsALineAndThePictureIsAsBefore) {
     EXPECT_EQ(shot.getPixels(), before);
 }
 
+TEST(ShotWithoutEngine, TakesOverPixelsOfAnotherPicture) {
+    Screenshot shot;
+    const std::vector<unsigned char> pixels = {0, 0, 9, 4, 0, 9, 8, 1, 2, 8, 1, 2,
+                                               0, 0, 9, 4, 3, 9, 8, 1, 3, 8, 1, 3};
+    ASSERT_TRUE(shot.setPixels(4, 2, pixels));
+    EXPECT_TRUE(shot.shrink(1));
+    EXPECT_EQ(shot.getPixels(), pixels);
+    ASSERT_TRUE(shot.shrink(2));
+    EXPECT_EQ(shot.getWidth(), 2);
+    EXPECT_EQ(shot.getHeight(), 1);
+    EXPECT_EQ(shot.getPixels(), (std::vector<unsigned char>{2, 1, 9, 8, 1, 3}));
+    markLog();
+    EXPECT_FALSE(shot.setPixels(4, 3, pixels));
+    EXPECT_FALSE(shot.setPixels(-4, -2, pixels));
+    EXPECT_FALSE(shot.setPixels(0, 0, {}));
+    EXPECT_LOGGED_TIMES(3, "   [!] Invalid params @ Screenshot::setPixels");
+    EXPECT_EQ(shot.getWidth(), 2);
+    ASSERT_TRUE(shot.setPixels(4, 3, std::vector<unsigned char>(36, 7)));
+    ASSERT_TRUE(shot.shrink(3)); // without the column that remains
+    EXPECT_EQ(shot.getPixels(), (std::vector<unsigned char>{7, 7, 7}));
+}
+
 TEST(ShotWithoutEngine, IsRefused) {
     Screenshot shot;
     markLog();

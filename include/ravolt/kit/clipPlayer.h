@@ -17,12 +17,14 @@ struct ClipOptions {
     float speed = 1;            // seconds of the clip per second, -100 to 100; negative: backwards
     bool looping = true;        // else it ends with its last frame, or backwards with its first
     float fade = 0;             // seconds from what the layer plays to this clip
+    bool wholeFrames = false;   // the poses of frames alone, without those between them
 };
 
 // Plays clips on the bones of a tree, by time: poses between two frames are interpolated, rotations
 // along the shorter arc. What a layer plays fades into the next clip; layers play clips on a part
 // of the bones, over the layers below. The poses are those of the nodes (rotation, and position
-// where RVANIM::getTranslating is true), so skins follow however they are drawn. Nodes whose
+// where RVANIM::getTranslating is true), so skins follow however they are drawn. The pose of one
+// frame alone is exactly that of RVANIM::apply, and the rest pose is exactly itself. Nodes whose
 // transform is a matrix (RV_NODE_POSITIONING_MATRIX) do not move. Bones that no clip moves are not
 // changed.
 //
@@ -62,14 +64,17 @@ class ClipPlayer {
     // Continues from another time, in seconds, 0 to getDuration. Events on the way do not occur;
     // one at that time does.
     bool seek(float seconds, std::size_t layer = 0);
+    // The same to the time of a frame, from 0: also the last one of a loop that equals the first.
+    bool seekFrame(unsigned int frame, std::size_t layer = 0);
 
     // Of the clip that the layer played last: NULL and 0 when there is none. In a clip that loops
     // and whose last frame equals the first one, that frame is shown once, and does not count as a
     // time of its own; another loop takes one frame from the last to the first.
     RVANIM *getClip(std::size_t layer = 0) const;
-    float getTime(std::size_t layer = 0) const;     // seconds, 0 to getDuration
-    float getDuration(std::size_t layer = 0) const; // seconds of a pass at speed 1
-    bool isFinished(std::size_t layer = 0) const;   // it does not loop and has ended; or no clip
+    float getTime(std::size_t layer = 0) const;         // seconds, 0 to getDuration
+    unsigned int getFrame(std::size_t layer = 0) const; // the last one until that time, from 0
+    float getDuration(std::size_t layer = 0) const;     // seconds of a pass at speed 1
+    bool isFinished(std::size_t layer = 0) const; // it does not loop and has ended; or no clip
 
     // The part of a clip in its layer, 0 to 1, as of the last update.
     float getWeight(const RVANIM *clip, std::size_t layer = 0) const;

@@ -12,8 +12,8 @@ class OrbitCamera : public Camera {
     // At (0, 0, 0), seen from 10 units away.
     OrbitCamera();
 
-    // Dragging turns, the wheel zooms, and dragging with the right button shifts the centre, so
-    // that it follows the pointer.
+    // Dragging turns, the wheel zooms, and dragging with the pan button shifts the centre, so that
+    // it follows the pointer.
     void handle(const Input &input) override;
     void update(double seconds) override;
 
@@ -30,6 +30,11 @@ class OrbitCamera : public Camera {
     void setDistanceLimits(double nearest, double farthest);
     // Goes nearer, smoothly: each step by a tenth of the distance; farther for negative steps.
     void zoom(double steps);
+    // Each step leads to this part of the distance instead, 0.9 by default. Ignored for 0 and less.
+    void setZoomStep(double part);
+
+    // For `handle`: button 3 of SDL's by default; 0 for no button.
+    void setPanButton(int button) { panButton = button; }
 
     // How fast centre and distance approach their goals; 10 per second by default.
     void setMoveRate(double perSecond);
@@ -41,7 +46,8 @@ class OrbitCamera : public Camera {
   private:
     SmoothedValue x, y, z; // of the centre
     SmoothedValue logDistance;
-    double lowestLog, highestLog;
+    double lowestLog, highestLog, logZoomStep;
+    int panButton = 3;
     bool panning = false;
 };
 

@@ -15,6 +15,10 @@ class Screenshot {
     // target, as target 0 where the settings force it or after end3D(false), or else the window's.
     bool take();
 
+    // Takes over the pixels of another picture, as of one that was drawn in parts: rows from the
+    // top, red, green and blue of each pixel. False if their number is not that of the size.
+    bool setPixels(int newWidth, int newHeight, std::vector<unsigned char> newPixels);
+
     // Draws the frame `samples` times `samples` times, each time shifted by part of a pixel, and
     // takes the mean: the same as a picture so many times as wide and high, of which each pixel is
     // the mean of a square, and right with every effect. `draw` draws the frame from RAVOLT::clear
@@ -33,7 +37,7 @@ class Screenshot {
     // The same as bytes; none without a picture.
     std::vector<unsigned char> encode() const;
 
-    // Rows from the top, red, green and blue of each pixel; nothing before the first `take`.
+    // Rows from the top, red, green and blue of each pixel; nothing before there is a picture.
     int getWidth() const { return width; }
     int getHeight() const { return height; }
     const std::vector<unsigned char> &getPixels() const { return pixels; }
