@@ -20,9 +20,9 @@ using namespace tool_test;
 
 std::size_t coveredPixels(const Picture &picture) {
     std::size_t covered = 0;
-    for (std::size_t i = 0; i < picture.pixels.size(); i += 3)
-        covered +=
-            !Stage::isBackground(picture.pixels[i], picture.pixels[i + 1], picture.pixels[i + 2]);
+    for (std::size_t i = 0; i < picture.getPixels().size(); i += 3)
+        covered += !Stage::isBackground(picture.getPixels()[i], picture.getPixels()[i + 1],
+                                        picture.getPixels()[i + 2]);
     return covered;
 }
 

@@ -87,17 +87,17 @@ std::string boxObj() {
 
 double mean(const Picture &picture) {
     double sum = 0;
-    for (const unsigned char value : picture.pixels)
+    for (const unsigned char value : picture.getPixels())
         sum += value;
-    return sum / static_cast<double>(picture.pixels.size());
+    return sum / static_cast<double>(picture.getPixels().size());
 }
 
 // The mean step from a pixel to its right neighbour: high where a picture is sharp.
 double sharpness(const Picture &picture) {
     double sum = 0;
-    for (std::size_t i = 3; i < picture.pixels.size(); ++i)
-        sum += std::abs(picture.pixels[i] - picture.pixels[i - 3]);
-    return sum / static_cast<double>(picture.pixels.size());
+    for (std::size_t i = 3; i < picture.getPixels().size(); ++i)
+        sum += std::abs(picture.getPixels()[i] - picture.getPixels()[i - 3]);
+    return sum / static_cast<double>(picture.getPixels().size());
 }
 
 class EffectsOnStage : public ::testing::Test {
@@ -181,7 +181,7 @@ TEST_F(EffectsOnStage, PerPixelLightingLightsTheMiddleOfASurface) {
         effects.set(parameter, value);
     const auto brightest = [&]() -> int {
         const Picture picture = shoot(effects);
-        return *std::max_element(picture.pixels.begin(), picture.pixels.end());
+        return *std::max_element(picture.getPixels().begin(), picture.getPixels().end());
     };
     EXPECT_LT(brightest(), 100);
     effects.switchOn(Effect::perPixel);
@@ -216,12 +216,13 @@ TEST_F(EffectsOnStage, OnlyWhatIsBrighterThanWhiteGlows) {
 // Which `covered` are: those that are not the background of the same picture.
 double partAtWhite(const Picture &picture, const Picture &covered) {
     double all = 0, white = 0;
-    for (std::size_t i = 0; i < picture.pixels.size(); i += 3) {
-        const unsigned char *pixel = &covered.pixels[i];
+    for (std::size_t i = 0; i < picture.getPixels().size(); i += 3) {
+        const unsigned char *pixel = &covered.getPixels()[i];
         if (Stage::isBackground(pixel[0], pixel[1], pixel[2]))
             continue;
         ++all;
-        white += std::min({picture.pixels[i], picture.pixels[i + 1], picture.pixels[i + 2]}) == 255;
+        white += std::min({picture.getPixels()[i], picture.getPixels()[i + 1],
+                           picture.getPixels()[i + 2]}) == 255;
     }
     return white / all;
 }

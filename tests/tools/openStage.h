@@ -53,10 +53,10 @@ inline void writeRve(const std::vector<RveNode> &children, const std::string &ma
 
 // R, G and B; x and y are from 0 to 1.
 inline std::array<int, 3> colorAt(const Picture &picture, double x, double y) {
-    const auto column = static_cast<std::size_t>(x * picture.width);
-    const auto row = static_cast<std::size_t>(y * picture.height);
+    const auto column = static_cast<std::size_t>(x * picture.getWidth());
+    const auto row = static_cast<std::size_t>(y * picture.getHeight());
     const unsigned char *p =
-        &picture.pixels[3 * (row * static_cast<std::size_t>(picture.width) + column)];
+        &picture.getPixels()[3 * (row * static_cast<std::size_t>(picture.getWidth()) + column)];
     return {p[0], p[1], p[2]};
 }
 
@@ -68,8 +68,8 @@ inline double brightnessAt(const Picture &picture, double x, double y) {
 // Those of the pixels that are not the background, from dark to bright.
 inline std::vector<int> brightnesses(const Picture &picture) {
     std::vector<int> all;
-    for (std::size_t i = 0; i < picture.pixels.size(); i += 3) {
-        const unsigned char *p = &picture.pixels[i];
+    for (std::size_t i = 0; i < picture.getPixels().size(); i += 3) {
+        const unsigned char *p = &picture.getPixels()[i];
         if (!Stage::isBackground(p[0], p[1], p[2]))
             all.push_back((p[0] + p[1] + p[2]) / 3);
     }
@@ -80,17 +80,17 @@ inline std::vector<int> brightnesses(const Picture &picture) {
 // How much of the picture is not the background, from 0 to 1.
 inline double coverage(const Picture &picture) {
     return 3.0 * static_cast<double>(brightnesses(picture).size()) /
-           static_cast<double>(picture.pixels.size());
+           static_cast<double>(picture.getPixels().size());
 }
 
 // In how many of the numbers two pictures of one size differ by more than `step`.
 inline std::size_t differences(const Picture &a, const Picture &b, int step = 0) {
-    EXPECT_EQ(a.width, b.width);
-    if (a.pixels.size() != b.pixels.size())
+    EXPECT_EQ(a.getWidth(), b.getWidth());
+    if (a.getPixels().size() != b.getPixels().size())
         throw Failure("pictures of different sizes");
     std::size_t number = 0;
-    for (std::size_t i = 0; i < a.pixels.size(); ++i)
-        number += std::abs(a.pixels[i] - b.pixels[i]) > step;
+    for (std::size_t i = 0; i < a.getPixels().size(); ++i)
+        number += std::abs(a.getPixels()[i] - b.getPixels()[i]) > step;
     return number;
 }
 

@@ -56,18 +56,18 @@ TEST(ParticlesTest, FitIntoThePicture) {
         OpenEmitter open(elements + cloud);
         moveParticles(open.stage, fullAfter(*open.emitter));
         const Picture picture = open.shoot();
-        int left = picture.width, right = 0, atTheRim = 0;
-        for (int y = 0; y < picture.height; ++y)
-            for (int x = 0; x < picture.width; ++x) {
-                const auto [r, g, b] =
-                    colorAt(picture, (x + 0.5) / picture.width, (y + 0.5) / picture.height);
+        int left = picture.getWidth(), right = 0, atTheRim = 0;
+        for (int y = 0; y < picture.getHeight(); ++y)
+            for (int x = 0; x < picture.getWidth(); ++x) {
+                const auto [r, g, b] = colorAt(picture, (x + 0.5) / picture.getWidth(),
+                                               (y + 0.5) / picture.getHeight());
                 if (Stage::isBackground(r, g, b))
                     continue;
                 left = std::min(left, x);
                 right = std::max(right, x);
-                atTheRim += y == 0 || y == picture.height - 1;
+                atTheRim += y == 0 || y == picture.getHeight() - 1;
             }
-        EXPECT_GT(right - left, picture.width / 4) << elements;
+        EXPECT_GT(right - left, picture.getWidth() / 4) << elements;
         EXPECT_LT(atTheRim, 80) << elements; // of 320: rare particles fly far
     }
 }

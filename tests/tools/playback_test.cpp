@@ -113,6 +113,37 @@ TEST_F(PlaybackTest, DoesNotRepeatTheLastFrameOfALoop) {
     EXPECT_EQ(played.state(), "loop 2/2");
 }
 
+TEST_F(PlaybackTest, AdvancesFromWholeFrameToWholeFrame) {
+    Playback &played = open();
+    EXPECT_FALSE(played.advance(1));
+    played.choose("rise"); // 0.1 seconds
+    const RVNODE *node = root->findByNameInHierarchy("square");
+    for (const auto &[seconds, frame] :
+         {std::pair{0.04, 1}, {0.02, 1}, {0.02, 2}, {0.03, 0}, {1.05, 1}, {1e9, 1}}) {
+        const int before = played.frame();
+        EXPECT_EQ(played.advance(seconds), frame != before) << seconds;
+        EXPECT_EQ(played.frame(), frame) << seconds;
+        EXPECT_EQ(node->getPosition().y, 10 * static_cast<float>(frame)) << seconds;
+    }
+}
+
+TEST_F(PlaybackTest, AClipThatMovesNothingStandsStill) {
+    ravolt::RvaClip other = rising(3);
+    other.bones = {"nobody"};
+    writeClip("other", other);
+    clips.push_back({"other", fs::absolute("other.rva")});
+    Playback &played = open();
+    played.choose("rise");
+    played.setFrame(1);
+    played.choose("other");
+    EXPECT_EQ(played.missingNodes(), 1u);
+    EXPECT_EQ(root->findByNameInHierarchy("square")->getPosition().y, 5) << "as loaded";
+    EXPECT_FALSE(played.advance(0.04));
+    played.setFrame(2);
+    EXPECT_EQ(played.state(), "other 2/2");
+    EXPECT_EQ(readText("ravolt_log.txt").find("[!] No bone"), std::string::npos);
+}
+
 TEST_F(PlaybackTest, SkipsBrokenClips) {
     writeFile("played.run.rva", "no clip");
     Playback &played = open();

@@ -26,9 +26,11 @@ namespace {
 using namespace ravolt::tool;
 
 TEST(Png, ThrowsWhereverThereIsNoMemory) {
-    Picture picture{64, 48, {}};
+    std::vector<unsigned char> pixels;
     for (int i = 0; i < 64 * 48 * 3; ++i)
-        picture.pixels.push_back(static_cast<unsigned char>(i * 7919 >> 5));
+        pixels.push_back(static_cast<unsigned char>(i * 7919 >> 5));
+    Picture picture;
+    ASSERT_TRUE(picture.setPixels(64, 48, pixels));
     const std::vector<unsigned char> whole = encodePng(picture);
     unsigned int failures = 0;
     for (bool failed = true; failed && failures < 10000; failures += failed) {

@@ -21,8 +21,8 @@ bool drawSeries(const ShotOptions &options, const std::filesystem::path &output,
         if (frame < series.first) {
             drawUnseen(source.drawable, source.drawn);
         } else {
-            const Picture picture = boxFiltered(shoot(source.drawable, source.drawn),
-                                                source.drawn.width / options.size.width);
+            Picture picture = shoot(source.drawable, source.drawn);
+            picture.shrink(source.drawn.width / options.size.width); // the mean of the samples
             something = something || showsSomething(picture);
             save(picture, pictureFile(output, frame - series.first, series), inputs);
         }

@@ -146,7 +146,7 @@ void ViewLoop::drawSmooth() {
         samplesASide);
     shift({});
     if (taken)
-        showPicture({mean.getWidth(), mean.getHeight(), mean.getPixels()});
+        showPicture(mean);
 }
 
 void ViewLoop::drawFrame(double passed) {

@@ -18,6 +18,8 @@
 #include <cmath>
 #include <cstdio>
 #include <ravolt/RVMESH.h>
+#include <ravolt/kit/orbitCamera.h>
+#include <tuple>
 
 namespace ravolt::tool {
 
@@ -27,7 +29,7 @@ namespace {
 
 constexpr double degreesPerPixel = 0.4;
 constexpr double degreesPerKey = 5;
-constexpr double zoomPerStep = 1.12;
+constexpr double zoomPerStep = 1.12, minZoom = 0.05, maxZoom = 50;
 constexpr double spinDegreesPerSecond = 40;
 
 class ModelViewer : public ViewLoop {
@@ -36,6 +38,13 @@ class ModelViewer : public ViewLoop {
                 Playback &played)
         : ViewLoop(common, wanted.input.filename().string()), stage(shown), playback(played),
           options(wanted), scene(root), firstYaw(shown.getYaw()), firstPitch(shown.getPitch()) {
+        orbit.setTurnRate(0);
+        orbit.setMoveRate(0);
+        orbit.setDegreesPerPixel(degreesPerPixel);
+        orbit.setPanButton(0);
+        orbit.setZoomStep(1 / zoomPerStep);
+        orbit.setDistanceLimits(1 / maxZoom, 1 / minZoom);
+        reset();
         fitBrightness();
         showState();
     }
@@ -61,12 +70,10 @@ class ModelViewer : public ViewLoop {
     void picture() { pictureWanted = true; }
     void reset();
     void spin() { options.spin = !options.spin; }
-    void turn(double yaw, double pitch);
-    void zoom(double steps) { stage.setZoom(stage.getZoom() * std::pow(zoomPerStep, steps)); }
+    bool moveOnOrbit(double seconds);
     void chooseClip(bool backwards);
     void pause();
     void step(int frames);
-    bool advanceClip(double seconds);
     void toggle(Effect effect);
     void fitBrightness();
     void nextParameter();
@@ -80,12 +87,12 @@ class ModelViewer : public ViewLoop {
     ViewOptions &options;
     RVNODE *scene;
     double firstYaw, firstPitch;
+    kit::OrbitCamera orbit; // moved at once; at a distance of 1 the whole scene is seen
     EffectParameter parameter = EffectParameter::brightness; // that the keys change
     double brightnessForGlow = 0; // found from the scene when bloom came on
     bool pictureWanted = false;
     int pictures = 0;
-    bool paused = false;    // the clip
-    double clipSeconds = 0; // since its first frame
+    bool paused = false; // the clip
 };
 
 const std::vector<ViewKey<ModelViewer>> &ModelViewer::keys() {
@@ -94,12 +101,12 @@ const std::vector<ViewKey<ModelViewer>> &ModelViewer::keys() {
         std::vector<ViewKey<Viewer>> list = {
             {0, "drag", "go round the scene", nullptr},
             {0, "wheel", "nearer and farther", nullptr},
-            {SDLK_LEFT, "Left", "go round it", [](Viewer &v) { v.turn(-degreesPerKey, 0); }},
-            {SDLK_RIGHT, "Right", "go round it", [](Viewer &v) { v.turn(degreesPerKey, 0); }},
-            {SDLK_UP, "Up", "go above it", [](Viewer &v) { v.turn(0, degreesPerKey); }},
-            {SDLK_DOWN, "Down", "go below it", [](Viewer &v) { v.turn(0, -degreesPerKey); }},
-            {SDLK_PLUS, "+", "nearer", [](Viewer &v) { v.zoom(1); }},
-            {SDLK_MINUS, "-", "farther", [](Viewer &v) { v.zoom(-1); }},
+            {SDLK_LEFT, "Left", "go round it", [](Viewer &v) { v.orbit.turn(-degreesPerKey, 0); }},
+            {SDLK_RIGHT, "Right", "go round it", [](Viewer &v) { v.orbit.turn(degreesPerKey, 0); }},
+            {SDLK_UP, "Up", "go above it", [](Viewer &v) { v.orbit.turn(0, -degreesPerKey); }},
+            {SDLK_DOWN, "Down", "go below it", [](Viewer &v) { v.orbit.turn(0, degreesPerKey); }},
+            {SDLK_PLUS, "+", "nearer", [](Viewer &v) { v.orbit.zoom(1); }},
+            {SDLK_MINUS, "-", "farther", [](Viewer &v) { v.orbit.zoom(-1); }},
             {SDLK_SPACE, "Space", "turn by itself", &Viewer::spin},
             {SDLK_r, "r", "the first view again", &Viewer::reset},
             {SDLK_w, "w", "wireframe", &Viewer::toggleWireframe},
@@ -202,14 +209,13 @@ void ModelViewer::chooseClip(bool backwards) {
         return;
     }
     stage.setSphere(playback.sphere());
-    clipSeconds = 0;
     sayLine("clip: " + playback.state());
     showState();
 }
 
 void ModelViewer::pause() {
     paused = !paused;
-    clipSeconds = playback.frame() / options.fps;
+    playback.setFrame(playback.frame()); // from its beginning
     sayLine("clip: " + playback.state() + (paused ? ", standing still" : ""));
 }
 
@@ -218,20 +224,6 @@ void ModelViewer::step(int frames) {
     playback.setFrame(playback.frame() + frames);
     sayLine("clip: " + playback.state());
     showState();
-}
-
-// Whether the clip shows another frame now.
-bool ModelViewer::advanceClip(double seconds) {
-    const int period = playback.period();
-    if (paused || period < 2)
-        return false;
-    clipSeconds = std::fmod(clipSeconds + seconds, period / options.fps);
-    const int displayFrame = std::min(static_cast<int>(clipSeconds * options.fps), period - 1);
-    if (displayFrame == playback.frame())
-        return false;
-    playback.setFrame(displayFrame);
-    showState();
-    return true;
 }
 
 void ModelViewer::nextParameter() {
@@ -259,15 +251,26 @@ void ModelViewer::addToParameter(int steps) {
     changeParameter(stage.getEffects().get(parameter) + steps * rowOf(parameter).step);
 }
 
-void ModelViewer::turn(double yaw, double pitch) {
-    stage.setYaw(stage.getYaw() + yaw);
-    stage.setPitch(stage.getPitch() + pitch);
+void ModelViewer::reset() {
+    orbit.setAngles(firstYaw, -firstPitch);
+    orbit.setDistance(1 / options.zoom);
 }
 
-void ModelViewer::reset() {
-    stage.setYaw(firstYaw);
-    stage.setPitch(firstPitch);
-    stage.setZoom(options.zoom);
+// Whether the view is another one now. The stage counts its pitch from where it looks from,
+// upwards.
+bool ModelViewer::moveOnOrbit(double seconds) {
+    if (options.spin)
+        orbit.turn(spinDegreesPerSecond * seconds, 0);
+    orbit.handle(session.input);
+    orbit.update(seconds);
+    const auto view = [this] {
+        return std::tuple(stage.getYaw(), stage.getPitch(), stage.getZoom());
+    };
+    const auto before = view();
+    stage.setYaw(orbit.getYaw());
+    stage.setPitch(-orbit.getPitch());
+    stage.setZoom(1 / orbit.getDistance());
+    return view() != before;
 }
 
 bool ModelViewer::press(int key) {
@@ -280,14 +283,12 @@ bool ModelViewer::press(int key) {
 }
 
 bool ModelViewer::advance(double passed) {
-    const kit::Pixel drag = session.input.getDrag(SDL_BUTTON_LEFT);
-    turn(-drag.x * degreesPerPixel, drag.y * degreesPerPixel);
-    zoom(session.input.getWheel());
-    if (options.spin)
-        turn(spinDegreesPerSecond * passed, 0);
-    const bool hasNextFrame = advanceClip(passed);
-    return hasNextFrame || drag.x != 0 || drag.y != 0 || options.spin ||
-           options.content == Content::emitter || stage.getEffects().isOn(Effect::toneMapping);
+    const bool moved = moveOnOrbit(passed);
+    const bool hasNextFrame = !paused && playback.advance(passed);
+    if (hasNextFrame)
+        showState();
+    return moved || hasNextFrame || options.content == Content::emitter ||
+           stage.getEffects().isOn(Effect::toneMapping);
 }
 
 // A name that no file has yet.
@@ -365,7 +366,7 @@ Ending viewModel(ViewSession &session, ViewOptions &options) {
     const SceneToShow scene(options, options.verbosity);
     const LoadedScene loaded = load(session.open(options, options.size), scene, options);
     Stage stage(loaded.root);
-    Playback playback(loaded.root, scene.clips(), scene.skins());
+    Playback playback(loaded.root, scene.clips(), scene.skins(), options.fps);
     startClip(playback, scene, options);
     stage.setSphere(loaded.emitter ? sphereAround(*loaded.emitter) : playback.sphere());
     if (isLater && options.rig >= stage.numberOfRigs())

@@ -30,7 +30,7 @@ Picture measured(Stage &stage, const Effects &effects, double brightness) {
     plain.set(EffectParameter::brightness, brightness);
     stage.setEffects(plain);
     stage.draw();
-    const Picture picture = takePicture();
+    Picture picture = takePicture();
     RAVOLT::swap();
     return picture;
 }
@@ -46,11 +46,11 @@ double brightnessForBloom(Stage &stage) {
     const Picture dark = measured(stage, effects, 0), lit = measured(stage, effects, measuredAt);
     stage.setEffects(effects);
     std::vector<double> begins;
-    for (std::size_t i = 0; i < dark.pixels.size(); i += 3) {
-        const unsigned char *pixel = &dark.pixels[i];
+    for (std::size_t i = 0; i < dark.getPixels().size(); i += 3) {
+        const unsigned char *pixel = &dark.getPixels()[i];
         if (Stage::isBackground(pixel[0], pixel[1], pixel[2]))
             continue;
-        const double rise = (luminance(&lit.pixels[i]) - luminance(pixel)) / measuredAt;
+        const double rise = (luminance(&lit.getPixels()[i]) - luminance(pixel)) / measuredAt;
         begins.push_back(rise > 0 ? std::min(maxBrightness, (1 - luminance(pixel)) / rise)
                                   : maxBrightness);
     }

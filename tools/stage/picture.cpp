@@ -1,8 +1,7 @@
-// Reads the pixels of the frame and writes them as a PNG file.
+// Pictures of one frame or of several parts, shown or written as PNG files.
 
 #include "tools/stage/picture.h"
 
-#include "kit/files/pngWriter.h"
 #include "kit/files/wholeFile.h"
 #include "tools/common/failure.h"
 #include "tools/process/signals.h"
@@ -10,8 +9,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <new>
 #include <ravolt/RAVOLT.h>
 #include <ravolt/RVOPENGL.h>
+#include <utility>
 
 namespace ravolt::tool {
 
@@ -26,15 +27,25 @@ int partOf(int whole, int maximum) {
     return (whole + parts - 1) / parts;
 }
 
-// `bottom` counts from the whole picture's lowest row; pixels beyond the whole are skipped.
-void copyTile(const Picture &tile, int left, int bottom, Picture &whole) {
-    const int columns = std::min(tile.width, whole.width - left);
-    for (int up = 0; up < std::min(tile.height, whole.height - bottom); ++up) {
-        const int from = (tile.height - 1 - up) * tile.width;
-        const int to = (whole.height - 1 - bottom - up) * whole.width + left;
-        std::copy_n(tile.pixels.begin() + 3 * from, 3 * columns, whole.pixels.begin() + 3 * to);
+// A large picture of parts.
+struct Canvas {
+    explicit Canvas(WindowSize whole)
+        : size(whole), pixels(std::size_t(3) * static_cast<std::size_t>(whole.width) *
+                              static_cast<std::size_t>(whole.height)) {}
+
+    // `bottom` counts from the lowest row; pixels beyond the whole are skipped.
+    void copy(const Picture &part, int left, int bottom) {
+        const int columns = std::min(part.getWidth(), size.width - left);
+        for (int up = 0; up < std::min(part.getHeight(), size.height - bottom); ++up) {
+            const int from = (part.getHeight() - 1 - up) * part.getWidth();
+            const int to = (size.height - 1 - bottom - up) * size.width + left;
+            std::copy_n(part.getPixels().begin() + 3 * from, 3 * columns, pixels.begin() + 3 * to);
+        }
     }
-}
+
+    WindowSize size;
+    std::vector<unsigned char> pixels;
+};
 
 } // namespace
 
@@ -44,7 +55,8 @@ void showPicture(const Picture &picture) {
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     glRasterPos2i(0, 0);
     glPixelZoom(1, -1); // its rows go from the top down
-    glDrawPixels(picture.width, picture.height, GL_RGB, GL_UNSIGNED_BYTE, picture.pixels.data());
+    glDrawPixels(picture.getWidth(), picture.getHeight(), GL_RGB, GL_UNSIGNED_BYTE,
+                 picture.getPixels().data());
     glPixelZoom(1, 1);
     glPopClientAttrib();
     RAVOLT::end2D();
@@ -76,13 +88,11 @@ template <class Finish> void drawParts(Drawable &drawable, WindowSize size, Fini
 } // namespace
 
 Picture shoot(Drawable &drawable, WindowSize size) {
-    Picture whole;
-    whole.width = size.width;
-    whole.height = size.height;
-    whole.pixels.resize(std::size_t(3) * static_cast<std::size_t>(size.width) *
-                        static_cast<std::size_t>(size.height));
+    Canvas canvas(size);
     drawParts(drawable, size,
-              [&](int left, int bottom) { copyTile(takePicture(), left, bottom, whole); });
+              [&](int left, int bottom) { canvas.copy(takePicture(), left, bottom); });
+    Picture whole;
+    whole.setPixels(size.width, size.height, std::move(canvas.pixels));
     return whole;
 }
 
@@ -121,54 +131,26 @@ void settle(Drawable &drawable) {
     RAVOLT::setFrameDuration(before);
 }
 
-Picture boxFiltered(const Picture &picture, int side) {
-    const auto samples = static_cast<std::size_t>(side);
-    const auto row = 3 * static_cast<std::size_t>(picture.width);
-    Picture filtered;
-    filtered.width = picture.width / side;
-    filtered.height = picture.height / side;
-    const auto columns = static_cast<std::size_t>(filtered.width);
-    std::vector<std::size_t> sums(3 * columns); // of one row
-    filtered.pixels.reserve(sums.size() * static_cast<std::size_t>(filtered.height));
-    for (std::size_t y = 0; y < static_cast<std::size_t>(filtered.height); ++y) {
-        std::fill(sums.begin(), sums.end(), 0);
-        for (std::size_t sample = 0; sample < samples; ++sample) {
-            const unsigned char *from = &picture.pixels[(y * samples + sample) * row];
-            for (std::size_t i = 0; i < 3 * columns * samples; ++i)
-                sums[i / (3 * samples) * 3 + i % 3] += from[i];
-        }
-        for (const std::size_t sum : sums)
-            filtered.pixels.push_back(
-                static_cast<unsigned char>((sum + samples * samples / 2) / (samples * samples)));
-    }
-    return filtered;
-}
-
 bool showsSomething(const Picture &picture) {
-    for (std::size_t i = 0; i < picture.pixels.size(); i += 3)
-        if (!Stage::isBackground(picture.pixels[i], picture.pixels[i + 1], picture.pixels[i + 2]))
+    const std::vector<unsigned char> &pixels = picture.getPixels();
+    for (std::size_t i = 0; i < pixels.size(); i += 3)
+        if (!Stage::isBackground(pixels[i], pixels[i + 1], pixels[i + 2]))
             return true;
     return false;
 }
 
 Picture takePicture() {
     Picture picture;
-    picture.width = canvasSize().width;
-    picture.height = canvasSize().height;
-    const std::size_t row = std::size_t(3) * static_cast<std::size_t>(picture.width);
-    std::vector<unsigned char> upward(row * static_cast<std::size_t>(picture.height));
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, picture.width, picture.height, GL_RGB, GL_UNSIGNED_BYTE, upward.data());
-    picture.pixels.reserve(upward.size());
-    for (std::size_t end = upward.size(); end > 0; end -= row) // OpenGL's first row is the lowest
-        picture.pixels.insert(picture.pixels.end(),
-                              upward.begin() + static_cast<std::ptrdiff_t>(end - row),
-                              upward.begin() + static_cast<std::ptrdiff_t>(end));
+    if (!picture.take())
+        throw std::bad_alloc(); // the engine is running
     return picture;
 }
 
 std::vector<unsigned char> encodePng(const Picture &picture) {
-    return ravolt::encodePng({picture.width, picture.height, 3, true, picture.pixels.data()});
+    std::vector<unsigned char> bytes = picture.encode();
+    if (bytes.empty())
+        throw std::bad_alloc(); // there is a picture
+    return bytes;
 }
 
 void printPng(const Picture &picture) {

@@ -4,22 +4,17 @@
 
 #include "tools/stage/engine.h"
 
-#include <cstddef>
 #include <filesystem>
+#include <ravolt/kit/screenshot.h>
 #include <vector>
 
 namespace ravolt::tool {
 
 class Drawable;
 
-// Rows from the top down, R G B.
-struct Picture {
-    int width = 0;
-    int height = 0;
-    std::vector<unsigned char> pixels;
-};
+using Picture = kit::Screenshot;
 
-// Between the end of a frame's drawing and RAVOLT::swap.
+// Between the end of a frame's drawing and RAVOLT::swap. Throws std::bad_alloc.
 Picture takePicture();
 
 // Draws it over the window, pixel by pixel, before RAVOLT::swap.
@@ -44,10 +39,6 @@ void drawAfterPause(Drawable &drawable);
 // Draws frames that are discarded until effects that depend on earlier frames have settled: tone
 // mapping adapts to the brightness within a second.
 void settle(Drawable &drawable);
-
-// Each pixel is the mean of `side` by `side` pixels, which are its samples, so that edges are
-// smooth. Rows and columns beyond a multiple of `side` are left out.
-Picture boxFiltered(const Picture &picture, int side);
 
 // Whether it shows anything but the background.
 bool showsSomething(const Picture &picture);

@@ -3,12 +3,12 @@
 #include "tools/stage/playback.h"
 
 #include "tools/common/failure.h"
-#include "tools/common/rotation.h"
 #include "tools/common/sceneNames.h"
-#include "tools/stage/walk.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ravolt/RVANIM.h>
+#include <ravolt/RVNODE.h>
 #include <tuple>
 
 namespace ravolt::tool {
@@ -22,28 +22,7 @@ constexpr const char *ending = ".rva";
 // Of a clip, for its extent.
 constexpr int maxSampledFrames = 24;
 
-Vector vectorFrom(const Z3MVECTOR3D &v) { return {v.x, v.y, v.z}; }
-
-Z3MVECTOR3D floats(const Vector &v) {
-    return Z3MVECTOR3D(static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z));
-}
-
-// Whether two entries are equal but for rounding. A rotation has several triples of angles.
-bool areEqual(const RVBONEFRAME &a, const RVBONEFRAME &b) {
-    constexpr double rounding = 1e-4;
-    const Vector here = vectorFrom(a.translation), there = vectorFrom(b.translation);
-    return length(here - there) <= rounding * std::max(length(here), length(there)) &&
-           largestDifference(rotationFromDegrees(vectorFrom(a.rotation)),
-                             rotationFromDegrees(vectorFrom(b.rotation))) <= rounding;
-}
-
-bool endsAsItBegins(RVANIM &clip) {
-    const unsigned int last = clip.getNumberOfFrames() - 1u;
-    for (unsigned int bone = 0; bone < clip.getNumberOfBones(); ++bone)
-        if (!areEqual(*clip.getKeyframe(0, bone), *clip.getKeyframe(last, bone)))
-            return false;
-    return true;
-}
+constexpr double longestStep = 3600; // seconds, of the player
 
 } // namespace
 
@@ -75,14 +54,13 @@ bool isClipFile(const std::string &nameOrFile) {
     return fs::path(nameOrFile).extension() == ending;
 }
 
-Playback::Playback(RVNODE *root, std::vector<ClipFile> files, std::vector<SceneSkin> itsSkins)
-    : scene(root), skins(std::move(itsSkins)) {
+Playback::Playback(RVNODE *root, std::vector<ClipFile> files, std::vector<SceneSkin> itsSkins,
+                   double framesPerSecond)
+    : scene(root), skins(std::move(itsSkins)), player(root) {
+    options.framesPerSecond = static_cast<float>(framesPerSecond);
+    options.wholeFrames = true;
     for (ClipFile &file : files)
         clips.push_back({std::move(file)});
-    walk(scene, [this](RVNODE *node) {
-        loadedPoses.push_back(
-            {node, vectorFrom(node->getPosition()), vectorFrom(node->getRotation())});
-    });
 }
 
 RVANIM *Playback::clipOf(std::size_t index) {
@@ -98,23 +76,27 @@ RVANIM *Playback::clipOf(std::size_t index) {
         }
         loaded->setTranslating(true);
         entry.clip = loaded;
-        entry.loops = endsAsItBegins(*loaded);
     }
     return entry.clip;
 }
 
-void Playback::restoreLoadedPose() {
-    for (const LoadedPose &one : loadedPoses) {
-        one.node->setPosition(floats(one.position));
-        one.node->setRotation(floats(one.degrees));
-    }
+void Playback::showLoadedPose() {
+    player.stop();
+    player.update(0);
+}
+
+// A clip that moves nothing of the scene does not play.
+void Playback::start() {
+    if (current != none && missingNodes() < clips[current].clip->getNumberOfBones())
+        player.play(clips[current].clip, options);
 }
 
 void Playback::choose(std::size_t index) {
     if (index != none)
         clipOf(index);
-    restoreLoadedPose();
+    showLoadedPose();
     current = index;
+    start();
     show(0);
 }
 
@@ -157,19 +139,32 @@ int Playback::frames() const {
 }
 
 int Playback::period() const {
-    const bool loops = current != none && clips[current].loops;
-    return loops ? std::max(1, frames() - 1) : frames();
+    if (!player.getClip())
+        return frames();
+    const double duration = static_cast<double>(player.getDuration());
+    return std::max(
+        1, static_cast<int>(std::lround(duration * static_cast<double>(options.framesPerSecond))));
 }
 
 void Playback::show(int index) {
     shown = index;
-    if (current != none)
-        clips[current].clip->apply(static_cast<unsigned int>(index), scene);
+    if (!player.getClip())
+        return;
+    player.seekFrame(static_cast<unsigned int>(index));
+    player.update(0);
 }
 
 void Playback::setFrame(int index) {
     const int count = frames();
     show((index % count + count) % count);
+}
+
+bool Playback::advance(double seconds) {
+    if (!player.getClip() || period() < 2)
+        return false;
+    player.update(static_cast<float>(std::min(seconds, longestStep)));
+    const int before = std::exchange(shown, static_cast<int>(player.getFrame()));
+    return shown != before;
 }
 
 std::size_t Playback::missingNodes() const {
@@ -188,8 +183,9 @@ std::string Playback::state() const {
 
 Sphere Playback::sphere() {
     const int before = shown;
-    restoreLoadedPose();
+    showLoadedPose();
     Extent extent(scene, skins);
+    start();
     const int step = std::max(1, frames() / maxSampledFrames);
     for (int index = 0; current != none && index < frames(); index += step) {
         show(index);

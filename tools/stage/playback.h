@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <ravolt/kit/clipPlayer.h>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,7 +33,8 @@ class Playback {
 
     // On the engine's scene `root`, as loaded, whose file has those skins. Create it after
     // the engine and destroy it before.
-    Playback(RVNODE *root, std::vector<ClipFile> clips, std::vector<SceneSkin> skins = {});
+    Playback(RVNODE *root, std::vector<ClipFile> clips, std::vector<SceneSkin> skins = {},
+             double framesPerSecond = 30);
 
     bool empty() const { return clips.empty(); }
 
@@ -51,6 +53,8 @@ class Playback {
     int period() const;       // without the last frame of a clip whose last frame equals its first
     int frame() const { return shown; }
     void setFrame(int index); // wraps around at both ends
+    // Moves on by so many seconds, from whole frame to whole frame. Whether it shows another one.
+    bool advance(double seconds);
 
     // How many nodes the chosen clip moves that the scene does not have.
     std::size_t missingNodes() const;
@@ -63,23 +67,20 @@ class Playback {
 
   private:
     void show(int index);
-    void restoreLoadedPose();
+    void start();
+    void showLoadedPose();
     RVANIM *clipOf(std::size_t index);
 
     struct Entry {
         ClipFile file;
         RVANIM *clip = nullptr; // of the engine, once it is loaded
-        bool loops = false;     // its last frame equals the first one
-    };
-    struct LoadedPose {
-        RVNODE *node;
-        Vector position, degrees;
     };
 
     RVNODE *scene;
     std::vector<SceneSkin> skins;
     std::vector<Entry> clips;
-    std::vector<LoadedPose> loadedPoses; // all nodes as they were loaded
+    kit::ClipPlayer player; // its rest pose is that of the scene as it was loaded
+    kit::ClipOptions options;
     std::size_t current = none;
     int shown = 0;
 };
