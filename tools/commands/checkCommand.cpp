@@ -19,7 +19,7 @@ namespace {
 
 using namespace inspect;
 
-struct Options : InspectOptions {
+struct CheckCommandOptions : InspectOptions {
     std::vector<std::filesystem::path> files;
     bool strict = false;
 };
@@ -64,7 +64,7 @@ void printLines(const Checked &checked) {
         std::printf("%s\n", textOf(checked.file, finding).c_str());
 }
 
-void run(const Options &options) {
+void run(const CheckCommandOptions &options) {
     std::size_t refused = 0, warned = 0;
     Json files = Json::array();
     for (const std::filesystem::path &file : options.files) {
@@ -89,7 +89,7 @@ void run(const Options &options) {
 } // namespace
 
 std::function<void()> addCheck(CLI::App &app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CheckCommandOptions>();
     app.add_option("FILE", options->files,
                    "Scenes, clips, textures, terrains, geometries, interfaces, emitters, kerning "
                    "files, settings files or videos")

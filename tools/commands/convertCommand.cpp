@@ -33,7 +33,7 @@ std::string figuresText(const std::string &scene, const ConvertResult &result) {
            counted(result.clips, "clip", "clips");
 }
 
-struct Options : ConvertOptions { // for each model
+struct ConvertCommandOptions : ConvertOptions { // for each model
     std::vector<fs::path> models;
     fs::path output; // empty, a folder or the scene file
     std::string up = "y";
@@ -42,7 +42,7 @@ struct Options : ConvertOptions { // for each model
     Verbosity verbosity;
 };
 
-void addOptions(CLI::App &app, Options &to) {
+void addOptions(CLI::App &app, ConvertCommandOptions &to) {
     app.add_option("MODEL", to.models,
                    "Any model that assimp reads: glTF, FBX, OBJ, ...; several are converted one by "
                    "one, and those that fail leave the others alone")
@@ -75,7 +75,7 @@ void addOptions(CLI::App &app, Options &to) {
     addVerbosity(app, to.verbosity);
 }
 
-void check(const CLI::App &app, const Options &options) {
+void check(const CLI::App &app, const ConvertCommandOptions &options) {
     for (const fs::path &model : options.models)
         requireName("MODEL", model);
     if (app.count("--output"))
@@ -87,7 +87,7 @@ void check(const CLI::App &app, const Options &options) {
     requireWithin("--fps", options.fps, minFps, maxFps);
 }
 
-fs::path sceneOf(const Options &options, const fs::path &model) {
+fs::path sceneOf(const ConvertCommandOptions &options, const fs::path &model) {
     std::error_code error;
     if (options.output.empty() || fs::is_directory(options.output, error))
         return options.output / (model.stem().string() + ".rve");
@@ -98,7 +98,7 @@ fs::path sceneOf(const Options &options, const fs::path &model) {
 }
 
 // The options of each model. None of them may replace another one or its scene.
-std::vector<ConvertOptions> jobsOf(const Options &options) {
+std::vector<ConvertOptions> jobsOf(const ConvertCommandOptions &options) {
     std::vector<ConvertOptions> jobs;
     std::map<fs::path, fs::path> models; // by their scenes
     for (const fs::path &model : options.models) {
@@ -123,7 +123,7 @@ std::vector<ConvertOptions> jobsOf(const Options &options) {
     return jobs;
 }
 
-void convert(const Options &options, const ConvertOptions &job,
+void convert(const ConvertCommandOptions &options, const ConvertOptions &job,
              const std::function<void()> &beforeCommit = {}) {
     writeFiles(
         job.model.string(), options.limits, options.verbosity,
@@ -137,7 +137,7 @@ void convert(const Options &options, const ConvertOptions &job,
 
 // Each in a process of its own. Files are committed in the order of the models, so that the result
 // is the same with any number of jobs.
-void convertAll(const Options &options, const std::vector<ConvertOptions> &jobs) {
+void convertAll(const ConvertCommandOptions &options, const std::vector<ConvertOptions> &jobs) {
     LogRedirect::clear(); // no engine, so nothing to log
     const std::size_t failed = runInProcesses(
         jobs.size(), options.jobs, [&](std::size_t index, const std::function<void()> &awaitTurn) {
@@ -153,7 +153,7 @@ void convertAll(const Options &options, const std::vector<ConvertOptions> &jobs)
 } // namespace
 
 std::function<void()> addConvert(CLI::App &app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ConvertCommandOptions>();
     addOptions(app, *options);
     return [options, &app] {
         check(app, *options);

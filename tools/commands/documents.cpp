@@ -14,7 +14,7 @@ namespace ravolt::tool {
 
 namespace {
 
-using Options = std::vector<const CLI::Option *>;
+using OptionList = std::vector<const CLI::Option *>;
 using Apps = std::vector<const CLI::App *>;
 
 Apps commandsOf(const CLI::App &program) {

@@ -18,13 +18,13 @@ namespace {
 
 using namespace font;
 
-struct Options : FontOptions {
+struct FontCommandOptions : FontOptions {
     std::string cell = "16x16";
     Limits limits;
     Verbosity verbosity;
 };
 
-void addOptions(CLI::App &app, Options &to) {
+void addOptions(CLI::App &app, FontCommandOptions &to) {
     app.add_option("FONT", to.input, "A font with outlines that FreeType reads: TTF, OTF, PFB, ...")
         ->required();
     app.add_option("-o,--output", to.texture,
@@ -51,7 +51,7 @@ void addOptions(CLI::App &app, Options &to) {
     addVerbosity(app, to.verbosity);
 }
 
-void check(Options &options) {
+void check(FontCommandOptions &options) {
     requireName("FONT", options.input);
     requireName("--output", options.texture);
     if (options.texture.extension() != ".tga" || options.texture.stem().empty())
@@ -66,14 +66,14 @@ void check(Options &options) {
                            std::to_string(minCell) + " to " + std::to_string(maxCell));
 }
 
-std::string closingMessage(const Options &options, const FontResult &result) {
+std::string closingMessage(const FontCommandOptions &options, const FontResult &result) {
     return options.texture.string() + ": " + std::to_string(options.cellWidth * cellsPerSide) +
            " x " + std::to_string(options.cellHeight * cellsPerSide) + " pixels, size " +
            std::to_string(result.size) + "; " + kerningFileOf(options).string() + ": " +
            std::to_string(kerningEntries) + " characters";
 }
 
-void makeFont(const Options &options) {
+void makeFont(const FontCommandOptions &options) {
     writeFiles(options.input.string(), options.limits, options.verbosity,
                [&](GuardedJob &job, Report &report) {
                    return closingMessage(options,
@@ -84,7 +84,7 @@ void makeFont(const Options &options) {
 } // namespace
 
 std::function<void()> addFont(CLI::App &app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<FontCommandOptions>();
     addOptions(app, *options);
     return [options] {
         check(*options);

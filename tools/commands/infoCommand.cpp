@@ -27,7 +27,7 @@ using namespace inspect;
 
 namespace fs = std::filesystem;
 
-struct Options : InspectOptions {
+struct InfoCommandOptions : InspectOptions {
     fs::path file;
     SourceOptions sources; // of a model
     Limits limits;         // of its conversion
@@ -46,12 +46,12 @@ Json goodInfo(const fs::path &file, const InspectionOptions &options) {
     return infoOf(inspection);
 }
 
-bool isModel(const Options &options) {
+bool isModel(const InfoCommandOptions &options) {
     return !options.inspection.kind && fs::is_regular_file(options.file) &&
            !knownKindOf(options.file);
 }
 
-void convert(const Options &options, const fs::path &scene) {
+void convert(const InfoCommandOptions &options, const fs::path &scene) {
     ConvertOptions conversion;
     conversion.model = options.file;
     conversion.scene = scene;
@@ -85,7 +85,7 @@ Json clipsOf(const fs::path &scene) {
 }
 
 // The scene that `convert` would write.
-Json modelInfo(const Options &options) {
+Json modelInfo(const InfoCommandOptions &options) {
     const TemporaryFolder folder;
     const fs::path scene = folder.path() / "scene.rve";
     convert(options, scene);
@@ -97,7 +97,7 @@ Json modelInfo(const Options &options) {
     return info;
 }
 
-void print(const Options &options) {
+void print(const InfoCommandOptions &options) {
     const Json info =
         isModel(options) ? modelInfo(options) : goodInfo(options.file, options.inspection);
     const std::string text = options.json ? info.dump(2) + "\n" : textOf(info);
@@ -107,7 +107,7 @@ void print(const Options &options) {
 } // namespace
 
 std::function<void()> addInfo(CLI::App &app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<InfoCommandOptions>();
     app.add_option("FILE", options->file,
                    "A model, scene, clip, texture, terrain, geometry, interface, emitter, kerning "
                    "file, settings file or video")

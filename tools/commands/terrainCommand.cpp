@@ -17,13 +17,18 @@ namespace ravolt::tool {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace terrain;
+using terrain::chunkSizes;
+using terrain::HeightFormat;
+using terrain::maxHeightsSide;
+using terrain::stageTerrain;
+using terrain::TerrainOptions;
+using terrain::TerrainResult;
 
 constexpr const char *otherFormats =
     "Any other elevation data, as a PNG of 16 bits by GDAL (Debian: gdal-bin):\n"
     "  gdal_translate -of PNG -ot UInt16 -scale INPUT map.png\n";
 
-struct Options : TerrainOptions {
+struct TerrainCommandOptions : TerrainOptions {
     std::string rawSize;
     bool bigEndian = false;
     Limits limits;
@@ -42,7 +47,7 @@ CLI::Validator within(double lowest, double highest) {
                "");
 }
 
-void addInput(CLI::App &app, Options &to) {
+void addInput(CLI::App &app, TerrainCommandOptions &to) {
     static const std::map<std::string, HeightFormat> formats = {{"auto", HeightFormat::automatic},
                                                                 {"png", HeightFormat::png},
                                                                 {"raw", HeightFormat::raw},
@@ -65,7 +70,7 @@ void addInput(CLI::App &app, Options &to) {
                  "The first byte of a raw file's values is the high one");
 }
 
-void addSizes(CLI::App &app, Options &to) {
+void addSizes(CLI::App &app, TerrainCommandOptions &to) {
     app.add_option("--size", to.maxSide,
                    "Vertices along the longer side, at most; more values are averaged")
         ->check(CLI::Range(65u, 65535u))
@@ -96,7 +101,7 @@ void addSizes(CLI::App &app, Options &to) {
         ->check(within(-1e6, 1e6));
 }
 
-void addLooks(CLI::App &app, Options &to) {
+void addLooks(CLI::App &app, TerrainCommandOptions &to) {
     app.add_option("--steep", to.steep, "Degrees of slope from which there is rock")
         ->check(within(1, 89))
         ->capture_default_str();
@@ -119,7 +124,7 @@ void addLooks(CLI::App &app, Options &to) {
         ->capture_default_str();
 }
 
-void addOptions(CLI::App &app, Options &to) {
+void addOptions(CLI::App &app, TerrainCommandOptions &to) {
     addInput(app, to);
     app.add_option("-o,--output", to.folder,
                    "The folder for terrain.xml, terrain.geo, textures and emitters; it is made if "
@@ -135,7 +140,7 @@ void addOptions(CLI::App &app, Options &to) {
     app.footer(otherFormats);
 }
 
-void check(Options &options) {
+void check(TerrainCommandOptions &options) {
     requireName("--output", options.folder);
     if (options.folder == standardOutput)
         throw WrongOptions("--output -: a terrain is a folder of files; name one");
@@ -179,7 +184,7 @@ class OutputFolder {
     bool made = false;
 };
 
-std::string closingMessage(const Options &options, const TerrainResult &result) {
+std::string closingMessage(const TerrainCommandOptions &options, const TerrainResult &result) {
     char text[400];
     std::snprintf(text, sizeof text,
                   ": %zu chunks of %u x %u vertices, %.6g x %.6g units, heights %.4g to %.4g, "
@@ -198,7 +203,7 @@ std::string closingMessage(const Options &options, const TerrainResult &result) 
     return words;
 }
 
-void makeTerrain(const Options &options) {
+void makeTerrain(const TerrainCommandOptions &options) {
     const OutputFolder folder(options.folder);
     writeFiles(options.island ? "the island" : options.input.string(), options.limits,
                options.verbosity, [&](GuardedJob &job, Report &report) {
@@ -211,7 +216,7 @@ void makeTerrain(const Options &options) {
 } // namespace
 
 std::function<void()> addTerrain(CLI::App &app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<TerrainCommandOptions>();
     addOptions(app, *options);
     return [options] {
         check(*options);

@@ -8,7 +8,6 @@
 #include "tools/convert/plainName.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -19,12 +18,6 @@ namespace {
 
 // assimp's default if a model does not state the length of a tick.
 constexpr double defaultTicksPerSecond = 25;
-
-std::string inSmallLetters(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
 
 std::string rounded(double number) {
     char text[32];

@@ -5,6 +5,7 @@
 #include "tools/convert/meshes.h"
 
 #include "tools/convert/closedParts.h"
+#include "tools/convert/vertices.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,8 +24,6 @@ Point pointFrom(const Vector &v) {
 }
 
 Vector vectorFrom(const Point &p) { return {p.x, p.y, p.z}; }
-
-bool isTriangle(const aiFace &face) { return face.mNumIndices == 3; }
 
 Vector crossOf(const Vector &a, const Vector &b, const Vector &c) { return cross(b - a, c - a); }
 

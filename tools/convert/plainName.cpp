@@ -1,5 +1,6 @@
 #include "tools/convert/plainName.h"
 
+#include <algorithm>
 #include <cctype>
 
 namespace ravolt::tool {
@@ -12,6 +13,12 @@ std::string plainName(const std::string &text) {
         result += std::isalnum(u) || c == '-' || c == '_' || c == '.' || u >= 0x80 ? c : '_';
     }
     return result.empty() || result[0] == '.' ? "_" + result : result;
+}
+
+std::string inSmallLetters(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
 }
 
 } // namespace ravolt::tool

@@ -9,7 +9,6 @@
 #include "tools/writers/tgaWriter.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 
 namespace ravolt::tool {
@@ -51,12 +50,6 @@ std::string nameOf(const aiTexture *embedded, const std::string &path) {
         return stemOf(path);
     const std::string own = embedded ? stemOf(embedded->mFilename.C_Str()) : "";
     return own.empty() || own[0] == '*' ? "texture" + path.substr(1) : own;
-}
-
-std::string inSmallLetters(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
 }
 
 constexpr const char *colorEnding = "_d.tga";

@@ -32,7 +32,7 @@ using ravolt::RveNode;
 constexpr std::size_t suffixLength = 12;
 
 // One mesh of the scene: triangles of one material.
-struct Part {
+struct MeshPart {
     std::string material;
     Geometry geometry;
 };
@@ -54,7 +54,7 @@ ravolt::RveSkin skinFrom(const Geometry &geometry, const Skeleton &skeleton) {
     return skin;
 }
 
-ravolt::RveMesh meshFrom(Part part, const Skeleton &skeleton) {
+ravolt::RveMesh meshFrom(MeshPart part, const Skeleton &skeleton) {
     const Bounds bounds = boundsOf(part.geometry);
     ravolt::RveMesh mesh;
     if (!part.geometry.influences.empty())
@@ -86,16 +86,16 @@ class TreeBuilder {
 
   private:
     struct Parts {
-        std::vector<Part> rigid, skinned;
+        std::vector<MeshPart> rigid, skinned;
     };
 
     void addNode(std::size_t joint, RveNode &target);
     Parts partsOf(std::size_t joint);
     void addPieces(std::size_t joint, const std::string &material, Geometry geometry,
-                   std::vector<Part> &parts);
-    RveNode meshNode(const std::string &name, Part part);
-    void fill(RveNode &target, std::vector<Part> parts, bool bone);
-    void addSkinned(const std::string &name, std::vector<Part> parts);
+                   std::vector<MeshPart> &parts);
+    RveNode meshNode(const std::string &name, MeshPart part);
+    void fill(RveNode &target, std::vector<MeshPart> parts, bool bone);
+    void addSkinned(const std::string &name, std::vector<MeshPart> parts);
     void addLights(RveNode &target, std::size_t joint);
     bool isStatic(std::size_t joint) const;
     bool isNothingButSkin(std::size_t joint, const Parts &parts) const;
@@ -151,7 +151,7 @@ TreeBuilder::Parts TreeBuilder::partsOf(std::size_t joint) {
 }
 
 void TreeBuilder::addPieces(std::size_t joint, const std::string &material, Geometry geometry,
-                            std::vector<Part> &parts) {
+                            std::vector<MeshPart> &parts) {
     if (geometry.empty())
         return;
     const std::string where = "node '" + skeleton.joints()[joint].name + "': ";
@@ -168,7 +168,7 @@ void TreeBuilder::addPieces(std::size_t joint, const std::string &material, Geom
         parts.push_back({material, std::move(piece)});
 }
 
-RveNode TreeBuilder::meshNode(const std::string &name, Part part) {
+RveNode TreeBuilder::meshNode(const std::string &name, MeshPart part) {
     RveNode node;
     node.kind = RveKind::mesh;
     node.name = name;
@@ -177,7 +177,7 @@ RveNode TreeBuilder::meshNode(const std::string &name, Part part) {
     return node;
 }
 
-void TreeBuilder::fill(RveNode &target, std::vector<Part> parts, bool bone) {
+void TreeBuilder::fill(RveNode &target, std::vector<MeshPart> parts, bool bone) {
     drawn += parts.size();
     if (parts.size() == 1) {
         target.kind = RveKind::mesh;
@@ -194,7 +194,7 @@ void TreeBuilder::fill(RveNode &target, std::vector<Part> parts, bool bone) {
                      std::move(parts[i])));
 }
 
-void TreeBuilder::addSkinned(const std::string &name, std::vector<Part> parts) {
+void TreeBuilder::addSkinned(const std::string &name, std::vector<MeshPart> parts) {
     drawn += parts.size();
     for (std::size_t i = 0; i < parts.size(); ++i)
         skinned.push_back(meshNode(

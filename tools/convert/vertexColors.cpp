@@ -67,8 +67,6 @@ Corners inOrder(const Corners &sorted) {
     return best;
 }
 
-bool isTriangle(const aiFace &face) { return face.mNumIndices == 3; }
-
 // Adds to an array of a scene.
 template <class T> unsigned int add(T **&items, unsigned int &number, T *item) {
     T **const longer = new T *[number + 1];

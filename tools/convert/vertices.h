@@ -6,6 +6,9 @@
 
 namespace ravolt::tool {
 
+// Else it is a point or a line.
+inline bool isTriangle(const aiFace &face) { return face.mNumIndices == 3; }
+
 // Gives each corner of each face a vertex of its own where normals are still to be made: only so
 // can creases stay sharp.
 void unweld(aiMesh &mesh);

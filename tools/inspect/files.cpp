@@ -48,8 +48,6 @@ constexpr std::pair<std::string_view, FileKind> extensions[] = {
     {".m1v", FileKind::video},    {".m2v", FileKind::video},
 };
 
-constexpr std::size_t examinedBytes = 1 << 20;
-
 void requireFile(const fs::path &file) {
     std::error_code error;
     if (!fs::exists(file, error))

@@ -4,6 +4,7 @@
 
 #include "tools/inspect/inspection.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -20,6 +21,9 @@ struct InspectionOptions {
     std::optional<FileKind> kind; // else it follows from the file
     Folders folders;
 };
+
+// A file whose kind is sought, and a video, is read up to here.
+constexpr std::size_t examinedBytes = 1 << 20;
 
 // The kind of a file, by its extension and its content. Throws Failure when it cannot be read.
 std::optional<FileKind> knownKindOf(const std::filesystem::path &file);

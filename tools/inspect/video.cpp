@@ -1,6 +1,7 @@
 // Videos, as far as the header of their first sequence.
 
 #include "tools/common/failure.h"
+#include "tools/inspect/files.h"
 #include "tools/inspect/formats.h"
 #include "tools/inspect/values.h"
 
@@ -14,7 +15,6 @@ namespace {
 
 using Start = std::vector<unsigned char>;
 
-constexpr std::size_t examinedBytes = 1 << 20;
 constexpr unsigned char sequenceCode = 0xb3, extensionCode = 0xb5, packCode = 0xba;
 constexpr unsigned int maxSize = 4096; // the decoder skips larger sequences
 

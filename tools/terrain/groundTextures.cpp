@@ -5,13 +5,10 @@
 #include "tools/terrain/texture.h"
 
 #include <cmath>
-#include <numbers>
 
 namespace ravolt::tool::terrain {
 
 namespace {
-
-constexpr float pi = std::numbers::pi_v<float>;
 
 // How the engine's frame leans where this layer is alone; its normal map makes up for it.
 enum class Lean { none, towardsZ, towardsX };

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace ravolt::tool::terrain {
 
@@ -15,7 +14,6 @@ namespace {
 
 using Direction = std::array<float, 3>;
 
-constexpr float pi = std::numbers::pi_v<float>;
 constexpr float sunHeight = 35 * pi / 180;
 
 float dot(const Direction &a, const Direction &b) {

@@ -4,9 +4,12 @@
 
 #include <array>
 #include <cstddef>
+#include <numbers>
 #include <vector>
 
 namespace ravolt::tool::terrain {
+
+constexpr float pi = std::numbers::pi_v<float>;
 
 using Color = std::array<float, 3>;
 
