@@ -29,13 +29,13 @@ esac
 
 install_packages "${demo_packages[@]}"
 echo "Building"
-configure_and_build release -- ravolt_tool ravolt_default_font example_island example_village
+configure_and_build demo -- ravolt_tool ravolt_default_font example_island example_village
 
-build=$PWD/build/release
-stage=$PWD/build/demo
+build=$PWD/build/demo
+stage=$build/world
 mkdir -p "$stage"
 echo "Making the world"
-(cd "$stage" && "$build/../../scripts/makeWorld.sh" "$build/bin/ravolt" "$build/bin/makeVillage") ||
+(cd "$stage" && ../../../scripts/makeWorld.sh "$build/bin/ravolt" "$build/bin/makeVillage") ||
     fail "the world could not be made"
 show=("$build/bin/island")
 
@@ -50,11 +50,11 @@ fi
 # Without a display: SDL 1.2's interface on SDL 2, whose offscreen driver needs no X server.
 compatible=/usr/lib/$(g++ -print-multiarch)/sdl12-compat
 echo "Drawing a picture of each part of the flight without a display"
-rm -rf "../../$pictures"
-mkdir -p "../../$pictures"
+rm -rf "../../../$pictures"
+mkdir -p "../../../$pictures"
 LD_LIBRARY_PATH=$compatible SDL_VIDEODRIVER=offscreen LIBGL_ALWAYS_SOFTWARE=1 \
-    "${show[@]}" --frames "$frames" --picture "../../$pictures/%s.png" >/dev/null ||
+    "${show[@]}" --frames "$frames" --picture "../../../$pictures/%s.png" >/dev/null ||
     fail "the demo ended badly; the engine's log is $stage/ravolt_log.txt"
 echo "The pictures, named for the parts, are in $pictures:"
-ls "../../$pictures"
+ls "../../../$pictures"
 grep '^Final memory ratio' ravolt_log.txt
