@@ -9,6 +9,7 @@
 #include "effects/emitterFile.h"
 #include "engine/gl/bindings.h"
 #include "foundation/registry.h"
+#include "foundation/text.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
@@ -42,6 +43,14 @@ namespace {
 constexpr unsigned int defaultBlendingSrc = GL_SRC_ALPHA;
 constexpr unsigned int defaultBlendingDst = GL_ONE_MINUS_SRC_ALPHA;
 constexpr int maxParticles = RV_EMITTER_PARTICLES;
+
+// Whether the file may name this one as its texture.
+bool mayLoad(const char *name) {
+    if (!RAVOLT::isConfiningFiles() || ravolt::staysBelowPath(name))
+        return true;
+    zlfLog("   [!] File name %s leaves its path: refused @ RVEMITTER::load\n", name);
+    return false;
+}
 
 // 0 to limit - 1; a limit of 0, which a file may have, counts as 1.
 unsigned int randomBelow(unsigned int limit) {
@@ -464,7 +473,8 @@ void RVEMITTER::apply(const ravolt::EmitterElement &element) {
         emitterType = element.integer;
         break;
     case EmitterKey::texture:
-        texture.get()->load(element.text.c_str());
+        if (mayLoad(element.text.c_str()))
+            texture.get()->load(element.text.c_str());
         break;
     case EmitterKey::nbOfParticles:
         setNumberOfParticles(element.integer);

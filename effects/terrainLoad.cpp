@@ -5,6 +5,8 @@
 #include "effects/terrainGeometry.h"
 #include "engine/gl/bindings.h"
 #include "foundation/registry.h"
+#include "foundation/text.h"
+#include "ravolt/RAVOLT.h"
 #include "ravolt/RVSKYDOME.h"
 #include "ravolt/RVTERRAIN.h"
 #include "ravolt/RVTERRAIN_CHUNK.h"
@@ -41,6 +43,24 @@ RVTERRAIN_INDEXBUFFER *uploadList(const std::vector<unsigned short> &list) {
     return new RVTERRAIN_INDEXBUFFER(list.data(), static_cast<unsigned int>(list.size()));
 }
 
+// Whether the configuration may name this file.
+bool mayName(const std::string &name) {
+    if (!RAVOLT::isConfiningFiles() || ravolt::staysBelowPath(name))
+        return true;
+    zlfLog("   [!] File name %s leaves its path: refused @ RVTERRAIN::load\n", name.c_str());
+    return false;
+}
+
+bool mayName(const TerrainEntry *entry) { return !entry || mayName(entry->text); }
+
+bool mayName(const ravolt::TerrainLayers &layers) {
+    const auto allowed = [](const auto &entries) {
+        return std::all_of(std::begin(entries), std::end(entries),
+                           [](const TerrainEntry *entry) { return mayName(entry); });
+    };
+    return allowed(layers.diffuse) && allowed(layers.normal);
+}
+
 } // namespace
 
 bool RVTERRAIN::load(const char *filename) try {
@@ -64,7 +84,7 @@ class RVTERRAIN::Configured : public ravolt::TerrainTarget {
     explicit Configured(RVTERRAIN &object) : terrain(object) {}
 
     bool loadGeometry(const TerrainEntry &filename) override {
-        return terrain.loadGeometry(filename.text.c_str());
+        return mayName(filename.text) && terrain.loadGeometry(filename.text.c_str());
     }
     bool hasWater() const override { return terrain.water.get() != nullptr; }
     bool hasSky() const override { return terrain.sky.get() != nullptr; }
@@ -72,8 +92,11 @@ class RVTERRAIN::Configured : public ravolt::TerrainTarget {
         return terrain.indexTable ? terrain.indexTable->levels : 0;
     }
 
-    // Without chunks, before GEOMETRY, no object uses the textures.
+    // Without chunks, before GEOMETRY, no object uses the textures. As where one cannot be loaded,
+    // the chunks are then drawn without them.
     void setLayers(const ravolt::TerrainLayers &layers) override {
+        if (!mayName(layers))
+            return;
         const auto diffuse = [&](std::size_t i) { return layers.diffuse[i]->text.c_str(); };
         const auto normal = [&](std::size_t i) { return layers.normal[i]->text.c_str(); };
         const std::vector<int> &repeat = layers.repeat;
@@ -87,6 +110,8 @@ class RVTERRAIN::Configured : public ravolt::TerrainTarget {
     void setWaterSpeed(float speed) override { terrain.water->setSpeed(speed); }
     bool loadWater(const TerrainSection &, const TerrainEntry *normal, const TerrainEntry *dudv,
                    int repeat) override {
+        if (!mayName(normal) || !mayName(dudv))
+            return false;
         if (!terrain.water->loadTextures(normal ? normal->text.c_str() : nullptr,
                                          dudv ? dudv->text.c_str() : nullptr, repeat))
             return false;
@@ -97,7 +122,7 @@ class RVTERRAIN::Configured : public ravolt::TerrainTarget {
 
     void setSkySpeed(float speed) override { terrain.sky->setSpeed(speed); }
     bool loadSky(const TerrainEntry &filename) override {
-        return terrain.sky->loadTexture(filename.text.c_str());
+        return mayName(filename.text) && terrain.sky->loadTexture(filename.text.c_str());
     }
 
     // A second element writes into the array of the first, to which the chunks refer.

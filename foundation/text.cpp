@@ -1,3 +1,5 @@
+// Text that never exceeds its buffer, and what names in files may be.
+
 #include "foundation/text.h"
 
 #include <cstdio>
@@ -32,6 +34,20 @@ void applyFormat(char *target, const char *stored) {
             ++stored;
     }
     *target = '\0';
+}
+
+bool staysBelowPath(std::string_view name) {
+    constexpr std::string_view separators = "/\\";
+    const bool hasDrive = name.size() > 1 && name[1] == ':';
+    if (hasDrive || (!name.empty() && separators.find(name[0]) != separators.npos))
+        return false;
+    while (!name.empty()) {
+        const std::size_t end = std::min(name.find_first_of(separators), name.size());
+        if (name.substr(0, end) == "..")
+            return false;
+        name.remove_prefix(std::min(end + 1, name.size()));
+    }
+    return true;
 }
 
 } // namespace ravolt

@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstdarg>
 #include <cstddef>
+#include <string_view>
 
 namespace ravolt {
 
@@ -51,5 +52,10 @@ class FilePath {
   private:
     char text[PATH_MAX + 1]; // the system accepts PATH_MAX bytes, the terminator included
 };
+
+// Whether `name` appended to a path stays below that path: it is not absolute and has no component
+// "..". (Symbolic links are not considered.) A name in a file may come from any system, so slashes
+// and backslashes are separators, and a name with a drive letter is absolute.
+bool staysBelowPath(std::string_view name);
 
 } // namespace ravolt

@@ -2,8 +2,6 @@
 
 #include "ravolt/zlf.h"
 
-#include <algorithm>
-
 bool ravolt::readModelFile(const char *path, const char *loader, FileBytes &file) {
     switch (file.read(path)) {
     case FileBytes::Result::ok:
@@ -19,18 +17,4 @@ bool ravolt::readModelFile(const char *path, const char *loader, FileBytes &file
         return false;
     }
     return false;
-}
-
-bool ravolt::staysBelowPath(std::string_view name) {
-    constexpr std::string_view separators = "/\\";
-    const bool hasDrive = name.size() > 1 && name[1] == ':';
-    if (hasDrive || (!name.empty() && separators.find(name[0]) != separators.npos))
-        return false;
-    while (!name.empty()) {
-        const std::size_t end = std::min(name.find_first_of(separators), name.size());
-        if (name.substr(0, end) == "..")
-            return false;
-        name.remove_prefix(std::min(end + 1, name.size()));
-    }
-    return true;
 }

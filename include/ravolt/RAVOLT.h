@@ -101,13 +101,14 @@ class RV_API RAVOLT {
     // The registries own the nodes, fonts and textures; objects created before a failure remain.
     static RVNODE *loadXML(const char *fileName);
 
-    // Additional: whether the files that a scene file or an interface names are confined to the
-    // paths of their kinds (off by default). Recommended for files from untrusted sources. While it
-    // is on, the name of a texture, a program or a kerning file in such a file that is absolute or
-    // has a component ".." is refused with a log line, and nothing is loaded for it. A slash and a
-    // backslash separate components, and a drive letter makes a name absolute, on every system.
-    // Symbolic links are followed: a link below a path that points elsewhere is not detected. Names
-    // that the application itself passes, as to `load`, are not confined.
+    // Additional: whether the files that a scene file, an interface, an emitter or a terrain names
+    // are confined to the paths of their kinds (off by default). Recommended for files from
+    // untrusted sources. While it is on, the name of a texture, a program, a kerning file or a
+    // geometry in such a file that is absolute or has a component ".." is refused with a log line,
+    // as if the file were missing. A slash and a backslash separate components, and a drive letter
+    // makes a name absolute, on every system. Symbolic links are followed: a link below a path that
+    // points elsewhere is not detected. Names that the application itself passes, as to `load`, are
+    // not confined.
     static void confineFilesOn();
     static void confineFilesOff();
     static bool isConfiningFiles();

@@ -5,7 +5,6 @@
 #include "foundation/xmlDocument.h"
 #include "gui/boxNodes.h"
 #include "models/interfaceFormat.h"
-#include "models/modelFile.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVFONT.h"
 #include "ravolt/RVHSCROLLBAR.h"

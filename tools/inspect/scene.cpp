@@ -1,6 +1,6 @@
 // Scenes: materials and the tree of nodes, with what they refer to.
 
-#include "models/modelFile.h"
+#include "foundation/text.h"
 #include "models/rveFile.h"
 #include "models/rveFormat.h"
 #include "tools/inspect/formats.h"
