@@ -6,12 +6,12 @@
 #include "tools/common/failure.h"
 #include "tools/stage/landscape.h"
 #include "tools/stage/panel.h"
+#include "tools/stage/vectors.h"
 
 #include <SDL.h>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <numbers>
 #include <ravolt/RVNODE.h>
 #include <ravolt/kit/flyCamera.h>
 #include <ravolt/kit/terrainHeights.h>
@@ -21,7 +21,6 @@ namespace ravolt::tool {
 
 namespace {
 
-constexpr double degree = std::numbers::pi / 180;
 constexpr double eyeHeight = 1.7;                   // of who walks, above the ground as it is drawn
 constexpr double walkingPace = 12, flyingPace = 60; // units a second
 constexpr double steepest = 75;                     // degrees of a slope that is walked on

@@ -6,6 +6,9 @@ namespace ravolt::tool {
 
 class Effects;
 
+// Behind models and interfaces.
+constexpr float background[3] = {0.16f, 0.18f, 0.22f};
+
 // What the window shows of a larger picture, in pixels from its lower left corner. As it is made:
 // the window shows all of the picture. Parts of pixels shift it.
 struct PicturePart {

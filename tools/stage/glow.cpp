@@ -18,7 +18,7 @@ namespace {
 constexpr double glowingPart = 0.05; // of the pixels that the scene covers
 constexpr double maxBrightness = 6;
 constexpr double aboveWhite = 1.1; // of faces that are lit alike
-constexpr double step = 0.05;
+constexpr double brightnessStep = 0.05;
 constexpr double measuredAt = 0.5;                      // dim, so that few values end at white
 constexpr double red = 0.30, green = 0.59, blue = 0.11; // of the program that picks what glows
 
@@ -60,7 +60,7 @@ double brightnessForBloom(Stage &stage) {
                       static_cast<std::ptrdiff_t>(glowingPart * static_cast<double>(begins.size()));
     std::nth_element(begins.begin(), part, begins.end());
     // In whole steps, for the reader of a number, and a little above white.
-    return std::max(1.0, std::ceil(*part * aboveWhite / step) * step);
+    return std::max(1.0, std::ceil(*part * aboveWhite / brightnessStep) * brightnessStep);
 }
 
 } // namespace ravolt::tool

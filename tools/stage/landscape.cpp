@@ -8,6 +8,7 @@
 #include "tools/stage/content.h"
 #include "tools/stage/engine.h"
 #include "tools/stage/lights.h"
+#include "tools/stage/vectors.h"
 
 #include <algorithm>
 #include <array>
@@ -15,7 +16,6 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
-#include <numbers>
 #include <ravolt.h>
 #include <ravolt/RVTERRAIN.h>
 #include <ravolt/RVTERRAIN_CHUNK.h>
@@ -26,14 +26,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr double degree = std::numbers::pi / 180;
-constexpr double angleOfView = 50;
+constexpr double landAngle = 50;
 constexpr double landLift = 2;       // that the engine draws the land above its heights
 constexpr double skyHorizon = 0.216; // in V, since the sky is sunk by a third of its radius
 
 float f(double value) { return static_cast<float>(value); }
-
-Z3MVECTOR3D floats(const Vector &v) { return {f(v.x), f(v.y), f(v.z)}; }
 
 // The first text of an element below the root, or below `section` of it.
 std::string textOf(const std::vector<XmlElement> &elements, const std::string &section,
@@ -170,7 +167,7 @@ void Landscape::shine() {
 // The terrain computes the planes of the view only when the camera moves, not when another part of
 // the picture is drawn: a step that nobody sees lets it do so.
 void Landscape::aim() {
-    project({angleOfView, farthest() / 5000, farthest()}, part);
+    project({landAngle, farthest() / 5000, farthest()}, part);
     nudged = !nudged;
     const Vector nudge = {nudged && part.wholeWidth ? size() * 1e-6 : 0, 0, 0};
     camera->setPosition(floats(eye + nudge));

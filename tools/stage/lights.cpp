@@ -7,18 +7,17 @@
 
 #include "tools/stage/lights.h"
 
+#include "tools/stage/vectors.h"
 #include "tools/stage/walk.h"
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <ravolt.h>
 
 namespace ravolt::tool {
 
 namespace {
 
-constexpr double degree = std::numbers::pi / 180;
 constexpr std::size_t lightsOfAnObject = 4;
 constexpr float spotAmbient = 0.2f;
 
@@ -50,10 +49,6 @@ const std::vector<Rig> &rigs() {
         {"low sun", false, 0.15f, {{-1, 0.25, 0.2, 0.95f, 0.95f}}},
     };
     return all;
-}
-
-Z3MVECTOR3D floats(const Vector &v) {
-    return Z3MVECTOR3D(static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z));
 }
 
 void setGlobalAmbient(float ambient) {

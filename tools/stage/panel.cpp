@@ -12,8 +12,7 @@ namespace ravolt::tool {
 
 namespace {
 
-constexpr int margin = 16, minSize = 64, maxSize = 4096;
-constexpr float background[3] = {0.16f, 0.18f, 0.22f};
+constexpr int panelMargin = 16, minSize = 64, maxSize = 4096;
 
 } // namespace
 
@@ -38,8 +37,8 @@ WindowSize Panel::fittingSize() const {
         size.width = std::max(size.width, whole(right));
         size.height = std::max(size.height, whole(lower));
     });
-    return {std::clamp(size.width + margin, minSize, maxSize),
-            std::clamp(size.height + margin, minSize, maxSize)};
+    return {std::clamp(size.width + panelMargin, minSize, maxSize),
+            std::clamp(size.height + panelMargin, minSize, maxSize)};
 }
 
 void Panel::draw() {

@@ -5,6 +5,7 @@
 
 #include "tools/process/signals.h"
 #include "tools/stage/stage.h"
+#include "tools/stage/vectors.h"
 
 #include <GL/gl.h>
 #include <algorithm>
@@ -25,8 +26,6 @@ constexpr double frameSeconds = 1 / 30.0;
 constexpr float noTime = 1e-30f; // 0 would be the clock's
 constexpr double energyPerSecond = 0.5;
 constexpr double visibleEnergy = 0.2; // the engine's alpha test
-
-Vector vectorFrom(const Z3MVECTOR3D &v) { return {v.x, v.y, v.z}; }
 
 class Sample {
   public:

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char *ending = ".rva";
+constexpr const char *clipExtension = ".rva";
 
 // Of a clip, for its extent.
 constexpr int maxSampledFrames = 24;
@@ -34,7 +34,7 @@ std::vector<ClipFile> clipsBeside(const fs::path &scene) {
     for (const fs::directory_entry &entry : fs::directory_iterator(whole.parent_path(), error)) {
         const fs::path name = entry.path().filename();
         const std::string stem = name.stem().string();
-        if (name.extension() != ending || stem.rfind(start, 0) != 0)
+        if (name.extension() != clipExtension || stem.rfind(start, 0) != 0)
             continue;
         const std::string clip = stem.substr(start.size());
         // With a full stop: a clip of another scene, whose name begins with this one's.
@@ -51,7 +51,7 @@ std::vector<ClipFile> clipsBeside(const fs::path &scene) {
 }
 
 bool isClipFile(const std::string &nameOrFile) {
-    return fs::path(nameOrFile).extension() == ending;
+    return fs::path(nameOrFile).extension() == clipExtension;
 }
 
 Playback::Playback(RVNODE *root, std::vector<ClipFile> files, std::vector<SceneSkin> itsSkins,

@@ -3,6 +3,7 @@
 #include "tools/stage/sphere.h"
 
 #include "tools/common/sceneNames.h"
+#include "tools/stage/vectors.h"
 #include "tools/stage/walk.h"
 
 #include <algorithm>
@@ -11,8 +12,6 @@
 namespace ravolt::tool {
 
 namespace {
-
-Vector vectorFrom(const Z3MVECTOR3D &v) { return {v.x, v.y, v.z}; }
 
 Affine affineFrom(const Z3MMATRIX &matrix) {
     const float *m = matrix.e; // column by column

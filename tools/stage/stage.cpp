@@ -3,24 +3,23 @@
 #include "tools/stage/stage.h"
 
 #include "tools/process/scopedSilentLog.h"
+#include "tools/stage/drawable.h"
 #include "tools/stage/floor.h"
+#include "tools/stage/vectors.h"
 #include "tools/stage/walk.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 #include <ravolt.h>
 
 namespace ravolt::tool {
 
 namespace {
 
-constexpr double degree = std::numbers::pi / 180;
 constexpr double angleOfView = 40;
 constexpr double margin = 1.08;       // of the room that the scene takes in the picture
 constexpr double normalLength = 0.02; // in radii of the scene
-constexpr float background[3] = {0.16f, 0.18f, 0.22f};
 
 } // namespace
 
