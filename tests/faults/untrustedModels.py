@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Models from strangers: `ravolt convert` opens and writes nothing outside of the folders that it may use.
+"""Untrusted models: `ravolt convert` opens and writes nothing outside of the folders that it may use.
 
-    strangersModels.py RAVOLT SHIM
+    untrustedModels.py RAVOLT SHIM
 
 In a folder `far` beside that of the models are files of all kinds. Models in text formats name them, by every
 kind of path, as materials, textures, buffers and other models. What each conversion opens is listed by the
