@@ -15,6 +15,7 @@
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
+#include "ravolt/RVTERRAIN.h"
 #include "ravolt/RVTEXTFIELD.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
@@ -22,6 +23,7 @@
 #include "ravolt/RVWINDOW.h"
 #include "ravolt/zlf.h"
 #include "tests/engine/resetEffects.h"
+#include "tests/faults/world.h"
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/files.h"
@@ -237,6 +239,21 @@ class WithoutMemory : public SilentTest {
         RAVOLT::free();
     }
 
+    // What the other lives leave out: terrain, water, sky, particles, targets, helpers.
+    void lifeOfEverything() {
+        if (!RAVOLT::init(&settings))
+            return;
+        const World world = makeWorld();
+        allEffectsOn();
+        for (int number = 0; number < 2; ++number)
+            drawWorld(world);
+        RAVOLT::select(1, 1);
+        if (world.terrain)
+            world.terrain->load("land.xml"); // once more, into what there is
+        RVSETTINGS().load("kerning.txt");
+        RAVOLT::free();
+    }
+
     // A run with these allocations failing. Returns whether any failed.
     bool lifeWithout(const std::function<void()> &run, unsigned int after, unsigned int times) {
         const LogMark mark = logMark();
@@ -259,9 +276,11 @@ class WithoutMemory : public SilentTest {
         return failed;
     }
 
-    // So many allocations fail from each one on. The number of allocations of a life.
-    unsigned int failFromEach(const std::function<void()> &run, unsigned int times) {
-        unsigned int after = 0;
+    // So many allocations fail from each one on, beginning after `first` of them. The number of
+    // allocations of a life.
+    unsigned int failFromEach(const std::function<void()> &run, unsigned int times,
+                              unsigned int first = 0) {
+        unsigned int after = first;
         for (; lifeWithout(run, after, times) && !HasFailure(); ++after)
             EXPECT_TRUE(endsInOrder());
         EXPECT_FALSE(HasFailure()) << "at allocation " << after;
@@ -317,6 +336,34 @@ TEST_F(WithoutMemory, EachAllocationOfAnInterfaceMayFail) {
           "   [!] Out of memory for file gui.xml @ RAVOLT::loadXML",
           "   [!] Out of memory @ RVFONT::init", "   [!] Out of memory @ RVNODE::link"})
         EXPECT_EQ(problems.count(line), 1u) << line;
+}
+
+// The start itself is the first test's.
+class WithoutMemoryForEverything : public WithoutMemory {
+  protected:
+    void SetUp() override {
+        WithoutMemory::SetUp();
+        writeWorldFiles();
+        recorder.failAllocation(1, endless);
+        RAVOLT::init(&settings);
+        start = endless - heap.failure.after;
+        recorder.allocationsWork();
+        RAVOLT::free();
+        ASSERT_TRUE(endsInOrder());
+        ASSERT_GT(start, 20u);
+    }
+    unsigned int start = 0; // allocations of it
+};
+
+TEST_F(WithoutMemoryForEverything, EachAllocationMayFailByItself) {
+    EXPECT_GT(failFromEach([this] { lifeOfEverything(); }, 1, start), start + 100);
+    for (const char *line :
+         {"   [!] Out of memory @ RVTERRAIN::load", "   [!] Out of memory @ RVEMITTER::load"})
+        EXPECT_EQ(problems.count(line), 1u) << line;
+}
+
+TEST_F(WithoutMemoryForEverything, AllAllocationsMayFailFromEachOn) {
+    EXPECT_GT(failFromEach([this] { lifeOfEverything(); }, endless, start), start + 100);
 }
 
 } // namespace

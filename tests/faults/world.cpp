@@ -3,11 +3,13 @@
 #include "tests/faults/world.h"
 
 #include "ravolt.h"
+#include "testing/recorderState.h"
 #include "tests/effects/terrainScene.h"
 #include "tests/models/modelScenes.h"
 #include "tests/support/files.h"
 #include "tools/writers/rvaWriter.h"
 
+#include <new>
 #include <string>
 
 namespace ravolt::test {
@@ -36,17 +38,27 @@ constexpr const char *guiXml = R"(<root>
 <button><title value="caption"/><kind value="switch"/><usefont ref="file"/></button>
 <label><usefont ref="file"/><write value="100%%"/></label></window></root>)";
 
+// The memory of the object itself is the application's, and is there in tests without memory, too.
+template <class T> T *create() {
+    void *memory;
+    {
+        const ScopedUnrecorded application;
+        memory = ::operator new(sizeof(T));
+    }
+    return new (memory) T;
+}
+
 template <class Widget> Widget *add(RVNODE *parent) {
-    auto *const widget = new Widget;
+    auto *const widget = create<Widget>();
     widget->link(parent);
     return widget;
 }
 
 void addWidgets(World &world) {
-    world.font = new RVFONT;
+    world.font = create<RVFONT>();
     world.font->setTexture(world.texture);
     world.font->loadKerning("kerning.txt");
-    world.panel = new RVNODE;
+    world.panel = create<RVNODE>();
     world.box = add<RVBOX>(world.panel);
     world.box->setTexture(world.texture);
     world.window = add<RVWINDOW>(world.panel);
@@ -78,23 +90,23 @@ void addScenery(World &world) {
 }
 
 void addResources(World &world) {
-    world.texture = new RVTEXTURE;
+    world.texture = create<RVTEXTURE>();
     world.texture->load("d4.tga");
     world.texture->incReferences();
-    world.shader = new RVSHADER;
+    world.shader = create<RVSHADER>();
     world.shader->load("ownVS.glsl", "ownPS.glsl", false);
-    world.material = new RVMATERIAL;
+    world.material = create<RVMATERIAL>();
     world.material->setTexture(0, world.texture);
     world.material->setShader(world.shader);
-    auto *const image = new RVTEXTURE;
+    auto *const image = create<RVTEXTURE>();
     image->incReferences();
     image->create(8, 8, RV_TEXTURE_RGBA);
-    world.target = new RVFBO;
+    world.target = create<RVFBO>();
     world.target->bindTexture(RV_FBO_COLOR, image);
     RVFBO::unbind();
-    world.clip = new RVANIM;
+    world.clip = create<RVANIM>();
     world.clip->load("clip.rva");
-    world.video = new RVVIDEO;
+    world.video = create<RVVIDEO>();
     world.video->setTexture(world.texture);
 }
 
@@ -129,7 +141,7 @@ World makeWorld() {
     World world;
     world.root = RAVOLT::load("scene.rve");
     if (!world.root)
-        world.root = new RVNODE;
+        world.root = create<RVNODE>();
     world.child = add<RVNODE>(world.root);
     world.camera = add<RVCAMERA>(world.root);
     world.light = static_cast<RVLIGHT *>(RVNODE::findByName("lamp"));
