@@ -1,5 +1,5 @@
 # What an installed Ravolt consists of: the library, the kit and the recorder for tests, their headers,
-# the documents that these name, a CMake package and files for pkg-config. tools/CMakeLists.txt adds the
+# the guide and the documents that it and the headers name, a CMake package and files for pkg-config. tools/CMakeLists.txt adds the
 # program and the default font.
 # The components are those of the packages: runtime, dev, and tools for what tools/CMakeLists.txt adds.
 include(CMakePackageConfigHelpers)
@@ -11,7 +11,9 @@ install(TARGETS ravolt ravolt_kit ravolt_kit_core ravolt_testing EXPORT RavoltTa
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(FILES docs/formats.md docs/additions.md docs/kit.md docs/testing.md
     docs/inspection.md docs/ravolt-check.schema.json docs/ravolt-info.schema.json
-    docs/troubleshooting.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+    docs/render-farm.md docs/troubleshooting.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/guide DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/pictures/guide DESTINATION ${CMAKE_INSTALL_DOCDIR}/pictures)
 install(EXPORT RavoltTargets NAMESPACE Ravolt::
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
 

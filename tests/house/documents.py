@@ -2,6 +2,7 @@
 """Compiles the C++ blocks of the documents, those with the kit or for tests as C++17, and finds links to files that are not there.
 
 documents.py SOURCE COMPILER
+documents.py --links FOLDER     finds such links alone, in all documents of a folder
 """
 import pathlib
 import re
@@ -29,7 +30,17 @@ def compiles(code, source, compiler):
     return result.returncode == 0
 
 
+def dead_links(document):
+    for link in links(document.read_text()):
+        if not (document.parent / link).exists():
+            yield f"{document.name}: no such file: {link}"
+
+
 def main():
+    if sys.argv[1] == "--links":
+        faults = [fault for document in pathlib.Path(sys.argv[2]).rglob("*.md") for fault in dead_links(document)]
+        print("\n".join(faults))
+        return 1 if faults else 0
     source, compiler = pathlib.Path(sys.argv[1]), sys.argv[2]
     faults, compiled = 0, 0
     for document in [*source.glob("*.md"), *source.glob("docs/*.md"), *source.glob("docs/guide/*.md")]:
@@ -39,10 +50,9 @@ def main():
             if not compiles(code, source, compiler):
                 print(f"{document.name}: C++ block {number} does not compile")
                 faults += 1
-        for link in links(text):
-            if not (document.parent / link).exists():
-                print(f"{document.name}: no such file: {link}")
-                faults += 1
+        for fault in dead_links(document):
+            print(fault)
+            faults += 1
     if not compiled:
         print("no C++ block was found")
     return 1 if faults or not compiled else 0

@@ -28,6 +28,8 @@ for document in $(grep -hoE '[a-z]+\.md' "$prefix"/include/ravolt/*.h "$prefix"/
     "$prefix"/include/ravolt/testing/*.h | sort -u); do
     [ -f "$prefix/share/doc/ravolt/$document" ] || fail "a header names $document, which is not installed"
 done
+python3 "$source/tests/house/documents.py" --links "$prefix/share/doc/ravolt" ||
+    fail "documents name others that are not installed"
 
 # The default font, where the build has made one.
 for file in "$build"/share/ravolt/*; do
