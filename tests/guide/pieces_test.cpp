@@ -2,6 +2,7 @@
 
 #include <ravolt.h>
 #include <ravolt/kit.h>
+#include <ravolt/testing.h>
 
 #include "tests/effects/terrainScene.h"
 #include "tests/support/engineFixture.h"
@@ -13,9 +14,6 @@
 #include <cmath>
 #include <vector>
 
-namespace characters {
-#include "characters/samples.inc"
-}
 namespace effects {
 #include "effects/samples.inc"
 }
@@ -34,8 +32,14 @@ namespace ownNode {
 namespace terrain {
 #include "terrain/samples.inc"
 }
+namespace testing_page {
+#include "testing/samples.inc"
+}
 namespace videos {
 #include "videos/samples.inc"
+}
+namespace walking {
+#include "walking/samples.inc"
 }
 
 namespace ravolt::test {
@@ -72,7 +76,7 @@ TEST_F(Guide, LoopShowsNoFrameTwice) {
     const RVANIM *clip = makeClip(5); // the last frame equals the first
     std::vector<float> shown;
     for (unsigned int tick = 0; tick < 9; ++tick) {
-        characters::play(clip, character, (static_cast<float>(tick) + 0.5f) / 30);
+        walking::play(clip, character, (static_cast<float>(tick) + 0.5f) / 30);
         shown.push_back(character->getChild(0)->getPosition().x);
     }
     EXPECT_EQ(shown, (std::vector<float>{0, 1, 2, 3, 0, 1, 2, 3, 0}));
@@ -83,9 +87,9 @@ TEST_F(Guide, LoopOfOneFrameOrNoneIsNoFailure) {
     const RVANIM *pose = makeClip(1), *nothing = makeClip(0);
     for (const float seconds : {0.0f, 0.5f, 100.0f}) {
         character->getChild(0)->setPosition(7, 7, 7);
-        characters::play(nothing, character, seconds);
+        walking::play(nothing, character, seconds);
         EXPECT_EQ(character->getChild(0)->getPosition().x, 7);
-        characters::play(pose, character, seconds);
+        walking::play(pose, character, seconds);
         EXPECT_EQ(character->getChild(0)->getPosition().x, 0);
     }
 }
@@ -95,10 +99,10 @@ TEST_F(Guide, EachPassOfACharacterIsDrawnWhereItWasThen) {
     (new ownNode::Axes)->link(character->getChild(0));
     RAVOLT::clear(true, true, false);
     RAVOLT::begin3D(nullptr);
-    characters::drawCrowd(makeClip(3), character);
+    walking::drawHerd(makeClip(3), character, 0);
     ASSERT_EQ(RVELEMENT::getNumberOfPassedElements(), 3u);
     RAVOLT::end3D(true);
-    EXPECT_EQ(character->getPosition().x, 4);
+    EXPECT_FLOAT_EQ(character->getPosition().x, 0.9f);
 }
 
 TEST_F(Guide, CustomNodeIsSeenAndFound) {
@@ -178,6 +182,14 @@ TEST_F(Guide, LandscapeIsLoadedOrNull) {
     RVTEXTURE::setPath(nullptr);
 }
 
+TEST_F(Guide, ClickOfATestUsesTheButtonAtItsPixel) {
+    writeFile("menu.xml", "<root><button><name value='quit'/></button></root>");
+    RVNODE *menu = RAVOLT::load("menu.xml");
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(testing_page::click(menu, 10, 10), menu->findByNameInHierarchy("quit")->getId());
+    EXPECT_EQ(testing_page::click(menu, 300, 300), 0u);
+}
+
 TEST_F(Guide, ButtonOfAnInterfaceIsClickedWhenItIsReleased) {
     writeFile("menu.xml", "<root><button><name value='quit'/></button></root>");
     RVNODE *menu = RAVOLT::load("menu.xml");
@@ -198,11 +210,11 @@ TEST_F(Guide, ACharacterWalksToItsFrontAndTheCameraIsBehindIt) {
     key.type = SDL_KEYDOWN;
     key.key.keysym.sym = SDLK_UP;
     input.handle(key);
-    characters::steer(character, input, 2, 0.5f);
+    walking::steer(character, input, 2, 0.5f);
     EXPECT_NEAR(character->getPosition().x, 1, 1e-4);
     EXPECT_NEAR(character->getPosition().z, 0, 1e-4);
     RVCAMERA *camera = new RVCAMERA;
-    characters::follow(camera, character, 4, 2);
+    walking::follow(camera, character, 4, 2);
     EXPECT_NEAR(camera->getPosition().x, -3, 1e-4);
     EXPECT_NEAR(camera->getPosition().y, 2, 1e-4);
     EXPECT_NEAR(camera->getTarget().x, 1, 1e-4);
