@@ -16,6 +16,7 @@
 bool RVELEMENT::active = false;
 bool RVELEMENT::clipping = false;
 float RVELEMENT::clippingRadius = 128.0f;
+bool RVELEMENT::stateOrder = false;
 unsigned int RVELEMENT::numberOfElements = 0;
 unsigned int RVELEMENT::numberOfPassedElements = 0;
 unsigned int RVELEMENT::numberOfLights = 0;

@@ -32,6 +32,9 @@ struct RenderList {
     // Stores the matrices of the nodes of a tree that move the bones of `mesh` in its skeleton.
     static void passSkeleton(const RVNODE &node, const RVMESH &mesh, const Z3MMATRIX &around);
 
+    // A number that is equal for copies of a mesh, and differs for most others.
+    static unsigned int shapeOf(const RVMESH &mesh);
+
   private:
     static void removeEntry(unsigned int index);
     static bool isClipped(const RVNODE &node, const Z3MMATRIX &eye);

@@ -16,6 +16,7 @@
 #include "scene/renderList.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 
 namespace {
@@ -146,6 +147,13 @@ unsigned int RenderList::addSkeleton(RVMESH &mesh) {
         RVELEMENT::passSkeleton(nullptr, &mesh); // logs it
     RVMESH::skeletonElement[RVMESH::currentSkeleton].mesh = &mesh;
     return RVMESH::currentSkeleton++;
+}
+
+// The buffer first, then the position in it, as a hash.
+unsigned int RenderList::shapeOf(const RVMESH &mesh) {
+    const auto face = static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(mesh.face) >> 4);
+    const unsigned int position = (mesh.faceBuffer ? mesh.faceOffset : face) * 2654435761u >> 26;
+    return (mesh.vertexBuffer & 63) << 6 | position;
 }
 
 void RenderList::storeBoneMatrix(const RVNODE &node, const RVMESH &mesh, const Z3MMATRIX &matrix) {

@@ -8,10 +8,12 @@
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVNODE.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "scene/entryOrder.h"
 #include "scene/nodeInternals.h"
 #include "scene/nodeTraits.h"
+#include "scene/renderList.h"
 
 #include <algorithm>
 
@@ -29,15 +31,42 @@ std::uint64_t surfaceKey(const RVNODE &node) {
     return textureId << 16 | (material->getId() & 0xffffu);
 }
 
+enum Group : std::uint64_t { lightGroup, opaqueGroup, transparentGroup };
+
+Group groupOf(const RVELEMENT &entry) {
+    if (ravolt::traitsOf(*entry.getNode()).order == ravolt::DrawOrder::light)
+        return lightGroup;
+    return ravolt::isTransparent(*entry.getNode()) ? transparentGroup : opaqueGroup;
+}
+
 // Lights, opaque entries, transparent entries. Opaque entries may be drawn in any order: they are
 // ordered by texture and then by material, because a change of the bound texture is the most
 // expensive one for a driver.
 std::uint64_t groupKey(const RVELEMENT &entry) {
-    if (ravolt::traitsOf(*entry.getNode()).order == ravolt::DrawOrder::light)
-        return 0;
-    if (ravolt::isTransparent(*entry.getNode()))
-        return std::uint64_t(2) << 32;
-    return std::uint64_t(1) << 32 | surfaceKey(*entry.getNode());
+    const Group group = groupOf(entry);
+    return group << 32 | (group == opaqueGroup ? surfaceKey(*entry.getNode()) : 0);
+}
+
+std::uint64_t lowBits(unsigned int number, unsigned int bits) {
+    return number & ((1u << bits) - 1);
+}
+
+// Of each number as many low bits as there is room for: where two are equal in these, meshes of one
+// are drawn between those of the other.
+std::uint64_t stateKey(const RVELEMENT &entry) {
+    const Group group = groupOf(entry);
+    const RVNODE &node = *entry.getNode();
+    std::uint64_t key = group;
+    if (group != opaqueGroup || !ravolt::NodeInternals::isObjectOf(node, RV_NODE_TYPE_MESH))
+        return key << 46;
+    const auto &mesh = static_cast<const RVMESH &>(node);
+    const RVMATERIAL *material = mesh.getMaterial();
+    const RVSHADER *program = material ? material->getShader() : nullptr;
+    const RVTEXTURE *texture = material ? material->getTexture(0) : nullptr;
+    key = key << 10 | lowBits(program ? program->getId() : 0, 10);
+    key = key << 12 | lowBits(texture ? texture->getId() : 0, 12);
+    key = key << 12 | lowBits(material ? material->getId() : 0, 12);
+    return key << 12 | lowBits(ravolt::RenderList::shapeOf(mesh), 12);
 }
 
 // By the far end of each entry along the view, farthest first: the eye looks down -z.
@@ -66,7 +95,9 @@ bool RVELEMENT::sort2D() {
 bool RVELEMENT::sort3D() {
     if (numberOfPassedElements == 0)
         return false;
-    if (numberOfLights != 0 || numberOfTransparencies != 0)
+    if (stateOrder)
+        ravolt::orderEntries(elementPointer, numberOfPassedElements, stateKey);
+    else if (numberOfLights != 0 || numberOfTransparencies != 0)
         ravolt::orderEntries(elementPointer, numberOfPassedElements, groupKey);
     if (numberOfTransparencies > 1)
         ravolt::orderEntries(elementPointer + (numberOfPassedElements - numberOfTransparencies),

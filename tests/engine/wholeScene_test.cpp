@@ -3,6 +3,7 @@
 
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVHELPER.h"
+#include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVMESH.h"
 #include "ravolt/RVSHADER.h"
@@ -162,6 +163,68 @@ struct Window {
     int binding = integerOf(GL_FRAMEBUFFER_BINDING_EXT);
     int buffer = integerOf(GL_DRAW_BUFFER);
 };
+
+// Cubes that cover one another, with three materials in turns, one of them transparent.
+class StateOrder : public EffectsTest {
+  protected:
+    RVNODE *root = nullptr;
+
+    void SetUp() override {
+        EffectsTest::SetUp();
+        camera->setPosition(0, 1, 12);
+        std::vector<RveNode> cubes;
+        constexpr std::array materials{"red", "blue", "glass"};
+        for (int i = 0; i < 24; ++i) {
+            const float x = static_cast<float>(i % 6) - 2.5f, z = static_cast<float>(i / 6) * -1.3f;
+            cubes.push_back(placed(cubeMesh("cube" + std::to_string(i), materials[i % 3u]),
+                                   {1.4f * x, 0.2f * z, z},
+                                   {static_cast<float>(i) * 17, static_cast<float>(i) * 31, 0}));
+        }
+        root = loadScene(
+            {{coloured("red", {0.9f, 0.2f, 0.1f, 1}), coloured("blue", {0.1f, 0.2f, 0.9f, 1}),
+              coloured("glass", {0.2f, 0.9f, 0.2f, 1}, 0.5f)},
+             rootOver(cubes)});
+    }
+    void TearDown() override {
+        RVELEMENT::stateOrderOff();
+        RVLIGHT::markersOn();
+        EffectsTest::TearDown();
+    }
+
+    Picture picture() {
+        drawFrame(camera, root);
+        return readFrame();
+    }
+
+    void expectTheSamePicture() {
+        const Picture passed = picture();
+        EXPECT_GT(drawnPixels(passed), 1000) << "of the background";
+        RVELEMENT::stateOrderOn();
+        EXPECT_EQ(picture().bytes, passed.bytes);
+        RVELEMENT::stateOrderOff();
+    }
+
+    // Pixels that are not of the background's colour.
+    static int drawnPixels(const Picture &drawn) {
+        int pixels = 0;
+        for (std::size_t i = 4; i < drawn.bytes.size(); i += 4)
+            pixels += !std::equal(&drawn.bytes[i], &drawn.bytes[i + 3], &drawn.bytes[0]);
+        return pixels;
+    }
+};
+
+TEST_F(StateOrder, DoesNotChangeThePicture) {
+    expectTheSamePicture();
+    RVMATERIAL::findByName("glass")->setTransparency(1);
+    expectTheSamePicture();
+    RVLIGHT::markersOff();
+    auto *light = new RVLIGHT;
+    light->setPosition(3, 4, 8);
+    light->link(root);
+    expectTheSamePicture();
+    RAVOLT::bloomingOn();
+    expectTheSamePicture();
+}
 
 // Without blit the frame ends in target 0, with the last program still in use.
 // The marker of a light: lighting off, its matrix, its colour, twelve points, lighting on.

@@ -5,6 +5,7 @@
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVOPENGL.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 #include "scene/entryOrder.h"
@@ -687,6 +688,51 @@ TEST_F(ElementTest, OrderOf2DIsThatOfThePass) {
     const NodeList nodes = {custom(-1), custom(-9), custom(-5)};
     drawFrame2D(root);
     EXPECT_EQ(nodesOf(drawn), nodes);
+}
+
+class StateOrderTest : public ElementTest {
+  protected:
+    StateOrderTest() { RVELEMENT::stateOrderOn(); }
+    ~StateOrderTest() override { RVELEMENT::stateOrderOff(); }
+
+    MeshProbe *meshOf(RVTEXTURE *texture, RVSHADER *program) {
+        RVMATERIAL *made = material(1, texture);
+        made->setShader(program);
+        return mesh(made);
+    }
+};
+
+TEST_F(ElementTest, StateOrderIsOffByDefault) { EXPECT_FALSE(RVELEMENT::isStateOrdered()); }
+
+TEST_F(StateOrderTest, IsByProgramThenTextureThenMaterial) {
+    auto *red = new RVTEXTURE, *blue = new RVTEXTURE;
+    auto *first = new RVSHADER, *second = new RVSHADER;
+    RVMATERIAL *shared = material(1, red);
+    MeshProbe *a = meshOf(blue, second), *b = meshOf(red, second), *c = meshOf(blue, first);
+    MeshProbe *d = meshOf(red, first), *e = mesh(shared), *f = mesh(), *g = meshOf(red, nullptr);
+    MeshProbe *h = mesh(shared);
+    EXPECT_EQ(drawingOrder(), (NodeList{f, e, h, g, d, c, b, a}));
+    RVELEMENT::stateOrderOff();
+    EXPECT_EQ(drawingOrder(), (NodeList{a, b, c, d, e, f, g, h}));
+}
+
+TEST_F(StateOrderTest, IsThatOfOpaqueMeshesAlone) {
+    auto *red = new RVTEXTURE, *blue = new RVTEXTURE;
+    MeshProbe *farGlass = mesh(material(0.5f, blue), -9), *last = meshOf(blue, nullptr);
+    MeshProbe *nearGlass = mesh(material(0.5f, red), -3), *first = meshOf(red, nullptr);
+    CustomProbe *node = custom(), *otherNode = custom();
+    LightProbe *lamp = light(), *otherLamp = light();
+    EXPECT_EQ(drawingOrder(),
+              (NodeList{lamp, otherLamp, node, otherNode, first, last, farGlass, nearGlass}));
+}
+
+TEST_F(StateOrderTest, AllocatesNothing) {
+    for (int number = 0; number < 300; ++number)
+        mesh(material(number % 3 ? 1 : 0.5f));
+    passAll();
+    const unsigned long before = recorder.allocations();
+    RVELEMENT::sort3D();
+    EXPECT_EQ(recorder.allocations(), before);
 }
 
 TEST_F(ElementTest, SortLightsPutsExclusiveOnesFirstThenTheNearest) {
