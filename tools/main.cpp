@@ -101,6 +101,7 @@ int run(int argc, char **argv) {
 } // namespace
 
 int main(int argc, char **argv) {
+    endOrderlyWithoutMemory();
     const LogRedirect quiet;
     return exitCodeOf([=] { return run(argc, argv); });
 }

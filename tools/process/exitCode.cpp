@@ -2,9 +2,15 @@
 
 #include "tools/common/failure.h"
 #include "tools/common/message.h"
+#include "tools/process/logRedirect.h"
 #include "tools/process/signals.h"
 
+#include <cstdlib>
+#include <exception>
 #include <new>
+#include <string_view>
+
+#include <unistd.h>
 
 namespace ravolt::tool {
 
@@ -25,5 +31,26 @@ int exitCodeOf(const std::function<int()> &job) {
     }
     return 1;
 }
+
+namespace {
+
+[[noreturn]] void endProcess() {
+    try {
+        if (std::current_exception())
+            throw;
+    } catch (const std::bad_alloc &) {
+        constexpr std::string_view line = "ravolt: out of memory\n";
+        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+        LogRedirect::clear();
+        _exit(1);
+    } catch (...) {
+        std::abort();
+    }
+    std::abort();
+}
+
+} // namespace
+
+void endOrderlyWithoutMemory() { std::set_terminate(endProcess); }
 
 } // namespace ravolt::tool

@@ -87,9 +87,12 @@ char **LogRedirect::arguments() { return programArguments; }
 void LogRedirect::clear() {
     if (!redirected)
         return;
-    // The library still writes its closing lines, into a file that has no name any more.
-    std::error_code error;
-    std::filesystem::remove_all(logFolder, error);
+    // The library still writes its closing lines, into a file that has no name any more. No memory
+    // is needed for that, as there may be none.
+    char log[sizeof logFolder + 32];
+    std::snprintf(log, sizeof log, "%s/ravolt_log.txt", logFolder);
+    unlink(log);
+    rmdir(logFolder);
 }
 
 } // namespace ravolt::tool
