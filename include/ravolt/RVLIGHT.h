@@ -15,10 +15,11 @@ enum RV_LIGHT_TYPE : int {
 };
 
 // A source of light. A scene may have any number: when an object is drawn, activateNearest sets
-// OpenGL's lights 0 to 3 to the four nearest to it. A light shines along `direction` in its own
-// frame, or at its target; see RVNODE. Its own `rotation` turns the direction twice: leave it at 0
-// and set `direction`, or rotate a parent. The direction to a target is computed from the light's
-// own position, without those of its parents, so it is wrong below a moved parent; a target at that
+// OpenGL's lights 0 to 3 to the four nearest to it. On purpose the built-in programs compute light
+// 0 alone, the nearest or an exclusive one. A light shines along `direction` in its own frame, or
+// at its target; see RVNODE. Its own `rotation` turns the direction twice: leave it at 0 and set
+// `direction`, or rotate a parent. The direction to a target is computed from the light's own
+// position, without those of its parents, so it is wrong below a moved parent; a target at that
 // very position gives the direction (0, 0, 0). Each set-up also draws a small pyramid at the
 // position of the light, unless markersOff was called. On purpose: OpenGL's lights are not switched
 // off, so a light that is no longer passed still shines where fewer than four are passed; set its

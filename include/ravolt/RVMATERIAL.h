@@ -25,8 +25,10 @@ class RV_API RVMATERIAL {
 
     // Applies the material, unless it was the last one applied since reset, even if the light type
     // differs. `data` is NULL or points to the type of the light that will shine, an int of
-    // RV_LIGHT_TYPE, which chooses the program with textures, skin and shadows. Without a light the
-    // fixed functions draw, unless setShader names a program. Overwrites the alpha of all four
+    // RV_LIGHT_TYPE, which chooses the program with textures, skin and shadows. On purpose these
+    // programs compute OpenGL's light 0 alone; one of setShader may use lights 0 to 3 and, in a
+    // frame with shadows, the shadow map on unit 1. Without a light the fixed functions draw,
+    // unless setShader names a program. Overwrites the alpha of all four
     // colours by the transparency. Units without a texture of the material do not change. Always
     // true.
     bool render(void *data);

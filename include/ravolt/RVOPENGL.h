@@ -35,7 +35,7 @@ class RV_API RVOPENGL {
     // that finds fewer than 16 image units clears.
     static bool useVBO();
     static bool useAnisotropic();
-    static bool useFBO();
+    static bool useFBO(); // on purpose false where the name of the driver's vendor has "ATI" in it
     static bool useMultitexturing(); // false with fewer than 16 image units
     static bool useShaders();        // detected only when the settings request shaders
     static bool useOcclusionQuery();

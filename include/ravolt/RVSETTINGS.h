@@ -113,9 +113,9 @@ class RV_API RVSETTINGS {
     void setMultisampling(int samples);
     int getMultisampling() const;
 
-    // Prefixes of file names: scenes, animations, videos, textures, shaders, fonts. All empty by
-    // default. RAVOLT::init passes all but the video path to their classes; the application passes
-    // that one itself: RVVIDEO::setMPGPath(settings.getMPGPath()).
+    // Prefixes of file names: scenes, animations, videos, textures, shaders, fonts. No separator is
+    // added. All empty by default. RAVOLT::init passes all but the video path to their classes; the
+    // application passes that one itself: RVVIDEO::setMPGPath(settings.getMPGPath()).
     void setRVEPath(const char *path);
     char *getRVEPath();
     void setRVAPath(const char *path);

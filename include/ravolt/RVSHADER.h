@@ -150,7 +150,8 @@ class RV_API RVSHADER {
     static RVSHADER *pplSpotSA;
     static RVSHADER *pplSpotTS;
     static RVSHADER *pplSpotTSA;
-    // The colour as it is; ZPass writes the depth as alpha. A is skinned.
+    // The colour as it is; ZPass writes the depth as alpha, and on purpose has the name
+    // "passhtroughZPass" for findByName. A is skinned.
     static RVSHADER *passthrough;
     static RVSHADER *passthroughA;
     static RVSHADER *passthroughZPass;

@@ -16,8 +16,9 @@ class RV_API RVTEXTFIELD : public RVBUTTON {
     // alone.
     bool render(void *element) override;
 
-    // Appends a character from 0x20 to 0x7F where there is room, removes the last one for 8
-    // (backspace), and shows the cursor in the next drawing for any key. False without a font.
+    // Appends a character from 0x20 to 0x7F where there is room, up to 255 of them, removes the
+    // last one for 8 (backspace), and shows the cursor in the next drawing for any key. False
+    // without a font.
     bool manageKey(char key);
 
     // Empties the text.

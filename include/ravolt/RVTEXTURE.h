@@ -49,8 +49,9 @@ class RV_API RVTEXTURE {
     // overwritten: the levels are computed in place. False, with a line in the log, without pixels.
     bool update();
 
-    // Uploads an evicted texture again, and reads its file again when the pixels were released.
-    // False when it is still in video memory; true otherwise, also if that failed.
+    // Uploads an evicted texture again, and reads its file again when the pixels were released, on
+    // purpose below the path that setPath has set by then. False when it is still in video memory;
+    // true otherwise, also if that failed.
     bool reload();
 
     // Replaces all pixels of the uploaded image (mipmap levels stay) by `bitmap`, which must hold

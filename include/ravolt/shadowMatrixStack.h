@@ -13,9 +13,9 @@
 // does not change the mirror.
 RV_API void glWrapperMatrixMode(unsigned int mode);
 
+// Replace the top of the stack by an identity or a matrix, or multiply it by one. Sixteen floats in
+// OpenGL's order, translation in elements 12 to 14.
 RV_API void glWrapperLoadIdentity();
-
-// Sixteen floats in OpenGL's order, translation in elements 12 to 14.
 RV_API void glWrapperLoadMatrixf(const float *matrix);
 RV_API void glWrapperMultMatrixf(const float *matrix);
 

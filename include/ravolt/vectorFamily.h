@@ -202,13 +202,14 @@ int operator==(const VectorFamily<Vector, N> &a, const VectorFamily<Vector, N> &
     return 1;
 }
 
+// Whether any component differs; 1 or 0.
 template <class Vector, int N>
 int operator!=(const VectorFamily<Vector, N> &a, const VectorFamily<Vector, N> &b) {
     return !(a == b);
 }
 
-// Vectors of two sizes: the smaller one widens first. (Without this, their addresses would be
-// compared.)
+// Comparisons of vectors of two sizes: the smaller one widens first. (Without this, their addresses
+// would be compared.)
 template <class A, int N, class B, int M, EnableIf<(N < M)> = 0>
 int operator==(const VectorFamily<A, N> &a, const VectorFamily<B, M> &b) {
     return B(static_cast<const A &>(a)) == static_cast<const B &>(b);

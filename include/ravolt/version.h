@@ -6,6 +6,7 @@
 
 #include "ravolt/api.h"
 
+// The version of the headers.
 #define RAVOLT_VERSION_MAJOR 1
 #define RAVOLT_VERSION_MINOR 6
 #define RAVOLT_VERSION_PATCH 6
