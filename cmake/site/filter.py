@@ -5,7 +5,7 @@
 
 In the headers a block of `//` lines describes the declarations below it, up to the next empty line
 or comment; a comment at the end of a line adds to its declaration. Doxygen wants a marked comment for
-each declaration.
+each declaration, and one for the file if it shall show functions and enumerations outside of classes.
 """
 
 import re
@@ -14,7 +14,7 @@ from pathlib import Path
 
 PLAIN = re.compile(r"^\s*//( ?)(.*)$")
 TRAILING = re.compile(r"^(.*?[;,{\w)])\s*// ?(.*)$")
-NOT_DECLARED = re.compile(r"^\s*(#|public:|protected:|private:|\}|extern \"C\"|namespace )")
+NOT_DECLARED = re.compile(r"^\s*(#(?!define)|public:|protected:|private:|\}|extern \"C\"|namespace )")
 SCOPE = re.compile(r"^\s*(template <.*> ?)?(typedef )?(class|struct|enum|union)\b[^;]*\{")
 SEVERAL = re.compile(r"^(\s*)([\w:<> ]+?) (\**\w+(?:\[\w+\])?(?:, \**\w+(?:\[\w+\])?)+);$")
 
@@ -85,6 +85,8 @@ class Filter:
         return text
 
     def advance(self, text):
+        if text.startswith("#"):
+            return
         code = re.sub(r'"(?:[^"\\]|\\.)*"|//.*', "", text)
         self.depth += sum(code.count(c) for c in "{(") - sum(code.count(c) for c in "})")
         self.open = self.depth > 0 or not code.rstrip().endswith((";", "}", ","))
@@ -107,7 +109,7 @@ def main():
     filtered = Filter()
     for text in Path(sys.argv[1]).read_text(encoding="utf-8").splitlines():
         filtered.line(text)
-    print("\n".join(filtered.out))
+    print("\n".join(["/** \\file */", *filtered.out]))
 
 
 if __name__ == "__main__":
