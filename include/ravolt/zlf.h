@@ -57,8 +57,8 @@ __attribute__((format(printf, 3, 4))) RV_API bool zlfLogError(const char *from, 
 // Additional: the largest size of the log in bytes; 0, the default, for no limit. A text that would
 // exceed it, and every later one, is neither written nor printed, and zlfLog is false for it; one
 // line says so. The closing statistics are written all the same. The limit applies to the log that
-// is open, and to later ones. Recommended for programs that run for days: under constant pressure on
-// the video memory, the collector logs every texture in every frame.
+// is open, and to later ones. Recommended for programs that run for days: under constant pressure
+// on the video memory, the collector logs every texture in every frame.
 RV_API void zlfSetLogLimit(std::size_t bytes);
 
 // Whether log texts are also printed to standard output; on by default. There, "%%" in a finished
