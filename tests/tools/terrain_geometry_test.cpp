@@ -389,6 +389,12 @@ TEST(TerrainLayers, FollowSlopeHeightAndShore) {
     EXPECT_GT(sharesOn(3, -5)[3], 0.95f);
 }
 
+TEST(TerrainLayers, SteepGroundAboveTheSnowLineIsLitFromTheNorthToo) {
+    const std::array<double, 3> rockMap = {0, 0, 1}, north = {0, 0.57, -0.82};
+    EXPECT_GT(lambert(vertexOn(3, 20, {}), rockMap, north), 0.1);
+    EXPECT_GT(lambert(vertexOn(3, 80, {}), rockMap, north), 0.1);
+}
+
 TEST(TerrainLayers, SteepGroundTurnsTowardsTheLightOrAwayFromIt) {
     const std::array<double, 3> flatMap = {0, 0, 1};
     for (const float slope : {0.3f, 3.0f}) // grass and rock

@@ -52,7 +52,8 @@ Vector weightsAt(const GroundRules &rules, float height, float slope, float wand
                                        height + shoreBand * wander);
     // Below rock the other layers fade too, so that they do not lean the frame there.
     const float upright = 1 - (1 - minUpright) * rock;
-    return {shore * upright * upright * upright, upright, high * upright};
+    const float cube = upright * upright * upright;
+    return {shore * cube, upright, high * cube};
 }
 
 // Along X as far as the third axis allows, and as short as that one is.
