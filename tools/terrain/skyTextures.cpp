@@ -41,6 +41,14 @@ float cloudsAt(const Direction &to, float scale, int seed) {
     return smoothStep(-0.02f, 0.62f, density) * smoothStep(0.02f, 0.16f, to[1]);
 }
 
+// How much less light a cloud gets where it is thicker towards the sun, at +X.
+float shadeAt(const Direction &to, float cloud, float scale, int seed) {
+    if (cloud <= 0)
+        return 0;
+    const Direction nearer = {to[0] + 0.16f * (to[1] + 0.15f), to[1], to[2]};
+    return smoothStep(-0.15f, 0.55f, cloudsAt(nearer, scale, seed) - 0.55f * cloud);
+}
+
 struct Light {
     Direction from;
     Color color;
@@ -61,13 +69,13 @@ const Light moon = {{-std::cos(sunHeight), std::sin(sunHeight), 0}, {0.92f, 0.94
 
 Color dayAt(const Direction &to) {
     constexpr Color zenith = {0.17f, 0.36f, 0.70f}, middle = {0.42f, 0.63f, 0.88f};
-    constexpr Color haze = {0.79f, 0.86f, 0.92f}, shade = {0.63f, 0.67f, 0.74f};
+    constexpr Color haze = {0.79f, 0.86f, 0.92f}, shade = {0.66f, 0.71f, 0.79f};
     const float up = std::max(to[1], 0.0f);
     const Color blue = mixed(middle, zenith, smoothStep(0.15f, 0.9f, up));
     const Color air = mixed(haze, blue, smoothStep(0.0f, 0.32f, up));
     const Color lit = mixed(air, sun.color, glowAt(to, sun));
     const float cloud = cloudsAt(to, 0.9f, 91);
-    const Color white = mixed({0.98f, 0.98f, 0.98f}, shade, smoothStep(0.45f, 1.0f, cloud));
+    const Color white = mixed({0.99f, 0.985f, 0.97f}, shade, shadeAt(to, cloud, 0.9f, 91));
     return mixed(lit, white, 0.92f * smoothStep(0.0f, 0.75f, cloud));
 }
 
