@@ -8,7 +8,7 @@
 
 int main(int argc, char **argv) {
     Example example(argc, argv, {"STAGE.rve", "CHARACTER.rve", "CLIP.rva"});
-    if (!openStage("Ravolt: character", example.files[0], example.draft))
+    if (!openStage("Ravolt: character", example.files[0], example.width))
         return 1;
     RVNODE *stage = loadStage(example.files[0]);
     Walker walker(example.files[1], example.files[2]);

@@ -11,7 +11,7 @@
 
 int main(int argc, char **argv) {
     Example example(argc, argv, {"STAGE.rve", "CHARACTER.rve", "WALK.rva", "RUN.rva"});
-    if (!openStage("Ravolt: clips", example.files[0], example.draft))
+    if (!openStage("Ravolt: clips", example.files[0], example.width))
         return 1;
     RVNODE *stage = loadStage(example.files[0]), *character = RAVOLT::load(example.files[1]);
     RVANIM *walk = new RVANIM(), *run = new RVANIM();

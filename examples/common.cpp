@@ -15,6 +15,8 @@
 
 namespace {
 
+constexpr int minWidth = 240, maxWidth = 1920; // of the stage's window
+
 // SDL 1.2 falls back to a text-mode driver when it finds no X server, which garbles the terminal.
 void requireDisplay() {
     if (std::getenv("DISPLAY") || std::getenv("SDL_VIDEODRIVER"))
@@ -38,14 +40,17 @@ Example::Example(int argc, char **argv, std::initializer_list<const char *> requ
         } else if (!std::strcmp(argv[i], "--picture") && i + 1 < argc) {
             picture = argv[++i];
         } else if (!std::strcmp(argv[i], "--draft")) {
-            draft = true;
+            width = minWidth;
+        } else if (!std::strcmp(argv[i], "--width") && i + 1 < argc) {
+            width = std::clamp(std::atoi(argv[++i]), minWidth, maxWidth);
         } else {
             valid = valid && argv[i][0] != '-';
             files.push_back(argv[i]);
         }
     }
     if (!valid || files.size() != required.size()) {
-        std::fprintf(stderr, "usage: %s [--frames N] [--picture FILE.png] [--draft]", argv[0]);
+        std::fprintf(stderr, "usage: %s [--frames N] [--picture FILE.png] [--width N] [--draft]",
+                     argv[0]);
         for (const char *file : required)
             std::fprintf(stderr, " %s", file);
         std::fprintf(stderr, "\n");

@@ -3,11 +3,12 @@
 // What the examples share and what is not about the engine: the command line, the window's events,
 // and pictures of the frame.
 //
-//   EXAMPLE [--frames N] [--picture FILE.png] [--draft] FILE ...
+//   EXAMPLE [--frames N] [--picture FILE.png] [--width N] [--draft] FILE ...
 //
 // With --frames the program ends by itself after N frames. With --picture it writes the last one;
-// a "%03d" in the name makes it write them all, and a "%s" those that have a label. With --draft
-// the stage is drawn small and with coarse shadows, for quick runs.
+// a "%03d" in the name makes it write them all, and a "%s" those that have a label. With
+// --width the stage's window has so many columns, 240 to 1920; the smaller it is, the coarser are
+// its shadows. --draft is --width 240, for quick runs.
 
 #include <ravolt/kit/input.h>
 #include <ravolt/kit/window.h>
@@ -20,9 +21,9 @@
 std::string folderOf(const std::string &file);
 
 struct Example {
-    int frames = 0;                // 0: until the window is closed
-    const char *picture = nullptr; // NULL: none
-    bool draft = false;
+    int frames = 0;                  // 0: until the window is closed
+    const char *picture = nullptr;   // NULL: none
+    int width = 960;                 // of the stage's window, in pixels
     std::vector<const char *> files; // as many as the constructor requires
 
     int frame = 0;               // frames that have been shown

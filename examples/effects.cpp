@@ -95,7 +95,7 @@ int main(int argc, char **argv) {
     // init
     Example example(argc, argv,
                     {"SCENE.rve", "STAGE.rve", "CHARACTER.rve", "CLIP.rva", "VIDEO.m2v"});
-    if (!openStage("Ravolt: effects", example.files[0], example.draft))
+    if (!openStage("Ravolt: effects", example.files[0], example.width))
         return 1;
     RVNODE *model = RAVOLT::load(example.files[0]), *stage = loadStage(example.files[1]);
     Walker walker(example.files[2], example.files[3]);

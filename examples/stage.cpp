@@ -35,8 +35,10 @@ RVNODE *takeSky(RVNODE *stage, const char *name) {
 
 } // namespace
 
-bool openStage(const char *title, const char *file, bool draft) {
-    const int width = draft ? 240 : 960, height = draft ? 150 : 600;
+static int shadowMapFor(int width) { return width < 480 ? 256 : width < 960 ? 2048 : 4096; }
+
+bool openStage(const char *title, const char *file, int width) {
+    const int height = width * 5 / 8;
     RVSETTINGS settings;
     settings.setTitle(title);
     settings.setWindowX(width);
@@ -45,7 +47,7 @@ bool openStage(const char *title, const char *file, bool draft) {
     settings.setFBOSizeY(2 * height);
     settings.setForceFBO(true);
     // Smaller shadow maps show steps on faces that the light grazes.
-    settings.setShadowMapSize(draft ? 256 : 4096);
+    settings.setShadowMapSize(shadowMapFor(width));
     settings.setVideoMemory(256); // megabytes; SDL reports none, and 16 would be assumed
     settings.setMaxAnisotropy(1); // software drivers are several times faster, and texts sharp
     settings.setColorDepth(32);

@@ -17,8 +17,8 @@ enum class Daytime {
 };
 
 // Starts the engine, with programs and with textures from the folder of `file`. False when it does
-// not start; its log says why. A draft has a small window and coarse shadows.
-bool openStage(const char *title, const char *file, bool draft);
+// not start; its log says why. Shadows are coarse where the width of the window is small.
+bool openStage(const char *title, const char *file, int width);
 
 // The stage itself, without its skies. NULL when it cannot be loaded.
 RVNODE *loadStage(const char *file);

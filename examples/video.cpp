@@ -8,7 +8,7 @@
 
 int main(int argc, char **argv) {
     Example example(argc, argv, {"STAGE.rve", "VIDEO.m2v"});
-    if (!openStage("Ravolt: video", example.files[0], example.draft))
+    if (!openStage("Ravolt: video", example.files[0], example.width))
         return 1;
     RVNODE *stage = loadStage(example.files[0]);
     if (!stage) {
