@@ -12,7 +12,7 @@ self=$(readlink -f "$0")
 cd "$(dirname "$self")" || exit 1
 source scripts/common.sh
 
-frames=32 # two for each part
+frames=16 # one for each part
 pictures=demo-pictures
 
 [ $# -le 1 ] || fail "takes one option at most; see ./demo.sh --help"

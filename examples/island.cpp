@@ -16,6 +16,7 @@
 #include <SDL/SDL.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -25,7 +26,8 @@ namespace {
 using namespace world;
 
 constexpr float pictureStep = 1.0f / 30.0f; // seconds of a frame in a run for pictures
-constexpr float longestStep = 0.1f;         // else; slower machines fly longer
+constexpr float longestStep = 1;            // else; still slower machines fly longer
+constexpr float moment = 0.7f;              // of a part, of which there is a picture
 
 void announce(const Part &part) {
     std::fprintf(stderr, "%s\n", part.name);
@@ -33,7 +35,8 @@ void announce(const Part &part) {
 }
 
 // Where the flight is: the number of the part, and how much of it is over.
-struct Flight {
+class Flight {
+  public:
     float time = 0, before = 0; // in parts
     std::size_t shown = numberOfParts;
 
@@ -42,17 +45,29 @@ struct Flight {
     bool isOver() const { return number() >= numberOfParts; }
 
     // A run of N frames shows all parts once; the last picture of each is written.
+    explicit Flight(const Example &example) : time(timeOf(example, 0)) {}
+
     void advance(Example &example, float seconds) {
         shown = number();
         before = time;
         const Part &part = parts[shown];
-        time = example.frames
-                   ? (static_cast<float>(example.frame) + 1.001f) *
-                         static_cast<float>(numberOfParts) / static_cast<float>(example.frames)
-                   : time + std::min(seconds, longestStep) / part.seconds;
+        time = example.frames ? timeOf(example, example.frame + 1)
+                              : time + std::min(seconds, longestStep) / part.seconds;
         example.label = number() != shown ? part.name : nullptr;
     }
+
+  private:
+    static float timeOf(const Example &example, int frame) {
+        return example.frames
+                   ? (static_cast<float>(frame) + moment) * static_cast<float>(numberOfParts) /
+                         static_cast<float>(example.frames)
+                   : 0;
+    }
 };
+
+// Where a comparison changes sides, of the picture's width: the line moves over most of it, and is
+// in the middle at the moment of the picture.
+float splitAt(float progress) { return 0.5f + 0.35f * std::sin(6.2831853f * (moment - progress)); }
 
 // The seconds since the last call.
 float clockSeconds() {
@@ -67,7 +82,7 @@ float clockSeconds() {
 int main(int argc, char **argv) {
     // init
     Example example(argc, argv);
-    if (!openStage("Ravolt: island", "./", example.draft))
+    if (!openStage("Ravolt: island", "./", example.width))
         return 1;
     World world;
     if (!world.load()) {
@@ -77,10 +92,11 @@ int main(int argc, char **argv) {
     if (example.frames) { // pictures are the same in each run
         std::srand(1);
         world.startPictures(pictureStep);
+        world.panel.fixRate(1 / pictureStep);
     }
 
     ravolt::kit::FrameStatistics statistics;
-    Flight flight;
+    Flight flight(example);
     bool pointerMoved = false; // who moves it wants to operate the panel
     do {
         // update
@@ -94,11 +110,10 @@ int main(int argc, char **argv) {
         const float frameSeconds = clockSeconds();
         statistics.add(frameSeconds);
         flight.advance(example, frameSeconds);
-        if (part.effects.tones && example.frames && example.label)
-            world.adapt(part, seconds);
+        const float split = splitAt(progress);
 
         // draw
-        world.draw(part, seconds);
+        world.draw(part, seconds, split);
         const auto [right, down] = example.input.getMotion();
         pointerMoved = pointerMoved || right || down;
         const bool panelShown = part.panel || (!example.frames && pointerMoved);

@@ -49,8 +49,13 @@ void Panel::update(Example &example) {
         picture = find<RVTEXTFIELD>(root, "pictureName")->getCaption();
     time += example.seconds();
     ++frames;
-    if (time > secondsOfARate)
+    if (time > secondsOfARate && !rateFixed)
         showRate(static_cast<float>(frames) / time);
+}
+
+void Panel::fixRate(float rate) {
+    showRate(rate);
+    rateFixed = true;
 }
 
 void Panel::operate(float progress) {

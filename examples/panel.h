@@ -18,6 +18,9 @@ class Panel {
     // frame, after showFrame.
     void update(Example &example);
 
+    // Shows this rate in place of the measured one.
+    void fixRate(float rate);
+
     // Moves the sliders and the switches as a user would, for a `progress` from 0 to 1; at its end
     // all is as in the beginning.
     void operate(float progress);
@@ -33,10 +36,11 @@ class Panel {
 
   private:
     RVHSCROLLBAR *slider(const char *name) const;
-    void showRate(float seconds);
+    void showRate(float rate);
 
     RVNODE *root = nullptr;
     std::string picture;
     float time = 0; // since the rate was shown
     int frames = 0; // since then
+    bool rateFixed = false;
 };

@@ -5,6 +5,7 @@
 #include <ravolt.h>
 #include <ravolt/kit.h>
 
+#include <cmath>
 #include <random>
 
 namespace {
@@ -13,21 +14,25 @@ constexpr float radius = 3.65f; // metres
 constexpr float pace = 0.335f;  // metres per second, so that no foot slides
 constexpr float start = 135, turn = pace / radius * 180 / 3.1415927f; // degrees, per second
 
-// Brown hair that hangs down: the colours of each column vary at random.
+// Brown hair that hangs down: strands of different tones and lengths, darker in some patches.
 RVTEXTURE *makeFur() {
     constexpr unsigned int size = 256;
     RVTEXTURE *fur = new RVTEXTURE();
     fur->create(size, size, 3);
     std::minstd_rand dice(1);
+    const auto roll = [&] { return static_cast<float>(dice() % 1000) / 1000; };
     for (unsigned int x = 0; x < size; ++x) {
-        float tone = 0.6f;
+        float tone = 0.6f, goal = 0.6f;
         for (unsigned int y = 0; y < size; ++y) {
-            tone +=
-                0.1f * (0.6f - tone) + 0.12f * (static_cast<float>(dice() % 1000) / 1000 - 0.5f);
+            if (roll() < 0.12f) // the next strand
+                goal = 0.42f + 0.4f * roll();
+            tone += 0.3f * (goal - tone);
+            const float patch = 0.9f + 0.1f * std::sin(0.049f * static_cast<float>(x)) *
+                                           std::sin(0.0737f * static_cast<float>(y));
             unsigned char *pixel = fur->getBitmap() + 3 * (y * size + x);
-            pixel[0] = static_cast<unsigned char>(165 * tone);
-            pixel[1] = static_cast<unsigned char>(105 * tone);
-            pixel[2] = static_cast<unsigned char>(62 * tone);
+            pixel[0] = static_cast<unsigned char>(148 * tone * patch);
+            pixel[1] = static_cast<unsigned char>(104 * tone * patch);
+            pixel[2] = static_cast<unsigned char>(70 * tone * patch);
         }
     }
     fur->update();

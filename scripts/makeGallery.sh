@@ -46,7 +46,7 @@ done
 mkdir "$work/world"
 cd "$work/world"
 "$sources/scripts/makeWorld.sh" "$build/ravolt" "$build/makeVillage"
-"$build/island" --frames 32 --picture picture_%s.png >/dev/null 2>&1
+"$build/island" --frames 16 --picture picture_%s.png >/dev/null 2>&1
 for picture in picture_*.png; do
     small "$picture" "world_$(echo "$picture" | cut -d_ -f2)"
 done

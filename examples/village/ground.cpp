@@ -81,13 +81,11 @@ void writeWell(ObjWriter &obj, const Frame &where) {
 
 // Stones in a circle and logs in a cone.
 void writeFirePlace(ObjWriter &obj, const Point &foot) {
-    obj.begin("fire_stones", "stone", {}, 0.8f);
-    for (int i = 0; i < 11; ++i) {
-        const float degrees = 360.0f / 11 * static_cast<float>(i);
-        const float size = 0.26f + 0.06f * std::sin(degrees);
-        obj.turnedBody(
-            foot + onCircle(1.15f, degrees, -0.08f),
-            {{0, size * 1.3f}, {size * 0.7f, size * 1.1f}, {size, size * 0.5f}, {size, 0}}, 9, 2);
+    obj.begin("fire_stones", "rock");
+    for (int i = 0; i < 13; ++i) {
+        const float degrees = 360.0f / 13 * static_cast<float>(i);
+        const float size = 0.28f + 0.05f * std::sin(3 * degrees);
+        writeRock(obj, foot + onCircle(1.15f, degrees, size * 0.25f), size, 700 + i);
     }
     obj.begin("fire_logs", "bark", {}, 0.6f);
     for (int i = 0; i < 6; ++i)

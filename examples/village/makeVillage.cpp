@@ -1,7 +1,10 @@
 // makeVillage FOLDER [SIDE]: writes the village of the demo into the folder, as village.obj with
-// its materials and textures of SIDE pixels a side (256 without it). The units are metres; Y is up,
-// and the square is level round the origin.
+// its materials and textures of SIDE pixels a side (256 without it); what is about it on the island
+// and below the water, as nature.obj; and a school of fish, as fish.obj. The units are metres, and
+// Y is up. The origin is the middle of the square in village.obj, that of the island's terrain in
+// nature.obj, and that of the school in fish.obj.
 
+#include "examples/village/island.h"
 #include "examples/village/parts.h"
 
 #include "kit/files/pngWriter.h"
@@ -68,6 +71,15 @@ void writeSquare(ObjWriter &obj) {
     writeFirePlace(obj, {2, 0, -14.5f});
 }
 
+bool writeScene(const std::string &file, const std::function<void(ObjWriter &)> &write) {
+    std::ofstream stream(file);
+    stream << "mtllib village.mtl\n";
+    ObjWriter obj(stream);
+    write(obj);
+    stream.close();
+    return static_cast<bool>(stream);
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -76,12 +88,22 @@ int main(int argc, char **argv) {
         return 2;
     }
     const std::string folder = std::string(argv[1]) + "/";
-    std::ofstream stream(folder + "village.obj");
-    stream << "mtllib village.mtl\n";
-    ObjWriter obj(stream);
-    writeSquare(obj);
-    writeHouses(obj);
-    writeGreen(obj);
+    const Island island;
+    const bool written = writeScene(folder + "village.obj",
+                                    [](ObjWriter &obj) {
+                                        writeSquare(obj);
+                                        writeHouses(obj);
+                                        writeGreen(obj);
+                                    }) &&
+                         writeScene(folder + "nature.obj",
+                                    [&](ObjWriter &obj) {
+                                        writeForest(obj, island);
+                                        writeRocks(obj, island);
+                                        writeGrass(obj, island);
+                                        writeShore(obj, island);
+                                        writeSeabed(obj, island);
+                                    }) &&
+                         writeScene(folder + "fish.obj", writeFish);
     std::string error;
     makeTextures(
         argc == 3 ? static_cast<unsigned int>(std::atoi(argv[2])) : 256,
@@ -89,11 +111,10 @@ int main(int argc, char **argv) {
             const int size = static_cast<int>(side);
             error += ravolt::writePng(folder + name + ".png", {size, size, 3, true, rgb.data()});
         });
-    stream.close();
     std::ofstream material(folder + "village.mtl");
     material << materials();
     material.close();
-    if (!stream || !material || !error.empty()) {
+    if (!written || !material || !error.empty()) {
         std::fprintf(stderr, "%s: the village could not be written %s\n", argv[0], error.c_str());
         return 1;
     }

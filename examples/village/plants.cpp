@@ -12,29 +12,16 @@ namespace {
 
 constexpr float pi = 3.1415927f;
 
-void writeCrown(ObjWriter &obj, const Point &middle, float radius, int seed) {
-    constexpr int rings = 12, sides = 18;
-    std::vector<std::vector<Point>> rows;
-    for (int ring = 0; ring <= rings; ++ring) {
-        const float down = pi * static_cast<float>(ring) / rings;
-        std::vector<Point> row;
-        for (int i = 0; i < sides; ++i) {
-            const float angle = 2 * pi * static_cast<float>(i) / sides;
-            const Point to = {std::sin(down) * std::sin(angle), std::cos(down),
-                              std::sin(down) * std::cos(angle)};
-            const float bump = ravolt::tool::terrain::fractalNoise(to[0] * 2.2f, to[1] * 2.2f,
-                                                                   to[2] * 2.2f, 3, seed);
-            row.push_back(middle +
-                          Point{to[0], to[1] * 0.85f, to[2]} * (radius * (1 + 0.42f * bump)));
-        }
-        rows.push_back(row);
-    }
-    obj.rings(rows, 3);
+void writeCrown(ObjWriter &obj, const Point &middle, float radius, int seed,
+                Detail detail = Detail::near) {
+    const bool near = detail == Detail::near;
+    writeBall(obj, middle, {radius, 0.85f, 0.42f, 2.2f, near ? 12 : 6, near ? 18 : 9, 3}, seed);
 }
 
 } // namespace
 
-void writeTree(ObjWriter &obj, const std::string &name, const Point &foot, float height, int seed) {
+void writeTree(ObjWriter &obj, const std::string &name, const Point &foot, float height, int seed,
+               Detail detail) {
     ravolt::tool::terrain::Dice dice(static_cast<unsigned int>(seed));
     obj.begin(name + "_trunk", "bark", {}, 1);
     const float width = height * 0.045f;
@@ -44,16 +31,16 @@ void writeTree(ObjWriter &obj, const std::string &name, const Point &foot, float
                     {width, 0.3f},
                     {width * 1.7f, -0.2f},
                     {width * 1.8f, -1}},
-                   10, 2);
+                   detail == Detail::near ? 10 : 6, 2);
     obj.begin(name + "_crown", "leaves", {}, 1);
-    writeCrown(obj, foot + Point{0, height * 0.74f, 0}, height * 0.27f, seed);
+    writeCrown(obj, foot + Point{0, height * 0.74f, 0}, height * 0.27f, seed, detail);
     for (int i = 0; i < 5; ++i) {
         const float angle = 2 * pi * (static_cast<float>(i) + 0.5f * dice.roll()) / 5;
         const float out = height * (0.15f + 0.06f * dice.roll());
         writeCrown(obj,
                    foot + Point{out * std::sin(angle), height * (0.52f + 0.2f * dice.roll()),
                                 out * std::cos(angle)},
-                   height * (0.15f + 0.05f * dice.roll()), seed + 10 + i);
+                   height * (0.15f + 0.05f * dice.roll()), seed + 10 + i, detail);
     }
 }
 

@@ -126,4 +126,27 @@ Color windowTexture(float u, float v) {
     return shade({0.46f, 0.56f, 0.66f}, glow * (0.9f + 0.2f * tiledNoise(u, v, 4, 2, 91)));
 }
 
+Color rockTexture(float u, float v) {
+    const float crack = std::sqrt(std::fabs(tiledNoise(u, v, 8, 2, 111)));
+    const float lichen = std::clamp(2.5f * tiledNoise(u, v, 8, 3, 113) - 0.3f, 0.0f, 1.0f);
+    const float tone = (0.55f + 0.45f * crack) * (0.9f + 0.25f * tiledNoise(u, v, 64, 2, 115));
+    return shade({0.56f, 0.53f, 0.49f}, tone) * (1 - 0.4f * lichen) +
+           shade({0.50f, 0.52f, 0.34f}, tone) * (0.4f * lichen);
+}
+Color needlesTexture(float u, float v) {
+    const float needle = tiledNoise(u, wrapped(v * 0.5f), 64, 2, 121);
+    const float depth = tiledNoise(u, v, 8, 3, 123);
+    return shade({0.17f, 0.34f, 0.16f},
+                 std::clamp(0.8f + 0.5f * needle + 0.3f * depth, 0.2f, 1.4f));
+}
+Color hullTexture(float u, float v) {
+    const float gap = std::clamp(std::min(wrapped(v * 4), 1 - wrapped(v * 4)) / 0.08f, 0.0f, 1.0f);
+    return shade({0.60f, 0.42f, 0.26f}, woodGrain(v, u, 131) * (0.5f + 0.5f * gap));
+}
+// From the snout, at V = 1, to the tail.
+Color fishTexture(float u, float v) {
+    const float stripe = std::sin(22 * v + 0.6f * std::sin(6.2831853f * u));
+    return stripe > 0.35f ? Color{0.96f, 0.94f, 0.88f} : Color{0.96f, 0.50f, 0.14f};
+}
+
 } // namespace village

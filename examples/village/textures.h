@@ -26,5 +26,9 @@ Color leavesTexture(float u, float v);
 Color flowersTexture(float u, float v);
 Color awningTexture(float u, float v);
 Color windowTexture(float u, float v);
+Color rockTexture(float u, float v);
+Color needlesTexture(float u, float v);
+Color hullTexture(float u, float v);
+Color fishTexture(float u, float v);
 
 } // namespace village

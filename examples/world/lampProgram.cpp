@@ -5,6 +5,7 @@
 #include <ravolt.h>
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 
 namespace world {
@@ -68,10 +69,23 @@ vec3 from(gl_LightSourceParameters light, vec3 n) {
     return light.diffuse.rgb * facing / (light.constantAttenuation +
                light.linearAttenuation * away + light.quadraticAttenuation * away * away);
 }
+)";
+constexpr char byLamps[] = R"(
+vec3 received(vec3 n) {
+    return reached() * from(gl_LightSource[0], n) + from(gl_LightSource[1], n) +
+           from(gl_LightSource[2], n) + from(gl_LightSource[3], n);
+}
+)";
+// Leaves let light through: their sides away from it are not quite dark.
+constexpr char byTheSunAlone[] = R"(
+vec3 received(vec3 n) {
+    float facing = dot(n, normalize(gl_LightSource[0].position.xyz - position));
+    return gl_LightSource[0].diffuse.rgb * max(0.75 * facing + 0.25, 0.0);
+}
+)";
+constexpr char result[] = R"(
 void main() {
-    vec3 n = normalize(normal);
-    vec3 light = reached() * from(gl_LightSource[0], n) + from(gl_LightSource[1], n) +
-                 from(gl_LightSource[2], n) + from(gl_LightSource[3], n);
+    vec3 light = received(normalize(normal));
     vec3 color = gl_FrontMaterial.emission.rgb +
                  gl_FrontMaterial.ambient.rgb * (gl_LightModel.ambient.rgb + gl_LightSource[0].ambient.rgb) +
                  gl_FrontMaterial.diffuse.rgb * light;
@@ -79,12 +93,13 @@ void main() {
 }
 )";
 
-RVSHADER *makeProgram(bool skinned, bool shadows) {
+RVSHADER *makeProgram(bool skinned, bool shadows, const char *light) {
     RVSHADER *program = new RVSHADER();
     const std::string vertex = std::string(skinned ? skinning : rigid) + vertexStage;
     const std::string texel =
         "const float texel = 1.0 / " + std::to_string(RVSETTINGS::getSDLShadowMapSize()) + ".0;\n";
-    const std::string pixel = (shadows ? texel + shadowed : std::string(lit)) + pixelStage;
+    const std::string pixel =
+        (shadows ? texel + shadowed : std::string(lit)) + pixelStage + light + result;
     if (program->loadVertexShader("lampVS", vertex.c_str()) &&
         program->loadPixelShader("lampPS", pixel.c_str()))
         program->load(nullptr, nullptr, true);
@@ -102,6 +117,14 @@ RVTEXTURE *makeWhite() {
     return white;
 }
 
+// Beyond the cone of the main light, which is round the village.
+bool isOutdoors(RVMATERIAL &material) {
+    for (const char *prefix : {"nature_", "fish_", "duck_"})
+        if (!std::strncmp(material.getName(), prefix, std::strlen(prefix)))
+            return true;
+    return false;
+}
+
 } // namespace
 
 LampProgram::LampProgram() {
@@ -115,14 +138,18 @@ LampProgram::LampProgram() {
     }
     for (const bool skinned : {false, true})
         for (const bool shadows : {false, true})
-            programs[skinned][shadows] = makeProgram(skinned, shadows);
+            programs[skinned][shadows] = makeProgram(skinned, shadows, byLamps);
+    sunlit = makeProgram(false, false, byTheSunAlone);
 }
 
 void LampProgram::apply(bool on, bool shadows) {
     const bool works = last && programs[0][0]->isOperative();
     for (RVMATERIAL *material = RVMATERIAL::getFirst(); works; material = material->getNext()) {
         RVSHADER *program = programs[material->isSkinned()][shadows && RVSHADER::useShadows()];
-        material->setShader(on ? program : nullptr);
+        if (isOutdoors(*material))
+            material->setShader(sunlit);
+        else
+            material->setShader(on ? program : nullptr);
         if (material == last)
             return;
     }

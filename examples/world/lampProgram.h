@@ -1,7 +1,8 @@
 #pragma once
 
-// A program of the demo's own: the engine's per-pixel programs know one light, this one the main
-// light with its shadows and three more.
+// Programs of the demo's own. The engine's per-pixel programs know one light; one of these has the
+// main light with its shadows and three more. The other has the main light without its cone, for
+// what is beyond it.
 
 class RVMATERIAL;
 class RVSHADER;
@@ -13,13 +14,14 @@ class LampProgram {
   public:
     LampProgram();
 
-    // Sets the program on all those materials, or the engine's choice again. Where programs do not
-    // work the fixed functions draw.
+    // Sets the program on all those materials, or the engine's choice again; what is away from the
+    // village always has its own. Where programs do not work the fixed functions draw.
     void apply(bool on, bool shadows);
 
   private:
     RVSHADER *programs[2][2] = {}; // skinned, shadowed
-    RVMATERIAL *last = nullptr;    // of the village's
+    RVSHADER *sunlit = nullptr;
+    RVMATERIAL *last = nullptr; // of the village's
 };
 
 } // namespace world

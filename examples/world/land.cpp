@@ -10,8 +10,9 @@ namespace world {
 
 namespace {
 
+constexpr Color skyHaze = {0.79f, 0.86f, 0.92f}; // of the texture by day, at the horizon
 constexpr char daySky[] = "sky_day.tga", nightSky[] = "sky_night.tga";
-constexpr float lightDistance = 110, villageRadius = 24; // units
+constexpr float lightDistance = 700, villageRadius = 24; // units
 
 } // namespace
 
@@ -20,32 +21,32 @@ const Lighting day = {{-0.723f, 0.574f, -0.385f},
                       {1.6f, 1.48f, 1.26f},
                       0.11f,
                       {0.34f, 0.37f, 0.43f},
-                      {0.72f, 0.81f, 0.88f},
+                      skyHaze,
                       daySky,
                       152.0f,
                       false};
 // Water mirrors much of the light, which is from behind the one who comes from the sea.
 const Lighting atSea = {{-0.451f, 0.574f, -0.684f},
-                        {0.94f, 0.88f, 0.78f},
-                        0.17f,
+                        {1.28f, 1.19f, 1.02f},
+                        0.12f,
                         {0.30f, 0.32f, 0.36f},
-                        {0.72f, 0.81f, 0.88f},
+                        skyHaze,
                         daySky,
                         123.4f,
                         false};
 const Lighting underWater = {{-0.723f, 0.574f, -0.385f},
-                             {0.42f, 0.80f, 0.80f},
+                             {0.52f, 0.98f, 0.96f},
                              0.12f,
-                             {0.10f, 0.25f, 0.30f},
+                             {0.14f, 0.32f, 0.37f},
                              {0.10f, 0.36f, 0.44f},
                              daySky,
                              152.0f,
                              false};
 const Lighting night = {{0.80f, 0.574f, 0.18f},
-                        {0.64f, 0.72f, 1.0f},
+                        {0.50f, 0.58f, 0.86f},
                         0.06f,
                         {0.24f, 0.27f, 0.40f},
-                        {0.05f, 0.07f, 0.13f},
+                        {0.055f, 0.075f, 0.13f},
                         nightSky,
                         167.3f,
                         true};
@@ -75,7 +76,10 @@ void Land::apply(const Lighting &lighting) {
     light->setAmbient(own, own, own * 1.2f, 1);
     RVOPENGL::setGlobalAmbientLight(lighting.ambient.red, lighting.ambient.green,
                                     lighting.ambient.blue, 1);
-    RVOPENGL::setBackgroundColor(lighting.haze.red, lighting.haze.green, lighting.haze.blue, 1);
+    const Color haze = lighting.haze,
+                &ambient = lighting.ambient; // the sky adds a part of it to its own
+    RVOPENGL::setBackgroundColor(haze.red + 0.2f * ambient.red, haze.green + 0.2f * ambient.green,
+                                 haze.blue + 0.2f * ambient.blue, 1);
     terrain->getSkydome()->loadTexture(lighting.sky);
     terrain->getSkydome()->setRotation(0.0f, lighting.skyTurn, 0.0f);
 }

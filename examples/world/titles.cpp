@@ -16,8 +16,9 @@ namespace world {
 
 namespace {
 
-constexpr int smallWindow = 480;          // pixels; of that width and above the font fits
-constexpr float shown = 3.5f, fading = 1; // seconds
+constexpr int smallWindow = 480;  // pixels; of that width and above the font fits
+constexpr float wideWindow = 960; // pixels; where it has its own size
+constexpr float fading = 0.6f;    // seconds
 
 void drawLine(int x, int height) {
     RVTEXTURE::texturingOff(0);
@@ -47,17 +48,17 @@ bool loadTitleFont(const std::string &folder) {
 void drawTitles(const Part &part, float secondsOfPart, float split) {
     const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
     ravolt::kit::Overlay overlay(width < smallWindow ? nullptr : RVFONT::findByName("title"));
-    overlay.setScale(1);
-    const int x = width / 40, y = height - height / 20 - overlay.heightOf("");
+    overlay.setScale(std::min(static_cast<float>(width) / wideWindow, 1.0f));
+    const int x = width / 40, line = overlay.heightOf(""), low = height - height / 20 - line;
     if (part.comparison) {
         const int middle = static_cast<int>(split * static_cast<float>(width));
         drawLine(middle, height);
-        overlay.text(x, y, "without");
-        overlay.text(middle + x, y, part.comparison);
-    } else if (secondsOfPart < shown) {
-        overlay.setColor(1, 1, 1, std::min(1.0f, (shown - secondsOfPart) / fading));
-        overlay.text(x, y, part.name);
+        overlay.text(std::min(x, middle - x - overlay.widthOf("without")), low, "without");
+        overlay.text(middle + x, low, part.comparison);
     }
+    const float toTheEnd = std::min(secondsOfPart, part.seconds - secondsOfPart);
+    overlay.setColor(1, 1, 1, std::clamp(toTheEnd / fading, 0.0f, 1.0f));
+    overlay.text(x, part.comparison ? height / 20 : low, part.name);
 }
 
 } // namespace world

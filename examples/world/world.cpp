@@ -8,14 +8,16 @@
 
 #include <ravolt.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace world {
 
 namespace {
 
-constexpr float blurDistance = 12; // units from the focus
-constexpr float sameMoment = 1e-5f;
+constexpr float blurDistance = 12;                  // units from the focus
+constexpr float sameMoment = 1e-5f, adaptation = 1; // seconds; after the second the eye has adapted
+constexpr float longestStep = 0.1f;
 
 void turn(bool on, void (*switchOn)(), void (*switchOff)()) { on ? switchOn() : switchOff(); }
 
@@ -27,7 +29,7 @@ World::~World() = default;
 bool World::load() {
     RVLIGHT::markersOff();
     const bool loaded = panel.load("./panel.xml") && loadTitleFont("./") && village.load("./") &&
-                        herd.load("./", village.getNode());
+                        nature.load("./") && herd.load("./", village.getNode());
     if (!loaded)
         return false;
     adjustMaterials();
@@ -42,7 +44,7 @@ bool World::load() {
     RVOPENGL::setNearPlane(nearPlane);
     RVOPENGL::setFarPlane(worldFarPlane); // which also decides how large a sky is
     RVOPENGL::resize(0, 0, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY());
-    RAVOLT::setHDRExposure(5.0f);
+    RAVOLT::setHDRExposure(6.0f);
     return true;
 }
 
@@ -72,15 +74,16 @@ void World::applyEffects(const Effects &effects) {
 }
 
 // By night an object has the main light and three more: of the lamps, and of the fire near it.
-void World::pass(bool withFire, float time) const {
+void World::pass(float time, bool withFire) const {
     const Point eye = camera->getPosition();
-    const bool nearFire = std::hypot(eye.x - world::fire.x, eye.z - world::fire.z) < 9;
+    const bool nearFire = std::hypot(eye.x - world::fire.x, eye.z - world::fire.z) < 7.5f;
     if (night && nearFire)
         fire.passLight(time);
     if (night)
         village.passLights(nearFire ? 2 : 3);
     land.pass();
     village.pass();
+    nature.pass();
     if (withFire)
         fire.pass();
 }
@@ -89,7 +92,7 @@ void World::drawOnce(const Effects &effects, float time, bool withFire) {
     applyEffects(effects);
     RAVOLT::clear(true, true, false);
     RAVOLT::begin3D(camera);
-    pass(withFire, time);
+    pass(time, withFire);
     RAVOLT::end3D(true);
 }
 
@@ -97,19 +100,26 @@ void World::advance(const Part &part, float progress, float seconds) {
     const float ratio = 0.5f - 0.5f * std::cos(3.1415927f * progress);
     camera->setPosition(mix(part.eyeFrom, part.eyeTo, ratio));
     camera->setTarget(mix(part.targetFrom, part.targetTo, ratio));
-    herd.advance(seconds);
+    for (float rest = seconds; rest > 0; rest -= longestStep) // for a gait that changes in between
+        herd.advance(std::min(rest, longestStep));
+    nature.advance(seconds);
     cinema->advance(seconds);
     if (part.panel)
         panel.operate(progress);
 }
 
-void World::draw(const Part &part, float time) {
+void World::draw(const Part &part, float time, float split) {
     if (part.comparison) {
         drawOnce(part.before, time);
         copyFrame(0, split);
         RAVOLT::setFrameDuration(sameMoment);
     }
-    drawOnce(part.effects, time);
+    if (part.effects.tones && frameDuration > 0)
+        RAVOLT::setFrameDuration(adaptation);
+    const bool adapts = part.effects.tones && frameDuration > 0;
+    if (adapts)
+        RAVOLT::setFrameDuration(adaptation);
+    drawOnce(part.effects, time, !adapts); // flames cannot skip a second
     RAVOLT::setFrameDuration(frameDuration);
 }
 
@@ -121,13 +131,6 @@ void World::startPictures(float frameSeconds) {
         fire.pass();
         RAVOLT::end3D(true);
     }
-}
-
-void World::adapt(const Part &part, float time) {
-    RAVOLT::setFrameDuration(1); // the adaptation takes about a second
-    for (int i = 0; i < 3; ++i)
-        drawOnce(part.effects, time, false);
-    RAVOLT::setFrameDuration(frameDuration);
 }
 
 } // namespace world

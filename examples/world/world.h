@@ -7,6 +7,7 @@
 #include "examples/world/herd.h"
 #include "examples/world/lampProgram.h"
 #include "examples/world/land.h"
+#include "examples/world/nature.h"
 #include "examples/world/parts.h"
 #include "examples/world/village.h"
 
@@ -16,8 +17,6 @@ class Cinema;
 class RVCAMERA;
 
 namespace world {
-
-constexpr float split = 0.5f; // of the picture's width, where a comparison changes sides
 
 class World {
   public:
@@ -34,24 +33,25 @@ class World {
     void advance(const Part &part, float progress, float seconds);
 
     // Draws the frame into the target, `time` seconds after the start of the part; both sides of a
-    // comparison at the same moment, the one without the effect already into the window.
-    void draw(const Part &part, float time);
+    // comparison at the same moment, the one without the effect already into the window, up to
+    // `split` of its width.
+    void draw(const Part &part, float time, float split);
 
-    // In a run for pictures, whose frames are few, each counts as so many seconds. Then flames and
-    // smoke have grown before it starts, and the eye has adapted to a part's brightness at its end.
+    // In a run for pictures each frame counts as so many seconds. Flames and smoke have grown
+    // before it starts, and the eye adapts to the brightness within one frame.
     void startPictures(float frameSeconds);
-    void adapt(const Part &part, float time);
 
     Panel panel;
 
   private:
     void applyEffects(const Effects &effects);
-    void pass(bool withFire, float time) const;
+    void pass(float time, bool withFire) const;
     void drawOnce(const Effects &effects, float time, bool withFire = true);
 
     Land land;
     CampFire fire;
     Village village;
+    Nature nature;
     Herd herd;
     std::unique_ptr<LampProgram> lampProgram;
     std::unique_ptr<Cinema> cinema;
