@@ -169,7 +169,8 @@ void invokeAndFree(void *(*function)(std::size_t), std::size_t bytes) { zlfFree(
 template <class Owner, class Result, class... Arguments>
 void callFunction(Session &session, Result (*function)(Arguments...)) {
     session.forEach([&](Prepared &prepared, std::size_t number) {
-        const Combinations<Owner, Arguments...> combinations(prepared.world, prepared.buffers);
+        const Combinations<OwnerOf<Owner>, std::decay_t<Arguments>...> combinations(
+            prepared.world, prepared.buffers);
         auto arguments = combinations.at(number);
         if constexpr (std::is_same_v<decltype(function), void *(*)(std::size_t)>)
             invokeAndFree(function, std::get<0>(arguments));
@@ -202,7 +203,8 @@ template <class Object> Object *newObject(std::unique_ptr<Object> &temporary) {
 template <class Object, class Result, class... Arguments, class Function>
 void callMember(Session &session, Function function, bool fresh) {
     session.forEach([&](Prepared &prepared, std::size_t number) {
-        const Combinations<Object, Arguments...> combinations(prepared.world, prepared.buffers);
+        const Combinations<OwnerOf<Object>, std::decay_t<Arguments>...> combinations(
+            prepared.world, prepared.buffers);
         auto arguments = combinations.at(number);
         std::unique_ptr<Object> temporary;
         Object *object = fresh ? newObject(temporary) : preparedObject<Object>(prepared.world);

@@ -118,6 +118,13 @@ template <class T> T *preparedObject(const World &world) {
         return nullptr;
 }
 
+// The classes of functions whose `void *` points to a number, and one for all others, so that the
+// compiler makes few functions.
+template <class Owner>
+using OwnerOf =
+    std::conditional_t<std::is_same_v<Owner, RVTEXTURE> || std::is_same_v<Owner, RVMATERIAL>, Owner,
+                       RVNODE>;
+
 // `Owner` is the class of the function: what a `void *` means depends on it.
 template <class Owner, class T> std::vector<T> hostileValues(const World &world, Buffers &buffers) {
     if constexpr (std::is_same_v<T, bool>)

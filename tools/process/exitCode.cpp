@@ -1,3 +1,5 @@
+// The message and the exit code of a job that has ended, also without memory.
+
 #include "tools/process/exitCode.h"
 
 #include "tools/common/failure.h"
