@@ -58,8 +58,10 @@ const Material all[] = {
 
 void writeColor(std::string &text, const char *key, const Color &color) {
     text += key;
-    for (const float part : color)
-        text += " " + std::to_string(part);
+    for (const float part : color) {
+        text += ' ';
+        text += std::to_string(part);
+    }
     text += "\n";
 }
 
