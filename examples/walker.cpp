@@ -24,9 +24,9 @@ RVTEXTURE *makeFur() {
     for (unsigned int x = 0; x < size; ++x) {
         float tone = 0.6f, goal = 0.6f;
         for (unsigned int y = 0; y < size; ++y) {
-            if (roll() < 0.12f) // the next strand
-                goal = 0.42f + 0.4f * roll();
-            tone += 0.3f * (goal - tone);
+            if (roll() < 0.4f) // the next strand
+                goal = 0.46f + 0.3f * roll();
+            tone += 0.5f * (goal - tone);
             const float patch = 0.9f + 0.1f * std::sin(0.049f * static_cast<float>(x)) *
                                            std::sin(0.0737f * static_cast<float>(y));
             unsigned char *pixel = fur->getBitmap() + 3 * (y * size + x);
