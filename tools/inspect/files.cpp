@@ -3,13 +3,12 @@
 #include "tools/inspect/files.h"
 
 #include "tools/common/failure.h"
+#include "tools/common/fileStart.h"
 #include "tools/inspect/formats.h"
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <string_view>
-#include <system_error>
 
 namespace ravolt::tool::inspect {
 
@@ -47,31 +46,6 @@ constexpr std::pair<std::string_view, FileKind> extensions[] = {
     {".geo", FileKind::geometry}, {".mpg", FileKind::video}, {".mpeg", FileKind::video},
     {".m1v", FileKind::video},    {".m2v", FileKind::video},
 };
-
-void requireFile(const fs::path &file) {
-    std::error_code error;
-    if (!fs::exists(file, error))
-        throw Failure(file.string(), "no such file");
-    if (!fs::is_regular_file(file, error))
-        throw Failure(file.string(), "is no regular file");
-}
-
-std::string startOf(const fs::path &file) {
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw Failure(file.string(), "cannot be read");
-    std::string start(examinedBytes, '\0');
-    stream.read(start.data(), static_cast<std::streamsize>(start.size()));
-    start.resize(static_cast<std::size_t>(stream.gcount()));
-    return start;
-}
-
-bool isXml(std::string_view text) {
-    constexpr std::string_view mark = "\xef\xbb\xbf"; // of UTF-8
-    const std::size_t first =
-        text.find_first_not_of(" \t\r\n", text.starts_with(mark) ? mark.size() : 0);
-    return first != text.npos && text[first] == '<';
-}
 
 bool has(std::string_view text, std::string_view part) { return text.find(part) != text.npos; }
 
@@ -151,7 +125,7 @@ FileKind kindOf(const fs::path &file) {
 }
 
 Inspection inspectFile(const fs::path &file, const InspectionOptions &options) {
-    requireFile(file);
+    requireRegularFile(file);
     Inspection inspection;
     inspection.file = file;
     inspection.kind = options.kind ? *options.kind : kindOf(file);

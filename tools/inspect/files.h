@@ -4,7 +4,6 @@
 
 #include "tools/inspect/inspection.h"
 
-#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -21,9 +20,6 @@ struct InspectionOptions {
     std::optional<FileKind> kind; // else it follows from the file
     Folders folders;
 };
-
-// A file whose kind is sought, and a video, is read up to here.
-constexpr std::size_t examinedBytes = 1 << 20;
 
 // The kind of a file, by its extension and its content. Throws Failure when it cannot be read.
 std::optional<FileKind> knownKindOf(const std::filesystem::path &file);

@@ -1,13 +1,11 @@
 // Videos, as far as the header of their first sequence.
 
-#include "tools/common/failure.h"
-#include "tools/inspect/files.h"
+#include "tools/common/fileStart.h"
 #include "tools/inspect/formats.h"
 #include "tools/inspect/values.h"
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 
 namespace ravolt::tool::inspect {
 
@@ -21,16 +19,6 @@ constexpr unsigned int maxSize = 4096; // the decoder skips larger sequences
 // Frames in a second by the code in the header.
 constexpr std::array<double, 9> frameRates = {0,  24000 / 1001.0, 24, 25, 30000 / 1001.0, 30,
                                               50, 60000 / 1001.0, 60};
-
-Start startOf(const Inspection &inspection) {
-    std::ifstream stream(inspection.file, std::ios::binary);
-    if (!stream)
-        throw Failure(inspection.file.string(), "cannot be read");
-    Start start(examinedBytes);
-    stream.read(reinterpret_cast<char *>(start.data()), static_cast<std::streamsize>(start.size()));
-    start.resize(static_cast<std::size_t>(stream.gcount()));
-    return start;
-}
 
 // The bytes after the start code, from an offset on; the end where there is none.
 std::size_t findCode(const Start &start, unsigned char code, std::size_t from = 0) {
@@ -71,7 +59,8 @@ void describe(const Start &start, std::size_t header, Inspection &inspection) {
 
 // The engine opens any file as a video, so nothing here is an error.
 void inspectVideo(Inspection &inspection) {
-    const Start start = startOf(inspection);
+    const std::string bytes = startOf(inspection.file);
+    const Start start(bytes.begin(), bytes.end());
     const std::size_t header = findCode(start, sequenceCode);
     constexpr std::size_t headerBytes = 8;
     if (findCode(start, packCode) < std::min(header, start.size()))

@@ -3,18 +3,17 @@
 #include "tools/stage/content.h"
 
 #include "tools/common/failure.h"
+#include "tools/common/fileStart.h"
 
 #include <algorithm>
-#include <fstream>
 #include <string_view>
+#include <system_error>
 
 namespace ravolt::tool {
 
 namespace {
 
-constexpr std::size_t examinedBytes = 1 << 20;
 constexpr std::size_t markedBytes = 64; // that say what a file is, unless it is XML
-constexpr std::string_view blanks = " \t\r\n";
 
 // Cuts the text after the next `end`; at its own end where there is none.
 void skipThrough(std::string_view &text, std::string_view end) {
@@ -58,13 +57,6 @@ bool has(const std::vector<XmlElement> &elements, std::size_t depth, std::string
     });
 }
 
-bool isXml(const std::string &text) {
-    constexpr std::string_view mark = "\xef\xbb\xbf"; // of UTF-8
-    const std::size_t start =
-        text.find_first_not_of(blanks, text.starts_with(mark) ? mark.size() : 0);
-    return start != std::string::npos && text[start] == '<';
-}
-
 Content contentOfXml(const std::string &text) {
     const std::vector<XmlElement> elements = elementsOf(text);
     if (has(elements, 0, "emitter"))
@@ -103,31 +95,11 @@ std::vector<XmlElement> elementsOf(const std::string &xml) {
     return elements;
 }
 
-namespace {
-
-std::string startOf(const std::filesystem::path &file, std::size_t bytes) {
-    std::error_code error;
-    if (!std::filesystem::exists(file, error))
-        throw Failure(file.string(), "no such file");
-    if (std::filesystem::is_directory(file, error))
-        throw Failure(file.string(), "is a folder, not a scene or a model");
-    if (!std::filesystem::is_regular_file(file, error)) // it is read more than once
-        throw Failure(file.string(), "is no regular file");
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw Failure(file.string(), "cannot be read");
-    std::string start(bytes, '\0');
-    stream.read(start.data(), static_cast<std::streamsize>(start.size()));
-    start.resize(static_cast<std::size_t>(stream.gcount()));
-    return start;
-}
-
-} // namespace
-
-std::string startOf(const std::filesystem::path &file) { return startOf(file, examinedBytes); }
-
 // More than the first bytes only of what may be XML.
 Content contentOf(const std::filesystem::path &file) {
+    std::error_code error;
+    if (std::filesystem::is_directory(file, error))
+        throw Failure(file.string(), "is a folder, not a scene or a model");
     const std::string start = startOf(file, markedBytes);
     if (start.starts_with("RVE file v"))
         return Content::scene;

@@ -26,7 +26,4 @@ struct XmlElement {
 };
 std::vector<XmlElement> elementsOf(const std::string &xml);
 
-// As much of a file as its kind depends on.
-std::string startOf(const std::filesystem::path &file);
-
 } // namespace ravolt::tool

@@ -3,6 +3,7 @@
 #include "tools/stage/landscape.h"
 
 #include "tools/common/failure.h"
+#include "tools/common/fileStart.h"
 #include "tools/common/geometryPath.h"
 #include "tools/process/scopedSilentLog.h"
 #include "tools/stage/content.h"
