@@ -10,7 +10,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 #include <vector>
 
 namespace ravolt::tool {
@@ -64,7 +63,19 @@ void printLines(const Checked &checked) {
         std::printf("%s\n", textOf(checked.file, finding).c_str());
 }
 
-void run(const CheckCommandOptions &options) {
+void addOptions(CLI::App &app, CheckCommandOptions &to) {
+    app.add_option("FILE", to.files,
+                   "Scenes, clips, textures, terrains, geometries, interfaces, emitters, kerning "
+                   "files, settings files or videos")
+        ->required();
+    addInspect(app, to);
+    app.add_flag("--strict", to.strict, "Exit with 1 for warnings, too");
+    app.footer("Prints FILE:OFFSET or FILE:LINE:COLUMN, error or warning, and the reason. An error "
+               "is what the engine refuses to load, a warning what cannot be meant.\n");
+}
+
+void checkFiles(const CheckCommandOptions &options) {
+    LogRedirect::clear(); // what the engine's readers log is among the findings
     std::size_t refused = 0, warned = 0;
     Json files = Json::array();
     for (const std::filesystem::path &file : options.files) {
@@ -88,21 +99,6 @@ void run(const CheckCommandOptions &options) {
 
 } // namespace
 
-std::function<void()> addCheck(CLI::App &app) {
-    const auto options = std::make_shared<CheckCommandOptions>();
-    app.add_option("FILE", options->files,
-                   "Scenes, clips, textures, terrains, geometries, interfaces, emitters, kerning "
-                   "files, settings files or videos")
-        ->required();
-    addInspect(app, *options);
-    app.add_flag("--strict", options->strict, "Exit with 1 for warnings, too");
-    app.footer("Prints FILE:OFFSET or FILE:LINE:COLUMN, error or warning, and the reason. An error "
-               "is what the engine refuses to load, a warning what cannot be meant.\n");
-    return [options] {
-        check(*options);
-        LogRedirect::clear(); // what the engine's readers log is among the findings
-        run(*options);
-    };
-}
+std::function<void()> addCheck(CLI::App &app) { return addCommand(app, addOptions, checkFiles); }
 
 } // namespace ravolt::tool

@@ -10,7 +10,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <memory>
 
 namespace ravolt::tool {
 
@@ -83,13 +82,6 @@ void makeFont(const FontCommandOptions &options) {
 
 } // namespace
 
-std::function<void()> addFont(CLI::App &app) {
-    const auto options = std::make_shared<FontCommandOptions>();
-    addOptions(app, *options);
-    return [options] {
-        check(*options);
-        makeFont(*options);
-    };
-}
+std::function<void()> addFont(CLI::App &app) { return addCommand(app, addOptions, makeFont); }
 
 } // namespace ravolt::tool

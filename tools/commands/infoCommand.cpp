@@ -17,7 +17,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 
 namespace ravolt::tool {
 
@@ -97,7 +96,18 @@ Json modelInfo(const InfoCommandOptions &options) {
     return info;
 }
 
-void print(const InfoCommandOptions &options) {
+void addOptions(CLI::App &app, InfoCommandOptions &to) {
+    app.add_option("FILE", to.file,
+                   "A model, scene, clip, texture, terrain, geometry, interface, emitter, kerning "
+                   "file, settings file or video")
+        ->required();
+    addInspect(app, to);
+    addSources(app, to.sources);
+    addLimits(app, to.limits);
+}
+
+void printInfo(const InfoCommandOptions &options) {
+    LogRedirect::clear(); // what the engine's readers log is among the findings
     const Json info =
         isModel(options) ? modelInfo(options) : goodInfo(options.file, options.inspection);
     const std::string text = options.json ? info.dump(2) + "\n" : textOf(info);
@@ -106,20 +116,6 @@ void print(const InfoCommandOptions &options) {
 
 } // namespace
 
-std::function<void()> addInfo(CLI::App &app) {
-    const auto options = std::make_shared<InfoCommandOptions>();
-    app.add_option("FILE", options->file,
-                   "A model, scene, clip, texture, terrain, geometry, interface, emitter, kerning "
-                   "file, settings file or video")
-        ->required();
-    addInspect(app, *options);
-    addSources(app, options->sources);
-    addLimits(app, options->limits);
-    return [options] {
-        check(*options);
-        LogRedirect::clear(); // what the engine's readers log is among the findings
-        print(*options);
-    };
-}
+std::function<void()> addInfo(CLI::App &app) { return addCommand(app, addOptions, printInfo); }
 
 } // namespace ravolt::tool

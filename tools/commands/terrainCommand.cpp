@@ -10,7 +10,6 @@
 #include <cmath>
 #include <cstdio>
 #include <map>
-#include <memory>
 
 namespace ravolt::tool {
 
@@ -215,13 +214,6 @@ void makeTerrain(const TerrainCommandOptions &options) {
 
 } // namespace
 
-std::function<void()> addTerrain(CLI::App &app) {
-    const auto options = std::make_shared<TerrainCommandOptions>();
-    addOptions(app, *options);
-    return [options] {
-        check(*options);
-        makeTerrain(*options);
-    };
-}
+std::function<void()> addTerrain(CLI::App &app) { return addCommand(app, addOptions, makeTerrain); }
 
 } // namespace ravolt::tool
