@@ -118,12 +118,6 @@ bool usesTarget(const ShotOptions &options) {
     return effectsFrom(options.effects).needWholePicture() && !options.wireframe;
 }
 
-std::unique_ptr<Engine> startForStage(const ShotOptions &options, WindowSize &drawn) {
-    Drawing drawing = drawingFor(options, options.content == Content::emitter);
-    drawing.useTarget = usesTarget(options);
-    return startEngine(options, drawing, drawn);
-}
-
 void drawOnStage(const ShotOptions &options) {
     const Verbosity &verbosity = options.verbosity;
     const fs::path output = outputOf(options);
@@ -132,7 +126,8 @@ void drawOnStage(const ShotOptions &options) {
     if (usesTarget(options))
         requireTarget(options, "with bloom, tone mapping or depth of field ");
     WindowSize drawn = sizeToDraw(options, usesTarget(options) ? maxTarget : 2 * maxTarget);
-    const std::unique_ptr<Engine> engine = startForStage(options, drawn);
+    const std::unique_ptr<Engine> engine =
+        startEngine(options, options.content == Content::emitter, usesTarget(options), drawn);
     const bool ofClip = !options.clip.empty();
     RAVOLT::setFrameDuration(static_cast<float>(ofClip ? 1 / options.fps : frameStep));
     const LoadedScene loaded = load(*engine, scene, options);

@@ -9,8 +9,10 @@
 
 namespace ravolt::tool {
 
-std::unique_ptr<Engine> startEngine(const ShotOptions &options, Drawing drawing,
+std::unique_ptr<Engine> startEngine(const ShotOptions &options, bool programs, bool useTarget,
                                     WindowSize &drawn) {
+    Drawing drawing = drawingFor(options, programs);
+    drawing.useTarget = useTarget;
     const WindowSize size = options.size;
     const int wanted = drawn.width / size.width;
     for (int side = wanted;; --side) {

@@ -1,4 +1,4 @@
-// Terrains and interfaces are drawn into a target, as a whole.
+// Terrains and interfaces are drawn into a target, as a whole, and with effects that need it.
 
 #include "tools/commands/shotOthers.h"
 
@@ -26,13 +26,6 @@ Vector turnedAbout(const Vector &center, const Vector &point, double turns) {
                            arm.z * std::cos(angle) - arm.x * std::sin(angle));
 }
 
-// In a target the picture is drawn as a whole, and with effects that need it.
-std::unique_ptr<Engine> startForTarget(const ShotOptions &options, WindowSize &drawn) {
-    Drawing drawing = drawingFor(options, true);
-    drawing.useTarget = true;
-    return startEngine(options, drawing, drawn);
-}
-
 } // namespace
 
 void shootTerrain(const ShotOptions &options) {
@@ -44,7 +37,7 @@ void shootTerrain(const ShotOptions &options) {
     const LogAtEnd logged(options.verbosity);
     requireTarget(options);
     WindowSize drawn = sizeToDraw(options, maxTarget);
-    const std::unique_ptr<Engine> engine = startForTarget(options, drawn);
+    const std::unique_ptr<Engine> engine = startEngine(options, true, true, drawn);
     RAVOLT::setFrameDuration(static_cast<float>(frameStep));
     Landscape landscape(*engine, files);
     arrange(landscape, options);
@@ -76,7 +69,7 @@ void shootInterface(const ShotOptions &options) {
     if (!options.sizeIsGiven)
         drawn = fitting.size = sizeOfInterface(fitting);
     requireTarget(fitting);
-    const std::unique_ptr<Engine> engine = startForTarget(fitting, drawn);
+    const std::unique_ptr<Engine> engine = startEngine(fitting, true, true, drawn);
     RAVOLT::setFrameDuration(static_cast<float>(frameStep));
     Panel panel(engine->loadInterface(fitting.input));
     removeBrokenTextures(options.verbosity);
