@@ -1,10 +1,14 @@
+// The projection of a frame and its end, which everything that is drawn shares.
+
 #include "tools/stage/drawable.h"
 
+#include "tools/process/scopedSilentLog.h"
 #include "tools/stage/engine.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <ravolt/RAVOLT.h>
 #include <ravolt/RVOPENGL.h>
 
 namespace ravolt::tool {
@@ -32,6 +36,15 @@ void project(const Projection &projection, const PicturePart &part) {
     RVOPENGL::setFrustum(f(left), f(left + canvas.width * pixel), f(bottom),
                          f(bottom + canvas.height * pixel), f(projection.nearest),
                          f(projection.farthest), false);
+}
+
+void endFrame() {
+    {
+        const ScopedSilentLog silence; // tone mapping prints a line in each frame
+        RAVOLT::end3D(true);
+    }
+    RAVOLT::begin2D();
+    RAVOLT::end2D();
 }
 
 } // namespace ravolt::tool

@@ -42,6 +42,9 @@ struct Projection {
 // Sets it for that part of the picture.
 void project(const Projection &projection, const PicturePart &part);
 
+// Ends the 3D block of a frame. The 2D block after it ends the wireframe and brings culling back.
+void endFrame();
+
 // Width through height of the whole picture.
 double aspectOf(const PicturePart &part);
 

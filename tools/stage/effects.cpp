@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <ravolt/RAVOLT.h>
 #include <ravolt/RVOPENGL.h>
 #include <ravolt/RVSHADER.h>
 #include <sstream>
@@ -177,6 +178,17 @@ std::string Effects::names() const {
         if (isOn(row.effect))
             all += (all.empty() ? "" : ", ") + std::string(row.name);
     return all.empty() ? "no effects" : all;
+}
+
+void switchTo(bool on, void (*switchOn)(), void (*switchOff)()) { on ? switchOn() : switchOff(); }
+
+void applyToPicture(const Effects &effects, bool wanted) {
+    const auto isOn = [&](Effect effect) { return wanted && effects.isOn(effect); };
+    switchTo(isOn(Effect::bloom), RAVOLT::bloomingOn, RAVOLT::bloomingOff);
+    switchTo(isOn(Effect::toneMapping), RAVOLT::HDROn, RAVOLT::HDROff);
+    switchTo(isOn(Effect::depthOfField), RAVOLT::DOFOn, RAVOLT::DOFOff);
+    RAVOLT::setBloomingIntensity(static_cast<float>(effects.get(EffectParameter::bloomIntensity)));
+    RAVOLT::setHDRExposure(static_cast<float>(effects.get(EffectParameter::exposure)));
 }
 
 } // namespace ravolt::tool

@@ -89,6 +89,11 @@ class Effects {
     std::array<double, numberOfEffectParameters> values{};
 };
 
+// The engine's settings of effects persist, so each frame sets all of them.
+void switchTo(bool on, void (*switchOn)(), void (*switchOff)());
+// Those that work on the picture as a whole, or none of them, but for where the focus is.
+void applyToPicture(const Effects &effects, bool wanted);
+
 // Whether the live engine's display can do an effect and all that it needs.
 bool canBeDone(Effect effect);
 

@@ -5,7 +5,6 @@
 #include "tools/common/failure.h"
 #include "tools/common/fileStart.h"
 #include "tools/common/geometryPath.h"
-#include "tools/process/scopedSilentLog.h"
 #include "tools/stage/content.h"
 #include "tools/stage/engine.h"
 #include "tools/stage/lights.h"
@@ -179,17 +178,9 @@ void Landscape::aim() {
     camera->setTargetNode(camera);
 }
 
-// These settings of the engine persist, so each frame sets all of them.
 void Landscape::applyEffects() {
-    const auto apply = [](bool on, void (*switchOn)(), void (*switchOff)()) {
-        on ? switchOn() : switchOff();
-    };
-    apply(!wireframe && effects.isOn(Effect::bloom), RAVOLT::bloomingOn, RAVOLT::bloomingOff);
-    apply(!wireframe && effects.isOn(Effect::toneMapping), RAVOLT::HDROn, RAVOLT::HDROff);
-    apply(!wireframe && effects.isOn(Effect::depthOfField), RAVOLT::DOFOn, RAVOLT::DOFOff);
-    apply(wireframe, RAVOLT::wireframeOn, RAVOLT::wireframeOff);
-    RAVOLT::setBloomingIntensity(f(effects.get(EffectParameter::bloomIntensity)));
-    RAVOLT::setHDRExposure(f(effects.get(EffectParameter::exposure)));
+    applyToPicture(effects, !wireframe);
+    switchTo(wireframe, RAVOLT::wireframeOn, RAVOLT::wireframeOff);
     const double nearest = RVOPENGL::getNearPlane(), farthest = RVOPENGL::getFarPlane();
     const double sharp = length(target - eye) * 2 * effects.get(EffectParameter::focus);
     RAVOLT::setDOFFocus(f((sharp + nearest) / farthest));
@@ -245,13 +236,7 @@ void Landscape::draw() {
     terrain->pass();
     if (showChunks)
         passChunks();
-    {
-        const ScopedSilentLog silence; // tone mapping prints a line in each frame
-        RAVOLT::end3D(true);
-    }
-    // The 2D block ends the wireframe and brings culling back.
-    RAVOLT::begin2D();
-    RAVOLT::end2D();
+    endFrame();
 }
 
 } // namespace ravolt::tool

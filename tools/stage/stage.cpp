@@ -2,8 +2,6 @@
 
 #include "tools/stage/stage.h"
 
-#include "tools/process/scopedSilentLog.h"
-#include "tools/stage/drawable.h"
 #include "tools/stage/floor.h"
 #include "tools/stage/vectors.h"
 #include "tools/stage/walk.h"
@@ -144,21 +142,12 @@ void Stage::focus(double distance) {
     RAVOLT::setDOFRange(static_cast<float>(farthest / depth));
 }
 
-// These settings of the engine persist, so each frame sets all of them.
 void Stage::applyEffects(double distance) {
-    const bool whole = !RAVOLT::isWireframed(); // lines would draw a picture's outline only
-    const auto apply = [](bool on, void (*switchOn)(), void (*switchOff)()) {
-        on ? switchOn() : switchOff();
-    };
     // Without programs a mesh that they skin would be drawn in its bind pose.
-    apply(effects.isOn(Effect::perPixel) || skinnedByPrograms, RVSETTINGS::forceShadersOn,
-          RVSETTINGS::forceShadersOff);
-    apply(effects.isOn(Effect::shadows), RAVOLT::shadowingOn, RAVOLT::shadowingOff);
-    apply(whole && effects.isOn(Effect::bloom), RAVOLT::bloomingOn, RAVOLT::bloomingOff);
-    apply(whole && effects.isOn(Effect::toneMapping), RAVOLT::HDROn, RAVOLT::HDROff);
-    apply(whole && effects.isOn(Effect::depthOfField), RAVOLT::DOFOn, RAVOLT::DOFOff);
-    RAVOLT::setBloomingIntensity(static_cast<float>(effects.get(EffectParameter::bloomIntensity)));
-    RAVOLT::setHDRExposure(static_cast<float>(effects.get(EffectParameter::exposure)));
+    switchTo(effects.isOn(Effect::perPixel) || skinnedByPrograms, RVSETTINGS::forceShadersOn,
+             RVSETTINGS::forceShadersOff);
+    switchTo(effects.isOn(Effect::shadows), RAVOLT::shadowingOn, RAVOLT::shadowingOff);
+    applyToPicture(effects, !RAVOLT::isWireframed()); // which would draw a picture's outline only
     focus(distance);
 }
 
@@ -175,13 +164,7 @@ void Stage::draw() {
     if (effects.isOn(Effect::floor))
         floor->pass();
     lights.pass();
-    {
-        const ScopedSilentLog silence; // tone mapping prints a line in each frame
-        RAVOLT::end3D(true);
-    }
-    // The 2D block ends the wireframe and brings culling back.
-    RAVOLT::begin2D();
-    RAVOLT::end2D();
+    endFrame();
 }
 
 } // namespace ravolt::tool
