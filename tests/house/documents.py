@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Compiles the C++ blocks of the documents, those with the kit or for tests as C++17, and finds links to files that are not there.
+"""Compiles the C++ blocks of the documents, those with the kit or for tests as C++17, and finds links to files
+that are not there and pages of the guide that are long or have no picture.
 
 documents.py SOURCE COMPILER
 documents.py --links FOLDER     finds such links alone, in all documents of a folder
@@ -30,6 +31,17 @@ def compiles(code, source, compiler):
     return result.returncode == 0
 
 
+LONGEST = 155 # lines of a page of the guide
+
+
+def page_faults(page):
+    text = page.read_text()
+    if text.count("\n") > LONGEST:
+        yield f"{page.name}: {text.count(chr(10))} lines, more than {LONGEST}"
+    if "](../pictures/guide/" not in text:
+        yield f"{page.name}: no picture"
+
+
 def dead_links(document):
     for link in links(document.read_text()):
         if not (document.parent / link).exists():
@@ -50,7 +62,7 @@ def main():
             if not compiles(code, source, compiler):
                 print(f"{document.name}: C++ block {number} does not compile")
                 faults += 1
-        for fault in dead_links(document):
+        for fault in [*dead_links(document), *(page_faults(document) if document.parent == source / "docs/guide" else [])]:
             print(fault)
             faults += 1
     if not compiled:
