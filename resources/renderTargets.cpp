@@ -78,6 +78,7 @@ struct State {
     RVFBO **pool = nullptr;    // RVOPENGL's, once it was made
     bool placeholders = false; // of the rows below at least
     bool isPlaceholder[ravolt::renderTargets] = {};
+    unsigned int lowestId = ~0u, highestId = 0; // of their textures
 };
 State state;
 
@@ -99,6 +100,8 @@ bool attachTexture(RVFBO &target, const Row &row) {
     if (!texture)
         return false;
     texture->incReferences();
+    state.lowestId = std::min(state.lowestId, texture->getId());
+    state.highestId = std::max(state.highestId, texture->getId());
     texture->setFilter(true, row.filter == mipmapped, true);
     if (placeholder)
         ravolt::TextureInternals::createPlaceholder(*texture, width, height, row.format);
@@ -157,7 +160,10 @@ void ravolt::allocateRenderTargets() {
 }
 
 void ravolt::RenderTargets::allocateIfTarget(const RVTEXTURE &texture) {
-    if (state.placeholders &&
+    if (!state.placeholders)
+        return;
+    const unsigned int id = texture.getId(); // of other textures it is mostly outside of the range
+    if (id >= state.lowestId && id <= state.highestId &&
         std::any_of(state.pool, state.pool + renderTargets, [&texture](const RVFBO *target) {
             return target && target->getTexture() == &texture;
         }))
