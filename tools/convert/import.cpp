@@ -7,6 +7,7 @@
 #include "tools/common/failure.h"
 #include "tools/convert/container.h"
 #include "tools/convert/gltf1.h"
+#include "tools/convert/smoothNormals.h"
 #include "tools/convert/vertexColors.h"
 #include "tools/convert/vertices.h"
 
@@ -33,8 +34,8 @@ namespace {
 // Creases sharper than this stay sharp where the model brings no normals.
 constexpr float creaseAngle = 60;
 
-constexpr unsigned int steps = aiProcess_Triangulate | aiProcess_SortByPType |
-                               aiProcess_GenSmoothNormals | aiProcess_GenUVCoords;
+constexpr unsigned int steps =
+    aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_GenUVCoords;
 
 // Forwards assimp's progress to the progress bar.
 class Handler : public Assimp::ProgressHandler {
@@ -323,7 +324,6 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
 
     importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
-    importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, creaseAngle);
 
     progress.step("reading " + std::filesystem::path(path).filename().string(), 0, 0.35);
     readFile(path, files, report);
@@ -349,6 +349,8 @@ Model::Model(const std::string &path, ModelFiles &files, Report &report, Progres
         hasTextureTransforms() ? steps : steps | aiProcess_TransformUVCoords);
     if (!current)
         throw Failure(path, oneLine(importer.GetErrorString()));
+    for (unsigned int i = 0; i < read.mNumMeshes; ++i)
+        smoothNormals(*read.mMeshes[i], creaseAngle);
     bakeVertexColors(read, {linearColors, textureLimit}, report);
     // In every release: assimp's own step would precede the baking, which may separate equal
     // vertices. Release 5.2.5 also joins vertices that different bones move.
