@@ -59,6 +59,18 @@ Example::Example(int argc, char **argv, std::initializer_list<const char *> requ
     requireDisplay();
 }
 
+RVNODE *Example::openScene(RVSETTINGS &settings) const {
+    const std::string folder = folderOf(files[0]);
+    settings.setVideoMemory(256); // megabytes for textures
+    settings.setColorDepth(32);   // all four bytes of an identifier fit into a pixel
+    settings.setRVEPath(folder.c_str());
+    settings.setTexturePath(folder.c_str());
+    RVNODE *scene = RAVOLT::init(&settings) ? RAVOLT::load(files[0] + folder.size()) : nullptr;
+    if (!scene)
+        RAVOLT::free();
+    return scene;
+}
+
 void Example::writePicture(const char *path) {
     ravolt::kit::Screenshot picture;
     if (picture.take())

@@ -17,6 +17,9 @@
 #include <string>
 #include <vector>
 
+class RVNODE;
+class RVSETTINGS;
+
 // The part of a file's name up to and including the last slash; empty if there is none.
 std::string folderOf(const std::string &file);
 
@@ -38,6 +41,10 @@ struct Example {
     // Ends the program with that line when the command line is invalid, and with advice when there
     // is no display.
     Example(int argc, char **argv, std::initializer_list<const char *> required = {});
+
+    // Starts the engine with these settings, and loads the scene that is the first of `files`, with
+    // the textures beside it. NULL when that fails; the log says why.
+    RVNODE *openScene(RVSETTINGS &settings) const;
 
     // To be called once after each RAVOLT::swap: handles the window's events and writes the picture
     // of the frame, if it has one. False when the program is to end.

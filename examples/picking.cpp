@@ -17,19 +17,11 @@ static std::string describe(const ravolt::kit::Pick &pick) {
 
 int main(int argc, char **argv) {
     Example example(argc, argv, {"SCENE.rve"});
-    const std::string folder = folderOf(example.files[0]);
     RVSETTINGS settings;
     settings.setTitle("Ravolt: picking");
-    settings.setVideoMemory(256); // megabytes for textures
-    settings.setColorDepth(32);   // all four bytes of an identifier fit into a pixel
-    settings.setRVEPath(folder.c_str());
-    settings.setTexturePath(folder.c_str());
-    RVNODE *model =
-        RAVOLT::init(&settings) ? RAVOLT::load(example.files[0] + folder.size()) : nullptr;
-    if (!model) {
-        RAVOLT::free();
+    RVNODE *model = example.openScene(settings);
+    if (!model)
         return 1;
-    }
     RVCAMERA *camera = new RVCAMERA();
     camera->setPosition(3.0f, 3.0f, 5.0f);
     camera->setTargetNode(model);

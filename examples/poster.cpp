@@ -6,24 +6,14 @@
 #include <ravolt.h>
 #include <ravolt/kit.h>
 
-#include <string>
-
 int main(int argc, char **argv) {
     Example example(argc, argv, {"SCENE.rve"});
-    const std::string folder = folderOf(example.files[0]);
     RVSETTINGS settings;
     settings.setTitle("Ravolt: poster");
-    settings.setVideoMemory(256); // megabytes for textures
     settings.setMaxAnisotropy(1); // software drivers are several times faster
-    settings.setColorDepth(32);
-    settings.setRVEPath(folder.c_str());
-    settings.setTexturePath(folder.c_str());
-    RVNODE *model =
-        RAVOLT::init(&settings) ? RAVOLT::load(example.files[0] + folder.size()) : nullptr;
-    if (!model) {
-        RAVOLT::free();
+    RVNODE *model = example.openScene(settings);
+    if (!model)
         return 1;
-    }
     RVCAMERA *camera = new RVCAMERA();
     camera->setPosition(3.0f, 3.0f, 5.0f);
     camera->setTargetNode(model);
