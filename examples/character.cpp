@@ -22,13 +22,7 @@ int main(int argc, char **argv) {
 
     do {
         walker.advance(example.seconds());
-        RAVOLT::clear(true, true, false);
-        RAVOLT::begin3D(camera);
-        spot->pass(true);
-        stage->pass(true);
-        walker.getNode()->pass(true);
-        RAVOLT::end3D(true);
-        showFrame();
+        drawFrame(camera, {spot, stage, walker.getNode()});
     } while (example.next());
 
     RAVOLT::free();

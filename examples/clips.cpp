@@ -46,12 +46,8 @@ int main(int argc, char **argv) {
             player.stop(1);
         player.update(example.seconds());
         seconds += example.seconds();
-        RAVOLT::clear(true, true, false);
-        RAVOLT::begin3D(camera);
-        for (RVNODE *node : {static_cast<RVNODE *>(spot), stage, character})
-            node->pass(true);
-        RAVOLT::end3D(true);
-        showFrame(nullptr, [&] { overlay.text(10, 10, std::to_string(steps) + " steps"); });
+        drawFrame(camera, {spot, stage, character},
+                  [&] { overlay.text(10, 10, std::to_string(steps) + " steps"); });
     } while (example.next());
     RAVOLT::free();
     return 0;

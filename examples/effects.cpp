@@ -133,14 +133,7 @@ int main(int argc, char **argv) {
             adaptToneMapping();
 
         // draw
-        RAVOLT::clear(true, true, false);
-        RAVOLT::begin3D(camera);
-        spot->pass(true);
-        stage->pass(true);
-        model->pass(true);
-        walker.getNode()->pass(true);
-        RAVOLT::end3D(true);
-        showFrame();
+        drawFrame(camera, {spot, stage, model, walker.getNode()});
     } while (example.next());
 
     // free

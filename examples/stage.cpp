@@ -151,3 +151,13 @@ void showFrame(RVNODE *interface, const std::function<void()> &overlay, float fr
     RAVOLT::end2D();
     RAVOLT::swap();
 }
+
+void drawFrame(RVCAMERA *camera, std::initializer_list<RVNODE *> nodes,
+               const std::function<void()> &overlay) {
+    RAVOLT::clear(true, true, false);
+    RAVOLT::begin3D(camera);
+    for (RVNODE *node : nodes)
+        node->pass(true);
+    RAVOLT::end3D(true);
+    showFrame(nullptr, overlay);
+}

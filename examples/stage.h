@@ -4,6 +4,7 @@
 // camera.
 
 #include <functional>
+#include <initializer_list>
 
 class RVCAMERA;
 class RVLIGHT;
@@ -41,6 +42,10 @@ void orbit(RVCAMERA *camera, float degrees);
 // them.
 void showFrame(RVNODE *interface = nullptr, const std::function<void()> &overlay = nullptr,
                float from = 0);
+
+// A whole frame: draws nodes, seen by the camera, and shows them.
+void drawFrame(RVCAMERA *camera, std::initializer_list<RVNODE *> nodes,
+               const std::function<void()> &overlay = nullptr);
 
 // Draws the columns between two numbers from 0 to 1 into the window, which is not shown yet:
 // another picture of the same frame follows, with showFrame. Without render targets it has no

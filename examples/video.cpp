@@ -22,12 +22,7 @@ int main(int argc, char **argv) {
 
     do {
         cinema.advance(example.seconds());
-        RAVOLT::clear(true, true, false);
-        RAVOLT::begin3D(camera);
-        spot->pass(true);
-        stage->pass(true);
-        RAVOLT::end3D(true);
-        showFrame();
+        drawFrame(camera, {spot, stage});
     } while (example.next());
 
     RAVOLT::free();
