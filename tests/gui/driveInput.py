@@ -22,10 +22,10 @@ TITLE = "Ravolt input test"
 class Screen:
     """A server without a window manager."""
 
-    def __init__(self):
+    def __init__(self, size="640x480"):
         read, write = os.pipe()
         self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write), "-screen", "0", "640x480x24", "-noreset",
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", size + "x24", "-noreset",
              "-nolisten", "tcp"],
             pass_fds=[write], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(write)
@@ -51,19 +51,19 @@ class Screen:
         self.server.wait(TIMEOUT)
 
 
-
-def run_on_screen(start, operate):
+def run_on_screen(start, operate, size="640x480"):
     """Calls `operate` with what `start` makes on a screen of its own: an object whose `process` is a
-    program. Neither the program nor the screen is left behind."""
-    screen, running = Screen(), None
+    program. Returns its result. Neither the program nor the screen is left behind."""
+    screen, running = Screen(size), None
     try:
         running = start(screen)
-        operate(running)
+        return operate(running)
     finally:
         if running and running.process.poll() is None:
             running.process.kill()
             running.process.wait()
         screen.stop()
+
 
 class Application:
     def __init__(self, program, screen):
@@ -153,22 +153,13 @@ def use_widgets(application):
     application.expect("in the end", clicks="1", field="H", window="50,110", value="1")
 
 
-def main():
-    screen = Screen()
-    application = None
-    try:
-        application = Application(sys.argv[1], screen)
-        application.move(300, 230)
-        use_widgets(application)
-        application.key("Escape")
-        if application.process.wait(TIMEOUT) != 0:
-            sys.exit("the program has failed")
-    finally:
-        if application and application.process.poll() is None:
-            application.process.kill()
-            application.process.wait()
-        screen.stop()
+def operate(application):
+    application.move(300, 230)
+    use_widgets(application)
+    application.key("Escape")
+    if application.process.wait(TIMEOUT) != 0:
+        sys.exit("the program has failed")
 
 
 if __name__ == "__main__":
-    main()
+    run_on_screen(lambda screen: Application(sys.argv[1], screen), operate)

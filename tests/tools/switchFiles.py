@@ -18,7 +18,7 @@ from pathlib import Path
 
 tool, sources, drag = sys.argv[1], Path(sys.argv[2]), sys.argv[3]
 sys.path.insert(0, str(sources / "tests/gui"))
-from driveInput import Screen  # noqa: E402
+from driveInput import run_on_screen  # noqa: E402
 
 PATIENCE = 60  # seconds, on a machine with much else to do
 SIZE = (320, 240)
@@ -149,30 +149,22 @@ def drop_files(viewer, folder):
     viewer.drop((folder / "a.obj").as_uri(), "a.obj")
 
 
-def releases(screen, folder, use):
-    viewer = Viewer(screen, folder / "a.obj")
-    try:
-        use(viewer)
-        return viewer.quit()
-    finally:
-        if viewer.process.poll() is None:
-            viewer.process.kill()
-            viewer.process.wait()
-
-
 def use_all(viewer):
     go_through_files(viewer)
     show_text(viewer)
     drop_files(viewer, files)
 
 
+def releases(use):
+    """The numbers of released objects at the end of a viewer, after `use` of it."""
+    def operate(viewer):
+        use(viewer)
+        return viewer.quit()
+    return run_on_screen(lambda screen: Viewer(screen, files / "a.obj"), operate)
+
+
 files = make_files()
-display = Screen()
-try:
-    one = releases(display, files, lambda viewer: None)
-    many = releases(display, files, use_all)
-finally:
-    display.stop()
+one, many = releases(lambda viewer: None), releases(use_all)
 print(one)
 if not one or one != many:
     sys.exit(f"of one file {one}, of many {many}")

@@ -16,7 +16,7 @@ from pathlib import Path
 
 tool, sources = sys.argv[1], Path(sys.argv[2])
 sys.path.insert(0, str(sources / "tests/gui"))
-from driveInput import Screen  # noqa: E402
+from driveInput import run_on_screen  # noqa: E402
 
 PATIENCE = 60  # seconds, on a machine with much else to do
 WIDTH, HEIGHT = 160, 120
@@ -187,16 +187,11 @@ def leave(viewer):
         sys.exit(output)
 
 
+def operate(viewer):
+    walk(viewer)
+    fly(viewer)
+    leave(viewer)
+
+
 make_terrain()
-display = Screen()
-running = None
-try:
-    running = Viewer(display)
-    walk(running)
-    fly(running)
-    leave(running)
-finally:
-    if running and running.process.poll() is None:
-        running.process.kill()
-        running.process.wait()
-    display.stop()
+run_on_screen(Viewer, operate)
