@@ -23,11 +23,6 @@ FIELD, SAVE, TITLE_BAR = (60, 145), (200, 145), (60, 22)
 STEP = (-30, -10)  # by which the panel is moved, in a window of 240 by 150
 
 
-def make_files():
-    village = Path(tool).parent / "makeVillage"
-    subprocess.run([sources / "scripts/makeWorld.sh", tool, village, "64"], check=True)
-
-
 class Demo:
     def __init__(self, screen):
         self.screen = screen
@@ -91,5 +86,6 @@ def operate(demo):
         sys.exit("the demo has failed")
 
 
-make_files()
+subprocess.run([sources / "scripts/makeWorld.sh", tool, Path(tool).parent / "makeVillage", "64"],
+               check=True)
 run_on_screen(Demo, operate)

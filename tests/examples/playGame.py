@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
 """Plays the game with the keys and the pointer of an X server.
 
-    playGame.py TOOL GAME SOURCES
+    playGame.py TOOL GAME SOURCES MANAGER
 
 Makes the game's files in this folder with the content tool, takes a screenshot, clicks on the truck,
-whose name is then in the panel, walks until the truck is where the ground was, switches to the full
-screen and back, and ends the game with Escape.
+whose name is then in the panel, walks until the truck is where the ground was, fills the screen and
+returns to the window with Alt and Enter, and ends the game with Escape. MANAGER is
+tests/examples/windowManager.cpp, which reports whether a window covers the whole screen.
 """
 
 import queue
-import shutil
 import subprocess
 import sys
 import threading
@@ -17,28 +17,16 @@ import time
 import zlib
 from pathlib import Path
 
-tool, game, sources = sys.argv[1], sys.argv[2], Path(sys.argv[3])
+tool, game, sources, manager = sys.argv[1], sys.argv[2], Path(sys.argv[3]), sys.argv[4]
 sys.path.insert(0, str(sources / "tests/gui"))
 from driveInput import run_on_screen  # noqa: E402
 
-MODELS = Path("/usr/share/assimp/models")
 PATIENCE = 90  # seconds, on a machine with much else to do
 PICTURE = Path("game.png")
+SCREEN = "1024x768"  # larger than the window
 TRUCK, SKY, BESIDE = (250, 240), (600, 120), (60, 270)
 PANEL = (14, 230), (50, 110)  # columns and rows of its text
 HARMLESS = ("No VRam detected", "normal map not found")
-
-
-def make_files():
-    for model, name in ((MODELS / "glTF/CesiumMilkTruck/CesiumMilkTruck.gltf", "truck"),
-                        (MODELS / "X/Testwuson.X", "wisent")):
-        subprocess.run([tool, "convert", model, "--prefix", name + "_", "-q", "-o", name + ".rve"],
-                       check=True)
-    subprocess.run([tool, "terrain", "--island", "7", "--texture-size", "64", "-q", "-o", "island"],
-                   check=True)
-    shutil.copy(sources / "media/game.xml", ".")
-    for font in (Path(tool).parent.parent / "share/ravolt").glob("font.*"):
-        shutil.copy(font, ".")
 
 
 def rows_of(png):
@@ -70,19 +58,32 @@ def letters(png):
                for row in rows_of(png)[top:bottom] for x in range(left, right))
 
 
+def alike(png, other):
+    """Whether hardly a pixel differs; at rest the animal still moves by parts of one."""
+    pairs = [pair for rows in zip(rows_of(png), rows_of(other)) for pair in zip(*rows)]
+    return sum(abs(a - b) > 8 for a, b in pairs) < len(pairs) / 1000
+
+
+def read_lines(stream, start, found):
+    """Puts the rest of each line that begins with `start` into the queue `found`."""
+    for line in stream:
+        if line.startswith(start):
+            found.put(line.removeprefix(start).strip())
+
+
 class Game:
     def __init__(self, screen):
         self.screen = screen
+        managing = subprocess.Popen([manager], env=screen.environment, text=True,
+                                    stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        managing.stdout.readline()  # it manages, until the server ends
         self.process = subprocess.Popen([game], env=screen.environment, text=True,
                                         stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        self.clicked = queue.Queue()
-        threading.Thread(target=self._read, daemon=True).start()
+        self.clicked, self.covered = queue.Queue(), queue.Queue()
+        for stream, start, found in ((self.process.stderr, "clicked: ", self.clicked),
+                                     (managing.stdout, "", self.covered)):
+            threading.Thread(target=read_lines, args=(stream, start, found), daemon=True).start()
         screen.send("mousemove", 320, 240)
-
-    def _read(self):
-        for line in self.process.stderr:
-            if line.startswith("clicked: "):
-                self.clicked.put(line.removeprefix("clicked: ").strip())
 
     def picture(self):
         """A screenshot, by the key P; after the first one, of the present frame."""
@@ -96,6 +97,26 @@ class Game:
                     PICTURE.unlink()
                     return data
         sys.exit("no screenshot was saved")
+
+    def still(self):
+        """The picture once nothing in it moves."""
+        end = time.monotonic() + PATIENCE
+        before, after = None, self.picture()
+        while before != after:
+            if time.monotonic() > end:
+                sys.exit("the picture does not come to rest")
+            before, after = after, self.picture()
+        return after
+
+    def toggle_full_screen(self, expected):
+        """Until the manager reports it."""
+        self.screen.send("key", "alt+Return")
+        try:
+            found = self.covered.get(timeout=PATIENCE)
+        except queue.Empty:
+            found = "the state before"
+        if found != expected:
+            sys.exit(f"Alt and Enter lead to {found}, not to {expected}")
 
     def click(self, point):
         self.screen.send("mousemove", *point)
@@ -124,11 +145,11 @@ def play(running, screen):
             break
     else:
         sys.exit("the key w does not walk to the truck")
-    screen.send("key", "alt+Return")
-    full = running.picture()
-    screen.send("key", "alt+Return")
-    if full[16:24] != before[16:24] or running.picture()[16:24] != before[16:24]:
-        sys.exit("the picture has another size after a switch of the full screen")
+    window = running.still()  # textures, buffers and programs are in all of it
+    for state in ("full", "window"):
+        running.toggle_full_screen(state)
+        if not alike(running.still(), window):
+            sys.exit(f"the picture differs after the switch to {state}")
     screen.send("key", "Escape")
     if running.process.wait(PATIENCE) != 0:
         sys.exit("the game has failed")
@@ -139,5 +160,5 @@ def play(running, screen):
         sys.exit(f"the log has {len(faults)} faults, as {faults[:5]}, or states a leak")
 
 
-make_files()
-run_on_screen(Game, lambda played: play(played, played.screen))
+subprocess.run([sources / "scripts/makeGame.sh", tool, "64"], check=True)
+run_on_screen(Game, lambda played: play(played, played.screen), SCREEN)
