@@ -1,5 +1,5 @@
 # What an installed Ravolt consists of: the library, the kit and the recorder for tests, their headers,
-# the guide and the documents that it and the headers name, a CMake package and files for pkg-config. tools/CMakeLists.txt adds the
+# the documents with their pictures, a CMake package and files for pkg-config. tools/CMakeLists.txt adds the
 # program and the default font.
 # The components are those of the packages: runtime, dev, and tools for what tools/CMakeLists.txt adds.
 include(CMakePackageConfigHelpers)
@@ -9,11 +9,8 @@ install(TARGETS ravolt ravolt_kit ravolt_kit_core ravolt_testing EXPORT RavoltTa
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
-install(FILES docs/formats.md docs/additions.md docs/kit.md docs/testing.md
-    docs/inspection.md docs/ravolt-check.schema.json docs/ravolt-info.schema.json
-    docs/render-farm.md docs/troubleshooting.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs/guide DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs/pictures/guide DESTINATION ${CMAKE_INSTALL_DOCDIR}/pictures)
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.jpg")
 install(EXPORT RavoltTargets NAMESPACE Ravolt::
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Ravolt)
 

@@ -20,10 +20,8 @@ check() {
 
 cmake --install "$build" --prefix "$prefix" >install.log 2>&1 || fail "$(cat install.log)"
 
-# The documents, and every other one that a public header names.
-for document in formats.md additions.md kit.md testing.md troubleshooting.md; do
-    cmp "$source/docs/$document" "$prefix/share/doc/ravolt/$document" || fail "$document is not installed"
-done
+# The documents with their pictures, so that their links are right, and all that a public header names.
+diff -r "$source/docs" "$prefix/share/doc/ravolt" || fail "these documents are not installed"
 for document in $(grep -hoE '[a-z]+\.md' "$prefix"/include/ravolt/*.h "$prefix"/include/ravolt/kit/*.h \
     "$prefix"/include/ravolt/testing/*.h | sort -u); do
     [ -f "$prefix/share/doc/ravolt/$document" ] || fail "a header names $document, which is not installed"

@@ -1,12 +1,12 @@
 #!/bin/sh
-# packages.sh BUILD COMPILER GAME FRAMES [FILE...]: packs what BUILD holds, and checks the packages: two
-# runs write the same bytes, lintian finds no fault, the program of the one source GAME builds against the
-# unpacked packages through CMake and through pkg-config and runs for some frames, and installing the
-# packages and purging them leaves nothing. What the game loads is made with the packages' program from
-# the models among the FILEs, NAME=MODEL; the others are copied.
-build=$1 compiler=$2 game=$3 frames=$4
-shift 4
+# packages.sh BUILD COMPILER FRAMES: packs what BUILD holds, and checks the packages: two runs write the same
+# bytes, lintian finds no fault, examples/game.cpp builds against the unpacked packages through CMake and
+# through pkg-config and runs for some frames with files that the packages' program makes, and installing
+# the packages and purging them leaves nothing.
+build=$1 compiler=$2 frames=$3
 scripts=$(dirname "$0")
+sources=$(cd "$scripts/../.." && pwd)
+game=$sources/examples/game.cpp
 
 fail() {
     echo "$*"
@@ -46,26 +46,26 @@ dpkg-deb -I packages/libravolt1_*.deb triggers | grep -q '^activate-noawait ldco
 dpkg-deb -I packages/libravolt1_*.deb shlibs | grep -q '^libravolt 1 libravolt1 ' || fail "no shlibs"
 dpkg-deb -I packages/libravolt1_*.deb postinst >/dev/null 2>&1 && fail "a script runs"
 
+# The guide is installed with its pictures; the longer texts are compressed.
+documents=root/usr/share/doc/libravolt-dev
+[ -f "$documents/pictures/guide/world.jpg" ] || fail "no picture of the guide is installed"
+gzip -dc "$documents/kit.md.gz" | cmp - "$sources/docs/kit.md" || fail "the page of the kit is not installed"
+[ "$(ls $documents/guide | wc -l)" -eq "$(ls "$sources/docs/guide" | wc -l)" ] || fail "pages of the guide are missing"
+[ -z "$(find $documents -name '*.md' -size +4095c)" ] || fail "long texts are not compressed"
+[ -f root/usr/share/doc/ravolt/additions.md.gz ] || fail "the folder that the headers name is missing"
+
 lintian --allow-root --fail-on error,warning packages/*.deb || fail "lintian finds faults"
 
 libraries=$(dirname "$(find "$PWD/root" -name 'libravolt.so.1')")
+python3 "$sources/tests/house/hardening.py" root/usr/include "$libraries/libravolt.so.1" root/usr/bin/ravolt ||
+    fail "a file is not protected"
 [ "$(basename "$libraries")" != lib ] || fail "the library is in no folder of its architecture"
 runInstalled() {
     LD_LIBRARY_PATH=$libraries${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} timeout -s KILL 120 "$@"
 }
 
 objdump -p root/usr/bin/ravolt | grep -E 'R(UN)?PATH' && fail "the program has a path of libraries"
-ravolt() {
-    runInstalled root/usr/bin/ravolt "$@" >tool.txt 2>&1 || fail "ravolt $1: $(cat tool.txt)"
-}
-for file in "$@"; do
-    case $file in
-    *.xml) cp "$file" . ;;
-    *=*) ravolt convert "${file#*=}" --prefix "${file%%=*}_" -q -o "${file%%=*}.rve" ;;
-    esac
-done
-ravolt terrain --island 7 --texture-size 64 -q -o island
-cp root/usr/share/ravolt/font.* .
+runInstalled "$sources/scripts/makeGame.sh" root/usr/bin/ravolt 64 >tool.txt 2>&1 || fail "$(cat tool.txt)"
 
 # The program leaves a log without a problem and without a leak.
 play() {
