@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 
 namespace {
 
@@ -68,7 +69,8 @@ void averageInto(const RVFBO &target) {
 bool RVFBO::blur(RVFBO *target, RVSHADER *combine, int first) {
     std::array<RVFBO *, 2 * levels> pool;
     for (int index = 0; index < 2 * levels; ++index)
-        pool[static_cast<std::size_t>(index)] = RVOPENGL::getFbo(first + index);
+        pool[static_cast<std::size_t>(index)] =
+            first <= INT_MAX - index ? RVOPENGL::getFbo(first + index) : nullptr;
     if (!ravolt::framebuffersWork() || !target || !combine || !isDrawable(this) ||
         !RVSHADER::bloomH || !RVSHADER::bloomV ||
         !std::all_of(pool.begin(), pool.end(), isDrawable))

@@ -15,6 +15,7 @@
 #include "scene/renderList.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <iterator>
 #include <memory>
@@ -394,8 +395,9 @@ RVNODE *RVNODE::displayTreeRecursive(RVNODE *node, int depth) {
     if (!node)
         return nullptr;
     logTreeLine(*node, depth);
+    const int deeper = depth <= INT_MAX - 2 ? depth + 2 : depth;
     for (unsigned int index = 0; index < node->numberOfChildren; ++index)
-        displayTreeRecursive(node->children[index], depth + 2);
+        displayTreeRecursive(node->children[index], deeper);
     return nullptr;
 }
 

@@ -15,6 +15,7 @@
 #include "tests/support/glState.h"
 
 #include <array>
+#include <climits>
 #include <cmath>
 #include <new>
 #include <string>
@@ -595,6 +596,8 @@ TEST_F(ShadedTarget, BlurWithoutItsParametersDrawsNothing) {
     EXPECT_FALSE(source->blur(nullptr, RVSHADER::bloomCombine, 6));
     EXPECT_FALSE(source->blur(target, nullptr, 6));
     EXPECT_FALSE(source->blur(target, RVSHADER::bloomCombine, 7));
+    for (const int first : {INT_MIN, -1, INT_MAX - 7, INT_MAX})
+        EXPECT_FALSE(source->blur(target, RVSHADER::bloomCombine, first));
     EXPECT_FALSE(source->blur(target, RVSHADER::bloomCombine, -1));
     EXPECT_FALSE(empty->blur(target, RVSHADER::bloomCombine, 6));
     EXPECT_TRUE(recorder.stop().empty());
