@@ -30,7 +30,9 @@
 #include <utility>
 
 // A request of all memory is refused as it is without the address sanitizer.
-extern "C" const char *__asan_default_options() { return "allocator_may_return_null=1"; }
+extern "C" [[gnu::visibility("default")]] const char *__asan_default_options() {
+    return "allocator_may_return_null=1";
+}
 
 namespace ravolt::test {
 namespace {
@@ -374,7 +376,10 @@ class Callers : public testing::TestWithParam<std::tuple<EngineState, std::strin
         }
         allEffectsOn();
     }
+    // The destructor of a video does not close its file.
     static void end() {
+        for (RVVIDEO *video = RVVIDEO::getFirst(); video; video = video->getNext())
+            video->load(nullptr);
         RAVOLT::free();
         deleteObjects();
         zlfOpenLog("ravolt_log.txt"); // where it was closed
