@@ -129,6 +129,9 @@ TEST_F(Scenery, BrokenTerrainsAreReportedInOneLine) {
     expectFailure(shot, 1, config + ": Invalid params in LOD.LEVEL\n");
     writeFile(config, "<a><TERRAIN/></a>");
     expectFailure(shot, 1, config + ": names no geometry\n");
+    const std::string absolute = fs::absolute("other/terrain.geo").string();
+    writeFile(config, "<a><GEOMETRY>" + absolute + "</GEOMETRY></a>");
+    expectFailure(shot, 1, config + ": File name " + absolute + " leaves its path: refused\n");
 }
 
 TEST_F(Scenery, EmittersArePicturesOfTheSameBytesForOneSeed) {

@@ -101,7 +101,8 @@ std::string Engine::terrainError(std::size_t start) const {
     while (std::getline(log, line))
         if (line.find("[!] ") != std::string::npos &&
             line.find("[!] Invalid params @ RV") == std::string::npos &&
-            !line.ends_with(" @ RVTERRAIN::load"))
+            (!line.ends_with(" @ RVTERRAIN::load") ||
+             line.ends_with(": refused @ RVTERRAIN::load")))
             last = errorText(line);
     return last;
 }
