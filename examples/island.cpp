@@ -1,7 +1,7 @@
 // A flight over an island and through its village, by day, below the water and by night: terrain
 // with sky and water, animals that walk and run, a camp fire, a screen with its video, a control
 // panel, and each effect beside the same picture without it. It ends by itself after one and a half
-// minutes.
+// minutes, but who operates the panel flies on.
 //
 // Reads the files of the working directory that scripts/makeWorld.sh has made there.
 
@@ -43,6 +43,10 @@ class Flight {
     std::size_t number() const { return static_cast<std::size_t>(time); }
     float progress() const { return time - static_cast<float>(number()); }
     bool isOver() const { return number() >= numberOfParts; }
+    void startAgain() {
+        time -= static_cast<float>(numberOfParts);
+        before -= static_cast<float>(numberOfParts);
+    }
 
     // A run of N frames shows all parts once; the last picture of each is written.
     explicit Flight(const Example &example) : time(timeOf(example, 0)) {}
@@ -123,6 +127,8 @@ int main(int argc, char **argv) {
         world.panel.update(example);
         if (const std::string name = world.panel.takePictureName(); !name.empty())
             Example::writePicture((name + ".png").c_str());
+        if (flight.isOver() && pointerMoved && !example.frames)
+            flight.startAgain();
     } while (example.next() && !flight.isOver());
     std::fprintf(stderr, "%s\n", statistics.getText().c_str());
 
