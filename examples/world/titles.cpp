@@ -16,9 +16,8 @@ namespace world {
 
 namespace {
 
-constexpr int smallWindow = 480;  // pixels; of that width and above the font fits
-constexpr float wideWindow = 960; // pixels; where it has its own size
-constexpr float fading = 0.6f;    // seconds
+constexpr int wideWindow = 640, smallWindow = 480; // pixels; the font fits into the wide one
+constexpr float fading = 0.6f;                     // seconds
 
 void drawLine(int x, int height) {
     RVTEXTURE::texturingOff(0);
@@ -47,8 +46,8 @@ bool loadTitleFont(const std::string &folder) {
 
 void drawTitles(const Part &part, float secondsOfPart, float split) {
     const int width = RVSETTINGS::getSDLWindowX(), height = RVSETTINGS::getSDLWindowY();
-    ravolt::kit::Overlay overlay(width < smallWindow ? nullptr : RVFONT::findByName("title"));
-    overlay.setScale(std::min(static_cast<float>(width) / wideWindow, 1.0f));
+    ravolt::kit::Overlay overlay(width < wideWindow ? nullptr : RVFONT::findByName("title"));
+    overlay.setScale(width < smallWindow ? 1 : 2); // of the letters without a font
     const int x = width / 40, line = overlay.heightOf(""), low = height - height / 20 - line;
     if (part.comparison) {
         const int middle = static_cast<int>(split * static_cast<float>(width));

@@ -31,7 +31,7 @@ for file in "$@"; do
         "$converter" terrain --island 7 --texture-size 64 -q -o "$name"
         ;;
     *.world)
-        "$scripts/makeWorld.sh" "$converter" "$(dirname "$converter")/makeVillage" 128
+        "$scripts/makeWorld.sh" "$converter" "$(dirname "$converter")/makeVillage" 256
         size="--width 480" labelled=yes
         continue
         ;;
