@@ -95,6 +95,14 @@ TEST(SmoothNormals, AreThoseOfAssimpForWhatHasNoSize) {
     expectTheNormalsOfAssimp(vertex(2, 2, 2) + "f 1 1 1\n"); // no size at all
 }
 
+TEST(SmoothNormals, AreZeroForAMeshOfInfiniteSize) {
+    Assimp::Importer importer;
+    read(importer, "v -3e38 0 0\nv 3e38 0 0\nv 0 3e38 0\nf 1 2 3\n", steps, 60);
+    aiMesh &mesh = *importer.GetScene()->mMeshes[0];
+    smoothNormals(mesh, 60);
+    EXPECT_EQ(mesh.mNormals[0], aiVector3D());
+}
+
 TEST(SmoothNormals, OfTheModelItselfAreNotChanged) {
     Assimp::Importer importer;
     read(importer,

@@ -147,7 +147,8 @@ void smoothNormals(aiMesh &mesh, float creaseAngle) {
     const Box box = boxOf(mesh);
     mesh.mNormals = new aiVector3D[mesh.mNumVertices];
     const float radius = epsilonOf(box);
-    if (!(radius * radius > 0)) // no position is nearer than that to any
+    // No position is nearer than that to any, or the size of the mesh is no number.
+    if (!(radius * radius > 0) || !std::isfinite(radius))
         return;
     NearbyCorners corners(mesh, box, radius);
     std::vector<bool> done(mesh.mNumVertices);
