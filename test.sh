@@ -4,15 +4,19 @@
 # with the address and undefined-behaviour sanitizers.
 #
 #   ./test.sh
+#   ./test.sh --all       also the long ones: each allocation of the tool's commands, long runs of the
+#                         engine, fuzzing (RAVOLT_FUZZ_SECONDS a target, 60 by default)
 #   ./test.sh --help
 set -uo pipefail
 cd "$(dirname "$0")" || exit 1
 source scripts/common.sh
 
+long=
 case "${1:-}" in
 "") ;;
+--all) long=yes ;;
 --help | -h)
-    sed -n '2,7s/^# \{0,1\}//p' "$0"
+    sed -n '2,9s/^# \{0,1\}//p' "$0"
     exit 0
     ;;
 *) fail "unknown option $1; see ./test.sh --help" ;;
@@ -50,6 +54,24 @@ configure_and_build dev
 run_tests dev
 configure_and_build asan -DRAVOLT_TOOLS=OFF -DRAVOLT_EXAMPLES=OFF
 run_tests asan -L 'unit|trace|offscreen'
+
+# run_long NAME COMMAND ...: a test that takes long, with its output in build/NAME.log.
+run_long() {
+    local name=$1 log="build/$1.log"
+    shift
+    echo
+    echo "Long test: $name"
+    if ! "$@" 2>&1 | tee "$log"; then
+        failures=$((failures + 1))
+    fi
+    summary+=("$name: $(tail -n 1 "$log")")
+}
+if [ -n "$long" ]; then
+    run_long soak scripts/soak.sh "${RAVOLT_SOAK_FRAMES:-1000000}"
+    run_long toolsWithoutMemory python3 tests/faults/toolsWithoutMemory.py "$PWD/build/dev/bin/ravolt" \
+        "$PWD/build/dev/tests/faults/libravolt_toolsWithoutMemory_shim.so" 7
+    run_long fuzz scripts/fuzz.sh "${RAVOLT_FUZZ_SECONDS:-60}"
+fi
 
 echo
 printf '%s\n' "${summary[@]}"
