@@ -118,11 +118,12 @@ void writeSeabed(ObjWriter &obj, const Island &island) {
         writeRock(obj, somewhere(island, dice, around) + Point{0, size * 0.1f, 0}, size, 1200 + i);
     }
     obj.begin("amphorae", "clay");
-    for (int i = 0; i < 6; ++i)
-        writeAmphora(obj,
-                     island.onGround(middleX - 3.0f + 0.9f * static_cast<float>(i % 3),
-                                     middleZ - 4.5f + 1.3f * static_cast<float>(i / 3)),
-                     between(dice, 0.9f, 1.3f));
+    for (int row = 0; row < 2; ++row)
+        for (int column = 0; column < 3; ++column)
+            writeAmphora(obj,
+                         island.onGround(middleX - 3.0f + 0.9f * static_cast<float>(column),
+                                         middleZ - 4.5f + 1.3f * static_cast<float>(row)),
+                         between(dice, 0.9f, 1.3f));
     writeBoat(obj, "wreck", {island.onGround(middleX + 2, middleZ + 1) + Point{0, 0.35f, 0}, 130},
               false);
 }
