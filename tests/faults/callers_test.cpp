@@ -90,13 +90,16 @@ class Session {
         for (bool more = true; more; ++number) {
             Prepared prepared;
             prepared.world = makeWorld();
-            zlfOpenParser(&prepared.buffers.opened, "kerning.txt");
+            // A parser that is opened twice leaks the first file.
+            if (std::strncmp(function, "zlfOpenParser(", 14) != 0)
+                zlfOpenParser(&prepared.buffers.opened, "kerning.txt");
             if (traced)
                 std::fprintf(stderr, "%s, combination %zu\n", function, number);
             more = action(prepared, number);
             drawWorld(prepared.world);
-            if (prepared.buffers.opened.data)
-                zlfCloseParser(&prepared.buffers.opened);
+            for (zlfPARSER *parser : {&prepared.buffers.opened, &prepared.buffers.closed})
+                if (parser->data)
+                    zlfCloseParser(parser);
         }
         end();
         number = 0;
