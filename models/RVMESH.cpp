@@ -228,6 +228,7 @@ void RVMESH::drawSurfaces(const RVELEMENT &entry, bool transparent) const {
 
 // The arrays of the file, in their buffers, or the skinned arrays if the processor skins the mesh.
 void RVMESH::bindArrays() const {
+    RVOPENGL::colorArrayOff(); // a box that was drawn before has switched it on
     const bool buffered = !skinnedVertex && ravolt::canBindBuffers();
     const auto source = [buffered](GLuint buffer, std::size_t offset, const void *array) {
         return buffered && buffer ? reinterpret_cast<const void *>(offset) : array;
