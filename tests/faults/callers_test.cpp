@@ -49,6 +49,7 @@ constexpr Exception leftToTheCaller[] = {
     {"RVLIGHT::load(", "RVLIGHT.h", "the caller must have checked its contents"},
     {"RVNODE::link(", "RVNODE.h", "Cycles are not detected"},
     {"zlfFree(", "zlf.h", "malloc and free with counters"},
+    {"RVTERRAIN_INDEXBUFFER::draw(", "RVTERRAIN_INDEXTABLE.h", "from the arrays that are bound"},
 };
 
 const Exception *exceptionFor(const std::string &function) {
