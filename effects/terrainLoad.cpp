@@ -51,6 +51,19 @@ bool mayName(const std::string &name) {
     return false;
 }
 
+bool isInWorkingDirectory(const std::string &absolute) {
+    std::error_code error, unknown;
+    const std::filesystem::path file = std::filesystem::weakly_canonical(absolute, error);
+    const std::filesystem::path folder = std::filesystem::current_path(unknown);
+    return !error && !unknown && ravolt::staysBelowPath(file.lexically_relative(folder).string());
+}
+
+// No path is put in front of the geometry's name, so that an absolute one may lie in the working
+// directory.
+bool mayNameGeometry(const std::string &name) {
+    return (name.starts_with('/') && isInWorkingDirectory(name)) || mayName(name);
+}
+
 bool mayName(const TerrainEntry *entry) { return !entry || mayName(entry->text); }
 
 bool mayName(const ravolt::TerrainLayers &layers) {
@@ -84,7 +97,7 @@ class RVTERRAIN::Configured : public ravolt::TerrainTarget {
     explicit Configured(RVTERRAIN &object) : terrain(object) {}
 
     bool loadGeometry(const TerrainEntry &filename) override {
-        return mayName(filename.text) && terrain.loadGeometry(filename.text.c_str());
+        return mayNameGeometry(filename.text) && terrain.loadGeometry(filename.text.c_str());
     }
     bool hasWater() const override { return terrain.water.get() != nullptr; }
     bool hasSky() const override { return terrain.sky.get() != nullptr; }

@@ -108,7 +108,8 @@ class RV_API RAVOLT {
     // as if the file were missing. A slash and a backslash separate components, and a drive letter
     // makes a name absolute, on every system. Symbolic links are followed: a link below a path that
     // points elsewhere is not detected. Names that the application itself passes, as to `load`, are
-    // not confined.
+    // not confined. The geometry of a terrain has no path in front of its name, which may be
+    // absolute if the file is in the working directory.
     static void confineFilesOn();
     static void confineFilesOff();
     static bool isConfiningFiles();

@@ -450,6 +450,23 @@ TEST_F(ConfinedFilesTest, OfATerrain) {
         }
 }
 
+// The geometry's name has no path in front of it.
+TEST_F(ConfinedFilesTest, OfATerrainMayBeAbsoluteInTheWorkingDirectory) {
+    std::string config = geometryXml;
+    const std::string folder = std::filesystem::current_path().string();
+    config.replace(config.find("land.geo"), 8, folder + "/land.geo");
+    writeTerrainConfig(config);
+    EXPECT_TRUE((new RVTERRAIN)->load("land.xml"));
+    RVNODE::cleanUp();
+    config.replace(config.find(folder), folder.size(), folder + "/../" + "gone");
+    writeTerrainConfig(config);
+    markLog();
+    EXPECT_FALSE((new RVTERRAIN)->load("land.xml"));
+    EXPECT_LOGGED("   [!] File name " + folder +
+                  "/../gone/land.geo leaves its path: refused @ RVTERRAIN::load");
+    RVNODE::cleanUp();
+}
+
 // By default each of them is opened.
 TEST_F(ConfinedFilesTest, NothingIsRefusedByDefault) {
     RAVOLT::confineFilesOff();

@@ -71,6 +71,12 @@ TEST_F(Scenery, TerrainsShowLandWaterAndSky) {
     EXPECT_NE(landRed + landGreen, skyRed + skyGreen);
 }
 
+TEST_F(Scenery, TerrainsOfAnAbsoluteFolderAreThoseOfARelativeOne) {
+    const std::string folder = (fs::current_path() / "whole").string();
+    ASSERT_EQ(run("terrain --island 20 -o " + folder + " --size 129 --texture-size 64 -q").code, 0);
+    EXPECT_EQ(shot(folder + "/terrain.xml"), shot("isle/terrain.xml"));
+}
+
 TEST_F(Scenery, TerrainsArePicturesOfTheSameBytesWhereverTheToolIsStarted) {
     const std::string picture = shot("isle/terrain.xml --bloom --tone-mapping");
     EXPECT_EQ(shot("isle/terrain.xml --bloom --tone-mapping"), picture);
@@ -129,7 +135,7 @@ TEST_F(Scenery, BrokenTerrainsAreReportedInOneLine) {
     expectFailure(shot, 1, config + ": Invalid params in LOD.LEVEL\n");
     writeFile(config, "<a><TERRAIN/></a>");
     expectFailure(shot, 1, config + ": names no geometry\n");
-    const std::string absolute = fs::absolute("other/terrain.geo").string();
+    const std::string absolute = fs::absolute("isle/terrain.geo").string();
     writeFile(config, "<a><GEOMETRY>" + absolute + "</GEOMETRY></a>");
     expectFailure(shot, 1, config + ": File name " + absolute + " leaves its path: refused\n");
 }
