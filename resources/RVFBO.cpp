@@ -44,6 +44,15 @@ void allocateDepth(int sizeX, int sizeY) {
     RVOPENGL::glRenderbufferStorageEXT(GL_RENDERBUFFER_EXT, GL_DEPTH_COMPONENT24, sizeX, sizeY);
 }
 
+// Of the bound target.
+bool isComplete() {
+    const GLenum status = RVOPENGL::glCheckFramebufferStatusEXT(GL_FRAMEBUFFER_EXT);
+    if (status == GL_FRAMEBUFFER_COMPLETE_EXT)
+        return true;
+    zlfLog("   [!] FBO not complete (error %d) @ RVFBO::isOk\n", status);
+    return false;
+}
+
 } // namespace
 
 RVFBO::RVFBO()
@@ -119,11 +128,7 @@ bool RVFBO::isOk() {
     if (!framebuffersWork())
         return false;
     render(nullptr);
-    const GLenum status = RVOPENGL::glCheckFramebufferStatusEXT(GL_FRAMEBUFFER_EXT);
-    if (status == GL_FRAMEBUFFER_COMPLETE_EXT)
-        return true;
-    zlfLog("   [!] FBO not complete (error %d) @ RVFBO::isOk\n", status);
-    return false;
+    return isComplete();
 }
 
 bool RVFBO::render(void *) {
@@ -171,6 +176,16 @@ void ravolt::RenderTargets::allocateDepthBuffer(const RVFBO &target) {
     RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, target.renderBuffer);
     allocateDepth(target.sizeX, target.sizeY);
     RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, static_cast<GLuint>(bound));
+}
+
+void ravolt::RenderTargets::report(const RVFBO &target) {
+    if (!framebuffersWork())
+        return;
+    GLint bound = 0;
+    glGetIntegerv(GL_FRAMEBUFFER_BINDING_EXT, &bound);
+    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, target.glId);
+    isComplete();
+    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, static_cast<GLuint>(bound));
 }
 
 void RVFBO::attach() {

@@ -21,6 +21,10 @@ struct RenderTargets {
     // allocateDepthBuffer gives it these sizes. What OpenGL has bound does not change there.
     static void bindDepthPlaceholder(RVFBO &target);
     static void allocateDepthBuffer(const RVFBO &target);
+
+    // Logs a line if OpenGL cannot draw into the target. What OpenGL has bound does not change
+    // there.
+    static void report(const RVFBO &target);
 };
 
 } // namespace ravolt

@@ -129,9 +129,11 @@ void deleteTargets(RVFBO *(&pool)[ravolt::renderTargets]) {
 // The application may have deleted the target or its texture, or unloaded the texture, which comes
 // back with its sizes.
 void allocateImages(const RVFBO &target) {
-    if (target.getTexture())
-        ravolt::TextureInternals::allocateImage(*target.getTexture());
+    if (!target.getTexture())
+        return;
+    ravolt::TextureInternals::allocateImage(*target.getTexture());
     ravolt::RenderTargets::allocateDepthBuffer(target);
+    ravolt::RenderTargets::report(target);
 }
 
 } // namespace

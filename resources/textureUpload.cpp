@@ -168,6 +168,10 @@ void ravolt::TextureInternals::allocateImage(const RVTEXTURE &texture) {
     selectUnit(0);
     glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
     glBindTexture(GL_TEXTURE_2D, texture.glId);
+    // Where OpenGL refuses the image, for example without memory for it, the placeholder must not
+    // stay.
+    const TextureFormat &format = formatOf(texture.depth);
+    glTexImage2D(GL_TEXTURE_2D, 0, format.internal, 0, 0, 0, format.format, format.type, nullptr);
     texture.uploadImage(texture.bitmap);
     glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(bound));
     selectUnit(static_cast<unsigned int>(unit) - GL_TEXTURE0);

@@ -75,6 +75,14 @@ Call imageCall(const Made &made, bool placeholder = false) {
     }
 }
 
+// The placeholder must not stay where the image is refused.
+Call withoutPixels(const Made &made) {
+    Call call = imageCall(made);
+    call.arguments[3] = call.arguments[4] = 0;
+    call.arguments.back() = 0;
+    return call;
+}
+
 // A side of no pixels is refused at the start, and the target reported.
 bool startsAsPlaceholder(const Made &made) { return made.width > 0 && made.height > 0; }
 
@@ -146,6 +154,7 @@ TEST_P(PoolCalls, AllocateTheImagesOnce) {
     for (const Made &made : pool) {
         if (!startsAsPlaceholder(made))
             continue;
+        images.push_back(withoutPixels(made));
         images.push_back(imageCall(made));
         if (made.depthBuffer)
             depths.push_back({"glRenderbufferStorageEXT", GL_RENDERBUFFER_EXT, GL_DEPTH_COMPONENT24,
@@ -153,7 +162,7 @@ TEST_P(PoolCalls, AllocateTheImagesOnce) {
     }
     EXPECT_EQ(first.named("glTexImage2D"), Calls(images));
     EXPECT_EQ(first.named("glRenderbufferStorageEXT"), Calls(depths));
-    for (const char *name : {"glGenTextures", "glGenRenderbuffersEXT", "glBindFramebufferEXT",
+    for (const char *name : {"glGenTextures", "glGenRenderbuffersEXT", "glViewport",
                              "glFramebufferTexture2DEXT", "glTexParameteri"})
         EXPECT_EQ(first.count(name), 0u) << name;
     EXPECT_TRUE(callsOf([] { RVOPENGL::getFbo(5); }).empty());
@@ -259,11 +268,14 @@ TEST_F(ImagesOfThePool, LeaveTheBindingsAsTheyAre) {
     recorder.setInteger(GL_ACTIVE_TEXTURE, GL_TEXTURE3);
     recorder.setInteger(GL_TEXTURE_BINDING_2D, 77);
     recorder.setInteger(GL_RENDERBUFFER_BINDING_EXT, 88);
+    recorder.setInteger(GL_FRAMEBUFFER_BINDING_EXT, 99);
     const Calls calls = callsOf([] { RVOPENGL::getFbo(0); });
     EXPECT_EQ(calls.named("glBindTexture").back(), (Call{"glBindTexture", GL_TEXTURE_2D, 77}));
     EXPECT_EQ(calls.named("glActiveTextureARB").back(), (Call{"glActiveTextureARB", GL_TEXTURE3}));
     EXPECT_EQ(calls.named("glBindRenderbufferEXT").back(),
               (Call{"glBindRenderbufferEXT", GL_RENDERBUFFER_EXT, 88}));
+    EXPECT_EQ(calls.named("glBindFramebufferEXT").back(),
+              (Call{"glBindFramebufferEXT", GL_FRAMEBUFFER_EXT, 99}));
 }
 
 TEST_F(ImagesOfThePool, AreThoseOfTheTargetsThatExist) {
@@ -320,4 +332,13 @@ TEST_P(RefusedTarget, IsReportedAndUsedAllTheSame) {
 INSTANTIATE_TEST_SUITE_P(InTheOrderOfTheirMaking, RefusedTarget, testing::Range(0, 14));
 
 } // namespace
+// The driver may refuse an image when it allocates it, which is after the start.
+TEST_F(ImagesOfThePool, AreReportedWhereTheyAreRefused) {
+    ASSERT_TRUE(restart());
+    recorder.failCalls("glCheckFramebufferStatusEXT", 3, 1);
+    const LogMark mark = markLog();
+    RAVOLT::bloomingOn();
+    EXPECT_EQ(logTextSince(mark), "   [!] FBO not complete (error 0) @ RVFBO::isOk\n");
+}
+
 } // namespace ravolt::test
