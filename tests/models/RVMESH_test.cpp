@@ -2,6 +2,7 @@
 
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVANIM.h"
+#include "ravolt/RVBOX.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVLIGHT.h"
 #include "ravolt/RVMATERIAL.h"
@@ -301,6 +302,24 @@ TEST_F(MeshTest, OpaqueMeshIsDrawnOnceFromItsBuffers) {
                             "glColor4f", "glMaterialfv", "glLightModelf"})
                     .empty())
         << again.text();
+}
+
+// A direct draw, without the frame's reset: the box's colours were on the stack of its drawing.
+TEST_F(MeshTest, AMeshAfterABoxIsDrawnWithoutTheColoursOfTheBox) {
+    const Call colorsOff("glDisableClientState", GL_COLOR_ARRAY);
+    for (const float transparency : {1.0f, 0.5f}) {
+        SCOPED_TRACE(transparency);
+        RVMESH *const mesh = makeSquare(transparency);
+        RVBOX *const box = new RVBOX;
+        ASSERT_TRUE(callsOf([&] { drawFrame2D(box); })
+                        .haveInOrder({{"glEnableClientState", GL_COLOR_ARRAY},
+                                      {"glDrawArrays", GL_TRIANGLE_STRIP, 0, 4}}));
+        const Calls calls = render(mesh);
+        EXPECT_TRUE(calls.haveInOrder({colorsOff, drawBuffer})) << calls.text();
+        EXPECT_FALSE(calls.contains(Call("glEnableClientState", GL_COLOR_ARRAY)));
+        EXPECT_FALSE(render(mesh).contains(colorsOff)) << "it is off already";
+        RVNODE::cleanUp();
+    }
 }
 
 // Of two squares in one file the faces of the second begin after those of the first.
