@@ -35,12 +35,15 @@ pid_t readerOf(pid_t program) {
     return child;
 }
 
-// Its points lie in a plane in which the reader compares each with all others, which takes seconds.
+// Its faces meet in one point, where the reader compares the normal of each with all others, which
+// takes seconds.
 void writeSlowModel() {
-    constexpr int faces = 20000;
+    constexpr int faces = 40000;
     std::string model;
-    for (int i = 0; i < 3 * faces; ++i)
-        model += "v " + std::to_string(0.34321 * i) + " " + std::to_string(-0.8523 * i) + " 0\n";
+    for (int i = 0; i < faces; ++i) {
+        const std::string height = std::to_string(i * 1e-4);
+        model += "v 0 0 0\nv 1 " + height + " 0\nv 0 1 " + height + "\n";
+    }
     for (int i = 1; i < 3 * faces; i += 3)
         model += "f " + std::to_string(i) + " " + std::to_string(i + 1) + " " +
                  std::to_string(i + 2) + "\n";
