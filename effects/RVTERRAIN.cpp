@@ -23,6 +23,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVWATER.h"
 #include "ravolt/zlf.h"
+#include "resources/framebuffers.h"
 
 #include <algorithm>
 #include <iterator>
@@ -78,7 +79,7 @@ class EntryTarget {
     EntryTarget() : current(RVFBO::getCurrent()), framebuffer(0) {
         glGetIntegerv(GL_VIEWPORT, viewport);
         if (restoringTarget && RVOPENGL::useFBO())
-            glGetIntegerv(GL_FRAMEBUFFER_BINDING_EXT, &framebuffer);
+            framebuffer = ravolt::boundFramebuffer();
         if (RVSETTINGS::getSDLForceFBO())
             RVFBO::unbind();
     }
@@ -108,13 +109,13 @@ class EntryTarget {
         RVFBO::unbind();
         if (current)
             current->render(nullptr);
-        bindFramebuffer(static_cast<GLuint>(framebuffer));
+        bindFramebuffer(framebuffer);
         bindRenderbuffer(0);
         setViewport();
     }
 
     RVFBO *current; // as recorded by RVFBO
-    GLint framebuffer;
+    unsigned int framebuffer;
     GLint viewport[4];
 };
 

@@ -22,6 +22,7 @@
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
+#include "resources/framebuffers.h"
 #include "resources/textureInternals.h"
 #include "scene/shadowCaster.h"
 
@@ -71,11 +72,10 @@ void restoreImage(RVTEXTURE *image, unsigned int fbo, unsigned int &attached) {
         return;
     ravolt::TextureInternals::restore(*image);
     attached = image->getGLId();
-    GLint bound = 0;
-    glGetIntegerv(GL_FRAMEBUFFER_BINDING_EXT, &bound);
+    const unsigned int bound = ravolt::boundFramebuffer();
     RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, fbo);
     attachImage(attached);
-    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, static_cast<GLuint>(bound));
+    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, bound);
 }
 
 // OpenGL's name of the shadow map that the frame draws; 0 when no light casts shadows.

@@ -39,6 +39,14 @@ using ravolt::framebuffersWork;
 
 namespace {
 
+GLint windowFramebuffer = 0;
+
+GLint framebufferBinding() {
+    GLint bound = 0;
+    glGetIntegerv(GL_FRAMEBUFFER_BINDING_EXT, &bound);
+    return bound;
+}
+
 // Of the bound render buffer.
 void allocateDepth(int sizeX, int sizeY) {
     RVOPENGL::glRenderbufferStorageEXT(GL_RENDERBUFFER_EXT, GL_DEPTH_COMPONENT24, sizeX, sizeY);
@@ -54,6 +62,13 @@ bool isComplete() {
 }
 
 } // namespace
+
+void ravolt::detectWindowFramebuffer() { windowFramebuffer = framebufferBinding(); }
+
+unsigned int ravolt::boundFramebuffer() {
+    const GLint bound = framebufferBinding();
+    return bound == windowFramebuffer ? 0 : static_cast<unsigned int>(bound);
+}
 
 RVFBO::RVFBO()
     : id(zlfNewId()), previous(nullptr), next(nullptr), sizeX(0), sizeY(0), glId(0),
@@ -181,11 +196,10 @@ void ravolt::RenderTargets::allocateDepthBuffer(const RVFBO &target) {
 void ravolt::RenderTargets::report(const RVFBO &target) {
     if (!framebuffersWork())
         return;
-    GLint bound = 0;
-    glGetIntegerv(GL_FRAMEBUFFER_BINDING_EXT, &bound);
+    const GLuint bound = boundFramebuffer();
     RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, target.glId);
     isComplete();
-    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, static_cast<GLuint>(bound));
+    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, bound);
 }
 
 void RVFBO::attach() {

@@ -9,6 +9,15 @@ namespace ravolt {
 // of the extension. Code that calls one of them tests this instead of the flag.
 bool framebuffersWork();
 
+// At the start, while the window is bound.
+void detectWindowFramebuffer();
+
+// OpenGL's name of the bound frame buffer object; 0 for the window. SDL 1.2's interface on SDL 2
+// draws a window with multisampling into an object of its own. It must be bound as 0: under its own
+// name it would count as an object of the application, whose pixels are not resolved when they are
+// read.
+unsigned int boundFramebuffer();
+
 struct RenderTargets {
     // Whether `texture` is attached to a target.
     static bool useTexture(const RVTEXTURE *texture);

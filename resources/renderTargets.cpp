@@ -140,6 +140,7 @@ void allocateImages(const RVFBO &target) {
 
 bool ravolt::makeRenderTargets(RVFBO *(&pool)[renderTargets]) {
     state = {};
+    detectWindowFramebuffer();
     for (RVFBO *&target : pool)
         target = new (std::nothrow) RVFBO;
     const bool made = std::find(std::begin(pool), std::end(pool), nullptr) == std::end(pool) &&

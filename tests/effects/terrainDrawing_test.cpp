@@ -420,6 +420,16 @@ TEST_F(TerrainDrawingTest, DepthOfFieldHasTheLandsDepths) {
     EXPECT_GT(differenceOf(draw(), plain).mean, 0.5);
 }
 
+// SDL 1.2's interface on SDL 2 draws such a window into an object of its own.
+TEST_F(TerrainDrawingTest, AMultisampledWindowIsTheTargetThatIsRestored) {
+    settings.setMultisampling(4);
+    ASSERT_TRUE(startAgain());
+    makeScene();
+    const Picture plain = draw();
+    RVTERRAIN::restoreTargetOn();
+    EXPECT_EQ(differenceOf(draw(), plain).mean, 0.0);
+}
+
 TEST_F(TerrainDrawingTest, ForcedTargetGetsTheWholePicture) {
     const Picture plain = draw();
     settings.setForceFBO(true);
