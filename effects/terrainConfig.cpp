@@ -2,11 +2,14 @@
 
 #include "effects/terrainConfig.h"
 
+#include "foundation/text.h"
+
 #include <tinyxml.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <system_error>
 
 namespace ravolt {
 
@@ -213,6 +216,15 @@ bool readTerrainConfig(const char *path, std::vector<TerrainSection> &sections,
     return true;
 } catch (const std::bad_alloc &) {
     return false;
+}
+
+bool isConfinedGeometry(const std::string &name, const std::filesystem::path &workingDirectory) {
+    if (!name.starts_with('/') || workingDirectory.empty())
+        return staysBelowPath(name);
+    std::error_code error, unknown;
+    const auto file = std::filesystem::weakly_canonical(name, error);
+    const auto folder = std::filesystem::weakly_canonical(workingDirectory, unknown);
+    return !error && !unknown && staysBelowPath(file.lexically_relative(folder).string());
 }
 
 bool applyTerrainConfig(const std::vector<TerrainSection> &sections, TerrainTarget &target) {

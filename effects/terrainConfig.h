@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -74,6 +75,10 @@ class TerrainTarget {
     };
     virtual void report(const Problem &problem) = 0;
 };
+
+// Whether RAVOLT::confineFilesOn accepts the name of a geometry. No path is put in front of it, so
+// that an absolute one may be in the working directory.
+bool isConfinedGeometry(const std::string &name, const std::filesystem::path &workingDirectory);
 
 // False after the first problem.
 bool applyTerrainConfig(const std::vector<TerrainSection> &sections, TerrainTarget &target);

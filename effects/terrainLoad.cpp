@@ -43,26 +43,20 @@ RVTERRAIN_INDEXBUFFER *uploadList(const std::vector<unsigned short> &list) {
     return new RVTERRAIN_INDEXBUFFER(list.data(), static_cast<unsigned int>(list.size()));
 }
 
-// Whether the configuration may name this file.
-bool mayName(const std::string &name) {
-    if (!RAVOLT::isConfiningFiles() || ravolt::staysBelowPath(name))
+// Whether the configuration may name a file with a name that is or is not confined.
+bool mayName(const std::string &name, bool confined) {
+    if (!RAVOLT::isConfiningFiles() || confined)
         return true;
     zlfLog("   [!] File name %s leaves its path: refused @ RVTERRAIN::load\n", name.c_str());
     return false;
 }
 
-bool isInWorkingDirectory(const std::string &absolute) {
-    std::error_code error, unknown;
-    const std::filesystem::path file = std::filesystem::weakly_canonical(absolute, error);
-    const std::filesystem::path folder = std::filesystem::current_path(unknown);
-    return !error && !unknown && ravolt::staysBelowPath(file.lexically_relative(folder).string());
+bool mayNameGeometry(const std::string &name) {
+    std::error_code error; // the folder is then empty
+    return mayName(name, ravolt::isConfinedGeometry(name, std::filesystem::current_path(error)));
 }
 
-// No path is put in front of the geometry's name, so that an absolute one may lie in the working
-// directory.
-bool mayNameGeometry(const std::string &name) {
-    return (name.starts_with('/') && isInWorkingDirectory(name)) || mayName(name);
-}
+bool mayName(const std::string &name) { return mayName(name, ravolt::staysBelowPath(name)); }
 
 bool mayName(const TerrainEntry *entry) { return !entry || mayName(entry->text); }
 

@@ -333,6 +333,22 @@ TEST(InspectedEmitter, ElementsWithoutEffectAreWarnings) {
               Lines{"2:8: error: malformed, or more than 256 levels or attributes"});
 }
 
+const std::string leaves = " leaves its folder: RAVOLT::confineFilesOn refuses it";
+
+TEST(InspectedEmitter, NamesThatLeaveTheFolderAreWarnings) {
+    std::filesystem::create_directory("inside");
+    writeTexture("a.tga");
+    const auto findingsWith = [](const std::string &texture) {
+        return findingsOf("inside/e.xml", "<emitter><texture value='" + texture +
+                                              "'/><nbOfParticles value='5'/></emitter>");
+    };
+    const std::string absolute = std::filesystem::absolute("a.tga").string();
+    for (const std::string &name : {std::string("../a.tga"), std::string("../gone.tga"), absolute})
+        EXPECT_EQ(findingsWith(name), Lines{"1:10: warning: the texture '" + name + "'" + leaves});
+    writeTexture("inside/a.tga");
+    EXPECT_EQ(findingsWith("./a.tga"), Lines{});
+}
+
 // --- Interfaces
 
 TEST(InspectedInterface, ElementsWithoutEffectAreWarnings) {
@@ -377,6 +393,13 @@ TEST(InspectedInterface, ElementsWithoutEffectAreWarnings) {
     writeFile("i.xml", "<gui/>");
     EXPECT_EQ(inspectFile("i.xml", {FileKind::interface, {}}).findings[0].reason,
               "no element root");
+}
+
+TEST(InspectedInterface, NamesThatLeaveTheFolderAreWarnings) {
+    EXPECT_EQ(findingsOf("i.xml", "<root>\n<font><texture value='../a.tga'/>\n"
+                                  "<kerning value='C:k.txt'/></font></root>"),
+              (Lines{"2:7: warning: the texture '../a.tga'" + leaves,
+                     "3:1: warning: the kerning file 'C:k.txt'" + leaves}));
 }
 
 // --- Terrains
@@ -449,6 +472,40 @@ TEST_F(InspectedTerrain, WhatIsRefusedHasItsReasonAndWhatHasNoEffectAWarning) {
               Lines{"warning: the texture 'd2.tga' is missing: the land has no material"});
     writeTerrainConfig(geometryXml + "<LOD/>");
     EXPECT_EQ(findingsOf("land.xml").at(0).find("1:"), 0u) << "the line of the element";
+}
+
+TEST_F(InspectedTerrain, TexturesThatLeaveTheFolderAreWarnings) {
+    TerrainFile({.side = 5, .levels = 3}).write();
+    const std::string good = geometryXml + layersXml() + waterXml + skyXml;
+    const std::string folder = std::filesystem::current_path().filename().string();
+    for (const char *texture : {"d2.tga", "n3.tga", "bump.tga", "dudv.tga", "sky.tga"}) {
+        const std::string outside = "../" + folder + "/" + texture;
+        std::string config = good;
+        config.replace(config.find(texture), std::string(texture).size(), outside);
+        EXPECT_EQ(findingsWith(config), Lines{"warning: the texture '" + outside + "'" + leaves});
+    }
+    EXPECT_EQ(findingsWith(geometryXml + "<SKY><TEXTURE24_DIFFUSE>../gone.tga</TEXTURE24_DIFFUSE>"
+                                         "</SKY>"),
+              (Lines{"warning: the texture '../gone.tga'" + leaves,
+                     "error: the texture '../gone.tga' is missing"}));
+}
+
+TEST_F(InspectedTerrain, GeometryMayBeAbsoluteInTheFolderOfItsConfiguration) {
+    TerrainFile({.side = 5, .levels = 3}).write();
+    const auto geometry = [](const std::string &name) {
+        return "<GEOMETRY>" + name + "</GEOMETRY>";
+    };
+    const std::filesystem::path folder = std::filesystem::current_path();
+    const std::string inside = (folder / "land.geo").string();
+    EXPECT_EQ(findingsWith(geometry(inside)), Lines{});
+    const std::string relative = "../" + folder.filename().string() + "/land.geo";
+    EXPECT_EQ(findingsWith(geometry(relative)),
+              Lines{"warning: the geometry '" + relative + "'" + leaves});
+    std::filesystem::create_directory("inside");
+    writeFile("inside/land.xml", "<a>" + geometry(inside) + "</a>");
+    const std::string start = "1:4: ";
+    EXPECT_EQ(findingsOf("inside/land.xml"),
+              Lines{start + "warning: the geometry '" + inside + "'" + leaves});
 }
 
 TEST(InspectedGeometry, FindingsHaveTheirOffsets) {

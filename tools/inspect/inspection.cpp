@@ -1,5 +1,6 @@
 #include "tools/inspect/inspection.h"
 
+#include "foundation/text.h"
 #include "tools/inspect/names.h"
 
 #include <algorithm>
@@ -30,9 +31,23 @@ bool Inspection::hasWarnings() const {
                        [](const Finding &finding) { return !finding.isError; });
 }
 
+void Inspection::warnOfUnconfined(const Place &place, const std::string &what,
+                                  const std::string &name) {
+    warn(place,
+         what + " " + quoted(name) + " leaves its folder: RAVOLT::confineFilesOn refuses it");
+}
+
+bool Inspection::requireConfined(const Place &place, const std::string &what,
+                                 const std::string &name) {
+    const bool confined = staysBelowPath(name);
+    if (!confined)
+        warnOfUnconfined(place, what, name);
+    return confined;
+}
+
 void Inspection::requireCompanion(const Place &place, const std::string &what,
                                   const std::string &name) {
-    if (findCompanion(folders, name).empty())
+    if (requireConfined(place, what, name) && findCompanion(folders, name).empty())
         warn(place, what + " " + quoted(name) + " is missing");
 }
 

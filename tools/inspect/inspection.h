@@ -63,7 +63,11 @@ struct Inspection {
     bool hasErrors() const;
     bool hasWarnings() const;
 
-    // A warning where a file is missing that this one names.
+    // False, with a warning, for a name of a file that RAVOLT::confineFilesOn refuses.
+    bool requireConfined(const Place &place, const std::string &what, const std::string &name);
+    void warnOfUnconfined(const Place &place, const std::string &what, const std::string &name);
+
+    // A warning where a file that this one names is missing, or its name is not confined.
     void requireCompanion(const Place &place, const std::string &what, const std::string &name);
 };
 

@@ -1,6 +1,5 @@
 // Scenes: materials and the tree of nodes, with what they refer to.
 
-#include "foundation/text.h"
 #include "models/rveFile.h"
 #include "models/rveFormat.h"
 #include "tools/inspect/formats.h"
@@ -178,11 +177,8 @@ class SceneContent : public RveVisitor {
         if (!reportedNames.insert(name).second)
             return;
         const Place place = atOffset(offsetOf(name));
-        if (!staysBelowPath(name)) {
-            inspection.warn(place, what + " " + quoted(name) +
-                                       " leaves its folder: RAVOLT::confineFilesOn refuses it");
+        if (!inspection.requireConfined(place, what, name))
             return;
-        }
         for (const std::string &companion : files)
             inspection.requireCompanion(place, what, companion);
     }

@@ -41,6 +41,8 @@ class TerrainCheck : public TerrainTarget {
         const auto folder = folderOfGeometry(filename.text, inspection.file);
         if (folder.empty())
             return refuse(filename, "the geometry " + quoted(filename.text) + " is missing");
+        if (!isConfinedGeometry(filename.text, folder))
+            inspection.warnOfUnconfined(placeOf(filename), "the geometry", filename.text);
         geometry = readGeometryFile(folder / filename.text);
         if (!geometry.problem.empty())
             return refuse(filename, "the geometry " + quoted(filename.text) + ", at its byte " +
@@ -69,7 +71,7 @@ class TerrainCheck : public TerrainTarget {
                                  {"normal", utf8(layers.normal[i]->text)},
                                  {"repeat", layers.repeat[i]}});
             for (const TerrainEntry *texture : {layers.diffuse[i], layers.normal[i]})
-                if (const std::string problem = problemOf(texture->text); !problem.empty())
+                if (const std::string problem = problemOf(*texture); !problem.empty())
                     inspection.warn(placeOf(*texture), problem + ": the land has no material");
             checkRepeat(layers.repeat[i], *layers.diffuse[i]);
         }
@@ -82,7 +84,7 @@ class TerrainCheck : public TerrainTarget {
         if (!normal || !dudv)
             return refuse(section, "WATER requires TEXTURE24_NORMAL and TEXTURE24_DUDV");
         for (const TerrainEntry *texture : {normal, dudv})
-            if (const std::string problem = problemOf(texture->text); !problem.empty())
+            if (const std::string problem = problemOf(*texture); !problem.empty())
                 return refuse(*texture, problem);
         inspection.content["water"] = {{"normal", utf8(normal->text)},
                                        {"dudv", utf8(dudv->text)},
@@ -94,7 +96,7 @@ class TerrainCheck : public TerrainTarget {
 
     void setSkySpeed(float) override {}
     bool loadSky(const TerrainEntry &filename) override {
-        if (const std::string problem = problemOf(filename.text); !problem.empty())
+        if (const std::string problem = problemOf(filename); !problem.empty())
             return refuse(filename, problem);
         inspection.content["sky"] = {{"texture", utf8(filename.text)}};
         return true;
@@ -131,8 +133,10 @@ class TerrainCheck : public TerrainTarget {
         return false;
     }
 
-    // Why the engine would not load a texture; empty where it would.
-    std::string problemOf(const std::string &texture) const {
+    // Why the engine would not load a texture; empty where it would, without confinement.
+    std::string problemOf(const TerrainEntry &entry) {
+        const std::string &texture = entry.text;
+        inspection.requireConfined(placeOf(entry), "the texture", texture);
         const auto path = findCompanion(inspection.folders, texture);
         if (path.empty())
             return "the texture " + quoted(texture) + " is missing";
