@@ -114,7 +114,15 @@ TEST_F(InspectCommand, JsonHasTheSame) {
 
 // No display, and no library of OpenGL's driver is loaded.
 TEST_F(InspectCommand, NeedsNoDisplay) {
-    expectSuccess("check m.rve", "", "env -u DISPLAY SDL_VIDEODRIVER=none");
+    const std::string withoutDisplay = "env -u DISPLAY SDL_VIDEODRIVER=none";
+    expectSuccess("check m.rve", "", withoutDisplay);
+    for (const char *info : {"info m.rve", "info --json m.rve", "info m.obj"}) {
+        const Outcome outcome = run(info, withoutDisplay);
+        EXPECT_EQ(outcome.code, 0) << info;
+        EXPECT_EQ(outcome.err, "") << info;
+        EXPECT_EQ(outcome.out, run(info).out) << info;
+        EXPECT_TRUE(has(outcome.out, "vertices")) << outcome.out;
+    }
 }
 
 TEST_F(InspectCommand, HelpShowsTheExitCodes) {
