@@ -97,9 +97,8 @@ void World::drawOnce(const Effects &effects, float time, bool withFire) {
 }
 
 void World::advance(const Part &part, float progress, float seconds) {
-    const float ratio = 0.5f - 0.5f * std::cos(3.1415927f * progress);
-    camera->setPosition(mix(part.eyeFrom, part.eyeTo, ratio));
-    camera->setTarget(mix(part.targetFrom, part.targetTo, ratio));
+    camera->setPosition(eyeAt(part, progress));
+    camera->setTarget(targetAt(part, progress));
     for (float rest = seconds; rest > 0; rest -= longestStep) // for a gait that changes in between
         herd.advance(std::min(rest, longestStep));
     nature.advance(seconds);
@@ -114,8 +113,6 @@ void World::draw(const Part &part, float time, float split) {
         copyFrame(0, split);
         RAVOLT::setFrameDuration(sameMoment);
     }
-    if (part.effects.tones && frameDuration > 0)
-        RAVOLT::setFrameDuration(adaptation);
     const bool adapts = part.effects.tones && frameDuration > 0;
     if (adapts)
         RAVOLT::setFrameDuration(adaptation);
