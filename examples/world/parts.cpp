@@ -2,9 +2,14 @@
 
 #include "examples/world/parts.h"
 
+#include <cmath>
+
 namespace world {
 
 namespace {
+
+// The camera starts and stops smoothly.
+float eased(float progress) { return 0.5f - 0.5f * std::cos(3.1415927f * progress); }
 
 Point at(float x, float y, float z) { return square + Point(x, y, z); }
 
@@ -109,5 +114,13 @@ const Part parts[] = {
      at(0.5f, 2.6f, 3), dark},
 };
 const std::size_t numberOfParts = sizeof parts / sizeof *parts;
+
+Point eyeAt(const Part &part, float progress) {
+    return mix(part.eyeFrom, part.eyeTo, eased(progress));
+}
+
+Point targetAt(const Part &part, float progress) {
+    return mix(part.targetFrom, part.targetTo, eased(progress));
+}
 
 } // namespace world

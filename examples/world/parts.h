@@ -30,4 +30,8 @@ struct Part {
 extern const Part parts[];
 extern const std::size_t numberOfParts;
 
+// Where the camera and its target are; `progress` of the part is from 0 to 1.
+Point eyeAt(const Part &part, float progress);
+Point targetAt(const Part &part, float progress);
+
 } // namespace world

@@ -3,10 +3,11 @@
 # folder. A FILE is a model, which is converted; a clip (.rva), which a conversion before it has made;
 # a video (.m2v), which is made of the first scene; a terrain (.terrain), which is an island;
 # an interface (.xml), the geometry (.geo) of the terrain, or the demo's world (.world), whose files are
-# made in this folder, and whose labelled pictures are larger. It fails on the example's exit status, on
-# a problem in its log, on a leak in the log's closing statistics, when it does not leave as many
+# made in this folder, and whose labelled pictures are larger. With 0 frames the example, which is to
+# end by itself, prints its rate on the standard error. It fails on the example's exit status, on a
+# problem in its log, on a leak in the log's closing statistics, when it does not leave as many
 # pictures as it should or the last two thirds of many show the same, and on the exit status of the
-# program CHECK, if there is one, which looks at the pictures.
+# program CHECK, if there is one, which looks at what is in the folder.
 set -eu
 scripts=$(dirname "$0")/../../scripts
 converter=$1 example=$2 frames=$3 pictures=$4
@@ -32,7 +33,8 @@ for file in "$@"; do
         ;;
     *.world)
         "$scripts/makeWorld.sh" "$converter" "$(dirname "$converter")/makeVillage" 256
-        size="--width 480" labelled=yes
+        [ "$frames" -eq 0 ] || size="--width 480"
+        labelled=yes
         continue
         ;;
     *)
@@ -47,15 +49,23 @@ name=picture.png
 [ "$pictures" -eq 1 ] || name=picture_%s.png       # those that the example labels
 [ "$pictures" -ne "$frames" ] || [ "$labelled" ] || name=picture_%d.png # all
 rm -f picture*.png
-"$example" $size --frames "$frames" --picture "$name" $files >output.txt || {
-    cat output.txt
+"$example" $size --frames "$frames" --picture "$name" $files >output.txt 2>errors.txt || {
+    cat output.txt errors.txt
     echo "FAILED: exit status"
     exit 1
 }
+if [ "$frames" -eq 0 ] && ! grep -q '^[0-9.]* frames/s$' errors.txt; then
+    cat errors.txt
+    echo "FAILED: no rate on the standard error"
+    exit 1
+fi
 
-# What stands there without a fault: a machine without a graphics card, a model without normal maps.
-problems=$(grep -F '[!]' ravolt_log.txt | grep -vF -e 'No VRam detected' -e 'normal map not found' \
-    ${EXCUSED:+-e "$EXCUSED"} || true)
+# What is logged without a fault, except in the demo: a machine without a graphics card, a model without
+# normal maps.
+set --
+[ "$labelled" ] || set -- -e 'No VRam detected' -e 'normal map not found'
+[ -z "${EXCUSED:-}" ] || set -- "$@" -e "$EXCUSED"
+problems=$(grep -F '[!]' ravolt_log.txt | grep -vF -f /dev/null "$@" || true)
 if [ -n "$problems" ]; then
     echo "FAILED: problems in the log:"
     echo "$problems"
