@@ -1,3 +1,5 @@
+// What is found in a file, in the order in which it is found.
+
 #include "tools/inspect/inspection.h"
 
 #include "foundation/text.h"
