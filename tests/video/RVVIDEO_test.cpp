@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -288,7 +289,7 @@ TEST_F(OpenVideo, StatusIsStoredAndNothingElse) {
     for (const auto &row : rows) {
         EXPECT_EQ(row.status, row.number);
         recorder.start();
-        (video->*row.call)();
+        std::invoke(row.call, *video);
         EXPECT_EQ(recorder.stop(), Calls());
         expectUpdate(*video, 0, 0, row.status);
     }
