@@ -68,8 +68,11 @@ run_long() {
 }
 if [ -n "$long" ]; then
     run_long soak scripts/soak.sh "${RAVOLT_SOAK_FRAMES:-1000000}"
-    run_long toolsWithoutMemory python3 tests/faults/toolsWithoutMemory.py "$PWD/build/dev/bin/ravolt" \
-        "$PWD/build/dev/tests/faults/libravolt_toolsWithoutMemory_shim.so" 7
+    for kind in files window; do
+        run_long "toolsWithoutMemory-$kind" python3 tests/faults/toolsWithoutMemory.py \
+            "$PWD/build/dev/bin/ravolt" \
+            "$PWD/build/dev/tests/faults/libravolt_toolsWithoutMemory_shim.so" "$kind" 7
+    done
     run_long fuzz scripts/fuzz.sh "${RAVOLT_FUZZ_SECONDS:-60}"
 fi
 

@@ -1,6 +1,9 @@
 // To be preloaded (LD_PRELOAD): of the allocations from main on, that of number RAVOLT_FAIL_MALLOC
-// and RAVOLT_FAIL_TIMES - 1 after it fail, in all libraries. With RAVOLT_COUNT_MALLOC their number
-// is written to that file when the process ends.
+// and RAVOLT_FAIL_TIMES - 1 after it fail, in all libraries, or in those alone whose file names
+// begin as RAVOLT_FAIL_IN says ("ravolt:libravolt"). With RAVOLT_COUNT_MALLOC their number is
+// written to that file when the process ends.
+
+#include "tests/faults/allocatingModule.h"
 
 #include <atomic>
 #include <cerrno>
@@ -19,6 +22,7 @@ void *__libc_realloc(void *block, std::size_t bytes);
 namespace {
 
 std::atomic<bool> inMain{false};
+bool ofTestedModules = false;
 std::atomic<long> count{0};
 long first = 0, times = 0;
 int (*realMain)(int, char **, char **);
@@ -29,7 +33,7 @@ long numberOf(const char *variable) {
 }
 
 bool fails() {
-    if (!inMain)
+    if (!inMain || (ofTestedModules && !ravolt::test::calledByTestedModule()))
         return false;
     const long number = ++count;
     const bool failing = first > 0 && number >= first && number - first < times;
@@ -41,6 +45,10 @@ bool fails() {
 int countedMain(int argc, char **argv, char **environment) {
     first = numberOf("RAVOLT_FAIL_MALLOC");
     times = numberOf("RAVOLT_FAIL_TIMES");
+    if (const char *modules = std::getenv("RAVOLT_FAIL_IN")) {
+        ravolt::test::setTestedModules(modules);
+        ofTestedModules = true;
+    }
     inMain = true;
     const int result = realMain(argc, argv, environment);
     inMain = false;

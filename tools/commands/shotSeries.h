@@ -26,7 +26,8 @@ struct SeriesSource {
 // Draws the pictures, with the samples that `drawn` has, and saves them under names made of
 // `output`, which is outputOf(options) before the engine starts. Frames before the first one
 // are drawn unseen where later ones depend on them, so that each picture is the same in every
-// series that has its frame. Returns whether a picture shows more than the background.
+// series that has its frame. Returns whether a picture shows more than the background. Throws
+// Failure where the engine has run out of memory.
 bool drawSeries(const ShotOptions &options, const std::filesystem::path &output,
                 const Series &series, const SeriesSource &source, const InputFiles &inputs);
 

@@ -11,6 +11,7 @@
 #include "tools/common/message.h"
 #include "tools/common/ranges.h"
 #include "tools/process/display.h"
+#include "tools/process/memoryShortage.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -102,6 +103,9 @@ void view(ViewOptions &options) {
         choose(files, session, ending);
         ending = showNext(session, files.current(), options);
     }
+    const std::string words = MemoryShortage().next();
+    if (!words.empty())
+        warn("something was not shown, as the engine had no memory: " + words, options.verbosity);
 }
 
 } // namespace
