@@ -1,7 +1,7 @@
 // The text is tokenized before TinyXML parses it, with the same rules, so that the depth found here
-// is the one that TinyXML reaches. What is ambiguous is rejected: a wrong end tag, a declaration
-// that is not at the start. The one at the start is replaced by blanks, so that positions in the
-// text are those in the file.
+// is the one that TinyXML reaches. A wrong end tag, which is ambiguous, is rejected. Declarations
+// are replaced by blanks, since TinyXML may find another end of them; so positions in the text are
+// those in the file.
 
 #include "foundation/xmlDocument.h"
 
@@ -56,6 +56,9 @@ class XmlCheck {
     // Where a text that does not pass stops to make sense.
     const char *position() const { return rest.data(); }
 
+    // "<?xml ...?>", and whatever else starts like it.
+    const std::vector<std::string_view> &declarations() const { return declared; }
+
   private:
     bool findMarkup() {
         const std::size_t start = rest.find('<');
@@ -69,11 +72,34 @@ class XmlCheck {
         if (skip("<![CDATA["))
             return skipThrough("]]>");
         if (sameLetters(rest.substr(0, 5), "<?xml"))
-            return false;
+            return passDeclaration();
         if (!open.empty() && skip("</"))
             return passEndTag();
         rest.remove_prefix(1);
-        return !rest.empty() && startsName(rest.front()) ? passStartTag() : skipThrough(">");
+        if (!rest.empty() && startsName(rest.front()))
+            return passStartTag();
+        if (!skipThrough(">")) // as TinyXML, which takes the end of the text for the missing ">"
+            rest.remove_prefix(rest.size());
+        return true;
+    }
+
+    bool passDeclaration() {
+        const std::string_view start = rest;
+        char quote = 0;
+        for (; !rest.empty(); rest.remove_prefix(1)) {
+            const char c = rest.front();
+            if (quote == 0 && c == '>') {
+                rest.remove_prefix(1);
+                declared.push_back(start.substr(0, start.size() - rest.size()));
+                return true;
+            }
+            if (quote == 0 && (c == '"' || c == '\''))
+                quote = c;
+            else if (c == quote)
+                quote = 0;
+        }
+        rest = start;
+        return false;
     }
 
     bool passEndTag() {
@@ -158,6 +184,7 @@ class XmlCheck {
 
     std::string_view rest;
     std::vector<std::string_view> open; // names of the elements around `rest`
+    std::vector<std::string_view> declared;
 };
 
 // TinyXML copies as many bytes as the first byte of a UTF-8 character announces, whatever they are.
@@ -176,18 +203,14 @@ bool isWellFormedUtf8(std::string_view text) {
     return true;
 }
 
-// The declaration at the start, through its ">"; empty for none.
-std::string_view declarationOf(std::string_view text) {
-    if (!sameLetters(text.substr(0, 5), "<?xml"))
-        return {};
-    return text.substr(0, std::min(text.find('>'), text.size() - 1) + 1);
-}
-
-// UTF-8 when a declaration names it or names nothing.
-bool declaresUtf8(std::string_view declaration) {
+// UTF-8 when the first declaration names it or names nothing.
+bool declaresUtf8(const std::vector<std::string_view> &declarations) {
+    if (declarations.empty())
+        return false;
+    const std::string_view declaration = declarations.front();
     const std::size_t key = declaration.find("encoding");
-    if (declaration.empty() || key == std::string_view::npos)
-        return !declaration.empty();
+    if (key == std::string_view::npos)
+        return true;
     const std::size_t start = declaration.find_first_of("\"'", key);
     if (start == std::string_view::npos)
         return true;
@@ -206,10 +229,11 @@ void locate(std::string_view text, const char *position, XmlProblem &problem) {
         1;
 }
 
-// TinyXML does not say where an empty document ends: that is after `parsed`.
-void describe(std::string_view text, const char *parsed, const TiXmlDocument &document,
-              XmlProblem &problem) {
-    locate(text, parsed, problem);
+// TinyXML does not say where an empty document ends: that is after what was hidden from it.
+void describe(std::string_view text, const std::vector<std::string_view> &hidden,
+              const TiXmlDocument &document, XmlProblem &problem) {
+    locate(text, hidden.empty() ? text.data() : hidden.back().data() + hidden.back().size(),
+           problem);
     problem.text = document.ErrorDesc();
     if (document.ErrorRow() < 1)
         return;
@@ -217,43 +241,37 @@ void describe(std::string_view text, const char *parsed, const TiXmlDocument &do
     problem.column = document.ErrorCol();
 }
 
-// The whole text with blanks before `rest`.
-std::string withoutStart(std::string_view whole, std::string_view rest) {
-    std::string text(whole);
-    const auto start = text.begin();
-    std::replace_if(
-        start, start + (rest.data() - whole.data()), [](char c) { return c != '\n' && c != '\r'; },
-        ' ');
-    return text;
+// The text with blanks for its parts, except for ends of lines.
+std::string withBlanks(std::string_view text, const std::vector<std::string_view> &parts) {
+    std::string result(text);
+    for (const std::string_view part : parts) {
+        const auto start = result.begin() + (part.data() - text.data());
+        std::replace_if(
+            start, start + static_cast<std::ptrdiff_t>(part.size()),
+            [](char c) { return c != '\n' && c != '\r'; }, ' ');
+    }
+    return result;
 }
 
 bool parse(std::string_view text, TiXmlDocument &document, XmlProblem &problem) {
-    const std::string_view whole = text;
     constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
     const bool marked = text.starts_with(byteOrderMark);
-    if (marked)
-        text.remove_prefix(byteOrderMark.size());
-    while (!text.empty() && isBlank(text.front()))
-        text.remove_prefix(1);
-    const std::string_view declaration = declarationOf(text);
-    text.remove_prefix(declaration.size());
+    text = text.substr(0, text.find('\0')); // where TinyXML stops
     XmlCheck check(text);
-    if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
-        locate(whole, text.data() + zero, problem);
-        problem.text = "a byte of 0";
-        return false;
-    }
     if (!check.passes()) {
-        locate(whole, check.position(), problem);
+        locate(text, check.position(), problem);
         problem.text = "malformed, or more than 256 levels or attributes";
         return false;
     }
 
-    const bool utf8 = (marked || declaresUtf8(declaration)) && isWellFormedUtf8(text);
-    document.Parse(withoutStart(whole, text).c_str(), nullptr,
+    std::vector<std::string_view> hidden = check.declarations();
+    const bool utf8 = (marked || declaresUtf8(hidden)) && isWellFormedUtf8(text);
+    if (marked)
+        hidden.insert(hidden.begin(), text.substr(0, byteOrderMark.size()));
+    document.Parse(withBlanks(text, hidden).c_str(), nullptr,
                    utf8 ? TIXML_ENCODING_UTF8 : TIXML_ENCODING_LEGACY);
     if (document.Error())
-        describe(whole, text.data(), document, problem);
+        describe(text, hidden, document, problem);
     return !document.Error();
 }
 

@@ -66,9 +66,28 @@ TEST_F(XmlDocument, MalformedFilesDoNot) {
     for (const char *text :
          {"", "text", "<a>", "<a", "<a v", "<a v=", "<a v='1", "<a></b>", "<a><b></a></b>",
           "<a><!-- </a>", "<a><![CDATA[ </a>", "<a / >", "<a 1='2'/>", "<a v=x'y/>", "<a></a",
-          "<?xml version='1.0'", "<a><?xml version='1.0'?></a>"})
+          "<?xml version='1.0'", "<?xml version='1.0?><a/>"})
         EXPECT_FALSE(load(text)) << text;
-    EXPECT_FALSE(load(std::string("<a/>\0<b/>", 9)));
+    EXPECT_FALSE(load(std::string("<a>\0</a>", 8)));
+}
+
+// What TinyXML reads of a file, although not all of it is XML.
+TEST_F(XmlDocument, DeclarationsAnywhereAndWhatFollowsTheRootDoNotMatter) {
+    for (const char *text :
+         {"<?xml version='1.0'?><?xml-stylesheet href='b>c.xsl'?><a v='1'/>",
+          "<!-- first --><?xml version='1.0'?>\n<a v='1'/>", "<?xml?><a v='1'><?xml ?><b/></a>",
+          "<a v='1'/><", "<a v='1'/>\n<!x"}) {
+        EXPECT_TRUE(load(text)) << text;
+        EXPECT_EQ(attribute(), "1") << text;
+    }
+    EXPECT_TRUE(load(std::string("<a v='1'/>\0<b>", 14)));
+    EXPECT_EQ(attribute(), "1");
+}
+
+TEST_F(XmlDocument, TheFirstDeclarationNamesTheEncodingAlsoBehindAComment) {
+    EXPECT_TRUE(load("<!-- \xc3\xa9 --><?xml version='1.0'?><?xml encoding='ISO-8859-1'?>"
+                     "<a v='&#233;'/>"));
+    EXPECT_EQ(attribute(), "\xc3\xa9");
 }
 
 TEST_F(XmlDocument, DepthIsLimitedTo256Levels) {

@@ -365,7 +365,7 @@ TEST_F(XmlLoaderTest, MalformedFilesAreRefusedWithTheirLineAndColumn) {
          "Error parsing Element."},
         {"", "   [!] Line 1, column 1", "Error document empty."},
         {"\n<?xml version='1.0'?> words", "   [!] Line 2, column 22", "Error document empty."},
-        {std::string("<root/>\n\0", 9), "   [!] Line 2, column 1", "a byte of 0"},
+        {std::string("<root>\n\0</root>", 15), "   [!] Line 2, column 1", reason},
         {"<root>" + repeated(256, "<box>") + repeated(256, "</box>") + "</root>",
          "   [!] Line 1, column 1286", reason},
     };
