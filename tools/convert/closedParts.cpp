@@ -4,13 +4,16 @@
 #include "tools/convert/closedParts.h"
 
 #include "tools/common/algebra.h"
+#include "tools/common/firstEqual.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <map>
 #include <numeric>
-#include <tuple>
+#include <span>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace ravolt::tool {
 
@@ -18,9 +21,6 @@ namespace {
 
 // Of the cube of a part's size. A sheet with two equal sides has a volume of 0 but for rounding.
 constexpr double smallestVolume = 1e-6;
-
-using Triangle = std::array<std::uint32_t, 3>;
-using Edge = std::pair<std::uint32_t, std::uint32_t>; // from the lower vertex to the higher
 
 // Sets that are joined pair by pair, each known by one member.
 class Sets {
@@ -39,44 +39,119 @@ class Sets {
     std::vector<std::uint32_t> parent;
 };
 
-// The vertices by numbers that those at one position share.
-std::vector<std::uint32_t> weld(const Geometry &geometry) {
-    using Key = std::tuple<float, float, float, std::array<std::uint32_t, bonesOfAVertex>,
-                           std::array<float, bonesOfAVertex>>;
-    std::map<Key, std::uint32_t> numbers;
-    std::vector<std::uint32_t> result;
-    result.reserve(geometry.positions.size());
-    for (std::size_t i = 0; i < geometry.positions.size(); ++i) {
-        const Point &p = geometry.positions[i];
-        const VertexInfluences influences =
-            geometry.influences.empty() ? VertexInfluences() : geometry.influences[i];
-        const Key key{p.x, p.y, p.z, influences.bone, influences.weight};
-        result.push_back(
-            numbers.emplace(key, static_cast<std::uint32_t>(numbers.size())).first->second);
+// Compares vertices by their positions and influences.
+class Vertices {
+  public:
+    explicit Vertices(const Geometry &all) : geometry(all) {}
+
+    std::size_t hash(std::uint32_t vertex) const {
+        const Point &p = geometry.positions[vertex];
+        std::size_t result = mixed(mixed(mixed(0, p.x), p.y), p.z);
+        if (geometry.influences.empty())
+            return result;
+        const VertexInfluences &influences = geometry.influences[vertex];
+        for (std::size_t i = 0; i < bonesOfAVertex; ++i)
+            result = mixed(mixed(result, influences.bone[i]), influences.weight[i]);
+        return result;
     }
+
+    bool areEqual(std::uint32_t a, std::uint32_t b) const {
+        const Point &p = geometry.positions[a], &q = geometry.positions[b];
+        return p.x == q.x && p.y == q.y && p.z == q.z &&
+               (geometry.influences.empty() ||
+                (geometry.influences[a].bone == geometry.influences[b].bone &&
+                 geometry.influences[a].weight == geometry.influences[b].weight));
+    }
+
+  private:
+    const Geometry &geometry;
+};
+
+// Of each vertex the first one that is equal.
+std::vector<std::uint32_t> weld(const Geometry &geometry) {
+    const Vertices vertices(geometry);
+    FirstEqual known([&](std::uint32_t vertex) { return vertices.hash(vertex); },
+                     [&](std::uint32_t a, std::uint32_t b) { return vertices.areEqual(a, b); });
+    std::vector<std::uint32_t> result(geometry.positions.size());
+    for (std::size_t i = 0; i < result.size(); ++i)
+        result[i] = known.of(static_cast<std::uint32_t>(i));
     return result;
 }
 
-// How often triangles run along an edge, one way and the other.
-struct Uses {
-    unsigned int up = 0, down = 0;
+// The edges of triangles that run one way, by the lower of their two vertices.
+class Edges {
+  public:
+    explicit Edges(std::size_t vertices) : ends(vertices) {}
+
+    // First all are counted, then all are added.
+    void count(std::uint32_t lower) { ++ends[lower]; }
+    void endCounting() {
+        std::size_t all = 0;
+        for (std::size_t &end : ends)
+            all += std::exchange(end, all);
+        higher.resize(all);
+    }
+    void add(std::uint32_t lower, std::uint32_t other) { higher[ends[lower]++] = other; }
+
+    // Their higher vertices, sorted.
+    std::span<const std::uint32_t> of(std::uint32_t lower) {
+        const std::size_t begin = lower ? ends[lower - 1] : 0;
+        const std::span<std::uint32_t> result(higher.data() + begin, ends[lower] - begin);
+        std::sort(result.begin(), result.end());
+        return result;
+    }
+
+  private:
+    std::vector<std::size_t> ends; // in `higher`, of each lower vertex
+    std::vector<std::uint32_t> higher;
 };
 
-std::map<Edge, Uses> edgesOf(const std::vector<Triangle> &faces, Sets &parts) {
-    std::map<Edge, Uses> edges;
-    for (const Triangle &face : faces)
-        for (std::size_t k = 0; k < 3; ++k) {
-            const std::uint32_t from = face[k], to = face[(k + 1) % 3];
-            parts.join(from, to);
-            Uses &uses = edges[{std::min(from, to), std::max(from, to)}];
-            ++(from < to ? uses.up : uses.down);
-        }
-    return edges;
+// The faces of a geometry from the first one on, with equal vertices joined.
+class WeldedFaces {
+  public:
+    WeldedFaces(const Geometry &all, std::size_t first)
+        : geometry(all), firstFace(first), welded(weld(all)) {}
+
+    std::size_t size() const { return geometry.faces.size() - firstFace; }
+    std::size_t vertices() const { return welded.size(); }
+    std::uint32_t corner(std::size_t face, std::size_t k) const {
+        return welded[geometry.faces[firstFace + face][k]];
+    }
+
+    template <class Visit> void eachEdge(const Visit &visit) const {
+        for (std::size_t face = 0; face < size(); ++face)
+            for (std::size_t k = 0; k < 3; ++k)
+                visit(corner(face, k), corner(face, (k + 1) % 3));
+    }
+
+  private:
+    const Geometry &geometry;
+    std::size_t firstFace;
+    std::vector<std::uint32_t> welded;
+};
+
+// The lower vertices of the edges that are not used by two triangles, once in each direction.
+std::vector<std::uint32_t> findOpenEdges(const WeldedFaces &faces) {
+    Edges up(faces.vertices()), down(faces.vertices());
+    faces.eachEdge(
+        [&](std::uint32_t from, std::uint32_t to) { from < to ? up.count(from) : down.count(to); });
+    up.endCounting();
+    down.endCounting();
+    faces.eachEdge([&](std::uint32_t from, std::uint32_t to) {
+        from < to ? up.add(from, to) : down.add(to, from);
+    });
+    std::vector<std::uint32_t> open;
+    for (std::uint32_t lower = 0; lower < faces.vertices(); ++lower) {
+        const auto one = up.of(lower), other = down.of(lower);
+        if (!std::equal(one.begin(), one.end(), other.begin(), other.end()) ||
+            std::adjacent_find(one.begin(), one.end()) != one.end())
+            open.push_back(lower);
+    }
+    return open;
 }
 
 // What is summed up over a part.
 struct Part {
-    bool open = false;
     bool started = false;
     Vector origin; // volumes are counted from here, for precision
     Vector low, high;
@@ -95,7 +170,7 @@ struct Part {
     }
 
     bool isClosedOutward() const {
-        return !open && volume > smallestVolume * std::pow(length(high - low), 3);
+        return volume > smallestVolume * std::pow(length(high - low), 3);
     }
 };
 
@@ -107,26 +182,26 @@ Vector at(const Geometry &geometry, std::uint32_t index) {
 } // namespace
 
 std::vector<bool> closedOutward(const Geometry &geometry, std::size_t firstFace) {
-    const std::vector<std::uint32_t> welded = weld(geometry);
-    std::vector<Triangle> faces;
-    for (std::size_t i = firstFace; i < geometry.faces.size(); ++i) {
-        const auto &[a, b, c] = geometry.faces[i];
-        faces.push_back({welded[a], welded[b], welded[c]});
-    }
-    Sets sets(welded.size());
-    const std::map<Edge, Uses> edges = edgesOf(faces, sets);
+    const WeldedFaces faces(geometry, firstFace);
+    Sets sets(faces.vertices());
+    faces.eachEdge([&](std::uint32_t from, std::uint32_t to) { sets.join(from, to); });
+    std::vector<bool> open(faces.vertices()); // by the member that a part is known by
+    for (const std::uint32_t lower : findOpenEdges(faces))
+        open[sets.find(lower)] = true;
 
-    std::map<std::uint32_t, Part> parts;
-    for (const auto &[edge, uses] : edges)
-        if (uses.up != 1 || uses.down != 1)
-            parts[sets.find(edge.first)].open = true;
+    std::vector<bool> result(faces.size());
+    std::unordered_map<std::uint32_t, Part> parts;
     for (std::size_t i = 0; i < faces.size(); ++i) {
+        const std::uint32_t part = sets.find(faces.corner(i, 0));
         const auto &[a, b, c] = geometry.faces[firstFace + i];
-        parts[sets.find(faces[i][0])].take(at(geometry, a), at(geometry, b), at(geometry, c));
+        if (!open[part])
+            parts[part].take(at(geometry, a), at(geometry, b), at(geometry, c));
     }
-    std::vector<bool> result;
-    for (const Triangle &face : faces)
-        result.push_back(parts[sets.find(face[0])].isClosedOutward());
+    std::vector<bool> closed(faces.vertices());
+    for (const auto &[member, part] : parts)
+        closed[member] = part.isClosedOutward();
+    for (std::size_t i = 0; i < faces.size(); ++i)
+        result[i] = closed[sets.find(faces.corner(i, 0))];
     return result;
 }
 

@@ -2,10 +2,11 @@
 
 #include "tools/convert/vertices.h"
 
+#include "tools/common/firstEqual.h"
+
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <unordered_map>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -75,30 +76,35 @@ class Vertices {
     explicit Vertices(const aiMesh &all) : mesh(all), weights(weightsOf(all)) {}
 
     std::size_t hash(unsigned int vertex) const {
-        std::size_t result = 0;
-        eachNumber([&](const auto &number) {
-            result = result * 1000003 + std::hash<float>()(number(vertex));
+        std::size_t result = 0; // weights differ at the seams of a skin only
+        const aiVector3D &position = mesh.mVertices[vertex];
+        for (const float number : {position.x, position.y, position.z})
+            result = mixed(result, number);
+        eachRounded([&](const aiVector3D *array) {
+            const aiVector3D &item = array[vertex];
+            for (const float number : {item.x, item.y, item.z})
+                result = mixed(result, rounded(number));
+            return true;
         });
-        return result; // weights differ at the seams of a skin only
+        return result;
     }
 
     bool areEqual(unsigned int a, unsigned int b) const {
-        bool equal = weights.empty() || weights[a] == weights[b];
-        eachNumber([&](const auto &number) { equal = equal && number(a) == number(b); });
-        return equal;
+        return mesh.mVertices[a] == mesh.mVertices[b] && eachRounded([=](const aiVector3D *array) {
+                   return rounded(array[a].x) == rounded(array[b].x) &&
+                          rounded(array[a].y) == rounded(array[b].y) &&
+                          rounded(array[a].z) == rounded(array[b].z);
+               }) &&
+               (weights.empty() || weights[a] == weights[b]);
     }
 
   private:
-    // Calls `visit` with functions from vertices to numbers.
-    template <class Visit> void eachNumber(const Visit &visit) const {
-        for (float aiVector3D::*part : {&aiVector3D::x, &aiVector3D::y, &aiVector3D::z}) {
-            visit([&](unsigned int vertex) { return mesh.mVertices[vertex].*part; });
-            if (mesh.mNormals)
-                visit([&](unsigned int vertex) { return rounded(mesh.mNormals[vertex].*part); });
-            for (const aiVector3D *channel : mesh.mTextureCoords)
-                if (channel)
-                    visit([&](unsigned int vertex) { return rounded(channel[vertex].*part); });
-        }
+    // Calls `visit` with normals and texture coordinates until it returns false; whether it did
+    // not.
+    template <class Visit> bool eachRounded(const Visit &visit) const {
+        return (!mesh.mNormals || visit(mesh.mNormals)) &&
+               std::all_of(std::begin(mesh.mTextureCoords), std::end(mesh.mTextureCoords),
+                           [&](const aiVector3D *array) { return !array || visit(array); });
     }
 
     const aiMesh &mesh;
@@ -142,18 +148,18 @@ void separateCorners(aiMesh &mesh) {
 
 void weldVertices(aiMesh &mesh) {
     const Vertices vertices(mesh);
-    const auto hash = [&](unsigned int vertex) { return vertices.hash(vertex); };
-    const auto equal = [&](unsigned int a, unsigned int b) { return vertices.areEqual(a, b); };
-    std::unordered_map<unsigned int, unsigned int, decltype(hash), decltype(equal)> known(
-        mesh.mNumVertices, hash, equal);
-    Indices kept, newIndex;
+    FirstEqual known([&](unsigned int vertex) { return vertices.hash(vertex); },
+                     [&](unsigned int a, unsigned int b) { return vertices.areEqual(a, b); });
+    Indices kept, newIndex(mesh.mNumVertices);
     std::vector<Indices> copies(mesh.mNumBones ? mesh.mNumVertices : 0);
     for (unsigned int i = 0; i < mesh.mNumVertices; ++i) {
-        const auto own = static_cast<unsigned int>(kept.size());
-        const auto [found, isNew] = known.try_emplace(i, own);
-        newIndex.push_back(found->second);
-        if (!isNew)
+        const unsigned int first = known.of(i);
+        if (first != i) {
+            newIndex[i] = newIndex[first];
             continue;
+        }
+        const auto own = static_cast<unsigned int>(kept.size());
+        newIndex[i] = own;
         kept.push_back(i);
         if (!copies.empty())
             copies[i] = {own};
