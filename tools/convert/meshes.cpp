@@ -56,8 +56,13 @@ bool isInsideOut(const aiMesh &mesh) {
     return against > 9 * with;
 }
 
+bool isMissing(const Point &normal) { return length(vectorFrom(normal)) < 0.5; }
+
 // Computes each normal from `first` on that has no direction from the triangles around it.
 void computeMissingNormals(Geometry &geometry, std::size_t first) {
+    const auto begin = geometry.normals.begin() + static_cast<std::ptrdiff_t>(first);
+    if (std::none_of(begin, geometry.normals.end(), isMissing))
+        return;
     std::vector<Vector> sums(geometry.positions.size() - first);
     for (const auto &face : geometry.faces) {
         if (face[0] < first)
@@ -69,8 +74,22 @@ void computeMissingNormals(Geometry &geometry, std::size_t first) {
             sums[index - first] = sums[index - first] + areaNormal;
     }
     for (std::size_t i = first; i < geometry.normals.size(); ++i)
-        if (length(vectorFrom(geometry.normals[i])) < 0.5)
+        if (isMissing(geometry.normals[i]))
             geometry.normals[i] = pointFrom(unit(sums[i - first], {0, 0, 1}));
+}
+
+// Reserves memory for more items, so that arrays which grow by many parts are seldom copied.
+template <class Item> void reserveMore(std::vector<Item> &items, std::size_t more) {
+    if (items.size() + more > items.capacity())
+        items.reserve(items.empty() ? more : std::max(items.size() + more, 2 * items.capacity()));
+}
+
+void reserveFor(const aiMesh &mesh, Geometry &geometry) {
+    reserveMore(geometry.positions, mesh.mNumVertices);
+    reserveMore(geometry.normals, mesh.mNumVertices);
+    if (geometry.hasTexCoords)
+        reserveMore(geometry.texCoords, mesh.mNumVertices);
+    reserveMore(geometry.faces, mesh.mNumFaces);
 }
 
 // Copies one vertex and returns its new index.
@@ -231,6 +250,8 @@ Dropped append(Geometry &geometry, const aiMesh &mesh, const VertexTransform &tr
         geometry.hasTexCoords = true;
         geometry.texCoords.resize(firstVertex);
     }
+
+    reserveFor(mesh, geometry);
 
     const Affine rigid{transform.residual, {}};
     const bool insideOut = isInsideOut(mesh);

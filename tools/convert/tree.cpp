@@ -63,12 +63,16 @@ ravolt::RveMesh meshFrom(MeshPart part, const Skeleton &skeleton) {
     mesh.radius = bounds.radius;
     mesh.minimum = {bounds.minimum.x, bounds.minimum.y, bounds.minimum.z};
     mesh.maximum = {bounds.maximum.x, bounds.maximum.y, bounds.maximum.z};
+    mesh.vertices.reserve(part.geometry.positions.size());
     for (const Point &p : part.geometry.positions)
         mesh.vertices.push_back({p.x, p.y, p.z});
+    mesh.normals.reserve(part.geometry.normals.size());
     for (const Point &n : part.geometry.normals)
         mesh.normals.push_back({n.x, n.y, n.z});
+    mesh.uvs.reserve(part.geometry.texCoords.size());
     for (const TexCoord &texCoord : part.geometry.texCoords)
         mesh.uvs.push_back({texCoord.u, texCoord.v});
+    mesh.faces.reserve(part.geometry.faces.size());
     for (const auto &[a, b, c] : part.geometry.faces)
         mesh.faces.push_back({static_cast<std::uint16_t>(a), static_cast<std::uint16_t>(b),
                               static_cast<std::uint16_t>(c)});
