@@ -158,6 +158,16 @@ TEST_F(EmitterPool, NewParticlesTakeTheFirstFreeSlots) {
     EXPECT_NOTHING_LOGGED();
 }
 
+// The entries after the particles may name slots of other emitters.
+TEST_F(EmitterPool, ReleasedParticlesAreThoseOfTheEmitter) {
+    emitter->setNumberOfParticles(3);
+    emitter->setNumberOfParticles(2);
+    emitterOf(1); // takes the slot of the third entry
+    emitter->setNumberOfParticles(1);
+    expectUse(2, 2);
+    EXPECT_TRUE(pool()[2].used);
+}
+
 TEST_F(EmitterPool, NumbersAreLimitedToThoseOfAnEmitterAndOfThePool) {
     const struct {
         const char *what;

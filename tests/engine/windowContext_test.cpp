@@ -307,6 +307,10 @@ TEST_F(WindowContextTest, OnX11TheFrameGetsTheSizeRequestedForTheContent) {
     ravolt::SystemWindow().setOuterSize(width, height); // nothing more to do
     EXPECT_EQ(manager.boxOf(window), inside);
     EXPECT_EQ(manager.sizeOf(frame)[0] + 2, width);
+    ravolt::SystemWindow().setOuterSize(width, height + 8); // one of the two sizes
+    EXPECT_EQ(manager.boxOf(window), (std::array{5, 19, width - 12, height - 18}));
+    ravolt::SystemWindow().setOuterSize(width + 8, height);
+    EXPECT_EQ(manager.boxOf(window), (std::array{5, 19, width - 4, height - 18}));
 
     XReparentWindow(manager.display, window, DefaultRootWindow(manager.display), 0, 0);
     XSync(manager.display, False);
@@ -333,6 +337,28 @@ TEST_F(CaveWindowTest, OnX11IsOnTopWithItsSize) {
     ravolt::SystemWindow().raiseToTop();
     EXPECT_EQ(other.topmost(), engineWindow());
     XDestroyWindow(other.display, cover);
+}
+
+TEST_F(WindowContextTest, OnX11TheManagerIsRequestedToShowTheWindowAlwaysOnTop) {
+    ASSERT_TRUE(onX11());
+    const OtherClient manager;
+    XSelectInput(manager.display, DefaultRootWindow(manager.display), SubstructureNotifyMask);
+    XSync(manager.display, True);
+    ravolt::SystemWindow().raiseToTop();
+    XSync(manager.display, False);
+    XEvent event = {};
+    ASSERT_TRUE(XCheckTypedEvent(manager.display, ClientMessage, &event));
+    EXPECT_EQ(event.xclient.window, engineWindow());
+    EXPECT_EQ(event.xclient.format, 32);
+    const auto atom = [&manager](const char *name) {
+        return XInternAtom(manager.display, name, False);
+    };
+    EXPECT_EQ(event.xclient.message_type, atom("_NET_WM_STATE"));
+    const long *const data = event.xclient.data.l;
+    EXPECT_EQ(data[0], 1) << "add";
+    EXPECT_EQ(data[1], static_cast<long>(atom("_NET_WM_STATE_ABOVE")));
+    EXPECT_EQ(data[2], 0);
+    EXPECT_EQ(data[3], 1) << "from an application";
 }
 
 // With the software drivers this buffer still has the presented frame.
