@@ -3,7 +3,10 @@
 #include "foundation/platform.h"
 #include "tests/foundation/ownLog.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <vector>
 
 namespace ravolt::test {
 namespace {
@@ -58,6 +61,29 @@ TEST(Allocator, RaisesThePeakAndNeverLowersIt) {
     restartPeak();
     EXPECT_EQ(memoryFigures().peakPhysical, 1024u);
     systemFaults = {};
+}
+
+// --- Cleared memory
+
+// From every side of a page to every side of a page, where the system takes pages back and where
+// not.
+TEST(ClearedMemory, IsZeroAndNothingElse) {
+    constexpr std::size_t page = 4096, all = 5 * page;
+    std::vector<unsigned char> bytes(all + page);
+    unsigned char *const start =
+        bytes.data() + (page - reinterpret_cast<std::uintptr_t>(bytes.data()) % page) % page;
+    for (const bool refused : {false, true})
+        for (const std::size_t begin : {std::size_t{0}, std::size_t{1}, page - 1, page, page + 7})
+            for (const std::size_t end :
+                 {page + 8, 2 * page - 1, 2 * page, 3 * page + 1, all - 1}) {
+                SCOPED_TRACE(testing::Message() << begin << " to " << end << ", " << refused);
+                std::memset(start, 0xAA, all);
+                systemFaults.adviceRefused = refused;
+                platform::clear(start + begin, end - begin);
+                systemFaults = {};
+                EXPECT_EQ(std::count(start, start + all, 0xAA), all - (end - begin));
+                EXPECT_EQ(std::count(start + begin, start + end, 0), end - begin);
+            }
 }
 
 } // namespace

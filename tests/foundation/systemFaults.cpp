@@ -39,6 +39,7 @@ extern "C" {
 
 int __real_clock_gettime(clockid_t clock, timespec *time);
 int __real_open(const char *path, int flags, mode_t mode);
+int __real_madvise(void *address, std::size_t length, int advice);
 
 int __wrap_clock_gettime(clockid_t clock, timespec *time) {
     if (clock == CLOCK_MONOTONIC || !systemFaults.realTime)
@@ -62,6 +63,13 @@ int __wrap_open(const char *path, int flags, ...) {
             return memoryFile(*systemFaults.memoryInUse);
     }
     return __real_open(path, flags, mode);
+}
+
+int __wrap_madvise(void *address, std::size_t length, int advice) {
+    if (!systemFaults.adviceRefused)
+        return __real_madvise(address, length, advice);
+    errno = EINVAL;
+    return -1;
 }
 
 } // extern "C"
