@@ -116,6 +116,32 @@ TEST_F(Effects, WithoutBlitThePictureStaysInTargetZeroAnd2DIsDrawnThere) {
     EXPECT_PIXEL(pixelAt(126, 94), background, 1);
 }
 
+// As lit, transparent nodes leave it.
+class WallThatLeavesState : public Wall {
+  public:
+    using Wall::Wall;
+
+    bool render(void *entry) override {
+        Wall::render(entry);
+        RVLIGHT::lightingOn();
+        RVOPENGL::blendingOn();
+        glColor4f(1, 0, 0, 0.5f);
+        return true;
+    }
+};
+
+TEST_F(Effects, TheFinalCopyIsThePictureWhateverStateTheLastNodeLeaves) {
+    RAVOLT::DOFOn();
+    RAVOLT::clear(true, true, false);
+    RAVOLT::begin3D(camera);
+    RAVOLT::DOFOff();
+    (new WallThatLeavesState({0, 1, 0, 0.5f}))->pass();
+    RAVOLT::end3D(true);
+    EXPECT_PIXEL(pixelAt(64, 48), green, 1);
+    EXPECT_PIXEL(pixelAt(126, 94), background, 1);
+    RVLIGHT::lightingOff();
+}
+
 class ForcedTarget : public Effects {
   protected:
     ForcedTarget() { settings.setForceFBO(true); }
