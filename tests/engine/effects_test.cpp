@@ -434,6 +434,27 @@ TEST_F(Shadows, SkyWaterAndTerrainAreNotDrawnIntoTheMap) {
     }
 }
 
+// In the map, under the map's texture and in the main pass, of two frames.
+TEST_F(Shadows, ATextureOnTheUnitOfTheMapIsBoundAndEnabledInEachPass) {
+    auto *texture = new RVTEXTURE;
+    ASSERT_TRUE(texture->create(2, 2, RV_TEXTURE_RGBA));
+    int passes = 0;
+    wall->meanwhile = [&] {
+        unsigned int unit = 1;
+        texture->render(&unit);
+        EXPECT_EQ(integerOf(GL_TEXTURE_BINDING_2D), static_cast<int>(texture->getGLId())) << passes;
+        EXPECT_TRUE(glIsEnabled(GL_TEXTURE_2D)) << passes;
+        RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
+        texture->render(&unit);
+        ++passes;
+    };
+    frame(root);
+    frame(root);
+    EXPECT_EQ(passes, 6);
+    wall->meanwhile = [] {};
+    delete texture;
+}
+
 TEST_F(Shadows, TheWindowFollowsTheMapWhereItIsTheTarget) {
     const Calls all = calls();
     EXPECT_EQ(all.named({"glBindFramebufferEXT", "glViewport", "glPointSize"}),
