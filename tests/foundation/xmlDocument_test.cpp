@@ -142,6 +142,14 @@ TEST_F(XmlDocument, BytesOfOtherEncodingsAreUnchanged) {
     }
 }
 
+// As a character of UTF-8 each would include the quote.
+TEST_F(XmlDocument, IncompleteCharactersAreThoseOfAnotherEncoding) {
+    for (const char *bytes : {"\xc3", "\xe2\x82", "\xf0\x9f\x98"}) {
+        EXPECT_TRUE(load(std::string("<?xml version='1.0'?><a v='") + bytes + "'/>"));
+        EXPECT_EQ(attribute(), bytes);
+    }
+}
+
 TEST_F(XmlDocument, CharacterReferencesHaveTheEncodingOfTheFile) {
     const std::pair<const char *, const char *> rows[] = {
         {"<?xml version='1.0'?>", "\xc3\xa9"},
