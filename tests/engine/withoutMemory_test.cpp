@@ -25,46 +25,18 @@
 #include "tests/engine/resetEffects.h"
 #include "tests/faults/world.h"
 #include "tests/models/modelScenes.h"
+#include "tests/support/create.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/files.h"
 #include "tests/support/heap.h"
 #include "tools/writers/tgaWriter.h"
 
 #include <functional>
-#include <new>
 #include <set>
 #include <string>
 
 namespace ravolt::test {
 namespace {
-
-// The memory of the object itself is the application's and always there; what its constructor
-// allocates is the library's.
-template <class T> T *make() {
-    void *memory;
-    {
-        const ScopedUnrecorded application;
-        memory = ::operator new(sizeof(T));
-    }
-    return new (memory) T;
-}
-
-RveScene sceneOfEverything() {
-    RveNode skinned = squareMesh("skinned", "stone");
-    skinned.mesh.skin.weightsPerVertex = 4;
-    skinned.mesh.skin.boneIndices.assign(16, 0);
-    skinned.mesh.skin.boneWeights.assign(16, 0.25f);
-    skinned.mesh.skin.bones = {"bone"};
-    RveNode light = nodeNamed("lamp");
-    light.kind = RveKind::light;
-    light.light.type = RveLightType::spot;
-    RveScene scene{{materialNamed("stone"), materialNamed("glass", 0.5f)},
-                   rootOver({nodeNamed("group", {skinned, light}), emptyMesh("bone"),
-                             squareMesh("pane", "glass")})};
-    scene.materials[0].texture = "wall_d.tga";
-    scene.materials[1].shader = "own";
-    return scene;
-}
 
 // Longer than a label.
 constexpr const char *longText =
@@ -98,7 +70,7 @@ class WithoutMemory : public SilentTest {
         picture.pixels = pixels;
         ASSERT_TRUE(writeTga("wall_d.tga", picture));
         ASSERT_TRUE(writeTga("wall_n.tga", picture));
-        writeFile("life.rve", bytesOf(sceneOfEverything()));
+        writeFile("life.rve", bytesOf(sceneOfEverything("wall_d.tga")));
         writeFile("gui.xml", interfaceOfEverything);
         writeFile("kerning.txt", "RAVOLT_kerning_i=5\nRAVOLT_kerning_SPACE=7\n");
         writeFile("ownVS.glsl", Bytes{' '});
@@ -116,7 +88,7 @@ class WithoutMemory : public SilentTest {
     }
 
     void textures() {
-        auto *texture = make<RVTEXTURE>();
+        auto *texture = create<RVTEXTURE>();
         texture->incReferences();
         texture->load("wall_d.tga");
         texture->update();
@@ -134,15 +106,15 @@ class WithoutMemory : public SilentTest {
 
     void resources() {
         textures();
-        auto *program = make<RVSHADER>();
+        auto *program = create<RVSHADER>();
         program->load("ownVS.glsl", "ownPS.glsl", false);
-        auto *material = make<RVMATERIAL>();
-        auto *copy = make<RVMATERIAL>();
+        auto *material = create<RVMATERIAL>();
+        auto *copy = create<RVMATERIAL>();
         copy->clone(material);
-        auto *clip = make<RVANIM>();
+        auto *clip = create<RVANIM>();
         clip->save("life.rva");
         clip->load("life.rva");
-        auto *video = make<RVVIDEO>();
+        auto *video = create<RVVIDEO>();
         video->load("life.rve"); // no video, but a file
         video->play();
         video->update(2);
@@ -150,17 +122,17 @@ class WithoutMemory : public SilentTest {
     }
 
     static void tree() {
-        auto *root = make<RVNODE>(), *middle = make<RVNODE>();
+        auto *root = create<RVNODE>(), *middle = create<RVNODE>();
         middle->link(root);
         for (int child = 0; child < 3; ++child)
-            make<RVNODE>()->link(middle);
+            create<RVNODE>()->link(middle);
         middle->remove();
         middle->link(root);
         middle->unlink();
     }
 
     static void frame(RVNODE *root) {
-        auto *camera = make<RVCAMERA>();
+        auto *camera = create<RVCAMERA>();
         allEffectsOn();
         for (int number = 0; number < 2; ++number) {
             drawFrame(camera, root);
@@ -181,14 +153,14 @@ class WithoutMemory : public SilentTest {
     }
 
     template <class Widget> static Widget *add(RVNODE *parent) {
-        Widget *const widget = make<Widget>();
+        Widget *const widget = create<Widget>();
         widget->link(parent);
         return widget;
     }
 
     static RVFONT *makeFont() {
-        RVFONT *const font = make<RVFONT>();
-        auto *const atlas = make<RVTEXTURE>();
+        RVFONT *const font = create<RVFONT>();
+        auto *const atlas = create<RVTEXTURE>();
         atlas->create(16, 16, RV_TEXTURE_RGBA);
         font->setTexture(atlas);
         font->loadKerning("kerning.txt");
@@ -197,7 +169,7 @@ class WithoutMemory : public SilentTest {
 
     static RVNODE *widgets() {
         RVFONT *const font = makeFont();
-        auto *const root = make<RVNODE>();
+        auto *const root = create<RVNODE>();
         auto *const window = add<RVWINDOW>(root);
         window->setFont(font);
         window->setCaption("title");
@@ -269,6 +241,7 @@ class WithoutMemory : public SilentTest {
         for (const std::string &line : problemsSince(mark))
             problems.insert(line);
         RAVOLT::free();
+        EXPECT_FALSE(RAVOLT::isActive());
         expectNothingLeft();
         // A block whose allocation failed is never subtracted from the ratio.
         EXPECT_EQ(finalMemoryRatio() - ratio, static_cast<int>(heap.failedMallocs - blocks));
@@ -285,19 +258,6 @@ class WithoutMemory : public SilentTest {
             EXPECT_TRUE(endsInOrder());
         EXPECT_FALSE(HasFailure()) << "at allocation " << after;
         return after;
-    }
-
-    static void expectNothingLeft() {
-        EXPECT_FALSE(RAVOLT::isActive());
-        EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
-        EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 0u);
-        EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
-        EXPECT_EQ(RVSHADER::getNumberOfShaders(), 0u);
-        EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
-        EXPECT_EQ(RVFONT::getNumberOfFonts(), 0u);
-        const unsigned int id = zlfNewId();
-        EXPECT_EQ(id, 1u);
-        releaseId(id);
     }
 
     bool endsInOrder() {

@@ -3,19 +3,17 @@
 #include "tests/faults/world.h"
 
 #include "ravolt.h"
-#include "testing/recorderState.h"
 #include "tests/effects/terrainScene.h"
 #include "tests/models/modelScenes.h"
+#include "tests/support/create.h"
 #include "tests/support/files.h"
 #include "tools/writers/rvaWriter.h"
 
-#include <new>
 #include <string>
 
 namespace ravolt::test {
-namespace {
 
-RveScene sceneOfEverything() {
+RveScene sceneOfEverything(const std::string &texture) {
     RveNode skinned = skinnedSquare("skinned", {"bone"}, 4, "stone");
     RveNode light = placed(nodeNamed("lamp"), {0, 2, 3});
     light.kind = RveKind::light;
@@ -23,10 +21,12 @@ RveScene sceneOfEverything() {
     RveScene scene{{materialNamed("stone"), materialNamed("glass", 0.5f)},
                    rootOver({nodeNamed("group", {skinned, light}), emptyMesh("bone"),
                              squareMesh("pane", "glass")})};
-    scene.materials[0].texture = "d1.tga";
+    scene.materials[0].texture = texture;
     scene.materials[1].shader = "own";
     return scene;
 }
+
+namespace {
 
 constexpr const char *smokeXml = "<?xml version=\"1.0\"?>\n<emitter><texture "
                                  "value=\"d2.tga\"/><nbOfParticles value=\"40\"/></emitter>";
@@ -37,16 +37,6 @@ constexpr const char *guiXml = R"(<root>
 <write value="more than the lines of the window"/>
 <button><title value="caption"/><kind value="switch"/><usefont ref="file"/></button>
 <label><usefont ref="file"/><write value="100%%"/></label></window></root>)";
-
-// The memory of the object itself is the application's, and is there in tests without memory, too.
-template <class T> T *create() {
-    void *memory;
-    {
-        const ScopedUnrecorded application;
-        memory = ::operator new(sizeof(T));
-    }
-    return new (memory) T;
-}
 
 template <class Widget> Widget *add(RVNODE *parent) {
     auto *const widget = create<Widget>();
@@ -121,7 +111,7 @@ bool isAlive(const RVNODE *wanted) {
 
 void writeWorldFiles() {
     writeTerrainTextures();
-    writeFile("scene.rve", bytesOf(sceneOfEverything()));
+    writeFile("scene.rve", bytesOf(sceneOfEverything("d1.tga")));
     RvaClip clip;
     clip.bones = {"bone"};
     clip.frames.resize(2);

@@ -3,6 +3,8 @@
 // Objects of every class, made from files in the test's own folder, all of which a frame draws. The
 // registries own them.
 
+#include <string>
+
 class RVANIM;
 class RVBOX;
 class RVBUTTON;
@@ -27,7 +29,14 @@ class RVVSCROLLBAR;
 class RVWATER;
 class RVWINDOW;
 
+namespace ravolt {
+struct RveScene;
+}
+
 namespace ravolt::test {
+
+// A scene file with a skinned mesh, a light, and a transparent mesh with a program of its own.
+RveScene sceneOfEverything(const std::string &texture);
 
 // Writes the files: scene.rve with its textures, clip.rva, land.xml and land.geo, smoke.xml,
 // kerning.txt, ownVS.glsl and ownPS.glsl, gui.xml.

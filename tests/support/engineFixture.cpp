@@ -2,11 +2,13 @@
 
 #include "tests/support/engineFixture.h"
 
+#include "ravolt/RVANIM.h"
 #include "ravolt/RVCAMERA.h"
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVFONT.h"
 #include "ravolt/RVMATERIAL.h"
 #include "ravolt/RVNODE.h"
+#include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/RVVIDEO.h"
 #include "ravolt/zlf.h"
@@ -43,19 +45,21 @@ class ScopedPackAlignment {
     GLint before = 4;
 };
 
-void expectNothingRegistered() {
+} // namespace
+
+void expectNothingLeft() {
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
     EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 0u);
     EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
+    EXPECT_EQ(RVSHADER::getNumberOfShaders(), 0u);
     EXPECT_EQ(RVVIDEO::getNumberOfVideos(), 0u);
+    EXPECT_EQ(RVANIM::getNumberOfAnims(), 0u);
     EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
     EXPECT_EQ(RVFONT::getNumberOfFonts(), 0u);
     const unsigned int id = zlfNewId();
     EXPECT_EQ(id, 1u) << "the identifiers below it were not released";
     releaseId(id);
 }
-
-} // namespace
 
 RVSETTINGS smallSettings() {
     RVSETTINGS settings;
@@ -150,7 +154,7 @@ void EngineTest::TearDown() {
         expectNoGlErrors();
         EXPECT_TRUE(RAVOLT::free());
     }
-    expectNothingRegistered();
+    expectNothingLeft();
     EXPECT_EQ(finalMemoryRatio(), ratioBefore) << "blocks allocated less blocks released";
     RecorderTest::TearDown();
 }

@@ -27,6 +27,9 @@ RVSETTINGS smallSettings();
 // the engine (see Recorder::suppressUnitErrors), and call this after its start and before its end.
 void expectNoGlErrors();
 
+// No object is registered and no identifier is used.
+void expectNothingLeft();
+
 // The pixels of the back buffer, before the swap: the whole window or a part of it.
 Picture readFrame();
 Picture readArea(int x, int y, int width, int height); // x, y from the top left
