@@ -214,6 +214,8 @@ RVEMITTER *Engine::loadEmitter(const fs::path &file) {
     if (!emitter->load(file.filename().c_str()))
         throw Failure(file.string(), lastError());
     emitter->link(new RVNODE);
+    if (!emitter->getParent())
+        throw Failure(file.string(), lastError());
     return emitter;
 }
 
