@@ -15,6 +15,7 @@ namespace {
 
 constexpr double degree = 3.14159265358979323846 / 180;
 constexpr double defaultTurnRate = 15, maxSeconds = 10;
+constexpr double maxNumber = 1e30;
 
 struct Angles {
     double yaw, pitch; // degrees
@@ -39,7 +40,13 @@ void Camera::handle(const Input &input) {
 
 void Camera::assign(double &field, double number) {
     if (std::isfinite(number))
-        field = number;
+        field = bounded(number);
+}
+
+double Camera::bounded(double number) { return std::clamp(number, -maxNumber, maxNumber); }
+
+bool Camera::isFinite(const Z3MVECTOR3D &point) {
+    return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
 }
 
 double Camera::limitedSeconds(double seconds) {
@@ -68,9 +75,10 @@ double Camera::limited(double degrees) const {
 }
 
 void Camera::turn(double yawDegrees, double pitchDegrees) {
-    if (!std::isfinite(yawDegrees) || !std::isfinite(pitchDegrees))
+    const double target = yaw.getTarget() + yawDegrees;
+    if (!std::isfinite(target) || !std::isfinite(pitchDegrees))
         return;
-    yaw.setTarget(yaw.getTarget() + yawDegrees);
+    yaw.setTarget(target);
     pitch.setTarget(limited(pitch.getTarget() + pitchDegrees));
 }
 

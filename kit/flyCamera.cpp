@@ -45,9 +45,9 @@ void FlyCamera::update(double seconds) {
     speedX.setTarget(goal * (forwards * ahead.x + rightwards * right.x));
     speedY.setTarget(goal * (forwards * ahead.y + upwards));
     speedZ.setTarget(goal * (forwards * ahead.z + rightwards * right.z));
-    x += speedX.advance(seconds);
-    y += speedY.advance(seconds);
-    z += speedZ.advance(seconds);
+    x = bounded(x + speedX.advance(seconds));
+    y = bounded(y + speedY.advance(seconds));
+    z = bounded(z + speedZ.advance(seconds));
 }
 
 void FlyCamera::setMoveRate(double perSecond) {
@@ -56,9 +56,11 @@ void FlyCamera::setMoveRate(double perSecond) {
 }
 
 void FlyCamera::setPosition(const Z3MVECTOR3D &point) {
-    x = double(point.x);
-    y = double(point.y);
-    z = double(point.z);
+    if (!isFinite(point))
+        return;
+    x = bounded(double(point.x));
+    y = bounded(double(point.y));
+    z = bounded(double(point.z));
     for (SmoothedValue *value : {&speedX, &speedY, &speedZ})
         value->jump(0);
 }

@@ -10,6 +10,7 @@
 
 #include <SDL.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -50,12 +51,20 @@ void appendUtf8(std::string &text, unsigned int character) {
     }
 }
 
+// Far outside of every window and target a pixel is as good as any other.
+constexpr int maxPixels = 1 << 28;
+
+template <class Number> int limited(Number pixels) {
+    return static_cast<int>(
+        std::clamp(pixels, static_cast<Number>(-maxPixels), static_cast<Number>(maxPixels)));
+}
+
 // The pixel of `size` pixels that has the centre of pixel `index` of `of` pixels over the same
 // length.
 int scaled(int index, int size, int of) {
     if (size == of || of < 1)
         return index;
-    return static_cast<int>(std::floor((index + 0.5) * size / of));
+    return limited(std::floor((index + 0.5) * size / of));
 }
 
 template <std::size_t size> bool isSet(const std::bitset<size> &bits, int index) {
@@ -251,7 +260,9 @@ bool Input::knowsViewport() const {
            (drawnIntoTarget || (now.x == windowThen.x && now.y == windowThen.y));
 }
 
-void Input::setArea(int x, int y, int width, int height) { area = {x, y, width, height}; }
+void Input::setArea(int x, int y, int width, int height) {
+    area = {limited(x), limited(y), limited(width), limited(height)};
+}
 
 Pixel Input::getWindowSize() { return {RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY()}; }
 
@@ -275,8 +286,8 @@ Input::Rectangle Input::shownArea() const {
 Pixel Input::toDrawn(Pixel pixel) const {
     const Pixel size = drawnSize();
     const Rectangle shown = shownArea();
-    return {scaled(pixel.x - shown.x, size.x, shown.width),
-            scaled(pixel.y - shown.y, size.y, shown.height)};
+    return {scaled(limited(pixel.x) - shown.x, size.x, shown.width),
+            scaled(limited(pixel.y) - shown.y, size.y, shown.height)};
 }
 
 Pixel Input::getBlockSize() const {

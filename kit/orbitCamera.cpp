@@ -51,9 +51,11 @@ void OrbitCamera::update(double seconds) {
 }
 
 void OrbitCamera::setCenter(const Z3MVECTOR3D &point) {
-    x.jump(double(point.x));
-    y.jump(double(point.y));
-    z.jump(double(point.z));
+    if (!isFinite(point))
+        return;
+    x.jump(bounded(double(point.x)));
+    y.jump(bounded(double(point.y)));
+    z.jump(bounded(double(point.z)));
 }
 
 Z3MVECTOR3D OrbitCamera::getCenter() const { return {x.getValue(), y.getValue(), z.getValue()}; }
@@ -64,9 +66,11 @@ void OrbitCamera::pan(double right, double up) {
         return;
     const Direction r = getGoalRight(), f = getGoalForward();
     const Direction u = {-r.z * f.y, r.z * f.x - r.x * f.z, r.x * f.y};
-    x.setTarget(x.getTarget() + right * r.x + up * u.x);
-    y.setTarget(y.getTarget() + up * u.y);
-    z.setTarget(z.getTarget() + right * r.z + up * u.z);
+    right = bounded(right);
+    up = bounded(up);
+    x.setTarget(bounded(x.getTarget() + right * r.x + up * u.x));
+    y.setTarget(bounded(y.getTarget() + up * u.y));
+    z.setTarget(bounded(z.getTarget() + right * r.z + up * u.z));
 }
 
 void OrbitCamera::setDistance(double units) {
@@ -79,8 +83,8 @@ double OrbitCamera::getDistance() const { return std::exp(logDistance.getValue()
 void OrbitCamera::setDistanceLimits(double nearest, double farthest) {
     if (!isPositive(nearest) || !isPositive(farthest) || nearest > farthest)
         return;
-    lowestLog = std::log(nearest);
-    highestLog = std::log(farthest);
+    lowestLog = std::log(bounded(nearest));
+    highestLog = std::log(bounded(farthest));
     const double target = std::clamp(logDistance.getTarget(), lowestLog, highestLog);
     logDistance.jump(std::clamp(logDistance.getValue(), lowestLog, highestLog));
     logDistance.setTarget(target);
@@ -103,11 +107,13 @@ void OrbitCamera::setMoveRate(double perSecond) {
 }
 
 void OrbitCamera::setPosition(const Z3MVECTOR3D &point) {
+    if (!isFinite(point))
+        return;
     const Z3MVECTOR3D forward = getForward();
     const double distance = getDistance();
-    x.jump(double(point.x) + double(forward.x) * distance);
-    y.jump(double(point.y) + double(forward.y) * distance);
-    z.jump(double(point.z) + double(forward.z) * distance);
+    x.jump(bounded(double(point.x) + double(forward.x) * distance));
+    y.jump(bounded(double(point.y) + double(forward.y) * distance));
+    z.jump(bounded(double(point.z) + double(forward.z) * distance));
 }
 
 Z3MVECTOR3D OrbitCamera::getPosition() const {

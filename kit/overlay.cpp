@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include <stb/stb_easy_font.h>
@@ -23,6 +24,7 @@ namespace {
 constexpr int dotsOfALine = 12;             // from one to the next
 constexpr std::size_t bytesOfLetter = 2048; // more than any letter needs
 constexpr std::size_t bytesOfCorner = 16;   // of a quad
+constexpr std::size_t maxLetters = 4096;    // of a line
 
 // What the built-in letters have.
 std::string printable(const std::string &line) {
@@ -41,6 +43,13 @@ std::vector<std::string> linesOf(const std::string &text) {
         else
             lines.back() += c;
     return lines;
+}
+
+// Far outside of every window a place is as good as any other.
+int limited(long long pixels) {
+    constexpr long long high = std::numeric_limits<int>::max(),
+                        low = std::numeric_limits<int>::min();
+    return static_cast<int>(std::clamp(pixels, low, high));
 }
 
 // RVFONT's tag of a colour.
@@ -78,7 +87,7 @@ bool Overlay::text(int x, int y, const std::string &text) {
             drawn = font->putText(x, top, (tag + line).c_str()) && drawn;
         else
             drawLetters(x, top, printable(line));
-        top += heightOf("");
+        top = limited(0LL + top + heightOf(""));
     }
     RVTEXTURE::texturingOff(0);
     glColor4f(1, 1, 1, 1);
@@ -86,7 +95,7 @@ bool Overlay::text(int x, int y, const std::string &text) {
 }
 
 void Overlay::drawLetters(int x, int y, const std::string &line) const {
-    std::string letters = line;
+    std::string letters = line.substr(0, maxLetters);
     std::vector<char> corners(letters.size() * bytesOfLetter);
     const int quads = stb_easy_font_print(0, 0, letters.data(), nullptr, corners.data(),
                                           static_cast<int>(corners.size()));
@@ -107,15 +116,15 @@ int Overlay::widthOf(const std::string &text) const {
     for (const std::string &line : linesOf(text)) {
         std::string letters = printable(line);
         const int own = font ? static_cast<int>(font->stringLength(line.c_str()))
-                             : stb_easy_font_width(letters.data()) * scale;
+                             : limited(1LL * stb_easy_font_width(letters.data()) * scale);
         width = std::max(width, own);
     }
     return width;
 }
 
 int Overlay::heightOf(const std::string &text) const {
-    const int lines = static_cast<int>(linesOf(text).size());
-    return lines * (font ? static_cast<int>(font->getCharSizeY()) : dotsOfALine * scale);
+    const auto lines = static_cast<long long>(linesOf(text).size());
+    return limited(lines * (font ? static_cast<int>(font->getCharSizeY()) : dotsOfALine * scale));
 }
 
 bool Overlay::picture(RVTEXTURE *texture, int x, int y, int width, int height) {
@@ -123,8 +132,10 @@ bool Overlay::picture(RVTEXTURE *texture, int x, int y, int width, int height) {
         zlfLog("   [!] Invalid params @ Overlay::picture\n");
         return false;
     }
-    const int right = x + (width > 0 ? width : static_cast<int>(texture->getSizeX()));
-    const int bottom = y + (height > 0 ? height : static_cast<int>(texture->getSizeY()));
+    const int right =
+        limited(0LL + x + (width > 0 ? width : static_cast<int>(texture->getSizeX())));
+    const int bottom =
+        limited(0LL + y + (height > 0 ? height : static_cast<int>(texture->getSizeY())));
     RVTEXTURE::texturingOn(0); // as in text
     texture->render(nullptr);
     applyState();

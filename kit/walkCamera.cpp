@@ -14,7 +14,7 @@ namespace ravolt::kit {
 namespace {
 
 constexpr double degree = 3.14159265358979323846 / 180;
-constexpr double defaultSlope = 50, maxSlope = 89;
+constexpr double defaultSlope = 50, maxSlope = 89, defaultEyeHeight = 1.7;
 constexpr double stepsPerEyeHeight = 16; // the length of a step
 constexpr double maxSteps = 2000;        // of one update
 
@@ -23,12 +23,16 @@ double tangent(double degrees) { return std::tan(std::clamp(degrees, 0.0, maxSlo
 } // namespace
 
 WalkCamera::WalkCamera(Ground function, double height)
-    : ground(std::move(function)), steepest(tangent(defaultSlope)), eyeHeight(height) {
+    : ground(std::move(function)), steepest(tangent(defaultSlope)), eyeHeight(defaultEyeHeight) {
+    setEyeHeight(height);
     setMoveRate(defaultMoveRate);
     setOnGround(0, 0);
 }
 
-double WalkCamera::groundAt(double atX, double atZ) const { return ground ? ground(atX, atZ) : 0; }
+double WalkCamera::groundAt(double atX, double atZ) const {
+    const double height = ground ? ground(atX, atZ) : 0;
+    return std::isfinite(height) ? bounded(height) : height;
+}
 
 void WalkCamera::handle(const Input &input) {
     Camera::handle(input);
@@ -88,8 +92,8 @@ void WalkCamera::step(double dx, double dz) {
 void WalkCamera::goTo(double toX, double toZ) {
     const double reach = std::hypot(toX - x, toZ - z) * steepest;
     const double height = groundAt(toX, toZ);
-    x = toX;
-    z = toZ;
+    x = bounded(toX);
+    z = bounded(toZ);
     if (height >= feet || (!falling && height >= feet - reach - 1e-9))
         feet = height;
     else
@@ -100,8 +104,8 @@ void WalkCamera::fall(double seconds) {
     const double height = groundAt(x, z);
     falling = feet > height;
     if (falling) {
-        feet -= fallingSpeed * seconds + gravity * seconds * seconds / 2;
-        fallingSpeed += gravity * seconds;
+        feet = bounded(feet - fallingSpeed * seconds - gravity * seconds * seconds / 2);
+        fallingSpeed = bounded(fallingSpeed + gravity * seconds);
         falling = feet > height;
     }
     if (!falling) {
@@ -127,15 +131,19 @@ void WalkCamera::stop() {
 }
 
 void WalkCamera::setPosition(const Z3MVECTOR3D &point) {
+    if (!isFinite(point))
+        return;
     setOnGround(double(point.x), double(point.z));
-    feet = std::max(feet, double(point.y) - eyeHeight);
+    feet = std::max(feet, bounded(double(point.y) - eyeHeight));
     falling = feet > groundAt(x, z);
 }
 
 void WalkCamera::setOnGround(double atX, double atZ) {
-    const double height = groundAt(atX, atZ);
-    x = atX;
-    z = atZ;
+    if (!std::isfinite(atX) || !std::isfinite(atZ))
+        return;
+    x = bounded(atX);
+    z = bounded(atZ);
+    const double height = groundAt(x, z);
     feet = std::isfinite(height) ? height : 0;
     falling = false;
     stop();

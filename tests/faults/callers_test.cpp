@@ -10,21 +10,19 @@
 #include "ravolt.h"
 #include "ravolt/shadowMatrixStack.h"
 #include "tests/engine/resetEffects.h"
+#include "tests/faults/callStates.h"
+#include "tests/faults/calls.h"
 #include "tests/faults/hostileValues.h"
 #include "tests/faults/world.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/files.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <numeric>
 #include <random>
 #include <regex>
-#include <set>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -61,113 +59,15 @@ const Exception *exceptionFor(const std::string &function) {
 
 // --- The calls of one function
 
-// What a function returns is read.
-void use(const char *text) {
-    volatile std::size_t length = text ? std::strlen(text) : 0;
-    static_cast<void>(length);
-}
-void use(FILE *file) {
-    if (file)
-        std::fclose(file);
-}
-template <class T> void use(const T &) {}
+// The values of the parameters of a class's functions.
+template <class Owner> struct ValuesFor {
+    const World &world;
+    Buffers &buffers;
 
-struct Prepared {
-    World world;
-    Buffers buffers;
+    template <class T> std::vector<T> values() const {
+        return hostileValues<Owner, T>(world, buffers);
+    }
 };
-
-// Calls an action with a fresh world for each combination of values.
-class Session {
-  public:
-    Session(const char *name, std::function<void()> beforeEach, std::function<void()> afterEach)
-        : function(name), begin(std::move(beforeEach)), end(std::move(afterEach)),
-          traced(std::getenv("RAVOLT_TRACE_CALLS")) {}
-
-    // `action` gets the world and the number of the combination, and returns whether there are
-    // more.
-    template <class Action> void forEach(const Action &action) {
-        begin();
-        for (bool more = true; more; ++number) {
-            Prepared prepared;
-            prepared.world = makeWorld();
-            // A parser that is opened twice leaks the first file.
-            if (std::strncmp(function, "zlfOpenParser(", 14) != 0)
-                zlfOpenParser(&prepared.buffers.opened, "kerning.txt");
-            if (traced)
-                std::fprintf(stderr, "%s, combination %zu\n", function, number);
-            more = action(prepared, number);
-            drawWorld(prepared.world);
-            for (zlfPARSER *parser : {&prepared.buffers.opened, &prepared.buffers.closed})
-                if (parser->data)
-                    zlfCloseParser(parser);
-        }
-        end();
-        number = 0;
-    }
-
-    // A call of an object, or that there is none to call it of.
-    void countObject(const void *object) { objects += object != nullptr; }
-    unsigned int getObjects() const { return objects; }
-
-  private:
-    const char *function;
-    unsigned int objects = 0;
-    std::function<void()> begin, end;
-    bool traced;
-    std::size_t number = 0;
-};
-
-// The arguments of combination `number`: each parameter's further values in turn, with the first
-// values of the others, and then the n-th value of all. False when there is none of that number.
-template <class Owner, class... Arguments> class Combinations {
-  public:
-    Combinations(const World &world, Buffers &buffers)
-        : values(hostileValues<Owner, std::decay_t<Arguments>>(world, buffers)...) {}
-
-    using Tuple = std::tuple<std::decay_t<Arguments>...>;
-
-    std::size_t count() const {
-        return std::apply(
-            [](const auto &...each) {
-                return (std::size_t{1} + ... + (each.size() - 1)) +
-                       (sizeof...(each) > 1 ? std::max({std::size_t{0}, each.size()...}) - 1 : 0);
-            },
-            values);
-    }
-
-    Tuple at(std::size_t number) const {
-        return at(number, std::index_sequence_for<Arguments...>{});
-    }
-
-  private:
-    template <std::size_t... I> Tuple at(std::size_t number, std::index_sequence<I...>) const {
-        [[maybe_unused]] std::size_t indices[sizeof...(I) + 1] = {};
-        std::size_t rest = number;
-        bool found = number == 0;
-        const std::size_t sizes[sizeof...(I) + 1] = {std::get<I>(values).size()..., 0};
-        for (std::size_t i = 0; i < sizeof...(I) && !found; ++i) {
-            if (rest < sizes[i]) {
-                indices[i] = rest;
-                found = true;
-            } else
-                rest -= sizes[i] - 1;
-        }
-        if (!found)
-            for (std::size_t i = 0; i < sizeof...(I); ++i)
-                indices[i] = std::min(rest, sizes[i] - 1);
-        return Tuple(std::get<I>(values)[indices[I]]...);
-    }
-
-    std::tuple<std::vector<std::decay_t<Arguments>>...> values;
-};
-
-template <class Call> void invoke(const Call &call) {
-    if constexpr (std::is_void_v<decltype(call())>)
-        call();
-    else
-        use(call());
-}
 
 // zlfMalloc: the block is freed.
 void invokeAndFree(void *(*function)(std::size_t), std::size_t bytes) { zlfFree(function(bytes)); }
@@ -175,8 +75,9 @@ void invokeAndFree(void *(*function)(std::size_t), std::size_t bytes) { zlfFree(
 template <class Owner, class Result, class... Arguments>
 void callFunction(Session &session, Result (*function)(Arguments...)) {
     session.forEach([&](Prepared &prepared, std::size_t number) {
-        const Combinations<OwnerOf<Owner>, std::decay_t<Arguments>...> combinations(
-            prepared.world, prepared.buffers);
+        const ValuesFor<OwnerOf<Owner>> source{prepared.world, prepared.buffers};
+        const Combinations<ValuesFor<OwnerOf<Owner>>, std::decay_t<Arguments>...> combinations(
+            source);
         auto arguments = combinations.at(number);
         if constexpr (std::is_same_v<decltype(function), void *(*)(std::size_t)>)
             invokeAndFree(function, std::get<0>(arguments));
@@ -209,8 +110,9 @@ template <class Object> Object *newObject(std::unique_ptr<Object> &temporary) {
 template <class Object, class Result, class... Arguments, class Function>
 void callMember(Session &session, Function function, bool fresh) {
     session.forEach([&](Prepared &prepared, std::size_t number) {
-        const Combinations<OwnerOf<Object>, std::decay_t<Arguments>...> combinations(
-            prepared.world, prepared.buffers);
+        const ValuesFor<OwnerOf<Object>> source{prepared.world, prepared.buffers};
+        const Combinations<ValuesFor<OwnerOf<Object>>, std::decay_t<Arguments>...> combinations(
+            source);
         auto arguments = combinations.at(number);
         std::unique_ptr<Object> temporary;
         Object *object = fresh ? newObject(temporary) : preparedObject<Object>(prepared.world);
@@ -251,12 +153,6 @@ void callWithTexts(Session &session,
         return number < texts.size();
     });
 }
-
-struct Row {
-    const char *name;
-    bool isMember;
-    std::function<void(Session &)> run;
-};
 
 struct NoClass {};
 
@@ -305,104 +201,15 @@ const std::vector<Row> &allRows() {
     return rows;
 }
 
-// --- The states of the engine
+// --- The tests
 
-enum class EngineState { neverStarted, running, onOldDriver, withoutPrograms, afterFree };
-constexpr const char *stateNames[] = {"NeverStarted", "Running", "OnOldDriver", "WithoutPrograms",
-                                      "AfterFree"};
-
-void PrintTo(EngineState state, std::ostream *out) { *out << stateNames[static_cast<int>(state)]; }
-
-std::string classOf(const std::string &function) {
-    const std::size_t end = function.find("::");
-    return end > function.find('(') ? "functions" : function.substr(0, end);
-}
-
-std::vector<std::string> classes() {
-    std::set<std::string> names;
-    for (const Row &row : allRows())
-        names.insert(classOf(row.name));
-    return {names.begin(), names.end()};
-}
-
-void deleteObjects() {
-    RVFONT::cleanUp();
-    RVNODE::cleanUp();
-    RVFBO::cleanUp();
-    RVSHADER::cleanUp();
-    RVMATERIAL::cleanUp();
-    RVTEXTURE::cleanUp();
-    RVANIM::cleanUp();
-    RVVIDEO::cleanUp();
-}
-
-void expectNothingLeft() {
-    EXPECT_EQ(RVNODE::getNumberOfNodes(), 0u);
-    EXPECT_EQ(RVTEXTURE::getNumberOfTextures(), 0u);
-    EXPECT_EQ(RVMATERIAL::getNumberOfMaterials(), 0u);
-    EXPECT_EQ(RVSHADER::getNumberOfShaders(), 0u);
-    EXPECT_EQ(RVFBO::getNumberOfFbos(), 0u);
-    EXPECT_EQ(RVFONT::getNumberOfFonts(), 0u);
-    const unsigned int id = zlfNewId();
-    EXPECT_EQ(id, 1u);
-    releaseId(id);
-}
-
-class Callers : public testing::TestWithParam<std::tuple<EngineState, std::string>> {
-  protected:
-    void SetUp() override {
-        writeWorldFiles();
-        zlfSetConsoleEcho(false);
-        if (state() == EngineState::onOldDriver)
-            recorder.setExtensions("");
-        recorder.silent();
-        settings.setShaders(state() != EngineState::withoutPrograms);
-        if (state() == EngineState::afterFree) {
-            RAVOLT::init(&settings);
-            RAVOLT::free();
-        }
-    }
-    void TearDown() override {
-        resetEffects();
-        recorder.reset();
-        zlfSetConsoleEcho(true);
-    }
-
-    static EngineState state() { return std::get<0>(GetParam()); }
-    static bool runs() {
-        return state() != EngineState::neverStarted && state() != EngineState::afterFree;
-    }
-
-    void begin() {
-        RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);
-        if (runs()) {
-            ASSERT_TRUE(RAVOLT::init(&settings));
-        }
-        allEffectsOn();
-    }
-    // The destructor of a video does not close its file.
-    static void end() {
-        for (RVVIDEO *video = RVVIDEO::getFirst(); video; video = video->getNext())
-            video->load(nullptr);
-        RAVOLT::free();
-        deleteObjects();
-        zlfOpenLog("ravolt_log.txt"); // where it was closed
-        expectNothingLeft();
-    }
-
-    Recorder &recorder = Recorder::instance();
-    RVSETTINGS settings = smallSettings();
-};
+using Callers = CallsInStates;
 
 TEST_P(Callers, CauseNoHarm) {
     for (const Row &row : allRows()) {
-        if (classOf(row.name) != std::get<1>(GetParam()) || exceptionFor(row.name))
+        if (!isTested(row) || exceptionFor(row.name))
             continue;
-        SCOPED_TRACE(row.name);
-        Session session(
-            row.name, [this] { begin(); }, end);
-        row.run(session);
-        EXPECT_TRUE(!row.isMember || session.getObjects()) << "no object to call it of";
+        call(row);
         if (HasFailure())
             return;
     }
@@ -413,11 +220,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Combine(testing::Values(EngineState::neverStarted, EngineState::running,
                                      EngineState::onOldDriver, EngineState::withoutPrograms,
                                      EngineState::afterFree),
-                     testing::ValuesIn(classes())),
-    [](const auto &test) {
-        return std::string(stateNames[static_cast<int>(std::get<0>(test.param))]) + "_" +
-               std::get<1>(test.param);
-    });
+                     testing::ValuesIn(classesOf(allRows()))),
+    nameOfCalls);
 
 // The application deletes its objects in any order, and draws after each deletion. Nodes are
 // unlinked before, as RVNODE.h demands.

@@ -24,6 +24,7 @@ NAMED = re.compile(r"^(?P<type>.*?[\w>*&\]]\s*[*&]*\s*)\b(?P<name>\w+)$")
 def without_comments(text):
     text = re.sub(r"//[^\n]*", "", text)
     text = re.sub(r"/\*.*?\*/", "", text, flags=re.S)
+    text = re.sub(r"=\s*\{\}", "", text)  # values of members and parameters
     return re.sub(r"^\s*#[^\n]*(\\\n[^\n]*)*", "", text, flags=re.M)
 
 
@@ -119,7 +120,11 @@ def row(scope, declaration):
 def rows(text):
     for declaration in statements(without_comments(text)):
         opened = re.match(r"(class|struct)\s+(?:RV_API\s+)?(?P<name>\w+)[^{(]*\{(?P<body>.*)\}$", declaration, re.S)
-        if re.match(r"namespace\b|enum\b|union\b|template\b|constexpr\b", declaration):
+        inner = re.match(r"namespace\s+[\w:]+\s*\{(?P<body>.*)\}$", declaration, re.S)
+        if inner:
+            yield from rows(inner["body"])
+            continue
+        if re.match(r"enum\b|union\b|template\b|constexpr\b|using\b", declaration):
             continue
         if opened:
             public = declaration.startswith("struct")

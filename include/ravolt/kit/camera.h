@@ -19,7 +19,8 @@ class Input;
 // All motion approaches its goal exponentially and is computed exactly, so it does not depend on
 // the frame rate: ten updates of 0.01 s lead to the same place as one of 0.1 s, within rounding.
 // Angles are in degrees. Yaw 0 looks along -Z, 90 along -X: a positive turn goes to the left, and
-// a positive pitch up. Numbers that are not finite are ignored.
+// a positive pitch up. Numbers that are not finite are ignored, and lengths and speeds beyond 1e30
+// are limited to it.
 class Camera {
   public:
     virtual ~Camera() = default;
@@ -67,6 +68,11 @@ class Camera {
 
     // Ignores numbers that are not finite.
     static void assign(double &field, double number);
+
+    // Not beyond 1e30, so that it fits a float.
+    static double bounded(double number);
+
+    static bool isFinite(const Z3MVECTOR3D &point);
 
     // A number of seconds as `update` takes it.
     static double limitedSeconds(double seconds);
