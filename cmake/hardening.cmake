@@ -7,7 +7,7 @@ include(CheckLinkerFlag)
 add_library(ravolt_hardening INTERFACE)
 check_cxx_compiler_flag(-fstack-protector-strong RAVOLT_STACK_PROTECTOR)
 # Sanitizers have checks of their own, and a distribution chooses its level. Those of sizes need optimization.
-if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize|--coverage")
+if(NOT RAVOLT_INSTRUMENTED)
     if(RAVOLT_STACK_PROTECTOR AND NOT CMAKE_CXX_FLAGS MATCHES "-fstack-protector")
         target_compile_options(ravolt_hardening INTERFACE -fstack-protector-strong)
     endif()
