@@ -76,10 +76,10 @@ bool readAttributes(const TiXmlElement &xml, Attributes attributes, EmitterEleme
     case Attributes::xy:
         return readReal(xml, "x", element.x) && readReal(xml, "y", element.y);
     case Attributes::xyz:
-        return readReal(xml, "x", element.x) && readReal(xml, "y", element.y) &&
-               readReal(xml, "z", element.z);
+        break;
     }
-    return false;
+    return readReal(xml, "x", element.x) && readReal(xml, "y", element.y) &&
+           readReal(xml, "z", element.z);
 }
 
 EmitterElement elementOf(const Row &row, const TiXmlElement &xml) {

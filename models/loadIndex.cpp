@@ -45,9 +45,7 @@ void LoadIndex::addNodes(RVNODE &node) {
         addNodes(*node.getChild(i));
 }
 
-RVTEXTURE *LoadIndex::findTexture(const char *filename) {
-    return current ? find(current->textures, filename) : RVTEXTURE::findByFilename(filename);
-}
+RVTEXTURE *LoadIndex::findTexture(const char *filename) const { return find(textures, filename); }
 
 RVMATERIAL *LoadIndex::findMaterial(const char *name) {
     return current ? find(current->materials, name) : RVMATERIAL::findByName(name);

@@ -14,9 +14,9 @@ class RVTEXTURE;
 namespace ravolt {
 
 // The finders return what the finders of the classes return: the first match in order of creation,
-// or for nodes in depth-first order. They use the current index, if there is one, and otherwise
-// the finders of the classes. While an index exists no name may change, and nothing in it may be
-// deleted before the last search. There is at most one index at a time.
+// or for nodes in depth-first order. The static ones use the current index, if there is one, and
+// otherwise the finders of the classes. While an index exists no name may change, and nothing in it
+// may be deleted before the last search. There is at most one index at a time.
 class LoadIndex {
   public:
     // Adds all registered textures and materials.
@@ -31,7 +31,7 @@ class LoadIndex {
     // Adds the finished tree.
     void addTree(RVNODE &treeRoot);
 
-    static RVTEXTURE *findTexture(const char *filename);
+    RVTEXTURE *findTexture(const char *filename) const;
     static RVMATERIAL *findMaterial(const char *name);
     // Searches `root` and all nodes below it.
     static RVNODE *findNode(RVNODE &root, const char *name);

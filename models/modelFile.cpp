@@ -8,13 +8,13 @@ bool ravolt::readModelFile(const char *path, const char *loader, FileBytes &file
         return true;
     case FileBytes::Result::notOpened:
         zlfLog("   [!] Unable to open file %s @ %s\n", path, loader);
-        return false;
+        break;
     case FileBytes::Result::outOfMemory:
         zlfLog("   [!] Out of memory for file %s @ %s\n", path, loader);
-        return false;
+        break;
     case FileBytes::Result::shortRead:
         zlfLog("   [!] Corrupted file %s @ %s\n", path, loader);
-        return false;
+        break;
     }
     return false;
 }

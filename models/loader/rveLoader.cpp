@@ -92,7 +92,7 @@ bool namesFile(const char *name) {
 
 // A texture whose file cannot be read is used all the same.
 RVTEXTURE *findOrLoadTexture(const char *fileName, LoadTransaction &transaction) {
-    if (RVTEXTURE *texture = LoadIndex::findTexture(fileName))
+    if (RVTEXTURE *texture = transaction.index.findTexture(fileName))
         return texture;
     RVTEXTURE *texture = new RVTEXTURE;
     transaction.textures.push_back(texture);
@@ -207,10 +207,10 @@ bool checkContents(const char *path, const ravolt::FileBytes &file) {
         return true;
     case RveVerdict::corrupted:
         zlfLog("   [!] Corrupted file %s @ RAVOLT::load\n", path);
-        return false;
+        break;
     case RveVerdict::unknownKind:
         zlfLog("   [!] Unknow type @ RAVOLT::recursiveLoad\n");
-        return false;
+        break;
     }
     return false;
 }
