@@ -174,6 +174,13 @@ TEST_F(FileBytesTest, SayWhyAFileCannotBeRead) {
         const ShortReads shortReads;
         EXPECT_EQ(bytes.read("bytes"), FileBytes::Result::shortRead);
     }
+    for (const unsigned int seek : {0u, 1u}) { // to the end, and back
+        systemFaults.failSeek = seek;
+        EXPECT_EQ(bytes.read("bytes"), FileBytes::Result::notOpened) << seek;
+    }
+    systemFaults.failTell = true;
+    EXPECT_EQ(bytes.read("bytes"), FileBytes::Result::notOpened);
+    systemFaults = {};
     expectBlocks(0);
     EXPECT_EQ(withoutMemory(11, [&] { return bytes.read("bytes"); }),
               FileBytes::Result::outOfMemory);

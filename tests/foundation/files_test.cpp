@@ -38,6 +38,16 @@ TEST(Files, HaveASizeAndExistWhereTheyAreRegularFiles) {
     EXPECT_EQ(bytes.read("fifo"), FileBytes::Result::notOpened);
 }
 
+TEST(Files, HaveNoSizeWhereTheirPositionsFail) {
+    writeFile("five", "12345");
+    systemFaults.failSeek = 0;
+    EXPECT_EQ(zlfGetFileSize("five"), -1);
+    systemFaults.failTell = true;
+    EXPECT_EQ(zlfGetFileSize("five"), -1);
+    systemFaults = {};
+    EXPECT_EQ(zlfGetFileSize("five"), 5);
+}
+
 TEST(Files, OpenInTheRequestedMode) {
     FILE *file = zlfOpenFile("opened", "w");
     ASSERT_NE(file, nullptr);

@@ -111,6 +111,23 @@ TEST_F(Parser, RefusesToOpenWhatCannotBeRead) {
     EXPECT_EQ(liveBlocks(), live);
 }
 
+TEST_F(Parser, RefusesAFileWhosePositionsFail) {
+    writeFile("keys.txt", "0123456789");
+    systemFaults.failSeek = 0;
+    EXPECT_FALSE(zlfOpenParser(&parser, "keys.txt"));
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: file 'keys.txt' is empty\n");
+    systemFaults.failTell = true;
+    EXPECT_FALSE(zlfOpenParser(&parser, "keys.txt"));
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: file 'keys.txt' is empty\n");
+    EXPECT_EQ(parser.data, nullptr);
+    systemFaults = {};
+    systemFaults.failSeek = 1; // back to the start
+    EXPECT_FALSE(zlfOpenParser(&parser, "keys.txt"));
+    EXPECT_LOGGED_EXACTLY("zlfOpenParser: file 'keys.txt' is corrupted\n");
+    EXPECT_EQ(parser.size, 0);
+    parser.data = nullptr; // dangling
+}
+
 TEST_F(Parser, RefusesAShortReadAndDoesNotCountItsRelease) {
     writeFile("keys.txt", "0123456789");
     const int live = liveBlocks();

@@ -40,6 +40,8 @@ extern "C" {
 int __real_clock_gettime(clockid_t clock, timespec *time);
 int __real_open(const char *path, int flags, mode_t mode);
 int __real_madvise(void *address, std::size_t length, int advice);
+int __real_fseek(std::FILE *file, long offset, int origin);
+long __real_ftell(std::FILE *file);
 
 int __wrap_clock_gettime(clockid_t clock, timespec *time) {
     if (clock == CLOCK_MONOTONIC || !systemFaults.realTime)
@@ -69,6 +71,22 @@ int __wrap_madvise(void *address, std::size_t length, int advice) {
     if (!systemFaults.adviceRefused)
         return __real_madvise(address, length, advice);
     errno = EINVAL;
+    return -1;
+}
+
+int __wrap_fseek(std::FILE *file, long offset, int origin) {
+    if (systemFaults.failSeek && (*systemFaults.failSeek)-- == 0) {
+        systemFaults.failSeek.reset();
+        errno = EIO;
+        return -1;
+    }
+    return __real_fseek(file, offset, origin);
+}
+
+long __wrap_ftell(std::FILE *file) {
+    if (!systemFaults.failTell)
+        return __real_ftell(file);
+    errno = EIO;
     return -1;
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
-// Faults of the system's clock, memory and memory figures. The test program is linked so that
-// clock_gettime, open and madvise are called here first; without a fault they call the real ones.
+// Faults of the system's clock, memory, its figures, and files. The test program is linked so that
+// the functions of systemFaults.cpp are called instead of the real ones, which they call without a
+// fault.
 
 #include <cstdint>
 #include <optional>
@@ -13,6 +14,8 @@ struct SystemFaults {
     std::optional<std::uint64_t> memoryInUse; // of the whole machine, in bytes; whole kilobytes
     bool memoryUnknown = false;               // the system has no figures
     bool adviceRefused = false;               // the system takes no pages back
+    std::optional<unsigned int> failSeek;     // the call of fseek that fails, 0 for the next one
+    bool failTell = false;                    // ftell fails
 };
 extern SystemFaults systemFaults;
 

@@ -75,5 +75,14 @@ TEST(Text, AStoredFormatLosesOneOfTwoPercentSigns) {
         EXPECT_EQ(applied(stored), expected);
 }
 
+TEST(Text, NamesStayBelowTheirPathWithoutRootsDrivesAndStepsUp) {
+    for (const char *name :
+         {"", "a", "a/b\\c", "a//b", "...", "..a", "a..", "a/.../b", ".", "./a", "ab:c", ":", "a/"})
+        EXPECT_TRUE(staysBelowPath(name)) << name;
+    for (const char *name : {"/", "/a", "\\a", "c:", "c:a", "c:\\a", "::", "..", "../a", "..\\a",
+                             "a/..", "a/../b", "a\\..\\b"})
+        EXPECT_FALSE(staysBelowPath(name)) << name;
+}
+
 } // namespace
 } // namespace ravolt

@@ -2,6 +2,8 @@
 
 #include "foundation/xmlDocument.h"
 
+#include "tests/support/shortReads.h"
+
 #include <tinyxml.h>
 
 #include <gtest/gtest.h>
@@ -51,8 +53,9 @@ TEST_F(XmlDocument, WellFormedFilesLoad) {
 }
 
 TEST_F(XmlDocument, ElementsHaveTheirPositionsInTheFile) {
-    for (const std::string &start : {std::string("\n\n "), std::string("\xef\xbb\xbf\n\n "),
-                                     std::string("<?xml\nversion='1.0'\n?>")}) {
+    for (const std::string &start :
+         {std::string("\n\n "), std::string("\xef\xbb\xbf\n\n "),
+          std::string("<?xml\nversion='1.0'\n?>"), std::string("<?xml\r\nversion='1.0'\r\n?>")}) {
         ASSERT_TRUE(load(start + "\n<a>\n  <b/></a>")) << start;
         const TiXmlElement *root = document.FirstChildElement("a");
         EXPECT_EQ(root->Row(), 4);
@@ -65,8 +68,8 @@ TEST_F(XmlDocument, MalformedFilesDoNot) {
     EXPECT_FALSE(loadXml("none.xml", document));
     for (const char *text :
          {"", "text", "<a>", "<a", "<a v", "<a v=", "<a v='1", "<a></b>", "<a><b></a></b>",
-          "<a><!-- </a>", "<a><![CDATA[ </a>", "<a / >", "<a 1='2'/>", "<a v=x'y/>", "<a></a",
-          "<?xml version='1.0'", "<?xml version='1.0?><a/>"})
+          "<a><!-- </a>", "<a><![CDATA[ </a>", "<a / >", "<a 1='2'/>", "<a v=x'y/>", "<a v=x\"y/>",
+          "<a v=x", "<a></a", "<?xml version='1.0'", "<?xml version='1.0?><a/>"})
         EXPECT_FALSE(load(text)) << text;
     EXPECT_FALSE(load(std::string("<a>\0</a>", 8)));
 }
@@ -88,6 +91,41 @@ TEST_F(XmlDocument, TheFirstDeclarationNamesTheEncodingAlsoBehindAComment) {
     EXPECT_TRUE(load("<!-- \xc3\xa9 --><?xml version='1.0'?><?xml encoding='ISO-8859-1'?>"
                      "<a v='&#233;'/>"));
     EXPECT_EQ(attribute(), "\xc3\xa9");
+}
+
+TEST_F(XmlDocument, FileThatCannotBeReadWholeDoesNotLoad) {
+    ASSERT_TRUE(load("<a/>"));
+    document.Clear();
+    XmlProblem problem;
+    const ravolt::test::ShortReads shortReads;
+    EXPECT_FALSE(loadXml("file.xml", document, &problem));
+    EXPECT_EQ(problem.text, "it cannot be read, or is larger than 4 MiB");
+    EXPECT_EQ(document.RootElement(), nullptr);
+}
+
+TEST_F(XmlDocument, NamesStartWithALetterAndGoOnWithDigitsAndSigns) {
+    for (const std::string name : {"a", "A", "z", "Z", "_", "\x7f", "\xc3\xa4", "a1-b.c:d_9Z"}) {
+        ASSERT_TRUE(load("<" + name + " " + name + "='1'></" + name + ">")) << name;
+        EXPECT_EQ(document.RootElement()->Value(), name);
+        ASSERT_NE(document.RootElement()->Attribute(name.c_str()), nullptr) << name;
+    }
+    for (const std::string start : {"1", "-", ".", ":", "@", "[", "`", "{", "/"}) {
+        EXPECT_FALSE(load("<a " + start + "b='1'/>")) << start;
+        load("<" + start + "b>"); // a tag of no element
+        EXPECT_EQ(document.RootElement(), nullptr) << start;
+    }
+    for (const std::string more : {"1", "-", ".", ":"})
+        EXPECT_FALSE(load("<b" + more + "></b>")) << "another name: b" << more;
+    for (const std::string end : {"@", "[", "`", "{"})
+        EXPECT_FALSE(load("<b" + end + "></b>")) << end;
+}
+
+TEST_F(XmlDocument, ValuesWithoutQuotesEndAtABlankOrATag) {
+    for (const char *text :
+         {"<a v=x w=2/>", "<a v=x\n/>", "<a v=x/>", "<a v=x></a>", "<a v = x />"}) {
+        EXPECT_TRUE(load(text)) << text;
+        EXPECT_EQ(attribute(), "x") << text;
+    }
 }
 
 TEST_F(XmlDocument, DepthIsLimitedTo256Levels) {
@@ -154,6 +192,8 @@ TEST_F(XmlDocument, CharacterReferencesHaveTheEncodingOfTheFile) {
     const std::pair<const char *, const char *> rows[] = {
         {"<?xml version='1.0'?>", "\xc3\xa9"},
         {"<?xml version='1.0' encoding=\"utf-8\"?>", "\xc3\xa9"},
+        {"<?xml version='1.0' encoding=\"utf8\"?>", "\xc3\xa9"},
+        {"<?xml version='1.0' encoding?>", "\xc3\xa9"},
         {"\xef\xbb\xbf", "\xc3\xa9"},
         {"<?xml version='1.0' encoding='ISO-8859-1'?>", "\xe9"},
         {"", "\xe9"}};
@@ -161,6 +201,21 @@ TEST_F(XmlDocument, CharacterReferencesHaveTheEncodingOfTheFile) {
         EXPECT_TRUE(load(start + std::string("<a v='&#233;'/>")));
         EXPECT_EQ(attribute(), expected) << start;
     }
+}
+
+// As UTF-8 only a text counts whose characters are as long as their first bytes say.
+TEST_F(XmlDocument, BytesThatAreNoUtf8MakeAFileOfAnotherEncoding) {
+    const auto reference = [this](const std::string &text) {
+        EXPECT_TRUE(load("\xef\xbb\xbf<a v='&#233;'/><!--" + text + "-->"));
+        return attribute();
+    };
+    for (const char *text :
+         {"", "\x7f", "\xc2\x80", "\xdf\xbf", "\xe0\xa0\x80", "\xef\xbf\xbf", "\xf0\x90\x80\x80",
+          "\xf4\x8f\xbf\xbf", "\x80", "\xc1", "\xf5", "\xff"})
+        EXPECT_EQ(reference(text), "\xc3\xa9") << testing::PrintToString(text);
+    for (const char *text : {"\xc2", "\xdfx", "\xe0\xa0", "\xe0x\x80", "\xef\xbf\xc0",
+                             "\xf0\x90\x80", "\xf4\x8f\xbfx"})
+        EXPECT_EQ(reference(text), "\xe9") << testing::PrintToString(text);
 }
 
 } // namespace
