@@ -2,6 +2,8 @@
 
 #include "effects/emitterFile.h"
 
+#include "tests/support/recorder.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -12,7 +14,7 @@ using namespace ravolt;
 
 namespace {
 
-class EmitterFile : public testing::Test {
+class EmitterFile : public ravolt::test::RecorderTest {
   protected:
     bool read(const std::string &text) {
         elements.clear();
@@ -43,9 +45,49 @@ TEST_F(EmitterFile, ElementsAreReadInOrderWithTheirAttributes) {
 
 TEST_F(EmitterFile, UnknownNamesAndMissingAttributesAreSkipped) {
     ASSERT_TRUE(read("<emitter><!-- a comment --><Type value='1'/><type/><type x='1'/>"
-                     "<center x='1' y='2'/><emitterSize x='1'/><texture/><more><radius value='1'/>"
+                     "<center x='1' y='2'/><center x='1' z='3'/><center y='2' z='3'/>"
+                     "<emitterSize x='1'/><emitterSize y='1'/><texture/><more><radius value='1'/>"
                      "</more>text</emitter><emitter><radius value='1'/></emitter>"));
     EXPECT_TRUE(elements.empty());
+}
+
+TEST_F(EmitterFile, RemarksHaveWhatIsLeftOutWithItsPosition) {
+    std::ofstream("file.xml") << "<emitter>\n <Type value='1'/><center x='1'/>\n</emitter>";
+    EmitterRemarks remarks;
+    ASSERT_TRUE(readEmitterFile("file.xml", elements, &remarks));
+    ASSERT_EQ(remarks.skipped.size(), 2u);
+    EXPECT_EQ(remarks.skipped[0].name, "Type");
+    EXPECT_FALSE(remarks.skipped[0].known);
+    EXPECT_EQ(remarks.skipped[1].name, "center");
+    EXPECT_TRUE(remarks.skipped[1].known);
+    EXPECT_EQ(remarks.skipped[1].line, 2);
+    EXPECT_EQ(remarks.skipped[1].column, 19);
+    EXPECT_EQ(remarks.problem.text, "");
+}
+
+TEST_F(EmitterFile, RemarksSayWhyAFileIsRefused) {
+    const auto problemOf = [this](const std::string &text) {
+        std::ofstream("file.xml") << text;
+        EmitterRemarks remarks;
+        EXPECT_FALSE(readEmitterFile("file.xml", elements, &remarks));
+        return std::to_string(remarks.problem.line) + ": " + remarks.problem.text;
+    };
+    EXPECT_EQ(problemOf("\n<root/>"), "1: no element emitter");
+    EXPECT_EQ(problemOf("<emitter>\n<"), "2: malformed, or more than 256 levels or attributes");
+}
+
+TEST_F(EmitterFile, WithoutMemoryItIsRefused) {
+    ASSERT_TRUE(read("<emitter><type value='1'/></emitter>"));
+    unsigned int failures = 0;
+    for (bool refused = true; refused; ++failures) {
+        elements.clear();
+        recorder.failAllocation(1, failures, 1);
+        refused = !readEmitterFile("file.xml", elements);
+        recorder.allocationsWork();
+        ASSERT_LT(failures, 1000u);
+    }
+    EXPECT_GT(failures, 1u);
+    EXPECT_EQ(elements.size(), 1u);
 }
 
 TEST_F(EmitterFile, NumbersOutOfRangeAreCut) {

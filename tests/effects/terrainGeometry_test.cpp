@@ -185,6 +185,15 @@ TEST(TerrainGeometryTest, FileCutAnywhereIsRefusedAndALongerOneIsNot) {
     EXPECT_EQ(resultOf(TerrainFile(whole).cut(whole.bytes.size() + 1)), "read");
 }
 
+TEST(TerrainGeometryTest, SizeOfTheFileFollowsFromItsHeader) {
+    for (const TerrainShape &shape :
+         {TerrainShape{.side = 5}, TerrainShape{.side = 17, .levels = 5}}) {
+        TerrainFile terrain(shape);
+        const std::size_t size = terrain.bytes.size();
+        EXPECT_EQ(terrainFileBytes(Reading(terrain.cut(size + 7)).geometry), size);
+    }
+}
+
 TEST(TerrainGeometryTest, VerticesOfAFileThatBecameShorterAreMissing) {
     const TerrainFile whole;
     Reading reading(whole);

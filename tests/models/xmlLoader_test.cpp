@@ -212,6 +212,7 @@ TEST_F(XmlLoaderTest, MissingAttributesAndOtherKindsChangeNothing) {
         {"<button><kind/></button>", kind, "0"},
         {"<button><write value='x'/></button>", caption, "[button #]"},
         {"<box><kerning value='none.txt'/><usefont ref='f'/></box>", name, "[box #]"},
+        {"<box><font><kerning/></font></box>", name, "[box #]"},
         {"<label><usefont ref='f'/><write/></label>", labelText, ""},
         {"<window><write value='no font'/></window>", glyphs, "0"},
     };

@@ -113,6 +113,22 @@ TEST(Tga, RunsEndWithTheImageAndTheFile) {
             << row.name;
 }
 
+TEST(Tga, ProblemsHaveTheirOffset) {
+    const auto problemOf = [](const Bytes &file) {
+        TgaImage image;
+        FileProblem problem{1, "unset"};
+        inspectTga(file.data(), file.size(), image, &problem);
+        return std::to_string(problem.offset) + ": " + (problem.reason ? problem.reason : "none");
+    };
+    const Bytes header = tgaHeader(packedType, 2, 1, 24);
+    EXPECT_EQ(problemOf(header + Bytes{0x81, 1, 2, 3}), "0: none");
+    EXPECT_EQ(problemOf(header + Bytes{0x80, 1, 2, 3}), "22: it ends early");
+    EXPECT_EQ(problemOf(header + Bytes{0x80, 1, 2, 3, 0x81, 1, 2, 3}),
+              "22: a packet that is longer than the rest of the image");
+    EXPECT_EQ(problemOf(tgaHeader(plainType, 2, 1, 8)),
+              "12: neither 24 nor 32 bits a pixel, or a side of 0 or more than 4096 pixels");
+}
+
 TEST(Tga, SizesReachFrom1To4096) {
     for (const unsigned int bad : {0u, 4097u, 65535u}) {
         EXPECT_EQ(inspected(tgaHeader(plainType, bad, 1, 24) + Bytes(64)),

@@ -136,7 +136,8 @@ TEST_F(Frames, TextureMayChangeInTheMiddleAndDeletedOnesGetNothing) {
     EXPECT_FALSE(calls.contains(binding(first)));
     second->decReferences();
     RVTEXTURE::garbageCollect(~0ul);
-    EXPECT_EQ(updateCalls(*video, 20), Calls());
+    video->playLoop();
+    EXPECT_EQ(updateCalls(*video), Calls());
     video->setTexture(nullptr);
     EXPECT_EQ(updateCalls(*video), Calls());
 }
