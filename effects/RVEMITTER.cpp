@@ -356,8 +356,8 @@ bool RVEMITTER::render(void *element) {
         zlfLog("   [!] Invalid params @ RVEMITTER::render\n");
         return false;
     }
-    if (!initialized && !initialize())
-        return false;
+    if (!initialized)
+        initialize();
 
     beginState(static_cast<const RVELEMENT *>(element)->getMatrix()->e, blendingSrc, blendingDst);
     const Facing facing;

@@ -219,14 +219,9 @@ bool RVSETTINGS::free() {
 }
 
 bool RVSETTINGS::resize(int x, int y, int sizeX, int sizeY) {
-    const int oldX = applied.windowX, oldY = applied.windowY;
     applied.windowX = sizeX; // RVOPENGL::resize reads the new size
     applied.windowY = sizeY;
-    if (!RVOPENGL::resize(x, y, sizeX, sizeY)) {
-        applied.windowX = oldX;
-        applied.windowY = oldY;
-        return false;
-    }
+    RVOPENGL::resize(x, y, sizeX, sizeY);         // whose result is always true
     if (applied.active && sizeX > 0 && sizeY > 0) // SDL takes a size of 0 for the whole screen
         SDL_SetVideoMode(sizeX, sizeY, requestedMode.bits, requestedMode.flags);
     return true;
