@@ -48,6 +48,18 @@ TEST(Allocator, CachedMemoryOfTheSystemIsNotInUse) {
     EXPECT_GT(platform::physicalMemoryInUse(), 0u);
 }
 
+TEST(Allocator, ImpossibleFiguresOfTheSystemCountAsNone) {
+    for (const char *text :
+         {"", "MemTotal: 100 kB\n", "MemAvailable: 50 kB\n",
+          "MemTotal: 100 kB\nMemAvailable: 0 kB\n", "MemTotal: 100 kB\nMemAvailable: 101 kB\n"}) {
+        systemFaults.memoryFigures = text;
+        EXPECT_EQ(platform::physicalMemoryInUse(), 0u) << text;
+    }
+    systemFaults.memoryFigures = "MemTotal: 100 kB\nMemAvailable: 40 kB\n";
+    EXPECT_EQ(platform::physicalMemoryInUse(), 60u * 1024);
+    systemFaults = {};
+}
+
 TEST(Allocator, RaisesThePeakAndNeverLowersIt) {
     const std::uint32_t high = 2'000'000'000 / 1024 * 1024;
     systemFaults.memoryInUse = high;

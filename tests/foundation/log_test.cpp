@@ -191,6 +191,10 @@ TEST_F(Log, FilesThatAreNotItsOwnAreRefused) {
 
     std::remove("log.txt");
     std::filesystem::create_hard_link("precious.txt", "log.txt");
+    systemFaults.failUnlink = true;
+    EXPECT_FALSE(zlfOpenLog("log.txt")) << "the name stays that of the file";
+    systemFaults = {};
+    EXPECT_EQ(readText("precious.txt"), "text");
     open();
     EXPECT_TRUE(zlfLog("here\n"));
     EXPECT_EQ(readText("precious.txt"), "text") << "a second name of the file";

@@ -33,6 +33,13 @@ int memoryFile(std::uint64_t inUse) {
     return file;
 }
 
+int memoryFile(const std::string &text) {
+    const int file = memfd_create("meminfo", 0);
+    dprintf(file, "%s", text.c_str());
+    lseek(file, 0, SEEK_SET);
+    return file;
+}
+
 } // namespace
 
 extern "C" {
@@ -42,6 +49,7 @@ int __real_open(const char *path, int flags, mode_t mode);
 int __real_madvise(void *address, std::size_t length, int advice);
 int __real_fseek(std::FILE *file, long offset, int origin);
 long __real_ftell(std::FILE *file);
+int __real_unlink(const char *path);
 
 int __wrap_clock_gettime(clockid_t clock, timespec *time) {
     if (clock == CLOCK_MONOTONIC || !systemFaults.realTime)
@@ -61,6 +69,8 @@ int __wrap_open(const char *path, int flags, ...) {
             errno = ENOENT;
             return -1;
         }
+        if (systemFaults.memoryFigures)
+            return memoryFile(*systemFaults.memoryFigures);
         if (systemFaults.memoryInUse)
             return memoryFile(*systemFaults.memoryInUse);
     }
@@ -87,6 +97,13 @@ long __wrap_ftell(std::FILE *file) {
     if (!systemFaults.failTell)
         return __real_ftell(file);
     errno = EIO;
+    return -1;
+}
+
+int __wrap_unlink(const char *path) {
+    if (!systemFaults.failUnlink)
+        return __real_unlink(path);
+    errno = EBUSY;
     return -1;
 }
 

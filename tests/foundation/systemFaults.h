@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 namespace ravolt::test {
 
@@ -14,6 +15,8 @@ struct SystemFaults {
     std::optional<std::uint64_t> memoryInUse; // of the whole machine, in bytes; whole kilobytes
     bool memoryUnknown = false;               // the system has no figures
     bool adviceRefused = false;               // the system takes no pages back
+    std::optional<std::string> memoryFigures; // the text that has them
+    bool failUnlink = false;                  // files cannot be removed
     std::optional<unsigned int> failSeek;     // the call of fseek that fails, 0 for the next one
     bool failTell = false;                    // ftell fails
 };

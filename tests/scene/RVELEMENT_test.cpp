@@ -538,6 +538,19 @@ TEST_F(ElementTest, TheSkinnedMeshBeyondTheCacheHasTheNumber256AndIsNotDrawn) {
     EXPECT_EQ(skin.results, results);
 }
 
+TEST_F(ElementTest, SkeletonPassSucceedsAlsoWhenTheCacheIsFull) {
+    RVMESH *skinned = loaded(meshBody("skin", 1, {"bone"}));
+    ASSERT_TRUE(skinned->resetBones(root));
+    RAVOLT::begin3D(nullptr);
+    for (unsigned int number = 0; number < 2; ++number) {
+        EXPECT_TRUE(RVELEMENT::passSkeleton(root, skinned)) << number;
+        for (unsigned int mesh = 0; mesh < 256; ++mesh)
+            skinned->pass();
+    }
+    EXPECT_EQ(passed(), 512u) << "the skeleton's pass adds none";
+    RVELEMENT::reset();
+}
+
 TEST_F(ElementTest, SkinnedRootHasNoSkeletonSpace) {
     RVMESH *skinned = loadMesh(meshBody("skin", 1, {"bone"}));
     RAVOLT::begin3D(nullptr);

@@ -347,6 +347,19 @@ TEST_F(TreeTest, UnlinkDoesNotCompareAnOnlyChild) {
     EXPECT_LOGGED_EXACTLY("   [!] Consistency problem with only @ RVNODE::unlink\n");
 }
 
+// A copy may have one child, as it has no storage for more.
+TEST_F(TreeTest, RemoveBelowACopyUnlinksTheChildren) {
+    RVNODE copy(*after);
+    ASSERT_TRUE(node->unlink());
+    ASSERT_TRUE(node->link(&copy));
+    EXPECT_TRUE(node->remove());
+    EXPECT_LOGGED_EXACTLY("   [!] Invalid param @ RVNODE::link\n"
+                          "   [!] Invalid param @ RVNODE::link\n");
+    for (const RVNODE *each : {node, a, b})
+        EXPECT_EQ(each->getParent(), nullptr) << each->getName();
+    EXPECT_EQ(copy.getNumberOfChildren(), 0u);
+}
+
 TEST_F(TreeTest, RemoveAppendsTheChildrenToTheGrandparent) {
     RVNODE *leaf = make("leaf", a);
     EXPECT_TRUE(node->remove());
