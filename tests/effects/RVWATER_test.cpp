@@ -126,6 +126,12 @@ TEST_F(WaterTest, InitCompilesTheSameListAnewWithTheExtentAlongZFirst) {
     EXPECT_EQ(callsOf([&] { delete water; }), (Calls{{"glDeleteLists", list, 1}}));
 }
 
+TEST_F(WaterTest, WithoutADisplayListInitCompilesNothing) {
+    recorder.failCalls("glGenLists", 0, 1);
+    EXPECT_EQ(callsOf([&] { water->init(30, 20); }), (Calls{{"glGenLists", 1}}));
+    EXPECT_TRUE(callsOf([&] { water->init(30, 20); }).contains("glNewList"));
+}
+
 TEST_F(WaterTest, WaterOfDefaultSizeSpans1024By1024) {
     ASSERT_TRUE(load(water));
     const Calls calls = render(water);

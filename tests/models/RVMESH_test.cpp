@@ -402,6 +402,9 @@ TEST_F(MeshTest, DriverThatLacksAnEntryPointIsDrawnFromOwnMemory) {
         ASSERT_TRUE(restart());
         EXPECT_TRUE(renderSurfaces(makeSquare()).contains(drawMemory));
         RVNODE::cleanUp();
+        loadScene({squareMesh("first"), squareMesh("second")}); // which would share buffers
+        EXPECT_TRUE(renderSurfaces(meshNamed("second")).contains(drawMemory));
+        RVNODE::cleanUp();
     }
 }
 

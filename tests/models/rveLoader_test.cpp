@@ -503,8 +503,10 @@ TEST_F(RveLoaderTest, LoadWithoutMemoryChangesNothing) {
     writePicture("wall_n.tga");
     RveScene scene = fullScene();
     scene.materials.push_back(texturedMaterial("wall", "wall_d.tga"));
+    scene.materials.back().shader = "own"; // a program without files
     writeFile("scene.rve", bytesOf(scene));
     const LoadTraces before;
+    const unsigned int programs = RVSHADER::getNumberOfShaders();
 
     std::set<std::string> lastLines;
     for (unsigned int after = 0;; ++after) {
@@ -517,8 +519,10 @@ TEST_F(RveLoaderTest, LoadWithoutMemoryChangesNothing) {
         SCOPED_TRACE(after);
         lastLines.insert(problemsSince(mark).back());
         ASSERT_TRUE(before == LoadTraces());
+        ASSERT_EQ(RVSHADER::getNumberOfShaders(), programs);
         ASSERT_LT(after, 1000u);
     }
+    EXPECT_EQ(RVSHADER::getNumberOfShaders(), programs + 1);
     EXPECT_EQ(RVNODE::getNumberOfNodes(), 6u);
     EXPECT_EQ(lastLines, memoryLines);
 
