@@ -5,7 +5,7 @@
 #
 #   ./test.sh
 #   ./test.sh --all       also the long ones: each allocation of the tool's commands, long runs of the
-#                         engine, fuzzing (RAVOLT_FUZZ_SECONDS a target, 60 by default)
+#                         engine, coverage, fuzzing (RAVOLT_FUZZ_SECONDS a target, 60 by default)
 #   ./test.sh --help
 set -uo pipefail
 cd "$(dirname "$0")" || exit 1
@@ -73,6 +73,7 @@ if [ -n "$long" ]; then
             "$PWD/build/dev/bin/ravolt" \
             "$PWD/build/dev/tests/faults/libravolt_toolsWithoutMemory_shim.so" "$kind" 7
     done
+    run_long coverage scripts/coverage.sh
     run_long fuzz scripts/fuzz.sh "${RAVOLT_FUZZ_SECONDS:-60}"
 fi
 

@@ -13,6 +13,7 @@ written: every line that does not run ("line"), and every other one with a branc
 
 import collections
 import json
+import math
 import sys
 from pathlib import Path
 
@@ -59,7 +60,13 @@ class Counts:
 
 
 def share(part, whole):
+    """In per cent."""
     return 100 * part / whole if whole else 100
+
+
+def shown(part, whole):
+    """Rounded down: 100 % is all."""
+    return f"{math.floor(10 * share(part, whole)) / 10:>7.1f}%"
 
 
 def is_reader(path):
@@ -116,8 +123,8 @@ def print_table(rows):
     order = sorted(name for name in rows if name not in GOALS) + [name for name in GOALS if name in rows]
     for name in order:
         row = rows[name]
-        print(f"{name:<18}{row.lines:>8}{row.lines_run:>8}{share(row.lines_run, row.lines):>7.1f}%"
-              f"{row.branches:>10}{row.branches_run:>8}{share(row.branches_run, row.branches):>7.1f}%"
+        print(f"{name:<18}{row.lines:>8}{row.lines_run:>8}{shown(row.lines_run, row.lines)}"
+              f"{row.branches:>10}{row.branches_run:>8}{shown(row.branches_run, row.branches)}"
               f"{row.excused:>9}")
 
 
@@ -146,7 +153,7 @@ def report(counts, reasons_file, uncovered_file):
     faults += found
     Path(uncovered_file).write_text("\n".join(listed) + "\n", encoding="utf-8")
     print_table(rows)
-    print("\n".join(faults))
+    print("".join(fault + "\n" for fault in faults), end="")
     return print_goals(rows) and not faults
 
 
