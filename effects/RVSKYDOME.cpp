@@ -70,7 +70,7 @@ void RVSKYDOME::init(float newRadius, float latitudeStep, float longitudeStep) {
     dphi = longitudeStep;
 }
 
-// Without memory the sky is without buffers, which render reports.
+// Without memory the sky is without buffers, which render reports, too.
 void RVSKYDOME::createDome() try {
     if (!ravolt::canCreateBuffers())
         return;
@@ -84,6 +84,7 @@ void RVSKYDOME::createDome() try {
     indexBuffer = owned->index;
     numberOfIndices = static_cast<unsigned short>(dome.indices.size());
 } catch (const std::bad_alloc &) {
+    zlfLog("   [!] Out of memory @ RVSKYDOME::RVSKYDOME\n");
 }
 
 // On purpose: after a failed load the new texture remains, without pixels, and so does the

@@ -318,7 +318,8 @@ class WithoutMemoryForEverything : public WithoutMemory {
 TEST_F(WithoutMemoryForEverything, EachAllocationMayFailByItself) {
     EXPECT_GT(failFromEach([this] { lifeOfEverything(); }, 1, start), start + 100);
     for (const char *line :
-         {"   [!] Out of memory @ RVTERRAIN::load", "   [!] Out of memory @ RVEMITTER::load"})
+         {"   [!] Out of memory @ RVTERRAIN::load", "   [!] Out of memory @ RVEMITTER::load",
+          "   [!] Out of memory @ RVSKYDOME::RVSKYDOME"})
         EXPECT_EQ(problems.count(line), 1u) << line;
 }
 
