@@ -19,13 +19,13 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export LC_ALL=C
 
-# Instances of the standard library's templates are no part of the interface.
-cat >"$work/suppressions" <<'END'
-[suppress_function]
-symbol_name_regexp = ^_Z[A-Z]*St
-[suppress_variable]
-symbol_name_regexp = ^_Z[A-Z]*St
-END
+# Instances of the standard library's templates are no part of the interface, and no functions of types that
+# the headers declare within a class and do not define.
+private=$(sed -nE 's/^ +(struct|class) ([A-Za-z0-9_]+);.*/\2/p' "$headers/ravolt"/*.h | sort -u |
+    awk '{ printf "%s%d%s", (NR > 1 ? "|" : ""), length($0), $0 }')
+for kind in function variable; do
+    printf '[suppress_%s]\nsymbol_name_regexp = ^_Z[A-Z]*(St|[0-9]+[A-Za-z0-9_]+(%s)[A-Z0-9])\n' $kind "${private:-none}"
+done >"$work/suppressions"
 
 "$root/scripts/symbolsAndSizes.sh" "$library" "$headers" >"$work/libravolt.txt"
 if [ -n "$renew" ]; then

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Prints the symbols that a shared library exports, without those of the standard library, and the sizes
-# of the public classes, as sorted text.
+# Prints the symbols that a shared library exports, without those of the standard library and of types
+# that the headers declare within a class and do not define, and the sizes of the public classes, as
+# sorted text.
 #
 #   scripts/symbolsAndSizes.sh LIBRARY HEADERS
 set -eu
@@ -9,9 +10,10 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export LC_ALL=C
 
+private=$(sed -nE 's/^ +(struct|class) ([A-Za-z0-9_]+);.*/\2/p' "$headers/ravolt"/*.h | sort -u | paste -sd '|')
 echo "# Exported symbols"
 nm --dynamic --defined-only --demangle --format=posix "$library" >"$work/symbols"
-sed -E 's/ ([A-Za-z]) [0-9a-f]+( [0-9a-f]*)?$/ \1/' "$work/symbols" | grep -vE '^([a-z ]+ )?std::' | sort
+sed -E 's/ ([A-Za-z]) [0-9a-f]+( [0-9a-f]*)?$/ \1/' "$work/symbols" | grep -vE "^([a-z ]+ )?(std::|[A-Za-z0-9_]+::(${private:-none})(::| ))" | sort
 
 echo "# Sizes of the public classes"
 {
