@@ -85,7 +85,7 @@ const Part parts[] = {
      at(-9, 4.6f, -12.4f),
      at(-1.5f, 0.6f, 2),
      at(-1.5f, 0.6f, 2),
-     plain,
+     {true, false, false, 0, 0},
      "per-pixel lighting",
      {false, false, false, 0, 0}},
     {"13 Bloom",
