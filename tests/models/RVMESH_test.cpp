@@ -19,6 +19,7 @@
 #include <memory>
 #include <set>
 #include <utility>
+#include <vector>
 
 using namespace ravolt;
 using namespace ravolt::test;
@@ -664,6 +665,26 @@ TEST_F(AcquireStructureTest, MeshWithoutBonesGivesNothingAndLogsNothing) {
     EXPECT_FALSE(clip.acquireStructure(new RVMESH));
     EXPECT_EQ(clip.getNumberOfBones(), 2);
     EXPECT_NOTHING_LOGGED();
+}
+
+// All are in the buffers of one file.
+TEST_F(MeshTest, InStateOrderTheEntriesOfAMeshFollowOneAnother) {
+    RVNODE *const root = loadScene({squareMesh("a"), squareMesh("b"), squareMesh("c")});
+    const auto meshChanges = [root] {
+        RAVOLT::begin3D(nullptr);
+        for (int time = 0; time < 3; ++time)
+            root->pass();
+        const Calls draws = callsOf([] { RAVOLT::end3D(true); }).named("glDrawElements");
+        EXPECT_EQ(draws.size(), 9u);
+        int changes = 0;
+        for (std::size_t index = 1; index < draws.size(); ++index)
+            changes += draws[index].arguments[3] != draws[index - 1].arguments[3];
+        return changes;
+    };
+    EXPECT_EQ(meshChanges(), 8);
+    RVELEMENT::stateOrderOn();
+    EXPECT_EQ(meshChanges(), 2);
+    RVELEMENT::stateOrderOff();
 }
 
 } // namespace
