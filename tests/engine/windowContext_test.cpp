@@ -9,6 +9,7 @@
 
 #include <GL/gl.h>
 #include <SDL/SDL.h>
+#include <SDL/SDL_syswm.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
@@ -359,6 +360,26 @@ TEST_F(WindowContextTest, OnX11TheManagerIsRequestedToShowTheWindowAlwaysOnTop) 
     EXPECT_EQ(data[1], static_cast<long>(atom("_NET_WM_STATE_ABOVE")));
     EXPECT_EQ(data[2], 0);
     EXPECT_EQ(data[3], 1) << "from an application";
+}
+
+namespace {
+int otherErrors = 0; // those that the application's handler gets
+}
+
+TEST_F(WindowContextTest, OnX11TheApplicationGetsItsErrorsFromBeforeAPlacement) {
+    ASSERT_TRUE(onX11());
+    SDL_SysWMinfo info = {};
+    SDL_VERSION(&info.version);
+    ASSERT_EQ(SDL_GetWMInfo(&info), 1);
+    const XErrorHandler before = XSetErrorHandler([](Display *, XErrorEvent *) {
+        ++otherErrors;
+        return 0;
+    });
+    otherErrors = 0;
+    XMapWindow(info.info.x11.display, 1); // no window, which the server has not answered yet
+    ravolt::SystemWindow().raiseToTop();
+    EXPECT_EQ(otherErrors, 1);
+    XSetErrorHandler(before);
 }
 
 // With the software drivers this buffer still has the presented frame.
