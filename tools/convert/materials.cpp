@@ -283,7 +283,7 @@ std::string Converter::freeName(const aiMaterial &material) {
     if (base == "[none]")
         base = "none"; // in the format it means no material
     constexpr std::size_t suffixLength = 12;
-    base = base.substr(0, ravolt::rveTextLength - suffixLength);
+    base.resize(std::min(base.size(), ravolt::rveTextLength - suffixLength));
     std::string name = base;
     for (int number = 2; !names.insert(name).second; ++number)
         name = base + "_" + std::to_string(number);

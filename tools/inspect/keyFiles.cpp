@@ -44,7 +44,7 @@ std::vector<Line> linesOf(const FileBytes &file) {
     std::vector<Line> lines;
     int number = 0;
     for (std::string text; std::getline(stream, text);) {
-        text = text.substr(0, text.find('#'));
+        text.resize(std::min(text.size(), text.find('#')));
         std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '\r'; });
         lines.push_back({++number, text});
     }
