@@ -4,6 +4,7 @@ checks for bugs. A source that passed is not checked again until it changes, or 
 includes, its compile command, the settings or the program: a stamp in the build folder says so.
 
     tidy.py ROOT BUILD
+    tidy.py ROOT BUILD --analyzer   clang's analyzer over all sources of the build; takes many minutes
     tidy.py --self          checks that the check finds faults, and that it finds them again
 """
 
@@ -47,23 +48,23 @@ def included(path, folders, files):
                 break
 
 
-def key(entry, settings):
+def key(entry, settings, options):
     files = {}
     folders = [Path(folder) for folder in re.findall(r"-I(\S+)", entry["command"])]
     included(Path(entry["file"]), folders, files)
-    digest = hashlib.sha256(repr((entry, settings, OPTIONS, RELEASE)).encode())
+    digest = hashlib.sha256(repr((entry, settings, options, RELEASE)).encode())
     for path, text in sorted(files.items()):
         digest.update(repr((str(path), text)).encode())
     return digest.hexdigest()
 
 
-def check(entry, program, root, stamps, settings):
+def check(entry, program, root, stamps, settings, options):
     """Returns what clang-tidy reports, nothing if the source passes."""
-    stamp = stamps / key(entry, settings)
+    stamp = stamps / key(entry, settings, options)
     if stamp.exists():
         return None
     result = subprocess.run(
-        [program, "-p", stamps, f"--config-file={root / '.clang-tidy'}", *OPTIONS, entry["file"]],
+        [program, "-p", stamps, f"--config-file={root / '.clang-tidy'}", *options, entry["file"]],
         capture_output=True, text=True)
     if result.returncode == 0:
         stamp.touch()
@@ -71,17 +72,17 @@ def check(entry, program, root, stamps, settings):
     return result.stdout + result.stderr
 
 
-def run(root, build):
+def run(root, build, libraries=LIBRARIES, options=OPTIONS):
     program = find_program()
     database = json.loads((build / "compile_commands.json").read_text())
-    entries = [entry for entry in database if any(library in entry["command"] for library in LIBRARIES)]
+    entries = [entry for entry in database if any(library in entry["command"] for library in libraries)]
     stamps = build / "tidy"
     stamps.mkdir(exist_ok=True)
     (stamps / "compile_commands.json").write_text(json.dumps(entries))
     settings = (root / ".clang-tidy").read_text()
     with ThreadPoolExecutor(os.cpu_count()) as pool:
         reports = list(pool.map(
-            lambda entry: check(entry, program, root, stamps, settings), entries))
+            lambda entry: check(entry, program, root, stamps, settings, options), entries))
     faults = [report for report in reports if report]
     print("\n".join(faults))
     print(f"{len(entries)} sources, {reports.count(None)} unchanged, {len(faults)} with faults")
@@ -114,7 +115,8 @@ def main():
     if "--self" in sys.argv:
         settings = Path(__file__).resolve().parents[2] / ".clang-tidy"
         sys.exit(0 if self_test(settings) else "the check does not find what it should")
-    readable, faults, _ = run(Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve())
+    analyzer = (("",), OPTIONS + ["--checks=-*,clang-analyzer-*"]) if "--analyzer" in sys.argv else ()
+    readable, faults, _ = run(Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve(), *analyzer)
     sys.exit(0 if readable and not faults else 1)
 
 
