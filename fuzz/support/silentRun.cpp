@@ -37,7 +37,8 @@ namespace {
 class OwnFolder {
   public:
     OwnFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "fuzz-XXXXXX").string();
+        const char *temporary = std::getenv("TMPDIR");
+        std::string pattern = std::string(temporary ? temporary : "/tmp") + "/fuzz-XXXXXX";
         if (!mkdtemp(pattern.data()))
             reportFinding("no folder for temporary files");
         path = pattern + '/';
