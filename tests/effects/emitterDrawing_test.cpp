@@ -14,6 +14,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
+#include "tests/support/realDriver.h"
 
 #include <string>
 #include <tuple>
@@ -67,6 +68,11 @@ class EmitterDrawing : public EngineTest {
 class EmitterDrawingWithProgram : public EmitterDrawing {
   protected:
     EmitterDrawingWithProgram() { settings.setShaders(true); }
+
+    void SetUp() override {
+        EmitterDrawing::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(programExtensions);
+    }
 };
 
 TEST_F(EmitterDrawing, ParticlesAreTexturedBlendedQuads) {

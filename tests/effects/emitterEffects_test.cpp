@@ -25,6 +25,8 @@ class EmitterEffects : public EffectsTest, public testing::WithParamInterface<bo
   protected:
     void SetUp() override {
         EffectsTest::SetUp();
+        if (IsSkipped())
+            return;
         ASSERT_TRUE(RVSHADER::useEmitter() && RVSHADER::useBloom() && RVSHADER::useDOF() &&
                     RVSHADER::useShadows());
         if (!program)

@@ -10,6 +10,7 @@
 #include "ravolt/RVSHADER.h"
 #include "tests/effects/sceneryPictures.h"
 #include "tests/support/glObjects.h"
+#include "tests/support/realDriver.h"
 
 #include <vector>
 
@@ -23,6 +24,7 @@ class SkydomeDrawingTest : public EngineTest {
 
     void SetUp() override {
         EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(allExtensions);
         writeBoard("sky.tga", 32, 16);
         makeScene();
     }

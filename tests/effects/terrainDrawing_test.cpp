@@ -18,6 +18,7 @@
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/glState.h"
+#include "tests/support/realDriver.h"
 
 #include <cmath>
 #include <set>
@@ -48,6 +49,7 @@ class TerrainDrawingTest : public EngineTest {
 
     void SetUp() override {
         EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(allExtensions);
         recorder.stopClock();
         writeTerrainTextures();
         writeBoard("sky.tga", 32, 16);

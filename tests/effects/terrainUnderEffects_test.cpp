@@ -13,6 +13,7 @@
 #include "tests/models/modelScenes.h"
 #include "tests/resources/targetImages.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <algorithm>
 #include <array>
@@ -119,6 +120,7 @@ class TerrainUnderEffectsTest : public EngineTest {
         resetCapabilities();
         recorder.hideExtension("GL_EXT_texture_filter_anisotropic");
         EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(allExtensions);
         ASSERT_TRUE(RVSHADER::useBloom() && RVSHADER::useDOF()) << logTextSince(startMark);
         writeTerrainTextures();
         makeScene();

@@ -13,6 +13,7 @@
 #include "tests/support/engineFixture.h"
 #include "tests/support/expectNear.h"
 #include "tests/support/glObjects.h"
+#include "tests/support/realDriver.h"
 
 using namespace ravolt::test;
 
@@ -57,6 +58,7 @@ class WaterDrawingTest : public EngineTest {
 
     void SetUp() override {
         EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(allExtensions);
         recorder.stopClock();
         writeNormals("bump.tga", 16);
         writeBoard("dudv.tga", 16, 4);

@@ -6,6 +6,7 @@
 #include "tests/engine/openGLAccess.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/glState.h"
+#include "tests/support/realDriver.h"
 
 #include <algorithm>
 #include <array>
@@ -105,6 +106,7 @@ TEST_F(OpenGL, StartsWithTheStatedValues) {
 }
 
 TEST_F(OpenGL, FindsAllThatThisDriverOffers) {
+    SKIP_WITHOUT_EXTENSIONS(allExtensions);
     for (bool (*isUsed)() :
          {RVOPENGL::useVBO, RVOPENGL::useAnisotropic, RVOPENGL::useFBO, RVOPENGL::useMultitexturing,
           RVOPENGL::useShaders, RVOPENGL::useOcclusionQuery})
@@ -380,6 +382,7 @@ TEST_F(OpenGL, ANewContextHasTheSwitchesThatTheFlagsSay) {
 
 TEST_F(OpenGL, ADriverThatLosesAnExtensionLosesWhatDependsOnIt) {
     if (!std::getenv("RAVOLT_TEST_POOR_DRIVER")) {
+        SKIP_WITHOUT_EXTENSIONS(allExtensions);
         // The driver reads its variable once in a process.
         const std::string program = std::filesystem::read_symlink("/proc/self/exe");
         std::filesystem::create_directory("poorDriver"); // with a log of its own

@@ -77,6 +77,8 @@ class ShadowsOnTheFloor : public EffectsTest {
 
     void SetUp() override {
         EffectsTest::SetUp();
+        if (IsSkipped())
+            return;
         root =
             loadScene({{coloured("paint", {0.8f, 0.8f, 0.8f, 1})},
                        rootOver({placed(squareMesh("floor", "paint", 20), {0, 0, 0}, {-90, 0, 0}),
@@ -253,6 +255,8 @@ class ShadowsOfDoubledFaces : public ShadowsOnTheFloor {
 
     void SetUp() override {
         ShadowsOnTheFloor::SetUp();
+        if (IsSkipped())
+            return;
         RveNode floor = placed(squareMesh("floor2", "paint", 20), {0, 0, 0}, {-90, 0, 0});
         twice = loadScene({{coloured("paint", {0.8f, 0.8f, 0.8f, 1})},
                            rootOver({doubled(floor), doubled(cubeMesh("box2", "paint"))})});

@@ -12,6 +12,7 @@
 #include "tests/engine/resetEffects.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/glState.h"
+#include "tests/support/realDriver.h"
 
 #include <array>
 #include <cstdio>
@@ -28,6 +29,7 @@ class EffectsTest : public EngineTest {
 
     void SetUp() override {
         EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(allExtensions);
         camera = new RVCAMERA;
     }
 

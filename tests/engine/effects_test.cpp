@@ -21,6 +21,8 @@ class Effects : public EffectsTest {
   protected:
     void SetUp() override {
         EffectsTest::SetUp();
+        if (IsSkipped())
+            return;
         ASSERT_TRUE(RVSHADER::useBloom() && RVSHADER::useDOF() && RVSHADER::useShadows())
             << logTextSince(startMark);
         markLog();
@@ -223,6 +225,8 @@ class ToneMapping : public Effects {
   protected:
     void SetUp() override {
         Effects::SetUp();
+        if (IsSkipped())
+            return;
         RAVOLT::bloomingOn();
         RAVOLT::HDROn();
     }
@@ -367,6 +371,8 @@ class Shadows : public Effects {
 
     void SetUp() override {
         Effects::SetUp();
+        if (IsSkipped())
+            return;
         RAVOLT::shadowingOn();
         ASSERT_TRUE(RAVOLT::isShadowed());
         root = new RVNODE;

@@ -12,6 +12,7 @@
 #include "tests/support/engineFixture.h"
 #include "tests/support/expectNear.h"
 #include "tests/support/glState.h"
+#include "tests/support/realDriver.h"
 
 #include <array>
 #include <tuple>
@@ -334,6 +335,7 @@ TEST_F(Frame, ASkyboxDoesNotOutliveItsEngine) {
 // --- begin2D, end2D
 
 TEST_F(Frame, A2DBlockMakesTheStatedCalls) {
+    SKIP_WITHOUT_EXTENSIONS(vertexBufferExtensions);
     RVLIGHT::lightingOn();
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVOPENGL::blendingOn();

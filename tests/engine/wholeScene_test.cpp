@@ -69,6 +69,8 @@ class WholeScene : public EffectsTest {
 
     void SetUp() override {
         EffectsTest::SetUp();
+        if (IsSkipped())
+            return;
         camera->setPosition(0, 4, 11);
         camera->setRotation(-20, 0, 0);
         label = new Label;
@@ -171,6 +173,8 @@ class StateOrder : public EffectsTest {
 
     void SetUp() override {
         EffectsTest::SetUp();
+        if (IsSkipped())
+            return;
         camera->setPosition(0, 1, 12);
         std::vector<RveNode> cubes;
         constexpr std::array materials{"red", "blue", "glass"};

@@ -65,6 +65,10 @@ fi
 set --
 [ "$labelled" ] || set -- -e 'No VRam detected' -e 'normal map not found'
 [ -z "${EXCUSED:-}" ] || set -- "$@" -e "$EXCUSED"
+# A driver without some extensions (scripts/drivers.sh): the engine says what it goes without.
+[ -z "${MESA_EXTENSION_MAX_YEAR:-}" ] || set -- "$@" -e '@ RVOPENGL::init' \
+    -e 'Shaders required but not supported on this hardware @ RVSHADER::init' \
+    -e 'No chunks or no vertex buffers @ RVTERRAIN::render'
 problems=$(grep -F '[!]' ravolt_log.txt | grep -vF -f /dev/null "$@" || true)
 if [ -n "$problems" ]; then
     echo "FAILED: problems in the log:"
@@ -81,12 +85,14 @@ if [ "$found" -ne "$pictures" ]; then
     echo "FAILED: $found pictures instead of $pictures"
     exit 1
 fi
-if [ "$name" = picture_%d.png ] &&
+# Without vertex buffers there is no terrain to move over.
+if [ "$name" = picture_%d.png ] && ! grep -qF 'or no vertex buffers @ RVTERRAIN::render' ravolt_log.txt &&
     cmp -s "picture_$(printf %03d $((frames / 3))).png" "picture_$(printf %03d $((frames - 1))).png"; then
     echo "FAILED: nothing moves"
     exit 1
 fi
-if [ "${CHECK:-}" ] && ! "$CHECK" >check.txt; then
+# What it expects is drawn by a driver with all extensions.
+if [ "${CHECK:-}" ] && [ -z "${MESA_EXTENSION_MAX_YEAR:-}" ] && ! "$CHECK" >check.txt; then
     cat check.txt
     echo "FAILED: the pictures are not as they should be"
     exit 1

@@ -10,6 +10,7 @@
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <cmath>
 
@@ -19,6 +20,13 @@ namespace {
 class ClipPlayerSkin : public EngineTest, public testing::WithParamInterface<bool> {
   protected:
     ClipPlayerSkin() { settings.setShaders(GetParam()); }
+
+    void SetUp() override {
+        EngineTest::SetUp();
+        if (GetParam()) {
+            SKIP_WITHOUT_EXTENSIONS(allOf({programExtensions, vertexBufferExtensions}));
+        }
+    }
 };
 
 // The square turns about z, by 80 degrees in a frame; it is seen from the front.

@@ -11,6 +11,7 @@
 #include "ravolt/RVTEXTFIELD.h"
 #include "tests/kit/events.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <optional>
 #include <set>
@@ -179,6 +180,11 @@ TEST_F(LandscapePixels, OfAPartAreTurnedInIt) {
 class TargetPixels : public InputPixels {
   protected:
     TargetPixels() { settings.setForceFBO(true); }
+
+    void SetUp() override {
+        InputPixels::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(targetExtensions);
+    }
 
     // The target's pixels, and how much larger those of the window are. The engine's target 0 is
     // 64 by 48.

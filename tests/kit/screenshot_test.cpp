@@ -13,6 +13,7 @@
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/glState.h"
+#include "tests/support/realDriver.h"
 
 #include <algorithm>
 #include <cstring>
@@ -91,6 +92,11 @@ class LandscapeShot : public Shot {
 class TargetShot : public Shot {
   protected:
     TargetShot() { settings.setForceFBO(true); }
+
+    void SetUp() override {
+        Shot::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(targetExtensions);
+    }
 };
 
 class MultisampledShot : public Shot {
@@ -267,6 +273,11 @@ class LargeFrame : public SmoothShot {
         settings.setForceFBO(true);
         settings.setFBOSizeX(3 * 128);
         settings.setFBOSizeY(3 * 96);
+    }
+
+    void SetUp() override {
+        SmoothShot::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(targetExtensions);
     }
 };
 

@@ -9,6 +9,7 @@
 #include "ravolt/kit/terrainHeights.h"
 #include "tests/effects/terrainScene.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <cmath>
 
@@ -38,6 +39,15 @@ class TerrainPicking : public EngineTest, public testing::WithParamInterface<Sur
         settings.setShaders(true);
         GetParam().prepare(settings);
     }
+
+    void SetUp() override {
+        EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(vertexBufferExtensions);
+        if (GetParam().inTarget) {
+            SKIP_WITHOUT_EXTENSIONS(allOf({programExtensions, targetExtensions}));
+        }
+    }
+
     void TearDown() override {
         RAVOLT::bloomingOff();
         RVTERRAIN::restoreTargetOff();

@@ -10,6 +10,7 @@
 #include "testing/recorderState.h"
 #include "tests/kit/events.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <SDL/SDL.h>
 #include <array>
@@ -147,6 +148,7 @@ class KitWindow : public EngineTest {
 };
 
 TEST_F(KitWindow, IsResizedWithItsObjects) {
+    SKIP_WITHOUT_EXTENSIONS(allExtensions);
     const ContextObjects objects;
     expectPicture(objects, width, height);
     for (const auto &[x, y] : {std::pair(200, 150), {64, 48}, {333, 97}, {width, height}}) {
@@ -157,6 +159,7 @@ TEST_F(KitWindow, IsResizedWithItsObjects) {
 }
 
 TEST_F(KitWindow, FollowsTheUser) {
+    SKIP_WITHOUT_EXTENSIONS(allExtensions);
     const ContextObjects objects;
     SDL_Event event = eventOf(SDL_VIDEORESIZE);
     event.resize.w = 220;
@@ -173,6 +176,7 @@ TEST_F(KitWindow, FollowsTheUser) {
 }
 
 TEST_F(KitWindow, FillsTheScreenAndReturnsWithItsObjects) {
+    SKIP_WITHOUT_EXTENSIONS(allExtensions);
     const ContextObjects objects;
     for (const bool on : {true, true, false, false, true, false}) {
         EXPECT_TRUE(window.setFullScreen(on));
@@ -195,6 +199,7 @@ TEST_F(KitWindow, AltAndEnterToggleTheFullScreen) {
 }
 
 TEST_F(KitWindow, IsResizedOnTheFullScreen) {
+    SKIP_WITHOUT_EXTENSIONS(allExtensions);
     const ContextObjects objects;
     ASSERT_TRUE(window.setFullScreen(true));
     EXPECT_TRUE(window.resize(160, 120));
@@ -215,6 +220,7 @@ TEST_F(KitWindow, RefusesOtherSizes) {
 }
 
 TEST_F(KitWindow, HasItsFormerSizeWhereSdlRefuses) {
+    SKIP_WITHOUT_EXTENSIONS(allExtensions);
     recorder.failSetVideoMode();
     EXPECT_FALSE(window.resize(200, 150));
     EXPECT_LOGGED_EXACTLY("   [!] SDL does not change the size to 200 by 150 @ Window::resize\n");

@@ -9,6 +9,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <algorithm>
 #include <array>
@@ -78,6 +79,14 @@ struct Outcome {
 class HardwareSkinningTest : public EngineTest, public testing::WithParamInterface<Look> {
   protected:
     HardwareSkinningTest() { settings.setShaders(true); }
+
+    void SetUp() override {
+        EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(allOf({programExtensions, vertexBufferExtensions}));
+        if (GetParam().shadowed) {
+            SKIP_WITHOUT_EXTENSIONS(targetExtensions);
+        }
+    }
 
     void TearDown() override {
         RVOPENGL::setProfile(RV_OPENGL_PROFILE_FULL);

@@ -7,6 +7,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "tests/models/modelScenes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -63,6 +64,7 @@ TEST_F(MeshDrawingTest, UnlitMeshHasTheCurrentColorAndDoesNotChangeIt) {
 }
 
 TEST_F(MeshDrawingTest, BuffersAndOwnMemoryGiveTheSamePicture) {
+    SKIP_WITHOUT_EXTENSIONS(vertexBufferExtensions);
     RveNode tilted = inFront(squareMesh("tilted"));
     tilted.rotation = {20, 30, 40};
     Picture pictures[2];
@@ -94,6 +96,7 @@ std::vector<float> floatsOfBuffer(unsigned int buffer, std::size_t count) {
 }
 
 TEST_F(MeshDrawingTest, BuffersOfTheSkinContainBoneNumbersAndWeightsAsFloats) {
+    SKIP_WITHOUT_EXTENSIONS(vertexBufferExtensions);
     RveNode square = squareMesh("square");
     const std::vector<float> weights = {0.25f, 0.75f, 1, 0, 0.5f, 0.5f, 0.125f, 0.875f};
     square.mesh.skin = {2, {0, 1, 2, 0, 1, 2, 0, 2}, weights, {"a", "b", "c"}};
@@ -109,6 +112,7 @@ TEST_F(MeshDrawingTest, BuffersOfTheSkinContainBoneNumbersAndWeightsAsFloats) {
 // Faces in a shared buffer count from the first vertex of all meshes; a mesh without coordinates
 // has room for them.
 TEST_F(MeshDrawingTest, SharedBuffersContainTheArraysOfEachMesh) {
+    SKIP_WITHOUT_EXTENSIONS(vertexBufferExtensions);
     RveNode bare = squareMesh("bare");
     bare.mesh.uvs.clear();
     const RveNode square = squareMesh("square");

@@ -11,6 +11,7 @@
 #include "ravolt/RVSHADER.h"
 #include "tests/models/skinReference.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <cmath>
 #include <cstdint>
@@ -36,6 +37,9 @@ class CharactersTest : public EngineTest, public testing::WithParamInterface<Way
 
     void SetUp() override {
         EngineTest::SetUp();
+        if (byProgram()) {
+            SKIP_WITHOUT_EXTENSIONS(allOf({programExtensions, vertexBufferExtensions}));
+        }
         ASSERT_EQ(RVSHADER::useSkinning(), byProgram());
         RVOPENGL::setBackgroundColor(0, 0, 0, 1);
     }

@@ -9,6 +9,7 @@
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <algorithm>
 #include <iterator>
@@ -35,6 +36,7 @@ class EffectPictures : public EngineTest {
     // Three cubes in a row away from the camera, on a floor, under a spot from the upper left.
     void SetUp() override {
         EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(allExtensions);
         camera = new RVCAMERA;
         camera->setPosition(0, 4, 11);
         camera->setRotation(-20, 0, 0);
@@ -146,6 +148,7 @@ class BrightnessPictures : public EngineTest {
 
     void SetUp() override {
         EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(allExtensions);
         RVOPENGL::setBackgroundColor(0.1f, 0.1f, 0.1f, 1);
         RveScene scene;
         std::vector<RveNode> squares;

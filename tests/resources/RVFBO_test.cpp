@@ -14,6 +14,7 @@
 #include "tests/support/engineFixture.h"
 #include "tests/support/glObjects.h"
 #include "tests/support/glState.h"
+#include "tests/support/realDriver.h"
 
 #include <array>
 #include <climits>
@@ -47,7 +48,13 @@ Call bindCall(const RVFBO *target) {
 
 const std::string invalidParams = "   [!] Invalid params @ RVFBO::bindTexture\n";
 
-class Target : public EngineTest {};
+class Target : public EngineTest {
+  protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(targetExtensions);
+    }
+};
 
 // --- registry
 
@@ -434,6 +441,8 @@ class ShadedTarget : public Target {
         resetCapabilities();
         recorder.hideExtension("GL_EXT_texture_filter_anisotropic");
         Target::SetUp();
+        if (IsSkipped())
+            return;
         ASSERT_TRUE(RVSHADER::useBloom()) << logTextSince(startMark);
         glDisable(GL_DEPTH_TEST);
     }

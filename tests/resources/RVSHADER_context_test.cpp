@@ -6,6 +6,7 @@
 #include "tests/resources/parameterNames.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/glObjects.h"
+#include "tests/support/realDriver.h"
 
 #include <gtest/gtest.h>
 
@@ -76,6 +77,12 @@ Names expectedOf(const std::string &program) {
 class ShaderState : public EngineTest {
   protected:
     ShaderState() { settings.setShaders(true); }
+
+    void SetUp() override {
+        EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(programExtensions);
+    }
+
     void TearDown() override {
         RVSHADER::reset();
         EngineTest::TearDown();
@@ -100,6 +107,7 @@ class ShaderState : public EngineTest {
 // The samplers are assigned before any texture is bound: two kinds of samplers on one unit would
 // make a program fail.
 TEST_F(ShaderState, BuiltinProgramsAreLinkedWithTheirParametersAndSamplerUnits) {
+    SKIP_WITHOUT_EXTENSIONS(targetExtensions);
     const auto getUniform = entryPoint<PFNGLGETUNIFORMIVARBPROC>("glGetUniformivARB");
     unsigned int programs = 0, assigned = 0;
     for (RVSHADER *shader = RVSHADER::getFirst(); shader; shader = shader->getNext(), ++programs) {

@@ -9,6 +9,7 @@
 #include "tests/support/engineFixture.h"
 #include "tests/support/glObjects.h"
 #include "tests/support/glState.h"
+#include "tests/support/realDriver.h"
 
 #include <gtest/gtest.h>
 
@@ -282,6 +283,11 @@ TEST_F(Texture, OtherHeaderIsUploadedAsBlackAndCounted) {
 class ShadedTexture : public Texture {
   protected:
     ShadedTexture() { settings.setShaders(true); }
+
+    void SetUp() override {
+        Texture::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(programExtensions);
+    }
 
     static Pixel drawnPixel() {
         glDisable(GL_DEPTH_TEST);

@@ -8,6 +8,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <cmath>
 #include <string>
@@ -163,6 +164,7 @@ TEST_F(HelperTest, SwitchesBlendingOffAndLightingOn) {
 }
 
 TEST_F(HelperTest, OpensWithTextureMatrixAndArrays) {
+    SKIP_WITHOUT_EXTENSIONS(vertexBufferExtensions);
     ASSERT_TRUE(RVOPENGL::useVBO());
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVTEXTURE::texturingOn(0);

@@ -3,8 +3,11 @@
 #include "tests/support/engineFixture.h"
 
 #include "ravolt/RVOPENGL.h"
+#include "tests/support/realDriver.h"
 
 #include <GL/gl.h>
+
+#include <string>
 
 using namespace ravolt::test;
 
@@ -19,6 +22,15 @@ TEST_F(EngineFixture, StartsTheEngineInASmallWindow) {
     EXPECT_EQ(RVSETTINGS::getSDLWindowY(), height);
     EXPECT_NE(logTextSince(startMark).find("   Initialization complete"), std::string::npos);
     EXPECT_NOTHING_LOGGED();
+}
+
+TEST_F(EngineFixture, TheExtensionsOfTheRealDriverAreNotThoseOfTheRecorder) {
+    const std::string list = reinterpret_cast<const char *>(glGetString(GL_EXTENSIONS));
+    const std::string first = list.substr(0, list.find(' '));
+    recorder.hideExtension(first.c_str());
+    EXPECT_TRUE(driverHas({first}));
+    EXPECT_STREQ(driverHas({first, "GL_RAVOLT_none"}).message(), "the driver lacks GL_RAVOLT_none");
+    EXPECT_FALSE(driverHas({"GL_RAVOLT_none", first}));
 }
 
 TEST_F(EngineFixture, PixelsAreReadFromTheTopLeft) {

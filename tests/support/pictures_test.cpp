@@ -57,6 +57,23 @@ TEST(pictures, AFailureWritesThreePictures) {
     EXPECT_FALSE(matchesPicture(other, "no such picture", {255, 255, "everything is right"}));
 }
 
+TEST(pictures, AnotherRasterizerDrawsOtherPixelsButTheSameObjects) {
+    const Picture expected = loadPicture(RAVOLT_SOURCE "/tests/golden/support_example.png");
+    Picture onePixel = expected, allPixels = expected;
+    onePixel.set(3, 3, {255, 255, 255});
+    for (int x = 0; x < expected.width; ++x)
+        for (int y = 0; y < expected.height; ++y) {
+            Pixel changed = expected.at(x, y);
+            changed.green = static_cast<unsigned char>(changed.green ^ 16);
+            allPixels.set(x, y, changed);
+        }
+    setenv("GALLIUM_DRIVER", "softpipe", 1);
+    EXPECT_TRUE(matchesPicture(onePixel, "support_example", {}));
+    EXPECT_FALSE(matchesPicture(allPixels, "support_example", {}));
+    unsetenv("GALLIUM_DRIVER");
+    EXPECT_FALSE(matchesPicture(onePixel, "support_example", {}));
+}
+
 TEST(pictures, PixelsUnlikeTheBackgroundAreCounted) {
     Picture picture = plain(4, 4, {50, 50, 50});
     picture.set(0, 0, {52, 50, 50});

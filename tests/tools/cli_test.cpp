@@ -1,5 +1,6 @@
 // The commands of the program, their options and what they report.
 
+#include "tests/support/limitedDriver.h"
 #include "tests/tools/cli.h"
 #include "tests/tools/gltfData.h"
 
@@ -271,6 +272,7 @@ TEST(CommandLine, SurvivesACrashOfTheReader) {
 // ---- shot ------------------------------------------------------------------------------------
 
 TEST(CommandLine, ShootsEffects) {
+    SKIP_ON_LIMITED_DRIVER();
     writeSquare();
     expectSuccess("shot m.obj -o plain.png --size 64x48");
     for (const std::string option :
@@ -282,6 +284,7 @@ TEST(CommandLine, ShootsEffects) {
 }
 
 TEST(CommandLine, ShootsVisibleBloomWithoutABrightness) {
+    SKIP_ON_LIMITED_DRIVER();
     writeSquare();
     const std::string shot = "shot m.obj --size 64x48 --yaw 0 -o ";
     expectSuccess(shot + "plain.png --per-pixel");
@@ -292,6 +295,7 @@ TEST(CommandLine, ShootsVisibleBloomWithoutABrightness) {
 }
 
 TEST(CommandLine, ShootsSmoothPicturesByDefault) {
+    SKIP_ON_LIMITED_DRIVER();
     writeSquare();
     for (const std::string option : {"", " --bloom", " --wireframe"}) { // lines would fade
         expectSuccess("shot m.obj --size 64x48 -o smooth.png" + option);
@@ -330,6 +334,7 @@ TEST(CommandLine, WarnsOfSamplesThatThePictureIsTooLargeFor) {
 }
 
 TEST(CommandLine, WarnsOfWhatTheDisplayDoesNotSupport) {
+    SKIP_ON_LIMITED_DRIVER();
     writeSquare();
     const std::string bloom = "shot m.obj -o m.png --size 64x48 --bloom --floor";
     for (const auto &[hidden, arguments, lacking] : std::vector<std::array<std::string, 3>>{
@@ -345,6 +350,7 @@ TEST(CommandLine, WarnsOfWhatTheDisplayDoesNotSupport) {
 }
 
 TEST(CommandLine, DrawsWithFewerSamplesWhereTheDisplayHasNoTargetForThem) {
+    SKIP_ON_LIMITED_DRIVER();
     writeSquare();
     const std::string small = "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 "
                               "LD_PRELOAD='" RAVOLT_SMALL_TEXTURES "'";
@@ -386,6 +392,7 @@ TEST(CommandLine, WritesItsLogWhereTemporaryFilesGo) {
 
 // A texture outside the scene's folder is not opened either.
 TEST(CommandLine, DrawsWithoutTexturesThatCannotBeLoadedAndWarns) {
+    SKIP_ON_LIMITED_DRIVER();
     writeFile("picture.ppm", fourColors());
     writeSquare("Kd 0.9 0.9 0.9\nmap_Kd picture.ppm\n");
     writeSquare("Kd 0.9 0.9 0.9\n", "bare.obj");
@@ -451,6 +458,7 @@ std::string pngHeader(std::initializer_list<int> bytes) {
 
 // Off screen the screen is 1024 pixels wide.
 TEST(CommandLine, ShootsPicturesLargerThanTheScreen) {
+    SKIP_ON_LIMITED_DRIVER();
     writeSquare();
     for (const auto &[arguments, header] : std::vector<std::pair<std::string, std::string>>{
              {"1100x800", pngHeader({0, 0, 0x04, 0x4c, 0, 0, 0x03, 0x20})},
@@ -554,6 +562,7 @@ TEST(CommandLine, ShootsWithoutADisplay) {
 }
 
 TEST(CommandLine, ViewsForAWhile) {
+    SKIP_ON_LIMITED_DRIVER();
     writeSquare();
     for (const std::string options : {"", " --spin --normals --boxes", " --wireframe --rig 2",
                                       " --shadows --floor --tone-mapping --depth-of-field"})

@@ -1,5 +1,6 @@
 // How each effect changes a picture of the stage.
 
+#include "tests/support/limitedDriver.h"
 #include "tools/stage/effects.h"
 
 #include "tests/tools/openStage.h"
@@ -107,6 +108,8 @@ class EffectsOnStage : public ::testing::Test {
         drawing.programs = true;
         drawing.picture = size;
     }
+
+    void SetUp() override { SKIP_ON_LIMITED_DRIVER(); }
 
     static void makeScene(const std::string &model, const std::string &diffuse = "0.9 0.9 0.9",
                           bool twoSided = false) {

@@ -1,5 +1,6 @@
 // `ravolt shot` of terrains, emitters and interfaces.
 
+#include "tests/support/limitedDriver.h"
 #include "tests/tools/cli.h"
 #include "tools/convert/images.h"
 
@@ -61,6 +62,7 @@ class Scenery : public testing::Test {
 };
 
 TEST_F(Scenery, TerrainsShowLandWaterAndSky) {
+    SKIP_ON_LIMITED_DRIVER();
     shot("isle/terrain.xml --yaw 0 --pitch 20");
     const Image picture = pictureIn("x.png");
     const auto [skyRed, skyGreen, skyBlue] = colorAt(picture, 60, 4);
@@ -78,6 +80,7 @@ TEST_F(Scenery, TerrainsOfAnAbsoluteFolderAreThoseOfARelativeOne) {
 }
 
 TEST_F(Scenery, TerrainsArePicturesOfTheSameBytesWhereverTheToolIsStarted) {
+    SKIP_ON_LIMITED_DRIVER();
     const std::string picture = shot("isle/terrain.xml --bloom --tone-mapping");
     EXPECT_EQ(shot("isle/terrain.xml --bloom --tone-mapping"), picture);
     const fs::path folder = fs::current_path();
@@ -88,6 +91,7 @@ TEST_F(Scenery, TerrainsArePicturesOfTheSameBytesWhereverTheToolIsStarted) {
 }
 
 TEST_F(Scenery, TerrainsAreSeenFromTheGivenEye) {
+    SKIP_ON_LIMITED_DRIVER();
     const std::string whole = shot("isle/terrain.xml");
     const std::string near = shot("isle/terrain.xml --eye 64,40,120 --target 64,5,64");
     EXPECT_NE(near, whole);
@@ -98,6 +102,7 @@ TEST_F(Scenery, TerrainsAreSeenFromTheGivenEye) {
 }
 
 TEST_F(Scenery, TurntablesGoRoundATerrain) {
+    SKIP_ON_LIMITED_DRIVER();
     expectSuccess("shot isle/terrain.xml -o turn.png --frames 3 --size 60x40");
     EXPECT_TRUE(isPng("turn_000.png"));
     EXPECT_TRUE(isPng("turn_002.png"));

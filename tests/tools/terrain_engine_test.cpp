@@ -12,6 +12,7 @@
 #include "ravolt/RVTEXTURE.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/files.h"
+#include "tests/support/realDriver.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -41,6 +42,7 @@ class TerrainFolder : public EngineTest {
 
     void SetUp() override {
         EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(allExtensions);
         recorder.stopClock();
     }
 

@@ -1,6 +1,7 @@
 // A video that is drawn in parts, by several runs: the pictures of the parts are those of the
 // whole, byte for byte.
 
+#include "tests/support/limitedDriver.h"
 #include "tests/tools/cli.h"
 
 #include <string>
@@ -26,6 +27,7 @@ void draw(const std::string &arguments) {
 void expectMotion() { EXPECT_FALSE(areEqual("whole0.png", "whole4.png")); }
 
 TEST(VideoParts, OfAClipAreThoseOfTheWhole) {
+    SKIP_ON_LIMITED_DRIVER();
     writeMovingSquare("move.x");
     for (const std::string effects :
          {"", "--shadows --floor", "--bloom --depth-of-field", "--tone-mapping --per-pixel"}) {
@@ -41,6 +43,7 @@ TEST(VideoParts, OfAClipAreThoseOfTheWhole) {
 }
 
 TEST(VideoParts, OfATurnAreThoseOfTheWhole) {
+    SKIP_ON_LIMITED_DRIVER();
     writeSquare();
     draw("m.obj --turn 5 --two-sided --tone-mapping --exposure 3");
     expectMotion();
@@ -50,6 +53,7 @@ TEST(VideoParts, OfATurnAreThoseOfTheWhole) {
 }
 
 TEST(VideoParts, OfATerrainAreThoseOfTheWhole) {
+    SKIP_ON_LIMITED_DRIVER();
     if (!fs::exists("isle/terrain.xml")) {
         ASSERT_EQ(run("terrain --island 20 -o isle --size 129 --texture-size 64").code, 0);
     }
@@ -60,6 +64,7 @@ TEST(VideoParts, OfATerrainAreThoseOfTheWhole) {
 }
 
 TEST(VideoParts, OfAnEmitterAreThoseOfTheWhole) {
+    SKIP_ON_LIMITED_DRIVER();
     writeFile("fire.effect", R"(<emitter>
   <maxEnergy value="90"/><maxVelocity value="5"/><maxParticleSize value="11"/>
   <colorStart x="1" y="0.5" z="0.1"/><colorEnd x="0.6" y="0.1" z="0"/>

@@ -7,6 +7,7 @@
 
 #include "tests/resources/shaders/vectors.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include <functional>
 #include <map>
@@ -137,6 +138,11 @@ struct Comparison {
 class ProgramTest : public EngineTest {
   protected:
     ProgramTest() { settings.setShaders(true); }
+
+    void SetUp() override {
+        EngineTest::SetUp();
+        SKIP_WITHOUT_EXTENSIONS(allOf({programExtensions, targetExtensions}));
+    }
 
     // The whole comparison, of more than 200 pixels inside the triangle and outside. A pixel
     // may differ by singlePrecision, times its value above 1.
