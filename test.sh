@@ -5,7 +5,8 @@
 #
 #   ./test.sh
 #   ./test.sh --all       also the long ones: each allocation of the tool's commands, long runs of the
-#                         engine, coverage, fuzzing (RAVOLT_FUZZ_SECONDS a target, 60 by default)
+#                         engine, coverage, fuzzing (RAVOLT_FUZZ_SECONDS a target, 60 by default),
+#                         other drivers, Valgrind, the memory sanitizer, cppcheck
 #   ./test.sh --help
 set -uo pipefail
 cd "$(dirname "$0")" || exit 1
@@ -16,7 +17,7 @@ case "${1:-}" in
 "") ;;
 --all) long=yes ;;
 --help | -h)
-    sed -n '2,9s/^# \{0,1\}//p' "$0"
+    sed -n '2,10s/^# \{0,1\}//p' "$0"
     exit 0
     ;;
 *) fail "unknown option $1; see ./test.sh --help" ;;
@@ -75,6 +76,10 @@ if [ -n "$long" ]; then
     done
     run_long coverage scripts/coverage.sh
     run_long fuzz scripts/fuzz.sh "${RAVOLT_FUZZ_SECONDS:-60}"
+    run_long drivers scripts/drivers.sh
+    run_long valgrind scripts/valgrind.sh
+    run_long msan scripts/msan.sh
+    run_long analyse scripts/analyse.sh cppcheck
 fi
 
 echo

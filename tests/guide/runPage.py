@@ -28,6 +28,8 @@ LIMITED = "MESA_EXTENSION_MAX_YEAR" in os.environ
 if LIMITED:
     EXCUSED += ("@ RVOPENGL::init", "Shaders required but not supported on this hardware @ RVSHADER::init",
                 "No chunks or no vertex buffers @ RVTERRAIN::render")
+if os.environ.get("GALLIUM_DRIVER") == "softpipe":
+    EXCUSED += ("Unsupported multisampling",)
 
 
 def log_faults():
