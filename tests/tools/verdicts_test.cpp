@@ -20,6 +20,8 @@
 #include "tools/writers/rvaWriter.h"
 #include "tools/writers/tgaWriter.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -147,6 +149,58 @@ TEST_F(VerdictTest, OfInterfaces) {
                                  return loaded;
                              }),
                300);
+}
+
+// The inputs that fuzzing has kept: as they are, and without the bytes by which a target chooses
+// how to draw, after which the file begins.
+class FuzzedVerdictTest : public VerdictTest {
+  protected:
+    static void loadAll(const char *target, const char *name, const std::function<void()> &load) {
+        unsigned int number = 0;
+        for (const auto &entry : std::filesystem::directory_iterator(
+                 std::filesystem::path(RAVOLT_SOURCE "/fuzz/corpus") / target)) {
+            const Bytes whole = readFile(entry.path().string());
+            for (std::size_t skipped = 0; skipped <= std::min<std::size_t>(2, whole.size());
+                 ++skipped) {
+                SCOPED_TRACE(testing::Message() << entry.path() << " from byte " << skipped);
+                writeFile(name, Bytes(whole.begin() + static_cast<long>(skipped), whole.end()));
+                load();
+                ++number;
+            }
+        }
+        EXPECT_GT(number, 2u);
+    }
+};
+
+TEST_F(FuzzedVerdictTest, OfEachKind) {
+    loadAll("rve", "fuzzed.rve", [] {
+        RAVOLT::load("fuzzed.rve");
+        RVNODE::cleanUp();
+        RVMATERIAL::cleanUp();
+    });
+    loadAll("rva", "fuzzed.rva", [] { RVANIM().load("fuzzed.rva"); });
+    auto *const texture = new RVTEXTURE;
+    loadAll("tga", "fuzzed.tga", [=] { texture->load("fuzzed.tga"); });
+    delete texture;
+    loadAll("emitter", "fuzzed.xml", [] {
+        (new RVEMITTER)->load("fuzzed.xml");
+        RVNODE::cleanUp();
+    });
+    loadAll("interface", "fuzzed.xml", [] {
+        RAVOLT::loadXML("fuzzed.xml");
+        RVNODE::cleanUp();
+        RVFONT::cleanUp();
+    });
+    auto *const font = new RVFONT;
+    loadAll("kerning", "fuzzed.txt", [=] { font->loadKerning("fuzzed.txt"); });
+    delete font;
+    loadAll("settings", "fuzzed.cfg", [] { RVSETTINGS().load("fuzzed.cfg"); });
+    auto *const video = new RVVIDEO;
+    loadAll("video", "fuzzed.m2v", [=] {
+        EXPECT_EQ(video->load("fuzzed.m2v"), accepts("fuzzed.m2v", FileKind::video));
+        video->load(nullptr); // closes the file
+    });
+    delete video;
 }
 
 // Terrains are deleted after each load, with their skies, their water and the water's textures.
