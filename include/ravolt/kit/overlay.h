@@ -13,7 +13,8 @@ namespace ravolt::kit {
 class Overlay {
   public:
     // Texts are drawn in this font, which is not owned; with NULL in built-in letters, which need
-    // no file: capitals 7 dots high, of the characters 32 to 126, others as '?', and 4096 of a line.
+    // no file: capitals 7 dots high, of the characters 32 to 126, others as '?', and 4096 of a
+    // line.
     explicit Overlay(RVFONT *textFont = nullptr) : font(textFont) {}
     void setFont(RVFONT *newFont) { font = newFont; }
 
