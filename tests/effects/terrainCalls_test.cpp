@@ -565,6 +565,16 @@ TEST_F(TerrainCallsTest, WaterHidesTheSubmergedLandOnlyWhenItIsDrawn) {
     }
 }
 
+TEST_F(TerrainCallsTest, RefractionShowsNoLandAboveTheWater) {
+    const TerrainFile file({.side = 33, .height = [](auto, auto) { return 5.0f; }});
+    terrain = loadTerrain(file, geometryXml + layersXml() + waterXml);
+    look(10);
+    const std::string steps = stepsOf(render());
+    const std::size_t screenOnly = steps.find("lift land");
+    ASSERT_NE(screenOnly, std::string::npos) << steps;
+    EXPECT_EQ(steps.find("land"), screenOnly + 5) << steps;
+}
+
 TEST_F(TerrainCallsTest, WaterThatIsLoadedAnewGetsItsImages) {
     make();
     look(2);
