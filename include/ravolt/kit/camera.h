@@ -72,6 +72,7 @@ class Camera {
     // Not beyond 1e30, so that it fits a float.
     static double bounded(double number);
 
+    // Whether no coordinate is infinite or no number.
     static bool isFinite(const Z3MVECTOR3D &point);
 
     // A number of seconds as `update` takes it.
