@@ -233,8 +233,9 @@ void RVFONT::bindAtlas() const {
 }
 
 void RVFONT::setPointers(unsigned int firstGlyph) {
-    glColorPointer(4, GL_UNSIGNED_BYTE, 0, fontCachedColor + firstGlyph * colorBytesPerGlyph);
     ravolt::useArraysInMemory();
+    ravolt::useIndicesInMemory();
+    glColorPointer(4, GL_UNSIGNED_BYTE, 0, fontCachedColor + firstGlyph * colorBytesPerGlyph);
     RVOPENGL::normalArrayOff(); // of a mesh
     glVertexPointer(2, GL_FLOAT, 0, fontCachedVertex + firstGlyph * floatsPerGlyph);
     glTexCoordPointer(2, GL_FLOAT, 0, fontCachedTexCoord + firstGlyph * floatsPerGlyph);

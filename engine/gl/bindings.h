@@ -51,6 +51,12 @@ inline void useArraysInMemory() {
         bindBuffer(GL_ARRAY_BUFFER_ARB, 0);
 }
 
+// The same for indices in the application's memory.
+inline void useIndicesInMemory() {
+    if (!cacheHit(boundBuffers[1].name == 0))
+        bindBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
+}
+
 inline void unbindBuffers() {
     bindBuffer(GL_ARRAY_BUFFER_ARB, 0);
     bindBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);

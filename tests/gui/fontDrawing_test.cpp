@@ -2,7 +2,10 @@
 
 #include "tests/gui/fontTest.h"
 
+#include "engine/gl/bindings.h"
 #include "ravolt/RVOPENGL.h"
+
+#include <algorithm>
 
 using namespace ravolt::test;
 
@@ -152,6 +155,18 @@ TEST_F(FontDrawing, AStringIsOneDrawCallAfterTextureAndBlending) {
     }
     EXPECT_EQ(glyphsOf(drawingsOf([this] { font->putString(-5, 9, "%s%c", "a", 'b'); })),
               "a -5 9, b 11 9");
+}
+
+// As by a mesh that was drawn before in the same list.
+TEST_F(FontDrawing, ArraysAndIndicesAreInMemoryAlsoAfterBuffersWereBound) {
+    ravolt::bindBuffer(GL_ARRAY_BUFFER_ARB, 1);
+    ravolt::bindBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, 2);
+    const Calls calls = callsOf([this] { EXPECT_TRUE(font->putString(0, 0, "text")); });
+    const auto pointer = std::find_if(
+        calls.begin(), calls.end(), [](const Call &call) { return call.name == "glColorPointer"; });
+    ASSERT_NE(pointer, calls.end());
+    for (const double target : {GL_ARRAY_BUFFER_ARB, GL_ELEMENT_ARRAY_BUFFER_ARB})
+        EXPECT_EQ(std::count(calls.begin(), pointer, Call("glBindBufferARB", target, 0)), 1);
 }
 
 TEST_F(FontDrawing, TagsActAndTextAdvancesByItsKerning) {
