@@ -26,6 +26,15 @@ fail() {
     exit 1
 }
 
+# require_known "NAMES" NAME ...: fails at a name that is none of NAMES.
+require_known() {
+    local known=" $1 " name
+    shift
+    for name in "$@"; do
+        [[ $known == *" $name "* ]] || fail "unknown name $name; see $0 --help"
+    done
+}
+
 # install_packages PACKAGE ...: those that are not there yet.
 install_packages() {
     local missing=() package administrator=()

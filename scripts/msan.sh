@@ -20,6 +20,7 @@ case "${1:-}" in
     ;;
 esac
 mapfile -t targets < <(sed -n 's/^RV_FUZZ_TARGET(\(.*\))$/\1/p' fuzz/targets.inc)
+require_known "${targets[*]}" "$@"
 [ $# -eq 0 ] || targets=("$@")
 
 libraries=$root/build/msan-libraries

@@ -22,6 +22,7 @@ case "${1:-}" in
 '') names=("${programs[@]}" "${targets[@]}") ;;
 *) names=("$@") ;;
 esac
+require_known "${programs[*]} ${targets[*]}" "${names[@]}"
 
 install_packages "${test_packages[@]}" valgrind
 mkdir -p build
