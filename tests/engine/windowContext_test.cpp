@@ -17,10 +17,37 @@
 
 #include <array>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <utility>
 
 using namespace ravolt::test;
+
+namespace {
+
+// The lists of windows that Xlib has returned to this program, and that are not released.
+std::set<void *> listsOfWindows;
+
+} // namespace
+
+extern "C" {
+Status __real_XQueryTree(Display *display, Window window, Window *root, Window *parent,
+                         Window **children, unsigned int *number);
+Status __wrap_XQueryTree(Display *display, Window window, Window *root, Window *parent,
+                         Window **children, unsigned int *number) {
+    const Status status = __real_XQueryTree(display, window, root, parent, children, number);
+    if (status && *children)
+        listsOfWindows.insert(*children);
+    return status;
+}
+
+// The linker takes the calls of libraries for calls of this one, and requires it to be visible.
+int __real_XFree(void *data);
+[[gnu::visibility("default")]] int __wrap_XFree(void *data) {
+    listsOfWindows.erase(data);
+    return __real_XFree(data);
+}
+}
 
 namespace {
 
@@ -300,6 +327,7 @@ TEST_F(WindowContextTest, OnX11TheFrameGetsTheSizeRequestedForTheContent) {
     XSync(manager.display, False);
 
     ravolt::SystemWindow().setOuterSize(width, height);
+    EXPECT_TRUE(listsOfWindows.empty()); // that of the frame's children was among them
     const std::array inside{5, 19, width - 12, height - 26}; // 5 pixels and a border on each side
     EXPECT_EQ(manager.boxOf(window), inside);
 
