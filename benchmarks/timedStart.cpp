@@ -1,10 +1,11 @@
 // The duration of a start of the engine, and of its parts: without programs, and with the 35
 // programs while the driver finds them in its cache on disk, has that cache off, or fills it.
+// Beside them the same window by hand, cleared, and with a picture in its middle as the splash has.
 // Each start is one of a process of its own; the figures are medians, in milliseconds of the
 // calling thread.
 //
-//   timedStart [STARTS]      a table
-//   timedStart none|programs a single start, as a row of numbers
+//   timedStart [STARTS]                    a table
+//   timedStart none|programs|clear|picture a single start, as a row of numbers
 //
 // The program's own SDL_GL_GetProcAddress replaces SDL's and returns functions that measure the
 // time; so do its versions of the functions that open the window, show the splash and make
@@ -148,9 +149,22 @@ void glTexImage2D(GLenum target, GLint level, GLint internal, GLsizei width, GLs
 
 namespace {
 
-int startOnce(bool programs) {
+constexpr int windowX = 640, windowY = 480, pictureSize = 256;
+
+void printTimes(double whole) {
+    spent[rest] = whole;
+    for (int share = 0; share < rest; ++share)
+        spent[rest] -= spent[share];
+    for (double time : spent)
+        std::fprintf(stderr, "%f ", time);
+    std::fprintf(stderr, "%f\n", whole);
+}
+
+int startEngine(bool programs) {
     zlfSetConsoleEcho(false);
     RVSETTINGS settings;
+    settings.setWindowX(windowX);
+    settings.setWindowY(windowY);
     settings.setColorDepth(32);
     settings.setZetaDepth(24);
     settings.setShaders(programs);
@@ -159,15 +173,55 @@ int startOnce(bool programs) {
         std::fprintf(stderr, "the engine does not start here, see ravolt_log.txt\n");
         return 1;
     }
-    double whole = threadTime() - start;
-    spent[rest] = whole;
-    for (int share = 0; share < rest; ++share)
-        spent[rest] -= spent[share];
-    for (double time : spent)
-        std::fprintf(stderr, "%f ", time);
-    std::fprintf(stderr, "%f\n", whole);
+    printTimes(threadTime() - start);
     RAVOLT::free();
     return 0;
+}
+
+void drawPictureByHand() {
+    const std::vector<unsigned char> texels(3 * pictureSize * pictureSize, 128);
+    constexpr int left = (windowX - pictureSize) / 2, top = (windowY - pictureSize) / 2;
+    constexpr int right = left + pictureSize, bottom = top + pictureSize;
+    GLuint texture = 0;
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexImage2D(GL_TEXTURE_2D, 0, 3, pictureSize, pictureSize, 0, GL_BGR, GL_UNSIGNED_BYTE,
+                 texels.data());
+    glEnable(GL_TEXTURE_2D);
+    glOrtho(0, windowX, windowY, 0, -1, 1);
+    glBegin(GL_QUADS);
+    glTexCoord2i(0, 1), glVertex2i(left, top);
+    glTexCoord2i(0, 0), glVertex2i(left, bottom);
+    glTexCoord2i(1, 0), glVertex2i(right, bottom);
+    glTexCoord2i(1, 1), glVertex2i(right, top);
+    glEnd();
+    glDeleteTextures(1, &texture);
+}
+
+int startByHand(bool picture) {
+    const double start = threadTime();
+    SDL_Init(SDL_INIT_VIDEO);
+    SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+    SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 24);
+    if (!SDL_SetVideoMode(windowX, windowY, 32, SDL_OPENGL)) {
+        std::fprintf(stderr, "no window: %s\n", SDL_GetError());
+        return 1;
+    }
+    glClearColor(1, 1, 1, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    if (picture)
+        drawPictureByHand();
+    SDL_GL_SwapBuffers();
+    printTimes(threadTime() - start);
+    SDL_Quit();
+    return 0;
+}
+
+int startOnce(const std::string &mode) {
+    const bool engine = mode == "none" || mode == "programs";
+    return engine ? startEngine(mode == "programs") : startByHand(mode == "picture");
 }
 
 // A start in a process of its own, under a shell's `environment`.
@@ -206,6 +260,8 @@ constexpr struct {
     {"35, cache warm", "programs", "", false},
     {"35, cache off", "programs", "MESA_SHADER_CACHE_DISABLE=true", false},
     {"35, cache empty", "programs", "", true},
+    {"by hand, cleared", "clear", "", false},
+    {"by hand, with a picture", "picture", "", false},
 };
 
 int printTable(const std::string &self, int starts) {
@@ -241,10 +297,9 @@ int printTable(const std::string &self, int starts) {
 } // namespace
 
 int main(int argc, char **argv) {
-    if (argc == 2 && !std::strcmp(argv[1], "none"))
-        return startOnce(false);
-    if (argc == 2 && !std::strcmp(argv[1], "programs"))
-        return startOnce(true);
+    for (const auto &setting : settings)
+        if (argc == 2 && !std::strcmp(argv[1], setting.mode))
+            return startOnce(setting.mode);
     const int starts = argc == 2 ? std::atoi(argv[1]) : 15;
     return printTable(std::filesystem::canonical("/proc/self/exe").string(), std::max(starts, 1));
 }
