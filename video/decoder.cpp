@@ -4,11 +4,15 @@
 // of the current sequence, with the size of that frame. The decoder still reports a buffer after
 // its sequence has ended and the buffer has been freed, and it reports a new size before there is a
 // frame of it; a buffer without an entry is therefore never returned.
+//
+// Memory: of a damaged stream libmpeg2 shows what its memory contained before. ClearedMemory clears
+// all of it, by a hook that is one for the whole process.
 
 #include "video/decoder.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 
 extern "C" { // missing in its headers
@@ -20,6 +24,52 @@ extern "C" { // missing in its headers
 namespace {
 
 using ravolt::VideoFrame;
+
+// Clears the memory that libmpeg2 allocates, also for an application that uses it, too. The memory
+// itself is still that of libmpeg2, so that blocks from before the hook, with it and after it are
+// released in the same way. The hook is set when the engine is loaded, before the application's own
+// code: hooks that the application sets later replace it, and then nothing clears the memory.
+class ClearedMemory {
+  public:
+    ClearedMemory() {
+        if (!hasOtherHook())
+            mpeg2_malloc_hooks(allocate, nullptr);
+    }
+    ~ClearedMemory() {
+        called = false;
+        if (!hasOtherHook() && called)
+            mpeg2_malloc_hooks(nullptr, nullptr);
+    }
+    ClearedMemory(const ClearedMemory &) = delete;
+    ClearedMemory &operator=(const ClearedMemory &) = delete;
+
+  private:
+    // libmpeg2 allocates larger blocks by itself; its own arithmetic overflows for the largest.
+    static constexpr unsigned int maxBytes = 1u << 30;
+
+    // NULL lets libmpeg2 allocate by itself, which the call within does. Also when memory runs out.
+    static void *allocate(unsigned int bytes, mpeg2_alloc_t reason) {
+        called = true;
+        if (active || bytes > maxBytes)
+            return nullptr;
+        active = true;
+        void *const block = mpeg2_malloc(bytes, reason);
+        active = false;
+        return block ? std::memset(block, 0, bytes) : nullptr;
+    }
+
+    // An application that loads the engine late may have hooks by then, and only these release what
+    // they allocate. libmpeg2 itself allocates no block of zero bytes.
+    static bool hasOtherHook() {
+        void *const block = mpeg2_malloc(0, MPEG2_ALLOC_CONVERT_ID);
+        if (block)
+            mpeg2_free(block);
+        return block;
+    }
+
+    static thread_local inline bool active = false, called = false;
+};
+const ClearedMemory clearedMemory;
 
 // No texture is larger. For larger sizes the decoder would allocate gigabytes without checking the
 // result.

@@ -63,12 +63,3 @@ extern "C" int __wrap_madvise(void *begin, std::size_t bytes, int advice) {
         __msan_unpoison(begin, bytes);
     return result;
 }
-
-// libmpeg2 reads what a damaged stream has not written: what it allocates counts as written.
-extern "C" void *__real_mpeg2_malloc(unsigned int bytes, int reason);
-extern "C" void *__wrap_mpeg2_malloc(unsigned int bytes, int reason) {
-    void *const block = __real_mpeg2_malloc(bytes, reason);
-    if (block)
-        __msan_unpoison(block, bytes);
-    return block;
-}

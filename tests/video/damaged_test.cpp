@@ -8,6 +8,7 @@
 #include "video/decoder.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -25,8 +26,13 @@ namespace {
 const char *const smallVideos[] = {"ffmpeg1_16x16", "ffmpeg1_50x38_b", "ffmpeg2_50x38",
                                    "ffmpeg2_64x48_b", "mjpegtools2_64x48"};
 
-// Decodes a video from memory, to its end; the number of its frames.
-unsigned int playThrough(Bytes data) {
+struct Ignore {
+    void operator()(const unsigned char *, std::size_t) const {}
+};
+
+// Decodes a video from memory, to its end; the number of its frames. `use` is called with the
+// pixels of each and their size.
+template <class Use = Ignore> unsigned int playThrough(Bytes data, Use use = {}) {
     if (data.empty())
         return 0;
     unsigned int frames = 0;
@@ -44,6 +50,7 @@ unsigned int playThrough(Bytes data) {
         EXPECT_LE(frame.pictureHeight, frame.height);
         const std::size_t bytes = std::size_t(frame.width) * frame.height * 3;
         EXPECT_LE(std::accumulate(frame.pixels, frame.pixels + bytes, 0ul), 255 * bytes); // reads
+        use(frame.pixels, bytes);
     }
     stopDecoder(*stream);
     std::fclose(stream->file);
@@ -139,6 +146,45 @@ TEST(DamagedVideo, DamagedPartsAreSkipped) {
             data = data + next;
         }
         playThrough(data);
+    }
+}
+
+// The heap fills what it allocates while one exists, as far as a sanitizer's heap does not.
+class FilledHeap {
+  public:
+    explicit FilledHeap(unsigned char byte) {
+        mallopt(M_MMAP_THRESHOLD, 1 << 25); // else large blocks are new pages
+        mallopt(M_PERTURB, static_cast<unsigned char>(~byte));
+    }
+    ~FilledHeap() { mallopt(M_PERTURB, 0); }
+    FilledHeap(const FilledHeap &) = delete;
+    FilledHeap &operator=(const FilledHeap &) = delete;
+};
+
+// The pixels of all frames, decoded in a heap that is filled.
+Bytes pixelsOf(const Bytes &data, unsigned char fill) {
+    const FilledHeap heap(fill);
+    Bytes all;
+    playThrough(data, [&all](const unsigned char *pixels, std::size_t bytes) {
+        all.insert(all.end(), pixels, pixels + bytes);
+    });
+    return all;
+}
+
+TEST(DamagedVideo, FramesDoNotShowWhatTheMemoryContainedBefore) {
+    for (const char *name : smallVideos) { // without the frames that the others refer to
+        SCOPED_TRACE(name);
+        const Bytes whole = bytesOf(name);
+        const Bytes data(whole.begin() + std::ptrdiff_t(whole.size() / 3), whole.end());
+        EXPECT_TRUE(pixelsOf(data, 0x11) == pixelsOf(data, 0xee));
+    }
+    for (unsigned int seed = 0; seed < 300; ++seed) {
+        SCOPED_TRACE(seed);
+        Damage damage(seed);
+        Bytes data = damage.anyVideo();
+        damage.flipBits(data);
+        damage.spoilHeaders(data);
+        EXPECT_TRUE(pixelsOf(data, 0x11) == pixelsOf(data, 0xee));
     }
 }
 
