@@ -71,7 +71,8 @@ void writeSail(ObjWriter &obj, const std::string &name, const Frame &where) {
 }
 
 void writeJetty(ObjWriter &obj, const Frame &jetty) {
-    constexpr float width = 2, reach = 17, post = 3.1f, lowest = -6;
+    constexpr float width = 2, reach = 17, lowest = -6;
+    constexpr int posts = 6;
     obj.begin("jetty_deck", "planks", jetty, 0.9f);
     for (int i = 0; i < 54; ++i)
         obj.box({i % 3 ? 0.03f : -0.02f, deck - 0.02f, -1 + 0.333f * static_cast<float>(i)},
@@ -79,8 +80,9 @@ void writeJetty(ObjWriter &obj, const Frame &jetty) {
     obj.begin("jetty_posts", "timber", jetty, 1);
     for (const float side : {-0.92f, 0.92f}) {
         obj.beam({side * 0.8f, deck - 0.1f, -1}, {side * 0.8f, deck - 0.1f, reach}, 0.16f);
-        for (float z = 1; z < reach + 0.2f; z += post)
-            obj.box({side, lowest, z}, {0.2f, deck - lowest + (z > reach - 1 ? 0.9f : 0.5f), 0.2f});
+        for (int i = 0; i < posts; ++i)
+            obj.box({side, lowest, 1 + 3.1f * static_cast<float>(i)},
+                    {0.2f, deck - lowest + (i == posts - 1 ? 0.9f : 0.5f), 0.2f});
     }
     for (const float x : {-0.55f, 0.5f})
         writeBarrel(obj, "jetty_barrel" + std::to_string(x > 0),

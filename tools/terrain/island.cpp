@@ -45,25 +45,29 @@ struct Place {
 
 // How far the ground around is from the height of the square.
 float misfitAt(const Heights &heights, float i, float j) {
+    constexpr int step = 8, steps = static_cast<int>(squareRadius) / step; // to each side
+    const auto heightAtStep = [&](int across, int down) {
+        return heights.at(static_cast<unsigned int>(i + static_cast<float>(step * across)),
+                          static_cast<unsigned int>(j + static_cast<float>(step * down)));
+    };
     float sum = 0;
     int count = 0;
-    for (float dj = -squareRadius; dj <= squareRadius; dj += 8)
-        for (float di = -squareRadius; di <= squareRadius; di += 8, ++count)
-            sum += std::fabs(
-                heights.at(static_cast<unsigned int>(i + di), static_cast<unsigned int>(j + dj)) -
-                squareHeight);
+    for (int down = -steps; down <= steps; ++down)
+        for (int across = -steps; across <= steps; ++across, ++count)
+            sum += std::fabs(heightAtStep(across, down) - squareHeight);
     return sum / static_cast<float>(count);
 }
 
 // From the middle outwards in many directions: near the shore, on ground that is level already.
 Place findSquare(const Heights &heights) {
-    constexpr int directions = 96;
+    constexpr int directions = 96, step = 4;
     const float middle = static_cast<float>(heights.width - 1) / 2;
     const float farthest = middle - squareRadius - 2;
     Place best = {middle, middle, INFINITY};
     for (int k = 0; k < directions; ++k) {
         const float angle = 2 * std::numbers::pi_v<float> * static_cast<float>(k) / directions;
-        for (float way = 0; way < farthest; way += 4) {
+        for (int values = 0; static_cast<float>(values) < farthest; values += step) {
+            const float way = static_cast<float>(values);
             Place place = {middle + way * std::cos(angle), middle + way * std::sin(angle), 0};
             place.misfit = misfitAt(heights, place.i, place.j);
             if (place.misfit < best.misfit)
