@@ -99,8 +99,11 @@ void World::drawOnce(const Effects &effects, float time, bool withFire) {
 void World::advance(const Part &part, float progress, float seconds) {
     camera->setPosition(eyeAt(part, progress));
     camera->setTarget(targetAt(part, progress));
-    for (float rest = seconds; rest > 0; rest -= longestStep) // for a gait that changes in between
+    float rest = seconds;
+    while (rest > 0) { // for a gait that changes in between
         herd.advance(std::min(rest, longestStep));
+        rest -= longestStep;
+    }
     nature.advance(seconds);
     cinema->advance(seconds);
     if (part.panel)
