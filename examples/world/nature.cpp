@@ -6,8 +6,6 @@
 
 #include <ravolt.h>
 
-#include <iterator>
-
 namespace world {
 
 namespace {
@@ -18,15 +16,18 @@ const Point schoolAt[] = {{-6.5f, -0.6f, -6}, {0, 1.6f, -1}, {7, 2.2f, 5}}; // o
 
 bool Nature::load(const std::string &folder) {
     root = RAVOLT::load((folder + "nature.rve").c_str());
-    for (std::size_t i = 0; root && i < std::size(schoolAt); ++i) {
-        schools.push_back(RAVOLT::load((folder + "fish.rve").c_str()));
-        if (!schools[i])
+    if (!root)
+        return false;
+    for (const Point &at : schoolAt) {
+        RVNODE *const school = RAVOLT::load((folder + "fish.rve").c_str());
+        if (!school)
             return false;
-        schools[i]->link(root);
-        schools[i]->setPosition(seabed + schoolAt[i]);
+        school->link(root);
+        school->setPosition(seabed + at);
+        schools.push_back(school);
     }
     advance(0);
-    return root;
+    return true;
 }
 
 // Each in its own direction, as fast as it is small.
