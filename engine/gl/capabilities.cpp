@@ -100,13 +100,13 @@ struct RVOPENGL::Capabilities::Capability {
     const char *needs[2];        // extensions, both of them
     bool (*isWanted)() = always; // else nothing is detected and nothing is logged
     bool (*isUsable)() = always; // called once it is found; logs itself what is wrong
+    bool chained = false;        // when missing, the chained ones below are passed over silently
     EntryGroup entries;
     const char *incomplete; // logged when an entry point is NULL
     const char *found;
     const char *missing;
     bool *flag;
     void (*measure)() = nullptr; // after the flag: limits of what was found
-    bool chained = false;        // when missing, the chained ones below are passed over silently
 };
 
 void RVOPENGL::Capabilities::readAnisotropy() {
@@ -183,27 +183,27 @@ void RVOPENGL::Capabilities::detect(MakePool makePool) {
          .missing = "   [!] GL_ARB_depth_texture or GL_ARB_shadow not found @ RVOPENGL::init\n",
          .flag = nullptr},
         {.needs = {"GL_ARB_texture_non_power_of_two"},
+         .chained = true,
          .entries = none,
          .incomplete = nullptr,
          .found = "      GL_ARB_texture_non_power_of_two\n",
          .missing = "   [!] GL_ARB_texture_non_power_of_two not found @ RVOPENGL::init\n",
-         .flag = nullptr,
-         .chained = true},
+         .flag = nullptr},
         {.needs = {"GL_ARB_texture_float"},
+         .chained = true,
          .entries = none,
          .incomplete = nullptr,
          .found = "      GL_ARB_texture_float\n",
          .missing = "   [!] GL_ARB_texture_float not found @ RVOPENGL::init\n",
-         .flag = nullptr,
-         .chained = true},
+         .flag = nullptr},
         {.needs = {"GL_EXT_framebuffer_object"},
          .isUsable = isVendorTrusted,
+         .chained = true,
          .entries = framebuffers,
          .incomplete = "   [!] FBO incomplete extension!!\n",
          .found = "      GL_EXT_framebuffer_object\n",
          .missing = "   [!] GL_EXT_framebuffer_object not found @ RVOPENGL::init\n",
-         .flag = &FBOFlag,
-         .chained = true},
+         .flag = &FBOFlag},
     };
     static const Capability occlusionQuery = {
         .needs = {"GL_ARB_occlusion_query"},
