@@ -126,7 +126,7 @@ void MeshBuffers::createPool(RVMESH *const *meshes, unsigned int count, unsigned
         place(*meshes[i], *pool, vertices, before);
         before += meshes[i]->numberOfFaces;
     }
-    pool.release(); // the meshes own it
+    release(pool.release());
     unbindBuffers();
 }
 
