@@ -55,7 +55,7 @@ template <class T> struct Registry {
     static unsigned int cleanUp(T *&first) {
         unsigned int number = 0;
         for (; first; ++number)
-            delete first;
+            delete first; // NOLINT(clang-analyzer-cplusplus.NewDelete): its destructor unlinks it
         return number;
     }
 

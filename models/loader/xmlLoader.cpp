@@ -276,5 +276,6 @@ RVNODE *RAVOLT::recursiveLoadXML(RVNODE *parent, void *xmlNode) {
         applyProperty(subject, *property);
     for (TiXmlNode *child = xml->FirstChild(); child; child = child->NextSibling())
         recursiveLoadXML(subject.node, child);
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the registry owns the font
     return subject.node;
 }
