@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <vector>
 
 using namespace ravolt;
 using namespace ravolt::test;
@@ -97,6 +98,14 @@ TEST(domeGeometry, StepsThatDivideNothingStayWithinTheVertices) {
     EXPECT_EQ(std::count(dome.indices.begin() + rows * columns * 2, dome.indices.end(),
                          dome.indices[rows * columns * 2 - 1]),
               18); // draws nothing
+}
+
+TEST(domeGeometry, WithoutAWholeRowTheStripIsTheFirstVertexAlone) {
+    const DomeGeometry point = makeDome(300, 180, 3600), ring = makeDome(300, 100, 30);
+    EXPECT_EQ(point.vertices.size(), 1u);
+    EXPECT_EQ(point.indices, std::vector<unsigned short>(1));
+    EXPECT_EQ(ring.vertices.size(), 24u); // of 13 times 1.9
+    EXPECT_EQ(ring.indices, std::vector<unsigned short>(23));
 }
 
 TEST(domeGeometry, StepsBelowADegreeMakeNothing) {

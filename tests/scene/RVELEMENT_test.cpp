@@ -20,6 +20,7 @@
 #include <numeric>
 #include <random>
 #include <string>
+#include <vector>
 
 using namespace ravolt::test;
 
@@ -703,6 +704,24 @@ TEST_F(ElementTest, OrderOf2DIsThatOfThePass) {
     EXPECT_EQ(nodesOf(drawn), nodes);
 }
 
+// The identifiers below `next` that are free, so that `next` is that of the next object.
+class ReservedIds {
+  public:
+    explicit ReservedIds(unsigned int next) {
+        while (ids.empty() || ids.back() + 1 < next)
+            ids.push_back(zlfNewId());
+    }
+    ReservedIds(const ReservedIds &) = delete;
+    ReservedIds &operator=(const ReservedIds &) = delete;
+    ~ReservedIds() {
+        for (const unsigned int id : ids)
+            releaseId(id);
+    }
+
+  private:
+    std::vector<unsigned int> ids;
+};
+
 class StateOrderTest : public ElementTest {
   protected:
     StateOrderTest() { RVELEMENT::stateOrderOn(); }
@@ -727,6 +746,19 @@ TEST_F(StateOrderTest, IsByProgramThenTextureThenMaterial) {
     EXPECT_EQ(drawingOrder(), (NodeList{f, e, h, g, d, c, b, a}));
     RVELEMENT::stateOrderOff();
     EXPECT_EQ(drawingOrder(), (NodeList{a, b, c, d, e, f, g, h}));
+}
+
+// A bit of the texture's identifier that has no room is not one of the program's.
+TEST_F(StateOrderTest, IsByProgramWithLargeIdentifiers) {
+    const ReservedIds below(1025);
+    auto *program = new RVSHADER;
+    const ReservedIds between(4097);
+    auto *texture = new RVTEXTURE;
+    ASSERT_EQ(program->getId(), 1025u);
+    ASSERT_EQ(texture->getId(), 4097u);
+    MeshProbe *a = meshOf(texture, nullptr), *b = meshOf(texture, program);
+    MeshProbe *c = meshOf(texture, nullptr);
+    EXPECT_EQ(drawingOrder(), (NodeList{a, c, b}));
 }
 
 TEST_F(StateOrderTest, IsThatOfOpaqueMeshesAlone) {
