@@ -42,12 +42,12 @@ export LIBGL_ALWAYS_SOFTWARE=1
 number_of() { grep -cE "($1) +[0-9.]+ sec\$" "$2"; }
 
 # run_condition CONDITION [OPTION ...]: the tests with the label `context`, but those of the packages and the house,
-# which are about files, and those that run twice to miss the engine's caches.
+# which are about files, that of the tool's failing allocations, and those that run twice to miss the engine's caches.
 run_condition() {
     local condition=$1 log=build/drivers-$1.log setting=MESA_EXTENSION_MAX_YEAR=$1
     shift
     [ "$condition" != softpipe ] || setting=GALLIUM_DRIVER=softpipe
-    env "$setting" ctest --test-dir build/dev -L context -E 'cachesMiss|\.(packages|house)(\.|$)' -j "$(nproc)" \
+    env "$setting" ctest --test-dir build/dev -L context -E 'cachesMiss|toolsWithoutMemory|\.(packages|house)(\.|$)' -j "$(nproc)" \
         --output-on-failure --no-tests=error "$@" >"$log" 2>&1
     local status=$?
     echo "$condition: $(number_of Passed "$log") passed, $(number_of '\*\*\*Skipped' "$log") skipped," \

@@ -5,6 +5,7 @@
 #
 #   scripts/fuzz.sh SECONDS [TARGET ...]     all targets without any
 #   scripts/fuzz.sh --merge [TARGET ...]     fuzz/corpus anew, with the smallest kept inputs for all edges
+#   scripts/fuzz.sh --summary                the volume of all runs so far
 #   scripts/fuzz.sh --help
 #
 # RAVOLT_FUZZ_CORPUS is the folder of the kept inputs, build/fuzz-corpus without it; findings are in its
@@ -17,10 +18,11 @@ root=$PWD
 mode=run seconds=0
 case "${1:-}" in
 --help | -h)
-    sed -n '2,12s/^# \{0,1\}//p' "$0"
+    sed -n '2,13s/^# \{0,1\}//p' "$0"
     exit 0
     ;;
 --merge) mode=merge ;;
+--summary) mode=summary ;;
 *[!0-9]* | '') fail "needs a number of seconds; see scripts/fuzz.sh --help" ;;
 *) seconds=$1 ;;
 esac
@@ -32,6 +34,25 @@ mapfile -t targets < <(sed -n 's/^RV_FUZZ_TARGET(\(.*\))$/\1/p' fuzz/targets.inc
 kept=$(realpath -m "${RAVOLT_FUZZ_CORPUS:-build/fuzz-corpus}")
 findings=$kept/findings
 mkdir -p "$findings"
+
+# What the rows in runs.txt add up to; the lines between them are the dates of the runs.
+summarize() {
+    printf '%-16s %10s %7s %10s\n' target executions edges processor
+    awk '$5 == "s" { executions[$1] += $2; edges[$1] = $3; seconds[$1] += $4 }
+        END {
+            for (target in seconds) {
+                printf "%-16s %10d %7d %8d s\n", target, executions[target], edges[target], seconds[target] | "sort"
+                all += executions[target]; time += seconds[target]
+            }
+            close("sort")
+            printf "%-16s %10d %7s %8d s\n", "together", all, "", time
+        }' "$kept/runs.txt"
+}
+if [ $mode = summary ]; then
+    [ -f "$kept/runs.txt" ] || fail "no run so far: there is no $kept/runs.txt"
+    summarize
+    exit
+fi
 # Each process has its files in a folder there, which a crash leaves. In memory they cost no time.
 [ -w /dev/shm ] && export TMPDIR=/dev/shm
 TMPDIR=$(mktemp -d) || fail "no folder for temporary files"
