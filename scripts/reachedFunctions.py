@@ -103,10 +103,11 @@ class ReachedFunctions:
 
     def at(self, file, line):
         """The symbols of the functions that may have that line (of a function and its lambdas), or of all
-        in the source."""
+        in the source. nm reports some functions of headers at the line of an #include."""
         text = (self.library.root / file).read_text(encoding="utf-8").split("\n")
         ends = [number for number, each in enumerate(text, 1) if each.startswith("}") and number < line]
         last = ends[-1] if ends else 0
         found = {symbol for start, symbol in self.functions[file]
-                 if start == line or last < start < line and not text[start - 1].endswith("}")}
+                 if start == line or last < start < line and not text[start - 1].endswith("}")
+                 and not text[start - 1].startswith("#")}
         return found or {symbol for _, symbol in self.functions[file]}

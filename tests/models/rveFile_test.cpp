@@ -6,6 +6,8 @@
 #include "models/rveFormat.h"
 #include "tests/models/modelScenes.h"
 
+#include <algorithm>
+#include <array>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -63,6 +65,18 @@ TEST(RveFile, VisitsItsRecordsInOrderWithLevelsAndOffsets) {
                              "2 light lamp\n2 mesh wall\n1 mesh end\n");
     for (const std::size_t offset : listing.meshes)
         EXPECT_EQ(file[offset], rve::kindMesh) << "the byte of the kind";
+}
+
+TEST(RveFile, LocatesTheFirstBadIndex) {
+    Bytes file = bytesOf({{}, rootOver({squareMesh("wall")})});
+    constexpr std::array<unsigned char, 12> faces{0, 0, 1, 0, 2, 0, 0, 0, 2, 0, 3, 0};
+    const auto last = std::search(file.begin(), file.end(), faces.begin(), faces.end()) + 10;
+    ASSERT_EQ(*last, 3);
+    *last = 4;
+    ByteReader reader(file.data(), file.size(), rve::headerBytes);
+    EXPECT_EQ(checkRve(reader, false), RveVerdict::corrupted);
+    EXPECT_EQ(reader.problem().offset, static_cast<std::size_t>(last - file.begin()));
+    EXPECT_STREQ(reader.problem().reason, "a face's index beyond the vertices");
 }
 
 TEST(RveFile, VisitsWhatIsBeforeTheFirstFault) {
