@@ -10,7 +10,8 @@ namespace world {
 
 namespace {
 
-const Point schoolAt[] = {{-6.5f, -0.6f, -6}, {0, 1.6f, -1}, {7, 2.2f, 5}}; // over the seabed
+const Point schoolAt[] = {seabed + Point(-6.5f, -0.6f, -6), seabed + Point(0, 1.6f, -1),
+                          seabed + Point(7, 2.2f, 5)};
 
 } // namespace
 
@@ -23,7 +24,7 @@ bool Nature::load(const std::string &folder) {
         if (!school)
             return false;
         school->link(root);
-        school->setPosition(seabed + at);
+        school->setPosition(at);
         schools.push_back(school);
     }
     advance(0);
