@@ -4,6 +4,8 @@
 // library that open and read files are defined in the test program, in front of the real ones, and
 // so for the C++ library, too.
 
+#include "tests/support/loadVerdicts.h"
+
 #include <set>
 #include <string>
 
@@ -45,6 +47,9 @@ class ScopedFileFault {
 
     // Whether the fault occurred.
     static bool occurred() { return fileShim().calls >= fileShim().number; }
+
+  private:
+    UncomparedLoads uncompared; // the inspection would open and read the files, too
 };
 
 } // namespace ravolt::test

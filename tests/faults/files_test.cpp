@@ -373,6 +373,7 @@ class ConfinedFilesTest : public SilentEngineTest {
     }
 
     fs::path outside;
+    UncomparedLoads uncompared; // the inspection opens files, and confines none
 };
 
 TEST_F(ConfinedFilesTest, OfAScene) {

@@ -6,6 +6,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "ravolt/zlf.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/loadVerdicts.h"
 #include "tests/support/missingFiles.h"
 #include "tests/video/videos.h"
 
@@ -209,6 +210,7 @@ TEST_F(Video, NamesWithoutAFileAreRefused) {
 }
 
 TEST_F(Video, WithoutADecoderTheFileIsClosedAgain) {
+    const UncomparedLoads uncompared;
     const TestVideo video;
     decoderFails = true;
     EXPECT_FALSE(video->load("video"));
@@ -220,6 +222,7 @@ TEST_F(Video, WithoutADecoderTheFileIsClosedAgain) {
 }
 
 TEST_F(Video, WithoutMemoryForItsStreamNothingIsLoaded) {
+    const UncomparedLoads uncompared;
     recorder.failAllocation(4096, 0, 1);
     const TestVideo video;
     recorder.allocationsWork();
