@@ -4,7 +4,7 @@
 # the next run goes on from them. A target has 2 GB of memory, and an input 10 seconds.
 #
 #   scripts/fuzz.sh SECONDS [TARGET ...]     all targets without any
-#   scripts/fuzz.sh --merge [TARGET ...]     fuzz/corpus anew, with the smallest kept inputs for all edges
+#   scripts/fuzz.sh --merge [TARGET ...]     fuzz/corpus anew, with the fewest kept inputs for all edges
 #   scripts/fuzz.sh --summary                the volume of all runs so far
 #   scripts/fuzz.sh --help
 #
@@ -100,16 +100,18 @@ run_target() {
     return $status
 }
 
-# The inputs of the tree and the kept ones, without those that add nothing.
+# The fewest of the tree's and the kept inputs that reach all edges, and those of the tree that have a name
+# of their own: samples, and inputs whose defect is mended.
 merge_target() {
-    local target=$1 merged=$TMPDIR/merged-$1
+    local target=$1 merged=$TMPDIR/merged-$1 corpus=$root/fuzz/corpus/$1
     mkdir -p "$merged" "$kept/$target"
-    (cd "$TMPDIR" && "$root/build/fuzz/fuzz/fuzz_$target" -merge=1 -max_len=1500 -timeout=10 \
-        "$merged" "$root/fuzz/corpus/$target" "$kept/$target") >"$TMPDIR/merge.log" 2>&1 ||
+    find "$corpus" -type f | grep -vE '/[0-9a-f]{40}$' | xargs -r cp -t "$merged"
+    (cd "$TMPDIR" && "$root/build/fuzz/fuzz/fuzz_$target" -set_cover_merge=1 -use_counters=0 \
+        -max_len=1500 -timeout=10 "$merged" "$corpus" "$kept/$target") >"$TMPDIR/merge.log" 2>&1 ||
         { tail -n 20 "$TMPDIR/merge.log"; fail "merging $target failed"; }
-    rm -rf "fuzz/corpus/$target"
-    mv "$merged" "fuzz/corpus/$target"
-    echo "$target: $(find "fuzz/corpus/$target" -type f | wc -l) inputs"
+    rm -rf "$corpus"
+    mv "$merged" "$corpus"
+    echo "$target: $(find "$corpus" -type f | wc -l) inputs"
 }
 
 failed=0
