@@ -11,12 +11,12 @@
 #include "ravolt/RVTERRAIN.h"
 #include "ravolt/RVTERRAIN_CHUNK.h"
 #include "ravolt/RVTEXTURE.h"
+#include "tests/effects/litScene.h"
 #include "tests/effects/sceneryPictures.h"
 #include "tests/effects/terrainScene.h"
 #include "tests/engine/resetEffects.h"
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
-#include "tests/support/engineFixture.h"
 #include "tests/support/glState.h"
 #include "tests/support/realDriver.h"
 
@@ -39,10 +39,9 @@ float lake(unsigned int x, unsigned int z) {
     return (dx * dx + dz * dz) * 0.25f - 6;
 }
 
-class TerrainDrawingTest : public EngineTest {
+class TerrainDrawingTest : public LitSceneTest {
   protected:
     TerrainDrawingTest() {
-        settings.setShaders(true);
         settings.setFBOSizeX(width);
         settings.setFBOSizeY(height);
     }
@@ -69,21 +68,13 @@ class TerrainDrawingTest : public EngineTest {
     void makeScene(const std::string &elements = geometryXml + layersXml() + waterXml + skyXml +
                                                  lodXml({"1000", "2500", "9000"}),
                    float (*heightAt)(unsigned int, unsigned int) = lake) {
-        camera = new RVCAMERA;
-        camera->setPosition(32, 22, 78);
-        camera->setRotation(-22, 0, 0);
-        root = new RVNODE;
-        light = new RVLIGHT;
-        light->setPosition(20, 60, 10);
+        makeLitRoot({32, 22, 78}, -22, {20, 60, 10});
         light->setAmbient(0.1f, 0.1f, 0.1f, 1);
-        light->setDiffuse(1, 1, 1, 1);
         light->setSpecular(0.5f, 0.5f, 0.5f, 1);
-        light->link(root);
         const TerrainFile file(
             {.side = 9, .columns = 2, .rows = 2, .levels = 4, .scale = 4, .height = heightAt});
         terrain = loadTerrain(file, elements);
         terrain->link(root);
-        RVLIGHT::lightingOn();
     }
 
     bool startAgain() {
@@ -97,15 +88,6 @@ class TerrainDrawingTest : public EngineTest {
             each->setShader(nullptr);
     }
 
-    Picture draw() {
-        RAVOLT::swap();
-        drawFrame(camera, root);
-        return readFrame();
-    }
-
-    RVCAMERA *camera = nullptr;
-    RVNODE *root = nullptr;
-    RVLIGHT *light = nullptr;
     RVTERRAIN *terrain = nullptr;
 };
 

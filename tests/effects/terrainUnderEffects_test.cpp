@@ -7,12 +7,12 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTERRAIN.h"
+#include "tests/effects/litScene.h"
 #include "tests/effects/terrainScene.h"
 #include "tests/engine/openGLAccess.h"
 #include "tests/engine/resetEffects.h"
 #include "tests/models/modelScenes.h"
 #include "tests/resources/targetImages.h"
-#include "tests/support/engineFixture.h"
 #include "tests/support/realDriver.h"
 
 #include <algorithm>
@@ -112,10 +112,8 @@ ImageDifference differenceOf(const Image &actual, const Image &expected) {
 }
 
 // Without anisotropy, which a driver may filter by even where a texture is seen head-on.
-class TerrainUnderEffectsTest : public EngineTest {
+class TerrainUnderEffectsTest : public LitSceneTest {
   protected:
-    TerrainUnderEffectsTest() { settings.setShaders(true); }
-
     void SetUp() override {
         resetCapabilities();
         recorder.hideExtension("GL_EXT_texture_filter_anisotropic");
@@ -136,14 +134,7 @@ class TerrainUnderEffectsTest : public EngineTest {
     // Hills, and a square of an orange brighter than white before them. Neither sky nor water,
     // which code no depths.
     void makeScene() {
-        camera = new RVCAMERA;
-        camera->setPosition(32, 22, 78);
-        camera->setRotation(-22, 0, 0);
-        root = new RVNODE;
-        auto *light = new RVLIGHT;
-        light->setPosition(20, 60, 10);
-        light->setDiffuse(1, 1, 1, 1);
-        light->link(root);
+        makeLitRoot({32, 22, 78}, -22, {20, 60, 10});
         const auto hills = [](unsigned int x, unsigned int z) {
             return 3 * std::sin(static_cast<float>(x)) * std::cos(static_cast<float>(z));
         };
@@ -154,7 +145,6 @@ class TerrainUnderEffectsTest : public EngineTest {
         orange.selfIllumination = {2, 1, 0.25f, 1};
         loadScene({{orange}, rootOver({placed(squareMesh("square", "orange", 4), {32, 11, 50})})})
             ->link(root); // the opaque meshes are drawn after the terrains
-        RVLIGHT::lightingOn();
     }
 
     // Twice: in the first frame no light was chosen for the mesh yet, which codes no depth then.
@@ -204,9 +194,6 @@ class TerrainUnderEffectsTest : public EngineTest {
         EXPECT_LT(difference.largest, blurError);
         EXPECT_LT(difference.mean, meanBlurError);
     }
-
-    RVCAMERA *camera = nullptr;
-    RVNODE *root = nullptr;
 };
 
 std::array<double, 3> colorOf(const Image &image, int x, int y) {

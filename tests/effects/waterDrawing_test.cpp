@@ -9,8 +9,8 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSHADER.h"
 #include "ravolt/RVTEXTURE.h"
+#include "tests/effects/litScene.h"
 #include "tests/effects/sceneryPictures.h"
-#include "tests/support/engineFixture.h"
 #include "tests/support/expectNear.h"
 #include "tests/support/glObjects.h"
 #include "tests/support/realDriver.h"
@@ -52,10 +52,8 @@ class Blocker : public RVNODE {
     }
 };
 
-class WaterDrawingTest : public EngineTest {
+class WaterDrawingTest : public LitSceneTest {
   protected:
-    WaterDrawingTest() { settings.setShaders(true); }
-
     void SetUp() override {
         EngineTest::SetUp();
         SKIP_WITHOUT_EXTENSIONS(allExtensions);
@@ -72,26 +70,18 @@ class WaterDrawingTest : public EngineTest {
 
     // 12 units along Z and 20 along X, centred below the camera, under a spot light.
     void makeScene() {
-        camera = new RVCAMERA;
-        camera->setPosition(0, 6, 14);
-        camera->setRotation(-25, 0, 0);
-        root = new RVNODE;
-        light = new RVLIGHT;
+        makeLitRoot({0, 6, 14}, -25, {0, 15, 0});
         light->setLightType(RV_LIGHT_TYPE_SPOT);
-        light->setPosition(0, 15, 0);
         light->setDirection(Z3MVECTOR3D(0.05f, -1, 0));
         light->setCutOff(60);
         light->setAmbient(0.1f, 0.1f, 0.1f, 1);
-        light->setDiffuse(1, 1, 1, 1);
         light->setSpecular(1, 1, 1, 1);
-        light->link(root);
         water = new RVWATER;
         water->init(12, 20);
         water->setPosition(-10, 0, -6);
         ASSERT_TRUE(water->loadTextures("bump.tga", "dudv.tga", 3));
         water->setSpeed(0);
         water->link(root);
-        RVLIGHT::lightingOn();
         fillImages();
     }
 
@@ -119,15 +109,6 @@ class WaterDrawingTest : public EngineTest {
         RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
     }
 
-    Picture draw() {
-        RAVOLT::swap(); // starts the next frame of the clock
-        drawFrame(camera, root);
-        return readFrame();
-    }
-
-    RVCAMERA *camera = nullptr;
-    RVNODE *root = nullptr;
-    RVLIGHT *light = nullptr;
     RVWATER *water = nullptr;
 };
 
