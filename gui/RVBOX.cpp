@@ -39,7 +39,7 @@ void drawQuad(Pixels x1, Pixels y1, Pixels x2, Pixels y2, const Z3MVECTOR4D &col
     const Z3MVECTOR4D colors[] = {color, color, color, color};
     const Z3MVECTOR2D texCoords[] = {coords.topLeft, coords.topRight, coords.bottomLeft,
                                      coords.bottomRight};
-    ravolt::useArraysInMemory();
+    ravolt::useMemory(GL_ARRAY_BUFFER_ARB);
     RVOPENGL::normalArrayOff(); // of a mesh
     glVertexPointer(2, GL_FLOAT, 0, vertices);
     glColorPointer(4, GL_FLOAT, 0, colors);

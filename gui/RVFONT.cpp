@@ -233,8 +233,8 @@ void RVFONT::bindAtlas() const {
 }
 
 void RVFONT::setPointers(unsigned int firstGlyph) {
-    ravolt::useArraysInMemory();
-    ravolt::useIndicesInMemory();
+    ravolt::useMemory(GL_ARRAY_BUFFER_ARB);
+    ravolt::useMemory(GL_ELEMENT_ARRAY_BUFFER_ARB);
     glColorPointer(4, GL_UNSIGNED_BYTE, 0, fontCachedColor + firstGlyph * colorBytesPerGlyph);
     RVOPENGL::normalArrayOff(); // of a mesh
     glVertexPointer(2, GL_FLOAT, 0, fontCachedVertex + firstGlyph * floatsPerGlyph);

@@ -28,10 +28,13 @@ struct BoundBuffer {
     GLuint name;
 };
 inline BoundBuffer boundBuffers[2] = {};
+inline BoundBuffer &boundBuffer(GLenum target) {
+    return boundBuffers[target == GL_ELEMENT_ARRAY_BUFFER_ARB];
+}
 
 // Binds a vertex buffer, also where RVOPENGL::useVBO is false. The driver has the function.
 inline void bindBufferAlways(GLenum target, GLuint buffer) {
-    BoundBuffer &bound = boundBuffers[target == GL_ELEMENT_ARRAY_BUFFER_ARB];
+    BoundBuffer &bound = boundBuffer(target);
     if (KnownState::hit(bound.period, bound.name == buffer))
         return;
     bound = {KnownState::period(), buffer};
@@ -44,17 +47,11 @@ inline void bindBuffer(GLenum target, GLuint buffer) {
         bindBufferAlways(target, buffer);
 }
 
-// Before arrays in the application's memory are drawn: a mesh that was drawn before leaves its
-// buffer bound, and OpenGL would take their addresses as offsets in it.
-inline void useArraysInMemory() {
-    if (!cacheHit(boundBuffers[0].name == 0))
-        bindBuffer(GL_ARRAY_BUFFER_ARB, 0);
-}
-
-// The same for indices in the application's memory.
-inline void useIndicesInMemory() {
-    if (!cacheHit(boundBuffers[1].name == 0))
-        bindBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
+// Before arrays, or indices, in the application's memory are drawn: a mesh that was drawn before
+// leaves its buffer bound, and OpenGL would take their addresses as offsets in it.
+inline void useMemory(GLenum target) {
+    if (!cacheHit(boundBuffer(target).name == 0))
+        bindBuffer(target, 0);
 }
 
 inline void unbindBuffers() {
