@@ -72,20 +72,37 @@ Z3MVECTOR3D randomColor() {
     return vectorOf([](int) { return std::rand() % 100 / 100.0; });
 }
 
-// On purpose: the low eight bits, so that a value above 1 wraps around.
+// On purpose: the low eight bits, so that a value above 1 wraps around. `scaled` must fit 64 bits.
+unsigned char lowByte(double scaled) {
+    return static_cast<unsigned char>(static_cast<std::int64_t>(scaled));
+}
+
 unsigned char colorByte(float value) {
     const double scaled = value * 255.0;
     constexpr double limit = 9.0e18; // beyond, where the low bits of a number are 0, and for NaN
-    return std::fabs(scaled) < limit ? static_cast<unsigned char>(static_cast<std::int64_t>(scaled))
-                                     : 0;
+    return std::fabs(scaled) < limit ? lowByte(scaled) : 0;
+}
+
+// Whether no component needs the test of colorByte; one test of all four takes less time.
+bool isInRange(const Z3MVECTOR4D &color) {
+    constexpr float limit = 9.0e15f;
+    return std::fabs(color.x) + std::fabs(color.y) + std::fabs(color.z) + std::fabs(color.w) <
+           limit;
 }
 
 // The same four bytes for each of the four vertices of a quad.
-void storeColor(const Z3MVECTOR4D &color, unsigned char *target) {
-    const unsigned char bytes[4] = {colorByte(color.x), colorByte(color.y), colorByte(color.z),
-                                    colorByte(color.w)};
+template <class Byte>
+void storeBytes(const Z3MVECTOR4D &color, unsigned char *target, const Byte &byte) {
+    const unsigned char bytes[4] = {byte(color.x), byte(color.y), byte(color.z), byte(color.w)};
     for (int vertex = 0; vertex < 4; ++vertex)
         std::memcpy(target + 4 * vertex, bytes, sizeof bytes);
+}
+
+void storeColor(const Z3MVECTOR4D &color, unsigned char *target) {
+    if (isInRange(color))
+        storeBytes(color, target, [](float value) { return lowByte(value * 255.0); });
+    else
+        storeBytes(color, target, colorByte);
 }
 
 Z3MVECTOR4D colorOf(const RVPARTICLE &p, const Z3MVECTOR3D &end, const Z3MVECTOR3D &delta) {
@@ -377,12 +394,11 @@ bool RVEMITTER::render(void *element) {
 // what does not change again for each particle, were it not in local variables.
 void RVEMITTER::advanceAll(const Facing &facing, bool hardware) {
     const float f = RAVOLT::getFPSfactor();
+    const double loss = f * 0.5;
     const Z3MVECTOR3D acceleration = gravity * f, end = colorEnd, delta = colorDelta;
     RVPARTICLE *const pool = particle;
-    const unsigned int number = numberOfParticles;
+    const unsigned int number = pool ? numberOfParticles : 0; // none: a copy outlived the engine
     for (unsigned int quad = 0; quad < number && particleIndex[quad] >= 0; ++quad) {
-        if (!pool)
-            return; // a copy that outlived the engine
         RVPARTICLE &p = pool[particleIndex[quad]];
         p.velocity += acceleration;
         p.position += p.velocity * f;
@@ -394,7 +410,7 @@ void RVEMITTER::advanceAll(const Facing &facing, bool hardware) {
         if (hardware) // on purpose: with the spin of the next frame
             storeHardware(quad, p);
         storeColor(p.color, colorArray + 16 * quad);
-        p.energy = static_cast<float>(p.energy - f * 0.5);
+        p.energy = static_cast<float>(p.energy - loss);
         if (p.energy <= 0.0f)
             updateParticle(&p);
     }
@@ -529,10 +545,6 @@ void RVEMITTER::apply(const ravolt::EmitterElement &element) {
 }
 
 void RVEMITTER::storeHardware(unsigned int quad, const RVPARTICLE &p) {
-    const Z3MVECTOR3D centre = p.position;
-    const Z3MVECTOR2D sizeAndSpin(p.size, p.spin);
-    for (unsigned int vertex = 4 * quad; vertex < 4 * quad + 4; ++vertex) {
-        positions[vertex] = centre;
-        uvSecondaryArray[vertex] = sizeAndSpin;
-    }
+    std::fill_n(positions + 4 * quad, 4, p.position);
+    std::fill_n(uvSecondaryArray + 4 * quad, 4, Z3MVECTOR2D(p.size, p.spin));
 }
