@@ -3,6 +3,7 @@
 #include "ravolt/RVFONT.h"
 
 #include "foundation/text.h"
+#include "gui/fontCharacters.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 
@@ -227,11 +228,6 @@ bool copyTags(const char *&source, std::size_t &left, LineBreaker &line) {
     return true;
 }
 
-bool isDrawn(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte >= 0x20 && byte <= 0x7f;
-}
-
 } // namespace
 
 // On purpose: after a line break of the text itself the pen is one cell to the right.
@@ -250,7 +246,7 @@ int RVFONT::formatInto(const char *source, char *destination, std::size_t size,
         if (!complete)
             break;
         const unsigned int advance = advanceOf(*source);
-        if (isDrawn(*source) && advance + line.x > maxWidth) {
+        if (ravolt::isCharacter(*source) && advance + line.x > maxWidth) {
             complete = line.breakLine(lineHeight);
         } else if (*source == '\n') {
             line.x = 0;
