@@ -11,6 +11,8 @@
 #include "ravolt/RVTEXTURE.h"
 #include "ravolt/zlf.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 float *RVFONT::fontCachedVertex = nullptr;
@@ -46,13 +48,45 @@ template <class T> void release(T *&array) {
     array = nullptr;
 }
 
+struct Rectangle {
+    float left, top, right, bottom;
+};
+
 // The two triangles of a rectangle, in the order of their vertices.
-void storeQuad(float *target, float left, float top, float right, float bottom) {
-    target[0] = target[4] = target[10] = left;
-    target[2] = target[6] = target[8] = right;
-    target[1] = target[3] = target[7] = bottom;
-    target[5] = target[9] = target[11] = top;
+void storeQuad(float *target, const Rectangle &r) {
+    target[0] = target[4] = target[10] = r.left;
+    target[2] = target[6] = target[8] = r.right;
+    target[1] = target[3] = target[7] = r.bottom;
+    target[5] = target[9] = target[11] = r.top;
 }
+
+// The far edge of a cell on the screen.
+float farEdge(int nearEdge, unsigned int size) {
+    return static_cast<float>(static_cast<long long>(nearEdge) + size);
+}
+
+// The texture coordinates of a byte's glyph. Those of `^`, and of bytes that are no character, are
+// not stored for the next time: these bytes end a run of known glyphs.
+struct alignas(64) GlyphCoordinates {
+    float values[floatsPerGlyph];
+    std::uint64_t widthPlusOne; // on the screen, for which the values are known; 0 for none
+
+    bool areKnown(unsigned int width) const { return widthPlusOne == std::uint64_t{width} + 1; }
+
+    // On purpose: the width on the screen counts as the cells of a row.
+    void compute(char c, unsigned int width) {
+        const auto cell = static_cast<unsigned int>(cellOf(c));
+        const unsigned int row = cell / cellsPerRow;
+        const auto column = static_cast<float>(cell - static_cast<long long>(width) * row);
+        const float u = column * cellSize, v = static_cast<float>(cellsPerRow - row) * cellSize;
+        storeQuad(values, {u, v, u + cellSize, v - cellSize});
+        widthPlusOne = ravolt::isCharacter(c) && c != '^' ? std::uint64_t{width} + 1 : 0;
+    }
+};
+
+GlyphCoordinates coordinatesOfBytes[256] = {};
+
+std::size_t byteOf(char c) { return static_cast<unsigned char>(c); }
 
 } // namespace
 
@@ -92,8 +126,7 @@ bool RVFONT::putChar(int x, int y, char c, bool immediate) {
         return false;
     storeGlyph(x, y, c);
     if (!immediate) {
-        if (++fontCachedCurrent >= RV_FONT_GLYPHS)
-            drawFullCache();
+        countGlyphs(1);
         return true;
     }
     if (!texture)
@@ -104,22 +137,68 @@ bool RVFONT::putChar(int x, int y, char c, bool immediate) {
     return true;
 }
 
-// Into the current slot. On purpose: the width on the screen counts as the cells of a row.
+// Into the current slot.
 void RVFONT::storeGlyph(int x, int y, char c) const {
-    const auto cell = static_cast<unsigned int>(cellOf(c));
-    const unsigned int row = cell / cellsPerRow;
-    const auto column = static_cast<float>(cell - static_cast<long long>(charSizeX) * row);
-    const float u = column * cellSize, v = static_cast<float>(cellsPerRow - row) * cellSize;
-    const auto right = static_cast<float>(static_cast<long long>(x) + charSizeX);
-    const auto bottom = static_cast<float>(static_cast<long long>(y) + charSizeY);
-
     const unsigned int glyph = fontCachedCurrent;
-    float *const vertices = fontCachedVertex + glyph * floatsPerGlyph;
-    float *const coordinates = fontCachedTexCoord + glyph * floatsPerGlyph;
+    GlyphCoordinates &coordinates = coordinatesOfBytes[byteOf(c)];
+    coordinates.compute(c, charSizeX);
+    storeQuad(fontCachedVertex + glyph * floatsPerGlyph,
+              {static_cast<float>(x), static_cast<float>(y), farEdge(x, charSizeX),
+               farEdge(y, charSizeY)});
+    std::memcpy(fontCachedTexCoord + glyph * floatsPerGlyph, coordinates.values,
+                sizeof coordinates.values);
     std::memcpy(fontCachedColor + glyph * colorBytesPerGlyph, fontCachedBlockColor,
                 sizeof fontCachedBlockColor);
-    storeQuad(vertices, static_cast<float>(x), static_cast<float>(y), right, bottom);
-    storeQuad(coordinates, u, v, u + cellSize, v - cellSize);
+}
+
+// Counts glyphs that were stored from the current slot on.
+void RVFONT::countGlyphs(unsigned int number) {
+    fontCachedCurrent += number;
+    if (fontCachedCurrent >= RV_FONT_GLYPHS)
+        drawFullCache();
+}
+
+// Adds the glyph of the first byte, whatever it is, and some of those after it. Moves the pen at x,
+// and returns the end of what was added.
+const char *RVFONT::addGlyphs(int &x, int y, const char *text) const {
+    if (coordinatesOfBytes[byteOf(*text)].areKnown(charSizeX))
+        return addKnownGlyphs(x, y, text);
+    storeGlyph(x, y, *text);
+    countGlyphs(1);
+    x = static_cast<int>(static_cast<unsigned int>(x) + advanceOf(*text));
+    return text + 1;
+}
+
+// As addGlyphs, up to a byte whose coordinates are not known; those of the first one are. The
+// compiler would load what does not change again for each glyph, were it not in local variables.
+const char *RVFONT::addKnownGlyphs(int &x, int y, const char *text) const {
+    float *vertices = fontCachedVertex + fontCachedCurrent * floatsPerGlyph;
+    float *coordinates = fontCachedTexCoord + fontCachedCurrent * floatsPerGlyph;
+    unsigned char *colors = fontCachedColor + fontCachedCurrent * colorBytesPerGlyph;
+    const unsigned char *const endOfCache = fontCachedColor + RV_FONT_GLYPHS * colorBytesPerGlyph;
+    unsigned char color[colorBytesPerGlyph];
+    std::memcpy(color, fontCachedBlockColor, sizeof color);
+    const unsigned int width = charSizeX;
+    const float top = static_cast<float>(y), bottom = farEdge(y, charSizeY);
+
+    const char *const first = text;
+    auto pen = static_cast<unsigned int>(x);
+    std::size_t byte = byteOf(*text);
+    do {
+        const int left = static_cast<int>(pen);
+        storeQuad(vertices, {static_cast<float>(left), top, farEdge(left, width), bottom});
+        std::memcpy(coordinates, coordinatesOfBytes[byte].values,
+                    sizeof coordinatesOfBytes[byte].values);
+        std::memcpy(colors, color, sizeof color);
+        vertices += floatsPerGlyph;
+        coordinates += floatsPerGlyph;
+        colors += colorBytesPerGlyph;
+        pen += width - static_cast<unsigned int>(kerning[byte - ravolt::firstCharacter]);
+        byte = byteOf(*++text);
+    } while (coordinatesOfBytes[byte].areKnown(width) && colors != endOfCache);
+    x = static_cast<int>(pen);
+    countGlyphs(static_cast<unsigned int>(text - first));
+    return text;
 }
 
 void RVFONT::bindAtlas() const {

@@ -20,7 +20,7 @@ constexpr std::size_t textBufferSize = 4096;
 constexpr std::size_t tagLength = 6;
 constexpr std::size_t verticesPerGlyph = 6;
 
-enum class Tag { none, color, moveX, moveY };
+enum class Tag { none, truncated, color, moveX, moveY };
 
 // The tag whose letter is `c`.
 Tag tagOf(char c) {
@@ -37,6 +37,16 @@ Tag tagOf(char c) {
     default:
         return Tag::none;
     }
+}
+
+// The tag that `text` starts with. A mark at the end of a text is a truncated one.
+Tag tagAt(const char *text) {
+    if (text[0] != '^')
+        return Tag::none;
+    if (text[1] == '\0')
+        return Tag::truncated;
+    const Tag tag = tagOf(text[1]);
+    return tag != Tag::none && strnlen(text, tagLength) < tagLength ? Tag::truncated : tag;
 }
 
 // The number of a complete tag.
@@ -110,35 +120,31 @@ bool RVFONT::putText(int x, int y, const char *text) {
 
 // False for a truncated tag.
 bool RVFONT::storeText(int x, int y, const char *text) {
-    const std::size_t length = std::strlen(text);
-    int dx = 0, dy = 0;
-    for (std::size_t i = 0; i < length; ++i) {
-        if (text[i] == '\n') {
-            dx = 0;
-            dy = sumOf(dy, static_cast<int>(charSizeY));
+    const int firstX = x;
+    while (*text) {
+        if (*text == '\n') {
+            x = firstX;
+            y = sumOf(y, static_cast<int>(charSizeY));
+            ++text;
             continue;
         }
-        if (text[i] == '^') {
-            if (i + 1 >= length)
-                return false;
-            const Tag tag = tagOf(text[i + 1]);
-            if (tag != Tag::none) {
-                if (i + tagLength - 1 >= length)
-                    return false;
-                if (tag == Tag::color)
-                    readColor(text + i, fontCachedBlockColor);
-                else if (tag == Tag::moveX)
-                    dx = sumOf(dx, offsetOf(text + i));
-                else
-                    dy = sumOf(dy, offsetOf(text + i));
-                i += tagLength - 1;
-                continue;
-            }
+        switch (tagAt(text)) {
+        case Tag::none:
+            text = addGlyphs(x, y, text);
+            continue;
+        case Tag::truncated:
+            return false;
+        case Tag::color:
+            readColor(text, fontCachedBlockColor);
+            break;
+        case Tag::moveX:
+            x = sumOf(x, offsetOf(text));
+            break;
+        case Tag::moveY:
+            y = sumOf(y, offsetOf(text));
+            break;
         }
-        storeGlyph(sumOf(x, dx), sumOf(y, dy), text[i]);
-        if (++fontCachedCurrent >= RV_FONT_GLYPHS)
-            drawFullCache();
-        dx = sumOf(dx, static_cast<int>(advanceOf(text[i])));
+        text += tagLength;
     }
     return true;
 }
@@ -148,21 +154,18 @@ unsigned int RVFONT::stringLength(const char *text) const {
         zlfLog("   [!] Invalid params @ RVFONT::stringLength\n");
         return 0;
     }
-    const std::size_t length = std::strlen(text);
     unsigned int width = 0;
-    for (std::size_t i = 0; i < length; ++i) {
-        if (text[i] == '^' && i + 1 >= length)
+    while (*text) {
+        const Tag tag = tagAt(text);
+        if (tag == Tag::truncated)
             return width;
-        const Tag tag = text[i] == '^' ? tagOf(text[i + 1]) : Tag::none;
         if (tag == Tag::none) {
-            width += advanceOf(text[i]);
+            width += advanceOf(*text++);
             continue;
         }
-        if (i + tagLength - 1 >= length)
-            return width;
         if (tag == Tag::moveX)
-            width += static_cast<unsigned int>(offsetOf(text + i));
-        i += tagLength - 1;
+            width += static_cast<unsigned int>(offsetOf(text));
+        text += tagLength;
     }
     return width;
 }

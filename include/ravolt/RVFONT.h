@@ -127,6 +127,9 @@ class RV_API RVFONT {
 
     unsigned int advanceOf(char c) const;
     void storeGlyph(int x, int y, char c) const;
+    const char *addGlyphs(int &x, int y, const char *text) const;
+    const char *addKnownGlyphs(int &x, int y, const char *text) const;
+    static void countGlyphs(unsigned int number);
     bool storeText(int x, int y, const char *text);
     void bindAtlas() const;
     static void setPointers(unsigned int firstGlyph);

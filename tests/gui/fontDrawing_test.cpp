@@ -143,6 +143,38 @@ TEST_F(FontDrawing, StoredGlyphsAreDrawnWhenTheCacheIsFull) {
     EXPECT_EQ(glyphsOfText("b"), "b 0 0") << "the cache is empty again";
 }
 
+TEST_F(FontDrawing, TheCellsOfATextAreThoseOfTheWidthThatItIsDrawnWith) {
+    for (const unsigned int pixels : {16u, 8u, 16u, 0u, 20u}) {
+        font->setCharSizeX(pixels);
+        const auto size = static_cast<float>(pixels);
+        std::vector<DrawnVertex> expected;
+        float x = 5;
+        for (const int cell : {0x21, 0x10, 0x5a, 0x21}) {
+            const int row = cell / 16, column = cell - static_cast<int>(pixels) * row;
+            const auto quad =
+                glyph(x, 7, size, 16, static_cast<float>(column), static_cast<float>(row), white);
+            expected.insert(expected.end(), quad.begin(), quad.end());
+            x += size;
+        }
+        const Drawings drawings = drawingsOf([this] { font->putText(5, 7, "A0zA"); });
+        ASSERT_EQ(drawings.size(), 1u);
+        EXPECT_EQ(drawings[0].vertices, expected) << pixels;
+    }
+}
+
+TEST_F(FontDrawing, TagsLineBreaksAndTheEndActAfterTheyWereDrawnByPutChar) {
+    drawingsOf([this] {
+        for (const char c : {'^', '\n', '\0'})
+            EXPECT_TRUE(font->putChar(0, 0, c, true));
+    });
+    for (int again = 0; again < 2; ++again) {
+        EXPECT_EQ(glyphsOfText("ab^c8008c\nd"),
+                  "a 0 0, b 16 0, c 32 0 #255.0.0.255, d 0 16 #255.0.0.255");
+        EXPECT_EQ(glyphsOfText("a^^a^", false), "") << "truncated";
+        RVFONT::reset();
+    }
+}
+
 // --- putString
 
 TEST_F(FontDrawing, AStringIsOneDrawCallAfterTextureAndBlending) {
