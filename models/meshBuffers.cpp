@@ -56,6 +56,7 @@ void MeshBuffers::createAlone(RVMESH &mesh) {
         pool->faces = createBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, mesh.face,
                                    mesh.numberOfFaces * sizeof(RVFACE));
     place(mesh, *pool, mesh.numberOfVertices, 0);
+    release(pool);
 }
 
 // The pool has `vertices` vertices, and the faces of the mesh begin after `faces` other ones.

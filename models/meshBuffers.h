@@ -13,7 +13,7 @@ namespace ravolt {
 struct BufferPool {
     unsigned int arrays; // vertices, normals and texture coordinates, each of all meshes
     unsigned int faces;
-    unsigned int users = 1; // the meshes, and createPool until they use it
+    unsigned int users = 1; // the meshes, and who creates it, until they use it
 };
 
 struct MeshBuffers {

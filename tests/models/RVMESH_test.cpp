@@ -254,13 +254,19 @@ TEST_F(MeshTest, LoadUploadsTheArraysOnceAndUnbinds) {
         (Calls{arrays, faces, floats, floats}));
 }
 
+// The names that are passed to glGenBuffersARB or glDeleteBuffersARB.
+std::multiset<double> buffersIn(const Calls &calls, const char *function) {
+    std::multiset<double> names;
+    for (const Call &call : calls.named(function))
+        names.insert(call.arguments[1]);
+    return names;
+}
+
 // The meshes of a file share buffers, which are deleted with the last of them. A mesh that was
 // assigned to still uses its former buffers.
 TEST_F(MeshTest, CopiesShareArraysAndEachBufferIsDeletedOnce) {
     const Calls made = callsOf([] { loadScene({squareMesh("a"), squareMesh("b")}); });
-    std::multiset<double> names, deleted;
-    for (const Call &call : made.named("glGenBuffersARB"))
-        names.insert(call.arguments[1]);
+    const auto names = buffersIn(made, "glGenBuffersARB");
     EXPECT_EQ(names.size(), 2u);
     RVMESH *a = meshNamed("a"), *b = meshNamed("b");
     const Z3MVECTOR3D *const vertices = a->getVertexPtr();
@@ -272,9 +278,17 @@ TEST_F(MeshTest, CopiesShareArraysAndEachBufferIsDeletedOnce) {
     EXPECT_FALSE(calls.contains("glDeleteBuffersARB"));
     EXPECT_EQ(b->getVertexPtr(), vertices);
     EXPECT_EQ(vertices[1].x, 1.0f);
-    for (const Call &call : callsOf([] { RVNODE::cleanUp(); }).named("glDeleteBuffersARB"))
-        deleted.insert(call.arguments[1]);
-    EXPECT_EQ(deleted, names);
+    EXPECT_EQ(buffersIn(callsOf([] { RVNODE::cleanUp(); }), "glDeleteBuffersARB"), names);
+}
+
+TEST_F(MeshTest, BuffersOfOneMeshAreDeletedWithIt) {
+    for (const RveNode &node : {squareMesh("alone"), skinnedSquare("skin", {"skin"}, 2)}) {
+        SCOPED_TRACE(node.name);
+        const Calls made = callsOf([&node] { loadScene({node}); });
+        const auto names = buffersIn(made, "glGenBuffersARB");
+        EXPECT_GE(names.size(), 2u);
+        EXPECT_EQ(buffersIn(callsOf([] { RVNODE::cleanUp(); }), "glDeleteBuffersARB"), names);
+    }
 }
 
 TEST_F(MeshTest, OpaqueMeshIsDrawnOnceFromItsBuffers) {
