@@ -33,9 +33,8 @@ namespace {
 std::string errorOf(const std::string &path, FileKind kind) {
     try {
         const Inspection inspection = inspectFile(path, {kind, {RVTEXTURE::getPath()}});
-        for (const Finding &finding : inspection.findings)
-            if (finding.isError)
-                return textOf(path, finding);
+        if (const Finding *error = inspection.firstError())
+            return textOf(path, *error);
     } catch (const ravolt::tool::Failure &failure) {
         return failure.what();
     }

@@ -5,7 +5,6 @@
 #include "tools/common/failure.h"
 #include "tools/common/report.h"
 #include "tools/inspect/text.h"
-#include "tools/process/logRedirect.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -75,7 +74,7 @@ void addOptions(CLI::App &app, CheckCommandOptions &to) {
 }
 
 void checkFiles(const CheckCommandOptions &options) {
-    LogRedirect::clear(); // what the engine's readers log is among the findings
+    startInspecting();
     std::size_t refused = 0, warned = 0;
     Json files = Json::array();
     for (const std::filesystem::path &file : options.files) {
@@ -88,7 +87,7 @@ void checkFiles(const CheckCommandOptions &options) {
             printLines(checked);
     }
     if (options.json)
-        std::printf("%s\n", Json({{"files", files}}).dump(2).c_str());
+        printJson({{"files", files}});
     std::fflush(stdout);
     const std::string all = counted(options.files.size(), "file", "files");
     if (refused > 0)

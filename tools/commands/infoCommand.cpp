@@ -12,7 +12,6 @@
 #include "tools/inspect/names.h"
 #include "tools/inspect/text.h"
 #include "tools/process/guard.h"
-#include "tools/process/logRedirect.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -33,9 +32,7 @@ struct InfoCommandOptions : InspectOptions {
 };
 
 void requireGood(const Inspection &inspection) {
-    const auto error = std::find_if(inspection.findings.begin(), inspection.findings.end(),
-                                    [](const Finding &finding) { return finding.isError; });
-    if (error != inspection.findings.end())
+    if (const Finding *error = inspection.firstError())
         throw Failure(textOf(inspection.file, *error));
 }
 
@@ -107,11 +104,13 @@ void addOptions(CLI::App &app, InfoCommandOptions &to) {
 }
 
 void printInfo(const InfoCommandOptions &options) {
-    LogRedirect::clear(); // what the engine's readers log is among the findings
+    startInspecting();
     const Json info =
         isModel(options) ? modelInfo(options) : goodInfo(options.file, options.inspection);
-    const std::string text = options.json ? info.dump(2) + "\n" : textOf(info);
-    std::fputs(text.c_str(), stdout);
+    if (options.json)
+        printJson(info);
+    else
+        std::fputs(textOf(info).c_str(), stdout);
 }
 
 } // namespace

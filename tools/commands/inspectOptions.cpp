@@ -1,8 +1,10 @@
 #include "tools/commands/inspectOptions.h"
 
 #include "tools/common/failure.h"
+#include "tools/process/logRedirect.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 
 namespace ravolt::tool {
 
@@ -27,5 +29,9 @@ void check(InspectOptions &options) {
     if (!options.inspection.kind)
         throw WrongOptions("--as " + options.kind + ": expected " + inspect::kindNames());
 }
+
+void startInspecting() { LogRedirect::clear(); }
+
+void printJson(const inspect::Json &json) { std::printf("%s\n", json.dump(2).c_str()); }
 
 } // namespace ravolt::tool

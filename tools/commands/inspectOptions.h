@@ -1,6 +1,7 @@
 #pragma once
 
-// The options that `info` and `check` have in common.
+// What the commands `info` and `check` have in common: options, the beginning, and what --json
+// prints.
 
 #include "tools/inspect/files.h"
 
@@ -22,5 +23,10 @@ void addInspect(CLI::App &app, InspectOptions &to);
 
 // Reads --as. Throws WrongOptions for a word that is no kind.
 void check(InspectOptions &options);
+
+// Removes the log: what the engine's readers log is among the findings.
+void startInspecting();
+
+void printJson(const inspect::Json &json);
 
 } // namespace ravolt::tool

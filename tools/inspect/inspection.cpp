@@ -23,9 +23,10 @@ fs::path findCompanion(const Folders &folders, const std::string &name) {
     return {};
 }
 
-bool Inspection::hasErrors() const {
-    return std::any_of(findings.begin(), findings.end(),
-                       [](const Finding &finding) { return finding.isError; });
+const Finding *Inspection::firstError() const {
+    const auto error = std::find_if(findings.begin(), findings.end(),
+                                    [](const Finding &finding) { return finding.isError; });
+    return error == findings.end() ? nullptr : &*error;
 }
 
 bool Inspection::hasWarnings() const {

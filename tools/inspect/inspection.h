@@ -60,7 +60,8 @@ struct Inspection {
     void warn(const Place &place, const std::string &reason) {
         findings.push_back({false, place, reason});
     }
-    bool hasErrors() const;
+    const Finding *firstError() const; // NULL for none
+    bool hasErrors() const { return firstError() != nullptr; }
     bool hasWarnings() const;
 
     // False, with a warning, for a name of a file that RAVOLT::confineFilesOn refuses.
