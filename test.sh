@@ -6,7 +6,7 @@
 #   ./test.sh
 #   ./test.sh --all       also the long ones: each allocation of the tool's commands, long runs of the
 #                         engine, coverage, fuzzing (RAVOLT_FUZZ_SECONDS a target, 60 by default),
-#                         other drivers, Valgrind, the memory sanitizer, cppcheck
+#                         other drivers, Valgrind, the memory sanitizer, static analysis
 #   ./test.sh --help
 set -uo pipefail
 cd "$(dirname "$0")" || exit 1
@@ -79,7 +79,7 @@ if [ -n "$long" ]; then
     run_long drivers scripts/drivers.sh
     run_long valgrind scripts/valgrind.sh
     run_long msan scripts/msan.sh
-    run_long analyse scripts/analyse.sh cppcheck
+    run_long analyse scripts/analyse.sh
 fi
 
 echo

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Static analysis of the library, the kit, the recorder, the tools, the examples and the fuzz targets: cppcheck
 # (warnings, performance, portability), and clang's analyzer by clang-tidy. Any finding fails. What is none is listed
-# with its reason: for cppcheck in tests/house/cppcheck.supp, for clang at its line.
+# with its reason: for cppcheck in tests/house/cppcheck.supp, for clang at its line or in tests/house/tidy.py.
 #
 #   scripts/analyse.sh [cppcheck | clang]     both without
 #   scripts/analyse.sh --help
@@ -53,3 +53,4 @@ for analysis in "${analyses[@]}"; do
     fi
 done
 [ $failed -eq 0 ] || fail "mend them, or state the reason why they are none"
+echo "analyse: no finding of ${analyses[*]}"
