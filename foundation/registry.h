@@ -54,8 +54,10 @@ template <class T> struct Registry {
     // time, so a destructor may delete other members of the list, its own successor too.
     static unsigned int cleanUp(T *&first) {
         unsigned int number = 0;
-        for (; first; ++number)
+        while (first) {
             delete first; // NOLINT(clang-analyzer-cplusplus.NewDelete): its destructor unlinks it
+            ++number;
+        }
         return number;
     }
 
