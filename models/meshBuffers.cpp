@@ -28,6 +28,15 @@ void collectMeshes(RVNODE &node, std::vector<RVMESH *> &meshes) {
             collectMeshes(*child, meshes);
 }
 
+// Meshes that share only one buffer would mix indices and vertices of memory and of the pool.
+void dropIncomplete(BufferPool &pool) {
+    if (pool.arrays && pool.faces)
+        return;
+    deleteBuffer(pool.arrays);
+    deleteBuffer(pool.faces);
+    pool.arrays = pool.faces = 0;
+}
+
 } // namespace
 
 // The attributes of a skin are in buffers of its own, in which no other mesh's vertices come first.
@@ -122,6 +131,7 @@ void MeshBuffers::createPool(RVMESH *const *meshes, unsigned int count, unsigned
     pool->arrays = createBuffer(GL_ARRAY_BUFFER_ARB, arrays.data(), arrays.size());
     pool->faces = createBuffer(GL_ELEMENT_ARRAY_BUFFER_ARB, indices.data(),
                                indices.size() * sizeof indices[0]);
+    dropIncomplete(*pool);
     unsigned int before = 0;
     for (unsigned int i = 0; i < count; ++i) {
         place(*meshes[i], *pool, vertices, before);

@@ -63,12 +63,14 @@ inline bool canCreateBuffers() {
     return RVOPENGL::glGenBuffersARB && RVOPENGL::glBindBufferARB && RVOPENGL::glBufferDataARB;
 }
 
-// OpenGL's name of a new buffer with these contents, which stays bound; 0 without buffers.
+// OpenGL's name of a new buffer with these contents, which stays bound; 0 without one.
 inline GLuint createBuffer(GLenum target, const void *data, std::size_t bytes) {
     if (!canCreateBuffers())
         return 0;
     GLuint buffer = 0;
     RVOPENGL::glGenBuffersARB(1, &buffer);
+    if (!buffer) // 0 is no buffer that could be filled
+        return 0;
     bindBufferAlways(target, buffer);
     RVOPENGL::glBufferDataARB(target, static_cast<GLsizeiptrARB>(bytes), data, GL_STATIC_DRAW_ARB);
     return buffer;

@@ -423,6 +423,30 @@ TEST_F(MeshTest, DriverThatLacksAnEntryPointIsDrawnFromOwnMemory) {
     }
 }
 
+// The indices in a shared buffer count from its first vertex, those in memory from the mesh's own.
+TEST_F(MeshTest, MeshesThatGetOneOfTwoSharedBuffersAreDrawnFromOwnMemory) {
+    for (const unsigned int after : {0u, 1u}) {
+        SCOPED_TRACE(after);
+        recorder.failCalls("glGenBuffersARB", after, 1);
+        const Calls load = callsOf([] {
+            loadScene({squareMesh("first"), squareMesh("second"), squareMesh("third")});
+        });
+        EXPECT_EQ(load.count("glDeleteBuffersARB"), 1u) << "the other buffer";
+        for (const char *name : {"first", "second", "third"}) {
+            disableDrawingState();
+            EXPECT_EQ(render(meshNamed(name))
+                          .named({"glVertexPointer", "glNormalPointer", "glTexCoordPointer",
+                                  "glDrawElements"}),
+                      (Calls{{"glVertexPointer", 3, GL_FLOAT, 0, anyAddress},
+                             {"glNormalPointer", GL_FLOAT, 0, anyAddress},
+                             {"glTexCoordPointer", 2, GL_FLOAT, 0, anyAddress},
+                             drawMemory}))
+                << name;
+        }
+        EXPECT_FALSE(callsOf([] { RVNODE::cleanUp(); }).contains("glDeleteBuffersARB"));
+    }
+}
+
 // No buffer need be bound for the second and the third array.
 TEST_F(MeshTest, SkinnedMeshIsDrawnFromItsSkinnedArrays) {
     RVNODE *root = loadScene({skinnedSquare("square", {"square"})});
