@@ -138,6 +138,10 @@ bool RVSHADER::bindBones(unsigned int count, const float *quat, const float *tra
                          unsigned int indexBuffer, unsigned int weightBuffer) {
     if (!currentShader || !enabled)
         return false;
+    if (!quat || !trans) {
+        zlfLog("   [!] Invalid params @ RVSHADER::bindBones\n");
+        return false;
+    }
     const RVSHADER &program = *currentShader;
     const GLsizei bones = static_cast<GLsizei>(std::min(count, maxBones));
     ravolt::callIfPresent<RVOPENGL::glUniform4fvARB>(location(program, slotBoneQuat), bones, quat);

@@ -100,7 +100,7 @@ class RV_API RVSHADER {
     static void reset();
 
     // Values for the current program; OpenGL ignores those that it does not have. All are false
-    // when there is no current program.
+    // when there is no current program, and bindBones, with a line in the log, for NULL.
     // Sets the sampler of a unit, 0 to 15, to that unit. True for any other unit, too.
     static bool bindTexture(unsigned int unit);
     // The transform of each bone as a quaternion (x, y, z, w) and a translation (3 floats), at most

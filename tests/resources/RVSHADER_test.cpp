@@ -480,6 +480,19 @@ TEST_F(OperativeShaderTest, BonesAreTwoArraysAndTwoBuffers) {
     RVSHADER::unbindBones();
 }
 
+TEST_F(OperativeShaderTest, BonesWithoutArraysAreRefused) {
+    const float values[4] = {};
+    for (const auto &[quat, trans] : {std::pair<const float *, const float *>{nullptr, values},
+                                      {values, nullptr},
+                                      {nullptr, nullptr}}) {
+        recorder.start();
+        EXPECT_FALSE(RVSHADER::bindBones(1, quat, trans, 7, 9));
+        EXPECT_TRUE(recorder.stop().empty());
+        EXPECT_LOGGED_EXACTLY("   [!] Invalid params @ RVSHADER::bindBones\n");
+        EXPECT_FALSE(RVSHADER::unbindBones()) << "none are bound";
+    }
+}
+
 TEST_F(OperativeShaderTest, TexturesAssignTheSamplersOfTheProgramInUse) {
     RVTEXTURE *texture = new RVTEXTURE;
     ASSERT_TRUE(texture->create(1, 1, 3));
