@@ -77,6 +77,8 @@ void cullBackFaces() {
 class EntryTarget {
   public:
     EntryTarget() : current(RVFBO::getCurrent()), framebuffer(0) {
+        if (!ravolt::RenderTargets::exists(current)) // the application may have deleted it
+            current = nullptr;
         glGetIntegerv(GL_VIEWPORT, viewport);
         if (restoringTarget && RVOPENGL::useFBO())
             framebuffer = ravolt::boundFramebuffer();
@@ -114,7 +116,7 @@ class EntryTarget {
         setViewport();
     }
 
-    RVFBO *current; // as recorded by RVFBO
+    RVFBO *current; // as recorded by RVFBO; NULL for the window
     unsigned int framebuffer;
     GLint viewport[4];
 };

@@ -176,6 +176,13 @@ bool ravolt::RenderTargets::useTexture(const RVTEXTURE *wanted) {
     return false;
 }
 
+bool ravolt::RenderTargets::exists(const RVFBO *target) {
+    const RVFBO *each = RVFBO::firstFbo;
+    while (each && each != target)
+        each = each->next;
+    return each != nullptr;
+}
+
 void ravolt::RenderTargets::bindDepthPlaceholder(RVFBO &target) {
     const int sizeX = target.sizeX, sizeY = target.sizeY;
     target.bindRenderBuffer(RV_FBO_DEPTH_BUFFER, 1, 1);

@@ -22,6 +22,9 @@ struct RenderTargets {
     // Whether `texture` is attached to a target.
     static bool useTexture(const RVTEXTURE *texture);
 
+    // Whether a target is at this address, which is not followed.
+    static bool exists(const RVFBO *target);
+
     // Gives the images of the pool their sizes if one of its targets has this texture, whose OpenGL
     // object is to be used.
     static void allocateIfTarget(const RVTEXTURE &texture);

@@ -840,6 +840,20 @@ TEST_F(TerrainCallsTest, TargetOnEntryIsRestoredOnRequest) {
         }
 }
 
+TEST_F(TerrainCallsTest, ADeletedTargetOnEntryCountsAsTheWindow) {
+    make();
+    look(2);
+    RVTERRAIN::restoreTargetOn();
+    auto *target = new RVFBO;
+    target->render(nullptr);
+    delete target;
+    RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0); // as OpenGL does by the deletion
+    ASSERT_EQ(RVFBO::getCurrent(), target);
+    render();
+    EXPECT_EQ(RVFBO::getCurrent(), nullptr);
+    EXPECT_EQ(integerOf(GL_FRAMEBUFFER_BINDING_EXT), 0);
+}
+
 class ForcedTargetTest : public TerrainCallsTest {
   protected:
     ForcedTargetTest() { settings.setForceFBO(true); }
