@@ -76,6 +76,7 @@ class EmitterDrawingWithProgram : public EmitterDrawing {
 };
 
 TEST_F(EmitterDrawing, ParticlesAreTexturedBlendedQuads) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     emitter->setTexture(makeArrow());
     emitter->setRotation(20, 30, 0);
     place({{{-3, 0, 0}, 1, 0.9f, 0}, {{0, 1, 0}, 1.5f, 0.7f, 30}, {{3, -1, 0}, 1, 0.4f, 0}});

@@ -185,7 +185,9 @@ TEST_F(TerrainDrawingTest, NoGapOpensBetweenLevels) {
     for (int step = 0; step < 12; ++step) {
         SCOPED_TRACE(step);
         const float eye = 38.0f + 6.0f * static_cast<float>(step);
-        camera->setPosition(80 + static_cast<float>(step), eye, 64 - static_cast<float>(step));
+        // Not above a diagonal of the grid, whose pixels' centres it would pass through exactly:
+        // Mesa's softpipe draws some of these for neither of the two triangles.
+        camera->setPosition(80.3f + static_cast<float>(step), eye, 64 - static_cast<float>(step));
         drawFrame(camera, terrain);
         EXPECT_EQ(readFrame().pixelsUnlike({255, 0, 255}), std::size_t(width * height));
         for (unsigned int i = 0; i < terrain->getNumberOfChunks(); ++i)

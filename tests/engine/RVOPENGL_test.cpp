@@ -167,6 +167,7 @@ const Switch switches[] = {
 };
 
 TEST_F(OpenGL, ASwitchMakesItsCallsForAChangeAndNoneForARepeat) {
+    SKIP_WITHOUT_EXTENSIONS(multitextureExtensions);
     for (const Switch &each : switches) {
         SCOPED_TRACE(each.name);
         each.off();

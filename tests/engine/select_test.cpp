@@ -201,7 +201,25 @@ TEST_F(Selection, UnderWireframeOnlyLinesAreFound) {
 
 // --- the state after it
 
+// The pixel is restored by a point at the corner of four, which OpenGL draws into the one above it
+// and to its right. Mesa's softpipe draws it one row lower where the window is upside down in
+// memory.
+bool drawsPointsAtCornersUpwards() {
+    RVFBO::unbind();
+    RAVOLT::begin2D();
+    glClearColor(0, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glColor4f(1, 1, 1, 1);
+    glBegin(GL_POINTS);
+    glVertex2i(8, 8);
+    glEnd();
+    RAVOLT::end2D();
+    return readFrame().at(8, 7).red == 255;
+}
+
 TEST_F(Selection, ThePictureIsAsBefore) {
+    if (!drawsPointsAtCornersUpwards())
+        GTEST_SKIP() << "the driver draws points at the corner of four pixels into another one";
     drawFrame(camera, new Square);
     const Picture before = readFrame();
     EXPECT_EQ(bytesAt(centreX, centreY)[0], 255);
@@ -458,10 +476,7 @@ TEST_F(BloomingSelection, A2DBlockAfterItIsDrawnIntoTargetZeroUnlessThatIsUnboun
 
 // Samples of an edge have the id of either side, and their mean would be that of a third node.
 TEST_F(MultisampledSelection, EdgesHaveTheIdsOfTheirSidesAlone) {
-    GLint samples = 0;
-    glGetIntegerv(GL_MAX_SAMPLES, &samples);
-    if (samples < 4)
-        GTEST_SKIP() << "the driver has " << samples << " samples a pixel";
+    SKIP_WITHOUT_SAMPLES(4);
     ASSERT_EQ(RVSETTINGS::getSDLMultisampling(), 4);
     auto *scene = new RVNODE;
     auto *square = new Square;

@@ -6,6 +6,7 @@
 #include "ravolt/RVSETTINGS.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/glState.h"
+#include "tests/support/realDriver.h"
 
 #include <GL/gl.h>
 #include <SDL/SDL.h>
@@ -256,6 +257,7 @@ class MultisampledWindow : public EngineTest {
 
 TEST_F(MultisampledWindow, WithoutX11HasSmoothEdges) {
     ASSERT_FALSE(onX11());
+    SKIP_WITHOUT_SAMPLES(4);
     EXPECT_EQ(RVSETTINGS::getSDLMultisampling(), 4);
     drawTriangle();
     EXPECT_GT(greys(readResolved()), 50);
@@ -263,6 +265,7 @@ TEST_F(MultisampledWindow, WithoutX11HasSmoothEdges) {
 
 TEST_F(MultisampledWindow, HasSmoothEdgesOnX11) {
     ASSERT_TRUE(onX11());
+    SKIP_WITHOUT_SAMPLES(4);
     EXPECT_EQ(RVSETTINGS::getSDLMultisampling(), 4);
     drawTriangle();
     RAVOLT::swap();

@@ -3,6 +3,7 @@
 #include "tests/gui/pixelFont.h"
 #include "tests/resources/tgaFiles.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 
 #include "ravolt/RVBUTTON.h"
 #include "ravolt/RVFONT.h"
@@ -88,6 +89,7 @@ TEST_F(BoxPictures, BoxesAreRaisedAndSunkenTexturedAndTransparent) {
 }
 
 TEST_F(BoxPictures, AWindowCutsWhatIsInItAndScrolls) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     RVWINDOW *const window = addWindow();
     EXPECT_PICTURE(draw(), "gui_window", rounding);
     window->getScrollBar()->setValue(0.5f);
@@ -95,6 +97,7 @@ TEST_F(BoxPictures, AWindowCutsWhatIsInItAndScrolls) {
 }
 
 TEST_F(BoxPictures, OfAMinimizedWindowTheTitleBarIsDrawn) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     addWindow()->minmaximize();
     EXPECT_PICTURE(draw(), "gui_windowMinimized", rounding);
 }
@@ -105,6 +108,7 @@ class LandscapePictures : public BoxPictures {
 };
 
 TEST_F(LandscapePictures, AWindowIsTurnedWithWhatIsInIt) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     addWindow();
     EXPECT_PICTURE(draw(), "gui_landscape", rounding);
 }

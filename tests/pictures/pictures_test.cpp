@@ -9,6 +9,7 @@
 #include "tests/models/modelScenes.h"
 #include "tests/pictures/cubes.h"
 #include "tests/support/engineFixture.h"
+#include "tests/support/realDriver.h"
 #include "tools/writers/tgaWriter.h"
 
 #include <array>
@@ -101,12 +102,14 @@ class PictureTest : public EngineTest {
 };
 
 TEST_F(PictureTest, TexturedCubesUnderAnOmniLight) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     RVNODE *root = cubes();
     lightAt(root, 2, 5, 8);
     expectPicture(root, "cubes_omni");
 }
 
 TEST_F(PictureTest, CubesUnderASpot) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     RVNODE *root = cubes();
     RVLIGHT *light = lightAt(root, 0, 0, 12);
     light->setLightType(RV_LIGHT_TYPE_SPOT);
@@ -117,6 +120,7 @@ TEST_F(PictureTest, CubesUnderASpot) {
 }
 
 TEST_F(PictureTest, CubesUnderFiveLightsOfWhichFourShine) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     RVNODE *root = cubes();
     const std::array<Z3MVECTOR4D, 5> colors = {
         {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 0, 1}, {0, 1, 1, 1}}};
@@ -129,12 +133,14 @@ TEST_F(PictureTest, CubesUnderFiveLightsOfWhichFourShine) {
 }
 
 TEST_F(PictureTest, GlassBeforeTheCubes) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     RVNODE *root = cubes(true);
     lightAt(root, 2, 5, 8);
     expectPicture(root, "cubes_glass");
 }
 
 TEST_F(PictureTest, HelperBetweenMeshes) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     RVNODE *root = cubes(true);
     lightAt(root, 2, 5, 8);
     auto *helper = new RVHELPER;
@@ -161,6 +167,7 @@ TEST_F(PictureTest, Wireframe) {
 
 // Only the holder's first child is drawn, around the eye and without its own transform.
 TEST_F(PictureTest, SkyboxBehindTheCubes) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     RVNODE *root = cubes();
     lightAt(root, 2, 5, 8);
     RveNode wall = squareMesh("sky", "sky", 60);

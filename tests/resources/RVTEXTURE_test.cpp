@@ -47,7 +47,8 @@ class Texture : public EngineTest {
     }
 
     static void bind(const RVTEXTURE *texture) {
-        RVOPENGL::glActiveTextureARB(GL_TEXTURE0);
+        if (RVOPENGL::glActiveTextureARB)
+            RVOPENGL::glActiveTextureARB(GL_TEXTURE0);
         glBindTexture(GL_TEXTURE_2D, texture->getGLId());
     }
 
@@ -121,6 +122,7 @@ TEST_F(Texture, FilterAndWrapAreAsSet) {
 }
 
 TEST_F(Texture, AnisotropyIsTheDriversMaximum) {
+    SKIP_WITHOUT_EXTENSIONS(anisotropyExtensions);
     ASSERT_TRUE(RVOPENGL::useAnisotropic());
     makeTexture(2, 2, 4, Bytes(16), false);
     GLfloat level = 0, maximum = 0;
@@ -193,6 +195,7 @@ TEST_F(Texture, CreatedTextureIsBlack) {
 }
 
 TEST_F(Texture, ShadowMapsCompareAndFloatTargetsHaveHalfFloats) {
+    SKIP_WITHOUT_EXTENSIONS(allExtensions);
     for (const bool shadowMap : {true, false}) {
         RVTEXTURE *texture = new RVTEXTURE;
         texture->setFilter(true, !shadowMap, true);
@@ -216,6 +219,7 @@ TEST_F(Texture, ShadowMapsCompareAndFloatTargetsHaveHalfFloats) {
 }
 
 TEST_F(Texture, AllUnitsOfTheDriverAreSwitched) {
+    SKIP_WITHOUT_EXTENSIONS(multitextureExtensions);
     const int units = std::min(integerOf(GL_MAX_TEXTURE_UNITS), 16);
     for (const bool on : {true, false}) {
         (on ? RVTEXTURE::texturingOn : RVTEXTURE::texturingOff)(RV_TEXTURE_UNITS);
@@ -228,6 +232,7 @@ TEST_F(Texture, AllUnitsOfTheDriverAreSwitched) {
 }
 
 TEST_F(Texture, RenderBindsOnItsUnit) {
+    SKIP_WITHOUT_EXTENSIONS(multitextureExtensions);
     RVTEXTURE *texture = makeTexture(1, 1, 3, {1, 2, 3}, false);
     unsigned int unit = 2;
     texture->render(&unit);

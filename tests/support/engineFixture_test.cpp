@@ -87,6 +87,7 @@ TEST_F(EngineFixture, RestartsWithOverrides) {
 }
 
 TEST_F(EngineFixture, UnitsBeyondTheFixedFunctionOnesRaiseNoError) {
+    SKIP_WITHOUT_EXTENSIONS(multitextureExtensions);
     ASSERT_TRUE(RVOPENGL::glActiveTextureARB);
     RVOPENGL::glActiveTextureARB(GL_TEXTURE0 + 15);
     glEnable(GL_TEXTURE_2D);

@@ -3,6 +3,7 @@
 #include "testing/recorderState.h"
 
 #include <GL/gl.h>
+#include <GL/glext.h>
 
 namespace ravolt::test {
 
@@ -21,6 +22,13 @@ testing::AssertionResult driverHas(const Extensions &extensions) {
         if (list.find(extension) == std::string::npos)
             return testing::AssertionFailure() << "the driver lacks " << extension;
     return testing::AssertionSuccess();
+}
+
+int samplesOfDriver() {
+    const ScopedUnrecorded unrecorded;
+    GLint samples = 0;
+    glGetIntegerv(GL_MAX_SAMPLES_EXT, &samples);
+    return samples;
 }
 
 } // namespace ravolt::test

@@ -19,6 +19,9 @@ inline const Extensions programExtensions = {"GL_ARB_vertex_shader", "GL_ARB_fra
 // Of render targets, with what the engine detects before them.
 inline const Extensions targetExtensions = {"GL_ARB_texture_non_power_of_two",
                                             "GL_ARB_texture_float", "GL_EXT_framebuffer_object"};
+inline const Extensions multitextureExtensions = {"GL_ARB_multitexture"};
+// The reference pictures of filtered textures are drawn with it.
+inline const Extensions anisotropyExtensions = {"GL_EXT_texture_filter_anisotropic"};
 
 // Those of several lists.
 Extensions allOf(std::initializer_list<Extensions> lists);
@@ -34,6 +37,9 @@ inline const Extensions allExtensions =
 // Whether the driver of the current context has them; the failure names the first that is missing.
 testing::AssertionResult driverHas(const Extensions &extensions);
 
+// The most samples of a pixel that the driver of the current context has, or 0.
+int samplesOfDriver();
+
 } // namespace ravolt::test
 
 // Within a test, or in SetUp() after that of the base: skips the test on a driver without these
@@ -43,3 +49,10 @@ testing::AssertionResult driverHas(const Extensions &extensions);
         ;                                                                                          \
     else                                                                                           \
         GTEST_SKIP() << found.message()
+
+// In the same places: skips the test on a driver with fewer samples of a pixel.
+#define SKIP_WITHOUT_SAMPLES(number)                                                               \
+    if (const int samples = ravolt::test::samplesOfDriver(); samples >= (number))                  \
+        ;                                                                                          \
+    else                                                                                           \
+        GTEST_SKIP() << "the driver has " << samples << " samples of a pixel"

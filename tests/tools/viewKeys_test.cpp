@@ -1,5 +1,6 @@
 // The viewer's keys, pressed in its window.
 
+#include "tests/support/limitedDriver.h"
 #include "tests/tools/otherWindow.h"
 #include "tests/tools/support.h"
 
@@ -55,6 +56,7 @@ class ViewKeys : public ::testing::Test {
 };
 
 TEST_F(ViewKeys, OnX11SwitchEffectsWithWhatTheyNeedAndTheTitleShowsThem) {
+    SKIP_ON_LIMITED_DRIVER();
     ASSERT_NO_FATAL_FAILURE(open(file, title));
     std::string lines;
     for (const auto &[key, names] : std::vector<std::pair<std::string, std::string>>{
@@ -74,6 +76,7 @@ TEST_F(ViewKeys, OnX11SwitchEffectsWithWhatTheyNeedAndTheTitleShowsThem) {
 }
 
 TEST_F(ViewKeys, OnX11ChangeTheNumbersOfTheEffectsThatAreOn) {
+    SKIP_ON_LIMITED_DRIVER();
     EXPECT_EQ(saidAfter(" --brightness 2", {"5", "Tab", "bracketright", "bracketright",
                                             "bracketleft", "Home", "Tab", "bracketleft", "q"}),
               "effects: per-pixel lighting, bloom\n--bloom-intensity 0.5\n"
@@ -82,6 +85,7 @@ TEST_F(ViewKeys, OnX11ChangeTheNumbersOfTheEffectsThatAreOn) {
 }
 
 TEST_F(ViewKeys, OnX11SwitchBloomWithABrightness) {
+    SKIP_ON_LIMITED_DRIVER();
     // The brightness, both times.
     const std::string text = saidAfter("", {"5", "Tab", "Tab", "5", "Tab", "q"}),
                       option = "--brightness ";

@@ -5,9 +5,11 @@
 
 The terrain is a slope of grass that rises along X, under a blue sky, so that pictures of the window show
 how high the eye is: the row of the skyline is compared with that in a picture of `shot` from the point
-where the eye must be, and below the ground no grass is visible.
+where the eye must be, and below the ground no grass is visible. Ends with SKIPPED on a driver without
+vertex buffers, where the engine draws no terrain.
 """
 
+import os
 import struct
 import subprocess
 import sys
@@ -24,6 +26,10 @@ VERTICES, STEP, RISE = 129, 500, 40  # units between two vertices: 1
 EYE_ABOVE_GROUND = 2 + 1.7  # the engine draws the land 2 units higher
 START = 70  # X of the eye, which looks up the slope
 SIZE = f"{WIDTH}x{HEIGHT}"
+SKIPPED = 77
+NO_BUFFERS = "GL_ARB_vertex_buffer_object not found @ RVOPENGL::init"
+# A driver without some extensions (scripts/drivers.sh): the engine says what it goes without.
+HARMLESS = "@ RVOPENGL::init" if "MESA_EXTENSION_MAX_YEAR" in os.environ else None
 
 
 def make_terrain():
@@ -183,7 +189,9 @@ def leave(viewer):
     if viewer.process.wait(PATIENCE) != 0:
         sys.exit("the viewer has failed")
     output = Path("output").read_text(encoding="utf-8")
-    if "Shutdown complete" not in output or "[!]" in output:
+    faults = [line for line in output.splitlines()
+              if "[!]" in line and not (HARMLESS and HARMLESS in line)]
+    if "Shutdown complete" not in output or faults:
         sys.exit(output)
 
 
@@ -193,5 +201,14 @@ def operate(viewer):
     leave(viewer)
 
 
+def has_buffers():
+    return NO_BUFFERS not in subprocess.run(
+        [tool, "shot", "slope/terrain.xml", "--verbose", "-o", "probe.png", *view_from(45)],
+        stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=True).stdout
+
+
 make_terrain()
+if HARMLESS and not has_buffers():
+    print("skipped: the driver lacks GL_ARB_vertex_buffer_object")
+    sys.exit(SKIPPED)
 run_on_screen(Viewer, operate)
