@@ -8,6 +8,7 @@
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/zlf.h"
 #include "scene/localTransform.h"
+#include "scene/nodeInternals.h"
 
 #include <iterator>
 #include <typeinfo>
@@ -205,7 +206,8 @@ bool RVLIGHT::activateNearest(RVELEMENT *element) {
         RVELEMENT *light = RVELEMENT::getLight(slot);
         if (!light)
             break;
-        if (light->getNode()->getType() != RV_NODE_TYPE_LIGHT) {
+        // By class: an object of another one that has been assigned from a light would be lit anew.
+        if (!ravolt::NodeInternals::isObjectOf(*light->getNode(), RV_NODE_TYPE_LIGHT)) {
             zlfLog("   [!] Consistency error: invalid object passed as light @ "
                    "RVLIGHT::activateNearest\n");
             return false;

@@ -21,6 +21,8 @@
 #include "scene/renderList.h"
 #include "scene/shadowCaster.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr unsigned int mapUnit = 1;
@@ -167,6 +169,20 @@ void unloadMapMatrix() {
     RVTEXTURE::texturingOff(mapUnit);
 }
 
+// The entry that `node` was drawn by with the matrix `inLight`, or NULL if it has deleted itself. A
+// node that deletes others while it is drawn moves entries.
+RVELEMENT *findDrawn(RVELEMENT *entry, const RVNODE *node, const Z3MMATRIX &inLight) {
+    if (ravolt::RenderList::contains(entry) && entry->getNode() == node)
+        return entry;
+    for (unsigned int index = 0; index < RVELEMENT::getNumberOfPassedElements(); ++index) {
+        RVELEMENT *const other = ravolt::RenderList::entry(index);
+        if (other->getNode() == node &&
+            std::equal(inLight.e, inLight.e + 16, other->getMatrix()->e))
+            return other;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 // Draws the entries that cast shadows: not the lights, nor what extends to the horizon, as the sky
@@ -178,11 +194,13 @@ void RAVOLT::Frame::drawCasters(const Z3MMATRIX &eyeToLight) {
         RVELEMENT *element = ravolt::RenderList::entry(index);
         if (!ravolt::traitsOf(*element->getNode()).casts)
             continue;
-        const Z3MMATRIX matrix = *element->getMatrix();
-        *element->getMatrix() = matrix * eyeToLight;
-        state.beforeNode(keepsStateKnown(*element->getNode()));
-        element->getNode()->render(element);
-        *element->getMatrix() = matrix;
+        RVNODE *const node = element->getNode();
+        const Z3MMATRIX matrix = *element->getMatrix(), inLight = matrix * eyeToLight;
+        *element->getMatrix() = inLight;
+        state.beforeNode(keepsStateKnown(*node));
+        node->render(element);
+        if (RVELEMENT *const drawn = findDrawn(element, node, inLight))
+            *drawn->getMatrix() = matrix;
     }
 }
 

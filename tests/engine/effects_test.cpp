@@ -1,6 +1,8 @@
 // The effect passes: what each effect makes of the picture, and the state after it. The calls of a
 // whole frame are tested, one by one, in wholeFrame_test.cpp.
 
+#include "ravolt/RVELEMENT.h"
+#include "ravolt/RVHELPER.h"
 #include "ravolt/RVSHADER.h"
 #include "tests/engine/adaptedLuminance.h"
 #include "tests/engine/brightSquare.h"
@@ -9,6 +11,8 @@
 #include <cmath>
 #include <cstdlib>
 #include <initializer_list>
+#include <utility>
+#include <vector>
 
 namespace ravolt::test {
 namespace {
@@ -523,6 +527,46 @@ TEST_F(Shadows, TheOffsetOfTheApplicationIsRestoredAfterTheMap) {
     }
     glDisable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(0, 0);
+}
+
+// The victim is in the storage of the list before the node and is drawn after it, as transparent
+// ones are: the node's entry is moved while it is drawn.
+TEST_F(Shadows, ANodeMayDeleteALaterOneWhileTheMapIsDrawn) {
+    class Deleter : public Wall {
+      public:
+        Deleter() : Wall({0, 1, 0, 1}) {}
+
+        bool render(void *entry) override {
+            if (RVOPENGL::getProfile() == RV_OPENGL_PROFILE_FLAT && victim) {
+                victim->unlink();
+                delete victim;
+                victim = nullptr;
+            }
+            if (RVOPENGL::getProfile() == RV_OPENGL_PROFILE_FULL)
+                places.push_back(static_cast<RVELEMENT *>(entry)->getMatrix()->getTranslation());
+            return Wall::render(entry);
+        }
+
+        RVNODE *victim = nullptr;
+        std::vector<Z3MVECTOR3D> places; // in the eye space, of each draw that is seen
+    };
+    auto *helper = new RVHELPER;
+    helper->link(root);
+    auto *deleter = new Deleter;
+    deleter->setPosition(1, 2, -7);
+    deleter->link(root);
+    frame(root);
+    const std::vector<Z3MVECTOR3D> places = std::exchange(deleter->places, {});
+    deleter->victim = helper;
+    frame(root);
+    EXPECT_EQ(deleter->victim, nullptr);
+    ASSERT_EQ(deleter->places.size(), places.size());
+    ASSERT_FALSE(places.empty());
+    for (const Z3MVECTOR3D &place : deleter->places) {
+        EXPECT_EQ(place.x, places[0].x);
+        EXPECT_EQ(place.y, places[0].y);
+        EXPECT_EQ(place.z, places[0].z);
+    }
 }
 
 TEST_F(Shadows, TheMapHasTheDepthsThatTheCasterSees) {

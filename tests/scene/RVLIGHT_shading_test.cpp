@@ -282,6 +282,20 @@ TEST_F(LightShading, UnsortedListIsAConsistencyError) {
     EXPECT_EQ(nearest(), NodeList());
 }
 
+// Its type is that of a light, but its class lights itself where it is drawn.
+TEST_F(LightShading, AMeshAssignedFromALightIsAConsistencyError) {
+    RVLIGHT *light = makeLight();
+    auto *mesh = new RVMESH;
+    static_cast<RVNODE &>(*mesh) = *static_cast<RVNODE *>(light);
+    mesh->link(root);
+    collect();
+    ASSERT_TRUE(RVELEMENT::getLight(0));
+    markLog();
+    EXPECT_FALSE(RVLIGHT::activateNearest(&object) && RVLIGHT::activateNearest(&object));
+    EXPECT_LOGGED("   [!] Consistency error: invalid object passed as light @ "
+                  "RVLIGHT::activateNearest");
+}
+
 // --- The switch, and the shape
 
 TEST_F(LightShading, LightingIsACachedSwitch) {
