@@ -6,6 +6,8 @@
 #include "ravolt/RVTEXTFIELD.h"
 #include "ravolt/RVWINDOW.h"
 
+#include <climits>
+
 using namespace ravolt::test;
 
 namespace {
@@ -244,6 +246,31 @@ TEST_F(TextField, ItsFrameLooksLikeAHollowAndClickedLikeARidge) {
             EXPECT_EQ(field->getSizeX(), 20);
             EXPECT_EQ(field->getSizeY(), 10);
         }
+}
+
+TEST_F(TextField, ItsFrameIsInsideTheWholeThicknessAlsoBeyondTheLargestNumberOfRings) {
+    field->setSizes(20000, 20000);
+    field->setThickness(5000);
+    const Calls calls = renderCalls(field);
+    EXPECT_EQ(calls.count("glBegin"), 8u * 4096);
+    EXPECT_TRUE(calls.haveInOrder({{"glTranslatef", 5000, 5000, 0},
+                                   {"glVertex2i", 1, 1},
+                                   {"glVertex2i", 9999, 1},
+                                   {"glVertex2i", 0, 1},
+                                   {"glVertex2i", 0, 9999}}));
+}
+
+TEST_F(TextField, SizesBeyondAllNumbersAreDrawn) {
+    field->setSizes(INT_MIN, INT_MIN);
+    for (const unsigned int thickness : {1u, ~0u}) {
+        field->setThickness(thickness);
+        const Calls calls = renderCalls(field);
+        EXPECT_TRUE(calls.haveInOrder({{"glBegin", GL_LINES},
+                                       {"glVertex2i", 1, 1},
+                                       {"glVertex2i", INT_MIN, 1},
+                                       {"glVertex2i", 0, 1},
+                                       {"glVertex2i", 0, INT_MIN}}));
+    }
 }
 
 TEST_F(TextField, ItsFrameIsBlendedWithoutATexture) {
