@@ -3,8 +3,8 @@
 // bound again.
 //
 // Invariants: the names in `owned` are this object's and no other object deletes them; those that
-// it draws with may be another's. A frame buffer has its image attached under the name in
-// attachedReflection or attachedRefraction.
+// it draws with may be another's. attachedReflection and attachedRefraction are the number of
+// texture uploads that had been deleted when a frame buffer's image was attached.
 
 #include "ravolt/RVWATER.h"
 
@@ -65,16 +65,21 @@ void createFrameBuffer(GLuint &fbo, GLuint &renderBuffer, unsigned int image) {
                                            GL_RENDERBUFFER_EXT, renderBuffer);
 }
 
-// An image that was evicted from video memory is uploaded again, with another name, and black until
-// it is drawn into.
+// Texture uploads that were deleted so far, modulo 2^32.
+unsigned int deletedUploads() {
+    return static_cast<unsigned int>(ravolt::TextureInternals::releasedUploads());
+}
+
+// An image that was evicted from video memory is uploaded again, black until it is drawn into. One
+// that was uploaded again may have the same name as before.
 void restoreImage(RVTEXTURE *image, unsigned int fbo, unsigned int &attached) {
-    if (!image || !fbo || image->getGLId() == attached)
+    if (!image || !fbo || attached == deletedUploads())
         return;
+    attached = deletedUploads();
     ravolt::TextureInternals::restore(*image);
-    attached = image->getGLId();
     const unsigned int bound = ravolt::boundFramebuffer();
     RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, fbo);
-    attachImage(attached);
+    attachImage(image->getGLId());
     RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, bound);
 }
 
@@ -229,12 +234,13 @@ void RVWATER::createTexture() {
         refractionTexture->setFilter(true, false, true);
         material->setTexture(reflectionSlot, reflectionTexture.get());
         material->setTexture(refractionSlot, refractionTexture.get());
-        attachedReflection = reflectionTexture->getGLId();
-        attachedRefraction = refractionTexture->getGLId();
+        attachedReflection = attachedRefraction = deletedUploads();
 
         RVFBO::unbind(); // so that RVFBO's record is correct at the end
-        createFrameBuffer(owned->reflectionFbo, owned->reflectionRenderBuffer, attachedReflection);
-        createFrameBuffer(owned->refractionFbo, owned->refractionRenderBuffer, attachedRefraction);
+        createFrameBuffer(owned->reflectionFbo, owned->reflectionRenderBuffer,
+                          reflectionTexture->getGLId());
+        createFrameBuffer(owned->refractionFbo, owned->refractionRenderBuffer,
+                          refractionTexture->getGLId());
         RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
         RVOPENGL::glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, 0);
     }

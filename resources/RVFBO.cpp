@@ -159,14 +159,15 @@ bool RVFBO::render(void *) {
     return true;
 }
 
-// The target must be current. A texture that was uploaded again has another name; one that was
-// evicted is uploaded again, empty.
+// The target must be current. A texture that was uploaded again is not attached any more, even if
+// OpenGL gave it the same name again; one that was evicted is uploaded again, empty.
 void RVFBO::reattachTexture() {
     seenReleases = ravolt::TextureInternals::releasedUploads();
-    if (texture && texture->getGLId() != attachedGlId) {
+    if (!texture)
+        return;
+    if (texture->getGLId() != attachedGlId)
         ravolt::TextureInternals::restore(*texture.get());
-        attach();
-    }
+    attach();
 }
 
 bool ravolt::RenderTargets::useTexture(const RVTEXTURE *wanted) {

@@ -90,7 +90,7 @@ class RV_API RVWATER : public RVNODE {
     float sizeZ;
     float sizeX;
     ravolt::Owned<Storage> owned;
-    unsigned int attachedReflection; // OpenGL's names of the images in the frame buffers
+    unsigned int attachedReflection; // the number of deleted uploads when the images were attached
     unsigned int attachedRefraction;
     bool failureReported; // render has logged why it draws nothing
     ravolt::WeakPointers<RVWATER> weakPointers;

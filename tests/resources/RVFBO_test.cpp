@@ -394,6 +394,26 @@ TEST_F(Target, AnEvictedTextureIsReloadedWithItsTargetAndADeletedOneDetached) {
     RVFBO::unbind();
 }
 
+// OpenGL may give a name that was deleted to the next upload: which one was uploaded again does not
+// show in the names.
+TEST_F(Target, ItsTextureIsAttachedAgainAfterAnyUploadWasDeleted) {
+    auto *target = new RVFBO;
+    RVTEXTURE *texture = newTexture(8, 8, 4), *other = newTexture(8, 8, 4);
+    target->bindTexture(0, texture);
+    RVFBO::unbind();
+    const auto attachments = [&] {
+        RVFBO::unbind();
+        return callsOf([&] { target->render(nullptr); }).count("glFramebufferTexture2DEXT");
+    };
+    EXPECT_EQ(attachments(), 0u);
+    other->unload(true);
+    EXPECT_EQ(attachments(), 1u);
+    EXPECT_EQ(attachments(), 0u);
+    texture->setFilter(false, false, true);
+    EXPECT_EQ(attachments(), 1u);
+    RVFBO::unbind();
+}
+
 TEST_F(Target, ARestartMakesAPoolOfWhichNoneIsCurrent) {
     RVOPENGL::getFbo(0)->render(nullptr);
     ASSERT_TRUE(restart());
