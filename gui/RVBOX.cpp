@@ -5,6 +5,7 @@
 #include "engine/gl/bindings.h"
 #include "foundation/registry.h"
 #include "gui/boxNodes.h"
+#include "gui/pixels.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVSETTINGS.h"
@@ -13,7 +14,9 @@
 #include "ravolt/zlf.h"
 
 #include <algorithm>
-#include <climits>
+
+using ravolt::clampedToInt;
+using ravolt::Pixels;
 
 long RVBOX::foremostCounter = 0;
 
@@ -27,9 +30,6 @@ bool isLive(const RVSHADER *program) {
             return true;
     return false;
 }
-
-// With a wider range than a size, so that sums with one do not overflow.
-using Pixels = long long;
 
 void drawQuad(Pixels x1, Pixels y1, Pixels x2, Pixels y2, const Z3MVECTOR4D &color,
               const RVBOXCOORD &coords) {
@@ -45,10 +45,6 @@ void drawQuad(Pixels x1, Pixels y1, Pixels x2, Pixels y2, const Z3MVECTOR4D &col
     glColorPointer(4, GL_FLOAT, 0, colors);
     glTexCoordPointer(2, GL_FLOAT, 0, texCoords);
     glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
-}
-
-int clampedToInt(long long value) {
-    return static_cast<int>(std::clamp<long long>(value, INT_MIN, INT_MAX));
 }
 
 // A step along one axis, limited to the range from `start` to `end` in the window of the

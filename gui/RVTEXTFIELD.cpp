@@ -4,13 +4,12 @@
 
 #include "foundation/registry.h"
 #include "foundation/text.h"
+#include "gui/pixels.h"
 #include "ravolt/RAVOLT.h"
 #include "ravolt/RVFONT.h"
 #include "ravolt/RVOPENGL.h"
 #include "ravolt/RVTEXTURE.h"
 
-#include <algorithm>
-#include <climits>
 #include <cstring>
 #include <initializer_list>
 
@@ -19,13 +18,6 @@ namespace {
 constexpr char backspace = 8;
 constexpr char cursorGlyph = 0x7f;
 constexpr float cursorOffPhase = 0.3f;
-
-// With a wider range than a size, so that sums with one do not overflow.
-using Pixels = long long;
-
-GLint clampedToInt(Pixels value) {
-    return static_cast<GLint>(std::clamp<Pixels>(value, INT_MIN, INT_MAX));
-}
 
 } // namespace
 
@@ -98,15 +90,16 @@ void RVTEXTFIELD::drawFrame() const {
     RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
     RVOPENGL::blendingOn();
     const float rim = static_cast<float>(getThickness());
-    const Pixels border = 2 * Pixels{getThickness()};
-    const Pixels w = getSizeX() - border, h = getSizeY() - border;
+    const ravolt::Pixels border = 2 * ravolt::Pixels{getThickness()};
+    const ravolt::Pixels w = getSizeX() - border, h = getSizeY() - border;
     const float dark = isClicked() ? 1.3f : 0.7f, light = isClicked() ? 0.7f : 1.3f;
     const float darkest = isClicked() ? 1.6f : 0.4f, lightest = isClicked() ? 0.4f : 1.6f;
-    const auto draw = [this](GLenum primitive, float factor, std::initializer_list<Pixels> points) {
+    const auto draw = [this](GLenum primitive, float factor,
+                             std::initializer_list<ravolt::Pixels> points) {
         glBegin(primitive);
         glColor4fv(shadeOf(factor, 0.5f));
-        for (const Pixels *point = points.begin(); point != points.end(); point += 2)
-            glVertex2i(clampedToInt(point[0]), clampedToInt(point[1]));
+        for (const ravolt::Pixels *point = points.begin(); point != points.end(); point += 2)
+            glVertex2i(ravolt::clampedToInt(point[0]), ravolt::clampedToInt(point[1]));
         glEnd();
     };
     glTranslatef(rim, rim, 0);
