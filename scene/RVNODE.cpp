@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <new>
@@ -111,10 +112,10 @@ RVNODE::~RVNODE() {
         RAVOLT::setSkybox(nullptr);
     if (registration->listStamp == RAVOLT::getTimeStamp())
         ravolt::RenderList::removeNode(*this);
+    NodeInternals::releaseChildren(*this);
     if (!isRegistered())
         return;
     releaseId(registration->id);
-    NodeInternals::releaseChildren(*this);
     Nodes::unlink(firstNode, lastNode, this);
 }
 
@@ -235,9 +236,14 @@ bool RVNODE::link(RVNODE *newParent) {
     return true;
 }
 
-// A copy whose children are in its original's array.
+// Whether the children are in an array that is not the node's own, as those of a copy are.
 bool NodeInternals::sharesChildren(const RVNODE &node) {
-    return node.children && !node.isRegistered();
+    RVNODE **const storage = node.registration->storage, **const begin = node.children;
+    if (!begin || !storage)
+        return begin != nullptr;
+    const std::less<> isBefore;
+    return isBefore(begin, storage) ||
+           isBefore(storage + node.registration->capacity, begin + node.numberOfChildren);
 }
 
 bool NodeInternals::mayLink(const RVNODE &node, const RVNODE *parent) {
@@ -252,9 +258,9 @@ bool NodeInternals::mayLink(const RVNODE &node, const RVNODE *parent) {
     return true;
 }
 
-// Entries before the first child. A copy with children has no storage of its own.
+// Entries of the parent's own storage before the first child.
 unsigned int NodeInternals::firstSlot(const RVNODE &parent) {
-    return parent.children && parent.isRegistered()
+    return parent.children && !sharesChildren(parent)
                ? static_cast<unsigned int>(parent.children - parent.registration->storage)
                : 0;
 }

@@ -57,8 +57,9 @@ class RV_API RVNODE {
     virtual bool render(void *element);
 
     // A copy has the values of every field, id, name, type, links and children included, but is not
-    // registered: it owns nothing and releases nothing when it is destroyed. Its links are invalid
-    // after the next link, unlink or remove of the original.
+    // registered, and releases nothing of the original when it is destroyed. Its links are invalid
+    // after the next link, unlink or remove of the original. A copy with children takes no more of
+    // them; one without has an array of its own.
     RVNODE(const RVNODE &) = default;
 
     // Copies every field into a node that is not registered. In a registered one the links of
@@ -217,7 +218,7 @@ class RV_API RVNODE {
     // Sets the class alone. For copy constructors of that class.
     void setDynamicClass(RV_NODE_TYPE ownClass) { registration->dynamicClass = ownClass; }
 
-    // False for a copy, which must release nothing.
+    // False for a copy, which must release nothing of its original.
     bool isRegistered() const { return registration->registered; }
 
     // The head of the registry.
