@@ -70,13 +70,15 @@ void echo(const Line &text) {
     std::fputs(printed, stdout);
 }
 
-void write(const Line &text) {
-    if (state.consoleEcho)
-        echo(text);
-    Line html;
-    if (state.html)
-        translateToHtml(text, html);
-    const char *const piece = state.html ? html : text;
+// The text as the file has it: the text itself, or its translation in `html`.
+const char *pieceOf(const Line &text, Line &html) {
+    if (!state.html)
+        return text;
+    translateToHtml(text, html);
+    return html;
+}
+
+void write(const char *piece) {
     std::fputs(piece, state.file);
     std::fflush(state.file);
     const std::size_t length = std::strlen(piece);
@@ -86,10 +88,10 @@ void write(const Line &text) {
 }
 
 // Everything after the first text that does not fit is left out, so that what is there is complete.
-bool fitsLimit(const Line &text) {
+bool fitsLimit(const char *piece) {
     if (!state.limit)
         return true;
-    if (state.limitReached || state.written + std::strlen(text) <= state.limit)
+    if (state.limitReached || state.written + std::strlen(piece) <= state.limit)
         return !state.limitReached;
     const std::size_t limit = std::exchange(state.limit, 0); // not of these lines
     if (state.lineOpen)
@@ -215,9 +217,13 @@ bool zlfLog(const char *format, ...) {
     va_start(arguments, format);
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
-    if (!fitsLimit(text))
+    Line html;
+    const char *const piece = pieceOf(text, html);
+    if (!fitsLimit(piece))
         return false;
-    write(text);
+    if (state.consoleEcho)
+        echo(text);
+    write(piece);
     return true;
 }
 

@@ -75,6 +75,20 @@ TEST_F(HtmlLog, BlanksAndLineFeedsAreTranslatedAndCutAtAWholePiece) {
         EXPECT_EQ(translated(text), expected);
 }
 
+// The text of the second line would fit.
+TEST_F(HtmlLog, TheLimitIsOneOfTheFile) {
+    ASSERT_TRUE(zlfOpenLog("log.html"));
+    const std::string before = readText("log.html"), line = "&nbsp 23<BR>\n";
+    const std::size_t limit = before.size() + 2 * line.size() - 1;
+    zlfSetLogLimit(limit);
+    EXPECT_TRUE(zlfLog("  23\n"));
+    EXPECT_FALSE(zlfLog("  23\n"));
+    EXPECT_EQ(readText("log.html"), before + line + "&nbsp&nbsp [!] Log limit of " +
+                                        std::to_string(limit) +
+                                        " bytes reached, the rest is left out<BR>\n");
+    zlfSetLogLimit(0);
+}
+
 TEST_F(HtmlLog, TheConsoleGetsThePlainText) {
     ASSERT_TRUE(zlfOpenLog("log.html"));
     testing::internal::CaptureStdout();
