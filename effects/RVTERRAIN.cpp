@@ -228,13 +228,17 @@ void RVTERRAIN::fetchBuffers() {
     water->getRefractionBuffer(refractionFbo, refractionRenderbuffer);
 }
 
-// The plane that the reflection has set stays in use for the refraction.
+// The plane that the reflection has set stays in use for the refraction. The screen's pass changes
+// it only, and is clipped also without images.
 void RVTERRAIN::drawImages() {
     if (!water)
         return;
     fetchBuffers();
-    if (!reflectionFbo || !refractionFbo)
+    if (!reflectionFbo || !refractionFbo) {
+        if (drawsWater())
+            glEnable(GL_CLIP_PLANE0);
         return;
+    }
     const int size = RVSETTINGS::getSDLWaterSize();
     glViewport(0, 0, size, size);
     glEnable(GL_CLIP_PLANE0);

@@ -886,13 +886,17 @@ TEST_F(TerrainCallsTest, WithoutFrameBufferObjectsTheImagesAreLeftOut) {
     recorder.nullEntryPoint("glBindFramebufferEXT");
     ASSERT_TRUE(restart());
     camera = new RVCAMERA;
+    nameOf[0] = "window";
     for (const bool restoring : {false, true}) {
         restoring ? RVTERRAIN::restoreTargetOn() : RVTERRAIN::restoreTargetOff();
         terrain = loadTerrain(TerrainFile(), geometryXml + layersXml() + waterXml + skyXml);
-        look(2);
-        const std::string steps = stepsOf(render());
-        EXPECT_EQ(steps.find("64x64"), std::string::npos) << steps;
-        EXPECT_NE(steps.find("water"), std::string::npos) << steps;
+        const std::string entry = restoring ? "~window 128x96 " : "128x96 ~window ";
+        const std::pair<float, std::string> planes[] = {
+            {1, "above "}, {0.99f, "unclip "}, {-0.99f, "unclip "}, {-1, "below "}};
+        for (const auto &[eye, plane] : planes) {
+            look(eye);
+            EXPECT_EQ(stepsOf(render()), "clip " + entry + plane + screen) << eye;
+        }
         delete terrain;
     }
 }
