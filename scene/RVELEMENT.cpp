@@ -103,6 +103,7 @@ void RenderList::removeNode(const RVNODE &node) {
 // The order of the other entries does not change. The last entry of the storage is moved into the
 // gap.
 void RenderList::removeEntry(unsigned int index) {
+    RenderListWalk::entryRemoved(index);
     RVELEMENT **const order = RVELEMENT::elementPointer;
     RVELEMENT *const removed = order[index];
     RVELEMENT::numberOfLights -= removed->countedAsLight;
@@ -114,6 +115,36 @@ void RenderList::removeEntry(unsigned int index) {
         return;
     *removed = *last;
     *std::find(order, order + RVELEMENT::numberOfPassedElements, last) = removed;
+}
+
+RenderListWalk *RenderListWalk::innermost = nullptr;
+
+RenderListWalk::RenderListWalk(unsigned int first)
+    : position(first), removed(true), outer(innermost) {
+    innermost = this;
+}
+
+RenderListWalk::~RenderListWalk() { innermost = outer; }
+
+RVELEMENT *RenderListWalk::next() {
+    removed = position >= RVELEMENT::getNumberOfPassedElements();
+    return removed ? nullptr : RenderList::entry(position++);
+}
+
+RVELEMENT *RenderListWalk::current() const {
+    return removed || position > RVELEMENT::getNumberOfPassedElements()
+               ? nullptr
+               : RenderList::entry(position - 1);
+}
+
+void RenderListWalk::entryRemoved(unsigned int index) {
+    for (RenderListWalk *walk = innermost; walk; walk = walk->outer) {
+        if (index >= walk->position)
+            continue;
+        --walk->position;
+        if (index == walk->position)
+            walk->removed = true;
+    }
 }
 
 } // namespace ravolt

@@ -43,4 +43,30 @@ struct RenderList {
     static void storeBoneMatrix(const RVNODE &node, const RVMESH &mesh, const Z3MMATRIX &matrix);
 };
 
+// A walk over the entries in drawing order. Nodes may be deleted meanwhile, also the one whose
+// entry was returned last: it misses no entry for that, and returns none twice.
+class RenderListWalk {
+  public:
+    explicit RenderListWalk(unsigned int first = 0);
+    ~RenderListWalk();
+    RenderListWalk(const RenderListWalk &) = delete;
+    RenderListWalk &operator=(const RenderListWalk &) = delete;
+
+    // The next entry; NULL after the last one.
+    RVELEMENT *next();
+
+    // Where the entry that next() has returned is now; NULL if it was removed.
+    RVELEMENT *current() const;
+
+  private:
+    friend struct RenderList;
+
+    static void entryRemoved(unsigned int index);
+
+    unsigned int position; // of the entry that next() returns
+    bool removed;          // the one before it
+    RenderListWalk *const outer;
+    static RenderListWalk *innermost;
+};
+
 } // namespace ravolt

@@ -212,9 +212,9 @@ bool RAVOLT::end2D() {
 
 void RAVOLT::Frame::drawList(bool (*isDrawn)(const RVNODE &node)) {
     ravolt::KnownState state;
-    for (unsigned int index = 0; index < RVELEMENT::getNumberOfPassedElements(); ++index) {
-        RVELEMENT *element = ravolt::RenderList::entry(index);
-        RVNODE *node = element->getNode();
+    ravolt::RenderListWalk walk;
+    while (RVELEMENT *const element = walk.next()) {
+        RVNODE *const node = element->getNode();
         if (!isDrawn(*node))
             continue;
         state.beforeNode(keepsStateKnown(*node));

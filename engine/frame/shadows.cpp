@@ -21,8 +21,6 @@
 #include "scene/renderList.h"
 #include "scene/shadowCaster.h"
 
-#include <algorithm>
-
 namespace {
 
 constexpr unsigned int mapUnit = 1;
@@ -169,37 +167,22 @@ void unloadMapMatrix() {
     RVTEXTURE::texturingOff(mapUnit);
 }
 
-// The entry that `node` was drawn by with the matrix `inLight`, or NULL if it has deleted itself. A
-// node that deletes others while it is drawn moves entries.
-RVELEMENT *findDrawn(RVELEMENT *entry, const RVNODE *node, const Z3MMATRIX &inLight) {
-    if (ravolt::RenderList::contains(entry) && entry->getNode() == node)
-        return entry;
-    for (unsigned int index = 0; index < RVELEMENT::getNumberOfPassedElements(); ++index) {
-        RVELEMENT *const other = ravolt::RenderList::entry(index);
-        if (other->getNode() == node &&
-            std::equal(inLight.e, inLight.e + 16, other->getMatrix()->e))
-            return other;
-    }
-    return nullptr;
-}
-
 } // namespace
 
 // Draws the entries that cast shadows: not the lights, nor what extends to the horizon, as the sky
 // does. The matrix of an entry is in the caster's eye space while it is drawn.
 void RAVOLT::Frame::drawCasters(const Z3MMATRIX &eyeToLight) {
-    const unsigned int first = RVELEMENT::getNumberOfLights();
+    ravolt::RenderListWalk walk(RVELEMENT::getNumberOfLights());
     ravolt::KnownState state;
-    for (unsigned int index = first; index < RVELEMENT::getNumberOfPassedElements(); ++index) {
-        RVELEMENT *element = ravolt::RenderList::entry(index);
-        if (!ravolt::traitsOf(*element->getNode()).casts)
-            continue;
+    while (RVELEMENT *const element = walk.next()) {
         RVNODE *const node = element->getNode();
-        const Z3MMATRIX matrix = *element->getMatrix(), inLight = matrix * eyeToLight;
-        *element->getMatrix() = inLight;
+        if (!ravolt::traitsOf(*node).casts)
+            continue;
+        const Z3MMATRIX matrix = *element->getMatrix();
+        *element->getMatrix() = matrix * eyeToLight;
         state.beforeNode(keepsStateKnown(*node));
         node->render(element);
-        if (RVELEMENT *const drawn = findDrawn(element, node, inLight))
+        if (RVELEMENT *const drawn = walk.current())
             *drawn->getMatrix() = matrix;
     }
 }

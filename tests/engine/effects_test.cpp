@@ -529,44 +529,60 @@ TEST_F(Shadows, TheOffsetOfTheApplicationIsRestoredAfterTheMap) {
     glPolygonOffset(0, 0);
 }
 
-// The victim is in the storage of the list before the node and is drawn after it, as transparent
-// ones are: the node's entry is moved while it is drawn.
-TEST_F(Shadows, ANodeMayDeleteALaterOneWhileTheMapIsDrawn) {
+// The first victim is in the storage of the list before the nodes and is drawn after them, as
+// transparent ones are: the entry of the node that deletes it is moved while it is drawn. The
+// second one is drawn before.
+TEST_F(Shadows, ANodeMayDeleteOthersWhileTheMapIsDrawn) {
     class Deleter : public Wall {
       public:
         Deleter() : Wall({0, 1, 0, 1}) {}
 
         bool render(void *entry) override {
-            if (RVOPENGL::getProfile() == RV_OPENGL_PROFILE_FLAT && victim) {
-                victim->unlink();
-                delete victim;
-                victim = nullptr;
-            }
+            if (RVOPENGL::getProfile() == RV_OPENGL_PROFILE_FLAT)
+                cast();
             if (RVOPENGL::getProfile() == RV_OPENGL_PROFILE_FULL)
                 places.push_back(static_cast<RVELEMENT *>(entry)->getMatrix()->getTranslation());
             return Wall::render(entry);
         }
 
-        RVNODE *victim = nullptr;
+        void cast() {
+            ++casts;
+            for (RVNODE *victim : std::exchange(victims, {})) {
+                victim->unlink();
+                delete victim;
+            }
+        }
+
+        std::vector<RVNODE *> victims;
+        int casts = 0;
         std::vector<Z3MVECTOR3D> places; // in the eye space, of each draw that is seen
     };
     auto *helper = new RVHELPER;
-    helper->link(root);
-    auto *deleter = new Deleter;
+    auto *before = new Deleter, *deleter = new Deleter, *after = new Deleter;
+    for (RVNODE *node : std::initializer_list<RVNODE *>{helper, before, deleter, after})
+        node->link(root);
     deleter->setPosition(1, 2, -7);
-    deleter->link(root);
+    after->setPosition(3, 4, -8);
     frame(root);
-    const std::vector<Z3MVECTOR3D> places = std::exchange(deleter->places, {});
-    deleter->victim = helper;
-    frame(root);
-    EXPECT_EQ(deleter->victim, nullptr);
-    ASSERT_EQ(deleter->places.size(), places.size());
+    const auto places = std::exchange(deleter->places, {});
+    const auto placesAfter = std::exchange(after->places, {});
+    const int casts = after->casts;
+    ASSERT_GT(casts, 0);
     ASSERT_FALSE(places.empty());
-    for (const Z3MVECTOR3D &place : deleter->places) {
-        EXPECT_EQ(place.x, places[0].x);
-        EXPECT_EQ(place.y, places[0].y);
-        EXPECT_EQ(place.z, places[0].z);
-    }
+    deleter->victims = {helper, before};
+    frame(root);
+    EXPECT_TRUE(deleter->victims.empty());
+    EXPECT_EQ(after->casts, 2 * casts);
+    const auto expectEqual = [](const auto &drawn, const auto &expected) {
+        ASSERT_EQ(drawn.size(), expected.size());
+        for (std::size_t index = 0; index < drawn.size(); ++index) {
+            EXPECT_EQ(drawn[index].x, expected[index].x);
+            EXPECT_EQ(drawn[index].y, expected[index].y);
+            EXPECT_EQ(drawn[index].z, expected[index].z);
+        }
+    };
+    expectEqual(deleter->places, places);
+    expectEqual(after->places, placesAfter);
 }
 
 TEST_F(Shadows, TheMapHasTheDepthsThatTheCasterSees) {

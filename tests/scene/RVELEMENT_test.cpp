@@ -20,6 +20,7 @@
 #include <numeric>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace ravolt::test;
@@ -405,20 +406,28 @@ TEST_F(ElementTest, NodesOfAnyTimeStampAreRemoved) {
     EXPECT_EQ(order, NodeList());
 }
 
-TEST_F(ElementTest, ANodeMayDeleteALaterOneWhileItIsDrawn) {
+TEST_F(ElementTest, ANodeMayDeleteOthersAndItselfWhileItIsDrawn) {
     class Deleter : public CustomProbe {
       public:
         using CustomProbe::CustomProbe;
         bool render(void *entry) override {
-            erase({victim});
-            return CustomProbe::render(entry);
+            CustomProbe::render(entry);
+            for (RVNODE *victim : std::exchange(victims, {}))
+                erase({victim});
+            return true;
         }
-        RVNODE *victim = nullptr;
+        std::vector<RVNODE *> victims;
     };
+    CustomProbe *first = custom(), *second = custom();
     Deleter *deleter = probe<Deleter>();
-    CustomProbe *between = custom();
-    deleter->victim = custom();
-    EXPECT_EQ(drawingOrder(), (NodeList{deleter, between}));
+    CustomProbe *third = custom(), *fourth = custom(), *fifth = custom();
+    deleter->victims = {fourth};
+    EXPECT_EQ(drawingOrder(), (NodeList{first, second, deleter, third, fifth}));
+    deleter->victims = {first};
+    EXPECT_EQ(drawingOrder(), (NodeList{first, second, deleter, third, fifth}));
+    deleter->victims = {second, third, deleter};
+    EXPECT_EQ(drawingOrder(), (NodeList{second, deleter, fifth}));
+    EXPECT_EQ(drawingOrder(), NodeList{fifth});
 }
 
 // --- Capacity
