@@ -11,9 +11,20 @@
 
 namespace ravolt::kit {
 
+namespace {
+
+// A target that was deleted while it was bound is still recorded; OpenGL has bound the window then.
+RVFBO *boundTarget() {
+    GLint bound = 0;
+    if (RVFBO::getCurrent())
+        glGetIntegerv(GL_FRAMEBUFFER_BINDING_EXT, &bound);
+    return bound ? RVFBO::getCurrent() : nullptr;
+}
+
+} // namespace
+
 Surface boundSurface() {
-    RVFBO *target = RVFBO::getCurrent();
-    if (target)
+    if (RVFBO *const target = boundTarget())
         return {target, target->getSizeX(), target->getSizeY()};
     return {nullptr, RVSETTINGS::getSDLWindowX(), RVSETTINGS::getSDLWindowY()};
 }
@@ -36,7 +47,7 @@ void readPixels(int x, int y, int width, int height, unsigned int format, unsign
     reader(x, y, width, height, format, type, pixels);
 }
 
-BindingScope::BindingScope() : target(RVFBO::getCurrent()) { glGetIntegerv(GL_VIEWPORT, viewport); }
+BindingScope::BindingScope() : target(boundTarget()) { glGetIntegerv(GL_VIEWPORT, viewport); }
 
 BindingScope::~BindingScope() {
     if (target)

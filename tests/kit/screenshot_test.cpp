@@ -128,6 +128,20 @@ TEST_F(TargetShot, IsTheTargetsPictureUntilTheWindowIsBound) {
     EXPECT_EQ(shot.getWidth(), 128);
 }
 
+// OpenGL binds the window then, but the engine has recorded the target.
+TEST_F(TargetShot, OfATargetThatWasDeletedIsTheWindowsPicture) {
+    auto *target = new RVFBO;
+    RVTEXTURE *const image = textureOf(1, {red});
+    ASSERT_TRUE(target->bindTexture(0, image));
+    target->render(nullptr);
+    ASSERT_TRUE(shot.take());
+    EXPECT_EQ(shot.getWidth(), 1);
+    delete target;
+    ASSERT_TRUE(shot.take());
+    EXPECT_EQ(shot.getWidth(), width);
+    EXPECT_EQ(shot.getHeight(), height);
+}
+
 TEST_F(Shot, OddWidthsHaveNoGapsBetweenRows) {
     RVSETTINGS::resize(0, 0, 101, 51);
     drawColours(101, 51);
