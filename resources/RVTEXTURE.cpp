@@ -118,6 +118,8 @@ RVTEXTURE::RVTEXTURE()
 }
 
 RVTEXTURE::~RVTEXTURE() {
+    if (ravolt::TextureInternals::onDestruction)
+        ravolt::TextureInternals::onDestruction(*this);
     unload(true);
     invalidateBindings();
     releaseId(id);
@@ -207,6 +209,8 @@ void TextureInternals::release(RVTEXTURE &texture) {
 void TextureInternals::invalidateUnit(unsigned int unit) {
     RVTEXTURE::channelCache[unit] = nullptr;
 }
+
+void (*TextureInternals::onDestruction)(const RVTEXTURE &texture) = nullptr;
 
 unsigned long TextureInternals::releasedUploads() { return RVTEXTURE::releases; }
 

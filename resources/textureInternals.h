@@ -15,6 +15,9 @@ struct TextureInternals {
     // OpenGL name.
     static unsigned long releasedUploads();
 
+    // Called for each texture whose destruction begins; NULL for none, which is the initial value.
+    static void (*onDestruction)(const RVTEXTURE &texture);
+
     // For code that binds something else on `unit`: the next render of a texture binds it anew.
     static void invalidateUnit(unsigned int unit);
 

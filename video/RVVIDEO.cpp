@@ -58,7 +58,15 @@ void closeFile(RVVIDEO_STREAM &stream) {
     ravolt::stopDecoder(stream);
 }
 
-// The collector deletes textures without references.
+// The collector deletes textures without references, and another one may be created at the same
+// address. Copies of videos, which are not in the registry, still point to it.
+void detachTexture(const RVTEXTURE &texture) {
+    for (RVVIDEO *video = RVVIDEO::getFirst(); video; video = video->getNext())
+        if (video->getTexture() == &texture)
+            video->setTexture(nullptr);
+}
+
+// A texture may have been deleted (see detachTexture), or be a copy.
 bool isRegistered(const RVTEXTURE *texture) {
     const RVTEXTURE *each = RVTEXTURE::getFirst();
     while (each && each != texture)
@@ -232,7 +240,12 @@ void RVVIDEO::rewind() { status = RV_VIDEO_REWIND; }
 void RVVIDEO::stop() { status = RV_VIDEO_STOP; }
 RV_VIDEO_STATUS RVVIDEO::getStatus() const { return status; }
 
-void RVVIDEO::setTexture(RVTEXTURE *newTexture) { texture = newTexture; }
+void RVVIDEO::setTexture(RVTEXTURE *newTexture) {
+    ravolt::TextureInternals::onDestruction = detachTexture;
+    if (stream && newTexture != texture)
+        stream->refusedBy = nullptr; // another texture, another line in the log
+    texture = newTexture;
+}
 RVTEXTURE *RVVIDEO::getTexture() const { return texture; }
 
 void RVVIDEO::flipOn() { flipped = true; }

@@ -65,7 +65,7 @@ class RV_API RVVIDEO {
     RV_VIDEO_STATUS getStatus() const;
 
     // The target of the frames; NULL for none. This adds no reference to the texture: without any
-    // other, the collector may delete it, and the frames are then dropped.
+    // other, the collector may delete it; the video then has none, and its frames are dropped.
     void setTexture(RVTEXTURE *texture);
     RVTEXTURE *getTexture() const;
 

@@ -139,6 +139,9 @@ TEST_F(Frames, TextureMayChangeInTheMiddleAndDeletedOnesGetNothing) {
     constexpr unsigned int severalFrames = 100;
     video->playLoop(); // which never ends
     EXPECT_EQ(updateCalls(*video, severalFrames), Calls());
+    EXPECT_EQ(video->getTexture(), nullptr);
+    makeScreen(64, 64); // perhaps at the address of the deleted one
+    EXPECT_EQ(updateCalls(*video, severalFrames), Calls());
     video->setTexture(nullptr);
     EXPECT_EQ(updateCalls(*video, severalFrames), Calls());
 }
