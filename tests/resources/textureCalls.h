@@ -22,6 +22,10 @@ class TextureCalls : public SilentEngineTest {
         RVTEXTURE::texturingOff(RV_TEXTURE_UNITS);
         usedBefore = RVTEXTURE::getUsedMemory();
     }
+    void TearDown() override {
+        RAVOLT::popVideoMemory(charged);
+        SilentEngineTest::TearDown();
+    }
 
     // A texture from a file of its own, with a reference, of one level.
     RVTEXTURE *makeTexture(const std::string &name, unsigned int size = 4) {
@@ -45,7 +49,9 @@ class TextureCalls : public SilentEngineTest {
 
     // Charges the video memory until so many bytes are free.
     void leaveFree(unsigned int bytes) {
-        RAVOLT::pushVideoMemory(RAVOLT::getFreeVideoMemory() - bytes);
+        const unsigned int charge = RAVOLT::getFreeVideoMemory() - bytes;
+        RAVOLT::pushVideoMemory(charge);
+        charged += charge;
     }
 
     // Ends the simulated failure, and corrects the number of live blocks, which counts the failed
@@ -58,6 +64,7 @@ class TextureCalls : public SilentEngineTest {
     int usedMain() const { return RVTEXTURE::getUsedMemory() - usedBefore; }
 
     int usedBefore = 0;
+    unsigned int charged = 0;
 };
 
 } // namespace ravolt::test
