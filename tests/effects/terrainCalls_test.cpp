@@ -339,6 +339,21 @@ TEST_F(TerrainChunkTest, ArraysAreThoseOfTheVertexWithoutAnIndexPointer) {
     EXPECT_TRUE(calls.contains(Call("glColor4f", 1, 1, 1, 1)));
 }
 
+// Without a material it is white, whatever the lights are.
+TEST_F(TerrainChunkTest, LightingIsOffForAPlainChunkAloneAndAfterwardsAsBefore) {
+    RVTERRAIN_CHUNK &chunk = makeChunkAt(5);
+    RVLIGHT::lightingOn();
+    const Calls calls = callsOf([&] { chunk.render(1); });
+    EXPECT_TRUE(calls.haveInOrder(
+        {{"glDisable", GL_LIGHTING},
+         {"glDrawElements", GL_TRIANGLE_STRIP, bodyLength + 5, GL_UNSIGNED_SHORT, 0},
+         {"glEnable", GL_LIGHTING}}))
+        << calls.text();
+    EXPECT_TRUE(RVLIGHT::getLighting());
+    RVLIGHT::lightingOff();
+    EXPECT_FALSE(callsOf([&] { chunk.render(1); }).contains(Call("glEnable", GL_LIGHTING)));
+}
+
 TEST_F(TerrainChunkTest, BoundsOfTheLargestNumbersAreExact) {
     RVTERRAIN_HEADER header{};
     header.chunkSize = 65535;
