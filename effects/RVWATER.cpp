@@ -24,6 +24,7 @@
 #include "ravolt/zlf.h"
 #include "resources/framebuffers.h"
 #include "resources/textureInternals.h"
+#include "scene/nodeInternals.h"
 #include "scene/shadowCaster.h"
 
 #include <new>
@@ -70,7 +71,7 @@ unsigned int deletedUploads() {
     return static_cast<unsigned int>(ravolt::TextureInternals::releasedUploads());
 }
 
-// An image that was evicted from video memory is uploaded again, black until it is drawn into. One
+// An image that the application has unloaded is uploaded again, black until it is drawn into. One
 // that was uploaded again may have the same name as before.
 void restoreImage(RVTEXTURE *image, unsigned int fbo, unsigned int &attached) {
     if (!image || !fbo || attached == deletedUploads())
@@ -221,6 +222,17 @@ bool RVWATER::loadTextures(const char *bumpFile, const char *dudvFile, int newRe
     return true;
 }
 
+bool RVWATER::isImage(const RVTEXTURE *texture) {
+    for (const RVNODE *node = RVNODE::getFirstNode(); node; node = node->getNextNode()) {
+        if (!ravolt::NodeInternals::isObjectOf(*node, RV_NODE_TYPE_WATER))
+            continue;
+        const RVWATER &water = static_cast<const RVWATER &>(*node);
+        if (water.reflectionTexture.get() == texture || water.refractionTexture.get() == texture)
+            return true;
+    }
+    return false;
+}
+
 // Where the images cannot be made the material has the two maps alone.
 void RVWATER::createTexture() {
     releaseFrameBuffers();
@@ -235,6 +247,7 @@ void RVWATER::createTexture() {
         material->setTexture(reflectionSlot, reflectionTexture.get());
         material->setTexture(refractionSlot, refractionTexture.get());
         attachedReflection = attachedRefraction = deletedUploads();
+        ravolt::RenderTargets::isWaterImage = isImage;
 
         RVFBO::unbind(); // so that RVFBO's record is correct at the end
         createFrameBuffer(owned->reflectionFbo, owned->reflectionRenderBuffer,

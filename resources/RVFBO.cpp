@@ -170,11 +170,13 @@ void RVFBO::reattachTexture() {
     attach();
 }
 
+bool (*ravolt::RenderTargets::isWaterImage)(const RVTEXTURE *texture) = nullptr;
+
 bool ravolt::RenderTargets::useTexture(const RVTEXTURE *wanted) {
     for (const RVFBO *target = RVFBO::firstFbo; target; target = target->next)
         if (target->texture.get() == wanted)
             return true;
-    return false;
+    return isWaterImage && isWaterImage(wanted);
 }
 
 bool ravolt::RenderTargets::exists(const RVFBO *target) {

@@ -19,8 +19,11 @@ void detectWindowFramebuffer();
 unsigned int boundFramebuffer();
 
 struct RenderTargets {
-    // Whether `texture` is attached to a target.
+    // Whether `texture` is attached to a target, or is an image of a water.
     static bool useTexture(const RVTEXTURE *texture);
+
+    // Set by the first water that has images; NULL for none.
+    static bool (*isWaterImage)(const RVTEXTURE *texture);
 
     // Whether a target is at this address, which is not followed.
     static bool exists(const RVFBO *target);

@@ -70,8 +70,9 @@ bool RVTEXTURE::unload(bool releaseBitmap) {
     return freed;
 }
 
-// The image of a render target cannot be restored, and may be the frame that is being drawn. The
-// engine's targets exist until its end, and evicting them would release nothing.
+// The image of a render target, or of a water, cannot be restored, and may be of the frame that is
+// being drawn. Those that the engine made count no memory, so that evicting them would release
+// nothing.
 bool RVTEXTURE::isEvictable() const {
     return memorySize != 0 || !ravolt::RenderTargets::useTexture(this);
 }

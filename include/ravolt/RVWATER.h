@@ -66,6 +66,7 @@ class RV_API RVWATER : public RVNODE {
         unsigned int litMap;
     };
 
+    static bool isImage(const RVTEXTURE *texture); // of any water
     void createTexture();
     void createSurface();
     void copyFields(const RVWATER &other);

@@ -417,7 +417,23 @@ TEST_F(ReadyWaterTest, ActivatesTheLightsOfItsEntryAndThenLoadsItsMatrix) {
     EXPECT_FALSE(render(water).contains("glLoadMatrixf"));
 }
 
-TEST_F(ReadyWaterTest, EvictedImageIsAttachedToItsFrameBufferAgain) {
+// They may have been drawn for the frame already.
+TEST_F(ReadyWaterTest, TheCollectorDoesNotEvictTheImages) {
+    const RVWATER copy(*water);
+    RVTEXTURE *const dynamic = new RVTEXTURE;
+    dynamic->incReferences();
+    ASSERT_TRUE(dynamic->create(4, 4, RV_TEXTURE_RGB) && dynamic->update());
+    const unsigned int names[] = {lastTexture(0)->getGLId(), lastTexture(2)->getGLId()};
+    ASSERT_TRUE(RVTEXTURE::garbageCollect(0));
+    EXPECT_EQ(lastTexture(0)->getGLId(), names[0]);
+    EXPECT_EQ(lastTexture(2)->getGLId(), names[1]);
+    EXPECT_FALSE(dynamic->isLoaded());
+    EXPECT_FALSE(lastTexture(3)->isLoaded());
+    EXPECT_FALSE(lastTexture(4)->isLoaded());
+    EXPECT_TRUE(lastTexture(0)->unload(true)) << "by the application";
+}
+
+TEST_F(ReadyWaterTest, UnloadedImageIsAttachedToItsFrameBufferAgain) {
     const unsigned int fbo = buffersOf(water)[0];
     RVTEXTURE *image = lastTexture(0);
     ASSERT_TRUE(image->unload(true));
@@ -434,6 +450,21 @@ TEST_F(ReadyWaterTest, EvictedImageIsAttachedToItsFrameBufferAgain) {
         << calls.text();
     RVFBO::unbind();
     EXPECT_FALSE(render(water).contains("glBindFramebufferEXT"));
+}
+
+// OpenGL may have given an image that was uploaded again the name that it had before.
+TEST_F(ReadyWaterTest, ImagesAreAttachedAgainAfterAnyTextureWasUnloaded) {
+    RVTEXTURE *const other = new RVTEXTURE;
+    ASSERT_TRUE(other->create(4, 4, RV_TEXTURE_RGB) && other->update());
+    render(water); // for the upload
+    EXPECT_EQ(render(water).count("glFramebufferTexture2DEXT"), 0u);
+    EXPECT_TRUE(other->unload(true));
+    EXPECT_EQ(render(water).named("glFramebufferTexture2DEXT"),
+              (Calls{{"glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT, GL_COLOR_ATTACHMENT0_EXT,
+                      GL_TEXTURE_2D, lastTexture(0)->getGLId(), 0},
+                     {"glFramebufferTexture2DEXT", GL_FRAMEBUFFER_EXT, GL_COLOR_ATTACHMENT0_EXT,
+                      GL_TEXTURE_2D, lastTexture(2)->getGLId(), 0}}));
+    EXPECT_EQ(render(water).count("glFramebufferTexture2DEXT"), 0u);
 }
 
 // --- Programs

@@ -237,7 +237,7 @@ TEST_F(WaterDrawingTest, FrameBuffersAreCompleteWithAnImageAndADepthBuffer) {
     RVOPENGL::glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }
 
-TEST_F(WaterDrawingTest, EvictedImageIsDrawnAgainOnceItIsFilled) {
+TEST_F(WaterDrawingTest, UnloadedImageIsDrawnAgainOnceItIsFilled) {
     const Picture before = draw();
     RVMATERIAL::getFirst()->getTexture(0)->unload(true);
     EXPECT_GT(differenceOf(draw(), before).mean, 1.0); // black until it is drawn into
