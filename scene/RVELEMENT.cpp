@@ -71,6 +71,7 @@ void RVELEMENT::reset() {
     numberOfPassedElements = 0;
     numberOfLights = 0;
     numberOfTransparencies = 0;
+    ravolt::RenderListWalk::listEmptied();
 }
 
 RVELEMENT *RVELEMENT::getLight(unsigned int index) {
@@ -145,6 +146,11 @@ void RenderListWalk::entryRemoved(unsigned int index) {
         if (index == walk->position)
             walk->removed = true;
     }
+}
+
+void RenderListWalk::listEmptied() {
+    for (RenderListWalk *walk = innermost; walk; walk = walk->outer)
+        walk->removed = true;
 }
 
 } // namespace ravolt

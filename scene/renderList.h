@@ -55,13 +55,15 @@ class RenderListWalk {
     // The next entry; NULL after the last one.
     RVELEMENT *next();
 
-    // Where the entry that next() has returned is now; NULL if it was removed.
+    // Where the entry that next() has returned is now; NULL if it was removed, or the list emptied.
     RVELEMENT *current() const;
 
   private:
     friend struct RenderList;
+    friend class ::RVELEMENT;
 
     static void entryRemoved(unsigned int index);
+    static void listEmptied();
 
     unsigned int position; // of the entry that next() returns
     bool removed;          // the one before it

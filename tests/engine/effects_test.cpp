@@ -4,6 +4,7 @@
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVHELPER.h"
 #include "ravolt/RVSHADER.h"
+#include "scene/renderList.h"
 #include "tests/engine/adaptedLuminance.h"
 #include "tests/engine/brightSquare.h"
 #include "tests/engine/effectsTest.h"
@@ -541,7 +542,7 @@ TEST_F(Shadows, ANodeMayDeleteOthersWhileTheMapIsDrawn) {
             if (RVOPENGL::getProfile() == RV_OPENGL_PROFILE_FLAT)
                 cast();
             if (RVOPENGL::getProfile() == RV_OPENGL_PROFILE_FULL)
-                places.push_back(static_cast<RVELEMENT *>(entry)->getMatrix()->getTranslation());
+                positions.push_back(static_cast<RVELEMENT *>(entry)->getMatrix()->getTranslation());
             return Wall::render(entry);
         }
 
@@ -555,7 +556,7 @@ TEST_F(Shadows, ANodeMayDeleteOthersWhileTheMapIsDrawn) {
 
         std::vector<RVNODE *> victims;
         int casts = 0;
-        std::vector<Z3MVECTOR3D> places; // in the eye space, of each draw that is seen
+        std::vector<Z3MVECTOR3D> positions; // in the eye space, of each draw that is seen
     };
     auto *helper = new RVHELPER;
     auto *before = new Deleter, *deleter = new Deleter, *after = new Deleter;
@@ -564,11 +565,11 @@ TEST_F(Shadows, ANodeMayDeleteOthersWhileTheMapIsDrawn) {
     deleter->setPosition(1, 2, -7);
     after->setPosition(3, 4, -8);
     frame(root);
-    const auto places = std::exchange(deleter->places, {});
-    const auto placesAfter = std::exchange(after->places, {});
+    const auto positions = std::exchange(deleter->positions, {});
+    const auto positionsAfter = std::exchange(after->positions, {});
     const int casts = after->casts;
     ASSERT_GT(casts, 0);
-    ASSERT_FALSE(places.empty());
+    ASSERT_FALSE(positions.empty());
     deleter->victims = {helper, before};
     frame(root);
     EXPECT_TRUE(deleter->victims.empty());
@@ -581,8 +582,44 @@ TEST_F(Shadows, ANodeMayDeleteOthersWhileTheMapIsDrawn) {
             EXPECT_EQ(drawn[index].z, expected[index].z);
         }
     };
-    expectEqual(deleter->places, places);
-    expectEqual(after->places, placesAfter);
+    expectEqual(deleter->positions, positions);
+    expectEqual(after->positions, positionsAfter);
+}
+
+// The matrix of the entry that is drawn is not restored into an entry of the new list.
+TEST_F(Shadows, ANodeMayFillTheListAnewWhileTheMapIsDrawn) {
+    class Refiller : public Wall {
+      public:
+        Refiller() : Wall({0, 1, 0, 1}) {}
+
+        bool render(void *entry) override {
+            if (RVOPENGL::getProfile() != RV_OPENGL_PROFILE_FLAT || !successor)
+                return Wall::render(entry);
+            RVELEMENT::reset();
+            glPushMatrix();
+            glLoadIdentity();
+            for (int copies = 0; copies < 4; ++copies)
+                successor->pass(false);
+            glPopMatrix();
+            for (unsigned int index = 0; index < RVELEMENT::getNumberOfPassedElements(); ++index)
+                passed.push_back(RenderList::entry(index));
+            successor = nullptr;
+            return true;
+        }
+
+        RVNODE *successor = nullptr;
+        std::vector<RVELEMENT *> passed;
+    };
+    auto *refiller = new Refiller;
+    refiller->setPosition(1, 2, -7);
+    refiller->link(root);
+    auto *other = new Wall({1, 0, 0, 1});
+    other->setPosition(3, 4, -8);
+    refiller->successor = other;
+    frame(root);
+    EXPECT_EQ(refiller->passed.size(), 4u);
+    for (RVELEMENT *entry : refiller->passed)
+        EXPECT_EQ(entry->getMatrix()->getTranslation().x, 3);
 }
 
 TEST_F(Shadows, TheMapHasTheDepthsThatTheCasterSees) {
