@@ -140,6 +140,8 @@ RVNODE &RVNODE::operator=(const RVNODE &other) {
     cachedMatrix = other.cachedMatrix;
     if (isRegistered())
         return *this;
+    if (children != other.children)
+        NodeInternals::detachChildren(*this);
     previous = other.previous;
     next = other.next;
     numberOfChildren = other.numberOfChildren;
@@ -319,6 +321,14 @@ void NodeInternals::removeEntry(RVNODE &parent, RVNODE **entry) {
         std::move_backward(parent.children++, entry, entry + 1);
     else
         std::move(entry + 1, end, entry);
+}
+
+void NodeInternals::detachChildren(RVNODE &copy) {
+    if (sharesChildren(copy))
+        return;
+    for (unsigned int index = 0; index < copy.numberOfChildren; ++index)
+        if (copy.children[index])
+            copy.children[index]->parent = nullptr;
 }
 
 void NodeInternals::releaseChildren(RVNODE &node) {

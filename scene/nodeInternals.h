@@ -38,6 +38,9 @@ struct NodeInternals {
     // Deletes the array of the children, which are no longer children of `node`.
     static void releaseChildren(RVNODE &node);
 
+    // The children of a copy's own array have no parent afterwards; the array does not change.
+    static void detachChildren(RVNODE &copy);
+
     static RVNODE **findEntry(const RVNODE &node);
     static void removeEntry(RVNODE &parent, RVNODE **entry);
 

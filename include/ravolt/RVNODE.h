@@ -58,11 +58,12 @@ class RV_API RVNODE {
 
     // A copy has the values of every field, id, name, type, links and children included, but is not
     // registered, and releases nothing of the original when it is destroyed. Its links are invalid
-    // after the next link, unlink or remove of the original. A copy with children takes no more of
-    // them; one without has an array of its own.
+    // after the next link, unlink or remove of the original, and after its end. A copy with children
+    // takes no more of them; one without has an array of its own for its children.
     RVNODE(const RVNODE &) = default;
 
-    // Copies every field into a node that is not registered. In a registered one the links of
+    // Copies every field into a node that is not registered; the children of its own array have no
+    // parent then. In a registered one the links of
     // the registry, the parent and the children do not change, and it still releases the id that it
     // was created with.
     RVNODE &operator=(const RVNODE &other);
@@ -176,7 +177,7 @@ class RV_API RVNODE {
     RVNODE *getChild(unsigned int index) const;
 
     // Makes the node the last child of `newParent`. False with a log line for NULL, for the node
-    // itself, for a copy with children (which are in its original's array), when there is a parent
+    // itself, for a copy with children in its original's array, when there is a parent
     // already, and when memory runs out. Cycles are not detected: a walk through one never ends.
     bool link(RVNODE *newParent);
 

@@ -369,6 +369,8 @@ TEST_F(TreeTest, ACopyWithChildrenOfItsOwnMayBeAssignedOthers) {
     ASSERT_TRUE(before->link(&copy));
     copy = *node;
     EXPECT_EQ(childrenOf(copy), (NodeList{a, b}));
+    EXPECT_EQ(before->getParent(), nullptr);
+    EXPECT_EQ(a->getParent(), node);
     RVNODE *const other = make("other");
     EXPECT_FALSE(other->link(&copy));
     EXPECT_LOGGED_EXACTLY("   [!] Invalid param @ RVNODE::link\n");
@@ -376,6 +378,11 @@ TEST_F(TreeTest, ACopyWithChildrenOfItsOwnMayBeAssignedOthers) {
     EXPECT_TRUE(other->link(&copy));
     EXPECT_EQ(childrenOf(copy), NodeList{other});
     EXPECT_EQ(childrenOf(*node), (NodeList{a, b}));
+    RVNODE same(copy);
+    copy = same;
+    EXPECT_EQ(other->getParent(), &copy);
+    EXPECT_TRUE(other->unlink());
+    EXPECT_EQ(copy.getNumberOfChildren(), 0u);
 }
 
 TEST_F(TreeTest, RemoveAppendsTheChildrenToTheGrandparent) {
