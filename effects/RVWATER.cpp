@@ -24,10 +24,11 @@
 #include "ravolt/zlf.h"
 #include "resources/framebuffers.h"
 #include "resources/textureInternals.h"
-#include "scene/nodeInternals.h"
 #include "scene/shadowCaster.h"
 
+#include <algorithm>
 #include <new>
+#include <vector>
 
 namespace {
 
@@ -108,6 +109,21 @@ void emitCorner(float u, float v, float x, float z) {
     glVertex3f(x, 0, z);
 }
 
+// Those that have made images, whatever their class is.
+std::vector<const RVWATER *> watersWithImages;
+
+// Without memory the collector may evict the images.
+void addToWatersWithImages(const RVWATER *water) {
+    if (std::find(watersWithImages.begin(), watersWithImages.end(), water) !=
+        watersWithImages.end())
+        return;
+    try {
+        watersWithImages.push_back(water);
+    } catch (const std::bad_alloc &) {
+        return;
+    }
+}
+
 } // namespace
 
 RVWATER::RVWATER()
@@ -123,6 +139,7 @@ RVWATER::RVWATER(const RVWATER &other) : RVNODE(other) {
 }
 
 RVWATER::~RVWATER() {
+    std::erase(watersWithImages, this);
     releaseFrameBuffers();
     if (owned->surfaceList)
         glDeleteLists(owned->surfaceList, 1);
@@ -223,14 +240,10 @@ bool RVWATER::loadTextures(const char *bumpFile, const char *dudvFile, int newRe
 }
 
 bool RVWATER::isImage(const RVTEXTURE *texture) {
-    for (const RVNODE *node = RVNODE::getFirstNode(); node; node = node->getNextNode()) {
-        if (!ravolt::NodeInternals::isObjectOf(*node, RV_NODE_TYPE_WATER))
-            continue;
-        const RVWATER &water = static_cast<const RVWATER &>(*node);
-        if (water.reflectionTexture.get() == texture || water.refractionTexture.get() == texture)
-            return true;
-    }
-    return false;
+    return std::any_of(watersWithImages.begin(), watersWithImages.end(), [=](const RVWATER *water) {
+        return water->reflectionTexture.get() == texture ||
+               water->refractionTexture.get() == texture;
+    });
 }
 
 // Where the images cannot be made the material has the two maps alone.
@@ -247,6 +260,7 @@ void RVWATER::createTexture() {
         material->setTexture(reflectionSlot, reflectionTexture.get());
         material->setTexture(refractionSlot, refractionTexture.get());
         attachedReflection = attachedRefraction = deletedUploads();
+        addToWatersWithImages(this);
         ravolt::RenderTargets::isWaterImage = isImage;
 
         RVFBO::unbind(); // so that RVFBO's record is correct at the end

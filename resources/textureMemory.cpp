@@ -71,8 +71,8 @@ bool RVTEXTURE::unload(bool releaseBitmap) {
 }
 
 // The image of a render target, or of a water, cannot be restored, and may be of the frame that is
-// being drawn. Those that the engine made count no memory, so that evicting them would release
-// nothing.
+// being drawn. Those that the engine made are not counted, so that evicting them would not make
+// room.
 bool RVTEXTURE::isEvictable() const {
     return memorySize != 0 || !ravolt::RenderTargets::useTexture(this);
 }
