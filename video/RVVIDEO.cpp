@@ -66,7 +66,7 @@ void detachTexture(const RVTEXTURE &texture) {
             video->setTexture(nullptr);
 }
 
-// A texture may have been deleted (see detachTexture), or be a copy.
+// The texture of a copy of a video may have been deleted; see detachTexture.
 bool isRegistered(const RVTEXTURE *texture) {
     const RVTEXTURE *each = RVTEXTURE::getFirst();
     while (each && each != texture)
@@ -242,8 +242,8 @@ RV_VIDEO_STATUS RVVIDEO::getStatus() const { return status; }
 
 void RVVIDEO::setTexture(RVTEXTURE *newTexture) {
     ravolt::TextureInternals::onDestruction = detachTexture;
-    if (stream && newTexture != texture)
-        stream->refusedBy = nullptr; // another texture, another line in the log
+    if (stream && !newTexture)
+        stream->refusedBy = nullptr; // the next texture may be at its address
     texture = newTexture;
 }
 RVTEXTURE *RVVIDEO::getTexture() const { return texture; }
