@@ -3,6 +3,7 @@
 
 #include "ravolt/kit/input.h"
 
+#include "kit/surface.h"
 #include "ravolt/RVELEMENT.h"
 #include "ravolt/RVFBO.h"
 #include "ravolt/RVOPENGL.h"
@@ -249,7 +250,7 @@ void Input::findBlock() {
     GLint values[4] = {};
     glGetIntegerv(GL_VIEWPORT, values);
     viewport = {values[0], getWindowSize().y - values[1] - values[3], values[2], values[3]};
-    drawnIntoTarget = RVFBO::getCurrent() != nullptr;
+    drawnIntoTarget = boundSurface().target != nullptr;
     windowThen = getWindowSize();
 }
 
