@@ -228,8 +228,8 @@ void RVTERRAIN::fetchBuffers() {
     water->getRefractionBuffer(refractionFbo, refractionRenderbuffer);
 }
 
-// The plane that the reflection has set stays in use for the refraction. The screen's pass changes
-// it only, and is clipped also without images.
+// The plane that the reflection has set stays in use for the refraction. The screen's pass only
+// replaces it, so that clipping is on without images, too.
 void RVTERRAIN::drawImages() {
     if (!water)
         return;

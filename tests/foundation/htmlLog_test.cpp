@@ -76,7 +76,7 @@ TEST_F(HtmlLog, BlanksAndLineFeedsAreTranslatedAndCutAtAWholePiece) {
 }
 
 // The text of the second line would fit.
-TEST_F(HtmlLog, TheLimitIsOneOfTheFile) {
+TEST_F(HtmlLog, TheLimitIsThatOfTheFilesSize) {
     ASSERT_TRUE(zlfOpenLog("log.html"));
     const std::string before = readText("log.html"), line = "&nbsp 23<BR>\n";
     const std::size_t limit = before.size() + 2 * line.size() - 1;
