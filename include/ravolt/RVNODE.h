@@ -58,8 +58,8 @@ class RV_API RVNODE {
 
     // A copy has the values of every field, id, name, type, links and children included, but is not
     // registered, and releases nothing of the original when it is destroyed. Its links are invalid
-    // after the next link, unlink or remove of the original, and after its end. A copy with children
-    // takes no more of them; one without has an array of its own for its children.
+    // after the next link, unlink or remove of the original, and after its end. A copy with
+    // children takes no more of them; one without has an array of its own for its children.
     RVNODE(const RVNODE &) = default;
 
     // Copies every field into a node that is not registered; the children of its own array have no

@@ -82,10 +82,10 @@ class RV_API RVTEXTURE {
 
     // The collector: unloads textures, the most recently rendered first, while `keep` bytes of
     // video memory or more are used; then deletes every texture without references, except one that
-    // is being uploaded. The image of a render target or a water is not unloaded if it is not counted.
-    // The textures of the engine's own targets have a reference; that of an application's target
-    // needs one (incReferences), since a target does not count as a user of its texture. False when
-    // there are no textures, or no memory to sort them.
+    // is being uploaded. The image of a render target or a water is not unloaded if it is not
+    // counted. The textures of the engine's own targets have a reference; that of an application's
+    // target needs one (incReferences), since a target does not count as a user of its texture.
+    // False when there are no textures, or no memory to sort them.
     static bool garbageCollect(unsigned long keep);
 
     // Deletes all textures; every pointer to one is invalid then, except that slots of materials
