@@ -36,18 +36,27 @@ int exitCodeOf(const std::function<int()> &job) {
 
 namespace {
 
+[[noreturn]] void endWithoutMemory() {
+    constexpr std::string_view line = "ravolt: out of memory\n";
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+    LogRedirect::clear();
+    _exit(1);
+}
+
+// Where a function of the standard library must not throw, such as the increment of
+// std::filesystem::directory_iterator, the exception is on its way, and cannot be caught to see
+// what it is. Such functions throw where memory runs out.
 [[noreturn]] void endProcess() {
     try {
         if (std::current_exception())
             throw;
     } catch (const std::bad_alloc &) {
-        constexpr std::string_view line = "ravolt: out of memory\n";
-        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
-        LogRedirect::clear();
-        _exit(1);
+        endWithoutMemory();
     } catch (...) {
         std::abort();
     }
+    if (std::uncaught_exceptions() > 0)
+        endWithoutMemory();
     std::abort();
 }
 
