@@ -2,6 +2,8 @@
 
 #include "foundation/platform.h"
 
+#include "ravolt/zlf.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -124,7 +126,10 @@ File openForReading(const char *filename) {
     struct stat status {};
     if (!file.isOpen() || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return nullptr;
-    return file.toStream("rb");
+    File stream = file.toStream("rb");
+    if (!stream)
+        zlfLog("   [!] Out of memory for file %s\n", filename);
+    return stream;
 }
 
 namespace {

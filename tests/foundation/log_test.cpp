@@ -280,6 +280,17 @@ TEST_F(Log, AnErrorIsWrittenToTheConsoleAlsoWithoutALog) {
     EXPECT_EQ(outputOf([] { zlfLogError("place", "", "bad"); }, false), "");
 }
 
+TEST_F(Log, HasALineForAFileWithoutMemoryForItsStream) {
+    writeFile("there", "text");
+    open();
+    systemFaults.failStream = true;
+    EXPECT_FALSE(zlfFileExists("there"));
+    EXPECT_FALSE(zlfFileExists("missing"));
+    systemFaults = {};
+    EXPECT_EQ(added(), "   [!] Out of memory for file there\n");
+    EXPECT_TRUE(zlfFileExists("there"));
+}
+
 class LimitedLog : public Log {
   protected:
     ~LimitedLog() override { zlfSetLogLimit(0); }

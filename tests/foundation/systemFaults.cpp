@@ -50,6 +50,7 @@ int __real_madvise(void *address, std::size_t length, int advice);
 int __real_fseek(std::FILE *file, long offset, int origin);
 long __real_ftell(std::FILE *file);
 int __real_unlink(const char *path);
+std::FILE *__real_fdopen(int descriptor, const char *mode);
 
 int __wrap_clock_gettime(clockid_t clock, timespec *time) {
     if (clock == CLOCK_MONOTONIC || !systemFaults.realTime)
@@ -91,6 +92,13 @@ int __wrap_fseek(std::FILE *file, long offset, int origin) {
         return -1;
     }
     return __real_fseek(file, offset, origin);
+}
+
+std::FILE *__wrap_fdopen(int descriptor, const char *mode) {
+    if (!systemFaults.failStream)
+        return __real_fdopen(descriptor, mode);
+    errno = ENOMEM;
+    return nullptr;
 }
 
 long __wrap_ftell(std::FILE *file) {

@@ -19,6 +19,7 @@ struct SystemFaults {
     bool failUnlink = false;                  // files cannot be removed
     std::optional<unsigned int> failSeek;     // the call of fseek that fails, 0 for the next one
     bool failTell = false;                    // ftell fails
+    bool failStream = false;                  // there is no memory for streams
 };
 extern SystemFaults systemFaults;
 
