@@ -98,8 +98,12 @@ bool RVSKYDOME::loadTexture(const char *filename) {
         material.set(new (std::nothrow) RVMATERIAL);
     bool loaded = true;
     texture.set(ravolt::findOrLoadTexture(filename, true, loaded));
-    if (!loaded || !material) {
+    if (!loaded) {
         zlfLog("   [!] Invalid params @ RVSKYDOME::loadTexture\n");
+        return false;
+    }
+    if (!material) {
+        zlfLog("   [!] Out of memory @ RVSKYDOME::loadTexture\n");
         return false;
     }
     material->setTexture(0, texture.get());

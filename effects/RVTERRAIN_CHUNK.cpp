@@ -103,9 +103,13 @@ bool RVTERRAIN_CHUNK::loadTexture(const char *diffuse1, const char *normal1, int
         diffuse[layer].set(ravolt::findOrLoadTexture(diffuseFiles[layer], true, loaded));
     for (unsigned int layer = 0; layer < layers; ++layer)
         normal[layer].set(ravolt::findOrLoadTexture(normalFiles[layer], true, loaded));
-    RVMATERIAL *const made = loaded ? new (std::nothrow) RVMATERIAL : nullptr;
-    if (!made) {
+    if (!loaded) {
         zlfLog("   [!] Invalid params @ RVTERRAIN_CHUNK::loadTexture\n");
+        return false;
+    }
+    RVMATERIAL *const made = new (std::nothrow) RVMATERIAL;
+    if (!made) {
+        zlfLog("   [!] Out of memory @ RVTERRAIN_CHUNK::loadTexture\n");
         return false;
     }
     material.set(made);

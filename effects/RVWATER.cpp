@@ -222,10 +222,14 @@ bool RVWATER::loadTextures(const char *bumpFile, const char *dudvFile, int newRe
     bool loaded = true;
     bumpTexture.set(ravolt::findOrLoadTexture(bumpFile, false, loaded));
     dudvTexture.set(ravolt::findOrLoadTexture(dudvFile, false, loaded));
-    RVMATERIAL *const made = loaded ? new (std::nothrow) RVMATERIAL : nullptr;
-    if (!made) {
+    if (!loaded) {
         // On purpose: the log names another method.
         zlfLog("   [!] Invalid params @ RVWATER::loadTexture\n");
+        return false;
+    }
+    RVMATERIAL *const made = new (std::nothrow) RVMATERIAL;
+    if (!made) {
+        zlfLog("   [!] Out of memory @ RVWATER::loadTextures\n");
         return false;
     }
     material.set(made);

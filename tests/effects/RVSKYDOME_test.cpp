@@ -173,6 +173,14 @@ TEST_F(SkydomeTest, LoadWithoutMemoryFails) {
         EXPECT_LOGGED(invalidParams);
     }
     EXPECT_FALSE(bare->render(nullptr));
+
+    RVSKYDOME *textured = new RVSKYDOME;
+    markLog();
+    recorder.failAllocation(1, 0, 1); // the material
+    EXPECT_FALSE(textured->loadTexture("sky.tga"));
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVSKYDOME::loadTexture\n");
+    EXPECT_TRUE(textured->loadTexture("sky.tga"));
 }
 
 // --- render

@@ -285,7 +285,7 @@ TEST_F(ReadyWaterTest, LoadWithoutMemoryFails) {
     markLog();
     EXPECT_FALSE(load(water));
     recorder.allocationsWork();
-    EXPECT_LOGGED("   [!] Invalid params @ RVWATER::loadTexture");
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVWATER::loadTextures\n");
     EXPECT_TRUE(water->render(nullptr));
 }
 

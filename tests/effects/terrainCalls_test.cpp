@@ -16,6 +16,7 @@
 #include "ravolt/RVWATER.h"
 #include "ravolt/Z3MVECTOR2D.h"
 #include "tests/effects/terrainScene.h"
+#include "tests/resources/tgaFiles.h"
 #include "tests/support/engineFixture.h"
 #include "tests/support/glState.h"
 
@@ -352,6 +353,22 @@ TEST_F(TerrainChunkTest, LightingIsOffForAPlainChunkAloneAndAfterwardsAsBefore) 
     EXPECT_TRUE(RVLIGHT::getLighting());
     RVLIGHT::lightingOff();
     EXPECT_FALSE(callsOf([&] { chunk.render(1); }).contains(Call("glEnable", GL_LIGHTING)));
+}
+
+TEST_F(TerrainChunkTest, WithoutMemoryForAMaterialItsTexturesAreNotLoaded) {
+    RVTERRAIN_CHUNK &chunk = makeChunkAt(5);
+    writeFile("grass.tga", plainTga(4, 4));
+    const auto load = [&chunk] {
+        return chunk.loadTexture("grass.tga", "grass.tga", 1, "grass.tga", "grass.tga", 1,
+                                 "grass.tga", "grass.tga", 1, "grass.tga", "grass.tga", 1, true);
+    };
+    EXPECT_TRUE(load());
+    markLog();
+    recorder.failAllocation(sizeof(RVMATERIAL), 0, 1);
+    EXPECT_FALSE(load());
+    recorder.allocationsWork();
+    EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVTERRAIN_CHUNK::loadTexture\n");
+    EXPECT_TRUE(load());
 }
 
 TEST_F(TerrainChunkTest, BoundsOfTheLargestNumbersAreExact) {
