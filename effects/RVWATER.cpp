@@ -255,6 +255,8 @@ void RVWATER::createTexture() {
     releaseFrameBuffers();
     reflectionTexture.set(new (std::nothrow) RVTEXTURE);
     refractionTexture.set(new (std::nothrow) RVTEXTURE);
+    if (!reflectionTexture || !refractionTexture)
+        zlfLog("   [!] Out of memory @ RVWATER::createTexture\n");
     const bool created = canCreateFrameBuffers() && createImage(reflectionTexture.get()) &&
                          createImage(refractionTexture.get());
     if (created) {

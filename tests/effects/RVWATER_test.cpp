@@ -287,6 +287,15 @@ TEST_F(ReadyWaterTest, LoadWithoutMemoryFails) {
     recorder.allocationsWork();
     EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVWATER::loadTextures\n");
     EXPECT_TRUE(water->render(nullptr));
+    for (const unsigned int image : {1u, 2u}) { // after the material
+        recorder.failAllocation(1, image, 1);
+        markLog();
+        EXPECT_TRUE(load(water));
+        recorder.allocationsWork();
+        EXPECT_LOGGED_EXACTLY("   [!] Out of memory @ RVWATER::createTexture\n");
+        EXPECT_EQ(lastTexture(0), nullptr);
+        EXPECT_TRUE(water->render(nullptr));
+    }
 }
 
 // --- The destructor
